@@ -1,0 +1,97 @@
+# How every target of the tree is built. A folder's CMakeLists.txt says what it is in its first
+# line, then calls one of these with its files listed by name (headers and .ui files too; a file
+# that no list names fails the architecture test):
+#
+#   house_library(jet Pager.cpp Pager.h ...)              a static library
+#   house_library(controls QT Form.cpp Form.h ...)        the same with moc, uic, rcc and Qt Widgets
+#   house_program(valtrino-mdb main.cpp ...)              a program in the program folder, <build>/bin
+#   house_program(valtrino QT main.cpp ...)
+#   house_test(jet_test SOURCES PagerTest.cpp ... LIBS jet)
+#   house_test(controls_test QT SOURCES FormTest.cpp ... LIBS controls)
+#
+# and links what else it needs: PUBLIC what its headers show, PRIVATE what its sources use.
+#
+# Includes are written with their folder, own folder included: "jet/Types.h", "controls/Form.h" for
+# the folders under platform/, "shell/Mirtal.h", "registers/frmBancos.h", "support/Samples.h" (tests)
+# for the others. "ui_frmX.h" is made from the frmX.ui beside the header or source that includes it,
+# and whoever links the library can include that header as well.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+set(VALTRINO_SAMPLES ${CMAKE_SOURCE_DIR}/../shared/mdb CACHE PATH
+    "The folder of real sample databases; tests that read them are skipped where it is absent")
+option(VALTRINO_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+
+find_program(CCACHE ccache)
+if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+# What a target of ours is compiled with, in one place.
+add_library(house INTERFACE)
+target_compile_options(house INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror)
+target_include_directories(house INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/platform)
+if(VALTRINO_SANITIZE)
+    target_compile_options(house INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(house INTERFACE -fsanitize=address,undefined)
+endif()
+
+# Enters a folder of the tree.
+function(house_folder folder)
+    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/CMakeLists.txt)
+        add_subdirectory(${folder})
+    endif()
+endfunction()
+
+# moc, uic and rcc for a target. What uic makes is public, as the form headers include it, and
+# counts as a system header: its warnings are not ours.
+function(house_qt name)
+    set_target_properties(${name} PROPERTIES AUTOMOC ON AUTOUIC ON AUTORCC ON)
+    target_include_directories(${name} SYSTEM PUBLIC
+        ${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/include)
+    target_link_libraries(${name} PUBLIC Qt6::Widgets)
+endfunction()
+
+function(house_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "QT" "" "")
+    add_library(${name} STATIC ${arg_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PUBLIC house)
+    if(arg_QT)
+        house_qt(${name})
+    endif()
+endfunction()
+
+function(house_program name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "QT" "" "")
+    add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PRIVATE house)
+    if(arg_QT)
+        house_qt(${name})
+    endif()
+endfunction()
+
+# A GoogleTest program in <build>/tests, each of its tests known to ctest by "<name>.<Suite>.<Test>".
+# With QT it gets its main() from tests/support/QtMain.cpp (a QApplication on the offscreen platform)
+# and Qt Test's simulated keys and clicks; without, GoogleTest's own main().
+function(house_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "QT" "" "SOURCES;LIBS")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE house ${arg_LIBS} GTest::gmock)
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+    target_compile_definitions(${name} PRIVATE VALTRINO_SAMPLES="${VALTRINO_SAMPLES}")
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    if(arg_QT)
+        house_qt(${name})
+        target_link_libraries(${name} PRIVATE test_support Qt6::Test)
+    else()
+        target_link_libraries(${name} PRIVATE GTest::gtest_main)
+    endif()
+    include(GoogleTest)
+    gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+        PROPERTIES TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
+endfunction()

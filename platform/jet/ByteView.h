@@ -1,0 +1,76 @@
+#pragma once
+
+#include "jet/Error.h"
+#include "jet/Types.h"
+
+#include <bit>
+#include <cstring>
+#include <span>
+#include <string>
+#include <type_traits>
+
+namespace jet {
+
+/// Throws Error{corrupt}: "O arquivo está danificado (página N): <reason>." The reason is a short
+/// Portuguese phrase that says which structure doesn't parse.
+[[noreturn]] void corrupt(PageNo page, const std::string& reason);
+
+static_assert(std::endian::native == std::endian::little,
+              "the file's integers are little-endian and are copied as they stand");
+
+/// Unaligned little-endian access; the caller has checked that `at` lies inside.
+template <class T>
+[[nodiscard]] inline T load(const std::byte* at) noexcept {
+    static_assert(std::is_trivially_copyable_v<T>);
+    T value;
+    std::memcpy(&value, at, sizeof value);
+    return value;
+}
+template <class T>
+inline void store(std::byte* at, std::type_identity_t<T> value) noexcept {
+    static_assert(std::is_trivially_copyable_v<T>);
+    std::memcpy(at, &value, sizeof value);
+}
+
+/// Bytes of the file that nobody has checked yet, and the page they came from.
+/// Every access is bounds-checked and throws Error{corrupt} naming that page.
+class ByteView {
+public:
+    ByteView(std::span<const std::byte> bytes, PageNo page) noexcept : bytes_(bytes), page_(page) {}
+
+    [[nodiscard]] std::size_t size() const noexcept { return bytes_.size(); }
+    [[nodiscard]] PageNo page() const noexcept { return page_; }
+    [[nodiscard]] std::span<const std::byte> bytes() const noexcept { return bytes_; }
+
+    [[nodiscard]] std::uint8_t u8(std::size_t at) const { return get<std::uint8_t>(at); }
+    [[nodiscard]] std::uint16_t u16(std::size_t at) const { return get<std::uint16_t>(at); }
+    [[nodiscard]] std::uint32_t u32(std::size_t at) const { return get<std::uint32_t>(at); }
+    [[nodiscard]] std::int32_t i32(std::size_t at) const { return get<std::int32_t>(at); }
+
+    /// `count` bytes from `at`.
+    [[nodiscard]] std::span<const std::byte> sub(std::size_t at, std::size_t count) const {
+        check(at, count);
+        return bytes_.subspan(at, count);
+    }
+    /// Everything from `at` to the end.
+    [[nodiscard]] std::span<const std::byte> from(std::size_t at) const {
+        check(at, 0);
+        return bytes_.subspan(at);
+    }
+
+private:
+    template <class T>
+    [[nodiscard]] T get(std::size_t at) const {
+        check(at, sizeof(T));
+        return load<T>(bytes_.data() + at);
+    }
+    void check(std::size_t at, std::size_t count) const {
+        if (at > bytes_.size() || count > bytes_.size() - at)
+            corrupt(page_, "um valor aponta para fora da página");
+    }
+
+    std::span<const std::byte> bytes_;
+    PageNo page_;
+};
+
+} // namespace jet

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "jet/Header.h"
+#include "jet/Table.h"
+
+namespace jet {
+
+/// A table that the catalog names.
+struct CatalogEntry {
+    std::string name;
+    PageNo definition;
+    bool user;   ///< not one of the system's own or a hidden one
+};
+
+/// The tables of a file, in the order the catalog has them. Entries that don't name a page of the file
+/// are passed over.
+[[nodiscard]] std::vector<CatalogEntry> readCatalog(const Table& objects, std::uint32_t pageCount);
+
+/// Enters a new table, with the owner and the rights that the file's other tables have.
+void addToCatalog(Table& objects, Table& rights, const std::string& name, PageNo definition);
+
+/// The rows that a new file's catalog begins with.
+void fillNewCatalog(Table& objects, Table& rights, const Accounts& accounts);
+
+} // namespace jet

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "jet/CheckPages.h"
+#include "jet/TableDefinition.h"
+
+namespace jet {
+
+/// What every part of a check works with.
+struct CheckContext {
+    Pager& pager;
+    TextSettings texts;
+    Findings& findings;
+    PageLedger& ledger;
+};
+
+/// The definition that starts on `first`, its pages claimed for the table `where` names; nothing if it
+/// doesn't parse. Tells what its readers pass over: constants, lengths, names, the lists that must
+/// agree.
+std::optional<TableDefinition> checkDefinition(const CheckContext& context, PageNo first,
+                                               const std::string& where);
+
+} // namespace jet

@@ -1,0 +1,136 @@
+#pragma once
+
+#include "jet/Table.h"
+
+#include <chrono>
+#include <filesystem>
+#include <map>
+
+namespace jet {
+
+/// What createTable() makes of one column.
+struct ColumnSpec {
+    std::string name;
+    ColumnType type;
+    /// Text: most characters. Binary: most bytes. Other types: left at 0.
+    std::uint16_t width = 0;
+    bool autonumber = false;
+    std::uint8_t precision = 18;   ///< numeric
+    std::uint8_t scale = 0;        ///< numeric
+    /// Jet 4 text and memo: store what fits in one byte a character so.
+    bool compressed = true;
+};
+
+/// What createTable() makes of one index.
+struct IndexSpec {
+    std::string name;
+    struct KeyColumn {
+        std::string name;
+        bool ascending = true;
+    };
+    std::vector<KeyColumn> columns;
+    bool primary = false;   ///< then unique and required too
+    bool unique = false;
+    bool ignoreNulls = false;
+    bool required = false;
+};
+
+struct TableSpec {
+    std::string name;
+    std::vector<ColumnSpec> columns;
+    std::vector<IndexSpec> indexes;
+};
+
+/// An open database file.
+///
+/// Several may be open at once, one of them for writing: the first that opens a file writable holds it
+/// until it closes, the others read. One thread at a time.
+class Database {
+public:
+    struct Options {
+        bool readOnly = false;
+        /// Jet 3: the code page of the texts, where the file names a wrong one.
+        std::optional<std::uint16_t> codePage;
+        std::string password;
+    };
+
+    /// Opens an existing file. A file that may be read but not written (no permission, in use by
+    /// another, damaged by one) opens read-only: see readOnlyReason().
+    /// @throws Error{notFound, io, corrupt, unsupported, password}.
+    Database(const std::filesystem::path& path, const Options& options);
+    explicit Database(const std::filesystem::path& path) : Database(path, Options{}) {}
+    /// Makes a new file with the system tables and no others, complete on return.
+    /// @throws Error{exists, io, full}.
+    static void create(const std::filesystem::path& path, Version version);
+    /// Writes implicit changes; an explicit transaction still open is rolled back.
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    [[nodiscard]] const std::filesystem::path& path() const noexcept;
+    [[nodiscard]] Version version() const noexcept;
+    /// Why the file can't be changed, or nothing if it can.
+    [[nodiscard]] const std::optional<std::string>& readOnlyReason() const noexcept;
+
+    /// The user tables, in the order of their names.
+    [[nodiscard]] std::vector<std::string> tableNames() const;
+    /// The same and the system's own.
+    [[nodiscard]] std::vector<std::string> allTableNames() const;
+    [[nodiscard]] bool hasTable(std::string_view name) const;
+    /// By name, without regard to case; the same object each time.
+    /// @throws Error{notFound}.
+    [[nodiscard]] Table& table(std::string_view name);
+    /// @throws Error{exists, misuse, readOnly, full}.
+    Table& createTable(const TableSpec& spec);
+
+    /// The order of texts in this file: that of new columns.
+    [[nodiscard]] const SortOrder& sortOrder() const noexcept;
+    /// Compares texts in UTF-8 as the file's own order does: without regard to case, with regard to
+    /// accents and trailing blanks.
+    [[nodiscard]] int compareText(std::string_view a, std::string_view b) const;
+
+    /// Explicit transactions; not nested. commit() returns when the disk has everything.
+    /// @throws Error{misuse} if one is open (begin) or none is (commit, rollback); Error{readOnly}.
+    void begin();
+    void commit();
+    void rollback();
+    [[nodiscard]] bool inTransaction() const noexcept;
+
+    /// Changes made outside an explicit transaction are gathered and written together, at the latest
+    /// when they are half a second old: by the next change, or by this function, which who holds an
+    /// idle database calls from time to time.
+    void flushIfDue();
+    void flush();
+
+    /// Grows whenever any row, index or table may have changed, by whomever.
+    [[nodiscard]] std::uint64_t generation() const noexcept;
+    [[nodiscard]] Pager& pager() noexcept;
+
+private:
+    friend class Table;
+    struct Parts;
+
+    Database() = default;
+    void loadCatalog();
+
+    std::unique_ptr<Parts> parts_;
+};
+
+/// All changes made while it lives, or none.
+class Transaction {
+public:
+    explicit Transaction(Database& database) : database_(database) { database_.begin(); }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    ~Transaction();
+    void commit() {
+        database_.commit();
+        done_ = true;
+    }
+
+private:
+    Database& database_;
+    bool done_ = false;
+};
+
+} // namespace jet

@@ -1,0 +1,162 @@
+#include "jet/Pager.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+namespace jet {
+
+namespace {
+
+/// Enough to keep the upper levels of every index and the pages in work; a scan of a large table
+/// passes through it without growing it.
+constexpr std::size_t kCacheBytes = std::size_t{24} << 20;
+
+} // namespace
+
+Pager::Pager(File file, const Format& format, bool writable)
+    : file_(std::move(file)), format_(format), writable_(writable),
+      pageCount_(static_cast<std::uint32_t>(file_.size() / format.pageSize)),
+      committedPageCount_(pageCount_) {}
+
+PageRef Pager::read(PageNo page) {
+    if (inTransaction_)
+        if (const auto mine = changed_.find(page); mine != changed_.end())
+            return {page, mine->second};
+    return readCommitted(page);
+}
+
+PageRef Pager::readCommitted(PageNo page) {
+    if (const auto known = cache_.find(page); known != cache_.end()) {
+        recent_.splice(recent_.begin(), recent_, known->second);
+        return {page, known->second->image};
+    }
+    if (number(page) >= committedPageCount_)
+        corrupt(page, "uma referência aponta para fora do arquivo");
+    auto image = std::make_shared<PageImage>(format_.pageSize);
+    file_.read(std::uint64_t{number(page)} * format_.pageSize, *image);
+    remember(page, image);
+    return {page, std::move(image)};
+}
+
+void Pager::remember(PageNo page, std::shared_ptr<const PageImage> image) {
+    if (const auto known = cache_.find(page); known != cache_.end()) {
+        known->second->image = std::move(image);
+        return;
+    }
+    if (recent_.size() * format_.pageSize >= kCacheBytes) {
+        cache_.erase(recent_.back().page);
+        recent_.splice(recent_.begin(), recent_, std::prev(recent_.end()));
+        recent_.front() = {page, std::move(image)};
+    } else {
+        recent_.push_front({page, std::move(image)});
+    }
+    cache_.emplace(page, recent_.begin());
+}
+
+std::span<std::byte> Pager::change(PageNo page) {
+    assert(inTransaction_);
+    ++generation_;
+    std::shared_ptr<PageImage>& mine = changed_[page];
+    std::shared_ptr<PageImage> before = mine;
+    try {
+        const bool keepBefore = before_ && !before_->contains(page);
+        if (!mine) {
+            const PageRef committed = readCommitted(page);
+            mine = std::make_shared<PageImage>(committed.bytes().begin(), committed.bytes().end());
+        } else if (keepBefore || mine.use_count() > 2) {
+            // Somebody may still look at the image as it is: they go on seeing that one.
+            mine = std::make_shared<PageImage>(*mine);
+        }
+        if (keepBefore)
+            before_->emplace(page, before);
+    } catch (...) {
+        if (!before)
+            changed_.erase(page);
+        else
+            mine = before;
+        throw;
+    }
+    return *mine;
+}
+
+PageNo Pager::append() {
+    assert(inTransaction_);
+    if ((std::uint64_t{pageCount_} + 1) * format_.pageSize > format_.largestFile)
+        throw Error(Errc::full, "O banco de dados chegou ao tamanho máximo do seu formato (" +
+                                    std::to_string(format_.largestFile >> 30) +
+                                    " GB). Apague registros antigos e compacte o arquivo.");
+    const auto page = static_cast<PageNo>(pageCount_);
+    changed_.emplace(page, std::make_shared<PageImage>(format_.pageSize));
+    if (before_)
+        before_->emplace(page, nullptr);
+    ++pageCount_;
+    ++generation_;
+    return page;
+}
+
+void Pager::begin() {
+    assert(!inTransaction_ && writable_);
+    inTransaction_ = true;
+}
+
+void Pager::commit() {
+    assert(inTransaction_ && !before_);
+    std::vector<PageNo> pages;
+    pages.reserve(changed_.size());
+    for (const auto& [page, image] : changed_)
+        pages.push_back(page);
+    std::sort(pages.begin(), pages.end());
+    for (const PageNo page : pages)
+        file_.write(std::uint64_t{number(page)} * format_.pageSize, *changed_[page]);
+    if (!pages.empty())
+        file_.sync();
+
+    for (const PageNo page : pages)
+        remember(page, std::move(changed_[page]));
+    changed_.clear();
+    committedPageCount_ = pageCount_;
+    inTransaction_ = false;
+}
+
+void Pager::rollback() noexcept {
+    if (!inTransaction_)
+        return;
+    changed_.clear();
+    before_.reset();
+    pageCount_ = committedPageCount_;
+    inTransaction_ = false;
+    ++generation_;
+}
+
+Pager::Statement::Statement(Pager& pager) : pager_(pager) {
+    assert(pager.inTransaction_ && !pager.before_);
+    pager.before_.emplace();
+    pager.pageCountBefore_ = pager.pageCount_;
+}
+
+Pager::Statement::~Statement() {
+    if (!kept_)
+        pager_.undoStatement();
+}
+
+void Pager::Statement::keep() noexcept {
+    pager_.before_.reset();
+    kept_ = true;
+}
+
+void Pager::undoStatement() noexcept {
+    if (!before_)
+        return;
+    for (auto& [page, image] : *before_) {
+        if (image)
+            changed_[page] = std::move(image);
+        else
+            changed_.erase(page);
+    }
+    before_.reset();
+    pageCount_ = pageCountBefore_;
+    ++generation_;
+}
+
+} // namespace jet

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "jet/ByteView.h"
+#include "jet/File.h"
+#include "jet/Format.h"
+
+#include <list>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+
+namespace jet {
+
+using PageImage = std::vector<std::byte>;
+
+/// A page as it was when it was read. Later changes of the page don't reach it, and it outlives its
+/// place in the cache: that is why the image is shared.
+class PageRef {
+public:
+    PageRef() = default;
+    PageRef(PageNo page, std::shared_ptr<const PageImage> image) noexcept
+        : page_(page), image_(std::move(image)) {}
+
+    [[nodiscard]] PageNo page() const noexcept { return page_; }
+    [[nodiscard]] std::span<const std::byte> bytes() const noexcept { return *image_; }
+    [[nodiscard]] ByteView view() const noexcept { return {*image_, page_}; }
+    [[nodiscard]] PageKind kind() const noexcept { return static_cast<PageKind>((*image_)[0]); }
+    explicit operator bool() const noexcept { return image_ != nullptr; }
+
+private:
+    PageNo page_{};
+    std::shared_ptr<const PageImage> image_;
+};
+
+/// The pages of one file, and the changes to them that nobody else has seen yet.
+///
+/// Invariants, between any two calls:
+///  1. A page is in changed_ exactly when the open transaction has called change() or append() on it.
+///  2. Only commit() writes to the file.
+///  3. cache_ holds pages as they are in the file, at most kCacheBytes of them.
+class Pager {
+public:
+    /// Takes over an open file whose first page has been checked. `writable` is whether change() is
+    /// allowed at all.
+    Pager(File file, const Format& format, bool writable);
+
+    [[nodiscard]] const Format& format() const noexcept { return format_; }
+    [[nodiscard]] bool writable() const noexcept { return writable_; }
+    /// Pages of the file, those appended by the open transaction included.
+    [[nodiscard]] std::uint32_t pageCount() const noexcept { return pageCount_; }
+    /// Grows whenever the content of any page may have become another: cursors compare it to know
+    /// that what they remember of a page has to be read again.
+    [[nodiscard]] std::uint64_t generation() const noexcept { return generation_; }
+
+    /// @throws Error{corrupt} if the file has no such page, Error{io} if it can't be read.
+    [[nodiscard]] PageRef read(PageNo page);
+
+    /// The page's bytes, to be changed in place until the next call of any function of the pager.
+    /// Requires an open transaction.
+    [[nodiscard]] std::span<std::byte> change(PageNo page);
+    /// A new page of zeros at the end of the file. Requires an open transaction.
+    /// @throws Error{full} at the largest size the format allows.
+    [[nodiscard]] PageNo append();
+
+    [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
+    void begin();
+    /// Writes every changed page and returns when the disk has them.
+    void commit();
+    /// No effect outside a transaction.
+    void rollback() noexcept;
+
+    /// Undoes what one statement has done so far, if it isn't kept: a transaction goes on after a
+    /// statement that failed as if that statement had never begun.
+    class Statement {
+    public:
+        explicit Statement(Pager& pager);
+        Statement(const Statement&) = delete;
+        Statement& operator=(const Statement&) = delete;
+        ~Statement();
+        void keep() noexcept;
+
+    private:
+        Pager& pager_;
+        bool kept_ = false;
+    };
+
+private:
+    struct Cached {
+        PageNo page;
+        std::shared_ptr<const PageImage> image;
+    };
+    using Order = std::list<Cached>;
+
+    [[nodiscard]] PageRef readCommitted(PageNo page);
+    void remember(PageNo page, std::shared_ptr<const PageImage> image);
+    void undoStatement() noexcept;
+
+    File file_;
+    const Format& format_;
+    bool writable_;
+    bool inTransaction_ = false;
+    std::uint32_t pageCount_;
+    std::uint32_t committedPageCount_;
+    std::uint64_t generation_ = 1;
+
+    std::unordered_map<PageNo, std::shared_ptr<PageImage>> changed_;
+    /// While a statement runs: each page it changed, as it was before (null: not changed before).
+    std::optional<std::unordered_map<PageNo, std::shared_ptr<PageImage>>> before_;
+    std::uint32_t pageCountBefore_ = 0;
+
+    Order recent_;   ///< most recently used first
+    std::unordered_map<PageNo, Order::iterator> cache_;
+};
+
+} // namespace jet

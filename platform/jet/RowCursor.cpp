@@ -1,0 +1,109 @@
+#include "jet/RowCursor.h"
+
+#include <algorithm>
+
+namespace jet {
+
+RowReader::RowReader(Pager& pager, const TableDefinition& definition)
+    : pager_(&pager), definition_(&definition) {}
+
+const DataPage& RowReader::page(PageNo page) {
+    if (!page_ || ref_.page() != page || !isFresh()) {
+        page_.reset();
+        ref_ = pager_->read(page);
+        generation_ = pager_->generation();
+        page_.emplace(pager_->format(), ref_.bytes(), page);
+        if (page_->owner() != number(definition_->page()))
+            corrupt(page, "a página não é da tabela");
+    }
+    return *page_;
+}
+
+const RowView* RowReader::read(RowId id) { return read(id, page(id.page).slot(id.slot)); }
+
+const RowView* RowReader::read(RowId id, const Slot& slot) {
+    if (slot.kind == SlotKind::deleted)
+        return nullptr;
+    if (slot.kind != SlotKind::pointer) {
+        row_.place(*pager_, *definition_, slot.bytes, id.page);
+        return &row_;
+    }
+    const RowId target = unpacked(ByteView(slot.bytes, id.page).u32(0));
+    moved_ = pager_->read(target.page);
+    const DataPage there(pager_->format(), moved_.bytes(), target.page);
+    const Slot moved = there.slot(target.slot);
+    if (there.owner() != number(definition_->page()) ||
+        (moved.kind != SlotKind::relocated && moved.kind != SlotKind::row))
+        corrupt(target.page, "uma linha mudada de lugar não está onde deveria");
+    row_.place(*pager_, *definition_, moved.bytes, target.page);
+    return &row_;
+}
+
+RowCursor::RowCursor(Pager& pager, const TableDefinition& definition)
+    : pager_(&pager), owned_(pager, definition.ownedMap), reader_(pager, definition) {}
+
+bool RowCursor::settle(const DataPage& page, RowId id) {
+    const Slot slot = page.slot(id.slot);
+    if (slot.kind == SlotKind::relocated)
+        return false;
+    row_ = reader_.read(id, slot);
+    id_ = id;
+    return row_ != nullptr;
+}
+
+bool RowCursor::forwardOn(PageNo page, std::size_t slot) {
+    const DataPage& rows = reader_.page(page);
+    for (; slot < rows.slots(); ++slot)
+        if (settle(rows, {page, static_cast<std::uint16_t>(slot)}))
+            return true;
+    return false;
+}
+
+bool RowCursor::backwardOn(PageNo page, std::size_t endSlot) {
+    const DataPage& rows = reader_.page(page);
+    for (std::size_t slot = std::min(endSlot, rows.slots()); slot-- > 0;)
+        if (settle(rows, {page, static_cast<std::uint16_t>(slot)}))
+            return true;
+    return false;
+}
+
+bool RowCursor::forwardFrom(std::uint32_t page, std::size_t slot) {
+    row_ = nullptr;
+    for (auto at = owned_.next(page); at; at = owned_.next(number(*at) + 1))
+        if (forwardOn(*at, number(*at) == page ? slot : 0))
+            return true;
+    return false;
+}
+
+bool RowCursor::backwardFrom(std::uint32_t page, std::size_t endSlot) {
+    row_ = nullptr;
+    for (auto at = owned_.previous(page + 1); at; at = owned_.previous(number(*at)))
+        if (backwardOn(*at, number(*at) == page ? endSlot : kMaxSlots))
+            return true;
+    return false;
+}
+
+bool RowCursor::first() { return forwardFrom(0, 0); }
+bool RowCursor::last() { return backwardFrom(pager_->pageCount(), 0); }
+bool RowCursor::seek(RowId id) { return forwardFrom(number(id.page), id.slot); }
+
+// While nothing has changed the page in hand is still the table's; else the map has to say so first.
+
+bool RowCursor::next() {
+    if (!row_)
+        return false;
+    if (!reader_.isFresh())
+        return forwardFrom(number(id_.page), id_.slot + std::size_t{1});
+    return forwardOn(id_.page, id_.slot + std::size_t{1}) ||
+           forwardFrom(number(id_.page) + 1, 0);
+}
+
+bool RowCursor::previous() {
+    if (!row_)
+        return false;
+    if (!reader_.isFresh())
+        return backwardFrom(number(id_.page), id_.slot);
+    return backwardOn(id_.page, id_.slot) || backwardFrom(number(id_.page) - 1, kMaxSlots);
+}
+
+} // namespace jet

@@ -1,0 +1,432 @@
+#include "jet/Table.h"
+
+#include "jet/DatabaseParts.h"
+#include "jet/LongValues.h"
+#include "jet/Names.h"
+#include "jet/RowEncoder.h"
+#include "jet/RowStore.h"
+#include "jet/SelfCheck.h"
+
+#include <algorithm>
+#include <limits>
+#include <random>
+
+namespace jet {
+
+struct Table::Parts {
+    Database& owner;
+    Database::Parts& file;
+    TableDefinition definition;
+    std::vector<IndexTree> trees;
+    std::vector<std::vector<KeyColumn>> keyColumns;
+    std::optional<std::string> readOnly;
+    bool verified = false;
+
+    Parts(Database& database, Database::Parts& shared, PageNo page)
+        : owner(database), file(shared),
+          definition(parseDefinition(shared.pager, page, shared.texts)) {}
+
+    [[nodiscard]] Pager& pager() const noexcept { return file.pager; }
+    [[nodiscard]] const Format& format() const noexcept { return file.pager.format(); }
+
+    [[nodiscard]] Bytes contentOf(const StoredField& field) const {
+        return field.content ? *field.content
+                             : readLongValue(file.pager, field.bytes, definition.page());
+    }
+
+    /// The key of a row, or nothing if this index passes over it.
+    [[nodiscard]] std::optional<Bytes> key(std::size_t index, const StoredRow& row) const {
+        const RealIndex& real = definition.realIndexes[index];
+        if (real.ignoreNulls && allNull(index, row))
+            return std::nullopt;
+        Bytes bytes;
+        for (std::size_t i = 0; i < real.columns.size(); ++i) {
+            const std::size_t column = real.columns[i].column;
+            const KeyColumn& part = keyColumns[index][i];
+            const StoredField& field = row[column];
+            if (part.type == ColumnType::boolean)
+                appendBooleanKey(bytes, part, field.present);
+            else if (!field.present)
+                appendNullKey(bytes, part);
+            else if (part.type == ColumnType::memo)
+                appendStoredKey(bytes, part, contentOf(field));
+            else
+                appendStoredKey(bytes, part, field.bytes);
+        }
+        return bytes;
+    }
+
+    [[nodiscard]] bool allNull(std::size_t index, const StoredRow& row) const {
+        const auto& columns = definition.realIndexes[index].columns;
+        return std::all_of(columns.begin(), columns.end(), [&](const auto& key) {
+            return definition.columns[key.column].type != ColumnType::boolean &&
+                   !row[key.column].present;
+        });
+    }
+
+    [[nodiscard]] StoredRow stored(RowId id) const {
+        RowReader reader(file.pager, definition);
+        const RowView* row = reader.read(id);
+        if (!row)
+            throw Error(Errc::conflict, "O registro foi excluído por outro usuário ou programa.");
+        return storedRow(definition, *row);
+    }
+
+    void requireKeys(std::span<const Index> indexes, const StoredRow& row) const;
+    void requireUnique(std::span<const Index> indexes, const StoredRow& row,
+                       std::optional<RowId> self) const;
+    void settleLongValues(StoredRow& row);
+    /// Gives back the long values of `old` that `row` (if any) no longer has.
+    void releaseLongValues(const StoredRow& old, const StoredRow* row);
+    void addKey(std::size_t index, const Bytes& key, RowId id);
+    void takeNumber(StoredRow& row);
+
+    template <class T>
+    [[nodiscard]] T counter(std::size_t at) const {
+        return load<T>(file.pager.read(definition.page()).bytes().data() + at);
+    }
+    template <class T>
+    void setCounter(std::size_t at, T value) {
+        store<T>(file.pager.change(definition.page()).data() + at, value);
+    }
+    [[nodiscard]] std::size_t distinctKeysAt(std::size_t index) const {
+        return format().definitionHeader + index * format().statisticsSize + 4;
+    }
+};
+
+namespace {
+
+/// The first key behind all that begin with `prefix`; nothing if there is none.
+std::optional<Bytes> behind(Bytes prefix) {
+    while (!prefix.empty() && prefix.back() == std::byte{0xFF})
+        prefix.pop_back();
+    if (prefix.empty())
+        return std::nullopt;
+    prefix.back() = static_cast<std::byte>(std::to_integer<unsigned>(prefix.back()) + 1);
+    return prefix;
+}
+
+std::string columnList(std::span<const Column> columns, const Index& index) {
+    std::string names;
+    for (const IndexColumn& key : index.columns)
+        names += (names.empty() ? "\"" : ", \"") + columns[key.column].name + "\"";
+    return names;
+}
+
+std::uint64_t hashed(std::uint64_t hash, std::span<const std::byte> bytes) noexcept {
+    for (const std::byte b : bytes)
+        hash = (hash ^ std::to_integer<std::uint64_t>(b)) * 0x100000001B3U;
+    return hash;
+}
+
+Bytes randomGuid() {
+    std::random_device source;
+    Bytes bytes(16);
+    for (std::byte& b : bytes)
+        b = static_cast<std::byte>(source() & 0xFF);
+    bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40};   // version 4: random
+    bytes[8] = (bytes[8] & std::byte{0x3F}) | std::byte{0x80};
+    return bytes;
+}
+
+} // namespace
+
+Table::Table(Database& database, std::string name, PageNo definition)
+    : name_(std::move(name)),
+      parts_(std::make_unique<Parts>(database, *database.parts_, definition)) {
+    const TableDefinition& table = parts_->definition;
+    for (std::size_t i = 0; i < table.realIndexes.size(); ++i) {
+        const RealIndex& real = table.realIndexes[i];
+        Index index{{}, {}, real.unique, real.ignoreNulls, real.required, false};
+        for (const LogicalIndex& logical : table.logicalIndexes)
+            if (logical.realIndex == i) {
+                const bool primary = logical.kind == LogicalIndex::Kind::primary;
+                if (index.name.empty() || primary)
+                    index.name = logical.name;
+                index.primary = index.primary || primary;
+            }
+        std::vector<KeyColumn> keys;
+        for (const RealIndex::KeyColumn& key : real.columns) {
+            const Column& column = table.columns[key.column];
+            index.columns.push_back({key.column, key.ascending});
+            keys.push_back(
+                {column.type, key.ascending, column.collation, &column.codec, column.scale});
+        }
+        parts_->keyColumns.push_back(std::move(keys));
+        parts_->trees.emplace_back(parts_->pager(), table.page(), real.root, real.map);
+        indexes_.push_back(std::move(index));
+    }
+}
+
+Table::~Table() = default;
+
+std::span<const Column> Table::columns() const noexcept { return parts_->definition.columns; }
+
+std::optional<std::size_t> Table::findColumn(std::string_view name) const {
+    const std::string wanted = foldedName(name);
+    for (std::size_t i = 0; i < columns().size(); ++i)
+        if (foldedName(columns()[i].name) == wanted)
+            return i;
+    return std::nullopt;
+}
+
+std::optional<std::size_t> Table::primaryKey() const noexcept {
+    const auto found =
+        std::find_if(indexes_.begin(), indexes_.end(), [](const Index& i) { return i.primary; });
+    if (found == indexes_.end())
+        return std::nullopt;
+    return static_cast<std::size_t>(found - indexes_.begin());
+}
+
+std::int64_t Table::rowCount() const {
+    return parts_->counter<std::uint32_t>(parts_->format().rowCountAt);
+}
+
+std::optional<std::string> Table::readOnlyReason() {
+    if (parts_->file.readOnly)
+        return parts_->file.readOnly;
+    if (!std::exchange(parts_->verified, true))
+        parts_->readOnly = whyNotWritable(*this, parts_->pager());
+    return parts_->readOnly;
+}
+
+RowCursor Table::scan() const { return {parts_->pager(), parts_->definition}; }
+RowReader Table::reader() const { return {parts_->pager(), parts_->definition}; }
+
+std::optional<Row> Table::read(RowId id) const {
+    RowReader source = reader();
+    const RowView* row = source.read(id);
+    return row ? std::optional(row->values()) : std::nullopt;
+}
+
+std::optional<std::uint64_t> Table::stamp(RowId id) const {
+    RowReader source = reader();
+    const RowView* row = source.read(id);
+    if (!row)
+        return std::nullopt;
+    std::uint64_t hash = hashed(0xCBF29CE484222325U, row->bytes());
+    for (std::size_t i = 0; i < columns().size(); ++i)
+        if (isLongValue(columns()[i].type) && !row->isNull(i))
+            hash = hashed(hash, readLongValue(parts_->pager(), row->stored(i), id.page));
+    return hash;
+}
+
+IndexTree::Cursor Table::walk(std::size_t index) const {
+    return IndexTree::Cursor(parts_->trees[index]);
+}
+
+KeyRange Table::keysEqual(std::size_t index, std::span<const Value> values) const {
+    Bytes prefix;
+    for (std::size_t i = 0; i < values.size(); ++i)
+        appendKey(prefix, index, i, values[i]);
+    return {prefix, behind(prefix)};
+}
+
+KeyRange Table::keysBetween(std::size_t index, std::span<const Value> equal,
+                            const std::optional<Value>& low,
+                            const std::optional<Value>& high) const {
+    KeyRange range = equal.empty() ? KeyRange{} : keysEqual(index, equal);
+    const Bytes prefix = range.lower;
+    const std::size_t column = equal.size();
+    const bool ascending = indexes_[index].columns[column].ascending;
+    const auto bound = [&](const Value& value) {
+        Bytes key = prefix;
+        appendKey(key, index, column, value);
+        return key;
+    };
+    if (const auto& first = ascending ? low : high)
+        range.lower = bound(*first);
+    if (const auto& last = ascending ? high : low)
+        range.upper = behind(bound(*last));
+    return range;
+}
+
+void Table::appendKey(Bytes& key, std::size_t index, std::size_t place, const Value& value) const {
+    const KeyColumn& part = parts_->keyColumns[index][place];
+    const Column& column = columns()[indexes_[index].columns[place].column];
+    if (jet::isNull(value) && part.type != ColumnType::boolean)
+        return appendNullKey(key, part);
+    // A text may be searched for that is longer than the column takes.
+    if (isText(part.type) && std::holds_alternative<std::string>(value))
+        return jet::appendKey(key, part, value);
+    const StoredField field = encodeField(column, value);
+    if (part.type == ColumnType::boolean)
+        appendBooleanKey(key, part, field.present);
+    else
+        appendStoredKey(key, part, field.content ? *field.content : field.bytes);
+}
+
+std::optional<Bytes> Table::keyOf(std::size_t index, RowId id) const {
+    RowReader source = reader();
+    const RowView* row = source.read(id);
+    return row ? parts_->key(index, storedRow(parts_->definition, *row)) : std::nullopt;
+}
+
+const TableDefinition& Table::definition() const noexcept { return parts_->definition; }
+const IndexTree& Table::tree(std::size_t index) const noexcept { return parts_->trees[index]; }
+
+void Table::requireWritable() {
+    if (const auto reason = readOnlyReason())
+        throw Error(Errc::readOnly, *reason);
+}
+
+void Table::Parts::requireKeys(std::span<const Index> indexes, const StoredRow& row) const {
+    for (const Index& index : indexes)
+        if (index.required || index.primary)
+            for (const IndexColumn& key : index.columns)
+                if (definition.columns[key.column].type != ColumnType::boolean &&
+                    !row[key.column].present)
+                    throw Error(Errc::nullValue, "O campo \"" + definition.columns[key.column].name +
+                                                     "\" deve ser preenchido.");
+}
+
+void Table::Parts::requireUnique(std::span<const Index> indexes, const StoredRow& row,
+                                 std::optional<RowId> self) const {
+    for (std::size_t i = 0; i < indexes.size(); ++i) {
+        if (!(indexes[i].unique || indexes[i].primary) || allNull(i, row))
+            continue;
+        const std::optional<Bytes> bytes = key(i, row);
+        if (bytes && trees[i].hasKey(*bytes, self))
+            throw Error(Errc::duplicate, "Já existe um registro com o mesmo valor em " +
+                                             columnList(definition.columns, indexes[i]) + ".");
+    }
+}
+
+void Table::Parts::settleLongValues(StoredRow& row) {
+    const bool inRow = rowSize(format(), definition, row, true) <= format().largestRow;
+    if (!inRow)
+        for (StoredField& field : row) {
+            // What other long values keep in the row has to go out as well.
+            const std::size_t i = static_cast<std::size_t>(&field - row.data());
+            if (field.present && !field.content && isLongValue(definition.columns[i].type) &&
+                field.bytes.size() > LongValueDefinition::kSize)
+                field.content = contentOf(field);
+        }
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        if (!row[i].content)
+            continue;
+        const LongValueMaps* maps = definition.longValuesOf(definition.columns[i]);
+        if (!maps)
+            corrupt(definition.page(), "a coluna \"" + definition.columns[i].name +
+                                           "\" não tem lugar para os seus valores");
+        row[i].bytes =
+            LongValueStore(file.pager, file.pages, *maps).write(*row[i].content, inRow);
+        row[i].content.reset();
+    }
+}
+
+void Table::Parts::releaseLongValues(const StoredRow& old, const StoredRow* row) {
+    for (std::size_t i = 0; i < old.size(); ++i) {
+        const Column& column = definition.columns[i];
+        if (!isLongValue(column.type) || !old[i].present ||
+            (row && (*row)[i].present && (*row)[i].bytes == old[i].bytes))
+            continue;
+        if (const LongValueMaps* maps = definition.longValuesOf(column))
+            LongValueStore(file.pager, file.pages, *maps)
+                .release(old[i].bytes, definition.page());
+    }
+}
+
+void Table::Parts::addKey(std::size_t index, const Bytes& key, RowId id) {
+    if (!trees[index].hasKey(key)) {
+        const std::size_t at = distinctKeysAt(index);
+        setCounter<std::uint32_t>(at, counter<std::uint32_t>(at) + 1);
+    }
+    trees[index].insert(file.pages, key, id);
+}
+
+void Table::Parts::takeNumber(StoredRow& row) {
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        if (definition.columns[i].autoGuid && !row[i].present)
+            row[i] = {true, randomGuid(), {}};
+        if (!definition.columns[i].autonumber)
+            continue;
+        const std::size_t at = format().autonumberAt;
+        const auto last = counter<std::int32_t>(at);
+        if (!row[i].present) {
+            if (last == std::numeric_limits<std::int32_t>::max())
+                throw Error(Errc::full, "A numeração do campo \"" + definition.columns[i].name +
+                                            "\" chegou ao fim.");
+            row[i] = encodeField(definition.columns[i], std::int64_t{last} + 1);
+        }
+        const auto mine = load<std::int32_t>(row[i].bytes.data());
+        if (mine > last)
+            setCounter<std::int32_t>(at, mine);
+    }
+}
+
+RowId Table::insert(std::span<const Value> values) {
+    Parts& my = *parts_;
+    if (values.size() != columns().size())
+        throw Error(Errc::misuse, "O registro não tem um valor para cada campo.");
+    requireWritable();
+    StoredRow row;
+    row.reserve(values.size());
+    for (std::size_t i = 0; i < values.size(); ++i)
+        row.push_back(encodeField(columns()[i], values[i]));
+
+    return my.file.statement([&] {
+        my.takeNumber(row);
+        my.requireKeys(indexes_, row);
+        my.requireUnique(indexes_, row, std::nullopt);
+        std::vector<std::optional<Bytes>> keys;
+        for (std::size_t i = 0; i < indexes_.size(); ++i)
+            keys.push_back(my.key(i, row));
+        my.settleLongValues(row);
+        const RowId id = RowStore(my.pager(), my.file.pages, my.definition)
+                             .add(assembleRow(my.format(), my.definition, row));
+        for (std::size_t i = 0; i < keys.size(); ++i)
+            if (keys[i])
+                my.addKey(i, *keys[i], id);
+        my.setCounter<std::uint32_t>(my.format().rowCountAt,
+                                     my.counter<std::uint32_t>(my.format().rowCountAt) + 1);
+        return id;
+    });
+}
+
+void Table::update(RowId id, std::span<const Assignment> changes) {
+    Parts& my = *parts_;
+    requireWritable();
+    const StoredRow old = my.stored(id);
+    StoredRow row = old;
+    for (const Assignment& change : changes)
+        row[change.column] = encodeField(columns()[change.column], change.value);
+    my.requireKeys(indexes_, row);
+
+    my.file.statement([&] {
+        my.requireUnique(indexes_, row, id);
+        std::vector<std::pair<std::optional<Bytes>, std::optional<Bytes>>> keys;
+        for (std::size_t i = 0; i < indexes_.size(); ++i)
+            keys.emplace_back(my.key(i, old), my.key(i, row));
+        my.settleLongValues(row);
+        RowStore(my.pager(), my.file.pages, my.definition)
+            .replace(id, assembleRow(my.format(), my.definition, row));
+        for (std::size_t i = 0; i < keys.size(); ++i) {
+            const auto& [before, after] = keys[i];
+            if (before == after)
+                continue;
+            if (before)
+                my.trees[i].erase(my.file.pages, *before, id);
+            if (after)
+                my.addKey(i, *after, id);
+        }
+        my.releaseLongValues(old, &row);
+    });
+}
+
+void Table::erase(RowId id) {
+    Parts& my = *parts_;
+    requireWritable();
+    const StoredRow old = my.stored(id);
+    my.file.statement([&] {
+        for (std::size_t i = 0; i < indexes_.size(); ++i)
+            if (const auto key = my.key(i, old))
+                my.trees[i].erase(my.file.pages, *key, id);
+        RowStore(my.pager(), my.file.pages, my.definition).remove(id);
+        my.releaseLongValues(old, nullptr);
+        const auto rows = my.counter<std::uint32_t>(my.format().rowCountAt);
+        my.setCounter<std::uint32_t>(my.format().rowCountAt, rows - (rows > 0 ? 1 : 0));
+    });
+}
+
+} // namespace jet

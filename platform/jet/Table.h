@@ -1,0 +1,122 @@
+#pragma once
+
+#include "jet/IndexTree.h"
+#include "jet/KeyCodec.h"
+#include "jet/RowCursor.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace jet {
+
+class Database;
+
+/// One column of an index, in key order.
+struct IndexColumn {
+    std::size_t column;   ///< place in Table::columns()
+    bool ascending;
+};
+
+/// One tree of keys over a table. Logical indexes that share a tree are one Index.
+struct Index {
+    std::string name;
+    std::vector<IndexColumn> columns;
+    bool unique;
+    bool ignoreNulls;   ///< rows whose key columns are all null have no entry
+    bool required;      ///< no key column may be null
+    bool primary;
+};
+
+/// A stretch of an index, in the order of its key bytes: from `lower` (inclusive) to `upper`
+/// (exclusive; nothing: to the end).
+struct KeyRange {
+    Bytes lower;
+    std::optional<Bytes> upper;
+};
+
+/// A new value for one column.
+struct Assignment {
+    std::size_t column;
+    Value value;
+};
+
+/// One table of an open file: its columns, indexes and rows.
+///
+/// Rows are found by RowId, by scanning, or through an index; all three see the open transaction's
+/// changes. Every change maintains every index, counter and usage map. A change outside an explicit
+/// transaction is a transaction of its own (see Database::flush).
+class Table {
+public:
+    Table(Database& database, std::string name, PageNo definition);
+    ~Table();
+    Table(const Table&) = delete;
+    Table& operator=(const Table&) = delete;
+
+    [[nodiscard]] const std::string& name() const noexcept { return name_; }
+    [[nodiscard]] std::span<const Column> columns() const noexcept;
+    /// By name, without regard to case and trailing blanks.
+    [[nodiscard]] std::optional<std::size_t> findColumn(std::string_view name) const;
+    [[nodiscard]] std::span<const Index> indexes() const noexcept { return indexes_; }
+    [[nodiscard]] std::optional<std::size_t> primaryKey() const noexcept;
+    /// Rows of the table by its own counter.
+    [[nodiscard]] std::int64_t rowCount() const;
+
+    /// Why this table can't be changed, or nothing if it can. The first call that could end in a
+    /// change compares the indexes with the rows (a bounded sample of them in a large table).
+    [[nodiscard]] std::optional<std::string> readOnlyReason();
+
+    /// Walks the rows in RowId order.
+    [[nodiscard]] RowCursor scan() const;
+    /// Goes to single rows, in any order; the row it returns is valid until its next call.
+    [[nodiscard]] RowReader reader() const;
+    /// The row at `id`, or nothing if it has been erased.
+    /// Costs one page read, plus one for each page of a long value.
+    /// @throws Error{corrupt} naming the page if its bytes don't parse; Error{io} if it can't be read.
+    [[nodiscard]] std::optional<Row> read(RowId id) const;
+    /// A fingerprint of everything stored for the row, long values included; nothing if it has been
+    /// erased. Two different fingerprints mean that the row was changed between.
+    [[nodiscard]] std::optional<std::uint64_t> stamp(RowId id) const;
+
+    /// Walks an index; start with first(), last() or seek().
+    [[nodiscard]] IndexTree::Cursor walk(std::size_t index) const;
+    /// The keys whose first columns equal `values` (one or more, in key order).
+    /// Values are converted as insert() converts them: Error{outOfRange} for one that the column
+    /// can't hold.
+    [[nodiscard]] KeyRange keysEqual(std::size_t index, std::span<const Value> values) const;
+    /// The keys whose first columns equal `values` but for the last one, which is compared:
+    /// from `low` to `high`, each inclusive when given. Rows beyond the bounds may be included where
+    /// the key is coarser than the value.
+    [[nodiscard]] KeyRange keysBetween(std::size_t index, std::span<const Value> equal,
+                                       const std::optional<Value>& low,
+                                       const std::optional<Value>& high) const;
+    /// The key of a stored row in an index.
+    [[nodiscard]] std::optional<Bytes> keyOf(std::size_t index, RowId id) const;
+
+    /// Adds a row. `values` has one value per column; null in an autonumber column asks for the next
+    /// number, and a value given there is kept.
+    /// @throws Error{duplicate, nullValue, tooLong, outOfRange, readOnly, locked, full}, and nothing is
+    ///         changed.
+    RowId insert(std::span<const Value> values);
+    /// Changes some columns of a row.
+    /// @throws as insert(), and Error{conflict} if the row has gone.
+    void update(RowId id, std::span<const Assignment> changes);
+    /// @throws Error{conflict} if the row has gone.
+    void erase(RowId id);
+
+    /// How the table is stored, for `check`.
+    [[nodiscard]] const TableDefinition& definition() const noexcept;
+    [[nodiscard]] const IndexTree& tree(std::size_t index) const noexcept;
+
+private:
+    struct Parts;   // the parsed definition and what works on it
+
+    void requireWritable();
+    void appendKey(Bytes& key, std::size_t index, std::size_t place, const Value& value) const;
+
+    std::string name_;
+    std::vector<Index> indexes_;
+    std::unique_ptr<Parts> parts_;
+};
+
+} // namespace jet

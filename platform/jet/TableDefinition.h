@@ -1,0 +1,95 @@
+#pragma once
+
+#include "jet/Collation.h"
+#include "jet/Pager.h"
+#include "jet/TextCodec.h"
+
+#include <optional>
+#include <string>
+
+namespace jet {
+
+/// One column of a table, as the file describes it.
+struct Column {
+    std::string name;
+    ColumnType type{};
+    std::uint16_t number{};         ///< its bit in a row's null mask; never used again after removal
+    std::uint16_t variableIndex{};  ///< its place in a row's offset table, if not fixed
+    std::uint16_t fixedOffset{};    ///< from the first byte after a row's column count, if fixed
+    std::uint16_t length{};         ///< bytes; of text the most that its plain form may have
+    bool fixed{};
+    bool autonumber{};
+    bool autoGuid{};
+    bool compressed{};
+    std::uint8_t precision{};
+    std::uint8_t scale{};
+    SortOrder order;                ///< of text and memo
+    const Collation* collation{};   ///< null when this engine doesn't know the order
+    TextCodec codec{Version::jet4};
+
+    /// Text: most characters it may hold.
+    [[nodiscard]] std::size_t maxCharacters() const noexcept;
+};
+
+/// One tree of keys: columns are places in TableDefinition::columns.
+struct RealIndex {
+    struct KeyColumn {
+        std::size_t column;
+        bool ascending;
+    };
+    std::vector<KeyColumn> columns;
+    RowId map;
+    PageNo root{};
+    bool unique{};
+    bool ignoreNulls{};
+    bool required{};
+};
+
+/// A name for a tree of keys, and what it is there for.
+struct LogicalIndex {
+    enum class Kind : std::uint8_t { plain = 0, primary = 1, relationship = 2 };
+    std::string name;
+    std::uint32_t number{};
+    std::uint32_t realIndex{};
+    Kind kind{};
+};
+
+/// The maps of a memo or OLE column.
+struct LongValueMaps {
+    std::uint16_t columnNumber{};
+    RowId owned;
+    std::optional<RowId> free;
+};
+
+/// A table's definition, parsed and checked. Counters that every change moves (rows, autonumber,
+/// distinct keys) aren't kept here: they are read and written where they stand, on the first page.
+struct TableDefinition {
+    std::vector<PageNo> pages;      ///< of the definition itself; the first is the table's identity
+    bool system{};
+    std::uint16_t maxColumns{};     ///< columns ever numbered
+    std::uint16_t maxVariables{};   ///< variable columns ever numbered
+    RowId ownedMap;
+    RowId freeMap;
+    std::vector<Column> columns;    ///< in the order they were defined in (by number)
+    std::vector<RealIndex> realIndexes;
+    std::vector<LogicalIndex> logicalIndexes;
+    std::vector<LongValueMaps> longValues;
+    std::size_t fixedSize{};        ///< bytes of a new row's fixed area
+    bool isJet3{};
+
+    [[nodiscard]] PageNo page() const noexcept { return pages.front(); }
+    [[nodiscard]] const LongValueMaps* longValuesOf(const Column& column) const noexcept;
+};
+
+/// What the texts of a file mean where its definitions don't say it, or say it wrongly.
+struct TextSettings {
+    std::uint16_t codePage = 1252;   ///< of names, and of a Jet 3 column that names none
+    bool overridden = false;         ///< then of every column too
+};
+
+/// Reads the definition that starts on `page`.
+/// @throws Error{corrupt}; Error{unsupported} for a code page this engine doesn't know.
+[[nodiscard]] TableDefinition parseDefinition(Pager& pager, PageNo page,
+                                              const TextSettings& texts);
+
+} // namespace jet

@@ -1,0 +1,29 @@
+# shellcheck shell=bash disable=SC2034  # the lists are read by their names
+# Sourced by ./run and ./test: what the tree needs of the machine, in one list of Debian packages.
+
+packages_build="g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libsqlite3-dev fonts-dejavu-core"
+packages_test="git clang clang-format clang-tidy libclang-rt-dev libgtest-dev libgmock-dev
+    libbenchmark-dev mdbtools xvfb openbox xdotool"
+packages_screen="xvfb openbox x11vnc"
+
+# need <group>...: has every package of the groups (build, test, screen) installed, or ends telling
+# how to install it.
+need() {
+    local group package missing=()
+    for group in "$@"; do
+        local list="packages_$group"
+        for package in ${!list}; do
+            dpkg-query -W -f='${db:Status-Abbrev}' "$package" 2>/dev/null | grep -q '^ii' ||
+                missing+=("$package")
+        done
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    if [ "$(id -u)" -ne 0 ]; then
+        printf 'Packages are missing. Install them with\n\n    sudo apt-get update && sudo apt-get install --no-install-recommends %s\n\n' \
+            "${missing[*]}" >&2
+        exit 1
+    fi
+    printf 'Installing %s\n' "${missing[*]}"
+    apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}

@@ -1,0 +1,282 @@
+// Which target may include which: the one table of the tree's layers, held against every include
+// line and every CMake list. A new target gets its row here.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// The libraries from outside that a target may see; the standard library is open to all.
+enum class Outside : unsigned char { nothing, sqlite, qt };
+
+struct Layer {
+    std::string target;
+    Outside outside;
+    std::vector<std::string> uses;
+};
+
+// Bottom up: a target uses only targets of rows above its own.
+const std::vector<Layer> kLayers = {
+    {"assets",            Outside::qt,      {}                                                       },
+    {"jet",               Outside::nothing, {}                                                       },
+    {"ado",               Outside::sqlite,  {"jet"}                                                  },
+    {"controls",          Outside::qt,      {"assets"}                                               },
+    {"shell_base",        Outside::qt,      {"jet", "ado", "controls"}                               },
+    {"registers",         Outside::qt,      {"jet", "ado", "controls", "shell_base"}                 },
+    {"shell_windows",     Outside::qt,      {"jet", "ado", "controls", "shell_base", "registers"}    },
+    {"valtrino",          Outside::qt,      {"jet", "ado", "controls", "shell_base", "shell_windows"}},
+    {"shop_schema",       Outside::nothing, {"jet"}                                                  },
+    {"valtrino-mdb",      Outside::nothing, {"jet", "ado", "shop_schema"}                            },
+    {"test_support",      Outside::qt,      {}                                                       },
+    {"form_test_support", Outside::qt,      {"controls", "test_support"}                             },
+    {"shop_test_support",
+     Outside::qt,
+     {"jet", "ado", "controls", "shell_base", "shop_schema", "test_support", "form_test_support"}    },
+};
+
+// What tests may use beside their folder, where it sees no more than the folder itself does.
+const std::vector<std::string> kHelpers = {"test_support", "shop_schema", "form_test_support",
+                                           "shop_test_support"};
+
+/// Path from the root of the tree, with "/", and the file's text.
+using Files = std::map<std::string, std::string>;
+/// Path of a file and the target that lists it.
+using Owners = std::map<std::string, std::string>;
+
+const Layer* layerOf(const std::string& target) {
+    const auto found = std::ranges::find(kLayers, target, &Layer::target);
+    return found == kLayers.end() ? nullptr : &*found;
+}
+
+std::string folderOf(const std::string& path) {
+    const auto slash = path.rfind('/');
+    return slash == std::string::npos ? "" : path.substr(0, slash);
+}
+
+/// The sources, forms, resources and CMake lists of the tree; no builds, nothing of others.
+Files readTree(const std::filesystem::path& root) {
+    Files files;
+    for (auto entry = std::filesystem::recursive_directory_iterator(root);
+         entry != std::filesystem::recursive_directory_iterator(); ++entry) {
+        const std::string name = entry->path().filename().string();
+        if (entry->is_directory()) {
+            if (name.starts_with('.') || name.starts_with("build") || name == "third_party")
+                entry.disable_recursion_pending();
+            continue;
+        }
+        static const std::regex wanted(R"(.*\.(h|cpp|ui|qrc)|CMakeLists\.txt)");
+        if (!std::regex_match(name, wanted))
+            continue;
+        std::ifstream file(entry->path());
+        std::ostringstream text;
+        text << file.rdbuf();
+        files[entry->path().lexically_relative(root).generic_string()] = text.str();
+    }
+    return files;
+}
+
+/// What the CMake lists say: every file named in a call that makes a target.
+Owners readOwners(const Files& files) {
+    static const std::regex comment("#[^\n]*");
+    static const std::regex call(
+        R"((?:house_(?:library|program|test)|add_(?:library|executable)|target_sources)\s*\(([^)]*)\))");
+    Owners owners;
+    for (const auto& [path, text] : files) {
+        if (!path.ends_with("CMakeLists.txt"))
+            continue;
+        const std::string folder = path.substr(0, path.rfind('/') + 1);
+        const std::string code = std::regex_replace(text, comment, "");
+        for (std::sregex_iterator it(code.begin(), code.end(), call), end; it != end; ++it) {
+            std::istringstream words((*it)[1].str());
+            std::string target;
+            words >> target;
+            for (std::string word; words >> word;)
+                if (word.find('.') != std::string::npos)
+                    owners[folder + word] = target;
+        }
+    }
+    return owners;
+}
+
+/// The target whose file the tree's include paths find for `include`, written in `from`.
+std::optional<std::string> targetOfInclude(const std::string& include, const std::string& from,
+                                           const Owners& owners) {
+    static const std::regex form("ui_(.*)\\.h");
+    std::smatch match;
+    if (std::regex_match(include, match, form)) {
+        const auto owner = owners.find(folderOf(from) + "/" + match[1].str() + ".ui");
+        return owner == owners.end() ? std::nullopt : std::optional(owner->second);
+    }
+    for (const char* prefix : {"", "platform/", "tests/"})
+        if (const auto owner = owners.find(prefix + include); owner != owners.end())
+            return owner->second;
+    return std::nullopt;
+}
+
+/// What `path` of `target` may see. The tests of a folder see its targets, what those may see, and
+/// the helpers of that height.
+Layer permissions(const std::string& path, const std::string& target, const Owners& owners) {
+    if (const Layer* layer = layerOf(target))
+        return *layer;
+    Layer sum{target, Outside::nothing, {}};
+    if (!path.starts_with("tests/"))
+        return sum;
+    const std::string folder = folderOf(path.substr(std::string("tests/").size()));
+    for (const auto& [file, owner] : owners) {
+        if (folderOf(file) != folder && folderOf(file) != "platform/" + folder)
+            continue;
+        const Layer layer = permissions(file, owner, owners);
+        sum.uses.push_back(owner);
+        sum.uses.insert(sum.uses.end(), layer.uses.begin(), layer.uses.end());
+        sum.outside = std::max(sum.outside, layer.outside);
+    }
+    for (const std::string& helper : kHelpers)
+        if (std::ranges::all_of(layerOf(helper)->uses, [&](const std::string& used) {
+                return std::ranges::count(sum.uses, used) > 0;
+            }))
+            sum.uses.push_back(helper);
+    return sum;
+}
+
+/// A sentence for each include line of `path` that draws an arrow the table doesn't have.
+std::vector<std::string> wrongIncludes(const std::string& path, const std::string& text,
+                                       const Owners& owners) {
+    const auto owner = owners.find(path);
+    if (owner == owners.end())
+        return {path + " stands in no CMakeLists.txt"};
+    const std::string& target = owner->second;
+    const Layer allowed = permissions(path, target, owners);
+
+    std::vector<std::string> wrong;
+    const auto complain = [&](const std::string& include, const std::string& why) {
+        wrong.push_back(path + " includes " + include + ": " + why);
+    };
+    static const std::regex line(R"re((?:^|\n)[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"])re");
+    for (std::sregex_iterator it(text.begin(), text.end(), line), end; it != end; ++it) {
+        const std::string include = (*it)[2].str();
+        if ((*it)[1].str() == "\"") {
+            const auto other = targetOfInclude(include, path, owners);
+            if (!other)
+                complain(include, "no target lists that path (write it with its folder)");
+            else if (*other != target && std::ranges::count(allowed.uses, *other) == 0)
+                complain(include, target + " may not use " + *other);
+        } else if (include.starts_with('Q') && allowed.outside != Outside::qt) {
+            complain(include, target + " may not use Qt");
+        } else if (include.starts_with("sqlite3") && allowed.outside != Outside::sqlite) {
+            complain(include, target + " may not use SQLite");
+        }
+    }
+    return wrong;
+}
+
+bool isCode(const std::string& path) { return path.ends_with(".h") || path.ends_with(".cpp"); }
+
+std::vector<std::string> wrongIncludes(const Files& files) {
+    const Owners owners = readOwners(files);
+    std::vector<std::string> wrong;
+    for (const auto& [path, text] : files)
+        if (isCode(path))
+            std::ranges::move(wrongIncludes(path, text, owners), std::back_inserter(wrong));
+    return wrong;
+}
+
+TEST(Architecture, EveryIncludeFollowsTheTable) {
+    for (const std::string& wrong : wrongIncludes(readTree(VALTRINO_TREE)))
+        ADD_FAILURE() << wrong;
+}
+
+TEST(Architecture, EveryFormAndResourceIsListed) {
+    const Files files = readTree(VALTRINO_TREE);
+    const Owners owners = readOwners(files);
+    for (const auto& [path, text] : files)
+        if ((path.ends_with(".ui") || path.ends_with(".qrc")) && !owners.contains(path))
+            ADD_FAILURE() << path << " stands in no CMakeLists.txt";
+}
+
+TEST(Architecture, EveryListedFileIsThere) {
+    const Files files = readTree(VALTRINO_TREE);
+    for (const auto& [path, target] : readOwners(files))
+        EXPECT_TRUE(files.contains(path)) << target << " lists " << path;
+}
+
+TEST(Architecture, EveryTargetHasItsRow) {
+    for (const auto& [path, target] : readOwners(readTree(VALTRINO_TREE)))
+        if (!path.starts_with("tests/") && layerOf(target) == nullptr)
+            ADD_FAILURE() << target << " (" << path << ") has no row in the table of layers";
+}
+
+TEST(Architecture, ArrowsPointDown) {
+    for (auto layer = kLayers.begin(); layer != kLayers.end(); ++layer)
+        for (const std::string& used : layer->uses)
+            EXPECT_TRUE(std::any_of(kLayers.begin(), layer,
+                                    [&](const Layer& below) { return below.target == used; }))
+                << layer->target << " uses " << used;
+}
+
+// The rules themselves, on trees of a few lines.
+
+const Files kSmallTree = {
+    {"platform/jet/CMakeLists.txt", "# a.cpp\nhouse_library(jet\n    Pager.h)\n"                 },
+    {"platform/jet/Pager.h",        "#include <vector>\n"                                        },
+    {"platform/ado/CMakeLists.txt", "house_library(ado Recordset.h)"                             },
+    {"platform/ado/Recordset.h",    "#include \"jet/Pager.h\"\n\n#include <sqlite3.h>\n"         },
+    {"registers/CMakeLists.txt",    "house_library(registers QT frmBancos.h frmBancos.ui)"       },
+    {"registers/frmBancos.h",       "#include \"ado/Recordset.h\"\n#include \"ui_frmBancos.h\"\n"},
+    {"registers/frmBancos.ui",      ""                                                           },
+    {"tests/ado/CMakeLists.txt",    "house_test(ado_test SOURCES RecordsetTest.cpp LIBS ado)"    },
+    {"tests/ado/RecordsetTest.cpp", "#include \"ado/Recordset.h\"\n#include \"jet/Pager.h\"\n"   },
+};
+
+Files changed(const std::string& path, const std::string& text) {
+    Files files = kSmallTree;
+    files[path] = text;
+    return files;
+}
+
+TEST(ArchitectureRules, AcceptATreeWhoseArrowsPointDown) {
+    EXPECT_THAT(wrongIncludes(kSmallTree), IsEmpty());
+}
+
+TEST(ArchitectureRules, RefuseAnArrowThatPointsUp) {
+    EXPECT_THAT(wrongIncludes(changed("platform/jet/Pager.h", "#include \"ado/Recordset.h\"\n")),
+                ElementsAre(HasSubstr("jet may not use ado")));
+}
+
+TEST(ArchitectureRules, RefuseATestThatReachesAboveItsFolder) {
+    EXPECT_THAT(wrongIncludes(
+                    changed("tests/ado/RecordsetTest.cpp", "#include \"registers/frmBancos.h\"\n")),
+                ElementsAre(HasSubstr("ado_test may not use registers")));
+}
+
+TEST(ArchitectureRules, RefuseQtAndSqliteWhereTheyDontBelong) {
+    EXPECT_THAT(wrongIncludes(changed("platform/ado/Recordset.h", "#include <QString>\n")),
+                ElementsAre(HasSubstr("ado may not use Qt")));
+    EXPECT_THAT(wrongIncludes(changed("registers/frmBancos.h", "  # include <sqlite3.h>\n")),
+                ElementsAre(HasSubstr("registers may not use SQLite")));
+}
+
+TEST(ArchitectureRules, RefuseAnIncludeWithoutItsFolder) {
+    EXPECT_THAT(wrongIncludes(changed("platform/ado/Recordset.h", "#include \"Pager.h\"\n")),
+                ElementsAre(HasSubstr("write it with its folder")));
+}
+
+TEST(ArchitectureRules, RefuseAFileThatNoListNames) {
+    EXPECT_THAT(wrongIncludes(changed("platform/jet/Left.cpp", "int left;\n")),
+                ElementsAre("platform/jet/Left.cpp stands in no CMakeLists.txt"));
+}
+
+} // namespace

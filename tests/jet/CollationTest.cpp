@@ -1,0 +1,240 @@
+#include "jet/Collation.h"
+
+#include "jet/TextCodec.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <random>
+#include <string>
+
+namespace jet {
+namespace {
+
+int sign(int value) { return (value > 0) - (value < 0); }
+
+std::string hex(const Bytes& bytes) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string text;
+    for (const std::byte byte : bytes) {
+        text += kDigits[std::to_integer<unsigned>(byte) >> 4];
+        text += kDigits[std::to_integer<unsigned>(byte) & 0xF];
+    }
+    return text;
+}
+
+Bytes key(Version version, std::u16string_view units) {
+    Bytes bytes;
+    Collation::general(version).appendKey(bytes, units);
+    return bytes;
+}
+std::string key4(std::u16string_view units) { return hex(key(Version::jet4, units)); }
+std::string key3(std::u16string_view units) { return hex(key(Version::jet3, units)); }
+
+int compare(Version version, std::string_view a, std::string_view b) {
+    return Collation::general(version).compare(a, b);
+}
+
+constexpr Version kVersions[] = {Version::jet3, Version::jet4};
+
+TEST(Orders, AreKnownByCodeVersionAndCodePage) {
+    EXPECT_EQ(Collation::find(Version::jet3, {0x0409, 0, 1252}),
+              &Collation::general(Version::jet3));
+    EXPECT_EQ(Collation::find(Version::jet3, {0, 0, 1252}), &Collation::general(Version::jet3));
+    EXPECT_EQ(Collation::find(Version::jet3, {0x0409, 0, 1250}), nullptr);
+    EXPECT_EQ(Collation::find(Version::jet4, {0x0409, 0, 0}), &Collation::general(Version::jet4));
+    EXPECT_EQ(Collation::find(Version::jet4, {0, 0, 0}), &Collation::general(Version::jet4));
+    EXPECT_EQ(Collation::find(Version::jet4, {0x0409, 1, 1252}), nullptr);
+    for (const Version version : kVersions)
+        for (const int lcid : {0x0416, 0x041F, 0x040A, 0x0C0A})
+            EXPECT_EQ(Collation::find(version, {static_cast<std::uint16_t>(lcid), 0, 1252}),
+                      nullptr);
+    EXPECT_EQ(Collation::general(Version::jet3).version(), Version::jet3);
+}
+
+TEST(Jet4Keys, OfTextsFromRealFiles) {
+    EXPECT_EQ(key4(u"Beverages"), "4C517151694A55516B0100");
+    EXPECT_EQ(key4(u"Frankfurt a.M. "), "53694A625C536F696D074A1C601C0100");
+    EXPECT_EQ(key4(u"México D.F."), "605175594D64074F1C531C01020E00");
+    EXPECT_EQ(key4(u"G'day, Mate"), "554F4A761A07604A6D5101010101800B068000");
+    EXPECT_EQ(key4(u"HILARIÓN-Abastos"),
+              "57595E4A695964624A4C4A6B6D646B010202020202020E01010180270682"
+              "00");
+    EXPECT_EQ(key4(u"Heli Süßwaren GmbH & Co. KG"),
+              "57515E59076B6F6B6B734A6951620755604C570712074D641C075C55010202020202021300");
+    EXPECT_EQ(key4(u""), "0100");
+}
+
+TEST(Jet4Keys, OfMarksKanaAndSurrogates) {
+    EXPECT_EQ(key4(u"e\u0301"), key4(u"é")); // a mark adds to the accent it follows
+    EXPECT_EQ(key4(u"\u0301e"), "51010C00");
+    EXPECT_EQ(key4(u"\U00010000"), "B002B4F8013F3F00");
+    EXPECT_EQ(key4(u"\xD800"), "B002013F00");
+    EXPECT_EQ(key4(u"\xDC08\xDFFF"), "B502B8FF013F3F00");
+    EXPECT_EQ(key4(u"\xDC07\xDD05\xDD06\xDE03\xDE04\xDF01\xDF02"),
+              "B4FFB5FFB602B6FFB702B7FFB802013F3F3F3F3F3F3F00");
+    // Small and large kana differ behind the accents only.
+    EXPECT_EQ(key4(u"\u30A1").substr(4), "010101A0FF0280FF8000");
+    EXPECT_EQ(key4(u"\u30A2").substr(4), "010101FF0280FF8000");
+    EXPECT_EQ(key4(u"\u30A2-").substr(4), "010101FF0280FF80FF01800B068200");
+    EXPECT_EQ(key4(u"\u30A1").substr(0, 4), key4(u"\u30A2").substr(0, 4));
+}
+
+TEST(Jet4Keys, IgnoreUnitsWithoutWeight) {
+    EXPECT_EQ(key4(std::u16string_view(u"a\0b", 3)), key4(u"ab"));
+    EXPECT_EQ(key4(u"a\u0378b"), key4(u"ab"));
+}
+
+TEST(Jet3Keys, OfTextsFromRealFiles) {
+    EXPECT_EQ(key3(u"AAA-\u00C1"), "6060601E60022240");
+    EXPECT_EQ(key3(u"AA"), "606000");
+    EXPECT_EQ(key3(u"05432-043"), "565B5A59581E565A5900");
+    EXPECT_EQ(key3(u"a\u0081"), "601000");
+    EXPECT_EQ(key3(u""), "00");
+}
+
+TEST(Keys, LookAt255CharactersAndNotAtTrailingBlanks) {
+    for (const Version version : kVersions) {
+        const std::u16string full(255, u'x');
+        EXPECT_EQ(key(version, full + u"y"), key(version, full));
+        EXPECT_NE(key(version, full.substr(1)), key(version, full));
+        const std::u16string blanks = u"ab" + std::u16string(253, u' ') + u"c";
+        EXPECT_EQ(key(version, blanks), key(version, u"ab")); // the c is beyond, then blanks go
+        EXPECT_EQ(key(version, u"ab  "), key(version, u"ab"));
+        EXPECT_NE(key(version, u"  ab"), key(version, u"ab"));
+        EXPECT_EQ(key(version, u"  "), key(version, u""));
+        EXPECT_NE(key(version, u"ab\t"), key(version, u"ab"));
+    }
+}
+
+TEST(Comparison, IgnoresCaseAndRespectsAccents) {
+    for (const Version version : kVersions) {
+        EXPECT_EQ(compare(version, "Banco do Brasil", "BANCO DO BRASIL"), 0);
+        EXPECT_EQ(compare(version, "JOSÉ", "josé"), 0);
+        EXPECT_LT(compare(version, "jose", "josé"), 0);
+        EXPECT_LT(compare(version, "josé", "josefa"), 0); // the letters come first
+        EXPECT_LT(compare(version, "São Paulo", "Sapo"), 0);
+        EXPECT_GT(compare(version, "b", "a"), 0);
+        EXPECT_LT(compare(version, "9", "a"), 0);
+        EXPECT_LT(compare(version, "10", "9"), 0);
+        EXPECT_LT(compare(version, "", "a"), 0);
+        EXPECT_EQ(compare(version, "", ""), 0);
+        EXPECT_NE(compare(version, "dagua", "d'agua"), 0);
+        EXPECT_NE(compare(version, "beijaflor", "beija-flor"), 0);
+        EXPECT_LT(compare(version, "d'agua", "D'ÁGUA"), 0);
+    }
+    EXPECT_LT(compare(Version::jet4, "co-op", "coop a"), 0); // hyphens count last of all
+}
+
+TEST(Comparison, CountsTrailingBlanks) {
+    for (const Version version : kVersions) {
+        EXPECT_LT(compare(version, "ana", "ana "), 0);
+        EXPECT_LT(compare(version, "ana ", "ANA  "), 0);
+        EXPECT_EQ(compare(version, "ana ", "ANA "), 0);
+        EXPECT_LT(compare(version, "ana  ", "ana b"), 0);
+        EXPECT_LT(compare(version, "é", "É "), 0);
+        EXPECT_LT(compare(version, "", " "), 0);
+        EXPECT_LT(compare(version, "ana ", "aná"), 0);
+    }
+}
+
+TEST(Comparison, LooksBeyondWhatAKeyDoes) {
+    const std::string base(300, 'x');
+    for (const Version version : kVersions) {
+        EXPECT_LT(compare(version, base + "a", base + "b"), 0);
+        EXPECT_LT(compare(version, base + "a", base + "á"), 0);
+        EXPECT_LT(compare(version, base, base + "a"), 0);
+    }
+}
+
+TEST(Comparison, ExpandsLetters) {
+    EXPECT_EQ(compare(Version::jet4, "Süß", "SÜSS"), 0);
+    EXPECT_LT(compare(Version::jet4, "ß", "st"), 0);
+    EXPECT_LT(compare(Version::jet4, "sa", "ß"), 0);
+    EXPECT_EQ(compare(Version::jet4, "æ", "AE"), 0);
+}
+
+TEST(Comparison, TakesAnyText) {
+    EXPECT_LT(compare(Version::jet3, "z", "Ω"), 0); // not in a Jet 3 file, but in a query
+    EXPECT_LT(compare(Version::jet3, "Ω", "中"), 0);
+    EXPECT_LT(compare(Version::jet3, "中", "😀"), 0);
+    EXPECT_EQ(compare(Version::jet4, "😀", "😀"), 0);
+    EXPECT_NE(compare(Version::jet4, "😀", "😁"), 0);
+    for (const Version version : kVersions) {
+        EXPECT_NE(compare(version, "\xFF", ""), 0);
+        EXPECT_EQ(compare(version, "a\xC3", "A\xC3"), 0);
+        EXPECT_EQ(compare(version, "a\xE2\x82", "b"), -compare(version, "b", "a\xE2\x82"));
+    }
+}
+
+/// Texts that meet in many ways: few different characters, short.
+class Texts {
+public:
+    Texts(unsigned seed, std::u16string alphabet) : random_(seed), alphabet_(std::move(alphabet)) {}
+    std::u16string next() {
+        std::u16string text;
+        for (std::size_t left = random_() % 7; left > 0; --left)
+            text += alphabet_[random_() % alphabet_.size()];
+        while (!text.empty() && text.back() == u' ')
+            text.pop_back();
+        return text;
+    }
+
+private:
+    std::mt19937 random_;
+    std::u16string alphabet_;
+};
+
+TEST(Comparison, AgreesWithTheKeysOfJet4) {
+    const TextCodec codec(Version::jet4);
+    const std::u16string alphabets[] = {u"aAáâbcsS' -.1",
+                                        u"sßeéæœaëdǅǄ'-",
+                                        u"aeé\u0301\u0303\u0001\u0002-' ",
+                                        u"アァあｱかがガ-a",
+                                        u"a\xD83D\xDE00\xD801\xDC01\uB100é",
+                                        u"中文ab한ГгÑñ\u0378"};
+    for (unsigned i = 0; i < std::size(alphabets); ++i) {
+        Texts texts(i, alphabets[i]);
+        for (int round = 0; round < 40000; ++round) {
+            const std::u16string a = texts.next();
+            const std::u16string b = texts.next();
+            const auto utf8 = [&](std::u16string_view units) {
+                return codec.decode(std::as_bytes(std::span(units)));
+            };
+            const Bytes keyA = key(Version::jet4, a);
+            const Bytes keyB = key(Version::jet4, b);
+            const int expected = keyA < keyB ? -1 : int{keyB < keyA};
+            ASSERT_EQ(sign(compare(Version::jet4, utf8(a), utf8(b))), expected)
+                << i << ": " << utf8(a) << " | " << utf8(b);
+        }
+    }
+}
+
+TEST(Comparison, AgreesWithTheKeysOfJet3) {
+    const TextCodec codec(Version::jet3);
+    std::u16string all;
+    for (unsigned i = 0; i <= 0xFF; ++i)
+        all += static_cast<char16_t>(i);
+    const std::u16string alphabets[] = {all, u"aAáâbcsS' -.1", u"sßeéæa\u0081\u009C"};
+    for (unsigned i = 0; i < std::size(alphabets); ++i) {
+        Texts texts(i, alphabets[i]);
+        for (int round = 0; round < 40000; ++round) {
+            const std::u16string a = texts.next();
+            const std::u16string b = texts.next();
+            const auto utf8 = [&](std::u16string_view units) {
+                Bytes bytes;
+                for (const char16_t unit : units)
+                    bytes.push_back(static_cast<std::byte>(unit));
+                return codec.decode(bytes);
+            };
+            const Bytes keyA = key(Version::jet3, a);
+            const Bytes keyB = key(Version::jet3, b);
+            const int expected = keyA < keyB ? -1 : int{keyB < keyA};
+            ASSERT_EQ(sign(compare(Version::jet3, utf8(a), utf8(b))), expected)
+                << i << ": " << utf8(a) << " | " << utf8(b);
+        }
+    }
+}
+
+} // namespace
+} // namespace jet

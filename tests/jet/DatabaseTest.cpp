@@ -1,0 +1,543 @@
+#include "jet/Database.h"
+
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+
+using namespace jet;
+using namespace std::string_literals;
+
+namespace {
+
+std::string nameOf(const testing::TestParamInfo<Version>& info) {
+    return info.param == Version::jet3 ? "Jet3" : "Jet4";
+}
+
+TableSpec shopCheques() {
+    return {"Cheques",
+            {{"lancamento", ColumnType::longInteger, 0, true},
+             {"cliente", ColumnType::longInteger},
+             {"numero", ColumnType::text, 20},
+             {"bompara ", ColumnType::date},
+             {"valor", ColumnType::currency},
+             {"renuneração", ColumnType::currency},
+             {"obs", ColumnType::memo},
+             {"descontar", ColumnType::boolean}},
+            {{"PrimaryKey", {{"lancamento"}}, true},
+             {"cliente", {{"cliente"}}},
+             {"numero", {{"numero", false}}}}};
+}
+
+constexpr std::size_t kLancamento = 0;
+constexpr std::size_t kCliente = 1;
+constexpr std::size_t kNumero = 2;
+constexpr std::size_t kData = 3;
+constexpr std::size_t kValor = 4;
+constexpr std::size_t kObs = 6;
+constexpr std::size_t kDescontar = 7;
+
+Row cheque(std::int64_t client, const std::string& number) {
+    Row row(8);
+    row[kCliente] = client;
+    row[kNumero] = number;
+    row[kData] = Date::of({2026, 3, 31});
+    row[kValor] = Currency{12345600};
+    row[kDescontar] = true;
+    return row;
+}
+
+std::vector<std::int64_t> column(Table& table, std::size_t index) {
+    std::vector<std::int64_t> values;
+    RowCursor row = table.scan();
+    for (bool there = row.first(); there; there = row.next())
+        values.push_back(row.row().integer(index));
+    return values;
+}
+
+std::int64_t countEntries(Table& table, std::size_t index) {
+    std::int64_t count = 0;
+    IndexTree::Cursor entry = table.walk(index);
+    for (bool there = entry.first(); there; there = entry.next())
+        ++count;
+    return count;
+}
+
+/// The code of the error that `action` ends in.
+template <class Action>
+Errc errorOf(Action&& action) {
+    try {
+        action();
+    } catch (const Error& error) {
+        EXPECT_STRNE(error.what(), "");
+        return error.code();
+    }
+    ADD_FAILURE() << "no error";
+    return Errc::misuse;
+}
+
+class DatabaseFile : public testing::TestWithParam<Version> {
+protected:
+    DatabaseFile() : path(folder / "loja.mdb") { Database::create(path, GetParam()); }
+
+    TemporaryFolder folder;
+    std::filesystem::path path;
+};
+
+INSTANTIATE_TEST_SUITE_P(, DatabaseFile, testing::Values(Version::jet3, Version::jet4), nameOf);
+
+TEST_P(DatabaseFile, NewFileHasTheSystemTablesAndNoOthers) {
+    Database file(path);
+    EXPECT_EQ(file.version(), GetParam());
+    EXPECT_EQ(file.readOnlyReason(), std::nullopt);
+    EXPECT_TRUE(file.tableNames().empty());
+    EXPECT_THAT(file.allTableNames(), testing::ElementsAre("MSysACEs", "MSysObjects", "MSysQueries",
+                                                           "MSysRelationships"));
+    EXPECT_EQ(file.table("msysobjects").rowCount(), 8);
+    EXPECT_EQ(file.table("MSysACEs").rowCount(), 16);
+}
+
+TEST_P(DatabaseFile, CreateRefusesAFileThatIsThere) {
+    EXPECT_EQ(errorOf([&] { Database::create(path, GetParam()); }), Errc::exists);
+    EXPECT_NO_THROW(Database{path});
+}
+
+TEST_P(DatabaseFile, RowsComeBackAfterReopening) {
+    RowId id{};
+    {
+        Database file(path);
+        Row row = cheque(7, "Nº 1 ção");
+        row[kObs] = "observação de algumas palavras"s;
+        id = file.createTable(shopCheques()).insert(row);
+    }
+    Database file(path);
+    Table& table = file.table("CHEQUES");
+    EXPECT_EQ(table.name(), "Cheques");
+    const auto row = table.read(id);
+    ASSERT_TRUE(row);
+    EXPECT_EQ((*row)[kLancamento], Value(std::int64_t{1}));
+    EXPECT_EQ((*row)[kNumero], Value("Nº 1 ção"s));
+    EXPECT_EQ((*row)[kData], Value(Date::of({2026, 3, 31})));
+    EXPECT_EQ((*row)[kValor], Value(Currency{12345600}));
+    EXPECT_TRUE(isNull((*row)[5]));
+    EXPECT_EQ((*row)[kObs], Value("observação de algumas palavras"s));
+    EXPECT_EQ((*row)[kDescontar], Value(true));
+}
+
+TEST_P(DatabaseFile, ColumnsAreFoundWithoutCaseAndTrailingBlanks) {
+    Database file(path);
+    const Table& table = file.createTable(shopCheques());
+    EXPECT_EQ(table.findColumn("BOMPARA"), kData);
+    EXPECT_EQ(table.findColumn("bompara   "), kData);
+    EXPECT_EQ(table.findColumn("RENUNERAÇÃO"), 5U);
+    EXPECT_EQ(table.findColumn("valores"), std::nullopt);
+}
+
+TEST_P(DatabaseFile, UnknownTableIsSaidByName) {
+    Database file(path);
+    try {
+        (void)file.table("fornecedores");
+        FAIL();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.code(), Errc::notFound);
+        EXPECT_THAT(error.what(), testing::HasSubstr("fornecedores"));
+    }
+}
+
+TEST_P(DatabaseFile, NumbersGoOnAfterTheLargestEvenIfItWasErased) {
+    Database file(path);
+    Table& table = file.createTable(shopCheques());
+    table.insert(cheque(1, "1"));
+    const RowId second = table.insert(cheque(1, "2"));
+    table.erase(second);
+    Row own = cheque(1, "9");
+    own[kLancamento] = std::int64_t{40};
+    table.insert(own);
+    table.insert(cheque(1, "10"));
+    EXPECT_THAT(column(table, kLancamento), testing::ElementsAre(1, 40, 41));
+}
+
+TEST_P(DatabaseFile, RefusedRowsLeaveEverythingAsItWas) {
+    Database file(path);
+    Table& table = file.createTable(shopCheques());
+    table.insert(cheque(1, "1"));
+    file.flush();
+    const std::uint32_t pages = file.pager().pageCount();
+
+    Row twice = cheque(1, "2");
+    twice[kLancamento] = std::int64_t{1};
+    twice[kObs] = std::string(30000, 'x');
+    EXPECT_EQ(errorOf([&] { table.insert(twice); }), Errc::duplicate);
+    EXPECT_EQ(errorOf([&] { table.insert(cheque(1, std::string(21, '1'))); }), Errc::tooLong);
+    EXPECT_EQ(errorOf([&] { table.insert(cheque(3'000'000'000, "1")); }), Errc::outOfRange);
+    Row wrongType = cheque(1, "1");
+    wrongType[kValor] = "12,50"s;
+    EXPECT_EQ(errorOf([&] { table.insert(wrongType); }), Errc::outOfRange);
+    Row wrongDate = cheque(1, "1");
+    wrongDate[kData] = Date{4e6};
+    EXPECT_EQ(errorOf([&] { table.insert(wrongDate); }), Errc::outOfRange);
+    const Assignment noKey[] = {{kLancamento, {}}};
+    EXPECT_EQ(errorOf([&] { table.update(RowId{}, noKey); }), Errc::corrupt);
+    RowCursor first = table.scan();
+    ASSERT_TRUE(first.first());
+    EXPECT_EQ(errorOf([&] { table.update(first.id(), noKey); }), Errc::nullValue);
+
+    file.flush();
+    EXPECT_EQ(table.rowCount(), 1);
+    EXPECT_EQ(file.pager().pageCount(), pages);
+    EXPECT_EQ(countEntries(table, 1), 1);
+    table.insert(cheque(1, "2"));
+    EXPECT_THAT(column(table, kLancamento), testing::ElementsAre(1, 2));
+}
+
+TEST_P(DatabaseFile, CurrencyAndWholeNumbersAreKeptToTheirLimits) {
+    Database file(path);
+    Table& table = file.createTable(shopCheques());
+    for (const std::int64_t amount :
+         {std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min()}) {
+        Row row = cheque(std::numeric_limits<std::int32_t>::min(), "1");
+        row[kValor] = Currency{amount};
+        const auto back = table.read(table.insert(row));
+        EXPECT_EQ((*back)[kValor], Value(Currency{amount}));
+        EXPECT_EQ((*back)[kCliente], Value(std::int64_t{std::numeric_limits<std::int32_t>::min()}));
+    }
+    Row whole = cheque(1, "1");
+    whole[kValor] = std::int64_t{922337203685478};
+    EXPECT_EQ(errorOf([&] { table.insert(whole); }), Errc::outOfRange);
+}
+
+TEST_P(DatabaseFile, RowsKeepTheirIdWhenTheyOutgrowTheirPage) {
+    Database file(path);
+    Table& table = file.createTable({"notas",
+                                     {{"codigo", ColumnType::longInteger, 0, true},
+                                      {"a", ColumnType::text, 255},
+                                      {"b", ColumnType::text, 255},
+                                      {"c", ColumnType::text, 255}},
+                                     {{"PrimaryKey", {{"codigo"}}, true}}});
+    std::map<RowId, std::string> expected;
+    for (int i = 0; i < 60; ++i) {
+        const std::string text = "linha " + std::to_string(i);
+        expected[table.insert(std::vector<Value>{{}, text, {}, {}})] = text;
+    }
+    // Grow, grow again (the moved copy may have to move once more), shrink back.
+    for (const std::size_t size : {200U, 255U, 3U}) {
+        for (auto& [id, text] : expected) {
+            text = std::string(size, 'a' + static_cast<char>(id.slot % 26));
+            const Assignment changes[] = {{1, text}, {2, text}, {3, text}};
+            table.update(id, changes);
+        }
+        std::map<RowId, std::string> found;
+        RowCursor row = table.scan();
+        for (bool there = row.first(); there; there = row.next())
+            found[row.id()] = std::get<std::string>(row.row().value(3));
+        EXPECT_EQ(found, expected);
+    }
+    for (const auto& [id, text] : expected)
+        table.erase(id);
+    EXPECT_EQ(table.rowCount(), 0);
+    EXPECT_FALSE(table.scan().first());
+}
+
+TEST_P(DatabaseFile, LongTextsOfEveryLengthComeBackAndGiveTheirPagesBack) {
+    Database file(path);
+    Table& table = file.createTable(shopCheques());
+    const RowId id = table.insert(cheque(1, "1"));
+    file.flush();
+    std::uint32_t largest = 0;
+    for (int round = 0; round < 3; ++round) {
+        for (const std::size_t length : {0U, 1U, 31U, 32U, 33U, 64U, 65U, 2035U, 2036U, 2037U, 4075U,
+                                         4076U, 4077U, 9000U, 70000U}) {
+            const std::string text(length, 'm');
+            const Assignment change[] = {{kObs, text}};
+            table.update(id, change);
+            EXPECT_EQ((*table.read(id))[kObs], Value(text)) << length;
+        }
+        if (round == 0)
+            largest = file.pager().pageCount();
+        EXPECT_EQ(file.pager().pageCount(), largest);
+    }
+    const std::string accents = "ção — “aspas”";
+    const Assignment change[] = {{kObs, accents}};
+    table.update(id, change);
+    EXPECT_EQ((*table.read(id))[kObs], Value(accents));
+}
+
+TEST_P(DatabaseFile, TransactionsAreAllOrNothing) {
+    Database file(path);
+    Table& table = file.createTable(shopCheques());
+    table.insert(cheque(1, "1"));
+    {
+        Transaction open(file);
+        for (int i = 0; i < 500; ++i)
+            table.insert(cheque(i, std::to_string(i)));
+        EXPECT_EQ(table.rowCount(), 501);
+    }
+    EXPECT_EQ(table.rowCount(), 1);
+    EXPECT_EQ(countEntries(table, 2), 1);
+    {
+        Transaction open(file);
+        table.insert(cheque(5, "5"));
+        EXPECT_EQ(errorOf([&] { table.insert(cheque(1, std::string(99, '1'))); }), Errc::tooLong);
+        open.commit();
+    }
+    EXPECT_THAT(column(table, kCliente), testing::ElementsAre(1, 5));
+    EXPECT_EQ(errorOf([&] { file.commit(); }), Errc::misuse);
+    EXPECT_EQ(errorOf([&] { file.rollback(); }), Errc::misuse);
+    file.begin();
+    EXPECT_EQ(errorOf([&] { file.begin(); }), Errc::misuse);
+}
+
+TEST_P(DatabaseFile, ATableMadeInATransactionThatIsTakenBackIsGone) {
+    Database file(path);
+    {
+        Transaction open(file);
+        file.createTable(shopCheques()).insert(cheque(1, "1"));
+        EXPECT_TRUE(file.hasTable("cheques"));
+    }
+    EXPECT_FALSE(file.hasTable("cheques"));
+    file.createTable(shopCheques()).insert(cheque(1, "1"));
+    EXPECT_EQ(errorOf([&] { file.createTable(shopCheques()); }), Errc::exists);
+}
+
+TEST_P(DatabaseFile, AnErasedRowIsAConflictForWhoStillHasItsId) {
+    Database file(path);
+    Table& table = file.createTable(shopCheques());
+    table.insert(cheque(1, "1"));
+    const RowId id = table.insert(cheque(1, "1"));
+    const auto stamp = table.stamp(id);
+    const Assignment change[] = {{kCliente, std::int64_t{2}}};
+    table.update(id, change);
+    EXPECT_NE(table.stamp(id), stamp);
+    table.erase(id);
+    EXPECT_EQ(table.stamp(id), std::nullopt);
+    EXPECT_EQ(table.read(id), std::nullopt);
+    EXPECT_EQ(errorOf([&] { table.update(id, change); }), Errc::conflict);
+    EXPECT_EQ(errorOf([&] { table.erase(id); }), Errc::conflict);
+}
+
+TEST_P(DatabaseFile, KeyRangesFindTheRowsBetween) {
+    Database file(path);
+    Table& table = file.createTable(shopCheques());
+    for (int i = 0; i < 300; ++i)
+        table.insert(cheque(i % 50, std::to_string(1000 + i)));
+    const auto found = [&](std::size_t index, const KeyRange& range, std::size_t shown) {
+        std::vector<Value> values;
+        IndexTree::Cursor entry = table.walk(index);
+        for (bool there = entry.seek(range.lower);
+             there && (!range.upper || std::lexicographical_compare(
+                                           entry.key().begin(), entry.key().end(),
+                                           range.upper->begin(), range.upper->end()));
+             there = entry.next())
+            values.push_back((*table.read(entry.row()))[shown]);
+        return values;
+    };
+    const Value client = std::int64_t{7};
+    EXPECT_EQ(found(1, table.keysEqual(1, {&client, 1}), kCliente).size(), 6U);
+    EXPECT_EQ(found(1, table.keysBetween(1, {}, Value(std::int64_t{48}), std::nullopt), kCliente).size(),
+              12U);
+    // The index on numero descends.
+    EXPECT_THAT(found(2, table.keysBetween(2, {}, Value("1001"s), Value("1003"s)), kNumero),
+                testing::ElementsAre(Value("1003"s), Value("1002"s), Value("1001"s)));
+}
+
+TEST_P(DatabaseFile, TextKeysIgnoreCaseInAUniqueIndex) {
+    Database file(path);
+    Table& table = file.createTable({"nomes",
+                                     {{"nome", ColumnType::text, 40}},
+                                     {{"nome", {{"nome"}}, false, true}}});
+    const auto insert = [&](const char* name) { table.insert(std::vector<Value>{std::string(name)}); };
+    insert("José");
+    insert("Jose");
+    EXPECT_EQ(errorOf([&] { insert("JOSÉ"); }), Errc::duplicate);
+    EXPECT_EQ(errorOf([&] { insert("jose  "); }), Errc::duplicate);
+    table.insert(std::vector<Value>{Value{}});
+    table.insert(std::vector<Value>{Value{}});   // nulls may repeat
+    EXPECT_EQ(table.rowCount(), 4);
+}
+
+TEST_P(DatabaseFile, SpaceOfErasedRowsIsUsedAgain) {
+    Database file(path);
+    Table& table = file.createTable(shopCheques());
+    const auto fill = [&] {
+        Transaction open(file);
+        for (int i = 0; i < 3000; ++i)
+            table.insert(cheque(i, std::to_string(i)));
+        open.commit();
+    };
+    const auto empty = [&] {
+        Transaction open(file);
+        RowCursor row = table.scan();
+        while (row.first())
+            table.erase(row.id());
+        open.commit();
+    };
+    fill();
+    empty();
+    fill();
+    const std::uint32_t pages = file.pager().pageCount();
+    for (int round = 0; round < 4; ++round) {
+        empty();
+        fill();
+    }
+    EXPECT_EQ(file.pager().pageCount(), pages);
+}
+
+TEST_P(DatabaseFile, MapsGrowPastTheirFirstBitmaps) {
+    // More pages than a new map covers in either format, in table, index and file.
+    Database file(path);
+    Table& table = file.createTable({"grande",
+                                     {{"codigo", ColumnType::longInteger, 0, true},
+                                      {"texto", ColumnType::text, 255}},
+                                     {{"PrimaryKey", {{"codigo"}}, true}}});
+    constexpr int kRows = 24000;
+    {
+        Transaction open(file);
+        const std::string text = std::string(250, 'x');
+        for (int i = 0; i < kRows; ++i)
+            table.insert(std::vector<Value>{{}, text});
+        open.commit();
+    }
+    EXPECT_GT(file.pager().pageCount(), 1500U);
+    EXPECT_EQ(static_cast<int>(column(table, 0).size()), kRows);
+    EXPECT_EQ(countEntries(table, 0), kRows);
+}
+
+TEST_P(DatabaseFile, WideTablesHaveDefinitionsOfSeveralPages) {
+    TableSpec spec{"larga", {}, {{"PrimaryKey", {{"campo numero 0"}}, true}}};
+    for (int i = 0; i < 250; ++i)
+        spec.columns.push_back({"campo numero " + std::to_string(i),
+                                i % 3 ? ColumnType::integer : ColumnType::text,
+                                static_cast<std::uint16_t>(i % 3 ? 0 : 8)});
+    RowId id{};
+    {
+        Database file(path);
+        Table& table = file.createTable(spec);
+        Row row(250);
+        for (std::size_t i = 0; i < row.size(); ++i)
+            row[i] = i % 3 ? Value(static_cast<std::int64_t>(i)) : Value(std::to_string(i));
+        id = table.insert(row);
+    }
+    Database file(path);
+    Table& table = file.table("larga");
+    EXPECT_GT(table.definition().pages.size(), 1U);
+    EXPECT_EQ((*table.read(id))[249], Value("249"s));
+    EXPECT_EQ((*table.read(id))[248], Value(std::int64_t{248}));
+}
+
+TEST_P(DatabaseFile, ARowThatFitsNoPageIsRefused) {
+    Database file(path);
+    TableSpec spec{"larga", {}, {}};
+    for (int i = 0; i < 20; ++i)
+        spec.columns.push_back({"c" + std::to_string(i), ColumnType::text, 255});
+    Table& table = file.createTable(spec);
+    EXPECT_EQ(errorOf([&] { table.insert(Row(20, Value(std::string(255, 'x')))); }), Errc::tooLong);
+    EXPECT_EQ(table.rowCount(), 0);
+}
+
+TEST_P(DatabaseFile, TheSecondOpeningReadsAndSaysWhyItDoesNotWrite) {
+    Database first(path);
+    Table& table = first.createTable(shopCheques());
+    table.insert(cheque(1, "1"));
+    first.flush();
+    {
+        Database second(path);
+        ASSERT_TRUE(second.readOnlyReason());
+        EXPECT_EQ(second.table("cheques").rowCount(), 1);
+        EXPECT_EQ(errorOf([&] { second.table("cheques").insert(cheque(1, "2")); }), Errc::readOnly);
+        EXPECT_EQ(errorOf([&] { second.begin(); }), Errc::readOnly);
+    }
+    table.insert(cheque(1, "2"));
+    EXPECT_TRUE(std::filesystem::exists(folder / "loja.ldb"));
+}
+
+TEST_P(DatabaseFile, TheLockFileGoesWithTheLastOpening) {
+    { Database file(path); }
+    EXPECT_FALSE(std::filesystem::exists(folder / "loja.ldb"));
+    EXPECT_EQ(Database(path).readOnlyReason(), std::nullopt);
+}
+
+TEST_P(DatabaseFile, OpeningForReadingChangesNothing) {
+    { Database(path).createTable(shopCheques()).insert(cheque(1, "1")); }
+    const auto bytes = [&] {
+        std::ifstream in(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    };
+    const std::string before = bytes();
+    {
+        Database file(path, {.readOnly = true, .codePage = {}, .password = {}});
+        EXPECT_EQ(column(file.table("cheques"), kCliente).size(), 1U);
+        EXPECT_TRUE(file.readOnlyReason());
+    }
+    { Database file(path); }
+    EXPECT_EQ(bytes(), before);
+}
+
+TEST_P(DatabaseFile, TablesWhoseIndexesDisagreeWithTheRowsAreNotChanged) {
+    RowId id{};
+    {
+        Database file(path);
+        Table& table = file.createTable(shopCheques());
+        for (int i = 0; i < 20; ++i)
+            id = table.insert(cheque(1234567, "1"));
+    }
+    {
+        // Another program's slip: a client code changed in the row but not in its index.
+        std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+        std::string page(GetParam() == Version::jet3 ? 2048 : 4096, 0);
+        file.seekg(static_cast<std::streamoff>(number(id.page) * page.size()));
+        file.read(page.data(), static_cast<std::streamsize>(page.size()));
+        const std::size_t at = page.find("\x87\xD6\x12"s);
+        ASSERT_NE(at, std::string::npos);
+        page[at] = 0x11;
+        file.seekp(static_cast<std::streamoff>(number(id.page) * page.size()));
+        file.write(page.data(), static_cast<std::streamsize>(page.size()));
+    }
+    Database file(path);
+    Table& table = file.table("cheques");
+    EXPECT_EQ(column(table, kCliente).size(), 20U);
+    try {
+        table.insert(cheque(1, "1"));
+        FAIL();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.code(), Errc::readOnly);
+        EXPECT_THAT(error.what(), testing::HasSubstr("\"cliente\" não confere"));
+    }
+}
+
+TEST_P(DatabaseFile, AMissingFileIsNotFound) {
+    EXPECT_EQ(errorOf([&] { Database file(folder / "outra.mdb"); }), Errc::notFound);
+    EXPECT_FALSE(std::filesystem::exists(folder / "outra.ldb"));
+}
+
+TEST(DatabaseFormats, WhatIsNoDatabaseOfTheseFormatsIsSaidCaseByCase) {
+    TemporaryFolder folder;
+    const auto path = folder / "x.mdb";
+    const auto sentence = [&](const std::string& content) {
+        std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
+        try {
+            Database file(path);
+        } catch (const Error& error) {
+            return std::string(error.what());
+        }
+        return "opened"s;
+    };
+    const auto header = [](const std::string& name, char version) {
+        return "\0\1\0\0"s + name + "\0"s + version + std::string(8192, '\0');
+    };
+    EXPECT_THAT(sentence(""), testing::HasSubstr("não é um banco de dados"));
+    EXPECT_THAT(sentence(std::string(10000, 'x')), testing::HasSubstr("não é um banco de dados"));
+    EXPECT_THAT(sentence(header("Standard ACE DB", 2)), testing::HasSubstr("accdb"));
+    EXPECT_THAT(sentence(header("MSISAM Database", 1)), testing::HasSubstr("finanças"));
+    EXPECT_THAT(sentence(header("Standard Jet DB", 3)), testing::HasSubstr("versão mais nova"));
+    EXPECT_THAT(sentence(header("Standard Jet DB", 1)), testing::HasSubstr("codificado"));
+
+    std::filesystem::remove(path);
+    Database::create(path, Version::jet4);
+    std::filesystem::resize_file(path, 4096 * 9 + 100);
+    EXPECT_EQ(errorOf([&] { Database file(path); }), Errc::corrupt);
+}
+
+} // namespace

@@ -1,0 +1,44 @@
+#include "support/ShopTest.h"
+
+#include "shell/Mirtal.h"
+
+void ShopTest::SetUp() {
+    FormTest::SetUp();
+    Mirtal::modo.clear();
+    Mirtal::registroEscolhido = false;
+    Mirtal::lancamentoEscolhido = 0;
+    Mirtal::DatabaseFolder = QString::fromStdString(shop_.folder().string());
+    data().abrir();
+}
+
+void ShopTest::TearDown() {
+    FormTest::TearDown();
+    dbconectar::descartar();
+}
+
+void ShopTest::given(const char* table, std::initializer_list<Row> rows) {
+    ado::Recordset target;
+    target.Open(table, data().Automacao);
+    for (const Row& row : rows) {
+        target.AddNew();
+        for (const Field& field : row)
+            target[field.name] = field.value;
+        target.Update();
+    }
+    for (ado::Recordset* shared :
+         {&data().rsCliente, &data().rsBancos, &data().rsCheques, &data().rsSemFundos})
+        shared->Requery();
+}
+
+std::vector<std::string> ShopTest::rows(const QString& statement) {
+    ado::Recordset source;
+    source.Open(statement, data().Automacao);
+    std::vector<std::string> lines;
+    for (; !source.EOF(); source.MoveNext()) {
+        std::string line;
+        for (std::size_t place = 0; place < source.FieldCount(); ++place)
+            line += (place == 0 ? "" : "|") + source.field(place).text();
+        lines.push_back(line);
+    }
+    return lines;
+}

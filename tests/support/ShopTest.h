@@ -1,0 +1,47 @@
+#pragma once
+
+#include "shell/dbconectar.h"
+#include "support/FormTest.h"
+#include "support/ShopDatabase.h"
+
+#include <QString>
+
+#include <initializer_list>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+/// A test of windows over a shop's database: an empty one, opened as the start-up opens it, and the
+/// shared state as at the start.
+class ShopTest : public FormTest {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    struct Field {
+        const char* name;
+        jet::Value value;
+    };
+    using Row = std::vector<Field>;
+
+    /// Stores rows and has the program see them.
+    void given(const char* table, std::initializer_list<Row> rows);
+    /// The rows of a table, a line each: the fields' texts with "|" between, in the order of the
+    /// statement's columns.
+    [[nodiscard]] static std::vector<std::string> rows(const QString& statement);
+
+    static dbconectar& data() { return dbconectar::instance(); }
+    [[nodiscard]] const ShopDatabase& shop() const { return shop_; }
+
+private:
+    ShopDatabase shop_;
+};
+
+/// Values as tests write them.
+[[nodiscard]] inline jet::Value number(std::int64_t value) { return value; }
+[[nodiscard]] inline jet::Value words(const char* value) { return std::string(value); }
+[[nodiscard]] inline jet::Value yes(bool value) { return value; }
+[[nodiscard]] inline jet::Value day(int year, int month, int dayOfMonth) {
+    return jet::Date::of({.year = year, .month = month, .day = dayOfMonth});
+}
