@@ -17,8 +17,8 @@
 ///
 /// Controls are named as in the window's design. A click or a key takes effect before the call
 /// returns; nothing waits. Message boxes, file dialogs and failures must be announced before what
-/// brings them up: one that nobody announced fails the test, and so does an announced one that has not
-/// come when the test ends. All windows are gone at the end of a test.
+/// brings them up: one that nobody announced fails the test, and so does an announced one that has
+/// not come when the test ends. All windows are gone at the end of a test.
 ///
 ///     auto& form = open<frmBancos>();
 ///     expectMessage("Advertência", "O nome do banco deve ser preenchido.");

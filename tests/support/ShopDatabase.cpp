@@ -9,7 +9,8 @@
 std::filesystem::path makeTestFolder() {
     std::random_device random;
     for (int attempt = 0; attempt < 100; ++attempt) {
-        auto folder = std::filesystem::temp_directory_path() / ("valtrino-" + std::to_string(random()));
+        auto folder =
+            std::filesystem::temp_directory_path() / ("valtrino-" + std::to_string(random()));
         if (std::filesystem::create_directory(folder))
             return folder;
     }

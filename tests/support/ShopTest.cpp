@@ -1,5 +1,6 @@
 #include "support/ShopTest.h"
 
+#include "jet/Check.h"
 #include "shell/Mirtal.h"
 
 void ShopTest::SetUp() {
@@ -14,6 +15,8 @@ void ShopTest::SetUp() {
 void ShopTest::TearDown() {
     FormTest::TearDown();
     dbconectar::descartar();
+    for (const jet::Finding& finding : jet::check(shop_.file()).findings)
+        ADD_FAILURE() << "the file left behind: " << finding.sentence;
 }
 
 void ShopTest::given(const char* table, std::initializer_list<Row> rows) {

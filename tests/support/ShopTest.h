@@ -13,7 +13,7 @@
 #include <vector>
 
 /// A test of windows over a shop's database: an empty one, opened as the start-up opens it, and the
-/// shared state as at the start.
+/// shared state as at the start. At the end the file that the test leaves is checked whole.
 class ShopTest : public FormTest {
 protected:
     void SetUp() override;

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QDate>
+#include <QLineEdit>
+#include <QPointer>
+
+class QFrame;
+
+/// A box for a date, shown as dd/mm/yyyy whatever the machine's locale. It always holds a date of
+/// the years 100 to 9999, today's at first.
+///
+/// Typing. Entering it marks the whole date. Digits alone will do, the bars come by themselves:
+/// "01022026"; what parseDate() reads is taken, so "1/2" and "010226" are dates too. In a whole
+/// date a typed digit overwrites the one after the caret. Up and Down step the day, month or year
+/// at the caret, PageUp and PageDown the month. F4, Alt+Down or the picture at the right open a
+/// calendar.
+///
+/// The value follows the text as soon as it is a whole date. A text that is no date when the
+/// control is left goes back to the last value.
+class DatePicker final : public QLineEdit {
+    Q_OBJECT
+public:
+    explicit DatePicker(QWidget* parent = nullptr);
+
+    [[nodiscard]] QDate value() const noexcept { return value_; }
+    /// A date outside the years 100 to 9999, or none, leaves the value as it is.
+    void setValue(QDate value);
+
+    /// Opens the calendar under the box; does nothing where the box can't be typed into.
+    void openCalendar();
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+signals:
+    /// value() changed, by the operator or by the program.
+    void changed();
+
+protected:
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+
+private:
+    enum class Part : unsigned char { day, month, year };
+
+    [[nodiscard]] Part partAtCaret() const;
+    void step(Part part, int by);
+    void take(QDate value);
+    void show(QDate value);
+    void readText();
+    void typeDigit(const QString& digit);
+    void typeBar();
+
+    QDate value_ = QDate::currentDate();
+    QPointer<QFrame> calendar_;
+    bool entered_ = false;
+    bool enteredByMouse_ = false;
+};

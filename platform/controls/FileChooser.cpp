@@ -1,0 +1,45 @@
+#include "controls/FileChooser.h"
+
+#include <QApplication>
+#include <QFileDialog>
+
+#include <ostream>
+#include <utility>
+
+namespace {
+
+QString askOperator(const FileRequest& request) {
+    QWidget* owner = QApplication::activeWindow();
+    switch (request.choice) {
+    case FileChoice::existingFile:
+        return QFileDialog::getOpenFileName(owner, request.title, request.path, request.filter);
+    case FileChoice::newFile:
+        return QFileDialog::getSaveFileName(owner, request.title, request.path, request.filter);
+    case FileChoice::folder:
+        return QFileDialog::getExistingDirectory(owner, request.title, request.path);
+    }
+    return {};
+}
+
+FileFunction& current() {
+    static FileFunction function;
+    return function;
+}
+
+} // namespace
+
+std::ostream& operator<<(std::ostream& out, const FileRequest& request) {
+    return out << '"' << request.title.toStdString() << "\": " << request.path.toStdString() << " ["
+               << request.filter.toStdString() << ']';
+}
+
+std::optional<QString> chooseFile(const FileRequest& request) {
+    if (current())
+        return current()(request);
+    const QString path = askOperator(request);
+    return path.isEmpty() ? std::nullopt : std::optional(path);
+}
+
+FileFunction setFileFunction(FileFunction function) {
+    return std::exchange(current(), std::move(function));
+}

@@ -1,0 +1,279 @@
+#include "controls/Form.h"
+
+#include "controls/HeadingStrip.h"
+#include "controls/Icons.h"
+#include "controls/MessageBox.h"
+#include "controls/Typing.h"
+#include "controls/WindowList.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QLayout>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QScreen>
+#include <QWindow>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+PromptHook& promptHook() {
+    static PromptHook hook;
+    return hook;
+}
+
+void showPrompt(const QString& text) {
+    if (promptHook())
+        promptHook()(text);
+}
+
+void keepDigits(QLineEdit& box) {
+    const QString text = box.text();
+    if (std::ranges::all_of(text, isDigit))
+        return;
+    const auto before = onlyDigits(text.first(box.cursorPosition())).size();
+    box.setText(onlyDigits(text));
+    box.setCursorPosition(static_cast<int>(before));
+}
+
+/// A control is called by the label that is its buddy, lists too, of which Qt doesn't know it.
+void nameByLabels(const QWidget& window) {
+    for (const auto* label : window.findChildren<QLabel*>()) {
+        QWidget* control = label->buddy();
+        if (!control || !control->accessibleName().isEmpty())
+            continue;
+        QString name = label->text().remove('&').trimmed();
+        if (name.endsWith(':'))
+            name.chop(1);
+        control->setAccessibleName(name.trimmed());
+    }
+}
+
+} // namespace
+
+PromptHook setPromptHook(PromptHook hook) { return std::exchange(promptHook(), std::move(hook)); }
+
+Form::Form()
+    : QDialog(nullptr, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                           Qt::WindowCloseButtonHint) {}
+
+Form::~Form() = default;
+
+bool Form::load() {
+    if (loaded_)
+        return true;
+    loaded_ = true;
+    Icons::applyTo(*this);
+    nameByLabels(*this);
+    if (const auto* heading = findChild<HeadingStrip*>())
+        setWindowIcon(Icons::named(heading->iconName()));
+    for (auto* control : findChildren<QWidget*>())
+        control->installEventFilter(this);
+    // Enter presses the button that has the focus (see filterKey) and no other: none may look as
+    // if.
+    for (auto* button : findChildren<QPushButton*>())
+        button->setAutoDefault(false);
+    loaded_ = guarded([this] { Form_Load(); });
+    return loaded_;
+}
+
+void Form::showModal() {
+    if (isVisible())
+        return showModeless();
+    if (!load())
+        return;
+    const QPointer<Form> self = this;
+    modal_ = true;
+    exec();
+    if (!self)
+        return; // the program is ending
+    modal_ = false;
+    if (retired_)
+        deleteLater();
+}
+
+void Form::showModeless() {
+    show();
+    raise();
+    activateWindow();
+}
+
+void Form::unload() {
+    if (unloading_)
+        return;
+    unloading_ = true;
+    if (std::exchange(loaded_, false))
+        guarded([this] { Form_Unload(); });
+    showPrompt("");
+    hide();
+    retired_ = WindowList::instance().retire(*this);
+    if (!retired_)
+        unloading_ = false; // a window of its own maker: may be shown again
+    else if (!modal_)
+        deleteLater();
+}
+
+void Form::reject() {
+    if (closeButton_)
+        closeButton_->click();
+    else
+        unload();
+}
+
+void Form::closeEvent(QCloseEvent* event) {
+    event->accept();
+    unload();
+}
+
+void Form::setVisible(bool visible) {
+    if (!visible) {
+        focused_ = nullptr; // hiding is not leaving a control
+    } else if (!isVisible()) {
+        if (!load())
+            return;
+        // In front of the window it is opened from, without becoming that window's child.
+        const QWidget* owner = QApplication::activeWindow();
+        winId();
+        if (owner && owner != this)
+            windowHandle()->setTransientParent(owner->windowHandle());
+    }
+    QDialog::setVisible(visible);
+}
+
+void Form::keyPressEvent(QKeyEvent* event) {
+    // Enter in a control that has no use for it must not press a button elsewhere in the window.
+    if (!isEnter(*event))
+        QDialog::keyPressEvent(event);
+}
+
+void Form::prompts(std::initializer_list<Prompt> table) {
+    for (const auto& [control, text] : table)
+        prompts_[control] = QString::fromUtf8(text);
+}
+
+void Form::enterAsTab(std::initializer_list<QWidget*> controls) {
+    for (QWidget* control : controls)
+        enterAsTab_.insert(control);
+}
+
+void Form::digitsOnly(QLineEdit* box) {
+    digitsOnly_.insert(box);
+    enterAsTab_.insert(box);
+    // Keys are stopped before they type; this is for all other ways a text gets in.
+    connect(box, &QLineEdit::textEdited, box, [box] { keepDigits(*box); });
+}
+
+void Form::centre() {
+    ensurePolished();
+    if (layout())
+        layout()->activate();
+    if (!testAttribute(Qt::WA_Resized))
+        adjustSize();
+    const QWidget* owner = QApplication::activeWindow();
+    const QRect area = (owner ? owner->screen() : screen())->availableGeometry();
+    const QSize size = frameGeometry().size().expandedTo(minimumSizeHint());
+    move(std::max(area.left(), area.left() + (area.width() - size.width()) / 2),
+         std::max(area.top(), area.top() + (area.height() - size.height()) / 2));
+}
+
+void Form::advertir(QWidget* control, const QString& text) {
+    showMessage(text, "Advertência", MessageIcon::exclamation);
+    control->setFocus();
+}
+
+void Form::whenGotFocus(QWidget* control, const Handler& handler) {
+    gotFocus_.insert(control, handler);
+}
+
+void Form::whenLostFocus(QWidget* control, const Handler& handler) {
+    lostFocus_.insert(control, handler);
+}
+
+void Form::focusCame(QWidget* control) {
+    if (const auto prompt = prompts_.constFind(control); prompt != prompts_.cend())
+        showPrompt(*prompt);
+    if (focused_ == control)
+        return;  // back from a message box, a menu or another window
+    focusWent(); // the focus was set while another window was in front
+    focused_ = control;
+    for (const Handler& handler : gotFocus_.values(control))
+        guarded(handler);
+}
+
+void Form::focusWent() {
+    QWidget* control = std::exchange(focused_, nullptr);
+    if (!control || unloading_ || !isVisible())
+        return;
+    for (const Handler& handler : lostFocus_.values(control))
+        guarded(handler);
+}
+
+bool Form::filterKey(QWidget* control, const QKeyEvent& key) {
+    if (isEnter(key) && !(key.modifiers() & Qt::ControlModifier))
+        for (const Handler& handler : onEnter_.values(control))
+            guarded(handler);
+    if (isEnter(key) && enterAsTab_.contains(control)) {
+        focusNextPrevChild(true);
+        return true;
+    }
+    if (auto* button = qobject_cast<QAbstractButton*>(control);
+        button && isEnter(key) && !button->isCheckable()) {
+        if (!key.isAutoRepeat()) // Enter held down must not save twice
+            button->click();
+        return true;
+    }
+    return digitsOnly_.contains(control) && typesCharacter(key) && !isDigit(key.text().front());
+}
+
+bool Form::pressByAccessKey(QAbstractButton& button, const QShortcutEvent& key) {
+    if (!button.isEnabled() || key.isAmbiguous())
+        return false; // Qt moves the focus among the candidates
+    button.setFocus(Qt::ShortcutFocusReason);
+    if (isVisible())
+        button.click();
+    return true;
+}
+
+bool Form::eventFilter(QObject* watched, QEvent* event) {
+    auto* control = qobject_cast<QWidget*>(watched);
+    if (!control)
+        return QDialog::eventFilter(watched, event);
+    auto* button = qobject_cast<QAbstractButton*>(control);
+    switch (event->type()) {
+    case QEvent::FocusIn:
+        focusCame(control);
+        break;
+    case QEvent::FocusOut: {
+        if (!leavesControl(*static_cast<QFocusEvent*>(event)))
+            break;
+        const bool pressed = QGuiApplication::mouseButtons() & Qt::LeftButton;
+        focusWent();
+        releasedOnLeaving_ = pressed && !(QGuiApplication::mouseButtons() & Qt::LeftButton);
+        break;
+    }
+    case QEvent::KeyPress:
+        if (filterKey(control, *static_cast<QKeyEvent*>(event)))
+            return true;
+        break;
+    case QEvent::Shortcut:
+        if (button && pressByAccessKey(*button, *static_cast<QShortcutEvent*>(event)))
+            return true;
+        break;
+    case QEvent::MouseButtonPress:
+        // A message box came up on leaving, and the mouse button was let go in it. The press that
+        // only now arrives is the click that the operator made: a warning must not swallow it.
+        if (std::exchange(releasedOnLeaving_, false) && button && button->isEnabled()) {
+            button->click();
+            return true;
+        }
+        break;
+    default:
+        break;
+    }
+    return QDialog::eventFilter(watched, event);
+}

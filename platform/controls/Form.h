@@ -1,0 +1,143 @@
+#pragma once
+
+#include "controls/Failure.h"
+
+#include <QDialog>
+#include <QHash>
+#include <QSet>
+
+#include <functional>
+#include <initializer_list>
+
+class QAbstractButton;
+class QLineEdit;
+class QShortcutEvent;
+
+/// Base of every child window: gives it the life the windows are written for, and the guard where
+/// what its handlers throw ends.
+///
+/// Life. A window class has one instance, made on first use by its own `instance()` and kept in the
+/// WindowList. The first time it is shown (or load() is called) `Form_Load` runs. hide() keeps it
+/// as it is. The close box, Esc and unload() run `Form_Unload`, clear the prompt, hide the window
+/// and retire the object: the next `instance()` builds a new one, in the state of its design. The
+/// retired object stays valid until the handlers at work have returned to the event loop, and for
+/// the caller of showModal() until it has returned there too.
+///
+/// Before Form_Load the window dresses itself: buttons get the icons they name (see Icons.h), the
+/// window that of its HeadingStrip, and each control the accessible name of the label whose buddy
+/// it is. Enter presses the button that has the focus and no other.
+///
+/// Handlers are plain private member functions connected with on(), gotFocus() and lostFocus() in
+/// the constructor, after setupUi(). None may let an exception out; the guard catches it.
+class Form : public QDialog {
+    Q_OBJECT
+public:
+    Form();
+    ~Form() override;
+
+    /// Runs Form_Load if it has not run yet. For who works on a window without showing it.
+    /// @return false if Form_Load failed.
+    bool load();
+    [[nodiscard]] bool isLoaded() const noexcept { return loaded_; }
+
+    /// Shows the window in front of the active one and returns when it is hidden or unloaded; the
+    /// rest of the program waits. A window already on show is only brought to the front.
+    void showModal();
+    /// Shows the window, or brings it to the front, and returns at once.
+    void showModeless();
+
+    /// Runs Form_Unload, clears the prompt, hides the window and retires it. Does nothing while
+    /// already unloading.
+    void unload();
+
+    /// What the close button does, or unload() if the window names none.
+    void reject() override;
+    void setVisible(bool visible) override;
+
+protected:
+    struct Prompt {
+        QWidget* control;
+        const char* text; ///< UTF-8
+    };
+
+    virtual void Form_Load() {}
+    virtual void Form_Unload() {}
+
+    /// Connects a signal of a control to a handler of this window. The handler may take fewer
+    /// arguments than the signal has.
+    template <class Control, class Signal, class Self, class... Args>
+    void on(Control* control, Signal signal, void (Self::*handler)(Args...)) {
+        connectGuarded(control, signal, static_cast<Self*>(this), handler);
+    }
+
+    /// Runs the handler when the focus comes to the control, or leaves it, within this window. A
+    /// message box, a menu or another window in front does not count as leaving; neither does
+    /// hiding or unloading this window. A handler of lostFocus() may set the focus elsewhere. It
+    /// has run before the click that took the focus away, by mouse or access key, reaches its own
+    /// handler.
+    template <class Self>
+    void gotFocus(QWidget* control, void (Self::*handler)()) {
+        whenGotFocus(control, [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
+    }
+    template <class Self>
+    void lostFocus(QWidget* control, void (Self::*handler)()) {
+        whenLostFocus(control, [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
+    }
+
+    /// Shows each control's prompt while it has the focus; it stays until the next one.
+    void prompts(std::initializer_list<Prompt> table);
+    /// In these controls Enter, that of the keypad too, moves the focus on and does nothing else.
+    void enterAsTab(std::initializer_list<QWidget*> controls);
+    /// Enter in the control, without Ctrl, runs the handler; then the key goes on as ever.
+    template <class Self>
+    void onEnter(QWidget* control, void (Self::*handler)()) {
+        onEnter_.insert(control, [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
+    }
+    /// The box takes digits and editing keys only; of what is pasted or dropped, only the digits.
+    /// Enter moves on. What the program sets is left as it is.
+    void digitsOnly(QLineEdit* box);
+    /// Names the close button, which Esc presses. Its own handler calls unload().
+    void closesWith(QAbstractButton* button) { closeButton_ = button; }
+
+    /// Puts the window in the middle of its screen.
+    void centre();
+    /// Says what is missing or wrong (title "Advertência", exclamation, OK), then puts the focus on
+    /// the control.
+    void advertir(QWidget* control, const QString& text);
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    using Handler = std::function<void()>;
+
+    void whenGotFocus(QWidget* control, const Handler& handler);
+    void whenLostFocus(QWidget* control, const Handler& handler);
+    void focusCame(QWidget* control);
+    void focusWent();
+    [[nodiscard]] bool filterKey(QWidget* control, const QKeyEvent& key);
+    [[nodiscard]] bool pressByAccessKey(QAbstractButton& button, const QShortcutEvent& key);
+
+    QHash<QWidget*, QString> prompts_;
+    QMultiHash<QWidget*, Handler> gotFocus_;
+    QMultiHash<QWidget*, Handler> lostFocus_;
+    QMultiHash<QWidget*, Handler> onEnter_;
+    QSet<QWidget*> enterAsTab_;
+    QSet<QWidget*> digitsOnly_;
+    QAbstractButton* closeButton_ = nullptr;
+    /// The control that has told that the focus came to it and not yet that it went.
+    QWidget* focused_ = nullptr;
+    bool loaded_ = false;
+    bool unloading_ = false;
+    bool modal_ = false;
+    bool retired_ = false;
+    /// The mouse button was let go while a control was being left for the one that it is on.
+    bool releasedOnLeaving_ = false;
+};
+
+/// Where prompts go: to the main window's status bar. "" clears it.
+using PromptHook = std::function<void(const QString&)>;
+/// Sets where prompts go. Without one they go nowhere.
+/// @return the hook set before.
+PromptHook setPromptHook(PromptHook hook);

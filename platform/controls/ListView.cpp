@@ -1,0 +1,234 @@
+#include "controls/ListView.h"
+
+#include "controls/ListModel.h"
+#include "controls/Typing.h"
+
+#include <QHeaderView>
+#include <QScopedValueRollback>
+#include <QStyleOptionViewItem>
+#include <QTimerEvent>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+// Up to here a list shows each row at once; a longer one is refreshed twenty times a second, and a
+// very long one, which takes longer to lay out, less often.
+constexpr int kShortList = 500;
+constexpr int kRefreshMs = 50;
+constexpr int kRowsPerMs = 2000;
+
+constexpr int kNarrowestColumn = 12;
+
+} // namespace
+
+ListView::ListView(QWidget* parent) : QTreeView(parent), model_(new ListModel(this)) {
+    setModel(model_);
+    setRootIsDecorated(false);
+    setItemsExpandable(false);
+    setUniformRowHeights(true);
+    setAlternatingRowColors(true);
+    setAllColumnsShowFocus(true);
+    setSelectionBehavior(SelectRows);
+    setSelectionMode(SingleSelection);
+    setEditTriggers(NoEditTriggers);
+    setExpandsOnDoubleClick(false);
+    setHorizontalScrollMode(ScrollPerPixel);
+    setTabKeyNavigation(false);
+    header()->setSectionsMovable(false);
+    header()->setSectionsClickable(true);
+    header()->setHighlightSections(false);
+    header()->setStretchLastSection(false);
+    header()->setMinimumSectionSize(kNarrowestColumn);
+    header()->setSectionResizeMode(QHeaderView::Interactive);
+
+    connect(this, &QTreeView::clicked, this, [this](const QModelIndex& index) {
+        if (!std::exchange(ticked_, false))
+            tellClick(index);
+    });
+    connect(model_, &ListModel::checkedByOperator, this, &ListView::tellTick);
+    connect(header(), &QHeaderView::sectionClicked, this,
+            [this](int column) { emit columnClicked(column, columnCaption(column)); });
+    connect(header(), &QHeaderView::sectionResized, this, [this](int column, int, int width) {
+        if (!sharing_ && isVisible()) {
+            // The operator dragged it: from now on the columns keep the widths they have.
+            for (int other = 0; other < model_->columnCount({}); ++other)
+                model_->setWidth(other, other == column ? width : header()->sectionSize(other));
+        }
+    });
+}
+
+ListView::~ListView() = default;
+
+void ListView::setColumns(std::vector<ListColumn> columns) {
+    model_->setColumns(std::move(columns));
+    shareWidth();
+}
+
+void ListView::setColumnCaption(int column, const QString& caption) {
+    model_->setCaption(column, caption);
+}
+
+QString ListView::columnCaption(int column) const {
+    return model_->columns().at(static_cast<std::size_t>(column)).caption;
+}
+
+void ListView::setColumnWidthShare(int column, int width) {
+    model_->setWidth(column, width);
+    shareWidth();
+}
+
+void ListView::setCheckBoxes(bool shown) {
+    model_->setCheckBoxes(shown);
+    shareWidth();
+}
+
+int ListView::addItem(ListItem item) {
+    const int row = model_->add(std::move(item));
+    if (!announceTimer_.isActive())
+        announceTimer_.start(row < kShortList ? 0 : std::max(kRefreshMs, row / kRowsPerMs), this);
+    return row;
+}
+
+void ListView::clear() {
+    announceTimer_.stop();
+    model_->clear();
+}
+
+int ListView::count() const { return model_->count(); }
+const ListItem& ListView::item(int row) const { return model_->item(row); }
+QString ListView::text(int row, int column) const { return model_->text(row, column); }
+
+void ListView::setText(int row, int column, const QString& text) {
+    model_->setText(row, column, text);
+}
+
+bool ListView::isChecked(int row) const { return model_->item(row).checked; }
+void ListView::setChecked(int row, bool checked) { model_->setChecked(row, checked); }
+
+int ListView::currentRow() const { return currentIndex().row(); }
+
+void ListView::setCurrentRow(int row) {
+    announceRows();
+    setCurrentIndex(row < 0 ? QModelIndex() : model_->index(row, 0));
+}
+
+QRect ListView::rowRect(int row) {
+    announceRows();
+    const QModelIndex first = model_->index(row, 0);
+    scrollTo(first);
+    return visualRect(first).united(visualRect(first.siblingAtColumn(model_->columnCount({}) - 1)));
+}
+
+QRect ListView::checkBoxRect(int row) {
+    const QRect place = rowRect(row);
+    QStyleOptionViewItem option;
+    initViewItemOption(&option);
+    option.rect = visualRect(model_->index(row, 0)).intersected(place);
+    option.features |= QStyleOptionViewItem::HasCheckIndicator;
+    return style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, this);
+}
+
+void ListView::announceRows() {
+    announceTimer_.stop();
+    const bool firstRows = model_->announced() == 0;
+    model_->announce();
+    if (!firstRows || model_->announced() == 0)
+        return;
+    shareWidth(); // there may be pictures now
+    // Filled while it has the focus: the keys begin at the first row, as when the focus comes to
+    // it.
+    if (hasFocus() && !currentIndex().isValid())
+        selectionModel()->setCurrentIndex(model_->index(0, 0), QItemSelectionModel::NoUpdate);
+}
+
+void ListView::timerEvent(QTimerEvent* event) {
+    if (event->timerId() == announceTimer_.timerId())
+        announceRows();
+    else
+        QTreeView::timerEvent(event);
+}
+
+void ListView::focusInEvent(QFocusEvent* event) {
+    announceRows();
+    QTreeView::focusInEvent(event);
+}
+
+void ListView::showEvent(QShowEvent* event) {
+    announceRows();
+    shareWidth();
+    QTreeView::showEvent(event);
+}
+
+void ListView::resizeEvent(QResizeEvent* event) {
+    QTreeView::resizeEvent(event);
+    shareWidth();
+}
+
+int ListView::leastFirstWidth() const {
+    const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
+    int width = 0;
+    if (model_->hasCheckBoxes())
+        width += style()->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, this) + 2 * margin;
+    if (model_->hasIcons())
+        width += style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this) + 2 * margin;
+    return width;
+}
+
+void ListView::shareWidth() {
+    const QScopedValueRollback<bool> ours(sharing_, true);
+    std::int64_t shares = 0;
+    for (const ListColumn& column : model_->columns())
+        shares += column.width;
+    if (shares <= 0)
+        return;
+    // Each column ends where the shares up to it end, so that roundings don't add up to a gap.
+    const int width = viewport()->width();
+    std::int64_t passed = 0;
+    int left = 0;
+    for (int column = 0; column < model_->columnCount({}); ++column) {
+        passed += model_->columns()[static_cast<std::size_t>(column)].width;
+        const auto end = static_cast<int>(width * passed / shares);
+        const int right = std::max(end, column == 0 ? leastFirstWidth() : left);
+        header()->resizeSection(column, right - left);
+        left = right;
+    }
+}
+
+void ListView::tellClick(const QModelIndex& index) {
+    const QString key = model_->item(index.row()).key;
+    emit itemClicked(key, index.row());
+}
+
+void ListView::tellTick(int row, bool checked) {
+    ticked_ = true;
+    emit itemChecked(row, checked);
+}
+
+void ListView::mousePressEvent(QMouseEvent* event) {
+    ticked_ = false;
+    QTreeView::mousePressEvent(event);
+}
+
+void ListView::mouseDoubleClickEvent(QMouseEvent* event) {
+    mousePressEvent(event); // the second press of two quick clicks is a press like any other
+}
+
+void ListView::keyPressEvent(QKeyEvent* event) {
+    const bool space = event->key() == Qt::Key_Space;
+    if (!isEnter(*event) && !space) {
+        QTreeView::keyPressEvent(event);
+        return;
+    }
+    event->accept();
+    announceRows();
+    const QModelIndex current = currentIndex();
+    if (!current.isValid() || event->isAutoRepeat())
+        return; // a key held down must not click or tick twice
+    if (!space || !model_->hasCheckBoxes())
+        tellClick(current);
+    else // whichever column was clicked last
+        model_->setData(current.siblingAtColumn(0),
+                        isChecked(current.row()) ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
+}

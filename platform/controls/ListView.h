@@ -1,0 +1,110 @@
+#pragma once
+
+#include <QBasicTimer>
+#include <QIcon>
+#include <QStringList>
+#include <QTreeView>
+
+#include <vector>
+
+class ListModel;
+
+/// A column of a ListView.
+struct ListColumn {
+    QString caption;
+    /// Its share of the list's width, in any unit that is the same for all columns of the list.
+    int width = 1;
+    Qt::Alignment alignment = Qt::AlignLeft;
+};
+
+/// A row of a ListView: what stands in the first column and, as sub-items, in the others.
+struct ListItem {
+    /// Names the row; never shown.
+    QString key;
+    QString text;
+    QStringList subItems;
+    QIcon icon;
+    bool checked = false;
+};
+
+/// A list of rows in columns, with keys, an icon and a check box if wanted in the first column.
+///
+/// Rows may be added one by one and in any number: they are shown soon after, many at a time, so
+/// 100,000 rows cost a fraction of a second even if the program handles events between them. Rows
+/// are counted from 0, and so are columns.
+///
+/// A click on a row, or Enter on the current one, is told by itemClicked(), a double click as two;
+/// so is Space where there are no check boxes. With check boxes, a click on one or Space ticks, and
+/// is told by itemChecked() only. Arrows move the current row and tell nothing; when the focus
+/// comes by keyboard, the first row is the current one if there was none.
+///
+/// Columns share the width in proportion to their widths, also when the window grows, until the
+/// operator drags one wider: then in proportion to what he made of them. The first is never too
+/// narrow for its check box and icon.
+class ListView final : public QTreeView {
+    Q_OBJECT
+public:
+    explicit ListView(QWidget* parent = nullptr);
+    ~ListView() override;
+
+    /// Sets the columns and empties the list.
+    void setColumns(std::vector<ListColumn> columns);
+    void setColumnCaption(int column, const QString& caption);
+    [[nodiscard]] QString columnCaption(int column) const;
+    /// Sets a column's share of the width; see ListColumn.
+    void setColumnWidthShare(int column, int width);
+    /// Shows or hides the check boxes; hidden at first.
+    void setCheckBoxes(bool shown);
+
+    /// Adds a row at the end.
+    /// @return its number.
+    int addItem(ListItem item);
+    void clear();
+
+    [[nodiscard]] int count() const;
+    /// `row` from 0 to count() - 1 in all that follow.
+    [[nodiscard]] const ListItem& item(int row) const;
+    /// The row's text in a column; column 0 is the row's own text.
+    [[nodiscard]] QString text(int row, int column) const;
+    void setText(int row, int column, const QString& text);
+    [[nodiscard]] bool isChecked(int row) const;
+    /// Ticks or unticks without telling itemChecked().
+    void setChecked(int row, bool checked);
+
+    /// The current row, or -1.
+    [[nodiscard]] int currentRow() const;
+    /// Makes a row the current one and brings it into sight; -1 for none. Tells nothing.
+    void setCurrentRow(int row);
+    /// Where a row stands in viewport(), brought into sight first.
+    [[nodiscard]] QRect rowRect(int row);
+    /// Where a row's check box stands in viewport(), the row brought into sight first.
+    [[nodiscard]] QRect checkBoxRect(int row);
+
+signals:
+    void itemClicked(const QString& key, int row);
+    /// The operator ticked or unticked the row's check box.
+    void itemChecked(int row, bool checked);
+    void columnClicked(int column, const QString& caption);
+
+protected:
+    void focusInEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
+
+private:
+    void announceRows();
+    /// What the check box and the icon of the first column need.
+    [[nodiscard]] int leastFirstWidth() const;
+    void shareWidth();
+    void tellClick(const QModelIndex& index);
+    void tellTick(int row, bool checked);
+
+    ListModel* model_;
+    QBasicTimer announceTimer_;
+    bool sharing_ = false;
+    bool ticked_ = false; ///< by the click at work
+};

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <iosfwd>
+
+/// The message boxes of the program, all through one function that tests replace.
+
+enum class MessageIcon : unsigned char { none, information, exclamation, question, critical };
+enum class MessageButtons : unsigned char { ok, yesNo };
+enum class MessageAnswer : unsigned char { ok, yes, no };
+
+/// A message box with all that can be said about it.
+struct Message {
+    /// Plain text, never rich text. "\n", "\r" and "\r\n" each begin a new line.
+    QString text;
+    QString title;
+    MessageIcon icon = MessageIcon::information;
+    MessageButtons buttons = MessageButtons::ok;
+
+    friend bool operator==(const Message&, const Message&) = default;
+};
+
+/// For the messages of failed tests.
+std::ostream& operator<<(std::ostream& out, const Message& message);
+
+/// Shows the message, modal to the whole program, and waits for the answer.
+///
+/// The buttons are "OK", or "Sim" and "Não". Enter answers the first, Esc and the close box the
+/// harmless one: "OK", "Não". The text can be marked and copied with the mouse.
+MessageAnswer showMessage(const Message& message);
+
+/// showMessage() with the parts in the order they are usually said.
+MessageAnswer showMessage(const QString& text, const QString& title, MessageIcon icon,
+                          MessageButtons buttons = MessageButtons::ok);
+
+/// What is asked in place of the operator.
+using MessageFunction = std::function<MessageAnswer(const Message&)>;
+
+/// Replaces what showMessage() does, in tests; an empty function restores it.
+/// @return the function replaced.
+MessageFunction setMessageFunction(MessageFunction function);

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "controls/Formato.h"
+
+#include <QLineEdit>
+
+/// A box for an amount, right-aligned. Left, it shows "1.234,56"; entered, "1234,56" and all of it
+/// marked, ready to be typed over.
+///
+/// Takes digits, a comma, a minus at the front and points between thousands, as far as an amount
+/// can come of it; the keypad's decimal key gives the comma. What can't be an amount, is out of
+/// range or has too many decimals is refused as it is typed or pasted. A pasted amount may be
+/// dressed in any way that parseMoney() reads.
+///
+/// Invariant: the text is an amount, or the beginning of one ("", "-", ","), which counts as 0.
+class MoneyEdit final : public QLineEdit {
+    Q_OBJECT
+    Q_PROPERTY(int decimals READ decimals WRITE setDecimals)
+public:
+    explicit MoneyEdit(QWidget* parent = nullptr);
+
+    /// What the text amounts to as it stands, 0 for an empty one.
+    [[nodiscard]] Amount valor() const noexcept { return valor_; }
+    /// Any amount, shown exactly: with four decimals if it has them. Tells changed() if it differs.
+    void setValor(Amount valor);
+
+    [[nodiscard]] int decimals() const noexcept { return decimals_; }
+    /// How many decimals can be typed, 0 to 4; 2 at first. The program may set four all the same.
+    void setDecimals(int decimals);
+
+signals:
+    /// valor() changed, by the operator or by the program.
+    void changed();
+
+protected:
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+
+private:
+    friend class MoneyValidator;
+
+    void show(Amount valor);
+    void readText();
+
+    Amount valor_;
+    int decimals_ = kShownDecimals;
+    int decimalsInText_ = 0;
+    bool entered_ = false;
+    bool enteredByMouse_ = false;
+};

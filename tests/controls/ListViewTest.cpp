@@ -1,0 +1,273 @@
+#include "controls/ListView.h"
+
+#include "controls/Icons.h"
+#include "support/CpuTimer.h"
+#include "support/FormTest.h"
+
+#include <QHeaderView>
+#include <QSignalSpy>
+#include <QVBoxLayout>
+
+namespace {
+
+class BankList : public FormTest {
+protected:
+    BankList() {
+        list_ = new ListView;
+        list_->setObjectName("lstListagem");
+        auto* column = new QVBoxLayout(&window_);
+        column->setContentsMargins(0, 0, 0, 0);
+        column->addWidget(list_);
+        list_->setColumns({
+            {"Código",       1000},
+            {        "Nome",           3000    },
+            { "Valor ", 1000,     Qt::AlignRight}
+        });
+        window_.resize(500, 300);
+        window_.show();
+        activate(window_);
+    }
+    void fill(int rows) {
+        for (int i = 0; i < rows; ++i)
+            list_->addItem({
+                .key = QString("00000 %1").arg(i),
+                .text = QString::number(100 + i),
+                .subItems = {QString("Banco %1").arg(i), "1,00"},
+                .icon = {                          },
+                .checked = false
+            });
+    }
+
+    QWidget window_;
+    ListView* list_;
+};
+
+TEST_F(BankList, GivesBackWhatWasAdded) {
+    fill(3);
+    EXPECT_EQ(list_->count(), 3);
+    EXPECT_EQ(list_->item(1).key, "00000 1");
+    EXPECT_EQ(list_->text(1, 0), "101");
+    EXPECT_EQ(list_->text(1, 1), "Banco 1");
+    EXPECT_EQ(list_->text(1, 2), "1,00");
+    list_->setText(1, 1, "Outro");
+    EXPECT_EQ(list_->text(1, 1), "Outro");
+    list_->clear();
+    EXPECT_EQ(list_->count(), 0);
+}
+
+TEST_F(BankList, ARowMayHaveFewerSubItemsThanColumns) {
+    list_->addItem({.key = "k", .text = "1", .subItems = {}, .icon = {}, .checked = false});
+    EXPECT_EQ(list_->text(0, 2), "");
+    list_->setText(0, 2, "9,00");
+    EXPECT_EQ(list_->text(0, 1), "");
+    EXPECT_EQ(list_->text(0, 2), "9,00");
+}
+
+TEST_F(BankList, ShowsTheRowsInItsColumns) {
+    fill(2);
+    QCoreApplication::processEvents();
+    const auto* model = list_->model();
+    ASSERT_EQ(model->rowCount(), 2);
+    EXPECT_EQ(model->index(1, 1).data().toString(), "Banco 1");
+    EXPECT_EQ(model->headerData(0, Qt::Horizontal).toString(), "Código");
+    EXPECT_TRUE(model->index(0, 2).data(Qt::TextAlignmentRole).value<Qt::Alignment>() &
+                Qt::AlignRight);
+}
+
+TEST_F(BankList, TellsAClickOnARow) {
+    fill(5);
+    const QSignalSpy clicks(list_, &ListView::itemClicked);
+    clickRow(window_, "lstListagem", 3);
+    ASSERT_EQ(clicks.count(), 1);
+    EXPECT_EQ(clicks[0][0].toString(), "00000 3");
+    EXPECT_EQ(clicks[0][1].toInt(), 3);
+    EXPECT_EQ(list_->currentRow(), 3);
+    EXPECT_EQ(list_->selectionModel()->selectedRows().size(), 1);
+}
+
+TEST_F(BankList, ADoubleClickIsTwoClicks) {
+    fill(5);
+    const QSignalSpy clicks(list_, &ListView::itemClicked);
+    const QPointF at = list_->rowRect(1).center();
+    clickRow(window_, "lstListagem", 1);
+    QMouseEvent second(QEvent::MouseButtonDblClick, at, list_->viewport()->mapToGlobal(at),
+                       Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(list_->viewport(), &second);
+    QTest::mouseRelease(list_->viewport(), Qt::LeftButton, {}, at.toPoint());
+    EXPECT_EQ(clicks.count(), 2);
+}
+
+TEST_F(BankList, TellsNothingOfAClickBesideTheRows) {
+    fill(1);
+    const QSignalSpy clicks(list_, &ListView::itemClicked);
+    QTest::mouseClick(list_->viewport(), Qt::LeftButton, {},
+                      QPoint(20, list_->viewport()->height() - 5));
+    EXPECT_EQ(clicks.count(), 0);
+}
+
+TEST_F(BankList, ArrowsMoveAndEnterAndSpaceClick) {
+    fill(5);
+    list_->setFocus();
+    list_->setCurrentRow(0);
+    const QSignalSpy clicks(list_, &ListView::itemClicked);
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    EXPECT_EQ(clicks.count(), 0);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space})
+        press(key);
+    ASSERT_EQ(clicks.count(), 3);
+    EXPECT_EQ(clicks[2][0].toString(), "00000 2");
+}
+
+TEST_F(BankList, EnterInAnEmptyListDoesNothing) {
+    list_->setFocus();
+    const QSignalSpy clicks(list_, &ListView::itemClicked);
+    press(Qt::Key_Return);
+    EXPECT_EQ(clicks.count(), 0);
+}
+
+TEST_F(BankList, TellsAClickOnAColumnsHead) {
+    const QSignalSpy clicks(list_, &ListView::columnClicked);
+    clickColumn(window_, "lstListagem", 1);
+    ASSERT_EQ(clicks.count(), 1);
+    EXPECT_EQ(clicks[0][0].toInt(), 1);
+    EXPECT_EQ(clicks[0][1].toString(), "Nome");
+}
+
+TEST_F(BankList, ColumnsShareTheWidthAlsoWhenTheWindowGrows) {
+    fill(1);
+    for (const int width : {500, 1000}) {
+        window_.resize(width, 300);
+        QCoreApplication::processEvents();
+        const int all = list_->viewport()->width();
+        EXPECT_EQ(list_->columnWidth(0), all / 5);
+        EXPECT_NEAR(list_->columnWidth(1), all * 0.6, 1);
+        EXPECT_EQ(list_->columnWidth(0) + list_->columnWidth(1) + list_->columnWidth(2), all);
+    }
+}
+
+TEST_F(BankList, TheFirstColumnHasRoomForItsCheckBoxAndIcon) {
+    list_->setColumns({
+        {"",     1   },
+        {"Nome", 1000}
+    });
+    list_->setCheckBoxes(true);
+    list_->addItem(
+        {.key = "k", .text = "", .subItems = {}, .icon = Icons::named("banco"), .checked = false});
+    const QRect box = list_->checkBoxRect(0);
+    EXPECT_GE(list_->columnWidth(0), box.right() + 16);
+    EXPECT_EQ(list_->columnWidth(0) + list_->columnWidth(1), list_->viewport()->width());
+}
+
+TEST_F(BankList, AColumnTheOperatorDraggedKeepsItsProportion) {
+    fill(1);
+    list_->header()->resizeSection(0, 300);
+    window_.resize(1000, 300);
+    QCoreApplication::processEvents();
+    EXPECT_GT(list_->columnWidth(0), 300);
+}
+
+TEST_F(BankList, CheckBoxesAreTickedByMouseAndSpaceWithoutAClick) {
+    fill(3);
+    list_->setCheckBoxes(true);
+    const QSignalSpy clicks(list_, &ListView::itemClicked);
+    const QSignalSpy checks(list_, &ListView::itemChecked);
+    clickCheckBox(window_, "lstListagem", 1);
+    EXPECT_TRUE(list_->isChecked(1));
+    ASSERT_EQ(checks.count(), 1);
+    EXPECT_EQ(checks[0][0].toInt(), 1);
+    EXPECT_TRUE(checks[0][1].toBool());
+
+    list_->setFocus();
+    list_->setCurrentRow(2);
+    press(Qt::Key_Space);
+    EXPECT_TRUE(list_->isChecked(2));
+    press(Qt::Key_Space);
+    EXPECT_FALSE(list_->isChecked(2));
+    EXPECT_EQ(checks.count(), 3);
+    EXPECT_EQ(clicks.count(), 0);
+
+    list_->setChecked(0, true);
+    EXPECT_TRUE(list_->isChecked(0));
+    EXPECT_EQ(checks.count(), 3) << "the program's own ticks are not told";
+    clickRow(window_, "lstListagem", 0);
+    EXPECT_EQ(clicks.count(), 1);
+    EXPECT_TRUE(list_->isChecked(0));
+}
+
+TEST_F(BankList, SpaceTicksTheRowWhicheverColumnWasClicked) {
+    fill(3);
+    list_->setCheckBoxes(true);
+    clickRow(window_, "lstListagem", 0); // in the middle column
+    list_->setFocus();
+    press(Qt::Key_Down);
+    const QSignalSpy checks(list_, &ListView::itemChecked);
+    press(Qt::Key_Space);
+    EXPECT_TRUE(list_->isChecked(1));
+    EXPECT_EQ(checks.count(), 1);
+}
+
+TEST_F(BankList, AKeyHeldDownActsOnce) {
+    fill(3);
+    list_->setFocus();
+    list_->setCurrentRow(1);
+    const QSignalSpy clicks(list_, &ListView::itemClicked);
+    const auto repeat = [this](Qt::Key key) {
+        QKeyEvent again(QEvent::KeyPress, key, Qt::NoModifier, " ", true);
+        QCoreApplication::sendEvent(list_, &again);
+    };
+    press(Qt::Key_Return);
+    repeat(Qt::Key_Return);
+    EXPECT_EQ(clicks.count(), 1);
+    list_->setCheckBoxes(true);
+    press(Qt::Key_Space);
+    repeat(Qt::Key_Space);
+    EXPECT_TRUE(list_->isChecked(1));
+}
+
+TEST_F(BankList, KeysBeginAtTheFirstRow) {
+    list_->setCheckBoxes(true);
+    list_->setFocus(Qt::TabFocusReason);
+    fill(3);
+    press(Qt::Key_Space);
+    EXPECT_EQ(list_->currentRow(), 0);
+    EXPECT_TRUE(list_->isChecked(0));
+}
+
+TEST_F(BankList, ACaptionMayChange) {
+    fill(1);
+    list_->setColumnCaption(1, "Nome do Banco");
+    EXPECT_EQ(list_->columnCaption(1), "Nome do Banco");
+    EXPECT_EQ(list_->model()->headerData(1, Qt::Horizontal).toString(), "Nome do Banco");
+    EXPECT_EQ(list_->text(0, 1), "Banco 0");
+}
+
+TEST_F(BankList, MayBeFilledAgainFromWithinAClick) {
+    fill(3);
+    QObject::connect(list_, &ListView::itemClicked, list_, [this] {
+        list_->clear();
+        fill(2);
+    });
+    clickRow(window_, "lstListagem", 2);
+    EXPECT_EQ(list_->count(), 2);
+}
+
+TEST_F(BankList, AHundredThousandRowsAreNoBurden) {
+    CpuTimer timer;
+    fill(100'000);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(list_->rowRect(99'999).isValid());
+    EXPECT_LT(timer.milliseconds(), 500);
+    EXPECT_EQ(list_->model()->rowCount(), 100'000);
+}
+
+TEST_F(BankList, EventsBetweenTheRowsDoNotMakeItCrawl) {
+    CpuTimer timer;
+    for (int i = 0; i < 20'000; ++i) {
+        fill(1);
+        QCoreApplication::processEvents();
+    }
+    EXPECT_LT(timer.milliseconds(), 2'000);
+}
+
+} // namespace

@@ -1,0 +1,144 @@
+// Icons, colours, fonts, heading, foot and the hourglass.
+#include "controls/BusyCursor.h"
+#include "controls/Foot.h"
+#include "controls/HeadingStrip.h"
+#include "controls/Icons.h"
+#include "controls/Style.h"
+#include "support/QtPrinters.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPalette>
+#include <QPushButton>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+/// The colour of a picture's most opaque spot.
+QColor inkOf(const QIcon& icon, QIcon::Mode mode = QIcon::Normal) {
+    const QImage image = icon.pixmap(QSize(32, 32), 2.0, mode).toImage();
+    QColor ink = Qt::transparent;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (image.pixelColor(x, y).alpha() > ink.alpha())
+                ink = image.pixelColor(x, y);
+    return ink;
+}
+
+double luminance(const QColor& colour) {
+    const auto channel = [](double c) {
+        return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * channel(colour.redF()) + 0.7152 * channel(colour.greenF()) +
+           0.0722 * channel(colour.blueF());
+}
+
+double contrast(const QColor& one, const QColor& other) {
+    const double a = luminance(one);
+    const double b = luminance(other);
+    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
+class Look : public testing::Test {
+protected:
+    ~Look() override { applyColours(ColourScheme::light); }
+};
+
+TEST_F(Look, AnIconTakesTheColourOfTheTextAndFollowsIt) {
+    const QIcon icon = Icons::named("save");
+    for (const ColourScheme scheme : {ColourScheme::light, ColourScheme::dark}) {
+        applyColours(scheme);
+        const QPalette palette = QGuiApplication::palette();
+        EXPECT_EQ(inkOf(icon), palette.color(QPalette::Active, QPalette::WindowText));
+        EXPECT_EQ(inkOf(icon, QIcon::Disabled),
+                  palette.color(QPalette::Disabled, QPalette::WindowText));
+        EXPECT_EQ(inkOf(icon, QIcon::Selected),
+                  palette.color(QPalette::Active, QPalette::HighlightedText));
+    }
+}
+
+TEST_F(Look, AnIconIsDrawnInThePointsOfTheScreen) {
+    const QPixmap sharp = Icons::named("banco").pixmap(QSize(24, 24), 2.0);
+    EXPECT_EQ(sharp.width(), 48);
+    EXPECT_EQ(sharp.devicePixelRatio(), 2.0);
+}
+
+TEST_F(Look, ButtonsGetThePictureTheyName) {
+    QWidget window;
+    QPushButton save(&window);
+    save.setProperty("iconName", "save");
+    QPushButton plain(&window);
+    Icons::applyTo(window);
+    EXPECT_FALSE(save.icon().isNull());
+    EXPECT_TRUE(plain.icon().isNull());
+}
+
+TEST_F(Look, TextCanBeReadInBothSchemes) {
+    const std::pair<QPalette::ColorRole, QPalette::ColorRole> pairs[] = {
+        {QPalette::WindowText,      QPalette::Window       },
+        {QPalette::WindowText,      QPalette::AlternateBase},
+        {QPalette::Text,            QPalette::Base         },
+        {QPalette::Text,            QPalette::AlternateBase},
+        {QPalette::ButtonText,      QPalette::Button       },
+        {QPalette::HighlightedText, QPalette::Highlight    },
+        {QPalette::ToolTipText,     QPalette::ToolTipBase  },
+        {QPalette::PlaceholderText, QPalette::Base         },
+        {QPalette::Link,            QPalette::Base         },
+    };
+    for (const ColourScheme scheme : {ColourScheme::light, ColourScheme::dark}) {
+        applyColours(scheme);
+        for (const auto& [text, ground] : pairs) {
+            const QPalette palette = QGuiApplication::palette();
+            EXPECT_GE(contrast(palette.color(text), palette.color(ground)), 4.5)
+                << text << " on " << ground
+                << (scheme == ColourScheme::dark ? ", dark" : ", light");
+        }
+    }
+}
+
+TEST_F(Look, TextIsNeverBelowTenPointsAndHeadingsAreLarger) {
+    aplicarEstilo(*qApp);
+    EXPECT_GE(QApplication::font().pointSizeF(), 10);
+    EXPECT_GT(headingFont().pointSizeF(), QApplication::font().pointSizeF());
+    EXPECT_EQ(QLocale().language(), QLocale::Portuguese);
+}
+
+TEST_F(Look, TheHourglassShowsWhileABusyCursorLives) {
+    {
+        const BusyCursor busy;
+        ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
+        EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+    }
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(Look, AHeadingShowsItsTextAsItStands) {
+    HeadingStrip strip;
+    strip.setProperty("text", "Bancos & <agências>");
+    strip.setProperty("iconName", "banco");
+    EXPECT_EQ(strip.text(), "Bancos & <agências>");
+    EXPECT_EQ(strip.accessibleName(), "Bancos & <agências>");
+    strip.show();
+    bool pictured = false;
+    for (const auto* label : strip.findChildren<QLabel*>())
+        pictured |= !label->pixmap().isNull();
+    EXPECT_TRUE(pictured);
+}
+
+TEST_F(Look, AFootMakesItsButtonsEquallyLarge) {
+    Foot foot;
+    auto* row = new QHBoxLayout(&foot);
+    auto* small = new QPushButton("&Ok");
+    auto* large = new QPushButton("&Localizar um cheque");
+    row->addWidget(small);
+    row->addWidget(large);
+    foot.show();
+    row->activate();
+    EXPECT_EQ(small->size(), large->size());
+}
+
+} // namespace
