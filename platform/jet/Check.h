@@ -12,21 +12,21 @@ namespace jet {
 /// One thing that a check has found.
 struct Finding {
     enum class Severity : std::uint8_t {
-        warning,   ///< harmless: space that nobody can use, a counter nobody relies on
+        warning, ///< harmless: space that nobody can use, a counter nobody relies on
         error,
     };
     Severity severity{};
-    PageNo page{};          ///< where
-    std::string sentence;   ///< what, in Portuguese, table and structure named
+    PageNo page{};        ///< where
+    std::string sentence; ///< what, in Portuguese, table and structure named
 };
 
 /// The outcome of a check.
 struct Report {
-    std::vector<Finding> findings;   ///< in the order found; of one kind at most 50 are told
+    std::vector<Finding> findings; ///< in the order found; of one kind at most 50 are told
     std::uint32_t pages = 0;
     std::uint32_t freePages = 0;
     std::uint64_t tables = 0;
-    std::uint64_t rows = 0;            ///< of all tables, the system's own included
+    std::uint64_t rows = 0; ///< of all tables, the system's own included
     std::uint64_t indexEntries = 0;
 
     [[nodiscard]] bool clean() const noexcept { return findings.empty(); }
@@ -34,8 +34,8 @@ struct Report {
     [[nodiscard]] bool sound() const noexcept;
 };
 
-/// Reads a file whole and holds everything that the format promises against it: header, maps, the owner
-/// of each page, definitions, pages, rows, long values, counters, indexes, catalog.
+/// Reads a file whole and holds everything that the format promises against it: header, maps, the
+/// owner of each page, definitions, pages, rows, long values, counters, indexes, catalog.
 ///
 /// Only reads, and takes no lock: a file that is being written meanwhile may show what isn't wrong.
 /// Damage is told in the report and never thrown. Time and memory are bounded by the file's size.

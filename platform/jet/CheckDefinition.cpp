@@ -12,10 +12,10 @@ namespace {
 constexpr std::size_t kNextPageAt = 4;
 constexpr std::size_t kPageHeader = 8;
 constexpr std::size_t kLengthAt = 8;
-constexpr std::size_t kMarkAt = 12;        // Jet 4: repeated in every column and logical index
+constexpr std::size_t kMarkAt = 12; // Jet 4: repeated in every column and logical index
 constexpr std::uint32_t kMark = 0x659;
 constexpr std::uint32_t kIndexMark = 0x783;
-constexpr std::uint16_t kJet3Mark = 0x4356;   // "VC"
+constexpr std::uint16_t kJet3Mark = 0x4356; // "VC"
 constexpr std::uint8_t kUserTable = 0x4E;
 constexpr std::uint8_t kSystemTable = 0x53;
 constexpr std::uint16_t kListEnd = 0xFFFF;
@@ -28,8 +28,7 @@ public:
 
     /// Claims the pages. False if there is no whole definition.
     bool gather() {
-        const PageLedger::Owner owner =
-            context_.ledger.newOwner("definição da " + where_);
+        const PageLedger::Owner owner = context_.ledger.newOwner("definição da " + where_);
         for (PageNo at = first_;;) {
             if (!context_.ledger.claim(at, owner))
                 return false;

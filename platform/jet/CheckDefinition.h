@@ -13,9 +13,9 @@ struct CheckContext {
     PageLedger& ledger;
 };
 
-/// The definition that starts on `first`, its pages claimed for the table `where` names; nothing if it
-/// doesn't parse. Tells what its readers pass over: constants, lengths, names, the lists that must
-/// agree.
+/// The definition that starts on `first`, its pages claimed for the table `where` names; nothing if
+/// it doesn't parse. Tells what its readers pass over: constants, lengths, names, the lists that
+/// must agree.
 std::optional<TableDefinition> checkDefinition(const CheckContext& context, PageNo first,
                                                const std::string& where);
 

@@ -6,8 +6,8 @@
 
 namespace jet {
 
-/// Collects what a check finds. Findings are of one kind when their `what` is the same; of each kind so
-/// many are kept, and the rest only counted.
+/// Collects what a check finds. Findings are of one kind when their `what` is the same; of each
+/// kind so many are kept, and the rest only counted.
 class Findings {
 public:
     static constexpr std::size_t kShown = 50;
@@ -29,7 +29,7 @@ public:
 private:
     struct Kind {
         Finding::Severity severity;
-        PageNo page;   ///< of the first one that wasn't kept
+        PageNo page; ///< of the first one that wasn't kept
         std::size_t count = 0;
     };
     void add(Finding::Severity severity, PageNo page, const std::string& where,

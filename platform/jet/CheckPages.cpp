@@ -94,13 +94,14 @@ bool PageLedger::readBitmap(std::span<const std::byte> bits, std::uint64_t first
     std::uint64_t outside = 0;
     for (std::size_t i = 0; i < bits.size(); ++i)
         for (unsigned set = std::to_integer<unsigned>(bits[i]); set != 0; set &= set - 1) {
-            const std::uint64_t member = first + 8 * i + static_cast<unsigned>(std::countr_zero(set));
+            const std::uint64_t member =
+                first + 8 * i + static_cast<unsigned>(std::countr_zero(set));
             if (member < owners_.size())
                 pages.push_back(static_cast<std::uint32_t>(member));
             else
                 ++outside;
         }
-    if (outside == 0 || isFreeMap)   // what lies beyond the end counts as free
+    if (outside == 0 || isFreeMap) // what lies beyond the end counts as free
         return true;
     findings_.error(page, where, "o mapa contém páginas que o arquivo não tem",
                     std::to_string(outside));
@@ -138,8 +139,6 @@ std::optional<PageLedger::Pages> PageLedger::readMap(RowId map, const std::strin
     const std::span<const std::byte> rest = slot.bytes.subspan(1);
     if (slot.bytes[0] == std::byte{0}) {
         const std::uint32_t first = load<std::uint32_t>(rest.data());
-        if (first % 8 != 0)
-            return fail("o mapa de páginas não começa num múltiplo de 8");
         readBitmap(rest.subspan(4), first, isFreeMap, map.page, where, pages);
         if (isFreeMap)
             for (std::uint64_t beyond = first + 8 * (rest.size() - 4); beyond < owners_.size();
@@ -205,7 +204,11 @@ void PageLedger::compareWithFree() {
         const auto page = static_cast<PageNo>(i);
         if (owners_[i] != 0 && free_[i])
             findings_.error(page, names_[owners_[i]], "a página está em uso e consta como livre");
-        else if (owners_[i] == 0 && !free_[i])
+        if (owners_[i] != 0 || free_[i])
+            continue;
+        if (pager_.read(page).kind() == PageKind::definition)
+            findings_.error(page, {}, "uma definição de tabela não está no catálogo");
+        else
             findings_.warning(page, {}, "a página não é de ninguém, mas não consta como livre");
     }
 }

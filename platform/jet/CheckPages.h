@@ -14,8 +14,9 @@ namespace jet {
 
 /// For a check: who has each page of the file, and the maps that say so.
 ///
-/// Every page belongs to one owner, or is free, or is lost. Claiming a page that somebody has already
-/// is told as an error and refused, so what follows from claims never looks at a page twice.
+/// Every page belongs to one owner, or is free, or is lost. Claiming a page that somebody has
+/// already is told as an error and refused, so what follows from claims never looks at a page
+/// twice.
 class PageLedger {
 public:
     using Owner = std::uint32_t;
@@ -37,8 +38,8 @@ public:
     }
     [[nodiscard]] std::uint32_t freePages() const noexcept;
 
-    /// Claims the pages of the map at `map` for `owner`; those that it got, ascending. Nothing if the
-    /// map can't be read.
+    /// Claims the pages of the map at `map` for `owner`; those that it got, ascending. Nothing if
+    /// the map can't be read.
     std::optional<std::vector<PageNo>> claimMap(RowId map, Owner owner);
     /// A map that must have none but pages of `owner`.
     void readSubset(RowId map, Owner owner);
@@ -56,15 +57,16 @@ private:
     Pager& pager_;
     Findings& findings_;
     std::vector<std::string> names_;
-    std::vector<Owner> owners_;   ///< of each page; 0 is nobody
+    std::vector<Owner> owners_; ///< of each page; 0 is nobody
     std::vector<bool> free_;
-    std::set<RowId> maps_;        ///< those read so far
+    std::set<RowId> maps_; ///< those read so far
     Owner header_;
-    Owner mapPages_;              ///< pages with rows that are maps, whoever's
+    Owner mapPages_; ///< pages with rows that are maps, whoever's
 };
 
-/// Looks at a page of slots of `owner` (as the page's own field names it), and fills `slots` with what
-/// can be read; a slot that lies outside is told and counts as deleted. False if it isn't such a page.
+/// Looks at a page of slots of `owner` (as the page's own field names it), and fills `slots` with
+/// what can be read; a slot that lies outside is told and counts as deleted. False if it isn't such
+/// a page.
 bool checkDataPage(const Format& format, const PageRef& page, std::uint32_t owner,
                    const std::string& where, Findings& findings, std::vector<Slot>& slots);
 

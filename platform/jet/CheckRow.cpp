@@ -13,8 +13,8 @@ RowParts::RowParts(const Format& format, const TableDefinition& table)
             if (column.type == ColumnType::boolean)
                 continue;
             if (column.fixed)
-                fixedEnds_[count] = std::max(fixedEnds_[count],
-                                             std::size_t{column.fixedOffset} + column.length);
+                fixedEnds_[count] =
+                    std::max(fixedEnds_[count], std::size_t{column.fixedOffset} + column.length);
             else
                 mayVary_[count] = true;
         }
@@ -110,7 +110,7 @@ std::optional<std::span<const std::byte>> RowParts::field(const Column& column) 
         return row_.subspan(format_.columnCountSize + column.fixedOffset, column.length);
     const std::size_t at = column.variableIndex;
     if (at + 1 >= offsets_.size())
-        return std::nullopt;   // the column is younger than the row
+        return std::nullopt; // the column is younger than the row
     return row_.subspan(offsets_[at], offsets_[at + 1] - offsets_[at]);
 }
 

@@ -30,14 +30,14 @@ private:
 
     const Format& format_;
     const TableDefinition& table_;
-    std::vector<std::size_t> fixedEnds_;   ///< by count of columns: bytes the fixed ones take
-    std::vector<bool> mayVary_;            ///< by count of columns: whether one of them varies
+    std::vector<std::size_t> fixedEnds_; ///< by count of columns: bytes the fixed ones take
+    std::vector<bool> mayVary_;          ///< by count of columns: whether one of them varies
     std::span<const std::byte> row_;
     const char* flaw_ = nullptr;
     std::size_t count_ = 0;
     std::size_t maskAt_ = 0;
-    std::size_t tableAt_ = 0;              ///< where what follows the variable values begins
-    std::vector<std::size_t> offsets_;     ///< of the variable values, and their end
+    std::size_t tableAt_ = 0;          ///< where what follows the variable values begins
+    std::vector<std::size_t> offsets_; ///< of the variable values, and their end
 };
 
 } // namespace jet

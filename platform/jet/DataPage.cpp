@@ -65,7 +65,7 @@ bool DataPage::empty() const {
 DataPageEditor::DataPageEditor(const Format& format, std::span<std::byte> bytes, PageNo page)
     : format_(format), bytes_(bytes), page_(page) {
     const DataPage checked = view();
-    for (std::size_t i = 0; i < checked.slots(); ++i)
+    for (std::size_t i = 0; i < checked.slotCount(); ++i)
         (void)checked.slot(i);
 }
 
@@ -86,7 +86,7 @@ void DataPageEditor::setSlot(std::size_t slot, std::size_t offset, SlotKind kind
 std::size_t DataPageEditor::add(std::span<const std::byte> row, SlotKind kind) {
     const DataPage page = view();
     assert(page.hasRoom(row.size()));
-    const std::size_t slot = page.slots();
+    const std::size_t slot = page.slotCount();
     const std::size_t free = page.freeBytes();
     const std::size_t offset = format_.rowTableAt + kSlotSize * slot + free - row.size();
     std::copy(row.begin(), row.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
@@ -105,7 +105,7 @@ void DataPageEditor::resize(std::size_t slot, std::size_t size) {
         return;
     const std::size_t free = page.freeBytes();
     assert(size <= old.bytes.size() + free);
-    const std::size_t heap = page.slot(page.slots() - 1).offset;
+    const std::size_t heap = page.slot(page.slotCount() - 1).offset;
     const auto delta =   // by how much this and all later rows move towards the page's end
         static_cast<std::ptrdiff_t>(old.bytes.size()) - static_cast<std::ptrdiff_t>(size);
 
@@ -117,7 +117,7 @@ void DataPageEditor::resize(std::size_t slot, std::size_t size) {
         std::memset(base + static_cast<std::ptrdiff_t>(old.offset) + delta +
                         static_cast<std::ptrdiff_t>(kept),
                     0, size - kept);
-    for (std::size_t i = slot; i < page.slots(); ++i) {
+    for (std::size_t i = slot; i < page.slotCount(); ++i) {
         std::byte* entry = base + format_.rowTableAt + kSlotSize * i;
         const auto word = load<std::uint16_t>(entry);
         const std::ptrdiff_t offset = static_cast<std::ptrdiff_t>(word & kOffsetMask) + delta;

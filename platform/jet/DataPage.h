@@ -28,7 +28,7 @@ public:
     /// @throws Error{corrupt} if the page isn't a data page or its row table doesn't fit.
     DataPage(const Format& format, std::span<const std::byte> bytes, PageNo page);
 
-    [[nodiscard]] std::size_t slots() const noexcept { return slots_; }
+    [[nodiscard]] std::size_t slotCount() const noexcept { return slots_; }
     /// @throws Error{corrupt} if there is no such slot or its bounds don't fit the page.
     [[nodiscard]] Slot slot(std::size_t number) const;
     /// Bytes between the row table and the rows, whatever the page's own field says.

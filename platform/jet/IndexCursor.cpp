@@ -78,10 +78,11 @@ bool IndexTree::Cursor::arrive(Order order) {
     end_ = place_.page.after(place_.at);
     place_.page.copy(place_.at, end_, spare_);
     const IndexPoint found = place_.page.fields(spare_).point;
-    // Entries in order are also what keeps a chain of leaves linked in a circle from going on forever.
+    // Entries in order are also what keeps a chain of leaves linked in a circle from going on
+    // forever.
     if (order != Order::any) {
         const std::strong_ordering moved = compare(found, point());
-        if (order == Order::greater ? moved <= 0 : moved >= 0)
+        if (order == Order::greater ? std::is_lteq(moved) : std::is_gteq(moved))
             corrupt(place_.page.page(), "as entradas do índice estão fora de ordem");
     }
     keySize_ = found.key.size();

@@ -30,7 +30,7 @@ std::size_t bitAtOrAfter(const std::byte* mask, std::size_t from) noexcept {
 /// the header, which is longer than that.
 std::size_t bitAtOrBefore(const std::byte* mask, std::size_t from) noexcept {
     auto at = static_cast<std::ptrdiff_t>(from / 8);
-    auto top = static_cast<std::ptrdiff_t>(from);   // the bit that the word's highest stands for
+    auto top = static_cast<std::ptrdiff_t>(from); // the bit that the word's highest stands for
     std::uint64_t word = load<std::uint64_t>(mask + at - 7) << (7 - from % 8);
     while (word == 0) {
         at -= 8;
@@ -39,8 +39,7 @@ std::size_t bitAtOrBefore(const std::byte* mask, std::size_t from) noexcept {
             return 0;
         word = load<std::uint64_t>(mask + at - 7);
     }
-    return static_cast<std::size_t>(
-        std::max<std::ptrdiff_t>(0, top - std::countl_zero(word)));
+    return static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, top - std::countl_zero(word)));
 }
 
 } // namespace
@@ -70,7 +69,7 @@ const char* IndexPage::flaw(PageNo owner) const noexcept {
         return "era esperada uma página de índice";
     if (link(4) != owner)
         return "a página de índice é de outra tabela";
-    if ((kind == PageKind::indexLeaf) != isLeaf() || level() > kMaxLevel)
+    if (isLeaf() ? level() != 0 : level() > kMaxLevel)
         return "o nível da página de índice não combina com o seu tipo";
     if (used_ > format_->indexCapacity() || (u8(format_->indexMaskAt) & 1U) != 0)
         return "a máscara de entradas do índice é inválida";
@@ -102,6 +101,13 @@ std::size_t IndexPage::placeAtOrBefore(std::size_t at) const noexcept {
 
 std::size_t IndexPage::before(std::size_t at) const noexcept { return placeAtOrBefore(at - 1); }
 
+bool IndexPage::isAbove(const IndexPage& child) const noexcept {
+    if (level() == 0)
+        return true;
+    const bool childKnown = child.isLeaf() || child.level() != 0;
+    return childKnown ? level() == child.level() + 1 : level() > 1;
+}
+
 std::size_t IndexPage::indexOf(std::size_t at) const noexcept {
     std::size_t index = 0;
     for (std::size_t place = 0; place < at; place = after(place))
@@ -132,8 +138,10 @@ IndexEntry IndexPage::fields(std::span<const std::byte> bytes) const {
         corrupt(page_, "uma entrada do índice é curta demais");
     const std::size_t keySize = bytes.size() - fieldsSize();
     const std::byte* row = bytes.data() + keySize;
-    return {{bytes.first(keySize), bigEndian(row)},
-            static_cast<PageNo>(isLeaf() ? 0 : bigEndian(row + kRowSize))};
+    return {
+        {bytes.first(keySize), bigEndian(row)},
+        static_cast<PageNo>(isLeaf() ? 0 : bigEndian(row + kRowSize))
+    };
 }
 
 IndexEntry IndexPage::entry(std::size_t at, EntryBuffer& buffer) const {
@@ -141,14 +149,15 @@ IndexEntry IndexPage::entry(std::size_t at, EntryBuffer& buffer) const {
 }
 
 std::size_t IndexPage::lowerBound(const IndexPoint& point) const {
-    // Halves the bytes, not the entries: any offset leads to the entry it lies in by the mask alone.
+    // Halves the bytes, not the entries: any offset leads to the entry it lies in by the mask
+    // alone.
     EntryBuffer buffer;
     std::size_t low = 0;
     std::size_t high = used_;
     while (low < high) {
         const std::size_t at = placeAtOrBefore(low + (high - low) / 2);
         const std::size_t end = after(at);
-        if (compare(fields(bytesOf(at, end, buffer)).point, point) < 0)
+        if (std::is_lt(compare(fields(bytesOf(at, end, buffer)).point, point)))
             low = end;
         else
             high = at;
@@ -170,8 +179,8 @@ bool IndexPage::hasRoom(std::size_t at, std::span<const std::byte> entry) const 
     if (prefix_ == 0)
         return entry.size() <= room;
     // Whoever isn't the first must keep a byte of its own beside the prefix.
-    const bool shares = at == 0 ? entry.size() >= prefix_ && after(0) > prefix_
-                                : entry.size() > prefix_;
+    const bool shares =
+        at == 0 ? entry.size() >= prefix_ && after(0) > prefix_ : entry.size() > prefix_;
     return shares && entry.size() - prefix_ <= room &&
            std::memcmp(entry.data(), bytes_ + format_->indexDataAt, prefix_) == 0;
 }

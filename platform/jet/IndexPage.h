@@ -20,14 +20,14 @@ struct IndexPoint {
 /// An entry of a page, rebuilt whole and cut into its fields.
 struct IndexEntry {
     IndexPoint point;
-    PageNo child{};   ///< of a node's entry
+    PageNo child{}; ///< of a node's entry
 };
 
 /// Where an entry is put together when it doesn't stand in the page whole.
 using EntryBuffer = std::array<std::byte, 4096>;
 
-/// One page of an index, read where it stands: nothing is copied or decoded ahead of need. The bytes
-/// must outlive it.
+/// One page of an index, read where it stands: nothing is copied or decoded ahead of need. The
+/// bytes must outlive it.
 ///
 ///     offset Jet 3 / Jet 4   meaning
 ///      0 /  0   u8    kind: 3 node, 4 leaf
@@ -38,7 +38,7 @@ using EntryBuffer = std::array<std::byte, 4096>;
 ///     12 / 16   u32   next page of the level
 ///     16 / 20   u32   tail child of a node: the child after all entries
 ///     20 / 24   u8 / u16   shared prefix: bytes of the first entry that all the others lack
-///     21 / 26   u8    level, 0 for leaves
+///     21 / 26   u8    level: 0 for leaves, 1 above them, ... Some writers leave it 0 everywhere
 ///     22 / 27   mask: bit k is set when an entry ends at offset k of the data
 ///    248 / 480  data: the entries, without gaps
 ///
@@ -47,7 +47,7 @@ using EntryBuffer = std::array<std::byte, 4096>;
 /// used(), which is the place after the last one.
 class IndexPage {
 public:
-    /// More levels than a file of the largest size can fill.
+    /// More than a file of the largest size can fill.
     static constexpr unsigned kMaxLevel = 31;
 
     IndexPage() = default;
@@ -58,7 +58,10 @@ public:
                                           PageNo owner) noexcept;
 
     [[nodiscard]] PageNo page() const noexcept { return page_; }
-    [[nodiscard]] bool isLeaf() const noexcept { return level() == 0; }
+    [[nodiscard]] bool isLeaf() const noexcept {
+        return static_cast<PageKind>(u8(0)) == PageKind::indexLeaf;
+    }
+    /// 0 for leaves, and for nodes of a writer that left the field out.
     [[nodiscard]] unsigned level() const noexcept { return u8(format_->indexLevelAt); }
     /// 0 for none.
     [[nodiscard]] PageNo previous() const noexcept { return link(format_->indexPreviousAt); }
@@ -77,7 +80,8 @@ public:
     /// How many entries stand before the place `at`.
     [[nodiscard]] std::size_t indexOf(std::size_t at) const noexcept;
 
-    /// The bytes of the entry from `at` to `end`: in the page, or in `buffer` if it lacks the prefix.
+    /// The bytes of the entry from `at` to `end`: in the page, or in `buffer` if it lacks the
+    /// prefix.
     [[nodiscard]] std::span<const std::byte> bytesOf(std::size_t at, std::size_t end,
                                                      EntryBuffer& buffer) const noexcept;
     /// The same bytes, copied.
@@ -87,6 +91,8 @@ public:
     [[nodiscard]] IndexEntry entry(std::size_t at, EntryBuffer& buffer) const;
     /// The same for an entry's bytes.
     [[nodiscard]] IndexEntry fields(std::span<const std::byte> bytes) const;
+    /// Whether this node may be the parent of `child` by what the level fields of the two say.
+    [[nodiscard]] bool isAbove(const IndexPage& child) const noexcept;
     /// What every entry holds beside its key, in bytes.
     [[nodiscard]] std::size_t fieldsSize() const noexcept { return isLeaf() ? 4 : 8; }
 

@@ -13,8 +13,7 @@ std::uint64_t below(std::size_t bit) noexcept { return (std::uint64_t{1} << bit)
 /// The mask of a page, taken out of it to be shifted as one long number.
 class Mask {
 public:
-    Mask(std::byte* at, std::size_t size) noexcept
-        : at_(at), size_(size), count_((size + 7) / 8) {
+    Mask(std::byte* at, std::size_t size) noexcept : at_(at), size_(size), count_((size + 7) / 8) {
         words_[count_ - 1] = 0;
         std::memcpy(words_.data(), at, size);
     }
@@ -73,7 +72,7 @@ IndexEntries::IndexEntries(const IndexPage& page) {
     for (std::size_t at = 0; at < page.used();) {
         const std::size_t end = page.after(at);
         const std::span<const std::byte> entry = page.bytesOf(at, end, buffer);
-        static_cast<void>(page.fields(entry));   // refuses an entry that is too short for them
+        static_cast<void>(page.fields(entry)); // refuses an entry that is too short for them
         bytes_.insert(bytes_.end(), entry.begin(), entry.end());
         ends_.push_back(bytes_.size());
         at = end;
@@ -113,6 +112,10 @@ void IndexPageEditor::setNext(PageNo page) noexcept {
 
 void IndexPageEditor::setTail(PageNo page) noexcept {
     store<std::uint32_t>(bytes_.data() + format_.indexTailAt, number(page));
+}
+
+void IndexPageEditor::setLevel(unsigned level) noexcept {
+    store<std::uint8_t>(bytes_.data() + format_.indexLevelAt, static_cast<std::uint8_t>(level));
 }
 
 void IndexPageEditor::setChild(std::size_t at, PageNo child) {

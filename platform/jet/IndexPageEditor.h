@@ -40,6 +40,7 @@ public:
     void setPrevious(PageNo page) noexcept;
     void setNext(PageNo page) noexcept;
     void setTail(PageNo page) noexcept;
+    void setLevel(unsigned level) noexcept;
     /// Of the entry at `at`, or the tail child at used().
     /// @throws Error{corrupt} if the entry has no bytes of its own for it.
     void setChild(std::size_t at, PageNo child);

@@ -33,8 +33,8 @@ std::span<const std::byte> leafEntry(const IndexPoint& point, EntryBuffer& buffe
 Bytes separatorOf(const IndexPoint& point, PageNo child) {
     Bytes entry(point.key.size() + kRowSize + kChildSize);
     std::copy(point.key.begin(), point.key.end(), entry.begin());
-    std::byte* row = putBigEndian(entry.data() + point.key.size(),
-                                  static_cast<std::uint32_t>(point.row));
+    std::byte* row =
+        putBigEndian(entry.data() + point.key.size(), static_cast<std::uint32_t>(point.row));
     putBigEndian(row, number(child));
     return entry;
 }
@@ -58,10 +58,10 @@ std::size_t middleOf(const IndexEntries& entries) noexcept {
 /// How a full page is to be parted.
 struct IndexTree::Split {
     IndexEntries entries;
-    std::size_t leftEnd;      ///< entries before this one stay
-    std::size_t rightBegin;   ///< this one and those after it go to the new page
-    Bytes separator;          ///< what the parent gets, with the page itself as the child
-    PageNo leftTail;          ///< of a node: the child of the entry that moves up
+    std::size_t leftEnd;    ///< entries before this one stay
+    std::size_t rightBegin; ///< this one and those after it go to the new page
+    Bytes separator;        ///< what the parent gets, with the page itself as the child
+    PageNo leftTail;        ///< of a node: the child of the entry that moves up
 };
 
 PageNo IndexTree::create(Pager& pager, PageAllocator& pages, PageNo owner, RowId map) {
@@ -84,17 +84,21 @@ IndexTree::Place IndexTree::openLeaf(PageNo page) const {
     return place;
 }
 
-IndexTree::Place IndexTree::openChild(const Place& parent, std::size_t at) const {
+/// `depth` is the child's, the root's being 0.
+IndexTree::Place IndexTree::openChild(const Place& parent, std::size_t at,
+                                      std::size_t depth) const {
     Place child = open(parent.page.child(at));
-    if (child.page.level() + 1 != parent.page.level())
+    if (!parent.page.isAbove(child.page))
         corrupt(child.page.page(), "o nível da página de índice não segue o da página acima");
+    if (depth > IndexPage::kMaxLevel)
+        corrupt(child.page.page(), "o índice tem níveis demais");
     return child;
 }
 
 IndexTree::Place IndexTree::lowerBound(const IndexPoint& point) const {
     Place place = open(root_);
-    while (!place.page.isLeaf())
-        place = openChild(place, place.page.lowerBound(point));
+    for (std::size_t depth = 1; !place.page.isLeaf(); ++depth)
+        place = openChild(place, place.page.lowerBound(point), depth);
     place.at = place.page.lowerBound(point);
     // The separator may be larger than what its leaf holds now, and leaves may be empty.
     std::uint32_t passed = 0;
@@ -105,8 +109,8 @@ IndexTree::Place IndexTree::lowerBound(const IndexPoint& point) const {
 
 IndexTree::Place IndexTree::end() const {
     Place place = open(root_);
-    while (!place.page.isLeaf())
-        place = openChild(place, place.page.used());
+    for (std::size_t depth = 1; !place.page.isLeaf(); ++depth)
+        place = openChild(place, place.page.used(), depth);
     for (std::uint32_t passed = 0; toNextLeaf(place, passed);) {
     }
     place.at = place.page.used();
@@ -156,7 +160,7 @@ bool IndexTree::contains(std::span<const std::byte> key, RowId row) const {
     const Place place = lowerBound(point);
     EntryBuffer buffer;
     return place.at < place.page.used() &&
-           compare(place.page.entry(place.at, buffer).point, point) == 0;
+           std::is_eq(compare(place.page.entry(place.at, buffer).point, point));
 }
 
 bool IndexTree::hasKey(std::span<const std::byte> key, std::optional<RowId> except) const {
@@ -190,14 +194,15 @@ IndexTree::Path IndexTree::descend(const IndexPoint& point) const {
         if (place.page.isLeaf())
             break;
         last = last && place.at == place.page.used();
-        path.tailMissing = path.tailMissing || place.page.tail() == kNone;
-        place = openChild(place, place.at);
+        path.incomplete = path.incomplete || place.page.tail() == kNone || place.page.level() == 0;
+        place = openChild(place, place.at, path.count);
     }
     if (place.at < place.page.used()) {
         EntryBuffer buffer;
-        path.found = compare(place.page.entry(place.at, buffer).point, point) == 0;
+        path.found = std::is_eq(compare(place.page.entry(place.at, buffer).point, point));
     } else if (last && place.page.next() != kNone) {
-        corrupt(place.page.page(), "depois da última folha do índice há outra, que nenhum nó conhece");
+        corrupt(place.page.page(),
+                "depois da última folha do índice há outra, que nenhum nó conhece");
     }
     return path;
 }
@@ -209,14 +214,14 @@ void IndexTree::insert(PageAllocator& pages, std::span<const std::byte> key, Row
     const IndexPoint point = pointOf(key, row);
     EntryBuffer buffer;
     const std::span<const std::byte> entry = leafEntry(point, buffer);
-    // Each turn either finds room or changes the shape of the tree by one step that leaves it whole:
-    // a page parted, or one level more. So nothing needs to be remembered from turn to turn.
+    // Each turn either finds room or changes the shape of the tree by one step that leaves it
+    // whole: a page parted, or one level more. So nothing needs to be remembered from turn to turn.
     for (;;) {
         const Path path = descend(point);
         if (path.found)
             corrupt(path.leaf().page, "uma linha nova já está no índice");
-        if (path.tailMissing)
-            addMissingTails(path);
+        if (path.incomplete)
+            complete(path);
         else if (edit(path.leaf().page).insert(path.leaf().at, entry))
             return;
         else
@@ -224,10 +229,13 @@ void IndexTree::insert(PageAllocator& pages, std::span<const std::byte> key, Row
     }
 }
 
-void IndexTree::addMissingTails(const Path& path) const {
+/// Gives every node on the path its level, and as tail child, if it has none, the child of its last
+/// entry: what lies beyond all separators has to have its place.
+void IndexTree::complete(const Path& path) const {
     for (std::size_t depth = 0; depth + 1 < path.count; ++depth) {
         IndexPageEditor node = edit(path.steps[depth].page);
         const IndexPage& page = node.page();
+        node.setLevel(static_cast<unsigned>(path.count - 1 - depth));
         if (page.tail() != kNone)
             continue;
         node.setTail(page.child(page.used()));
@@ -253,7 +261,7 @@ IndexTree::Split IndexTree::planSplit(const Step& step, const IndexPoint& point)
     if (page.isLeaf()) {
         const bool atEnd = step.at == page.used();
         if (atEnd && (count == 1 || page.next() == kNone))
-            plan.leftEnd = count;   // keys that only grow leave full pages behind
+            plan.leftEnd = count; // keys that only grow leave full pages behind
         else if (count > 1)
             plan.leftEnd = middleOf(plan.entries);
         plan.rightBegin = plan.leftEnd;
@@ -319,7 +327,7 @@ void IndexTree::split(PageAllocator& pages, const Step& parent, PageNo page, con
 void IndexTree::growRoot(PageAllocator& pages) {
     const Place root = open(root_);
     const unsigned level = root.page.level();
-    if (level == IndexPage::kMaxLevel)
+    if (level >= IndexPage::kMaxLevel)
         corrupt(root_, "o índice tem níveis demais");
     const PageNo fresh = pages.take(map_);
     std::ranges::copy(root.ref.bytes(), pager_->change(fresh).begin());

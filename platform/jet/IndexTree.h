@@ -12,12 +12,12 @@ class IndexPageEditor;
 /// The pages of one index: a tree of entries (key bytes, row), ordered by key bytes as unsigned
 /// numbers (a proper prefix first) and then by row.
 ///
-/// The root page never changes during the life of an index. Leaves are linked both ways. A separator
-/// in a node is never smaller than any entry of its child, but may be larger.
+/// The root page never changes during the life of an index. Leaves are linked both ways. A
+/// separator in a node is never smaller than any entry of its child, but may be larger.
 ///
 /// What is read is checked on the way (kind, owner, level, page inside the file, no page met twice,
-/// entries inside the page): Error{corrupt} naming the page. A change that throws may have been done
-/// in part: it has to be inside a Pager::Statement or a transaction that is then undone.
+/// entries inside the page): Error{corrupt} naming the page. A change that throws may have been
+/// done in part: it has to be inside a Pager::Statement or a transaction that is then undone.
 class IndexTree {
     /// A leaf, and a place on it.
     struct Place {
@@ -37,9 +37,11 @@ public:
     [[nodiscard]] PageNo root() const noexcept { return root_; }
     [[nodiscard]] const UsageMap& map() const noexcept { return map_; }
 
-    /// @throws Error{corrupt} if the entry is there already, Error{tooLong} if the key leaves no room
-    ///         for two entries on a page. Requires an open transaction.
+    /// Requires an open transaction.
+    /// @throws Error{corrupt} if the entry is there already, Error{tooLong} if the key leaves no
+    ///         room for two entries on a page.
     void insert(PageAllocator& pages, std::span<const std::byte> key, RowId row);
+    /// Requires an open transaction.
     /// @throws Error{corrupt} if there is no such entry: the index doesn't agree with the rows.
     void erase(PageAllocator& pages, std::span<const std::byte> key, RowId row);
     /// Whether an entry with exactly this key is there, one of row `except` not counted.
@@ -54,9 +56,9 @@ public:
         /// Stands before the first entry.
         explicit Cursor(const IndexTree& tree) : tree_(&tree) {}
 
-        /// Each moves and says whether there is an entry. Past either end there is none: next() after
-        /// the end, or previous() before the beginning, stays there; previous() after the end goes to
-        /// the last entry, next() before the beginning to the first.
+        /// Each moves and says whether there is an entry. Past either end there is none: next()
+        /// after the end, or previous() before the beginning, stays there; previous() after the end
+        /// goes to the last entry, next() before the beginning to the first.
         bool first();
         bool last();
         bool next();
@@ -98,8 +100,8 @@ public:
     };
 
     /// What a complete walk over the tree finds; for `check`. `problem(page, reason)` is called for
-    /// every violation of the layout, of the order, of the links, levels, separators, free-byte fields
-    /// and of the map; `entry(key, row)` for every entry in order. Never throws for damage.
+    /// every violation of the layout, of the order, of the links, levels, separators, free-byte
+    /// fields and of the map; `entry(key, row)` for every entry in order. Never throws for damage.
     struct Visitor {
         std::function<void(PageNo, const std::string&)> problem;
         std::function<void(std::span<const std::byte>, RowId)> entry;
@@ -115,15 +117,15 @@ private:
     struct Path {
         std::array<Step, IndexPage::kMaxLevel + 1> steps;
         std::size_t count = 0;
-        bool tailMissing = false;   ///< in a node that another writer left so
-        bool found = false;         ///< the leaf's place holds the very entry
+        bool incomplete = false; ///< a node lacks level or tail child, as other writers leave them
+        bool found = false;      ///< the leaf's place holds the very entry
         [[nodiscard]] const Step& leaf() const noexcept { return steps[count - 1]; }
     };
     struct Split;
 
     [[nodiscard]] Place open(PageNo page) const;
     [[nodiscard]] Place openLeaf(PageNo page) const;
-    [[nodiscard]] Place openChild(const Place& parent, std::size_t at) const;
+    [[nodiscard]] Place openChild(const Place& parent, std::size_t at, std::size_t depth) const;
     [[nodiscard]] Place lowerBound(const IndexPoint& point) const;
     [[nodiscard]] Place end() const;
     // To the neighbour, over empty leaves. `passed` counts the leaves of a walk over several.
@@ -134,7 +136,7 @@ private:
 
     [[nodiscard]] IndexPageEditor edit(PageNo page) const;
     [[nodiscard]] Path descend(const IndexPoint& point) const;
-    void addMissingTails(const Path& path) const;
+    void complete(const Path& path) const;
     void makeRoom(PageAllocator& pages, const Path& path, const IndexPoint& point);
     [[nodiscard]] Split planSplit(const Step& step, const IndexPoint& point) const;
     void split(PageAllocator& pages, const Step& parent, PageNo page, const Split& plan);

@@ -9,9 +9,9 @@ namespace {
 
 constexpr PageNo kNone{};
 
-/// A walk over all pages of a tree, in the order of the entries. In that order every entry and every
-/// separator is compared with the last one met: entries grow, a separator isn't less than the entry
-/// before it, and the entry after it is greater.
+/// A walk over all pages of a tree, in the order of the entries. In that order every entry and
+/// every separator is compared with the last one met: entries grow, a separator isn't less than the
+/// entry before it, and the entry after it is greater.
 class Verifier {
 public:
     Verifier(Pager& pager, PageNo owner, const IndexTree& tree, const IndexTree::Visitor& visitor)
@@ -19,7 +19,7 @@ public:
           visited_(pager.pageCount()) {}
 
     void run() {
-        enter(tree_.root(), std::nullopt);
+        enter(tree_.root());
         while (!way_.empty()) {
             Node& node = way_.back();
             if (node.separatorDue) {
@@ -29,16 +29,17 @@ public:
             if (node.at < node.page.used()) {
                 node.separatorDue = true;
                 EntryBuffer buffer;
-                enter(node.page.entry(node.at, buffer).child, node.page.level());
+                enter(node.page.entry(node.at, buffer).child);
             } else if (!node.tailDone && node.page.tail() != kNone) {
                 node.tailDone = true;
-                enter(node.page.tail(), node.page.level());
+                enter(node.page.tail());
             } else {
                 way_.pop_back();
             }
         }
-        if (Neighbour& leaf = last_[0]; leaf.page != kNone && leaf.next != kNone)
-            problem(leaf.page, "a última folha do índice aponta para outra folha");
+        for (const Neighbour& last : last_)
+            if (last.next != kNone)
+                problem(last.page, "a última página de um nível do índice aponta para outra");
         compareWithMap();
     }
 
@@ -46,11 +47,11 @@ private:
     struct Node {
         PageRef ref;
         IndexPage page;
-        std::size_t at = 0;          ///< the entry whose child comes next
-        bool separatorDue = false;   ///< that child has been walked, the separator not yet
+        std::size_t at = 0;        ///< the entry whose child comes next
+        bool separatorDue = false; ///< that child has been walked, the separator not yet
         bool tailDone = false;
     };
-    /// The page met last on a level.
+    /// The page met last at a depth.
     struct Neighbour {
         PageNo page{};
         PageNo next{};
@@ -63,7 +64,7 @@ private:
     }
 
     /// The page, if it can be read and its own bytes hold together.
-    std::optional<Node> open(PageNo page, std::optional<unsigned> parentLevel) {
+    std::optional<Node> open(PageNo page) {
         if (number(page) >= visited_.size()) {
             problem(page, "o índice aponta para fora do arquivo");
             return std::nullopt;
@@ -79,8 +80,12 @@ private:
             return std::nullopt;
         }
         const IndexPage opened = IndexPage::open(pager_.format(), ref.view(), owner_);
-        if (parentLevel && opened.level() + 1 != *parentLevel) {
+        if (!way_.empty() && !way_.back().page.isAbove(opened)) {
             problem(page, "o nível da página de índice não segue o da página acima");
+            return std::nullopt;
+        }
+        if (way_.size() > IndexPage::kMaxLevel) {
+            problem(page, "o índice tem níveis demais");
             return std::nullopt;
         }
         if (opened.used() + opened.freeField() != pager_.format().indexCapacity())
@@ -99,14 +104,14 @@ private:
         return Node{std::move(ref), opened};
     }
 
-    void enter(PageNo page, std::optional<unsigned> parentLevel) {
-        std::optional<Node> node = open(page, parentLevel);
+    void enter(PageNo page) {
+        std::optional<Node> node = open(page);
         if (!node) {
-            last_.fill({});   // what follows a hole can't be compared with what precedes it
+            last_.fill({}); // what follows a hole can't be compared with what precedes it
             holes_ = true;
             return;
         }
-        links(node->page, !parentLevel);
+        links(node->page);
         if (node->page.isLeaf())
             return leaf(node->page);
         if (node->page.empty() && node->page.tail() == kNone)
@@ -114,12 +119,10 @@ private:
         way_.push_back(std::move(*node));
     }
 
-    /// Leaves are one chain. Nodes are linked at least under one parent; across parents a link may be
-    /// there or not, but leads nowhere else.
-    void links(const IndexPage& page, bool isRoot) {
-        if (isRoot && (page.previous() != kNone || page.next() != kNone))
-            problem(page.page(), "a raiz do índice está ligada a outra página");
-        Neighbour& before = last_[page.level()];
+    /// Leaves are one chain. Nodes are linked at least under one parent; across parents a link may
+    /// be there or not, but leads nowhere else.
+    void links(const IndexPage& page) {
+        Neighbour& before = last_[way_.size()];
         const bool known = before.page != kNone || !holes_;
         const bool mayMiss = !page.isLeaf();
         if (known && page.previous() != before.page && !(mayMiss && page.previous() == kNone))
@@ -131,10 +134,13 @@ private:
     }
 
     void leaf(const IndexPage& page) {
+        if (leafDepth_ && *leafDepth_ != way_.size())
+            problem(page.page(), "as folhas do índice não estão todas no mesmo nível");
+        leafDepth_ = way_.size();
         EntryBuffer buffer;
         for (std::size_t at = 0; at < page.used(); at = page.after(at)) {
             const IndexEntry entry = page.entry(at, buffer);
-            if (any_ && compare(entry.point, lastPoint()) <= 0)
+            if (any_ && std::is_lteq(compare(entry.point, lastPoint())))
                 problem(page.page(), lastIsSeparator_
                                          ? "uma entrada do índice não é maior que o separador"
                                          : "as entradas do índice estão fora de ordem");
@@ -150,7 +156,7 @@ private:
         const bool bounds =
             node.page.after(node.at) < node.page.used() || node.page.tail() != kNone;
         if (bounds) {
-            if (any_ && compare(entry.point, lastPoint()) < 0)
+            if (any_ && std::is_lt(compare(entry.point, lastPoint())))
                 problem(node.page.page(), "um separador do índice é menor que as suas entradas");
             remember(entry.point, true);
         }
@@ -187,9 +193,10 @@ private:
     const IndexTree& tree_;
     const IndexTree::Visitor& visitor_;
     std::vector<bool> visited_;
-    std::vector<Node> way_;   ///< the nodes from the root down; a level less each, so never deep
+    std::vector<Node> way_; ///< the nodes from the root down, kMaxLevel of them at most
+    std::optional<std::size_t> leafDepth_;
     std::array<Neighbour, IndexPage::kMaxLevel + 1> last_{};
-    bool holes_ = false;      ///< pages were left out because of their problems
+    bool holes_ = false; ///< pages were left out because of their problems
     bool any_ = false;
     bool lastIsSeparator_ = false;
     std::uint64_t lastRow_ = 0;

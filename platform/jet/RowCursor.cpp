@@ -7,19 +7,35 @@ namespace jet {
 RowReader::RowReader(Pager& pager, const TableDefinition& definition)
     : pager_(&pager), definition_(&definition) {}
 
-const DataPage& RowReader::page(PageNo page) {
-    if (!page_ || ref_.page() != page || !isFresh()) {
-        page_.reset();
-        ref_ = pager_->read(page);
-        generation_ = pager_->generation();
+const DataPage* RowReader::ownPage(PageNo page) {
+    if (page_ && ref_.page() == page && isFresh())
+        return &*page_;
+    page_.reset();
+    if (number(page) >= pager_->pageCount())
+        return nullptr;   // of a transaction that was rolled back
+    ref_ = pager_->read(page);
+    generation_ = pager_->generation();
+    if (ref_.kind() == PageKind::data) {
         page_.emplace(pager_->format(), ref_.bytes(), page);
-        if (page_->owner() != number(definition_->page()))
-            corrupt(page, "a página não é da tabela");
+        if (page_->owner() == number(definition_->page()))
+            return &*page_;
+        page_.reset();
     }
-    return *page_;
+    if (UsageMap(*pager_, definition_->ownedMap).contains(page))
+        corrupt(page, "a página não é da tabela");
+    return nullptr;
 }
 
-const RowView* RowReader::read(RowId id) { return read(id, page(id.page).slot(id.slot)); }
+const DataPage& RowReader::page(PageNo page) {
+    if (const DataPage* own = ownPage(page))
+        return *own;
+    corrupt(page, "a página não é da tabela");
+}
+
+const RowView* RowReader::read(RowId id) {
+    const DataPage* own = ownPage(id.page);
+    return own && id.slot < own->slotCount() ? read(id, own->slot(id.slot)) : nullptr;
+}
 
 const RowView* RowReader::read(RowId id, const Slot& slot) {
     if (slot.kind == SlotKind::deleted)
@@ -53,7 +69,7 @@ bool RowCursor::settle(const DataPage& page, RowId id) {
 
 bool RowCursor::forwardOn(PageNo page, std::size_t slot) {
     const DataPage& rows = reader_.page(page);
-    for (; slot < rows.slots(); ++slot)
+    for (; slot < rows.slotCount(); ++slot)
         if (settle(rows, {page, static_cast<std::uint16_t>(slot)}))
             return true;
     return false;
@@ -61,7 +77,7 @@ bool RowCursor::forwardOn(PageNo page, std::size_t slot) {
 
 bool RowCursor::backwardOn(PageNo page, std::size_t endSlot) {
     const DataPage& rows = reader_.page(page);
-    for (std::size_t slot = std::min(endSlot, rows.slots()); slot-- > 0;)
+    for (std::size_t slot = std::min(endSlot, rows.slotCount()); slot-- > 0;)
         if (settle(rows, {page, static_cast<std::uint16_t>(slot)}))
             return true;
     return false;

@@ -10,12 +10,15 @@ class RowReader {
 public:
     RowReader(Pager& pager, const TableDefinition& definition);
 
-    /// The row, or null if it has been erased. Valid until the next call.
-    /// @throws Error{corrupt} if the id names no slot of this table, or the row doesn't parse.
+    /// The row, or null if it has been erased, whatever has become of its page since. Valid until the
+    /// next call.
+    /// @throws Error{corrupt} if the row doesn't parse.
     [[nodiscard]] const RowView* read(RowId id);
 
 private:
     friend class RowCursor;
+    /// The page, or null if it isn't one of this table's (any more).
+    [[nodiscard]] const DataPage* ownPage(PageNo page);
     /// The page, which must be one of this table's.
     [[nodiscard]] const DataPage& page(PageNo page);
     [[nodiscard]] bool isFresh() const noexcept { return generation_ == pager_->generation(); }

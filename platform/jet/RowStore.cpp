@@ -29,7 +29,7 @@ std::optional<PageNo> RowStore::pageWithRoom(std::size_t size) {
         if (candidate.hasRoom(size))
             return page;
         // Too full for an ordinary row: the next insert needn't look here again.
-        if (candidate.freeBytes() < format.pageSize / 8 || candidate.slots() == kMaxSlots)
+        if (candidate.freeBytes() < format.pageSize / 8 || candidate.slotCount() == kMaxSlots)
             pages_.remove(free_, *page);
     }
     return std::nullopt;

@@ -80,6 +80,8 @@ struct Table::Parts {
     void releaseLongValues(const StoredRow& old, const StoredRow* row);
     void addKey(std::size_t index, const Bytes& key, RowId id);
     void takeNumber(StoredRow& row);
+    /// The counter never stays behind a number that a row has.
+    void noteNumber(const StoredRow& row);
 
     template <class T>
     [[nodiscard]] T counter(std::size_t at) const {
@@ -341,18 +343,24 @@ void Table::Parts::takeNumber(StoredRow& row) {
             row[i] = {true, randomGuid(), {}};
         if (!definition.columns[i].autonumber)
             continue;
-        const std::size_t at = format().autonumberAt;
-        const auto last = counter<std::int32_t>(at);
+        const auto last = counter<std::int32_t>(format().autonumberAt);
         if (!row[i].present) {
             if (last == std::numeric_limits<std::int32_t>::max())
                 throw Error(Errc::full, "A numeração do campo \"" + definition.columns[i].name +
                                             "\" chegou ao fim.");
             row[i] = encodeField(definition.columns[i], std::int64_t{last} + 1);
         }
-        const auto mine = load<std::int32_t>(row[i].bytes.data());
-        if (mine > last)
-            setCounter<std::int32_t>(at, mine);
     }
+    noteNumber(row);
+}
+
+void Table::Parts::noteNumber(const StoredRow& row) {
+    const std::size_t at = format().autonumberAt;
+    for (std::size_t i = 0; i < row.size(); ++i)
+        if (definition.columns[i].autonumber && row[i].present)
+            if (const auto mine = load<std::int32_t>(row[i].bytes.data());
+                mine > counter<std::int32_t>(at))
+                setCounter<std::int32_t>(at, mine);
 }
 
 RowId Table::insert(std::span<const Value> values) {
@@ -395,6 +403,7 @@ void Table::update(RowId id, std::span<const Assignment> changes) {
 
     my.file.statement([&] {
         my.requireUnique(indexes_, row, id);
+        my.noteNumber(row);
         std::vector<std::pair<std::optional<Bytes>, std::optional<Bytes>>> keys;
         for (std::size_t i = 0; i < indexes_.size(); ++i)
             keys.emplace_back(my.key(i, old), my.key(i, row));

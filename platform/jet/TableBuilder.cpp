@@ -24,7 +24,7 @@ public:
 
     /// `size` zeros at the end; `at()` is where they begin.
     std::byte* block(std::size_t size) {
-        bytes_.resize(bytes_.size() + size);
+        bytes_.insert(bytes_.end(), size, std::byte{});
         return bytes_.data() + bytes_.size() - size;
     }
     void u16(std::uint16_t value) { store<std::uint16_t>(block(2), value); }

@@ -5,12 +5,12 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
+#include <random>
 #include <set>
 #include <string>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -19,12 +19,12 @@
 /// Beside the tree goes a std::set of the same entries, which the tree is compared with.
 class IndexFile {
 public:
-    using Entry = std::pair<jet::Bytes, std::int64_t>;   ///< key, packed row
+    using Entry = std::pair<jet::Bytes, std::int64_t>; ///< key, packed row
     using Model = std::set<Entry>;
 
     explicit IndexFile(jet::Version version)
-        : path_(freshPath()), pager_(makeFile(path_, jet::formatOf(version)),
-                                     jet::formatOf(version), true),
+        : path_(freshPath()),
+          pager_(makeFile(path_, jet::formatOf(version)), jet::formatOf(version), true),
           pages_(pager_) {
         pager_.begin();
         const jet::PageNo owner = pages_.take();
@@ -60,6 +60,7 @@ public:
         model_.erase(entry);
     }
 
+    /// Valid until the page changes.
     jet::IndexPage page(jet::PageNo page) {
         return jet::IndexPage::open(format(), pager_.read(page).view(), owner_);
     }
@@ -118,7 +119,7 @@ private:
         static_cast<void>(maps.add(map));
         const auto free = maps.slotBytes(0).subspan(5);
         std::fill(free.begin(), free.end(), std::byte{0xFF});
-        free[0] = std::byte{0xFC};   // page 0 and this one
+        free[0] = std::byte{0xFC}; // page 0 and this one
         jet::File file(path, jet::File::Mode::createNew);
         file.write(0, bytes);
         return file;
@@ -132,3 +133,56 @@ private:
     std::optional<jet::IndexTree> tree_;
     Model model_;
 };
+
+using Random = std::mt19937;
+
+inline std::uint32_t below(Random& random, std::uint32_t end) {
+    return static_cast<std::uint32_t>(random() % end);
+}
+
+/// The key of a whole number.
+inline jet::Bytes numberKey(std::uint32_t value) {
+    jet::Bytes key{std::byte{0x7F}};
+    for (const unsigned shift : {24U, 16U, 8U, 0U})
+        key.push_back(static_cast<std::byte>(value >> shift));
+    return key;
+}
+
+/// The longest key that an index takes.
+inline std::size_t longestKey(const jet::Format& format) { return format.indexCapacity() / 2 - 8; }
+
+/// Tests that run over a file of each format.
+class IndexTreeOf : public testing::TestWithParam<jet::Version> {
+protected:
+    IndexFile file{GetParam()};
+
+    template <class Action>
+    static jet::Errc failure(Action&& action) {
+        try {
+            action();
+        } catch (const jet::Error& error) {
+            return error.code();
+        }
+        ADD_FAILURE() << "nothing was thrown";
+        return jet::Errc::misuse;
+    }
+    std::vector<std::string> problems() {
+        std::vector<std::string> found;
+        file.tree().verify(
+            {[&](jet::PageNo, const std::string& reason) { found.push_back(reason); },
+             [](std::span<const std::byte>, jet::RowId) {}});
+        return found;
+    }
+    /// Long keys, so that few entries make a tall tree.
+    void grow(std::uint32_t entries) {
+        for (std::uint32_t n = 0; n < entries; ++n) {
+            jet::Bytes key = numberKey(n * 7919 % 100'003);
+            key.resize(longestKey(file.format()) - 100, std::byte{0x22});
+            file.insert(key, 256 + n);
+        }
+    }
+};
+
+inline std::string versionName(const testing::TestParamInfo<jet::Version>& info) {
+    return info.param == jet::Version::jet3 ? "Jet3" : "Jet4";
+}

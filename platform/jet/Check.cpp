@@ -1,0 +1,122 @@
+#include "jet/Check.h"
+
+#include "jet/CheckCatalog.h"
+#include "jet/Header.h"
+
+#include <algorithm>
+
+namespace jet {
+
+namespace {
+
+constexpr PageNo kObjects{2};
+constexpr PageNo kRelationships{5};
+constexpr std::size_t kPointersAt = 0x18; // where the maps and the system tables are
+constexpr std::size_t kPointersEnd = 0x30;
+constexpr std::uint32_t kFewestPages = 6; // header, map of free pages, four definitions
+
+class FileCheck {
+public:
+    explicit FileCheck(const std::filesystem::path& path) : file_(path, File::Mode::read) {}
+
+    Report run() {
+        try {
+            openAndCheck();
+        } catch (const Error& error) {
+            if (error.code() == Errc::io)
+                throw;
+            findings_.error(PageNo{0}, "arquivo", "a verificação não pôde continuar", error.what());
+        }
+        report_.findings = findings_.take();
+        return std::move(report_);
+    }
+
+private:
+    void openAndCheck() {
+        const std::uint64_t size = file_.size();
+        Bytes first(std::min<std::uint64_t>(size, formatOf(Version::jet4).pageSize));
+        file_.read(0, first);
+        std::optional<Header> header;
+        try {
+            header = parseHeader(first);
+        } catch (const Error& error) {
+            findings_.error(PageNo{0}, "cabeçalho", "o arquivo não pode ser aberto", error.what());
+            return;
+        }
+        const Format& format = formatOf(header->version);
+        report_.pages =
+            static_cast<std::uint32_t>(std::min<std::uint64_t>(size / format.pageSize, UINT32_MAX));
+        if (size % format.pageSize != 0)
+            findings_.error(static_cast<PageNo>(report_.pages), "arquivo",
+                            "a última página está incompleta", std::to_string(size) + " bytes");
+        if (size > format.largestFile)
+            findings_.error(PageNo{0}, "arquivo", "o arquivo é maior do que o seu formato permite");
+        if (report_.pages < kFewestPages) {
+            findings_.error(PageNo{0}, "arquivo", "o arquivo está incompleto",
+                            std::to_string(report_.pages) + " páginas");
+            return;
+        }
+        const Bytes sound = buildHeader(header->version);
+        if (!std::equal(first.begin() + kPointersAt, first.begin() + kPointersEnd,
+                        sound.begin() + kPointersAt))
+            findings_.error(PageNo{0}, "cabeçalho",
+                            "os lugares dos mapas e das tabelas de sistema estão errados");
+
+        Pager pager(std::move(file_), format, false);
+        PageLedger ledger(pager, findings_);
+        const CheckContext context{
+            pager, {header->codePage, false},
+             findings_, ledger
+        };
+        ledger.readFreePages();
+        report_.freePages = ledger.freePages();
+        checkTables(context);
+    }
+
+    /// Pages first, of all tables; then rows and indexes, which look only at pages that are theirs.
+    void checkTables(const CheckContext& context) {
+        std::vector<std::unique_ptr<TableCheck>> tables;
+        const auto add = [&](const std::string& name, PageNo page, bool user) {
+            if (auto definition = checkDefinition(context, page, "tabela \"" + name + "\""))
+                tables.push_back(
+                    std::make_unique<TableCheck>(context, name, std::move(*definition), user));
+        };
+        add("MSysObjects", kObjects, false);
+        if (tables.empty()) {
+            findings_.error(kObjects, "catálogo", "sem a tabela MSysObjects nada mais se verifica");
+            return;
+        }
+        tables.front()->checkRows();
+        const CatalogCheck catalog(context, *tables.front());
+        for (const CatalogTable& table : catalog.tables())
+            if (table.definition != kObjects)
+                add(table.name, table.definition, table.user);
+        context.ledger.compareWithFree();
+
+        for (const auto& table : tables) {
+            if (table != tables.front())
+                table->checkRows();
+            report_.indexEntries += table->checkIndexes();
+            report_.rows += table->rowCount();
+            if (table->definition().page() == kRelationships)
+                catalog.checkRelationships(*table, tables);
+        }
+        report_.tables = tables.size();
+    }
+
+    File file_;
+    Findings findings_;
+    Report report_;
+};
+
+} // namespace
+
+bool Report::sound() const noexcept {
+    return std::ranges::none_of(findings, [](const Finding& finding) {
+        return finding.severity == Finding::Severity::error;
+    });
+}
+
+Report check(const std::filesystem::path& path) { return FileCheck(path).run(); }
+
+} // namespace jet

@@ -1,0 +1,190 @@
+// Whatever bytes a file has, reading it ends: with rows, or with an error that says what is wrong.
+// Meant for the build with the sanitizers, which see every access out of bounds.
+#include "jet/Check.h"
+#include "jet/Database.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <random>
+
+using namespace jet;
+
+namespace {
+
+/// More than any of the small files can need: who goes on beyond it goes in a circle.
+constexpr int kMostSteps = 20'000;
+
+class Corruption : public testing::TestWithParam<Version> {
+protected:
+    Corruption() {
+        Database::create(path_, GetParam());
+        {
+            Database database(path_);
+            Table& table = database.createTable({
+                "Cheques",
+                {{"numero", ColumnType::longInteger, 0, true},
+                  {"nome", ColumnType::text, 60},
+                  {"data", ColumnType::date},
+                  {"valor", ColumnType::currency},
+                  {"bytes", ColumnType::binary, 20},
+                  {"sim", ColumnType::boolean},
+                  {"obs", ColumnType::memo}},
+                {{"PrimaryKey", {{"numero"}}, true},              {"nome", {{"nome", false}, {"data"}}}}
+            });
+            for (int i = 0; i < 24; ++i)
+                ids_.push_back(table.insert(
+                    Row{Value(), "Nome " + std::to_string(i) + "ç", Date::of({2004, 1, 1 + i}),
+                        Currency{i * 10000}, Bytes(static_cast<std::size_t>(i % 20), std::byte{7}),
+                        i % 2 == 0, std::string(static_cast<std::size_t>(i * i * 12), 'm')}));
+            // A row that has moved, and one that is gone.
+            table.update(ids_[0], std::vector<Assignment>{
+                                      {1, std::string(60, 'w')}
+            });
+            for (int i = 1; i < 8; ++i)
+                table.update(ids_[static_cast<std::size_t>(i)], std::vector<Assignment>{
+                                                                    {1, std::string(60, 'v')}
+                });
+            table.erase(ids_[20]);
+        }
+        std::ifstream file(path_, std::ios::binary);
+        sound_.assign(std::istreambuf_iterator<char>(file), {});
+    }
+
+    /// Writes `bytes` and does everything with them that only reads.
+    void read(const std::string& bytes) {
+        {
+            std::ofstream file(path_, std::ios::binary);
+            file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        }
+        try {
+            Database::Options options;
+            options.readOnly = true;
+            Database database(path_, options);
+            for (const std::string& name : database.allTableNames())
+                withTable([&] { readTable(database.table(name)); });
+        } catch (const Error& error) {
+            EXPECT_STRNE(error.what(), "");
+        }
+        try {
+            (void)check(path_);
+        } catch (const Error& error) {
+            ADD_FAILURE() << "check() must tell and not throw: " << error.what();
+        }
+    }
+
+    std::string sound_; ///< the file's bytes
+    std::mt19937 random_{42};
+
+private:
+    template <class Action>
+    static void withTable(Action&& action) {
+        try {
+            action();
+        } catch (const Error& error) {
+            EXPECT_STRNE(error.what(), "");
+        }
+    }
+
+    void readTable(Table& table) {
+        int steps = 0;
+        withTable([&] {
+            RowCursor row = table.scan();
+            for (bool there = row.first(); there && ++steps < kMostSteps; there = row.next())
+                (void)row.row().values();
+        });
+        withTable([&] {
+            RowCursor row = table.scan();
+            for (bool there = row.last(); there && ++steps < kMostSteps; there = row.previous())
+                (void)row.row().bytes();
+        });
+        for (std::size_t i = 0; i < table.indexes().size(); ++i)
+            for (const bool forward : {true, false})
+                withTable([&] {
+                    IndexTree::Cursor entry = table.walk(i);
+                    for (bool there = forward ? entry.first() : entry.last();
+                         there && ++steps < kMostSteps;
+                         there = forward ? entry.next() : entry.previous())
+                        (void)table.keyOf(i, entry.row());
+                });
+        for (const RowId id : ids_)
+            withTable([&] {
+                (void)table.read(id);
+                (void)table.stamp(id);
+            });
+        withTable([&] { (void)table.readOnlyReason(); });
+        EXPECT_LT(steps, kMostSteps) << table.name() << " doesn't end";
+    }
+
+    TemporaryFolder folder_;
+    std::filesystem::path path_ = folder_ / "paciente.mdb";
+    std::vector<RowId> ids_;
+};
+
+std::string nameOf(const testing::TestParamInfo<Version>& chosen) {
+    return chosen.param == Version::jet3 ? "Jet3" : "Jet4";
+}
+INSTANTIATE_TEST_SUITE_P(, Corruption, testing::Values(Version::jet3, Version::jet4), nameOf);
+
+TEST_P(Corruption, TheSoundFileReadsWhole) {
+    read(sound_);
+    EXPECT_FALSE(sound_.empty());
+}
+
+/// Every byte takes minutes: that is for who sets VALTRINO_THOROUGH. Otherwise each fifth; as the
+/// file's structures repeat, every field of every kind of page has its turn.
+TEST_P(Corruption, AnyByteMayBeWrong) {
+    const std::size_t step = std::getenv("VALTRINO_THOROUGH") != nullptr ? 1 : 5;
+    std::size_t turn = 0;
+    for (std::size_t at = 1; at < sound_.size(); ++at) {
+        // Of runs of the same byte few are tried.
+        if ((sound_[at] == sound_[at - 1] && at % 61 != 0) || ++turn % step != 0)
+            continue;
+        SCOPED_TRACE("byte " + std::to_string(at));
+        std::string bytes = sound_;
+        const unsigned wrong = turn / step % 2 == 0 ? 0xFFU : 1U << (random_() % 8);
+        bytes[at] = static_cast<char>(static_cast<unsigned char>(bytes[at]) ^ wrong);
+        read(bytes);
+    }
+}
+
+TEST_P(Corruption, TheFileMayEndAnywhere) {
+    for (std::size_t size = 0; size < sound_.size(); size += size < 300 ? 29 : 1021) {
+        SCOPED_TRACE("size " + std::to_string(size));
+        read(sound_.substr(0, size));
+    }
+    const std::size_t page = formatOf(GetParam()).pageSize;
+    for (std::size_t size = page; size < sound_.size(); size += page) {
+        SCOPED_TRACE("size " + std::to_string(size));
+        read(sound_.substr(0, size));
+    }
+}
+
+TEST_P(Corruption, WholePagesMayBeAnything) {
+    const std::size_t page = formatOf(GetParam()).pageSize;
+    for (int round = 0; round < 100; ++round) {
+        SCOPED_TRACE("round " + std::to_string(round));
+        std::string bytes = sound_;
+        const std::size_t at = (1 + random_() % (bytes.size() / page - 1)) * page;
+        switch (round % 4) {
+        case 0: // noise behind the header of the page
+            for (std::size_t i = at + 16; i < at + page; ++i)
+                bytes[i] = static_cast<char>(random_());
+            break;
+        case 1: // another page
+            bytes.replace(at, page, sound_, random_() % (bytes.size() / page) * page, page);
+            break;
+        case 2: // zeros
+            bytes.replace(at, page, page, '\0');
+            break;
+        default: // many small errors anywhere but in the file's header
+            for (int i = 0; i < 200; ++i)
+                bytes[page + random_() % (bytes.size() - page)] = static_cast<char>(random_());
+        }
+        read(bytes);
+    }
+}
+
+} // namespace

@@ -1,0 +1,108 @@
+#include "jet/DamagedFile.h"
+
+#include "jet/LongValues.h"
+
+#include <algorithm>
+#include <fstream>
+#include <stdexcept>
+
+using namespace jet;
+
+DamagedFile::DamagedFile(Version version)
+    : path_(folder_ / "paciente.mdb"), format_(formatOf(version)) {
+    make(version);
+    study();
+    reload();
+    sound_ = bytes_;
+}
+
+void DamagedFile::make(Version version) {
+    Database::create(path_, version);
+    Database database(path_);
+    Table& table = database.createTable({
+        "Cheques",
+        {{"numero", ColumnType::longInteger, 0, true},
+          {"cliente", ColumnType::longInteger},
+          {"quando", ColumnType::date},
+          {"nome", ColumnType::text, 200, false, 18, 0, false},
+          {"obs", ColumnType::memo}},
+        {{"PrimaryKey", {{"numero"}}, true},                    {"cliente", {{"cliente"}}},          {"nome", {{"nome"}}}}
+    });
+    const auto row = [&](std::size_t i, std::string name, Value memo) {
+        return table.insert(Row{Value(), static_cast<std::int64_t>(i % 7),
+                                Date::of({2004, 5, static_cast<int>(1 + i % 28)}), std::move(name),
+                                std::move(memo)});
+    };
+    for (std::size_t i = 0; i < 60; ++i)
+        rows.push_back(row(i, "nome " + std::to_string(i) + std::string(30, 'x'), Value()));
+    plain = rows[1];
+    moved = rows[0];
+    table.update(moved, std::vector<Assignment>{
+                            {3, std::string(200, 'y')}
+    });
+    rows.push_back(inRow = row(60, "na linha", std::string("obs")));
+    rows.push_back(single = row(61, "inteiro", std::string(1000, 's')));
+    rows.push_back(chain = row(62, "em partes", std::string(9000, 'c')));
+    Table& second = database.createTable({"Outra", {{"texto", ColumnType::text, 50}}, {}});
+    for (int i = 0; i < 5; ++i)
+        second.insert(Row{std::string("linha")});
+    TableSpec spec{"Larga", {}, {}};
+    for (int i = 0; i < 120; ++i)
+        spec.columns.push_back({"coluna numero " + std::to_string(i), ColumnType::longInteger});
+    database.createTable(spec);
+}
+
+void DamagedFile::study() {
+    Database database(path_);
+    Table& table = database.table("Cheques");
+    cheques = table.definition();
+    other = database.table("Outra").definition();
+    wide = database.table("Larga").definition();
+    const UsageMap owned(database.pager(), cheques.ownedMap);
+    for (auto page = owned.next(0); page; page = owned.next(number(*page) + 1))
+        pages.push_back(*page);
+    RowReader reader = table.reader();
+    const RowView* row = reader.read(single);
+    singlePart = longValueParts(database.pager(), row->stored(4), single.page).front();
+    row = reader.read(chain);
+    chainParts = longValueParts(database.pager(), row->stored(4), chain.page);
+    chainField = static_cast<std::size_t>(row->stored(4).data() - row->bytes().data());
+    if (pages.size() < 2 || chainParts.size() < 3)
+        throw std::logic_error("the file is too small for its purpose");
+}
+
+void DamagedFile::reload() {
+    bytes_.resize(std::filesystem::file_size(path_));
+    std::ifstream(path_, std::ios::binary)
+        .read(reinterpret_cast<char*>(bytes_.data()), static_cast<std::streamsize>(bytes_.size()));
+}
+
+void DamagedFile::save() const {
+    std::ofstream(path_, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes_.data()),
+               static_cast<std::streamsize>(bytes_.size()));
+}
+
+Report DamagedFile::check() const {
+    save();
+    return jet::check(path_);
+}
+
+std::span<std::byte> DamagedFile::page(PageNo page) {
+    return std::span(bytes_).subspan(number(page) * format_.pageSize, format_.pageSize);
+}
+
+Slot DamagedFile::slot(RowId id) { return DataPage(format_, page(id.page), id.page).slot(id.slot); }
+
+std::span<std::byte> DamagedFile::bytesOf(RowId id) {
+    const Slot found = slot(id);
+    return page(id.page).subspan(found.offset, found.bytes.size());
+}
+
+void DamagedFile::setBit(RowId map, PageNo member, bool on) {
+    const std::span<std::byte> bytes = bytesOf(map);
+    const std::uint32_t bit = number(member) - jet::load<std::uint32_t>(bytes.data() + 1);
+    const std::byte mask{static_cast<std::uint8_t>(1U << (bit % 8))};
+    std::byte& at = bytes[5 + bit / 8];
+    at = on ? at | mask : at & ~mask;
+}
