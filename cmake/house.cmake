@@ -24,6 +24,7 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 
 set(VALTRINO_SAMPLES ${CMAKE_SOURCE_DIR}/../shared/mdb CACHE PATH
     "The folder of real sample databases; tests that read them are skipped where it is absent")
+option(VALTRINO_FATAL_WARNINGS "Stop at any warning" ON)
 option(VALTRINO_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
 
 find_program(CCACHE ccache)
@@ -33,7 +34,12 @@ endif()
 
 # What a target of ours is compiled with, in one place.
 add_library(house INTERFACE)
-target_compile_options(house INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror)
+target_compile_options(house INTERFACE -Wall -Wextra -Wconversion -Wshadow
+    $<$<BOOL:${VALTRINO_FATAL_WARNINGS}>:-Werror>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # g++ 12 sees overlapping copies in any "literal" + std::string it has optimised.
+    target_compile_options(house INTERFACE -Wno-restrict)
+endif()
 target_include_directories(house INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/platform)
 if(VALTRINO_SANITIZE)
     target_compile_options(house INTERFACE

@@ -36,11 +36,22 @@ const std::vector<Layer> kLayers = {
     {"ado",               Outside::sqlite,  {"jet"}                                                  },
     {"controls",          Outside::qt,      {"assets"}                                               },
     {"shell_base",        Outside::qt,      {"jet", "ado", "controls"}                               },
-    {"registers",         Outside::qt,      {"jet", "ado", "controls", "shell_base"}                 },
-    {"shell_windows",     Outside::qt,      {"jet", "ado", "controls", "shell_base", "registers"}    },
+    {"shell_lookup",      Outside::qt,      {"jet", "ado", "controls", "shell_base"}                 },
+    {"registers",         Outside::qt,      {"jet", "ado", "controls", "shell_base", "shell_lookup"} },
+    {"cheques",           Outside::qt,      {"jet", "ado", "controls", "shell_base"}                 },
+    {"collections",       Outside::qt,      {"jet", "ado", "controls", "shell_base", "cheques"}      },
+    {"shell_windows",
+     Outside::qt,
+     {"jet", "ado", "controls", "shell_base", "registers", "cheques", "collections"}                 },
     {"valtrino",          Outside::qt,      {"jet", "ado", "controls", "shell_base", "shell_windows"}},
     {"shop_schema",       Outside::nothing, {"jet"}                                                  },
-    {"valtrino-mdb",      Outside::nothing, {"jet", "ado", "shop_schema"}                            },
+    {"shop_samples",      Outside::nothing, {"jet", "shop_schema"}                                   },
+    {"valtrino-mdb",      Outside::nothing, {"jet", "ado", "shop_schema", "shop_samples"}            },
+    {"bench_data",        Outside::sqlite,  {"jet", "shop_schema", "shop_samples"}                   },
+    {"shop_bench",        Outside::sqlite,  {"jet", "ado", "bench_data"}                             },
+    {"operations_bench",
+     Outside::qt,
+     {"jet", "ado", "controls", "shell_base", "cheques", "collections", "bench_data"}                },
     {"test_support",      Outside::qt,      {}                                                       },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                             },
     {"shop_test_support",
@@ -115,10 +126,13 @@ Owners readOwners(const Files& files) {
 /// The target whose file the tree's include paths find for `include`, written in `from`.
 std::optional<std::string> targetOfInclude(const std::string& include, const std::string& from,
                                            const Owners& owners) {
-    static const std::regex form("ui_(.*)\\.h");
+    // What uic and moc make belongs to the form or source it is made from.
+    static const std::regex generated(R"(ui_(.*)\.h|(.*)\.moc)");
     std::smatch match;
-    if (std::regex_match(include, match, form)) {
-        const auto owner = owners.find(folderOf(from) + "/" + match[1].str() + ".ui");
+    if (std::regex_match(include, match, generated)) {
+        const std::string origin =
+            match[1].matched ? match[1].str() + ".ui" : match[2].str() + ".cpp";
+        const auto owner = owners.find(folderOf(from) + "/" + origin);
         return owner == owners.end() ? std::nullopt : std::optional(owner->second);
     }
     for (const char* prefix : {"", "platform/", "tests/"})
@@ -165,10 +179,14 @@ std::vector<std::string> wrongIncludes(const std::string& path, const std::strin
     const auto complain = [&](const std::string& include, const std::string& why) {
         wrong.push_back(path + " includes " + include + ": " + why);
     };
-    static const std::regex line(R"re((?:^|\n)[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"])re");
-    for (std::sregex_iterator it(text.begin(), text.end(), line), end; it != end; ++it) {
-        const std::string include = (*it)[2].str();
-        if ((*it)[1].str() == "\"") {
+    static const std::regex includeLine(R"re(\s*#\s*include\s*([<"])([^>"]+)[>"].*)re");
+    std::istringstream lines(text);
+    std::smatch match;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find('#') == std::string::npos || !std::regex_match(line, match, includeLine))
+            continue;
+        const std::string include = match[2].str();
+        if (match[1].str() == "\"") {
             const auto other = targetOfInclude(include, path, owners);
             if (!other)
                 complain(include, "no target lists that path (write it with its folder)");

@@ -1,0 +1,249 @@
+// How long the operator waits for each operation of a shop's day, in a shop of 20,000 clients with
+// few cheques and with a million. Nothing may take longer because the table is larger.
+#include "bench/BenchData.h"
+#include "cheques/FrmLancarCheques.h"
+#include "collections/FrmLocCHTerceiros.h"
+#include "controls/ListView.h"
+#include "controls/MessageBox.h"
+#include "controls/NavigationBar.h"
+#include "controls/Style.h"
+#include "controls/WindowList.h"
+#include "shell/Mirtal.h"
+#include "shell/dbconectar.h"
+
+#include <QApplication>
+#include <QPushButton>
+#include <QToolButton>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr std::int64_t kSizes[] = {2'000, 1'000'000};
+constexpr std::int64_t kClients = 20'000;
+constexpr std::int64_t kBanks = 20;
+
+// Clients with the same number of cheques in either table, spread over all of it: what an operation
+// finds is the same, whatever it has to look through.
+constexpr std::int64_t kMeasured = 11;
+constexpr std::int64_t kChequesOfEach = 50;
+
+constexpr double kWantedMs = 100;
+constexpr double kWantedRatio = 3;
+
+QString nameOf(std::int64_t measured) { return QString("Cliente Medido %1").arg(measured); }
+
+/// A limit of zero: nothing is warned of, so all the cheques are summed.
+void addMeasuredClients(std::int64_t cheques) {
+    dbconectar& data = dbconectar::instance();
+    ado::Transaction changes(data.Automacao);
+    ado::Recordset clients;
+    clients.Open("cliente_fornecedor", data.Automacao);
+    std::vector<std::int64_t> codes;
+    for (std::int64_t i = 0; i < kMeasured; ++i) {
+        clients.AddNew();
+        clients["nome"] = nameOf(i);
+        clients["tipo"] = true;
+        clients.Update();
+        codes.push_back(clients["codigo"].integer());
+    }
+    ado::Recordset rows;
+    rows.Open("cheques", data.Automacao);
+    for (std::int64_t i = 0; i < kMeasured * kChequesOfEach; ++i) {
+        rows.MoveFirst();
+        rows.Find("lancamento=" + std::to_string(1 + i * (cheques / (kMeasured * kChequesOfEach))));
+        rows["cliente"] = codes[static_cast<std::size_t>(i % kMeasured)];
+        rows.Update();
+    }
+    changes.commit();
+    data.rsCliente.Requery();
+    data.rsCheques.Requery();
+}
+
+template <class Window>
+Window& shown() {
+    Window& window = Window::instance();
+    window.show();
+    window.activateWindow();
+    while (QApplication::activeWindow() != &window)
+        QApplication::processEvents();
+    return window;
+}
+
+template <class Control>
+Control& control(const QWidget& window, const char* name) {
+    auto* found = window.findChild<Control*>(name);
+    if (!found) {
+        std::fprintf(stderr, "no control %s\n", name);
+        std::exit(EXIT_FAILURE);
+    }
+    return *found;
+}
+
+void choose(DropDownList& list, const QString& name) {
+    for (int i = 0; i < list.count(); ++i)
+        if (list.itemText(i) == name)
+            return list.setListIndex(i);
+}
+
+// ---- the operations: each does what comes before unmeasured, and returns what is measured
+
+using Operation = std::function<void()>;
+using Clock = std::chrono::steady_clock;
+
+struct Measured {
+    const char* name;
+    int times;
+    /// For the try of this number.
+    std::function<Operation(int)> prepare;
+};
+
+Operation openEntry(int) {
+    FrmLancarCheques::instance().unload();
+    QApplication::processEvents();
+    return [] {
+        shown<FrmLancarCheques>();
+        QApplication::processEvents();
+    };
+}
+
+Operation showNext(int at) {
+    auto& form = shown<FrmLancarCheques>();
+    dbconectar::instance().rsCheques.clearFilter();
+    auto& bar = control<NavigationBar>(form, "btnNavegacao");
+    bar.button(0)->setFocus();
+    if (at == 0)
+        bar.button(0)->click();
+    else
+        form.mostrarCheque(at * 7); // the next one is not where the last search ended
+    return [&bar] {
+        bar.button(2)->click();
+        QApplication::processEvents();
+    };
+}
+
+FrmLancarCheques& chequeOf(std::int64_t client, int at) {
+    auto& form = shown<FrmLancarCheques>();
+    control<QPushButton>(form, "CmdNovo").click();
+    choose(control<DropDownList>(form, "txtNome"), nameOf(client));
+    control<DropDownList>(form, "txtbanco").setListIndex(0);
+    control<QLineEdit>(form, "txtnumero").setText(QString::number(900'000 + at));
+    auto& value = control<QLineEdit>(form, "txtvalor");
+    value.setFocus();
+    value.setText("150,00");
+    return form;
+}
+
+Operation leaveValue(int at) {
+    auto& next = control<QLineEdit>(chequeOf(at % (kMeasured - 1), at), "txtautorizou");
+    return [&next] {
+        next.setFocus();
+        QApplication::processEvents();
+    };
+}
+
+Operation saveCheque(int at) {
+    auto& save = control<QPushButton>(chequeOf(kMeasured - 1, at), "CmdIncluir");
+    save.setFocus(); // leaves the value
+    return [&save] {
+        save.click();
+        QApplication::processEvents();
+    };
+}
+
+Operation listClient(int at) {
+    FrmLancarCheques::instance().hide();
+    Mirtal::modo = "localizarCH";
+    auto& form = shown<FrmLocCHTerceiros>();
+    auto& clients = control<DropDownList>(form, "txtcliente");
+    choose(clients, nameOf(at % (kMeasured - 1)));
+    return [&clients, &form] {
+        emit clients.clicked();
+        QApplication::processEvents();
+        if (control<ListView>(form, "lstterceiros").count() != kChequesOfEach)
+            std::fprintf(stderr, "not the client's cheques\n");
+    };
+}
+
+const Measured kOperations[] = {
+    {"opening the entry window",              21,  &openEntry },
+    {"showing a cheque by navigation",        200, &showNext  },
+    {"leaving the value (50 cheques summed)", 200, &leaveValue},
+    {"saving a cheque",                       200, &saveCheque},
+    {"listing a client's 50 cheques",         50,  &listClient},
+};
+
+double medianMs(const Measured& measured) {
+    std::vector<double> times;
+    for (int i = 0; i < measured.times; ++i) {
+        const Operation operation = measured.prepare(i);
+        const auto begin = Clock::now();
+        operation();
+        times.push_back(std::chrono::duration<double, std::milli>(Clock::now() - begin).count());
+    }
+    std::ranges::nth_element(times, times.begin() + measured.times / 2);
+    return times[static_cast<std::size_t>(measured.times) / 2];
+}
+
+/// The medians by operation.
+std::map<std::string, double> measure(std::int64_t cheques) {
+    const auto folder = benchFolder() / std::to_string(cheques);
+    std::filesystem::create_directory(folder);
+    makeShop(folder / "automacao.mdb", {kClients, kBanks, cheques, 0});
+    Mirtal::DatabaseFolder = QString::fromStdString(folder.string());
+    dbconectar::instance().abrir();
+    addMeasuredClients(cheques);
+    std::map<std::string, double> medians;
+    for (const Measured& operation : kOperations)
+        medians[operation.name] = medianMs(operation);
+    WindowList::instance().clear();
+    dbconectar::descartar();
+    return medians;
+}
+
+MessageAnswer refuse(const Message& message) {
+    std::fprintf(stderr, "a message came up: %s\n", qUtf8Printable(message.text));
+    return message.buttons == MessageButtons::ok ? MessageAnswer::ok : MessageAnswer::no;
+}
+
+void giveUp(const std::exception_ptr& failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+    }
+    std::exit(EXIT_FAILURE);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    aplicarEstilo(application);
+    setMessageFunction(&refuse);
+    setFailureHandler(&giveUp);
+
+    std::map<std::string, std::map<std::int64_t, double>> medians;
+    for (const std::int64_t cheques : kSizes)
+        for (const auto& [operation, ms] : measure(cheques))
+            medians[operation][cheques] = ms;
+
+    std::printf("%-40s %9lld %9lld %8s\n",
+                "median (ms) with cheques:", static_cast<long long>(kSizes[0]),
+                static_cast<long long>(kSizes[1]), "ratio");
+    for (const Measured& operation : kOperations) {
+        const double few = medians[operation.name][kSizes[0]];
+        const double many = medians[operation.name][kSizes[1]];
+        std::printf("%-40s %9.3f %9.3f %7.2fx\n", operation.name, few, many, many / few);
+    }
+    std::printf("%-40s %9s %9.0f %7.0fx\n", "wanted, at most", "", kWantedMs, kWantedRatio);
+    return EXIT_SUCCESS;
+}

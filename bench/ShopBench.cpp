@@ -1,0 +1,234 @@
+#include "ado/Connection.h"
+#include "bench/BenchData.h"
+#include "bench/Ratios.h"
+
+#include <sqlite3.h>
+
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+namespace {
+
+constexpr std::int64_t kSizes[] = {100'000, 1'000'000};
+constexpr int kInserts = 1000;
+
+const char* const kSum = "select sum(valor) from cheques";
+const char* const kClientList =
+    "Select * from (cheques inner join cliente_fornecedor on "
+    "cheques.cliente=cliente_fornecedor.codigo) inner join bancos on cheques.banco=bancos.codigo  "
+    "where cliente=";
+const char* const kClientOrder = " order by cliente_fornecedor.nome,cheques.bompara ";
+
+std::string connectionString(const std::filesystem::path& mdb) {
+    return "Provider=Microsoft.Jet.OLEDB.3.51;Persist Security Info=False;Data Source=" +
+           mdb.string();
+}
+
+void sumOurs(benchmark::State& state, std::int64_t cheques) {
+    ado::Connection connection;
+    connection.Open(connectionString(shopFiles(cheques).mdb));
+    for (auto _ : state) {
+        ado::Recordset rows;
+        rows.Open(kSum, connection);
+        benchmark::DoNotOptimize(rows.field(0).value());
+    }
+}
+
+void sumSqlite(benchmark::State& state, std::int64_t cheques) {
+    Sqlite database(shopFiles(cheques).sqlite);
+    for (auto _ : state) {
+        sqlite3_stmt* statement = database.prepare(kSum);
+        sqlite3_step(statement);
+        benchmark::DoNotOptimize(sqlite3_column_int64(statement, 0));
+        sqlite3_finalize(statement);
+    }
+}
+
+/// Some client, another one each time.
+std::int64_t nextClient(std::int64_t& client, std::int64_t clients) {
+    return client = (client + 7919) % clients + 1;
+}
+
+void clientListOurs(benchmark::State& state, std::int64_t cheques) {
+    const ShopFiles& files = shopFiles(cheques);
+    ado::Connection connection;
+    connection.Open(connectionString(files.mdb));
+    std::int64_t client = 0;
+    for (auto _ : state) {
+        ado::Recordset rows;
+        rows.Open(kClientList + std::to_string(nextClient(client, files.clients)) + kClientOrder,
+                  connection);
+        for (; !rows.EOF(); rows.MoveNext()) {
+            benchmark::DoNotOptimize(rows["numero"].text());
+            benchmark::DoNotOptimize(rows["cliente_fornecedor.nome"].text());
+            benchmark::DoNotOptimize(rows["bancos.nome"].text());
+            benchmark::DoNotOptimize(rows["valor"].currency());
+        }
+    }
+}
+
+void clientListSqlite(benchmark::State& state, std::int64_t cheques) {
+    const ShopFiles& files = shopFiles(cheques);
+    Sqlite database(files.sqlite);
+    std::int64_t client = 0;
+    int number = -1;
+    int name = -1;
+    int bank = -1;
+    int amount = -1;
+    for (auto _ : state) {
+        const std::string sql =
+            kClientList + std::to_string(nextClient(client, files.clients)) + kClientOrder;
+        sqlite3_stmt* statement = database.prepare(sql.c_str());
+        for (int i = 0; number < 0 && i < sqlite3_column_count(statement); ++i) {
+            const std::string column = sqlite3_column_name(statement, i);
+            if (column == "nome")
+                (name < 0 ? name : bank) = i;
+            if (column == "valor")
+                amount = i;
+            if (column == "numero" && bank < 0)
+                number = i;
+        }
+        while (sqlite3_step(statement) == SQLITE_ROW) {
+            for (const int column : {number, name, bank})
+                benchmark::DoNotOptimize(
+                    std::string(reinterpret_cast<const char*>(
+                                    sqlite3_column_text(statement, column))
+                                    ? reinterpret_cast<const char*>(
+                                          sqlite3_column_text(statement, column))
+                                    : ""));
+            benchmark::DoNotOptimize(sqlite3_column_int64(statement, amount));
+        }
+        sqlite3_finalize(statement);
+    }
+}
+
+void insertOurs(benchmark::State& state, std::int64_t cheques) {
+    ado::Connection connection;
+    connection.Open(connectionString(shopCopy(cheques).mdb));
+    ado::Recordset rows;
+    rows.Open("Cheques", connection);
+    for (auto _ : state)
+        for (int i = 0; i < kInserts; ++i) {
+            ado::Transaction transaction(connection);
+            rows.AddNew();
+            rows["cliente"] = 1 + i % 20;
+            rows["banco"] = 1;
+            rows["numero"] = std::to_string(100000 + i);
+            rows["data"] = jet::Date::of({2026, 3, 31});
+            rows["bompara"] = jet::Date::of({2026, 4, 30});
+            rows["valor"] = jet::Currency{1234500};
+            rows["descontar"] = true;
+            rows.Update();
+            transaction.commit();
+        }
+}
+
+void insertSqlite(benchmark::State& state, std::int64_t cheques) {
+    Sqlite database(shopCopy(cheques).sqlite);
+    sqlite3_stmt* statement =
+        database.prepare("insert into cheques(cliente,banco,numero,data,bompara,valor,descontar) "
+                         "values(?1,1,?2,46112.0,46142.0,1234500,1)");
+    for (auto _ : state)
+        for (int i = 0; i < kInserts; ++i) {
+            const std::string number = std::to_string(100000 + i);
+            sqlite3_bind_int(statement, 1, 1 + i % 20);
+            sqlite3_bind_text(statement, 2, number.c_str(), -1, SQLITE_TRANSIENT);
+            database.check(sqlite3_step(statement));
+            sqlite3_reset(statement);
+        }
+}
+
+// ---- Opening the program's recordsets: time and memory of a process that does nothing else.
+
+std::int64_t largestMemory() {
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    while (std::getline(status, line))
+        if (line.starts_with("VmHWM:"))
+            return std::stoll(line.substr(6));
+    return 0;
+}
+
+/// Opens the four recordsets as the program does and prints seconds and kilobytes.
+int openRecordsets(const char* mdb) {
+    const auto begin = std::chrono::steady_clock::now();
+    ado::Connection connection;
+    connection.setConnectionString(connectionString(mdb));
+    std::array<ado::Recordset, 4> recordsets;
+    recordsets[0].Open("bancos", connection);
+    recordsets[1].Open("select * from cliente_fornecedor where tipo=true", connection);
+    recordsets[2].Open("Cheques", connection);
+    recordsets[3].Open("semfundos", connection);
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+    std::printf("%f %lld\n", seconds.count(), static_cast<long long>(largestMemory()));
+    return 0;
+}
+
+struct Opening {
+    double seconds;
+    std::int64_t kilobytes;
+};
+
+Opening openInAProcess(const std::filesystem::path& mdb) {
+    const std::string program = std::filesystem::read_symlink("/proc/self/exe");
+    FILE* pipe = popen(("'" + program + "' --open '" + mdb.string() + "'").c_str(), "r");
+    Opening opening{};
+    long long kilobytes = 0;
+    if (!pipe || std::fscanf(pipe, "%lf %lld", &opening.seconds, &kilobytes) != 2)
+        std::fprintf(stderr, "could not measure the opening of %s\n", mdb.c_str());
+    if (pipe)
+        pclose(pipe);
+    opening.kilobytes = kilobytes;
+    return opening;
+}
+
+void printOpenings() {
+    const Opening empty = openInAProcess(shopFiles(0).mdb);
+    std::printf("\n%-34s %12s %20s\n", "opening the four recordsets", "seconds",
+                "MB over an empty file");
+    for (const std::int64_t cheques : kSizes) {
+        const Opening opening = openInAProcess(shopFiles(cheques).mdb);
+        std::printf("%-34s %12.4f %20.1f\n", (std::to_string(cheques) + " cheques").c_str(),
+                    opening.seconds,
+                    static_cast<double>(opening.kilobytes - empty.kilobytes) / 1024);
+    }
+    std::printf("%-34s %12s %20s\n", "wanted, 1000000 cheques", "0.3", "60");
+}
+
+using Measure = void (*)(benchmark::State&, std::int64_t);
+
+void add(const std::string& name, Measure ours, Measure sqlite, std::int64_t cheques,
+         bool once = false) {
+    for (const auto& [whose, measure] : {std::pair("ours", ours), std::pair("sqlite", sqlite)}) {
+        auto* registered = benchmark::RegisterBenchmark(
+            (name + "/" + whose + "/" + std::to_string(cheques)).c_str(),
+            [measure = measure, cheques](benchmark::State& state) { measure(state, cheques); });
+        registered->Unit(benchmark::kMillisecond)->Repetitions(3)->ReportAggregatesOnly(true);
+        if (once)
+            registered->Iterations(1);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc == 3 && std::string(argv[1]) == "--open")
+        return openRecordsets(argv[2]);
+    for (const std::int64_t cheques : kSizes) {
+        add("sum of valor", sumOurs, sumSqlite, cheques);
+        add("joined list of a client", clientListOurs, clientListSqlite, cheques);
+        add("1000 inserts, each committed", insertOurs, insertSqlite, cheques, true);
+    }
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    reporter.printRatios({{"sum of valor", 2.0},
+                          {"joined list of a client", 3.0},
+                          {"1000 inserts, each committed", 2.0}});
+    printOpenings();
+    return 0;
+}
