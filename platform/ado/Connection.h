@@ -1,0 +1,82 @@
+#pragma once
+
+#include "ado/Recordset.h"
+#include "jet/Database.h"
+
+#include <memory>
+#include <string>
+
+namespace ado {
+
+class Session;
+
+/// The way to one database file: opens it, holds its transaction, and is what recordsets open on.
+///
+/// One thread. Must outlive nothing: recordsets still open when it closes are closed with it.
+class Connection {
+public:
+    Connection();
+    /// As Close(), but silent.
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    /// "Provider=...;Data Source=<path of the file>": of the parts, separated by semicolons, only
+    /// the data source counts. Used by the next Open().
+    void setConnectionString(const Text& text);
+    [[nodiscard]] const std::string& ConnectionString() const noexcept { return string_; }
+
+    /// Opens the file. Both / and \ separate folders, doubled ones count once; a folder or file
+    /// whose name differs only in case is found where none has the exact name. A file that can't
+    /// be written opens for reading: see jet::Database::readOnlyReason().
+    /// @throws Error{misuse} if open already or if no data source is given, Error{notFound} if
+    ///         there is no such file, and what jet::Database throws.
+    void Open();
+    void Open(const Text& connectionString);
+    /// Closes the recordsets on it, undoes a transaction still open, writes what is to be written,
+    /// and closes the file. Does nothing if closed. @throws Error{io}: it is closed all the same.
+    void Close();
+    [[nodiscard]] ado::State State() const noexcept;
+
+    /// Not nested: @throws Error{misuse} if a transaction is open (begin) or none is (commit, roll
+    /// back).
+    void BeginTrans();
+    void CommitTrans();
+    void RollbackTrans();
+    [[nodiscard]] bool inTransaction() const noexcept;
+
+    /// Writes changes made outside a transaction when they are old enough; to be called while
+    /// idle, every half second or so. Does nothing if closed.
+    void flushIfDue();
+
+    /// The open file. @throws Error{misuse} if closed.
+    [[nodiscard]] jet::Database& database() const;
+
+private:
+    friend class Recordset;
+    [[nodiscard]] Session& session() const;
+
+    std::string string_;
+    std::unique_ptr<Session> session_; ///< null when closed
+};
+
+/// All changes made through a connection while it lives, or none: undone unless committed.
+class Transaction {
+public:
+    explicit Transaction(Connection& connection) : connection_(connection) {
+        connection.BeginTrans();
+    }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    ~Transaction();
+    void commit() {
+        connection_.CommitTrans();
+        done_ = true;
+    }
+
+private:
+    Connection& connection_;
+    bool done_ = false;
+};
+
+} // namespace ado

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "ado/SqlDialect.h"
+#include "jet/Database.h"
+
+#include <exception>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace ado {
+
+/// Where an exception waits that was thrown inside a callback of SQLite, which is C and lets none
+/// through: it is thrown again when SQLite has returned.
+class Trap {
+public:
+    /// Runs `body`; false if it threw.
+    template <class Body>
+    bool run(Body&& body) noexcept {
+        try {
+            body();
+            return true;
+        } catch (...) {
+            caught_ = std::current_exception();
+            return false;
+        }
+    }
+    void rethrow() {
+        if (caught_)
+            std::rethrow_exception(std::exchange(caught_, nullptr));
+    }
+
+private:
+    std::exception_ptr caught_;
+};
+
+/// A prepared statement and its rows. Errors are jet::Error in Portuguese. Mustn't outlive its
+/// Engine.
+class Statement {
+public:
+    Statement(Statement&&) noexcept = default;
+    Statement& operator=(Statement&&) noexcept = default;
+
+    /// The parameter `?number`, counted from 1.
+    void bind(int number, const jet::Value& value);
+    /// To the next row; false after the last.
+    bool step();
+    /// Back to before the first row.
+    void reset();
+
+    [[nodiscard]] int columns() const;
+    /// Of the current row; columns count from 0.
+    [[nodiscard]] std::int64_t integer(int column) const;
+    [[nodiscard]] bool isNull(int column) const;
+    [[nodiscard]] jet::Value value(int column) const;
+    [[nodiscard]] std::string columnName(int column) const;
+    /// The stored table that a column comes from unchanged, as named there, or "".
+    [[nodiscard]] std::string columnTable(int column) const;
+    /// What the column is called in that table, or "".
+    [[nodiscard]] std::string columnOrigin(int column) const;
+
+private:
+    friend class Engine;
+    struct Finalizer {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+    Statement(sqlite3_stmt* statement, Trap& trap) : statement_(statement), trap_(&trap) {}
+
+    std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
+    Trap* trap_;
+};
+
+struct TableSource;
+
+/// SQLite over one open file: an empty database in memory in which every table of the file is a
+/// virtual table. It can read them and call the functions of SqlFunctions.h, and nothing else: an
+/// authorizer refuses all other actions, whatever the dialect might let through.
+class Engine {
+public:
+    explicit Engine(jet::Database& database);
+    ~Engine();
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    /// A statement in SQLite's words (see SqlDialect.h).
+    /// @throws Error{notFound} for an unknown table or column, Error{syntax} for all else that
+    ///         SQLite won't take.
+    [[nodiscard]] Statement prepare(const std::string& sql);
+
+    /// How the file spells a name. As a side effect a table of that name is known to SQLite from
+    /// then on, so every name of a statement must go through here.
+    [[nodiscard]] Spelling spelling();
+
+private:
+    struct Closer {
+        void operator()(sqlite3* handle) const;
+    };
+    void addTable(jet::Table& table);
+    [[nodiscard]] std::string spelled(std::string_view name);
+    static int compareTexts(void* self, int sizeA, const void* a, int sizeB, const void* b);
+    static int authorize(void* self, int action, const char* first, const char* second,
+                         const char* database, const char* trigger);
+
+    jet::Database& database_;
+    Trap trap_;
+    bool declaring_ = false; ///< a table is being made known
+    std::unordered_map<std::string, std::unique_ptr<TableSource>> tables_; ///< by stored name
+    std::unique_ptr<sqlite3, Closer> handle_; ///< last, so first to go: it uses all the others
+};
+
+} // namespace ado

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "jet/Table.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+/// Which way to a table's rows is the cheapest for a statement.
+namespace ado {
+
+/// One comparison that the statement makes with a column of the table.
+struct Comparison {
+    enum class Kind : std::uint8_t { equal, atLeast, atMost };
+    std::optional<std::size_t> column; ///< nothing: the row's id
+    Kind kind;
+};
+
+/// One term of the order that the statement wants.
+struct OrderTerm {
+    std::optional<std::size_t> column; ///< nothing: the row's id
+    bool descending;
+};
+
+/// A way to the rows.
+struct Plan {
+    enum class Way : std::uint8_t { scan, row, index };
+    Way way = Way::scan;
+    std::size_t index = 0;
+    /// Places in the list of comparisons: those with the index's first columns, in their order.
+    std::vector<std::size_t> equal;
+    /// Those with its next column. A scan may have a lower bound for the row's id.
+    std::optional<std::size_t> low;
+    std::optional<std::size_t> high;
+    bool backwards = false;
+    bool ordered = false; ///< rows come as the statement wants them
+    bool unique = false;  ///< one row at most
+    double rows = 0;      ///< guessed
+    double cost = 0;      ///< in rows of a scan
+};
+
+/// The best plan. There are no statistics in the file, so the guess is by shape: a whole unique
+/// key finds one row, an equality the square root of the table's rows, a range a part of them.
+[[nodiscard]] Plan choosePlan(const jet::Table& table, std::span<const Comparison> comparisons,
+                              std::span<const OrderTerm> order);
+
+} // namespace ado

@@ -1,0 +1,253 @@
+#include "ado/Convert.h"
+#include "ado/RecordsetParts.h"
+#include "jet/Error.h"
+#include "jet/RowEncoder.h"
+
+namespace ado {
+
+using jet::Errc;
+using jet::Error;
+
+namespace {
+
+[[noreturn]] void goneOrChanged() {
+    throw Error(
+        Errc::conflict,
+        "O registro foi alterado ou excluído por outro usuário ou por outra janela depois de "
+        "lido. Nada foi gravado; localize o registro outra vez e repita a alteração.");
+}
+
+std::size_t hashOf(const jet::RowView& row) {
+    const auto bytes = row.bytes();
+    return std::hash<std::string_view>{}(
+        {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+}
+
+} // namespace
+
+// ---- reading ----------------------------------------------------------------------------------
+
+void Recordset::Parts::requireRow() const {
+    if (at == At::row)
+        return;
+    const char* reason = at == At::gone          ? "ele foi excluído"
+                         : at == At::beforeFirst ? "o conjunto está antes do primeiro (BOF)"
+                                                 : "o conjunto está depois do último (EOF)";
+    throw Error(Errc::noCurrentRow, std::string("Não há registro atual: ") + reason + ".");
+}
+
+const jet::RowView* Recordset::Parts::view(std::size_t table) {
+    const jet::RowId row = static_cast<const LiveRows&>(*rows).row(table);
+    if (row == jet::RowId{})
+        return nullptr;
+    if (jet::packed(row) == JoinRows::kErased)
+        goneOrChanged();
+    const jet::RowView* found = nullptr;
+    try {
+        found = readers[table].read(row);
+    } catch (const Error& error) {
+        // Where a stranger changes the file, the page of an erased row may belong to another table.
+        if (error.code() != Errc::corrupt || knowsAll)
+            throw;
+    }
+    if (found == nullptr)
+        goneOrChanged();
+    return found;
+}
+
+const jet::RowView& Recordset::Parts::look() {
+    const jet::RowView& row = *view(0);
+    if (!seen)
+        seen = hashOf(row);
+    return row;
+}
+
+bool Recordset::Parts::asSeen() { return !seen || *seen == hashOf(*view(0)); }
+
+Value Recordset::Parts::value(std::size_t field) {
+    const Query::QueryField& place = query.fields()[field];
+    if (edit != ado::EditMode::None && assigned[place.column])
+        return *assigned[place.column];
+    if (edit == ado::EditMode::Add)
+        return {};
+    catchUp();
+    requireRow();
+    if (!query.live())
+        return static_cast<const ComputedRows&>(*rows).cell(place.column);
+    if (query.updatable())
+        return look().value(place.column);
+    const jet::RowView* row = view(place.table);
+    return row != nullptr ? row->value(place.column) : Value{};
+}
+
+// ---- editing ----------------------------------------------------------------------------------
+
+void Recordset::Parts::requireChangeable() const {
+    if (lock == LockType::ReadOnly)
+        throw Error(Errc::readOnly, "Este conjunto de registros foi aberto somente para leitura.");
+    if (!query.updatable())
+        throw Error(Errc::readOnly, "Um conjunto de mais de uma tabela, ou calculado, não pode ser "
+                                    "alterado.");
+}
+
+void Recordset::Parts::assign(std::size_t field, const Value& value) {
+    requireChangeable();
+    const Query::QueryField& place = query.fields()[field];
+    Value stored = converted(value, table().columns()[place.column]);
+    if (edit == ado::EditMode::None) {
+        catchUp();
+        requireRow();
+        static_cast<void>(look());
+        stamp = asSeen() ? table().stamp(static_cast<const LiveRows&>(*rows).row(0)) : std::nullopt;
+        assigned.assign(table().columns().size(), std::nullopt);
+        edit = ado::EditMode::InProgress;
+    }
+    assigned[place.column] = std::move(stored);
+}
+
+void Recordset::Parts::forgetEdit() {
+    edit = ado::EditMode::None;
+    assigned.clear();
+    stamp.reset();
+    seen.reset();
+}
+
+void Recordset::Parts::update() {
+    if (edit == ado::EditMode::Add)
+        storeNew();
+    else if (edit == ado::EditMode::InProgress)
+        storeChanges();
+}
+
+void Recordset::Parts::storeNew() {
+    jet::Row values(table().columns().size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (assigned[i])
+            values[i] = *assigned[i];
+    }
+    const jet::RowId row = session.insert(table(), values);
+    forgetEdit();
+    if (auto* const list = dynamic_cast<RowList*>(rows.get())) {
+        list->append(row);
+        list->goTo(list->ids().size() - 1);
+    } else {
+        static_cast<TableWalk&>(*rows).goTo(row);
+    }
+    arrive(true, At::row);
+}
+
+void Recordset::Parts::storeChanges() {
+    catchUp();
+    const jet::RowId row = static_cast<const LiveRows&>(*rows).row(0);
+    if (at != At::row || !stamp || table().stamp(row) != stamp)
+        goneOrChanged();
+    std::vector<jet::Assignment> changes;
+    for (std::size_t i = 0; i < assigned.size(); ++i) {
+        if (assigned[i])
+            changes.push_back({i, *assigned[i]});
+    }
+    session.update(table(), row, changes);
+    forgetEdit();
+}
+
+void Recordset::Parts::erase() {
+    requireChangeable();
+    if (edit == ado::EditMode::Add)
+        throw Error(Errc::misuse, "O registro novo ainda não foi gravado: não há o que excluir.");
+    catchUp();
+    requireRow();
+    if (!asSeen())
+        goneOrChanged();
+    forgetEdit();
+    session.erase(table(), static_cast<const LiveRows&>(*rows).row(0));
+    catchUp();
+    at = At::gone;
+}
+
+// ---- the public side --------------------------------------------------------------------------
+
+void Recordset::AddNew() {
+    Update();
+    Parts& parts = open();
+    parts.requireChangeable();
+    parts.assigned.assign(parts.table().columns().size(), std::nullopt);
+    parts.edit = ado::EditMode::Add;
+}
+
+void Recordset::Update() { open().update(); }
+
+void Recordset::CancelUpdate() { open().forgetEdit(); }
+
+void Recordset::Delete() { open().erase(); }
+
+EditMode Recordset::EditMode() const { return open().edit; }
+
+Field Recordset::operator[](std::string_view name) {
+    return {*this, open().query.fieldNamed(name)};
+}
+
+FieldValue Recordset::operator[](std::string_view name) const {
+    return {*this, open().query.fieldNamed(name)};
+}
+
+std::size_t Recordset::FieldCount() const { return open().query.fields().size(); }
+
+FieldValue Recordset::field(std::size_t place) const {
+    if (place >= FieldCount())
+        throw Error(Errc::notFound, "O conjunto não tem " + std::to_string(place + 1) + " campos.");
+    return {*this, place};
+}
+
+Value Recordset::valueOf(std::size_t column) const { return open().value(column); }
+
+void Recordset::assign(std::size_t column, const Value& value) { open().assign(column, value); }
+
+const std::string& Recordset::nameOf(std::size_t column) const {
+    return open().query.fields()[column].name;
+}
+
+const jet::Column* Recordset::columnOf(std::size_t field) const {
+    const Query& query = open().query;
+    if (!query.live())
+        return nullptr;
+    const Query::QueryField& place = query.fields()[field];
+    return &query.tables()[place.table]->columns()[place.column];
+}
+
+// ---- fields -----------------------------------------------------------------------------------
+
+Value FieldValue::value() const { return recordset_->valueOf(column_); }
+bool FieldValue::isNull() const { return jet::isNull(value()); }
+std::string FieldValue::text() const { return asText(value()); }
+std::int64_t FieldValue::integer() const { return asInteger(value()); }
+Currency FieldValue::currency() const { return asCurrency(value()); }
+double FieldValue::number() const { return asNumber(value()); }
+Date FieldValue::date() const { return asDate(value()); }
+bool FieldValue::boolean() const { return asBoolean(value()); }
+const std::string& FieldValue::name() const { return recordset_->nameOf(column_); }
+
+std::optional<std::size_t> FieldValue::DefinedSize() const {
+    const jet::Column* column = recordset_->columnOf(column_);
+    if (column == nullptr || column->type != jet::ColumnType::text)
+        return std::nullopt;
+    return column->maxCharacters();
+}
+
+std::optional<std::string> FieldValue::refusal(const Text& text) const {
+    const jet::Column* column = recordset_->columnOf(column_);
+    if (column == nullptr)
+        return std::nullopt;
+    try {
+        static_cast<void>(jet::encodeField(*column, converted(Value{text.utf8()}, *column)));
+        return std::nullopt;
+    } catch (const Error& reason) {
+        return reason.what();
+    }
+}
+
+Field& Field::assign(const Value& value) {
+    target_->assign(column_, value);
+    return *this;
+}
+
+} // namespace ado

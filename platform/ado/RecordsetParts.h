@@ -1,0 +1,65 @@
+#pragma once
+
+#include "ado/Connection.h"
+#include "ado/Query.h"
+#include "ado/Session.h"
+
+namespace ado {
+
+/// An open recordset.
+struct Recordset::Parts {
+    /// Where it stands. `gone`: the row it stood on has been erased.
+    enum class At : std::uint8_t { beforeFirst, row, gone, afterLast };
+
+    Parts(Session& owner, const std::string& source, LockType locking, CommandType command);
+
+    // Walking (Recordset.cpp)
+    /// Asks for the rows anew and goes to the first.
+    void reload();
+    /// The same, for the changed rows only where that can be told.
+    void refresh();
+    /// Takes in what has happened through the connection since last time: rows erased go at once.
+    void catchUp();
+    void arrive(bool found, At otherwise);
+    void find(const std::string& criterion);
+    void findInWalk(TableWalk& walk, Statement statement);
+    void findInList(RowList& list, Statement statement);
+    void findInJoin(JoinRows& joined, Statement statement);
+
+    // Reading and editing (RecordsetEdit.cpp)
+    [[nodiscard]] Value value(std::size_t field);
+    /// The row of a table at the place it stands on, or null where an outer join has none.
+    [[nodiscard]] const jet::RowView* view(std::size_t table);
+    /// The same of the one table of an updatable recordset, and remembers how it looked.
+    [[nodiscard]] const jet::RowView& look();
+    /// Whether the current row is still as it was when it was first read.
+    [[nodiscard]] bool asSeen();
+    void requireRow() const;
+    void requireChangeable() const;
+    void assign(std::size_t field, const Value& value);
+    void update();
+    void storeNew();
+    void storeChanges();
+    void erase();
+    void forgetEdit();
+
+    [[nodiscard]] jet::Table& table() const { return *query.tables().front(); }
+
+    Session& session;
+    LockType lock;
+    Query query;
+    std::unique_ptr<Rows> rows;
+    std::vector<jet::RowReader> readers; ///< one for each table
+    At at = At::afterLast;
+
+    NewsPlace known;                 ///< the news taken in
+    bool knowsAll = true;            ///< none were missed since the rows were asked for
+    std::vector<jet::RowId> changed; ///< rows that the next refresh() looks at
+
+    std::optional<std::size_t> seen; ///< a hash of the current row as first read
+    ado::EditMode edit = ado::EditMode::None;
+    std::vector<std::optional<Value>> assigned; ///< by column of the table
+    std::optional<std::uint64_t> stamp; ///< of the row when its edit began; nothing: changed since
+};
+
+} // namespace ado

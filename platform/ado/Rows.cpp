@@ -1,0 +1,148 @@
+#include "ado/Rows.h"
+
+#include <algorithm>
+
+namespace ado {
+
+// ---- TableWalk --------------------------------------------------------------------------------
+
+TableWalk::TableWalk(const jet::Table& table) : table_(table) {
+    if (const auto key = table.primaryKey())
+        walk_.emplace(table.walk(*key));
+    else
+        scan_.emplace(table.scan());
+}
+
+bool TableWalk::first() {
+    const bool found = walk_ ? walk_->first() : scan_->first();
+    if (found)
+        row_ = walk_ ? walk_->row() : scan_->id();
+    return found;
+}
+
+bool TableWalk::last() {
+    const bool found = walk_ ? walk_->last() : scan_->last();
+    if (found)
+        row_ = walk_ ? walk_->row() : scan_->id();
+    return found;
+}
+
+bool TableWalk::next() {
+    const bool found = walk_ ? walk_->next() : scan_->next();
+    if (found)
+        row_ = walk_ ? walk_->row() : scan_->id();
+    return found;
+}
+
+bool TableWalk::previous() {
+    const bool found = walk_ ? walk_->previous() : scan_->previous();
+    if (found)
+        row_ = walk_ ? walk_->row() : scan_->id();
+    return found;
+}
+
+bool TableWalk::empty() {
+    return walk_ ? !table_.walk(*table_.primaryKey()).first() : !table_.scan().first();
+}
+
+bool TableWalk::erased(std::size_t /*table*/, jet::RowId row) { return row == row_; }
+
+jet::RowId TableWalk::row(std::size_t /*table*/) const { return row_; }
+
+void TableWalk::goTo(jet::RowId row) {
+    if (walk_) {
+        const auto key = table_.keyOf(*table_.primaryKey(), row);
+        static_cast<void>(walk_->seek(key.value_or(jet::Bytes{}), row));
+    } else {
+        static_cast<void>(scan_->seek(row));
+    }
+    row_ = row;
+}
+
+// ---- RowList ----------------------------------------------------------------------------------
+
+bool RowList::first() {
+    gone_ = false;
+    at_ = 0;
+    return !rows_.empty();
+}
+
+bool RowList::last() {
+    gone_ = false;
+    at_ = rows_.empty() ? 0 : rows_.size() - 1;
+    return !rows_.empty();
+}
+
+bool RowList::next() {
+    if (!gone_ && at_ < rows_.size())
+        ++at_;
+    gone_ = false;
+    return at_ < rows_.size();
+}
+
+bool RowList::previous() {
+    gone_ = false;
+    if (at_ == 0)
+        return false;
+    --at_;
+    return true;
+}
+
+bool RowList::erased(std::size_t /*table*/, jet::RowId row) {
+    const std::int64_t id = jet::packed(row);
+    // Nearly always the row stood on.
+    const bool here = !gone_ && at_ < rows_.size() && rows_[at_] == id;
+    const auto found =
+        here ? rows_.begin() + static_cast<std::ptrdiff_t>(at_) : std::ranges::find(rows_, id);
+    if (found == rows_.end())
+        return false;
+    const auto place = static_cast<std::size_t>(found - rows_.begin());
+    rows_.erase(found);
+    if (place < at_)
+        --at_;
+    gone_ = gone_ || here;
+    return here;
+}
+
+jet::RowId RowList::row(std::size_t /*table*/) const { return jet::unpacked(rows_[at_]); }
+
+void RowList::goTo(std::size_t place) {
+    gone_ = false;
+    at_ = place;
+}
+
+void RowList::insert(std::size_t place, jet::RowId row) {
+    rows_.insert(rows_.begin() + static_cast<std::ptrdiff_t>(place), jet::packed(row));
+    if (place <= at_)
+        ++at_;
+}
+
+void RowList::eraseAll(const std::unordered_set<std::int64_t>& rows) {
+    std::erase_if(rows_, [&](std::int64_t row) { return rows.contains(row); });
+    at_ = 0;
+    gone_ = true;
+}
+
+// ---- JoinRows ---------------------------------------------------------------------------------
+
+bool JoinRows::erased(std::size_t table, jet::RowId row) {
+    const std::int64_t id = jet::packed(row);
+    bool here = false;
+    auto& all = cells();
+    for (std::size_t i = table; i < all.size(); i += width()) {
+        if (all[i] == id) {
+            all[i] = kErased;
+            here = here || i / width() == place();
+        }
+    }
+    return here;
+}
+
+std::vector<std::int64_t> JoinRows::ids() const {
+    std::vector<std::int64_t> result;
+    for (std::size_t i = 0; i < width(); ++i)
+        result.push_back(cell(i));
+    return result;
+}
+
+} // namespace ado

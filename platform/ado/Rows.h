@@ -1,0 +1,189 @@
+#pragma once
+
+#include "ado/Engine.h"
+#include "jet/Table.h"
+
+#include <deque>
+#include <optional>
+#include <unordered_set>
+#include <vector>
+
+/// The rows of a recordset and a place among them, in four kinds: a whole table walked by its key
+/// (TableWalk), a list of rows of one table (RowList), rows of a join (JoinRows), computed values
+/// (ComputedRows).
+namespace ado {
+
+class Rows {
+public:
+    Rows() = default;
+    Rows(const Rows&) = delete;
+    Rows& operator=(const Rows&) = delete;
+    virtual ~Rows() = default;
+
+    /// Each moves and says whether there is a row there; where there is none, first() or last()
+    /// must come next. When the row it stood on has been erased, next() and previous() go to its
+    /// neighbours.
+    virtual bool first() = 0;
+    virtual bool last() = 0;
+    virtual bool next() = 0;
+    virtual bool previous() = 0;
+
+    [[nodiscard]] virtual bool empty() = 0;
+    [[nodiscard]] virtual std::int64_t count() = 0;
+
+    /// A row of table number `table` has been erased; true if it was the one stood on.
+    virtual bool erased(std::size_t table, jet::RowId row) = 0;
+};
+
+/// Rows that are rows of tables.
+class LiveRows : public Rows {
+public:
+    /// The row of table number `table` at the place it stands on; RowId{} where an outer join has
+    /// none.
+    [[nodiscard]] virtual jet::RowId row(std::size_t table) const = 0;
+};
+
+/// All rows of a table in the order of its primary key, or else of a scan. Remembers one place
+/// only.
+class TableWalk final : public LiveRows {
+public:
+    explicit TableWalk(const jet::Table& table);
+
+    bool first() override;
+    bool last() override;
+    bool next() override;
+    bool previous() override;
+    bool empty() override;
+    std::int64_t count() override { return table_.rowCount(); }
+    bool erased(std::size_t table, jet::RowId row) override;
+    [[nodiscard]] jet::RowId row(std::size_t table) const override;
+
+    /// To a row of the table.
+    void goTo(jet::RowId row);
+
+private:
+    const jet::Table& table_;
+    std::optional<jet::IndexTree::Cursor> walk_;
+    std::optional<jet::RowCursor> scan_;
+    jet::RowId row_; ///< stood on
+};
+
+/// Some rows of one table, by id, in an order.
+class RowList final : public LiveRows {
+public:
+    bool first() override;
+    bool last() override;
+    bool next() override;
+    bool previous() override;
+    bool empty() override { return rows_.empty(); }
+    std::int64_t count() override { return static_cast<std::int64_t>(rows_.size()); }
+    bool erased(std::size_t table, jet::RowId row) override;
+    [[nodiscard]] jet::RowId row(std::size_t table) const override;
+
+    [[nodiscard]] const std::deque<std::int64_t>& ids() const noexcept { return rows_; }
+    [[nodiscard]] std::size_t place() const noexcept { return at_; }
+    void goTo(std::size_t place);
+    void append(jet::RowId row) { rows_.push_back(jet::packed(row)); }
+    void insert(std::size_t place, jet::RowId row);
+    void eraseAll(const std::unordered_set<std::int64_t>& rows);
+
+private:
+    // A deque, because a purge deletes row after row near the beginning.
+    std::deque<std::int64_t> rows_; ///< packed: 8 bytes each
+    std::size_t at_ = 0;
+    bool gone_ = false; ///< the row stood on was erased; at_ is the one after it
+};
+
+/// What a statement gives, fetched as far as it has been walked, and kept.
+template <class Cell, class Base>
+class Fetched : public Base {
+public:
+    explicit Fetched(Statement statement)
+        : statement_(std::move(statement)), width_(static_cast<std::size_t>(statement_.columns())) {
+    }
+
+    bool first() override { return goTo(0); }
+    bool last() override {
+        while (fetch()) {
+        }
+        return fetched_ > 0 && goTo(fetched_ - 1);
+    }
+    bool next() override { return goTo(at_ + 1); }
+    bool previous() override { return at_ > 0 && goTo(at_ - 1); }
+    bool empty() override { return fetched_ == 0 && !fetch(); }
+    std::int64_t count() override {
+        while (fetch()) {
+        }
+        return static_cast<std::int64_t>(fetched_);
+    }
+
+    [[nodiscard]] const Cell& cell(std::size_t column) const {
+        return cells_[at_ * width_ + column];
+    }
+
+protected:
+    [[nodiscard]] std::size_t place() const noexcept { return at_; }
+    [[nodiscard]] std::size_t width() const noexcept { return width_; }
+    [[nodiscard]] std::vector<Cell>& cells() noexcept { return cells_; }
+
+private:
+    bool fetch() {
+        if (complete_)
+            return false;
+        complete_ = true; // also when it fails: a failed statement would begin anew
+        if (!statement_.step()) {
+            statement_.reset();
+            return false;
+        }
+        complete_ = false;
+        for (std::size_t i = 0; i < width_; ++i)
+            cells_.push_back(read(statement_, static_cast<int>(i)));
+        ++fetched_;
+        return true;
+    }
+    bool goTo(std::size_t place) {
+        while (fetched_ <= place) {
+            if (!fetch())
+                return false;
+        }
+        at_ = place;
+        return true;
+    }
+    static Cell read(const Statement& statement, int column) {
+        if constexpr (std::is_same_v<Cell, std::int64_t>)
+            return statement.integer(column);
+        else
+            return statement.value(column);
+    }
+
+    Statement statement_;
+    std::size_t width_;
+    std::vector<Cell> cells_;
+    std::size_t fetched_ = 0;
+    std::size_t at_ = 0;
+    bool complete_ = false;
+};
+
+/// Rows of a join: the statement gives one row id for each table.
+class JoinRows final : public Fetched<std::int64_t, LiveRows> {
+public:
+    using Fetched::Fetched;
+    bool erased(std::size_t table, jet::RowId row) override;
+    [[nodiscard]] jet::RowId row(std::size_t table) const override {
+        return jet::unpacked(cell(table));
+    }
+    /// The ids of all tables at the place it stands on.
+    [[nodiscard]] std::vector<std::int64_t> ids() const;
+
+    /// In place of the id of a row that was erased: a page and slot that no row has.
+    static constexpr std::int64_t kErased = 1;
+};
+
+/// Values computed by a statement.
+class ComputedRows final : public Fetched<jet::Value, Rows> {
+public:
+    using Fetched::Fetched;
+    bool erased(std::size_t /*table*/, jet::RowId /*row*/) override { return false; }
+};
+
+} // namespace ado

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "ado/Engine.h"
+#include "jet/Database.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <vector>
+
+namespace ado {
+
+class Recordset;
+
+/// One change of one row, made through this connection.
+struct Change {
+    enum class Kind : std::uint8_t { added, changed, erased };
+    const jet::Table* table;
+    jet::RowId row;
+    Kind kind;
+};
+
+/// A place in the news of a session: everything before it is known to its holder. News of an older
+/// `epoch` are lost, as the file has changed in ways that nobody has told of.
+struct NewsPlace {
+    std::uint64_t epoch = 0;
+    std::uint64_t number = 0;
+};
+
+/// What a connection has while it is open: the file, SQLite over it, the recordsets, and the news:
+/// the changes made through it, which spare a recordset reading everything again.
+///
+/// The file's generation tells of changes that didn't come through here (another program, or the
+/// engine's own users): then a new epoch begins, and every recordset's next Requery() reads all.
+class Session {
+public:
+    explicit Session(const std::filesystem::path& path);
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    [[nodiscard]] jet::Database& database() noexcept { return database_; }
+    [[nodiscard]] Engine& engine() noexcept { return engine_; }
+
+    /// Changes of rows; throw as the functions of jet::Table do.
+    jet::RowId insert(jet::Table& table, std::span<const jet::Value> values);
+    void update(jet::Table& table, jet::RowId row, std::span<const jet::Assignment> changes);
+    void erase(jet::Table& table, jet::RowId row);
+
+    void begin();
+    void commit();
+    /// The news then tell of the opposite of what the transaction did.
+    void rollback();
+    void flushIfDue();
+
+    /// Where the news end now.
+    [[nodiscard]] NewsPlace now();
+    /// What has come since `place`, which moves to the end. Nothing if that can't be told.
+    [[nodiscard]] std::optional<std::vector<Change>> since(NewsPlace& place);
+
+    /// The recordsets to close before the file is.
+    void enter(Recordset& recordset) { recordsets_.push_back(&recordset); }
+    void leave(Recordset& recordset) noexcept { std::erase(recordsets_, &recordset); }
+    [[nodiscard]] const std::vector<Recordset*>& recordsets() const noexcept { return recordsets_; }
+
+private:
+    void lookForStrangers();
+    void note(const Change& change);
+
+    jet::Database database_;
+    Engine engine_;
+    std::vector<Recordset*> recordsets_;
+
+    std::uint64_t generation_; ///< of the file when last looked at
+    std::uint64_t epoch_ = 1;
+    std::vector<Change> news_;  ///< the newest; those before were dropped
+    std::uint64_t dropped_ = 0; ///< how many
+    std::vector<Change> undo_;  ///< of the open transaction
+};
+
+} // namespace ado

@@ -1,0 +1,444 @@
+#include "ado/SqlFunctions.h"
+
+#include "jet/Error.h"
+#include "jet/Types.h"
+#include "jet/Utf8.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <ctime>
+#include <limits>
+#include <optional>
+#include <string>
+
+namespace ado {
+
+namespace {
+
+using Context = sqlite3_context*;
+using Arguments = sqlite3_value**;
+
+/// Runs the body of a callback: no exception may reach SQLite, which is C.
+template <class Body>
+void guarded(Context context, Body&& body) noexcept {
+    try {
+        body();
+    } catch (const std::bad_alloc&) {
+        sqlite3_result_error_nomem(context);
+    } catch (const std::exception& error) {
+        sqlite3_result_error(context, error.what(), -1);
+    } catch (...) {
+        sqlite3_result_error_nomem(context);
+    }
+}
+
+bool isNull(sqlite3_value* value) { return sqlite3_value_type(value) == SQLITE_NULL; }
+
+std::string_view textOf(sqlite3_value* value) {
+    const auto* bytes = reinterpret_cast<const char*>(sqlite3_value_text(value));
+    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
+    return bytes != nullptr ? std::string_view(bytes, size) : std::string_view();
+}
+
+void giveText(Context context, std::string_view text) {
+    sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
+// ---- texts ------------------------------------------------------------------------------------
+
+/// Bytes of the character at `at`; what isn't UTF-8 counts byte by byte.
+std::size_t lengthAt(std::string_view text, std::size_t at) {
+    return std::max<std::size_t>(1, jet::utf8At(text, at).length);
+}
+
+/// Where the character number `count` (from 0) begins; the end if there are fewer.
+std::size_t placeOf(std::string_view text, std::int64_t count) {
+    std::size_t at = 0;
+    for (; at < text.size() && count > 0; --count)
+        at += lengthAt(text, at);
+    return at;
+}
+
+std::int64_t characters(std::string_view text) {
+    std::int64_t count = 0;
+    for (std::size_t at = 0; at < text.size(); at += lengthAt(text, at))
+        ++count;
+    return count;
+}
+
+/// A place or length; too small a one is an error of the statement.
+std::optional<std::int64_t> countArgument(Context context, sqlite3_value* value,
+                                          std::int64_t least) {
+    const std::int64_t count = sqlite3_value_int64(value);
+    if (count >= least)
+        return count;
+    sqlite3_result_error(context, "posição ou tamanho de texto inválido", -1);
+    return std::nullopt;
+}
+
+bool anyNull(int count, Arguments arguments) {
+    return std::any_of(arguments, arguments + count, isNull);
+}
+
+void mid(Context context, int count, Arguments arguments) {
+    if (anyNull(count, arguments))
+        return sqlite3_result_null(context);
+    const auto from = countArgument(context, arguments[1], 1);
+    if (!from)
+        return;
+    std::string_view text = textOf(arguments[0]);
+    text.remove_prefix(placeOf(text, *from - 1));
+    if (count > 2) {
+        const auto length = countArgument(context, arguments[2], 0);
+        if (!length)
+            return;
+        text = text.substr(0, placeOf(text, *length));
+    }
+    giveText(context, text);
+}
+
+void left(Context context, int count, Arguments arguments) {
+    if (anyNull(count, arguments))
+        return sqlite3_result_null(context);
+    const std::string_view text = textOf(arguments[0]);
+    if (const auto length = countArgument(context, arguments[1], 0))
+        giveText(context, text.substr(0, placeOf(text, *length)));
+}
+
+void right(Context context, int count, Arguments arguments) {
+    if (anyNull(count, arguments))
+        return sqlite3_result_null(context);
+    const std::string_view text = textOf(arguments[0]);
+    if (const auto length = countArgument(context, arguments[1], 0)) {
+        const std::int64_t skipped = std::max<std::int64_t>(0, characters(text) - *length);
+        giveText(context, text.substr(placeOf(text, skipped)));
+    }
+}
+
+void len(Context context, int /*count*/, Arguments arguments) {
+    if (!isNull(arguments[0]))
+        sqlite3_result_int64(context, characters(textOf(arguments[0])));
+}
+
+void instr(Context context, int count, Arguments arguments) {
+    if (anyNull(count, arguments))
+        return sqlite3_result_null(context);
+    const std::string_view text = textOf(arguments[0]);
+    const std::size_t at = text.find(textOf(arguments[1]));
+    sqlite3_result_int64(context,
+                         at == std::string_view::npos ? 0 : characters(text.substr(0, at)) + 1);
+}
+
+/// Letters of Latin-1 and ASCII; a field of the shop has no others.
+char32_t upper(char32_t c) {
+    const bool small = (c >= 'a' && c <= 'z') || (c >= 0xE0 && c <= 0xFE && c != 0xF7);
+    return small ? c - 0x20 : c;
+}
+char32_t lower(char32_t c) {
+    const bool capital = (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7);
+    return capital ? c + 0x20 : c;
+}
+
+template <char32_t (*Change)(char32_t)>
+void eachLetter(Context context, int /*count*/, Arguments arguments) {
+    if (isNull(arguments[0]))
+        return;
+    guarded(context, [&] {
+        const std::string_view text = textOf(arguments[0]);
+        std::string changed;
+        changed.reserve(text.size());
+        for (std::size_t at = 0; at < text.size();) {
+            const auto character = jet::utf8At(text, at);
+            if (character.length == 0)
+                changed += text[at++];
+            else
+                jet::appendUtf8(changed, Change(character.codePoint));
+            at += character.length;
+        }
+        giveText(context, changed);
+    });
+}
+
+template <bool Left, bool Right>
+void trim(Context context, int /*count*/, Arguments arguments) {
+    if (isNull(arguments[0]))
+        return;
+    std::string_view text = textOf(arguments[0]);
+    while (Left && !text.empty() && text.front() == ' ')
+        text.remove_prefix(1);
+    while (Right && !text.empty() && text.back() == ' ')
+        text.remove_suffix(1);
+    giveText(context, text);
+}
+
+/// One side of `&`: a number as its digits, with no ".0" behind a whole one.
+void appendOperand(std::string& joined, sqlite3_value* value) {
+    if (isNull(value))
+        return;
+    if (sqlite3_value_type(value) != SQLITE_FLOAT) {
+        joined += textOf(value);
+        return;
+    }
+    std::array<char, 400> buffer{};
+    const auto end =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), sqlite3_value_double(value));
+    joined.append(buffer.data(), end.ptr);
+}
+
+/// `a & b`, which the dialect hands to SQLite as `->>`: the one operator of its that is a function
+/// by name and whose place suits.
+void concatenate(Context context, int /*count*/, Arguments arguments) {
+    if (isNull(arguments[0]) && isNull(arguments[1]))
+        return;
+    guarded(context, [&] {
+        std::string joined;
+        appendOperand(joined, arguments[0]);
+        appendOperand(joined, arguments[1]);
+        giveText(context, joined);
+    });
+}
+
+/// `text like pattern`: `%` stands for any text, `_` for any character; case doesn't count,
+/// accents do. A `%` takes as little as it can and is given more when what follows doesn't fit:
+/// going back to the last one is enough, so the work never exceeds the product of the lengths.
+bool isLike(std::string_view pattern, std::string_view text) {
+    constexpr std::size_t kNone = std::string_view::npos;
+    std::size_t at = 0;
+    std::size_t in = 0;
+    std::size_t afterPercent = kNone;
+    std::size_t resume = 0;
+    while (in < text.size()) {
+        const char sign = at < pattern.size() ? pattern[at] : '\0';
+        const bool fits =
+            at < pattern.size() && (sign == '_' || lower(jet::utf8At(pattern, at).codePoint) ==
+                                                       lower(jet::utf8At(text, in).codePoint));
+        if (sign == '%') {
+            afterPercent = ++at;
+            resume = in;
+        } else if (fits) {
+            at += lengthAt(pattern, at);
+            in += lengthAt(text, in);
+        } else if (afterPercent != kNone) {
+            at = afterPercent;
+            resume += lengthAt(text, resume);
+            in = resume;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of('%', at) == kNone;
+}
+
+void like(Context context, int count, Arguments arguments) {
+    if (!anyNull(count, arguments))
+        sqlite3_result_int(context, isLike(textOf(arguments[0]), textOf(arguments[1])) ? 1 : 0);
+}
+
+// ---- numbers, nulls, dates --------------------------------------------------------------------
+
+template <double (*Round)(double)>
+void whole(Context context, int /*count*/, Arguments arguments) {
+    if (sqlite3_value_numeric_type(arguments[0]) == SQLITE_INTEGER)
+        return sqlite3_result_int64(context, sqlite3_value_int64(arguments[0]));
+    if (!isNull(arguments[0]))
+        sqlite3_result_double(context, Round(sqlite3_value_double(arguments[0])));
+}
+
+double down(double number) { return std::floor(number); }
+double towardsZero(double number) { return std::trunc(number); }
+
+void nz(Context context, int /*count*/, Arguments arguments) {
+    sqlite3_result_value(context, arguments[isNull(arguments[0]) ? 1 : 0]);
+}
+
+void isNullFunction(Context context, int /*count*/, Arguments arguments) {
+    sqlite3_result_int(context, isNull(arguments[0]) ? -1 : 0);
+}
+
+jet::CivilTime localTime() {
+    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    std::tm local{};
+#ifdef _WIN32
+    localtime_s(&local, &now);
+#else
+    localtime_r(&now, &local);
+#endif
+    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+            local.tm_hour,        local.tm_min,     std::min(local.tm_sec, 59)};
+}
+
+void today(Context context, int /*count*/, Arguments /*arguments*/) {
+    const jet::CivilTime time = localTime();
+    sqlite3_result_double(context, jet::Date::of({time.year, time.month, time.day, 0, 0, 0}).days);
+}
+
+void now(Context context, int /*count*/, Arguments /*arguments*/) {
+    sqlite3_result_double(context, jet::Date::of(localTime()).days);
+}
+
+template <int jet::CivilTime::*Part>
+void datePart(Context context, int /*count*/, Arguments arguments) {
+    if (!isNull(arguments[0]))
+        sqlite3_result_int(context, jet::Date{sqlite3_value_double(arguments[0])}.civil().*Part);
+}
+
+// ---- sums -------------------------------------------------------------------------------------
+
+/// The state of one sum or avg; SQLite gives it as zero bytes.
+struct Sum {
+    std::int64_t count;
+    std::int64_t wholes;         ///< of the whole numbers
+    std::int64_t tenThousandths; ///< of the multiples of 1/10000
+    double rest;                 ///< of all others, and of what didn't fit above
+    bool fractions;              ///< whether anything but whole numbers has come
+
+    void addWhole(std::int64_t number) {
+        if (__builtin_add_overflow(wholes, number, &wholes)) {
+            rest += static_cast<double>(number);
+            fractions = true;
+        }
+    }
+    void addReal(double number) {
+        constexpr double kExact = 9007199254740992.0; // 2 to the 53rd
+        fractions = true;
+        const double scaled = std::nearbyint(number * 10000.0);
+        if (std::fabs(scaled) < kExact && scaled / 10000.0 == number &&
+            !__builtin_add_overflow(tenThousandths, static_cast<std::int64_t>(scaled),
+                                    &tenThousandths))
+            return;
+        rest += number;
+    }
+    [[nodiscard]] double total() const {
+        std::int64_t together = 0;
+        if (!__builtin_mul_overflow(wholes, std::int64_t{10000}, &together) &&
+            !__builtin_add_overflow(together, tenThousandths, &together))
+            return nearest(together) + rest;
+        return static_cast<double>(wholes) + nearest(tenThousandths) + rest;
+    }
+    static double nearest(std::int64_t tenThousandths) {
+        return static_cast<double>(tenThousandths) / 10000.0;
+    }
+};
+
+void addToSum(Context context, int /*count*/, Arguments arguments) {
+    auto* sum = static_cast<Sum*>(sqlite3_aggregate_context(context, sizeof(Sum)));
+    if (sum == nullptr)
+        return sqlite3_result_error_nomem(context);
+    switch (sqlite3_value_numeric_type(arguments[0])) {
+    case SQLITE_NULL:
+        return;
+    case SQLITE_INTEGER:
+        sum->addWhole(sqlite3_value_int64(arguments[0]));
+        break;
+    default:
+        sum->addReal(sqlite3_value_double(arguments[0]));
+    }
+    ++sum->count;
+}
+
+void giveSum(Context context) {
+    const auto* sum = static_cast<Sum*>(sqlite3_aggregate_context(context, 0));
+    if (sum == nullptr || sum->count == 0)
+        return;
+    if (sum->fractions)
+        sqlite3_result_double(context, sum->total());
+    else
+        sqlite3_result_int64(context, sum->wholes);
+}
+
+void giveAverage(Context context) {
+    const auto* sum = static_cast<Sum*>(sqlite3_aggregate_context(context, 0));
+    if (sum != nullptr && sum->count > 0)
+        sqlite3_result_double(context, sum->total() / static_cast<double>(sum->count));
+}
+
+// ---- the list ---------------------------------------------------------------------------------
+
+using Scalar = void (*)(Context, int, Arguments);
+using Final = void (*)(Context);
+
+struct Function {
+    std::string_view name;
+    const char* engineName;
+    int arguments = 0;
+    Scalar call = nullptr; ///< of an aggregate: each row; null: SQLite's own
+    Final result = nullptr;
+    bool constant = true; ///< the same for the same arguments
+};
+
+constexpr Function kFunctions[] = {
+    {"mid",              "jet_mid",         3, mid},
+    {"mid",               "jet_mid",                                2, mid},
+    {"left","jet_left",2, left},
+    {"right",                  "jet_right",                              2, right},
+    {"len",                 "jet_len",                                                   1, len},
+    {"instr",            "jet_instr", 2, instr},
+    {"ucase",             "jet_ucase",                              1, eachLetter<upper>},
+    {"lcase","jet_lcase",1, eachLetter<lower>},
+    {"trim",                  "jet_trim",                             1, trim<true, true>},
+    {"ltrim",                 "jet_ltrim",                             1, trim<true, false>},
+    {"rtrim",            "jet_rtrim",      1, trim<false, true>},
+    {"nz", "jet_nz",                  2, nz},
+    {"isnull",               "jet_isnull",                                                                         1, isNullFunction},
+    {"int",                  "jet_int",                              1, whole<down>},
+    {"fix",                 "jet_fix",1, whole<towardsZero>},
+    {"date",                  "jet_date",                             0, today, nullptr, false},
+    {"now",                 "jet_now",0, now, nullptr, false},
+    {"year",                  "jet_year",                             1, datePart<&jet::CivilTime::year>},
+    {"month",                 "jet_month",                   1, datePart<&jet::CivilTime::month>},
+    {"day",                  "jet_day",                                1, datePart<&jet::CivilTime::day>},
+    {"sum",                 "jet_sum",               1, addToSum, giveSum},
+    {"avg",           "jet_avg",  1, addToSum, giveAverage},
+    {"count",    "count"                    },
+    {"min","min"},
+    {"max",                  "max"                              },
+    {"abs",                 "abs"                   },
+    {"iif",             "iif"  },
+};
+/// What operators call.
+constexpr Function kOperators[] = {
+    {"", "->>",  2, concatenate},
+    {"", "like", 2, like       }
+};
+
+void add(sqlite3* handle, const Function& function) {
+    if (function.call == nullptr)
+        return;
+    const bool aggregate = function.result != nullptr;
+    const int flags = SQLITE_UTF8 | (function.constant ? SQLITE_DETERMINISTIC : 0);
+    if (sqlite3_create_function_v2(handle, function.engineName, function.arguments, flags, nullptr,
+                                   aggregate ? nullptr : function.call,
+                                   aggregate ? function.call : nullptr, function.result,
+                                   nullptr) != SQLITE_OK)
+        throw jet::Error(jet::Errc::io, "Não há memória para abrir o banco de dados.");
+}
+
+} // namespace
+
+const char* engineFunction(std::string_view name) {
+    for (const Function& function : kFunctions) {
+        if (function.name == name)
+            return function.engineName;
+    }
+    return nullptr;
+}
+
+bool isAllowedFunction(std::string_view engineName) {
+    const auto called = [&](const Function& function) { return engineName == function.engineName; };
+    return std::ranges::any_of(kFunctions, called) || std::ranges::any_of(kOperators, called);
+}
+
+void addFunctions(sqlite3* handle) {
+    for (const Function& function : kFunctions)
+        add(handle, function);
+    for (const Function& function : kOperators)
+        add(handle, function);
+}
+
+} // namespace ado

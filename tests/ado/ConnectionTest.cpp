@@ -1,0 +1,145 @@
+#include "ado/ConnectionString.h"
+#include "ado/Shop.h"
+
+#include <fstream>
+
+namespace {
+
+using ado::Connection;
+using ado::Recordset;
+using jet::Errc;
+namespace fs = std::filesystem;
+
+class ConnectionTest : public Shop {};
+INSTANTIATE_TEST_SUITE_P(Versions, ConnectionTest,
+                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+
+TEST(ConnectionString, OnlyTheDataSourceCounts) {
+    EXPECT_EQ(ado::dataSource("Provider=X;Persist Security Info=False;Data Source=/a/b.mdb"),
+              "/a/b.mdb");
+    EXPECT_EQ(ado::dataSource(" DATA SOURCE = /a b/c.mdb ; Provider=X"), "/a b/c.mdb");
+    EXPECT_EQ(ado::dataSource("data source=\"/a;b/c.mdb\";x=y"), "/a;b/c.mdb");
+    EXPECT_EQ(ado::dataSource("Data Source=/one;Data Source=/two"), "/two");
+    for (const char* none : {"", "Provider=X", "Data Source", "Data Source=;", "Data Source= "})
+        EXPECT_EQ(errorOf([&] { (void)ado::dataSource(none); }), Errc::misuse) << none;
+}
+
+#ifndef _WIN32
+TEST(ConnectionString, BackslashesSeparateFoldersAndDoubledOnesCountOnce) {
+    EXPECT_EQ(ado::dataSource("Data Source=/dados\\\\automacao.mdb"), "/dados/automacao.mdb");
+    EXPECT_EQ(ado::dataSource("Data Source=\\automacao.mdb"), "/automacao.mdb");
+    EXPECT_EQ(ado::dataSource("Data Source=/dados/\\automacao.mdb"), "/dados/automacao.mdb");
+}
+
+TEST(ConnectionString, AFileIsFoundWhoseNameDiffersInCaseOnly) {
+    TemporaryFolder folder;
+    fs::create_directories(folder.path() / "Dados Ção");
+    const auto touch = [&](const char* name) {
+        std::ofstream(folder.path() / "Dados Ção" / name) << "x";
+    };
+    touch("AUTOMACAO.MDB");
+    const auto wanted = folder.path() / "DADOS ÇÃO" / "automacao.mdb";
+    EXPECT_EQ(ado::existingFile(wanted), folder.path() / "Dados Ção" / "AUTOMACAO.MDB");
+    touch("automacao.mdb");
+    EXPECT_EQ(ado::existingFile(wanted), folder.path() / "Dados Ção" / "automacao.mdb");
+}
+#endif
+
+TEST(ConnectionString, AMissingDatabaseNamesThePathAndTheIniFile) {
+    TemporaryFolder folder;
+    Connection connection;
+    try {
+        connection.Open("Data Source=" + (folder.path() / "automacao.mdb").string());
+        FAIL();
+    } catch (const jet::Error& error) {
+        EXPECT_EQ(error.code(), Errc::notFound);
+        const std::string what = error.what();
+        EXPECT_NE(what.find((folder.path() / "automacao.mdb").string()), std::string::npos);
+        EXPECT_NE(what.find("init.ini"), std::string::npos);
+    }
+    EXPECT_EQ(connection.State(), ado::State::Closed);
+}
+
+TEST_P(ConnectionTest, OpensAndCloses) {
+    EXPECT_EQ(connection.State(), ado::State::Open);
+    EXPECT_EQ(errorOf([&] { connection.Open(); }), Errc::misuse);
+    connection.Close();
+    EXPECT_EQ(connection.State(), ado::State::Closed);
+    connection.Close();
+    EXPECT_EQ(errorOf([&] { (void)connection.database(); }), Errc::misuse);
+    EXPECT_EQ(errorOf([&] { connection.BeginTrans(); }), Errc::misuse);
+    connection.flushIfDue();
+    connection.Open();
+    EXPECT_EQ(connection.State(), ado::State::Open);
+}
+
+TEST_P(ConnectionTest, ARecordsetOpensTheConnectionItNeeds) {
+    Connection other;
+    Recordset rows;
+    EXPECT_EQ(errorOf([&] { rows.Open("bancos", other); }), Errc::misuse);
+    connection.Close();
+    other.setConnectionString(connectionString());
+    rows.Open("bancos", other);
+    EXPECT_EQ(other.State(), ado::State::Open);
+}
+
+TEST_P(ConnectionTest, ClosingClosesTheRecordsets) {
+    addSomeOfEach();
+    Recordset whole;
+    Recordset joined;
+    whole.Open("bancos", connection);
+    joined.Open("select * from bancos, cheques", connection);
+    connection.Close();
+    EXPECT_EQ(whole.State(), ado::State::Closed);
+    EXPECT_EQ(joined.State(), ado::State::Closed);
+    EXPECT_EQ(errorOf([&] { whole.MoveFirst(); }), Errc::misuse);
+    whole.Open("bancos", connection);
+    EXPECT_EQ(whole.RecordCount(), 3);
+}
+
+TEST_P(ConnectionTest, ATransactionIsUndoneUnlessCommitted) {
+    Recordset rows;
+    rows.Open("bancos", connection);
+    const auto addBank = [&](const char* name) {
+        rows.AddNew();
+        rows["cod_banco"] = 104;
+        rows["nome"] = name;
+        rows.Update();
+    };
+    {
+        ado::Transaction transaction(connection);
+        EXPECT_TRUE(connection.inTransaction());
+        addBank("perdido");
+        EXPECT_EQ(rows.RecordCount(), 1);
+    }
+    EXPECT_FALSE(connection.inTransaction());
+    rows.Requery();
+    EXPECT_TRUE(rows.EOF());
+    EXPECT_EQ(rows.RecordCount(), 0);
+    {
+        ado::Transaction transaction(connection);
+        addBank("guardado");
+        transaction.commit();
+    }
+    connection.Close();
+    connection.Open();
+    EXPECT_EQ(column("bancos", "nome"), std::vector<std::string>{"guardado"});
+    EXPECT_EQ(errorOf([&] { connection.CommitTrans(); }), Errc::misuse);
+    EXPECT_EQ(errorOf([&] { connection.RollbackTrans(); }), Errc::misuse);
+    connection.BeginTrans();
+    EXPECT_EQ(errorOf([&] { connection.BeginTrans(); }), Errc::misuse);
+}
+
+TEST_P(ConnectionTest, ClosingUndoesATransactionLeftOpen) {
+    connection.BeginTrans();
+    Recordset rows;
+    rows.Open("bancos", connection);
+    rows.AddNew();
+    rows["nome"] = "perdido";
+    rows.Update();
+    connection.Close();
+    connection.Open();
+    EXPECT_EQ(table("bancos").rowCount(), 0);
+}
+
+} // namespace

@@ -1,0 +1,152 @@
+#include "ado/Shop.h"
+
+#include <memory>
+#include <random>
+
+namespace {
+
+using ado::Recordset;
+using Strings = std::vector<std::string>;
+
+/// What recordsets make of changes by each other, by the engine's own users, and by roll-backs.
+class NewsTest : public Shop {
+protected:
+    NewsTest() { addSomeOfEach(); }
+};
+INSTANTIATE_TEST_SUITE_P(Versions, NewsTest,
+                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+
+TEST_P(NewsTest, ADeletedRowIsGoneFromAllSetsAtOnce) {
+    Recordset whole;
+    Recordset sorted;
+    Recordset deleting;
+    whole.Open("cheques", connection);
+    sorted.Open("cheques", connection);
+    sorted.setSort("numero");
+    deleting.Open("select * from cheques where lancamento = 2", connection);
+    deleting.Delete();
+    EXPECT_EQ(whole.RecordCount(), 5);
+    EXPECT_EQ(sorted.RecordCount(), 5);
+    EXPECT_EQ(column(sorted, "lancamento"), (Strings{"1", "3", "5", "6", "4"}));
+    // A new row may take the place of the old one in the file: it isn't taken for it.
+    add("cheques", {
+                       {"numero", std::string("novo")}
+    });
+    EXPECT_EQ(column(sorted, "lancamento"), (Strings{"1", "3", "5", "6", "4"}));
+    sorted.Requery();
+    EXPECT_EQ(column(sorted, "numero").back(), "novo");
+}
+
+TEST_P(NewsTest, ANewRowIsSeenAtOnceInAWholeTableAndAfterRequeryElsewhere) {
+    Recordset whole;
+    Recordset some;
+    Recordset adding;
+    whole.Open("bancos", connection);
+    some.Open("select * from bancos where cod_banco>0", connection);
+    adding.Open("bancos", connection);
+    adding.AddNew();
+    adding["cod_banco"] = 5;
+    adding.Update();
+    whole.MoveLast();
+    EXPECT_EQ(whole["cod_banco"].integer(), 5);
+    EXPECT_EQ(some.RecordCount(), 3);
+    some.Requery();
+    EXPECT_EQ(some.RecordCount(), 4);
+}
+
+TEST_P(NewsTest, ARollBackIsNewsToo) {
+    Recordset some;
+    some.Open("select * from bancos where cod_banco<1000 order by nome", connection);
+    connection.BeginTrans();
+    some.MoveFirst();
+    some["nome"] = "Zulu";
+    some.Update();
+    some.MoveNext();
+    some.Delete();
+    some.AddNew();
+    some["cod_banco"] = 8;
+    some["nome"] = "Novo";
+    some.Update();
+    some.Requery();
+    EXPECT_EQ(column(some, "nome"), (Strings{"Banco do Sul", "Novo", "Zulu"}));
+    connection.RollbackTrans();
+    some.Requery();
+    EXPECT_EQ(column(some, "nome"), (Strings{"Agrário", "Banco do Norte", "Banco do Sul"}));
+}
+
+TEST_P(NewsTest, ChangesPastTheConnectionAreSeenByRequery) {
+    Recordset some;
+    some.Open("select * from bancos where cod_banco>0", connection);
+    add("bancos", {
+                      {"cod_banco", std::int64_t{9}}
+    });
+    some.Requery();
+    EXPECT_EQ(some.RecordCount(), 4);
+}
+
+/// After any changes, the quick Requery gives what asking anew gives.
+TEST_P(NewsTest, RequeryGivesWhatAskingAnewGives) {
+    const std::vector<std::pair<std::string, std::string>> kinds{
+        {"select * from cheques where cliente<5",                                     ""            },
+        {"select * from cheques where cliente<5 order by numero desc, valor",         ""            },
+        {"cheques",                                                                   "bompara desc"},
+        {"cheques",                                                                   "numero"      },
+        {"select * from cheques where bompara between #01/01/2024# and #06/30/2024#", "valor"       },
+        {"select * from cheques where mid$(numero,1,1)='a' or descontar=true",        "agencia"     }
+    };
+    std::vector<std::unique_ptr<Recordset>> sets;
+    for (const auto& [source, sort] : kinds) {
+        sets.push_back(std::make_unique<Recordset>());
+        sets.back()->Open(source, connection);
+        if (!sort.empty())
+            sets.back()->setSort(sort);
+    }
+    std::mt19937 random(7);
+    const auto pick = [&](int most) {
+        return static_cast<std::int64_t>(random() % static_cast<unsigned>(most));
+    };
+    Recordset editor;
+    editor.Open("cheques", connection);
+    for (int round = 0; round < 150; ++round) {
+        for (std::int64_t changes = pick(4); changes >= 0; --changes) {
+            const bool add = editor.RecordCount() < 5 || pick(3) == 0;
+            if (add) {
+                editor.AddNew();
+            } else {
+                editor.MoveFirst();
+                for (std::int64_t skip = pick(5); skip > 0 && !editor.EOF(); --skip)
+                    editor.MoveNext();
+                if (editor.EOF())
+                    editor.MoveLast();
+                if (pick(3) == 0) {
+                    editor.Delete();
+                    continue;
+                }
+            }
+            editor["cliente"] = pick(8);
+            editor["numero"] =
+                std::string(1, static_cast<char>('A' + pick(3))) + std::to_string(pick(4));
+            editor["valor"] = jet::Currency{pick(5) * 10000};
+            editor["descontar"] = pick(2) == 0;
+            editor["bompara"] = day(2024, static_cast<int>(pick(12)) + 1, 15);
+            if (pick(4) == 0)
+                editor["bompara"] = nullptr;
+            editor.Update();
+        }
+        if (round % 25 == 24) { // and past the connection
+            auto scan = table("cheques").scan();
+            if (scan.last())
+                table("cheques").erase(scan.id());
+        }
+        const auto which = static_cast<std::size_t>(pick(static_cast<int>(sets.size())));
+        Recordset& quick = *sets[which];
+        quick.Requery();
+        Recordset anew;
+        anew.Open(kinds[which].first, connection);
+        anew.setSort(kinds[which].second);
+        ASSERT_EQ(column(quick, "lancamento"), column(anew, "lancamento"))
+            << "round " << round << ", " << kinds[which].first;
+    }
+}
+
+} // namespace

@@ -1,0 +1,236 @@
+#include "ado/Shop.h"
+
+namespace {
+
+using ado::Recordset;
+using jet::Errc;
+using Strings = std::vector<std::string>;
+
+class RecordsetTest : public Shop {};
+INSTANTIATE_TEST_SUITE_P(Versions, RecordsetTest,
+                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+
+TEST_P(RecordsetTest, OpensATableByItsNameInAnyCaseAndStandsOnTheFirstRow) {
+    addSomeOfEach();
+    for (const char* name : {"bancos", "Bancos", "BANCOS", "[bancos]", "select * from bancos"}) {
+        Recordset rows;
+        EXPECT_EQ(rows.State(), ado::State::Closed);
+        rows.Open(name, connection, ado::CursorType::Dynamic, ado::LockType::Optimistic);
+        EXPECT_EQ(rows.State(), ado::State::Open);
+        EXPECT_FALSE(rows.BOF());
+        EXPECT_FALSE(rows.EOF());
+        EXPECT_EQ(rows.RecordCount(), 3);
+        EXPECT_EQ(rows["codigo"].integer(), 1);
+        EXPECT_EQ(rows["NOME"].text(), "Banco do Norte");
+        rows.Close();
+        EXPECT_EQ(rows.State(), ado::State::Closed);
+    }
+}
+
+TEST_P(RecordsetTest, AnEmptyTableIsAtBothEnds) {
+    for (const char* source : {"bancos", "select * from bancos where codigo=1",
+                               "select * from bancos inner join cheques on banco=codigo",
+                               "select codigo+1 as n from bancos"}) {
+        Recordset rows;
+        rows.Open(source, connection);
+        EXPECT_TRUE(rows.BOF()) << source;
+        EXPECT_TRUE(rows.EOF()) << source;
+        EXPECT_EQ(rows.RecordCount(), 0);
+        EXPECT_EQ(errorOf([&] { rows.MoveFirst(); }), Errc::noCurrentRow);
+        EXPECT_EQ(errorOf([&] { rows.MoveLast(); }), Errc::noCurrentRow);
+        EXPECT_EQ(errorOf([&] { rows.MoveNext(); }), Errc::noCurrentRow);
+        EXPECT_EQ(errorOf([&] { rows.MovePrevious(); }), Errc::noCurrentRow);
+        EXPECT_EQ(errorOf([&] { (void)rows.field(0).value(); }), Errc::noCurrentRow);
+        EXPECT_TRUE(rows.BOF());
+        EXPECT_TRUE(rows.EOF());
+    }
+}
+
+TEST_P(RecordsetTest, WalksBothWaysAndStopsOneBeyondEachEnd) {
+    addSomeOfEach();
+    for (const char* source :
+         {"bancos", "select * from bancos where codigo>0",
+          "select * from bancos inner join semfundos on "
+          "semfundos.lancamento>0 and semfundos.cliente=1 order by bancos.codigo",
+          "select codigo*1 as codigo from bancos order by codigo"}) {
+        Recordset rows;
+        rows.Open(source, connection);
+        const auto at = [&] { return rows["codigo"].integer(); };
+        EXPECT_EQ(at(), 1) << source;
+        rows.MoveNext();
+        EXPECT_EQ(at(), 2);
+        rows.MoveNext();
+        EXPECT_EQ(at(), 3);
+        rows.MoveNext();
+        EXPECT_TRUE(rows.EOF());
+        EXPECT_FALSE(rows.BOF());
+        EXPECT_EQ(errorOf([&] { rows.MoveNext(); }), Errc::noCurrentRow);
+        EXPECT_EQ(errorOf([&] { (void)rows["codigo"].value(); }), Errc::noCurrentRow);
+        rows.MovePrevious();
+        EXPECT_EQ(at(), 3);
+        rows.MovePrevious();
+        rows.MovePrevious();
+        EXPECT_EQ(at(), 1);
+        rows.MovePrevious();
+        EXPECT_TRUE(rows.BOF());
+        EXPECT_FALSE(rows.EOF());
+        EXPECT_EQ(errorOf([&] { rows.MovePrevious(); }), Errc::noCurrentRow);
+        rows.MoveNext();
+        EXPECT_EQ(at(), 1);
+        rows.MoveLast();
+        EXPECT_EQ(at(), 3);
+        rows.MoveFirst();
+        EXPECT_EQ(at(), 1);
+        EXPECT_EQ(rows.RecordCount(), 3);
+    }
+}
+
+TEST_P(RecordsetTest, FieldsAreFoundWithoutCaseAndTrailingBlanks) {
+    addSomeOfEach();
+    Recordset rows;
+    rows.Open("cheques", connection);
+    EXPECT_EQ(rows["bompara "].date(), day(2024, 1, 10));
+    EXPECT_EQ(rows["Lancamento"].integer(), 1);
+    EXPECT_EQ(rows["cheques.valor"].currency(), jet::Currency{1005000});
+    EXPECT_EQ(rows["valor"].name(), "valor");
+    Recordset clients;
+    clients.Open("cliente_fornecedor", connection);
+    EXPECT_TRUE(clients["RENUNERAÇÃO_MENSAL"].isNull());
+    EXPECT_EQ(errorOf([&] { (void)rows["nome"]; }), Errc::notFound);
+    try {
+        (void)rows["fantasia"];
+        FAIL();
+    } catch (const jet::Error& error) {
+        EXPECT_NE(std::string(error.what()).find("\"fantasia\""), std::string::npos);
+    }
+}
+
+TEST_P(RecordsetTest, AFieldThatTwoTablesHaveAsksForTheTable) {
+    addSomeOfEach();
+    Recordset rows;
+    rows.Open("select * from cheques inner join bancos on cheques.banco=bancos.codigo", connection);
+    EXPECT_EQ(rows["Bancos.Nome"].text(), "Banco do Norte");
+    EXPECT_EQ(rows["nome"].text(), "Banco do Norte"); // only bancos has it
+    rows.Close();
+    rows.Open("select * from (cheques inner join cliente_fornecedor on "
+              "cheques.cliente=cliente_fornecedor.codigo) inner join bancos on "
+              "cheques.banco=bancos.codigo",
+              connection);
+    EXPECT_EQ(rows["Cliente_Fornecedor.nome"].text(), "Ana");
+    EXPECT_EQ(errorOf([&] { (void)rows["nome"]; }), Errc::notFound);
+}
+
+TEST_P(RecordsetTest, SeveralNamesForOneTableAreToldApart) {
+    addSomeOfEach();
+    Recordset rows;
+    rows.Open("select a.codigo, b.codigo as outro from bancos a, bancos as b "
+              "where a.codigo < b.codigo order by a.codigo, b.codigo desc",
+              connection);
+    Strings pairs;
+    for (; !rows.EOF(); rows.MoveNext())
+        pairs.push_back(rows["codigo"].text() + rows["outro"].text());
+    EXPECT_EQ(pairs, (Strings{"13", "12", "23"}));
+    EXPECT_EQ(rows.FieldCount(), 2U);
+}
+
+TEST_P(RecordsetTest, OuterJoinsGiveNullsWhereThereIsNoRow) {
+    addSomeOfEach();
+    Recordset rows;
+    rows.Open("select * from cliente_fornecedor left join semfundos on "
+              "semfundos.cliente=cliente_fornecedor.codigo order by codigo",
+              connection);
+    EXPECT_FALSE(rows["empresa"].isNull());
+    rows.MoveLast();
+    EXPECT_EQ(rows["cliente_fornecedor.nome"].text(), "Zé");
+    EXPECT_TRUE(rows["empresa"].isNull());
+}
+
+TEST_P(RecordsetTest, AJoinOrAComputedResultCannotBeChanged) {
+    addSomeOfEach();
+    for (const char* source :
+         {"select * from bancos, semfundos", "select cod_banco+1 as n from bancos",
+          "select distinct nome from bancos",
+          "select nome from bancos union select nome from cliente_fornecedor"}) {
+        Recordset rows;
+        rows.Open(source, connection);
+        EXPECT_EQ(errorOf([&] { rows.AddNew(); }), Errc::readOnly) << source;
+        EXPECT_EQ(errorOf([&] { rows.Delete(); }), Errc::readOnly);
+    }
+    Recordset rows;
+    rows.Open("bancos", connection, ado::CursorType::Static, ado::LockType::ReadOnly);
+    EXPECT_EQ(errorOf([&] { rows["nome"] = "outro"; }), Errc::readOnly);
+    EXPECT_EQ(errorOf([&] { rows.Delete(); }), Errc::readOnly);
+    EXPECT_EQ(table("bancos").rowCount(), 3);
+}
+
+TEST_P(RecordsetTest, AClosedRecordsetRefusesEverythingButOpening) {
+    Recordset rows;
+    EXPECT_EQ(errorOf([&] { rows.MoveNext(); }), Errc::misuse);
+    EXPECT_EQ(errorOf([&] { (void)rows.EOF(); }), Errc::misuse);
+    EXPECT_EQ(errorOf([&] { (void)rows["x"]; }), Errc::misuse);
+    rows.Close();
+    rows.Open("bancos", connection);
+    EXPECT_EQ(errorOf([&] { rows.Open("bancos", connection); }), Errc::misuse);
+}
+
+TEST_P(RecordsetTest, ACommandIsATableOrOneSelect) {
+    for (const char* source : {"delete from bancos",
+                               "update bancos set nome='x'",
+                               "insert into bancos(nome) values('x')",
+                               "drop table bancos",
+                               "create table x(a)",
+                               "pragma table_list",
+                               "attach 'x' as y",
+                               "vacuum",
+                               "begin",
+                               "explain select * from bancos",
+                               "with a as (select 1) select * from a",
+                               "values(1)",
+                               "select * from bancos; delete from bancos",
+                               "select * from bancos;;",
+                               "select * from bancos -- x",
+                               "select /* x */ * from bancos",
+                               "select ?",
+                               "select :a",
+                               "select * from bancos limit 1",
+                               "",
+                               "   ",
+                               ";",
+                               "bancos cheques",
+                               "select load_extension('x')",
+                               "select randomblob(1000000000)",
+                               "select",
+                               "select * from bancos where",
+                               "select * from bancos order nome"}) {
+        Recordset rows;
+        const Errc code = errorOf([&] { rows.Open(source, connection); });
+        EXPECT_TRUE(code == Errc::syntax || code == Errc::notFound) << source;
+        EXPECT_EQ(rows.State(), ado::State::Closed);
+    }
+    Recordset rows;
+    EXPECT_EQ(errorOf([&] { rows.Open("select * from sqlite_master", connection); }),
+              Errc::notFound);
+    EXPECT_EQ(errorOf([&] { rows.Open("select * from pragma_table_list", connection); }),
+              Errc::notFound);
+    EXPECT_EQ(errorOf([&] { rows.Open("fornecedores", connection); }), Errc::notFound);
+    EXPECT_EQ(errorOf([&] { rows.Open("select * from fornecedores", connection); }),
+              Errc::notFound);
+    EXPECT_EQ(errorOf([&] { rows.Open("select fantasia from bancos", connection); }),
+              Errc::notFound);
+    EXPECT_EQ(
+        errorOf([&] { rows.Open("select \"fantasia\" , [fantasia] from bancos", connection); }),
+        Errc::notFound);
+    EXPECT_EQ(errorOf([&] {
+                  rows.Open("bancos", connection, ado::CursorType::Dynamic,
+                            ado::LockType::Optimistic, ado::CommandType::Text);
+              }),
+              Errc::syntax);
+    EXPECT_EQ(errorOf([&] {
+                  rows.Open("select * from bancos", connection, ado::CursorType::Dynamic,
+                            ado::LockType::Optimistic, ado::CommandType::Table);
+              }),
+              Errc::notFound);
+    rows.Open("select * from bancos ; ", connection);
+}
+
+} // namespace

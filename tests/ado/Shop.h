@@ -1,0 +1,67 @@
+#pragma once
+
+#include "ado/Connection.h"
+#include "jet/Database.h"
+#include "jet/Error.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <initializer_list>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// The shop's four tables in a new file of each version, with a connection to it.
+class Shop : public testing::TestWithParam<jet::Version> {
+protected:
+    Shop();
+    /// Closes, and holds the file against everything that the format promises.
+    void TearDown() override;
+
+    /// One value per name.
+    using Fields = std::initializer_list<std::pair<const char*, jet::Value>>;
+    jet::RowId add(const char* table, Fields fields);
+
+    /// Clients 1 to 4 (Ana, JOÃO, joão pequeno, Zé; 4 is a supplier), banks 1 to 3 (Banco do Norte
+    /// 104, Banco do Sul 1, Agrário 33), cheques 1 to 6, bounced cheques 1 and 2.
+    void addSomeOfEach();
+
+    [[nodiscard]] std::string connectionString() const;
+    jet::Table& table(const char* name) { return connection.database().table(name); }
+
+    /// One field of all rows, in order, as text. The recordset ends at EOF.
+    static std::vector<std::string> column(ado::Recordset& rows, const char* field);
+    /// The same of a statement.
+    std::vector<std::string> column(const std::string& statement, const char* field);
+
+    TemporaryFolder folder;
+    ado::Connection connection;
+};
+
+/// The tables as the shop has them.
+[[nodiscard]] const std::vector<jet::TableSpec>& shopTables();
+
+/// The value of a date.
+[[nodiscard]] jet::Date day(int year, int month, int dayOfMonth);
+
+/// The code of the Error that `body` throws; fails and gives none that is ever thrown here
+/// otherwise.
+template <class Body>
+jet::Errc errorOf(Body&& body) {
+    try {
+        body();
+    } catch (const jet::Error& error) {
+        EXPECT_STRNE(error.what(), "");
+        return error.code();
+    }
+    ADD_FAILURE() << "no error was thrown";
+    return jet::Errc::unsupported;
+}
+
+namespace jet {
+void PrintTo(Errc code, std::ostream* out);
+void PrintTo(const Currency& amount, std::ostream* out);
+} // namespace jet
