@@ -79,6 +79,21 @@ public:
             drawOutline(*option, *painter);
     }
 
+    // Fusion draws the entry under the hand in the highlight colour but its icon as if it weren't.
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+        const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+        constexpr State kUnderHand = State_Selected | State_Enabled;
+        if (element == CE_MenuItem && item && (item->state & kUnderHand) == kUnderHand) {
+            QStyleOptionMenuItem highlighted = *item;
+            const int side = pixelMetric(PM_SmallIconSize, option, widget);
+            highlighted.icon = QIcon(item->icon.pixmap(
+                {side, side}, painter->device()->devicePixelRatioF(), QIcon::Selected));
+            return QProxyStyle::drawControl(element, &highlighted, painter, widget);
+        }
+        QProxyStyle::drawControl(element, option, painter, widget);
+    }
+
     QIcon standardIcon(StandardPixmap picture, const QStyleOption* option,
                        const QWidget* widget) const override {
         switch (picture) {

@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QPalette>
 #include <QPushButton>
 
@@ -47,6 +48,25 @@ class Look : public testing::Test {
 protected:
     ~Look() override { applyColours(ColourScheme::light); }
 };
+
+TEST_F(Look, TheMenuEntryUnderTheHandHasItsIconInTheColourOfItsText) {
+    aplicarEstilo(*qApp);
+    QMenu menu;
+    QAction* entry = menu.addAction(Icons::named("save"), QString());
+    menu.popup({});
+    const auto spots = [&](QPalette::ColorRole role) {
+        const QImage picture = menu.grab(menu.actionGeometry(entry)).toImage();
+        int count = 0;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width() / 2; ++x)
+                count += picture.pixelColor(x, y) == QGuiApplication::palette().color(role) ? 1 : 0;
+        return count;
+    };
+    EXPECT_GT(spots(QPalette::WindowText), 0);
+    menu.setActiveAction(entry);
+    EXPECT_EQ(spots(QPalette::WindowText), 0);
+    EXPECT_GT(spots(QPalette::HighlightedText), 0);
+}
 
 TEST_F(Look, AnIconTakesTheColourOfTheTextAndFollowsIt) {
     const QIcon icon = Icons::named("save");
