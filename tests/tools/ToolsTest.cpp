@@ -1,0 +1,322 @@
+#include "jet/Check.h"
+#include "jet/Database.h"
+#include "support/MdbTools.h"
+#include "support/Program.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+using Records = std::vector<std::vector<std::string>>;
+
+ProgramResult run(std::vector<std::string> words) {
+    words.insert(words.begin(), VALTRINO_MDB);
+    return runProgram(words);
+}
+
+/// A run that must go well and say nothing on the side; what it printed.
+std::string outputOf(const std::vector<std::string>& words) {
+    const ProgramResult result = run(words);
+    EXPECT_EQ(result.code, 0) << result.err << result.out;
+    EXPECT_THAT(result.err, IsEmpty());
+    return result.out;
+}
+
+Records dumped(const std::string& file, const std::string& table) {
+    return parseCsv(outputOf({"dump", file, table, "--csv"}));
+}
+
+const std::vector<std::string> kTables = {"bancos", "cheques", "cliente_fornecedor", "semfundos"};
+
+class Tools : public testing::TestWithParam<std::string> {
+protected:
+    [[nodiscard]] std::string file(const char* name = "automacao.mdb") const {
+        return (folder_ / name).string();
+    }
+    /// A file of invented rows.
+    [[nodiscard]] std::string sample(const std::vector<std::string>& more = {},
+                                     const char* name = "automacao.mdb") const {
+        std::vector<std::string> words{"sample", file(name), GetParam(), "--today", "2004-06-01"};
+        words.insert(words.end(), more.begin(), more.end());
+        EXPECT_THAT(outputOf(words), IsEmpty());
+        return file(name);
+    }
+
+private:
+    TemporaryFolder folder_;
+};
+
+INSTANTIATE_TEST_SUITE_P(, Tools, testing::Values("--jet3", "--jet4"),
+                         [](const testing::TestParamInfo<std::string>& chosen) {
+                             return chosen.param.substr(2);
+                         });
+
+TEST_P(Tools, CreateMakesTheShopsFourEmptyTables) {
+    EXPECT_THAT(outputOf({"create", file(), GetParam()}), IsEmpty());
+    jet::Database database(file());
+    EXPECT_EQ(database.version(), GetParam() == "--jet3" ? jet::Version::jet3 : jet::Version::jet4);
+    EXPECT_EQ(database.tableNames(), kTables);
+    for (const std::string& name : kTables) {
+        EXPECT_EQ(database.table(name).rowCount(), 0);
+        EXPECT_FALSE(database.table(name).readOnlyReason());
+    }
+    EXPECT_TRUE(jet::check(file()).clean());
+}
+
+TEST_P(Tools, CreateAndSampleRefuseAFileThatIsThere) {
+    std::ofstream(file()) << "meu";
+    for (const char* command : {"create", "sample"}) {
+        const ProgramResult result = run({command, file(), GetParam()});
+        EXPECT_EQ(result.code, 1);
+        EXPECT_THAT(result.out, IsEmpty());
+        EXPECT_THAT(result.err, HasSubstr("já existe"));
+    }
+    std::string content;
+    std::ifstream(file()) >> content;
+    EXPECT_EQ(content, "meu");
+}
+
+TEST_P(Tools, SampleFillsTheTablesAsAsked) {
+    const std::string path = sample(
+        {"--clients", "300", "--banks=40", "--cheques", "2000", "--bounced", "70", "--seed", "5"});
+    EXPECT_TRUE(jet::check(path).clean());
+    EXPECT_EQ(dumped(path, "cliente_fornecedor").size(), 301U);
+    EXPECT_EQ(dumped(path, "bancos").size(), 41U);
+    EXPECT_EQ(dumped(path, "semfundos").size(), 71U);
+
+    jet::Database database(path);
+    jet::Table& clients = database.table("cliente_fornecedor");
+    const auto kind = *clients.findColumn("tipo");
+    const auto document = *clients.findColumn("cgc_cpf");
+    int suppliers = 0;
+    jet::RowCursor row = clients.scan();
+    for (bool there = row.first(); there; there = row.next()) {
+        suppliers += row.row().boolean(kind) ? 0 : 1;
+        std::string digits;
+        row.row().text(document, digits);
+        EXPECT_TRUE(digits.empty() || digits.size() == 11 || digits.size() == 14) << digits;
+        EXPECT_EQ(digits.find_first_not_of("0123456789"), std::string::npos) << digits;
+    }
+    EXPECT_EQ(suppliers, 15);
+
+    const Records cheques = dumped(path, "cheques");
+    ASSERT_EQ(cheques.size(), 2001U);
+    EXPECT_EQ(cheques[0][5], "data");
+    std::size_t withoutDueDate = 0;
+    for (std::size_t i = 1; i < cheques.size(); ++i) {
+        const auto& cheque = cheques[i];
+        EXPECT_EQ(cheque[0], std::to_string(i));
+        const int client = std::stoi(cheque[1]);
+        EXPECT_TRUE(client >= 1 && client <= 300);
+        EXPECT_TRUE(cheque[5] >= "2003-06-01" && cheque[5] <= "2004-06-01") << cheque[5];
+        EXPECT_TRUE(cheque[6].empty() || (cheque[6] >= cheque[5] && cheque[6] < "2004-12-31"));
+        withoutDueDate += cheque[6].empty() ? 1U : 0U;
+        EXPECT_THAT(cheque[7], MatchesRegex("[0-9]+\\.[0-9][0-9]00"));
+    }
+    EXPECT_GT(withoutDueDate, 0U);
+    EXPECT_LT(withoutDueDate, 100U);
+}
+
+TEST_P(Tools, TheSameSeedGivesTheSameRows) {
+    const std::string first = sample({"--seed", "9"}, "um.mdb");
+    const std::string second = sample({"--seed", "9"}, "dois.mdb");
+    const std::string other = sample({"--seed", "10"}, "tres.mdb");
+    for (const std::string& table : kTables)
+        EXPECT_EQ(dumped(first, table), dumped(second, table)) << table;
+    EXPECT_NE(dumped(first, "cheques"), dumped(other, "cheques"));
+}
+
+TEST_P(Tools, TheIndependentReaderSeesWhatDumpShows) {
+    if (!hasMdbTools())
+        GTEST_SKIP() << "no independent reader here";
+    const std::string path = sample();
+    EXPECT_EQ(runProgram({"mdb-ver", path}).out, GetParam() == "--jet3" ? "JET3\n" : "JET4\n");
+    EXPECT_EQ(runProgram({"mdb-tables", "-1", path}).out,
+              "cliente_fornecedor\nbancos\ncheques\nsemfundos\n");
+    EXPECT_THAT(runProgram({"mdb-schema", path}).out,
+                testing::AllOf(HasSubstr("[renuneração_mensal]"), HasSubstr("Text (255)"),
+                               HasSubstr("[bompara]\t\t\tDateTime"), HasSubstr("Currency")));
+    const std::string midnight = "T00:00:00";
+    for (const std::string& table : kTables) {
+        Records theirs = exportedByMdbTools(path, table);
+        for (auto& record : theirs)
+            for (std::string& field : record)
+                if (field.ends_with(midnight))
+                    field.erase(field.size() - midnight.size());
+        Records ours = dumped(path, table);
+        // Line breaks inside a text are the same to both, but for the reader of this test.
+        EXPECT_EQ(ours.front(), theirs.front()) << table;
+        std::ranges::sort(ours);
+        std::ranges::sort(theirs);
+        EXPECT_EQ(ours, theirs) << table;
+    }
+}
+
+TEST_P(Tools, CheckIsContentWithAWholeFile) {
+    const std::string path = sample();
+    EXPECT_THAT(outputOf({"check", path}),
+                testing::AllOf(HasSubstr("Nenhum problema."), HasSubstr("8 tabelas"),
+                               Not(HasSubstr("erro"))));
+}
+
+TEST_P(Tools, CheckTellsWhatIsWrongAndWhere) {
+    const std::string path = sample();
+    jet::PageNo definition{};
+    std::size_t at = 0;
+    {
+        jet::Database database(path);
+        definition = database.table("cheques").definition().page();
+        const jet::Format& format = database.pager().format();
+        at = number(definition) * format.pageSize + format.rowCountAt;
+    }
+    std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+    file.seekp(static_cast<std::streamoff>(at));
+    file.put(7);
+    file.close();
+    const ProgramResult result = run({"check", path});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_THAT(result.out, HasSubstr("erro, página " + std::to_string(number(definition)) +
+                                      ": tabela \"cheques\": o número de registros está errado"));
+    EXPECT_THAT(result.out, HasSubstr("Há erros."));
+}
+
+TEST_P(Tools, TablesListsRowsAndColumns) {
+    const std::string path = sample();
+    EXPECT_THAT(outputOf({"tables", path}),
+                testing::AllOf(HasSubstr("bancos                     12       3\n"),
+                               HasSubstr("cheques                  1000      11\n"),
+                               HasSubstr("cliente_fornecedor        200      28\n")));
+}
+
+TEST_P(Tools, DumpAlignsColumnsAndWritesCsvByTheBook) {
+    outputOf({"create", file(), GetParam()});
+    {
+        jet::Database database(file());
+        jet::Table& table = database.createTable({
+            "Tudo",
+            {{"n", jet::ColumnType::longInteger},
+              {"valor", jet::ColumnType::currency},
+              {"quando", jet::ColumnType::date},
+              {"texto", jet::ColumnType::text, 100},
+              {"sim", jet::ColumnType::boolean},
+              {"bytes", jet::ColumnType::binary, 4}},
+            {  }
+        });
+        using jet::Value;
+        table.insert(jet::Row{
+            std::int64_t{7               },
+            jet::Currency{    -1               },
+            jet::Date::of({ 2004,              2, 29}
+            ),
+            std::string("diz \"olá\", ç"), true, jet::Bytes{                 std::byte{0}, std::byte{0xAB}}
+        });
+        table.insert(jet::Row{Value(), jet::Currency{12345600},
+                              jet::Date::of({2004, 2, 29, 13, 5, 9}), std::string(), false,
+                              Value()});
+        table.insert(jet::Row{std::int64_t{-12}, Value(), Value(), Value(), false, Value()});
+    }
+    EXPECT_EQ(outputOf({"dump", file(), "tudo", "--csv"}),
+              "n,valor,quando,texto,sim,bytes\r\n"
+              "7,-0.0001,2004-02-29,\"diz \"\"olá\"\", ç\",1,00ab\r\n"
+              ",1234.5600,2004-02-29T13:05:09,\"\",0,\r\n"
+              "-12,,,,0,\r\n");
+    EXPECT_EQ(outputOf({"dump", file(), "tudo"}),
+              "  n      valor  quando               texto         sim  bytes\n"
+              "---  ---------  -------------------  ------------  ---  -----\n"
+              "  7    -0.0001  2004-02-29           diz \"olá\", ç  1    00ab\n"
+              "     1234.5600  2004-02-29T13:05:09                0\n"
+              "-12                                                0\n");
+}
+
+TEST(ToolsUsage, HelpNamesEveryCommandAndEachCommandHasItsOwn) {
+    const std::string help = outputOf({"--help"});
+    for (const std::string command : {"create", "sample", "check", "dump", "tables"}) {
+        EXPECT_THAT(help, HasSubstr("\n  " + command + " "));
+        EXPECT_THAT(outputOf({command, "--help"}),
+                    StartsWith("Uso: valtrino-mdb " + command + " ARQUIVO"));
+    }
+    EXPECT_THAT(outputOf({"sample", "-h"}),
+                testing::AllOf(HasSubstr("--cheques N"), HasSubstr("--today AAAA-MM-DD")));
+}
+
+/// The words of a line, "A" standing for the file's path.
+std::vector<std::string> wordsOf(const char* line, const std::string& path) {
+    std::vector<std::string> words;
+    std::istringstream text(line);
+    for (std::string word; text >> word;)
+        words.push_back(word == "A" ? path : word);
+    return words;
+}
+
+void expectUsageError(const std::vector<std::string>& words, const char* reason) {
+    const ProgramResult result = run(words);
+    EXPECT_EQ(result.code, 2);
+    EXPECT_THAT(result.out, IsEmpty());
+    EXPECT_THAT(result.err, HasSubstr(reason));
+}
+
+TEST(ToolsUsage, AWrongLineIsRefusedWithAReason) {
+    const TemporaryFolder folder;
+    const std::string path = (folder / "novo.mdb").string();
+    const std::pair<const char*, const char*> cases[] = {
+        {"",                                        "Falta o comando."                      },
+        {"apagar A",                                "O comando \"apagar\" não existe."     },
+        {"create",                                  "Falta dizer: ARQUIVO."                 },
+        {"create A B",                              "Não se esperava \"B\"."               },
+        {"create A --csv",                          "não tem a opção \"--csv\""          },
+        {"create A --jet3=sim",                     "não leva valor"                       },
+        {"create A --jet3 --jet3",                  "aparece duas vezes"                    },
+        {"create A --jet3 --jet4",                  "Só um dos formatos"                   },
+        {"sample A --cheques",                      "Falta o valor da opção \"--cheques\""},
+        {"sample A --cheques -1",                   "pede um número inteiro"               },
+        {"sample A --cheques muitos",               "pede um número inteiro"               },
+        {"sample A --cheques 99999999999999999999", "pede um número inteiro"               },
+        {"sample A --clients 0",                    "Cheques pedem ao menos um cliente"     },
+        {"sample A --today 2004-02-30",             "pede uma data"                         },
+        {"sample A --today 30/01/2004",             "pede uma data"                         },
+        {"dump A",                                  "Falta dizer: ARQUIVO TABELA."          },
+    };
+    for (const auto& [line, reason] : cases) {
+        SCOPED_TRACE(line);
+        expectUsageError(wordsOf(line, path), reason);
+        EXPECT_FALSE(std::filesystem::exists(path));
+    }
+    expectUsageError({"create", ""}, "O nome do arquivo está vazio.");
+}
+
+TEST(ToolsUsage, WhatCantBeReadFailsWithASentence) {
+    const TemporaryFolder folder;
+    const std::string missing = (folder / "nada.mdb").string();
+    const std::string text = (folder / "texto.mdb").string();
+    std::ofstream(text) << std::string(5000, 'x');
+    for (const auto& [line, path] : {std::pair("check A", missing), std::pair("tables A", missing),
+                                     std::pair("dump A x", missing), std::pair("tables A", text),
+                                     std::pair("dump A x", text)}) {
+        SCOPED_TRACE(line);
+        const ProgramResult result = run(wordsOf(line, path));
+        EXPECT_EQ(result.code, 1);
+        EXPECT_THAT(result.out, IsEmpty());
+        EXPECT_THAT(result.err, MatchesRegex("valtrino-mdb: .*\\.\n"));
+    }
+    EXPECT_EQ(run({"check", text}).code, 1);
+
+    outputOf({"create", (folder / "loja.mdb").string()});
+    EXPECT_THAT(run({"dump", (folder / "loja.mdb").string(), "nada"}).err,
+                HasSubstr("não tem a tabela \"nada\""));
+    EXPECT_EQ(run({"create", (folder / "pasta/que/falta.mdb").string()}).code, 1);
+}
+
+} // namespace

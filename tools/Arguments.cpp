@@ -1,0 +1,98 @@
+#include "tools/Arguments.h"
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+
+namespace {
+
+std::string inQuotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
+
+std::size_t wordsIn(std::string_view text) {
+    return text.empty() ? 0 : static_cast<std::size_t>(std::ranges::count(text, ' ')) + 1;
+}
+
+/// The whole of `text` as a number without sign.
+std::optional<std::int64_t> wholeNumber(std::string_view text) {
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || text.starts_with('-'))
+        return std::nullopt;
+    return value;
+}
+
+} // namespace
+
+Arguments::Arguments(const Command& command, std::span<const std::string_view> words) {
+    bool onlyOperands = false;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::string_view word = words[i];
+        if (onlyOperands || !word.starts_with('-')) {
+            operands_.emplace_back(word);
+            continue;
+        }
+        if (word == "--") {
+            onlyOperands = true;
+            continue;
+        }
+        const std::size_t equals = word.find('=');
+        const std::string_view name = word.substr(0, equals);
+        const auto option = std::ranges::find(command.options, name, &Option::name);
+        if (option == command.options.end())
+            throw UsageError("O comando " + inQuotes(command.name) + " não tem a opção " +
+                             inQuotes(name) + ".");
+        std::string value;
+        if (equals != std::string_view::npos) {
+            if (option->value == nullptr)
+                throw UsageError("A opção " + inQuotes(name) + " não leva valor.");
+            value = word.substr(equals + 1);
+        } else if (option->value != nullptr) {
+            if (++i == words.size())
+                throw UsageError("Falta o valor da opção " + inQuotes(name) + ".");
+            value = words[i];
+        }
+        if (!values_.emplace(name, std::move(value)).second)
+            throw UsageError("A opção " + inQuotes(name) + " aparece duas vezes.");
+    }
+    const std::size_t expected = wordsIn(command.operands);
+    if (operands_.size() < expected)
+        throw UsageError("Falta dizer: " + std::string(command.operands) + ".");
+    if (operands_.size() > expected)
+        throw UsageError("Não se esperava " + inQuotes(operands_[expected]) + ".");
+    if (expected > 0 && operands_.front().empty())
+        throw UsageError("O nome do arquivo está vazio.");
+}
+
+std::int64_t Arguments::number(std::string_view option, std::int64_t otherwise,
+                               std::int64_t most) const {
+    const auto given = values_.find(option);
+    if (given == values_.end())
+        return otherwise;
+    const std::optional<std::int64_t> value = wholeNumber(given->second);
+    if (!value || *value > most)
+        throw UsageError("A opção " + inQuotes(option) + " pede um número inteiro de 0 a " +
+                         std::to_string(most) + ", não " + inQuotes(given->second) + ".");
+    return *value;
+}
+
+std::optional<jet::CivilTime> Arguments::day(std::string_view option) const {
+    const auto given = values_.find(option);
+    if (given == values_.end())
+        return std::nullopt;
+    const std::string_view text = given->second;
+    if (text.size() == 10 && text[4] == '-' && text[7] == '-') {
+        const auto year = wholeNumber(text.substr(0, 4));
+        const auto month = wholeNumber(text.substr(5, 2));
+        const auto day = wholeNumber(text.substr(8, 2));
+        if (year && month && day &&
+            std::chrono::year_month_day(std::chrono::year(static_cast<int>(*year)),
+                                        std::chrono::month(static_cast<unsigned>(*month)),
+                                        std::chrono::day(static_cast<unsigned>(*day)))
+                .ok())
+            return jet::CivilTime{.year = static_cast<int>(*year),
+                                  .month = static_cast<int>(*month),
+                                  .day = static_cast<int>(*day)};
+    }
+    throw UsageError("A opção " + inQuotes(option) + " pede uma data como 2004-12-31, não " +
+                     inQuotes(given->second) + ".");
+}

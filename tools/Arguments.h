@@ -1,0 +1,59 @@
+#pragma once
+
+#include "jet/Types.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What may stand on a command's line after its operands.
+struct Option {
+    const char* name;  ///< with its dashes
+    const char* value; ///< what the help calls the value; null for one that takes none
+    const char* meaning;
+};
+
+class Arguments;
+
+/// One of the things the program does.
+struct Command {
+    const char* name;
+    const char* operands; ///< their names as the help shows them, one word each
+    const char* summary;
+    const char* about; ///< what the help of this command adds
+    std::span<const Option> options;
+    int (*run)(const Arguments&); ///< returns the program's exit code
+};
+
+/// A command line that doesn't say what to do. what() is a sentence for the technician.
+class UsageError final : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What a command's line gave. Every question that finds a wrong value throws UsageError.
+class Arguments {
+public:
+    /// `words` is what stands behind the command's name; an option's value follows it, or stands
+    /// behind a "=". After "--" all words are operands.
+    Arguments(const Command& command, std::span<const std::string_view> words);
+
+    [[nodiscard]] const std::string& operand(std::size_t place) const { return operands_[place]; }
+    [[nodiscard]] std::filesystem::path path() const { return operands_.front(); }
+    [[nodiscard]] bool has(std::string_view option) const { return values_.contains(option); }
+    /// A whole number from 0 to `most`.
+    [[nodiscard]] std::int64_t number(std::string_view option, std::int64_t otherwise,
+                                      std::int64_t most) const;
+    /// A day written yyyy-mm-dd.
+    [[nodiscard]] std::optional<jet::CivilTime> day(std::string_view option) const;
+
+private:
+    std::vector<std::string> operands_;
+    std::map<std::string, std::string, std::less<>> values_;
+};

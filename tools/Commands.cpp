@@ -1,0 +1,80 @@
+#include "tools/Commands.h"
+
+namespace {
+
+constexpr Option kCreateOptions[] = {
+    {"--jet4", nullptr, "no formato Jet 4, de 2000 a 2003 (é o que se faz sem opção)"},
+    {"--jet3", nullptr, "no formato Jet 3, de 97"                                       },
+};
+
+constexpr Option kSampleOptions[] = {
+    {"--clients", "N",          "clientes e fornecedores (200)"                                 },
+    {"--banks",   "N",          "bancos (12)"                                                   },
+    {"--cheques", "N",          "cheques recebidos (1000)"                                      },
+    {"--bounced", "N",          "cheques sem fundos (50)"                                       },
+    {"--seed",    "N",          "semente do sorteio: a mesma dá os mesmos dados (1)"           },
+    {"--today",   "AAAA-MM-DD", "o dia a que as datas se referem (hoje)"                        },
+    {"--jet4",    nullptr,      "no formato Jet 4, de 2000 a 2003 (é o que se faz sem opção)"},
+    {"--jet3",    nullptr,      "no formato Jet 3, de 97"                                       },
+};
+
+constexpr Option kDumpOptions[] = {
+    {"--csv", nullptr, "em CSV (RFC 4180), e não em colunas alinhadas"},
+};
+
+constexpr Command kCreate{
+    "create",
+    "ARQUIVO",
+    "Cria um banco de dados vazio",
+    "Faz um arquivo novo com as quatro tabelas da loja (cliente_fornecedor, bancos, cheques,\n"
+    "semfundos), sem registros. Um arquivo que já existe não é tocado.",
+    kCreateOptions,
+    runCreate};
+
+constexpr Command kSample{
+    "sample",
+    "ARQUIVO",
+    "Cria um banco de dados com registros inventados",
+    "Faz um arquivo novo, como \"create\", e o enche de registros para ensaio e treinamento.\n"
+    "Nomes, documentos, bancos e endereços são todos inventados: os dígitos de controle de cada\n"
+    "CPF e CNPJ são errados de propósito, para que não sejam os de ninguém. Os mesmos números,\n"
+    "semente e data dão sempre os mesmos registros.",
+    kSampleOptions,
+    runSample};
+
+constexpr Command kCheck{
+    "check",
+    "ARQUIVO",
+    "Verifica a estrutura inteira de um banco de dados",
+    "Lê todas as páginas, tabelas, registros e índices e diz o que está errado e onde, sem mudar\n"
+    "nada. Pode ser usado com o programa aberto, mas um registro gravado durante a verificação\n"
+    "pode aparecer como erro: nesse caso, repita. Avisos são sobras sem perigo.\n"
+    "Saída 0: nada a relatar; 1: há erros ou avisos.",
+    {},
+    runCheck};
+
+constexpr Command kDump{
+    "dump",
+    "ARQUIVO TABELA",
+    "Mostra os registros de uma tabela",
+    "Sem opção, em colunas alinhadas, com os textos longos cortados; com --csv, inteiros.\n"
+    "Na primeira linha vêm os nomes dos campos. Datas: AAAA-MM-DD, e a hora (Thh:mm:ss) só se\n"
+    "houver; valores: com ponto e quatro decimais; sim/não: 1/0; bytes: em hexadecimal.\n"
+    "No CSV (UTF-8, linhas terminadas em CR LF) o campo nulo fica vazio e o texto vazio é \"\".",
+    kDumpOptions,
+    runDump};
+
+constexpr Command kTables{
+    "tables",
+    "ARQUIVO",
+    "Lista as tabelas de um banco de dados",
+    "De cada tabela: o nome, o número de registros e de campos, e por que ela só pode ser\n"
+    "consultada, se for o caso.",
+    {},
+    runTables};
+
+constexpr Command kCommands[] = {kCreate, kSample, kCheck, kDump, kTables};
+
+} // namespace
+
+std::span<const Command> commands() { return kCommands; }

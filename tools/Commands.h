@@ -1,0 +1,19 @@
+#pragma once
+
+#include "tools/Arguments.h"
+
+/// Exit codes of the program.
+inline constexpr int kDone = 0;
+inline constexpr int kProblems = 1; ///< something failed, or a check found something
+inline constexpr int kWrongUsage = 2;
+
+/// Everything the program does, in the order of its help.
+[[nodiscard]] std::span<const Command> commands();
+
+/// What the commands do; each is described where commands() lists it. All of them may throw
+/// jet::Error and UsageError.
+int runCreate(const Arguments& arguments);
+int runSample(const Arguments& arguments);
+int runCheck(const Arguments& arguments);
+int runDump(const Arguments& arguments);
+int runTables(const Arguments& arguments);

@@ -1,0 +1,98 @@
+#include "tools/ShopSchema.h"
+
+namespace shop {
+
+namespace {
+
+using jet::ColumnSpec;
+using jet::ColumnType;
+using jet::IndexSpec;
+using jet::TableSpec;
+
+ColumnSpec key(const char* name) {
+    return {.name = name, .type = ColumnType::longInteger, .autonumber = true};
+}
+
+ColumnSpec column(const char* name, ColumnType type) { return {.name = name, .type = type}; }
+
+ColumnSpec textColumn(const char* name, std::uint16_t width) {
+    return {.name = name, .type = ColumnType::text, .width = width};
+}
+
+IndexSpec primaryKey(const char* column) {
+    return {.name = "PrimaryKey",
+            .columns = {{column}},
+            .primary = true,
+            .unique = true,
+            .required = true};
+}
+
+/// What the windows search and the reports select by; the file would be read whole otherwise.
+IndexSpec index(const char* column) { return {.name = column, .columns = {{column}}}; }
+
+std::vector<TableSpec> makeTables() {
+    using enum ColumnType;
+    return {
+        {.name = "cliente_fornecedor",
+         .columns = {key("codigo"),
+                     textColumn("nome", 60),
+                     column("tipo", boolean),
+                     textColumn("endereco", 60),
+                     textColumn("bairro", 40),
+                     textColumn("cidade", 40),
+                     textColumn("cep", 9),
+                     textColumn("estado", 2),
+                     textColumn("cgc_cpf", 18),
+                     textColumn("inscricao_rg", 20),
+                     textColumn("fone", 20),
+                     textColumn("fax", 20),
+                     column("ultima_compra_venda", date),
+                     column("dt_nascimento", date),
+                     column("renuneração_mensal", currency),
+                     column("limite_credito", currency),
+                     textColumn("vender", 5),
+                     textColumn("bancos_trabalha01", 40),
+                     textColumn("bancos_trabalha02", 40),
+                     textColumn("pessoa_autorizada01", 50),
+                     textColumn("pessoa_autorizada02", 50),
+                     textColumn("pai", 50),
+                     textColumn("mae", 50),
+                     textColumn("ocupacao", 40),
+                     textColumn("empresa", 50),
+                     textColumn("fone_empresa", 20),
+                     textColumn("emailcli", 60),
+                     column("observacao", memo)},
+         .indexes = {primaryKey("codigo"), index("nome")}       },
+        {.name = "bancos",
+         .columns = {key("codigo"), column("cod_banco", longInteger), textColumn("nome", 50)},
+         .indexes = {primaryKey("codigo")}                      },
+        {.name = "cheques",
+         .columns = {key("lancamento"), column("cliente", longInteger),
+                     column("banco", longInteger), textColumn("agencia", 10),
+                     textColumn("numero", 20), column("data", date), column("bompara", date),
+                     column("valor", currency), textColumn("observacao", 255),
+                     textColumn("autorizou", 50), column("descontar", boolean)},
+         .indexes = {primaryKey("lancamento"), index("cliente"), index("bompara"),
+                     index("numero")}                           },
+        {.name = "semfundos",
+         .columns = {key("lancamento"), column("cliente", longInteger),
+                     column("banco", longInteger), textColumn("agencia", 10),
+                     textColumn("numero", 20), column("data", date), column("valor", currency),
+                     textColumn("empresa", 50), textColumn("observacao", 255)},
+         .indexes = {primaryKey("lancamento"), index("cliente")}},
+    };
+}
+
+} // namespace
+
+std::span<const TableSpec> tables() {
+    static const std::vector<TableSpec> made = makeTables();
+    return made;
+}
+
+void createTables(jet::Database& database) {
+    for (const TableSpec& table : tables())
+        database.createTable(table);
+}
+
+} // namespace shop
