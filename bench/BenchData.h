@@ -37,7 +37,7 @@ public:
     void run(const char* sql);
     sqlite3_stmt* prepare(const char* sql);   ///< ours until the database closes
     void check(int result) const;
-    sqlite3* handle() const noexcept { return handle_; }
+    [[nodiscard]] sqlite3* handle() const noexcept { return handle_; }
 
 private:
     sqlite3* handle_ = nullptr;

@@ -91,7 +91,8 @@ protected:
     /// Enter in the control, without Ctrl, runs the handler; then the key goes on as ever.
     template <class Self>
     void onEnter(QWidget* control, void (Self::*handler)()) {
-        onEnter_.insert(control, [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
+        onEnter_.insert(control,
+                        [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
     }
     /// The box takes digits and editing keys only; of what is pasted or dropped, only the digits.
     /// Enter moves on. What the program sets is left as it is.

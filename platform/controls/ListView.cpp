@@ -6,6 +6,7 @@
 #include <QHeaderView>
 #include <QScopedValueRollback>
 #include <QStyleOptionViewItem>
+#include <QStyledItemDelegate>
 #include <QTimerEvent>
 
 #include <algorithm>
@@ -21,10 +22,31 @@ constexpr int kRowsPerMs = 2000;
 
 constexpr int kNarrowestColumn = 12;
 
+/// Draws no text in a first column that is so narrow that not even the dots of a shortened text
+/// have room beside check box and icon: scraps of letters would stand there.
+class ItemDelegate final : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        if (index.column() != 0 || option->rect.isEmpty()) // empty: asked for the wanted size
+            return;
+        const QStyle& style = *option->widget->style();
+        const int margin = style.pixelMetric(QStyle::PM_FocusFrameHMargin, option, option->widget);
+        const QRect room =
+            style.subElementRect(QStyle::SE_ItemViewItemText, option, option->widget);
+        if (room.width() - 2 * (margin + 1) < option->fontMetrics.horizontalAdvance(u'…'))
+            option->text.clear();
+    }
+};
+
 } // namespace
 
 ListView::ListView(QWidget* parent) : QTreeView(parent), model_(new ListModel(this)) {
     setModel(model_);
+    setItemDelegate(new ItemDelegate(this));
     setRootIsDecorated(false);
     setItemsExpandable(false);
     setUniformRowHeights(true);
@@ -203,6 +225,7 @@ void ListView::tellClick(const QModelIndex& index) {
 
 void ListView::tellTick(int row, bool checked) {
     ticked_ = true;
+    setCurrentRow(row);
     emit itemChecked(row, checked);
 }
 

@@ -35,12 +35,12 @@ struct ListItem {
 ///
 /// A click on a row, or Enter on the current one, is told by itemClicked(), a double click as two;
 /// so is Space where there are no check boxes. With check boxes, a click on one or Space ticks, and
-/// is told by itemChecked() only. Arrows move the current row and tell nothing; when the focus
-/// comes by keyboard, the first row is the current one if there was none.
+/// is told by itemChecked() only; the row is the current one then. Arrows move the current row and
+/// tell nothing. When the focus comes by keyboard the first row is the current one if none was.
 ///
 /// Columns share the width in proportion to their widths, also when the window grows, until the
 /// operator drags one wider: then in proportion to what he made of them. The first is never too
-/// narrow for its check box and icon.
+/// narrow for its check box and icon; without room for more, it shows no text.
 class ListView final : public QTreeView {
     Q_OBJECT
 public:

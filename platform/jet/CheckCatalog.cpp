@@ -159,9 +159,9 @@ void CatalogCheck::checkRelationships(
             };
             for (const auto& [tableName, columnName] : ends)
                 if (!exists(tableName, columnName))
-                    context_.findings.error(id.page, kWhere,
-                                            "um relacionamento usa um campo que não existe",
-                                            inQuotes(tableName + "." + columnName));
+                    context_.findings.error(
+                        id.page, kWhere, "um relacionamento usa um campo que não existe",
+                        inQuotes(std::string(tableName).append(".").append(columnName)));
         } catch (const Error& error) {
             if (error.code() == Errc::io)
                 throw;

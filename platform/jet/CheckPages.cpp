@@ -93,7 +93,7 @@ bool PageLedger::readBitmap(std::span<const std::byte> bits, std::uint64_t first
                             PageNo page, const std::string& where, Pages& pages) const {
     std::uint64_t outside = 0;
     for (std::size_t i = 0; i < bits.size(); ++i)
-        for (unsigned set = std::to_integer<unsigned>(bits[i]); set != 0; set &= set - 1) {
+        for (auto set = std::to_integer<unsigned>(bits[i]); set != 0; set &= set - 1) {
             const std::uint64_t member =
                 first + 8 * i + static_cast<unsigned>(std::countr_zero(set));
             if (member < owners_.size())
@@ -138,7 +138,7 @@ std::optional<PageLedger::Pages> PageLedger::readMap(RowId map, const std::strin
     Pages pages;
     const std::span<const std::byte> rest = slot.bytes.subspan(1);
     if (slot.bytes[0] == std::byte{0}) {
-        const std::uint32_t first = load<std::uint32_t>(rest.data());
+        const auto first = load<std::uint32_t>(rest.data());
         readBitmap(rest.subspan(4), first, isFreeMap, map.page, where, pages);
         if (isFreeMap)
             for (std::uint64_t beyond = first + 8 * (rest.size() - 4); beyond < owners_.size();

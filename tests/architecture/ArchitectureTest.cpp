@@ -10,6 +10,7 @@
 #include <map>
 #include <optional>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -26,37 +27,31 @@ enum class Outside : unsigned char { nothing, sqlite, qt };
 struct Layer {
     std::string target;
     Outside outside;
-    std::vector<std::string> uses;
+    std::vector<std::string> uses; ///< and all that these use
 };
 
 // Bottom up: a target uses only targets of rows above its own.
 const std::vector<Layer> kLayers = {
-    {"assets",            Outside::qt,      {}                                                       },
-    {"jet",               Outside::nothing, {}                                                       },
-    {"ado",               Outside::sqlite,  {"jet"}                                                  },
-    {"controls",          Outside::qt,      {"assets"}                                               },
-    {"shell_base",        Outside::qt,      {"jet", "ado", "controls"}                               },
-    {"shell_lookup",      Outside::qt,      {"jet", "ado", "controls", "shell_base"}                 },
-    {"registers",         Outside::qt,      {"jet", "ado", "controls", "shell_base", "shell_lookup"} },
-    {"cheques",           Outside::qt,      {"jet", "ado", "controls", "shell_base"}                 },
-    {"collections",       Outside::qt,      {"jet", "ado", "controls", "shell_base", "cheques"}      },
-    {"shell_windows",
-     Outside::qt,
-     {"jet", "ado", "controls", "shell_base", "registers", "cheques", "collections"}                 },
-    {"valtrino",          Outside::qt,      {"jet", "ado", "controls", "shell_base", "shell_windows"}},
-    {"shop_schema",       Outside::nothing, {"jet"}                                                  },
-    {"shop_samples",      Outside::nothing, {"jet", "shop_schema"}                                   },
-    {"valtrino-mdb",      Outside::nothing, {"jet", "ado", "shop_schema", "shop_samples"}            },
-    {"bench_data",        Outside::sqlite,  {"jet", "shop_schema", "shop_samples"}                   },
-    {"shop_bench",        Outside::sqlite,  {"jet", "ado", "bench_data"}                             },
-    {"operations_bench",
-     Outside::qt,
-     {"jet", "ado", "controls", "shell_base", "cheques", "collections", "bench_data"}                },
-    {"test_support",      Outside::qt,      {}                                                       },
-    {"form_test_support", Outside::qt,      {"controls", "test_support"}                             },
-    {"shop_test_support",
-     Outside::qt,
-     {"jet", "ado", "controls", "shell_base", "shop_schema", "test_support", "form_test_support"}    },
+    {"assets",            Outside::qt,      {}                                                },
+    {"jet",               Outside::nothing, {}                                                },
+    {"ado",               Outside::sqlite,  {"jet"}                                           },
+    {"controls",          Outside::qt,      {"assets"}                                        },
+    {"shell_base",        Outside::qt,      {"ado", "controls"}                               },
+    {"shell_lookup",      Outside::qt,      {"shell_base"}                                    },
+    {"registers",         Outside::qt,      {"shell_lookup"}                                  },
+    {"cheques",           Outside::qt,      {"shell_base"}                                    },
+    {"collections",       Outside::qt,      {"cheques"}                                       },
+    {"shell_windows",     Outside::qt,      {"registers", "cheques", "collections"}           },
+    {"valtrino",          Outside::qt,      {"shell_windows"}                                 },
+    {"shop_schema",       Outside::nothing, {"jet"}                                           },
+    {"shop_samples",      Outside::nothing, {"shop_schema"}                                   },
+    {"valtrino-mdb",      Outside::nothing, {"ado", "shop_samples"}                           },
+    {"bench_data",        Outside::sqlite,  {"shop_samples"}                                  },
+    {"shop_bench",        Outside::sqlite,  {"ado", "bench_data"}                             },
+    {"operations_bench",  Outside::qt,      {"collections", "bench_data"}                     },
+    {"test_support",      Outside::qt,      {}                                                },
+    {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
+    {"shop_test_support", Outside::qt,      {"shell_base", "shop_schema", "form_test_support"}},
 };
 
 // What tests may use beside their folder, where it sees no more than the folder itself does.
@@ -141,29 +136,43 @@ std::optional<std::string> targetOfInclude(const std::string& include, const std
     return std::nullopt;
 }
 
-/// What `path` of `target` may see. The tests of a folder see its targets, what those may see, and
-/// the helpers of that height.
-Layer permissions(const std::string& path, const std::string& target, const Owners& owners) {
+/// The target and all that it uses by the table.
+std::set<std::string> reachOf(const std::string& target) {
+    std::set<std::string> reach = {target};
     if (const Layer* layer = layerOf(target))
-        return *layer;
-    Layer sum{target, Outside::nothing, {}};
-    if (!path.starts_with("tests/"))
-        return sum;
+        for (const std::string& used : layer->uses)
+            reach.merge(reachOf(used));
+    return reach;
+}
+
+/// What a file may see.
+struct View {
+    Outside outside = Outside::nothing;
+    std::set<std::string> targets;
+};
+
+/// The tests of a folder see its targets, what those see, and the helpers of that height.
+View viewFrom(const std::string& path, const std::string& target, const Owners& owners) {
+    View view{Outside::nothing, reachOf(target)};
+    if (const Layer* layer = layerOf(target))
+        view.outside = layer->outside;
+    if (layerOf(target) != nullptr || !path.starts_with("tests/"))
+        return view;
     const std::string folder = folderOf(path.substr(std::string("tests/").size()));
     for (const auto& [file, owner] : owners) {
         if (folderOf(file) != folder && folderOf(file) != "platform/" + folder)
             continue;
-        const Layer layer = permissions(file, owner, owners);
-        sum.uses.push_back(owner);
-        sum.uses.insert(sum.uses.end(), layer.uses.begin(), layer.uses.end());
-        sum.outside = std::max(sum.outside, layer.outside);
+        view.targets.merge(reachOf(owner));
+        if (const Layer* layer = layerOf(owner))
+            view.outside = std::max(view.outside, layer->outside);
     }
-    for (const std::string& helper : kHelpers)
-        if (std::ranges::all_of(layerOf(helper)->uses, [&](const std::string& used) {
-                return std::ranges::count(sum.uses, used) > 0;
-            }))
-            sum.uses.push_back(helper);
-    return sum;
+    for (const std::string& helper : kHelpers) {
+        std::set<std::string> needed = reachOf(helper);
+        needed.erase(helper);
+        if (std::ranges::includes(view.targets, needed))
+            view.targets.insert(helper);
+    }
+    return view;
 }
 
 /// A sentence for each include line of `path` that draws an arrow the table doesn't have.
@@ -173,7 +182,7 @@ std::vector<std::string> wrongIncludes(const std::string& path, const std::strin
     if (owner == owners.end())
         return {path + " stands in no CMakeLists.txt"};
     const std::string& target = owner->second;
-    const Layer allowed = permissions(path, target, owners);
+    const View allowed = viewFrom(path, target, owners);
 
     std::vector<std::string> wrong;
     const auto complain = [&](const std::string& include, const std::string& why) {
@@ -190,7 +199,7 @@ std::vector<std::string> wrongIncludes(const std::string& path, const std::strin
             const auto other = targetOfInclude(include, path, owners);
             if (!other)
                 complain(include, "no target lists that path (write it with its folder)");
-            else if (*other != target && std::ranges::count(allowed.uses, *other) == 0)
+            else if (!allowed.targets.contains(*other))
                 complain(include, target + " may not use " + *other);
         } else if (include.starts_with('Q') && allowed.outside != Outside::qt) {
             complain(include, target + " may not use Qt");

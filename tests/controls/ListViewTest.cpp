@@ -159,6 +159,22 @@ TEST_F(BankList, TheFirstColumnHasRoomForItsCheckBoxAndIcon) {
     EXPECT_EQ(list_->columnWidth(0) + list_->columnWidth(1), list_->viewport()->width());
 }
 
+TEST_F(BankList, AFirstColumnWithRoomForTheIconOnlyShowsNoText) {
+    list_->setColumns({
+        {"",     50 },
+        {"Nome", 900}
+    });
+    list_->addItem(
+        {.key = "k", .text = "4", .subItems = {}, .icon = Icons::named("banco"), .checked = false});
+    const auto picture = [this](const char* text) {
+        list_->setText(0, 0, text);
+        return list_->viewport()->grab(list_->rowRect(0)).toImage();
+    };
+    EXPECT_EQ(picture("4"), picture(""));
+    list_->setColumnWidthShare(0, 900);
+    EXPECT_NE(picture("4"), picture(""));
+}
+
 TEST_F(BankList, AColumnTheOperatorDraggedKeepsItsProportion) {
     fill(1);
     list_->header()->resizeSection(0, 300);
@@ -174,6 +190,7 @@ TEST_F(BankList, CheckBoxesAreTickedByMouseAndSpaceWithoutAClick) {
     const QSignalSpy checks(list_, &ListView::itemChecked);
     clickCheckBox(window_, "lstListagem", 1);
     EXPECT_TRUE(list_->isChecked(1));
+    EXPECT_EQ(list_->currentRow(), 1);
     ASSERT_EQ(checks.count(), 1);
     EXPECT_EQ(checks[0][0].toInt(), 1);
     EXPECT_TRUE(checks[0][1].toBool());

@@ -49,8 +49,6 @@ TEST_F(RemarksBox, IsClearedLikeAnyOther) {
     EXPECT_EQ(box.text(), "");
 }
 
-TEST_F(RemarksBox, TabMovesOn) {
-    EXPECT_TRUE(box_.tabChangesFocus());
-}
+TEST_F(RemarksBox, TabMovesOn) { EXPECT_TRUE(box_.tabChangesFocus()); }
 
 } // namespace

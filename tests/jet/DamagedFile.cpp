@@ -106,3 +106,11 @@ void DamagedFile::setBit(RowId map, PageNo member, bool on) {
     std::byte& at = bytes[5 + bit / 8];
     at = on ? at | mask : at & ~mask;
 }
+
+std::string listed(const Report& report) {
+    std::string text;
+    for (const Finding& finding : report.findings)
+        text += std::string(finding.severity == Finding::Severity::error ? "error" : "warning") +
+                ", page " + std::to_string(number(finding.page)) + ": " + finding.sentence + "\n";
+    return text;
+}

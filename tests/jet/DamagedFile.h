@@ -78,3 +78,6 @@ private:
     std::vector<std::byte> bytes_;
     std::vector<std::byte> sound_;
 };
+
+/// A report's findings, a line each.
+[[nodiscard]] std::string listed(const jet::Report& report);

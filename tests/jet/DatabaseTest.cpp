@@ -180,7 +180,7 @@ TEST_P(DatabaseFile, RefusedRowsLeaveEverythingAsItWas) {
     wrongDate[kData] = Date{4e6};
     EXPECT_EQ(errorOf([&] { table.insert(wrongDate); }), Errc::outOfRange);
     const Assignment noKey[] = {{kLancamento, {}}};
-    EXPECT_EQ(errorOf([&] { table.update(RowId{}, noKey); }), Errc::corrupt);
+    EXPECT_EQ(errorOf([&] { table.update(RowId{}, noKey); }), Errc::conflict);
     RowCursor first = table.scan();
     ASSERT_TRUE(first.first());
     EXPECT_EQ(errorOf([&] { table.update(first.id(), noKey); }), Errc::nullValue);

@@ -42,7 +42,7 @@ struct Writer {
     std::string operator()(const std::string& value) const { return value; }
     std::string operator()(const Guid& value) const {
         std::string text = value.text();
-        text.erase(24, 1);   // the reader leaves the last dash out
+        text.erase(24, 1); // the reader leaves the last dash out
         return text;
     }
     std::string operator()(const Numeric& value) const { return value.text(); }

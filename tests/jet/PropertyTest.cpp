@@ -259,7 +259,7 @@ TEST_P(Property, RandomChangesLeaveAFreshFileWholeAndEqualToTheModel) {
     for (const std::uint64_t seed : {1U, 2U}) {
         const auto file = folder / ("fresh" + std::to_string(seed) + ".mdb").c_str();
         makeFile(file, GetParam());
-        EXPECT_TRUE(changeAndCompare(file, seed, 4000));
+        EXPECT_TRUE(changeAndCompare(file, seed, 2500));
     }
 }
 
@@ -279,7 +279,7 @@ TEST(PropertySamples, RandomChangesLeaveCopiesOfRealFilesWholeAndEqualToTheModel
         std::filesystem::copy_file(sample, file);
         std::filesystem::permissions(file, std::filesystem::perms::owner_write,
                                      std::filesystem::perm_options::add);
-        changed += changeAndCompare(file, seed++, 1500) ? 1U : 0U;
+        changed += changeAndCompare(file, seed++, 700) ? 1U : 0U;
     }
     // All but the one that has no tables of its own.
     EXPECT_EQ(changed, files.size() - 1);

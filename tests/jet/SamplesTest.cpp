@@ -119,8 +119,8 @@ TEST(Samples, TheChineseFileReadsUnderItsOwnCodePage) {
     EXPECT_TRUE(found) << "\"GBK\" and two Chinese characters";
 }
 
-/// One file of ours with every type that a table of this version may have.
-void makeFileOfAllTypes(const std::filesystem::path& path, Version version) {
+/// One file of ours with every type that a table of this version may have; its rows.
+std::vector<Row> makeFileOfAllTypes(const std::filesystem::path& path, Version version) {
     Database::create(path, version);
     Database database(path);
     TableSpec spec{
@@ -143,13 +143,14 @@ void makeFileOfAllTypes(const std::filesystem::path& path, Version version) {
     if (version == Version::jet4)
         spec.columns.push_back({"decimal", ColumnType::numeric, 0, false, 18, 3});
     Table& table = database.createTable(spec);
+    std::vector<Row> rows;
     for (int i = 0; i < 60; ++i) {
         const bool some = i % 7 != 0;
         const auto size = static_cast<std::size_t>(i * i * i % 9000);
         Row row(table.columns().size());
         if (some) {
-            row[1] = std::int64_t{i * 4};
-            row[2] = std::int64_t{i * 1000 - 30000};
+            row[1] = std::int64_t{i} * 4;
+            row[2] = std::int64_t{i} * 1000 - 30000;
             row[3] = Currency{(i - 30) * 1'234'567'891LL};
             row[4] = i / 8.0;
             row[5] = i * 1e100;
@@ -171,6 +172,23 @@ void makeFileOfAllTypes(const std::filesystem::path& path, Version version) {
             row[12] = false;
         }
         table.insert(row);
+        row[0] = std::int64_t{i} + 1;
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+TEST(OurFiles, ReadBackAsTheyWereWritten) {
+    const TemporaryFolder folder;
+    for (const Version version : {Version::jet3, Version::jet4}) {
+        const auto file = folder / (version == Version::jet3 ? "3.mdb" : "4.mdb");
+        const std::vector<Row> rows = makeFileOfAllTypes(file, version);
+        Database database(file);
+        std::vector<Row> found;
+        RowCursor row = database.table("Tipos").scan();
+        for (bool there = row.first(); there; there = row.next())
+            found.push_back(row.row().values());
+        EXPECT_TRUE(found == rows);
     }
 }
 
@@ -180,7 +198,7 @@ TEST(OurFiles, ReadAsTheIndependentReaderReadsThem) {
     const TemporaryFolder folder;
     for (const Version version : {Version::jet3, Version::jet4}) {
         const auto file = folder / (version == Version::jet3 ? "3.mdb" : "4.mdb");
-        makeFileOfAllTypes(file, version);
+        (void)makeFileOfAllTypes(file, version);
         EXPECT_TRUE(check(file).clean());
         expectSameAsIndependentReader(file);
         EXPECT_EQ(runProgram({"mdb-ver", file.string()}).out,

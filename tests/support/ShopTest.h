@@ -16,6 +16,7 @@
 /// shared state as at the start. At the end the file that the test leaves is checked whole.
 class ShopTest : public FormTest {
 protected:
+    explicit ShopTest(jet::Version version = jet::Version::jet4) : shop_(version) {}
     void SetUp() override;
     void TearDown() override;
 

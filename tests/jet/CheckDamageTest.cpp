@@ -1,0 +1,462 @@
+// Damage planted byte by byte, each kind of it, and what check() says of it.
+#include "jet/Check.h"
+#include "jet/DamagedFile.h"
+#include "jet/IndexTree.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+using namespace jet;
+
+namespace {
+
+/// Does some damage; the page that the finding must name.
+using Plant = PageNo (*)(DamagedFile& file);
+
+struct Damage {
+    const char* name;
+    const char* words; ///< that the finding must have
+    Plant plant;
+    Finding::Severity severity;
+    bool inJet3; ///< the other format has it in any case
+};
+
+constexpr PageNo kHeader{0};
+constexpr PageNo kFreeMapPage{1};
+constexpr RowId kFreeMap{kFreeMapPage, 0};
+constexpr std::size_t kFreeBytesAt = 2;
+constexpr std::size_t kOwnerAt = 4;
+constexpr std::size_t kNextPageAt = 4;
+constexpr std::size_t kLengthAt = 8;
+
+PageNo firstPage(DamagedFile& file) { return file.pages.front(); }
+
+void changeSlotWord(DamagedFile& file, RowId id, std::uint16_t andBits, std::uint16_t orBits) {
+    const auto word = file.get<std::uint16_t>(id.page, file.slotAt(id.slot));
+    file.put<std::uint16_t>(id.page, file.slotAt(id.slot),
+                            static_cast<std::uint16_t>((word & andBits) | orBits));
+}
+
+/// The first and second entry of the leaf that is the root of the index on "cliente": key bytes and
+/// row.
+std::span<std::byte> clientEntry(DamagedFile& file, std::size_t at) {
+    constexpr std::size_t kEntry = 5 + 4; // flag and long; page and slot
+    return file.page(file.cheques.realIndexes[1].root)
+        .subspan(file.format().indexDataAt + at * kEntry, kEntry);
+}
+
+Damage error(const char* name, const char* words, Plant plant) {
+    return {name, words, plant, Finding::Severity::error, true};
+}
+Damage errorInJet4(const char* name, const char* words, Plant plant) {
+    return {name, words, plant, Finding::Severity::error, false};
+}
+Damage warning(const char* name, const char* words, Plant plant) {
+    return {name, words, plant, Finding::Severity::warning, true};
+}
+
+const std::vector<Damage> kDamages = {
+    error("header: magic", "o arquivo não pode ser aberto",
+          [](DamagedFile& file) {
+              file.put<std::uint8_t>(kHeader, 6, 'x');
+              return kHeader;
+          }),
+    error("header: place of a system table", "os lugares dos mapas",
+          [](DamagedFile& file) {
+              file.put<std::uint8_t>(kHeader, 0x24, 0xAA);
+              return kHeader;
+          }),
+    error("file: cut inside a page", "a última página está incompleta",
+          [](DamagedFile& file) {
+              const auto pages = std::filesystem::file_size(file.path()) / file.format().pageSize;
+              file.resize((pages - 1) * file.format().pageSize + 100);
+              return static_cast<PageNo>(pages - 1);
+          }),
+    error("map of free pages: unknown kind", "o mapa de páginas é de tipo desconhecido",
+          [](DamagedFile& file) {
+              file.bytesOf(kFreeMap)[0] = std::byte{9};
+              return kFreeMapPage;
+          }),
+    error("page in use and free", "a página está em uso e consta como livre",
+          [](DamagedFile& file) {
+              file.setBit(kFreeMap, firstPage(file), true);
+              return firstPage(file);
+          }),
+    error("page of two tables", "a página já tem outro dono",
+          [](DamagedFile& file) {
+              file.setBit(file.other.ownedMap, firstPage(file), true);
+              return firstPage(file);
+          }),
+    warning("page of nobody", "a página não é de ninguém",
+            [](DamagedFile& file) {
+                file.setBit(file.cheques.ownedMap, firstPage(file), false);
+                return firstPage(file);
+            }),
+    error("rows of a page of nobody", "o índice contém uma linha que não existe",
+          [](DamagedFile& file) {
+              file.setBit(file.cheques.ownedMap, firstPage(file), false);
+              return firstPage(file);
+          }),
+    error("map: page beyond the file's end", "páginas que o arquivo não tem",
+          [](DamagedFile& file) {
+              file.setBit(file.cheques.ownedMap, PageNo{500}, true);
+              return file.cheques.ownedMap.page;
+          }),
+    error("map: shared by two tables", "o mapa de páginas serve a dois donos",
+          [](DamagedFile& file) {
+              file.put<std::uint32_t>(file.other.page(), file.format().freeMapAt,
+                                      static_cast<std::uint32_t>(packed(file.cheques.freeMap)));
+              return file.cheques.freeMap.page;
+          }),
+    error("map of free space: page that isn't the table's",
+          "o mapa de espaço livre contém uma página",
+          [](DamagedFile& file) {
+              file.setBit(file.other.freeMap, firstPage(file), true);
+              return firstPage(file);
+          }),
+    error("definition: circle of pages", "a página já tem outro dono",
+          [](DamagedFile& file) {
+              file.put<std::uint32_t>(file.wide.pages[1], kNextPageAt, number(file.wide.pages[0]));
+              return file.wide.pages[0];
+          }),
+    error("definition: kind of page", "a página não é de definição",
+          [](DamagedFile& file) {
+              file.put<std::uint8_t>(file.other.page(), 0, 1);
+              return file.other.page();
+          }),
+    error("definition: too long", "a definição da tabela não pode ser lida",
+          [](DamagedFile& file) {
+              file.put<std::uint32_t>(file.other.page(), kLengthAt, 1'000'000);
+              return file.other.page();
+          }),
+    error("definition: length", "o tamanho da definição está errado",
+          [](DamagedFile& file) {
+              const auto length = file.get<std::uint32_t>(file.other.page(), kLengthAt);
+              file.put<std::uint32_t>(file.other.page(), kLengthAt, length + 1);
+              return file.other.page();
+          }),
+    errorInJet4("definition: constant", "uma constante da definição",
+                [](DamagedFile& file) {
+                    file.put<std::uint32_t>(file.other.page(), 12, 7);
+                    return file.other.page();
+                }),
+    error("definition: kind of table", "do usuário ou do sistema",
+          [](DamagedFile& file) {
+              file.put<std::uint8_t>(file.other.page(), file.format().tableKindAt, 7);
+              return file.other.page();
+          }),
+    error("definition: counts", "a definição da tabela não pode ser lida",
+          [](DamagedFile& file) {
+              file.put<std::uint32_t>(file.other.page(), file.format().realIndexesAt, 0x7FFFFFFF);
+              return file.other.page();
+          }),
+    error("row count", "o número de registros está errado (diz 62, são 63)",
+          [](DamagedFile& file) {
+              file.put<std::uint32_t>(file.cheques.page(), file.format().rowCountAt, 62);
+              return file.cheques.page();
+          }),
+    error("numbering", "a numeração está atrasada",
+          [](DamagedFile& file) {
+              file.put<std::int32_t>(file.cheques.page(), file.format().autonumberAt, 62);
+              return file.cheques.page();
+          }),
+    error("data page: free bytes", "os bytes livres da página estão errados",
+          [](DamagedFile& file) {
+              const auto free = file.get<std::uint16_t>(firstPage(file), kFreeBytesAt);
+              file.put<std::uint16_t>(firstPage(file), kFreeBytesAt,
+                                      static_cast<std::uint16_t>(free + 1));
+              return firstPage(file);
+          }),
+    error("data page: kind", "não é uma página de dados",
+          [](DamagedFile& file) {
+              file.put<std::uint8_t>(firstPage(file), 0, 4);
+              return firstPage(file);
+          }),
+    error("data page: owner", "a página diz ser de outro dono",
+          [](DamagedFile& file) {
+              file.put<std::uint32_t>(firstPage(file), kOwnerAt, number(file.other.page()));
+              return firstPage(file);
+          }),
+    error("data page: more slots than fit", "não é uma página de dados",
+          [](DamagedFile& file) {
+              file.put<std::uint16_t>(firstPage(file), file.format().slotCountAt, 60000);
+              return firstPage(file);
+          }),
+    error("slot: offset of the one before", "a linha está vazia (linha 1)",
+          [](DamagedFile& file) {
+              file.put<std::uint16_t>(firstPage(file), file.slotAt(1),
+                                      file.get<std::uint16_t>(firstPage(file), file.slotAt(0)) &
+                                          0x1FFFU);
+              return firstPage(file);
+          }),
+    error("slot: behind the one before", "uma linha está fora do seu lugar na página (linha 2)",
+          [](DamagedFile& file) {
+              file.put<std::uint16_t>(firstPage(file), file.slotAt(2),
+                                      static_cast<std::uint16_t>(file.format().pageSize));
+              return firstPage(file);
+          }),
+    warning("slot: deleted with its bytes left", "uma linha excluída ainda ocupa espaço",
+            [](DamagedFile& file) {
+                changeSlotWord(file, file.plain, 0x1FFF, 0xC000);
+                return file.plain.page;
+            }),
+    error("row: more columns than the table", "a linha tem mais colunas do que a tabela (linha 1)",
+          [](DamagedFile& file) {
+              file.bytesOf(file.plain)[0] = std::byte{200};
+              return file.plain.page;
+          }),
+    warning("row: stray bits in the null mask", "bits de sobra (linha 1)",
+            [](DamagedFile& file) {
+                file.bytesOf(file.plain).back() |= std::byte{0x80};
+                return file.plain.page;
+            }),
+    error("row: a value outside", "um valor está fora da sua linha (linha 1)",
+          [](DamagedFile& file) {
+              const auto row = file.bytesOf(file.plain);
+              const std::size_t end = row.size() - (file.format().isJet3() ? 5 : 8);
+              row[end] = std::byte{0xFE}; // the end of the variable values
+              return file.plain.page;
+          }),
+    error("row: offsets out of order", "as posições da linha estão fora de ordem (linha 1)",
+          [](DamagedFile& file) {
+              const auto row = file.bytesOf(file.plain);
+              const std::size_t middle = row.size() - (file.format().isJet3() ? 4 : 6);
+              row[middle] = std::byte{0xFE}; // the beginning of the memo
+              return file.plain.page;
+          }),
+    warning("row: date beyond the calendar", "uma data está fora do calendário",
+            [](DamagedFile& file) {
+                const std::size_t base = file.format().columnCountSize;
+                store<double>(file.bytesOf(file.plain).data() + base + 8, 1e9);
+                return file.plain.page;
+            }),
+    errorInJet4(
+        "row: half a character", "um texto não pode ser lido (linha 1, coluna \"nome\")",
+        [](DamagedFile& file) {
+            const auto row = file.bytesOf(file.plain);
+            for (const std::size_t back : {7U, 9U}) // the end of the name, where the memo begins
+                store<std::uint16_t>(row.data() + row.size() - back,
+                                     static_cast<std::uint16_t>(
+                                         load<std::uint16_t>(row.data() + row.size() - back) - 1));
+            return file.plain.page;
+        }),
+    error("moved row: to where it isn't", "uma linha mudou para um lugar onde não está (linha 0)",
+          [](DamagedFile& file) {
+              store<std::uint32_t>(file.bytesOf(file.moved).data(),
+                                   static_cast<std::uint32_t>(packed(file.plain)));
+              return file.moved.page;
+          }),
+    warning("moved row: nobody points to it", "nenhuma linha mudou para um lugar que está ocupado",
+            [](DamagedFile& file) {
+                const RowId target = unpacked(load<std::uint32_t>(file.bytesOf(file.moved).data()));
+                store<std::uint32_t>(file.bytesOf(file.moved).data(), 0x12345678);
+                return target.page;
+            }),
+    error("moved row: two point to it", "duas linhas mudaram para o mesmo lugar",
+          [](DamagedFile& file) {
+              const RowId target = unpacked(load<std::uint32_t>(file.bytesOf(file.moved).data()));
+              store<std::uint32_t>(file.bytesOf(file.plain).data(),
+                                   static_cast<std::uint32_t>(packed(target)));
+              changeSlotWord(file, file.plain, 0x1FFF, 0x4000);
+              return target.page;
+          }),
+    error("long value: kind", "a definição de um valor longo está errada",
+          [](DamagedFile& file) {
+              file.bytesOf(file.chain)[file.chainField + 3] = std::byte{0xC0};
+              return file.chain.page;
+          }),
+    error("long value: chain in a circle", "uma parte de valor longo é usada duas vezes",
+          [](DamagedFile& file) {
+              store<std::uint32_t>(file.bytesOf(file.chainParts[1]).data(),
+                                   static_cast<std::uint32_t>(packed(file.chainParts[0])));
+              return file.chainParts[0].page;
+          }),
+    error("long value: chain that ends early", "um valor longo termina antes do seu tamanho",
+          [](DamagedFile& file) {
+              store<std::uint32_t>(file.bytesOf(file.chainParts[1]).data(), 0);
+              return file.chain.page;
+          }),
+    warning("long value: parts that nobody names any more",
+            "nenhuma linha usa uma parte de valor longo",
+            [](DamagedFile& file) {
+                store<std::uint32_t>(file.bytesOf(file.chainParts[1]).data(), 0);
+                return file.chainParts[2].page;
+            }),
+    error("long value: part of another", "uma parte de valor longo é usada duas vezes",
+          [](DamagedFile& file) {
+              store<std::uint32_t>(file.bytesOf(file.chain).data() + file.chainField + 4,
+                                   static_cast<std::uint32_t>(packed(file.singlePart)));
+              return file.singlePart.page;
+          }),
+    error("long value: page of the table's rows",
+          "um valor longo usa uma página que não é da sua coluna",
+          [](DamagedFile& file) {
+              store<std::uint32_t>(file.bytesOf(file.chain).data() + file.chainField + 4,
+                                   static_cast<std::uint32_t>(packed(file.plain)));
+              return file.plain.page;
+          }),
+    error("long value: deleted part", "um valor longo usa um lugar excluído",
+          [](DamagedFile& file) {
+              changeSlotWord(file, file.singlePart, 0x1FFF, 0xC000);
+              return file.singlePart.page;
+          }),
+    error("long value: free bytes of its page", "os bytes livres da página estão errados",
+          [](DamagedFile& file) {
+              file.put<std::uint16_t>(file.singlePart.page, kFreeBytesAt, 1);
+              return file.singlePart.page;
+          }),
+    error("index: entries in the wrong order", "as entradas do índice estão fora de ordem",
+          [](DamagedFile& file) {
+              std::ranges::swap_ranges(clientEntry(file, 0), clientEntry(file, 1));
+              return file.cheques.realIndexes[1].root;
+          }),
+    error("index: missing entry", "falta uma linha no índice",
+          [](DamagedFile& file) {
+              file.save();
+              Pager pager(File(file.path(), File::Mode::readWrite), file.format(), true);
+              PageAllocator pages(pager);
+              const RealIndex& index = file.cheques.realIndexes[0];
+              IndexTree tree(pager, file.cheques.page(), index.root, index.map);
+              Database database(file.path(), [] {
+                  Database::Options options;
+                  options.readOnly = true;
+                  return options;
+              }());
+              const auto key = database.table("Cheques").keyOf(0, file.plain);
+              pager.begin();
+              tree.erase(pages, *key, file.plain);
+              const PageRef page = pager.read(index.root);
+              std::ranges::copy(page.bytes(), file.page(index.root).begin());
+              pager.rollback();
+              return file.plain.page;
+          }),
+    error("index: key that isn't the row's", "a chave do índice não é a da linha",
+          [](DamagedFile& file) {
+              store<std::int32_t>(
+                  file.bytesOf(file.plain).data() + file.format().columnCountSize + 4, 99);
+              return file.plain.page;
+          }),
+    error("index: row that isn't there", "o índice contém uma linha que não existe",
+          [](DamagedFile& file) {
+              clientEntry(file, 0)[8] = std::byte{0xFE};
+              return firstPage(file);
+          }),
+    error("index: the same row twice", "o índice contém duas vezes a mesma linha",
+          [](DamagedFile& file) {
+              clientEntry(file, 1)[7] = clientEntry(file, 0)[7];
+              clientEntry(file, 1)[8] = clientEntry(file, 0)[8];
+              return firstPage(file);
+          }),
+    error("index: free bytes", "os bytes livres da página de índice estão errados",
+          [](DamagedFile& file) {
+              file.put<std::uint16_t>(file.cheques.realIndexes[1].root, kFreeBytesAt, 5);
+              return file.cheques.realIndexes[1].root;
+          }),
+    error("index: owner", "a página de índice é de outra tabela",
+          [](DamagedFile& file) {
+              file.put<std::uint32_t>(file.cheques.realIndexes[1].root, kOwnerAt, 2);
+              return file.cheques.realIndexes[1].root;
+          }),
+    error("index: root not in its map", "a raiz do índice não está no seu mapa",
+          [](DamagedFile& file) {
+              const RealIndex& index = file.cheques.realIndexes[1];
+              file.setBit(index.map, index.root, false);
+              return index.root;
+          }),
+    error("index: root with a neighbour", "do índice aponta para outra",
+          [](DamagedFile& file) {
+              file.put<std::uint32_t>(file.cheques.realIndexes[1].root, file.format().indexNextAt,
+                                      3);
+              return file.cheques.realIndexes[1].root;
+          }),
+    error("catalog: table without a row", "uma definição de tabela não está no catálogo",
+          [](DamagedFile& file) {
+              file.withDatabase([&](Database& database) {
+                  Table& objects = database.table("MSysObjects");
+                  RowCursor row = objects.scan();
+                  for (bool there = row.first(); there; there = row.next())
+                      if (row.row().integer(0) == number(file.other.page()))
+                          break;
+                  objects.erase(row.id());
+              });
+              return file.other.page();
+          }),
+    error("catalog: definition outside the file",
+          "a definição de uma tabela está fora do arquivo (\"Fantasma\"",
+          [](DamagedFile& file) {
+              RowId found;
+              file.withDatabase([&](Database& database) {
+                  Table& objects = database.table("MSysObjects");
+                  Row row(objects.columns().size());
+                  row[0] = std::int64_t{9999};
+                  row[1] = std::int64_t{0x0F000001};
+                  row[2] = std::string("Fantasma");
+                  row[3] = std::int64_t{1};
+                  row[7] = std::int64_t{0};
+                  found = objects.insert(row);
+              });
+              return found.page;
+          }),
+    error("catalog: object in a folder that isn't there", "o objeto está numa pasta que não existe",
+          [](DamagedFile& file) {
+              RowId found;
+              file.withDatabase([&](Database& database) {
+                  Table& objects = database.table("MSysObjects");
+                  Row row(objects.columns().size());
+                  row[0] = std::int64_t{-2147483000};
+                  row[1] = std::int64_t{77};
+                  row[2] = std::string("Perdido");
+                  row[3] = std::int64_t{5};
+                  found = objects.insert(row);
+              });
+              return found.page;
+          }),
+    error("catalog: relationship of a column that isn't there",
+          "um relacionamento usa um campo que não existe (\"Cheques.nenhuma\")",
+          [](DamagedFile& file) {
+              RowId found;
+              file.withDatabase([&](Database& database) {
+                  Table& table = database.table("MSysRelationships");
+                  Row row(table.columns().size());
+                  row[0] = std::string("rel");
+                  row[1] = row[2] = row[3] = std::int64_t{1};
+                  row[4] = std::string("Outra");
+                  row[5] = std::string("texto");
+                  row[6] = std::string("Cheques");
+                  row[7] = std::string("nenhuma");
+                  found = table.insert(row);
+              });
+              return found.page;
+          }),
+};
+
+bool tells(const Report& report, Finding::Severity severity, PageNo page, const char* words) {
+    return std::ranges::any_of(report.findings, [&](const Finding& finding) {
+        return finding.severity == severity && finding.page == page &&
+               finding.sentence.find(words) != std::string::npos;
+    });
+}
+
+TEST(Check, TellsEachKindOfDamageAndItsPage) {
+    for (const Version version : {Version::jet3, Version::jet4}) {
+        DamagedFile file(version);
+        for (const Damage& damage : kDamages) {
+            if (version == Version::jet3 && !damage.inJet3)
+                continue;
+            SCOPED_TRACE(std::string(version == Version::jet3 ? "Jet 3, " : "Jet 4, ") +
+                         damage.name);
+            file.restore();
+            const PageNo page = damage.plant(file);
+            const Report report = file.check();
+            EXPECT_TRUE(tells(report, damage.severity, page, damage.words))
+                << "expected on page " << number(page) << ": " << damage.words << "\n"
+                << listed(report);
+        }
+        file.restore();
+        EXPECT_TRUE(file.check().clean());
+    }
+}
+
+} // namespace
