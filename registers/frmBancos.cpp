@@ -1,0 +1,201 @@
+#include "registers/frmBancos.h"
+
+#include "controls/ClearControls.h"
+#include "controls/Icons.h"
+#include "controls/MessageBox.h"
+#include "controls/WindowList.h"
+#include "shell/dbconectar.h"
+
+namespace {
+
+ado::Recordset& bancos() { return dbconectar::instance().rsBancos; }
+
+bool temRegistros() { return bancos().RecordCount() > 0; }
+
+QString texto(const char* campo) { return QString::fromStdString(bancos()[campo].text()); }
+
+// The blank is where a number's sign would stand; the zeros say that the key isn't a mere number.
+QString chaveDoItem(std::int64_t codigo) {
+    return QString("00000%1%2").arg(codigo < 0 ? "" : " ").arg(codigo);
+}
+
+QString codigoDaChave(QString chave) { return QString::number(chave.remove(' ').toLongLong()); }
+
+} // namespace
+
+frmBancos::frmBancos() {
+    setupUi(this);
+    lblCodigo->hide();
+    lstListagem->setColumns({
+        {"Código", 1},
+        {"Nome",    5}
+    });
+    prompts({
+        {txtCodigo,   "Código de identificação do banco."},
+        {txtNome,     "Nome do banco."                      },
+        {lstListagem, "Listagem de bancos."                 }
+    });
+    digitsOnly(txtCodigo);
+    enterAsTab({txtCodigo, txtNome});
+    closesWith(cmdFechar);
+    gotFocus(txtCodigo, &frmBancos::txtCodigo_GotFocus);
+    lostFocus(txtCodigo, &frmBancos::txtCodigo_LostFocus);
+    on(lstListagem, &ListView::itemClicked, &frmBancos::lstListagem_ItemClick);
+    on(lstListagem, &ListView::columnClicked, &frmBancos::lstListagem_ColumnClick);
+    on(btnNavegacao, &NavigationBar::clicked, &frmBancos::btnNavegacao_Click);
+    on(cmdNovo, &QPushButton::clicked, &frmBancos::cmdNovo_Click);
+    on(cmdSalvar, &QPushButton::clicked, &frmBancos::cmdSalvar_Click);
+    on(cmdExcluir, &QPushButton::clicked, &frmBancos::cmdExcluir_Click);
+    on(cmdFechar, &QPushButton::clicked, &frmBancos::cmdFechar_Click);
+}
+
+frmBancos& frmBancos::instance() { return WindowList::instance().one<frmBancos>(); }
+
+void frmBancos::Form_Load() {
+    centre();
+    if (!temRegistros())
+        return;
+    bancos().MoveFirst();
+    mostrarRegistro();
+    preencherLista();
+}
+
+void frmBancos::btnNavegacao_Click(int indice) {
+    if (!temRegistros())
+        return;
+    ado::Recordset& rs = bancos();
+    switch (indice) {
+    case 0:
+        rs.MoveFirst();
+        break;
+    case 1:
+        rs.MovePrevious();
+        if (rs.BOF())
+            rs.MoveFirst();
+        break;
+    case 2:
+        if (!rs.EOF()) // a search that found nothing left it there
+            rs.MoveNext();
+        if (rs.EOF())
+            rs.MoveLast();
+        break;
+    default:
+        rs.MoveLast();
+    }
+    mostrarRegistro();
+}
+
+void frmBancos::cmdNovo_Click() {
+    limpar();
+    txtCodigo->setFocus();
+}
+
+void frmBancos::cmdSalvar_Click() {
+    if (txtCodigo->text().isEmpty())
+        return advertir(txtCodigo, "O código do banco deve ser informado.");
+    if (txtNome->text().isEmpty())
+        return advertir(txtNome, "O nome do banco deve ser preenchido.");
+    if (jaCadastrado()) // deliberate: the bank on show counts as its own duplicate
+        return advertir(txtCodigo, "Este banco já está cadastrado.");
+
+    ado::Recordset& rs = bancos();
+    const bool novo = lblCodigo->text().isEmpty();
+    ado::Transaction gravacao(dbconectar::instance().Automacao);
+    if (novo)
+        rs.AddNew();
+    else
+        localizar("codigo=" + lblCodigo->text());
+    rs["cod_banco"] = txtCodigo->text();
+    rs["nome"] = txtNome->text();
+    rs.Update();
+    gravacao.commit();
+
+    rs.Requery();
+    rs.MoveFirst();
+    if (novo)
+        limpar();
+    else
+        mostrarRegistro(); // deliberate: the first bank, not the one just saved
+    preencherLista();
+    txtCodigo->setFocus();
+}
+
+void frmBancos::cmdExcluir_Click() {
+    if (txtCodigo->text().isEmpty())
+        return txtCodigo->setFocus();
+    showMessage("Não é possível excluir registros neste sistema. Tente excluir pelo sistema de "
+                "Automação.",
+                "Advertência", MessageIcon::exclamation);
+}
+
+void frmBancos::cmdFechar_Click() { unload(); }
+
+// Deliberate: the order stays with the recordset after the window closes.
+void frmBancos::lstListagem_ColumnClick(int /*coluna*/, const QString& titulo) {
+    bancos().setSort(titulo == "Código" ? "cod_banco" : "nome");
+    preencherLista();
+}
+
+void frmBancos::lstListagem_ItemClick(const QString& chave) {
+    localizar("codigo=" + codigoDaChave(chave));
+    mostrarRegistro();
+}
+
+// The code of another bank can be typed at once over the one on show.
+void frmBancos::txtCodigo_GotFocus() { txtCodigo->selectAll(); }
+
+// Typing the code of a known bank brings it up. Deliberate: an unknown code leaves lblCodigo alone,
+// so that Save gives the bank on show its new code.
+void frmBancos::txtCodigo_LostFocus() {
+    if (txtCodigo->text().isEmpty() || !temRegistros())
+        return;
+    localizar("cod_banco=" + txtCodigo->text());
+    if (!bancos().EOF())
+        mostrarRegistro();
+}
+
+void frmBancos::limpar() {
+    lblCodigo->clear();
+    limparControles(*this);
+}
+
+void frmBancos::mostrarRegistro() {
+    limpar();
+    if (bancos().EOF())
+        return; // the bank looked for has been deleted by the other system
+    lblCodigo->setText(texto("codigo"));
+    txtCodigo->setText(texto("cod_banco"));
+    txtNome->setText(texto("nome"));
+}
+
+// Deliberate: a list is never emptied because the table is.
+void frmBancos::preencherLista() {
+    if (!temRegistros())
+        return;
+    ado::Recordset& rs = bancos();
+    lstListagem->clear();
+    const QIcon icone = Icons::named("banco");
+    for (rs.MoveFirst(); !rs.EOF(); rs.MoveNext())
+        lstListagem->addItem({.key = chaveDoItem(rs["codigo"].integer()),
+                              .text = texto("cod_banco"),
+                              .subItems = {texto("nome")},
+                              .icon = icone});
+    rs.MoveFirst();
+}
+
+void frmBancos::localizar(const QString& criterio) {
+    if (!temRegistros())
+        return;
+    bancos().MoveFirst();
+    bancos().Find(criterio);
+}
+
+// Deliberate: the name goes in as it stands, so an apostrophe in it breaks the filter.
+bool frmBancos::jaCadastrado() {
+    if (!temRegistros())
+        return false;
+    bancos().setFilter("cod_banco=" + txtCodigo->text() + " And nome='" + txtNome->text() + "'");
+    const bool achado = temRegistros();
+    bancos().clearFilter();
+    return achado;
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "controls/Form.h"
+#include "ui_frmBancos.h"
+
+/// Bank register: one bank in two boxes, all banks in a list. Adds and changes banks, never deletes
+/// one: that is for the back-office system that shares the file.
+/// Invariant: lblCodigo holds the key of the stored bank on show, or "" for a new one.
+class frmBancos final : public Form, private Ui::frmBancos {
+    Q_OBJECT
+public:
+    frmBancos();
+    static frmBancos& instance();
+
+private:
+    void Form_Load() override;
+
+    void btnNavegacao_Click(int indice);
+    void cmdNovo_Click();
+    void cmdSalvar_Click();
+    void cmdExcluir_Click();
+    void cmdFechar_Click();
+    void lstListagem_ColumnClick(int coluna, const QString& titulo);
+    void lstListagem_ItemClick(const QString& chave);
+    void txtCodigo_GotFocus();
+    void txtCodigo_LostFocus();
+
+    void limpar();
+    void mostrarRegistro();
+    void preencherLista();
+    /// Moves to the first bank that meets the criterion, or past the end.
+    void localizar(const QString& criterio);
+    /// Whether a bank with the code and name of the boxes is stored.
+    [[nodiscard]] bool jaCadastrado();
+};

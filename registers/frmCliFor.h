@@ -1,0 +1,48 @@
+#pragma once
+
+#include "controls/Form.h"
+#include "registers/Campos.h"
+#include "ui_frmCliFor.h"
+
+#include <vector>
+
+/// Client register: one client on three tabs, walked with the navigation bar or found by name. Adds
+/// and changes clients, never deletes one: that is for the back-office system that shares the file.
+///
+/// Invariant: txtCódigo holds the code of the stored client on show, or "" for a new one.
+class frmCliFor final : public Form, private Ui::frmCliFor {
+    Q_OBJECT
+public:
+    frmCliFor();
+    static frmCliFor& instance();
+
+private:
+    void Form_Load() override;
+
+    void definirCampos();
+    void definirPrompts();
+    void definirTeclas();
+
+    void btnNavegacao_Click(int indice);
+    void cmdNovo_Click();
+    void cmdSalvar_Click();
+    void cmdExcluir_Click();
+    void cmdLocalizar_Click();
+    void cmdFechar_Click();
+    void tabCliFor_Click(int aba);
+    void txtCGCCPF_GotFocus();
+    void txtCGCCPF_LostFocus();
+    void txtNomePessoa02_Enter();
+    void txtObservação_Enter();
+    void txtEMailCli_Enter();
+
+    void limpar();
+    void mostrarRegistro();
+    [[nodiscard]] bool validar();
+    /// Says what is missing or wrong, then brings the control up, with the focus.
+    void recusar(QWidget* controle, const QString& texto);
+    void irPara(QWidget* controle);
+
+    /// All fields but the code, which only finds the row, and `tipo`.
+    std::vector<Campos::Campo> campos_;
+};

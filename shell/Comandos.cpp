@@ -1,0 +1,90 @@
+#include "shell/Comandos.h"
+
+#include "cheques/FrmLancarCheques.h"
+#include "collections/FrmLocCHTerceiros.h"
+#include "registers/frmBancos.h"
+#include "registers/frmCliFor.h"
+#include "shell/MDICheques.h"
+#include "shell/frmAbout.h"
+
+namespace Comandos {
+
+namespace {
+
+/// The list stands above the entry, which finds its cheques there.
+void abrirEntrada() {
+    FrmLancarCheques::aoLocalizar([] { FrmLocCHTerceiros::instance().showModal(); });
+    FrmLancarCheques::instance().showModal();
+}
+
+constexpr Comando kClientes{nullptr, [] { frmCliFor::instance().showModal(); }};
+constexpr Comando kBancos{nullptr, [] { frmBancos::instance().showModal(); }};
+constexpr Comando kSair{nullptr, [] { MDICheques::instance().encerrar(); }};
+constexpr Comando kEntrada{nullptr, &abrirEntrada};
+constexpr Comando kBaixa{"Baixar", [] { FrmLocCHTerceiros::instance().showModal(); }};
+constexpr Comando kRenegociar;
+constexpr Comando kSemFundos;
+constexpr Comando kConsultar;
+constexpr Comando kRelCheques{"relch"};
+constexpr Comando kRelSemFundos{"relsf"};
+constexpr Comando kApagar;
+constexpr Comando kDiretorio;
+constexpr Comando kSobre{nullptr, [] { frmAbout::instance().showModal(); }};
+
+constexpr Entrada kArquivos[] = {
+    {"mnucli",    "&Clientes", "cliente", &kClientes},
+    {"mnubancos", "&Bancos",   "banco",   &kBancos  },
+    {"sep1",      nullptr,     nullptr,   nullptr   },
+    {"mnusair",   "&Sair",     "Sair",    &kSair    },
+};
+constexpr Entrada kMovimentos[] = {
+    {"mnuentrada",     "&Entrada de Cheques",           "entrada",    &kEntrada   },
+    {"mnubaixa",       "&Baixa de Cheques",             "baixa",      &kBaixa     },
+    {"mnurenegociar",  "&Renegociar cheques",           "renegociar", &kRenegociar},
+    {"mnusfundos",     "&Cadastrar Cheques sem Fundos", "voadores",   &kSemFundos },
+    {"mnuconscheques", "Con&sultar CPF",                "consultar",  &kConsultar },
+};
+constexpr Entrada kRelatorios[] = {
+    {"mnurrec",     "&Cheques recebidos",  "relcheque",   &kRelCheques  },
+    {"mnursfundos", "Cheques sem &fundos", "relsemfundo", &kRelSemFundos},
+};
+constexpr Entrada kUtilitarios[] = {
+    {"mnuapagar",  "&Apagar Cheques ",     "apagar",    &kApagar   }, // deliberate: the trailing blank
+    {"mnucaminho", "&Diretório de dados", "diretorio", &kDiretorio},
+};
+// Deliberate: the last two stay off for good. The first never did anything; the second would work
+// on lists that nobody opens, and end the program.
+constexpr Entrada kAjuda[] = {
+    {"mnuabout",    "&Sobre o Sistema",   "sobre", &kSobre, true },
+    {"mnuimportar", "&Importar Arquivos", nullptr, nullptr, false},
+    {"mnuverif",    "&Verifica Clientes", nullptr, nullptr, false},
+};
+constexpr Menu kMenus[] = {
+    {"mnuar",    "&Arquivos",     kArquivos   },
+    {"mnumov",   "&Movimentos",   kMovimentos },
+    {"mnurelat", "&Relatórios",  kRelatorios },
+    {"mnuutil",  "&Utilitários", kUtilitarios},
+    {"mnusobre", "A&juda",        kAjuda      },
+};
+
+// Deliberate: "Relatorio de Cheques" has no accent; the tool-tips stand as the shop knows them.
+constexpr Botao kBotoes[] = {
+    {"clientes",      "Clientes",   "Cadastro de Clientes",            "cliente",     &kClientes  },
+    {"bancos",        "Bancos",     "Cadastro de Bancos",              "banco",       &kBancos    },
+    {"cheques",       "Entrada",    "Entrada de Cheques",              "entrada",     &kEntrada   },
+    {"baixar",        "Baixa",      "Baixar Cheques",                  "baixa",       &kBaixa     },
+    {"negociar",      "Renegociar", "Renegociar Cheques",              "renegociar",  &kRenegociar},
+    {"lancarsf",      "Sem fundos", "Lançar Cheques sem Fundos",      "voadores",    &kSemFundos },
+    {"consulta",      "Consulta",   "Consulta CPF",                    "consultar",   &kConsultar },
+    {"relatcheque",   "Recebidos",  "Relatorio de Cheques",            "relcheque",   &kRelCheques},
+    {"relatsemfundo", "Devolvidos", "Relatório de cheques sem fundo", "relsemfundo",
+     &kRelSemFundos                                                                               },
+    {"sair",          "Sair",       "Sair do Sistema",                 "Sair",        &kSair      },
+};
+
+} // namespace
+
+std::span<const Menu> menus() { return kMenus; }
+std::span<const Botao> botoes() { return kBotoes; }
+
+} // namespace Comandos

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <span>
+
+/// What the operator can choose in the main window and what each choice does, as tables.
+namespace Comandos {
+
+/// A choice: the mode word it sets, where the window has several uses, and the window it opens.
+/// Entry and button of the same choice share one. A window that the program doesn't have yet is
+/// simply not opened.
+struct Comando {
+    const char* modo = nullptr;
+    void (*abrir)() = nullptr;
+};
+
+struct Entrada {
+    const char* nome;    ///< of the control; a separator has a name and no caption
+    const char* legenda; ///< "&" marks the access key
+    const char* imagem = nullptr;
+    const Comando* comando = nullptr; ///< nothing: the entry does nothing
+    bool ligada = true;
+};
+
+struct Menu {
+    const char* nome;
+    const char* legenda;
+    std::span<const Entrada> entradas;
+};
+
+struct Botao {
+    const char* chave;
+    const char* texto; ///< the short text under the image
+    const char* dica;  ///< the tool-tip
+    const char* imagem;
+    const Comando* comando;
+};
+
+[[nodiscard]] std::span<const Menu> menus();
+[[nodiscard]] std::span<const Botao> botoes();
+
+} // namespace Comandos

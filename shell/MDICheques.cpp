@@ -1,0 +1,158 @@
+#include "shell/MDICheques.h"
+
+#include "controls/Form.h"
+#include "controls/Icons.h"
+#include "controls/WindowList.h"
+#include "shell/AreaDeTrabalho.h"
+#include "shell/Comandos.h"
+#include "shell/Mirtal.h"
+#include "shell/dbconectar.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QLabel>
+#include <QMenuBar>
+#include <QSettings>
+#include <QStatusBar>
+#include <QToolBar>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr char kPlaceKey[] = "MDICheques/lugar";
+
+QSettings userSettings() {
+    return QSettings(QSettings::IniFormat, QSettings::UserScope, "Valtrino", "Valtrino");
+}
+
+} // namespace
+
+MDICheques::MDICheques() {
+    setObjectName("MDICheques");
+    setWindowTitle("Valtrino");
+    setContextMenuPolicy(Qt::NoContextMenu); // Qt's own menu would hide the toolbar
+    setCentralWidget(new AreaDeTrabalho(this));
+    montarMenus();
+    montarFerramentas();
+    montarBarra();
+    lembrarLugar();
+}
+
+MDICheques& MDICheques::instance() { return WindowList::instance().one<MDICheques>(); }
+
+void MDICheques::mostrarMensagens() {
+    Mirtal::aoMostrarMensagem([](const QString& texto) { instance().mensagem_->setText(texto); });
+    setPromptHook(&Mirtal::mensagem);
+}
+
+void MDICheques::montarMenus() {
+    for (const Comandos::Menu& menu : Comandos::menus()) {
+        QMenu* aberto = menuBar()->addMenu(menu.legenda);
+        aberto->setObjectName(menu.nome);
+        for (const Comandos::Entrada& entrada : menu.entradas) {
+            QAction* acao =
+                entrada.legenda ? aberto->addAction(entrada.legenda) : aberto->addSeparator();
+            acao->setObjectName(entrada.nome);
+            acao->setEnabled(entrada.ligada);
+            if (entrada.imagem)
+                acao->setIcon(Icons::named(entrada.imagem));
+            connect(acao, &QAction::triggered, this,
+                    [this, comando = entrada.comando] { executar(comando); });
+        }
+    }
+}
+
+void MDICheques::montarFerramentas() {
+    Toolbar1 = addToolBar("Barra de ferramentas");
+    Toolbar1->setObjectName("Toolbar1");
+    Toolbar1->setMovable(false);
+    Toolbar1->setIconSize({24, 24});
+    for (const Comandos::Botao& botao : Comandos::botoes()) {
+        QAction* acao = Toolbar1->addAction(Icons::named(botao.imagem), botao.texto);
+        acao->setObjectName(botao.chave);
+        acao->setToolTip(botao.dica);
+        connect(acao, &QAction::triggered, this,
+                [this, chave = QString(botao.chave)] { Toolbar1_ButtonClick(chave); });
+        Toolbar1->widgetForAction(acao)->setAccessibleName(botao.dica);
+    }
+}
+
+void MDICheques::montarBarra() {
+    mensagem_ = new QLabel;
+    mensagem_->setObjectName("pnlMensagem");
+    mensagem_->setAccessibleName("Mensagem");
+    mensagem_->setTextFormat(Qt::PlainText);
+    // A long prompt is cut at the panel's edge and doesn't widen the window.
+    mensagem_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+
+    data_ = new QLabel;
+    data_->setObjectName("pnlData");
+    data_->setAccessibleName("Data");
+
+    statusBar()->setObjectName("StatusBar1");
+    statusBar()->setContentsMargins(6, 0, 6, 0);
+    statusBar()->addWidget(mensagem_, 1);
+    statusBar()->addPermanentWidget(data_);
+
+    Relogio_Timer();
+    connectGuarded(&Relogio, &QTimer::timeout, this, &MDICheques::Relogio_Timer);
+    Relogio.start(1s);
+}
+
+// Texts under the pictures where all of them fit beside each other.
+void MDICheques::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    Toolbar1->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    if (Toolbar1->sizeHint().width() > width())
+        Toolbar1->setToolButtonStyle(Qt::ToolButtonIconOnly);
+}
+
+void MDICheques::Relogio_Timer() {
+    data_->setText(QDateTime::currentDateTime().toString("dd/MM/yyyy   HH:mm"));
+}
+
+// A first run, or a place on a screen that is no longer there, fills the screen.
+void MDICheques::lembrarLugar() {
+    resize(1024, 700);
+    if (!restoreGeometry(userSettings().value(kPlaceKey).toByteArray()))
+        setWindowState(Qt::WindowMaximized);
+}
+
+void MDICheques::executar(const Comandos::Comando* comando) {
+    if (!comando)
+        return;
+    guarded([&] {
+        if (comando->modo)
+            Mirtal::modo = comando->modo;
+        if (comando->abrir)
+            comando->abrir();
+    });
+}
+
+void MDICheques::Toolbar1_ButtonClick(const QString& chave) {
+    const auto botoes = Comandos::botoes();
+    const auto botao =
+        std::ranges::find_if(botoes, [&](const Comandos::Botao& b) { return chave == b.chave; });
+    if (botao != botoes.end())
+        executar(botao->comando);
+}
+
+void MDICheques::encerrar() {
+    if (std::exchange(encerrado_, true))
+        return;
+    userSettings().setValue(kPlaceKey, saveGeometry());
+    dbconectar::instance().fechar();
+    QCoreApplication::exit(EXIT_SUCCESS); // quit() would ask the other windows first
+}
+
+void MDICheques::closeEvent(QCloseEvent* event) {
+    guarded([this] { encerrar(); });
+    event->accept();
+}

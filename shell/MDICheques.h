@@ -1,0 +1,51 @@
+#pragma once
+
+#include "controls/Failure.h"
+
+#include <QMainWindow>
+#include <QTimer>
+
+class QLabel;
+class QToolBar;
+
+namespace Comandos {
+struct Comando;
+}
+
+/// Main window: every function of the system is reached from its menus and its toolbar. Shows the
+/// prompts of the entry windows in its status bar and ends the program in good order.
+///
+/// What stands in the menus and on the toolbar, and what each choice does, are the tables of
+/// Comandos.h. Place and size are remembered from one run to the next in the user's own settings.
+class MDICheques final : public QMainWindow {
+    Q_OBJECT
+public:
+    MDICheques();
+    /// The one main window, made on first use.
+    static MDICheques& instance();
+    /// Has the prompts of all windows shown here; the first prompt makes the window if there is
+    /// none.
+    static void mostrarMensagens();
+
+    /// Closes the data and ends the program at once, whatever windows are open.
+    void encerrar();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void montarMenus();
+    void montarFerramentas();
+    void montarBarra();
+    void lembrarLugar();
+    void executar(const Comandos::Comando* comando);
+    void Toolbar1_ButtonClick(const QString& chave);
+    void Relogio_Timer();
+
+    QToolBar* Toolbar1;
+    QLabel* mensagem_;
+    QLabel* data_;
+    QTimer Relogio;
+    bool encerrado_ = false;
+};

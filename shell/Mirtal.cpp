@@ -1,0 +1,100 @@
+#include "shell/Mirtal.h"
+
+#include "ado/Recordset.h"
+#include "controls/DropDownList.h"
+#include "shell/dbconectar.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+
+#include <chrono>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace Mirtal {
+
+QString modo;
+QString DatabaseFolder;
+bool registroEscolhido = false;
+qint32 lancamentoEscolhido = 0;
+
+namespace {
+
+// After every row would take four times as long as the rows themselves.
+constexpr auto kEntreRepinturas = 10ms;
+
+std::function<void(const QString&)>& mostrador() {
+    static std::function<void(const QString&)> mostrar;
+    return mostrar;
+}
+
+} // namespace
+
+void mensagem(const QString& texto) {
+    if (mostrador())
+        mostrador()(texto);
+}
+
+void aoMostrarMensagem(std::function<void(const QString&)> mostrar) {
+    mostrador() = std::move(mostrar);
+}
+
+void apagarPorChave(const QString& tabela, const QString& campo, const QString& valor, bool texto) {
+    ado::Recordset rs;
+    rs.Open("select * from " + tabela + " where " + campo +
+                (texto ? " ='" + valor + "'" : " = " + valor),
+            dbconectar::instance().Automacao);
+    rs.Delete();
+    rs.Close();
+}
+
+void preencherLista(DropDownList& lista, ado::Recordset& rs, const QString& campo,
+                    const QString& campoChave) {
+    const std::string mostrado = campo.toStdString();
+    const std::string chave = campoChave.toStdString();
+    lista.clear();
+    rs.setSort(campo);
+    if (rs.RecordCount() == 0)
+        return;
+    QDeadlineTimer repintura(kEntreRepinturas);
+    for (rs.MoveFirst(); !rs.EOF(); rs.MoveNext()) {
+        lista.addItem(QString::fromStdString(rs[mostrado].text()), rs[chave].integer());
+        if (!repintura.hasExpired())
+            continue;
+        // What is pressed meanwhile waits: it may open the very window that is being filled.
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        repintura.setRemainingTime(kEntreRepinturas);
+    }
+}
+
+bool navegar(ado::Recordset& rs, int botao) {
+    if (rs.RecordCount() == 0)
+        return false;
+    switch (botao) {
+    case 0:
+        rs.MoveFirst();
+        break;
+    case 1:
+        rs.MovePrevious();
+        if (rs.BOF())
+            rs.MoveFirst();
+        break;
+    case 2:
+        if (!rs.EOF()) // a search that found nothing left it there
+            rs.MoveNext();
+        if (rs.EOF())
+            rs.MoveLast();
+        break;
+    default:
+        rs.MoveLast();
+    }
+    return true;
+}
+
+QString zerosAEsquerda(const QString& texto) {
+    constexpr qsizetype kLargura = 8;
+    return texto.rightJustified(kLargura, '0');
+}
+
+} // namespace Mirtal

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+class DropDownList;
+
+namespace ado {
+class Recordset;
+}
+
+/// What all windows share: the public state that ties them together, and the routines that each of
+/// them would otherwise write again. What a control or a window can do by itself (Enter as Tab,
+/// clearing, type-ahead, centring) is in platform/controls.
+namespace Mirtal {
+
+/// Which of its uses the next shared window is opened for: "Baixar", "localizarCH", "localizarSF",
+/// "Consulta", "relch", "relsf", or "" for none.
+extern QString modo;
+/// The folder of the database, as init.ini has it. Set once, at the start.
+extern QString DatabaseFolder;
+
+/// Whether the operator has chosen a cheque in the list, and its `lancamento`.
+extern bool registroEscolhido;
+extern qint32 lancamentoEscolhido;
+
+/// Shows a text in the prompt panel of the main window's status bar; "" clears it.
+void mensagem(const QString& texto);
+/// Where mensagem() shows its text. Without it, nowhere.
+void aoMostrarMensagem(std::function<void(const QString&)> mostrar);
+
+/// Deletes the first row of `tabela` whose `campo` equals `valor`; a value that is text is put
+/// between single quotes. Deliberate: the value goes in as it stands, an apostrophe in it breaks
+/// the search.
+/// @throws jet::Error{noCurrentRow} if no row has the value.
+void apagarPorChave(const QString& tabela, const QString& campo, const QString& valor, bool texto);
+
+/// Lists a recordset: an entry for each row, showing `campo`, with the whole number of `campoChave`
+/// as its item data. Sorts the recordset by `campo` and leaves it past its end. Lets the windows
+/// repaint meanwhile; keys and clicks wait until it is done.
+void preencherLista(DropDownList& lista, ado::Recordset& rs, const QString& campo,
+                    const QString& campoChave);
+
+/// Goes where a button of the navigation bar says: 0 first, 1 previous, 2 next, 3 last; at an end
+/// it stays there.
+/// @return false, and nothing happens, if there are no records.
+bool navegar(ado::Recordset& rs, int botao);
+
+/// The text with zeros before it to make 8 characters; a longer one as it is.
+[[nodiscard]] QString zerosAEsquerda(const QString& texto);
+
+} // namespace Mirtal

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "ado/Field.h"
+#include "controls/Formato.h"
+
+#include <QDate>
+#include <QString>
+
+/// The values of fields as the controls take them, and back.
+namespace Valores {
+
+[[nodiscard]] inline QString texto(const ado::FieldValue& campo) {
+    return QString::fromStdString(campo.text());
+}
+
+[[nodiscard]] inline Amount valor(const ado::FieldValue& campo) {
+    return {campo.currency().tenThousandths};
+}
+[[nodiscard]] inline jet::Currency moeda(Amount valor) { return {valor.tenThousandths}; }
+
+/// The day of a moment, without its time; no date for an empty field.
+[[nodiscard]] inline QDate dia(const ado::FieldValue& campo) {
+    if (campo.isNull())
+        return {};
+    const jet::CivilTime momento = campo.date().civil();
+    return {momento.year, momento.month, momento.day};
+}
+[[nodiscard]] inline jet::Date data(const QDate& dia) {
+    return jet::Date::of({.year = dia.year(), .month = dia.month(), .day = dia.day()});
+}
+
+} // namespace Valores

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "ado/Connection.h"
+#include "ado/Recordset.h"
+
+/// The one way to the shop's data: the connection and the four recordsets that stay open for the
+/// life of the program. Windows move, find, filter and write through these; for anything else they
+/// open a recordset of their own on `Automacao`.
+///
+/// Made on first use from Mirtal::DatabaseFolder, which must be known by then; a folder chosen
+/// later counts from the next start on.
+class dbconectar final {
+public:
+    static dbconectar& instance();
+    /// Destroys the object: whatever is open is closed, an open transaction is rolled back. For who
+    /// ends the program; a use after that makes a new one.
+    static void descartar();
+
+    dbconectar(const dbconectar&) = delete;
+    dbconectar& operator=(const dbconectar&) = delete;
+    ~dbconectar() = default;
+
+    /// Opens the recordsets, and the connection with the first.
+    /// @throws jet::Error, with a sentence that names the file tried and where its folder is set.
+    void abrir();
+    /// Whether abrir() has succeeded and fechar() not been called since.
+    [[nodiscard]] bool aberto() const;
+    /// Closes rsCheques, rsCliente, rsBancos, rsSemFundos and the connection, in this order.
+    void fechar();
+
+    // Before the recordsets: these go first.
+    ado::Connection Automacao;
+    ado::Recordset
+        rsCliente; ///< clients only: the back-office system keeps suppliers there as well
+    ado::Recordset rsBancos;
+    ado::Recordset rsCheques;
+    ado::Recordset rsSemFundos;
+
+private:
+    dbconectar();
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "controls/Form.h"
+#include "ui_frmSplash.h"
+
+#include <QTimer>
+
+/// First window: on show while the database is found and opened and for a second after that, then
+/// gives way to the main window. What the opening throws ends the program.
+class frmSplash final : public Form, private Ui::frmSplash {
+    Q_OBJECT
+public:
+    frmSplash();
+    static frmSplash& instance();
+
+    /// Esc doesn't close it: the start goes on behind it.
+    void reject() override {}
+
+protected:
+    void Form_Load() override;
+
+private:
+    void Timer1_Timer();
+    void pintar();
+
+    QTimer Timer1;
+};

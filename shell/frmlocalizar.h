@@ -1,0 +1,24 @@
+#pragma once
+
+#include "controls/Form.h"
+#include "ui_frmlocalizar.h"
+
+/// Finds a client by the beginning of the name: the list follows each key. Shown by the client
+/// register, which puts the client chosen on its screen.
+class frmlocalizar final : public Form, private Ui::frmlocalizar {
+    Q_OBJECT
+public:
+    frmlocalizar();
+    static frmlocalizar& instance();
+
+signals:
+    /// A client was chosen: rsCliente stands on it. The window closes after that.
+    void clienteEscolhido();
+
+private:
+    void txtpesquisar_Change();
+    void LstEncontrado_ItemClick(const QString& chave);
+    void cmdsair_Click();
+
+    QString clicada_; ///< the key of the row clicked last
+};

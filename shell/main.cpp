@@ -1,0 +1,3 @@
+#include "shell/Programa.h"
+
+int main(int argc, char** argv) { return executarPrograma(argc, argv); }

@@ -1,0 +1,107 @@
+# What every journey needs: a screen of its own with a window manager, the program in a folder of its
+# own with a fresh database, and ways to wait, type and look. Sourced by the journeys, which are
+# called with the folder of the built programs and, if pictures are wanted, the folder for them:
+#
+#     tests/journeys/bancos.sh build/dev/bin [docs]     (its last pictures are in docs/)
+#
+# Ends with 77 (skipped) where the machine has no X server to spare.
+
+set -euo pipefail
+
+programs=$(realpath "$1")
+pictures=${2:-}
+
+for tool in Xvfb openbox xdotool import mdb-export; do
+    if ! command -v "$tool" > /dev/null; then
+        echo "skipped: $tool is not installed"
+        exit 77
+    fi
+done
+
+place=$(mktemp -d)
+helpers=()
+finish() {
+    for helper in "${helpers[@]}"; do
+        kill "$helper" 2> /dev/null || true
+    done
+    wait 2> /dev/null || true
+    rm -rf "$place"
+}
+trap finish EXIT
+
+fail() {
+    echo "FAILED: $*" >&2
+    import -window root "${TMPDIR:-/tmp}/valtrino-journey-failed.png" 2> /dev/null || true
+    exit 1
+}
+
+# A 1366x768 screen like the shop's, all the program's settings in the journey's own folder.
+start_screen() {
+    mkfifo "$place/display"
+    Xvfb -displayfd 3 -screen 0 1366x768x24 -nolisten tcp 3> "$place/display" 2> /dev/null &
+    helpers+=($!)
+    read -r -t 20 number < "$place/display" || fail "no X server"
+    export DISPLAY=":$number" QT_QPA_PLATFORM=xcb HOME="$place/home" XDG_CONFIG_HOME="$place/home"
+    export XDG_RUNTIME_DIR="$place/home" LC_ALL=C.UTF-8
+    mkdir -m 700 "$place/home"
+    openbox 2> /dev/null &
+    helpers+=($!)
+    until_true "the window manager" xdotool get_num_desktops
+}
+
+# The program in a folder of its own, its init.ini naming the folder of the database.
+install_program() {
+    mkdir -p "$place/program" "$place/data"
+    cp "$programs/valtrino" "$place/program/"
+    printf '%s\r\n' "$place/data" > "$place/program/init.ini"
+}
+
+start_program() {
+    "$place/program/valtrino" > "$place/output" 2>&1 &
+    program=$!
+}
+
+# Waits for the program's end; its exit status must be this one.
+expect_end() {
+    local status=0
+    until_true "the program's end" not kill -0 "$program"
+    wait "$program" || status=$?
+    [ "$status" = "$1" ] || fail "ended with status $status instead of $1: $(cat "$place/output")"
+    [ ! -s "$place/output" ] || fail "the program printed: $(cat "$place/output")"
+}
+
+not() { ! "$@"; }
+
+# until_true <what> <command...>: up to 20 seconds.
+until_true() {
+    local what=$1
+    shift
+    for _ in $(seq 200); do
+        "$@" > /dev/null 2>&1 && return
+        sleep 0.1
+    done
+    fail "waited in vain for $what"
+}
+
+title_is() { [ "$(xdotool getactivewindow getwindowname)" = "$1" ]; }
+# The active window gets this title.
+until_window() { until_true "the window $1" title_is "$1"; }
+
+active_is() { [ "$(xdotool getactivewindow)" = "$1" ]; }
+
+keys() { xdotool key --delay 30 "$@"; }
+typed() { xdotool type --delay 15 -- "$1"; }
+
+# The rows of a table as an independent reader of the file sees them.
+rows() { mdb-export -H -d '|' -Q "$place/data/automacao.mdb" "$1"; }
+rows_are() { [ "$(rows "$1" | sort)" = "$2" ]; }
+expect_rows() { until_true "the rows of $1: $2, instead of $(rows "$1")" rows_are "$1" "$2"; }
+
+# picture <name> [window]: of the whole screen, or of a window (its number, or "active").
+picture() {
+    [ -n "$pictures" ] || return 0
+    sleep 0.4
+    local window=${2:-root}
+    [ "$window" != active ] || window=$(xdotool getactivewindow)
+    import -window "$window" -strip "$pictures/$1.png"
+}

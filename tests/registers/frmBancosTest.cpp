@@ -1,0 +1,488 @@
+#include "registers/frmBancos.h"
+
+#include "controls/ListView.h"
+#include "support/ShopTest.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QToolButton>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class BankRegister : public ShopTest {
+protected:
+    static Row bank(int code, const char* name) {
+        return {
+            {"cod_banco", number(code)},
+            {"nome",      words(name) }
+        };
+    }
+    /// Keys 1, 2, 3; neither in the order of codes nor in that of names.
+    void givenThreeBanks() {
+        given("bancos",
+              {bank(341, "Banco Leste"), bank(104, "Banco Norte"), bank(237, "Agrobanco")});
+    }
+    static std::vector<std::string> stored() {
+        return rows("select codigo, cod_banco, nome from bancos order by codigo");
+    }
+    /// What stands in the boxes: key, code and name.
+    static std::string shown(const QWidget& form) {
+        return (text(form, "lblCodigo") + "|" + text(form, "txtCodigo") + "|" +
+                text(form, "txtNome"))
+            .toStdString();
+    }
+    static std::vector<std::string> listed(const QWidget& form) {
+        const auto& list = control<ListView>(form, "lstListagem");
+        std::vector<std::string> lines;
+        lines.reserve(static_cast<std::size_t>(list.count()));
+        for (int row = 0; row < list.count(); ++row)
+            lines.push_back((list.text(row, 0) + "|" + list.text(row, 1)).toStdString());
+        return lines;
+    }
+    /// Sets a box without ever entering it.
+    static void put(const QWidget& form, const char* box, const char* text) {
+        control<QLineEdit>(form, box).setText(text);
+    }
+};
+
+// ---- as it opens
+
+TEST_F(BankRegister, SaysWhatItIs) {
+    auto& form = open<frmBancos>();
+    EXPECT_EQ(form.windowTitle(), "Cadastro de Bancos");
+    EXPECT_EQ(text(form, "Label24"), "Informações cadastrais dos bancos.");
+    EXPECT_EQ(text(form, "Label1"), "Código:");
+    EXPECT_EQ(text(form, "Label2"), "Nome:");
+    const auto& list = control<ListView>(form, "lstListagem");
+    EXPECT_EQ(list.columnCaption(0), "Código");
+    EXPECT_EQ(list.columnCaption(1), "Nome");
+    EXPECT_FALSE(control(form, "lblCodigo").isVisible());
+}
+
+TEST_F(BankRegister, NamesItsButtons) {
+    auto& form = open<frmBancos>();
+    EXPECT_EQ(text(form, "cmdNovo"), "&Novo");
+    EXPECT_EQ(text(form, "cmdSalvar"), "&Salvar");
+    EXPECT_EQ(text(form, "cmdExcluir"), "&Excluir");
+    EXPECT_EQ(text(form, "cmdFechar"), "&Fechar");
+    const char* tips[] = {"Início do Arquivo", "Registro Anterior", "Próximo Registro",
+                          "Fim do Arquivo"};
+    for (int i = 0; i < NavigationBar::kCount; ++i)
+        EXPECT_EQ(control<NavigationBar>(form, "btnNavegacao").button(i)->toolTip(), tips[i]);
+}
+
+TEST_F(BankRegister, OpensOnTheFirstBankWithAllListedAndTheCodeFocused) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    EXPECT_EQ(shown(form), "1|341|Banco Leste");
+    EXPECT_THAT(listed(form), ElementsAre("341|Banco Leste", "104|Banco Norte", "237|Agrobanco"));
+    EXPECT_EQ(focus(), "txtCodigo");
+}
+
+TEST_F(BankRegister, OpensEmptyOverAnEmptyTable) {
+    auto& form = open<frmBancos>();
+    EXPECT_EQ(shown(form), "||");
+    EXPECT_THAT(listed(form), IsEmpty());
+    for (int i = 0; i < NavigationBar::kCount; ++i)
+        click(form, "btnNavegacao", i);
+    EXPECT_EQ(shown(form), "||");
+}
+
+TEST_F(BankRegister, ListKeysAreFiveZerosABlankAndTheNumber) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    const auto& list = control<ListView>(form, "lstListagem");
+    EXPECT_EQ(list.item(0).key, "00000 1");
+    EXPECT_EQ(list.item(2).key, "00000 3");
+    EXPECT_FALSE(list.item(0).icon.isNull());
+}
+
+TEST_F(BankRegister, EmptyFieldsShowEmpty) {
+    given("bancos", {{{"cod_banco", number(104)}}, {{"nome", words("Sem código")}}});
+    auto& form = open<frmBancos>();
+    EXPECT_EQ(shown(form), "1|104|");
+    click(form, "btnNavegacao", 3);
+    EXPECT_EQ(shown(form), "2||Sem código");
+    EXPECT_THAT(listed(form), ElementsAre("104|", "|Sem código"));
+}
+
+// ---- walking
+
+TEST_F(BankRegister, TheNavigationButtonsWalkAndStopAtTheEnds) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    const struct {
+        int button;
+        const char* shows;
+    } steps[] = {
+        {1, "1|341|Banco Leste"},
+        {2, "2|104|Banco Norte"},
+        {2, "3|237|Agrobanco"  },
+        {2, "3|237|Agrobanco"  },
+        {1, "2|104|Banco Norte"},
+        {0, "1|341|Banco Leste"},
+        {3, "3|237|Agrobanco"  },
+        {0, "1|341|Banco Leste"},
+    };
+    for (const auto& [button, shows] : steps) {
+        click(form, "btnNavegacao", button);
+        EXPECT_EQ(shown(form), shows);
+    }
+}
+
+TEST_F(BankRegister, WalkingGoesOnAfterASearchThatFoundNothing) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    type(form, "txtCodigo", "999");
+    press(Qt::Key_Return);
+    click(form, "btnNavegacao", 2);
+    EXPECT_EQ(shown(form), "3|237|Agrobanco");
+    type(form, "txtCodigo", "999");
+    press(Qt::Key_Return);
+    click(form, "btnNavegacao", 1);
+    EXPECT_EQ(shown(form), "3|237|Agrobanco");
+}
+
+TEST_F(BankRegister, AClickInTheListBringsTheBankUp) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    clickRow(form, "lstListagem", 2);
+    EXPECT_EQ(shown(form), "3|237|Agrobanco");
+    clickRow(form, "lstListagem", 1);
+    EXPECT_EQ(shown(form), "2|104|Banco Norte");
+}
+
+TEST_F(BankRegister, AListClickFindsAKeyOfTwoDigits) {
+    for (int i = 1; i <= 12; ++i)
+        given("bancos", {bank(i, "Banco")});
+    auto& form = open<frmBancos>();
+    EXPECT_EQ(control<ListView>(form, "lstListagem").item(11).key, "00000 12");
+    clickRow(form, "lstListagem", 11);
+    EXPECT_EQ(shown(form), "12|12|Banco");
+}
+
+TEST_F(BankRegister, AListedBankThatIsGoneShowsNothing) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    ado::Recordset other;
+    other.Open("select * from bancos where codigo=2", data().Automacao);
+    other.Delete();
+    clickRow(form, "lstListagem", 1);
+    EXPECT_EQ(shown(form), "||");
+}
+
+TEST_F(BankRegister, AHeadOrdersTheListAndTheWalkButLeavesTheBoxes) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    click(form, "btnNavegacao", 2);
+    clickColumn(form, "lstListagem", 0);
+    EXPECT_THAT(listed(form), ElementsAre("104|Banco Norte", "237|Agrobanco", "341|Banco Leste"));
+    clickColumn(form, "lstListagem", 1);
+    EXPECT_THAT(listed(form), ElementsAre("237|Agrobanco", "341|Banco Leste", "104|Banco Norte"));
+    EXPECT_EQ(shown(form), "2|104|Banco Norte");
+    click(form, "btnNavegacao", 0);
+    EXPECT_EQ(shown(form), "3|237|Agrobanco");
+}
+
+TEST_F(BankRegister, TheOrderOutlivesTheWindow) {
+    givenThreeBanks();
+    clickColumn(open<frmBancos>(), "lstListagem", 1);
+    click(frmBancos::instance(), "cmdFechar");
+    EXPECT_EQ(shown(open<frmBancos>()), "3|237|Agrobanco");
+}
+
+// ---- the code box
+
+TEST_F(BankRegister, ACodeIsTypedOverTheOneOnShow) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    type("104");
+    press(Qt::Key_Return);
+    EXPECT_EQ(shown(form), "2|104|Banco Norte");
+    expectMessage("Advertência", "Este banco já está cadastrado.");
+    press(Qt::Key_S, Qt::AltModifier);
+    type("237");
+    press(Qt::Key_Return);
+    EXPECT_EQ(shown(form), "3|237|Agrobanco");
+}
+
+TEST_F(BankRegister, TheCodeBoxTakesDigitsOnly) {
+    auto& form = open<frmBancos>();
+    type(form, "txtCodigo", "1a0-4 .,x");
+    EXPECT_EQ(text(form, "txtCodigo"), "104");
+    EXPECT_EQ(focus(), "txtCodigo");
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(text(form, "txtCodigo"), "10");
+}
+
+TEST_F(BankRegister, TheNameBoxTakesAnything) {
+    auto& form = open<frmBancos>();
+    type(form, "txtNome", "Banco 1 & Cia. - D");
+    EXPECT_EQ(text(form, "txtNome"), "Banco 1 & Cia. - D");
+}
+
+TEST_F(BankRegister, EnterMovesOnAndPressesNothing) {
+    auto& form = open<frmBancos>();
+    press(Qt::Key_Return);
+    EXPECT_EQ(focus(), "txtNome");
+    press(Qt::Key_Enter);
+    EXPECT_EQ(focus(), "lstListagem");
+    EXPECT_EQ(shown(form), "||");
+}
+
+TEST_F(BankRegister, AKnownCodeBringsItsBankUp) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    type(form, "txtCodigo", "237");
+    press(Qt::Key_Return);
+    EXPECT_EQ(shown(form), "3|237|Agrobanco");
+    EXPECT_EQ(focus(), "txtNome");
+}
+
+TEST_F(BankRegister, AnUnknownCodeLeavesTheFormAsItIs) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    type(form, "txtCodigo", "999");
+    press(Qt::Key_Return);
+    EXPECT_EQ(shown(form), "1|999|Banco Leste");
+}
+
+TEST_F(BankRegister, LeavingTheEmptyCodeBoxLooksForNothing) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    click(form, "cmdNovo");
+    press(Qt::Key_Return);
+    EXPECT_EQ(shown(form), "||");
+}
+
+// ---- saving
+
+TEST_F(BankRegister, SavesANewBankAndIsReadyForTheNext) {
+    auto& form = open<frmBancos>();
+    type(form, "txtCodigo", "104");
+    press(Qt::Key_Return);
+    type("Banco do Norte");
+    click(form, "cmdSalvar");
+    EXPECT_THAT(stored(), ElementsAre("1|104|Banco do Norte"));
+    EXPECT_EQ(shown(form), "||");
+    EXPECT_THAT(listed(form), ElementsAre("104|Banco do Norte"));
+    EXPECT_EQ(focus(), "txtCodigo");
+    EXPECT_FALSE(data().Automacao.inTransaction());
+}
+
+TEST_F(BankRegister, SavesWithTheAccessKeys) {
+    auto& form = open<frmBancos>();
+    type("104");
+    press(Qt::Key_Return);
+    type("Banco do Norte");
+    press(Qt::Key_S, Qt::AltModifier);
+    type("237");
+    press(Qt::Key_Return);
+    type("Banco do Sul");
+    press(Qt::Key_S, Qt::AltModifier);
+    EXPECT_THAT(stored(), ElementsAre("1|104|Banco do Norte", "2|237|Banco do Sul"));
+    EXPECT_EQ(shown(form), "||");
+}
+
+TEST_F(BankRegister, ChangesTheBankOnShowAndThenShowsTheFirst) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    clickRow(form, "lstListagem", 2);
+    type(form, "txtNome", "Agrobanco S.A.");
+    click(form, "cmdSalvar");
+    EXPECT_THAT(stored(),
+                ElementsAre("1|341|Banco Leste", "2|104|Banco Norte", "3|237|Agrobanco S.A."));
+    EXPECT_EQ(shown(form), "1|341|Banco Leste");
+    EXPECT_THAT(listed(form),
+                ElementsAre("341|Banco Leste", "104|Banco Norte", "237|Agrobanco S.A."));
+    EXPECT_EQ(focus(), "txtCodigo");
+}
+
+TEST_F(BankRegister, AfterAChangeTheFirstIsThatOfTheOrderChosen) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    clickColumn(form, "lstListagem", 0);
+    clickRow(form, "lstListagem", 2);
+    type(form, "txtNome", "Banco do Leste");
+    click(form, "cmdSalvar");
+    EXPECT_EQ(shown(form), "2|104|Banco Norte");
+}
+
+TEST_F(BankRegister, AnUnknownCodeTypedOverAStoredBankIsItsNewCode) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    clickRow(form, "lstListagem", 1);
+    type(form, "txtCodigo", "999");
+    press(Qt::Key_Return);
+    type("Banco Novo");
+    click(form, "cmdSalvar");
+    EXPECT_THAT(stored(), ElementsAre("1|341|Banco Leste", "2|999|Banco Novo", "3|237|Agrobanco"));
+}
+
+TEST_F(BankRegister, RefusesABankWithoutCode) {
+    auto& form = open<frmBancos>();
+    type(form, "txtNome", "Banco do Norte");
+    expectMessage("Advertência", "O código do banco deve ser informado.");
+    click(form, "cmdSalvar");
+    EXPECT_EQ(focus(), "txtCodigo");
+    EXPECT_THAT(stored(), IsEmpty());
+    EXPECT_EQ(shown(form), "||Banco do Norte");
+}
+
+TEST_F(BankRegister, AsksForTheCodeBeforeTheName) {
+    auto& form = open<frmBancos>();
+    expectMessage("Advertência", "O código do banco deve ser informado.");
+    click(form, "cmdSalvar");
+}
+
+TEST_F(BankRegister, RefusesABankWithoutName) {
+    auto& form = open<frmBancos>();
+    type(form, "txtCodigo", "104");
+    expectMessage("Advertência", "O nome do banco deve ser preenchido.");
+    click(form, "cmdSalvar");
+    EXPECT_EQ(focus(), "txtNome");
+    EXPECT_THAT(stored(), IsEmpty());
+}
+
+TEST_F(BankRegister, RefusesToSaveAStoredBankUnchanged) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    expectMessage("Advertência", "Este banco já está cadastrado.");
+    click(form, "cmdSalvar");
+    EXPECT_EQ(focus(), "txtCodigo");
+    EXPECT_EQ(stored().size(), 3U);
+    EXPECT_EQ(data().rsBancos.Filter(), "");
+    EXPECT_EQ(data().rsBancos.RecordCount(), 3);
+    EXPECT_EQ(shown(form), "1|341|Banco Leste");
+}
+
+TEST_F(BankRegister, RefusesASecondBankOfTheSameCodeAndName) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    click(form, "cmdNovo");
+    put(form, "txtNome", "banco norte"); // the file compares texts without regard to case
+    put(form, "txtCodigo", "0104");
+    expectMessage("Advertência", "Este banco já está cadastrado.");
+    press(Qt::Key_Return);
+    put(form, "txtNome", "banco norte");
+    click(form, "cmdSalvar");
+    EXPECT_EQ(stored().size(), 3U);
+}
+
+TEST_F(BankRegister, AcceptsTheSameCodeUnderAnotherName) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    click(form, "cmdNovo");
+    enter(form, "txtNome");
+    put(form, "txtCodigo", "104");
+    type("Outro Banco");
+    click(form, "cmdSalvar");
+    EXPECT_THAT(stored(), ElementsAre("1|341|Banco Leste", "2|104|Banco Norte", "3|237|Agrobanco",
+                                      "4|104|Outro Banco"));
+}
+
+TEST_F(BankRegister, AnApostropheInTheNameFailsAndStoresNothing) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    click(form, "cmdNovo");
+    type(form, "txtCodigo", "999");
+    press(Qt::Key_Return);
+    type("Banco D'Oeste");
+    expectFailure("apóstrofo");
+    click(form, "cmdSalvar");
+    EXPECT_FALSE(data().Automacao.inTransaction());
+    data().rsBancos.clearFilter();
+    EXPECT_EQ(stored().size(), 3U);
+}
+
+TEST_F(BankRegister, TheFirstBankOfAllMayHaveAnApostrophe) {
+    auto& form = open<frmBancos>(); // no other bank, no duplicate to look for
+    type(form, "txtCodigo", "999");
+    press(Qt::Key_Return);
+    type("Banco D'Oeste");
+    click(form, "cmdSalvar");
+    EXPECT_THAT(stored(), ElementsAre("1|999|Banco D'Oeste"));
+}
+
+TEST_F(BankRegister, ABankDeletedMeanwhileFailsAndUndoesTheSaving) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    type(form, "txtNome", "Outro nome");
+    ado::Recordset other;
+    other.Open("select * from bancos where codigo=1", data().Automacao);
+    other.Delete();
+    expectFailure("");
+    click(form, "cmdSalvar");
+    EXPECT_FALSE(data().Automacao.inTransaction());
+    EXPECT_THAT(stored(), ElementsAre("2|104|Banco Norte", "3|237|Agrobanco"));
+}
+
+// ---- the other commands
+
+TEST_F(BankRegister, NeverDeletes) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    expectMessage("Advertência",
+                  "Não é possível excluir registros neste sistema. Tente excluir pelo "
+                  "sistema de Automação.");
+    click(form, "cmdExcluir");
+    EXPECT_EQ(stored().size(), 3U);
+    EXPECT_EQ(shown(form), "1|341|Banco Leste");
+}
+
+TEST_F(BankRegister, DeleteWithoutACodeOnlyGoesToTheCode) {
+    auto& form = open<frmBancos>();
+    enter(form, "txtNome");
+    click(form, "cmdExcluir");
+    EXPECT_EQ(focus(), "txtCodigo");
+}
+
+TEST_F(BankRegister, NewEmptiesTheBoxesAndKeepsTheList) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    click(form, "cmdNovo");
+    EXPECT_EQ(shown(form), "||");
+    EXPECT_EQ(focus(), "txtCodigo");
+    EXPECT_EQ(listed(form).size(), 3U);
+}
+
+TEST_F(BankRegister, CloseAndEscUnload) {
+    click(open<frmBancos>(), "cmdFechar");
+    EXPECT_FALSE(frmBancos::instance().isLoaded());
+    auto& form = open<frmBancos>();
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_FALSE(frmBancos::instance().isLoaded());
+}
+
+TEST_F(BankRegister, PromptsWhatEachControlIsForAndNothingOnceClosed) {
+    auto& form = open<frmBancos>();
+    EXPECT_EQ(prompt(), "Código de identificação do banco.");
+    enter(form, "txtNome");
+    EXPECT_EQ(prompt(), "Nome do banco.");
+    enter(form, "lstListagem");
+    EXPECT_EQ(prompt(), "Listagem de bancos.");
+    click(form, "cmdFechar");
+    EXPECT_EQ(prompt(), "");
+}
+
+TEST_F(BankRegister, TabGoesThroughTheWindowAsTheEyeDoes) {
+    open<frmBancos>();
+    std::vector<std::string> order;
+    do {
+        order.push_back(focus().toStdString());
+        press(Qt::Key_Tab);
+    } while (focus() != "txtCodigo" && order.size() < 20);
+    EXPECT_THAT(order, ElementsAre("txtCodigo", "txtNome", "lstListagem", //
+                                   "btnNavegacao", "btnNavegacao", "btnNavegacao", "btnNavegacao",
+                                   "cmdNovo", "cmdSalvar", "cmdExcluir", "cmdFechar"));
+}
+
+} // namespace

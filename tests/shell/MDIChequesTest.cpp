@@ -1,0 +1,306 @@
+#include "shell/MDICheques.h"
+
+#include "cheques/FrmLancarCheques.h"
+#include "collections/FrmLocCHTerceiros.h"
+#include "registers/frmBancos.h"
+#include "registers/frmCliFor.h"
+#include "shell/Mirtal.h"
+#include "shell/frmAbout.h"
+#include "support/ShopTest.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QToolBar>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+
+class MainWindow : public ShopTest {
+protected:
+    void SetUp() override {
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings_.path());
+        ShopTest::SetUp();
+        MDICheques::mostrarMensagens();
+    }
+    static MDICheques& openMain() {
+        MDICheques& window = MDICheques::instance();
+        window.show();
+        activate(window);
+        return window;
+    }
+    static QAction& action(const char* name) {
+        auto* found = MDICheques::instance().findChild<QAction*>(name);
+        if (!found)
+            throw std::runtime_error(std::string("no action ") + name);
+        return *found;
+    }
+    static std::vector<const QWidget*> windowsOnShow() {
+        std::vector<const QWidget*> shown;
+        for (const QWidget* window : QApplication::topLevelWidgets())
+            if (window->isVisible())
+                shown.push_back(window);
+        return shown;
+    }
+    static void expectDataClosed() {
+        for (const ado::Recordset* rs :
+             {&data().rsCheques, &data().rsCliente, &data().rsBancos, &data().rsSemFundos})
+            EXPECT_EQ(rs->State(), ado::State::Closed);
+        EXPECT_EQ(data().Automacao.State(), ado::State::Closed);
+    }
+
+    QTemporaryDir settings_;
+};
+
+TEST_F(MainWindow, IsCalledValtrino) { EXPECT_EQ(openMain().windowTitle(), "Valtrino"); }
+
+TEST_F(MainWindow, HasTheWholeMenuTree) {
+    std::vector<std::string> tree;
+    for (QAction* top : openMain().menuBar()->actions()) {
+        tree.push_back((top->menu()->objectName() + " " + top->text()).toStdString());
+        for (const QAction* entry : top->menu()->actions())
+            tree.push_back(("  " + entry->objectName() + " " +
+                            (entry->isSeparator() ? "-" : entry->text()) +
+                            (entry->isEnabled() ? "" : " [off]"))
+                               .toStdString());
+    }
+    EXPECT_THAT(tree, ElementsAre("mnuar &Arquivos",                            //
+                                  "  mnucli &Clientes",                         //
+                                  "  mnubancos &Bancos",                        //
+                                  "  sep1 -",                                   //
+                                  "  mnusair &Sair",                            //
+                                  "mnumov &Movimentos",                         //
+                                  "  mnuentrada &Entrada de Cheques",           //
+                                  "  mnubaixa &Baixa de Cheques",               //
+                                  "  mnurenegociar &Renegociar cheques",        //
+                                  "  mnusfundos &Cadastrar Cheques sem Fundos", //
+                                  "  mnuconscheques Con&sultar CPF",            //
+                                  "mnurelat &Relatórios",                       //
+                                  "  mnurrec &Cheques recebidos",               //
+                                  "  mnursfundos Cheques sem &fundos",          //
+                                  "mnuutil &Utilitários",                       //
+                                  "  mnuapagar &Apagar Cheques ",               //
+                                  "  mnucaminho &Diretório de dados",           //
+                                  "mnusobre A&juda",                            //
+                                  "  mnuabout &Sobre o Sistema",                //
+                                  "  mnuimportar &Importar Arquivos [off]",     //
+                                  "  mnuverif &Verifica Clientes [off]"));
+}
+
+TEST_F(MainWindow, HasTheWholeToolbar) {
+    auto& bar = control<QToolBar>(openMain(), "Toolbar1");
+    std::vector<std::string> buttons;
+    for (const QAction* button : bar.actions()) {
+        EXPECT_FALSE(button->icon().isNull()) << button->objectName().toStdString();
+        buttons.push_back((button->objectName() + ": " + button->toolTip()).toStdString());
+    }
+    EXPECT_THAT(buttons, ElementsAre("clientes: Cadastro de Clientes",                //
+                                     "bancos: Cadastro de Bancos",                    //
+                                     "cheques: Entrada de Cheques",                   //
+                                     "baixar: Baixar Cheques",                        //
+                                     "negociar: Renegociar Cheques",                  //
+                                     "lancarsf: Lançar Cheques sem Fundos",           //
+                                     "consulta: Consulta CPF",                        //
+                                     "relatcheque: Relatorio de Cheques",             //
+                                     "relatsemfundo: Relatório de cheques sem fundo", //
+                                     "sair: Sair do Sistema"));
+}
+
+TEST_F(MainWindow, OpensTheBanksModallyFromMenuAndToolbar) {
+    openMain();
+    for (const char* name : {"mnubancos", "bancos"}) {
+        bool seen = false;
+        whileModal<frmBancos>([&](frmBancos& form) {
+            seen = true;
+            EXPECT_TRUE(form.isModal());
+            click(form, "cmdFechar");
+        });
+        action(name).trigger();
+        EXPECT_TRUE(seen) << name;
+    }
+}
+
+TEST_F(MainWindow, OpensTheClientsModallyFromMenuAndToolbar) {
+    openMain();
+    for (const char* name : {"mnucli", "clientes"}) {
+        bool seen = false;
+        whileModal<frmCliFor>([&](frmCliFor& form) {
+            seen = true;
+            EXPECT_TRUE(form.isModal());
+            click(form, "cmdFechar");
+        });
+        action(name).trigger();
+        EXPECT_TRUE(seen) << name;
+    }
+}
+
+TEST_F(MainWindow, TellsTheProductInAWindowThatEscCloses) {
+    openMain();
+    whileModal<frmAbout>([](frmAbout& form) {
+        EXPECT_EQ(form.windowTitle(), "Valtrino");
+        EXPECT_FALSE(control<QLabel>(form, "imgProduto").pixmap().isNull());
+        press(Qt::Key_Escape);
+    });
+    action("mnuabout").trigger();
+}
+
+TEST_F(MainWindow, TellsSharedWindowsWhatTheyAreOpenedFor) {
+    openMain();
+    const struct {
+        const char* action;
+        const char* mode;
+    } commands[] = {
+        {"mnurrec",       "relch"},
+        {"mnursfundos",   "relsf"},
+        {"relatcheque",   "relch"},
+        {"relatsemfundo", "relsf"},
+    };
+    for (const auto& [name, mode] : commands) {
+        Mirtal::modo.clear();
+        action(name).trigger();
+        EXPECT_EQ(Mirtal::modo, mode) << name;
+    }
+}
+
+TEST_F(MainWindow, OpensTheChequeListForSettlementFromMenuAndToolbar) {
+    openMain();
+    for (const char* name : {"mnubaixa", "baixar"}) {
+        Mirtal::modo = "localizarCH";
+        bool seen = false;
+        whileModal<FrmLocCHTerceiros>([&](FrmLocCHTerceiros& form) {
+            seen = true;
+            EXPECT_TRUE(form.isModal());
+            EXPECT_EQ(form.windowTitle(), "Baixa de cheques recebidos");
+            EXPECT_EQ(Mirtal::modo, "Baixar");
+            click(form, "cmdsair");
+        });
+        action(name).trigger();
+        EXPECT_TRUE(seen) << name;
+    }
+}
+
+TEST_F(MainWindow, OpensTheEntryOfChequesFromMenuAndToolbarAndFromItTheList) {
+    openMain();
+    for (const char* name : {"mnuentrada", "cheques"}) {
+        bool listed = false;
+        whileModal<FrmLancarCheques>([&](FrmLancarCheques& form) {
+            EXPECT_TRUE(form.isModal());
+            whileModal<FrmLocCHTerceiros>([&](FrmLocCHTerceiros& list) {
+                listed = true;
+                EXPECT_TRUE(list.isModal());
+                EXPECT_EQ(list.windowTitle(), "Localizar Cheque Recebidos");
+                click(list, "cmdsair");
+            });
+            click(form, "CmdLocalizar");
+            click(form, "CmdSair");
+        });
+        action(name).trigger();
+        EXPECT_TRUE(listed) << name;
+    }
+}
+
+TEST_F(MainWindow, OtherCommandsLeaveTheModeAlone) {
+    openMain();
+    Mirtal::modo = "Consulta";
+    for (const char* name : {"mnurenegociar", "mnusfundos", "mnuconscheques", "mnuapagar",
+                             "mnucaminho", "negociar", "lancarsf", "consulta"})
+        action(name).trigger();
+    EXPECT_EQ(Mirtal::modo, "Consulta");
+}
+
+TEST_F(MainWindow, AWindowThatThereIsNotYetIsNotShown) {
+    openMain();
+    const auto before = windowsOnShow();
+    for (const char* name : {"mnurrec", "mnucaminho", "consulta"})
+        action(name).trigger();
+    EXPECT_EQ(windowsOnShow(), before);
+}
+
+TEST_F(MainWindow, EntriesThatAreOffDoNothing) {
+    openMain();
+    for (const char* name : {"mnuimportar", "mnuverif"})
+        action(name).trigger();
+    EXPECT_EQ(rows("select * from cliente_fornecedor").size(), 0U);
+}
+
+TEST_F(MainWindow, ThePromptStandsInTheStatusBarWhileABankIsTyped) {
+    auto& window = openMain();
+    whileModal<frmBancos>([&](frmBancos& form) {
+        EXPECT_EQ(text(window, "pnlMensagem"), "Código de identificação do banco.");
+        press(Qt::Key_Return);
+        EXPECT_EQ(text(window, "pnlMensagem"), "Nome do banco.");
+        click(form, "cmdFechar");
+    });
+    action("mnubancos").trigger();
+    EXPECT_EQ(text(window, "pnlMensagem"), "");
+}
+
+TEST_F(MainWindow, TheFirstPromptMakesTheWindow) {
+    Mirtal::mensagem("Digite o valor do cheque");
+    EXPECT_EQ(text(MDICheques::instance(), "pnlMensagem"), "Digite o valor do cheque");
+    EXPECT_FALSE(MDICheques::instance().isVisible());
+}
+
+TEST_F(MainWindow, ALongPromptDoesNotWidenTheWindow) {
+    auto& window = openMain();
+    window.resize(700, 500);
+    Mirtal::mensagem(QString(1000, 'x'));
+    QApplication::processEvents();
+    EXPECT_EQ(window.width(), 700);
+}
+
+TEST_F(MainWindow, ToolbarTextsGiveWayInANarrowWindow) {
+    auto& window = openMain();
+    const auto& bar = control<QToolBar>(window, "Toolbar1");
+    window.resize(1366, 700);
+    EXPECT_EQ(bar.toolButtonStyle(), Qt::ToolButtonTextUnderIcon);
+    window.resize(500, 400);
+    EXPECT_EQ(bar.toolButtonStyle(), Qt::ToolButtonIconOnly);
+    EXPECT_LE(bar.sizeHint().width(), 500);
+}
+
+TEST_F(MainWindow, SairClosesTheData) {
+    openMain();
+    action("mnusair").trigger();
+    expectDataClosed();
+}
+
+TEST_F(MainWindow, TheSairButtonClosesTheData) {
+    openMain();
+    action("sair").trigger();
+    expectDataClosed();
+}
+
+TEST_F(MainWindow, ClosingTheWindowClosesTheData) {
+    openMain().close();
+    expectDataClosed();
+}
+
+TEST_F(MainWindow, SairClosesTheDataThoughAnotherWindowIsOpen) {
+    openMain();
+    open<frmBancos>();
+    action("mnusair").trigger();
+    expectDataClosed();
+}
+
+TEST_F(MainWindow, StandsWhereItStoodInTheLastRun) {
+    const QRect place(40, 30, 660, 480);
+    auto& first = openMain();
+    first.showNormal();
+    first.setGeometry(place);
+    first.close();
+    WindowList::instance().clear();
+    EXPECT_EQ(openMain().geometry(), place);
+}
+
+TEST_F(MainWindow, FillsTheScreenInTheFirstRun) { EXPECT_TRUE(openMain().isMaximized()); }
+
+} // namespace

@@ -1,0 +1,259 @@
+#include "shell/frmlocalizar.h"
+
+#include "support/CpuTimer.h"
+#include "support/FormChecks.h"
+#include "support/ShopTest.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class ClientLookup : public ShopTest {
+protected:
+    static Row client(const char* name, bool isClient = true) {
+        return {
+            {"nome", words(name)  },
+            {"tipo", yes(isClient)}
+        };
+    }
+    /// Keys 1 to 6, the last of them no client.
+    void givenClients() {
+        given("cliente_fornecedor", {client("Marina Prado"), client("Ana Lima"),
+                                     client("MARIA DE SOUZA"), client("Márcio D'Ávila"),
+                                     client("Maria de Souza"), client("Mara Ferragens", false)});
+    }
+    /// What the window tells the register.
+    frmlocalizar& opened() {
+        auto& form = open<frmlocalizar>();
+        QObject::connect(&form, &frmlocalizar::clienteEscolhido, &form,
+                         [this] { chosen_.push_back(data().rsCliente["codigo"].text()); });
+        return form;
+    }
+    void expectNobody() {
+        expectMessage("Mensagem", "Não foi encontrado nenhum registro.", MessageIcon::information);
+    }
+    static void paste(const QString& text) {
+        QGuiApplication::clipboard()->setText(text);
+        press(Qt::Key_A, Qt::ControlModifier);
+        press(Qt::Key_V, Qt::ControlModifier);
+    }
+    static ListView& list(const QWidget& form) { return control<ListView>(form, "LstEncontrado"); }
+    static std::vector<std::string> found(const QWidget& form) {
+        std::vector<std::string> names;
+        for (int row = 0; row < list(form).count(); ++row)
+            names.push_back(list(form).text(row, 0).toStdString());
+        return names;
+    }
+
+    std::vector<std::string> chosen_;
+};
+
+TEST_F(ClientLookup, SaysWhatItIs) {
+    auto& form = opened();
+    EXPECT_EQ(form.windowTitle(), "Localizar Cliente");
+    EXPECT_EQ(text(form, "cmdsair"), "Sai&r");
+    EXPECT_EQ(focus(), "txtpesquisar");
+    EXPECT_EQ(prompt(), "Quem você deseja pesquisar");
+    EXPECT_THAT(found(form), IsEmpty());
+}
+
+TEST_F(ClientLookup, HasNoFaults) {
+    givenClients();
+    auto& form = opened();
+    type("M");
+    EXPECT_EQ(faultsOf(form), QStringList());
+}
+
+TEST_F(ClientLookup, TheListFollowsEachKey) {
+    givenClients();
+    auto& form = opened();
+    type("m");
+    EXPECT_THAT(found(form),
+                ElementsAre("Márcio D'Ávila", "MARIA DE SOUZA", "Maria de Souza", "Marina Prado"));
+    type("ari");
+    EXPECT_THAT(found(form), ElementsAre("MARIA DE SOUZA", "Maria de Souza", "Marina Prado"));
+    type("n");
+    EXPECT_THAT(found(form), ElementsAre("Marina Prado"));
+    press(Qt::Key_Backspace);
+    EXPECT_THAT(found(form), ElementsAre("MARIA DE SOUZA", "Maria de Souza", "Marina Prado"));
+    EXPECT_EQ(focus(), "txtpesquisar");
+}
+
+TEST_F(ClientLookup, AccentsCount) {
+    givenClients();
+    auto& form = opened();
+    type("má");
+    EXPECT_THAT(found(form), ElementsAre("Márcio D'Ávila"));
+}
+
+TEST_F(ClientLookup, AnEmptyTextListsAllClientsByName) {
+    givenClients();
+    auto& form = opened();
+    type("a");
+    press(Qt::Key_Backspace);
+    EXPECT_THAT(found(form), ElementsAre("Ana Lima", "Márcio D'Ávila", "MARIA DE SOUZA",
+                                         "Maria de Souza", "Marina Prado"));
+}
+
+TEST_F(ClientLookup, RowsAreKnownByTheCodeFilledUpWithZeros) {
+    givenClients();
+    auto& form = opened();
+    type("an");
+    EXPECT_EQ(list(form).item(0).key, "0000000002");
+    EXPECT_EQ(list(form).text(0, 1), "2");
+}
+
+TEST_F(ClientLookup, WhereNobodyIsFoundSaysSoAndListsEverybody) {
+    givenClients();
+    auto& form = opened();
+    expectNobody();
+    type("z");
+    EXPECT_EQ(text(form, "txtpesquisar"), "");
+    EXPECT_EQ(found(form).size(), 5U);
+    EXPECT_EQ(focus(), "txtpesquisar");
+}
+
+TEST_F(ClientLookup, SuppliersAreNotFound) {
+    givenClients();
+    auto& form = opened();
+    type("Mar");
+    expectNobody();
+    type("a");
+    EXPECT_EQ(found(form).size(), 5U);
+}
+
+TEST_F(ClientLookup, WithoutClientsSaysSoForTheTextAndForNone) {
+    opened();
+    expectNobody();
+    expectNobody(); // for the empty text that the first one leaves
+    type("a");
+}
+
+// Deliberate: the text is compared as it was typed, but measured without its outer blanks.
+TEST_F(ClientLookup, ATextWithOuterBlanksFindsNobody) {
+    givenClients();
+    auto& form = opened();
+    type("maria");
+    expectNobody();
+    type(" ");
+    EXPECT_EQ(text(form, "txtpesquisar"), "");
+    expectNobody();
+    type(" ");
+    expectNobody();
+    paste("  maria");
+    paste("maria de");
+    EXPECT_EQ(found(form).size(), 2U) << "within it a blank counts";
+}
+
+TEST_F(ClientLookup, AnApostropheBreaksTheSearch) {
+    givenClients();
+    opened();
+    expectFailure("apóstrofo");
+    paste("Márcio D'");
+}
+
+TEST_F(ClientLookup, TheFirstClickOnlySelects) {
+    givenClients();
+    auto& form = opened();
+    type("mari");
+    clickRow(form, "LstEncontrado", 0);
+    clickRow(form, "LstEncontrado", 1);
+    clickRow(form, "LstEncontrado", 0);
+    EXPECT_TRUE(form.isVisible());
+    EXPECT_THAT(chosen_, IsEmpty());
+}
+
+TEST_F(ClientLookup, TheSecondClickChoosesAndCloses) {
+    givenClients();
+    auto& form = opened();
+    type("mari");
+    clickRow(form, "LstEncontrado", 1);
+    clickRow(form, "LstEncontrado", 1);
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_THAT(chosen_, ElementsAre("5"));
+    EXPECT_FALSE(frmlocalizar::instance().isLoaded());
+}
+
+TEST_F(ClientLookup, ChoosesByKeyboard) {
+    givenClients();
+    auto& form = opened();
+    type("mari");
+    press(Qt::Key_Return);
+    EXPECT_EQ(focus(), "LstEncontrado");
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(form.isVisible());
+    press(Qt::Key_Return);
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_THAT(chosen_, ElementsAre("1"));
+}
+
+// A new search doesn't forget the click before it.
+TEST_F(ClientLookup, AClickAcrossASearchCountsAsTheSecond) {
+    givenClients();
+    auto& form = opened();
+    type("mari");
+    clickRow(form, "LstEncontrado", 2);
+    type(form, "txtpesquisar", "marin");
+    clickRow(form, "LstEncontrado", 0);
+    EXPECT_THAT(chosen_, ElementsAre("1"));
+}
+
+TEST_F(ClientLookup, ChoosesUnderANegativeCodeToo) {
+    given("cliente_fornecedor",
+          {
+              {{"codigo", number(-12)}, {"nome", words("Zulmira")}, {"tipo", yes(true)}}
+    });
+    auto& form = opened();
+    type("z");
+    clickRow(form, "LstEncontrado", 0);
+    clickRow(form, "LstEncontrado", 0);
+    EXPECT_THAT(chosen_, ElementsAre("-12"));
+}
+
+TEST_F(ClientLookup, AKeyAmongTwentyThousandClientsIsNotWaitedFor) {
+    constexpr int kClients = 20'000;
+    const char* names[] = {"Marina", "Ana", "Carlos", "Paulo", "Maria", "Zélia", "José", "Rita"};
+    {
+        ado::Transaction all(data().Automacao);
+        for (int i = 0; i < kClients; ++i) {
+            ado::Recordset& rs = data().rsCliente;
+            rs.AddNew();
+            rs["nome"] = QString("%1 Pereira %2").arg(names[i % 8]).arg(i);
+            rs["tipo"] = true;
+            rs.Update();
+        }
+        all.commit();
+    }
+    auto& form = opened();
+    CpuTimer timer;
+    type("maria");
+    EXPECT_LT(timer.milliseconds() / 5, 300) << "a few when the program is optimised";
+    EXPECT_EQ(list(form).count(), kClients / 8);
+    timer.restart();
+    control<QLineEdit>(form, "txtpesquisar").clear();
+    EXPECT_LT(timer.milliseconds(), 1000);
+    EXPECT_EQ(list(form).count(), kClients);
+}
+
+TEST_F(ClientLookup, CloseAndEscChooseNobody) {
+    givenClients();
+    data().rsCliente.MoveLast();
+    click(opened(), "cmdsair");
+    auto& form = opened();
+    type("a");
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_THAT(chosen_, IsEmpty());
+    EXPECT_EQ(data().rsCliente["codigo"].text(), "5");
+    EXPECT_EQ(prompt(), "");
+}
+
+} // namespace
