@@ -1,0 +1,63 @@
+#pragma once
+
+#include "controls/Form.h"
+#include "controls/Formato.h"
+#include "ui_FrmLancarCheques.h"
+
+#include <array>
+#include <functional>
+
+/// Entry of received cheques: records the cheques that clients hand over, changes and deletes them,
+/// walks through them one at a time, and warns when a client's cheques pass his credit limit.
+///
+/// With "Vários Cheques" ticked each save leaves the fields as they are, for the next cheque of the
+/// same client 30 days later.
+///
+/// Invariant: txtlancamento holds the key of the stored cheque on show, or "" for a new one.
+class FrmLancarCheques final : public Form, private Ui::FrmLancarCheques {
+    Q_OBJECT
+public:
+    FrmLancarCheques();
+    static FrmLancarCheques& instance();
+
+    /// Puts a stored cheque on the screen, which need not be on show; it stays there until the
+    /// window is opened. Deliberate: the number goes through a 16-bit whole number, as between all
+    /// the windows of the shop's system, so it can't be above 32767.
+    /// @throws jet::Error: outOfRange for such a number; noCurrentRow if the cheque, its client or
+    ///         its bank isn't among the rows at hand (rsCheques may be filtered).
+    void mostrarCheque(qint32 lancamento);
+
+    /// Sets what shows the cheque list, modally, for CmdLocalizar. The list stands above this
+    /// window, because it calls mostrarCheque(). Without it nothing is shown.
+    static void aoLocalizar(std::function<void()> mostrarLista);
+
+private:
+    void Form_Load() override;
+    void Form_Unload() override;
+
+    void btnNavegacao_Click(int indice);
+    void CmdNovo_Click();
+    void CmdIncluir_Click();
+    void CmdExcluir_Click();
+    void CmdLocalizar_Click();
+    void CmdSair_Click();
+    void txtNome_LostFocus();
+    void txtvalor_LostFocus();
+    void txtobservacao_LostFocus();
+
+    struct Texto {
+        const char* campo;
+        QLineEdit* caixa;
+    };
+    /// The text boxes and their fields.
+    [[nodiscard]] std::array<Texto, 4> textos() const;
+    /// Says what is missing or can't be stored and goes there; true if nothing is.
+    [[nodiscard]] bool validar();
+    /// From the screen into the current row of rsCheques.
+    void gravarCampos();
+    void limpar();
+    /// Issued today, due in 30 days.
+    void datasDeHoje();
+
+    Amount limite_; ///< credit limit of the client last chosen
+};

@@ -1,0 +1,233 @@
+#include "collections/FrmLocCHTerceiros.h"
+
+#include "cheques/FrmLancarCheques.h"
+#include "collections/ListaDeCheques.h"
+#include "controls/BusyCursor.h"
+#include "controls/Icons.h"
+#include "controls/Style.h"
+#include "controls/WindowList.h"
+#include "shell/Mirtal.h"
+#include "shell/Valores.h"
+#include "shell/dbconectar.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+
+#include <chrono>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+using Valores::texto;
+using Valores::valor;
+
+enum Coluna { kLancamento, kNumero, kNome, kAgencia, kData, kValor };
+
+constexpr int kPrimeiraAoBaixar = 250;
+constexpr int kPrimeiraAoLocalizar = 300;
+
+constexpr char kNomeDoCliente[] = "cliente_fornecedor.nome";
+constexpr char kNomeDoBanco[] = "bancos.nome";
+
+bool baixando() { return Mirtal::modo == "Baixar"; }
+bool localizandoSemFundos() { return Mirtal::modo == "localizarSF"; }
+
+/// During long work, has the windows repainted ten times a second. What the operator presses
+/// meanwhile waits until the work is done.
+class Repintura {
+public:
+    [[nodiscard]] bool vencida() const { return proxima_.hasExpired(); }
+    void repintar() {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        proxima_.setRemainingTime(100ms);
+    }
+
+private:
+    QDeadlineTimer proxima_{100ms};
+};
+
+// Deliberate: of an entry number above 16.777.216 the last digits are lost.
+qint32 emPrecisaoSimples(const QString& lancamento) {
+    return static_cast<qint32>(static_cast<qint64>(lancamento.toFloat()));
+}
+
+} // namespace
+
+FrmLocCHTerceiros::FrmLocCHTerceiros() {
+    setupUi(this);
+    lstterceiros->setColumns({
+        {"",                kPrimeiraAoLocalizar, Qt::AlignLeft   },
+        {"Nº  Cheque",     1300,                 Qt::AlignLeft   },
+        {"Nome do Cliente", 4000,                 Qt::AlignLeft   },
+        {"Agência",        1000,                 Qt::AlignLeft   },
+        {"Dt.Vencto",       1250,                 Qt::AlignHCenter},
+        {"Valor R$",        1500,                 Qt::AlignRight  }
+    });
+    lbltotal->setFont(headingFont());
+    enterAsTab({txtbanco, txtcliente, chkdescontar, chkmostrar, txtinicio, txtfim});
+    closesWith(cmdsair);
+    lostFocus(txtfim, &FrmLocCHTerceiros::txtfim_LostFocus);
+    on(chkdescontar, &QCheckBox::clicked, &FrmLocCHTerceiros::chkdescontar_Click);
+    on(chkmostrar, &QCheckBox::clicked, &FrmLocCHTerceiros::chkmostrar_Click);
+    on(txtbanco, &DropDownList::clicked, &FrmLocCHTerceiros::txtbanco_Click);
+    on(txtcliente, &DropDownList::clicked, &FrmLocCHTerceiros::txtcliente_Click);
+    on(lstterceiros, &ListView::itemChecked, &FrmLocCHTerceiros::lstterceiros_ItemCheck);
+    on(lstterceiros, &ListView::itemClicked, &FrmLocCHTerceiros::lstterceiros_ItemClick);
+    on(cmdsalvar, &QPushButton::clicked, &FrmLocCHTerceiros::cmdsalvar_Click);
+    on(cmdsair, &QPushButton::clicked, &FrmLocCHTerceiros::cmdsair_Click);
+}
+
+FrmLocCHTerceiros::~FrmLocCHTerceiros() = default;
+
+FrmLocCHTerceiros& FrmLocCHTerceiros::instance() {
+    return WindowList::instance().one<FrmLocCHTerceiros>();
+}
+
+void FrmLocCHTerceiros::ocultarDescontar() { chkdescontar->hide(); }
+
+void FrmLocCHTerceiros::Form_Load() {
+    centre();
+    txtinicio->setValue(QDate::currentDate());
+    txtfim->setValue(QDate::currentDate());
+    Mirtal::preencherLista(*txtbanco, dbconectar::instance().rsBancos, "nome", "codigo");
+    Mirtal::preencherLista(*txtcliente, dbconectar::instance().rsCliente, "nome", "codigo");
+    chkmostrar_Click();
+    lbltotal->setVisible(baixando());
+    cmdsalvar->setVisible(baixando());
+    lstterceiros->setCheckBoxes(baixando());
+    lstterceiros->setColumnWidthShare(kLancamento,
+                                      baixando() ? kPrimeiraAoBaixar : kPrimeiraAoLocalizar);
+    if (baixando())
+        setWindowTitle("Baixa de cheques recebidos");
+}
+
+// ---- filters
+
+// Deliberate: the name column keeps its title, which is that of the filter used before.
+void FrmLocCHTerceiros::chkdescontar_Click() {
+    txtbanco->setText("");
+    txtcliente->setText("");
+    preencher(ListaDeCheques::ondeDescontar(chkdescontar->isChecked()), kNomeDoCliente);
+}
+
+void FrmLocCHTerceiros::txtbanco_Click() {
+    txtcliente->setText("");
+    lstterceiros->setColumnCaption(kNome, "Nome do Cliente");
+    preencher(ListaDeCheques::ondeBanco(txtbanco->itemData(txtbanco->listIndex())), kNomeDoCliente);
+}
+
+void FrmLocCHTerceiros::txtcliente_Click() {
+    txtbanco->setText("");
+    lstterceiros->setColumnCaption(kNome, "Nome do Banco");
+    preencher(ListaDeCheques::ondeCliente(txtcliente->itemData(txtcliente->listIndex())),
+              kNomeDoBanco);
+}
+
+void FrmLocCHTerceiros::chkmostrar_Click() {
+    txtinicio->setEnabled(chkmostrar->isChecked());
+    txtfim->setEnabled(chkmostrar->isChecked());
+}
+
+void FrmLocCHTerceiros::txtfim_LostFocus() {
+    lstterceiros->setColumnCaption(kNome, "Nome do Cliente");
+    preencher(ListaDeCheques::ondeDatas(Mirtal::modo, txtinicio->value(), txtfim->value()),
+              kNomeDoCliente);
+}
+
+// ---- the list
+
+void FrmLocCHTerceiros::preencher(const QString& onde, const char* campoNome) {
+    const BusyCursor ocupado;
+    Repintura repintura;
+    rs_ = std::make_unique<ado::Recordset>();
+    rs_->Open(ListaDeCheques::comando(Mirtal::modo, onde), dbconectar::instance().Automacao);
+    total_ = {};
+    mostrarTotal("Total Selecionado :"); // deliberate: with a blank here, without one on ticking
+    lstterceiros->clear();
+    const QIcon icone = Icons::named("codigo");
+    for (; !rs_->EOF(); rs_->MoveNext()) {
+        acrescentarLinha(campoNome, icone);
+        if (repintura.vencida())
+            repintura.repintar();
+    }
+}
+
+void FrmLocCHTerceiros::acrescentarLinha(const char* campoNome, const QIcon& icone) {
+    const ado::Recordset& rs = *rs_;
+    const char* const campoData = localizandoSemFundos() ? "data" : "bompara";
+    ListItem linha;
+    linha.text = texto(rs["lancamento"]);
+    linha.subItems = {texto(rs["numero"]), texto(rs[campoNome]), texto(rs["agencia"]),
+                      texto(rs[campoData]), formatMoney(valor(rs["valor"]))};
+    linha.icon = icone;
+    lstterceiros->addItem(std::move(linha));
+}
+
+void FrmLocCHTerceiros::lstterceiros_ItemCheck(int linha, bool marcado) {
+    const QString mostrado = lstterceiros->text(linha, kValor);
+    if (marcado)
+        total_.tenThousandths += ListaDeCheques::somaAoMarcar(mostrado).tenThousandths;
+    else
+        total_.tenThousandths -= ListaDeCheques::somaAoDesmarcar(mostrado).tenThousandths;
+    mostrarTotal("Total Selecionado:");
+}
+
+void FrmLocCHTerceiros::mostrarTotal(const QString& titulo) {
+    lbltotal->setText(titulo + formatMoney(total_));
+}
+
+void FrmLocCHTerceiros::lstterceiros_ItemClick(const QString& /*chave*/, int linha) {
+    if (baixando())
+        return;
+    const QString lancamento = lstterceiros->text(linha, kLancamento);
+    if (lancamento != ultimoClicado_) {
+        ultimoClicado_ = lancamento;
+        return;
+    }
+    Mirtal::lancamentoEscolhido = emPrecisaoSimples(lancamento);
+    Mirtal::registroEscolhido = true;
+    rs_.reset();
+    if (!localizandoSemFundos()) // also when it is the renegotiation that looks for a cheque
+        FrmLancarCheques::instance().mostrarCheque(Mirtal::lancamentoEscolhido);
+    unload();
+}
+
+// ---- settlement
+
+// Deliberate: nothing is asked before and nothing is said afterwards.
+void FrmLocCHTerceiros::cmdsalvar_Click() {
+    const BusyCursor ocupado;
+    Repintura repintura;
+    for (int linha = 0; linha < lstterceiros->count(); ++linha) {
+        if (!lstterceiros->isChecked(linha))
+            continue;
+        baixar(lstterceiros->text(linha, kLancamento));
+        if (repintura.vencida()) {
+            lstterceiros->setCurrentRow(linha); // shows how far it has come
+            repintura.repintar();
+        }
+    }
+    txtbanco->setText("");
+    txtcliente->setText("");
+    lstterceiros->clear();
+    lbltotal->setText("Total:");
+    txtbanco->setFocus();
+}
+
+void FrmLocCHTerceiros::baixar(const QString& lancamento) {
+    ado::Recordset& cheques = dbconectar::instance().rsCheques;
+    cheques.clearFilter();
+    cheques.Requery();
+    if (!cheques.EOF())
+        cheques.Find("lancamento=" + lancamento);
+    if (cheques.EOF())
+        return; // another has deleted it since it was listed
+    ado::Transaction baixa(dbconectar::instance().Automacao);
+    cheques.Delete();
+    cheques.Requery();
+    baixa.commit();
+}
+
+void FrmLocCHTerceiros::cmdsair_Click() { unload(); }

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "controls/Form.h"
+#include "controls/Formato.h"
+#include "ui_FrmLocCHTerceiros.h"
+
+#include <memory>
+
+namespace ado {
+class Recordset;
+}
+
+/// The cheque list: one window for three uses, which Mirtal::modo names before it is shown.
+///
+///     "Baixar"       settlement: cheques are ticked, and Save deletes each from the received ones
+///     "localizarCH"  finding a received cheque, which FrmLancarCheques then shows as well
+///     "localizarSF"  finding a bounced cheque
+///
+/// In the last two a second click on the same row picks its cheque: Mirtal::registroEscolhido and
+/// Mirtal::lancamentoEscolhido are set and the window closes. The list is empty until a filter is
+/// used, and each filter replaces it. The mode is read at load, at each filling and at each pick,
+/// so it must stay the same while the window is open.
+class FrmLocCHTerceiros final : public Form, private Ui::FrmLocCHTerceiros {
+    Q_OBJECT
+public:
+    FrmLocCHTerceiros();
+    ~FrmLocCHTerceiros() override;
+    static FrmLocCHTerceiros& instance();
+
+    /// For who lists bounced cheques, of which none is to be deposited. Until the window closes.
+    void ocultarDescontar();
+
+private:
+    void Form_Load() override;
+
+    void chkdescontar_Click();
+    void chkmostrar_Click();
+    void txtbanco_Click();
+    void txtcliente_Click();
+    void txtfim_LostFocus();
+    void lstterceiros_ItemCheck(int linha, bool marcado);
+    void lstterceiros_ItemClick(const QString& chave, int linha);
+    void cmdsalvar_Click();
+    void cmdsair_Click();
+
+    /// Lists the cheques that meet a where clause, with `campoNome` in the name column.
+    void preencher(const QString& onde, const char* campoNome);
+    void acrescentarLinha(const char* campoNome, const QIcon& icone);
+    void mostrarTotal(const QString& titulo);
+    /// Deletes the received cheque, if it is still there, in a transaction of its own.
+    static void baixar(const QString& lancamento);
+
+    std::unique_ptr<ado::Recordset> rs_; ///< of the list on show; null when closed
+    Amount total_; ///< of the ticked cheques; see ListaDeCheques::somaAoMarcar()
+    QString ultimoClicado_;
+};

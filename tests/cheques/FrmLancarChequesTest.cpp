@@ -1,0 +1,574 @@
+#include "cheques/ChequeEntry.h"
+#include "controls/DropDownList.h"
+#include "controls/NavigationBar.h"
+#include "jet/Error.h"
+#include "shell/Mirtal.h"
+#include "support/FormChecks.h"
+
+#include <QPushButton>
+#include <QToolButton>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+using ReceivedCheques = ChequeEntry;
+
+// ---- as it opens
+
+TEST_F(ReceivedCheques, SaysWhatItIs) {
+    auto& form = open<FrmLancarCheques>();
+    EXPECT_EQ(form.windowTitle(), "Cadastro de Cheques Recebidos");
+    const struct {
+        const char* control;
+        const char* says;
+    } texts[] = {
+        {"Label10",      "Informações gerais sobre cheques recebidos:"},
+        {"Label1",       "Nome do Cliente:"                             },
+        {"Label2",       "Banco:"                                       },
+        {"Label3",       "Agência:"                                    },
+        {"Label4",       "Nº Cheque:"                                  },
+        {"Label5",       "Dt.Emissão:"                                 },
+        {"Label6",       "Dt.Vencto:"                                   },
+        {"Label7",       "Valor :"                                      },
+        {"Label8",       "Quem Autorizou:"                              },
+        {"Label9",       "Observações:"                               },
+        {"txtdescontar", "&Descontar"                                   },
+        {"cmbcheques",   "Vários C&heques"                             },
+        {"CmdNovo",      "No&vo"                                        },
+        {"CmdIncluir",   "&Salvar"                                      },
+        {"CmdExcluir",   "E&xcluir"                                     },
+        {"CmdLocalizar", "&Localizar"                                   },
+        {"CmdSair",      "Sai&r"                                        },
+    };
+    for (const auto& [name, says] : texts)
+        EXPECT_EQ(text(form, name), says);
+    EXPECT_EQ(control(form, "CmdNovo").toolTip(), "Novo Registro");
+    const char* tips[] = {"Início do Arquivo", "Registro Anterior", "Próximo Registro",
+                          "Fim do Arquivo"};
+    for (int i = 0; i < NavigationBar::kCount; ++i)
+        EXPECT_EQ(control<NavigationBar>(form, "btnNavegacao").button(i)->toolTip(), tips[i]);
+}
+
+TEST_F(ReceivedCheques, OpensReadyForANewChequeEvenIfSomeAreStored) {
+    given("cheques", {cheque(kAna, "1", 60)});
+    auto& form = open<FrmLancarCheques>();
+    EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
+    EXPECT_EQ(focus(), "txtNome");
+}
+
+TEST_F(ReceivedCheques, ListsClientsAndBanksByNameWithTheirCodes) {
+    given("cliente_fornecedor", {
+                                    {{"nome", words("Atacado")}, {"tipo", yes(false)}}
+    });
+    auto& form = open<FrmLancarCheques>();
+    const auto listed = [&](const char* name) {
+        const auto& list = control<DropDownList>(form, name);
+        std::vector<std::string> entries;
+        entries.reserve(static_cast<std::size_t>(list.count()));
+        for (int i = 0; i < list.count(); ++i)
+            entries.push_back(
+                (QString::number(list.itemData(i)) + " " + list.itemText(i)).toStdString());
+        return entries;
+    };
+    EXPECT_THAT(listed("txtNome"), ElementsAre("2 Ana Costa", "1 Bento Dias", "3 Carla Reis"));
+    EXPECT_THAT(listed("txtbanco"), ElementsAre("2 Agrobanco", "1 Banco Norte"));
+}
+
+TEST_F(ReceivedCheques, HasANameForEachControlNoSharedKeysAndNoCutText) {
+    auto& form = open<FrmLancarCheques>();
+    EXPECT_EQ(faultsOf(form), QStringList());
+}
+
+TEST_F(ReceivedCheques, TheEntryNumberIsNotForTyping) {
+    given("cheques", {cheque(kAna, "1", 60)});
+    auto& form = open<FrmLancarCheques>();
+    click(form, "btnNavegacao", 0);
+    control(form, "txtlancamento").setFocus();
+    type("9");
+    EXPECT_EQ(text(form, "txtlancamento"), "1");
+}
+
+// ---- keys and prompts
+
+TEST_F(ReceivedCheques, EachControlHasItsPrompt) {
+    auto& form = open<FrmLancarCheques>();
+    const struct {
+        const char* control;
+        const char* prompt;
+    } table[] = {
+        {"txtNome",       "Digite o nome do cliente"                                             },
+        {"txtbanco",      "Digite o código do banco"                                            },
+        {"txtagencia",    "Digite o nº da Agência"                                             },
+        {"txtnumero",     "Digite o número do cheque"                                           },
+        {"txtdata",       "Digite a data de emissão do cheque"                                  },
+        {"txtbompara",    "Digite a data de vencimento do cheque"                                },
+        {"txtvalor",      "Digite o valor do cheque"                                             },
+        {"txtautorizou",  "Digite o nome da pessoa que autorizou"                                },
+        {"txtobservacao", "Digite alguma observação a respeito do cliente ou cheque"           },
+        {"txtdescontar",  "Informe se o cliente vem trocar o cheque na empresa ou é p/descontar"},
+        {"cmbcheques",    "Marque se deseja lançar vários cheques do mesmo cliente"            },
+    };
+    for (const auto& [name, wanted] : table) {
+        enter(form, name);
+        if (focus() == "CmdIncluir") // left the last field
+            enter(form, name);
+        EXPECT_EQ(focus(), name);
+        EXPECT_EQ(prompt(), wanted);
+    }
+    click(form, "CmdSair");
+    EXPECT_EQ(prompt(), "");
+}
+
+TEST_F(ReceivedCheques, EnterLeadsThroughTheFieldsStraightToTheSave) {
+    open<FrmLancarCheques>();
+    std::vector<std::string> way;
+    for (int i = 0; i < 9; ++i) {
+        way.push_back(focus().toStdString());
+        press(i % 2 == 0 ? Qt::Key_Return : Qt::Key_Enter);
+    }
+    EXPECT_THAT(way, ElementsAre("txtNome", "txtbanco", "txtagencia", "txtnumero", "txtdata",
+                                 "txtbompara", "txtvalor", "txtautorizou", "txtobservacao"));
+    EXPECT_EQ(focus(), "CmdIncluir");
+}
+
+TEST_F(ReceivedCheques, TheLastFieldLeadsToTheSaveWhicheverWayItIsLeft) {
+    auto& form = open<FrmLancarCheques>();
+    enter(form, "txtobservacao");
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focus(), "CmdIncluir");
+    enter(form, "txtobservacao");
+    press(Qt::Key_Backtab);
+    EXPECT_EQ(focus(), "CmdIncluir");
+    enter(form, "txtobservacao");
+    click(form, "cmbcheques"); // ticked all the same
+    EXPECT_EQ(focus(), "CmdIncluir");
+    EXPECT_TRUE(ticked(form, "cmbcheques"));
+}
+
+TEST_F(ReceivedCheques, EnterMovesOnFromTheCheckBoxesToo) {
+    auto& form = open<FrmLancarCheques>();
+    enter(form, "txtdescontar");
+    press(Qt::Key_Return);
+    EXPECT_EQ(focus(), "cmbcheques");
+    press(Qt::Key_Return);
+    EXPECT_EQ(focus(), "CmdNovo");
+    EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
+}
+
+TEST_F(ReceivedCheques, TabGoesThroughTheCommandsInTheirOrder) {
+    auto& form = open<FrmLancarCheques>();
+    enter(form, "CmdNovo");
+    std::vector<std::string> order;
+    for (int i = 0; i < 5; ++i) {
+        order.push_back(focus().toStdString());
+        press(Qt::Key_Tab);
+    }
+    EXPECT_THAT(order,
+                ElementsAre("CmdNovo", "CmdIncluir", "CmdExcluir", "CmdLocalizar", "CmdSair"));
+}
+
+TEST_F(ReceivedCheques, TypingCompletesClientAndBank) {
+    auto& form = open<FrmLancarCheques>();
+    type("b");
+    EXPECT_EQ(text(form, "txtNome"), "Bento Dias");
+    type("x");
+    EXPECT_EQ(text(form, "txtNome"), "Bx"); // no such client
+    press(Qt::Key_Return);
+    type(form, "txtNome", "CAR");
+    EXPECT_EQ(text(form, "txtNome"), "Carla Reis");
+    press(Qt::Key_Return);
+    type("BAN");
+    EXPECT_EQ(text(form, "txtbanco"), "Banco Norte");
+}
+
+// ---- what must be filled in
+
+TEST_F(ReceivedCheques, AsksForTheClientFirst) {
+    auto& form = open<FrmLancarCheques>();
+    expectMessage("Advertência", "É necessário preencher o nome do cliente.");
+    click(form, "CmdIncluir");
+    EXPECT_EQ(focus(), "txtNome");
+    EXPECT_THAT(stored(), IsEmpty());
+    EXPECT_FALSE(data().Automacao.inTransaction());
+}
+
+TEST_F(ReceivedCheques, ANameThatNoClientHasIsNoClient) {
+    auto& form = open<FrmLancarCheques>();
+    fill(form, "Ninguem", "1", "10");
+    expectMessage("Advertência", "É necessário preencher o nome do cliente.");
+    click(form, "CmdIncluir");
+    EXPECT_EQ(text(form, "txtNome"), "Ninguem");
+}
+
+TEST_F(ReceivedCheques, AsksForTheBankSecond) {
+    auto& form = open<FrmLancarCheques>();
+    type(form, "txtNome", "Ana");
+    expectMessage("Advertência", "É necessário preencher o nome do banco.");
+    click(form, "CmdIncluir");
+    EXPECT_EQ(focus(), "txtbanco");
+}
+
+TEST_F(ReceivedCheques, AsksForTheNumberThird) {
+    auto& form = open<FrmLancarCheques>();
+    type(form, "txtNome", "Ana");
+    type(form, "txtbanco", "Agro");
+    expectMessage("Advertência", "É necessário preencher O número do cheque.");
+    click(form, "CmdIncluir");
+    EXPECT_EQ(focus(), "txtnumero");
+}
+
+TEST_F(ReceivedCheques, AsksForTheValueLast) {
+    auto& form = open<FrmLancarCheques>();
+    fill(form, "Ana", "1", "0,00");
+    expectMessage("Advertência", "É necessário preencher o Valor do Cheque.");
+    click(form, "CmdIncluir");
+    EXPECT_EQ(focus(), "txtvalor");
+    EXPECT_THAT(stored(), IsEmpty());
+}
+
+TEST_F(ReceivedCheques, ANegativeValuePasses) {
+    auto& form = open<FrmLancarCheques>();
+    fill(form, "Ana", "1", "-5");
+    click(form, "CmdIncluir");
+    EXPECT_THAT(stored(), ElementsAre("1|2|2|0042|1|01/03/2026|31/03/2026|-5,00|||Verdadeiro"));
+}
+
+TEST_F(ReceivedCheques, NothingElseNeedsBeFilledIn) {
+    auto& form = open<FrmLancarCheques>();
+    type(form, "txtNome", "Ana");
+    type(form, "txtbanco", "Agro");
+    type(form, "txtnumero", "7");
+    type(form, "txtvalor", "0,01");
+    click(form, "CmdIncluir");
+    EXPECT_THAT(stored(), SizeIs(1));
+}
+
+TEST_F(ReceivedCheques, NoMoreCanBeTypedThanTheFileHolds) {
+    auto& form = open<FrmLancarCheques>();
+    const struct {
+        const char* box;
+        int holds;
+    } boxes[] = {
+        {"txtagencia",    10 },
+        {"txtnumero",     20 },
+        {"txtautorizou",  50 },
+        {"txtobservacao", 255},
+    };
+    for (const auto& [box, holds] : boxes) {
+        type(form, box, QString(holds + 1, 'x'));
+        EXPECT_EQ(text(form, box).size(), holds) << box;
+    }
+}
+
+TEST_F(ReceivedCheques, WhatTheFileCantHoldIsRefusedAndNothingTypedIsLost) {
+    auto& form = open<FrmLancarCheques>();
+    fill(form, "Ana", "1", "10");
+    auto& box = control<QLineEdit>(form, "txtagencia");
+    box.setMaxLength(100);
+    box.setText("mais do que cabe");
+    expectMessage("Advertência",
+                  QString::fromStdString(*data().rsCheques["agencia"].refusal("mais do que cabe")));
+    click(form, "CmdIncluir");
+    EXPECT_EQ(focus(), "txtagencia");
+    EXPECT_EQ(text(form, "txtnumero"), "1");
+    EXPECT_THAT(stored(), IsEmpty());
+}
+
+// ---- saving
+
+TEST_F(ReceivedCheques, SavesANewChequeAndIsReadyForTheNext) {
+    auto& form = open<FrmLancarCheques>();
+    fill(form, "Ana", "000123", "1234,56");
+    press(Qt::Key_Return);
+    type("Seu José");
+    press(Qt::Key_Return);
+    type("Cheque de D'Ávila");
+    press(Qt::Key_Return);
+    press(Qt::Key_Return); // the focus is on the save
+    EXPECT_THAT(stored(), ElementsAre("1|2|2|0042|000123|01/03/2026|31/03/2026|1234,56|Cheque de "
+                                      "D'Ávila|Seu José|Verdadeiro"));
+    EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
+    EXPECT_EQ(focus(), "txtNome");
+    EXPECT_FALSE(data().Automacao.inTransaction());
+    EXPECT_EQ(data().rsCheques.RecordCount(), 1);
+}
+
+TEST_F(ReceivedCheques, SavesAChequeThatTheClientComesToExchange) {
+    auto& form = open<FrmLancarCheques>();
+    fill(form, "Ana", "1", "10");
+    click(form, "txtdescontar");
+    click(form, "CmdIncluir");
+    EXPECT_THAT(stored(), ElementsAre("1|2|2|0042|1|01/03/2026|31/03/2026|10,00|||Falso"));
+    EXPECT_TRUE(ticked(form, "txtdescontar"));
+}
+
+TEST_F(ReceivedCheques, ChangesTheChequeOnShow) {
+    given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20), cheque(kAna, "3", 30)});
+    auto& form = open<FrmLancarCheques>();
+    click(form, "btnNavegacao", 2);
+    EXPECT_EQ(text(form, "txtlancamento"), "2");
+    type(form, "txtvalor", "25,50");
+    click(form, "CmdIncluir");
+    EXPECT_THAT(stored(), ElementsAre("1|2|1||1|01/03/2026|01/04/2026|10,00|||Verdadeiro",
+                                      "2|3|1||2|01/03/2026|01/04/2026|25,50|||Verdadeiro",
+                                      "3|2|1||3|01/03/2026|01/04/2026|30,00|||Verdadeiro"));
+    EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
+}
+
+TEST_F(ReceivedCheques, AChequeDeletedMeanwhileFailsAndUndoesTheSaving) {
+    given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
+    auto& form = open<FrmLancarCheques>();
+    click(form, "btnNavegacao", 0);
+    Mirtal::apagarPorChave("Cheques", "lancamento", "1", false);
+    expectFailure("Não há registro atual");
+    click(form, "CmdIncluir");
+    EXPECT_FALSE(data().Automacao.inTransaction());
+    EXPECT_THAT(stored(), SizeIs(1));
+}
+
+// ---- several cheques of one client
+
+TEST_F(ReceivedCheques, ARunOfChequesFallsDueEveryThirtyDays) {
+    auto& form = open<FrmLancarCheques>();
+    click(form, "cmbcheques");
+    fill(form, "Ana", "1", "10");
+    type(form, "txtbompara", "10012026");
+    for (const char* next : {"2", "3", "4"}) {
+        press(Qt::Key_S, Qt::AltModifier);
+        EXPECT_EQ(focus(), "txtnumero");
+        EXPECT_EQ(text(form, "txtnumero"), "");
+        type(next);
+    }
+    EXPECT_THAT(stored(), ElementsAre("1|2|2|0042|1|01/03/2026|10/01/2026|10,00|||Verdadeiro",
+                                      "2|2|2|0042|2|01/03/2026|09/02/2026|10,00|||Verdadeiro",
+                                      "3|2|2|0042|3|01/03/2026|11/03/2026|10,00|||Verdadeiro"));
+    EXPECT_EQ(shown(form), "|Ana Costa|Agrobanco|0042|4|01/03/2026|10/04/2026|10,00|||descontar|"
+                           "varios");
+}
+
+TEST_F(ReceivedCheques, ARunBegunOnAStoredChequeGoesOnChangingIt) {
+    given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
+    auto& form = open<FrmLancarCheques>();
+    click(form, "btnNavegacao", 3);
+    click(form, "cmbcheques");
+    click(form, "CmdIncluir");
+    EXPECT_EQ(text(form, "txtlancamento"), "2");
+    type("8");
+    click(form, "CmdIncluir");
+    EXPECT_THAT(stored(), ElementsAre("1|2|1||1|01/03/2026|01/04/2026|10,00|||Verdadeiro",
+                                      "2|3|1||8|01/03/2026|01/05/2026|20,00|||Verdadeiro"));
+}
+
+// ---- new and delete
+
+TEST_F(ReceivedCheques, NewClearsEverythingAndTheRunToo) {
+    given("cheques", {cheque(kAna, "1", 10)});
+    auto& form = open<FrmLancarCheques>();
+    click(form, "btnNavegacao", 0);
+    click(form, "cmbcheques");
+    click(form, "txtdescontar");
+    press(Qt::Key_V, Qt::AltModifier);
+    EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
+    EXPECT_EQ(focus(), "txtNome");
+    EXPECT_THAT(stored(), SizeIs(1));
+}
+
+TEST_F(ReceivedCheques, DeleteWithoutAStoredChequeOnShowDoesNothing) {
+    given("cheques", {cheque(kAna, "1", 10)});
+    auto& form = open<FrmLancarCheques>();
+    click(form, "CmdExcluir");
+    EXPECT_THAT(stored(), SizeIs(1));
+    EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
+}
+
+TEST_F(ReceivedCheques, DeleteAsksAndDoesNothingOnNo) {
+    given("cheques", {cheque(kAna, "1", 10)});
+    auto& form = open<FrmLancarCheques>();
+    click(form, "btnNavegacao", 0);
+    const std::string before = shown(form);
+    expectMessage("Exclusão", "Deseja realmente excluir este registro ?", MessageIcon::critical,
+                  MessageButtons::yesNo, MessageAnswer::no);
+    click(form, "CmdExcluir");
+    EXPECT_EQ(shown(form), before);
+    EXPECT_THAT(stored(), SizeIs(1));
+}
+
+TEST_F(ReceivedCheques, ADeleteLeavesTodaysDatesAndNoTicks) {
+    given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20), cheque(kAna, "3", 30)});
+    auto& form = open<FrmLancarCheques>();
+    click(form, "btnNavegacao", 2);
+    click(form, "cmbcheques");
+    expectMessage("Exclusão", "Deseja realmente excluir este registro ?", MessageIcon::critical,
+                  MessageButtons::yesNo, MessageAnswer::yes);
+    click(form, "CmdExcluir");
+    EXPECT_EQ(shown(form), newCheque(0, "|"));
+    EXPECT_THAT(stored(), ElementsAre("1|2|1||1|01/03/2026|01/04/2026|10,00|||Verdadeiro",
+                                      "3|2|1||3|01/03/2026|01/04/2026|30,00|||Verdadeiro"));
+    EXPECT_EQ(data().rsCheques.RecordCount(), 2);
+    click(form, "btnNavegacao", 2); // the set begins anew
+    EXPECT_EQ(text(form, "txtlancamento"), "3");
+}
+
+// ---- walking and showing
+
+TEST_F(ReceivedCheques, TheNavigationButtonsWalkAndStopAtTheEnds) {
+    given("cheques", {cheque(kAna, "10", 1), cheque(kBento, "20", 2), cheque(kCarla, "30", 3)});
+    auto& form = open<FrmLancarCheques>();
+    const struct {
+        int button;
+        const char* key;
+        const char* name;
+    } steps[] = {
+        {0, "1", "Ana Costa" },
+        {1, "1", "Ana Costa" },
+        {2, "2", "Bento Dias"},
+        {2, "3", "Carla Reis"},
+        {2, "3", "Carla Reis"},
+        {1, "2", "Bento Dias"},
+        {3, "3", "Carla Reis"},
+        {0, "1", "Ana Costa" },
+    };
+    for (const auto& [button, key, name] : steps) {
+        click(form, "btnNavegacao", button);
+        EXPECT_EQ(text(form, "txtlancamento"), key);
+        EXPECT_EQ(text(form, "txtNome"), name);
+    }
+}
+
+TEST_F(ReceivedCheques, WalkingAnEmptyTableShowsNothing) {
+    auto& form = open<FrmLancarCheques>();
+    for (int i = 0; i < NavigationBar::kCount; ++i)
+        click(form, "btnNavegacao", i);
+    EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
+}
+
+TEST_F(ReceivedCheques, ShowsEveryField) {
+    given("cheques", {
+                         {{"cliente", number(kCarla)},
+                          {"banco", number(2)},
+                          {"agencia", words("0042-1")},
+                          {"numero", words("000777")},
+                          {"data", day(2026, 2, 3)},
+                          {"bompara", day(2026, 12, 31)},
+                          {"valor", jet::Currency{12345600}},
+                          {"observacao", words("De um amigo")},
+                          {"autorizou", words("Rita")},
+                          {"descontar", yes(false)}}
+    });
+    auto& form = open<FrmLancarCheques>();
+    click(form, "btnNavegacao", 0);
+    EXPECT_EQ(shown(form), "1|Carla Reis|Agrobanco|0042-1|000777|03/02/2026|31/12/2026|1.234,56|"
+                           "Rita|De um amigo||");
+    click(form, "CmdIncluir");
+    EXPECT_THAT(stored(), ElementsAre("1|3|2|0042-1|000777|03/02/2026|31/12/2026|1234,56|De um "
+                                      "amigo|Rita|Falso"));
+}
+
+TEST_F(ReceivedCheques, EmptyFieldsShowAsEmptyBoxesDo) {
+    given("cheques", {
+                         cheque(kAna, "1", 10), {{"cliente", number(kAna)}, {"banco", number(1)}}
+    });
+    auto& form = open<FrmLancarCheques>();
+    type(form, "txtobservacao", "algo");
+    click(form, "btnNavegacao", 0);
+    click(form, "btnNavegacao", 3);
+    const std::string today = formatDate(QDate::currentDate()).toStdString();
+    EXPECT_EQ(shown(form), "2|Ana Costa|Banco Norte|||" + today + "|" + today + "|0,00||||");
+}
+
+TEST_F(ReceivedCheques, OfClientsWithOneNameTheChequesOwnIsChosen) {
+    given("cliente_fornecedor", {client("Ana Costa", 0), client("Ana Costa e Filhos", 0)});
+    given("cheques", {cheque(4, "1", 10)});
+    auto& form = open<FrmLancarCheques>();
+    click(form, "btnNavegacao", 0);
+    EXPECT_EQ(text(form, "txtNome"), "Ana Costa");
+    click(form, "CmdIncluir");
+    EXPECT_THAT(stored(), ElementsAre("1|4|1||1|01/03/2026|01/04/2026|10,00|||Verdadeiro"));
+}
+
+TEST_F(ReceivedCheques, AChequeIsShownForOthersToo) {
+    given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
+    FrmLancarCheques::instance().mostrarCheque(2);
+    auto& form = open<FrmLancarCheques>(); // shown while it was hidden, still there
+    EXPECT_EQ(text(form, "txtlancamento"), "2");
+    EXPECT_EQ(text(form, "txtNome"), "Carla Reis");
+}
+
+TEST_F(ReceivedCheques, AnEntryNumberHasSixteenBits) {
+    Row last = cheque(kAna, "1", 10);
+    last.push_back({"lancamento", number(32767)});
+    Row beyond = cheque(kAna, "2", 20);
+    beyond.push_back({"lancamento", number(32768)});
+    given("cheques", {last, beyond});
+    auto& form = open<FrmLancarCheques>();
+    click(form, "btnNavegacao", 0);
+    EXPECT_EQ(text(form, "txtlancamento"), "32767");
+    expectFailure("O lançamento 32768 não pode ser mostrado");
+    click(form, "btnNavegacao", 3);
+    EXPECT_EQ(text(form, "txtlancamento"), "32767");
+    EXPECT_THROW(form.mostrarCheque(32768), jet::Error);
+    EXPECT_THROW(form.mostrarCheque(-32769), jet::Error);
+}
+
+TEST_F(ReceivedCheques, AChequeWhoseClientIsGoneFails) {
+    given("cheques", {cheque(9, "1", 10)});
+    auto& form = open<FrmLancarCheques>();
+    expectFailure("Não há registro atual");
+    click(form, "btnNavegacao", 0);
+}
+
+// ---- finding
+
+TEST_F(ReceivedCheques, FindOpensTheListAndComesBackToTheClient) {
+    given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
+    QString mode;
+    bool chosen = true;
+    FrmLancarCheques::aoLocalizar([&] {
+        mode = Mirtal::modo;
+        chosen = Mirtal::registroEscolhido;
+        FrmLancarCheques::instance().mostrarCheque(2); // as the list does when one is picked
+    });
+    Mirtal::registroEscolhido = true;
+    auto& form = open<FrmLancarCheques>();
+    enter(form, "txtagencia");
+    press(Qt::Key_L, Qt::AltModifier);
+    EXPECT_EQ(mode, "localizarCH");
+    EXPECT_FALSE(chosen);
+    EXPECT_EQ(text(form, "txtlancamento"), "2");
+    EXPECT_EQ(focus(), "txtNome");
+    click(form, "CmdSair");
+    EXPECT_EQ(Mirtal::modo, "");
+}
+
+TEST_F(ReceivedCheques, AChequeFoundOutsideTheClientsAtHandFails) {
+    given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
+    FrmLancarCheques::aoLocalizar([] { FrmLancarCheques::instance().mostrarCheque(2); });
+    auto& form = open<FrmLancarCheques>();
+    type(form, "txtNome", "Ana");
+    press(Qt::Key_Return);
+    enter(form, "txtvalor");
+    press(Qt::Key_Return);
+    expectFailure("Não há registro atual");
+    click(form, "CmdLocalizar");
+}
+
+// ---- closing
+
+TEST_F(ReceivedCheques, CloseAndEscUnloadAndForgetTheMode) {
+    click(open<FrmLancarCheques>(), "CmdSair");
+    EXPECT_FALSE(FrmLancarCheques::instance().isLoaded());
+    auto& form = open<FrmLancarCheques>();
+    Mirtal::modo = "localizarCH";
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_EQ(Mirtal::modo, "");
+    EXPECT_EQ(shown(open<FrmLancarCheques>()), newCheque(30, "descontar|"));
+}
+
+} // namespace
