@@ -14,8 +14,8 @@ const std::filesystem::path& benchFolder();
 /// A new database file of the shop with invented rows.
 void makeShop(const std::filesystem::path& mdb, const SampleSize& size);
 
-/// The same invented shop twice: as our database and as one of SQLite, with the same columns, keys and
-/// indexes. Made when first asked for, in a temporary folder that goes with the program.
+/// The same invented shop twice: as our database and as one of SQLite, with the same columns, keys
+/// and indexes. Made when first asked for, in a temporary folder that goes with the program.
 struct ShopFiles {
     std::filesystem::path mdb;
     std::filesystem::path sqlite;
@@ -35,7 +35,7 @@ public:
     Sqlite& operator=(const Sqlite&) = delete;
 
     void run(const char* sql);
-    sqlite3_stmt* prepare(const char* sql);   ///< ours until the database closes
+    sqlite3_stmt* prepare(const char* sql); ///< ours until the database closes
     void check(int result) const;
     [[nodiscard]] sqlite3* handle() const noexcept { return handle_; }
 

@@ -92,12 +92,10 @@ void clientListSqlite(benchmark::State& state, std::int64_t cheques) {
         }
         while (sqlite3_step(statement) == SQLITE_ROW) {
             for (const int column : {number, name, bank})
-                benchmark::DoNotOptimize(
-                    std::string(reinterpret_cast<const char*>(
-                                    sqlite3_column_text(statement, column))
-                                    ? reinterpret_cast<const char*>(
-                                          sqlite3_column_text(statement, column))
-                                    : ""));
+                benchmark::DoNotOptimize(std::string(
+                    reinterpret_cast<const char*>(sqlite3_column_text(statement, column))
+                        ? reinterpret_cast<const char*>(sqlite3_column_text(statement, column))
+                        : ""));
             benchmark::DoNotOptimize(sqlite3_column_int64(statement, amount));
         }
         sqlite3_finalize(statement);
@@ -226,9 +224,11 @@ int main(int argc, char** argv) {
         return 1;
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.printRatios({{"sum of valor", 2.0},
-                          {"joined list of a client", 3.0},
-                          {"1000 inserts, each committed", 2.0}});
+    reporter.printRatios({
+        {"sum of valor",                 2.0},
+        {"joined list of a client",      3.0},
+        {"1000 inserts, each committed", 2.0}
+    });
     printOpenings();
     return 0;
 }

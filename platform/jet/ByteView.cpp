@@ -3,8 +3,8 @@
 namespace jet {
 
 void corrupt(PageNo page, const std::string& reason) {
-    throw Error(Errc::corrupt, "O arquivo está danificado (página " +
-                                   std::to_string(number(page)) + "): " + reason + ".");
+    throw Error(Errc::corrupt, "O arquivo está danificado (página " + std::to_string(number(page)) +
+                                   "): " + reason + ".");
 }
 
 } // namespace jet

@@ -12,7 +12,8 @@ constexpr std::int64_t kDatabases = 0x0F000002;
 constexpr std::int64_t kRelationships = 0x0F000003;
 constexpr std::int64_t kDatabaseObject = 0x10000000;
 constexpr std::int64_t kPageMask = 0x00FFFFFF;
-constexpr std::int64_t kSystemFlag = -0x7FFFFFFF - 1;   ///< bit 31, as the signed number it is stored as
+constexpr std::int64_t kSystemFlag =
+    -0x7FFFFFFF - 1; ///< bit 31, as the signed number it is stored as
 constexpr std::int64_t kHiddenFlag = 0x02;
 
 enum ObjectType : std::int64_t { tableObject = 1, databaseObject = 2, containerObject = 3 };
@@ -51,11 +52,10 @@ Date now() {
     const auto days = floor<std::chrono::days>(system_clock::now());
     const year_month_day day(days);
     const hh_mm_ss time(floor<seconds>(system_clock::now() - days));
-    return Date::of({static_cast<int>(day.year()), static_cast<int>(static_cast<unsigned>(day.month())),
-                     static_cast<int>(static_cast<unsigned>(day.day())),
-                     static_cast<int>(time.hours().count()),
-                     static_cast<int>(time.minutes().count()),
-                     static_cast<int>(time.seconds().count())});
+    return Date::of(
+        {static_cast<int>(day.year()), static_cast<int>(static_cast<unsigned>(day.month())),
+         static_cast<int>(static_cast<unsigned>(day.day())), static_cast<int>(time.hours().count()),
+         static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count())});
 }
 
 void addObject(Table& table, std::int64_t id, std::int64_t parent, const std::string& name,
@@ -148,22 +148,24 @@ void fillNewCatalog(Table& objects, Table& rights, const Accounts& accounts) {
         const Bytes& account;
         std::int64_t mask;
         bool inherited;
-    } rows[] = {{2, accounts.admin, kReadDefinition, false},
-                {3, accounts.admin, kReadDefinition, false},
-                {4, accounts.admin, kReadDefinition, false},
-                {5, accounts.admin, 917504, false},
-                {kTables, accounts.creator, 983294, true},
-                {kTables, accounts.admin, 393217, false},
-                {kRelationships, accounts.creator, 983294, true},
-                {kRelationships, accounts.admin, 393217, false},
-                {kDatabases, accounts.admin, kReadDefinition, false},
-                {kDatabaseObject, accounts.admin, 393230, false},
-                {kDatabaseObject, accounts.users, 14, false},
-                {4, accounts.users, kUsersRead, false},
-                {5, accounts.users, kUsersRead, false},
-                {2, accounts.users, kUsersRead, false},
-                {kTables, accounts.users, kFullTable, true},
-                {kRelationships, accounts.users, 1048575, true}};
+    } rows[] = {
+        {2,               accounts.admin,   kReadDefinition, false},
+        {3,               accounts.admin,   kReadDefinition, false},
+        {4,               accounts.admin,   kReadDefinition, false},
+        {5,               accounts.admin,   917504,          false},
+        {kTables,         accounts.creator, 983294,          true },
+        {kTables,         accounts.admin,   393217,          false},
+        {kRelationships,  accounts.creator, 983294,          true },
+        {kRelationships,  accounts.admin,   393217,          false},
+        {kDatabases,      accounts.admin,   kReadDefinition, false},
+        {kDatabaseObject, accounts.admin,   393230,          false},
+        {kDatabaseObject, accounts.users,   14,              false},
+        {4,               accounts.users,   kUsersRead,      false},
+        {5,               accounts.users,   kUsersRead,      false},
+        {2,               accounts.users,   kUsersRead,      false},
+        {kTables,         accounts.users,   kFullTable,      true },
+        {kRelationships,  accounts.users,   1048575,         true }
+    };
     for (const auto& row : rows)
         addRight(rights, row.object, row.account, row.mask, row.inherited);
 }

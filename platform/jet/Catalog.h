@@ -9,11 +9,11 @@ namespace jet {
 struct CatalogEntry {
     std::string name;
     PageNo definition;
-    bool user;   ///< not one of the system's own or a hidden one
+    bool user; ///< not one of the system's own or a hidden one
 };
 
-/// The tables of a file, in the order the catalog has them. Entries that don't name a page of the file
-/// are passed over.
+/// The tables of a file, in the order the catalog has them. Entries that don't name a page of the
+/// file are passed over.
 [[nodiscard]] std::vector<CatalogEntry> readCatalog(const Table& objects, std::uint32_t pageCount);
 
 /// Enters a new table, with the owner and the rights that the file's other tables have.

@@ -32,8 +32,7 @@ Slot DataPage::slot(std::size_t number) const {
     const std::size_t begin = word & kOffsetMask;
     const std::size_t end =
         number == 0 ? format_->pageSize : load<std::uint16_t>(entry - kSlotSize) & kOffsetMask;
-    if (begin > end || end > format_->pageSize ||
-        begin < format_->rowTableAt + kSlotSize * slots_)
+    if (begin > end || end > format_->pageSize || begin < format_->rowTableAt + kSlotSize * slots_)
         corrupt(page_, "a linha " + std::to_string(number) + " está fora do seu lugar");
     return {static_cast<SlotKind>(word & kKindMask), begin, bytes_.subspan(begin, end - begin)};
 }
@@ -91,8 +90,7 @@ std::size_t DataPageEditor::add(std::span<const std::byte> row, SlotKind kind) {
     const std::size_t offset = format_.rowTableAt + kSlotSize * slot + free - row.size();
     std::copy(row.begin(), row.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
     setSlot(slot, offset, kind);
-    store<std::uint16_t>(bytes_.data() + format_.slotCountAt,
-                         static_cast<std::uint16_t>(slot + 1));
+    store<std::uint16_t>(bytes_.data() + format_.slotCountAt, static_cast<std::uint16_t>(slot + 1));
     store<std::uint16_t>(bytes_.data() + kFreeBytesAt,
                          static_cast<std::uint16_t>(free - row.size() - kSlotSize));
     return slot;
@@ -106,7 +104,7 @@ void DataPageEditor::resize(std::size_t slot, std::size_t size) {
     const std::size_t free = page.freeBytes();
     assert(size <= old.bytes.size() + free);
     const std::size_t heap = page.slot(page.slotCount() - 1).offset;
-    const auto delta =   // by how much this and all later rows move towards the page's end
+    const auto delta = // by how much this and all later rows move towards the page's end
         static_cast<std::ptrdiff_t>(old.bytes.size()) - static_cast<std::ptrdiff_t>(size);
 
     std::byte* base = bytes_.data();
@@ -135,9 +133,7 @@ void DataPageEditor::replace(std::size_t slot, std::span<const std::byte> row, S
     setSlot(slot, now.offset, kind);
 }
 
-void DataPageEditor::remove(std::size_t slot) {
-    replace(slot, {}, SlotKind::deleted);
-}
+void DataPageEditor::remove(std::size_t slot) { replace(slot, {}, SlotKind::deleted); }
 
 std::span<std::byte> DataPageEditor::slotBytes(std::size_t slot) {
     const Slot found = view().slot(slot);

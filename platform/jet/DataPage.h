@@ -10,8 +10,8 @@ namespace jet {
 /// What a slot of a data page holds.
 enum class SlotKind : std::uint16_t {
     row = 0x0000,
-    pointer = 0x4000,     ///< its first four bytes say where the row has moved
-    relocated = 0x8000,   ///< a row that a pointer leads to; a scan passes over it
+    pointer = 0x4000,   ///< its first four bytes say where the row has moved
+    relocated = 0x8000, ///< a row that a pointer leads to; a scan passes over it
     deleted = 0xC000,
 };
 
@@ -21,8 +21,8 @@ struct Slot {
     std::span<const std::byte> bytes;
 };
 
-/// A page of slots: table rows, parts of long values, or usage maps. Rows fill the page from its end
-/// downwards in slot order and without holes, so a slot ends where the one before it begins.
+/// A page of slots: table rows, parts of long values, or usage maps. Rows fill the page from its
+/// end downwards in slot order and without holes, so a slot ends where the one before it begins.
 class DataPage {
 public:
     /// @throws Error{corrupt} if the page isn't a data page or its row table doesn't fit.
@@ -65,7 +65,8 @@ public:
     std::size_t add(std::span<const std::byte> row, SlotKind kind = SlotKind::row);
     /// Gives the slot new bytes; requires that they fit.
     void replace(std::size_t slot, std::span<const std::byte> row, SlotKind kind);
-    /// Empties the slot and closes its gap. The slot stays: its number may still be in somebody's hands.
+    /// Empties the slot and closes its gap. The slot stays: its number may still be in somebody's
+    /// hands.
     void remove(std::size_t slot);
     /// Makes the slot `size` bytes long, what is there kept and filled up with zeros.
     void resize(std::size_t slot, std::size_t size);

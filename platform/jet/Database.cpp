@@ -48,8 +48,9 @@ void checkSize(const File& file, const Format& format) {
     if (size % format.pageSize != 0 || size / format.pageSize <= number(kRights))
         throw Error(Errc::corrupt, "O arquivo \"" + file.path().string() +
                                        "\" está incompleto: o seu tamanho (" +
-                                       std::to_string(size) + " bytes) não é o de um banco de "
-                                                              "dados inteiro.");
+                                       std::to_string(size) +
+                                       " bytes) não é o de um banco de "
+                                       "dados inteiro.");
     if (size > format.largestFile)
         throw Error(Errc::corrupt, "O arquivo \"" + file.path().string() +
                                        "\" é maior do que o seu formato permite.");
@@ -70,13 +71,19 @@ void requireName(const TextCodec& codec, const std::string& name) {
 
 NewColumn newColumn(const ColumnSpec& spec, Version version) {
     const bool isJet3 = version == Version::jet3;
-    NewColumn column{spec.name,      spec.type,  ColumnFlags::userColumn, fixedLength(spec.type),
-                     spec.compressed && isText(spec.type) && !isJet3, spec.precision, spec.scale};
+    NewColumn column{spec.name,
+                     spec.type,
+                     ColumnFlags::userColumn,
+                     fixedLength(spec.type),
+                     spec.compressed && isText(spec.type) && !isJet3,
+                     spec.precision,
+                     spec.scale};
     switch (spec.type) {
     case ColumnType::text:
     case ColumnType::binary:
         if (spec.width == 0 || spec.width > 255)
-            throw Error(Errc::misuse, "O campo \"" + spec.name + "\" deve ter de 1 a 255 de largura.");
+            throw Error(Errc::misuse,
+                        "O campo \"" + spec.name + "\" deve ter de 1 a 255 de largura.");
         column.length = static_cast<std::uint16_t>(
             spec.type == ColumnType::text && !isJet3 ? 2 * spec.width : spec.width);
         break;
@@ -147,7 +154,8 @@ Database::Database(const std::filesystem::path& path, const Options& options) {
             if (!parts_->lock.becomeWriter())
                 parts_->readOnly =
                     "O banco de dados está em uso por outra cópia do programa: os dados podem ser "
-                    "consultados, mas não alterados. Feche a outra cópia e abra o programa de novo.";
+                    "consultados, mas não alterados. Feche a outra cópia e abra o programa de "
+                    "novo.";
         } catch (const Error& error) {
             parts_->readOnly =
                 std::string("O banco de dados não pode ser alterado. ") + error.what();
@@ -214,8 +222,8 @@ void Database::loadCatalog() {
     for (CatalogEntry& entry : readCatalog(objects, parts_->pager.pageCount())) {
         std::string key = foldedName(entry.name);
         const auto known = parts_->catalog.find(key);
-        const bool same = known != parts_->catalog.end() &&
-                          known->second.definition == entry.definition;
+        const bool same =
+            known != parts_->catalog.end() && known->second.definition == entry.definition;
         catalog.try_emplace(std::move(key),
                             Parts::Entry{entry.name, entry.definition, entry.user,
                                          same ? std::move(known->second.table) : nullptr});

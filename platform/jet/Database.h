@@ -15,8 +15,8 @@ struct ColumnSpec {
     /// Text: most characters. Binary: most bytes. Other types: left at 0.
     std::uint16_t width = 0;
     bool autonumber = false;
-    std::uint8_t precision = 18;   ///< numeric
-    std::uint8_t scale = 0;        ///< numeric
+    std::uint8_t precision = 18; ///< numeric
+    std::uint8_t scale = 0;      ///< numeric
     /// Jet 4 text and memo: store what fits in one byte a character so.
     bool compressed = true;
 };
@@ -29,7 +29,7 @@ struct IndexSpec {
         bool ascending = true;
     };
     std::vector<KeyColumn> columns;
-    bool primary = false;   ///< then unique and required too
+    bool primary = false; ///< then unique and required too
     bool unique = false;
     bool ignoreNulls = false;
     bool required = false;
@@ -43,8 +43,8 @@ struct TableSpec {
 
 /// An open database file.
 ///
-/// Several may be open at once, one of them for writing: the first that opens a file writable holds it
-/// until it closes, the others read. One thread at a time.
+/// Several may be open at once, one of them for writing: the first that opens a file writable holds
+/// it until it closes, the others read. One thread at a time.
 class Database {
 public:
     struct Options {
@@ -96,9 +96,9 @@ public:
     void rollback();
     [[nodiscard]] bool inTransaction() const noexcept;
 
-    /// Changes made outside an explicit transaction are gathered and written together, at the latest
-    /// when they are half a second old: by the next change, or by this function, which who holds an
-    /// idle database calls from time to time.
+    /// Changes made outside an explicit transaction are gathered and written together, at the
+    /// latest when they are half a second old: by the next change, or by this function, which who
+    /// holds an idle database calls from time to time.
     void flushIfDue();
     void flush();
 

@@ -12,19 +12,19 @@ struct Database::Parts {
         std::string name;
         PageNo definition;
         bool user;
-        std::unique_ptr<Table> table;   ///< made when first asked for
+        std::unique_ptr<Table> table; ///< made when first asked for
     };
 
     std::filesystem::path path;
     Header header;
     TextSettings texts;
-    LockFile lock;   ///< outlives the pager: what is written is written under it
+    LockFile lock; ///< outlives the pager: what is written is written under it
     std::optional<std::string> readOnly;
     Pager pager;
     PageAllocator pages;
-    std::map<std::string, Entry> catalog;   ///< by folded name
+    std::map<std::string, Entry> catalog; ///< by folded name
     bool explicitTransaction = false;
-    bool catalogChanged = false;            ///< by the open transaction
+    bool catalogChanged = false; ///< by the open transaction
     std::optional<std::chrono::steady_clock::time_point> pendingSince;
 
     Parts(std::filesystem::path where, Header head, TextSettings textSettings, File file,
@@ -32,8 +32,8 @@ struct Database::Parts {
         : path(std::move(where)), header(std::move(head)), texts(textSettings), lock(path),
           pager(std::move(file), formatOf(header.version), writable), pages(pager) {}
 
-    /// Runs one change: all of it happens or nothing. Outside an explicit transaction it becomes part
-    /// of what the next flush writes.
+    /// Runs one change: all of it happens or nothing. Outside an explicit transaction it becomes
+    /// part of what the next flush writes.
     template <class Change>
     auto statement(Change&& change) {
         flushIfDue();

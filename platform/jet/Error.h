@@ -8,23 +8,23 @@ namespace jet {
 
 /// What kind of failure an Error tells of.
 enum class Errc : std::uint8_t {
-    io,            ///< the operating system refused a read, a write or an open
-    notFound,      ///< no such file, table, column or index
-    exists,        ///< a file or table of that name is there already
-    corrupt,       ///< bytes of the file don't parse
-    locked,        ///< another program holds the file
-    readOnly,      ///< the file or the table may be read but not changed; the sentence says why
-    unsupported,   ///< a format this engine can't open: newer, encoded, protected
-    password,      ///< the file asks for a password that wasn't given
-    duplicate,     ///< a unique index has the key already
-    nullValue,     ///< a column that must be filled in is empty
-    full,          ///< the file or the disk has no room left
-    tooLong,       ///< a text or a row has more characters or bytes than there is room for
-    outOfRange,    ///< the value doesn't fit the column's type
-    conflict,      ///< the row was changed or deleted by another since it was read
-    noCurrentRow,  ///< the recordset stands before the first or after the last row
-    syntax,        ///< the statement isn't one that the data layer takes
-    misuse,        ///< called in a state that doesn't allow it (closed, transaction already open)
+    io,           ///< the operating system refused a read, a write or an open
+    notFound,     ///< no such file, table, column or index
+    exists,       ///< a file or table of that name is there already
+    corrupt,      ///< bytes of the file don't parse
+    locked,       ///< another program holds the file
+    readOnly,     ///< the file or the table may be read but not changed; the sentence says why
+    unsupported,  ///< a format this engine can't open: newer, encoded, protected
+    password,     ///< the file asks for a password that wasn't given
+    duplicate,    ///< a unique index has the key already
+    nullValue,    ///< a column that must be filled in is empty
+    full,         ///< the file or the disk has no room left
+    tooLong,      ///< a text or a row has more characters or bytes than there is room for
+    outOfRange,   ///< the value doesn't fit the column's type
+    conflict,     ///< the row was changed or deleted by another since it was read
+    noCurrentRow, ///< the recordset stands before the first or after the last row
+    syntax,       ///< the statement isn't one that the data layer takes
+    misuse,       ///< called in a state that doesn't allow it (closed, transaction already open)
 };
 
 /// The one exception of the data layers. what() is a sentence in Portuguese for the operator: what

@@ -3,33 +3,30 @@
 #include "jet/Error.h"
 
 #include <cerrno>
-#include <system_error>
-#include <utility>
-
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace jet {
 
 namespace {
 
 [[noreturn]] void fail(const char* action, const std::filesystem::path& path, int error) {
-    const Errc code = error == ENOENT || error == ENOTDIR                     ? Errc::notFound
-                      : error == EEXIST                                       ? Errc::exists
-                      : error == ENOSPC || error == EDQUOT || error == EFBIG  ? Errc::full
-                      : error == EACCES || error == EPERM || error == EROFS   ? Errc::readOnly
-                                                                              : Errc::io;
+    const Errc code = error == ENOENT || error == ENOTDIR                    ? Errc::notFound
+                      : error == EEXIST                                      ? Errc::exists
+                      : error == ENOSPC || error == EDQUOT || error == EFBIG ? Errc::full
+                      : error == EACCES || error == EPERM || error == EROFS  ? Errc::readOnly
+                                                                             : Errc::io;
     const char* reason = code == Errc::notFound   ? "o arquivo não existe"
                          : code == Errc::exists   ? "o arquivo já existe"
                          : code == Errc::full     ? "não há espaço no disco"
                          : code == Errc::readOnly ? "sem permissão"
                                                   : nullptr;
-    throw Error(code, "Não foi possível " + std::string(action) + " o arquivo \"" +
-                          path.string() + "\": " +
-                          (reason ? std::string(reason)
-                                  : std::generic_category().message(error)) +
-                          ".");
+    throw Error(
+        code, "Não foi possível " + std::string(action) + " o arquivo \"" + path.string() + "\": " +
+                  (reason ? std::string(reason) : std::generic_category().message(error)) + ".");
 }
 
 struct flock exclusive(std::uint64_t offset, std::uint64_t count) {
@@ -74,8 +71,7 @@ std::uint64_t File::size() const {
 
 void File::read(std::uint64_t offset, std::span<std::byte> into) const {
     while (!into.empty()) {
-        const ssize_t got =
-            ::pread(handle_, into.data(), into.size(), static_cast<off_t>(offset));
+        const ssize_t got = ::pread(handle_, into.data(), into.size(), static_cast<off_t>(offset));
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
@@ -90,8 +86,7 @@ void File::read(std::uint64_t offset, std::span<std::byte> into) const {
 
 void File::write(std::uint64_t offset, std::span<const std::byte> from) {
     while (!from.empty()) {
-        const ssize_t put =
-            ::pwrite(handle_, from.data(), from.size(), static_cast<off_t>(offset));
+        const ssize_t put = ::pwrite(handle_, from.data(), from.size(), static_cast<off_t>(offset));
         if (put < 0 && errno == EINTR)
             continue;
         if (put < 0)
@@ -114,7 +109,8 @@ void File::sync() {
 }
 
 bool File::tryLock(std::uint64_t offset) {
-    // Locks of the open file itself: those of the process would go with any other handle on the file.
+    // Locks of the open file itself: those of the process would go with any other handle on the
+    // file.
     struct flock range = exclusive(offset, 1);
     while (::fcntl(handle_, F_OFD_SETLK, &range) != 0) {
         if (errno == EAGAIN || errno == EACCES)

@@ -13,7 +13,8 @@ class File {
 public:
     enum class Mode { read, readWrite, createNew };
 
-    /// @throws Error{notFound}, Error{exists} (createNew), Error{readOnly} (no permission to write),
+    /// @throws Error{notFound}, Error{exists} (createNew), Error{readOnly} (no permission to
+    /// write),
     ///         Error{io}.
     File(std::filesystem::path path, Mode mode);
     ~File();
@@ -31,7 +32,8 @@ public:
     /// Returns when what was written has reached the disk.
     void sync();
 
-    /// Takes the one byte at `offset` for this open file alone, until close. False if another has it.
+    /// Takes the one byte at `offset` for this open file alone, until close. False if another has
+    /// it.
     [[nodiscard]] bool tryLock(std::uint64_t offset);
     /// Whether another open file has any of `count` bytes from `offset`.
     [[nodiscard]] bool isLockedByAnother(std::uint64_t offset, std::uint64_t count) const noexcept;

@@ -27,9 +27,9 @@ struct Format {
     // Data pages: owner and slot count in the header, then the row table of two-byte entries.
     std::size_t slotCountAt;
     std::size_t rowTableAt;
-    std::size_t largestRow;       ///< the engine's own limit, somewhat below what a page could hold
-    std::size_t columnCountSize;  ///< of the count that a row starts with
-    std::size_t mapBitmap;        ///< bitmap bytes of a new usage map
+    std::size_t largestRow;      ///< the engine's own limit, somewhat below what a page could hold
+    std::size_t columnCountSize; ///< of the count that a row starts with
+    std::size_t mapBitmap;       ///< bitmap bytes of a new usage map
 
     // Table definition: header fields.
     std::size_t definitionHeader;
@@ -60,7 +60,7 @@ struct Format {
     std::size_t realIndexRootAt;
     std::size_t realIndexFlagsAt;
     std::size_t logicalIndexSize;
-    std::size_t logicalIndexAt;   ///< of the logical number; the other fields follow in one order
+    std::size_t logicalIndexAt; ///< of the logical number; the other fields follow in one order
     std::size_t nameLengthSize;
 
     // Index pages.

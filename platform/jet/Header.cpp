@@ -42,8 +42,8 @@ constexpr std::array<std::uint8_t, kMasked> kMask{
     0x60, 0x26, 0x5f, 0x95, 0xf8, 0xd0, 0x89, 0x24, 0x85, 0x67, 0xc6, 0x1f, 0x27, 0x44, 0xd2, 0xee,
     0xcf, 0x65, 0xed, 0xff, 0x07, 0xc7, 0x46, 0xa1, 0x78, 0x16, 0x0c, 0xed, 0xe9, 0x2d, 0x62, 0xd4};
 
-/// A creation date, build and account names that belong together: how the names follow from the rest
-/// isn't known, so every new Jet 4 file has this set.
+/// A creation date, build and account names that belong together: how the names follow from the
+/// rest isn't known, so every new Jet 4 file has this set.
 constexpr std::array<std::uint8_t, 8> kCreatedJet4{0x3e, 0x85, 0xd3, 0x3b, 0x3e, 0xab, 0xe4, 0x40};
 constexpr std::uint16_t kBuildJet4 = 0x261C;
 constexpr std::uint16_t kBuildJet3 = 9502;
@@ -95,8 +95,8 @@ Header parseHeader(std::span<const std::byte> page) {
                "Salve-o no formato .mdb.");
     if (begins("MSISAM Database"))
         refuse("O arquivo é de um programa de finanças e não pode ser aberto.");
-    if (page.size() < formatOf(Version::jet3).pageSize || load<std::uint32_t>(page.data()) != 0x100 ||
-        !begins(kEngineName))
+    if (page.size() < formatOf(Version::jet3).pageSize ||
+        load<std::uint32_t>(page.data()) != 0x100 || !begins(kEngineName))
         refuse("O arquivo não é um banco de dados .mdb.");
     const auto version = std::to_integer<unsigned>(page[kVersionAt]);
     if (version > 1)
@@ -146,7 +146,7 @@ Bytes buildHeader(Version version) {
         store<std::uint16_t>(page.data() + kBuildJet4At, kBuildJet4);
         store<std::uint32_t>(page.data() + kOrderJet4At, kGeneral);
         std::memcpy(page.data() + kCreatedAt, kCreatedJet4.data(), kCreatedJet4.size());
-        applyDayMask(page);   // over the zeros of no password
+        applyDayMask(page); // over the zeros of no password
         store<std::uint32_t>(page.data() + kClearJet4At, 0x654);
         std::memcpy(page.data() + kClearJet4At + 4, "4.0", 3);
     }

@@ -10,14 +10,15 @@ namespace jet {
 /// The first page of a file: what format it has, how its texts are to be read, who may open it.
 struct Header {
     Version version{};
-    SortOrder order;                 ///< of new text columns
+    SortOrder order; ///< of new text columns
     std::uint16_t codePage{1252};
-    std::uint16_t columnMark{};      ///< Jet 3 repeats it in every column
-    std::string password;            ///< empty: anybody may open the file
+    std::uint16_t columnMark{}; ///< Jet 3 repeats it in every column
+    std::string password;       ///< empty: anybody may open the file
 };
 
 /// `page` is as much of the file's beginning as there is, at most one Jet 4 page.
-/// @throws Error{unsupported} for what isn't a file of these two formats, each case with a sentence of
+/// @throws Error{unsupported} for what isn't a file of these two formats, each case with a sentence
+/// of
 ///         its own; Error{corrupt}.
 [[nodiscard]] Header parseHeader(std::span<const std::byte> page);
 

@@ -16,9 +16,9 @@ constexpr std::size_t kWorthTrying = 128;
 
 Bytes definition(LongValueDefinition::Kind kind, std::size_t length, std::int64_t first) {
     Bytes bytes(LongValueDefinition::kSize);
-    store<std::uint32_t>(bytes.data(), static_cast<std::uint32_t>(length) |
-                                           std::uint32_t{static_cast<std::uint8_t>(kind)}
-                                               << kKindShift);
+    store<std::uint32_t>(bytes.data(),
+                         static_cast<std::uint32_t>(length) |
+                             std::uint32_t{static_cast<std::uint8_t>(kind)} << kKindShift);
     store<std::uint32_t>(bytes.data() + 4, static_cast<std::uint32_t>(first));
     return bytes;
 }
@@ -136,7 +136,8 @@ RowId LongValueStore::place(std::span<const std::byte> bytes) {
     std::optional<PageNo> target;
     if (free_) {
         target = free_->previous(pager_.pageCount());
-        if (target && !DataPage(format, pager_.read(*target).bytes(), *target).hasRoom(bytes.size()))
+        if (target &&
+            !DataPage(format, pager_.read(*target).bytes(), *target).hasRoom(bytes.size()))
             target.reset();
     }
     if (!target) {

@@ -12,8 +12,8 @@ struct LongValueDefinition {
     static constexpr std::size_t kSize = 12;
 
     Kind kind;
-    std::uint32_t length;   ///< of the content, in bytes as stored
-    RowId first;            ///< of a single or a chain
+    std::uint32_t length; ///< of the content, in bytes as stored
+    RowId first;          ///< of a single or a chain
 
     /// @throws Error{corrupt} naming `page` if `stored` isn't one.
     static LongValueDefinition parse(std::span<const std::byte> stored, PageNo page);

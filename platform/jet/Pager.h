@@ -35,7 +35,8 @@ private:
 /// The pages of one file, and the changes to them that nobody else has seen yet.
 ///
 /// Invariants, between any two calls:
-///  1. A page is in changed_ exactly when the open transaction has called change() or append() on it.
+///  1. A page is in changed_ exactly when the open transaction has called change() or append() on
+///  it.
 ///  2. Only commit() writes to the file.
 ///  3. cache_ holds pages as they are in the file, at most kCacheBytes of them.
 class Pager {
@@ -108,7 +109,7 @@ private:
     std::optional<std::unordered_map<PageNo, std::shared_ptr<PageImage>>> before_;
     std::uint32_t pageCountBefore_ = 0;
 
-    Order recent_;   ///< most recently used first
+    Order recent_; ///< most recently used first
     std::unordered_map<PageNo, Order::iterator> cache_;
 };
 

@@ -12,7 +12,7 @@ const DataPage* RowReader::ownPage(PageNo page) {
         return &*page_;
     page_.reset();
     if (number(page) >= pager_->pageCount())
-        return nullptr;   // of a transaction that was rolled back
+        return nullptr; // of a transaction that was rolled back
     ref_ = pager_->read(page);
     generation_ = pager_->generation();
     if (ref_.kind() == PageKind::data) {
@@ -103,15 +103,15 @@ bool RowCursor::first() { return forwardFrom(0, 0); }
 bool RowCursor::last() { return backwardFrom(pager_->pageCount(), 0); }
 bool RowCursor::seek(RowId id) { return forwardFrom(number(id.page), id.slot); }
 
-// While nothing has changed the page in hand is still the table's; else the map has to say so first.
+// While nothing has changed the page in hand is still the table's; else the map has to say so
+// first.
 
 bool RowCursor::next() {
     if (!row_)
         return false;
     if (!reader_.isFresh())
         return forwardFrom(number(id_.page), id_.slot + std::size_t{1});
-    return forwardOn(id_.page, id_.slot + std::size_t{1}) ||
-           forwardFrom(number(id_.page) + 1, 0);
+    return forwardOn(id_.page, id_.slot + std::size_t{1}) || forwardFrom(number(id_.page) + 1, 0);
 }
 
 bool RowCursor::previous() {

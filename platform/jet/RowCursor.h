@@ -10,8 +10,8 @@ class RowReader {
 public:
     RowReader(Pager& pager, const TableDefinition& definition);
 
-    /// The row, or null if it has been erased, whatever has become of its page since. Valid until the
-    /// next call.
+    /// The row, or null if it has been erased, whatever has become of its page since. Valid until
+    /// the next call.
     /// @throws Error{corrupt} if the row doesn't parse.
     [[nodiscard]] const RowView* read(RowId id);
 
@@ -27,14 +27,14 @@ private:
     Pager* pager_;
     const TableDefinition* definition_;
     PageRef ref_;
-    std::optional<DataPage> page_;   ///< of ref_
-    PageRef moved_;                  ///< the page a moved row's bytes lie on
+    std::optional<DataPage> page_; ///< of ref_
+    PageRef moved_;                ///< the page a moved row's bytes lie on
     std::uint64_t generation_ = 0;
     RowView row_;
 };
 
-/// Walks all rows of a table in RowId order, both ways. What is changed behind it is seen; a row added
-/// before the place it has reached is not met.
+/// Walks all rows of a table in RowId order, both ways. What is changed behind it is seen; a row
+/// added before the place it has reached is not met.
 class RowCursor {
 public:
     RowCursor(Pager& pager, const TableDefinition& definition);

@@ -268,13 +268,13 @@ Bytes assembleRow(const Format& format, const TableDefinition& table, const Stor
             continue;
         if (column.fixed)
             std::copy(fields[i].bytes.begin(), fields[i].bytes.end(),
-                      row.begin() + static_cast<std::ptrdiff_t>(format.columnCountSize +
-                                                                column.fixedOffset));
+                      row.begin() +
+                          static_cast<std::ptrdiff_t>(format.columnCountSize + column.fixedOffset));
         else
             variables[column.variableIndex] = &fields[i].bytes;
     }
     if (table.maxVariables > 0) {
-        std::vector<std::size_t> positions;   // where each value begins, and where the last ends
+        std::vector<std::size_t> positions; // where each value begins, and where the last ends
         for (const Bytes* value : variables) {
             positions.push_back(row.size());
             if (value)

@@ -9,8 +9,8 @@ namespace jet {
 /// What a row stores for one column. A yes/no is its `present`.
 struct StoredField {
     bool present = false;
-    Bytes bytes;              ///< of a long value: its definition
-    std::optional<Bytes> content;   ///< of a long value that is still to be written
+    Bytes bytes;                  ///< of a long value: its definition
+    std::optional<Bytes> content; ///< of a long value that is still to be written
 };
 
 /// One for each column of the table, in the order of TableDefinition::columns.

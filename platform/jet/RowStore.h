@@ -5,8 +5,8 @@
 
 namespace jet {
 
-/// Puts the bytes of a table's rows on its pages: finds room, moves rows that outgrow their page, gives
-/// emptied pages back. Knows nothing of indexes and counters. Requires an open transaction.
+/// Puts the bytes of a table's rows on its pages: finds room, moves rows that outgrow their page,
+/// gives emptied pages back. Knows nothing of indexes and counters. Requires an open transaction.
 class RowStore {
 public:
     RowStore(Pager& pager, PageAllocator& pages, const TableDefinition& definition);

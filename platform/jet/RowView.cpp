@@ -61,8 +61,8 @@ void RowView::place(Pager& pager, const TableDefinition& definition,
     base_ = definition.isJet3 ? 1 : 2;
     if (bytes.size() < base_)
         corrupt(page, "uma linha está vazia");
-    count_ = definition.isJet3 ? load<std::uint8_t>(bytes.data())
-                               : load<std::uint16_t>(bytes.data());
+    count_ =
+        definition.isJet3 ? load<std::uint8_t>(bytes.data()) : load<std::uint16_t>(bytes.data());
     const std::size_t mask = (count_ + 7) / 8;
     if (count_ > definition.maxColumns || base_ + mask > bytes.size())
         corrupt(page, "uma linha tem mais colunas do que a tabela");
@@ -80,15 +80,15 @@ std::pair<std::size_t, std::size_t> RowView::extentJet3(std::size_t index) const
     const std::size_t jumps = (bytes_.size() - 1) / 256;
     if (maskAt_ < base_ + 1 + jumps)
         corrupt(page_, "a tabela de posições de uma linha não cabe nela");
-    const std::size_t variables = std::to_integer<std::size_t>(bytes_[maskAt_ - 1]);
+    const auto variables = std::to_integer<std::size_t>(bytes_[maskAt_ - 1]);
     if (index >= variables)
         return {0, 0};
-    const std::size_t first = maskAt_ - 2 - jumps;   // where the position of value 0 is
+    const std::size_t first = maskAt_ - 2 - jumps; // where the position of value 0 is
     if (first < base_ + variables)
         corrupt(page_, "a tabela de posições de uma linha não cabe nela");
     const std::size_t used = (first - variables) / 256 < jumps ? jumps - 1 : jumps;
     const auto position = [&](std::size_t entry) {
-        std::size_t at = std::to_integer<std::size_t>(bytes_[first - entry]);
+        auto at = std::to_integer<std::size_t>(bytes_[first - entry]);
         for (std::size_t k = 0; k < used; ++k)
             if (std::to_integer<std::size_t>(bytes_[maskAt_ - 2 - k]) <= entry)
                 at += 256;
@@ -118,10 +118,10 @@ std::optional<std::span<const std::byte>> RowView::field(const Column& column) c
             corrupt(page_, "uma linha é mais curta do que as suas colunas");
         return bytes_.subspan(at, column.length);
     }
-    const auto [begin, end] = definition_->isJet3 ? extentJet3(column.variableIndex)
-                                                  : extentJet4(column.variableIndex);
+    const auto [begin, end] =
+        definition_->isJet3 ? extentJet3(column.variableIndex) : extentJet4(column.variableIndex);
     if (begin == 0 && end == 0)
-        return std::nullopt;   // the column is younger than the row
+        return std::nullopt; // the column is younger than the row
     if (begin < base_ || begin > end || end > maskAt_)
         corrupt(page_, "um valor está fora da sua linha");
     return bytes_.subspan(begin, end - begin);

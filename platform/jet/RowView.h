@@ -5,19 +5,19 @@
 
 namespace jet {
 
-/// A row as it lies on its page, values decoded when asked for. Valid as long as the cursor or reader
-/// that gave it stands on it.
+/// A row as it lies on its page, values decoded when asked for. Valid as long as the cursor or
+/// reader that gave it stands on it.
 ///
 /// Columns are named by their place in Table::columns(). Which of the typed questions fits a column
-/// follows from its type; asking another is a programming error. A question about a null column answers
-/// with zero or nothing.
+/// follows from its type; asking another is a programming error. A question about a null column
+/// answers with zero or nothing.
 class RowView {
 public:
     [[nodiscard]] bool isNull(std::size_t column) const;
     [[nodiscard]] bool boolean(std::size_t column) const;
-    [[nodiscard]] std::int64_t integer(std::size_t column) const;   ///< byte, integer, long
+    [[nodiscard]] std::int64_t integer(std::size_t column) const; ///< byte, integer, long
     [[nodiscard]] Currency currency(std::size_t column) const;
-    [[nodiscard]] double real(std::size_t column) const;   ///< single, double
+    [[nodiscard]] double real(std::size_t column) const; ///< single, double
     [[nodiscard]] Date date(std::size_t column) const;
     /// Text or memo as UTF-8, in `buffer`, which is overwritten. The view is into `buffer`.
     std::string_view text(std::size_t column, std::string& buffer) const;
@@ -46,9 +46,9 @@ private:
     Pager* pager_ = nullptr;
     std::span<const std::byte> bytes_;
     PageNo page_{};
-    std::size_t base_ = 0;     ///< bytes of the column count that the row starts with
-    std::size_t count_ = 0;    ///< columns that existed when the row was written
-    std::size_t maskAt_ = 0;   ///< where the null mask begins; it ends the row
+    std::size_t base_ = 0;   ///< bytes of the column count that the row starts with
+    std::size_t count_ = 0;  ///< columns that existed when the row was written
+    std::size_t maskAt_ = 0; ///< where the null mask begins; it ends the row
 };
 
 } // namespace jet

@@ -13,7 +13,8 @@ constexpr int kSampledRows = 12;
 constexpr int kSampledEntries = 200;
 
 std::string refusal(const Table& table, const std::string& reason) {
-    return "A tabela \"" + table.name() + "\" pode ser consultada mas não alterada: " + reason + ".";
+    return "A tabela \"" + table.name() + "\" pode ser consultada mas não alterada: " + reason +
+           ".";
 }
 
 std::optional<std::string> unknownOrder(const Table& table) {
@@ -22,8 +23,7 @@ std::optional<std::string> unknownOrder(const Table& table) {
             const Column& column = table.columns()[key.column];
             if (isText(column.type) && !column.collation)
                 return "o campo \"" + column.name + "\" usa a ordem de texto " +
-                       std::to_string(column.order.lcid) +
-                       ", que este programa não sabe manter";
+                       std::to_string(column.order.lcid) + ", que este programa não sabe manter";
         }
     return std::nullopt;
 }
@@ -112,8 +112,8 @@ std::optional<std::string> whyNotWritable(const Table& table, Pager& pager) {
     } catch (const Error& error) {
         if (error.code() != Errc::corrupt && error.code() != Errc::unsupported)
             throw;
-        return "A tabela \"" + table.name() +
-               "\" pode ser consultada mas não alterada. " + error.what();
+        return "A tabela \"" + table.name() + "\" pode ser consultada mas não alterada. " +
+               error.what();
     }
     return std::nullopt;
 }

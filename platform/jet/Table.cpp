@@ -126,7 +126,7 @@ Bytes randomGuid() {
     Bytes bytes(16);
     for (std::byte& b : bytes)
         b = static_cast<std::byte>(source() & 0xFF);
-    bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40};   // version 4: random
+    bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40}; // version 4: random
     bytes[8] = (bytes[8] & std::byte{0x3F}) | std::byte{0x80};
     return bytes;
 }
@@ -278,7 +278,8 @@ void Table::Parts::requireKeys(std::span<const Index> indexes, const StoredRow& 
             for (const IndexColumn& key : index.columns)
                 if (definition.columns[key.column].type != ColumnType::boolean &&
                     !row[key.column].present)
-                    throw Error(Errc::nullValue, "O campo \"" + definition.columns[key.column].name +
+                    throw Error(Errc::nullValue, "O campo \"" +
+                                                     definition.columns[key.column].name +
                                                      "\" deve ser preenchido.");
 }
 
@@ -297,13 +298,11 @@ void Table::Parts::requireUnique(std::span<const Index> indexes, const StoredRow
 void Table::Parts::settleLongValues(StoredRow& row) {
     const bool inRow = rowSize(format(), definition, row, true) <= format().largestRow;
     if (!inRow)
-        for (StoredField& field : row) {
+        for (std::size_t i = 0; i < row.size(); ++i)
             // What other long values keep in the row has to go out as well.
-            const std::size_t i = static_cast<std::size_t>(&field - row.data());
-            if (field.present && !field.content && isLongValue(definition.columns[i].type) &&
-                field.bytes.size() > LongValueDefinition::kSize)
-                field.content = contentOf(field);
-        }
+            if (row[i].present && !row[i].content && isLongValue(definition.columns[i].type) &&
+                row[i].bytes.size() > LongValueDefinition::kSize)
+                row[i].content = contentOf(row[i]);
     for (std::size_t i = 0; i < row.size(); ++i) {
         if (!row[i].content)
             continue;
@@ -311,8 +310,7 @@ void Table::Parts::settleLongValues(StoredRow& row) {
         if (!maps)
             corrupt(definition.page(), "a coluna \"" + definition.columns[i].name +
                                            "\" não tem lugar para os seus valores");
-        row[i].bytes =
-            LongValueStore(file.pager, file.pages, *maps).write(*row[i].content, inRow);
+        row[i].bytes = LongValueStore(file.pager, file.pages, *maps).write(*row[i].content, inRow);
         row[i].content.reset();
     }
 }
@@ -324,8 +322,7 @@ void Table::Parts::releaseLongValues(const StoredRow& old, const StoredRow* row)
             (row && (*row)[i].present && (*row)[i].bytes == old[i].bytes))
             continue;
         if (const LongValueMaps* maps = definition.longValuesOf(column))
-            LongValueStore(file.pager, file.pages, *maps)
-                .release(old[i].bytes, definition.page());
+            LongValueStore(file.pager, file.pages, *maps).release(old[i].bytes, definition.page());
     }
 }
 

@@ -14,7 +14,7 @@ class Database;
 
 /// One column of an index, in key order.
 struct IndexColumn {
-    std::size_t column;   ///< place in Table::columns()
+    std::size_t column; ///< place in Table::columns()
     bool ascending;
 };
 
@@ -23,8 +23,8 @@ struct Index {
     std::string name;
     std::vector<IndexColumn> columns;
     bool unique;
-    bool ignoreNulls;   ///< rows whose key columns are all null have no entry
-    bool required;      ///< no key column may be null
+    bool ignoreNulls; ///< rows whose key columns are all null have no entry
+    bool required;    ///< no key column may be null
     bool primary;
 };
 
@@ -72,7 +72,8 @@ public:
     [[nodiscard]] RowReader reader() const;
     /// The row at `id`, or nothing if it has been erased.
     /// Costs one page read, plus one for each page of a long value.
-    /// @throws Error{corrupt} naming the page if its bytes don't parse; Error{io} if it can't be read.
+    /// @throws Error{corrupt} naming the page if its bytes don't parse; Error{io} if it can't be
+    /// read.
     [[nodiscard]] std::optional<Row> read(RowId id) const;
     /// A fingerprint of everything stored for the row, long values included; nothing if it has been
     /// erased. Two different fingerprints mean that the row was changed between.
@@ -85,17 +86,18 @@ public:
     /// can't hold.
     [[nodiscard]] KeyRange keysEqual(std::size_t index, std::span<const Value> values) const;
     /// The keys whose first columns equal `values` but for the last one, which is compared:
-    /// from `low` to `high`, each inclusive when given. Rows beyond the bounds may be included where
-    /// the key is coarser than the value.
+    /// from `low` to `high`, each inclusive when given. Rows beyond the bounds may be included
+    /// where the key is coarser than the value.
     [[nodiscard]] KeyRange keysBetween(std::size_t index, std::span<const Value> equal,
                                        const std::optional<Value>& low,
                                        const std::optional<Value>& high) const;
     /// The key of a stored row in an index.
     [[nodiscard]] std::optional<Bytes> keyOf(std::size_t index, RowId id) const;
 
-    /// Adds a row. `values` has one value per column; null in an autonumber column asks for the next
-    /// number, and a value given there is kept.
-    /// @throws Error{duplicate, nullValue, tooLong, outOfRange, readOnly, locked, full}, and nothing is
+    /// Adds a row. `values` has one value per column; null in an autonumber column asks for the
+    /// next number, and a value given there is kept.
+    /// @throws Error{duplicate, nullValue, tooLong, outOfRange, readOnly, locked, full}, and
+    /// nothing is
     ///         changed.
     RowId insert(std::span<const Value> values);
     /// Changes some columns of a row.
@@ -109,7 +111,7 @@ public:
     [[nodiscard]] const IndexTree& tree(std::size_t index) const noexcept;
 
 private:
-    struct Parts;   // the parsed definition and what works on it
+    struct Parts; // the parsed definition and what works on it
 
     void requireWritable();
     void appendKey(Bytes& key, std::size_t index, std::size_t place, const Value& value) const;

@@ -9,7 +9,7 @@ namespace jet {
 
 namespace {
 
-constexpr std::uint32_t kDefinitionMark = 0x659;   ///< Jet 4 repeats it in every block
+constexpr std::uint32_t kDefinitionMark = 0x659; ///< Jet 4 repeats it in every block
 constexpr std::uint32_t kIndexMark = 0x783;
 constexpr std::uint8_t kSystemKind = 0x53;
 constexpr std::uint8_t kUserKind = 0x4E;
@@ -61,8 +61,7 @@ Places takePlaces(Pager& pager, PageAllocator& pages, PageNo page, const NewTabl
     for (std::size_t i = 0; i < table.columns.size(); ++i)
         if (isLongValue(table.columns[i].type)) {
             const RowId owned = pages.createMap();
-            places.longValues.push_back(
-                {static_cast<std::uint16_t>(i), owned, pages.createMap()});
+            places.longValues.push_back({static_cast<std::uint16_t>(i), owned, pages.createMap()});
         }
     for (std::size_t i = 0; i < table.indexes.size(); ++i)
         places.indexMaps.push_back(pages.createMap());
@@ -141,8 +140,8 @@ void writeIndexes(Writer& out, const Format& format, const NewTable& table, cons
         for (std::size_t k = 0; k < kMaxIndexColumns; ++k) {
             std::byte* slot = at + format.realIndexColumnsAt + 3 * k;
             const bool used = k < index.columns.size();
-            store<std::uint16_t>(
-                slot, used ? static_cast<std::uint16_t>(index.columns[k].column) : kNoColumn);
+            store<std::uint16_t>(slot, used ? static_cast<std::uint16_t>(index.columns[k].column)
+                                            : kNoColumn);
             store<std::uint8_t>(slot + 2, used && index.columns[k].ascending ? 1 : 0);
         }
         store<std::uint32_t>(at + format.realIndexMapAt, pointer(places.indexMaps[i]));
@@ -191,9 +190,9 @@ void writePages(Pager& pager, PageAllocator& pages, PageNo first, const Bytes& b
         if (format.isJet3())
             std::memcpy(image.data() + 2, "VC", 2);
         else
-            store<std::uint16_t>(image.data() + 2,
-                                 static_cast<std::uint16_t>(
-                                     used < format.pageSize ? format.pageSize - used : 0));
+            store<std::uint16_t>(
+                image.data() + 2,
+                static_cast<std::uint16_t>(used < format.pageSize ? format.pageSize - used : 0));
         store<std::uint32_t>(image.data() + 4, number(next));
         if (last)
             return;
@@ -264,8 +263,8 @@ std::vector<SystemTable> systemTables(Version version) {
                          : type == boolean ? std::uint16_t{1}
                                            : fixedLength(type)};
     };
-    const auto index = [](const char* name, std::vector<std::size_t> columns, std::uint8_t flags,
-                          bool primary = false) {
+    const auto index = [](const char* name, const std::vector<std::size_t>& columns,
+                          std::uint8_t flags, bool primary = false) {
         NewIndex made{name, {}, flags, primary};
         for (const std::size_t c : columns)
             made.columns.push_back({c, true});
@@ -273,48 +272,55 @@ std::vector<SystemTable> systemTables(Version version) {
     };
 
     std::vector<SystemTable> tables(4);
-    tables[0] = {PageNo{2},
-                 "MSysObjects",
-                 {{column("Id", longInteger, kFixed), column("ParentId", longInteger, kFixed),
-                   column("Name", text, kVariable), column("Type", integer, kFixed),
-                   column("DateCreate", date, kFixed), column("DateUpdate", date, kFixed),
-                   column("Owner", binary, kAccount), column("Flags", longInteger, kFixed),
-                   column("Database", memo, kVariable), column("Connect", memo, kVariable),
-                   column("ForeignName", text, kVariable), column("RmtInfoShort", binary, kVariable),
-                   column("RmtInfoLong", ole, kVariable), column("Lv", ole, kVariable),
-                   column("LvProp", ole, kVariable), column("LvModule", ole, kVariable),
-                   column("LvExtra", ole, kVariable)},
-                  {index("ParentIdName", {1, 2}, IndexFlags::unique),
-                   index("Id", {0}, IndexFlags::unique, true)},
-                  true}};
-    tables[1] = {PageNo{3},
-                 "MSysACEs",
-                 {{column("ObjectId", longInteger, kFixed), column("SID", binary, kAccount),
-                   column("ACM", longInteger, kFixed), column("FInheritable", boolean, kFixed)},
-                  {index("ObjectId", {0}, IndexFlags::required)},
-                  true}};
-    tables[2] = {PageNo{4},
-                 "MSysQueries",
-                 {{column("ObjectId", longInteger, kFixed), column("Attribute", byte, kFixed),
-                   column("Order", binary, kVariable), column("Name1", text, kVariable),
-                   column("Name2", text, kVariable), column("Expression", memo, kVariable),
-                   column("Flag", integer, kFixed)},
-                  {index("ObjectIdAttribute", {0, 1, 2}, IndexFlags::unique, true)},
-                  true}};
+    tables[0] = {
+        PageNo{2   },
+        "MSysObjects",
+        { {column("Id", longInteger, kFixed), column("ParentId", longInteger, kFixed),
+          column("Name", text, kVariable), column("Type", integer, kFixed),
+          column("DateCreate", date, kFixed), column("DateUpdate", date, kFixed),
+          column("Owner", binary, kAccount), column("Flags", longInteger, kFixed),
+          column("Database", memo, kVariable), column("Connect", memo, kVariable),
+          column("ForeignName", text, kVariable), column("RmtInfoShort", binary, kVariable),
+          column("RmtInfoLong", ole, kVariable), column("Lv", ole, kVariable),
+          column("LvProp", ole, kVariable), column("LvModule", ole, kVariable),
+          column("LvExtra", ole, kVariable)},
+               {index("ParentIdName", {1, 2}, IndexFlags::unique),
+          index("Id", {0}, IndexFlags::unique, true)},
+               true}
+    };
+    tables[1] = {
+        PageNo{3   },
+        "MSysACEs",
+        { {column("ObjectId", longInteger, kFixed), column("SID", binary, kAccount),
+          column("ACM", longInteger, kFixed), column("FInheritable", boolean, kFixed)},
+               {index("ObjectId", {0}, IndexFlags::required)},
+               true}
+    };
+    tables[2] = {
+        PageNo{4   },
+        "MSysQueries",
+        { {column("ObjectId", longInteger, kFixed), column("Attribute", byte, kFixed),
+          column("Order", binary, kVariable), column("Name1", text, kVariable),
+          column("Name2", text, kVariable), column("Expression", memo, kVariable),
+          column("Flag", integer, kFixed)},
+               {index("ObjectIdAttribute", {0, 1, 2}, IndexFlags::unique, true)},
+               true}
+    };
     if (!isJet3)
         tables[2].table.columns.push_back(column("LvExtra", longInteger, kFixed));
     tables[3] = {
-        PageNo{5},
+        PageNo{5   },
         "MSysRelationships",
-        {{column("szRelationship", text, kVariable), column("grbit", longInteger, kFixed),
+        { {column("szRelationship", text, kVariable), column("grbit", longInteger, kFixed),
           column("ccolumn", longInteger, kFixed), column("icolumn", longInteger, kFixed),
           column("szObject", text, kVariable), column("szColumn", text, kVariable),
           column("szReferencedObject", text, kVariable),
           column("szReferencedColumn", text, kVariable)},
-         {index("szRelationship", {0}, IndexFlags::ignoreNulls),
+               {index("szRelationship", {0}, IndexFlags::ignoreNulls),
           index("szObject", {4}, IndexFlags::ignoreNulls),
           index("szReferencedObject", {6}, IndexFlags::ignoreNulls)},
-         true}};
+               true}
+    };
     return tables;
 }
 

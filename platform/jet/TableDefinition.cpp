@@ -49,8 +49,7 @@ public:
     }
     std::uint16_t u16() { return block(2).u16(0); }
     std::string name(const Format& format, const TextCodec& codec) {
-        const std::size_t length =
-            format.nameLengthSize == 1 ? block(1).u8(0) : std::size_t{u16()};
+        const std::size_t length = format.nameLengthSize == 1 ? block(1).u8(0) : std::size_t{u16()};
         return codec.decode(block(length).bytes());
     }
 
@@ -68,8 +67,7 @@ Column parseColumn(const ByteView& block, const Format& format, const TextSettin
     column.length = block.u16(format.columnLengthAt);
     const std::uint8_t flags = block.u8(format.columnFlagsAt);
     column.fixed = (flags & fixedFlag) != 0;
-    column.autonumber =
-        (flags & autonumberFlag) != 0 && column.type == ColumnType::longInteger;
+    column.autonumber = (flags & autonumberFlag) != 0 && column.type == ColumnType::longInteger;
     column.autoGuid = (flags & autoGuidFlag) != 0 && column.type == ColumnType::guid;
     if (column.type == ColumnType::numeric) {
         column.precision = block.u8(format.columnSortAt + (format.isJet3() ? 2 : 0));
@@ -98,9 +96,8 @@ RealIndex parseRealIndex(const ByteView& block, const Format& format,
         const std::uint16_t columnNumber = block.u16(at);
         if (columnNumber == kNone)
             continue;
-        const auto column =
-            std::find_if(table.columns.begin(), table.columns.end(),
-                         [&](const Column& c) { return c.number == columnNumber; });
+        const auto column = std::find_if(table.columns.begin(), table.columns.end(),
+                                         [&](const Column& c) { return c.number == columnNumber; });
         if (column == table.columns.end())
             corrupt(block.page(), "um índice usa uma coluna que não existe");
         index.columns.push_back({static_cast<std::size_t>(column - table.columns.begin()),
@@ -211,8 +208,8 @@ TableDefinition parseDefinition(Pager& pager, PageNo page, const TextSettings& t
          columnNumber = reader.u16()) {
         const ByteView maps = reader.block(8);
         const std::uint32_t free = maps.u32(4);
-        table.longValues.push_back({columnNumber, rowId(maps.u32(0)),
-                                    free ? std::optional(rowId(free)) : std::nullopt});
+        table.longValues.push_back(
+            {columnNumber, rowId(maps.u32(0)), free ? std::optional(rowId(free)) : std::nullopt});
     }
     return table;
 }

@@ -13,18 +13,18 @@ namespace jet {
 struct Column {
     std::string name;
     ColumnType type{};
-    std::uint16_t number{};         ///< its bit in a row's null mask; never used again after removal
-    std::uint16_t variableIndex{};  ///< its place in a row's offset table, if not fixed
-    std::uint16_t fixedOffset{};    ///< from the first byte after a row's column count, if fixed
-    std::uint16_t length{};         ///< bytes; of text the most that its plain form may have
+    std::uint16_t number{};        ///< its bit in a row's null mask; never used again after removal
+    std::uint16_t variableIndex{}; ///< its place in a row's offset table, if not fixed
+    std::uint16_t fixedOffset{};   ///< from the first byte after a row's column count, if fixed
+    std::uint16_t length{};        ///< bytes; of text the most that its plain form may have
     bool fixed{};
     bool autonumber{};
     bool autoGuid{};
     bool compressed{};
     std::uint8_t precision{};
     std::uint8_t scale{};
-    SortOrder order;                ///< of text and memo
-    const Collation* collation{};   ///< null when this engine doesn't know the order
+    SortOrder order;              ///< of text and memo
+    const Collation* collation{}; ///< null when this engine doesn't know the order
     TextCodec codec{Version::jet4};
 
     /// Text: most characters it may hold.
@@ -64,17 +64,17 @@ struct LongValueMaps {
 /// A table's definition, parsed and checked. Counters that every change moves (rows, autonumber,
 /// distinct keys) aren't kept here: they are read and written where they stand, on the first page.
 struct TableDefinition {
-    std::vector<PageNo> pages;      ///< of the definition itself; the first is the table's identity
+    std::vector<PageNo> pages; ///< of the definition itself; the first is the table's identity
     bool system{};
-    std::uint16_t maxColumns{};     ///< columns ever numbered
-    std::uint16_t maxVariables{};   ///< variable columns ever numbered
+    std::uint16_t maxColumns{};   ///< columns ever numbered
+    std::uint16_t maxVariables{}; ///< variable columns ever numbered
     RowId ownedMap;
     RowId freeMap;
-    std::vector<Column> columns;    ///< in the order they were defined in (by number)
+    std::vector<Column> columns; ///< in the order they were defined in (by number)
     std::vector<RealIndex> realIndexes;
     std::vector<LogicalIndex> logicalIndexes;
     std::vector<LongValueMaps> longValues;
-    std::size_t fixedSize{};        ///< bytes of a new row's fixed area
+    std::size_t fixedSize{}; ///< bytes of a new row's fixed area
     bool isJet3{};
 
     [[nodiscard]] PageNo page() const noexcept { return pages.front(); }
@@ -83,13 +83,12 @@ struct TableDefinition {
 
 /// What the texts of a file mean where its definitions don't say it, or say it wrongly.
 struct TextSettings {
-    std::uint16_t codePage = 1252;   ///< of names, and of a Jet 3 column that names none
-    bool overridden = false;         ///< then of every column too
+    std::uint16_t codePage = 1252; ///< of names, and of a Jet 3 column that names none
+    bool overridden = false;       ///< then of every column too
 };
 
 /// Reads the definition that starts on `page`.
 /// @throws Error{corrupt}; Error{unsupported} for a code page this engine doesn't know.
-[[nodiscard]] TableDefinition parseDefinition(Pager& pager, PageNo page,
-                                              const TextSettings& texts);
+[[nodiscard]] TableDefinition parseDefinition(Pager& pager, PageNo page, const TextSettings& texts);
 
 } // namespace jet

@@ -84,7 +84,7 @@ struct Guid {
 /// A decimal number of up to 28 digits: sign, 17 stored bytes, and the column's scale.
 struct Numeric {
     bool negative{};
-    std::array<std::uint32_t, 4> words{};   ///< magnitude, most significant word first
+    std::array<std::uint32_t, 4> words{}; ///< magnitude, most significant word first
     std::uint8_t scale{};
     friend bool operator==(const Numeric&, const Numeric&) = default;
     /// Digits with a point before the last `scale` ones, e.g. "-12.50".
@@ -94,8 +94,8 @@ struct Numeric {
 using Bytes = std::vector<std::byte>;
 
 /// What a field holds. Absent (std::monostate) is the null of the file; bool a yes/no; int64_t a
-/// byte, integer or long; double a single or double; std::string text or memo in UTF-8; Bytes binary,
-/// OLE and every type this engine doesn't know.
+/// byte, integer or long; double a single or double; std::string text or memo in UTF-8; Bytes
+/// binary, OLE and every type this engine doesn't know.
 using Value = std::variant<std::monostate, bool, std::int64_t, Currency, double, Date, std::string,
                            Bytes, Guid, Numeric>;
 
@@ -135,8 +135,8 @@ enum class ColumnType : std::uint8_t {
 /// How the text of a column is ordered and, in Jet 3, which characters its bytes mean.
 struct SortOrder {
     std::uint16_t lcid{0x0409};
-    std::uint8_t version{};              ///< Jet 4 only
-    std::uint16_t codePage{1252};        ///< Jet 3 only
+    std::uint8_t version{};       ///< Jet 4 only
+    std::uint16_t codePage{1252}; ///< Jet 3 only
     friend bool operator==(const SortOrder&, const SortOrder&) = default;
 };
 

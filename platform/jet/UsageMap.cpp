@@ -15,7 +15,7 @@ enum class MapType : std::uint8_t { bitmap = 0, reference = 1 };
 constexpr std::size_t kFirstPageAt = 1;
 constexpr std::size_t kBitmapAt = 5;
 constexpr std::size_t kMapPageHeader = 4;
-constexpr std::size_t kBitmapStep = 4;   ///< a growing bitmap keeps to whole 32-bit words
+constexpr std::size_t kBitmapStep = 4; ///< a growing bitmap keeps to whole 32-bit words
 constexpr RowId kFreePages{PageNo{1}, 0};
 
 /// Bits of a bitmap and the page that the first of them stands for.
@@ -51,7 +51,8 @@ std::optional<std::uint32_t> previousBit(const Bits& bits, std::uint32_t end) {
     const std::size_t last =
         static_cast<std::size_t>(std::min<std::uint64_t>(end, bits.end()) - bits.first) - 1;
     std::size_t at = last / 64 * 8;
-    for (std::uint64_t keep = ~std::uint64_t{0} >> (63 - last % 64);; at -= 8, keep = ~std::uint64_t{0}) {
+    for (std::uint64_t keep = ~std::uint64_t{0} >> (63 - last % 64);;
+         at -= 8, keep = ~std::uint64_t{0}) {
         if (const std::uint64_t set = word(bits.bytes, at) & keep)
             return bits.first + static_cast<std::uint32_t>(at * 8) + 63 -
                    static_cast<std::uint32_t>(std::countl_zero(set));
@@ -82,11 +83,13 @@ MapRow readMap(Pager& pager, RowId at) {
         corrupt(at.page, "o mapa de páginas " + std::to_string(at.slot) + " está incompleto");
     const auto type = static_cast<MapType>(slot.bytes[0]);
     if (type != MapType::bitmap && type != MapType::reference)
-        corrupt(at.page, "o mapa de páginas " + std::to_string(at.slot) + " é de tipo desconhecido");
+        corrupt(at.page,
+                "o mapa de páginas " + std::to_string(at.slot) + " é de tipo desconhecido");
     if (type == MapType::bitmap) {
         const auto first = load<std::uint32_t>(slot.bytes.data() + kFirstPageAt);
         if (first > pager.format().largestFile / pager.format().pageSize)
-            corrupt(at.page, "o mapa de páginas " + std::to_string(at.slot) + " começa fora do arquivo");
+            corrupt(at.page,
+                    "o mapa de páginas " + std::to_string(at.slot) + " começa fora do arquivo");
     }
     return {std::move(page), slot.bytes, type};
 }
@@ -106,9 +109,7 @@ Bits mapPageBits(const Format& format, const PageRef& page, std::size_t part) {
 
 } // namespace
 
-bool UsageMap::contains(PageNo page) const {
-    return next(number(page)) == page;
-}
+bool UsageMap::contains(PageNo page) const { return next(number(page)) == page; }
 
 std::optional<PageNo> UsageMap::next(std::uint32_t from) const {
     const std::uint32_t end = pager_->pageCount();
@@ -212,8 +213,7 @@ RowId PageAllocator::createMap() {
         const DataPage holder(format, ref.bytes(), page);
         return holder.owner() == 0 && holder.hasRoom(row.size());
     };
-    if (!mapPage_ || number(*mapPage_) >= pager_.pageCount() ||
-        !holdsMaps(*mapPage_)) {
+    if (!mapPage_ || number(*mapPage_) >= pager_.pageCount() || !holdsMaps(*mapPage_)) {
         const PageNo page = take();
         DataPageEditor::format(format, pager_.change(page), 0);
         mapPage_ = page;
@@ -238,10 +238,9 @@ void PageAllocator::set(const UsageMap& map, PageNo page) {
     const std::uint32_t at = number(page);
     {
         const MapRow row = readMap(pager_, map.at_);
-        if (row.type == MapType::bitmap &&
-            (at < row.bits().first || at >= row.bits().end())) {
+        if (row.type == MapType::bitmap && (at < row.bits().first || at >= row.bits().end())) {
             if (map.kind_ == UsageMap::Kind::global && at >= row.bits().end())
-                return;   // free already: nothing beyond the bitmap is in use
+                return; // free already: nothing beyond the bitmap is in use
             if (!growInline(map, at))
                 makeReference(map);
         }
@@ -260,7 +259,7 @@ void PageAllocator::set(const UsageMap& map, PageNo page) {
     std::uint32_t target = row.reference(part);
     if (target == 0) {
         if (map.kind_ == UsageMap::Kind::global)
-            return;   // a missing part of the map of free pages counts as free
+            return; // a missing part of the map of free pages counts as free
         target = number(take());
         const std::span<std::byte> bytes = pager_.change(static_cast<PageNo>(target));
         bytes[0] = std::byte{static_cast<std::uint8_t>(PageKind::usageMap)};
@@ -327,11 +326,9 @@ bool PageAllocator::growInline(const UsageMap& map, std::uint32_t page) {
 
     if (!global) {
         // Slide the window if everything in use fits into it at its present length.
-        const std::uint32_t low =
-            std::min(nextBit(bits, 0).value_or(page), page) / 8 * 8;
-        const std::optional<std::uint32_t> last =
-            previousBit(bits, static_cast<std::uint32_t>(
-                                  std::min<std::uint64_t>(bits.end(), UINT32_MAX)));
+        const std::uint32_t low = std::min(nextBit(bits, 0).value_or(page), page) / 8 * 8;
+        const std::optional<std::uint32_t> last = previousBit(
+            bits, static_cast<std::uint32_t>(std::min<std::uint64_t>(bits.end(), UINT32_MAX)));
         const std::uint64_t high = std::max(last.value_or(page), page);
         if (high < low + std::uint64_t{length} * 8) {
             std::vector<std::byte> moved(length);
@@ -364,7 +361,7 @@ bool PageAllocator::growInline(const UsageMap& map, std::uint32_t page) {
 void PageAllocator::makeReference(const UsageMap& map) {
     const Format& format = pager_.format();
     const bool global = map.kind_ == UsageMap::Kind::global;
-    std::vector<std::uint32_t> members;   // of the free map: those in use
+    std::vector<std::uint32_t> members; // of the free map: those in use
     std::size_t slotSize = 0;
     {
         const MapRow row = readMap(pager_, map.at_);
@@ -373,7 +370,8 @@ void PageAllocator::makeReference(const UsageMap& map) {
         if (global) {
             for (std::uint32_t at = bits.first; at < bits.end(); ++at)
                 if ((std::to_integer<unsigned>(bits.bytes[(at - bits.first) / 8]) >>
-                     ((at - bits.first) % 8) & 1U) == 0)
+                         ((at - bits.first) % 8) &
+                     1U) == 0)
                     members.push_back(at);
         } else {
             for (auto bit = nextBit(bits, 0); bit; bit = nextBit(bits, *bit + 1))
@@ -383,7 +381,8 @@ void PageAllocator::makeReference(const UsageMap& map) {
     {
         // Enough references for the largest file, whatever the bitmap's length was.
         const std::size_t parts =
-            (format.largestFile / format.pageSize + format.mapPageBits() - 1) / format.mapPageBits();
+            (format.largestFile / format.pageSize + format.mapPageBits() - 1) /
+            format.mapPageBits();
         DataPageEditor editor(format, pager_.change(map.at_.page), map.at_.page);
         if (slotSize < 1 + 4 * parts) {
             const std::size_t room = editor.view().freeBytes();

@@ -8,8 +8,8 @@ namespace jet {
 /// are free. Stored as a row on a map page: a bitmap (from a first page on), or, when it has grown
 /// large, a list of pages that are all bitmap.
 ///
-/// Nothing is remembered between calls but where the row is, so a map follows every change and every
-/// rollback of the pager. next() costs what the distance to the page costs, 64 pages a step.
+/// Nothing is remembered between calls but where the row is, so a map follows every change and
+/// every rollback of the pager. next() costs what the distance to the page costs, 64 pages a step.
 class UsageMap {
 public:
     /// What a missing part of the bitmap means, and whether the first page of an inline bitmap may
@@ -42,7 +42,8 @@ class PageAllocator {
 public:
     explicit PageAllocator(Pager& pager) noexcept;
 
-    /// A page of zeros, the lowest free one or one more at the end of the file, in nobody's map yet.
+    /// A page of zeros, the lowest free one or one more at the end of the file, in nobody's map
+    /// yet.
     [[nodiscard]] PageNo take();
     /// The same, and a member of `owner`.
     [[nodiscard]] PageNo take(UsageMap& owner);

@@ -18,18 +18,20 @@ std::string nameOf(const testing::TestParamInfo<Version>& info) {
 }
 
 TableSpec shopCheques() {
-    return {"Cheques",
-            {{"lancamento", ColumnType::longInteger, 0, true},
-             {"cliente", ColumnType::longInteger},
-             {"numero", ColumnType::text, 20},
-             {"bompara ", ColumnType::date},
-             {"valor", ColumnType::currency},
-             {"renuneração", ColumnType::currency},
-             {"obs", ColumnType::memo},
-             {"descontar", ColumnType::boolean}},
-            {{"PrimaryKey", {{"lancamento"}}, true},
-             {"cliente", {{"cliente"}}},
-             {"numero", {{"numero", false}}}}};
+    return {
+        "Cheques",
+        {{"lancamento", ColumnType::longInteger, 0, true},
+          {"cliente", ColumnType::longInteger},
+          {"numero", ColumnType::text, 20},
+          {"bompara ", ColumnType::date},
+          {"valor", ColumnType::currency},
+          {"renuneração", ColumnType::currency},
+          {"obs", ColumnType::memo},
+          {"descontar", ColumnType::boolean}},
+        {{"PrimaryKey", {{"lancamento"}}, true},
+          {"cliente", {{"cliente"}}},
+          {"numero", {{"numero", false}}}       }
+    };
 }
 
 constexpr std::size_t kLancamento = 0;
@@ -179,7 +181,9 @@ TEST_P(DatabaseFile, RefusedRowsLeaveEverythingAsItWas) {
     Row wrongDate = cheque(1, "1");
     wrongDate[kData] = Date{4e6};
     EXPECT_EQ(errorOf([&] { table.insert(wrongDate); }), Errc::outOfRange);
-    const Assignment noKey[] = {{kLancamento, {}}};
+    const Assignment noKey[] = {
+        {kLancamento, {}}
+    };
     EXPECT_EQ(errorOf([&] { table.update(RowId{}, noKey); }), Errc::conflict);
     RowCursor first = table.scan();
     ASSERT_TRUE(first.first());
@@ -211,12 +215,14 @@ TEST_P(DatabaseFile, CurrencyAndWholeNumbersAreKeptToTheirLimits) {
 
 TEST_P(DatabaseFile, RowsKeepTheirIdWhenTheyOutgrowTheirPage) {
     Database file(path);
-    Table& table = file.createTable({"notas",
-                                     {{"codigo", ColumnType::longInteger, 0, true},
-                                      {"a", ColumnType::text, 255},
-                                      {"b", ColumnType::text, 255},
-                                      {"c", ColumnType::text, 255}},
-                                     {{"PrimaryKey", {{"codigo"}}, true}}});
+    Table& table = file.createTable({
+        "notas",
+        {{"codigo", ColumnType::longInteger, 0, true},
+          {"a", ColumnType::text, 255},
+          {"b", ColumnType::text, 255},
+          {"c", ColumnType::text, 255}},
+        {{"PrimaryKey", {{"codigo"}}, true}                }
+    });
     std::map<RowId, std::string> expected;
     for (int i = 0; i < 60; ++i) {
         const std::string text = "linha " + std::to_string(i);
@@ -226,7 +232,11 @@ TEST_P(DatabaseFile, RowsKeepTheirIdWhenTheyOutgrowTheirPage) {
     for (const std::size_t size : {200U, 255U, 3U}) {
         for (auto& [id, text] : expected) {
             text = std::string(size, 'a' + static_cast<char>(id.slot % 26));
-            const Assignment changes[] = {{1, text}, {2, text}, {3, text}};
+            const Assignment changes[] = {
+                {1, text},
+                {2, text},
+                {3, text}
+            };
             table.update(id, changes);
         }
         std::map<RowId, std::string> found;
@@ -248,10 +258,12 @@ TEST_P(DatabaseFile, LongTextsOfEveryLengthComeBackAndGiveTheirPagesBack) {
     file.flush();
     std::uint32_t largest = 0;
     for (int round = 0; round < 3; ++round) {
-        for (const std::size_t length : {0U, 1U, 31U, 32U, 33U, 64U, 65U, 2035U, 2036U, 2037U, 4075U,
-                                         4076U, 4077U, 9000U, 70000U}) {
+        for (const std::size_t length : {0U, 1U, 31U, 32U, 33U, 64U, 65U, 2035U, 2036U, 2037U,
+                                         4075U, 4076U, 4077U, 9000U, 70000U}) {
             const std::string text(length, 'm');
-            const Assignment change[] = {{kObs, text}};
+            const Assignment change[] = {
+                {kObs, text}
+            };
             table.update(id, change);
             EXPECT_EQ((*table.read(id))[kObs], Value(text)) << length;
         }
@@ -260,7 +272,9 @@ TEST_P(DatabaseFile, LongTextsOfEveryLengthComeBackAndGiveTheirPagesBack) {
         EXPECT_EQ(file.pager().pageCount(), largest);
     }
     const std::string accents = "ção — “aspas”";
-    const Assignment change[] = {{kObs, accents}};
+    const Assignment change[] = {
+        {kObs, accents}
+    };
     table.update(id, change);
     EXPECT_EQ((*table.read(id))[kObs], Value(accents));
 }
@@ -308,7 +322,9 @@ TEST_P(DatabaseFile, AnErasedRowIsAConflictForWhoStillHasItsId) {
     table.insert(cheque(1, "1"));
     const RowId id = table.insert(cheque(1, "1"));
     const auto stamp = table.stamp(id);
-    const Assignment change[] = {{kCliente, std::int64_t{2}}};
+    const Assignment change[] = {
+        {kCliente, std::int64_t{2}}
+    };
     table.update(id, change);
     EXPECT_NE(table.stamp(id), stamp);
     table.erase(id);
@@ -327,17 +343,18 @@ TEST_P(DatabaseFile, KeyRangesFindTheRowsBetween) {
         std::vector<Value> values;
         IndexTree::Cursor entry = table.walk(index);
         for (bool there = entry.seek(range.lower);
-             there && (!range.upper || std::lexicographical_compare(
-                                           entry.key().begin(), entry.key().end(),
-                                           range.upper->begin(), range.upper->end()));
+             there && (!range.upper ||
+                       std::lexicographical_compare(entry.key().begin(), entry.key().end(),
+                                                    range.upper->begin(), range.upper->end()));
              there = entry.next())
             values.push_back((*table.read(entry.row()))[shown]);
         return values;
     };
     const Value client = std::int64_t{7};
     EXPECT_EQ(found(1, table.keysEqual(1, {&client, 1}), kCliente).size(), 6U);
-    EXPECT_EQ(found(1, table.keysBetween(1, {}, Value(std::int64_t{48}), std::nullopt), kCliente).size(),
-              12U);
+    EXPECT_EQ(
+        found(1, table.keysBetween(1, {}, Value(std::int64_t{48}), std::nullopt), kCliente).size(),
+        12U);
     // The index on numero descends.
     EXPECT_THAT(found(2, table.keysBetween(2, {}, Value("1001"s), Value("1003"s)), kNumero),
                 testing::ElementsAre(Value("1003"s), Value("1002"s), Value("1001"s)));
@@ -345,16 +362,17 @@ TEST_P(DatabaseFile, KeyRangesFindTheRowsBetween) {
 
 TEST_P(DatabaseFile, TextKeysIgnoreCaseInAUniqueIndex) {
     Database file(path);
-    Table& table = file.createTable({"nomes",
-                                     {{"nome", ColumnType::text, 40}},
-                                     {{"nome", {{"nome"}}, false, true}}});
-    const auto insert = [&](const char* name) { table.insert(std::vector<Value>{std::string(name)}); };
+    Table& table = file.createTable(
+        {"nomes", {{"nome", ColumnType::text, 40}}, {{"nome", {{"nome"}}, false, true}}});
+    const auto insert = [&](const char* name) {
+        table.insert(std::vector<Value>{std::string(name)});
+    };
     insert("José");
     insert("Jose");
     EXPECT_EQ(errorOf([&] { insert("JOSÉ"); }), Errc::duplicate);
     EXPECT_EQ(errorOf([&] { insert("jose  "); }), Errc::duplicate);
     table.insert(std::vector<Value>{Value{}});
-    table.insert(std::vector<Value>{Value{}});   // nulls may repeat
+    table.insert(std::vector<Value>{Value{}}); // nulls may repeat
     EXPECT_EQ(table.rowCount(), 4);
 }
 
@@ -388,10 +406,11 @@ TEST_P(DatabaseFile, SpaceOfErasedRowsIsUsedAgain) {
 TEST_P(DatabaseFile, MapsGrowPastTheirFirstBitmaps) {
     // More pages than a new map covers in either format, in table, index and file.
     Database file(path);
-    Table& table = file.createTable({"grande",
-                                     {{"codigo", ColumnType::longInteger, 0, true},
-                                      {"texto", ColumnType::text, 255}},
-                                     {{"PrimaryKey", {{"codigo"}}, true}}});
+    Table& table = file.createTable({
+        "grande",
+        {{"codigo", ColumnType::longInteger, 0, true}, {"texto", ColumnType::text, 255}},
+        {{"PrimaryKey", {{"codigo"}}, true}                                           }
+    });
     constexpr int kRows = 24000;
     {
         Transaction open(file);

@@ -46,6 +46,7 @@ protected:
     static ListView& list(const QWidget& form) { return control<ListView>(form, "LstEncontrado"); }
     static std::vector<std::string> found(const QWidget& form) {
         std::vector<std::string> names;
+        names.reserve(static_cast<std::size_t>(list(form).count()));
         for (int row = 0; row < list(form).count(); ++row)
             names.push_back(list(form).text(row, 0).toStdString());
         return names;
