@@ -11,7 +11,7 @@ set -euo pipefail
 programs=$(realpath "$1")
 pictures=${2:-}
 
-for tool in Xvfb openbox xdotool import mdb-export; do
+for tool in Xvfb setxkbmap openbox xdotool import mdb-export; do
     if ! command -v "$tool" > /dev/null; then
         echo "skipped: $tool is not installed"
         exit 77
@@ -44,6 +44,7 @@ start_screen() {
     export DISPLAY=":$number" QT_QPA_PLATFORM=xcb HOME="$place/home" XDG_CONFIG_HOME="$place/home"
     export XDG_RUNTIME_DIR="$place/home" LC_ALL=C.UTF-8
     mkdir -m 700 "$place/home"
+    setxkbmap br
     openbox 2> /dev/null &
     helpers+=($!)
     until_true "the window manager" xdotool get_num_desktops
@@ -90,7 +91,32 @@ until_window() { until_true "the window $1" title_is "$1"; }
 active_is() { [ "$(xdotool getactivewindow)" = "$1" ]; }
 
 keys() { xdotool key --delay 30 "$@"; }
-typed() { xdotool type --delay 15 -- "$1"; }
+
+# Types a text as on the shop's keyboard, accents by their dead keys.
+typed() {
+    local rest=$1 plain
+    while [ -n "$rest" ]; do
+        plain=${rest%%[! -~]*}
+        [ -z "$plain" ] || xdotool type --delay 15 -- "$plain"
+        rest=${rest#"$plain"}
+        case ${rest:0:1} in
+        '') ;;
+        á) keys dead_acute a ;;
+        é) keys dead_acute e ;;
+        í) keys dead_acute i ;;
+        ó) keys dead_acute o ;;
+        ú) keys dead_acute u ;;
+        â) keys dead_circumflex a ;;
+        ê) keys dead_circumflex e ;;
+        ô) keys dead_circumflex o ;;
+        ã) keys dead_tilde a ;;
+        õ) keys dead_tilde o ;;
+        ç) keys ccedilla ;;
+        *) fail "no keys for ${rest:0:1}" ;;
+        esac
+        rest=${rest:1}
+    done
+}
 
 # The rows of a table as an independent reader of the file sees them.
 rows() { mdb-export -H -d '|' -Q "$place/data/automacao.mdb" "$1"; }
