@@ -4,6 +4,7 @@
 #include "controls/Icons.h"
 #include "controls/MessageBox.h"
 #include "controls/WindowList.h"
+#include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
 namespace {
@@ -53,6 +54,8 @@ frmBancos& frmBancos::instance() { return WindowList::instance().one<frmBancos>(
 
 void frmBancos::Form_Load() {
     centre();
+    if (const auto tamanho = bancos()["nome"].DefinedSize())
+        txtNome->setMaxLength(static_cast<int>(*tamanho));
     if (!temRegistros())
         return;
     bancos().MoveFirst();
@@ -61,28 +64,8 @@ void frmBancos::Form_Load() {
 }
 
 void frmBancos::btnNavegacao_Click(int indice) {
-    if (!temRegistros())
-        return;
-    ado::Recordset& rs = bancos();
-    switch (indice) {
-    case 0:
-        rs.MoveFirst();
-        break;
-    case 1:
-        rs.MovePrevious();
-        if (rs.BOF())
-            rs.MoveFirst();
-        break;
-    case 2:
-        if (!rs.EOF()) // a search that found nothing left it there
-            rs.MoveNext();
-        if (rs.EOF())
-            rs.MoveLast();
-        break;
-    default:
-        rs.MoveLast();
-    }
-    mostrarRegistro();
+    if (Mirtal::navegar(bancos(), indice))
+        mostrarRegistro();
 }
 
 void frmBancos::cmdNovo_Click() {

@@ -1,37 +1,11 @@
 #include "jet/CheckTable.h"
 
 #include "jet/DataPage.h"
+#include "jet/TableBuilder.h"
 
 #include <algorithm>
 
 namespace jet {
-
-namespace {
-
-/// Bytes of a value whose type has but one size; 0 for the others.
-std::size_t sizeOf(ColumnType type) {
-    switch (type) {
-    case ColumnType::byte:
-        return 1;
-    case ColumnType::integer:
-        return 2;
-    case ColumnType::longInteger:
-    case ColumnType::single:
-        return 4;
-    case ColumnType::currency:
-    case ColumnType::real:
-    case ColumnType::date:
-        return 8;
-    case ColumnType::guid:
-        return 16;
-    case ColumnType::numeric:
-        return 17;
-    default:
-        return 0;
-    }
-}
-
-} // namespace
 
 TableCheck::TableCheck(const CheckContext& context, std::string name, TableDefinition definition,
                        bool user)
@@ -148,7 +122,7 @@ void TableCheck::checkValue(const Column& column, std::span<const std::byte> sto
     const auto detail = [&] {
         return "linha " + std::to_string(id.slot) + ", coluna \"" + column.name + "\"";
     };
-    if (const std::size_t size = sizeOf(column.type); size != 0 && stored.size() != size)
+    if (const std::size_t size = fixedLength(column.type); size != 0 && stored.size() != size)
         return error(id.page, "um valor não tem o tamanho do seu tipo", detail());
     switch (column.type) {
     case ColumnType::longInteger:
