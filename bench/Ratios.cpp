@@ -17,13 +17,14 @@ void RatioReporter::printRatios(const std::map<std::string, double>& wanted) con
         const std::size_t at = name.find("/ours/");
         if (at == std::string::npos)
             continue;
-        const std::string what = name.substr(0, at);
-        const std::string size = name.substr(at + 6);
-        const auto theirs = seconds_.find(what + "/sqlite/" + size);
+        const auto with = [at, &ourName = name](const char* middle) {
+            return std::string(ourName).replace(at, 6, middle);
+        };
+        const auto theirs = seconds_.find(with("/sqlite/"));
         if (theirs == seconds_.end())
             continue;
-        const auto limit = wanted.find(what);
-        std::printf("%-34s %12.3f %12.3f %7.2fx", (what + " " + size).c_str(), ours * 1e3,
+        const auto limit = wanted.find(name.substr(0, at));
+        std::printf("%-34s %12.3f %12.3f %7.2fx", with(" ").c_str(), ours * 1e3,
                     theirs->second * 1e3, ours / theirs->second);
         if (limit != wanted.end())
             std::printf(" %7.2fx", limit->second);

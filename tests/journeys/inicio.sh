@@ -20,6 +20,7 @@ until_true "the about box" not active_is "$main"
 picture frmAbout active
 keys Escape
 until_true "the main window" active_is "$main"
+sleep 0.3
 keys alt+F4
 expect_end 0
 

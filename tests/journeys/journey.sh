@@ -35,12 +35,13 @@ fail() {
     exit 1
 }
 
-# A 1366x768 screen like the shop's, all the program's settings in the journey's own folder.
+# A 1366x768 screen like the shop's, all the program's settings in the journey's own folder. The screen
+# must not start anew when its first client leaves: the next one, just coming, would be thrown out.
 start_screen() {
     mkfifo "$place/display"
-    Xvfb -displayfd 3 -screen 0 1366x768x24 -nolisten tcp 3> "$place/display" 2> /dev/null &
+    Xvfb -displayfd 3 -screen 0 1366x768x24 -noreset -nolisten tcp 3> "$place/display" 2> /dev/null &
     helpers+=($!)
-    read -r -t 20 number < "$place/display" || fail "no X server"
+    read -r -t 60 number < "$place/display" || fail "no X server"
     export DISPLAY=":$number" QT_QPA_PLATFORM=xcb HOME="$place/home" XDG_CONFIG_HOME="$place/home"
     export XDG_RUNTIME_DIR="$place/home" LC_ALL=C.UTF-8
     mkdir -m 700 "$place/home"
@@ -73,11 +74,11 @@ expect_end() {
 
 not() { ! "$@"; }
 
-# until_true <what> <command...>: up to 20 seconds.
+# until_true <what> <command...>: up to a minute, for machines that do much else.
 until_true() {
     local what=$1
     shift
-    for _ in $(seq 200); do
+    for _ in $(seq 600); do
         "$@" > /dev/null 2>&1 && return
         sleep 0.1
     done
@@ -85,8 +86,11 @@ until_true() {
 }
 
 title_is() { [ "$(xdotool getactivewindow getwindowname)" = "$1" ]; }
-# The active window gets this title.
-until_window() { until_true "the window $1" title_is "$1"; }
+# The active window gets this title. The window manager says so a moment before keys go there.
+until_window() {
+    until_true "the window $1" title_is "$1"
+    sleep 0.3
+}
 
 active_is() { [ "$(xdotool getactivewindow)" = "$1" ]; }
 
