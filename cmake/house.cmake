@@ -47,13 +47,6 @@ if(VALTRINO_SANITIZE)
     target_link_options(house INTERFACE -fsanitize=address,undefined)
 endif()
 
-# Enters a folder of the tree.
-function(house_folder folder)
-    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/CMakeLists.txt)
-        add_subdirectory(${folder})
-    endif()
-endfunction()
-
 # moc, uic and rcc for a target. What uic makes is public, as the form headers include it, and
 # counts as a system header: its warnings are not ours.
 function(house_qt name)

@@ -173,13 +173,13 @@ PageNo PageAllocator::take() {
     if (const auto page = free_.next(0)) {
         if (number(*page) <= number(kFreePages.page))
             corrupt(kFreePages.page, "o mapa de páginas livres contém uma página em uso");
-        clear(free_, *page);
+        remove(free_, *page);
         const std::span<std::byte> bytes = pager_.change(*page);
         std::fill(bytes.begin(), bytes.end(), std::byte{});
         return *page;
     }
     const PageNo page = pager_.append();
-    clear(free_, page);
+    remove(free_, page);
     return page;
 }
 
@@ -192,16 +192,13 @@ PageNo PageAllocator::take(UsageMap& owner) {
 void PageAllocator::give(PageNo page) {
     // The kind goes, so that nobody takes what is left there for a page in use.
     store<std::uint32_t>(pager_.change(page).data(), 0);
-    set(free_, page);
+    add(free_, page);
 }
 
 void PageAllocator::give(PageNo page, UsageMap& owner) {
-    clear(owner, page);
+    remove(owner, page);
     give(page);
 }
-
-void PageAllocator::add(UsageMap& map, PageNo page) { set(map, page); }
-void PageAllocator::remove(UsageMap& map, PageNo page) { clear(map, page); }
 
 RowId PageAllocator::createMap() {
     const Format& format = pager_.format();
@@ -234,7 +231,7 @@ void flipBit(std::span<std::byte> bitmap, std::size_t bit, bool on) {
 
 } // namespace
 
-void PageAllocator::set(const UsageMap& map, PageNo page) {
+void PageAllocator::add(const UsageMap& map, PageNo page) {
     const std::uint32_t at = number(page);
     {
         const MapRow row = readMap(pager_, map.at_);
@@ -272,7 +269,7 @@ void PageAllocator::set(const UsageMap& map, PageNo page) {
             at % format.mapPageBits(), true);
 }
 
-void PageAllocator::clear(const UsageMap& map, PageNo page) {
+void PageAllocator::remove(const UsageMap& map, PageNo page) {
     const std::uint32_t at = number(page);
     const Format& format = pager_.format();
     const bool global = map.kind_ == UsageMap::Kind::global;
@@ -310,7 +307,7 @@ void PageAllocator::clear(const UsageMap& map, PageNo page) {
             DataPageEditor editor(format, pager_.change(map.at_.page), map.at_.page);
             store<std::uint32_t>(editor.slotBytes(map.at_.slot).data() + 1 + 4 * part, target);
         }
-        clear(map, fresh);
+        remove(map, fresh);
     }
     (void)readMapPage(pager_, target);
     flipBit(pager_.change(static_cast<PageNo>(target)).subspan(kMapPageHeader),
@@ -395,7 +392,7 @@ void PageAllocator::makeReference(const UsageMap& map) {
             std::byte{static_cast<std::uint8_t>(MapType::reference)};
     }
     for (const std::uint32_t page : members)
-        global ? clear(map, static_cast<PageNo>(page)) : set(map, static_cast<PageNo>(page));
+        global ? remove(map, static_cast<PageNo>(page)) : add(map, static_cast<PageNo>(page));
 }
 
 } // namespace jet

@@ -52,15 +52,13 @@ public:
     /// Takes the page out of `owner` and gives it back.
     void give(PageNo page, UsageMap& owner);
 
-    void add(UsageMap& map, PageNo page);
-    void remove(UsageMap& map, PageNo page);
+    void add(const UsageMap& map, PageNo page);
+    void remove(const UsageMap& map, PageNo page);
 
     /// A new empty map, on a map page with room or on a new one.
     [[nodiscard]] RowId createMap();
 
 private:
-    void set(const UsageMap& map, PageNo page);
-    void clear(const UsageMap& map, PageNo page);
     bool growInline(const UsageMap& map, std::uint32_t page);
     void makeReference(const UsageMap& map);
 
