@@ -1,24 +1,20 @@
 // How long the operator waits for each operation of a shop's day, in a shop of 20,000 clients with
 // few cheques and with a million. Nothing may take longer because the table is larger.
 #include "bench/BenchData.h"
+#include "bench/BenchWindows.h"
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "controls/ListView.h"
-#include "controls/MessageBox.h"
 #include "controls/NavigationBar.h"
-#include "controls/Style.h"
 #include "controls/WindowList.h"
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
-#include <QApplication>
 #include <QPushButton>
 #include <QToolButton>
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <map>
 #include <string>
@@ -65,26 +61,6 @@ void addMeasuredClients(std::int64_t cheques) {
     changes.commit();
     data.rsCliente.Requery();
     data.rsCheques.Requery();
-}
-
-template <class Window>
-Window& shown() {
-    Window& window = Window::instance();
-    window.show();
-    window.activateWindow();
-    while (QApplication::activeWindow() != &window)
-        QApplication::processEvents();
-    return window;
-}
-
-template <class Control>
-Control& control(const QWidget& window, const char* name) {
-    auto* found = window.findChild<Control*>(name);
-    if (!found) {
-        std::fprintf(stderr, "no control %s\n", name);
-        std::exit(EXIT_FAILURE);
-    }
-    return *found;
 }
 
 void choose(DropDownList& list, const QString& name) {
@@ -213,23 +189,12 @@ MessageAnswer refuse(const Message& message) {
     return message.buttons == MessageButtons::ok ? MessageAnswer::ok : MessageAnswer::no;
 }
 
-void giveUp(const std::exception_ptr& failure) {
-    try {
-        std::rethrow_exception(failure);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-    }
-    std::exit(EXIT_FAILURE);
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
-    aplicarEstilo(application);
-    setMessageFunction(&refuse);
-    setFailureHandler(&giveUp);
+    prepareWindows(application, &refuse);
 
     std::map<std::string, std::map<std::int64_t, double>> medians;
     for (const std::int64_t cheques : kSizes)

@@ -4,14 +4,12 @@
 #include "collections/ListaDeCheques.h"
 #include "controls/BusyCursor.h"
 #include "controls/Icons.h"
+#include "controls/Repainting.h"
 #include "controls/Style.h"
 #include "controls/WindowList.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
-
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 
 #include <chrono>
 #include <utility>
@@ -28,25 +26,13 @@ enum Coluna { kLancamento, kNumero, kNome, kAgencia, kData, kValor };
 constexpr int kPrimeiraAoBaixar = 250;
 constexpr int kPrimeiraAoLocalizar = 300;
 
+constexpr auto kEntreRepinturas = 100ms;
+
 constexpr char kNomeDoCliente[] = "cliente_fornecedor.nome";
 constexpr char kNomeDoBanco[] = "bancos.nome";
 
 bool baixando() { return Mirtal::modo == "Baixar"; }
 bool localizandoSemFundos() { return Mirtal::modo == "localizarSF"; }
-
-/// During long work, has the windows repainted ten times a second. What the operator presses
-/// meanwhile waits until the work is done.
-class Repintura {
-public:
-    [[nodiscard]] bool vencida() const { return proxima_.hasExpired(); }
-    void repintar() {
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        proxima_.setRemainingTime(100ms);
-    }
-
-private:
-    QDeadlineTimer proxima_{100ms};
-};
 
 // Deliberate: of an entry number above 16.777.216 the last digits are lost.
 qint32 emPrecisaoSimples(const QString& lancamento) {
@@ -140,7 +126,7 @@ void FrmLocCHTerceiros::txtfim_LostFocus() {
 
 void FrmLocCHTerceiros::preencher(const QString& onde, const char* campoNome) {
     const BusyCursor ocupado;
-    Repintura repintura;
+    Repainting repintura(kEntreRepinturas);
     rs_ = std::make_unique<ado::Recordset>();
     rs_->Open(ListaDeCheques::comando(Mirtal::modo, onde), dbconectar::instance().Automacao);
     total_ = {};
@@ -149,8 +135,7 @@ void FrmLocCHTerceiros::preencher(const QString& onde, const char* campoNome) {
     const QIcon icone = Icons::named("codigo");
     for (; !rs_->EOF(); rs_->MoveNext()) {
         acrescentarLinha(campoNome, icone);
-        if (repintura.vencida())
-            repintura.repintar();
+        repintura.repaintIfDue();
     }
 }
 
@@ -199,14 +184,14 @@ void FrmLocCHTerceiros::lstterceiros_ItemClick(const QString& /*chave*/, int lin
 // Deliberate: nothing is asked before and nothing is said afterwards.
 void FrmLocCHTerceiros::cmdsalvar_Click() {
     const BusyCursor ocupado;
-    Repintura repintura;
+    Repainting repintura(kEntreRepinturas);
     for (int linha = 0; linha < lstterceiros->count(); ++linha) {
         if (!lstterceiros->isChecked(linha))
             continue;
         baixar(lstterceiros->text(linha, kLancamento));
-        if (repintura.vencida()) {
+        if (repintura.due()) {
             lstterceiros->setCurrentRow(linha); // shows how far it has come
-            repintura.repintar();
+            repintura.repaint();
         }
     }
     txtbanco->setText("");

@@ -1,5 +1,7 @@
 #include "collections/ListaDeCheques.h"
 
+#include "shell/Valores.h"
+
 #include <QDate>
 #include <QRegularExpression>
 
@@ -26,8 +28,6 @@ const Tabela& tabela(const QString& modo) {
     return modo == "localizarSF" ? kSemFundos : kRecebidos;
 }
 
-QString literal(const QDate& data) { return "#" + data.toString("MM/dd/yyyy") + "#"; }
-
 } // namespace
 
 QString comando(const QString& modo, const QString& onde) {
@@ -43,8 +43,8 @@ QString ondeBanco(std::int64_t codigo) { return " where banco=" + QString::numbe
 QString ondeCliente(std::int64_t codigo) { return " where cliente=" + QString::number(codigo); }
 
 QString ondeDatas(const QString& modo, const QDate& inicio, const QDate& fim) {
-    return QString(" where ") + tabela(modo).data + " between " + literal(inicio) + " and " +
-           literal(fim);
+    return QString(" where ") + tabela(modo).data + " between " + Valores::literal(inicio) +
+           " and " + Valores::literal(fim);
 }
 
 Amount somaAoMarcar(const QString& valor) {

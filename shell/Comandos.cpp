@@ -4,6 +4,7 @@
 #include "collections/FrmLocCHTerceiros.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
+#include "reports/FrmApagar.h"
 #include "shell/MDICheques.h"
 #include "shell/frmAbout.h"
 
@@ -27,7 +28,7 @@ constexpr Comando kSemFundos;
 constexpr Comando kConsultar;
 constexpr Comando kRelCheques{"relch"};
 constexpr Comando kRelSemFundos{"relsf"};
-constexpr Comando kApagar;
+constexpr Comando kApagar{nullptr, [] { FrmApagar::instance().showModal(); }};
 constexpr Comando kDiretorio;
 constexpr Comando kSobre{nullptr, [] { frmAbout::instance().showModal(); }};
 

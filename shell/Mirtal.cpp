@@ -2,10 +2,8 @@
 
 #include "ado/Recordset.h"
 #include "controls/DropDownList.h"
+#include "controls/Repainting.h"
 #include "shell/dbconectar.h"
-
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 
 #include <chrono>
 #include <utility>
@@ -57,14 +55,10 @@ void preencherLista(DropDownList& lista, ado::Recordset& rs, const QString& camp
     rs.setSort(campo);
     if (rs.RecordCount() == 0)
         return;
-    QDeadlineTimer repintura(kEntreRepinturas);
+    Repainting repintura(kEntreRepinturas);
     for (rs.MoveFirst(); !rs.EOF(); rs.MoveNext()) {
         lista.addItem(QString::fromStdString(rs[mostrado].text()), rs[chave].integer());
-        if (!repintura.hasExpired())
-            continue;
-        // What is pressed meanwhile waits: it may open the very window that is being filled.
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        repintura.setRemainingTime(kEntreRepinturas);
+        repintura.repaintIfDue();
     }
 }
 

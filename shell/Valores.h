@@ -28,5 +28,9 @@ namespace Valores {
 [[nodiscard]] inline jet::Date data(const QDate& dia) {
     return jet::Date::of({.year = dia.year(), .month = dia.month(), .day = dia.day()});
 }
+/// The day as a statement has it: "#12/31/2024#", the month first.
+[[nodiscard]] inline QString literal(const QDate& dia) {
+    return "#" + dia.toString("MM/dd/yyyy") + "#";
+}
 
 } // namespace Valores

@@ -49,6 +49,7 @@ dbconectar::dbconectar() {
 void dbconectar::abrir() {
     try {
         rsBancos.Open("bancos", Automacao);
+        rsBancos.addAlias("banco", "nome"); // as the purge asks for a bank by its name
         rsCliente.Open("select * from cliente_fornecedor where tipo=true", Automacao);
         rsCheques.Open("Cheques", Automacao);
         rsSemFundos.Open("semfundos", Automacao);

@@ -31,8 +31,8 @@ public:
     // Before the recordsets: these go first.
     ado::Connection Automacao;
     ado::Recordset
-        rsCliente; ///< clients only: the back-office system keeps suppliers there as well
-    ado::Recordset rsBancos;
+        rsCliente;           ///< clients only: the back-office system keeps suppliers there as well
+    ado::Recordset rsBancos; ///< `nome` goes by "banco" as well
     ado::Recordset rsCheques;
     ado::Recordset rsSemFundos;
 

@@ -121,7 +121,9 @@ std::size_t Query::fieldNamed(std::string_view name) const {
     const std::string wanted = jet::foldedName(name);
     const std::size_t point = wanted.rfind('.');
     const std::string qualifier = wanted.substr(0, point == std::string::npos ? 0 : point);
-    const std::string column = wanted.substr(point == std::string::npos ? 0 : point + 1);
+    std::string column = wanted.substr(point == std::string::npos ? 0 : point + 1);
+    if (const auto alias = aliases_.find(column); alias != aliases_.end())
+        column = jet::foldedName(alias->second);
     std::vector<std::size_t> found;
     std::string candidates;
     for (std::size_t i = 0; i < fields_.size(); ++i) {
@@ -145,6 +147,22 @@ std::size_t Query::fieldNamed(std::string_view name) const {
     return named_.emplace(std::string(name), found.front()).first->second;
 }
 
+void Query::addAlias(const std::string& alias, std::string_view field) {
+    const std::string wanted = jet::foldedName(alias);
+    const std::string& column = fields_[fieldNamed(field)].name;
+    const bool taken = std::ranges::any_of(
+        fields_, [&](const QueryField& other) { return jet::foldedName(other.name) == wanted; });
+    if (!taken)
+        aliases_.emplace(wanted, column);
+}
+
+Spelling Query::spelling() {
+    return [this, ofFile = engine_.spelling()](std::string_view name) {
+        const auto alias = aliases_.find(jet::foldedName(name));
+        return alias != aliases_.end() ? alias->second : ofFile(name);
+    };
+}
+
 // ---- filter and sort --------------------------------------------------------------------------
 
 void Query::setFilter(const std::string& condition) {
@@ -153,7 +171,7 @@ void Query::setFilter(const std::string& condition) {
     const auto filterSql = std::exchange(filterSql_, "");
     try {
         if (!none) {
-            filterSql_ = parseCondition(condition, engine_.spelling());
+            filterSql_ = parseCondition(condition, spelling());
             static_cast<void>(engine_.prepare(statement()));
         }
     } catch (const Error&) {
@@ -169,7 +187,7 @@ void Query::setSort(const std::string& fields) {
     const auto terms = std::exchange(sortTerms_, {});
     try {
         if (!none) {
-            sortTerms_ = parseSort(fields, engine_.spelling());
+            sortTerms_ = parseSort(fields, spelling());
             static_cast<void>(engine_.prepare(statement()));
         }
     } catch (const Error&) {
@@ -264,7 +282,7 @@ Statement Query::candidates(const std::string& criterion) {
         throw Error(Errc::misuse,
                     "A procura só se aplica aos registros das próprias tabelas, e este "
                     "conjunto é um resultado calculado.");
-    const std::string condition = parseCondition(criterion, engine_.spelling());
+    const std::string condition = parseCondition(criterion, spelling());
     const std::string select = "select " + rowIds() + " from " + select_.from;
     // A list says itself which rows belong to it.
     return engine_.prepare(select +
@@ -272,7 +290,7 @@ Statement Query::candidates(const std::string& criterion) {
 }
 
 Statement Query::firstFrom(const std::string& criterion) {
-    const std::string condition = parseCondition(criterion, engine_.spelling());
+    const std::string condition = parseCondition(criterion, spelling());
     return engine_.prepare("select " + rowIds() + " from " + select_.from + " where (" + condition +
                            ") and " + fromKey(0) + order() + " limit 1");
 }
@@ -365,9 +383,11 @@ int Query::compare(std::span<const Value> a, std::span<const Value> b) const {
 }
 
 bool Query::replace(RowList& list, const std::vector<jet::RowId>& changed) {
+    if (!dependsOnRowOnly(where("") + order()))
+        return false;
     if (changed.empty())
         return true;
-    if (!columnOrder_ || changed.size() > kMostReplaced || !dependsOnRowOnly(where("")))
+    if (!columnOrder_ || changed.size() > kMostReplaced)
         return false;
     for (const ColumnOrder& term : *columnOrder_) {
         if (!hasOrder(tables_.front()->columns()[term.column].type))
@@ -376,7 +396,7 @@ bool Query::replace(RowList& list, const std::vector<jet::RowId>& changed) {
     std::unordered_set<std::int64_t> ids;
     for (const jet::RowId row : changed)
         ids.insert(jet::packed(row));
-    list.eraseAll(ids);
+    static_cast<void>(list.erased(0, ids));
 
     const std::string table = quotedName(select_.tables.front().alias);
     Statement belongs =

@@ -31,6 +31,9 @@ public:
     [[nodiscard]] const std::vector<QueryField>& fields() const noexcept { return fields_; }
     /// @throws Error{notFound} for a name that no field has, or several have.
     [[nodiscard]] std::size_t fieldNamed(std::string_view name) const;
+    /// Lets a field go by another name as well, in fieldNamed(), criteria, filter and sort; a field
+    /// that has the name already keeps it. @throws Error{notFound}.
+    void addAlias(const std::string& alias, std::string_view field);
 
     [[nodiscard]] const std::string& filter() const noexcept { return filter_; }
     [[nodiscard]] const std::string& sort() const noexcept { return sort_; }
@@ -50,9 +53,9 @@ public:
     /// The columns whose values place a row in a walk over the whole table; none: its id does.
     [[nodiscard]] const std::vector<jet::IndexColumn>& walkKey() const noexcept { return key_; }
 
-    /// Puts changed rows of a list in or out and at their places; false if that can't be told row
-    /// by row, or costs more than asking anew: the list is as it was or half changed then, and of
-    /// no use.
+    /// Puts changed rows of a list, from which erased ones have gone already, in or out and at
+    /// their places; false if that can't be told row by row, or costs more than asking anew: the
+    /// list is as it was or half changed then, and of no use.
     [[nodiscard]] bool replace(RowList& list, const std::vector<jet::RowId>& changed);
 
 private:
@@ -61,6 +64,8 @@ private:
         bool descending;
     };
 
+    /// The file's spelling of a name, aliases included.
+    [[nodiscard]] Spelling spelling();
     void describeLive();
     void describeComputed(const Statement& statement);
     void addField(const SelectItem& item, std::size_t table, std::size_t column);
@@ -85,6 +90,7 @@ private:
     std::vector<jet::Table*> tables_;
     std::vector<jet::IndexColumn> key_;
     std::vector<QueryField> fields_;
+    std::map<std::string, std::string> aliases_; ///< folded, and the column that each stands for
     mutable std::map<std::string, std::size_t, std::less<>> named_; ///< names asked for so far
 
     std::string filter_;

@@ -60,14 +60,18 @@ void Recordset::Parts::catchUp() {
         knowsAll = false;
         return;
     }
-    for (const Change& change : *news) {
-        for (std::size_t i = 0; i < query.tables().size(); ++i) {
+    for (std::size_t i = 0; i < query.tables().size(); ++i) {
+        std::unordered_set<std::int64_t> erased;
+        for (const Change& change : *news) {
             if (query.tables()[i] != change.table)
                 continue;
-            if (change.kind == Change::Kind::erased && rows->erased(i, change.row) && at == At::row)
-                at = At::gone;
-            changed.push_back(change.row);
+            if (change.kind == Change::Kind::erased)
+                erased.insert(jet::packed(change.row));
+            else
+                changed.push_back(change.row);
         }
+        if (!erased.empty() && rows->erased(i, erased) && at == At::row)
+            at = At::gone;
     }
     if (changed.size() > kMostChanged) {
         changed.clear();

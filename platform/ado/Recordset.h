@@ -129,6 +129,10 @@ public:
     [[nodiscard]] std::size_t FieldCount() const;
     /// @throws Error{notFound} if there are not so many.
     [[nodiscard]] FieldValue field(std::size_t place) const;
+    /// Lets a field go by another name as well, wherever fields are named: here, in Find(), filter
+    /// and sort. Until Close(). Without effect where the set has a field of that name already.
+    /// @throws Error{notFound} if there is no field `field`.
+    void addAlias(const Text& alias, const Text& field);
 
 private:
     friend class Connection;

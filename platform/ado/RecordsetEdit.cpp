@@ -125,6 +125,7 @@ void Recordset::Parts::storeNew() {
         if (assigned[i])
             values[i] = *assigned[i];
     }
+    catchUp(); // the row may take the place of an erased one, which is to be gone from the list
     const jet::RowId row = session.insert(table(), values);
     forgetEdit();
     if (auto* const list = dynamic_cast<RowList*>(rows.get())) {
@@ -196,6 +197,10 @@ FieldValue Recordset::field(std::size_t place) const {
     if (place >= FieldCount())
         throw Error(Errc::notFound, "O conjunto não tem " + std::to_string(place + 1) + " campos.");
     return {*this, place};
+}
+
+void Recordset::addAlias(const Text& alias, const Text& field) {
+    open().query.addAlias(alias.utf8(), field.utf8());
 }
 
 Value Recordset::valueOf(std::size_t column) const { return open().value(column); }

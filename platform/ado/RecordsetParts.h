@@ -54,7 +54,7 @@ struct Recordset::Parts {
 
     NewsPlace known;                 ///< the news taken in
     bool knowsAll = true;            ///< none were missed since the rows were asked for
-    std::vector<jet::RowId> changed; ///< rows that the next refresh() looks at
+    std::vector<jet::RowId> changed; ///< or added: rows that the next refresh() looks at
 
     std::optional<std::size_t> seen; ///< a hash of the current row as first read
     ado::EditMode edit = ado::EditMode::None;

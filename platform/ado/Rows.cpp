@@ -45,7 +45,9 @@ bool TableWalk::empty() {
     return walk_ ? !table_.walk(*table_.primaryKey()).first() : !table_.scan().first();
 }
 
-bool TableWalk::erased(std::size_t /*table*/, jet::RowId row) { return row == row_; }
+bool TableWalk::erased(std::size_t /*table*/, const std::unordered_set<std::int64_t>& ids) {
+    return ids.contains(jet::packed(row_));
+}
 
 jet::RowId TableWalk::row(std::size_t /*table*/) const { return row_; }
 
@@ -88,18 +90,16 @@ bool RowList::previous() {
     return true;
 }
 
-bool RowList::erased(std::size_t /*table*/, jet::RowId row) {
-    const std::int64_t id = jet::packed(row);
-    // Nearly always the row stood on.
-    const bool here = !gone_ && at_ < rows_.size() && rows_[at_] == id;
-    const auto found =
-        here ? rows_.begin() + static_cast<std::ptrdiff_t>(at_) : std::ranges::find(rows_, id);
-    if (found == rows_.end())
-        return false;
-    const auto place = static_cast<std::size_t>(found - rows_.begin());
-    rows_.erase(found);
-    if (place < at_)
-        --at_;
+bool RowList::erased(std::size_t /*table*/, const std::unordered_set<std::int64_t>& ids) {
+    const auto isErased = [&](std::int64_t id) { return ids.contains(id); };
+    const bool here = !gone_ && at_ < rows_.size() && isErased(rows_[at_]);
+    const auto stood = rows_.begin() + static_cast<std::ptrdiff_t>(std::min(at_, rows_.size()));
+    if (here && ids.size() == 1) { // nearly always: the list isn't walked then
+        rows_.erase(stood);
+    } else {
+        at_ -= static_cast<std::size_t>(std::count_if(rows_.begin(), stood, isErased));
+        std::erase_if(rows_, isErased);
+    }
     gone_ = gone_ || here;
     return here;
 }
@@ -117,20 +117,13 @@ void RowList::insert(std::size_t place, jet::RowId row) {
         ++at_;
 }
 
-void RowList::eraseAll(const std::unordered_set<std::int64_t>& rows) {
-    std::erase_if(rows_, [&](std::int64_t row) { return rows.contains(row); });
-    at_ = 0;
-    gone_ = true;
-}
-
 // ---- JoinRows ---------------------------------------------------------------------------------
 
-bool JoinRows::erased(std::size_t table, jet::RowId row) {
-    const std::int64_t id = jet::packed(row);
+bool JoinRows::erased(std::size_t table, const std::unordered_set<std::int64_t>& ids) {
     bool here = false;
     auto& all = cells();
     for (std::size_t i = table; i < all.size(); i += width()) {
-        if (all[i] == id) {
+        if (ids.contains(all[i])) {
             all[i] = kErased;
             here = here || i / width() == place();
         }

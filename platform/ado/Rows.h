@@ -31,8 +31,9 @@ public:
     [[nodiscard]] virtual bool empty() = 0;
     [[nodiscard]] virtual std::int64_t count() = 0;
 
-    /// A row of table number `table` has been erased; true if it was the one stood on.
-    virtual bool erased(std::size_t table, jet::RowId row) = 0;
+    /// Rows of table number `table` have been erased, given by their packed ids; true if the one
+    /// stood on is among them.
+    virtual bool erased(std::size_t table, const std::unordered_set<std::int64_t>& ids) = 0;
 };
 
 /// Rows that are rows of tables.
@@ -55,7 +56,7 @@ public:
     bool previous() override;
     bool empty() override;
     std::int64_t count() override { return table_.rowCount(); }
-    bool erased(std::size_t table, jet::RowId row) override;
+    bool erased(std::size_t table, const std::unordered_set<std::int64_t>& ids) override;
     [[nodiscard]] jet::RowId row(std::size_t table) const override;
 
     /// To a row of the table.
@@ -68,7 +69,7 @@ private:
     jet::RowId row_; ///< stood on
 };
 
-/// Some rows of one table, by id, in an order.
+/// Some rows of one table, by id, in an order; each once.
 class RowList final : public LiveRows {
 public:
     bool first() override;
@@ -77,7 +78,7 @@ public:
     bool previous() override;
     bool empty() override { return rows_.empty(); }
     std::int64_t count() override { return static_cast<std::int64_t>(rows_.size()); }
-    bool erased(std::size_t table, jet::RowId row) override;
+    bool erased(std::size_t table, const std::unordered_set<std::int64_t>& ids) override;
     [[nodiscard]] jet::RowId row(std::size_t table) const override;
 
     [[nodiscard]] const std::deque<std::int64_t>& ids() const noexcept { return rows_; }
@@ -85,7 +86,6 @@ public:
     void goTo(std::size_t place);
     void append(jet::RowId row) { rows_.push_back(jet::packed(row)); }
     void insert(std::size_t place, jet::RowId row);
-    void eraseAll(const std::unordered_set<std::int64_t>& rows);
 
 private:
     // A deque, because a purge deletes row after row near the beginning.
@@ -168,7 +168,7 @@ private:
 class JoinRows final : public Fetched<std::int64_t, LiveRows> {
 public:
     using Fetched::Fetched;
-    bool erased(std::size_t table, jet::RowId row) override;
+    bool erased(std::size_t table, const std::unordered_set<std::int64_t>& ids) override;
     [[nodiscard]] jet::RowId row(std::size_t table) const override {
         return jet::unpacked(cell(table));
     }
@@ -183,7 +183,9 @@ public:
 class ComputedRows final : public Fetched<jet::Value, Rows> {
 public:
     using Fetched::Fetched;
-    bool erased(std::size_t /*table*/, jet::RowId /*row*/) override { return false; }
+    bool erased(std::size_t /*table*/, const std::unordered_set<std::int64_t>& /*ids*/) override {
+        return false;
+    }
 };
 
 } // namespace ado

@@ -169,4 +169,33 @@ TEST_P(FindTest, InALargeTableAnIndexFindsAtOnce) {
     EXPECT_EQ(whole["lancamento"].integer(), 19999 + 6);
 }
 
+TEST_P(FindTest, AFieldMayGoByAnotherNameAsWell) {
+    Recordset rows;
+    rows.Open("bancos", connection);
+    EXPECT_EQ(errorOf([&] { rows.Find("banco='Banco do Sul'"); }), Errc::notFound);
+    rows.addAlias("Banco", "nome");
+    for (const char* sort : {"", "nome", "banco"}) {
+        rows.setSort(sort);
+        rows.Find("banco='BANCO DO SUL'");
+        EXPECT_EQ(rows["codigo"].integer(), 2) << sort;
+        EXPECT_EQ(rows["banco"].text(), "Banco do Sul");
+        EXPECT_EQ(rows["bancos.banco "].text(), "Banco do Sul");
+        EXPECT_EQ(rows["nome"].text(), "Banco do Sul");
+    }
+    EXPECT_EQ(column(rows, "codigo"), (Strings{"3", "1", "2"})) << "sorted by the other name";
+    rows.setFilter("bancos.banco='Agrário'");
+    EXPECT_EQ(column(rows, "codigo"), Strings{"3"});
+    EXPECT_EQ(rows.FieldCount(), 3U);
+    EXPECT_EQ(errorOf([&] { rows.addAlias("x", "fantasia"); }), Errc::notFound);
+}
+
+TEST_P(FindTest, AFieldThatHasTheNameKeepsIt) {
+    Recordset rows;
+    rows.Open("cheques", connection);
+    rows.addAlias("BANCO", "numero");
+    rows.Find("banco=2");
+    EXPECT_EQ(rows["lancamento"].integer(), 2);
+    EXPECT_EQ(rows["banco"].integer(), 2);
+}
+
 } // namespace

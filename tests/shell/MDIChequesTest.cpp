@@ -4,6 +4,7 @@
 #include "collections/FrmLocCHTerceiros.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
+#include "reports/FrmApagar.h"
 #include "shell/Mirtal.h"
 #include "shell/frmAbout.h"
 #include "support/ShopTest.h"
@@ -207,11 +208,27 @@ TEST_F(MainWindow, OpensTheEntryOfChequesFromMenuAndToolbarAndFromItTheList) {
     }
 }
 
+TEST_F(MainWindow, OpensThePurgeFromTheMenuAndShowsItsPrompts) {
+    auto& window = openMain();
+    Mirtal::modo = "Consulta";
+    bool seen = false;
+    whileModal<FrmApagar>([&](FrmApagar& form) {
+        seen = true;
+        EXPECT_TRUE(form.isModal());
+        EXPECT_EQ(text(window, "pnlMensagem"), "Informe data incial");
+        click(form, "cmdsair");
+    });
+    action("mnuapagar").trigger();
+    EXPECT_TRUE(seen);
+    EXPECT_EQ(text(window, "pnlMensagem"), "");
+    EXPECT_EQ(Mirtal::modo, "Consulta");
+}
+
 TEST_F(MainWindow, OtherCommandsLeaveTheModeAlone) {
     openMain();
     Mirtal::modo = "Consulta";
-    for (const char* name : {"mnurenegociar", "mnusfundos", "mnuconscheques", "mnuapagar",
-                             "mnucaminho", "negociar", "lancarsf", "consulta"})
+    for (const char* name : {"mnurenegociar", "mnusfundos", "mnuconscheques", "mnucaminho",
+                             "negociar", "lancarsf", "consulta"})
         action(name).trigger();
     EXPECT_EQ(Mirtal::modo, "Consulta");
 }

@@ -3,6 +3,7 @@
 #include "collections/FrmLocCHTerceiros.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
+#include "reports/FrmApagar.h"
 #include "shell/MDICheques.h"
 #include "shell/frmAbout.h"
 #include "shell/frmlocalizar.h"
@@ -44,7 +45,7 @@ protected:
         return {&MDICheques::instance(),       &frmBancos::instance(),
                 &frmCliFor::instance(),        &frmlocalizar::instance(),
                 &FrmLancarCheques::instance(), &FrmLocCHTerceiros::instance(),
-                &frmAbout::instance()};
+                &FrmApagar::instance(),        &frmAbout::instance()};
     }
 
     /// Whether the widget is a part of another control, which speaks for it.
