@@ -60,6 +60,8 @@ void Recordset::Parts::catchUp() {
         knowsAll = false;
         return;
     }
+    if (news->empty())
+        return;
     for (std::size_t i = 0; i < query.tables().size(); ++i) {
         std::unordered_set<std::int64_t> erased;
         for (const Change& change : *news) {
