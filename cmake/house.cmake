@@ -8,6 +8,7 @@
 #   house_program(valtrino QT main.cpp ...)
 #   house_test(jet_test SOURCES PagerTest.cpp ... LIBS jet)
 #   house_test(controls_test QT SOURCES FormTest.cpp ... LIBS controls)
+#   house_fuzzer(fuzz_file SOURCES FuzzFile.cpp LIBS jet)
 #
 # and links what else it needs: PUBLIC what its headers show, PRIVATE what its sources use.
 #
@@ -45,6 +46,10 @@ if(VALTRINO_SANITIZE)
     target_compile_options(house INTERFACE
         -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(house INTERFACE -fsanitize=address,undefined)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        # What tells the fuzzers which paths an input has taken.
+        target_compile_options(house INTERFACE -fsanitize=fuzzer-no-link)
+    endif()
 endif()
 
 # moc, uic and rcc for a target. What uic makes is public, as the form headers include it, and
@@ -96,4 +101,17 @@ function(house_test name)
     include(GoogleTest)
     gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
         PROPERTIES TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
+endfunction()
+
+# A libFuzzer program in <build>/tests, made by clang's sanitizer build only. ctest replays
+# corpus/<name> and looks for new paths from there for 20 seconds.
+function(house_fuzzer name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBS")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE house ${arg_LIBS} -fsanitize=fuzzer)
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    add_test(NAME fuzz.${name} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/fuzz.sh
+        $<TARGET_FILE:${name}> ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name} 20)
+    set_tests_properties(fuzz.${name} PROPERTIES TIMEOUT 120)
 endfunction()

@@ -52,6 +52,10 @@ const std::vector<Layer> kLayers = {
     {"bench_windows",     Outside::qt,      {"controls"}                                      },
     {"operations_bench",  Outside::qt,      {"collections", "bench_data", "bench_windows"}    },
     {"deletion_bench",    Outside::qt,      {"shell_windows", "bench_data", "bench_windows"}  },
+    {"fuzz_support",      Outside::nothing, {}                                                },
+    {"fuzz_file",         Outside::nothing, {"jet", "fuzz_support"}                           },
+    {"fuzz_sql",          Outside::nothing, {"ado", "fuzz_support"}                           },
+    {"fuzz_init",         Outside::qt,      {"shell_base", "fuzz_support"}                    },
     {"test_support",      Outside::qt,      {}                                                },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
     {"shop_test_support", Outside::qt,      {"shell_base", "shop_schema", "form_test_support"}},
@@ -102,7 +106,7 @@ Files readTree(const std::filesystem::path& root) {
 Owners readOwners(const Files& files) {
     static const std::regex comment("#[^\n]*");
     static const std::regex call(
-        R"((?:house_(?:library|program|test)|add_(?:library|executable)|target_sources)\s*\(([^)]*)\))");
+        R"((?:house_(?:library|program|test|fuzzer)|add_(?:library|executable)|target_sources)\s*\(([^)]*)\))");
     Owners owners;
     for (const auto& [path, text] : files) {
         if (!path.ends_with("CMakeLists.txt"))
