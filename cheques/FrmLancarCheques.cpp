@@ -13,6 +13,9 @@
 
 namespace {
 
+using TelaDeCheque::codigo;
+using TelaDeCheque::mostrar;
+
 constexpr int kPrazo = 30; ///< days from one cheque of a run to the next
 
 ado::Recordset& cheques() { return dbconectar::instance().rsCheques; }
@@ -21,21 +24,6 @@ ado::Recordset& cheques() { return dbconectar::instance().rsCheques; }
 std::function<void()>& lista() {
     static std::function<void()> mostrar;
     return mostrar;
-}
-
-std::int64_t codigo(const DropDownList& escolhido) {
-    return escolhido.itemData(escolhido.listIndex());
-}
-
-/// A long text shows its beginning.
-void mostrar(QLineEdit& caixa, const ado::FieldValue& campo) {
-    caixa.setText(Valores::texto(campo));
-    caixa.setCursorPosition(0);
-}
-
-/// An empty field shows as an empty date box does: today's date.
-void mostrar(DatePicker& data, const ado::FieldValue& campo) {
-    data.setValue(campo.isNull() ? QDate::currentDate() : Valores::dia(campo));
 }
 
 Amount soma(Amount a, Amount b) {
@@ -48,17 +36,11 @@ Amount soma(Amount a, Amount b) {
     return {a.tenThousandths + parcela};
 }
 
-/// Goes to the row of a client or bank, by its code, and chooses the entry of its name: of several
-/// clients of one name the right one, or the next save would hand his cheque to another.
+/// Goes to the row of a client or bank, by its code, and chooses its entry.
 void escolher(DropDownList& lista, ado::Recordset& rs, std::int64_t codigo) {
     rs.MoveFirst();
     rs.Find("CODIGO=" + QString::number(codigo));
-    const QString nome = Valores::texto(rs["nome"]);
-    for (int i = 0; i < lista.count(); ++i) {
-        if (lista.itemData(i) == codigo && lista.itemText(i) == nome)
-            return lista.setListIndex(i);
-    }
-    lista.selectByText(nome);
+    TelaDeCheque::escolher(lista, Valores::texto(rs["nome"]), codigo);
 }
 
 } // namespace
@@ -102,10 +84,7 @@ void FrmLancarCheques::aoLocalizar(std::function<void()> mostrarLista) {
 
 void FrmLancarCheques::Form_Load() {
     centre();
-    for (const auto& [campo, caixa] : textos()) {
-        if (const auto tamanho = cheques()[campo].DefinedSize())
-            caixa->setMaxLength(static_cast<int>(*tamanho));
-    }
+    TelaDeCheque::limitar(cheques(), textos());
     datasDeHoje();
     dbconectar& dados = dbconectar::instance();
     Mirtal::preencherLista(*txtNome, dados.rsCliente, "nome", "codigo");
@@ -114,7 +93,7 @@ void FrmLancarCheques::Form_Load() {
 
 void FrmLancarCheques::Form_Unload() { Mirtal::modo.clear(); }
 
-std::array<FrmLancarCheques::Texto, 4> FrmLancarCheques::textos() const {
+TelaDeCheque::Textos FrmLancarCheques::textos() const {
     return {
         {{"agencia", txtagencia},
          {"numero", txtnumero},
@@ -139,13 +118,11 @@ void FrmLancarCheques::mostrarCheque(qint32 lancamento) {
     txtlancamento->setText(QString::number(lancamento));
     escolher(*txtNome, dbconectar::instance().rsCliente, rs["cliente"].integer());
     escolher(*txtbanco, dbconectar::instance().rsBancos, rs["banco"].integer());
-    mostrar(*txtnumero, rs["numero"]);
+    for (const auto& [campo, caixa] : textos())
+        mostrar(*caixa, rs[campo]);
     mostrar(*txtdata, rs["data"]);
     mostrar(*txtbompara, rs["bompara"]);
     txtvalor->setValor(Valores::valor(rs["valor"]));
-    mostrar(*txtobservacao, rs["observacao"]);
-    mostrar(*txtautorizou, rs["autorizou"]);
-    mostrar(*txtagencia, rs["agencia"]);
     txtdescontar->setChecked(rs["descontar"].boolean());
 }
 
@@ -217,31 +194,12 @@ void FrmLancarCheques::txtobservacao_LostFocus() { CmdIncluir->setFocus(); }
 // ---- commands
 
 bool FrmLancarCheques::validar() {
-    const struct {
-        bool falta;
-        QWidget* controle;
-        const char* mensagem;
-    } exigidos[] = {
-        {txtNome->listIndex() < 0,      txtNome,   "É necessário preencher o nome do cliente."  },
-        {txtbanco->listIndex() < 0,     txtbanco,  "É necessário preencher o nome do banco."    },
-        {txtnumero->text().isEmpty(),   txtnumero, "É necessário preencher O número do cheque."},
-        {txtvalor->valor() == Amount{}, txtvalor,  "É necessário preencher o Valor do Cheque."  },
-    };
-    for (const auto& [falta, controle, mensagem] : exigidos) {
-        if (falta) {
-            advertir(controle, mensagem);
-            return false;
-        }
-    }
-    // A pasted sign that the file has no place for would end the program, and with it what was
-    // typed.
-    for (const auto& [campo, caixa] : textos()) {
-        if (const auto motivo = cheques()[campo].refusal(caixa->text())) {
-            advertir(caixa, QString::fromStdString(*motivo));
-            return false;
-        }
-    }
-    return true;
+    auto impedimento = TelaDeCheque::falta({txtNome, txtbanco, txtnumero, txtvalor});
+    if (!impedimento)
+        impedimento = TelaDeCheque::naoCabe(cheques(), textos());
+    if (impedimento)
+        advertir(impedimento->controle, impedimento->mensagem);
+    return !impedimento;
 }
 
 void FrmLancarCheques::CmdIncluir_Click() {
@@ -271,14 +229,7 @@ void FrmLancarCheques::CmdIncluir_Click() {
 void FrmLancarCheques::CmdNovo_Click() { limpar(); }
 
 void FrmLancarCheques::CmdExcluir_Click() {
-    if (txtlancamento->text().isEmpty())
-        return;
-    if (cheques().RecordCount() == 0) {
-        showMessage("Não existe registros para excluir !", "Mensagem", MessageIcon::exclamation);
-        return;
-    }
-    if (showMessage("Deseja realmente excluir este registro ?", "Exclusão", MessageIcon::critical,
-                    MessageButtons::yesNo) != MessageAnswer::yes)
+    if (txtlancamento->text().isEmpty() || !TelaDeCheque::confirmarExclusao(cheques()))
         return;
     Mirtal::apagarPorChave("Cheques", "lancamento", txtlancamento->text(), false);
     limparControles(*this); // deliberate: unlike a new cheque, due today and not for deposit

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "cheques/TelaDeCheque.h"
 #include "controls/Form.h"
 #include "controls/Formato.h"
 #include "ui_FrmLancarCheques.h"
 
-#include <array>
 #include <functional>
 
 /// Entry of received cheques: records the cheques that clients hand over, changes and deletes them,
@@ -45,12 +45,8 @@ private:
     void txtvalor_LostFocus();
     void txtobservacao_LostFocus();
 
-    struct Texto {
-        const char* campo;
-        QLineEdit* caixa;
-    };
     /// The text boxes and their fields.
-    [[nodiscard]] std::array<Texto, 4> textos() const;
+    [[nodiscard]] TelaDeCheque::Textos textos() const;
     /// Says what is missing or can't be stored and goes there; true if nothing is.
     [[nodiscard]] bool validar();
     /// From the screen into the current row of rsCheques.

@@ -1,6 +1,8 @@
 #include "shell/Comandos.h"
 
+#include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
+#include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
@@ -24,8 +26,8 @@ constexpr Comando kSair{nullptr, [] { MDICheques::instance().encerrar(); }};
 constexpr Comando kEntrada{nullptr, &abrirEntrada};
 constexpr Comando kBaixa{"Baixar", [] { FrmLocCHTerceiros::instance().showModal(); }};
 constexpr Comando kRenegociar;
-constexpr Comando kSemFundos;
-constexpr Comando kConsultar;
+constexpr Comando kSemFundos{nullptr, [] { FrmLancasSFundos::instance().showModal(); }};
+constexpr Comando kConsultar{nullptr, [] { FrmConsultaCH::instance().showModal(); }};
 constexpr Comando kRelCheques{"relch"};
 constexpr Comando kRelSemFundos{"relsf"};
 constexpr Comando kApagar{nullptr, [] { FrmApagar::instance().showModal(); }};

@@ -86,6 +86,14 @@ bool navegar(ado::Recordset& rs, int botao) {
     return true;
 }
 
+bool localizar(ado::Recordset& rs, const QString& criterio) {
+    if (rs.RecordCount() == 0)
+        return false;
+    rs.MoveFirst();
+    rs.Find(criterio);
+    return !rs.EOF();
+}
+
 QString zerosAEsquerda(const QString& texto) {
     constexpr qsizetype kLargura = 8;
     return texto.rightJustified(kLargura, '0');

@@ -47,6 +47,10 @@ void preencherLista(DropDownList& lista, ado::Recordset& rs, const QString& camp
 /// @return false, and nothing happens, if there are no records.
 bool navegar(ado::Recordset& rs, int botao);
 
+/// Goes to the first row of all that meets a criterion; to the end if there is none.
+/// @return whether there is one.
+bool localizar(ado::Recordset& rs, const QString& criterio);
+
 /// The text with zeros before it to make 8 characters; a longer one as it is.
 [[nodiscard]] QString zerosAEsquerda(const QString& texto);
 

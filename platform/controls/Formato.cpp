@@ -78,6 +78,15 @@ bool onlyDigits(const QString& text) {
 
 } // namespace
 
+std::optional<Amount> sum(Amount a, Amount b) {
+    using Limits = std::numeric_limits<std::int64_t>;
+    const std::int64_t added = b.tenThousandths;
+    if (added > 0 ? a.tenThousandths > Limits::max() - added
+                  : a.tenThousandths < Limits::min() - added)
+        return std::nullopt;
+    return Amount{a.tenThousandths + added};
+}
+
 QString formatMoney(Amount amount) {
     const std::uint64_t cents = (magnitude(amount.tenThousandths) + 50) / 100;
     return composed(amount.tenThousandths < 0 && cents != 0, cents / 100, cents % 100,

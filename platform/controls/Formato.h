@@ -16,6 +16,9 @@ struct Amount {
     friend auto operator<=>(const Amount&, const Amount&) = default;
 };
 
+/// Both together; nothing if that is out of range.
+[[nodiscard]] std::optional<Amount> sum(Amount a, Amount b);
+
 constexpr int kMoneyDecimals = 4; ///< that an Amount can have
 constexpr int kShownDecimals = 2; ///< that are shown as a rule
 

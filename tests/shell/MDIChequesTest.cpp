@@ -1,6 +1,8 @@
 #include "shell/MDICheques.h"
 
+#include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
+#include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
@@ -224,11 +226,47 @@ TEST_F(MainWindow, OpensThePurgeFromTheMenuAndShowsItsPrompts) {
     EXPECT_EQ(Mirtal::modo, "Consulta");
 }
 
+TEST_F(MainWindow, OpensTheBouncedChequesFromMenuAndToolbarAndFromThemTheList) {
+    openMain();
+    for (const char* name : {"mnusfundos", "lancarsf"}) {
+        Mirtal::modo = "Baixar";
+        bool listed = false;
+        whileModal<FrmLancasSFundos>([&](FrmLancasSFundos& form) {
+            EXPECT_TRUE(form.isModal());
+            EXPECT_EQ(Mirtal::modo, "Baixar") << "left alone";
+            whileModal<FrmLocCHTerceiros>([&](FrmLocCHTerceiros& list) {
+                listed = true;
+                EXPECT_TRUE(list.isModal());
+                click(list, "cmdsair");
+            });
+            click(form, "CmdLocalizar");
+            click(form, "CmdSair");
+        });
+        action(name).trigger();
+        EXPECT_TRUE(listed) << name;
+    }
+}
+
+TEST_F(MainWindow, OpensTheConsultationModallyFromMenuAndToolbar) {
+    openMain();
+    for (const char* name : {"mnuconscheques", "consulta"}) {
+        Mirtal::modo = "Baixar";
+        bool seen = false;
+        whileModal<FrmConsultaCH>([&](FrmConsultaCH& form) {
+            seen = true;
+            EXPECT_TRUE(form.isModal());
+            EXPECT_EQ(Mirtal::modo, "Baixar") << "left alone";
+            click(form, "CmdSair");
+        });
+        action(name).trigger();
+        EXPECT_TRUE(seen) << name;
+    }
+}
+
 TEST_F(MainWindow, OtherCommandsLeaveTheModeAlone) {
     openMain();
     Mirtal::modo = "Consulta";
-    for (const char* name : {"mnurenegociar", "mnusfundos", "mnuconscheques", "mnucaminho",
-                             "negociar", "lancarsf", "consulta"})
+    for (const char* name : {"mnurenegociar", "mnucaminho", "negociar"})
         action(name).trigger();
     EXPECT_EQ(Mirtal::modo, "Consulta");
 }
@@ -236,7 +274,7 @@ TEST_F(MainWindow, OtherCommandsLeaveTheModeAlone) {
 TEST_F(MainWindow, AWindowThatThereIsNotYetIsNotShown) {
     openMain();
     const auto before = windowsOnShow();
-    for (const char* name : {"mnurrec", "mnucaminho", "consulta"})
+    for (const char* name : {"mnurrec", "mnucaminho"})
         action(name).trigger();
     EXPECT_EQ(windowsOnShow(), before);
 }

@@ -125,6 +125,18 @@ TEST_F(SharedRoutines, NavigationWithoutRecordsDoesNothing) {
         EXPECT_FALSE(Mirtal::navegar(data().rsBancos, button));
 }
 
+TEST_F(SharedRoutines, ASearchBeginsAtTheFirstRowAndSaysWhetherItFoundOne) {
+    ado::Recordset& banks = data().rsBancos;
+    EXPECT_FALSE(Mirtal::localizar(banks, "codigo=1")) << "no records";
+    givenBanks();
+    banks.MoveLast();
+    EXPECT_TRUE(Mirtal::localizar(banks, "codigo=1"));
+    EXPECT_EQ(banks["codigo"].integer(), 1);
+    EXPECT_FALSE(Mirtal::localizar(banks, "codigo=9"));
+    EXPECT_TRUE(banks.EOF());
+    EXPECT_TRUE(Mirtal::localizar(banks, "codigo=2")) << "after one that found nothing";
+}
+
 TEST_F(SharedRoutines, AMessageGoesWhereTheMainWindowShowsIt) {
     QString shown = "nada";
     Mirtal::aoMostrarMensagem([&](const QString& text) { shown = text; });

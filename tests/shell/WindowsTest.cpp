@@ -1,5 +1,7 @@
 // What holds for every window of the program: it can be told aloud, and its texts are whole.
+#include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
+#include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
@@ -45,6 +47,7 @@ protected:
         return {&MDICheques::instance(),       &frmBancos::instance(),
                 &frmCliFor::instance(),        &frmlocalizar::instance(),
                 &FrmLancarCheques::instance(), &FrmLocCHTerceiros::instance(),
+                &FrmLancasSFundos::instance(), &FrmConsultaCH::instance(),
                 &FrmApagar::instance(),        &frmAbout::instance()};
     }
 

@@ -1,0 +1,228 @@
+#include "collections/FrmLancasSFundos.h"
+
+#include "collections/FrmLocCHTerceiros.h"
+#include "controls/BusyCursor.h"
+#include "controls/ClearControls.h"
+#include "controls/MessageBox.h"
+#include "controls/WindowList.h"
+#include "shell/Mirtal.h"
+#include "shell/Valores.h"
+#include "shell/dbconectar.h"
+
+#include <initializer_list>
+
+namespace {
+
+using TelaDeCheque::mostrar;
+
+ado::Recordset& cheques() { return dbconectar::instance().rsCheques; }
+ado::Recordset& semFundos() { return dbconectar::instance().rsSemFundos; }
+
+/// Chooses the entry of a client or bank by its code; none if there is no such row.
+void escolher(DropDownList& lista, ado::Recordset& rs, std::int64_t codigo) {
+    lista.setListIndex(-1);
+    if (Mirtal::localizar(rs, "CODIGO=" + QString::number(codigo)))
+        TelaDeCheque::escolher(lista, Valores::texto(rs["nome"]), codigo);
+}
+
+} // namespace
+
+FrmLancasSFundos::FrmLancasSFundos() {
+    setupUi(this);
+    // The window keeps its size while the panel comes and goes.
+    QSizePolicy lugar = painelbuscar->sizePolicy();
+    lugar.setRetainSizeWhenHidden(true);
+    painelbuscar->setSizePolicy(lugar);
+    painelbuscar->hide();
+    prompts({
+        {txtcliente,    "Digite o nome do cliente"                      },
+        {txtbanco,      "Digite o código do banco"                     },
+        {txtdata,       "Digite a data de emissão do cheque"           },
+        {txtnumero,     "Digite o número do cheque"                    },
+        {txtvalor,      "Informe o valor do cheque"                     },
+        {txtagencia,    "Informe nº da agência"                       },
+        {txtEmpresa,    "Nome da empresa que cadastrou cliente"         },
+        {txtobservacao, "Digite observações sobre o cliente ou cheque"},
+    });
+    enterAsTab({txtcliente, txtbanco, txtagencia, txtnumero, txtdata, txtvalor, txtEmpresa,
+                txtobservacao, cmbncheque});
+    closesWith(CmdSair);
+    lostFocus(cmbncheque, &FrmLancasSFundos::cmbncheque_LostFocus);
+    lostFocus(txtobservacao, &FrmLancasSFundos::txtobservacao_LostFocus);
+    on(btnNavegacao, &NavigationBar::clicked, &FrmLancasSFundos::btnNavegacao_Click);
+    on(CmdBuscar, &QPushButton::clicked, &FrmLancasSFundos::CmdBuscar_Click);
+    on(CmdNovo, &QPushButton::clicked, &FrmLancasSFundos::CmdNovo_Click);
+    on(CmdIncluir, &QPushButton::clicked, &FrmLancasSFundos::CmdIncluir_Click);
+    on(cmdExcluir, &QPushButton::clicked, &FrmLancasSFundos::cmdExcluir_Click);
+    on(CmdLocalizar, &QPushButton::clicked, &FrmLancasSFundos::CmdLocalizar_Click);
+    on(CmdSair, &QPushButton::clicked, &FrmLancasSFundos::CmdSair_Click);
+}
+
+FrmLancasSFundos& FrmLancasSFundos::instance() {
+    return WindowList::instance().one<FrmLancasSFundos>();
+}
+
+void FrmLancasSFundos::Form_Load() {
+    centre();
+    TelaDeCheque::limitar(semFundos(), textos());
+    Mirtal::preencherLista(*txtcliente, dbconectar::instance().rsCliente, "nome", "codigo");
+    Mirtal::preencherLista(*txtbanco, dbconectar::instance().rsBancos, "nome", "codigo");
+    limparControles(*this);
+}
+
+TelaDeCheque::Textos FrmLancasSFundos::textos() const {
+    return {
+        {{"agencia", txtagencia},
+         {"numero", txtnumero},
+         {"empresa", txtEmpresa},
+         {"observacao", txtobservacao}}
+    };
+}
+
+// ---- the cheque on the screen
+
+void FrmLancasSFundos::consultar() {
+    if (!load())
+        return;
+    QPalette legivel; // what is there to be looked at isn't faint
+    legivel.setBrush(QPalette::Disabled, QPalette::Text, palette().brush(QPalette::Text));
+    for (QWidget* campo :
+         std::initializer_list<QWidget*>{txtcliente, txtbanco, txtagencia, txtnumero, txtdata,
+                                         txtvalor, txtEmpresa, txtobservacao, cmbncheque}) {
+        campo->setEnabled(false);
+        campo->setPalette(legivel);
+    }
+    CmdSair->setDefault(true);
+    CmdSair->setFocus();
+    mostrarRegistro();
+}
+
+void FrmLancasSFundos::mostrarRegistro() {
+    const ado::Recordset& rs = semFundos();
+    txtlancamento->setText(Valores::texto(rs["lancamento"]));
+    mostrarCheque(rs);
+    mostrar(*txtEmpresa, rs["empresa"]);
+}
+
+void FrmLancasSFundos::mostrarCheque(const ado::Recordset& rs) {
+    escolher(*txtcliente, dbconectar::instance().rsCliente, rs["cliente"].integer());
+    escolher(*txtbanco, dbconectar::instance().rsBancos, rs["banco"].integer());
+    mostrar(*txtnumero, rs["numero"]);
+    mostrar(*txtdata, rs["data"]);
+    txtvalor->setValor(Valores::valor(rs["valor"]));
+    mostrar(*txtobservacao, rs["observacao"]);
+    mostrar(*txtagencia, rs["agencia"]);
+}
+
+void FrmLancasSFundos::gravarCampos() {
+    ado::Recordset& rs = semFundos();
+    rs["cliente"] = TelaDeCheque::codigo(*txtcliente);
+    rs["banco"] = TelaDeCheque::codigo(*txtbanco);
+    for (const auto& [campo, caixa] : textos())
+        rs[campo] = caixa->text();
+    rs["data"] = Valores::data(txtdata->value());
+    rs["valor"] = Valores::moeda(txtvalor->valor());
+}
+
+// ---- copying a received cheque
+
+void FrmLancasSFundos::CmdBuscar_Click() {
+    if (!txtlancamento->text().isEmpty()) {
+        showMessage("Clique em novo para copiar dados !", "Mensagem", MessageIcon::information);
+        return;
+    }
+    painelbuscar->show();
+    cmbncheque->clear();
+    cmbncheque->setFocus();
+}
+
+// Deliberate: where no cheque at all is at hand the panel stays; the search sees rsCheques as
+// another window has filtered it; and an apostrophe in the number breaks the criterion.
+void FrmLancasSFundos::cmbncheque_LostFocus() {
+    const QString numero = cmbncheque->text();
+    if (!numero.isEmpty()) {
+        if (cheques().RecordCount() == 0)
+            return;
+        if (!copiarRecebido(numero))
+            showMessage("Cheque não cadastrado ", "Mensagem", MessageIcon::exclamation);
+    }
+    painelbuscar->hide();
+    txtcliente->setFocus();
+}
+
+bool FrmLancasSFundos::copiarRecebido(const QString& numero) {
+    const BusyCursor ocupado;
+    const bool achado = Mirtal::localizar(cheques(), "numero='" + numero + "'");
+    if (achado)
+        mostrarCheque(cheques());
+    return achado;
+}
+
+// ---- commands
+
+bool FrmLancasSFundos::validar() {
+    auto impedimento = TelaDeCheque::falta({txtcliente, txtbanco, txtnumero, txtvalor});
+    if (!impedimento && txtEmpresa->text().isEmpty())
+        impedimento = {txtEmpresa, "É necessário preencher O nome da empresa."};
+    if (!impedimento)
+        impedimento = TelaDeCheque::naoCabe(semFundos(), textos());
+    if (impedimento)
+        advertir(impedimento->controle, impedimento->mensagem);
+    return !impedimento;
+}
+
+void FrmLancasSFundos::CmdIncluir_Click() {
+    if (!validar())
+        return;
+    ado::Recordset& rs = semFundos();
+    ado::Transaction gravacao(dbconectar::instance().Automacao);
+    if (txtlancamento->text().isEmpty())
+        rs.AddNew();
+    else
+        Mirtal::localizar(rs, "lancamento=" + txtlancamento->text());
+    gravarCampos();
+    rs.Update();
+    gravacao.commit();
+    limpar();
+}
+
+void FrmLancasSFundos::CmdNovo_Click() { limpar(); }
+
+void FrmLancasSFundos::limpar() {
+    limparControles(*this);
+    txtcliente->setFocus();
+}
+
+void FrmLancasSFundos::cmdExcluir_Click() {
+    if (txtlancamento->text().isEmpty() || !TelaDeCheque::confirmarExclusao(semFundos()))
+        return;
+    Mirtal::apagarPorChave("SemFundos", "lancamento", txtlancamento->text(), false);
+    limparControles(*this);
+    semFundos().Requery();
+}
+
+void FrmLancasSFundos::CmdLocalizar_Click() {
+    Mirtal::registroEscolhido = false;
+    Mirtal::modo = "localizarSF";
+    FrmLocCHTerceiros& lista = FrmLocCHTerceiros::instance();
+    lista.ocultarDescontar();
+    lista.showModal();
+    if (Mirtal::registroEscolhido) {
+        semFundos().clearFilter();
+        semFundos().Requery();
+        if (Mirtal::localizar(semFundos(),
+                              "lancamento=" + QString::number(Mirtal::lancamentoEscolhido)))
+            mostrarRegistro();
+    }
+    txtcliente->setFocus();
+}
+
+void FrmLancasSFundos::CmdSair_Click() { unload(); }
+
+void FrmLancasSFundos::btnNavegacao_Click(int indice) {
+    if (Mirtal::navegar(semFundos(), indice))
+        mostrarRegistro();
+}
+
+// The last field leads straight to the save.
+void FrmLancasSFundos::txtobservacao_LostFocus() { CmdIncluir->setFocus(); }

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "cheques/TelaDeCheque.h"
+#include "controls/Form.h"
+#include "ui_FrmLancasSFundos.h"
+
+/// Register of the cheques that came back unpaid: they are typed in, or copied from the received
+/// cheque of the same number, changed, deleted and walked through one at a time. A received cheque
+/// that is copied stays as it is.
+///
+/// Invariant: txtlancamento holds the key of the stored cheque on show, or "" for a new one.
+class FrmLancasSFundos final : public Form, private Ui::FrmLancasSFundos {
+    Q_OBJECT
+public:
+    FrmLancasSFundos();
+    static FrmLancasSFundos& instance();
+
+    /// Puts the cheque of the current row of rsSemFundos on the screen, which need not be on show,
+    /// to be looked at: nothing can be typed until the window closes.
+    /// @throws jet::Error{noCurrentRow} if there is no current row.
+    void consultar();
+
+private:
+    void Form_Load() override;
+
+    void btnNavegacao_Click(int indice);
+    void CmdBuscar_Click();
+    void CmdNovo_Click();
+    void CmdIncluir_Click();
+    void cmdExcluir_Click();
+    void CmdLocalizar_Click();
+    void CmdSair_Click();
+    void cmbncheque_LostFocus();
+    void txtobservacao_LostFocus();
+
+    /// The text boxes and their fields.
+    [[nodiscard]] TelaDeCheque::Textos textos() const;
+    /// Says what is missing or can't be stored and goes there; true if nothing is.
+    [[nodiscard]] bool validar();
+    /// From the screen into the current row of rsSemFundos.
+    void gravarCampos();
+    /// The current row of rsSemFundos.
+    void mostrarRegistro();
+    /// Shows what the first received cheque of this number has for a bounced one: all but the
+    /// company. @return false, and nothing changes, if there is none.
+    bool copiarRecebido(const QString& numero);
+    /// What received and bounced cheques have in common, of the current row.
+    void mostrarCheque(const ado::Recordset& rs);
+    void limpar();
+};
