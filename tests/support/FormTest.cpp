@@ -200,10 +200,12 @@ void FormTest::takeFailure(const std::exception_ptr& failure) {
         << "failed with: " << said.toStdString() << "\nannounced: " << expected.toStdString();
 }
 
-void FormTest::announceModal(const std::function<void()>& work) {
+void FormTest::announceModal(const std::function<bool()>& work) {
     ++modalsDue_;
-    QTimer::singleShot(0, &lifetime_, [this, work] {
-        --modalsDue_;
-        work();
-    });
+    tryModal(work);
+}
+
+void FormTest::tryModal(const std::function<bool()>& work) {
+    QTimer::singleShot(0, &lifetime_,
+                       [this, work] { work() ? void(--modalsDue_) : tryModal(work); });
 }

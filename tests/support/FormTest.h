@@ -90,10 +90,8 @@ protected:
     void whileModal(std::function<void(Window&)> work) {
         announceModal([work = std::move(work)] {
             Window& window = Window::instance();
-            if (!window.isVisible()) {
-                ADD_FAILURE() << "the announced window is not on show";
-                return;
-            }
+            if (!window.isVisible())
+                return false; // still loading, which lets events through
             activate(window);
             const QPointer<QWidget> shown = &window;
             work(window);
@@ -101,6 +99,7 @@ protected:
                 ADD_FAILURE() << "the modal window was left open";
                 shown->hide();
             }
+            return true;
         });
     }
 
@@ -114,7 +113,9 @@ private:
         std::optional<QString> answer;
     };
 
-    void announceModal(const std::function<void()>& work);
+    /// `work` is tried until it says that its window was on show and the work is done.
+    void announceModal(const std::function<bool()>& work);
+    void tryModal(const std::function<bool()>& work);
     MessageAnswer answerMessage(const Message& message);
     std::optional<QString> answerFile(const FileRequest& request);
     void takeFailure(const std::exception_ptr& failure);
