@@ -107,9 +107,9 @@ DatePicker::DatePicker(QWidget* parent) : QLineEdit(parent) {
     setInputMethodHints(Qt::ImhDate);
     setValidator(new DateValidator(this));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    auto* open = addAction(Icons::named("calendar"), TrailingPosition);
-    open->setToolTip("Calendário (F4)");
-    connect(open, &QAction::triggered, this, &DatePicker::openCalendar);
+    open_ = addAction(Icons::named("calendar"), TrailingPosition);
+    open_->setToolTip("Calendário (F4)");
+    connect(open_, &QAction::triggered, this, &DatePicker::openCalendar);
     connect(this, &QLineEdit::textEdited, this, &DatePicker::readText);
     show(value_);
 }
@@ -133,6 +133,12 @@ void DatePicker::readText() {
         return;
     if (const auto date = parseDate(text()))
         take(*date);
+}
+
+void DatePicker::settle() {
+    if (const auto date = parseDate(text()))
+        take(*date);
+    show(value_);
 }
 
 QSize DatePicker::sizeHint() const {
@@ -174,9 +180,21 @@ void DatePicker::focusOutEvent(QFocusEvent* event) {
     if (!leavesControl(*event))
         return;
     entered_ = false;
-    if (const auto date = parseDate(text()))
-        take(*date);
-    show(value_);
+    settle();
+}
+
+// Comes before the windows hear of the leaving: they are to find the date that was typed.
+bool DatePicker::event(QEvent* event) {
+    if (event->type() == QEvent::FocusAboutToChange && entered_ &&
+        leavesControl(*static_cast<QFocusEvent*>(event)))
+        settle();
+    return QLineEdit::event(event);
+}
+
+void DatePicker::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::ReadOnlyChange)
+        open_->setVisible(!isReadOnly());
+    QLineEdit::changeEvent(event);
 }
 
 DatePicker::Part DatePicker::partAtCaret() const {

@@ -16,7 +16,10 @@ class QFrame;
 /// calendar.
 ///
 /// The value follows the text as soon as it is a whole date. A text that is no date when the
-/// control is left goes back to the last value.
+/// control is left goes back to the last value. By the time that a window hears of the leaving
+/// (Form::lostFocus()) that is done.
+///
+/// A box that can't be typed into offers no calendar.
 class DatePicker final : public QLineEdit {
     Q_OBJECT
 public:
@@ -36,6 +39,8 @@ signals:
     void changed();
 
 protected:
+    bool event(QEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -49,10 +54,13 @@ private:
     void take(QDate value);
     void show(QDate value);
     void readText();
+    /// Takes the date that the text is, or goes back to the last one.
+    void settle();
     void typeDigit(const QString& digit);
     void typeBar();
 
     QDate value_ = QDate::currentDate();
+    QAction* open_;
     QPointer<QFrame> calendar_;
     bool entered_ = false;
     bool enteredByMouse_ = false;

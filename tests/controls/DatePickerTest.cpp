@@ -201,4 +201,38 @@ TEST_F(DateBox, ADateThatCannotBeTypedIntoStaysAsItIs) {
     EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
 }
 
+TEST_F(DateBox, ADateThatCannotBeTypedIntoOffersNoCalendar) {
+    ASSERT_EQ(date_.actions().size(), 1);
+    const QAction& calendar = *date_.actions().front();
+    EXPECT_TRUE(calendar.isVisible());
+    date_.setReadOnly(true);
+    EXPECT_FALSE(calendar.isVisible());
+    date_.setReadOnly(false);
+    EXPECT_TRUE(calendar.isVisible());
+}
+
+/// Remembers the date that the box holds when a window hears that it is left.
+class DateOnLeaving final : public QObject {
+public:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::FocusOut)
+            date = qobject_cast<DatePicker*>(watched)->value();
+        return false;
+    }
+    QDate date;
+};
+
+TEST_F(DateBox, HoldsTheTypedDateWhenAWindowHearsOfTheLeaving) {
+    DateOnLeaving heard;
+    date_.installEventFilter(&heard);
+    type("1/2/26");
+    leave();
+    EXPECT_EQ(heard.date, QDate(2026, 2, 1));
+    enter();
+    type("31/2");
+    leave();
+    EXPECT_EQ(heard.date, QDate(2026, 2, 1)) << "no date: the last one";
+    EXPECT_EQ(date_.text(), "01/02/2026");
+}
+
 } // namespace
