@@ -8,7 +8,6 @@
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
-#include <limits>
 #include <utility>
 
 namespace {
@@ -27,13 +26,11 @@ std::function<void()>& lista() {
 }
 
 Amount soma(Amount a, Amount b) {
-    using Limites = std::numeric_limits<std::int64_t>;
-    const std::int64_t parcela = b.tenThousandths;
-    if (parcela > 0 ? a.tenThousandths > Limites::max() - parcela
-                    : a.tenThousandths < Limites::min() - parcela)
+    const auto total = sum(a, b);
+    if (!total)
         throw jet::Error(jet::Errc::outOfRange,
                          "O total dos cheques do cliente passa do maior valor possível.");
-    return {a.tenThousandths + parcela};
+    return *total;
 }
 
 /// Goes to the row of a client or bank, by its code, and chooses its entry.

@@ -104,4 +104,15 @@ TEST(Formato, RefusesWhatIsNoDate) {
         EXPECT_FALSE(parseDate(text).has_value()) << text;
 }
 
+TEST(Formato, AddsAmountsWithinTheirRange) {
+    constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+    constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
+    EXPECT_EQ(sum(Amount{10'001}, Amount{-2}), Amount{9'999});
+    EXPECT_EQ(sum(Amount{kMost - 1}, Amount{1}), Amount{kMost});
+    EXPECT_EQ(sum(Amount{kLeast + 1}, Amount{-1}), Amount{kLeast});
+    EXPECT_EQ(sum(Amount{kMost}, Amount{kLeast}), Amount{-1});
+    EXPECT_EQ(sum(Amount{kMost}, Amount{1}), std::nullopt);
+    EXPECT_EQ(sum(Amount{kLeast}, Amount{-1}), std::nullopt);
+}
+
 } // namespace
