@@ -1,0 +1,129 @@
+#include "collections/FrmRenegociar.h"
+
+#include "collections/FrmLocCHTerceiros.h"
+#include "collections/Juros.h"
+#include "controls/ClearControls.h"
+#include "controls/WindowList.h"
+#include "shell/Mirtal.h"
+#include "shell/Valores.h"
+#include "shell/dbconectar.h"
+
+namespace {
+
+ado::Recordset& cheques() { return dbconectar::instance().rsCheques; }
+
+/// For a box that shows what nobody types: without the ground of an entry field, passed over by
+/// Tab, its text still there to be copied with the mouse.
+void soMostra(QLineEdit& caixa) {
+    caixa.setReadOnly(true);
+    caixa.setFocusPolicy(Qt::ClickFocus);
+    QPalette semFundo;
+    semFundo.setBrush(QPalette::Base, Qt::NoBrush);
+    caixa.setPalette(semFundo);
+}
+
+} // namespace
+
+FrmRenegociar::FrmRenegociar() {
+    setupUi(this);
+    for (QLineEdit* caixa :
+         {txtnome, txtlancamento, txtnumero, static_cast<QLineEdit*>(txtdata),
+          static_cast<QLineEdit*>(txtvalor), static_cast<QLineEdit*>(txtbom_para),
+          static_cast<QLineEdit*>(txtvl_juros), static_cast<QLineEdit*>(txtnovo_valor)})
+        soMostra(*caixa);
+    prompts({
+        {txttaxa_juros,  "Digite a taxa de juros ao mês"               },
+        {txtnovo_vencto, "Digite a nova data a ser descontado o cheque."},
+    });
+    enterAsTab({txttaxa_juros, txtnovo_vencto});
+    closesWith(CmdSair);
+    lostFocus(txtnovo_vencto, &FrmRenegociar::txtnovo_vencto_LostFocus);
+    on(CmdLocalizar, &QPushButton::clicked, &FrmRenegociar::CmdLocalizar_Click);
+    on(CmdIncluir, &QPushButton::clicked, &FrmRenegociar::CmdIncluir_Click);
+    on(CmdSair, &QPushButton::clicked, &FrmRenegociar::CmdSair_Click);
+}
+
+FrmRenegociar& FrmRenegociar::instance() { return WindowList::instance().one<FrmRenegociar>(); }
+
+void FrmRenegociar::Form_Load() {
+    centre();
+    limpar();
+    CmdLocalizar->setFocus();
+}
+
+void FrmRenegociar::limpar() {
+    limparControles(*this);
+    vencto_ = Valores::data(txtbom_para->value());
+}
+
+// ---- find
+
+void FrmRenegociar::CmdLocalizar_Click() {
+    limpar();
+    Mirtal::registroEscolhido = false;
+    Mirtal::modo = "localizarCH";
+    FrmLocCHTerceiros::instance().showModal();
+    if (!Mirtal::registroEscolhido)
+        return;
+    ado::Recordset& rs = cheques();
+    rs.clearFilter();
+    rs.Requery(); // to the first row
+    if (!rs.EOF())
+        rs.Find("lancamento=" + QString::number(Mirtal::lancamentoEscolhido));
+    if (!rs.EOF())
+        mostrarCheque();
+}
+
+void FrmRenegociar::mostrarCheque() {
+    const ado::Recordset& rs = cheques();
+    ado::Recordset& clientes = dbconectar::instance().rsCliente;
+    clientes.MoveFirst();
+    clientes.Find("Codigo=" + QString::number(rs["cliente"].integer()));
+    txtnome->setText(Valores::texto(clientes["nome"]));
+    txtnome->setCursorPosition(0); // a long name shows its beginning
+    if (!rs["bompara"].isNull()) {
+        vencto_ = rs["bompara"].date();
+        txtbom_para->setValue(Valores::dia(rs["bompara"]));
+    }
+    txtvalor->setValor(Valores::valor(rs["valor"]));
+    txtdata->setValue(Valores::dia(rs["data"])); // an empty field leaves today's date
+    txtnumero->setText(Valores::texto(rs["numero"]));
+    txtlancamento->setText(Valores::texto(rs["lancamento"]));
+    txttaxa_juros->setEnabled(true);
+    txtnovo_vencto->setEnabled(true);
+    txttaxa_juros->setFocus();
+}
+
+// ---- interest
+
+// Deliberate: any date will do, one before the due date too, which makes the interest negative.
+void FrmRenegociar::txtnovo_vencto_LostFocus() {
+    const float dias = Juros::dias(vencto_, Valores::data(txtnovo_vencto->value()));
+    const Amount juros =
+        Juros::juros(txtvalor->valor(), Juros::fator(txttaxa_juros->valor(), dias));
+    txtvl_juros->setValor(juros);
+    txtnovo_valor->setValor(Juros::novoValor(txtvalor->valor(), juros));
+    CmdIncluir->setFocus();
+}
+
+// ---- save
+
+// Deliberate: the search goes on from the row that the finding left, and nothing is said, neither
+// of a cheque stored nor of one that is gone.
+void FrmRenegociar::CmdIncluir_Click() {
+    if (txtlancamento->text().isEmpty())
+        return;
+    ado::Recordset& rs = cheques();
+    rs.Find("lancamento=" + txtlancamento->text());
+    if (!rs.EOF()) {
+        ado::Transaction gravacao(dbconectar::instance().Automacao);
+        rs["bompara "] = Valores::data(txtnovo_vencto->value()); // the shop's name for it: bompara
+        rs.Update();
+        rs.Requery();
+        gravacao.commit();
+    }
+    limpar();
+    txttaxa_juros->setFocus();
+}
+
+void FrmRenegociar::CmdSair_Click() { unload(); }
