@@ -4,11 +4,13 @@
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
+#include "collections/FrmRenegociar.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
 #include "shell/MDICheques.h"
 #include "shell/frmAbout.h"
+#include "shell/frmcaminho.h"
 
 namespace Comandos {
 
@@ -25,13 +27,13 @@ constexpr Comando kBancos{nullptr, [] { frmBancos::instance().showModal(); }};
 constexpr Comando kSair{nullptr, [] { MDICheques::instance().encerrar(); }};
 constexpr Comando kEntrada{nullptr, &abrirEntrada};
 constexpr Comando kBaixa{"Baixar", [] { FrmLocCHTerceiros::instance().showModal(); }};
-constexpr Comando kRenegociar;
+constexpr Comando kRenegociar{nullptr, [] { FrmRenegociar::instance().showModal(); }};
 constexpr Comando kSemFundos{nullptr, [] { FrmLancasSFundos::instance().showModal(); }};
 constexpr Comando kConsultar{nullptr, [] { FrmConsultaCH::instance().showModal(); }};
 constexpr Comando kRelCheques{"relch"};
 constexpr Comando kRelSemFundos{"relsf"};
 constexpr Comando kApagar{nullptr, [] { FrmApagar::instance().showModal(); }};
-constexpr Comando kDiretorio;
+constexpr Comando kDiretorio{nullptr, [] { frmcaminho::instance().showModal(); }};
 constexpr Comando kSobre{nullptr, [] { frmAbout::instance().showModal(); }};
 
 constexpr Entrada kArquivos[] = {

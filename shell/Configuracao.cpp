@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -23,6 +24,12 @@ QByteArray firstLine(QFile& arquivo) {
     const auto end = std::find_if(bytes.begin(), bytes.end(),
                                   [](char byte) { return byte == '\r' || byte == '\n'; });
     return {bytes.constData(), std::distance(bytes.begin(), end)};
+}
+
+jet::Error falha(const char* acao, const QFileDevice& arquivo) {
+    return {jet::Errc::io, QString("Não foi possível %1 o arquivo \"%2\": %3.")
+                               .arg(acao, arquivo.fileName(), arquivo.errorString())
+                               .toStdString()};
 }
 
 QString decode(const QByteArray& line) {
@@ -46,10 +53,20 @@ QString pastaDosDados(const QString& pastaPrograma) {
     if (!QFileInfo(arquivo).isFile())
         return pastaPrograma;
     if (!arquivo.open(QIODevice::ReadOnly))
-        throw jet::Error(jet::Errc::io, QString("Não foi possível ler o arquivo \"%1\": %2.")
-                                            .arg(arquivo.fileName(), arquivo.errorString())
-                                            .toStdString());
+        throw falha("ler", arquivo);
     return decode(firstLine(arquivo));
+}
+
+void gravarPasta(const QString& pastaPrograma, const QString& pasta) {
+    QString linha = pasta;
+    linha.remove('\r').remove('\n');
+    QSaveFile arquivo(caminho(pastaPrograma)); // beside the old one, then in its place
+    // Unbuffered: what a full disk refuses only on closing, commit() doesn't hear of.
+    if (!arquivo.open(QIODevice::WriteOnly | QIODevice::Text | QIODevice::Unbuffered))
+        throw falha("gravar", arquivo);
+    arquivo.write((linha + '\n').toUtf8()); // commit() tells if it failed
+    if (!arquivo.commit())
+        throw falha("gravar", arquivo);
 }
 
 } // namespace Configuracao

@@ -1,5 +1,6 @@
 #include "shell/Configuracao.h"
 
+#include "jet/Error.h"
 #include "support/QtPrinters.h"
 
 #include <QCoreApplication>
@@ -8,6 +9,9 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/resource.h>
 
 namespace {
 
@@ -18,6 +22,10 @@ protected:
         QFile file(folder_.filePath("init.ini"));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(bytes);
+    }
+    QByteArray bytes() {
+        QFile file(folder_.filePath("init.ini"));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
     }
     QString read() { return Configuracao::pastaDosDados(folder_.path()); }
 
@@ -77,6 +85,44 @@ TEST_F(InitIni, AByteOrderMarkIsNoPartOfTheFolder) {
     write("\xEF\xBB\xBF"
           "C:\\Automação\r\n");
     EXPECT_EQ(read(), "C:\\Automação");
+}
+
+// ---- writing
+
+TEST_F(InitIni, IsWrittenAsOneLineAndReadBack) {
+    for (const char* folder : {"C:\\Dados", "/loja/Automação de cheques/", "  com brancos  ",
+                               "\\\\servidor\\São João", "", "ß 漢字 €"}) {
+        Configuracao::gravarPasta(folder_.path(), folder);
+        EXPECT_EQ(bytes(), QByteArray(folder) + '\n');
+        EXPECT_EQ(read(), folder);
+    }
+}
+
+TEST_F(InitIni, NothingOfTheOldFileStays) {
+    write("C:\\Uma pasta bem longa\nlinha 2\nlinha 3\n");
+    Configuracao::gravarPasta(folder_.path(), "D:\\");
+    EXPECT_EQ(bytes(), "D:\\\n");
+    EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList("init.ini"));
+}
+
+TEST_F(InitIni, ALineBreakMakesNoSecondLine) {
+    Configuracao::gravarPasta(folder_.path(), "/loja\r\n/dados\n");
+    EXPECT_EQ(bytes(), "/loja/dados\n");
+}
+
+TEST_F(InitIni, AFailureToWriteLeavesTheOldFile) {
+    EXPECT_THROW(Configuracao::gravarPasta(folder_.filePath("nenhuma"), "x"), jet::Error);
+    write("C:\\Dados\n");
+    rlimit old{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+    const rlimit none{0, old.rlim_max};
+    auto* const oldHandler = std::signal(SIGXFSZ, SIG_IGN); // the write fails, as on a full disk
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &none), 0);
+    EXPECT_THROW(Configuracao::gravarPasta(folder_.path(), "D:\\Outra"), jet::Error);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &old), 0);
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_EQ(bytes(), "C:\\Dados\n");
+    EXPECT_EQ(QDir(folder_.path()).entryList(QDir::Files), QStringList("init.ini"));
 }
 
 TEST_F(InitIni, AFolderOfThatNameIsNoConfiguration) {

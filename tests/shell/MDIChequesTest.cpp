@@ -4,11 +4,13 @@
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
+#include "collections/FrmRenegociar.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
 #include "shell/Mirtal.h"
 #include "shell/frmAbout.h"
+#include "shell/frmcaminho.h"
 #include "support/ShopTest.h"
 
 #include <QAction>
@@ -263,18 +265,38 @@ TEST_F(MainWindow, OpensTheConsultationModallyFromMenuAndToolbar) {
     }
 }
 
-TEST_F(MainWindow, OtherCommandsLeaveTheModeAlone) {
+TEST_F(MainWindow, OpensTheRenegotiationModallyFromMenuAndToolbar) {
     openMain();
-    Mirtal::modo = "Consulta";
-    for (const char* name : {"mnurenegociar", "mnucaminho", "negociar"})
+    for (const char* name : {"mnurenegociar", "negociar"}) {
+        Mirtal::modo = "Consulta";
+        bool seen = false;
+        whileModal<FrmRenegociar>([&](FrmRenegociar& form) {
+            seen = true;
+            EXPECT_TRUE(form.isModal());
+            EXPECT_EQ(Mirtal::modo, "Consulta");
+            click(form, "CmdSair");
+        });
         action(name).trigger();
-    EXPECT_EQ(Mirtal::modo, "Consulta");
+        EXPECT_TRUE(seen) << name;
+    }
+}
+
+TEST_F(MainWindow, OpensTheFolderChooserModally) {
+    openMain();
+    bool seen = false;
+    whileModal<frmcaminho>([&](frmcaminho& form) {
+        seen = true;
+        EXPECT_TRUE(form.isModal());
+        click(form, "cmdsair");
+    });
+    action("mnucaminho").trigger();
+    EXPECT_TRUE(seen);
 }
 
 TEST_F(MainWindow, AWindowThatThereIsNotYetIsNotShown) {
     openMain();
     const auto before = windowsOnShow();
-    for (const char* name : {"mnurrec", "mnucaminho"})
+    for (const char* name : {"mnurrec", "relatsemfundo"})
         action(name).trigger();
     EXPECT_EQ(windowsOnShow(), before);
 }

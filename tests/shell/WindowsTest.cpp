@@ -3,11 +3,13 @@
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
+#include "collections/FrmRenegociar.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
 #include "shell/MDICheques.h"
 #include "shell/frmAbout.h"
+#include "shell/frmcaminho.h"
 #include "shell/frmlocalizar.h"
 #include "support/ShopTest.h"
 
@@ -48,7 +50,8 @@ protected:
                 &frmCliFor::instance(),        &frmlocalizar::instance(),
                 &FrmLancarCheques::instance(), &FrmLocCHTerceiros::instance(),
                 &FrmLancasSFundos::instance(), &FrmConsultaCH::instance(),
-                &FrmApagar::instance(),        &frmAbout::instance()};
+                &FrmRenegociar::instance(),    &FrmApagar::instance(),
+                &frmcaminho::instance(),       &frmAbout::instance()};
     }
 
     /// Whether the widget is a part of another control, which speaks for it.
