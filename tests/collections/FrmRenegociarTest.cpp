@@ -226,37 +226,27 @@ TEST_P(Renegotiation, AClientThatIsGoneIsAFailure) {
 
 // ---- interest
 
-TEST_P(Renegotiation, AThousandAtTwoOverThirtyDaysBringsSixHundred) {
+TEST_P(Renegotiation, ShowsTheInterestAndTheNewValue) {
+    const struct {
+        const char* what;
+        const char* rate;
+        const char* date;
+        const char* interest;
+        const char* newValue;
+    } cases[] = {
+        {"a thousand at two over thirty days", "2", "31032026", "600,00",  "1.600,00"},
+        {"the same due date",                  "2", "01032026", "0,00",    "1.000,00"},
+        {"ten days earlier",                   "2", "19022026", "-200,00", "800,00"  },
+        {"without a rate",                     "",  "31032026", "0,00",    "1.000,00"},
+    };
     auto& form = open<FrmRenegociar>();
-    find(form, "1");
-    renegotiate("2", "31032026");
-    EXPECT_EQ(text(form, "txtvl_juros"), "600,00");
-    EXPECT_EQ(text(form, "txtnovo_valor"), "1.600,00");
-    EXPECT_EQ(focus(), "CmdIncluir");
-}
-
-TEST_P(Renegotiation, TheSameDueDateBringsNothing) {
-    auto& form = open<FrmRenegociar>();
-    find(form, "1");
-    renegotiate("2", "01032026");
-    EXPECT_EQ(text(form, "txtvl_juros"), "0,00");
-    EXPECT_EQ(text(form, "txtnovo_valor"), "1.000,00");
-}
-
-TEST_P(Renegotiation, AnEarlierDueDateTakesAway) {
-    auto& form = open<FrmRenegociar>();
-    find(form, "1");
-    renegotiate("2", "19022026");
-    EXPECT_EQ(text(form, "txtvl_juros"), "-200,00");
-    EXPECT_EQ(text(form, "txtnovo_valor"), "800,00");
-}
-
-TEST_P(Renegotiation, WithoutARateThereIsNoInterest) {
-    auto& form = open<FrmRenegociar>();
-    find(form, "1");
-    renegotiate("", "31032026");
-    EXPECT_EQ(text(form, "txtvl_juros"), "0,00");
-    EXPECT_EQ(text(form, "txtnovo_valor"), "1.000,00");
+    for (const auto& [what, rate, date, interest, newValue] : cases) {
+        find(form, "1");
+        renegotiate(rate, date);
+        EXPECT_EQ(text(form, "txtvl_juros"), interest) << what;
+        EXPECT_EQ(text(form, "txtnovo_valor"), newValue) << what;
+        EXPECT_EQ(focus(), "CmdIncluir") << what;
+    }
 }
 
 TEST_P(Renegotiation, InterestMayHaveFourDecimals) {
