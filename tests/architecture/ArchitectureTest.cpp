@@ -36,6 +36,7 @@ const std::vector<Layer> kLayers = {
     {"jet",               Outside::nothing, {}                                                },
     {"ado",               Outside::sqlite,  {"jet"}                                           },
     {"controls",          Outside::qt,      {"assets"}                                        },
+    {"print",             Outside::qt,      {"controls"}                                      },
     {"shell_base",        Outside::qt,      {"ado", "controls"}                               },
     {"shell_lookup",      Outside::qt,      {"shell_base"}                                    },
     {"registers",         Outside::qt,      {"shell_lookup"}                                  },

@@ -1,0 +1,124 @@
+#include "print/PagePainter.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr qreal kPointsPerInch = 72;
+
+QFont fontOf(int dots, bool bold) {
+    QFont font;
+    // The family the program has on the screens it is made for, which has all digits equally wide;
+    // where it is missing, the program's own.
+    font.setFamilies({"DejaVu Sans", QGuiApplication::font().family()});
+    font.setPixelSize(dots);
+    font.setBold(bold);
+    font.setHintingPreference(QFont::PreferNoHinting);
+    return font;
+}
+
+QRectF inDots(const QRectF& place) {
+    return {place.topLeft() * PagePainter::kDotsPerMm, place.size() * PagePainter::kDotsPerMm};
+}
+
+bool standsOnComma(const ReportField& field) {
+    return field.look.align == Qt::AlignRight && formatNamed(field.format) == ValueFormat::standard;
+}
+
+QPen penOf(const QColor& ink, qreal mm) {
+    return {ink, mm * PagePainter::kDotsPerMm, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin};
+}
+
+} // namespace
+
+PagePainter::PagePainter(const ReportLayout& layout) {
+    for (const ReportBand* band :
+         {&layout.pageHeader, &layout.columnHeadings, &layout.detail, &layout.footer})
+        for (const ReportField& field : band->fields)
+            if (standsOnComma(field))
+                afterComma_ = std::max(afterComma_, face(field.look).afterComma);
+}
+
+const PagePainter::Face& PagePainter::face(const TextLook& look) {
+    const int dots = std::max(1, qRound(look.points / kPointsPerInch * kDotsPerInch));
+    const auto found = faces_.find({dots, look.bold});
+    if (found != faces_.end())
+        return found->second;
+    const QFont font = fontOf(dots, look.bold);
+    const QFontMetricsF metrics(font);
+    return faces_
+        .insert({
+            {dots,     look.bold                       },
+            { font, metrics, metrics.horizontalAdvance(",00")}
+    })
+        .first->second;
+}
+
+PagePainter::Line PagePainter::laid(const ReportField& field, const Face& face,
+                                    const QString& text) const {
+    const qreal room = field.place.width() * kDotsPerMm;
+    const qreal kept =
+        standsOnComma(field) && text.contains(',') ? afterComma_ - face.afterComma : 0;
+    QString line = text;
+    qreal width = face.metrics.horizontalAdvance(line);
+    if (width > room - kept) {
+        line = face.metrics.elidedText(text, Qt::ElideRight, room - kept);
+        width = face.metrics.horizontalAdvance(line);
+    }
+    switch (field.look.align) {
+    case Qt::AlignRight:
+        return {line, room - kept - width};
+    case Qt::AlignHCenter:
+        return {line, (room - width) / 2};
+    default:
+        return {line, 0};
+    }
+}
+
+void PagePainter::draw(QPainter& painter, const ReportBand& band, QPointF corner,
+                       const Texts& texts) {
+    for (const ReportFrame& frame : band.frames) {
+        painter.setPen(penOf(frame.ink, frame.width));
+        painter.setBrush(frame.ground);
+        painter.drawRect(inDots(frame.place).translated(corner));
+    }
+    for (const ReportLine& line : band.lines) {
+        painter.setPen(penOf(line.ink, line.width));
+        painter.drawLine(corner + line.from * kDotsPerMm, corner + line.to * kDotsPerMm);
+    }
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        if (!texts[i].isEmpty())
+            drawText(painter, band.fields[i], corner, texts[i]);
+}
+
+void PagePainter::drawText(QPainter& painter, const ReportField& field, QPointF corner,
+                           const QString& text) {
+    const Face& used = face(field.look);
+    const Line line = laid(field, used, text);
+    const QRectF place = inDots(field.place).translated(corner);
+    if (painter.font() != used.font)
+        painter.setFont(used.font);
+    if (painter.pen().color() != field.look.ink)
+        painter.setPen(field.look.ink);
+    // Capitals stand in the middle of the place: so the texts of a row share their base line.
+    painter.drawText(
+        QPointF(place.left() + line.left, place.center().y() + used.metrics.capHeight() / 2),
+        line.text);
+}
+
+QRectF PagePainter::placeOf(const ReportField& field, const QString& text, qsizetype start,
+                            qsizetype length) {
+    const Face& used = face(field.look);
+    const Line line = laid(field, used, text);
+    if (line.text.first(std::min(start + length, line.text.size())) !=
+        text.first(std::min(start + length, text.size())))
+        return field.place;
+    const qreal left = line.left + used.metrics.horizontalAdvance(line.text.first(start));
+    const qreal right = line.left + used.metrics.horizontalAdvance(line.text.first(start + length));
+    return {field.place.left() + left / kDotsPerMm, field.place.top(), (right - left) / kDotsPerMm,
+            field.place.height()};
+}

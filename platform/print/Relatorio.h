@@ -1,0 +1,157 @@
+#pragma once
+
+#include "print/ReportLayout.h"
+#include "print/RowSource.h"
+#include "print/RowStore.h"
+
+#include <QHash>
+#include <QList>
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+class PagePainter;
+class QPainter;
+
+/// What long work tells of itself from time to time: how much is done and of how much, 0 while that
+/// is unknown. Answers whether to go on.
+using ReportProgress = std::function<bool(qint64 done, qint64 total)>;
+
+/// The banded report: takes rows from a source, lays them out on pages when these are looked at,
+/// asks for computed fields, tells of each detail and of what fails.
+///
+/// begin() takes the rows of the first page; the rest come in idle slices of the event loop, or at
+/// once when all are needed (takeAll()). Each row's detail event is told exactly once in a report,
+/// in order, as the row comes in: never again when a page is painted once more, printed or saved.
+/// So a sum kept by the event's handler is complete when the footer is first painted, whatever page
+/// was looked at before. Nothing is laid out ahead and no page is kept.
+///
+/// The report knows no paper but its layout's page. Who shows, prints or saves it (ReportPreview,
+/// ReportPrinting, ReportFiles) paints its pages with paintPage().
+class Relatorio final : public QObject {
+    Q_OBJECT
+public:
+    /// Answers a computed field: puts its value into `value`, or leaves that as it is (null) for a
+    /// name it doesn't know. May call currentPage() and setLine().
+    using ComputedField = std::function<void(const QString& name, ReportValue& value)>;
+
+    /// A report at work. There is at most one in the program, and a report is at work while
+    ///   - begin() takes the rows of the first page,
+    ///   - all rows are taken in for a print, a file or a search,
+    ///   - it is printed or a file is written.
+    /// A report that is only on show isn't, though its rows still come in idle slices: another may
+    /// begin in its place, but not within a slice, from its source or an event's handler.
+    class Run {
+    public:
+        /// Tells `report`'s error 1007 and is false if one is at work.
+        explicit Run(Relatorio& report);
+        Run(const Run&) = delete;
+        Run& operator=(const Run&) = delete;
+        ~Run();
+        explicit operator bool() const noexcept { return begun_; }
+
+    private:
+        bool begun_;
+    };
+
+    explicit Relatorio(QObject* parent = nullptr);
+    ~Relatorio() override;
+
+    /// Who answers the computed fields; without one they stay empty.
+    void setComputedField(const ComputedField& hook) { computed_ = hook; }
+    /// For the next begin(); so is the title.
+    void setLayout(const ReportLayout& layout) { nextLayout_ = layout; }
+    void setTitle(const QString& title) { nextTitle_ = title; }
+
+    /// Begins a report in place of the one before, if any: checks the layout, asks for the computed
+    /// fields of kind computedFirst, takes the first page's rows.
+    /// @return false if it failed; then error() has told why and the report before stays as it was.
+    /// @throws what the source throws; a report that has begun then takes no more rows.
+    bool begin(std::unique_ptr<RowSource> source);
+
+    /// Takes the rows that are still to come; `progress` is told of their count so far.
+    /// @return false if `progress` stopped it; the rest then come in idle slices as before. False
+    ///         too if the source has thrown before.
+    /// @throws what the source throws.
+    bool takeAll(const Run& run, const ReportProgress& progress);
+
+    [[nodiscard]] QString title() const { return title_; }
+    /// Whether all rows have been taken in. True too when there is no report.
+    [[nodiscard]] bool isComplete() const noexcept { return complete_; }
+    /// The rows taken in so far.
+    [[nodiscard]] const RowStore& rows() const noexcept { return rows_; }
+    [[nodiscard]] const QStringList& columns() const noexcept { return columns_; }
+    /// The source's column that a detail field shows; -1 if it shows none.
+    [[nodiscard]] qsizetype columnOf(qsizetype field) const { return detailColumns_[field]; }
+    /// What a detail field shows of a row of rows().
+    [[nodiscard]] QString detailText(qsizetype field, const std::vector<ReportValue>& row) const;
+    /// The layout of the report on show, with its lines where setLine() has put them.
+    [[nodiscard]] const ReportLayout& layout() const noexcept { return layout_; }
+
+    /// How many pages the rows taken in so far make; 0 when there is no report.
+    [[nodiscard]] int pageCount() const;
+    /// The page on which a row stands, from 1.
+    [[nodiscard]] int pageOf(qint64 row) const;
+    /// The rows of a page: the first, and the one after the last.
+    struct Rows {
+        qint64 first;
+        qint64 end;
+    };
+    [[nodiscard]] Rows rowsOf(int page) const;
+    /// The page being painted, or painted last, from 1.
+    [[nodiscard]] int currentPage() const noexcept { return currentPage_; }
+
+    /// Moves the line of that name; in a computed field's answer, for the band being painted.
+    void setLine(const QString& name, QPointF from, QPointF to);
+
+    /// Paints a page, which must be one of pageCount(), with its paper's upper left corner at the
+    /// painter's origin, `dotsPerInch` of the painter's units to the inch.
+    void paintPage(QPainter& painter, int page, qreal dotsPerInch);
+
+    /// Where the detail field of that index shows `length` characters from `start` on: in
+    /// millimetres from the paper's upper left corner. The field's whole place if they are cut off.
+    [[nodiscard]] QRectF placeOf(qint64 row, qsizetype field, qsizetype start,
+                                 qsizetype length) const;
+
+signals:
+    /// A report has begun; the pages of the one before are gone.
+    void began();
+    /// A detail row has been taken in.
+    void detail(const ReportRow& row);
+    /// Some rows have been taken in, or all.
+    void rowsTaken();
+    /// The error event: see errorCode().
+    void error(qint32 code);
+
+private:
+    void fail(ReportError code);
+    /// @return false if there is none.
+    bool takeRow();
+    void takeIn();
+    void takeSlice();
+    void askFirst();
+    [[nodiscard]] QString textOf(const ReportField& field) const;
+    void paintBand(QPainter& painter, const ReportBand& band, qreal& y) const;
+    void paintDetails(QPainter& painter, int page, qreal& y) const;
+
+    ReportLayout nextLayout_;
+    QString nextTitle_;
+    ComputedField computed_;
+
+    ReportLayout layout_;
+    QString title_;
+    QHash<QString, ReportValue> firstAnswers_; ///< of the fields of kind computedFirst
+    std::unique_ptr<PagePainter> painter_;
+    int rowsPerPage_ = 1;
+
+    std::unique_ptr<RowSource> source_; ///< while rows are still to come
+    bool complete_ = true;
+    QStringList columns_;
+    QList<qsizetype> detailColumns_;
+    std::vector<ReportValue> row_; ///< the one being taken in
+    RowStore rows_;
+    QTimer slices_;
+    int currentPage_ = 1;
+};

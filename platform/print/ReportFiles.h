@@ -1,0 +1,40 @@
+#pragma once
+
+#include "print/Relatorio.h"
+
+#include <QString>
+
+/// The report as a file. Each is written beside its target under another name and takes the
+/// target's place when it is complete: whatever stops it leaves no half file and an old target as
+/// it was.
+
+enum class SaveOutcome : unsigned char {
+    saved,
+    cancelled, ///< `progress` stopped it
+    failed,    ///< `reason` says why
+    refused,   ///< a report is at work: error 1007 has been told
+};
+
+struct SaveResult {
+    SaveOutcome outcome;
+    QString reason = {}; ///< a sentence for the operator
+};
+
+/// All pages as PDF: text that can be marked and searched, its fonts with it, the report's title in
+/// the file's properties. `progress` is told of rows while they are taken in, of total 0, then of
+/// pages.
+[[nodiscard]] SaveResult savePdf(Relatorio& report, const QString& path,
+                                 const ReportProgress& progress);
+
+/// The rows, a column for each column of the detail band from left to right, with a row of
+/// headings: UTF-8 with its mark, semicolons, decimal comma, day/month/year, lines ended by CR LF.
+/// A text that a spreadsheet would take for a formula (it begins with = + - @, a tab or CR) gets an
+/// apostrophe in front.
+[[nodiscard]] SaveResult saveCsv(Relatorio& report, const QString& path,
+                                 const ReportProgress& progress);
+
+/// The same rows as a workbook of one sheet: true dates and numbers, headings that stay in sight,
+/// columns as wide as on paper. Texts are texts, whatever they begin with. Fails if there are more
+/// rows than a sheet takes.
+[[nodiscard]] SaveResult saveXlsx(Relatorio& report, const QString& path,
+                                  const ReportProgress& progress);
