@@ -1,9 +1,11 @@
 # shellcheck shell=bash disable=SC2034  # the lists are read by their names
 # Sourced by ./run and ./test: what the tree needs of the machine, in one list of Debian packages.
 
-packages_build="g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libsqlite3-dev fonts-dejavu-core"
+packages_build="g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libsqlite3-dev
+    libxlsxwriter-dev pkg-config fonts-dejavu-core"
 packages_test="git clang clang-format clang-tidy libclang-rt-dev libgtest-dev libgmock-dev
-    libbenchmark-dev mdbtools dbus-daemon imagemagick xvfb x11-xkb-utils openbox xdotool"
+    libbenchmark-dev mdbtools dbus-daemon imagemagick xvfb x11-xkb-utils openbox xdotool
+    poppler-utils python3-openpyxl"
 packages_screen="xvfb openbox x11vnc"
 
 # need <group>...: has every package of the groups (build, test, screen) installed, or ends telling

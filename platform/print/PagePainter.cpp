@@ -4,11 +4,13 @@
 #include <QPainter>
 
 #include <algorithm>
-#include <cmath>
+#include <string_view>
 
 namespace {
 
 constexpr qreal kPointsPerInch = 72;
+constexpr qsizetype kMostKnown = 4096; ///< texts whose widths are kept
+constexpr std::u16string_view kFigures = u"0123456789/.,-";
 
 QFont fontOf(int dots, bool bold) {
     QFont font;
@@ -35,6 +37,28 @@ QPen penOf(const QColor& ink, qreal mm) {
 
 } // namespace
 
+PagePainter::Face::Face(int dots, bool bold)
+    : font(fontOf(dots, bold)), metrics(font), afterComma(metrics.horizontalAdvance(",00")) {
+    for (const char16_t figure : kFigures)
+        figures_[figure] = metrics.horizontalAdvance(QChar(figure));
+}
+
+qreal PagePainter::Face::widthOf(const QString& text) const {
+    qreal sum = 0;
+    const bool onlyFigures = std::ranges::all_of(text, [&](QChar c) {
+        const auto figure = figures_.find(c);
+        sum += figure == figures_.end() ? 0 : *figure;
+        return figure != figures_.end();
+    });
+    if (onlyFigures)
+        return sum;
+    if (const auto known = known_.find(text); known != known_.end())
+        return *known;
+    if (known_.size() >= kMostKnown)
+        known_.clear();
+    return known_[text] = metrics.horizontalAdvance(text);
+}
+
 PagePainter::PagePainter(const ReportLayout& layout) {
     for (const ReportBand* band :
          {&layout.pageHeader, &layout.columnHeadings, &layout.detail, &layout.footer})
@@ -50,12 +74,7 @@ const PagePainter::Face& PagePainter::face(const TextLook& look) {
         return found->second;
     const QFont font = fontOf(dots, look.bold);
     const QFontMetricsF metrics(font);
-    return faces_
-        .insert({
-            {dots,     look.bold                       },
-            { font, metrics, metrics.horizontalAdvance(",00")}
-    })
-        .first->second;
+    return faces_.emplace(std::pair(dots, look.bold), Face(dots, look.bold)).first->second;
 }
 
 PagePainter::Line PagePainter::laid(const ReportField& field, const Face& face,
@@ -64,10 +83,10 @@ PagePainter::Line PagePainter::laid(const ReportField& field, const Face& face,
     const qreal kept =
         standsOnComma(field) && text.contains(',') ? afterComma_ - face.afterComma : 0;
     QString line = text;
-    qreal width = face.metrics.horizontalAdvance(line);
+    qreal width = face.widthOf(line);
     if (width > room - kept) {
         line = face.metrics.elidedText(text, Qt::ElideRight, room - kept);
-        width = face.metrics.horizontalAdvance(line);
+        width = face.widthOf(line);
     }
     switch (field.look.align) {
     case Qt::AlignRight:

@@ -4,6 +4,7 @@
 
 #include <QFont>
 #include <QFontMetricsF>
+#include <QHash>
 
 #include <functional>
 #include <map>
@@ -33,10 +34,20 @@ public:
                                  qsizetype length);
 
 private:
-    struct Face {
+    class Face {
+    public:
+        Face(int dots, bool bold);
+        [[nodiscard]] qreal widthOf(const QString& text) const;
+
         QFont font;
         QFontMetricsF metrics;
         qreal afterComma; ///< what "Standard" has there is that wide
+
+    private:
+        // Measuring a text takes as long as drawing it. Figures stand beside each other without
+        // kerning, so their widths add up; names and banks come again and again.
+        QHash<QChar, qreal> figures_;
+        mutable QHash<QString, qreal> known_;
     };
     struct Line {
         QString text;

@@ -115,6 +115,9 @@ public:
     [[nodiscard]] QRectF placeOf(qint64 row, qsizetype field, qsizetype start,
                                  qsizetype length) const;
 
+    /// Tells the error event; for who prints the report.
+    void fail(ReportError code);
+
 signals:
     /// A report has begun; the pages of the one before are gone.
     void began();
@@ -126,7 +129,6 @@ signals:
     void error(qint32 code);
 
 private:
-    void fail(ReportError code);
     /// @return false if there is none.
     bool takeRow();
     void takeIn();

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QHash>
+#include <QString>
 #include <QWidget>
 
-#include <optional>
+#include <span>
 
 class PageView;
 class QAction;
@@ -13,29 +15,81 @@ class QSpinBox;
 class QToolBar;
 class Relatorio;
 enum class SearchDirection : unsigned char;
-struct ReportHit;
 
-/// A report on show, to stand inside a window: its pages below each other, a bar of tools above,
-/// the count of pages below. Prints, saves, finds, zooms; all by keys too, which the tool-tips
-/// name. It shows itself what goes wrong with a file; the report's own errors are its error
-/// event's.
+/// A report on show, to stand inside a window: a bar of tools above, its pages below each other,
+/// the count of pages at the foot. Prints, saves, finds, zooms; all by keys too, which the
+/// tool-tips name. It says itself what becomes of files and printing; the report's errors are told
+/// by its error event, which is the window's.
 ///
-/// It shows the report from begin() on, from its first page. The report must outlive it.
+/// It shows the report from begin() on, from its first page. The report must outlive it. While it
+/// works for more than a moment a window with a bar keeps the operator from everything else.
 class ReportPreview final : public QWidget {
     Q_OBJECT
 public:
     explicit ReportPreview(Relatorio& report, QWidget* parent = nullptr);
-    ~ReportPreview() override;
 
-    /// The page on show, from 1; the upper one where there are two.
+    /// The page on show, from 1.
     [[nodiscard]] int page() const;
     void goToPage(int page);
 
-    /// How long work goes on under the hourglass before the window with the bar and its "Cancelar"
-    /// shows; a second, unless a test wants it otherwise.
+    /// How long work goes on under the hourglass before the window with the bar shows; a second,
+    /// unless a test wants it otherwise.
     void setPatience(int milliseconds) { patienceMs_ = milliseconds; }
 
 private:
-    struct Impl;
+    struct FileKind;
+    struct Tool;
+
+    [[nodiscard]] QToolBar* makeTools();
+    void addTools(QToolBar& bar, std::span<const Tool> tools);
+    void addKey(const QKeySequence& key, void (ReportPreview::*handler)());
+    [[nodiscard]] QSpinBox* makeNumber();
+    [[nodiscard]] QComboBox* makeZoom();
+    [[nodiscard]] QLineEdit* makeFind();
+    [[nodiscard]] QWidget* makeFoot();
+
+    void print();
+    void savePdfFile();
+    void saveXlsxFile();
+    void saveCsvFile();
+    void save(const FileKind& kind);
+    [[nodiscard]] QString askPath(const FileKind& kind);
+
+    void firstPage();
+    void previousPage();
+    void nextPage();
+    void lastPage();
+    void focusNumber();
+    void leaveNumber();
+
+    void zoomIn();
+    void zoomOut();
+    void zoomStep(int steps);
+    void zoomFull();
+    void zoomWidth();
+    void zoomPage();
+    void zoomChosen(int index);
+
+    void focusFind();
+    void findNext();
+    void findPrevious();
+    void find(SearchDirection direction);
+    void textChanged();
+    void leaveFind();
+
+    void began();
+    void showPage();
+    void showZoom();
+    void say(const QString& text);
+
+    Relatorio& report_;
+    PageView* view_;
+    QHash<QString, QAction*> actions_;
+    QSpinBox* number_ = nullptr;
+    QComboBox* zoom_ = nullptr;
+    QLineEdit* find_ = nullptr;
+    QLabel* pages_ = nullptr;
+    QLabel* news_ = nullptr;
+    QString folder_; ///< where files were last saved
     int patienceMs_ = 1000;
 };

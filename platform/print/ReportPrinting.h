@@ -8,16 +8,18 @@ class QWidget;
 
 /// The report on the printer.
 
-enum class PrinterAnswer : unsigned char { noPrinter, givenUp, chosen };
+/// What is asked of the system and, through its dialog, of the operator.
+struct PrinterFunctions {
+    /// Whether a printer is installed.
+    std::function<bool()> installed;
+    /// Which printer, pages and copies: `printer` brings the report's paper and takes the answer.
+    /// False if the operator gave up.
+    std::function<bool(QPrinter& printer, int pageCount, QWidget* owner)> choose;
+};
 
-/// What is asked of the operator: which printer, pages and copies; `printer` brings the paper and
-/// the page on show (QPrinter::fromPage()) and takes the answer.
-using PrinterFunction =
-    std::function<PrinterAnswer(QPrinter& printer, const Relatorio& report, QWidget* owner)>;
-
-/// Replaces the system's print dialog, in tests; an empty function restores it.
-/// @return the function replaced.
-PrinterFunction setPrinterFunction(PrinterFunction function);
+/// Replaces them, in tests; empty ones restore the system's.
+/// @return those replaced.
+PrinterFunctions setPrinterFunctions(PrinterFunctions functions);
 
 enum class PrintOutcome : unsigned char {
     printed,
@@ -26,8 +28,8 @@ enum class PrintOutcome : unsigned char {
     refused, ///< the report's error event has told why: 1001, 1006 or 1007
 };
 
-/// Takes the rows still to come, asks for the printer and prints the pages asked for. `progress` is
-/// told of rows, of total 0, then of pages.
+/// Takes the rows still to come, asks for the printer (not if there is none) and prints the pages
+/// asked for. `progress` is told of rows, of total 0, then of pages.
 /// @param page the one on show, from 1
 [[nodiscard]] PrintOutcome printReport(Relatorio& report, int page, QWidget* owner,
                                        const ReportProgress& progress);

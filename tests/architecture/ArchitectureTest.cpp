@@ -58,6 +58,8 @@ const std::vector<Layer> kLayers = {
     {"fuzz_file",         Outside::nothing, {"jet", "fuzz_support"}                           },
     {"fuzz_sql",          Outside::nothing, {"ado", "fuzz_support"}                           },
     {"fuzz_init",         Outside::qt,      {"shell_base", "fuzz_support"}                    },
+    {"report_samples",    Outside::qt,      {"print"}                                         },
+    {"report_bench",      Outside::qt,      {"report_samples"}                                },
     {"test_support",      Outside::qt,      {}                                                },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
     {"shop_test_support", Outside::qt,      {"shell_base", "shop_schema", "form_test_support"}},
@@ -65,7 +67,7 @@ const std::vector<Layer> kLayers = {
 
 // What tests may use beside their folder, where it sees no more than the folder itself does.
 const std::vector<std::string> kHelpers = {"test_support", "shop_schema", "form_test_support",
-                                           "shop_test_support"};
+                                           "shop_test_support", "report_samples"};
 
 /// Path from the root of the tree, with "/", and the file's text.
 using Files = std::map<std::string, std::string>;

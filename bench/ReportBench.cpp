@@ -1,0 +1,100 @@
+// What the operator waits for with a report, and what it takes in memory: each size in a process of
+// its own, so that one doesn't pay for the other.
+#include "print/ReportFiles.h"
+#include "print/ReportSearch.h"
+#include "samples/ShopReport.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QPainter>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+namespace {
+
+constexpr std::array kSizes = {1'000, 100'000, 1'000'000};
+constexpr qreal kScreenDpi = 96;
+
+const ReportProgress kGoOn = [](qint64, qint64) { return true; };
+
+double megabytes(const char* field) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with(field))
+            return std::stod(line.substr(line.find(':') + 1)) / 1024;
+    return 0;
+}
+
+void paint(Relatorio& report, int page) {
+    QImage paper(800, 1130, QImage::Format_RGB32);
+    paper.fill(Qt::white);
+    QPainter painter(&paper);
+    report.paintPage(painter, page, kScreenDpi);
+}
+
+template <class Work>
+double seconds(const Work& work) {
+    QElapsedTimer clock;
+    clock.start();
+    work();
+    return static_cast<double>(clock.nsecsElapsed()) * 1e-9;
+}
+
+int measure(qint64 count) {
+    const QTemporaryDir folder;
+    const double before = megabytes("VmRSS");
+    ShopReport shop;
+    const double first = seconds([&] {
+        shop.begin(inventedRows(count));
+        paint(shop.report, 1);
+    });
+    const double rest = seconds([&] {
+        const Relatorio::Run run(shop.report);
+        (void)shop.report.takeAll(run, kGoOn);
+    });
+    const double last = seconds([&] { paint(shop.report, shop.report.pageCount()); });
+    const double rows = static_cast<double>(shop.report.rows().bytes()) / 1024 / 1024;
+    const double shown = megabytes("VmRSS") - before - rows;
+    const double search = seconds([&] {
+        (void)findText(shop.report, "não está em lugar nenhum", SearchDirection::forward, {}, 0,
+                       kGoOn);
+    });
+    const auto save = [&](auto* function, const char* name) {
+        return seconds([&] {
+            if (function(shop.report, folder.filePath(name), kGoOn).outcome != SaveOutcome::saved)
+                std::fprintf(stderr, "%s was not saved\n", name);
+        });
+    };
+    const double csv = save(saveCsv, "r.csv");
+    const double xlsx = count < 1'048'576 ? save(saveXlsx, "r.xlsx") : 0;
+    const double pdf = save(savePdf, "r.pdf");
+    std::printf("%9lld %8.3f %8.3f %8.3f %8.1f %8.1f %8.3f %8.2f %8.2f %8.2f %8.1f\n",
+                static_cast<long long>(count), first, rest, last, rows, shown, search, csv, xlsx,
+                pdf, megabytes("VmHWM") - before - rows);
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    if (argc == 2)
+        return measure(std::atoll(argv[1]));
+    std::printf("%9s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s\n", "rows", "first s", "rest s",
+                "last s", "rows MB", "+MB", "find s", "CSV s", "XLSX s", "PDF s", "+MB most");
+    std::fflush(stdout);
+    for (const int size : kSizes)
+        QProcess::execute(QApplication::applicationFilePath(), {QString::number(size)});
+    std::printf(
+        "wanted for 100000: first page under 1 s, PDF under 15 s; for 1000000: PDF and XLSX\n"
+        "in ten times the time, less than 150 MB over the rows' own\n");
+    return 0;
+}

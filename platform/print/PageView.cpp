@@ -1,0 +1,240 @@
+#include "print/PageView.h"
+
+#include <QEvent>
+#include <QPainter>
+#include <QResizeEvent>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int kGap = 14; ///< around pages, in pixels
+constexpr int kLine = 40;
+constexpr qreal kMmPerInch = 25.4;
+constexpr int kWheelNotch = 120;
+
+const QColor kHit(0xff, 0xe0, 0x66);
+const QColor kCurrentHit(0xff, 0xa8, 0x3d);
+const QColor kCurrentFrame(0x8a, 0x3c, 0x00);
+
+} // namespace
+
+PageView::PageView(Relatorio& report, QWidget* parent)
+    : QAbstractScrollArea(parent), report_(report) {
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::StrongFocus);
+    setAccessibleName("Páginas do relatório");
+    viewport()->setBackgroundRole(QPalette::Mid);
+    viewport()->setAutoFillBackground(true);
+    horizontalScrollBar()->setSingleStep(kLine);
+    verticalScrollBar()->setSingleStep(kLine);
+    connect(&report_, &Relatorio::began, this, &PageView::reset);
+    connect(&report_, &Relatorio::rowsTaken, this, &PageView::rowsCame);
+    reset();
+}
+
+qreal PageView::dotsPerInch() const { return logicalDpiX() * scale_; }
+
+QSize PageView::pageSize() const {
+    return (report_.layout().page / kMmPerInch * dotsPerInch()).toSize();
+}
+
+int PageView::percent() const { return qRound(scale_ * 100); }
+
+QSize PageView::sizeHint() const { return {860, 640}; }
+
+QRect PageView::pageRect(int page) const {
+    const QSize size = pageSize();
+    const int room = viewport()->width() - size.width();
+    const int left = room > 0 ? room / 2 : kGap - horizontalScrollBar()->value();
+    const int top = kGap + (page - 1) * (size.height() + kGap) - verticalScrollBar()->value();
+    return {QPoint(left, top), size};
+}
+
+void PageView::reset() {
+    text_.clear();
+    hit_.reset();
+    pages_ = report_.pageCount();
+    refit();
+    updateRanges();
+    goToPage(1);
+    viewport()->update();
+}
+
+void PageView::rowsCame() {
+    const int pages = report_.pageCount();
+    // The page that was the last has filled up or got its footer.
+    if (pages_ > 0 && pageRect(pages_).intersects(viewport()->rect()))
+        viewport()->update();
+    if (pages != pages_ || report_.isComplete()) {
+        pages_ = pages;
+        updateRanges();
+        emit pageChanged();
+    }
+}
+
+void PageView::updateRanges() {
+    const QSize size = pageSize();
+    const QSize room = viewport()->size();
+    const QScopedValueRollback going(going_, true);
+    verticalScrollBar()->setPageStep(room.height());
+    verticalScrollBar()->setRange(
+        0, std::max(0, kGap + pages_ * (size.height() + kGap) - room.height()));
+    horizontalScrollBar()->setPageStep(room.width());
+    horizontalScrollBar()->setRange(
+        0, size.width() > room.width() ? size.width() + 2 * kGap - room.width() : 0);
+}
+
+void PageView::goToPage(int page) {
+    page_ = std::clamp(page, 1, std::max(1, pages_));
+    {
+        const QScopedValueRollback going(going_, true);
+        verticalScrollBar()->setValue((page_ - 1) * (pageSize().height() + kGap));
+    }
+    emit pageChanged();
+}
+
+void PageView::scrollContentsBy(int, int) {
+    viewport()->update();
+    if (going_ || pages_ == 0)
+        return;
+    const int pitch = pageSize().height() + kGap;
+    const int at = verticalScrollBar()->value() + viewport()->height() / 3;
+    const int page = std::clamp(at / pitch + 1, 1, pages_);
+    if (page == page_)
+        return;
+    page_ = page;
+    emit pageChanged();
+}
+
+void PageView::setScale(qreal scale) {
+    scale = std::clamp(scale, kLeastPercent / 100.0, kMostPercent / 100.0);
+    if (qFuzzyCompare(scale, scale_)) {
+        updateRanges();
+        return;
+    }
+    // What stands in the upper left corner stays there.
+    const qreal pitch = pageSize().height() + kGap;
+    const qreal at = verticalScrollBar()->value() / pitch;
+    scale_ = scale;
+    updateRanges();
+    const QScopedValueRollback going(going_, true);
+    verticalScrollBar()->setValue(qRound(at * (pageSize().height() + kGap)));
+    viewport()->update();
+    emit zoomChanged();
+}
+
+void PageView::setZoom(int percent) {
+    zoom_ = Zoom::percent;
+    setScale(percent / 100.0);
+    emit zoomChanged();
+}
+
+void PageView::fit(Zoom zoom) {
+    zoom_ = zoom;
+    refit();
+    if (zoom == Zoom::page)
+        goToPage(page_);
+    emit zoomChanged();
+}
+
+void PageView::refit() {
+    if (zoom_ == Zoom::percent)
+        return updateRanges();
+    const QSizeF natural = report_.layout().page / kMmPerInch * logicalDpiX();
+    // Half a pixel less than there is, so that rounding brings no scroll bar.
+    const qreal wide = (viewport()->width() - 2 * kGap - 0.5) / natural.width();
+    const qreal high = (viewport()->height() - 2 * kGap - 0.5) / natural.height();
+    setScale(zoom_ == Zoom::page ? std::min(wide, high) : wide);
+}
+
+void PageView::resizeEvent(QResizeEvent* event) {
+    QAbstractScrollArea::resizeEvent(event);
+    refit();
+    if (zoom_ == Zoom::page)
+        goToPage(page_);
+}
+
+void PageView::wheelEvent(QWheelEvent* event) {
+    if (!(event->modifiers() & Qt::ControlModifier))
+        return QAbstractScrollArea::wheelEvent(event);
+    if (event->angleDelta().y() != 0)
+        emit zoomAsked(event->angleDelta().y() > 0 ? 1 : -1);
+    event->accept();
+}
+
+void PageView::changeEvent(QEvent* event) {
+    QAbstractScrollArea::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange)
+        viewport()->update();
+}
+
+void PageView::mark(const QString& text, const std::optional<ReportHit>& hit) {
+    text_ = text;
+    hit_ = hit;
+    if (hit)
+        showPlace(hitRect(*hit));
+    viewport()->update();
+}
+
+QRectF PageView::hitRect(const ReportHit& hit) const {
+    return report_.placeOf(hit.row, hit.field, hit.start, hit.length);
+}
+
+void PageView::showPlace(const QRectF& place) {
+    const int page = report_.pageOf(hit_->row);
+    const qreal dots = dotsPerInch() / kMmPerInch;
+    const QRect rect = QRectF(place.topLeft() * dots, place.size() * dots)
+                           .translated(pageRect(page).topLeft())
+                           .toAlignedRect()
+                           .adjusted(-kLine, -kLine, kLine, kLine);
+    const QScopedValueRollback going(going_, true);
+    const QRect seen = viewport()->rect();
+    if (rect.top() < seen.top() || rect.bottom() > seen.bottom())
+        verticalScrollBar()->setValue(verticalScrollBar()->value() + rect.center().y() -
+                                      seen.center().y());
+    if (rect.left() < seen.left() || rect.right() > seen.right())
+        horizontalScrollBar()->setValue(horizontalScrollBar()->value() + rect.center().x() -
+                                        seen.center().x());
+    page_ = page;
+    emit pageChanged();
+}
+
+void PageView::paintEvent(QPaintEvent* event) {
+    QPainter painter(viewport());
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    const int pitch = pageSize().height() + kGap;
+    const int top = verticalScrollBar()->value() + event->rect().top();
+    for (int page = std::max(1, top / pitch); page <= pages_; ++page) {
+        const QRect rect = pageRect(page);
+        if (rect.top() > event->rect().bottom())
+            break;
+        if (rect.intersects(event->rect()))
+            paintOne(painter, page);
+    }
+}
+
+void PageView::paintOne(QPainter& painter, int page) {
+    const QRect rect = pageRect(page);
+    painter.fillRect(rect.translated(2, 3), QColor(0, 0, 0, 50));
+    painter.fillRect(rect, Qt::white);
+    painter.save();
+    painter.setClipRect(rect, Qt::IntersectClip);
+    painter.translate(rect.topLeft());
+    const qreal dots = dotsPerInch() / kMmPerInch;
+    for (const ReportHit& hit : hitsOnPage(report_, text_, page)) {
+        const bool isCurrent = hit_ && hit_->row == hit.row && hit_->field == hit.field;
+        const QRectF place = hitRect(hit);
+        // Not by its colour alone: the current one has a frame.
+        painter.setPen(isCurrent ? QPen(kCurrentFrame, 1.5) : QPen(Qt::NoPen));
+        painter.setBrush(isCurrent ? kCurrentHit : kHit);
+        painter.drawRect(QRectF(place.topLeft() * dots, place.size() * dots));
+    }
+    painter.setBrush(Qt::NoBrush);
+    report_.paintPage(painter, page, dotsPerInch());
+    painter.restore();
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "print/ReportSearch.h"
+
+#include <QAbstractScrollArea>
+
+/// The pages of a report below each other on a grey ground, white whatever the program's colours.
+/// Each is painted from its rows when it is seen, and marked where it shows the text looked for.
+class PageView final : public QAbstractScrollArea {
+    Q_OBJECT
+public:
+    static constexpr int kLeastPercent = 10;
+    static constexpr int kMostPercent = 800;
+
+    enum class Zoom : unsigned char { percent, page, width };
+
+    explicit PageView(Relatorio& report, QWidget* parent = nullptr);
+
+    /// The page on show, from 1; of several the one that was gone to, or that stands highest.
+    [[nodiscard]] int page() const noexcept { return page_; }
+    /// Shows a page from its top; one that isn't there, the nearest that is.
+    void goToPage(int page);
+
+    /// 100 % is the size on paper.
+    void setZoom(int percent);
+    /// As large as a whole page, or its width, has room; also when the window's size changes.
+    void fit(Zoom zoom);
+    [[nodiscard]] Zoom zoom() const noexcept { return zoom_; }
+    [[nodiscard]] int percent() const;
+
+    /// Marks the text on the pages, and this hit more than the others; brings it into sight.
+    void mark(const QString& text, const std::optional<ReportHit>& hit);
+    [[nodiscard]] const std::optional<ReportHit>& hit() const noexcept { return hit_; }
+
+    /// Where a page stands on the viewport, which need not show it.
+    [[nodiscard]] QRect pageRect(int page) const;
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+signals:
+    /// Another page is on show, or there are more pages.
+    void pageChanged();
+    void zoomChanged();
+    /// Ctrl and the wheel, a notch up or down.
+    void zoomAsked(int steps);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    [[nodiscard]] qreal dotsPerInch() const;
+    [[nodiscard]] QSize pageSize() const;
+    [[nodiscard]] QRectF hitRect(const ReportHit& hit) const;
+    void paintOne(QPainter& painter, int page);
+    void reset();
+    void rowsCame();
+    void refit();
+    void setScale(qreal scale);
+    void updateRanges();
+    void showPlace(const QRectF& place);
+
+    Relatorio& report_;
+    Zoom zoom_ = Zoom::percent;
+    qreal scale_ = 1;
+    int page_ = 1;
+    int pages_ = 0;      ///< as last told
+    bool going_ = false; ///< to a page: scrolling there doesn't choose another
+    QString text_;
+    std::optional<ReportHit> hit_;
+};

@@ -1,0 +1,178 @@
+#include "print/ReportSearch.h"
+
+#include <algorithm>
+
+namespace {
+
+/// A text in the shape it is compared in, and where each of its characters stood.
+struct Folded {
+    QString text;
+    std::vector<qsizetype> at;
+};
+
+/// Of whom the letter is, without case and accent.
+QChar folded(QChar c) {
+    if (c.unicode() < 0x80)
+        return c.toLower();
+    if (c.decompositionTag() == QChar::Canonical && !c.isSurrogate())
+        c = c.decomposition().front();
+    return c.toCaseFolded();
+}
+
+Folded fold(const QString& text, bool withoutPoints) {
+    Folded result;
+    result.text.reserve(text.size());
+    result.at.reserve(static_cast<std::size_t>(text.size()));
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (c.category() == QChar::Mark_NonSpacing || (withoutPoints && c == '.'))
+            continue;
+        result.text += folded(c);
+        result.at.push_back(i);
+    }
+    return result;
+}
+
+/// What is looked for, in both shapes, and where it is in a report's fields.
+class Search {
+public:
+    Search(const Relatorio& report, const QString& text)
+        : report_(report), text_(fold(text, false).text), number_(fold(text, true).text),
+          fields_(static_cast<qsizetype>(report.layout().detail.fields.size())) {}
+
+    [[nodiscard]] bool isEmpty() const { return text_.isEmpty(); }
+    [[nodiscard]] qsizetype fields() const noexcept { return fields_; }
+
+    [[nodiscard]] std::optional<ReportHit> in(qint64 row, qsizetype field,
+                                              const std::vector<ReportValue>& values) const {
+        const qsizetype column = report_.columnOf(field);
+        const bool amount =
+            column >= 0 && std::holds_alternative<Amount>(values[static_cast<std::size_t>(column)]);
+        const QString& wanted = amount ? number_ : text_;
+        if (wanted.isEmpty())
+            return std::nullopt;
+        const Folded shown = fold(report_.detailText(field, values), amount);
+        const qsizetype found = shown.text.indexOf(wanted);
+        if (found < 0)
+            return std::nullopt;
+        const qsizetype start = shown.at[static_cast<std::size_t>(found)];
+        const qsizetype last = shown.at[static_cast<std::size_t>(found + wanted.size() - 1)];
+        return ReportHit{row, field, start, last + 1 - start};
+    }
+
+private:
+    const Relatorio& report_;
+    QString text_;
+    QString number_;
+    qsizetype fields_;
+};
+
+constexpr qint64 kRowsPerStep = 1024;
+
+/// A place between the fields of a report: fields before it count as passed.
+struct Place {
+    qint64 row;
+    qsizetype field;
+};
+
+/// The first (last) hit from `from` on (before it), within rows begin to end.
+struct Walk {
+    const Relatorio& report;
+    const Search& search;
+    const ReportProgress& progress;
+    bool cancelled = false;
+
+    std::optional<ReportHit> forward(Place from, qint64 end) {
+        std::optional<ReportHit> hit;
+        for (qint64 row = from.row; row < end && !hit && goOn(row); row += kRowsPerStep)
+            report.rows().visit(row, std::min(end, row + kRowsPerStep),
+                                [&](qint64 at, const std::vector<ReportValue>& values) {
+                                    const qsizetype first = at == from.row ? from.field : 0;
+                                    for (qsizetype f = first; f < search.fields() && !hit; ++f)
+                                        hit = search.in(at, f, values);
+                                    return !hit;
+                                });
+        return hit;
+    }
+
+    /// The last in the step counts, so each step is looked at to its end.
+    std::optional<ReportHit> backward(Place from, qint64 begin) {
+        std::optional<ReportHit> hit;
+        for (qint64 end = from.row + 1; end > begin && !hit && goOn(report.rows().size() - end);
+             end -= kRowsPerStep)
+            report.rows().visit(std::max(begin, end - kRowsPerStep), end,
+                                [&](qint64 at, const std::vector<ReportValue>& values) {
+                                    const qsizetype last =
+                                        at == from.row ? from.field : search.fields();
+                                    for (qsizetype f = 0; f < last; ++f)
+                                        if (const auto found = search.in(at, f, values))
+                                            hit = found;
+                                    return true;
+                                });
+        return hit;
+    }
+
+private:
+    bool goOn(qint64 done) {
+        cancelled = cancelled || !progress(done, report.rows().size());
+        return !cancelled;
+    }
+};
+
+} // namespace
+
+SearchResult findText(Relatorio& report, const QString& text, SearchDirection direction,
+                      const std::optional<ReportHit>& from, qint64 start,
+                      const ReportProgress& progress) {
+    const Search search(report, text);
+    if (search.isEmpty() || report.rows().size() == 0)
+        return {};
+    const Relatorio::Run run(report);
+    if (!run)
+        return {};
+    Walk walk{report, search, progress};
+    SearchResult result;
+    const auto takeRest = [&] {
+        walk.cancelled = walk.cancelled || !report.takeAll(run, progress);
+    };
+    if (direction == SearchDirection::forward) {
+        const Place begin = from ? Place{from->row, from->field + 1} : Place{start, 0};
+        const qint64 known = report.rows().size();
+        result.hit = walk.forward(begin, known);
+        if (!result.hit && !report.isComplete()) {
+            takeRest();
+            result.hit = walk.forward({std::max(known, begin.row), 0}, report.rows().size());
+        }
+        if (!result.hit && !walk.cancelled) {
+            result.wrapped = true;
+            result.hit = walk.forward({0, 0}, std::min(begin.row + 1, report.rows().size()));
+        }
+    } else {
+        const Place begin = from ? Place{from->row, from->field} : Place{start, 0};
+        result.hit = walk.backward(begin, 0);
+        if (!result.hit && !walk.cancelled) {
+            takeRest();
+            result.wrapped = true;
+            if (!walk.cancelled)
+                result.hit = walk.backward({report.rows().size() - 1, search.fields()}, begin.row);
+        }
+    }
+    result.cancelled = walk.cancelled;
+    return result;
+}
+
+std::vector<ReportHit> hitsOnPage(const Relatorio& report, const QString& text, int page) {
+    const Search search(report, text);
+    std::vector<ReportHit> hits;
+    if (search.isEmpty())
+        return hits;
+    const Relatorio::Rows rows = report.rowsOf(page);
+    report.rows().visit(rows.first, rows.end,
+                        [&](qint64 row, const std::vector<ReportValue>& values) {
+                            for (qsizetype f = 0; f < search.fields(); ++f)
+                                if (const auto hit = search.in(row, f, values))
+                                    hits.push_back(*hit);
+                            return true;
+                        });
+    return hits;
+}

@@ -1,0 +1,37 @@
+#include "print/SaveReport.h"
+
+#include <algorithm>
+
+SaveResult saveReport(Relatorio& report, const QString& path, const ReportProgress& progress,
+                      const WriteFile& write) {
+    const Relatorio::Run run(report);
+    if (!run)
+        return {SaveOutcome::refused};
+    if (!report.takeAll(run, progress))
+        return {SaveOutcome::cancelled};
+    NewFile file(path);
+    if (!file.open())
+        return {SaveOutcome::failed, file.reason()};
+    if (!write(file))
+        return {SaveOutcome::cancelled};
+    if (!file.commit())
+        return {SaveOutcome::failed, file.reason()};
+    return {SaveOutcome::saved};
+}
+
+std::vector<FileColumn> fileColumns(const Relatorio& report) {
+    std::vector<const ReportField*> fields;
+    const ReportBand& band = report.layout().detail;
+    for (const ReportField& field : band.fields)
+        if (field.kind == FieldKind::column)
+            fields.push_back(&field);
+    std::ranges::stable_sort(fields, {},
+                             [](const ReportField* field) { return field->place.left(); });
+    std::vector<FileColumn> columns;
+    for (const ReportField* field : fields)
+        columns.push_back({field->heading.isEmpty() ? field->name : field->heading,
+                           static_cast<std::size_t>(columnNamed(report.columns(), field->name)),
+                           formatNamed(field->format).value_or(ValueFormat::general),
+                           field->place.width()});
+    return columns;
+}
