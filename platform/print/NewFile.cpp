@@ -35,7 +35,7 @@ QString said(QFileDevice::FileError error) {
     case QFileDevice::PermissionsError:
         return "falta permissão para gravar nessa pasta";
     default:
-        return "o disco está cheio ou não aceita mais dados";
+        return kDiskFull;
     }
 }
 

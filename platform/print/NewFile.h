@@ -4,6 +4,9 @@
 #include <QString>
 #include <QTemporaryFile>
 
+/// Why a file couldn't be written, where nothing more is known.
+constexpr const char* kDiskFull = "o disco está cheio ou não aceita mais dados";
+
 /// A file in the making: written beside its target under another name, it takes the target's place
 /// as a whole when it is complete. Until then, and if that never comes, an old target stays as it
 /// was, and what was written is gone with this object.

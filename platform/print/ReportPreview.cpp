@@ -380,7 +380,6 @@ void ReportPreview::zoomChosen(int index) {
         view_->setZoom(percent);
     else
         view_->fit(index == 0 ? PageView::Zoom::page : PageView::Zoom::width);
-    view_->setFocus();
 }
 
 void ReportPreview::showZoom() {
@@ -440,6 +439,6 @@ void ReportPreview::find(SearchDirection direction) {
 }
 
 void ReportPreview::say(const QString& text) {
-    news_->setText(text);
+    news_->setText(news_->fontMetrics().elidedText(text, Qt::ElideMiddle, news_->width()));
     news_->setToolTip(text);
 }

@@ -7,6 +7,9 @@
 namespace {
 
 constexpr std::int64_t kUnit = 10'000;
+/// A letter has two marks at most in the scripts that use any; a pile of them would cover the rows
+/// around.
+constexpr int kMostMarks = 2;
 
 struct Named {
     const char* name;
@@ -30,8 +33,9 @@ bool breaksLine(QChar c) {
            c == QChar::ParagraphSeparator;
 }
 
+/// Printable and of Latin script: what nearly all texts consist of.
 bool isPlain(QChar c) {
-    return (c >= ' ' && c < QChar(0x7F)) || (c >= QChar(0xA0) && c < QChar(0x2000));
+    return (c >= ' ' && c < QChar(0x7F)) || (c >= QChar(0xA0) && c < QChar(0x300));
 }
 
 QString oneLine(const QString& text) {
@@ -39,10 +43,13 @@ QString oneLine(const QString& text) {
         return text;
     QString line;
     line.reserve(text.size());
+    int marks = 0; ///< above and below the last letter
     for (const QChar c : text) {
+        const bool mark = c.isMark();
+        marks = mark ? marks + 1 : 0;
         if (breaksLine(c))
             line += ' ';
-        else if (!turnsDirection(c))
+        else if (!turnsDirection(c) && marks <= kMostMarks)
             line += c;
     }
     return line;

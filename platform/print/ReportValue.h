@@ -26,7 +26,8 @@ enum class ValueFormat : unsigned char {
 [[nodiscard]] std::optional<ValueFormat> formatNamed(const QString& name);
 
 /// The value as it stands on paper, whatever the machine's locale; "" for null. One line: control
-/// characters, tabs and line breaks become blanks.
+/// characters, tabs and line breaks become blanks, marks that turn the direction of writing and
+/// piles of accents go.
 [[nodiscard]] QString shown(const ReportValue& value, ValueFormat format);
 
 /// A row of a report as its detail event tells it; valid during the event.

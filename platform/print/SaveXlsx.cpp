@@ -1,9 +1,13 @@
 #include "print/SaveReport.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <future>
 #include <memory>
+#include <optional>
 #include <xlsxwriter.h>
 
 namespace {
@@ -43,6 +47,22 @@ QString cellText(const QString& text) {
     return kept;
 }
 
+/// How long a member of a ZIP file is, unpacked; 0 if it isn't there. The files' list stands at the
+/// end of it, for each file:
+///   offset 0   "PK" 1 2          24  unpacked length, four bytes, the lowest first
+///   46         name
+quint32 lengthInZip(QFile& zip, const QByteArray& name) {
+    constexpr qint64 mostOfList = 65'536;
+    constexpr qsizetype nameAt = 46;
+    constexpr qsizetype lengthAt = 24;
+    zip.seek(std::max<qint64>(0, zip.size() - mostOfList));
+    const QByteArray end = zip.readAll();
+    const qsizetype entry = end.lastIndexOf(name) - nameAt;
+    if (entry < 0 || !end.sliced(entry).startsWith("PK\1\2"))
+        return 0;
+    return qFromLittleEndian<quint32>(end.constData() + entry + lengthAt);
+}
+
 struct FreeWorkbook {
     void operator()(lxw_workbook* workbook) const { lxw_workbook_free(workbook); }
 };
@@ -59,6 +79,17 @@ public:
         format_set_num_format(date_, "dd/mm/yyyy");
         format_set_num_format(money_, "#,##0.00");
         format_set_num_format(exact_, "#,##0.00##");
+    }
+
+    /// False if there was no room for its temporary file.
+    explicit operator bool() const noexcept { return sheet_ != nullptr; }
+
+    /// How long its rows are so far; nothing if some couldn't be written.
+    [[nodiscard]] std::optional<qint64> bytes() const {
+        std::FILE* rows = sheet_->optimize_tmpfile;
+        if (std::fflush(rows) != 0 || std::ferror(rows) != 0)
+            return std::nullopt;
+        return std::ftell(rows);
     }
 
     void writeHeadings(const std::vector<FileColumn>& columns) {
@@ -114,13 +145,33 @@ private:
 
 /// Packs the workbook into its file on another thread, as that takes long and tells nothing, and
 /// lets `progress` live meanwhile. Can't be stopped, but tells whether it should have been.
-bool close(Workbook book, NewFile& file, qint64 count, const ReportProgress& progress) {
+bool close(Workbook book, qint64 sheetBytes, NewFile& file, qint64 count,
+           const ReportProgress& progress) {
     auto closing = std::async(std::launch::async, workbook_close, book.release());
     bool goOn = true;
     while (closing.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready)
         goOn = progress(count, count) && goOn;
-    if (closing.get() != LXW_NO_ERROR)
-        file.setFailed("o disco está cheio ou não aceita mais dados");
+    // The library doesn't notice when its temporary files find no room: what is packed is measured.
+    if (closing.get() != LXW_NO_ERROR ||
+        lengthInZip(file.device(), "xl/worksheets/sheet1.xml") < sheetBytes)
+        file.setFailed(kDiskFull);
+    return goOn;
+}
+
+/// Writes the headings and rows; false if `progress` stopped it.
+bool writeRows(Sheet& sheet, const Relatorio& report, const ReportProgress& progress) {
+    const std::vector<FileColumn> columns = fileColumns(report);
+    sheet.writeHeadings(columns);
+    bool goOn = true;
+    const qint64 count = report.rows().size();
+    report.rows().visit(0, count, [&](qint64 row, const std::vector<ReportValue>& values) {
+        for (std::size_t i = 0; i < columns.size(); ++i)
+            sheet.write(static_cast<lxw_row_t>(row + 1), static_cast<lxw_col_t>(i),
+                        columns[i].format, values[columns[i].source]);
+        if (row % kRowsPerProgress == 0)
+            goOn = progress(row, count);
+        return goOn;
+    });
     return goOn;
 }
 
@@ -145,18 +196,18 @@ SaveResult saveXlsx(Relatorio& report, const QString& path, const ReportProgress
         properties.title = title.data();
         workbook_set_properties(book.get(), &properties);
 
-        const std::vector<FileColumn> columns = fileColumns(report);
         Sheet sheet(book.get(), report.title());
-        sheet.writeHeadings(columns);
-        bool goOn = true;
-        report.rows().visit(0, count, [&](qint64 row, const std::vector<ReportValue>& values) {
-            for (std::size_t i = 0; i < columns.size(); ++i)
-                sheet.write(static_cast<lxw_row_t>(row + 1), static_cast<lxw_col_t>(i),
-                            columns[i].format, values[columns[i].source]);
-            if (row % kRowsPerProgress == 0)
-                goOn = progress(row, count);
-            return goOn;
-        });
-        return goOn && close(std::move(book), file, count, progress);
+        if (!sheet) {
+            file.setFailed(kDiskFull);
+            return true;
+        }
+        if (!writeRows(sheet, report, progress))
+            return false;
+        const auto bytes = sheet.bytes();
+        if (!bytes) {
+            file.setFailed(kDiskFull);
+            return true;
+        }
+        return close(std::move(book), *bytes, file, count, progress);
     });
 }

@@ -7,8 +7,8 @@ namespace {
 
 const QColor kHairline(0xc8, 0xcf, 0xd1);
 
-const TextLook kText = {8.5};
-constexpr qreal kGap = 3;
+const TextLook kText = {8};
+constexpr qreal kGap = 4;
 constexpr qreal kTextHeight = 4.2;
 constexpr qreal kWidth = 180;
 
@@ -81,12 +81,12 @@ private:
 
 ReportLayout shopLayout() {
     static const std::array<ReportColumn, 6> kColumns = {
-        {{"Cheque", "numero", 19},
+        {{"Cheque", "numero", 16},
          {"Nome", "Cliente_Fornecedor.nome", 56},
-         {"Dt. Emissão", "data", 20, Qt::AlignHCenter},
+         {"Dt. Emissão", "data", 21, Qt::AlignHCenter},
          {"Valor Cheque", "valor", 24, Qt::AlignRight, "Standard"},
-         {"Banco", "bancos.nome", 26},
-         {"Bom Para", "bompara", 20, Qt::AlignHCenter}}
+         {"Banco", "bancos.nome", 25},
+         {"Bom Para", "bompara", 18, Qt::AlignHCenter}}
     };
     ReportLayout layout;
     layout.pageHeader = header();
@@ -98,14 +98,14 @@ ReportLayout shopLayout() {
     layout.detail.lines = {
         {"", {0, 5.1}, {kWidth, 5.1}, 0.1, kHairline}
     };
-    addColumns(layout, kColumns, kGap, kTextHeight, {8.5, true}, kText);
+    addColumns(layout, kColumns, kGap, kTextHeight, {8, true}, kText);
     layout.footer = {9};
     layout.footer.lines = {
         {"total", {0, 1}, {kWidth, 1}, 0.35}
     };
     layout.footer.fields = {
-        {FieldKind::text, "Total:",         {60, 2.5, 20, 5},   right({8.5, true})},
-        { FieldKind::computed,        "Total", {82, 2.5, 46, 5}, right({8.5, true}),         "Standard"},
+        {FieldKind::text, "Total:",         {61, 2.5, 20, 5}, right({8, true})},
+        { FieldKind::computed,        "Total", {83, 2.5, 46, 5}, right({8, true}),       "Standard"},
     };
     return layout;
 }
@@ -145,7 +145,7 @@ ShopReport::ShopReport() {
         } else if (name == "DTFinal") {
             value = last;
         } else if (name == "Total") {
-            report.setLine("total", {80, 1}, {128, 1});
+            report.setLine("total", {81, 1}, {129, 1});
             value = total;
         }
     });

@@ -1,0 +1,295 @@
+// Rows, events, pages and who may be at work when.
+#include "print/ReportFixture.h"
+
+#include <QImage>
+#include <QPainter>
+
+#include <array>
+#include <stdexcept>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Counts what is taken of it; runs something, or throws, at one of its rows.
+class WatchedRows final : public RowSource {
+public:
+    WatchedRows(qint64 count, qint64& taken, qint64 at = -1, std::function<void()> work = {})
+        : rows_(inventedRows(count)), taken_(taken), at_(at), work_(std::move(work)) {}
+
+    [[nodiscard]] QStringList columns() const override { return rows_->columns(); }
+    bool next(std::vector<ReportValue>& values) override {
+        if (taken_ == at_)
+            work_();
+        const bool more = rows_->next(values);
+        taken_ += more ? 1 : 0;
+        return more;
+    }
+
+private:
+    std::unique_ptr<RowSource> rows_;
+    qint64& taken_;
+    qint64 at_;
+    std::function<void()> work_;
+};
+
+Amount sumOf(qint64 rows) {
+    Amount sum;
+    for (qint64 row = 0; row < rows; ++row)
+        sum.tenThousandths += inventedAmount(row).tenThousandths;
+    return sum;
+}
+
+class Report : public ReportTest {
+protected:
+    void paint(int page) {
+        QImage paper(400, 560, QImage::Format_RGB32);
+        QPainter painter(&paper);
+        report_.paintPage(painter, page, 48);
+    }
+};
+
+TEST_F(Report, WithoutRowsHasNothingToPrint) {
+    EXPECT_FALSE(shop_.begin(inventedRows(0)));
+    EXPECT_THAT(errors_, ElementsAre(errorCode(ReportError::nothingToPrint)));
+    EXPECT_EQ(report_.pageCount(), 0);
+    EXPECT_TRUE(report_.isComplete());
+}
+
+TEST_F(Report, TakesTheRowsOfTheFirstPageToBegin) {
+    qint64 taken = 0;
+    ASSERT_TRUE(shop_.begin(std::make_unique<WatchedRows>(100'000, taken)));
+    EXPECT_EQ(taken, kRowsOnPage + 1);
+    EXPECT_EQ(report_.pageCount(), 2);
+    EXPECT_FALSE(report_.isComplete());
+}
+
+TEST_F(Report, TakesTheRestWhileTheProgramIsIdle) {
+    ASSERT_TRUE(shop_.begin(inventedRows(3000)));
+    int news = 0;
+    QObject::connect(&report_, &Relatorio::rowsTaken, &shop_, [&] { ++news; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return report_.isComplete(); }, 60'000));
+    EXPECT_GT(news, 0);
+    EXPECT_EQ(report_.rows().size(), 3000);
+    EXPECT_EQ(shop_.total, sumOf(3000));
+    EXPECT_EQ(report_.pageCount(), 66);
+}
+
+TEST_F(Report, ToldItsProgressCanBeStoppedAndGoesOnByItself) {
+    ASSERT_TRUE(shop_.begin(inventedRows(3000)));
+    {
+        const Relatorio::Run run(report_);
+        EXPECT_FALSE(report_.takeAll(run, [](qint64 done, qint64 total) {
+            EXPECT_EQ(total, 0);
+            return done < 1000;
+        }));
+    }
+    EXPECT_FALSE(report_.isComplete());
+    EXPECT_GE(report_.rows().size(), 1000);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return report_.isComplete(); }, 60'000));
+    EXPECT_EQ(shop_.total, sumOf(3000));
+}
+
+TEST_F(Report, TellsOfEachDetailOnceHoweverOftenItIsPainted) {
+    std::vector<QString> numbers;
+    QObject::connect(&report_, &Relatorio::detail, &shop_, [&](const ReportRow& row) {
+        numbers.push_back(std::get<QString>(row["NUMERO"]));
+    });
+    ASSERT_TRUE(shop_.begin(inventedRows(100)));
+    paint(2);
+    paint(1);
+    takeAll();
+    paint(report_.pageCount());
+    paint(1);
+    EXPECT_EQ(shop_.details, 100);
+    ASSERT_EQ(numbers.size(), 100U);
+    EXPECT_EQ(numbers.front(), "100000");
+    EXPECT_EQ(numbers.back(), "100099");
+    EXPECT_EQ(shop_.total, sumOf(100));
+}
+
+TEST_F(Report, BeginsAnewWithATotalOfItsOwn) {
+    ASSERT_TRUE(shop_.begin(inventedRows(100)));
+    ASSERT_TRUE(shop_.begin(inventedRows(60)));
+    takeAll();
+    EXPECT_EQ(shop_.total, sumOf(60));
+    EXPECT_EQ(report_.rows().size(), 60);
+}
+
+TEST_F(Report, HasAsManyPagesAsRowsAndTotalNeed) {
+    struct Case {
+        int rows;
+        int pages;
+    };
+    for (const auto& [rows, pages] : {
+             Case{1,                             1},
+             Case{kRowsAboveTotal,               1},
+             Case{kRowsOnPage,                   2},
+             Case{kRowsOnPage + 1,               2},
+             Case{kRowsOnPage + kRowsAboveTotal, 2},
+             Case{2 * kRowsOnPage,               3}
+    }) {
+        ASSERT_TRUE(shop_.begin(inventedRows(rows)));
+        takeAll();
+        EXPECT_EQ(report_.pageCount(), pages) << rows << " rows";
+    }
+}
+
+TEST_F(Report, KnowsWhichRowsStandOnAPage) {
+    ASSERT_TRUE(shop_.begin(inventedRows(2 * kRowsOnPage)));
+    takeAll();
+    EXPECT_EQ(report_.rowsOf(1).first, 0);
+    EXPECT_EQ(report_.rowsOf(1).end, kRowsOnPage);
+    EXPECT_EQ(report_.rowsOf(2).end, 2 * kRowsOnPage);
+    EXPECT_EQ(report_.rowsOf(3).first, report_.rowsOf(3).end); // the total alone
+    EXPECT_EQ(report_.pageOf(kRowsOnPage - 1), 1);
+    EXPECT_EQ(report_.pageOf(kRowsOnPage), 2);
+}
+
+TEST_F(Report, AsksForTheTotalOnTheLastPageOnlyWhenAllRowsAreIn) {
+    std::vector<QString> asked;
+    report_.setComputedField([&](const QString& name, ReportValue&) { asked.push_back(name); });
+    ASSERT_TRUE(shop_.begin(inventedRows(kRowsOnPage + 2)));
+    asked.clear();
+    paint(2); // its rows aren't all there yet
+    EXPECT_THAT(asked, ElementsAre("Pagina"));
+    takeAll();
+    asked.clear();
+    paint(1);
+    EXPECT_THAT(asked, ElementsAre("Pagina"));
+    asked.clear();
+    paint(2);
+    EXPECT_THAT(asked, ElementsAre("Pagina", "Total"));
+}
+
+TEST_F(Report, AsksOnceForWhatIsTheSameOnEveryPage) {
+    std::vector<QString> asked;
+    report_.setComputedField([&](const QString& name, ReportValue&) { asked.push_back(name); });
+    ASSERT_TRUE(shop_.begin(inventedRows(10)));
+    EXPECT_THAT(asked, ElementsAre("DTInicial", "DTFinal", "Data"));
+}
+
+TEST_F(Report, TellsThePageWhileItIsPainted) {
+    std::vector<int> pages;
+    report_.setComputedField([&](const QString& name, ReportValue&) {
+        if (name == "Pagina")
+            pages.push_back(report_.currentPage());
+    });
+    ASSERT_TRUE(shop_.begin(inventedRows(200)));
+    takeAll();
+    for (const int page : {3, 1, 5})
+        paint(page);
+    EXPECT_THAT(pages, ElementsAre(3, 1, 5));
+}
+
+TEST_F(Report, LetsTheTotalsLineBeMovedWhenTheTotalIsPrinted) {
+    ASSERT_TRUE(shop_.begin(inventedRows(3)));
+    takeAll();
+    EXPECT_EQ(report_.layout().footer.lines[0].to, QPointF(180, 1));
+    paint(1);
+    EXPECT_EQ(report_.layout().footer.lines[0].from, QPointF(81, 1));
+    EXPECT_EQ(report_.layout().footer.lines[0].to, QPointF(129, 1));
+}
+
+// ---- Already running
+
+TEST_F(Report, CantBeginWithinAnother) {
+    qint64 taken = 0;
+    bool second = true;
+    ASSERT_TRUE(shop_.begin(std::make_unique<WatchedRows>(
+        10, taken, 5, [&] { second = report_.begin(inventedRows(5)); })));
+    EXPECT_FALSE(second);
+    EXPECT_THAT(errors_, ElementsAre(errorCode(ReportError::alreadyRunning)));
+    takeAll();
+    EXPECT_EQ(report_.rows().size(), 10);
+}
+
+TEST_F(Report, CantBeginWhileAFileOfAnotherIsWritten) {
+    ShopReport other;
+    std::vector<qint32> errors;
+    QObject::connect(&other.report, &Relatorio::error, &other,
+                     [&](qint32 code) { errors.push_back(code); });
+    ASSERT_TRUE(shop_.begin(inventedRows(10)));
+    const SaveResult result = saveCsv(report_, path("r.csv"), [&](qint64, qint64) {
+        EXPECT_FALSE(other.begin(inventedRows(1)));
+        EXPECT_EQ(savePdf(report_, path("r.pdf"), goOn).outcome, SaveOutcome::refused);
+        return true;
+    });
+    EXPECT_EQ(result.outcome, SaveOutcome::saved);
+    EXPECT_THAT(errors, ElementsAre(errorCode(ReportError::alreadyRunning)));
+    EXPECT_THAT(errors_, ElementsAre(errorCode(ReportError::alreadyRunning)));
+    EXPECT_THAT(files(), ElementsAre("r.csv"));
+    EXPECT_TRUE(other.begin(inventedRows(1)));
+}
+
+TEST_F(Report, CantBeginWhileItsRowsAreTakenForAFile) {
+    ASSERT_TRUE(shop_.begin(inventedRows(1000)));
+    bool refused = false;
+    EXPECT_EQ(savePdf(report_, path("r.pdf"),
+                      [&](qint64, qint64 total) {
+                          if (total == 0)
+                              refused = !shop_.report.begin(inventedRows(1));
+                          return total == 0;
+                      })
+                  .outcome,
+              SaveOutcome::cancelled);
+    EXPECT_TRUE(refused);
+}
+
+TEST_F(Report, CantBeginWithinAnIdleSlice) {
+    qint64 taken = 0;
+    bool second = true;
+    ASSERT_TRUE(shop_.begin(std::make_unique<WatchedRows>(
+        200, taken, 100, [&] { second = report_.begin(inventedRows(5)); })));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return report_.isComplete(); }, 60'000));
+    EXPECT_FALSE(second);
+    EXPECT_EQ(report_.rows().size(), 200);
+}
+
+TEST_F(Report, OnShowOnlyGivesWayToAnother) {
+    ASSERT_TRUE(shop_.begin(inventedRows(100'000)));
+    ASSERT_FALSE(report_.isComplete());
+    ASSERT_TRUE(shop_.begin(inventedRows(7)));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return report_.isComplete(); }, 60'000));
+    EXPECT_EQ(report_.rows().size(), 7);
+    EXPECT_EQ(shop_.details, 7);
+    EXPECT_THAT(errors_, IsEmpty());
+}
+
+// ---- A source that fails
+
+const auto kBreak = [] { throw std::runtime_error("a tabela sumiu"); };
+
+TEST_F(Report, LetsOutWhatItsSourceThrows) {
+    qint64 taken = 0;
+    EXPECT_THROW(shop_.begin(std::make_unique<WatchedRows>(10, taken, 5, kBreak)),
+                 std::runtime_error);
+    EXPECT_TRUE(shop_.begin(inventedRows(3))); // nothing is at work any more
+}
+
+TEST_F(Report, WhoseSourceFailsAtOnceLeavesTheOneBefore) {
+    ASSERT_TRUE(shop_.begin(inventedRows(3)));
+    qint64 taken = 0;
+    EXPECT_THROW(report_.begin(std::make_unique<WatchedRows>(10, taken, 0, kBreak)),
+                 std::runtime_error);
+    takeAll();
+    EXPECT_EQ(report_.rows().size(), 3);
+}
+
+TEST_F(Report, HandsWhatFailsInAnIdleSliceToTheFailureHandler) {
+    qint64 taken = 0;
+    bool broken = false;
+    ASSERT_TRUE(shop_.begin(std::make_unique<WatchedRows>(200, taken, 100, [&] {
+        broken = true;
+        kBreak();
+    })));
+    expectFailure("a tabela sumiu");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return broken; }, 60'000));
+    EXPECT_FALSE(report_.isComplete());
+    // What is there is not all: no file, no total.
+    EXPECT_NE(saveCsv(report_, path("r.csv"), goOn).outcome, SaveOutcome::saved);
+    EXPECT_THAT(files(), IsEmpty());
+}
+
+} // namespace

@@ -1,0 +1,219 @@
+// What stands on the pages, read back from their PDF by other programs.
+#include "print/OtherPrograms.h"
+#include "print/PagePainter.h"
+#include "print/ReportFixture.h"
+
+#include <QRegularExpression>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr qreal kPointsPerMm = 72 / 25.4;
+
+class Pages : public ReportTest {
+protected:
+    /// The report of these rows as PDF.
+    QString pdfOf(std::unique_ptr<RowSource> rows) {
+        EXPECT_TRUE(shop_.begin(std::move(rows)));
+        EXPECT_EQ(savePdf(report_, path("r.pdf"), goOn).outcome, SaveOutcome::saved);
+        return path("r.pdf");
+    }
+
+    static QStringList columnsOf(const QString& line) {
+        static const QRegularExpression kGap("\\s{2,}");
+        return line.trimmed().split(kGap);
+    }
+
+    static QString lineWith(const QStringList& lines, const QString& part) {
+        for (const QString& line : lines)
+            if (line.contains(part))
+                return line.simplified();
+        return {};
+    }
+
+    /// Pairs of words that touch each other.
+    static std::vector<QString> overlaps(const std::vector<Word>& words) {
+        std::vector<QString> found;
+        for (auto one = words.begin(); one != words.end(); ++one)
+            for (auto other = words.begin(); other != one; ++other) {
+                const QRectF shared = one->place.intersected(other->place);
+                if (shared.width() > 0.5 && shared.height() > 2)
+                    found.push_back(one->text + " / " + other->text);
+            }
+        return found;
+    }
+};
+
+ShopRow row(const QString& client, std::int64_t cents) {
+    return {QString("000123"),         client,           QDate(2026, 3, 1), Amount{cents * 100},
+            QString("Banco do Norte"), QDate(2026, 4, 5)};
+}
+
+TEST_F(Pages, OfOneRowTotalToItsAmount) {
+    const QStringList lines = linesOfPage(pdfOf(givenRows({row("Maria da Conceição", 123456)})), 1);
+    ASSERT_EQ(lines.size(), 5);
+    EXPECT_THAT(columnsOf(lines[0]), ElementsAre("Relatório de Cheques", "Página:", "1"));
+    EXPECT_EQ(lines[1].simplified(),
+              "Referente ao período: 01/01/2026 a 31/12/2026 Data: 20/11/2026");
+    EXPECT_EQ(lines[2].simplified(), "Cheque Nome Dt. Emissão Valor Cheque Banco Bom Para");
+    EXPECT_EQ(lines[3].simplified(),
+              "000123 Maria da Conceição 01/03/2026 1.234,56 Banco do Norte 05/04/2026");
+    EXPECT_EQ(lines[4].simplified(), "Total: 1.234,56");
+}
+
+TEST_F(Pages, AreAsManyAsThereAreAndEachHasItsNumber) {
+    const QString pdf = pdfOf(inventedRows(kRowsOnPage + 1));
+    EXPECT_EQ(propertyOf(pdf, "Pages"), "2");
+    EXPECT_EQ(propertyOf(pdf, "Title"), "Relatório de Cheques");
+    EXPECT_TRUE(propertyOf(pdf, "Page size").contains("A4"));
+    for (const int page : {1, 2})
+        EXPECT_EQ(columnsOf(linesOfPage(pdf, page)[0]).last(), QString::number(page));
+    EXPECT_EQ(linesOfPage(pdf, 1).size(), 3 + kRowsOnPage);
+    EXPECT_EQ(linesOfPage(pdf, 2).size(), 3 + 1 + 1);
+}
+
+TEST_F(Pages, CarryTheTotalOnWhereItHasNoRoom) {
+    const QString pdf = pdfOf(inventedRows(kRowsOnPage));
+    EXPECT_EQ(propertyOf(pdf, "Pages"), "2");
+    EXPECT_EQ(lineWith(linesOfPage(pdf, 1), "Total"), QString());
+    const QStringList last = linesOfPage(pdf, 2);
+    EXPECT_EQ(last.size(), 4); // header, headings, total
+    EXPECT_EQ(last[3].simplified(), "Total: " + formatMoney(shop_.total));
+}
+
+TEST_F(Pages, TotalToTheCentOverManyRows) {
+    const QString pdf = pdfOf(inventedRows(5000));
+    std::int64_t cents = 0;
+    for (qint64 i = 0; i < 5000; ++i)
+        cents += inventedAmount(i).tenThousandths / 100;
+    EXPECT_EQ(lineWith(linesOfPage(pdf, 109), "Total"), "Total: " + formatMoney({cents * 100}));
+    EXPECT_EQ(propertyOf(pdf, "Pages"), "109");
+}
+
+TEST_F(Pages, HaveTheDatesOfTheFilterAsTheyWereWhenTheReportBegan) {
+    ASSERT_TRUE(shop_.begin(inventedRows(100)));
+    shop_.first = QDate(1999, 1, 1);
+    shop_.last = QDate(1999, 1, 2);
+    shop_.today = QDate(1999, 1, 3);
+    ASSERT_EQ(savePdf(report_, path("r.pdf"), goOn).outcome, SaveOutcome::saved);
+    for (const int page : {1, 3})
+        EXPECT_EQ(linesOfPage(path("r.pdf"), page)[1].simplified(),
+                  "Referente ao período: 01/01/2026 a 31/12/2026 Data: 20/11/2026");
+}
+
+TEST_F(Pages, KeepTheTitleTheyBeganWith) {
+    ASSERT_TRUE(shop_.begin(inventedRows(1)));
+    report_.setTitle("Relatório de Cheques Sem Fundos");
+    EXPECT_EQ(report_.title(), "Relatório de Cheques");
+    ASSERT_TRUE(shop_.begin(inventedRows(1)));
+    EXPECT_EQ(report_.title(), "Relatório de Cheques Sem Fundos");
+}
+
+TEST_F(Pages, LeaveEmptyWhatIsNull) {
+    const QStringList lines =
+        linesOfPage(pdfOf(givenRows({
+                        ShopRow{QString("7"), {}, {}, {}, {}, {}},
+                        row("Ana", 100)
+    })),
+                    1);
+    EXPECT_EQ(lines[3].simplified(), "7");
+    EXPECT_EQ(lines.back().simplified(), "Total: 1,00");
+}
+
+TEST_F(Pages, HaveTheirFontsWithThem) {
+    const QStringList fonts =
+        outputOf("pdffonts", {pdfOf(inventedRows(3))}).split('\n', Qt::SkipEmptyParts).sliced(2);
+    ASSERT_FALSE(fonts.isEmpty());
+    for (const QString& font : fonts) {
+        EXPECT_TRUE(font.contains("yes")) << font.toStdString();
+        EXPECT_TRUE(font.contains("DejaVuSans")) << font.toStdString();
+    }
+}
+
+TEST_F(Pages, CutLongNamesWithAnEllipsis) {
+    const QString name = "Comercial de Tecidos " + QString("muito ").repeated(2000);
+    const QString pdf = pdfOf(givenRows({row(name, 100), row("Ana", 200)}));
+    EXPECT_EQ(propertyOf(pdf, "Pages"), "1");
+    EXPECT_TRUE(linesOfPage(pdf, 1)[3].contains("…"));
+    const qreal right = (15 + 16 + 4 + 56) * kPointsPerMm; // of the names' column
+    for (const Word& word : wordsOfPage(pdf, 1))
+        if (word.text.contains("…")) {
+            EXPECT_LE(word.place.right(), right + 0.1);
+            EXPECT_GE(word.place.right(), right - 25);
+        }
+    EXPECT_THAT(overlaps(wordsOfPage(pdf, 1)), IsEmpty());
+}
+
+TEST_F(Pages, HoldHostileTexts) {
+    const QString pdf = pdfOf(givenRows({
+        row("a\tb\nc\r\nd\x01\x02\x1b\x7f", 100),
+        row("שלום עולם", 200),
+        row(QString("R$ ") + QChar(0x202E) + "99,99", 300),
+        row("Festa 😀🎉 Ltda", 400),
+        row(QString(QChar(0xD800)) + "só metade", 500),
+        row(QString("a") + QString(QChar(0x0301)).repeated(300), 600),
+        row(QString("W̷̛").repeated(200), 700),
+        row("<b>&amp;</b>", 800),
+    }));
+    EXPECT_EQ(propertyOf(pdf, "Pages"), "1");
+    const QStringList lines = linesOfPage(pdf, 1);
+    EXPECT_TRUE(lineWith(lines, "a b c d").contains(" 1,00 ")) << lines.join('\n').toStdString();
+    EXPECT_TRUE(lineWith(lines, "R$ 99,99").contains(" 3,00 "));
+    EXPECT_TRUE(lineWith(lines, "<b>&amp;</b>").contains(" 8,00 "));
+    EXPECT_EQ(lines.back().simplified(), "Total: 36,00");
+    std::vector<QString> amounts;
+    for (const Word& word : wordsOfPage(pdf, 1))
+        if (word.text.endsWith(",00") && word.text != "36,00")
+            amounts.push_back(word.text);
+    EXPECT_EQ(amounts.size(), 8U);
+}
+
+TEST_F(Pages, OverlapNowhere) {
+    const QString pdf = pdfOf(inventedRows(2 * kRowsOnPage));
+    for (const int page : {1, 2, 3}) {
+        const std::vector<Word> words = wordsOfPage(pdf, page);
+        EXPECT_THAT(overlaps(words), IsEmpty());
+        for (const Word& word : words) {
+            EXPECT_GE(word.place.left(), 15 * kPointsPerMm - 0.1) << word.text.toStdString();
+            EXPECT_LE(word.place.right(), 195 * kPointsPerMm + 0.5) << word.text.toStdString();
+        }
+    }
+}
+
+TEST_F(Pages, HaveAmountsWithTheirCommasBelowEachOther) {
+    const std::vector<ShopRow> rows = {row("a", 1), row("b", 123456789), row("c", -777)};
+    ASSERT_TRUE(shop_.begin(givenRows(rows)));
+    const auto commaOf = [&](qint64 at, const QString& amount) {
+        return report_.placeOf(at, 3, amount.indexOf(','), 1).left();
+    };
+    const qreal comma = commaOf(0, "0,01");
+    EXPECT_NEAR(commaOf(1, "1.234.567,89"), comma, 0.01);
+    EXPECT_NEAR(commaOf(2, "-7,77"), comma, 0.01);
+
+    // The total is bold, its decimals wider.
+    ReportLayout layout = shopLayout();
+    PagePainter painter(layout);
+    const ReportField& detail = layout.detail.fields[3];
+    const ReportField& total = layout.footer.fields[1];
+    EXPECT_NEAR(painter.placeOf(detail, "1,00", 1, 1).left(),
+                painter.placeOf(total, "1,00", 1, 1).left(), 0.01);
+}
+
+TEST_F(Pages, PlaceCharactersWhereTheyStand) {
+    ASSERT_TRUE(shop_.begin(
+        givenRows({row("Maria da Conceição", 100), row(QString("muito ").repeated(100), 100)})));
+    const QRectF all = report_.placeOf(0, 1, 0, 18);
+    const QRectF first = report_.placeOf(0, 1, 0, 5);
+    const QRectF rest = report_.placeOf(0, 1, 5, 13);
+    EXPECT_NEAR(all.left(), 15 + 16 + 4, 0.01);
+    EXPECT_NEAR(first.left(), all.left(), 0.01);
+    EXPECT_NEAR(first.right(), rest.left(), 0.2);
+    EXPECT_NEAR(rest.right(), all.right(), 0.2);
+    EXPECT_LT(all.width(), 40);
+    // Cut off: the whole place.
+    EXPECT_NEAR(report_.placeOf(1, 1, 500, 5).width(), 56, 0.01);
+}
+
+} // namespace

@@ -1,0 +1,426 @@
+// The preview worked by keys and clicks.
+#include "print/ReportPreview.h"
+
+#include "controls/Style.h"
+#include "print/OtherPrograms.h"
+#include "print/PageView.h"
+#include "print/ReportFixture.h"
+#include "print/ReportPrinting.h"
+#include "support/FormChecks.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSpinBox>
+#include <QStandardPaths>
+#include <QTimer>
+#include <QToolButton>
+
+namespace {
+
+using testing::ElementsAre;
+
+class Preview : public ReportTest {
+protected:
+    Preview() {
+        preview_.resize(1100, 700);
+        preview_.show();
+        activate(preview_);
+        preview_.setFocus();
+        // No printer is asked for by accident.
+        setPrinterFunctions({[] { return false; }, [](QPrinter&, int, QWidget*) { return false; }});
+    }
+    ~Preview() override {
+        setPrinterFunctions({});
+        applyColours(ColourScheme::light);
+    }
+
+    void begin(qint64 rows) {
+        ASSERT_TRUE(shop_.begin(inventedRows(rows)));
+        takeAll();
+    }
+    [[nodiscard]] QString said(const char* name) const { return text(preview_, name); }
+    [[nodiscard]] PageView& view() const { return control<PageView>(preview_, "pages"); }
+
+    static FileRequest newFile(const QString& title, const QString& name, const QString& filter) {
+        const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+        return {FileChoice::newFile, title, folder + "/" + name, filter};
+    }
+    const FileRequest kPdf =
+        newFile("Salvar como PDF", "Relatório de Cheques.pdf", "Documento PDF (*.pdf)");
+    const FileRequest kXlsx =
+        newFile("Salvar como planilha", "Relatório de Cheques.xlsx", "Planilha (*.xlsx)");
+    const FileRequest kCsv = newFile("Salvar como CSV", "Relatório de Cheques.csv",
+                                     "Texto separado por ponto e vírgula (*.csv)");
+
+    /// The picture of what the viewport shows.
+    QImage picture() { return view().viewport()->grab().toImage(); }
+    int spots(const QColor& colour) {
+        const QImage image = picture();
+        int count = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                count += image.pixelColor(x, y) == colour ? 1 : 0;
+        return count;
+    }
+
+    ReportPreview preview_{report_};
+};
+
+TEST_F(Preview, WithoutAReportOffersNothing) {
+    EXPECT_EQ(said("pageCount"), "");
+    for (const char* name : {"print", "pdf", "xlsx", "csv", "first", "previous", "next", "last",
+                             "hit-previous", "hit-next"})
+        EXPECT_FALSE(control(preview_, name).isEnabled()) << name;
+    EXPECT_EQ(faultsOf(preview_), QStringList());
+}
+
+TEST_F(Preview, ShowsTheFirstPageWhileTheRestComesIn) {
+    ASSERT_TRUE(shop_.begin(inventedRows(200'000)));
+    EXPECT_EQ(said("pageCount"), "Página 1 de 2 (lendo as linhas: 47)");
+    EXPECT_TRUE(control(preview_, "pdf").isEnabled());
+    press(Qt::Key_PageDown); // the second page has one row so far
+    EXPECT_EQ(preview_.page(), 2);
+    takeAll();
+    EXPECT_EQ(said("pageCount"), "Página 2 de 4.348");
+}
+
+TEST_F(Preview, GrowsByItself) {
+    ASSERT_TRUE(shop_.begin(inventedRows(3000)));
+    const int before = view().verticalScrollBar()->maximum();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return report_.isComplete(); }, 60'000));
+    EXPECT_EQ(said("pageCount"), "Página 1 de 66");
+    EXPECT_GT(view().verticalScrollBar()->maximum(), before);
+    EXPECT_EQ(preview_.page(), 1);
+}
+
+TEST_F(Preview, TurnsPagesByKeys) {
+    begin(300);
+    press(Qt::Key_PageDown);
+    EXPECT_EQ(preview_.page(), 2);
+    press(Qt::Key_End, Qt::ControlModifier);
+    EXPECT_EQ(preview_.page(), 7);
+    press(Qt::Key_PageDown);
+    EXPECT_EQ(preview_.page(), 7);
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(preview_.page(), 6);
+    press(Qt::Key_Home, Qt::ControlModifier);
+    EXPECT_EQ(preview_.page(), 1);
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(preview_.page(), 1);
+}
+
+TEST_F(Preview, TurnsPagesByButtons) {
+    begin(300);
+    EXPECT_FALSE(control(preview_, "first").isEnabled());
+    EXPECT_FALSE(control(preview_, "previous").isEnabled());
+    click(preview_, "next");
+    EXPECT_EQ(preview_.page(), 2);
+    click(preview_, "last");
+    EXPECT_EQ(preview_.page(), 7);
+    EXPECT_FALSE(control(preview_, "next").isEnabled());
+    EXPECT_FALSE(control(preview_, "last").isEnabled());
+    click(preview_, "previous");
+    EXPECT_EQ(preview_.page(), 6);
+    click(preview_, "first");
+    EXPECT_EQ(preview_.page(), 1);
+}
+
+TEST_F(Preview, GoesToTheTypedPage) {
+    begin(300);
+    press(Qt::Key_G, Qt::ControlModifier);
+    EXPECT_EQ(focus(), "number");
+    type("5");
+    press(Qt::Key_Return);
+    EXPECT_EQ(preview_.page(), 5);
+    EXPECT_EQ(focus(), "pages");
+    EXPECT_EQ(control<QSpinBox>(preview_, "number").value(), 5);
+    EXPECT_EQ(said("pageCount"), "Página 5 de 7");
+}
+
+TEST_F(Preview, TellsThePageScrolledTo) {
+    begin(300);
+    QScrollBar& bar = *view().verticalScrollBar();
+    bar.setValue(view().pageRect(3).top() + bar.value());
+    EXPECT_EQ(preview_.page(), 3);
+    bar.setValue(bar.maximum());
+    EXPECT_EQ(preview_.page(), 7);
+}
+
+TEST_F(Preview, TurnsPagesWhereSeveralAreInSight) {
+    begin(300);
+    view().setZoom(25);
+    for (int page = 2; page <= 7; ++page) {
+        press(Qt::Key_PageDown);
+        EXPECT_EQ(preview_.page(), page);
+    }
+    for (int page = 6; page >= 1; --page) {
+        press(Qt::Key_PageUp);
+        EXPECT_EQ(preview_.page(), page);
+    }
+}
+
+TEST_F(Preview, ZoomsByKeys) {
+    begin(300);
+    EXPECT_EQ(view().percent(), 100);
+    press(Qt::Key_Plus, Qt::ControlModifier);
+    EXPECT_EQ(view().percent(), 125);
+    press(Qt::Key_Equal, Qt::ControlModifier);
+    EXPECT_EQ(view().percent(), 150);
+    press(Qt::Key_Minus, Qt::ControlModifier);
+    EXPECT_EQ(view().percent(), 125);
+    press(Qt::Key_1, Qt::ControlModifier);
+    EXPECT_EQ(view().percent(), 100);
+    EXPECT_EQ(control<QComboBox>(preview_, "zoom").currentText(), "100 %");
+    for (int i = 0; i < 20; ++i)
+        press(Qt::Key_Minus, Qt::ControlModifier);
+    EXPECT_EQ(view().percent(), 25);
+    for (int i = 0; i < 20; ++i)
+        press(Qt::Key_Plus, Qt::ControlModifier);
+    EXPECT_EQ(view().percent(), 400);
+}
+
+TEST_F(Preview, FitsThePageInTheWindow) {
+    begin(300);
+    view().goToPage(3);
+    press(Qt::Key_0, Qt::ControlModifier);
+    EXPECT_EQ(control<QComboBox>(preview_, "zoom").currentText(), "Página inteira");
+    EXPECT_TRUE(view().viewport()->rect().contains(view().pageRect(3)));
+    EXPECT_EQ(preview_.page(), 3);
+    press(Qt::Key_PageDown);
+    EXPECT_TRUE(view().viewport()->rect().contains(view().pageRect(4)));
+
+    press(Qt::Key_2, Qt::ControlModifier);
+    EXPECT_EQ(control<QComboBox>(preview_, "zoom").currentText(), "Largura da página");
+    for (const int width : {1100, 800}) {
+        preview_.resize(width, 700);
+        QTest::qWait(1);
+        const int room = view().viewport()->width();
+        EXPECT_LT(view().pageRect(4).width(), room);
+        EXPECT_GT(view().pageRect(4).width(), room - 40);
+        EXPECT_FALSE(view().horizontalScrollBar()->isVisible());
+    }
+}
+
+TEST_F(Preview, ZoomsByItsList) {
+    begin(50);
+    auto& zoom = control<QComboBox>(preview_, "zoom");
+    enter(preview_, "zoom");
+    press(Qt::Key_Down);
+    EXPECT_EQ(view().percent(), 125);
+    press(Qt::Key_Home);
+    EXPECT_EQ(zoom.currentText(), "Página inteira");
+    EXPECT_EQ(view().zoom(), PageView::Zoom::page);
+}
+
+TEST_F(Preview, FindsAndMarksAText) {
+    begin(200);
+    press(Qt::Key_F, Qt::ControlModifier);
+    EXPECT_EQ(focus(), "find");
+    const QColor mark(0xff, 0xe0, 0x66);
+    const QColor current(0xff, 0xa8, 0x3d);
+    EXPECT_EQ(spots(mark), 0);
+    type("conceicao");
+    EXPECT_GT(spots(mark), 0);
+    EXPECT_EQ(spots(current), 0);
+    press(Qt::Key_Return);
+    EXPECT_GT(spots(current), 0);
+    ASSERT_TRUE(view().hit());
+    EXPECT_EQ(view().hit()->row, 1);
+    press(Qt::Key_F3);
+    EXPECT_EQ(view().hit()->row, 8);
+    press(Qt::Key_F3, Qt::ShiftModifier);
+    EXPECT_EQ(view().hit()->row, 1);
+    press(Qt::Key_Return, Qt::ShiftModifier);
+    EXPECT_EQ(view().hit()->row, 197);
+    EXPECT_EQ(preview_.page(), 5);
+    EXPECT_EQ(said("news"), "A busca chegou ao início do relatório e continuou do fim.");
+    EXPECT_GT(spots(current), 0); // brought into sight
+    press(Qt::Key_F3);
+    EXPECT_EQ(said("news"), "A busca chegou ao fim do relatório e continuou do início.");
+    EXPECT_EQ(preview_.page(), 1);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(focus(), "pages");
+    EXPECT_EQ(spots(mark) + spots(current), 0);
+}
+
+TEST_F(Preview, SaysWhenATextIsntThere) {
+    begin(20);
+    press(Qt::Key_F, Qt::ControlModifier);
+    type("zebra");
+    press(Qt::Key_Return);
+    EXPECT_EQ(said("news"), "\"zebra\" não foi encontrado nas linhas do relatório.");
+    type("s");
+    EXPECT_EQ(said("news"), "");
+}
+
+TEST_F(Preview, ShowsTheNewReportFromItsFirstPage) {
+    begin(300);
+    press(Qt::Key_End, Qt::ControlModifier);
+    press(Qt::Key_F, Qt::ControlModifier);
+    type("ana");
+    begin(20);
+    EXPECT_EQ(preview_.page(), 1);
+    EXPECT_EQ(said("pageCount"), "Página 1 de 1");
+    EXPECT_EQ(said("find"), "");
+}
+
+TEST_F(Preview, PaperIsWhiteInDarkColoursToo) {
+    begin(3);
+    for (const ColourScheme scheme : {ColourScheme::light, ColourScheme::dark}) {
+        applyColours(scheme);
+        ReportPreview preview(report_);
+        preview.resize(1100, 700);
+        auto& pages = control<PageView>(preview, "pages");
+        const QImage image = pages.viewport()->grab().toImage();
+        EXPECT_EQ(image.pixelColor(pages.pageRect(1).topLeft() + QPoint(8, 8)), Qt::white);
+        EXPECT_EQ(image.pixelColor(3, 3), QGuiApplication::palette().color(QPalette::Mid));
+    }
+}
+
+TEST_F(Preview, HasEverythingNamedAndUncut) {
+    begin(300);
+    QCoreApplication::processEvents(); // the foot makes room for its text
+    EXPECT_EQ(faultsOf(preview_), QStringList());
+    for (const auto* button : preview_.findChildren<QToolButton*>())
+        if (!button->objectName().isEmpty() && button->defaultAction()) {
+            EXPECT_TRUE(button->toolTip().contains('(')) << button->toolTip().toStdString();
+            EXPECT_FALSE(button->icon().isNull());
+        }
+}
+
+// ---- Files and printing
+
+TEST_F(Preview, SavesAllThreeKindsByKeys) {
+    begin(50);
+    expectFile(kPdf, path("a.pdf"));
+    press(Qt::Key_S, Qt::ControlModifier);
+    EXPECT_EQ(said("news"), "Salvo em " + path("a.pdf"));
+    EXPECT_EQ(propertyOf(path("a.pdf"), "Pages"), "2");
+
+    FileRequest next = kXlsx;
+    next.path = path("Relatório de Cheques.xlsx"); // where the last one went
+    expectFile(next, path("a.xlsx"));
+    press(Qt::Key_S, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(said("news"), "Salvo em " + path("a.xlsx"));
+
+    next = kCsv;
+    next.path = path("Relatório de Cheques.csv");
+    expectFile(next, path("a.csv"));
+    press(Qt::Key_E, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(said("news"), "Salvo em " + path("a.csv"));
+    EXPECT_EQ(files().size(), 3U);
+}
+
+TEST_F(Preview, SavesNothingWhenNoFileIsChosen) {
+    begin(50);
+    expectFile(kPdf, std::nullopt);
+    click(preview_, "pdf");
+    EXPECT_EQ(said("news"), "");
+}
+
+TEST_F(Preview, AddsTheEndingAndAsksBeforeItReplaces) {
+    begin(50);
+    expectFile(kCsv, path("a"));
+    click(preview_, "csv");
+    EXPECT_THAT(files(), ElementsAre("a.csv"));
+    const auto before = std::filesystem::last_write_time(folder_ / "a.csv");
+    std::filesystem::last_write_time(folder_ / "a.csv", before - std::chrono::hours(1));
+
+    FileRequest next = kCsv;
+    next.path = path("Relatório de Cheques.csv");
+    expectFile(next, path("a"));
+    expectMessage("Salvar como CSV",
+                  QString("\"%1\" já existe. Deseja substituí-lo?").arg(path("a.csv")),
+                  MessageIcon::question, MessageButtons::yesNo, MessageAnswer::no);
+    click(preview_, "csv");
+    EXPECT_EQ(std::filesystem::last_write_time(folder_ / "a.csv"), before - std::chrono::hours(1));
+}
+
+TEST_F(Preview, SaysWhyAFileCantBeWritten) {
+    begin(50);
+    expectFile(kPdf, path("nenhuma/a.pdf"));
+    expectMessage("Salvar como PDF",
+                  QString("Não foi possível gravar \"%1\": a pasta não existe ou não aceita "
+                          "arquivos novos.")
+                      .arg(path("nenhuma/a.pdf")));
+    click(preview_, "pdf");
+    EXPECT_THAT(files(), testing::IsEmpty());
+}
+
+/// Presses "Cancelar" as soon as the window with the bar is there.
+void cancelWhenAsked() {
+    QTimer::singleShot(0, [] {
+        for (QWidget* window : QApplication::topLevelWidgets())
+            if (auto* progress = qobject_cast<QProgressDialog*>(window)) {
+                EXPECT_EQ(progress->windowModality(), Qt::ApplicationModal);
+                auto* button = progress->findChild<QPushButton*>();
+                EXPECT_EQ(button->text(), "Cancelar");
+                button->click();
+            }
+    });
+}
+
+TEST_F(Preview, CancelsAFile) {
+    preview_.setPatience(0);
+    begin(1000);
+    expectFile(kPdf, path("a.pdf"));
+    cancelWhenAsked();
+    click(preview_, "pdf");
+    EXPECT_EQ(said("news"), "A gravação foi cancelada; nenhum arquivo foi criado ou alterado.");
+    EXPECT_THAT(files(), testing::IsEmpty());
+}
+
+TEST_F(Preview, CancelsASearch) {
+    preview_.setPatience(0);
+    begin(5000);
+    press(Qt::Key_F, Qt::ControlModifier);
+    type("zebra");
+    cancelWhenAsked();
+    press(Qt::Key_Return);
+    EXPECT_EQ(said("news"), "A busca foi cancelada.");
+}
+
+TEST_F(Preview, WithoutAPrinterTellsTheErrorEventAndStaysOnShow) {
+    begin(50);
+    press(Qt::Key_P, Qt::ControlModifier);
+    EXPECT_THAT(errors_, ElementsAre(errorCode(ReportError::noPrinter)));
+    EXPECT_EQ(preview_.page(), 1);
+    EXPECT_EQ(said("pageCount"), "Página 1 de 2");
+}
+
+TEST_F(Preview, PrintsWhatIsAskedFor) {
+    begin(300);
+    setPrinterFunctions({[] { return true; },
+                         [this](QPrinter& printer, int pageCount, QWidget* owner) {
+                             EXPECT_EQ(pageCount, 7);
+                             EXPECT_EQ(owner, &preview_);
+                             printer.setOutputFileName(path("paper.pdf"));
+                             printer.setPrintRange(QPrinter::CurrentPage);
+                             return true;
+                         }});
+    preview_.goToPage(3);
+    click(preview_, "print");
+    EXPECT_EQ(said("news"), "O relatório foi enviado para a impressora.");
+    EXPECT_EQ(linesOfPage(path("paper.pdf"), 1)[0].simplified().split(' ').last(), "3");
+}
+
+TEST_F(Preview, SaysThatPrintingWasGivenUpOrFailed) {
+    begin(30);
+    bool choose = false;
+    setPrinterFunctions({[] { return true; },
+                         [&](QPrinter& printer, int, QWidget*) {
+                             printer.setOutputFileName(path("nenhuma/paper.pdf"));
+                             return choose;
+                         }});
+    click(preview_, "print");
+    EXPECT_EQ(said("news"), "A impressão foi cancelada.");
+    choose = true;
+    expectMessage("Impressão",
+                  "A impressora não aceitou o relatório. Verifique se está ligada e pronta.");
+    click(preview_, "print");
+}
+
+} // namespace
