@@ -9,6 +9,7 @@
 namespace {
 
 constexpr qreal kPointsPerInch = 72;
+constexpr qreal kLeastScale = 0.4;     ///< smaller than that nobody reads it
 constexpr qsizetype kMostKnown = 4096; ///< texts whose widths are kept
 constexpr std::u16string_view kFigures = u"0123456789/.,-";
 
@@ -72,25 +73,28 @@ const PagePainter::Face& PagePainter::face(const TextLook& look) {
     const auto found = faces_.find({dots, look.bold});
     if (found != faces_.end())
         return found->second;
-    const QFont font = fontOf(dots, look.bold);
-    const QFontMetricsF metrics(font);
     return faces_.emplace(std::pair(dots, look.bold), Face(dots, look.bold)).first->second;
 }
 
 PagePainter::Line PagePainter::laid(const ReportField& field, const Face& face,
                                     const QString& text) const {
     const qreal room = field.place.width() * kDotsPerMm;
-    const qreal kept =
-        standsOnComma(field) && text.contains(',') ? afterComma_ - face.afterComma : 0;
     QString line = text;
     qreal width = face.widthOf(line);
-    if (width > room - kept) {
-        line = face.metrics.elidedText(text, Qt::ElideRight, room - kept);
+    if (standsOnComma(field) && width * kLeastScale < room) {
+        // A figure that is cut could be taken for another: it is drawn smaller.
+        if (width > room)
+            return {line, 0, room / width};
+        const qreal kept = text.contains(',') ? afterComma_ - face.afterComma : 0;
+        return {line, std::max(0.0, room - kept - width)};
+    }
+    if (width > room) {
+        line = face.metrics.elidedText(text, Qt::ElideRight, room);
         width = face.widthOf(line);
     }
     switch (field.look.align) {
     case Qt::AlignRight:
-        return {line, room - kept - width};
+        return {line, room - width};
     case Qt::AlignHCenter:
         return {line, (room - width) / 2};
     default:
@@ -124,9 +128,15 @@ void PagePainter::drawText(QPainter& painter, const ReportField& field, QPointF 
     if (painter.pen().color() != field.look.ink)
         painter.setPen(field.look.ink);
     // Capitals stand in the middle of the place: so the texts of a row share their base line.
-    painter.drawText(
-        QPointF(place.left() + line.left, place.center().y() + used.metrics.capHeight() / 2),
-        line.text);
+    const QPointF baseLine(place.left() + line.left,
+                           place.center().y() + used.metrics.capHeight() * line.scale / 2);
+    if (line.scale == 1)
+        return painter.drawText(baseLine, line.text);
+    painter.save();
+    painter.translate(baseLine);
+    painter.scale(line.scale, line.scale);
+    painter.drawText(QPointF(), line.text);
+    painter.restore();
 }
 
 QRectF PagePainter::placeOf(const ReportField& field, const QString& text, qsizetype start,
@@ -136,8 +146,11 @@ QRectF PagePainter::placeOf(const ReportField& field, const QString& text, qsize
     if (line.text.first(std::min(start + length, line.text.size())) !=
         text.first(std::min(start + length, text.size())))
         return field.place;
-    const qreal left = line.left + used.metrics.horizontalAdvance(line.text.first(start));
-    const qreal right = line.left + used.metrics.horizontalAdvance(line.text.first(start + length));
+    const auto at = [&](qsizetype character) {
+        return line.left + used.metrics.horizontalAdvance(line.text.first(character)) * line.scale;
+    };
+    const qreal left = at(start);
+    const qreal right = at(start + length);
     return {field.place.left() + left / kDotsPerMm, field.place.top(), (right - left) / kDotsPerMm,
             field.place.height()};
 }

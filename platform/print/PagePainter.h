@@ -51,7 +51,8 @@ private:
     };
     struct Line {
         QString text;
-        qreal left; ///< from the place's left edge
+        qreal left;      ///< from the place's left edge
+        qreal scale = 1; ///< how much smaller it is drawn
     };
 
     [[nodiscard]] const Face& face(const TextLook& look);

@@ -39,7 +39,8 @@ enum class FieldKind : unsigned char {
     computedFirst, ///< the same, asked for once, when the report begins: the same on every page
 };
 
-/// A text on one line, cut with an ellipsis where it is longer than its place.
+/// A text on one line, cut with an ellipsis where it is longer than its place; amounts in the
+/// format "Standard" that are aligned right are never cut but drawn smaller.
 struct ReportField {
     FieldKind kind = FieldKind::text;
     QString name;

@@ -146,9 +146,23 @@ TEST_F(Pages, CutLongNamesWithAnEllipsis) {
     EXPECT_THAT(overlaps(wordsOfPage(pdf, 1)), IsEmpty());
 }
 
+TEST_F(Pages, NeverCutAnAmount) {
+    const std::int64_t large = 12'345'678'901'234;
+    const QString pdf = pdfOf(givenRows({row("Ana", large), row("Bia", 100)}));
+    const QStringList lines = linesOfPage(pdf, 1);
+    EXPECT_TRUE(lineWith(lines, "Ana").contains(" 123.456.789.012,34 "))
+        << lines.join('\n').toStdString();
+    for (const Word& word : wordsOfPage(pdf, 1))
+        if (word.text.startsWith("123.") && word.place.top() < 130) {
+            EXPECT_GE(word.place.left(), (15 + 105) * kPointsPerMm - 0.1);
+            EXPECT_LE(word.place.right(), (15 + 129) * kPointsPerMm + 0.1);
+        }
+    EXPECT_THAT(overlaps(wordsOfPage(pdf, 1)), IsEmpty());
+}
+
 TEST_F(Pages, HoldHostileTexts) {
     const QString pdf = pdfOf(givenRows({
-        row("a\tb\nc\r\nd\x01\x02\x1b\x7f", 100),
+        row("um\tdois\ntres\r\nde\x01\x02\x1b\x7f", 100),
         row("שלום עולם", 200),
         row(QString("R$ ") + QChar(0x202E) + "99,99", 300),
         row("Festa 😀🎉 Ltda", 400),
@@ -159,7 +173,8 @@ TEST_F(Pages, HoldHostileTexts) {
     }));
     EXPECT_EQ(propertyOf(pdf, "Pages"), "1");
     const QStringList lines = linesOfPage(pdf, 1);
-    EXPECT_TRUE(lineWith(lines, "a b c d").contains(" 1,00 ")) << lines.join('\n').toStdString();
+    EXPECT_TRUE(lineWith(lines, "um dois tres de").contains(" 1,00 "))
+        << lines.join('\n').toStdString();
     EXPECT_TRUE(lineWith(lines, "R$ 99,99").contains(" 3,00 "));
     EXPECT_TRUE(lineWith(lines, "<b>&amp;</b>").contains(" 8,00 "));
     EXPECT_EQ(lines.back().simplified(), "Total: 36,00");

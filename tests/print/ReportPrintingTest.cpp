@@ -64,6 +64,10 @@ TEST_F(Printing, PutsEveryPageOnPaperWithItsTotal) {
 
 TEST_F(Printing, PlacesThePageAsThePdfDoes) {
     ASSERT_TRUE(shop_.begin(inventedRows(3)));
+    choose_ = [](QPrinter& printer) {
+        printer.setResolution(300); // as a coarse printer's
+        return true;
+    };
     ASSERT_EQ(print(), PrintOutcome::printed);
     ASSERT_EQ(savePdf(report_, path("r.pdf"), goOn).outcome, SaveOutcome::saved);
     const std::vector<Word> paper = wordsOfPage(path("paper.pdf"), 1);
