@@ -8,6 +8,8 @@
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
+#include "reports/FrmFiltroRelat.h"
+#include "reports/frmRel_ChequesSF.h"
 #include "shell/MDICheques.h"
 #include "shell/frmAbout.h"
 #include "shell/frmcaminho.h"
@@ -22,6 +24,12 @@ void abrirEntrada() {
     FrmLancarCheques::instance().showModal();
 }
 
+void abrirFiltro() {
+    frmRel_ChequesSF::aoMostrar(
+        [](QWidget& relatorio) { MDICheques::instance().mostrarDentro(relatorio); });
+    FrmFiltroRelat::mostrar();
+}
+
 constexpr Comando kClientes{nullptr, [] { frmCliFor::instance().showModal(); }};
 constexpr Comando kBancos{nullptr, [] { frmBancos::instance().showModal(); }};
 constexpr Comando kSair{nullptr, [] { MDICheques::instance().encerrar(); }};
@@ -30,8 +38,8 @@ constexpr Comando kBaixa{"Baixar", [] { FrmLocCHTerceiros::instance().showModal(
 constexpr Comando kRenegociar{nullptr, [] { FrmRenegociar::instance().showModal(); }};
 constexpr Comando kSemFundos{nullptr, [] { FrmLancasSFundos::instance().showModal(); }};
 constexpr Comando kConsultar{nullptr, [] { FrmConsultaCH::instance().showModal(); }};
-constexpr Comando kRelCheques{"relch"};
-constexpr Comando kRelSemFundos{"relsf"};
+constexpr Comando kRelCheques{"relch", &abrirFiltro};
+constexpr Comando kRelSemFundos{"relsf", &abrirFiltro};
 constexpr Comando kApagar{nullptr, [] { FrmApagar::instance().showModal(); }};
 constexpr Comando kDiretorio{nullptr, [] { frmcaminho::instance().showModal(); }};
 constexpr Comando kSobre{nullptr, [] { frmAbout::instance().showModal(); }};

@@ -6,11 +6,10 @@
 namespace Comandos {
 
 /// A choice: the mode word it sets, where the window has several uses, and the window it opens.
-/// Entry and button of the same choice share one. A window that the program doesn't have yet is
-/// simply not opened.
+/// Entry and button of the same choice share one.
 struct Comando {
-    const char* modo = nullptr;
-    void (*abrir)() = nullptr;
+    const char* modo;
+    void (*abrir)();
 };
 
 struct Entrada {

@@ -12,6 +12,7 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QLabel>
+#include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QSettings>
 #include <QStatusBar>
@@ -131,8 +132,7 @@ void MDICheques::executar(const Comandos::Comando* comando) {
     guarded([&] {
         if (comando->modo)
             Mirtal::modo = comando->modo;
-        if (comando->abrir)
-            comando->abrir();
+        comando->abrir();
     });
 }
 
@@ -142,6 +142,17 @@ void MDICheques::Toolbar1_ButtonClick(const QString& chave) {
         std::ranges::find_if(botoes, [&](const Comandos::Botao& b) { return chave == b.chave; });
     if (botao != botoes.end())
         executar(botao->comando);
+}
+
+void MDICheques::mostrarDentro(QWidget& janela) {
+    auto* quadro = qobject_cast<QMdiSubWindow*>(janela.parentWidget());
+    if (!quadro)
+        quadro = static_cast<AreaDeTrabalho*>(centralWidget())->addSubWindow(&janela);
+    quadro->setWindowIcon(janela.windowIcon());
+    quadro->showMaximized();
+    raise();
+    activateWindow();
+    janela.setFocus();
 }
 
 void MDICheques::encerrar() {

@@ -27,6 +27,9 @@ public:
     /// none.
     static void mostrarMensagens();
 
+    /// Shows a window inside this one, filling the work area, and brings it to the front.
+    void mostrarDentro(QWidget& janela);
+
     /// Closes the data and ends the program at once, whatever windows are open.
     void encerrar();
 

@@ -2,10 +2,12 @@
 
 #include "ado/Recordset.h"
 #include "controls/DropDownList.h"
+#include "controls/MessageBox.h"
 #include "controls/Repainting.h"
 #include "shell/dbconectar.h"
 
 #include <chrono>
+#include <iterator>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -21,6 +23,18 @@ namespace {
 
 // After every row would take four times as long as the rows themselves.
 constexpr auto kEntreRepinturas = 10ms;
+
+constexpr qint32 kPrimeiroErroDeRelatorio = static_cast<qint32>(0x80040000U + 1001U);
+constexpr char kErroInterno[] = "Erro na configuração interna do relatório.";
+constexpr const char* kErrosDeRelatorio[] = {
+    "É necessário existir uma impressora instalada no Windows.",
+    "Não há registros a imprimir.",
+    kErroInterno,
+    kErroInterno,
+    kErroInterno,
+    "A página configurada para o relatório não possuí espaço suficiente para a impressão.",
+    "Já existe um relatório em andamento.",
+};
 
 std::function<void(const QString&)>& mostrador() {
     static std::function<void(const QString&)> mostrar;
@@ -97,6 +111,16 @@ bool localizar(ado::Recordset& rs, const QString& criterio) {
 QString zerosAEsquerda(const QString& texto) {
     constexpr qsizetype kLargura = 8;
     return texto.rightJustified(kLargura, '0');
+}
+
+void erroDeRelatorio(qint32 codigo, const QString& detalhes) {
+    const qint64 erro = qint64{codigo} - kPrimeiroErroDeRelatorio;
+    QString texto;
+    if (codigo >= 0)
+        texto = "Erro não previsto:\n" + detalhes;
+    else if (erro >= 0 && erro < std::ssize(kErrosDeRelatorio))
+        texto = kErrosDeRelatorio[erro];
+    showMessage(texto, "Impressão", MessageIcon::exclamation);
 }
 
 } // namespace Mirtal

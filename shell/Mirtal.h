@@ -54,4 +54,9 @@ bool localizar(ado::Recordset& rs, const QString& criterio);
 /// The text with zeros before it to make 8 characters; a longer one as it is.
 [[nodiscard]] QString zerosAEsquerda(const QString& texto);
 
+/// Says what a report has failed of, under the title "Impressão": `codigo` as the report's error
+/// event gives it, 0x80040000 + 1001 to 1007. Deliberate: another negative code gives an empty
+/// message. With a code from 0 on it is an error that nobody foresaw, told with its `detalhes`.
+void erroDeRelatorio(qint32 codigo, const QString& detalhes);
+
 } // namespace Mirtal

@@ -139,7 +139,7 @@ void Form::setVisible(bool visible) {
         // In front of the window it is opened from, without becoming that window's child.
         const QWidget* owner = QApplication::activeWindow();
         winId();
-        if (owner && owner != this)
+        if (owner && owner != this && !standsAlone_)
             windowHandle()->setTransientParent(owner->windowHandle());
     }
     QDialog::setVisible(visible);

@@ -42,7 +42,8 @@ const std::vector<Layer> kLayers = {
     {"registers",         Outside::qt,      {"shell_lookup"}                                  },
     {"cheques",           Outside::qt,      {"shell_base"}                                    },
     {"collections",       Outside::qt,      {"cheques"}                                       },
-    {"reports",           Outside::qt,      {"shell_base"}                                    },
+    {"report_layout",     Outside::qt,      {"print"}                                         },
+    {"reports",           Outside::qt,      {"shell_base", "report_layout"}                   },
     {"consultation",      Outside::qt,      {"collections"}                                   },
     {"shell_windows",     Outside::qt,      {"registers", "consultation", "reports"}          },
     {"valtrino",          Outside::qt,      {"shell_windows"}                                 },
@@ -58,7 +59,7 @@ const std::vector<Layer> kLayers = {
     {"fuzz_file",         Outside::nothing, {"jet", "fuzz_support"}                           },
     {"fuzz_sql",          Outside::nothing, {"ado", "fuzz_support"}                           },
     {"fuzz_init",         Outside::qt,      {"shell_base", "fuzz_support"}                    },
-    {"report_samples",    Outside::qt,      {"print"}                                         },
+    {"report_samples",    Outside::qt,      {"report_layout"}                                 },
     {"report_bench",      Outside::qt,      {"report_samples"}                                },
     {"test_support",      Outside::qt,      {}                                                },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
@@ -66,8 +67,9 @@ const std::vector<Layer> kLayers = {
 };
 
 // What tests may use beside their folder, where it sees no more than the folder itself does.
-const std::vector<std::string> kHelpers = {"test_support", "shop_schema", "form_test_support",
-                                           "shop_test_support", "report_samples"};
+const std::vector<std::string> kHelpers = {"test_support",      "shop_schema",
+                                           "form_test_support", "shop_test_support",
+                                           "report_layout",     "report_samples"};
 
 /// Path from the root of the tree, with "/", and the file's text.
 using Files = std::map<std::string, std::string>;

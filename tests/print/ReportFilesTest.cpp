@@ -161,7 +161,7 @@ TEST_F(Files, XlsxRefusesMoreRowsThanASheetTakes) {
     // A row of nothing takes a byte for each of its values; only their count matters.
     class Nothing final : public RowSource {
     public:
-        [[nodiscard]] QStringList columns() const override { return shopColumns(); }
+        [[nodiscard]] QStringList columns() const override { return LayoutDoRelatorio::colunas(); }
         bool next(std::vector<ReportValue>&) override { return count_++ < 1'048'576; }
 
     private:

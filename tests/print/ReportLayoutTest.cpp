@@ -14,7 +14,7 @@ ReportField field(const QRectF& place, const QString& format = {}) {
 
 class Layout : public ReportTest {
 protected:
-    Layout() { layout_ = shopLayout(); }
+    Layout() { layout_ = LayoutDoRelatorio::leiaute(); }
 
     /// The numbers that a report of this layout ends with.
     std::vector<qint32> errorsOf(const ReportLayout& layout) {
@@ -59,7 +59,7 @@ TEST_F(Layout, StaysWithinItsBands) {
     const std::array wrong = {QRectF(175, 0, 6, 4), QRectF(-1, 0, 5, 4), QRectF(0, 5, 5, 4),
                               QRectF(0, -1, 5, 4), QRectF(0, 0, -5, 4)};
     for (const QRectF& place : wrong) {
-        ReportLayout layout = shopLayout();
+        ReportLayout layout = LayoutDoRelatorio::leiaute();
         layout.detail.fields = {field(place)};
         EXPECT_THAT(errorsOf(layout), ElementsAre(1004));
         layout.detail.fields.clear();

@@ -208,7 +208,7 @@ TEST_F(Pages, HaveAmountsWithTheirCommasBelowEachOther) {
     EXPECT_NEAR(commaOf(2, "-7,77"), comma, 0.01);
 
     // The total is bold, its decimals wider.
-    ReportLayout layout = shopLayout();
+    ReportLayout layout = LayoutDoRelatorio::leiaute();
     PagePainter painter(layout);
     const ReportField& detail = layout.detail.fields[3];
     const ReportField& total = layout.footer.fields[1];

@@ -1,18 +1,13 @@
 #pragma once
 
 #include "print/Relatorio.h"
+#include "reports/LayoutDoRelatorio.h"
 
 #include <memory>
 
 /// The shop's report of cheques as its window lays it out, over rows that are invented or given.
 
-/// Its layout: header with frame and rule, six columns, total.
-[[nodiscard]] ReportLayout shopLayout();
-
-/// Its columns: numero, Cliente_Fornecedor.nome, data, valor, bancos.nome, bompara.
-[[nodiscard]] QStringList shopColumns();
-
-/// One row of these, null where not given.
+/// A row of its columns, null where not given.
 struct ShopRow {
     ReportValue number = {};
     ReportValue client = {};

@@ -8,6 +8,8 @@
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
+#include "reports/FrmFiltroRelat.h"
+#include "reports/frmRel_ChequesSF.h"
 #include "shell/Mirtal.h"
 #include "shell/frmAbout.h"
 #include "shell/frmcaminho.h"
@@ -47,13 +49,6 @@ protected:
         if (!found)
             throw std::runtime_error(std::string("no action ") + name);
         return *found;
-    }
-    static std::vector<const QWidget*> windowsOnShow() {
-        std::vector<const QWidget*> shown;
-        for (const QWidget* window : QApplication::topLevelWidgets())
-            if (window->isVisible())
-                shown.push_back(window);
-        return shown;
     }
     static void expectDataClosed() {
         for (const ado::Recordset* rs :
@@ -157,22 +152,57 @@ TEST_F(MainWindow, TellsTheProductInAWindowThatEscCloses) {
     action("mnuabout").trigger();
 }
 
-TEST_F(MainWindow, TellsSharedWindowsWhatTheyAreOpenedFor) {
-    openMain();
+TEST_F(MainWindow, OpensTheReportsFilterFromMenuAndToolbar) {
+    auto& window = openMain();
     const struct {
         const char* action;
         const char* mode;
+        const char* title;
     } commands[] = {
-        {"mnurrec",       "relch"},
-        {"mnursfundos",   "relsf"},
-        {"relatcheque",   "relch"},
-        {"relatsemfundo", "relsf"},
+        {"mnurrec",       "relch", "Relatório de Cheques Recebidos" },
+        {"mnursfundos",   "relsf", "Relatório de Cheques sem fundos"},
+        {"relatcheque",   "relch", "Relatório de Cheques Recebidos" },
+        {"relatsemfundo", "relsf", "Relatório de Cheques sem fundos"},
     };
-    for (const auto& [name, mode] : commands) {
+    for (const auto& [name, mode, title] : commands) {
         Mirtal::modo.clear();
+        activate(window);
         action(name).trigger();
         EXPECT_EQ(Mirtal::modo, mode) << name;
+        EXPECT_TRUE(FrmFiltroRelat::instance().isVisible()) << name;
+        EXPECT_FALSE(FrmFiltroRelat::instance().isModal()) << name;
+        EXPECT_EQ(FrmFiltroRelat::instance().windowTitle(), title) << name;
     }
+}
+
+TEST_F(MainWindow, ReportsOpenInsideIt) {
+    given("cliente_fornecedor", {
+                                    {{"nome", words("Maria")}, {"tipo", yes(true)}}
+    });
+    given("bancos", {{{"nome", words("Caixa")}}});
+    given("cheques", {
+                         {{"numero", words("000001")},
+                          {"cliente", number(1)},
+                          {"banco", number(1)},
+                          {"data", day(2026, 1, 10)},
+                          {"valor", jet::Currency{10'000}}}
+    });
+    auto& window = openMain();
+    action("mnurrec").trigger();
+    auto& filter = FrmFiltroRelat::instance();
+    activate(filter);
+    type(filter, "txtdtinicial", "01012026");
+    click(filter, "CmdImprimir");
+    auto* report = window.findChild<frmRel_ChequesSF*>();
+    ASSERT_NE(report, nullptr);
+    EXPECT_TRUE(report->isVisible());
+    EXPECT_TRUE(filter.isVisible());
+    // Closed and asked for again, it is there again.
+    report->parentWidget()->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(window.findChild<frmRel_ChequesSF*>(), nullptr);
+    click(filter, "CmdImprimir");
+    EXPECT_NE(window.findChild<frmRel_ChequesSF*>(), nullptr);
 }
 
 TEST_F(MainWindow, OpensTheChequeListForSettlementFromMenuAndToolbar) {
@@ -291,14 +321,6 @@ TEST_F(MainWindow, OpensTheFolderChooserModally) {
     });
     action("mnucaminho").trigger();
     EXPECT_TRUE(seen);
-}
-
-TEST_F(MainWindow, AWindowThatThereIsNotYetIsNotShown) {
-    openMain();
-    const auto before = windowsOnShow();
-    for (const char* name : {"mnurrec", "relatsemfundo"})
-        action(name).trigger();
-    EXPECT_EQ(windowsOnShow(), before);
 }
 
 TEST_F(MainWindow, EntriesThatAreOffDoNothing) {

@@ -147,4 +147,29 @@ TEST_F(SharedRoutines, AMessageGoesWhereTheMainWindowShowsIt) {
     EXPECT_EQ(shown, "Digite o valor do cheque");
 }
 
+TEST_F(SharedRoutines, AReportsErrorsAreToldByTheirNumbers) {
+    const QString internal = "Erro na configuração interna do relatório.";
+    const QString messages[] = {
+        "É necessário existir uma impressora instalada no Windows.",
+        "Não há registros a imprimir.",
+        internal,
+        internal,
+        internal,
+        "A página configurada para o relatório não possuí espaço suficiente para a impressão.",
+        "Já existe um relatório em andamento.",
+    };
+    auto code = static_cast<qint32>(0x800403E9);
+    for (const QString& message : messages) {
+        expectMessage("Impressão", message);
+        Mirtal::erroDeRelatorio(code++, "");
+    }
+    // Deliberate: what nobody knows is told by an empty message.
+    for (const qint32 unknown : {code, static_cast<qint32>(0x800403E8), -1}) {
+        expectMessage("Impressão", "");
+        Mirtal::erroDeRelatorio(unknown, "detalhe");
+    }
+    expectMessage("Impressão", "Erro não previsto:\ndisco cheio");
+    Mirtal::erroDeRelatorio(0, "disco cheio");
+}
+
 } // namespace

@@ -7,6 +7,9 @@
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
+#include "reports/FrmFiltroRelat.h"
+#include "reports/frmRel_ChequesSF.h"
+#include "reports/frm_Msg.h"
 #include "shell/MDICheques.h"
 #include "shell/frmAbout.h"
 #include "shell/frmcaminho.h"
@@ -51,7 +54,9 @@ protected:
                 &FrmLancarCheques::instance(), &FrmLocCHTerceiros::instance(),
                 &FrmLancasSFundos::instance(), &FrmConsultaCH::instance(),
                 &FrmRenegociar::instance(),    &FrmApagar::instance(),
-                &frmcaminho::instance(),       &frmAbout::instance()};
+                &frmcaminho::instance(),       &FrmFiltroRelat::instance(),
+                &frm_Msg::instance(),          &frmRel_ChequesSF::instance(),
+                &frmAbout::instance()};
     }
 
     /// Whether the widget is a part of another control, which speaks for it.

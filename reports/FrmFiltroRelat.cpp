@@ -1,0 +1,70 @@
+#include "reports/FrmFiltroRelat.h"
+
+#include "controls/WindowList.h"
+#include "reports/frmRel_ChequesSF.h"
+#include "shell/Mirtal.h"
+#include "shell/dbconectar.h"
+
+#include <QScreen>
+
+namespace {
+
+constexpr int kAlturaNaTela = 13; ///< 200 twips
+
+std::optional<std::int64_t> codigoEscolhido(const DropDownList& lista) {
+    if (lista.listIndex() < 0)
+        return std::nullopt;
+    return lista.itemData(lista.listIndex());
+}
+
+} // namespace
+
+FrmFiltroRelat::FrmFiltroRelat() {
+    setupUi(this);
+    prompts({
+        {txtcliente,   "Informe nome do cliente a listar"},
+        {txtbanco,     "Informe nome do banco"           },
+        {txtdtinicial, "Informe data inicial"            },
+        {txtdtfinal,   "Informe data final"              },
+    });
+    enterAsTab({txtcliente, txtbanco, txtdtinicial, txtdtfinal, cmbordem});
+    standsAlone();
+    closesWith(cmdsair);
+    on(CmdImprimir, &QPushButton::clicked, &FrmFiltroRelat::CmdImprimir_Click);
+    on(cmdsair, &QPushButton::clicked, &FrmFiltroRelat::cmdsair_Click);
+}
+
+FrmFiltroRelat& FrmFiltroRelat::instance() { return WindowList::instance().one<FrmFiltroRelat>(); }
+
+void FrmFiltroRelat::mostrar() {
+    if (instance().isVisible() && instance().modo_ != Mirtal::modo)
+        instance().unload();
+    instance().showModeless();
+}
+
+void FrmFiltroRelat::Form_Load() {
+    centre();
+    move(x(), screen()->availableGeometry().top() + kAlturaNaTela);
+    modo_ = Mirtal::modo;
+    setWindowTitle(Relatorios::legenda(modo_));
+    Titulo->setText(Relatorios::legenda(modo_));
+    for (const Relatorios::Ordem& ordem : Relatorios::ordens(modo_))
+        cmbordem->addItem(ordem.nome);
+    txtdtinicial->setValue(QDate::currentDate());
+    txtdtfinal->setValue(QDate::currentDate());
+    Mirtal::preencherLista(*txtbanco, dbconectar::instance().rsBancos, "nome", "codigo");
+    Mirtal::preencherLista(*txtcliente, dbconectar::instance().rsCliente, "nome", "codigo");
+}
+
+Relatorios::Escolha FrmFiltroRelat::escolha() const {
+    return {.modo = modo_,
+            .cliente = codigoEscolhido(*txtcliente),
+            .banco = codigoEscolhido(*txtbanco),
+            .inicio = txtdtinicial->value(),
+            .fim = txtdtfinal->value(),
+            .ordem = cmbordem->listIndex()};
+}
+
+void FrmFiltroRelat::CmdImprimir_Click() { frmRel_ChequesSF::instance().imprimir(escolha()); }
+
+void FrmFiltroRelat::cmdsair_Click() { unload(); }

@@ -1,0 +1,99 @@
+#include "reports/LayoutDoRelatorio.h"
+
+namespace LayoutDoRelatorio {
+
+namespace {
+
+// Millimetres.
+constexpr qreal kLargura = 180;
+constexpr qreal kEntreColunas = 4;
+constexpr qreal kAlturaDoTexto = 4.2;
+
+const QColor kFio(0xc8, 0xcf, 0xd1);
+
+const ReportColumn kColunas[] = {
+    {"Cheque",       "numero",                  16, Qt::AlignLeft,    ""        },
+    {"Nome",         "Cliente_Fornecedor.nome", 56, Qt::AlignLeft,    ""        },
+    {"Dt. Emissão", "data",                    21, Qt::AlignHCenter, ""        },
+    {"Valor Cheque", "valor",                   24, Qt::AlignRight,   "Standard"},
+    {"Banco",        "bancos.nome",             25, Qt::AlignLeft,    ""        },
+    {"Bom Para",     kVencimento,               18, Qt::AlignHCenter, ""        },
+};
+constexpr int kValor = 3;
+constexpr qreal kLarguraDoTotal = 48; ///< more than a value has
+
+TextLook aDireita(TextLook aspecto) {
+    aspecto.align = Qt::AlignRight;
+    return aspecto;
+}
+
+ReportBand cabecalho() {
+    const TextLook titulo = {14, true};
+    const TextLook texto = {9};
+    const TextLook direita = aDireita(texto);
+    ReportBand faixa = {22};
+    faixa.frames = {{{0, 0, kLargura, 19}}};
+    faixa.lines = {
+        {"", {0, 11}, {kLargura, 11}}
+    };
+    faixa.fields = {
+        {FieldKind::title,         "",                       {4, 1.5, 120, 8},   titulo,  ""          },
+        {FieldKind::text,          "Página:",               {130, 3, 22, 5},    direita, ""          },
+        {FieldKind::computed,      "Pagina",                 {153, 3, 23, 5},    direita, ""          },
+        {FieldKind::text,          "Referente ao período:", {4, 12.5, 37, 5},   texto,   ""          },
+        {FieldKind::computedFirst, "DTInicial",              {42, 12.5, 20, 5},  texto,   "Short Date"},
+        {FieldKind::text,          "a",                      {62, 12.5, 3, 5},   texto,   ""          },
+        {FieldKind::computedFirst, "DTFinal",                {66, 12.5, 20, 5},  texto,   "Short Date"},
+        {FieldKind::text,          "Data:",                  {130, 12.5, 22, 5}, direita, ""          },
+        {FieldKind::computedFirst, "Data",                   {153, 12.5, 23, 5}, direita, ""          },
+    };
+    return faixa;
+}
+
+} // namespace
+
+ReportLayout leiaute() {
+    const TextLook texto = {8};
+    const TextLook titulo = {8, true};
+    const TextLook total = aDireita(titulo);
+    const QLineF soma = linhaDoTotal();
+
+    ReportLayout leiaute;
+    leiaute.pageHeader = cabecalho();
+    leiaute.columnHeadings = {7};
+    leiaute.columnHeadings.lines = {
+        {"", {0, 6.6}, {kLargura, 6.6}, 0.35}
+    };
+    leiaute.detail = {5.2};
+    leiaute.detail.lines = {
+        {"", {0, 5.1}, {kLargura, 5.1}, 0.1, kFio}
+    };
+    addColumns(leiaute, kColunas, kEntreColunas, kAlturaDoTexto, titulo, texto);
+    leiaute.footer = {9};
+    leiaute.footer.lines = {
+        {kLinhaDoTotal, {0, 1}, {kLargura, 1}, 0.35}
+    };
+    leiaute.footer.fields = {
+        {FieldKind::text,     "Total:", {soma.x1() - 20, 2.5, 20, 5},               total, ""        },
+        {FieldKind::computed,
+         "Total",                       {soma.x1() + 2, 2.5, soma.length() - 2, 5},
+         total,                                                                            "Standard"},
+    };
+    return leiaute;
+}
+
+QStringList colunas() {
+    QStringList nomes;
+    for (const ReportColumn& coluna : kColunas)
+        nomes += coluna.column;
+    return nomes;
+}
+
+QLineF linhaDoTotal() {
+    qreal direita = kColunas[kValor].width;
+    for (int i = 0; i < kValor; ++i)
+        direita += kColunas[i].width + kEntreColunas;
+    return {direita - kLarguraDoTotal, 1, direita, 1};
+}
+
+} // namespace LayoutDoRelatorio

@@ -1,0 +1,72 @@
+#include "reports/Relatorios.h"
+
+#include "shell/Valores.h"
+
+namespace Relatorios {
+
+namespace {
+
+constexpr int kPorCliente = 2; ///< in both tables
+
+constexpr Ordem kOrdensRecebidos[] = {
+    {"Banco",      " ORDER BY bancos.nome,bompara"            },
+    {"Número",    " ORDER BY numero,bompara"                 },
+    {"Cliente",    " ORDER BY cliente_fornecedor.nome,bompara"},
+    {"Emissão",   " ORDER BY data,bompara"                   },
+    {"Vencimento", " ORDER BY bompara,cliente_fornecedor.nome"},
+};
+constexpr Ordem kOrdensSemFundos[] = {
+    {"Banco",   " ORDER BY bancos.nome,data"            },
+    {"Número", " ORDER BY numero,data"                 },
+    {"Cliente", " ORDER BY cliente_fornecedor.nome,data"},
+    {"Data",    " ORDER BY data,cliente_fornecedor.nome"},
+};
+
+struct Tipo {
+    const char* legenda;
+    const char* titulo;
+    const char* selecao;
+    std::span<const Ordem> ordens;
+};
+
+constexpr Tipo kRecebidos{
+    "Relatório de Cheques Recebidos", "Relatório de Cheques",
+    "Select * from (cheques inner join cliente_fornecedor on "
+    "cheques.cliente=cliente_fornecedor.codigo) inner join bancos on cheques.banco=bancos.codigo ",
+    kOrdensRecebidos};
+constexpr Tipo kSemFundos{"Relatório de Cheques sem fundos", "Relatório de Cheques Sem Fundos",
+                          "Select * from (semfundos inner join cliente_fornecedor on "
+                          "semfundos.cliente=cliente_fornecedor.codigo) inner join bancos on "
+                          "semfundos.banco=bancos.codigo ",
+                          kOrdensSemFundos};
+
+const Tipo& tipo(const QString& modo) { return modo == "relch" ? kRecebidos : kSemFundos; }
+
+// Deliberate: "And" before the bank, "and" before the period.
+QString condicao(const Escolha& escolha) {
+    QString onde;
+    if (escolha.cliente)
+        onde = " cliente=" + QString::number(*escolha.cliente);
+    if (escolha.banco)
+        onde += (onde.isEmpty() ? " banco=" : " And banco=") + QString::number(*escolha.banco);
+    onde += onde.isEmpty() ? " data between " : " and data between ";
+    return onde + Valores::literal(escolha.inicio) + " and " + Valores::literal(escolha.fim);
+}
+
+} // namespace
+
+std::span<const Ordem> ordens(const QString& modo) { return tipo(modo).ordens; }
+
+QString legenda(const QString& modo) { return tipo(modo).legenda; }
+
+QString titulo(const QString& modo) { return tipo(modo).titulo; }
+
+bool temVencimento(const QString& modo) { return &tipo(modo) == &kRecebidos; }
+
+QString instrucao(const Escolha& escolha) {
+    const Tipo& este = tipo(escolha.modo);
+    const auto ordem = static_cast<std::size_t>(escolha.ordem < 0 ? kPorCliente : escolha.ordem);
+    return este.selecao + QString(" where ") + condicao(escolha) + este.ordens[ordem].clausula;
+}
+
+} // namespace Relatorios

@@ -1,0 +1,121 @@
+#include "reports/frmRel_ChequesSF.h"
+
+#include "controls/BusyCursor.h"
+#include "controls/Failure.h"
+#include "controls/Icons.h"
+#include "controls/WindowList.h"
+#include "print/ReportPreview.h"
+#include "reports/FonteDeCheques.h"
+#include "reports/LayoutDoRelatorio.h"
+#include "reports/frm_Msg.h"
+#include "shell/Mirtal.h"
+#include "shell/dbconectar.h"
+
+#include <QCloseEvent>
+#include <QVBoxLayout>
+
+#include <tuple>
+#include <utility>
+
+namespace {
+
+std::function<void(QWidget&)>& mostrarEm() {
+    static std::function<void(QWidget&)> mostrar;
+    return mostrar;
+}
+
+} // namespace
+
+frmRel_ChequesSF::frmRel_ChequesSF() : previsao_(std::make_unique<ReportPreview>(relatorio_)) {
+    setObjectName("frmRel_ChequesSF");
+    relatorio_.setObjectName("Relatorio");
+    setWindowIcon(Icons::named("relcheque"));
+    relatorio_.setLayout(LayoutDoRelatorio::leiaute());
+    relatorio_.setComputedField(
+        [this](const QString& nome, ReportValue& valor) { Relatorio_Campo(nome, valor); });
+    connectGuarded(&relatorio_, &Relatorio::detail, this, &frmRel_ChequesSF::Relatorio_Detalhe);
+    connectGuarded(&relatorio_, &Relatorio::error, this, &frmRel_ChequesSF::Relatorio_Erro);
+
+    auto* janela = new QVBoxLayout(this);
+    janela->setContentsMargins(0, 0, 0, 0);
+    janela->addWidget(previsao_.get());
+}
+
+frmRel_ChequesSF::~frmRel_ChequesSF() = default;
+
+frmRel_ChequesSF& frmRel_ChequesSF::instance() {
+    return WindowList::instance().one<frmRel_ChequesSF>();
+}
+
+void frmRel_ChequesSF::aoMostrar(std::function<void(QWidget&)> mostrar) {
+    mostrarEm() = std::move(mostrar);
+}
+
+void frmRel_ChequesSF::imprimir(const Relatorios::Escolha& escolha) {
+    if (!iniciar(escolha)) {
+        // Said when the wait window has gone.
+        if (erro_)
+            Mirtal::erroDeRelatorio(*erro_, "");
+        return;
+    }
+    if (mostrarEm())
+        mostrarEm()(*this);
+    else
+        show();
+}
+
+bool frmRel_ChequesSF::iniciar(const Relatorios::Escolha& escolha) {
+    const BusyCursor ocupado;
+    const Espera espera("Aguarde enquanto o relatório é processado...");
+    const QString titulo = Relatorios::titulo(escolha.modo);
+    // A report that can't begin leaves the one on show as it is.
+    const auto antes = std::pair(escolha_, total_);
+    escolha_ = escolha;
+    total_ = {};
+    erro_.reset();
+    iniciando_ = true;
+    relatorio_.setTitle(titulo);
+    const bool iniciado = relatorio_.begin(
+        std::make_unique<FonteDeCheques>(escolha, dbconectar::instance().Automacao));
+    iniciando_ = false;
+    if (iniciado)
+        setWindowTitle(titulo);
+    else
+        std::tie(escolha_, total_) = antes;
+    return iniciado;
+}
+
+void frmRel_ChequesSF::Relatorio_Campo(const QString& nome, ReportValue& valor) {
+    if (nome == "Pagina") {
+        valor = qint64{relatorio_.currentPage()};
+    } else if (nome == "Data") {
+        valor = QDate::currentDate();
+    } else if (nome == "DTInicial") {
+        valor = escolha_.inicio;
+    } else if (nome == "DTFinal") {
+        valor = escolha_.fim;
+    } else if (nome == "Total") {
+        const QLineF linha = LayoutDoRelatorio::linhaDoTotal();
+        relatorio_.setLine(LayoutDoRelatorio::kLinhaDoTotal, linha.p1(), linha.p2());
+        valor = total_;
+    }
+}
+
+void frmRel_ChequesSF::Relatorio_Detalhe(const ReportRow& linha) {
+    if (const auto* valor = std::get_if<Amount>(&linha["valor"]))
+        total_.tenThousandths += valor->tenThousandths;
+}
+
+void frmRel_ChequesSF::Relatorio_Erro(qint32 codigo) {
+    if (iniciando_)
+        erro_ = codigo;
+    else
+        Mirtal::erroDeRelatorio(codigo, "");
+}
+
+// The rows of a large report aren't kept for a window that nobody sees.
+void frmRel_ChequesSF::closeEvent(QCloseEvent* event) {
+    event->accept();
+    if (WindowList::instance().retire(*this))
+        deleteLater();
+}

@@ -1,0 +1,158 @@
+#include "reports/ReportFilter.h"
+#include "reports/frm_Msg.h"
+
+#include <QApplication>
+#include <QScreen>
+
+namespace {
+
+using testing::ElementsAre;
+
+TEST_F(ReportFilter, OffersTheOrdersOfReceivedCheques) {
+    auto& form = openFor("relch");
+    EXPECT_EQ(form.windowTitle(), "Relatório de Cheques Recebidos");
+    EXPECT_THAT(entries(form, "cmbordem"),
+                ElementsAre("Banco", "Número", "Cliente", "Emissão", "Vencimento"));
+}
+
+TEST_F(ReportFilter, OffersTheOrdersOfBouncedCheques) {
+    auto& form = openFor("relsf");
+    EXPECT_EQ(form.windowTitle(), "Relatório de Cheques sem fundos");
+    EXPECT_THAT(entries(form, "cmbordem"), ElementsAre("Banco", "Número", "Cliente", "Data"));
+}
+
+TEST_F(ReportFilter, OpensWithTodayAndNothingChosen) {
+    auto& form = openFor("relch");
+    EXPECT_FALSE(form.isModal());
+    EXPECT_EQ(control<DatePicker>(form, "txtdtinicial").value(), QDate::currentDate());
+    EXPECT_EQ(control<DatePicker>(form, "txtdtfinal").value(), QDate::currentDate());
+    EXPECT_THAT(entries(form, "txtcliente"), ElementsAre("João", "Maria"));
+    EXPECT_THAT(entries(form, "txtbanco"), ElementsAre("Banco do Vale", "Caixa"));
+    for (const char* list : {"txtcliente", "txtbanco", "cmbordem"})
+        EXPECT_EQ(control<DropDownList>(form, list).listIndex(), -1) << list;
+    EXPECT_EQ(focus(), "txtcliente");
+}
+
+TEST_F(ReportFilter, StandsAtTheTopOfTheScreen) {
+    auto& form = openFor("relch");
+    const QRect screen = form.screen()->availableGeometry();
+    EXPECT_EQ(form.y(), screen.top() + 13);
+    EXPECT_NEAR(form.frameGeometry().center().x(), screen.center().x(), 2);
+}
+
+TEST_F(ReportFilter, PromptsForEachField) {
+    auto& form = openFor("relch");
+    const struct {
+        const char* control;
+        const char* prompt;
+    } fields[] = {
+        {"txtbanco",     "Informe nome do banco"           },
+        {"txtcliente",   "Informe nome do cliente a listar"},
+        {"txtdtinicial", "Informe data inicial"            },
+        {"txtdtfinal",   "Informe data final"              },
+    };
+    for (const auto& [name, shown] : fields) {
+        enter(form, name);
+        EXPECT_EQ(prompt(), shown);
+    }
+}
+
+TEST_F(ReportFilter, EnterGoesThroughTheFields) {
+    openFor("relch");
+    for (const char* next : {"txtbanco", "txtdtinicial", "txtdtfinal", "cmbordem", "CmdImprimir"}) {
+        press(Qt::Key_Return);
+        EXPECT_EQ(focus(), next);
+    }
+}
+
+TEST_F(ReportFilter, TypingChoosesTheFirstEntryThatBeginsSo) {
+    auto& form = openFor("relch");
+    type(form, "txtcliente", "ma");
+    EXPECT_EQ(text(form, "txtcliente"), "Maria");
+    type(form, "cmbordem", "v");
+    EXPECT_EQ(control<DropDownList>(form, "cmbordem").listIndex(), 4);
+}
+
+TEST_F(ReportFilter, AnotherReportsFilterTakesItsPlace) {
+    openFor("relch");
+    auto& form = openFor("relsf");
+    EXPECT_EQ(form.windowTitle(), "Relatório de Cheques sem fundos");
+    EXPECT_EQ(control<DropDownList>(form, "cmbordem").count(), 4);
+}
+
+TEST_F(ReportFilter, KeepsItsChoicesWhenTheSameReportIsAskedForAgain) {
+    type(openFor("relch"), "txtcliente", "ma");
+    EXPECT_EQ(text(openFor("relch"), "txtcliente"), "Maria");
+}
+
+TEST_F(ReportFilter, SairClosesIt) {
+    const QPointer<FrmFiltroRelat> form = &openFor("relch");
+    click(*form, "cmdsair");
+    EXPECT_FALSE(form && form->isVisible());
+}
+
+// ---- from the filter to the report
+
+TEST_F(ReportFromFilter, ChoosesByIssueAndComesByClient) {
+    print("relch", "", "", "");
+    EXPECT_EQ(frmRel_ChequesSF::instance().windowTitle(), "Relatório de Cheques");
+    EXPECT_TRUE(frmRel_ChequesSF::instance().isVisible());
+    EXPECT_THAT(details(),
+                ElementsAre("000002|João|10/01/2026|123,45|Banco do Vale|01/02/2026",
+                            "000003|Maria|31/01/2026|0,05|Caixa|15/02/2026",
+                            "000001|Maria|10/01/2026|1.000,00|Banco do Vale|01/03/2026"));
+}
+
+TEST_F(ReportFromFilter, TakesClientBankAndOrder) {
+    print("relch", "Maria", "", "Emi");
+    EXPECT_THAT(details(),
+                ElementsAre(testing::StartsWith("000001"), testing::StartsWith("000003")));
+    print("relch", "Maria", "Banco", "Venc");
+    EXPECT_THAT(details(), ElementsAre(testing::StartsWith("000001")));
+}
+
+TEST_F(ReportFromFilter, ShowsBouncedChequesWithoutADueDate) {
+    print("relsf", "", "", "Data");
+    EXPECT_EQ(frmRel_ChequesSF::instance().windowTitle(), "Relatório de Cheques Sem Fundos");
+    EXPECT_THAT(details(), ElementsAre("900001|João|05/01/2026|77,00|Banco do Vale|"));
+}
+
+TEST_F(ReportFromFilter, TheFilterKeepsItsReportThoughAnotherWindowChangesTheMode) {
+    auto& form = openFor("relch");
+    period(form, "01012026", "31012026");
+    Mirtal::modo = "Baixar";
+    click(form, "CmdImprimir");
+    EXPECT_EQ(details().size(), 3U);
+}
+
+TEST_F(ReportFromFilter, NothingToPrintIsSaidWhenTheWaitWindowHasGone) {
+    auto& form = openFor("relch");
+    period(form, "31012026", "01012026"); // the last day before the first
+    expectMessage("Impressão", "Não há registros a imprimir.");
+    click(form, "CmdImprimir");
+    EXPECT_FALSE(frm_Msg::instance().isVisible());
+    EXPECT_FALSE(frmRel_ChequesSF::instance().isVisible());
+    EXPECT_TRUE(form.isVisible());
+}
+
+TEST_F(ReportFromFilter, AReportThatFindsNothingLeavesTheOneOnShow) {
+    print("relch", "", "", "");
+    auto& form = openFor("relsf");
+    period(form, "01012020", "31012020");
+    expectMessage("Impressão", "Não há registros a imprimir.");
+    click(form, "CmdImprimir");
+    EXPECT_EQ(frmRel_ChequesSF::instance().windowTitle(), "Relatório de Cheques");
+    EXPECT_EQ(details().size(), 3U);
+}
+
+TEST_F(ReportFromFilter, ClosingTheReportEndsIt) {
+    print("relch", "", "", "");
+    const QPointer<frmRel_ChequesSF> first = &frmRel_ChequesSF::instance();
+    first->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(first);
+    print("relch", "", "", "");
+    EXPECT_EQ(details().size(), 3U);
+}
+
+} // namespace

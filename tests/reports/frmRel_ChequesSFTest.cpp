@@ -1,0 +1,108 @@
+#include "print/ReportFiles.h"
+#include "print/ReportPrinting.h"
+#include "reports/ReportFilter.h"
+#include "support/Program.h"
+
+#include <QRegularExpression>
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+
+class ChequeReport : public ReportFromFilter {
+protected:
+    /// The lines of the report on show, as another program reads them in its PDF; blanks count
+    /// once.
+    static std::vector<std::string> printed() {
+        const TemporaryFolder folder;
+        const std::filesystem::path pdf = folder / "relatorio.pdf";
+        const SaveResult saved = savePdf(report(), QString::fromStdString(pdf.string()),
+                                         [](qint64, qint64) { return true; });
+        EXPECT_EQ(saved.outcome, SaveOutcome::saved) << saved.reason.toStdString();
+        std::vector<std::string> lines;
+        const QString all =
+            QString::fromStdString(runProgram({"pdftotext", "-layout", pdf.string(), "-"}).out);
+        for (const QString& line : all.split(QRegularExpression("[\n\f]"), Qt::SkipEmptyParts))
+            if (!line.trimmed().isEmpty())
+                lines.push_back(line.simplified().toStdString());
+        return lines;
+    }
+    static std::string today() { return QDate::currentDate().toString("dd/MM/yyyy").toStdString(); }
+};
+
+TEST_F(ChequeReport, HasHeaderHeadingsRowsAndTotal) {
+    print("relch", "", "", "");
+    EXPECT_THAT(printed(),
+                ElementsAre("Relatório de Cheques Página: 1",
+                            "Referente ao período: 01/01/2026 a 31/01/2026 Data: " + today(),
+                            "Cheque Nome Dt. Emissão Valor Cheque Banco Bom Para",
+                            "000002 João 10/01/2026 123,45 Banco do Vale 01/02/2026",
+                            "000003 Maria 31/01/2026 0,05 Caixa 15/02/2026",
+                            "000001 Maria 10/01/2026 1.000,00 Banco do Vale 01/03/2026",
+                            "Total: 1.123,50"));
+}
+
+TEST_F(ChequeReport, OfBouncedChequesHasTheSameColumnsAndNoDueDate) {
+    print("relsf", "", "", "");
+    EXPECT_THAT(printed(),
+                ElementsAre("Relatório de Cheques Sem Fundos Página: 1",
+                            "Referente ao período: 01/01/2026 a 31/01/2026 Data: " + today(),
+                            "Cheque Nome Dt. Emissão Valor Cheque Banco Bom Para",
+                            "900001 João 05/01/2026 77,00 Banco do Vale", "Total: 77,00"));
+}
+
+TEST_F(ChequeReport, OfOneRowTotalsThatRow) {
+    print("relch", "João", "", "");
+    EXPECT_THAT(printed(), Contains("Total: 123,45"));
+}
+
+TEST_F(ChequeReport, StartsItsTotalFromNothing) {
+    print("relch", "", "", "");
+    print("relch", "Maria", "", "");
+    EXPECT_THAT(printed(), Contains("Total: 1.000,05"));
+}
+
+TEST_F(ChequeReport, KeepsItsTotalAndPeriodWhenTheNextFindsNothing) {
+    print("relch", "", "", "");
+    auto& form = openFor("relch");
+    period(form, "01012020", "31012020");
+    expectMessage("Impressão", "Não há registros a imprimir.");
+    click(form, "CmdImprimir");
+    const auto lines = printed();
+    EXPECT_THAT(lines, Contains("Total: 1.123,50"));
+    EXPECT_THAT(lines, Contains(testing::HasSubstr("01/01/2026 a 31/01/2026")));
+}
+
+TEST_F(ChequeReport, ShowsThePeriodAsItWasWhenPrintingBegan) {
+    print("relch", "", "", "");
+    period(openFor("relch"), "05052025", "06062025");
+    EXPECT_THAT(printed(), Contains(testing::HasSubstr("01/01/2026 a 31/01/2026")));
+}
+
+TEST_F(ChequeReport, ASecondOneWhileOneIsAtWorkIsRefused) {
+    print("relch", "", "", "");
+    auto& form = openFor("relch");
+    const Relatorio::Run atWork(report());
+    expectMessage("Impressão", "Já existe um relatório em andamento.");
+    click(form, "CmdImprimir");
+}
+
+TEST_F(ChequeReport, WithoutAPrinterOnlyPrintingIsRefused) {
+    setPrinterFunctions({[] { return false; }, {}});
+    print("relch", "", "", "");
+    expectMessage("Impressão", "É necessário existir uma impressora instalada no Windows.");
+    EXPECT_EQ(printReport(report(), 1, nullptr, [](qint64, qint64) { return true; }),
+              PrintOutcome::refused);
+    EXPECT_THAT(printed(), Contains("Total: 1.123,50"));
+    setPrinterFunctions({});
+}
+
+// A report on show takes its rows while the program is idle: when the data is closed it ends.
+TEST_F(ChequeReport, EndsWithTheData) {
+    print("relch", "", "", "");
+    data().fechar();
+    EXPECT_EQ(details().size(), 3U);
+}
+
+} // namespace
