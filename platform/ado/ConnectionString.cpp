@@ -1,8 +1,8 @@
 #include "ado/ConnectionString.h"
 
-#include "ado/SqlTokens.h"
 #include "jet/Error.h"
 #include "jet/Names.h"
+#include "jet/Tokens.h"
 
 #include <algorithm>
 #include <optional>
@@ -81,7 +81,7 @@ fs::path dataSource(std::string_view connectionString) {
         const std::size_t stop = rest.find_first_of("=;");
         if (stop == std::string_view::npos)
             break;
-        const std::string key = lowerAscii(trimmed(rest.substr(0, stop)));
+        const std::string key = jet::lowerAscii(trimmed(rest.substr(0, stop)));
         const bool hasValue = rest[stop] == '=';
         rest.remove_prefix(stop + 1);
         if (!hasValue)

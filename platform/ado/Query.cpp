@@ -1,8 +1,8 @@
 #include "ado/Query.h"
 
-#include "ado/SqlTokens.h"
 #include "jet/Error.h"
 #include "jet/Names.h"
+#include "jet/Tokens.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -27,9 +27,9 @@ bool dependsOnRowOnly(const std::string& sql) {
 }
 
 bool isOneName(const std::string& source) {
-    const std::vector<Token> tokens = tokenize(source);
-    return tokens.size() == 1 &&
-           (tokens[0].kind == Token::Kind::word || tokens[0].kind == Token::Kind::bracketed);
+    const std::vector<jet::Token> tokens = jet::tokenize(source);
+    return tokens.size() == 1 && (tokens[0].kind == jet::Token::Kind::word ||
+                                  tokens[0].kind == jet::Token::Kind::bracketed);
 }
 
 std::string qualified(const std::string& qualifier, const std::string& column) {

@@ -1,8 +1,8 @@
 #include "ado/SqlDialect.h"
 
 #include "ado/SqlFunctions.h"
-#include "ado/SqlTokens.h"
 #include "jet/Error.h"
+#include "jet/Tokens.h"
 
 #include <algorithm>
 #include <array>
@@ -14,6 +14,8 @@ namespace {
 
 using jet::Errc;
 using jet::Error;
+using jet::lowerAscii;
+using jet::Token;
 using Kind = Token::Kind;
 
 constexpr std::size_t kDeepestParentheses = 60;
@@ -35,7 +37,7 @@ bool isKeyword(std::string_view lower) {
 /// The tokens of one command with what each means where it stands, and their SQLite spelling.
 class Command {
 public:
-    Command(std::string_view text, const Spelling& spelling) : tokens_(tokenize(text)) {
+    Command(std::string_view text, const Spelling& spelling) : tokens_(jet::tokenize(text)) {
         if (!tokens_.empty() && tokens_.back().isSign(";"))
             tokens_.pop_back();
         if (tokens_.empty())

@@ -9,10 +9,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <chrono>
 #include <cmath>
 #include <cstring>
-#include <ctime>
 #include <limits>
 #include <optional>
 #include <string>
@@ -261,25 +259,12 @@ void isNullFunction(Context context, int /*count*/, Arguments arguments) {
     sqlite3_result_int(context, isNull(arguments[0]) ? -1 : 0);
 }
 
-jet::CivilTime localTime() {
-    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm local{};
-#ifdef _WIN32
-    localtime_s(&local, &now);
-#else
-    localtime_r(&now, &local);
-#endif
-    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-            local.tm_hour,        local.tm_min,     std::min(local.tm_sec, 59)};
-}
-
 void today(Context context, int /*count*/, Arguments /*arguments*/) {
-    const jet::CivilTime time = localTime();
-    sqlite3_result_double(context, jet::Date::of({time.year, time.month, time.day, 0, 0, 0}).days);
+    sqlite3_result_double(context, jet::Date::today().days);
 }
 
 void now(Context context, int /*count*/, Arguments /*arguments*/) {
-    sqlite3_result_double(context, jet::Date::of(localTime()).days);
+    sqlite3_result_double(context, jet::Date::now().days);
 }
 
 template <int jet::CivilTime::*Part>

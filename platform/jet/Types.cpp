@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <ctime>
+#include <random>
 
 namespace jet {
 
@@ -27,6 +29,20 @@ Date Date::of(const CivilTime& time) noexcept {
     return {day < 0 ? day - fraction : day + fraction};
 }
 
+Date Date::now() {
+    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    std::tm local{};
+#ifdef _WIN32
+    localtime_s(&local, &now);
+#else
+    localtime_r(&now, &local);
+#endif
+    return of({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
+               std::min(local.tm_sec, 59)}); // a leap second is no time of its own
+}
+
+Date Date::today() { return {std::trunc(now().days)}; }
+
 CivilTime Date::civil() const noexcept {
     // What lies outside the calendar shows as the nearest day that it has; no number as the epoch.
     const double value = std::isnan(days) ? 0 : std::clamp(days, kFirstDay - 1, kLastDay + 1);
@@ -49,6 +65,16 @@ CivilTime Date::civil() const noexcept {
 bool Date::inRange() const noexcept { return days > kFirstDay - 1 && days < kLastDay + 1; }
 
 double Date::moment() const noexcept { return days < 0 ? 2 * std::trunc(days) - days : days; }
+
+Guid Guid::random() {
+    std::random_device source;
+    Guid id;
+    for (std::byte& b : id.bytes)
+        b = static_cast<std::byte>(source() & 0xFF);
+    id.bytes[7] = (id.bytes[7] & std::byte{0x0F}) | std::byte{0x40}; // version 4: random
+    id.bytes[8] = (id.bytes[8] & std::byte{0x3F}) | std::byte{0x80};
+    return id;
+}
 
 std::string Guid::text() const {
     // The first three groups are numbers, stored lowest byte first.

@@ -62,6 +62,9 @@ struct CivilTime {
 struct Date {
     double days{};
 
+    /// By the machine's clock and time zone.
+    [[nodiscard]] static Date now();
+    [[nodiscard]] static Date today();
     /// Years 100 to 9999, no time zone.
     [[nodiscard]] static Date of(const CivilTime& time) noexcept;
     /// Rounded to the nearest second.
@@ -77,6 +80,8 @@ struct Date {
 struct Guid {
     std::array<std::byte, 16> bytes{};
     friend bool operator==(const Guid&, const Guid&) = default;
+    /// One that nobody has given before.
+    [[nodiscard]] static Guid random();
     /// `{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}`, upper case.
     [[nodiscard]] std::string text() const;
 };

@@ -1,7 +1,6 @@
 #include "ado/SqlDialect.h"
 
 #include "ado/Shop.h"
-#include "ado/SqlTokens.h"
 
 namespace {
 
@@ -11,30 +10,6 @@ using Strings = std::vector<std::string>;
 
 std::string same(std::string_view name) { return std::string(name); }
 ado::Select parsed(std::string_view text) { return parseSelect(text, same); }
-
-TEST(SqlTokens, AWordMayFollowATextOrANumberAtOnce) {
-    const auto tokens = ado::tokenize("'jo'order by NOME where a=5and b=1e3x");
-    Strings texts;
-    for (const auto& token : tokens)
-        texts.push_back(token.text);
-    EXPECT_EQ(texts, (Strings{"jo", "order", "by", "NOME", "where", "a", "=", "5", "and", "b", "=",
-                              "1e3", "x"}));
-}
-
-TEST(SqlTokens, DatesHaveTheMonthFirst) {
-    EXPECT_EQ(ado::parseDateLiteral("12/31/2024"), day(2024, 12, 31).days);
-    EXPECT_EQ(ado::parseDateLiteral(" 1/2/2024 "), day(2024, 1, 2).days);
-    EXPECT_EQ(ado::parseDateLiteral("2024-01-02"), day(2024, 1, 2).days);
-    EXPECT_EQ(ado::parseDateLiteral("01/02/29"), day(2029, 1, 2).days);
-    EXPECT_EQ(ado::parseDateLiteral("01/02/30"), day(1930, 1, 2).days);
-    EXPECT_EQ(ado::parseDateLiteral("01/02/2024 06:00"), day(2024, 1, 2).days + 0.25);
-    EXPECT_EQ(ado::parseDateLiteral("06:00:00"), 0.25);
-    EXPECT_EQ(ado::parseDateLiteral("12/29/1899 12:00"), -1.5);
-    for (const char* wrong : {"", "31/12/2024", "02/30/2024", "1/2", "1/2/3/4", "a/b/c",
-                              "1/2/2024 x", "1/2/2024 24:00", "12:60", "1/2/20244", "-1/2/2024",
-                              "1//2024", "00/01/2024", "01/00/2024", "1/2/2024  06:00 x", ":"})
-        EXPECT_EQ(errorOf([&] { (void)ado::parseDateLiteral(wrong); }), Errc::syntax) << wrong;
-}
 
 TEST(SqlDialect, TextsKeepWhatStandsInThem) {
     EXPECT_EQ(ado::quotedText("D'Avila"), "'D''Avila' collate texto");

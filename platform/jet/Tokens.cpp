@@ -1,4 +1,4 @@
-#include "ado/SqlTokens.h"
+#include "jet/Tokens.h"
 
 #include "jet/Error.h"
 #include "jet/Types.h"
@@ -10,12 +10,9 @@
 #include <chrono>
 #include <optional>
 
-namespace ado {
+namespace jet {
 
 namespace {
-
-using jet::Errc;
-using jet::Error;
 
 constexpr std::size_t kLongestStatement = 64000;
 constexpr std::size_t kShownCharacters = 40;
@@ -182,12 +179,12 @@ int fullYear(int year) {
     return year < 30 ? 2000 + year : 1900 + year;
 }
 
-std::optional<jet::CivilTime> dayOf(std::string_view text) {
+std::optional<CivilTime> dayOf(std::string_view text) {
     const bool yearFirst = text.find('-') != std::string_view::npos;
     const auto parts = numbers(text, yearFirst ? '-' : '/');
     if (!parts || parts->size() != 3)
         return std::nullopt;
-    jet::CivilTime time;
+    CivilTime time;
     time.year = fullYear((*parts)[yearFirst ? 0 : 2]);
     time.month = (*parts)[yearFirst ? 1 : 0];
     time.day = (*parts)[yearFirst ? 2 : 1];
@@ -197,11 +194,17 @@ std::optional<jet::CivilTime> dayOf(std::string_view text) {
     return calendar.ok() ? std::optional(time) : std::nullopt;
 }
 
-bool addTime(jet::CivilTime& time, std::string_view text) {
-    const auto parts = numbers(text, ':');
+bool addTime(CivilTime& time, std::string_view text) {
+    const std::string half = lowerAscii(text.substr(std::min(text.find(' '), text.size())));
+    const bool halves = half == " am" || half == " pm"; // 12:30 AM is half past midnight
+    const auto parts = numbers(text.substr(0, text.size() - (halves ? half.size() : 0)), ':');
     if (!parts || parts->size() < 2 || parts->size() > 3)
         return false;
     time.hour = (*parts)[0];
+    if (halves && (time.hour < 1 || time.hour > 12))
+        return false;
+    if (halves)
+        time.hour = time.hour % 12 + (half == " pm" ? 12 : 0);
     time.minute = (*parts)[1];
     time.second = parts->size() > 2 ? (*parts)[2] : 0;
     return time.hour < 24 && time.minute < 60 && time.second < 60;
@@ -226,7 +229,7 @@ double parseDateLiteral(std::string_view inside) {
         text.remove_suffix(1);
     const std::size_t blank = text.find(' ');
     const bool timeOnly = text.find(':') < blank;
-    auto time = timeOnly ? std::optional(jet::CivilTime{}) : dayOf(text.substr(0, blank));
+    auto time = timeOnly ? std::optional(CivilTime{}) : dayOf(text.substr(0, blank));
     bool valid = time.has_value();
     if (valid && timeOnly)
         valid = addTime(*time, text);
@@ -234,14 +237,14 @@ double parseDateLiteral(std::string_view inside) {
         valid = addTime(*time, text.substr(blank + 1));
     if (!valid)
         refuse("#" + shown(inside) + "# não é uma data (mês/dia/ano)");
-    return jet::Date::of(*time).days;
+    return Date::of(*time).days;
 }
 
 std::vector<Token> tokenize(std::string_view statement) {
     if (statement.size() > kLongestStatement)
         refuse("ele tem mais de " + std::to_string(kLongestStatement) + " caracteres");
     for (std::size_t at = 0; at < statement.size();) {
-        const auto character = jet::utf8At(statement, at);
+        const auto character = utf8At(statement, at);
         if (character.length == 0 || character.codePoint == 0)
             refuse("há nele caracteres que não são texto");
         at += character.length;
@@ -249,4 +252,4 @@ std::vector<Token> tokenize(std::string_view statement) {
     return Lexer(statement).run();
 }
 
-} // namespace ado
+} // namespace jet

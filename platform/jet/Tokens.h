@@ -4,9 +4,9 @@
 #include <string_view>
 #include <vector>
 
-namespace ado {
+namespace jet {
 
-/// One word or sign of a statement.
+/// One word or sign of a statement, or of a rule that the file keeps.
 struct Token {
     enum class Kind { word, bracketed, text, number, date, sign };
     Kind kind;
@@ -26,8 +26,8 @@ struct Token {
 [[nodiscard]] std::string lowerAscii(std::string_view word);
 
 /// The number of days that the inside of a date literal means: "12/31/2024", "12/31/2024
-/// 08:30:00", "2024-12-31", "08:30". Month first, whatever the machine's settings.
+/// 08:30:00", "2024-12-31", "08:30", "8:30 PM". Month first, whatever the machine's settings.
 /// @throws Error{syntax}.
 [[nodiscard]] double parseDateLiteral(std::string_view inside);
 
-} // namespace ado
+} // namespace jet
