@@ -119,14 +119,18 @@ void Recordset::Parts::update() {
         storeChanges();
 }
 
-void Recordset::Parts::storeNew() {
-    jet::Row values(table().columns().size());
-    for (std::size_t i = 0; i < values.size(); ++i) {
+std::vector<jet::Assignment> Recordset::Parts::assignments() const {
+    std::vector<jet::Assignment> given;
+    for (std::size_t i = 0; i < assigned.size(); ++i) {
         if (assigned[i])
-            values[i] = *assigned[i];
+            given.push_back({i, *assigned[i]});
     }
+    return given;
+}
+
+void Recordset::Parts::storeNew() {
     catchUp(); // the row may take the place of an erased one, which is to be gone from the list
-    const jet::RowId row = session.insert(table(), values);
+    const jet::RowId row = session.insert(table(), assignments());
     forgetEdit();
     if (auto* const list = dynamic_cast<RowList*>(rows.get())) {
         list->append(row);
@@ -142,12 +146,7 @@ void Recordset::Parts::storeChanges() {
     const jet::RowId row = static_cast<const LiveRows&>(*rows).row(0);
     if (at != At::row || !stamp || table().stamp(row) != stamp)
         goneOrChanged();
-    std::vector<jet::Assignment> changes;
-    for (std::size_t i = 0; i < assigned.size(); ++i) {
-        if (assigned[i])
-            changes.push_back({i, *assigned[i]});
-    }
-    session.update(table(), row, changes);
+    session.update(table(), row, assignments());
     forgetEdit();
 }
 

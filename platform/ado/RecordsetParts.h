@@ -38,6 +38,8 @@ struct Recordset::Parts {
     void requireChangeable() const;
     void assign(std::size_t field, const Value& value);
     void update();
+    /// What the edit has given so far.
+    [[nodiscard]] std::vector<jet::Assignment> assignments() const;
     void storeNew();
     void storeChanges();
     void erase();

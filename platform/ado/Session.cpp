@@ -36,23 +36,30 @@ void Session::note(const Change& change) {
     generation_ = database_.generation();
 }
 
-jet::RowId Session::insert(jet::Table& table, std::span<const jet::Value> values) {
+void Session::note(const std::vector<jet::Cascaded>& others) {
+    for (const jet::Cascaded& other : others)
+        note({other.table, other.row, other.erased ? Change::Kind::erased : Change::Kind::changed});
+}
+
+jet::RowId Session::insert(jet::Table& table, std::span<const jet::Assignment> given) {
     lookForStrangers();
-    const jet::RowId row = table.insert(values);
+    const jet::RowId row = table.insert(given);
     note({&table, row, Change::Kind::added});
     return row;
 }
 
 void Session::update(jet::Table& table, jet::RowId row, std::span<const jet::Assignment> changes) {
     lookForStrangers();
-    table.update(row, changes);
+    const auto others = table.update(row, changes);
     note({&table, row, Change::Kind::changed});
+    note(others);
 }
 
 void Session::erase(jet::Table& table, jet::RowId row) {
     lookForStrangers();
-    table.erase(row);
+    const auto others = table.erase(row);
     note({&table, row, Change::Kind::erased});
+    note(others);
 }
 
 void Session::begin() {

@@ -42,7 +42,8 @@ public:
     [[nodiscard]] Engine& engine() noexcept { return engine_; }
 
     /// Changes of rows; throw as the functions of jet::Table do.
-    jet::RowId insert(jet::Table& table, std::span<const jet::Value> values);
+    /// Columns that aren't given take their defaults.
+    jet::RowId insert(jet::Table& table, std::span<const jet::Assignment> given);
     void update(jet::Table& table, jet::RowId row, std::span<const jet::Assignment> changes);
     void erase(jet::Table& table, jet::RowId row);
 
@@ -65,6 +66,7 @@ public:
 private:
     void lookForStrangers();
     void note(const Change& change);
+    void note(const std::vector<jet::Cascaded>& others);
 
     jet::Database database_;
     Engine engine_;

@@ -1,7 +1,5 @@
 #include "jet/Catalog.h"
 
-#include <chrono>
-
 namespace jet {
 
 namespace {
@@ -47,17 +45,6 @@ struct Rights {
     std::size_t object, account, mask, inherited;
 };
 
-Date now() {
-    using namespace std::chrono;
-    const auto days = floor<std::chrono::days>(system_clock::now());
-    const year_month_day day(days);
-    const hh_mm_ss time(floor<seconds>(system_clock::now() - days));
-    return Date::of(
-        {static_cast<int>(day.year()), static_cast<int>(static_cast<unsigned>(day.month())),
-         static_cast<int>(static_cast<unsigned>(day.day())), static_cast<int>(time.hours().count()),
-         static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count())});
-}
-
 void addObject(Table& table, std::int64_t id, std::int64_t parent, const std::string& name,
                std::int64_t type, const Bytes& owner, std::int64_t flags) {
     const Objects at(table);
@@ -66,7 +53,7 @@ void addObject(Table& table, std::int64_t id, std::int64_t parent, const std::st
     row[at.parent] = parent;
     row[at.name] = name;
     row[at.type] = type;
-    row[at.created] = row[at.updated] = now();
+    row[at.created] = row[at.updated] = Date::now();
     row[at.owner] = owner;
     row[at.flags] = flags;
     table.insert(row);
@@ -101,6 +88,22 @@ std::vector<CatalogEntry> readCatalog(const Table& objects, std::uint32_t pageCo
                           (row.integer(at.flags) & (kSystemFlag | kHiddenFlag)) == 0});
     }
     return tables;
+}
+
+Bytes tableProperties(const Table& objects, PageNo definition) {
+    const Objects at(objects);
+    const std::size_t properties = Objects::at(objects, "LvProp");
+    RowCursor cursor = objects.scan();
+    for (bool there = cursor.first(); there; there = cursor.next()) {
+        const RowView& row = cursor.row();
+        if (row.integer(at.type) != tableObject ||
+            (row.integer(at.id) & kPageMask) != number(definition) || row.isNull(properties))
+            continue;
+        const Value stored = row.value(properties);
+        if (const auto* bytes = std::get_if<Bytes>(&stored))
+            return *bytes;
+    }
+    return {};
 }
 
 void addToCatalog(Table& objects, Table& rights, const std::string& name, PageNo definition) {

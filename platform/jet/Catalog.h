@@ -16,6 +16,9 @@ struct CatalogEntry {
 /// file are passed over.
 [[nodiscard]] std::vector<CatalogEntry> readCatalog(const Table& objects, std::uint32_t pageCount);
 
+/// What the catalog keeps of a table besides its definition (see Properties.h); empty if nothing.
+[[nodiscard]] Bytes tableProperties(const Table& objects, PageNo definition);
+
 /// Enters a new table, with the owner and the rights that the file's other tables have.
 void addToCatalog(Table& objects, Table& rights, const std::string& name, PageNo definition);
 

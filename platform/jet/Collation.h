@@ -23,6 +23,12 @@ public:
     /// in Jet 3 with code page 1252, in Jet 4 in version 0.
     [[nodiscard]] static const Collation* find(Version version, const SortOrder& order);
 
+    /// The order of a column, or what stands in for it.
+    [[nodiscard]] static const Collation& closest(Version version, const SortOrder& order) {
+        const Collation* const own = find(version, order);
+        return own != nullptr ? *own : general(version);
+    }
+
     /// The General order of that version, which also serves to sort text whose own isn't known.
     [[nodiscard]] static const Collation& general(Version version);
 

@@ -17,6 +17,8 @@ enum class Errc : std::uint8_t {
     unsupported,  ///< a format this engine can't open: newer, encoded, protected
     password,     ///< the file asks for a password that wasn't given
     duplicate,    ///< a unique index has the key already
+    rule,         ///< a rule that the file keeps for the column or the table isn't obeyed
+    related,      ///< a row without its parent, or rows that would lose theirs
     nullValue,    ///< a column that must be filled in is empty
     full,         ///< the file or the disk has no room left
     tooLong,      ///< a text or a row has more characters or bytes than there is room for

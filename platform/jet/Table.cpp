@@ -1,15 +1,15 @@
 #include "jet/Table.h"
 
+#include "jet/Consequences.h"
 #include "jet/DatabaseParts.h"
 #include "jet/LongValues.h"
 #include "jet/Names.h"
-#include "jet/RowEncoder.h"
 #include "jet/RowStore.h"
 #include "jet/SelfCheck.h"
+#include "jet/TableRules.h"
 
 #include <algorithm>
 #include <limits>
-#include <random>
 
 namespace jet {
 
@@ -21,6 +21,8 @@ struct Table::Parts {
     std::vector<std::vector<KeyColumn>> keyColumns;
     std::optional<std::string> readOnly;
     bool verified = false;
+    std::unique_ptr<const TableRules> rules; ///< null if there are none
+    bool rulesKnown = false;
 
     Parts(Database& database, Database::Parts& shared, PageNo page)
         : owner(database), file(shared),
@@ -83,6 +85,11 @@ struct Table::Parts {
     /// The counter never stays behind a number that a row has.
     void noteNumber(const StoredRow& row);
 
+    /// Which fields of `row` (its new contents not yet written) differ from those of `old`.
+    [[nodiscard]] std::vector<bool> changedFields(const StoredRow& old, const StoredRow& row) const;
+    /// The catalog says what rules there are: after a change of it every table reads its own anew.
+    void noteCatalogChange();
+
     template <class T>
     [[nodiscard]] T counter(std::size_t at) const {
         return load<T>(file.pager.read(definition.page()).bytes().data() + at);
@@ -119,16 +126,6 @@ std::uint64_t hashed(std::uint64_t hash, std::span<const std::byte> bytes) noexc
     for (const std::byte b : bytes)
         hash = (hash ^ std::to_integer<std::uint64_t>(b)) * 0x100000001B3U;
     return hash;
-}
-
-Bytes randomGuid() {
-    std::random_device source;
-    Bytes bytes(16);
-    for (std::byte& b : bytes)
-        b = static_cast<std::byte>(source() & 0xFF);
-    bytes[7] = (bytes[7] & std::byte{0x0F}) | std::byte{0x40}; // version 4: random
-    bytes[8] = (bytes[8] & std::byte{0x3F}) | std::byte{0x80};
-    return bytes;
 }
 
 } // namespace
@@ -189,7 +186,16 @@ std::optional<std::string> Table::readOnlyReason() {
         return parts_->file.readOnly;
     if (!std::exchange(parts_->verified, true))
         parts_->readOnly = whyNotWritable(*this, parts_->pager());
-    return parts_->readOnly;
+    if (parts_->readOnly)
+        return parts_->readOnly;
+    if (!std::exchange(parts_->rulesKnown, true) && !parts_->definition.system)
+        parts_->rules = TableRules::load(parts_->owner, *this);
+    return parts_->rules ? parts_->rules->problem() : std::nullopt;
+}
+
+void Table::forgetRules() noexcept {
+    parts_->rules.reset();
+    parts_->rulesKnown = false;
 }
 
 RowCursor Table::scan() const { return {parts_->pager(), parts_->definition}; }
@@ -337,7 +343,7 @@ void Table::Parts::addKey(std::size_t index, const Bytes& key, RowId id) {
 void Table::Parts::takeNumber(StoredRow& row) {
     for (std::size_t i = 0; i < row.size(); ++i) {
         if (definition.columns[i].autoGuid && !row[i].present)
-            row[i] = {true, randomGuid(), {}};
+            row[i] = encodeField(definition.columns[i], Guid::random());
         if (!definition.columns[i].autonumber)
             continue;
         const auto last = counter<std::int32_t>(format().autonumberAt);
@@ -360,8 +366,23 @@ void Table::Parts::noteNumber(const StoredRow& row) {
                 setCounter<std::int32_t>(at, mine);
 }
 
+std::vector<bool> Table::Parts::changedFields(const StoredRow& old, const StoredRow& row) const {
+    std::vector<bool> changed(row.size());
+    for (std::size_t i = 0; i < row.size(); ++i)
+        changed[i] =
+            old[i].present != row[i].present ||
+            (row[i].content ? contentOf(old[i]) != *row[i].content : old[i].bytes != row[i].bytes);
+    return changed;
+}
+
+void Table::Parts::noteCatalogChange() {
+    if (definition.system)
+        for (auto& [name, entry] : file.catalog)
+            if (entry.table)
+                entry.table->forgetRules();
+}
+
 RowId Table::insert(std::span<const Value> values) {
-    Parts& my = *parts_;
     if (values.size() != columns().size())
         throw Error(Errc::misuse, "O registro não tem um valor para cada campo.");
     requireWritable();
@@ -369,27 +390,60 @@ RowId Table::insert(std::span<const Value> values) {
     row.reserve(values.size());
     for (std::size_t i = 0; i < values.size(); ++i)
         row.push_back(encodeField(columns()[i], values[i]));
-
-    return my.file.statement([&] {
-        my.takeNumber(row);
-        my.requireKeys(indexes_, row);
-        my.requireUnique(indexes_, row, std::nullopt);
-        std::vector<std::optional<Bytes>> keys;
-        for (std::size_t i = 0; i < indexes_.size(); ++i)
-            keys.push_back(my.key(i, row));
-        my.settleLongValues(row);
-        const RowId id = RowStore(my.pager(), my.file.pages, my.definition)
-                             .add(assembleRow(my.format(), my.definition, row));
-        for (std::size_t i = 0; i < keys.size(); ++i)
-            if (keys[i])
-                my.addKey(i, *keys[i], id);
-        my.setCounter<std::uint32_t>(my.format().rowCountAt,
-                                     my.counter<std::uint32_t>(my.format().rowCountAt) + 1);
+    return parts_->file.statement([&] {
+        Consequences all(parts_->owner);
+        const RowId id = addRow(std::move(row), all);
+        all.settle();
         return id;
     });
 }
 
-void Table::update(RowId id, std::span<const Assignment> changes) {
+RowId Table::insert(std::span<const Assignment> given) {
+    requireWritable();
+    Row values(columns().size());
+    std::vector<bool> isGiven(columns().size());
+    for (const Assignment& assignment : given) {
+        values[assignment.column] = assignment.value;
+        isGiven[assignment.column] = true;
+    }
+    if (parts_->rules)
+        parts_->rules->values().fillIn(values, isGiven);
+    return insert(values);
+}
+
+RowId Table::addRow(StoredRow row, Consequences& all) {
+    Parts& my = *parts_;
+    my.takeNumber(row);
+    my.requireKeys(indexes_, row);
+    my.requireUnique(indexes_, row, std::nullopt);
+    std::vector<std::optional<Bytes>> keys;
+    for (std::size_t i = 0; i < indexes_.size(); ++i)
+        keys.push_back(my.key(i, row));
+    my.settleLongValues(row);
+    const RowId id = RowStore(my.pager(), my.file.pages, my.definition)
+                         .add(assembleRow(my.format(), my.definition, row));
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        if (keys[i])
+            my.addKey(i, *keys[i], id);
+    my.setCounter<std::uint32_t>(my.format().rowCountAt,
+                                 my.counter<std::uint32_t>(my.format().rowCountAt) + 1);
+    if (my.rules)
+        my.rules->accept(id, std::vector<bool>(row.size(), true), {}, all);
+    my.noteCatalogChange();
+    return id;
+}
+
+std::vector<Cascaded> Table::update(RowId id, std::span<const Assignment> changes) {
+    requireWritable();
+    return parts_->file.statement([&] {
+        Consequences all(parts_->owner);
+        changeRow(id, changes, all);
+        all.settle();
+        return all.takeCascaded();
+    });
+}
+
+void Table::changeRow(RowId id, std::span<const Assignment> changes, Consequences& all) {
     Parts& my = *parts_;
     requireWritable();
     const StoredRow old = my.stored(id);
@@ -397,42 +451,56 @@ void Table::update(RowId id, std::span<const Assignment> changes) {
     for (const Assignment& change : changes)
         row[change.column] = encodeField(columns()[change.column], change.value);
     my.requireKeys(indexes_, row);
+    my.requireUnique(indexes_, row, id);
+    my.noteNumber(row);
+    const auto parentKeys = my.rules ? my.rules->keysOf(id) : TableRules::Keys();
+    const std::vector<bool> changed = my.rules ? my.changedFields(old, row) : std::vector<bool>();
+    std::vector<std::pair<std::optional<Bytes>, std::optional<Bytes>>> keys;
+    for (std::size_t i = 0; i < indexes_.size(); ++i)
+        keys.emplace_back(my.key(i, old), my.key(i, row));
+    my.settleLongValues(row);
+    RowStore(my.pager(), my.file.pages, my.definition)
+        .replace(id, assembleRow(my.format(), my.definition, row));
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        const auto& [before, after] = keys[i];
+        if (before == after)
+            continue;
+        if (before)
+            my.trees[i].erase(my.file.pages, *before, id);
+        if (after)
+            my.addKey(i, *after, id);
+    }
+    my.releaseLongValues(old, &row);
+    if (my.rules)
+        my.rules->accept(id, changed, parentKeys, all);
+    my.noteCatalogChange();
+}
 
-    my.file.statement([&] {
-        my.requireUnique(indexes_, row, id);
-        my.noteNumber(row);
-        std::vector<std::pair<std::optional<Bytes>, std::optional<Bytes>>> keys;
-        for (std::size_t i = 0; i < indexes_.size(); ++i)
-            keys.emplace_back(my.key(i, old), my.key(i, row));
-        my.settleLongValues(row);
-        RowStore(my.pager(), my.file.pages, my.definition)
-            .replace(id, assembleRow(my.format(), my.definition, row));
-        for (std::size_t i = 0; i < keys.size(); ++i) {
-            const auto& [before, after] = keys[i];
-            if (before == after)
-                continue;
-            if (before)
-                my.trees[i].erase(my.file.pages, *before, id);
-            if (after)
-                my.addKey(i, *after, id);
-        }
-        my.releaseLongValues(old, &row);
+std::vector<Cascaded> Table::erase(RowId id) {
+    requireWritable();
+    return parts_->file.statement([&] {
+        Consequences all(parts_->owner);
+        eraseRow(id, all);
+        all.settle();
+        return all.takeCascaded();
     });
 }
 
-void Table::erase(RowId id) {
+void Table::eraseRow(RowId id, Consequences& all) {
     Parts& my = *parts_;
     requireWritable();
     const StoredRow old = my.stored(id);
-    my.file.statement([&] {
-        for (std::size_t i = 0; i < indexes_.size(); ++i)
-            if (const auto key = my.key(i, old))
-                my.trees[i].erase(my.file.pages, *key, id);
-        RowStore(my.pager(), my.file.pages, my.definition).remove(id);
-        my.releaseLongValues(old, nullptr);
-        const auto rows = my.counter<std::uint32_t>(my.format().rowCountAt);
-        my.setCounter<std::uint32_t>(my.format().rowCountAt, rows - (rows > 0 ? 1 : 0));
-    });
+    const auto parentKeys = my.rules ? my.rules->keysOf(id) : TableRules::Keys();
+    for (std::size_t i = 0; i < indexes_.size(); ++i)
+        if (const auto key = my.key(i, old))
+            my.trees[i].erase(my.file.pages, *key, id);
+    RowStore(my.pager(), my.file.pages, my.definition).remove(id);
+    my.releaseLongValues(old, nullptr);
+    const auto rows = my.counter<std::uint32_t>(my.format().rowCountAt);
+    my.setCounter<std::uint32_t>(my.format().rowCountAt, rows - (rows > 0 ? 1 : 0));
+    if (my.rules)
+        my.rules->gone(parentKeys, all);
+    my.noteCatalogChange();
 }
 
 } // namespace jet

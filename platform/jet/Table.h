@@ -3,6 +3,7 @@
 #include "jet/IndexTree.h"
 #include "jet/KeyCodec.h"
 #include "jet/RowCursor.h"
+#include "jet/RowEncoder.h"
 
 #include <memory>
 #include <string>
@@ -10,6 +11,7 @@
 
 namespace jet {
 
+class Consequences;
 class Database;
 
 /// One column of an index, in key order.
@@ -41,6 +43,15 @@ struct Assignment {
     Value value;
 };
 
+class Table;
+
+/// A row that changed or went along with another, as a relationship of the file asks for.
+struct Cascaded {
+    const Table* table;
+    RowId row;
+    bool erased;
+};
+
 /// One table of an open file: its columns, indexes and rows.
 ///
 /// Rows are found by RowId, by scanning, or through an index; all three see the open transaction's
@@ -63,8 +74,12 @@ public:
     [[nodiscard]] std::int64_t rowCount() const;
 
     /// Why this table can't be changed, or nothing if it can. The first call that could end in a
-    /// change compares the indexes with the rows (a bounded sample of them in a large table).
+    /// change compares the indexes with the rows (a bounded sample of them in a large table), and
+    /// reads the rules that the file keeps for the table.
     [[nodiscard]] std::optional<std::string> readOnlyReason();
+    /// The rules may have become others: they are read again before the next change. Changes made
+    /// to the catalog through this engine need no such call.
+    void forgetRules() noexcept;
 
     /// Walks the rows in RowId order.
     [[nodiscard]] RowCursor scan() const;
@@ -96,24 +111,33 @@ public:
 
     /// Adds a row. `values` has one value per column; null in an autonumber column asks for the
     /// next number, and a value given there is kept.
-    /// @throws Error{duplicate, nullValue, tooLong, outOfRange, readOnly, locked, full}, and
-    /// nothing is
-    ///         changed.
+    /// @throws Error{duplicate, nullValue, rule, related, tooLong, outOfRange, readOnly, locked,
+    ///         full}, and nothing is changed.
     RowId insert(std::span<const Value> values);
+    /// Adds a row of which some columns are given; the others take their defaults.
+    /// @throws as the other insert().
+    RowId insert(std::span<const Assignment> given);
     /// Changes some columns of a row.
+    /// @return the other rows, of any table, that changed or went with it.
     /// @throws as insert(), and Error{conflict} if the row has gone.
-    void update(RowId id, std::span<const Assignment> changes);
-    /// @throws Error{conflict} if the row has gone.
-    void erase(RowId id);
+    std::vector<Cascaded> update(RowId id, std::span<const Assignment> changes);
+    /// @return as update() does.
+    /// @throws Error{conflict} if the row has gone, Error{related} if others need it.
+    std::vector<Cascaded> erase(RowId id);
 
     /// How the table is stored, for `check`.
     [[nodiscard]] const TableDefinition& definition() const noexcept;
     [[nodiscard]] const IndexTree& tree(std::size_t index) const noexcept;
 
 private:
+    friend class Consequences;
     struct Parts; // the parsed definition and what works on it
 
     void requireWritable();
+    // One row's part of a statement.
+    RowId addRow(StoredRow row, Consequences& all);
+    void changeRow(RowId id, std::span<const Assignment> changes, Consequences& all);
+    void eraseRow(RowId id, Consequences& all);
     void appendKey(Bytes& key, std::size_t index, std::size_t place, const Value& value) const;
 
     std::string name_;

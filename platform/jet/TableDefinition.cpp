@@ -197,6 +197,14 @@ TableDefinition parseDefinition(Pager& pager, PageNo page, const TextSettings& t
         index.number = block.u32(format.logicalIndexAt);
         index.realIndex = block.u32(format.logicalIndexAt + 4);
         index.kind = static_cast<LogicalIndex::Kind>(block.u8(format.logicalIndexAt + 19));
+        if (index.kind == LogicalIndex::Kind::relationship) {
+            index.side = static_cast<LogicalIndex::Side>(block.u8(format.logicalIndexAt + 8));
+            index.partner = block.u32(format.logicalIndexAt + 9);
+            index.partnerTable = static_cast<PageNo>(block.u32(format.logicalIndexAt + 13));
+            index.cascadesUpdates = (block.u8(format.logicalIndexAt + 17) & 1) != 0;
+            index.cascadesDeletes = (block.u8(format.logicalIndexAt + 18) & 1) != 0;
+            index.nullsOnDelete = (block.u8(format.logicalIndexAt + 18) & 2) != 0;
+        }
         if (index.realIndex >= real)
             corrupt(page, "um índice não tem árvore");
         table.logicalIndexes.push_back(std::move(index));

@@ -52,6 +52,14 @@ struct LogicalIndex {
     std::uint32_t number{};
     std::uint32_t realIndex{};
     Kind kind{};
+    /// Of a relationship: this table's side, the index of the other one, and what it cascades.
+    enum class Side : std::uint8_t { none = 0, parent = 1, child = 2 };
+    Side side{};
+    std::uint32_t partner{};
+    PageNo partnerTable{};
+    bool cascadesUpdates{};
+    bool cascadesDeletes{};
+    bool nullsOnDelete{};
 };
 
 /// The maps of a memo or OLE column.

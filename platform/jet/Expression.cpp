@@ -1,0 +1,559 @@
+#include "jet/Expression.h"
+
+#include "jet/Like.h"
+#include "jet/Names.h"
+#include "jet/Operators.h"
+#include "jet/Tokens.h"
+#include "jet/Utf8.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace jet {
+
+namespace {
+
+using Op = Expression::Op;
+
+/// Parentheses and calls inside one another; each costs a few frames of the parser.
+constexpr std::size_t kDeepest = 200;
+
+[[noreturn]] void refuse() {
+    throw Error(Errc::syntax, "A expressão não pode ser avaliada por este programa.");
+}
+
+struct Named {
+    std::string_view name;
+    Op op;
+};
+constexpr Named kComparisons[] = {
+    {"=",  Op::equal         },
+    {"<>", Op::notEqual      },
+    {"<",  Op::less          },
+    {"<=", Op::lessOrEqual   },
+    {">",  Op::greater       },
+    {">=", Op::greaterOrEqual}
+};
+/// The loosest first.
+constexpr Named kLogical[] = {
+    {"xor", Op::exclusion  },
+    {"or",  Op::disjunction},
+    {"and", Op::conjunction}
+};
+/// The loosest level first.
+constexpr Named kJoining[] = {
+    {"&", Op::join}
+};
+constexpr Named kAdding[] = {
+    {"+", Op::add     },
+    {"-", Op::subtract}
+};
+constexpr Named kMultiplying[] = {
+    {"*", Op::multiply},
+    {"/", Op::divide  }
+};
+constexpr std::span<const Named> kArithmetic[] = {kJoining, kAdding, kMultiplying};
+
+struct Function {
+    std::string_view name;
+    std::size_t arguments;
+    Op op;
+};
+constexpr Function kFunctions[] = {
+    {"date",    0, Op::today    },
+    {"now",     0, Op::now      },
+    {"time",    0, Op::timeOfDay},
+    {"len",     1, Op::length   },
+    {"isnull",  1, Op::isNull   },
+    {"genguid", 0, Op::newGuid  }
+};
+
+struct Word {
+    std::string_view name;
+    bool yes;
+};
+constexpr Word kYesNo[] = {
+    {"true",  true },
+    {"yes",   true },
+    {"on",    true },
+    {"false", false},
+    {"no",    false},
+    {"off",   false}
+};
+
+template <class T>
+const T* named(std::span<const T> table, std::string_view name) {
+    const auto found = std::find_if(table.begin(), table.end(),
+                                    [&](const T& entry) { return entry.name == name; });
+    return found == table.end() ? nullptr : &*found;
+}
+
+Value numberOfToken(const std::string& digits) {
+    const char* const end = digits.data() + digits.size();
+    std::int64_t whole = 0;
+    if (const auto [stop, error] = std::from_chars(digits.data(), end, whole);
+        error == std::errc{} && stop == end)
+        return whole;
+    double number = 0;
+    if (const auto [stop, error] = std::from_chars(digits.data(), end, number);
+        error != std::errc{} || stop != end)
+        refuse();
+    return number;
+}
+
+} // namespace
+
+/// Turns the tokens into steps, from the loosest operator to the tightest.
+class Expression::Parser {
+public:
+    Parser(std::string_view text, const Names& names, Expression& made)
+        : tokens_(tokenize(text)), names_(names), made_(made) {}
+
+    void run() {
+        logical(0);
+        asCondition(0);
+        if (at_ < tokens_.size())
+            refuse();
+    }
+
+private:
+    // ---- tokens -------------------------------------------------------------------------------
+
+    [[nodiscard]] const Token* peek(std::size_t ahead = 0) const {
+        return at_ + ahead < tokens_.size() ? &tokens_[at_ + ahead] : nullptr;
+    }
+    [[nodiscard]] bool isSign(std::string_view sign, std::size_t ahead = 0) const {
+        return peek(ahead) != nullptr && peek(ahead)->isSign(sign);
+    }
+    [[nodiscard]] bool isWord(std::string_view word, std::size_t ahead = 0) const {
+        const Token* token = peek(ahead);
+        return token != nullptr && token->kind == Token::Kind::word &&
+               lowerAscii(token->text) == word;
+    }
+    bool takeSign(std::string_view sign) { return take(isSign(sign)); }
+    bool takeWord(std::string_view word) { return take(isWord(word)); }
+    bool take(bool there) {
+        at_ += there ? 1 : 0;
+        return there;
+    }
+    void need(bool taken) {
+        if (!taken)
+            refuse();
+    }
+    /// The operator of `table` that comes next, taken; null if none does.
+    const Named* takeSignOf(std::span<const Named> table) {
+        const Token* token = peek();
+        if (token == nullptr || token->kind != Token::Kind::sign)
+            return nullptr;
+        const Named* const found = named(table, token->text);
+        at_ += found != nullptr ? 1 : 0;
+        return found;
+    }
+
+    // ---- steps --------------------------------------------------------------------------------
+
+    void emit(Op op, std::size_t operand = 0) {
+        made_.steps_.push_back({op, static_cast<std::uint32_t>(operand)});
+    }
+    void constant(Value value) {
+        emit(Op::constant, made_.constants_.size());
+        made_.constants_.push_back(std::move(value));
+    }
+    /// The constant that the steps from `begin` on are; null if they are anything else.
+    [[nodiscard]] Value* constantFrom(std::size_t begin) {
+        if (made_.steps_.size() != begin + 1 || made_.steps_.back().op != Op::constant)
+            return nullptr;
+        return &made_.constants_[made_.steps_.back().operand];
+    }
+    /// A constant in the place of a condition, in a column's rule, means that column's value.
+    void asCondition(std::size_t begin) {
+        const Value* const value = names_.own ? constantFrom(begin) : nullptr;
+        if (value == nullptr)
+            return;
+        const bool null = isNull(*value);
+        emit(Op::column, *names_.own);
+        emit(null ? Op::isNull : Op::equal);
+        if (null) // the constant itself has no part in the question
+            made_.steps_.erase(made_.steps_.begin() + static_cast<std::ptrdiff_t>(begin));
+    }
+
+    // ---- grammar ------------------------------------------------------------------------------
+
+    void logical(std::size_t level) {
+        if (level == std::size(kLogical))
+            return denied();
+        std::size_t begin = made_.steps_.size();
+        logical(level + 1);
+        for (bool first = true; takeWord(kLogical[level].name); first = false) {
+            if (first)
+                asCondition(begin);
+            begin = made_.steps_.size();
+            logical(level + 1);
+            asCondition(begin);
+            emit(kLogical[level].op);
+        }
+    }
+
+    void denied() {
+        bool negative = false;
+        std::size_t count = 0;
+        for (; takeWord("not"); ++count)
+            negative = !negative;
+        const std::size_t begin = made_.steps_.size();
+        comparison();
+        if (count > 0)
+            asCondition(begin);
+        if (negative)
+            emit(Op::negation);
+    }
+
+    [[nodiscard]] bool beginsWithOperator() const {
+        const Token* token = peek();
+        return token != nullptr &&
+               ((token->kind == Token::Kind::sign &&
+                 named(std::span<const Named>(kComparisons), token->text) != nullptr) ||
+                isWord("like") || isWord("in") || isWord("between") || isWord("is"));
+    }
+
+    void comparison() {
+        if (names_.own && beginsWithOperator())
+            emit(Op::column, *names_.own);
+        else
+            arithmetic(0);
+        while (true) {
+            if (const Named* const sign = takeSignOf(kComparisons)) {
+                arithmetic(0);
+                emit(sign->op);
+            } else if (takeWord("is")) {
+                const bool negative = takeWord("not");
+                need(takeWord("null"));
+                emit(Op::isNull);
+                if (negative)
+                    emit(Op::negation);
+            } else if (!wordComparison()) {
+                return;
+            }
+        }
+    }
+
+    /// [Not] Like, In or Between; false if none of them comes.
+    bool wordComparison() {
+        const std::size_t ahead = isWord("not") ? 1 : 0;
+        if (!isWord("like", ahead) && !isWord("in", ahead) && !isWord("between", ahead))
+            return false;
+        at_ += ahead;
+        if (takeWord("like")) {
+            const std::size_t begin = made_.steps_.size();
+            arithmetic(0);
+            if (const Value* const pattern = constantFrom(begin))
+                if (const auto* text = std::get_if<std::string>(pattern))
+                    need(isPattern(*text));
+            emit(Op::like);
+        } else if (takeWord("in")) {
+            need(takeSign("("));
+            std::size_t count = 0;
+            do {
+                arithmetic(0);
+                ++count;
+            } while (takeSign(","));
+            need(takeSign(")"));
+            emit(Op::in, count);
+        } else {
+            need(takeWord("between"));
+            arithmetic(0);
+            need(takeWord("and"));
+            arithmetic(0);
+            emit(Op::between);
+        }
+        if (ahead > 0)
+            emit(Op::negation);
+        return true;
+    }
+
+    void arithmetic(std::size_t level) {
+        if (level == std::size(kArithmetic))
+            return signedOperand();
+        arithmetic(level + 1);
+        while (const Named* const sign = takeSignOf(kArithmetic[level])) {
+            arithmetic(level + 1);
+            emit(sign->op);
+        }
+    }
+
+    void signedOperand() {
+        bool negative = false;
+        while (isSign("-") || isSign("+")) {
+            negative = negative != isSign("-");
+            ++at_;
+        }
+        const std::size_t begin = made_.steps_.size();
+        operand();
+        if (!negative)
+            return;
+        Value* const number = constantFrom(begin);
+        if (number != nullptr && !std::holds_alternative<std::string>(*number))
+            *number = negated(*number);
+        else
+            emit(Op::minus);
+    }
+
+    void operand() {
+        const Token* const token = peek();
+        need(token != nullptr);
+        ++at_;
+        switch (token->kind) {
+        case Token::Kind::text:
+            return constant(token->text);
+        case Token::Kind::number:
+            return constant(numberOfToken(token->text));
+        case Token::Kind::date:
+            return constant(Date{*numberOf(numberOfToken(token->text))});
+        case Token::Kind::bracketed:
+            return column(token->text);
+        case Token::Kind::word:
+            return word(token->text);
+        case Token::Kind::sign:
+            need(token->isSign("("));
+            return nested([&] {
+                logical(0);
+                need(takeSign(")"));
+            });
+        }
+    }
+
+    template <class Inner>
+    void nested(Inner&& inner) {
+        need(++depth_ <= kDeepest);
+        inner();
+        --depth_;
+    }
+
+    void word(const std::string& text) {
+        const std::string lower = lowerAscii(text);
+        if (isSign("("))
+            return call(lower);
+        if (lower == "null")
+            return constant({});
+        if (const Word* const yesNo = named(std::span<const Word>(kYesNo), lower))
+            return constant(yesNo->yes);
+        column(text);
+    }
+
+    void call(const std::string& name) {
+        const Function* const function = named(std::span<const Function>(kFunctions), name);
+        need(function != nullptr && takeSign("("));
+        nested([&] {
+            for (std::size_t i = 0; i < function->arguments; ++i)
+                arithmetic(0);
+            need(takeSign(")"));
+        });
+        emit(function->op);
+    }
+
+    /// A column, by its name or by the table's and its own.
+    void column(std::string name) {
+        if (takeSign(".")) {
+            const Token* const token = peek();
+            need(token != nullptr && foldedName(name) == foldedName(names_.table) &&
+                 (token->kind == Token::Kind::word || token->kind == Token::Kind::bracketed));
+            name = token->text;
+            ++at_;
+        }
+        const std::string wanted = foldedName(name);
+        const auto found =
+            std::find_if(names_.columns.begin(), names_.columns.end(),
+                         [&](const Column& c) { return foldedName(c.name) == wanted; });
+        need(found != names_.columns.end());
+        emit(Op::column, static_cast<std::size_t>(found - names_.columns.begin()));
+    }
+
+    std::vector<Token> tokens_;
+    const Names& names_;
+    Expression& made_;
+    std::size_t at_ = 0;
+    std::size_t depth_ = 0;
+};
+
+namespace {
+
+using Ordering = std::optional<std::partial_ordering>;
+
+/// What a comparison by `op` says of how two values stand to each other.
+Value outcome(Op op, const Ordering& order) {
+    if (!order || *order == std::partial_ordering::unordered)
+        return {};
+    switch (op) {
+    case Op::equal:
+        return *order == 0;
+    case Op::notEqual:
+        return *order != 0;
+    case Op::less:
+        return *order < 0;
+    case Op::lessOrEqual:
+        return *order <= 0;
+    case Op::greater:
+        return *order > 0;
+    default:
+        return *order >= 0;
+    }
+}
+
+Value both(const Value& a, const Value& b) {
+    const auto left = truthOf(a);
+    const auto right = truthOf(b);
+    if ((left && !*left) || (right && !*right))
+        return false;
+    return left && right ? Value(true) : Value{};
+}
+
+Value denial(const Value& value) {
+    const auto known = truthOf(value);
+    return known ? Value(!*known) : Value{};
+}
+
+Value either(const Value& a, const Value& b) { return denial(both(denial(a), denial(b))); }
+
+Value exclusion(const Value& a, const Value& b) {
+    const auto left = truthOf(a);
+    const auto right = truthOf(b);
+    return left && right ? Value(*left != *right) : Value{};
+}
+
+Value isOneOf(const Value& value, std::span<const Value> list, const Collation& order) {
+    Value found = false;
+    for (const Value& entry : list)
+        found = either(found, outcome(Op::equal, compareValues(value, entry, order)));
+    return found;
+}
+
+/// The bounds may come in any order.
+Value isBetween(const Value& value, const Value& a, const Value& b, const Collation& order) {
+    const auto inside = [&](const Value& low, const Value& high) {
+        return both(outcome(Op::greaterOrEqual, compareValues(value, low, order)),
+                    outcome(Op::lessOrEqual, compareValues(value, high, order)));
+    };
+    return either(inside(a, b), inside(b, a));
+}
+
+Value likeness(const Value& value, const Value& pattern, const Collation& order) {
+    const auto text = textOf(value);
+    const auto model = textOf(pattern);
+    return text && model ? Value(isLike(*text, *model, order)) : Value{};
+}
+
+/// In characters as the file counts them: one beyond the first 65,536 counts twice.
+Value lengthOf(const Value& value) {
+    const auto text = textOf(value);
+    if (!text)
+        return {};
+    std::int64_t length = 0;
+    for (std::size_t at = 0; at < text->size();) {
+        const Utf8Character c = utf8At(*text, at);
+        length += c.codePoint > 0xFFFF ? 2 : 1;
+        at += std::max<std::size_t>(1, c.length);
+    }
+    return length;
+}
+
+Value ofTwo(Op op, const Value& a, const Value& b, const Collation& order) {
+    switch (op) {
+    case Op::conjunction:
+        return both(a, b);
+    case Op::disjunction:
+        return either(a, b);
+    case Op::exclusion:
+        return exclusion(a, b);
+    case Op::like:
+        return likeness(a, b, order);
+    case Op::add:
+        return added(a, b);
+    case Op::subtract:
+        return subtracted(a, b);
+    case Op::multiply:
+        return multiplied(a, b);
+    case Op::divide:
+        return divided(a, b);
+    case Op::join:
+        return joined(a, b);
+    default:
+        return outcome(op, compareValues(a, b, order));
+    }
+}
+
+} // namespace
+
+Expression::Expression(std::string_view text, const Names& names, const Collation& order)
+    : order_(&order) {
+    Parser(text, names, *this).run();
+}
+
+bool Expression::reads(std::size_t column) const {
+    return std::any_of(steps_.begin(), steps_.end(), [&](const Step& step) {
+        return step.op == Op::column && step.operand == column;
+    });
+}
+
+Value Expression::evaluate(const Field& field) const {
+    std::vector<Value> stack;
+    const auto pop = [&] {
+        Value value = std::move(stack.back());
+        stack.pop_back();
+        return value;
+    };
+    for (const Step& step : steps_) {
+        switch (step.op) {
+        case Op::constant:
+            stack.push_back(constants_[step.operand]);
+            break;
+        case Op::column:
+            stack.push_back(field(step.operand));
+            break;
+        case Op::today:
+            stack.emplace_back(Date::today());
+            break;
+        case Op::now:
+            stack.emplace_back(Date::now());
+            break;
+        case Op::timeOfDay:
+            stack.emplace_back(Date{std::fmod(Date::now().days, 1)});
+            break;
+        case Op::newGuid:
+            stack.emplace_back(Guid::random());
+            break;
+        case Op::isNull:
+            stack.back() = isNull(stack.back());
+            break;
+        case Op::negation:
+            stack.back() = denial(stack.back());
+            break;
+        case Op::minus:
+            stack.back() = negated(stack.back());
+            break;
+        case Op::length:
+            stack.back() = lengthOf(stack.back());
+            break;
+        case Op::in: {
+            const std::size_t first = stack.size() - step.operand;
+            Value found =
+                isOneOf(stack[first - 1], std::span<const Value>(stack).subspan(first), *order_);
+            stack.resize(first);
+            stack.back() = std::move(found);
+            break;
+        }
+        case Op::between: {
+            const Value b = pop();
+            const Value a = pop();
+            stack.back() = isBetween(stack.back(), a, b, *order_);
+            break;
+        }
+        default: {
+            const Value right = pop();
+            stack.back() = ofTwo(step.op, stack.back(), right, *order_);
+        }
+        }
+    }
+    return pop();
+}
+
+} // namespace jet

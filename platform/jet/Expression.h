@@ -1,0 +1,85 @@
+#pragma once
+
+#include "jet/TableDefinition.h"
+
+#include <functional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace jet {
+
+/// A validation rule or a default value as the file keeps it, understood once and then evaluated
+/// for one row after the other.
+///
+/// Known are = <> < <= > >=, In (...), Between ... And ..., Like, Is [Not] Null, And, Or, Xor, Not,
+/// + - * / &, parentheses, texts, numbers, #dates#, True, False, Yes, No, On, Off, Null, columns by
+/// name, and the functions Date(), Now(), Time(), Len(), IsNull() and GenGUID(). In a column's rule
+/// a comparison that begins with its operator is one of the column, and so is a constant where a
+/// condition should be: "M" Or "F". A condition has three outcomes: with a null it is neither true
+/// nor false.
+class Expression {
+public:
+    /// What the names in an expression stand for.
+    struct Names {
+        std::string_view table;
+        std::span<const Column> columns;
+        std::optional<std::size_t> own; ///< of a column's rule: the column
+    };
+    /// The value of a column of the row asked about.
+    using Field = std::function<Value(std::size_t)>;
+
+    /// `order` is how the file compares texts; it outlives the expression.
+    /// @throws Error{syntax} for what isn't one or has parts that aren't known here.
+    Expression(std::string_view text, const Names& names, const Collation& order);
+
+    /// @throws Error{outOfRange}, its what() a phrase, if the values don't suit the operators.
+    [[nodiscard]] Value evaluate(const Field& field) const;
+
+    /// Whether it looks at a column at all.
+    [[nodiscard]] bool reads(std::size_t column) const;
+
+    enum class Op : std::uint8_t {
+        constant, ///< operand: which
+        column,   ///< operand: which
+        equal,
+        notEqual,
+        less,
+        lessOrEqual,
+        greater,
+        greaterOrEqual,
+        like,
+        in, ///< operand: how many values
+        between,
+        isNull,
+        conjunction,
+        disjunction,
+        exclusion,
+        negation,
+        add,
+        subtract,
+        multiply,
+        divide,
+        join,
+        minus,
+        length,
+        today,
+        now,
+        timeOfDay,
+        newGuid,
+    };
+    /// One step of a reckoning on a stack: a nesting however deep needs no recursion.
+    struct Step {
+        Op op;
+        std::uint32_t operand = 0;
+    };
+
+private:
+    class Parser;
+
+    std::vector<Step> steps_;
+    std::vector<Value> constants_;
+    const Collation* order_;
+};
+
+} // namespace jet

@@ -1,0 +1,165 @@
+// The rules that the file keeps, met through a recordset: what a window sees of them.
+#include "ado/Shop.h"
+#include "support/FileRules.h"
+
+namespace {
+
+using ado::EditMode;
+using ado::Recordset;
+using jet::Errc;
+using Strings = std::vector<std::string>;
+
+class RulesTest : public Shop {
+protected:
+    RulesTest() { addSomeOfEach(); }
+    jet::Database& file() { return connection.database(); }
+};
+INSTANTIATE_TEST_SUITE_P(Versions, RulesTest,
+                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+
+template <class Body>
+std::string messageOf(Body&& body) {
+    try {
+        body();
+    } catch (const jet::Error& error) {
+        return error.what();
+    }
+    return "nothing was thrown";
+}
+
+TEST_P(RulesTest, ANewRowTakesTheDefaultsOfFieldsNotAssigned) {
+    setRules(file(), "bancos",
+             {
+                 {.column = "nome",      .defaultValue = "\"Sem nome\""},
+                 {.column = "cod_banco", .defaultValue = "0"           }
+    });
+    Recordset rows;
+    rows.Open("bancos", connection);
+    rows.AddNew();
+    rows["cod_banco"] = 5;
+    rows.Update();
+    EXPECT_EQ(rows["nome"].text(), "Sem nome");
+    EXPECT_EQ(rows["cod_banco"].integer(), 5);
+    rows.AddNew();
+    rows["nome"] = nullptr;
+    rows.Update();
+    EXPECT_TRUE(rows["nome"].isNull());
+    EXPECT_EQ(rows["cod_banco"].integer(), 0);
+    EXPECT_FALSE(rows["cod_banco"].isNull());
+}
+
+TEST_P(RulesTest, ARefusedNewRowCanBeCorrectedOrGivenUp) {
+    setRules(file(), "bancos",
+             {
+                 {.column = "cod_banco", .rule = ">0", .message = "O código é positivo."},
+                 {.column = "nome",                     .required = true                 }
+    });
+    Recordset rows;
+    rows.Open("bancos", connection);
+    const auto before = rows.RecordCount();
+    rows.AddNew();
+    rows["cod_banco"] = -1;
+    rows["nome"] = "Aroeira";
+    EXPECT_EQ(messageOf([&] { rows.Update(); }), "O código é positivo.");
+    EXPECT_EQ(rows.EditMode(), EditMode::Add);
+    EXPECT_EQ(rows["nome"].text(), "Aroeira");
+    EXPECT_EQ(rows["cod_banco"].integer(), -1);
+    EXPECT_EQ(rows.RecordCount(), before);
+    rows["cod_banco"] = 1;
+    rows["nome"] = nullptr;
+    EXPECT_EQ(errorOf([&] { rows.Update(); }), Errc::nullValue);
+    rows["nome"] = "Ipê";
+    rows.Update();
+    EXPECT_EQ(rows.EditMode(), EditMode::None);
+    EXPECT_EQ(rows.RecordCount(), before + 1);
+    EXPECT_EQ(rows["nome"].text(), "Ipê");
+
+    rows.AddNew();
+    EXPECT_EQ(errorOf([&] { rows.Update(); }), Errc::nullValue);
+    rows.CancelUpdate();
+    EXPECT_EQ(rows.EditMode(), EditMode::None);
+    EXPECT_EQ(rows["nome"].text(), "Ipê");
+    EXPECT_EQ(rows.RecordCount(), before + 1);
+}
+
+TEST_P(RulesTest, ARefusedChangeCanBeCorrectedOrGivenUp) {
+    setRules(file(), "cheques", {{.rule = "[valor]>0 Or [valor] Is Null"}});
+    Recordset rows;
+    rows.Open("cheques", connection);
+    rows.Find("lancamento=2");
+    const std::string agency = rows["agencia"].text();
+    connection.BeginTrans();
+    rows["valor"] = -5;
+    rows["agencia"] = "nova";
+    EXPECT_EQ(errorOf([&] { rows.Update(); }), Errc::rule);
+    EXPECT_EQ(rows.EditMode(), EditMode::InProgress);
+    EXPECT_EQ(rows["agencia"].text(), "nova");
+    rows["valor"] = 5;
+    rows.Update();
+    EXPECT_EQ(rows.EditMode(), EditMode::None);
+    connection.CommitTrans();
+    EXPECT_EQ(rows["agencia"].text(), "nova");
+
+    rows["valor"] = 0;
+    EXPECT_EQ(errorOf([&] { rows.Update(); }), Errc::rule);
+    rows.CancelUpdate();
+    EXPECT_EQ(rows["valor"].text(), "5,00");
+    EXPECT_EQ(rows.EditMode(), EditMode::None);
+}
+
+TEST_P(RulesTest, ARefusedDeletionLeavesTheRowCurrent) {
+    addRelationship(file(), {"r", "cheques", {"cliente"}, "cliente_fornecedor", {"codigo"}});
+    Recordset clients;
+    clients.Open("cliente_fornecedor", connection);
+    clients.Find("codigo=1");
+    const auto before = clients.RecordCount();
+    EXPECT_EQ(errorOf([&] { clients.Delete(); }), Errc::related);
+    EXPECT_EQ(clients["codigo"].integer(), 1);
+    EXPECT_EQ(clients.RecordCount(), before);
+    clients["nome"] = "Ana Maria";
+    clients.Update();
+    EXPECT_EQ(clients["nome"].text(), "Ana Maria");
+}
+
+TEST_P(RulesTest, RowsThatGoByACascadeAreGoneForEveryRecordset) {
+    addRelationship(file(), {"r",
+                             "cheques",
+                             {"cliente"},
+                             "cliente_fornecedor",
+                             {"codigo"},
+                             FileRelationship::kCascadeDelete});
+    Recordset all;
+    all.Open("cheques", connection);
+    Recordset list;
+    list.Open("select * from cheques where lancamento>0 order by lancamento", connection);
+    const Strings mine = column("select * from cheques where cliente=1", "lancamento");
+    ASSERT_FALSE(mine.empty());
+    const auto before = list.RecordCount();
+    Recordset clients;
+    clients.Open("select * from cliente_fornecedor where codigo<10", connection);
+    clients.Find("codigo=1");
+
+    connection.BeginTrans();
+    clients.Delete();
+    list.Requery();
+    EXPECT_EQ(list.RecordCount(), before - static_cast<std::int64_t>(mine.size()));
+    EXPECT_TRUE(column("select * from cheques where cliente=1", "lancamento").empty());
+    for (all.MoveFirst(); !all.EOF(); all.MoveNext())
+        EXPECT_NE(all["cliente"].integer(), 1);
+    connection.RollbackTrans();
+    list.Requery();
+    EXPECT_EQ(list.RecordCount(), before);
+    EXPECT_EQ(column("select * from cheques where cliente=1", "lancamento"), mine);
+
+    clients.Requery();
+    clients.Find("codigo=1");
+    clients.Delete();
+    clients.MoveNext();
+    EXPECT_EQ(clients["codigo"].integer(), 2);
+    for (list.MoveFirst(); !list.EOF(); list.MoveNext())
+        EXPECT_NE(list["cliente"].integer(), 1);
+    list.Requery();
+    EXPECT_EQ(list.RecordCount(), before - static_cast<std::int64_t>(mine.size()));
+}
+
+} // namespace

@@ -1,0 +1,427 @@
+// The relationships that the back-office keeps in the file: kept by this engine too.
+#include "jet/Check.h"
+#include "jet/Database.h"
+#include "support/FileRules.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+
+using namespace jet;
+using namespace std::string_literals;
+
+namespace {
+
+using Flags = FileRelationship;
+
+Value whole(std::int64_t number) { return number; }
+
+class Relationships : public testing::TestWithParam<Version> {
+protected:
+    Relationships() {
+        Database::create(path(), GetParam());
+        database_.emplace(path());
+        // Children with an index on their parent's key, and without one.
+        for (const bool indexed : {true, false}) {
+            TableSpec child{
+                indexed ? "cheques" : "avulsos",
+                {{"numero", ColumnType::longInteger},
+                                          {"cliente", ColumnType::longInteger},
+                                          {"uf", ColumnType::text, 2}},
+                {{"PrimaryKey", {{"numero"}}, true}        }
+            };
+            if (indexed)
+                child.indexes.push_back({"cliente", {{"cliente"}}});
+            database_->createTable(child);
+        }
+        database_->createTable({
+            "clientes",
+            {{"codigo", ColumnType::longInteger},
+              {"uf", ColumnType::text, 2},
+              {"pai", ColumnType::longInteger}                                         },
+            {{"PrimaryKey", {{"codigo"}}, true},  {"uf", {{"uf"}}}, {"pai", {{"pai"}}}}
+        });
+        database_->createTable(
+            {"estados", {{"uf", ColumnType::text, 2}}, {{"PrimaryKey", {{"uf"}}, true}}});
+    }
+    void TearDown() override {
+        database_.reset();
+        EXPECT_TRUE(check(path()).clean());
+    }
+
+    [[nodiscard]] std::filesystem::path path() const { return folder_ / "dados.mdb"; }
+    [[nodiscard]] Table& table(const std::string& name) { return database_->table(name); }
+    RowId add(const std::string& name, const Row& values) { return table(name).insert(values); }
+    std::vector<Cascaded> change(const std::string& name, RowId row,
+                                 const std::vector<Assignment>& changes) {
+        return table(name).update(row, changes);
+    }
+    void relate(const std::string& child, const std::string& column, const std::string& parent,
+                const std::string& key, std::int64_t flags = 0) {
+        addRelationship(*database_, {child + parent, child, {column}, parent, {key}, flags});
+    }
+
+    using Contents = std::map<std::string, std::vector<Row>>;
+    [[nodiscard]] Contents contents() {
+        Contents all;
+        for (const std::string& name : database_->tableNames()) {
+            RowCursor row = table(name).scan();
+            for (bool there = row.first(); there; there = row.next())
+                all[name].push_back(row.row().values());
+        }
+        return all;
+    }
+    /// The message of the Error{related} that `body` throws; nothing has changed.
+    template <class Body>
+    std::string refusal(Body&& body) {
+        const Contents before = contents();
+        try {
+            body();
+            ADD_FAILURE() << "nothing was refused";
+        } catch (const Error& error) {
+            EXPECT_EQ(error.code(), Errc::related) << error.what();
+            EXPECT_EQ(contents(), before);
+            return error.what();
+        }
+        return {};
+    }
+    [[nodiscard]] std::vector<Value> column(const std::string& name, std::size_t place) {
+        std::vector<Value> values;
+        for (const Row& row : contents()[name])
+            values.push_back(row[place]);
+        return values;
+    }
+
+    TemporaryFolder folder_;
+    std::optional<Database> database_;
+};
+INSTANTIATE_TEST_SUITE_P(Versions, Relationships, testing::Values(Version::jet3, Version::jet4));
+
+TEST_P(Relationships, NoChildWithoutItsParent) {
+    for (const char* child : {"cheques", "avulsos"}) {
+        SCOPED_TRACE(child);
+        relate(child, "cliente", "clientes", "codigo");
+        EXPECT_EQ(refusal([&] {
+                      add(child, {whole(1), whole(7), {}});
+                  }),
+                  "O registro da tabela \""s + child +
+                      "\" não pode ser gravado: o valor de \"cliente\" (7) não existe em "
+                      "\"codigo\" da tabela \"clientes\". Cadastre-o lá primeiro, ou corrija-o.");
+        const RowId orphan = add(child, {whole(1), {}, {}}); // a null refers to nobody
+        const RowId parent = add("clientes", {whole(7), {}, {}});
+        const RowId row = add(child, {whole(2), whole(7), {}});
+        refusal([&] {
+            change(child, row,
+                   {
+                       {1, whole(8)}
+            });
+        });
+        refusal([&] {
+            change(child, orphan,
+                   {
+                       {1, whole(8)}
+            });
+        });
+        change(child, row,
+               {
+                   {0, whole(3)}
+        });
+        change(child, orphan,
+               {
+                   {1, whole(7)}
+        });
+        table(child).erase(row);
+        table(child).erase(orphan);
+        table("clientes").erase(parent);
+    }
+}
+
+TEST_P(Relationships, NoParentLeavesItsChildren) {
+    for (const char* child : {"cheques", "avulsos"}) {
+        SCOPED_TRACE(child);
+        relate(child, "cliente", "clientes", "codigo");
+        const RowId parent = add("clientes", {whole(7), {}, {}});
+        const RowId other = add("clientes", {whole(8), {}, {}});
+        const RowId row = add(child, {whole(2), whole(7), {}});
+        EXPECT_EQ(refusal([&] { table("clientes").erase(parent); }),
+                  "O registro (7) da tabela \"clientes\" não pode ser excluído: a tabela \""s +
+                      child +
+                      "\" tem registros ligados a ele pelo campo \"cliente\". Altere-os ou "
+                      "exclua-os primeiro.");
+        EXPECT_EQ(refusal([&] {
+                      change("clientes", parent,
+                             {
+                                 {0, whole(9)}
+                      });
+                  }),
+                  "O valor de \"codigo\" (7) da tabela \"clientes\" não pode ser alterado: a "
+                  "tabela \""s +
+                      child +
+                      "\" tem registros ligados a ele pelo campo \"cliente\". Altere-os ou "
+                      "exclua-os primeiro.");
+        change("clientes", parent,
+               {
+                   {1, "SP"s   },
+                   {0, whole(7)}
+        }); // the same key again
+        change("clientes", other,
+               {
+                   {0, whole(10)}
+        });
+        table("clientes").erase(other);
+        table(child).erase(row);
+        change("clientes", parent,
+               {
+                   {0, whole(9)}
+        });
+        table("clientes").erase(parent);
+    }
+}
+
+TEST_P(Relationships, DeletingCascadesWhereDeclared) {
+    relate("clientes", "uf", "estados", "uf", Flags::kCascadeDelete);
+    relate("cheques", "cliente", "clientes", "codigo", Flags::kCascadeDelete);
+    relate("avulsos", "uf", "estados", "uf", Flags::kCascadeNull);
+    const RowId state = add("estados", {"SP"s});
+    add("estados", {"RJ"s});
+    for (std::int64_t i = 0; i < 40; ++i) {
+        add("clientes", {whole(i), (i % 2 == 0 ? "sp"s : "RJ"s), {}});
+        add("cheques", {whole(i), whole(i), {}});
+        add("cheques", {whole(100 + i), whole(i), {}});
+        add("avulsos", {whole(i), whole(i), "SP"s});
+    }
+    refusal([&] {
+        change("estados", state,
+               {
+                   {0, "MG"s}
+        });
+    });
+    const auto others = table("estados").erase(state);
+    EXPECT_EQ(others.size(), 20U + 40U + 40U);
+    EXPECT_EQ(std::count_if(others.begin(), others.end(),
+                            [](const Cascaded& other) { return other.erased; }),
+              60);
+    EXPECT_EQ(table("clientes").rowCount(), 20);
+    EXPECT_EQ(table("cheques").rowCount(), 40);
+    for (const Value& uf : column("avulsos", 2))
+        EXPECT_TRUE(isNull(uf));
+    for (const Value& client : column("cheques", 1))
+        EXPECT_EQ(std::get<std::int64_t>(client) % 2, 1);
+}
+
+TEST_P(Relationships, UpdatingCascadesWhereDeclared) {
+    relate("clientes", "uf", "estados", "uf", Flags::kCascadeUpdate);
+    relate("cheques", "cliente", "clientes", "codigo", Flags::kCascadeUpdate);
+    const RowId state = add("estados", {"SP"s});
+    const RowId client = add("clientes", {whole(1), "SP"s, {}});
+    add("clientes", {whole(2), {}, {}});
+    add("cheques", {whole(1), whole(1), {}});
+    add("cheques", {whole(2), whole(2), {}});
+    add("cheques", {whole(3), whole(1), {}});
+    EXPECT_EQ(change("estados", state,
+                     {
+                         {0, "MG"s}
+    })
+                  .size(),
+              1U);
+    EXPECT_EQ(column("clientes", 1), (std::vector<Value>{"MG"s, {}}));
+    EXPECT_EQ(change("clientes", client,
+                     {
+                         {0, whole(5)}
+    })
+                  .size(),
+              2U);
+    EXPECT_EQ(column("cheques", 1), (std::vector<Value>{whole(5), whole(2), whole(5)}));
+    EXPECT_EQ(change("estados", state,
+                     {
+                         {0, "mg"s}
+    })
+                  .size(),
+              0U)
+        << "the same key still";
+    EXPECT_EQ(refusal([&] { table("estados").erase(state); }).substr(0, 11), "O registro ");
+}
+
+TEST_P(Relationships, ACascadeThatFailsUndoesEverything) {
+    relate("clientes", "uf", "estados", "uf", Flags::kCascadeDelete | Flags::kCascadeUpdate);
+    relate("cheques", "cliente", "clientes", "codigo");
+    setRules(*database_, "clientes",
+             {
+                 {.column = "uf", .rule = "<>'XX'"}
+    });
+    const RowId state = add("estados", {"SP"s});
+    for (std::int64_t i = 0; i < 30; ++i)
+        add("clientes", {whole(i), "SP"s, {}});
+    add("cheques", {whole(1), whole(15), {}});
+    refusal([&] { table("estados").erase(state); });
+    const Contents before = contents();
+    EXPECT_THROW(change("estados", state,
+                        {
+                            {0, "XX"s}
+    }),
+                 Error);
+    EXPECT_EQ(contents(), before);
+
+    database_->begin(); // the same inside a transaction, which goes on
+    add("clientes", {whole(99), "SP"s, {}});
+    refusal([&] { table("estados").erase(state); });
+    change("estados", state,
+           {
+               {0, "RJ"s}
+    });
+    database_->commit();
+    EXPECT_EQ(table("clientes").rowCount(), 31);
+    EXPECT_EQ(column("clientes", 1), std::vector<Value>(31, "RJ"s));
+}
+
+TEST_P(Relationships, ATableMayReferToItself) {
+    relate("clientes", "pai", "clientes", "codigo");
+    refusal([&] { add("clientes", {whole(1), {}, whole(2)}); });
+    const RowId own = add("clientes", {whole(1), {}, whole(1)}); // its own parent
+    const RowId child = add("clientes", {whole(2), {}, whole(1)});
+    refusal([&] { table("clientes").erase(own); });
+    refusal([&] {
+        change("clientes", own,
+               {
+                   {0, whole(3)}
+        });
+    });
+    table("clientes").erase(child);
+    refusal([&] {
+        change("clientes", own,
+               {
+                   {0, whole(3)}
+        });
+    });
+    change("clientes", own,
+           {
+               {0, whole(3)},
+               {2, whole(3)}
+    });
+    table("clientes").erase(own);
+}
+
+TEST_P(Relationships, AFamilyOfAnyDepthGoesAtOnce) {
+    relate("clientes", "pai", "clientes", "codigo", Flags::kCascadeDelete);
+    database_->begin();
+    RowId first{};
+    constexpr std::int64_t kGenerations = 3000;
+    for (std::int64_t i = 1; i <= kGenerations; ++i) {
+        const RowId row = add("clientes", {whole(i), {}, i > 1 ? whole(i - 1) : Value{}});
+        first = i == 1 ? row : first;
+    }
+    change("clientes", first,
+           {
+               {2, whole(kGenerations)}
+    }); // and in a ring
+    EXPECT_EQ(table("clientes").erase(first).size(), static_cast<std::size_t>(kGenerations - 1));
+    database_->commit();
+    EXPECT_EQ(table("clientes").rowCount(), 0);
+}
+
+TEST_P(Relationships, KeysOfSeveralColumnsGoTogether) {
+    database_->createTable({
+        "contas",
+        {{"agencia", ColumnType::text, 10}, {"banco", ColumnType::longInteger}},
+        {{"PrimaryKey", {{"banco"}, {"agencia"}}, true}                                }
+    });
+    database_->createTable({
+        "folhas",
+        {{"banco", ColumnType::longInteger}, {"agencia", ColumnType::text, 10}},
+        {{"chave", {{"agencia", false}, {"banco"}}}                                 }
+    });
+    addRelationship(*database_, {
+                                    "contasfolhas",
+                                    "folhas",
+                                    {"agencia", "banco"},
+                                    "contas",
+                                    {"agencia", "banco"},
+                                    Flags::kCascadeUpdate
+    });
+    const RowId account = add("contas", {"12"s, whole(1)});
+    add("contas", {"34"s, whole(2)});
+    refusal([&] { add("folhas", {whole(1), "34"s}); });
+    add("folhas", {whole(1), "12"s});
+    add("folhas", {{}, "99"s}); // not all there: not looked at
+    EXPECT_EQ(change("contas", account,
+                     {
+                         {0, "56"s}
+    })
+                  .size(),
+              1U);
+    EXPECT_EQ(contents()["folhas"], (std::vector<Row>{
+                                        {whole(1), "56"s},
+                                        {{},       "99"s}
+    }));
+    refusal([&] { table("contas").erase(account); });
+}
+
+TEST_P(Relationships, AChildOfTwoParentsFollowsBothInOneStatement) {
+    // The state's key goes down two ways to the same column: between the two no bond may be missed.
+    database_->createTable(
+        {"capitais", {{"uf", ColumnType::text, 2}}, {{"PrimaryKey", {{"uf"}}, true}}});
+    relate("capitais", "uf", "estados", "uf", Flags::kCascadeUpdate);
+    relate("clientes", "uf", "estados", "uf", Flags::kCascadeUpdate);
+    addRelationship(*database_,
+                    {"outra", "clientes", {"uf"}, "capitais", {"uf"}, Flags::kCascadeUpdate});
+    const RowId state = add("estados", {"SP"s});
+    add("capitais", {"SP"s});
+    add("clientes", {whole(1), "SP"s, {}});
+    change("estados", state,
+           {
+               {0, "RJ"s}
+    });
+    EXPECT_EQ(column("capitais", 0), std::vector<Value>{"RJ"s});
+    EXPECT_EQ(column("clientes", 1), std::vector<Value>{"RJ"s});
+}
+
+TEST_P(Relationships, OnesThatAreNotToBeEnforcedOrNameUnknownThingsAreLeftAlone) {
+    relate("cheques", "cliente", "clientes", "codigo", Flags::kNotEnforced);
+    relate("avulsos", "cliente", "naoexiste", "codigo");
+    relate("clientes", "uf", "estados", "naoexiste");
+    const RowId client = add("clientes", {whole(1), "XX"s, {}});
+    add("cheques", {whole(1), whole(1), {}});
+    add("cheques", {whole(2), whole(77), {}});
+    add("avulsos", {whole(2), whole(77), {}});
+    table("clientes").erase(client);
+}
+
+TEST_P(Relationships, OneThatIsNotWholeMakesItsTablesReadOnly) {
+    add("clientes", {whole(1), {}, {}});
+    addRelationship(*database_,
+                    {
+                        "partida", "cheques", {"cliente", "uf"},
+                          "clientes", {"codigo",  "uf"}
+    });
+    Table& relationships = table("MSysRelationships");
+    RowCursor row = relationships.scan();
+    ASSERT_TRUE(row.first());
+    relationships.erase(row.id());
+    for (const char* name : {"clientes", "cheques"}) {
+        ASSERT_TRUE(table(name).readOnlyReason()) << name;
+        EXPECT_NE(table(name).readOnlyReason()->find("partida"), std::string::npos);
+    }
+    EXPECT_FALSE(table("avulsos").readOnlyReason());
+}
+
+TEST_P(Relationships, AChildThatMayNotBeChangedStopsTheCascade) {
+    relate("clientes", "uf", "estados", "uf", Flags::kCascadeDelete);
+    const RowId state = add("estados", {"SP"s});
+    add("clientes", {whole(1), "SP"s, {}});
+    setRules(*database_, "clientes",
+             {
+                 {.column = "uf", .rule = "Desconhecida([uf])"}
+    });
+    try {
+        table("estados").erase(state);
+        ADD_FAILURE();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.code(), Errc::readOnly);
+        EXPECT_NE(std::string(error.what()).find("Desconhecida([uf])"), std::string::npos);
+    }
+    EXPECT_EQ(table("estados").rowCount(), 1);
+}
+
+} // namespace
