@@ -23,6 +23,7 @@ struct Table::Parts {
     bool verified = false;
     std::unique_ptr<const TableRules> rules; ///< null if there are none
     bool rulesKnown = false;
+    bool rulesTentative = false; ///< read from a catalog that the open transaction has changed
 
     Parts(Database& database, Database::Parts& shared, PageNo page)
         : owner(database), file(shared),
@@ -188,14 +189,18 @@ std::optional<std::string> Table::readOnlyReason() {
         parts_->readOnly = whyNotWritable(*this, parts_->pager());
     if (parts_->readOnly)
         return parts_->readOnly;
-    if (!std::exchange(parts_->rulesKnown, true) && !parts_->definition.system)
+    if (parts_->rulesTentative && !parts_->file.catalogChanged)
+        forgetRules(); // that transaction has ended, one way or the other
+    if (!std::exchange(parts_->rulesKnown, true) && !parts_->definition.system) {
         parts_->rules = TableRules::load(parts_->owner, *this);
+        parts_->rulesTentative = parts_->file.catalogChanged;
+    }
     return parts_->rules ? parts_->rules->problem() : std::nullopt;
 }
 
 void Table::forgetRules() noexcept {
     parts_->rules.reset();
-    parts_->rulesKnown = false;
+    parts_->rulesKnown = parts_->rulesTentative = false;
 }
 
 RowCursor Table::scan() const { return {parts_->pager(), parts_->definition}; }
@@ -376,10 +381,12 @@ std::vector<bool> Table::Parts::changedFields(const StoredRow& old, const Stored
 }
 
 void Table::Parts::noteCatalogChange() {
-    if (definition.system)
-        for (auto& [name, entry] : file.catalog)
-            if (entry.table)
-                entry.table->forgetRules();
+    if (!definition.system)
+        return;
+    file.catalogChanged = file.explicitTransaction;
+    for (auto& [name, entry] : file.catalog)
+        if (entry.table)
+            entry.table->forgetRules();
 }
 
 RowId Table::insert(std::span<const Value> values) {

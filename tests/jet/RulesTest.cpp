@@ -251,9 +251,9 @@ TEST_P(Rules, AColumnsRuleIsKeptOnInsertAndUpdate) {
               Errc::rule);
 
     const RowId row = add({
-        {kIdade, {}         },
-        {kNome,  "Zé"s     },
-        {kData,  Date::now()}
+        {kIdade, {}           },
+        {kNome,  "Zé"s       },
+        {kData,  Date::today()}
     });
     change(row, {
                     {kIdade, whole(149)},
@@ -466,6 +466,29 @@ TEST_P(Rules, RulesAreReadAgainWhenTheyChange) {
                      {kIdade, whole(0)}
     }),
                  Error);
+}
+
+TEST_P(Rules, RulesOfATransactionGoWithIt) {
+    for (const bool keeps : {false, true}) {
+        database_->begin();
+        keep({
+            {.column = "idade", .rule = ">0"}
+        });
+        EXPECT_THROW(add({
+                         {kIdade, whole(0)}
+        }),
+                     Error);
+        keeps ? database_->commit() : database_->rollback();
+        if (keeps)
+            EXPECT_THROW(add({
+                             {kIdade, whole(0)}
+            }),
+                         Error);
+        else
+            add({
+                {kIdade, whole(0)}
+            });
+    }
 }
 
 // ---- the properties' own bytes ----------------------------------------------------------------
