@@ -73,7 +73,8 @@ public:
     /// computed columns. Needs no current row, like name() and refusal().
     [[nodiscard]] std::optional<std::size_t> DefinedSize() const;
     /// Why the column can't hold a text, as a sentence for the operator: too long, a character that
-    /// the file has no way to store, not a value of its type. Nothing if it can.
+    /// the file has no way to store, not a value of its type, or one that the file's rules for the
+    /// column refuse. Nothing if it can.
     [[nodiscard]] std::optional<std::string> refusal(const Text& text) const;
 
 protected:

@@ -145,6 +145,7 @@ private:
     [[nodiscard]] const std::string& nameOf(std::size_t column) const;
     /// The table's column that a field is read from; null if it is computed.
     [[nodiscard]] const jet::Column* columnOf(std::size_t field) const;
+    [[nodiscard]] std::optional<std::string> refusalOf(std::size_t field, const Value& value) const;
     [[nodiscard]] Parts& open() const;
 
     std::unique_ptr<Parts> parts_; ///< null when closed

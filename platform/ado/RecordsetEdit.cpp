@@ -1,7 +1,6 @@
 #include "ado/Convert.h"
 #include "ado/RecordsetParts.h"
 #include "jet/Error.h"
-#include "jet/RowEncoder.h"
 
 namespace ado {
 
@@ -218,6 +217,19 @@ const jet::Column* Recordset::columnOf(std::size_t field) const {
     return &query.tables()[place.table]->columns()[place.column];
 }
 
+std::optional<std::string> Recordset::refusalOf(std::size_t field, const Value& value) const {
+    const Query& query = open().query;
+    if (!query.live())
+        return std::nullopt;
+    const Query::QueryField& place = query.fields()[field];
+    jet::Table& table = *query.tables()[place.table];
+    try {
+        return table.refusal(place.column, converted(value, table.columns()[place.column]));
+    } catch (const Error& reason) {
+        return reason.what();
+    }
+}
+
 // ---- fields -----------------------------------------------------------------------------------
 
 Value FieldValue::value() const { return recordset_->valueOf(column_); }
@@ -238,15 +250,7 @@ std::optional<std::size_t> FieldValue::DefinedSize() const {
 }
 
 std::optional<std::string> FieldValue::refusal(const Text& text) const {
-    const jet::Column* column = recordset_->columnOf(column_);
-    if (column == nullptr)
-        return std::nullopt;
-    try {
-        static_cast<void>(jet::encodeField(*column, converted(Value{text.utf8()}, *column)));
-        return std::nullopt;
-    } catch (const Error& reason) {
-        return reason.what();
-    }
+    return recordset_->refusalOf(column_, text.utf8());
 }
 
 Field& Field::assign(const Value& value) {

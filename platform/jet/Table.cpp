@@ -389,6 +389,17 @@ void Table::Parts::noteCatalogChange() {
             entry.table->forgetRules();
 }
 
+std::optional<std::string> Table::refusal(std::size_t column, const Value& value) {
+    try {
+        static_cast<void>(encodeField(columns()[column], value));
+        if (!readOnlyReason() && parts_->rules)
+            parts_->rules->values().check(column, value);
+        return std::nullopt;
+    } catch (const Error& reason) {
+        return reason.what();
+    }
+}
+
 RowId Table::insert(std::span<const Value> values) {
     if (values.size() != columns().size())
         throw Error(Errc::misuse, "O registro não tem um valor para cada campo.");

@@ -109,6 +109,10 @@ public:
     /// The key of a stored row in an index.
     [[nodiscard]] std::optional<Bytes> keyOf(std::size_t index, RowId id) const;
 
+    /// Why a column would not take a value, by its type and width and by the file's rules for it
+    /// alone, as a sentence for the operator; nothing if it would.
+    [[nodiscard]] std::optional<std::string> refusal(std::size_t column, const Value& value);
+
     /// Adds a row. `values` has one value per column; null in an autonumber column asks for the
     /// next number, and a value given there is kept.
     /// @throws Error{duplicate, nullValue, rule, related, tooLong, outOfRange, readOnly, locked,

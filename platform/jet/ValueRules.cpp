@@ -163,27 +163,31 @@ void ValueRules::check(const RowView& row, const std::vector<bool>& changed) con
                  const auto at = static_cast<std::size_t>(&column - columns_.data());
                  return changed[at] && rule.condition->reads(at);
              })))
-            check(rule, row);
+            check(rule, [&](std::size_t column) { return row.value(column); });
 }
 
-void ValueRules::check(const Rule& rule, const RowView& row) const {
-    if (rule.column) {
+void ValueRules::check(std::size_t column, const Value& value) const {
+    for (const Rule& rule : rules_)
+        if (rule.column == column)
+            check(rule, [&](std::size_t asked) { return asked == column ? value : Value{}; });
+}
+
+void ValueRules::check(const Rule& rule, const Expression::Field& field) const {
+    if (rule.column && (rule.required || rule.refusesEmptyText)) {
         const std::string& name = columns_[*rule.column].name;
-        const bool null = row.isNull(*rule.column);
-        if (rule.required && null)
+        const Value value = field(*rule.column);
+        if (rule.required && isNull(value))
             throw Error(Errc::nullValue, "O campo \"" + name + "\" deve ser preenchido.");
-        std::string text;
-        if (rule.refusesEmptyText && !null && row.text(*rule.column, text).empty())
+        const auto* const text = std::get_if<std::string>(&value);
+        if (rule.refusesEmptyText && text && text->empty())
             throw Error(Errc::rule, "O campo \"" + name + "\" da tabela \"" + table_ +
-                                        "\" não aceita um texto vazio: preencha-o, ou deixe-o sem "
-                                        "valor.");
+                                        "\" não aceita um texto vazio: preencha-o.");
     }
     if (rule.condition)
-        checkCondition(rule, row);
+        checkCondition(rule, field);
 }
 
-void ValueRules::checkCondition(const Rule& rule, const RowView& row) const {
-    const auto field = [&](std::size_t column) { return row.value(column); };
+void ValueRules::checkCondition(const Rule& rule, const Expression::Field& field) const {
     try {
         // What is neither true nor false, for want of a value, is let through.
         if (truthOf(rule.condition->evaluate(field)).value_or(true))

@@ -30,6 +30,9 @@ public:
     /// Holds a row against the rules of the columns that are `changed`, and against the table's.
     /// @throws Error{nullValue} for a column that must be filled in; Error{rule}.
     void check(const RowView& row, const std::vector<bool>& changed) const;
+    /// Holds a value against the rules of its column alone.
+    /// @throws as the other check().
+    void check(std::size_t column, const Value& value) const;
 
 private:
     struct Rule {
@@ -44,8 +47,8 @@ private:
     };
 
     void note(Rule rule);
-    void check(const Rule& rule, const RowView& row) const;
-    void checkCondition(const Rule& rule, const RowView& row) const;
+    void check(const Rule& rule, const Expression::Field& field) const;
+    void checkCondition(const Rule& rule, const Expression::Field& field) const;
     [[nodiscard]] Value defaultOf(const Rule& rule) const;
     /// "do campo X da tabela Y", or "da tabela Y".
     [[nodiscard]] std::string place(const Rule& rule) const;

@@ -60,6 +60,8 @@ TEST_P(RulesTest, ARefusedNewRowCanBeCorrectedOrGivenUp) {
     rows.AddNew();
     rows["cod_banco"] = -1;
     rows["nome"] = "Aroeira";
+    EXPECT_EQ(rows["cod_banco"].refusal("-1"), "O código é positivo.");
+    EXPECT_EQ(rows["cod_banco"].refusal("7"), std::nullopt);
     EXPECT_EQ(messageOf([&] { rows.Update(); }), "O código é positivo.");
     EXPECT_EQ(rows.EditMode(), EditMode::Add);
     EXPECT_EQ(rows["nome"].text(), "Aroeira");

@@ -119,7 +119,10 @@ TEST_P(Rules, EmptyTextIsRefusedWhereItIsNotAllowed) {
     });
     EXPECT_EQ(error.code(), Errc::rule);
     EXPECT_STREQ(error.what(), "O campo \"nome\" da tabela \"pessoas\" não aceita um texto vazio: "
-                               "preencha-o, ou deixe-o sem valor.");
+                               "preencha-o.");
+    EXPECT_EQ(table().refusal(kNome, ""s), error.what());
+    EXPECT_EQ(table().refusal(kNome, "x"s), std::nullopt);
+    EXPECT_EQ(table().refusal(kObs, ""s), std::nullopt);
     const RowId row = add({
         {kNome,  {}      },
         {kObs,   ""s     },
@@ -249,6 +252,9 @@ TEST_P(Rules, AColumnsRuleIsKeptOnInsertAndUpdate) {
                   });
               }).code(),
               Errc::rule);
+    EXPECT_EQ(table().refusal(kIdade, whole(150)), "A idade vai de 0 a 149 anos.");
+    EXPECT_EQ(table().refusal(kIdade, whole(149)), std::nullopt);
+    EXPECT_EQ(table().refusal(kNome, std::string(50, 'a')).value().substr(0, 8), "O campo ");
 
     const RowId row = add({
         {kIdade, {}           },
