@@ -13,10 +13,10 @@ const QColor kFio(0xc8, 0xcf, 0xd1);
 
 const ReportColumn kColunas[] = {
     {"Cheque",       "numero",                  16, Qt::AlignLeft,    ""        },
-    {"Nome",         "Cliente_Fornecedor.nome", 56, Qt::AlignLeft,    ""        },
+    {"Nome",         "Cliente_Fornecedor.nome", 50, Qt::AlignLeft,    ""        },
     {"Dt. Emissão", "data",                    21, Qt::AlignHCenter, ""        },
     {"Valor Cheque", "valor",                   24, Qt::AlignRight,   "Standard"},
-    {"Banco",        "bancos.nome",             25, Qt::AlignLeft,    ""        },
+    {"Banco",        "bancos.nome",             31, Qt::AlignLeft,    ""        },
     {"Bom Para",     kVencimento,               18, Qt::AlignHCenter, ""        },
 };
 constexpr int kValor = 3;

@@ -39,6 +39,7 @@ frmRel_ChequesSF::frmRel_ChequesSF() : previsao_(std::make_unique<ReportPreview>
     auto* janela = new QVBoxLayout(this);
     janela->setContentsMargins(0, 0, 0, 0);
     janela->addWidget(previsao_.get());
+    setFocusProxy(previsao_.get());
 }
 
 frmRel_ChequesSF::~frmRel_ChequesSF() = default;

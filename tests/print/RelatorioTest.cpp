@@ -188,8 +188,8 @@ TEST_F(Report, LetsTheTotalsLineBeMovedWhenTheTotalIsPrinted) {
     takeAll();
     EXPECT_EQ(report_.layout().footer.lines[0].to, QPointF(180, 1));
     paint(1);
-    EXPECT_EQ(report_.layout().footer.lines[0].from, QPointF(81, 1));
-    EXPECT_EQ(report_.layout().footer.lines[0].to, QPointF(129, 1));
+    EXPECT_EQ(report_.layout().footer.lines[0].from, LayoutDoRelatorio::linhaDoTotal().p1());
+    EXPECT_EQ(report_.layout().footer.lines[0].to, LayoutDoRelatorio::linhaDoTotal().p2());
 }
 
 // ---- Already running
