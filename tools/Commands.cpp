@@ -73,7 +73,38 @@ constexpr Command kTables{
     {},
     runTables};
 
-constexpr Command kCommands[] = {kCreate, kSample, kCheck, kDump, kTables};
+constexpr Command kCompact{
+    "compact",
+    "ORIGEM DESTINO",
+    "Copia um banco de dados sem o espaço que ninguém usa",
+    "Faz um arquivo novo com tudo o que há no de origem, índices refeitos, e o compara com ele\n"
+    "registro por registro. O de origem não é tocado e não pode ser alterado durante a cópia:\n"
+    "feche o programa antes. Um arquivo com erros não é compactado: para ele há \"salvage\".",
+    {},
+    runCompact};
+
+constexpr Command kSalvage{
+    "salvage",
+    "ORIGEM DESTINO",
+    "Salva o que se lê de um banco de dados danificado",
+    "Faz um arquivo novo com todos os registros que ainda podem ser lidos e diz o que falta: a\n"
+    "tabela, a página, a linha e o motivo. Registros que repetem uma chave ficam numa tabela à\n"
+    "parte, de nome terminado em \"_separados\". O arquivo de origem não é tocado.\n"
+    "Saída 0: tudo foi salvo; 1: falta alguma coisa.",
+    {},
+    runSalvage};
+
+constexpr Command kRestore{
+    "restore",
+    "CÓPIA ARQUIVO",
+    "Põe uma cópia de segurança no lugar do banco de dados",
+    "Verifica a cópia inteira e a põe no lugar do arquivo, de uma só vez. O arquivo substituído\n"
+    "fica ao lado, com a data e a hora no nome. Com o programa aberto, nada é feito.",
+    {},
+    runRestore};
+
+constexpr Command kCommands[] = {kCreate, kSample,  kCheck,   kDump,
+                                 kTables, kCompact, kSalvage, kRestore};
 
 } // namespace
 

@@ -17,3 +17,6 @@ int runSample(const Arguments& arguments);
 int runCheck(const Arguments& arguments);
 int runDump(const Arguments& arguments);
 int runTables(const Arguments& arguments);
+int runCompact(const Arguments& arguments);
+int runSalvage(const Arguments& arguments);
+int runRestore(const Arguments& arguments);

@@ -1,5 +1,7 @@
 #include "jet/Catalog.h"
 
+#include <set>
+
 namespace jet {
 
 namespace {
@@ -132,19 +134,30 @@ void addToCatalog(Table& objects, Table& rights, const std::string& name, PageNo
             addRight(rights, id, account, kFullTable, false);
 }
 
-void fillNewCatalog(Table& objects, Table& rights, const Accounts& accounts) {
+void completeCatalog(Table& objects, Table& rights, const Accounts& accounts) {
+    std::set<std::int64_t> there;
+    {
+        const Objects at(objects);
+        RowCursor object = objects.scan();
+        for (bool found = object.first(); found; found = object.next())
+            there.insert(object.row().integer(at.id));
+    }
+    const auto addMissing = [&](std::int64_t id, std::int64_t parent, const char* name,
+                                std::int64_t type, const Bytes& owner) {
+        if (!there.contains(id))
+            addObject(objects, id, parent, name, type, owner, kSystemFlag);
+    };
     const auto container = [&](std::int64_t id, const char* name) {
-        addObject(objects, id, kRoot, name, containerObject, accounts.engine, kSystemFlag);
+        addMissing(id, kRoot, name, containerObject, accounts.engine);
     };
     container(kTables, "Tables");
     container(kDatabases, "Databases");
     container(kRelationships, "Relationships");
-    addObject(objects, kDatabaseObject, kDatabases, "MSysDb", databaseObject, accounts.admin,
-              kSystemFlag);
+    addMissing(kDatabaseObject, kDatabases, "MSysDb", databaseObject, accounts.admin);
     const char* const tables[] = {"MSysObjects", "MSysACEs", "MSysQueries", "MSysRelationships"};
     std::int64_t page = 2;
     for (const char* name : tables)
-        addObject(objects, page++, kTables, name, tableObject, accounts.engine, kSystemFlag);
+        addMissing(page++, kTables, name, tableObject, accounts.engine);
 
     const struct {
         std::int64_t object;
@@ -170,7 +183,8 @@ void fillNewCatalog(Table& objects, Table& rights, const Accounts& accounts) {
         {kRelationships,  accounts.users,   1048575,         true }
     };
     for (const auto& row : rows)
-        addRight(rights, row.object, row.account, row.mask, row.inherited);
+        if (!there.contains(row.object))
+            addRight(rights, row.object, row.account, row.mask, row.inherited);
 }
 
 } // namespace jet

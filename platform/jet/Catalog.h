@@ -22,7 +22,8 @@ struct CatalogEntry {
 /// Enters a new table, with the owner and the rights that the file's other tables have.
 void addToCatalog(Table& objects, Table& rights, const std::string& name, PageNo definition);
 
-/// The rows that a new file's catalog begins with.
-void fillNewCatalog(Table& objects, Table& rights, const Accounts& accounts);
+/// Enters the objects that every file's catalog has, and their rights: all of them in a new file,
+/// those that are missing in another.
+void completeCatalog(Table& objects, Table& rights, const Accounts& accounts);
 
 } // namespace jet

@@ -17,13 +17,14 @@ constexpr std::uint32_t kFewestPages = 6; // header, map of free pages, four def
 
 class FileCheck {
 public:
-    explicit FileCheck(const std::filesystem::path& path) : file_(path, File::Mode::read) {}
+    FileCheck(const std::filesystem::path& path, std::stop_token stop)
+        : file_(path, File::Mode::read), stop_(std::move(stop)) {}
 
     Report run() {
         try {
             openAndCheck();
         } catch (const Error& error) {
-            if (error.code() == Errc::io)
+            if (error.code() == Errc::io || error.code() == Errc::cancelled)
                 throw;
             findings_.error(PageNo{0}, "arquivo", "a verificação não pôde continuar", error.what());
         }
@@ -66,7 +67,7 @@ private:
         PageLedger ledger(pager, findings_);
         const CheckContext context{
             pager, {header->codePage, false},
-             findings_, ledger
+             findings_, ledger, stop_
         };
         ledger.readFreePages();
         report_.freePages = ledger.freePages();
@@ -105,6 +106,7 @@ private:
     }
 
     File file_;
+    std::stop_token stop_;
     Findings findings_;
     Report report_;
 };
@@ -117,6 +119,8 @@ bool Report::sound() const noexcept {
     });
 }
 
-Report check(const std::filesystem::path& path) { return FileCheck(path).run(); }
+Report check(const std::filesystem::path& path, const std::stop_token& stop) {
+    return FileCheck(path, stop).run();
+}
 
 } // namespace jet

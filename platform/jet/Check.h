@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -39,7 +40,8 @@ struct Report {
 ///
 /// Only reads, and takes no lock: a file that is being written meanwhile may show what isn't wrong.
 /// Damage is told in the report and never thrown. Time and memory are bounded by the file's size.
-/// @throws Error{notFound, io} if the file can't be read.
-[[nodiscard]] Report check(const std::filesystem::path& path);
+/// @throws Error{notFound, io} if the file can't be read; Error{cancelled} soon after `stop` asks
+/// for it.
+[[nodiscard]] Report check(const std::filesystem::path& path, const std::stop_token& stop = {});
 
 } // namespace jet

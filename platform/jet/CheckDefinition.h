@@ -11,6 +11,14 @@ struct CheckContext {
     TextSettings texts;
     Findings& findings;
     PageLedger& ledger;
+    const std::stop_token& stop;
+
+    /// Called on every page and every index entry.
+    /// @throws Error{cancelled}.
+    void goOn() const {
+        if (stop.stop_requested())
+            throw Error(Errc::cancelled, "A verificação foi interrompida.");
+    }
 };
 
 /// The definition that starts on `first`, its pages claimed for the table `where` names; nothing if

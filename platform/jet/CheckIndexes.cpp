@@ -1,7 +1,7 @@
 #include "jet/CheckTable.h"
 #include "jet/IndexTree.h"
-#include "jet/KeyCodec.h"
 #include "jet/LongValues.h"
+#include "jet/RowKey.h"
 
 #include <algorithm>
 
@@ -19,13 +19,6 @@ std::uint64_t hashOf(std::span<const std::byte> key, std::uint64_t least) noexce
     return std::max(hash, least);
 }
 
-/// Whether a key is that of nothing but nulls: a flag byte for each column and no more.
-bool isAllNull(std::span<const std::byte> key, std::size_t columns) {
-    return key.size() == columns && std::ranges::all_of(key, [](std::byte b) {
-               return b == std::byte{0x00} || b == std::byte{0xFF};
-           });
-}
-
 } // namespace
 
 bool TableCheck::claimsRoot(std::size_t index) const {
@@ -34,43 +27,16 @@ bool TableCheck::claimsRoot(std::size_t index) const {
 
 std::uint64_t TableCheck::expectedEntry(std::size_t index, RowId id) {
     const RealIndex& real = definition_.realIndexes[index];
-    bool anyNull = false;
-    bool allNull = true;
-    bool known = true;
-    Bytes key;
-    for (const RealIndex::KeyColumn& part : real.columns) {
-        const Column& column = definition_.columns[part.column];
-        const KeyColumn coded{column.type, part.ascending, column.collation, &column.codec,
-                              column.scale};
-        const auto stored = parts_.field(column);
-        const bool isNull = column.type != ColumnType::boolean && !stored;
-        anyNull = anyNull || isNull;
-        allNull = allNull && isNull;
-        if (!known || (isText(column.type) && column.collation == nullptr)) {
-            known = false;
-            continue;
-        }
-        try {
-            if (column.type == ColumnType::boolean)
-                appendBooleanKey(key, coded, parts_.bit(column));
-            else if (isNull)
-                appendNullKey(key, coded);
-            else if (column.type == ColumnType::memo)
-                appendStoredKey(key, coded, readLongValue(context_.pager, *stored, id.page));
-            else
-                appendStoredKey(key, coded, *stored);
-        } catch (const Error& error) {
-            if (error.code() == Errc::io)
-                throw;
-            known = false;
-        }
-    }
-    if (real.required && anyNull)
+    const RowKey found =
+        rowKey(definition_, real, parts_, [&](const Column&, std::span<const std::byte> stored) {
+            return readLongValue(context_.pager, stored, id.page);
+        });
+    if (real.required && found.anyNull)
         error(id.page, "um campo que deve ser preenchido está vazio",
               "linha " + std::to_string(id.slot) + ", índice \"" + indexName(index) + "\"");
-    if (real.ignoreNulls && allNull)
+    if (real.ignoreNulls && found.allNull)
         return kNoEntry;
-    return known ? hashOf(key, kLeastHash) : std::uint64_t{kAnyKey};
+    return found.key ? hashOf(*found.key, kLeastHash) : std::uint64_t{kAnyKey};
 }
 
 void TableCheck::computeEntries(std::size_t first, std::size_t count,
@@ -83,6 +49,7 @@ void TableCheck::computeEntries(std::size_t first, std::size_t count,
         const RowId id = row(at);
         if (std::binary_search(damaged_.begin(), damaged_.end(), rows_[at]))
             continue;
+        context_.goOn();
         if (!page || page.page() != id.page)
             page = context_.pager.read(id.page);
         const Slot slot = DataPage(context_.pager.format(), page.bytes(), id.page).slot(id.slot);
@@ -123,10 +90,7 @@ std::uint64_t TableCheck::checkIndex(std::size_t index,
         findings.error(real.root, where, "a raiz do índice não está no seu mapa");
         return 0;
     }
-    if (std::ranges::any_of(real.columns, [&](const RealIndex::KeyColumn& key) {
-            const Column& column = definition_.columns[key.column];
-            return isText(column.type) && column.collation == nullptr;
-        }))
+    if (columnOfUnknownOrder(definition_, real) != nullptr)
         findings.warning(real.root, where,
                          "a ordem de texto não é conhecida e as chaves não foram conferidas");
 
@@ -134,6 +98,7 @@ std::uint64_t TableCheck::checkIndex(std::size_t index,
     std::vector<bool> met(rows_.size());
     Bytes last;
     const auto entry = [&](std::span<const std::byte> key, RowId id) {
+        context_.goOn();
         ++entries;
         if (real.unique && entries > 1 && !isAllNull(key, real.columns.size()) &&
             std::ranges::equal(key, last))

@@ -1,9 +1,7 @@
 #pragma once
 
 #include "jet/CheckDefinition.h"
-
-#include <bitset>
-#include <unordered_map>
+#include "jet/LongValueWalk.h"
 
 namespace jet {
 
@@ -25,7 +23,7 @@ private:
     const CheckContext& context_;
     PageLedger::Owner owner_;
     std::vector<PageNo> pages_;
-    std::unordered_map<PageNo, std::bitset<kMaxSlots + 1>> used_;
+    LongValueWalk walk_;
 };
 
 } // namespace jet

@@ -49,6 +49,7 @@ void TableCheck::checkRows() {
 }
 
 void TableCheck::checkPage(PageNo page) {
+    context_.goOn();
     const PageRef ref = context_.pager.read(page);
     std::vector<Slot> slots;
     if (!checkDataPage(context_.pager.format(), ref, number(definition_.page()), where_,

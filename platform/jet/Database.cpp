@@ -207,7 +207,7 @@ void Database::create(const std::filesystem::path& path, Version version) {
                        parts.header.columnMark);
         Table objects(made, "MSysObjects", kObjects);
         Table rights(made, "MSysACEs", kRights);
-        fillNewCatalog(objects, rights, newAccounts(version));
+        completeCatalog(objects, rights, newAccounts(version));
         parts.pager.commit();
     } catch (...) {
         std::error_code ignored;

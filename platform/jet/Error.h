@@ -26,6 +26,7 @@ enum class Errc : std::uint8_t {
     conflict,     ///< the row was changed or deleted by another since it was read
     noCurrentRow, ///< the recordset stands before the first or after the last row
     syntax,       ///< the statement isn't one that the data layer takes
+    cancelled,    ///< whoever asked for it wants it no longer
     misuse,       ///< called in a state that doesn't allow it (closed, transaction already open)
 };
 

@@ -104,9 +104,9 @@ LongValueStore::LongValueStore(Pager& pager, PageAllocator& pages, const LongVal
         free_.emplace(pager, *maps.free);
 }
 
-Bytes LongValueStore::write(std::span<const std::byte> content, bool mayStay) {
+Bytes writeLongValue(const Format& format, std::span<const std::byte> content, bool mayStay,
+                     const std::function<RowId(std::span<const std::byte> part)>& place) {
     using Kind = LongValueDefinition::Kind;
-    const Format& format = pager_.format();
     if (content.size() > kLengthMask)
         throw Error(Errc::tooLong, "O texto é longo demais para ser guardado.");
     if (content.empty() || (mayStay && content.size() <= format.inlineLongValue)) {
@@ -129,6 +129,11 @@ Bytes LongValueStore::write(std::span<const std::byte> content, bool mayStay) {
         if (at == 0)
             return definition(Kind::chain, content.size(), next);
     }
+}
+
+Bytes LongValueStore::write(std::span<const std::byte> content, bool mayStay) {
+    return writeLongValue(pager_.format(), content, mayStay,
+                          [this](std::span<const std::byte> part) { return place(part); });
 }
 
 RowId LongValueStore::place(std::span<const std::byte> bytes) {

@@ -3,6 +3,8 @@
 #include "jet/TableDefinition.h"
 #include "jet/UsageMap.h"
 
+#include <functional>
+
 namespace jet {
 
 /// Where the content of a memo or OLE value is: in the row behind its definition, in one slot of a
@@ -26,6 +28,12 @@ struct LongValueDefinition {
 /// Every slot that a long value uses, first to last; for `check` and for giving them back.
 [[nodiscard]] std::vector<RowId> longValueParts(Pager& pager, std::span<const std::byte> stored,
                                                 PageNo page);
+
+/// What the row is to hold for `content`, its parts put where `place` says. Short content stays in
+/// the row if it `mayStay`.
+[[nodiscard]] Bytes
+writeLongValue(const Format& format, std::span<const std::byte> content, bool mayStay,
+               const std::function<RowId(std::span<const std::byte> part)>& place);
 
 /// Stores the contents of one memo or OLE column and gives their space back.
 class LongValueStore {

@@ -1,5 +1,6 @@
 #include "jet/TableBuilder.h"
 
+#include "jet/DefinitionImage.h"
 #include "jet/Names.h"
 
 #include <algorithm>
@@ -14,7 +15,6 @@ constexpr std::uint32_t kIndexMark = 0x783;
 constexpr std::uint8_t kSystemKind = 0x53;
 constexpr std::uint8_t kUserKind = 0x4E;
 constexpr std::uint8_t kNoCascade = 4;
-constexpr std::size_t kPageHeader = 8;
 constexpr std::uint16_t kNoColumn = 0xFFFF;
 
 /// The logical bytes of a definition, block after block.
@@ -176,29 +176,12 @@ void writeIndexes(Writer& out, const Format& format, const NewTable& table, cons
 /// Spreads the logical bytes over as many pages as they need.
 void writePages(Pager& pager, PageAllocator& pages, PageNo first, const Bytes& bytes) {
     const Format& format = pager.format();
-    std::span<const std::byte> rest(bytes);
+    const std::size_t count = definitionPageCount(format, bytes.size());
     PageNo page = first;
-    for (std::size_t from = 0;;) {
-        const std::size_t part = std::min(rest.size(), format.pageSize - from);
-        const bool last = part == rest.size();
-        const PageNo next = last ? PageNo{} : pages.take();
-        const std::span<std::byte> image = pager.change(page);
-        std::copy_n(rest.begin(), part, image.begin() + static_cast<std::ptrdiff_t>(from));
-        image[0] = std::byte{static_cast<std::uint8_t>(PageKind::definition)};
-        image[1] = std::byte{1};
-        const std::size_t used = from + part + kPageHeader;
-        if (format.isJet3())
-            std::memcpy(image.data() + 2, "VC", 2);
-        else
-            store<std::uint16_t>(
-                image.data() + 2,
-                static_cast<std::uint16_t>(used < format.pageSize ? format.pageSize - used : 0));
-        store<std::uint32_t>(image.data() + 4, number(next));
-        if (last)
-            return;
-        rest = rest.subspan(part);
+    for (std::size_t i = 0; i < count; ++i) {
+        const PageNo next = i + 1 < count ? pages.take() : PageNo{};
+        std::ranges::copy(definitionPage(format, bytes, i, next), pager.change(page).begin());
         page = next;
-        from = kPageHeader;
     }
 }
 

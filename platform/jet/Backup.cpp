@@ -1,0 +1,203 @@
+#include "jet/Backup.h"
+
+#include "jet/Check.h"
+#include "jet/Error.h"
+#include "jet/File.h"
+#include "jet/FileSteps.h"
+#include "jet/LockFile.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <system_error>
+
+namespace jet {
+
+namespace {
+
+constexpr std::size_t kChunk = std::size_t{1} << 20;
+constexpr int kTries = 5; // each as long as the copying takes: the shop's clerks pause for longer
+
+/// The bytes of one file into a new one, synced.
+void copyFile(const std::filesystem::path& from, const std::filesystem::path& to,
+              const std::stop_token& stop) {
+    std::error_code ignored;
+    std::filesystem::remove(to, ignored); // what an earlier try has left
+    const File source(from, File::Mode::read);
+    File target(to, File::Mode::createNew);
+    std::vector<std::byte> chunk;
+    const std::uint64_t size = source.size();
+    for (std::uint64_t at = 0; at < size; at += chunk.size()) {
+        if (stop.stop_requested())
+            throw Error(Errc::cancelled, "A cópia foi interrompida.");
+        chunk.resize(std::min<std::uint64_t>(kChunk, size - at));
+        source.read(at, chunk);
+        target.write(at, chunk);
+    }
+    target.sync();
+}
+
+void requireSound(const std::filesystem::path& copy, const std::string& what,
+                  const std::stop_token& stop = {}) {
+    const Report report = check(copy, stop);
+    const auto error =
+        std::ranges::find(report.findings, Finding::Severity::error, &Finding::severity);
+    if (error != report.findings.end())
+        throw Error(Errc::corrupt, what + error->sentence + ".");
+}
+
+std::tm localNow() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    ::localtime_r(&now, &local);
+    return local;
+}
+
+std::string formatted(const char* format, const std::tm& time) {
+    char text[64];
+    return {text, std::strftime(text, sizeof text, format, &time)};
+}
+
+/// A name for the file that a copy replaces: the first free one of this second.
+std::filesystem::path replacedName(const std::filesystem::path& database) {
+    const std::string stem =
+        database.stem().string() + formatted("-substituido-%Y-%m-%d-%H%M%S", localNow());
+    for (int i = 1;; ++i) {
+        std::filesystem::path name = stem + (i > 1 ? "-" + std::to_string(i) : "");
+        name += database.extension();
+        name = database.parent_path() / name;
+        if (std::error_code error; !std::filesystem::exists(name, error))
+            return name;
+    }
+}
+
+/// The same file under a second name; where the disk knows no such thing, a copy of it.
+void keepAs(const std::filesystem::path& file, const std::filesystem::path& name) {
+    std::error_code error;
+    std::filesystem::create_hard_link(file, name, error);
+    if (!error)
+        return;
+    UnnamedFile copy(name);
+    copyFile(file, copy.path(), {});
+    copy.takeName();
+}
+
+} // namespace
+
+Backup::Backup(std::filesystem::path database, Today today)
+    : database_(std::move(database)), folder_(database_.parent_path() / "backup"),
+      today_(std::move(today)) {}
+
+std::chrono::year_month_day Backup::localToday() {
+    using namespace std::chrono;
+    const std::tm now = localNow();
+    return year(now.tm_year + 1900) / (now.tm_mon + 1) / now.tm_mday;
+}
+
+std::filesystem::path Backup::copyOf(std::chrono::year_month_day day) const {
+    char text[32];
+    (void)std::snprintf(text, sizeof text, "-%04d-%02u-%02u", static_cast<int>(day.year()),
+                        static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()));
+    std::filesystem::path name = database_.stem();
+    name += text;
+    name += database_.extension();
+    return folder_ / name;
+}
+
+std::optional<std::chrono::year_month_day> Backup::dayOf(const std::filesystem::path& copy) const {
+    const std::string stem = database_.stem().string();
+    const std::string name = copy.stem().string();
+    int year = 0;
+    unsigned month = 0;
+    unsigned day = 0;
+    if (!name.starts_with(stem) ||
+        std::sscanf(name.c_str() + stem.size(), "-%4d-%2u-%2u", &year, &month, &day) != 3)
+        return std::nullopt;
+    const std::chrono::year_month_day found =
+        std::chrono::year(year) / static_cast<int>(month) / static_cast<int>(day);
+    return found.ok() && copyOf(found).filename() == copy.filename() ? std::optional(found)
+                                                                     : std::nullopt;
+}
+
+std::vector<std::filesystem::path> Backup::copies() const {
+    std::vector<std::filesystem::path> found;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder_, error), end; !error && entry != end;
+         entry.increment(error))
+        if (dayOf(entry->path()))
+            found.push_back(entry->path());
+    if (error && error != std::errc::no_such_file_or_directory)
+        throw Error(Errc::io, "A pasta \"" + folder_.string() +
+                                  "\" não pode ser lida: " + error.message() + ".");
+    std::ranges::sort(found); // the names sort as the days do
+    return found;
+}
+
+std::optional<std::filesystem::path> Backup::makeIfDue(const std::stop_token& stop) const {
+    const std::filesystem::path copy = copyOf(today_());
+    if (std::error_code error; std::filesystem::exists(copy, error))
+        return std::nullopt;
+    make(copy, stop);
+    removeOld(copy);
+    return copy;
+}
+
+void Backup::make(const std::filesystem::path& copy, const std::stop_token& stop) const {
+    std::error_code error;
+    std::filesystem::create_directory(folder_, error);
+    if (error)
+        throw Error(Errc::readOnly, "A pasta \"" + folder_.string() +
+                                        "\" não pode ser criada: " + error.message() + ".");
+    UnnamedFile unnamed(copy);
+    if (!whileUnchanged(database_, kTries, [&] { copyFile(database_, unnamed.path(), stop); }))
+        throw Error(Errc::locked, "O banco de dados está sendo alterado sem pausa.");
+    requireSound(unnamed.path(), "O banco de dados tem erros e não foi copiado: ", stop);
+    unnamed.takeName();
+}
+
+void Backup::removeOld(const std::filesystem::path& newest) const {
+    std::error_code ignored;
+    std::vector<std::filesystem::path> there = copies();
+    std::erase(there, newest);
+    while (there.size() >= kKept) {
+        std::filesystem::remove(there.front(), ignored);
+        there.erase(there.begin());
+    }
+    // What is left of a program that was ended while it made a copy, days ago.
+    const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24);
+    for (std::filesystem::directory_iterator entry(folder_, ignored), end; entry != end;
+         entry.increment(ignored))
+        if (UnnamedFile::isOne(entry->path()) && entry->last_write_time(ignored) < old)
+            std::filesystem::remove(entry->path(), ignored);
+}
+
+std::optional<std::filesystem::path> restore(const std::filesystem::path& copy,
+                                             const std::filesystem::path& database) {
+    // Nobody may have the database open: this holds it until the new file is in its place.
+    LockFile alone(database);
+    if (!alone.becomeWriter())
+        throw Error(Errc::locked, "O banco de dados está aberto em outro programa. Feche-o e "
+                                  "repita a restauração.");
+    UnnamedFile unnamed(database);
+    copyFile(copy, unnamed.path(), {});
+    requireSound(unnamed.path(), "A cópia tem erros e não foi restaurada: ");
+
+    std::error_code error;
+    if (!std::filesystem::exists(database, error)) {
+        unnamed.takeName();
+        return std::nullopt;
+    }
+    std::filesystem::permissions(unnamed.path(), std::filesystem::status(database).permissions(),
+                                 error);
+    std::filesystem::path kept = replacedName(database);
+    keepAs(database, kept);
+    try {
+        unnamed.takeName();
+    } catch (...) {
+        std::filesystem::remove(kept, error);
+        throw;
+    }
+    return kept;
+}
+
+} // namespace jet

@@ -1,0 +1,76 @@
+#include "jet/Salvage.h"
+
+#include "jet/Catalog.h"
+#include "jet/CopyPlan.h"
+#include "jet/Database.h"
+#include "jet/FileSteps.h"
+
+#include <algorithm>
+
+namespace jet {
+
+namespace {
+
+/// Enters into the new file's catalog what the old one's didn't have.
+void enterUnlisted(const std::filesystem::path& path, const SourceFile& source,
+                   const std::vector<RewrittenTable>& tables) {
+    Database database(path, {false, {}, source.header().password});
+    Table objects(database, "MSysObjects", PageNo{2});
+    Table rights(database, "MSysACEs", PageNo{3});
+    Transaction changes(database);
+    completeCatalog(objects, rights, newAccounts(source.header().version));
+    for (const RewrittenTable& table : tables)
+        if (!table.listed && (table.user || table.beside))
+            addToCatalog(objects, rights, table.name, table.page());
+    changes.commit();
+}
+
+/// What each table has got, and rows that it says it had and nobody has met.
+void countRows(Losses& losses, const std::vector<RewrittenTable>& tables,
+               const std::vector<std::uint32_t>& said) {
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+        const RewrittenTable& table = tables[i];
+        if (!table.user || table.beside)
+            continue;
+        SavedTable saved{table.name, table.rows, table.apart.size(), {}, said[i]};
+        for (const RewrittenTable& other : tables)
+            if (other.beside && other.source == table.source)
+                saved.apartName = other.name;
+        if (saved.rows + saved.apart < saved.said)
+            losses.tell({Loss::What::note,
+                         table.name,
+                         table.before(),
+                         {},
+                         "a tabela dizia ter " + std::to_string(saved.said) +
+                             " registros; foram lidos " +
+                             std::to_string(saved.rows + saved.apart)});
+        losses.report().tables.push_back(std::move(saved));
+    }
+}
+
+} // namespace
+
+SalvageReport salvage(const std::filesystem::path& source, const std::filesystem::path& target,
+                      const Progress& progress) {
+    requireAbsent(target);
+    UnnamedFile copy(target);
+    Losses losses(Losses::Source::damaged);
+    SourceFile from(source, losses);
+    std::vector<RewrittenTable> tables =
+        planDamaged(from, std::filesystem::path(copy.path()).replace_extension(".modelo"));
+    std::vector<std::uint32_t> said;
+    for (const RewrittenTable& table : tables)
+        said.push_back(table.image.rowCount());
+
+    NewFile file(copy.path(), from.format());
+    Rewriter(from, file, tables, progress).run();
+    file.finish(from.newHeader());
+    enterUnlisted(copy.path(), from, tables);
+    countRows(losses, tables, said);
+    losses.report().check = check(copy.path());
+    requireAbsent(target);
+    copy.takeName();
+    return std::move(losses.report());
+}
+
+} // namespace jet

@@ -1,0 +1,114 @@
+#include "jet/Backup.h"
+#include "jet/Compact.h"
+#include "jet/Salvage.h"
+#include "tools/Commands.h"
+
+#include <functional>
+#include <iostream>
+#include <unistd.h>
+
+namespace {
+
+/// The progress on a terminal, each step over the last; silent elsewhere.
+class ProgressLine {
+public:
+    ProgressLine() : shown_(::isatty(STDERR_FILENO) != 0) {}
+    ~ProgressLine() {
+        if (shown_)
+            std::cerr << kClear << std::flush;
+    }
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+
+    void operator()(const std::string& table, std::uint64_t done, std::uint64_t pages) {
+        const std::string line =
+            table + ": " + std::to_string(pages == 0 ? 100 : done * 100 / pages) + "%";
+        if (shown_ && line != last_)
+            std::cerr << kClear << line << std::flush;
+        last_ = line;
+    }
+
+private:
+    static constexpr const char* kClear = "\r\033[K";
+    bool shown_;
+    std::string last_;
+};
+
+const char* nameOf(jet::Loss::What what) {
+    switch (what) {
+    case jet::Loss::What::note:
+        return "aviso";
+    case jet::Loss::What::apart:
+        return "registro separado";
+    case jet::Loss::What::value:
+        return "campo perdido";
+    case jet::Loss::What::row:
+        return "registro perdido";
+    case jet::Loss::What::page:
+        return "página perdida";
+    case jet::Loss::What::table:
+        return "tabela perdida";
+    case jet::Loss::What::structure:
+        return "estrutura perdida";
+    }
+    return "";
+}
+
+void print(const jet::Loss& loss) {
+    std::cout << nameOf(loss.what) << ", página " << number(loss.page);
+    if (loss.slot)
+        std::cout << ", linha " << *loss.slot;
+    std::cout << ": " << (loss.table.empty() ? "" : "tabela \"" + loss.table + "\": ")
+              << loss.reason << '\n';
+}
+
+void printCounts(const jet::SalvageReport& report) {
+    std::uint64_t all = 0;
+    for (std::size_t i = 0; i < jet::kLossKinds; ++i)
+        all += report.counts[i];
+    if (all > report.losses.size())
+        std::cout << "(mais " << all - report.losses.size() << " ocorrências)\n";
+    for (const jet::SavedTable& table : report.tables) {
+        std::cout << "tabela \"" << table.name << "\": " << table.rows << " registros salvos";
+        if (table.apart > 0)
+            std::cout << " e " << table.apart << " separados em \"" << table.apartName << '"';
+        std::cout << "; ela dizia ter " << table.said << '\n';
+    }
+    using enum jet::Loss::What;
+    for (const auto what : {apart, value, row, page, table, structure})
+        if (const std::uint64_t count = report.count(what); count > 0)
+            std::cout << nameOf(what) << ": " << count << '\n';
+    for (const jet::Finding& finding : report.check.findings)
+        if (finding.severity == jet::Finding::Severity::error)
+            std::cout << "erro no arquivo novo, página " << number(finding.page) << ": "
+                      << finding.sentence << '\n';
+}
+
+} // namespace
+
+int runCompact(const Arguments& arguments) {
+    ProgressLine progress;
+    const jet::Compacted done =
+        jet::compact(arguments.path(), arguments.operand(1), std::ref(progress));
+    std::cout << done.tables << " tabelas, " << done.rows << " registros: de " << done.pagesBefore
+              << " páginas para " << done.pagesAfter << ".\n";
+    return kDone;
+}
+
+int runSalvage(const Arguments& arguments) {
+    ProgressLine progress;
+    const jet::SalvageReport report =
+        jet::salvage(arguments.path(), arguments.operand(1), std::ref(progress));
+    for (const jet::Loss& loss : report.losses)
+        print(loss);
+    printCounts(report);
+    const bool complete = report.complete() && report.check.sound();
+    std::cout << (complete ? "Tudo foi salvo.\n" : "O arquivo novo não tem tudo.\n");
+    return complete ? kDone : kProblems;
+}
+
+int runRestore(const Arguments& arguments) {
+    if (const auto kept = jet::restore(arguments.path(), arguments.operand(1)))
+        std::cout << "O arquivo substituído foi guardado como \"" << kept->string() << "\".\n";
+    return kDone;
+}
