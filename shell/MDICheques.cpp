@@ -5,6 +5,7 @@
 #include "controls/WindowList.h"
 #include "shell/AreaDeTrabalho.h"
 #include "shell/Comandos.h"
+#include "shell/CopiaDeSeguranca.h"
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
@@ -45,6 +46,8 @@ MDICheques::MDICheques() {
     montarBarra();
     lembrarLugar();
 }
+
+MDICheques::~MDICheques() = default;
 
 MDICheques& MDICheques::instance() { return WindowList::instance().one<MDICheques>(); }
 
@@ -155,9 +158,16 @@ void MDICheques::mostrarDentro(QWidget& janela) {
     janela.setFocus();
 }
 
+void MDICheques::cuidarDaCopia() {
+    copia_ = std::make_unique<CopiaDeSeguranca>(
+        dbconectar::instance().Automacao.database().path(),
+        [this](const QString& texto) { mensagem_->setText(texto); });
+}
+
 void MDICheques::encerrar() {
     if (std::exchange(encerrado_, true))
         return;
+    copia_.reset();
     userSettings().setValue(kPlaceKey, saveGeometry());
     dbconectar::instance().fechar();
     QCoreApplication::exit(EXIT_SUCCESS); // quit() would ask the other windows first

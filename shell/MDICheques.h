@@ -5,6 +5,9 @@
 #include <QMainWindow>
 #include <QTimer>
 
+#include <memory>
+
+class CopiaDeSeguranca;
 class QLabel;
 class QToolBar;
 
@@ -21,6 +24,7 @@ class MDICheques final : public QMainWindow {
     Q_OBJECT
 public:
     MDICheques();
+    ~MDICheques() override;
     /// The one main window, made on first use.
     static MDICheques& instance();
     /// Has the prompts of all windows shown here; the first prompt makes the window if there is
@@ -29,6 +33,10 @@ public:
 
     /// Shows a window inside this one, filling the work area, and brings it to the front.
     void mostrarDentro(QWidget& janela);
+
+    /// From now on looks after the daily copy of the open database; its news are shown in the status
+    /// bar.
+    void cuidarDaCopia();
 
     /// Closes the data and ends the program at once, whatever windows are open.
     void encerrar();
@@ -50,5 +58,6 @@ private:
     QLabel* mensagem_;
     QLabel* data_;
     QTimer Relogio;
+    std::unique_ptr<CopiaDeSeguranca> copia_;
     bool encerrado_ = false;
 };

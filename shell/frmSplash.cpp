@@ -55,4 +55,5 @@ void frmSplash::Timer1_Timer() {
     segundo.exec();
     unload();
     MDICheques::instance().show();
+    MDICheques::instance().cuidarDaCopia();
 }

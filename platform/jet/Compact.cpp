@@ -30,8 +30,8 @@ public:
         const std::vector<std::string> names = before_.allTableNames();
         require(names == after_.allTableNames(), "as tabelas");
         for (const std::string& name : names)
-            pages_[number(before_.table(name).definition().page())] =
-                number(after_.table(name).definition().page());
+            numbers_.add(before_.table(name).definition().page(),
+                         after_.table(name).definition().page());
         for (const std::string& name : names)
             compare(before_.table(name), after_.table(name));
     }
@@ -78,7 +78,8 @@ private:
         require(std::ranges::equal(ends, now,
                                    [&](const auto& a, const auto& b) {
                                        return a.logical == b.logical && a.partner == b.partner &&
-                                              pages_[number(a.otherTable)] == number(b.otherTable);
+                                              numbers_.translated(number(a.otherTable)) ==
+                                                  number(b.otherTable);
                                    }),
                 "os relacionamentos " + table_);
     }
@@ -103,9 +104,8 @@ private:
                 continue;
             }
             if (was[i].bytes.size() == 4 && holdsDefinitionPage(before.name(), column.name))
-                store<std::uint32_t>(
-                    was[i].bytes.data(),
-                    translatedObject(load<std::uint32_t>(was[i].bytes.data()), pages_));
+                store<std::uint32_t>(was[i].bytes.data(),
+                                     numbers_.translated(load<std::uint32_t>(was[i].bytes.data())));
             if (was[i].bytes != is[i].bytes)
                 return false;
         }
@@ -114,7 +114,7 @@ private:
 
     Database before_;
     Database after_;
-    std::map<std::uint32_t, std::uint32_t> pages_; ///< of definitions
+    PageNumbers numbers_;
     std::string table_;
 };
 

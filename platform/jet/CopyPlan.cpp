@@ -19,6 +19,7 @@ constexpr std::uint32_t kPageMask = 0x00FFFFFF;
 constexpr std::uint32_t kSystemFlag = 0x80000000;
 constexpr std::uint32_t kHiddenFlag = 0x00000002;
 constexpr std::uint32_t kFirstDefinition = 2;
+constexpr std::uint32_t kFirstUserDefinition = 6;
 enum ObjectType : std::int16_t {
     tableObject = 1,
     linkedOdbc = 4,
@@ -26,10 +27,29 @@ enum ObjectType : std::int16_t {
     relationship = 8
 };
 
+/// What every catalog has.
+struct CoreObject {
+    std::uint32_t id;
+    std::uint32_t parent;
+    const char* name;
+};
+constexpr std::uint32_t kRootFolder = 0x0F000000;
+constexpr CoreObject kCoreObjects[] = {
+    {0x0F000001, kRootFolder, "Tables"           },
+    {0x0F000002, kRootFolder, "Databases"        },
+    {0x0F000003, kRootFolder, "Relationships"    },
+    {0x10000000, 0x0F000002,  "MSysDb"           },
+    {2,          0x0F000001,  "MSysObjects"      },
+    {3,          0x0F000001,  "MSysACEs"         },
+    {4,          0x0F000001,  "MSysQueries"      },
+    {5,          0x0F000001,  "MSysRelationships"}
+};
+
 /// A row of the catalog.
 struct Object {
     RowId row;
     std::uint32_t id = 0;
+    std::uint32_t parent = 0;
     std::string name;
     std::int16_t type = 0;
     std::uint32_t flags = 0;
@@ -72,6 +92,7 @@ std::vector<Object> readObjects(SourceTable& objects) {
     std::vector<Object> found;
     objects.eachRow(false, [&](const SourceRow& row) {
         found.push_back({row.id, fields.number<std::uint32_t>(row.parts, "Id"),
+                         fields.number<std::uint32_t>(row.parts, "ParentId"),
                          fields.text(row.parts, "Name"),
                          fields.number<std::int16_t>(row.parts, "Type"),
                          fields.number<std::uint32_t>(row.parts, "Flags")});
@@ -82,6 +103,8 @@ std::vector<Object> readObjects(SourceTable& objects) {
 RewrittenTable rewritten(SourceFile& source, const std::string& name, bool user,
                          TableDefinition definition) {
     DefinitionImage image(source.pager(), definition);
+    if (source.damaged())
+        image.repair(definition);
     return {.source = std::make_shared<SourceTable>(source, name, std::move(definition)),
             .image = std::move(image),
             .name = name,
@@ -127,6 +150,7 @@ public:
         findApart(tables_.front());
         readCatalog(objects);
         findUnlisted();
+        dropHomeless();
         for (RewrittenTable& table : tables_)
             if (table.before() != kObjects) {
                 dropUnknownOrder(table);
@@ -179,14 +203,28 @@ private:
     }
 
     void readCatalog(SourceTable& objects) {
-        RewrittenTable& catalog = tables_.front();
-        std::set<PageNo> named;
         for (RewrittenTable& core : tables_)
             core.listed = false;
         for (Object& object : readObjects(objects)) {
-            if (std::ranges::binary_search(catalog.apart,
+            if (std::ranges::binary_search(tables_.front().apart,
                                            static_cast<std::uint32_t>(packed(object.row))))
                 continue;
+            if (object.name.empty() || object.id == 0 ||
+                (object.id >= kFirstUserDefinition && object.id <= kPageMask &&
+                 object.type != tableObject)) {
+                leaveOut(tables_.front(), object.row);
+                source_.losses().tell({Loss::What::row, "MSysObjects", object.row.page,
+                                       object.row.slot,
+                                       "o objeto \"" + object.name +
+                                           "\" não tem nome, ou o seu número não é o do seu tipo"});
+                continue;
+            }
+            if (isDamagedCore(object)) {
+                leaveOut(tables_.front(), object.row);
+                tell(Loss::What::note, "MSysObjects", object.row.page,
+                     "o objeto \"" + object.name + "\" do sistema estava danificado; foi refeito");
+                continue;
+            }
             names_.insert(foldedName(object.name));
             if (object.type == linkedTable || object.type == linkedOdbc)
                 linked_.insert(foldedName(object.name));
@@ -194,23 +232,34 @@ private:
             if (object.type != tableObject)
                 continue;
             const PageNo page = object.definition();
-            const auto core = std::ranges::find_if(
-                tables_, [&](const RewrittenTable& table) { return table.before() == page; });
-            if (core != tables_.end() && !core->listed && object.id == number(page)) {
-                core->listed = true;
+            const bool plain = object.id == number(page);
+            const bool core = number(page) < kFirstUserDefinition;
+            if (core && plain && number(page) >= kFirstDefinition &&
+                !tables_[number(page) - kFirstDefinition].listed) {
+                tables_[number(page) - kFirstDefinition].listed = true;
                 continue;
             }
             std::optional<TableDefinition> found;
-            if (core == tables_.end() && number(page) > kFirstDefinition &&
-                object.id == number(page))
+            if (!core && plain)
                 found = definitionOn(page);
             if (!found) {
-                leaveOut(catalog, object.row);
+                leaveOut(tables_.front(), object.row);
                 lost_.push_back(object);
                 continue;
             }
             tables_.push_back(rewritten(source_, object.name, object.user(), std::move(*found)));
         }
+    }
+
+    /// Whether an object stands where one of the system's own belongs, and isn't it.
+    static bool isDamagedCore(const Object& object) {
+        return std::ranges::any_of(kCoreObjects, [&](const CoreObject& core) {
+            const bool table = core.id < kFirstUserDefinition;
+            return core.id == object.id
+                       ? core.parent != object.parent || table != (object.type == tableObject)
+                       : core.parent == object.parent &&
+                             foldedName(core.name) == foldedName(object.name);
+        });
     }
 
     static void leaveOut(RewrittenTable& table, RowId row) {
@@ -245,6 +294,28 @@ private:
             tell(Loss::What::table, object.name, object.definition(),
                  "a definição da tabela não pode ser lida; páginas com registros dela: " +
                      std::to_string(source_.pagesOf(number(object.definition())).size()));
+    }
+
+    /// Objects whose folder is lost. A table gets a new place under its name.
+    void dropHomeless() {
+        std::set<std::uint32_t> homes{kRootFolder};
+        for (const CoreObject& core : kCoreObjects)
+            homes.insert(core.id);
+        for (const Object& object : objects_)
+            homes.insert(object.id);
+        for (const Object& object : objects_) {
+            if (homes.contains(object.parent))
+                continue;
+            leaveOut(tables_.front(), object.row);
+            const auto table = std::ranges::find_if(tables_, [&](const RewrittenTable& candidate) {
+                return candidate.listed && candidate.before() == object.definition() &&
+                       object.type == tableObject;
+            });
+            if (table != tables_.end())
+                table->listed = false;
+            tell(table != tables_.end() ? Loss::What::note : Loss::What::structure, "MSysObjects",
+                 object.row.page, "a pasta do objeto \"" + object.name + "\" não existe");
+        }
     }
 
     std::string freeName(const std::string& wanted) {

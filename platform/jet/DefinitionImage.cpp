@@ -1,6 +1,9 @@
 #include "jet/DefinitionImage.h"
 
+#include "jet/Names.h"
+
 #include <algorithm>
+#include <set>
 
 namespace jet {
 
@@ -20,6 +23,13 @@ constexpr std::size_t kCascadeUpdateAt = 17;
 constexpr std::size_t kCascadeDeleteAt = 18;
 constexpr std::size_t kKindAt = 19;
 constexpr std::uint8_t kNoCascade = 4;
+
+constexpr std::uint32_t kFirstUserDefinition = 6;
+constexpr std::uint8_t kUserTable = 0x4E;
+constexpr std::uint8_t kSystemTable = 0x53;
+constexpr std::size_t kMarkAt = 0x0C; // Jet 4, and again in every block
+constexpr std::uint32_t kMark = 0x659;
+constexpr std::uint32_t kIndexMark = 0x783;
 
 void storePointer(std::byte* at, RowId id) noexcept {
     store<std::uint32_t>(at, static_cast<std::uint32_t>(packed(id)));
@@ -71,17 +81,19 @@ DefinitionImage::DefinitionImage(const Format& format, Bytes bytes)
     study();
 }
 
+std::size_t DefinitionImage::behindNames(std::size_t from, std::size_t count) const {
+    const ByteView view(bytes_, PageNo{});
+    for (std::size_t i = 0; i < count; ++i)
+        from += format_->nameLengthSize +
+                (format_->nameLengthSize == 1 ? view.u8(from) : std::size_t{view.u16(from)});
+    return from;
+}
+
 void DefinitionImage::study() {
     const ByteView view(bytes_, PageNo{});
     const std::size_t columns = view.u16(format_->columnsAt);
     const std::size_t real = view.u32(format_->realIndexesAt);
     logicalIndexes_ = view.u32(format_->logicalIndexesAt);
-    const auto behindNames = [&](std::size_t at, std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i)
-            at += format_->nameLengthSize +
-                  (format_->nameLengthSize == 1 ? view.u8(at) : std::size_t{view.u16(at)});
-        return at;
-    };
     columnsAt_ = format_->definitionHeader + real * format_->statisticsSize;
     realIndexesAt_ = behindNames(columnsAt_ + columns * format_->columnSize, columns);
     logicalIndexesAt_ = realIndexesAt_ + real * format_->realIndexSize;
@@ -156,8 +168,85 @@ void DefinitionImage::dissolve(std::size_t logical) noexcept {
     store<std::uint8_t>(block + kKindAt, 0);
 }
 
+/// Two characters at the end of a name that is there already become others.
+void DefinitionImage::makeNamesDiffer(std::size_t from, std::size_t count) {
+    const std::size_t character = format_->isJet3() ? 1 : 2;
+    const TextCodec codec(format_->version);
+    std::vector<std::span<std::byte>> names;
+    std::multiset<std::string> all;
+    const auto folded = [&](std::span<const std::byte> name) {
+        return foldedName(codec.decode(name.first(name.size() / character * character)));
+    };
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t end = behindNames(from, 1);
+        names.push_back(
+            std::span(bytes_).subspan(from, end - from).subspan(format_->nameLengthSize));
+        all.insert(folded(names.back()));
+        from = end;
+    }
+    for (const std::span<std::byte> name : names)
+        for (unsigned i = 0; i < 256 && all.count(folded(name)) > 1 && name.size() >= 2 * character;
+             ++i) {
+            const std::string before = folded(name);
+            name[name.size() - 2 * character] = static_cast<std::byte>('0' + i / 16);
+            name[name.size() - character] = static_cast<std::byte>('0' + i % 16);
+            if (const std::string now = folded(name); now != before && !all.contains(now)) {
+                all.erase(all.find(before));
+                all.insert(now);
+                break;
+            }
+        }
+}
+
+void DefinitionImage::repairIndexes() {
+    constexpr std::uint8_t kRelationship = 2;
+    std::set<std::uint32_t> numbers;
+    std::uint32_t next = 0;
+    for (std::size_t i = 0; i < logicalIndexes_; ++i) {
+        std::byte* block = at(logicalOffset(i));
+        while (!numbers.insert(load<std::uint32_t>(block)).second)
+            store<std::uint32_t>(block, next++);
+        if (load<std::uint8_t>(block + kKindAt) > kRelationship)
+            store<std::uint8_t>(block + kKindAt, 0);
+    }
+}
+
+void DefinitionImage::listLongValues(TableDefinition& table) {
+    table.longValues.clear();
+    bytes_.resize(longValuesAt_);
+    for (const Column& column : table.columns)
+        if (isLongValue(column.type)) {
+            table.longValues.push_back({column.number, {}, RowId()});
+            const std::size_t block = bytes_.size();
+            bytes_.resize(block + kLongValueBlock);
+            store<std::uint16_t>(at(block), column.number);
+            store<std::uint32_t>(at(block + kFreeMapAt), 1); // there is one: see setLongValueMaps()
+        }
+    bytes_.resize(bytes_.size() + 2, std::byte{0xFF});
+    store<std::uint32_t>(at(kLengthAt), static_cast<std::uint32_t>(bytes_.size()));
+}
+
+void DefinitionImage::repair(TableDefinition& table) {
+    const std::size_t columns = load<std::uint16_t>(at(format_->columnsAt));
+    makeNamesDiffer(columnsAt_ + columns * format_->columnSize, columns);
+    makeNamesDiffer(logicalIndexesAt_ + logicalIndexes_ * format_->logicalIndexSize,
+                    logicalIndexes_);
+    repairIndexes();
+    listLongValues(table);
+    store<std::uint8_t>(at(format_->tableKindAt),
+                        number(table.page()) < kFirstUserDefinition ? kSystemTable : kUserTable);
+    if (format_->isJet3())
+        return;
+    store<std::uint32_t>(at(kMarkAt), kMark);
+    for (std::size_t i = 0; i < columns; ++i)
+        store<std::uint32_t>(at(columnsAt_ + i * format_->columnSize + 1), kMark);
+    for (std::size_t i = realIndexesAt_; i < logicalIndexesAt_; i += format_->realIndexSize)
+        store<std::uint32_t>(at(i), kIndexMark);
+    for (std::size_t i = 0; i < logicalIndexes_; ++i)
+        store<std::uint32_t>(at(logicalIndexesAt_ + i * format_->logicalIndexSize), kMark);
+}
+
 DefinitionImage DefinitionImage::withoutIndexes() const {
-    constexpr std::uint8_t kUserTable = 0x4E;
     const auto place = [&](std::size_t offset) {
         return bytes_.begin() + static_cast<std::ptrdiff_t>(offset);
     };

@@ -44,12 +44,20 @@ public:
     /// Makes the end of a relationship that no longer exists a plain index.
     void dissolve(std::size_t logical) noexcept;
 
+    /// Makes a definition that can be parsed one that a check has nothing against: constants,
+    /// names and numbers that must differ, the list of long-value columns. `table` is the same
+    /// parsed; its list of these becomes that of the image.
+    void repair(TableDefinition& table);
     /// The same columns without any index, as a table of the user.
     [[nodiscard]] DefinitionImage withoutIndexes() const;
 
 private:
     DefinitionImage(const Format& format, Bytes bytes);
     void study();
+    void makeNamesDiffer(std::size_t from, std::size_t count);
+    void repairIndexes();
+    void listLongValues(TableDefinition& table);
+    [[nodiscard]] std::size_t behindNames(std::size_t from, std::size_t count) const;
     [[nodiscard]] std::byte* at(std::size_t offset) noexcept { return bytes_.data() + offset; }
     [[nodiscard]] std::size_t logicalOffset(std::size_t logical) const noexcept;
 

@@ -38,15 +38,12 @@ bool holdsDefinitionPage(const std::string& table, const std::string& column) {
     });
 }
 
-std::uint32_t translatedObject(std::uint32_t object,
-                               const std::map<std::uint32_t, std::uint32_t>& pages) {
+std::uint32_t PageNumbers::translated(std::uint32_t object) const {
     if (object > kPageMask)
         return object;
-    if (const auto known = pages.find(object); known != pages.end())
+    if (const auto known = now_.find(object); known != now_.end())
         return known->second;
-    const bool taken =
-        std::ranges::any_of(pages, [&](const auto& page) { return page.second == object; });
-    return taken ? kPageMask - object : object;
+    return taken_.contains(object) ? kPageMask - object : object;
 }
 
 /// The copying of one table.
@@ -113,7 +110,7 @@ private:
         if (!stored || stored->size() != 4)
             return;
         store<std::uint32_t>(bytes_.data() + (stored->data() - row.bytes.data()),
-                             translatedObject(load<std::uint32_t>(stored->data()), owner_.pages_));
+                             owner_.numbers_.translated(load<std::uint32_t>(stored->data())));
     }
 
     void placeMaps() {
@@ -210,22 +207,27 @@ void Rewriter::takePages() {
         const std::size_t count = definitionPageCount(target_.format(), table.image.bytes().size());
         for (std::size_t i = 0; i < count; ++i)
             table.pages.push_back(core && i == 0 ? table.before() : target_.take());
-        if (!table.beside)
-            pages_[number(table.before())] = number(table.page());
+        if (table.beside) {
+            numbers_.add(table.page());
+        } else {
+            numbers_.add(table.before(), table.page());
+            places_.emplace(table.before(), static_cast<std::size_t>(&table - tables_.data()));
+        }
     }
 }
 
 const RewrittenTable* Rewriter::otherEnd(const DefinitionImage::End& end) const {
-    const auto found = std::ranges::find_if(tables_, [&](const RewrittenTable& table) {
-        return !table.beside && table.before() == end.otherTable;
-    });
-    if (found == tables_.end() || found->image.relationshipEnds().empty())
+    const auto place = places_.find(end.otherTable);
+    if (place == places_.end())
+        return nullptr;
+    const RewrittenTable* found = &tables_[place->second];
+    if (found->image.relationshipEnds().empty())
         return nullptr;
     const auto& indexes = found->source->definition().logicalIndexes;
     const bool there = std::ranges::any_of(indexes, [&](const LogicalIndex& index) {
         return index.number == static_cast<std::uint32_t>(end.partner);
     });
-    return there ? &*found : nullptr;
+    return there ? found : nullptr;
 }
 
 void Rewriter::linkRelationships(RewrittenTable& table) const {

@@ -5,6 +5,8 @@
 #include "jet/SourceTable.h"
 
 #include <map>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace jet {
 
@@ -12,11 +14,24 @@ namespace jet {
 /// another in the new file.
 [[nodiscard]] bool holdsDefinitionPage(const std::string& table, const std::string& column);
 
-/// The number in the new file of an object that has `object` in the source, given the definition
-/// pages before and now. One that belongs to no table any more (rights outlive what they were given
-/// on) doesn't become that of another.
-[[nodiscard]] std::uint32_t translatedObject(std::uint32_t object,
-                                             const std::map<std::uint32_t, std::uint32_t>& pages);
+/// The numbers of definition pages before and now.
+class PageNumbers {
+public:
+    void add(PageNo before, PageNo now) {
+        now_[number(before)] = number(now);
+        taken_.insert(number(now));
+    }
+    /// A new table that the source doesn't have.
+    void add(PageNo now) { taken_.insert(number(now)); }
+
+    /// The number in the new file of an object that has `object` in the source. One that belongs to
+    /// no table any more (rights outlive what they were given on) doesn't become that of another.
+    [[nodiscard]] std::uint32_t translated(std::uint32_t object) const;
+
+private:
+    std::unordered_map<std::uint32_t, std::uint32_t> now_;
+    std::unordered_set<std::uint32_t> taken_;
+};
 
 /// A table on its way into the new file.
 struct RewrittenTable {
@@ -62,7 +77,8 @@ private:
     NewFile& target_;
     std::vector<RewrittenTable>& tables_;
     Progress progress_;
-    std::map<std::uint32_t, std::uint32_t> pages_; ///< of definitions: before, now
+    std::unordered_map<PageNo, std::size_t> places_; ///< in tables_, by the definition before
+    PageNumbers numbers_;
 };
 
 } // namespace jet

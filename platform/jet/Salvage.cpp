@@ -34,7 +34,7 @@ void countRows(Losses& losses, const std::vector<RewrittenTable>& tables,
             continue;
         SavedTable saved{table.name, table.rows, table.apart.size(), {}, said[i]};
         for (const RewrittenTable& other : tables)
-            if (other.beside && other.source == table.source)
+            if (saved.apart > 0 && other.beside && other.source == table.source)
                 saved.apartName = other.name;
         if (saved.rows + saved.apart < saved.said)
             losses.tell({Loss::What::note,

@@ -66,6 +66,7 @@ SourceFile::SourceFile(const std::filesystem::path& path, Losses& losses) : loss
         if (rebuiltHeader_ && std::ranges::count(kinds_, PageKind::definition) == 0)
             throw Error(Errc::unsupported, "O arquivo não é um banco de dados .mdb.");
         readFreeMap();
+        listOwned();
     }
 }
 
@@ -163,12 +164,16 @@ bool SourceFile::isFree(PageNo page) const noexcept {
     return number(page) < free_.size() && free_[number(page)];
 }
 
-std::vector<PageNo> SourceFile::pagesOf(std::uint32_t owner) const {
-    std::vector<PageNo> pages;
+void SourceFile::listOwned() {
     for (std::uint32_t i = 0; i < owners_.size(); ++i)
-        if (kinds_[i] == PageKind::data && owners_[i] == owner && !free_[i])
-            pages.push_back(static_cast<PageNo>(i));
-    return pages;
+        if (kinds_[i] == PageKind::data && !free_[i])
+            owned_[owners_[i]].push_back(static_cast<PageNo>(i));
+}
+
+const std::vector<PageNo>& SourceFile::pagesOf(std::uint32_t owner) const noexcept {
+    static const std::vector<PageNo> none;
+    const auto found = owned_.find(owner);
+    return found == owned_.end() ? none : found->second;
 }
 
 } // namespace jet

@@ -4,6 +4,8 @@
 #include "jet/Losses.h"
 #include "jet/TableDefinition.h"
 
+#include <unordered_map>
+
 namespace jet {
 
 /// A file that is read to be written anew. A sound one is taken at the word of its maps and its
@@ -31,12 +33,13 @@ public:
     [[nodiscard]] std::uint32_t owner(PageNo page) const noexcept;
     [[nodiscard]] bool isFree(PageNo page) const noexcept;
     /// The pages that say they hold rows of `owner` and aren't free, ascending.
-    [[nodiscard]] std::vector<PageNo> pagesOf(std::uint32_t owner) const;
+    [[nodiscard]] const std::vector<PageNo>& pagesOf(std::uint32_t owner) const noexcept;
 
 private:
     void readHeader(const File& file);
     void survey();
     void readFreeMap();
+    void listOwned();
 
     Losses& losses_;
     Header header_;
@@ -47,6 +50,7 @@ private:
     std::vector<PageKind> kinds_;
     std::vector<std::uint32_t> owners_;
     std::vector<bool> free_;
+    std::unordered_map<std::uint32_t, std::vector<PageNo>> owned_; ///< by owner
 };
 
 } // namespace jet

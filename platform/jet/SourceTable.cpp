@@ -6,6 +6,7 @@
 #include "jet/UsageMap.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace jet {
 
@@ -65,11 +66,9 @@ void SourceTable::findPages() {
     }
     if (!file_.damaged())
         return;
-    for (const PageNo page : file_.pagesOf(me))
-        if (!std::ranges::binary_search(pages_, page)) {
-            const auto at = std::ranges::lower_bound(pages_, page);
-            pages_.insert(at, page);
-        }
+    std::vector<PageNo> all;
+    std::ranges::set_union(pages_, file_.pagesOf(me), std::back_inserter(all));
+    pages_ = std::move(all);
 }
 
 void SourceTable::eachRow(bool tells, const Visit& visit,

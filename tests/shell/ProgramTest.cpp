@@ -1,3 +1,4 @@
+#include "jet/Check.h"
 #include "support/QtPrinters.h"
 #include "support/ShopDatabase.h"
 
@@ -105,6 +106,16 @@ TEST_F(Program, LeavesNoLockBehind) {
     expectEnd(0);
     jet::Database database(shop.file());
     EXPECT_FALSE(database.readOnlyReason().has_value());
+}
+
+TEST_F(Program, MakesTheCopyOfTheDayOrNone) {
+    const ShopDatabase shop;
+    writeInitIni(shop.folder().string());
+    run();
+    expectEnd(0);
+    ASSERT_TRUE(std::filesystem::is_directory(shop.folder() / "backup"));
+    for (const auto& copy : std::filesystem::directory_iterator(shop.folder() / "backup"))
+        EXPECT_TRUE(jet::check(copy.path()).clean()) << copy.path();
 }
 
 TEST_F(Program, WithoutInitIniTheDatabaseIsBesideTheProgram) {

@@ -319,4 +319,72 @@ TEST(ToolsUsage, WhatCantBeReadFailsWithASentence) {
     EXPECT_EQ(run({"create", (folder / "pasta/que/falta.mdb").string()}).code, 1);
 }
 
+TEST_P(Tools, CompactMakesTheSameDatabaseSmaller) {
+    const std::string path = sample();
+    {
+        jet::Database database(path);
+        jet::Table& cheques = database.table("cheques");
+        std::vector<jet::RowId> all;
+        jet::RowCursor row = cheques.scan();
+        for (bool there = row.first(); there; there = row.next())
+            all.push_back(row.id());
+        for (std::size_t i = 0; i < all.size(); ++i)
+            if (i % 4 != 0)
+                cheques.erase(all[i]);
+    }
+    EXPECT_THAT(outputOf({"compact", path, file("menor.mdb")}),
+                MatchesRegex("8 tabelas, [0-9]+ registros: de [0-9]+ páginas para [0-9]+\\.\n"));
+    EXPECT_LT(std::filesystem::file_size(file("menor.mdb")), std::filesystem::file_size(path));
+    for (const std::string& table : kTables)
+        EXPECT_EQ(dumped(file("menor.mdb"), table), dumped(path, table)) << table;
+
+    const ProgramResult again = run({"compact", path, file("menor.mdb")});
+    EXPECT_EQ(again.code, 1);
+    EXPECT_THAT(again.err, HasSubstr("já existe"));
+}
+
+TEST_P(Tools, SalvageSavesWhatCanBeReadAndSaysWhatIsMissing) {
+    const std::string path = sample();
+    EXPECT_THAT(outputOf({"salvage", path, file("salvo.mdb")}),
+                testing::AllOf(HasSubstr("tabela \"cheques\": 1000 registros salvos; ela dizia ter "
+                                         "1000\n"),
+                               HasSubstr("Tudo foi salvo.")));
+    for (const std::string& table : kTables)
+        EXPECT_EQ(dumped(file("salvo.mdb"), table), dumped(path, table)) << table;
+
+    jet::PageNo lost{};
+    std::size_t pageSize = 0;
+    {
+        jet::Database database(path);
+        pageSize = database.pager().format().pageSize;
+        jet::RowCursor row = database.table("cheques").scan();
+        ASSERT_TRUE(row.first());
+        lost = row.id().page;
+    }
+    std::fstream damaged(path, std::ios::binary | std::ios::in | std::ios::out);
+    damaged.seekp(static_cast<std::streamoff>(number(lost) * pageSize));
+    damaged << std::string(pageSize, '\0');
+    damaged.close();
+    const ProgramResult result = run({"salvage", path, file("resto.mdb")});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_THAT(result.out,
+                testing::AllOf(HasSubstr("página perdida, página " + std::to_string(number(lost)) +
+                                         ": tabela \"cheques\""),
+                               HasSubstr("O arquivo novo não tem tudo.")));
+    EXPECT_TRUE(jet::check(file("resto.mdb")).clean());
+}
+
+TEST_P(Tools, RestorePutsACopyInPlace) {
+    const std::string path = sample();
+    const std::string copy = sample({"--cheques", "5"}, "copia.mdb");
+    EXPECT_THAT(outputOf({"restore", copy, path}),
+                HasSubstr("O arquivo substituído foi guardado como"));
+    EXPECT_EQ(dumped(path, "cheques").size(), 6U);
+
+    const jet::Database open(path);
+    const ProgramResult result = run({"restore", copy, path});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_THAT(result.err, HasSubstr("está aberto em outro programa"));
+}
+
 } // namespace

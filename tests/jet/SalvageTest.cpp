@@ -1,0 +1,386 @@
+// What is left of a damaged file is in the new one, and what isn't there is told.
+#include "jet/Salvage.h"
+
+#include "jet/Copies.h"
+#include "jet/DamagedFile.h"
+#include "support/Samples.h"
+#include "support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <random>
+#include <set>
+
+using namespace jet;
+
+namespace {
+
+class Salvage : public testing::TestWithParam<Version> {
+protected:
+    Salvage() {
+        Database database(file_.path(), {true, {}, {}});
+        for (const RowId id : file_.rows)
+            cheques_.push_back(*database.table("Cheques").read(id));
+        others_ = rowsOf(database, "Outra");
+    }
+
+    /// Saves the damage, and what can be saved of the file.
+    SalvageReport& salvageIt() {
+        file_.save();
+        const std::string damaged = contentOf(file_.path());
+        std::filesystem::remove(target_);
+        report_ = salvage(file_.path(), target_);
+        EXPECT_TRUE(contentOf(file_.path()) == damaged) << "the source is only read";
+        EXPECT_TRUE(check(target_).sound()) << listed(check(target_));
+        EXPECT_EQ(filesIn(folder_.path()), std::vector<std::string>{"salvo.mdb"});
+        return report_;
+    }
+
+    /// Every row of "Cheques" is in the new file as it was, or told to be missing, or to have lost
+    /// the field it differs in.
+    void expectNothingDroppedSilently(const std::string& table = "Cheques") {
+        Database database(target_);
+        std::map<std::int64_t, Row> saved;
+        for (const std::string& name : {table, table + "_separados"})
+            if (database.hasTable(name))
+                for (Row& row : rowsOf(database, name))
+                    saved.emplace(std::get<std::int64_t>(row.front()), std::move(row));
+        for (std::size_t i = 0; i < cheques_.size(); ++i) {
+            SCOPED_TRACE("row " + std::to_string(i));
+            const auto number = std::get<std::int64_t>(cheques_[i].front());
+            const auto found = saved.find(number);
+            if (found == saved.end()) {
+                EXPECT_TRUE(isTold(file_.rows[i], {Loss::What::row, Loss::What::page}))
+                    << told(report_);
+                continue;
+            }
+            for (std::size_t column = 0; column < cheques_[i].size(); ++column)
+                if (found->second[column] != cheques_[i][column]) {
+                    EXPECT_TRUE(isNull(found->second[column]));
+                    EXPECT_TRUE(isTold(file_.rows[i], {Loss::What::value})) << told(report_);
+                }
+        }
+    }
+
+    /// A loss of one of these kinds names the row or its page.
+    [[nodiscard]] bool isTold(RowId row, const std::vector<Loss::What>& kinds) const {
+        return std::ranges::any_of(report_.losses, [&](const Loss& loss) {
+            return std::ranges::count(kinds, loss.what) > 0 && loss.page == row.page &&
+                   (!loss.slot || *loss.slot == row.slot);
+        });
+    }
+    [[nodiscard]] static std::string told(const SalvageReport& report) {
+        std::string text;
+        for (const Loss& loss : report.losses)
+            text += std::to_string(static_cast<int>(loss.what)) + " " + loss.table + " " +
+                    std::to_string(number(loss.page)) + ": " + loss.reason + "\n";
+        return text;
+    }
+    void expectAll(const std::string& table = "Cheques", const std::string& other = "Outra") {
+        Database database(target_);
+        EXPECT_TRUE(rowsOf(database, table) == cheques_);
+        EXPECT_TRUE(rowsOf(database, other) == others_);
+    }
+
+    void wipe(PageNo page) {
+        std::ranges::fill(file_.page(page), std::byte{});
+    }
+    void wipe(RowId map) { std::ranges::fill(file_.bytesOf(map), std::byte{0xEE}); }
+
+    DamagedFile file_{GetParam()};
+    std::vector<Row> cheques_; ///< in the order of DamagedFile::rows
+    std::vector<Row> others_;
+    TemporaryFolder folder_;
+    std::filesystem::path target_ = folder_ / "salvo.mdb";
+    SalvageReport report_;
+};
+
+INSTANTIATE_TEST_SUITE_P(, Salvage, testing::Values(Version::jet3, Version::jet4),
+                         [](const testing::TestParamInfo<Version>& chosen) {
+                             return chosen.param == Version::jet3 ? "Jet3" : "Jet4";
+                         });
+
+TEST_P(Salvage, OfASoundFileIsComplete) {
+    EXPECT_TRUE(salvageIt().complete()) << told(report_);
+    EXPECT_TRUE(report_.losses.empty()) << told(report_);
+    expectAll();
+    ASSERT_EQ(report_.tables.size(), 3U);
+    EXPECT_EQ(report_.tables.front().rows, cheques_.size());
+    EXPECT_EQ(report_.tables.front().said, cheques_.size());
+}
+
+TEST_P(Salvage, IndexesAreBuiltFromTheRows) {
+    for (const RealIndex& index : file_.cheques.realIndexes)
+        wipe(index.root);
+    EXPECT_TRUE(salvageIt().complete()) << told(report_);
+    expectAll();
+}
+
+TEST_P(Salvage, WithoutATablesMapItsPagesAreFound) {
+    wipe(file_.cheques.ownedMap);
+    wipe(file_.cheques.freeMap);
+    salvageIt();
+    expectAll();
+}
+
+TEST_P(Salvage, WithoutAMapThatKnowsAllPagesTheOthersAreFound) {
+    for (const PageNo page : file_.pages)
+        file_.setBit(file_.cheques.ownedMap, page, false);
+    salvageIt();
+    expectAll();
+}
+
+TEST_P(Salvage, WithoutTheMapOfFreePages) {
+    wipe(PageNo{1});
+    salvageIt();
+    expectAll();
+}
+
+TEST_P(Salvage, WithoutTheHeader) {
+    wipe(PageNo{0});
+    EXPECT_FALSE(salvageIt().losses.empty());
+    expectAll();
+}
+
+TEST_P(Salvage, WithoutTheCatalogsDefinition) {
+    wipe(PageNo{2});
+    salvageIt();
+    expectAll();
+    EXPECT_NE(told(report_).find("MSysObjects"), std::string::npos);
+}
+
+TEST_P(Salvage, WithoutAnySystemTablesDefinition) {
+    for (const std::uint32_t page : {2U, 3U, 4U, 5U})
+        wipe(PageNo{page});
+    salvageIt();
+    expectAll();
+}
+
+TEST_P(Salvage, WithoutTheCatalogsRowsTablesAreKnownByTheirPages) {
+    {
+        Database database(file_.path(), {true, {}, {}});
+        const UsageMap pages(database.pager(),
+                             database.table("MSysObjects").definition().ownedMap);
+        for (auto page = pages.next(0); page; page = pages.next(number(*page) + 1))
+            wipe(*page);
+    }
+    salvageIt();
+    expectAll("recuperada_" + std::to_string(number(file_.cheques.page())),
+              "recuperada_" + std::to_string(number(file_.other.page())));
+}
+
+TEST_P(Salvage, ATableWhoseDefinitionIsLostIsTold) {
+    wipe(file_.cheques.page());
+    EXPECT_EQ(salvageIt().count(Loss::What::table), 1U) << told(report_);
+    EXPECT_FALSE(report_.complete());
+    Database database(target_);
+    EXPECT_FALSE(database.hasTable("Cheques"));
+    EXPECT_TRUE(rowsOf(database, "Outra") == others_);
+}
+
+TEST_P(Salvage, ATableOfWhichTheCatalogHasTheWrongPageKeepsItsName) {
+    // The number in the catalog's row, found by the table's name beside it.
+    file_.withDatabase([&](Database& database) {
+        Table& objects = database.table("MSysObjects");
+        RowCursor row = objects.scan();
+        for (bool there = row.first(); there; there = row.next())
+            if (row.row().integer(*objects.findColumn("Id")) == number(file_.cheques.page())) {
+                objects.update(row.id(), std::vector<Assignment>{
+                                             {*objects.findColumn("Id"), std::int64_t{900'000}}
+                });
+                break;
+            }
+    });
+    salvageIt();
+    expectAll();
+}
+
+TEST_P(Salvage, ALostPageIsToldAndTheRestSaved) {
+    for (const PageNo page : file_.pages) {
+        SCOPED_TRACE(number(page));
+        file_.restore();
+        wipe(page);
+        EXPECT_FALSE(salvageIt().complete());
+        EXPECT_GE(report_.count(Loss::What::page), 1U);
+        expectNothingDroppedSilently();
+        Database database(target_);
+        EXPECT_TRUE(rowsOf(database, "Outra") == others_);
+    }
+}
+
+TEST_P(Salvage, ASlotOutsideItsPageCostsItsRowAndItsNeighbour) {
+    file_.put<std::uint16_t>(file_.plain.page, file_.slotAt(file_.plain.slot), 0x1FFF);
+    salvageIt();
+    EXPECT_GE(report_.count(Loss::What::row), 1U);
+    EXPECT_LE(report_.count(Loss::What::row), 2U);
+    expectNothingDroppedSilently();
+}
+
+TEST_P(Salvage, ARowThatHasMovedIsFoundWithoutItsPointer) {
+    ASSERT_EQ(file_.slot(file_.moved).kind, SlotKind::pointer);
+    std::ranges::fill(file_.bytesOf(file_.moved).first(4), std::byte{0x77});
+    salvageIt();
+    expectNothingDroppedSilently();
+    Database database(target_);
+    EXPECT_EQ(rowsOf(database, "Cheques").size(), cheques_.size());
+}
+
+TEST_P(Salvage, ALongValueCutShortLeavesItsFieldEmpty) {
+    for (const RowId part : {file_.chainParts[1], file_.singlePart}) {
+        file_.restore();
+        file_.put<std::uint16_t>(part.page, file_.slotAt(part.slot), 0xC000U);
+        salvageIt();
+        EXPECT_GE(report_.count(Loss::What::value), 1U) << told(report_);
+        expectNothingDroppedSilently();
+        Database database(target_);
+        EXPECT_EQ(rowsOf(database, "Cheques").size(), cheques_.size());
+    }
+}
+
+TEST_P(Salvage, ALongValueInACircleEnds) {
+    const RowId last = file_.chainParts.back();
+    store<std::uint32_t>(file_.bytesOf(last).data(),
+                         static_cast<std::uint32_t>(packed(file_.chainParts.front())));
+    store<std::uint32_t>(file_.bytesOf(file_.chain).data() + file_.chainField, 0x3FFFFFFF);
+    salvageIt();
+    EXPECT_TRUE(isTold(file_.chain, {Loss::What::value})) << told(report_);
+    expectNothingDroppedSilently();
+}
+
+TEST_P(Salvage, RowsThatRepeatAKeyAreSetApart) {
+    // A page stands where another stood, as when the disk wrote to the wrong place.
+    const PageNo first = file_.pages[0];
+    const PageNo second = file_.pages[1];
+    std::ranges::copy(file_.page(first), file_.page(second).begin());
+    salvageIt();
+    EXPECT_GT(report_.count(Loss::What::apart), 0U);
+    EXPECT_FALSE(report_.complete());
+    Database database(target_);
+    const auto apart = rowsOf(database, "Cheques_separados");
+    EXPECT_EQ(apart.size(), report_.count(Loss::What::apart));
+    std::vector<Row> kept = rowsOf(database, "Cheques");
+    for (const Row& row : apart)
+        EXPECT_EQ(std::ranges::count(kept, row), 1) << "it repeats a row that was kept";
+    EXPECT_EQ(report_.tables.front().apartName, "Cheques_separados");
+    EXPECT_FALSE(database.table("Cheques_separados").readOnlyReason());
+}
+
+TEST_P(Salvage, ATornOrMissingEndIsTold) {
+    const std::size_t size = std::filesystem::file_size(file_.path());
+    for (const std::size_t missing : {std::size_t{100}, file_.format().pageSize,
+                                      7 * file_.format().pageSize + 1}) {
+        SCOPED_TRACE(missing);
+        file_.restore();
+        file_.resize(size - missing);
+        EXPECT_GE(salvageIt().losses.size(), missing % file_.format().pageSize != 0 ? 1U : 0U);
+        if (const Database database(target_); database.hasTable("Cheques")) {
+            const auto table = std::ranges::find(report_.tables, "Cheques", &SavedTable::name);
+            ASSERT_NE(table, report_.tables.end());
+            EXPECT_TRUE(table->rows + table->apart == cheques_.size() || !report_.complete());
+        }
+    }
+}
+
+TEST_P(Salvage, ARelationshipWithALostTableIsDissolved) {
+    file_.withDatabase([&](Database& database) {
+        Table& relationships = database.table("MSysRelationships");
+        for (const char* other : {"Outra", "Larga"})
+            relationships.insert(Row{std::string("ChequesDe") + other, std::int64_t{0},
+                                     std::int64_t{1}, std::int64_t{0}, std::string(other),
+                                     std::string("Larga") == other ? std::string("coluna numero 3")
+                                                                   : std::string("texto"),
+                                     std::string("Larga"), std::string("coluna numero 1")});
+    });
+    wipe(file_.other.page());
+    salvageIt();
+    EXPECT_EQ(report_.count(Loss::What::structure), 1U) << told(report_);
+    Database database(target_);
+    EXPECT_EQ(database.table("MSysRelationships").rowCount(), 1);
+}
+
+TEST_P(Salvage, RefusesWhatNeverWasADatabase) {
+    const auto text = folder_ / "carta.txt";
+    std::ofstream(text) << std::string(50'000, 'x');
+    expectError(Errc::unsupported, "não é um banco de dados",
+                [&] { (void)salvage(text, target_); });
+    std::ofstream(text) << "pouco";
+    expectError(Errc::unsupported, "não é um banco de dados",
+                [&] { (void)salvage(text, target_); });
+    EXPECT_FALSE(std::filesystem::exists(target_));
+}
+
+TEST_P(Salvage, RefusesATargetThatIsThere) {
+    std::ofstream(target_) << "meu";
+    expectError(Errc::exists, "já existe", [&] { (void)salvage(file_.path(), target_); });
+    EXPECT_EQ(contentOf(target_), "meu");
+}
+
+/// Any bytes may be wrong: it ends, with a sound file or with a sentence.
+TEST_P(Salvage, AnyDamageEnds) {
+    std::mt19937 random(11);
+    file_.save();
+    const std::size_t size = std::filesystem::file_size(file_.path());
+    const std::size_t pageSize = file_.format().pageSize;
+    const auto pages = static_cast<std::uint32_t>(size / pageSize);
+    for (int round = 0; round < 120; ++round) {
+        SCOPED_TRACE("round " + std::to_string(round));
+        file_.restore();
+        const PageNo page{static_cast<std::uint32_t>(random() % pages)};
+        const std::span<std::byte> bytes = file_.page(page);
+        switch (round % 4) {
+        case 0: // another page, or the same with another's head
+            std::ranges::copy(
+                file_.page(PageNo{static_cast<std::uint32_t>(random() % pages)})
+                    .first(round % 8 == 0 ? pageSize : 32),
+                bytes.begin());
+            break;
+        case 1: // noise behind the head of a page
+            for (std::byte& b : bytes.subspan(16))
+                b = static_cast<std::byte>(random());
+            break;
+        case 2: // a few wrong bytes on one page
+            for (int i = 0; i < 12; ++i)
+                bytes[random() % pageSize] = static_cast<std::byte>(random());
+            break;
+        default: // wrong bytes anywhere
+            for (int i = 0; i < 60; ++i)
+                file_.page(PageNo{static_cast<std::uint32_t>(random() % pages)})[random() %
+                                                                                pageSize] =
+                    static_cast<std::byte>(random());
+        }
+        file_.save();
+        std::filesystem::remove(target_);
+        try {
+            const SalvageReport report = salvage(file_.path(), target_);
+            EXPECT_TRUE(report.check.sound()) << told(report) << listed(report.check);
+        } catch (const Error& error) {
+            EXPECT_EQ(error.code(), Errc::unsupported) << error.what();
+            EXPECT_FALSE(std::filesystem::exists(target_));
+        }
+    }
+}
+
+TEST(SalvageSamples, AreComplete) {
+    const auto folder = samplesFolder();
+    if (!folder)
+        GTEST_SKIP() << "no sample databases here";
+    const TemporaryFolder to;
+    for (const auto& entry : std::filesystem::directory_iterator(*folder / "samples")) {
+        if (entry.path().extension() != ".mdb")
+            continue;
+        SCOPED_TRACE(entry.path().filename().string());
+        const auto target = to / entry.path().filename().c_str();
+        const SalvageReport report = salvage(entry.path(), target);
+        EXPECT_TRUE(report.complete());
+        EXPECT_TRUE(report.check.sound());
+        Database::Options options{true, {}, {}};
+        if (entry.path().filename() == "password.mdb")
+            options.password = "ucanaccess";
+        Database before(entry.path(), options);
+        Database after(target, options);
+        ASSERT_EQ(after.allTableNames(), before.allTableNames());
+        for (const std::string& name : before.tableNames())
+            EXPECT_TRUE(rowsOf(before, name) == rowsOf(after, name)) << name;
+    }
+}
+
+} // namespace
