@@ -34,8 +34,8 @@ public:
     /// Shows a window inside this one, filling the work area, and brings it to the front.
     void mostrarDentro(QWidget& janela);
 
-    /// From now on looks after the daily copy of the open database; its news are shown in the status
-    /// bar.
+    /// From now on looks after the daily copy of the open database; its news are shown in the
+    /// status bar.
     void cuidarDaCopia();
 
     /// Closes the data and ends the program at once, whatever windows are open.

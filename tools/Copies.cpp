@@ -34,25 +34,12 @@ private:
     std::string last_;
 };
 
-const char* nameOf(jet::Loss::What what) {
-    switch (what) {
-    case jet::Loss::What::note:
-        return "aviso";
-    case jet::Loss::What::apart:
-        return "registro separado";
-    case jet::Loss::What::value:
-        return "campo perdido";
-    case jet::Loss::What::row:
-        return "registro perdido";
-    case jet::Loss::What::page:
-        return "página perdida";
-    case jet::Loss::What::table:
-        return "tabela perdida";
-    case jet::Loss::What::structure:
-        return "estrutura perdida";
-    }
-    return "";
-}
+/// In the order of jet::Loss::What.
+constexpr const char* kNames[jet::kLossKinds] = {
+    "aviso",          "registro separado", "campo perdido",    "registro perdido",
+    "página perdida", "tabela perdida",    "estrutura perdida"};
+
+const char* nameOf(jet::Loss::What what) { return kNames[static_cast<std::size_t>(what)]; }
 
 void print(const jet::Loss& loss) {
     std::cout << nameOf(loss.what) << ", página " << number(loss.page);

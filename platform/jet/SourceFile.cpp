@@ -13,6 +13,7 @@ constexpr PageKind kUnreadable{0xFF};
 constexpr RowId kFreeMap{PageNo{1}, 0};
 constexpr std::size_t kPointersAt = 0x18; // where the maps and the system tables are: alike in all
 constexpr std::size_t kPointersEnd = 0x30;
+constexpr std::ptrdiff_t kCodePageAt = 0x3C;
 constexpr std::size_t kCommitPairs = 256;
 constexpr std::uint16_t kNobodyAtWork = 0x0100;
 constexpr std::uint32_t kCoreEnd = 6;
@@ -75,7 +76,6 @@ void SourceFile::readHeader(const File& file) {
     try {
         file.read(0, first);
         header_ = parseHeader(first);
-        (void)TextCodec(header_.version, header_.codePage);
         first.resize(formatOf(header_.version).pageSize);
         newHeader_ = std::move(first);
     } catch (const Error& error) {
@@ -97,8 +97,26 @@ void SourceFile::readHeader(const File& file) {
     const Bytes sound = buildHeader(header_.version);
     std::copy(sound.begin() + kPointersAt, sound.begin() + kPointersEnd,
               newHeader_.begin() + kPointersAt);
+    if (damaged() && !isKnownCodePage()) {
+        std::copy_n(sound.begin() + kCodePageAt, 2, newHeader_.begin() + kCodePageAt);
+        header_.codePage = parseHeader(newHeader_).codePage;
+        losses_.tell({Loss::What::note,
+                      "",
+                      PageNo{0},
+                      {},
+                      "a página de código do arquivo não existe; ficou a 1252"});
+    }
     for (std::size_t i = 0; i < kCommitPairs; ++i)
         store<std::uint16_t>(newHeader_.data() + format.commitPairsAt + 2 * i, kNobodyAtWork);
+}
+
+bool SourceFile::isKnownCodePage() const {
+    try {
+        (void)TextCodec(header_.version, header_.codePage);
+        return true;
+    } catch (const Error&) {
+        return false;
+    }
 }
 
 std::optional<PageRef> SourceFile::page(PageNo page) {

@@ -37,6 +37,7 @@ public:
 
 private:
     void readHeader(const File& file);
+    [[nodiscard]] bool isKnownCodePage() const;
     void survey();
     void readFreeMap();
     void listOwned();

@@ -54,9 +54,9 @@ TEST_F(Backups, OneADayFromMidnightToMidnight) {
     EXPECT_TRUE(on(2004y / 2 / 29).makeIfDue());
     EXPECT_TRUE(on(2004y / 3 / 1).makeIfDue());
     EXPECT_TRUE(on(2005y / 1 / 1).makeIfDue()); // after a long holiday
-    EXPECT_EQ(copies(), (std::vector<std::string>{
-                            "automacao-2004-02-28.mdb", "automacao-2004-02-29.mdb",
-                            "automacao-2004-03-01.mdb", "automacao-2005-01-01.mdb"}));
+    EXPECT_EQ(copies(),
+              (std::vector<std::string>{"automacao-2004-02-28.mdb", "automacao-2004-02-29.mdb",
+                                        "automacao-2004-03-01.mdb", "automacao-2005-01-01.mdb"}));
 }
 
 TEST_F(Backups, TheLastTenAreKept) {
@@ -132,8 +132,7 @@ TEST_F(Backups, LeftoversOfAnEarlierDayGo) {
     std::filesystem::create_directory(leftover.parent_path());
     std::ofstream(leftover) << "meia cópia";
     std::ofstream(recent) << "de outro programa, agora mesmo";
-    std::filesystem::last_write_time(leftover,
-                                     std::filesystem::file_time_type::clock::now() - 25h);
+    std::filesystem::last_write_time(leftover, std::filesystem::file_time_type::clock::now() - 25h);
     on(2004y / 5 / 1).makeIfDue();
     EXPECT_FALSE(std::filesystem::exists(leftover));
     EXPECT_TRUE(std::filesystem::exists(recent));

@@ -6,8 +6,8 @@
 #include "jet/DefinitionImage.h"
 #include "jet/IndependentReader.h"
 #include "jet/Rewriter.h"
+#include "jet/SampleFiles.h"
 #include "support/MdbTools.h"
-#include "support/Samples.h"
 #include "support/TemporaryFolder.h"
 
 #include <algorithm>
@@ -19,25 +19,6 @@
 using namespace jet;
 
 namespace {
-
-std::vector<std::filesystem::path> samples() {
-    std::vector<std::filesystem::path> files;
-    if (const auto folder = samplesFolder()) {
-        for (const auto& entry : std::filesystem::directory_iterator(*folder / "samples"))
-            if (entry.path().extension() == ".mdb")
-                files.push_back(entry.path());
-        files.push_back(*folder / "automacao-jet4.mdb");
-    }
-    return files;
-}
-
-Database::Options toRead(const std::filesystem::path& file) {
-    Database::Options options;
-    options.readOnly = true;
-    if (file.filename() == "password.mdb")
-        options.password = "ucanaccess";
-    return options;
-}
 
 std::vector<std::string> sortedLines(const std::string& text) {
     std::vector<std::string> lines;
@@ -62,7 +43,7 @@ std::multiset<std::pair<std::string, std::string>> ends(Database& database) {
 }
 
 TEST(CompactSamples, KeepEverything) {
-    const auto files = samples();
+    const auto files = sampleFiles();
     if (files.empty())
         GTEST_SKIP() << "no sample databases here";
     const TemporaryFolder folder;
@@ -76,8 +57,8 @@ TEST(CompactSamples, KeepEverything) {
         EXPECT_TRUE(check(small).sound());
         EXPECT_EQ(check(small).freePages, 0U);
 
-        Database before(file, toRead(file));
-        Database after(small, toRead(file)); // the password too
+        Database before(file, optionsFor(file));
+        Database after(small, optionsFor(file)); // the password too
         ASSERT_EQ(after.allTableNames(), before.allTableNames());
         EXPECT_EQ(ends(after), ends(before));
         for (const std::string& name : before.allTableNames()) {
@@ -91,7 +72,7 @@ TEST(CompactSamples, KeepEverything) {
 }
 
 TEST(CompactSamples, ReadAsBeforeByTheIndependentReader) {
-    const auto files = samples();
+    const auto files = sampleFiles();
     if (files.empty() || !hasMdbTools())
         GTEST_SKIP() << "no sample databases or no independent reader here";
     const TemporaryFolder folder;
@@ -118,7 +99,7 @@ TEST(CompactSamples, ReadAsBeforeByTheIndependentReader) {
 }
 
 TEST(CompactSamples, CompactedAgainAreTheSameFile) {
-    const auto files = samples();
+    const auto files = sampleFiles();
     if (files.empty())
         GTEST_SKIP() << "no sample databases here";
     const TemporaryFolder folder;

@@ -42,15 +42,13 @@ TEST_P(NewFiles, MapsReadBackWhateverTheirPages) {
     std::vector<PageNo> all;
     for (std::uint32_t i = 6; i < kPages; ++i)
         all.push_back(file.take());
-    std::vector<std::vector<PageNo>> sets{
-        {},
-        {all.front()},
-        {all.back()},
-        {all.begin() + 900, all.begin() + 1500},
-        {all[3], all[4000]},
-        {all.front(), all[20'000], all.back()},
-        all
-    };
+    std::vector<std::vector<PageNo>> sets(1);
+    sets.push_back({all.front()});
+    sets.push_back({all.back()});
+    sets.emplace_back(all.begin() + 900, all.begin() + 1500);
+    sets.push_back({all[3], all[4000]});
+    sets.push_back({all.front(), all[20'000], all.back()});
+    sets.push_back(all);
     std::vector<RowId> maps;
     for (const auto& set : sets)
         maps.push_back(file.addMap(set));

@@ -3,7 +3,7 @@
 
 #include "jet/Copies.h"
 #include "jet/DamagedFile.h"
-#include "support/Samples.h"
+#include "jet/SampleFiles.h"
 #include "support/TemporaryFolder.h"
 
 #include <algorithm>
@@ -81,9 +81,7 @@ protected:
         EXPECT_TRUE(rowsOf(database, other) == others_);
     }
 
-    void wipe(PageNo page) {
-        std::ranges::fill(file_.page(page), std::byte{});
-    }
+    void wipe(PageNo page) { std::ranges::fill(file_.page(page), std::byte{}); }
     void wipe(RowId map) { std::ranges::fill(file_.bytesOf(map), std::byte{0xEE}); }
 
     DamagedFile file_{GetParam()};
@@ -158,8 +156,7 @@ TEST_P(Salvage, WithoutAnySystemTablesDefinition) {
 TEST_P(Salvage, WithoutTheCatalogsRowsTablesAreKnownByTheirPages) {
     {
         Database database(file_.path(), {true, {}, {}});
-        const UsageMap pages(database.pager(),
-                             database.table("MSysObjects").definition().ownedMap);
+        const UsageMap pages(database.pager(), database.table("MSysObjects").definition().ownedMap);
         for (auto page = pages.next(0); page; page = pages.next(number(*page) + 1))
             wipe(*page);
     }
@@ -266,8 +263,8 @@ TEST_P(Salvage, RowsThatRepeatAKeyAreSetApart) {
 
 TEST_P(Salvage, ATornOrMissingEndIsTold) {
     const std::size_t size = std::filesystem::file_size(file_.path());
-    for (const std::size_t missing : {std::size_t{100}, file_.format().pageSize,
-                                      7 * file_.format().pageSize + 1}) {
+    for (const std::size_t missing :
+         {std::size_t{100}, file_.format().pageSize, 7 * file_.format().pageSize + 1}) {
         SCOPED_TRACE(missing);
         file_.restore();
         file_.resize(size - missing);
@@ -295,6 +292,12 @@ TEST_P(Salvage, ARelationshipWithALostTableIsDissolved) {
     EXPECT_EQ(report_.count(Loss::What::structure), 1U) << told(report_);
     Database database(target_);
     EXPECT_EQ(database.table("MSysRelationships").rowCount(), 1);
+}
+
+TEST_P(Salvage, WithACodePageThatDoesntExist) {
+    file_.put<std::uint16_t>(PageNo{0}, 0x3C, 0x1234);
+    salvageIt();
+    expectAll();
 }
 
 TEST_P(Salvage, RefusesWhatNeverWasADatabase) {
@@ -328,10 +331,9 @@ TEST_P(Salvage, AnyDamageEnds) {
         const std::span<std::byte> bytes = file_.page(page);
         switch (round % 4) {
         case 0: // another page, or the same with another's head
-            std::ranges::copy(
-                file_.page(PageNo{static_cast<std::uint32_t>(random() % pages)})
-                    .first(round % 8 == 0 ? pageSize : 32),
-                bytes.begin());
+            std::ranges::copy(file_.page(PageNo{static_cast<std::uint32_t>(random() % pages)})
+                                  .first(round % 8 == 0 ? pageSize : 32),
+                              bytes.begin());
             break;
         case 1: // noise behind the head of a page
             for (std::byte& b : bytes.subspan(16))
@@ -343,8 +345,8 @@ TEST_P(Salvage, AnyDamageEnds) {
             break;
         default: // wrong bytes anywhere
             for (int i = 0; i < 60; ++i)
-                file_.page(PageNo{static_cast<std::uint32_t>(random() % pages)})[random() %
-                                                                                pageSize] =
+                file_.page(
+                    PageNo{static_cast<std::uint32_t>(random() % pages)})[random() % pageSize] =
                     static_cast<std::byte>(random());
         }
         file_.save();
@@ -360,23 +362,18 @@ TEST_P(Salvage, AnyDamageEnds) {
 }
 
 TEST(SalvageSamples, AreComplete) {
-    const auto folder = samplesFolder();
-    if (!folder)
+    const auto files = sampleFiles();
+    if (files.empty())
         GTEST_SKIP() << "no sample databases here";
-    const TemporaryFolder to;
-    for (const auto& entry : std::filesystem::directory_iterator(*folder / "samples")) {
-        if (entry.path().extension() != ".mdb")
-            continue;
-        SCOPED_TRACE(entry.path().filename().string());
-        const auto target = to / entry.path().filename().c_str();
-        const SalvageReport report = salvage(entry.path(), target);
+    const TemporaryFolder folder;
+    for (const auto& file : files) {
+        SCOPED_TRACE(file.filename().string());
+        const auto target = folder / file.filename().c_str();
+        const SalvageReport report = salvage(file, target);
         EXPECT_TRUE(report.complete());
         EXPECT_TRUE(report.check.sound());
-        Database::Options options{true, {}, {}};
-        if (entry.path().filename() == "password.mdb")
-            options.password = "ucanaccess";
-        Database before(entry.path(), options);
-        Database after(target, options);
+        Database before(file, optionsFor(file));
+        Database after(target, optionsFor(file));
         ASSERT_EQ(after.allTableNames(), before.allTableNames());
         for (const std::string& name : before.tableNames())
             EXPECT_TRUE(rowsOf(before, name) == rowsOf(after, name)) << name;

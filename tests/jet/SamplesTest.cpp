@@ -1,9 +1,8 @@
 // Our reading of real files against that of an independent reader.
-#include "support/Samples.h"
-
 #include "jet/Check.h"
 #include "jet/Database.h"
 #include "jet/IndependentReader.h"
+#include "jet/SampleFiles.h"
 #include "support/MdbTools.h"
 #include "support/TemporaryFolder.h"
 
@@ -16,27 +15,6 @@
 using namespace jet;
 
 namespace {
-
-std::vector<std::filesystem::path> sampleFiles() {
-    std::vector<std::filesystem::path> files;
-    if (const auto folder = samplesFolder()) {
-        for (const auto& entry : std::filesystem::directory_iterator(*folder / "samples"))
-            if (entry.path().extension() == ".mdb")
-                files.push_back(entry.path());
-        files.push_back(*folder / "automacao-jet4.mdb");
-    }
-    return files;
-}
-
-Database::Options optionsFor(const std::filesystem::path& file) {
-    Database::Options options;
-    options.readOnly = true;
-    if (file.filename() == "password.mdb")
-        options.password = "ucanaccess";
-    if (file.filename() == "charsetGBK.mdb")
-        options.codePage = 936; // the file names 1252, and is wrong
-    return options;
-}
 
 std::string bytesOf(const std::filesystem::path& file) {
     std::ostringstream text;

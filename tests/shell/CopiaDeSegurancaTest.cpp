@@ -46,7 +46,9 @@ TEST(DailyCopy, FailsWithASentenceAndNothingElse) {
 TEST(DailyCopy, IsBrokenOffAtTheEndOfTheProgram) {
     const ShopDatabase shop;
     bool said = false;
-    { const CopiaDeSeguranca copy(shop.file(), [&](const QString&) { said = true; }); }
+    {
+        const CopiaDeSeguranca copy(shop.file(), [&](const QString&) { said = true; });
+    }
     QCoreApplication::processEvents();
     EXPECT_FALSE(said); // whoever would show it is gone
     EXPECT_LE(copiesOf(shop), 1U);
