@@ -30,7 +30,8 @@ public:
     ///         Error{locked} if it never stood still long enough to be copied, Error{cancelled}
     ///         soon after `stop` asks for it; Error{notFound, readOnly, full, io}. Nothing is left
     ///         of a copy that failed.
-    std::optional<std::filesystem::path> makeIfDue(const std::stop_token& stop = {}) const;
+    [[nodiscard]] std::optional<std::filesystem::path>
+    makeIfDue(const std::stop_token& stop = {}) const;
 
     /// Those there are, oldest first.
     /// @throws Error{io} if the folder can't be read.

@@ -77,7 +77,7 @@ TEST_F(Backups, FilesOfOthersStay) {
     for (const std::string& name : foreign)
         std::ofstream(backup / name) << "de outros";
     for (unsigned day = 1; day <= 12; ++day)
-        on(2004y / 5 / static_cast<int>(day)).makeIfDue();
+        (void)on(2004y / 5 / static_cast<int>(day)).makeIfDue();
     for (const std::string& name : foreign)
         EXPECT_EQ(contentOf(backup / name), "de outros") << name;
     EXPECT_EQ(copies().size(), Backup::kKept + foreign.size());
@@ -85,7 +85,7 @@ TEST_F(Backups, FilesOfOthersStay) {
 
 TEST_F(Backups, AClockThatWasWrongDoesntCostTodaysCopy) {
     for (unsigned day = 1; day <= 10; ++day)
-        on(2044y / 5 / static_cast<int>(day)).makeIfDue();
+        (void)on(2044y / 5 / static_cast<int>(day)).makeIfDue();
     const auto today = on(2004y / 5 / 1).makeIfDue();
     ASSERT_TRUE(today);
     EXPECT_TRUE(std::filesystem::exists(*today));
@@ -94,7 +94,7 @@ TEST_F(Backups, AClockThatWasWrongDoesntCostTodaysCopy) {
 
 TEST_F(Backups, ADamagedDatabaseNeverPushesOutAGoodCopy) {
     for (unsigned day = 1; day <= 10; ++day)
-        on(2004y / 5 / static_cast<int>(day)).makeIfDue();
+        (void)on(2004y / 5 / static_cast<int>(day)).makeIfDue();
     const auto before = copies();
     const std::string good = contentOf(folder_.path() / "backup" / "automacao-2004-05-10.mdb");
     damage();
@@ -133,7 +133,7 @@ TEST_F(Backups, LeftoversOfAnEarlierDayGo) {
     std::ofstream(leftover) << "meia cópia";
     std::ofstream(recent) << "de outro programa, agora mesmo";
     std::filesystem::last_write_time(leftover, std::filesystem::file_time_type::clock::now() - 25h);
-    on(2004y / 5 / 1).makeIfDue();
+    (void)on(2004y / 5 / 1).makeIfDue();
     EXPECT_FALSE(std::filesystem::exists(leftover));
     EXPECT_TRUE(std::filesystem::exists(recent));
 }
