@@ -59,6 +59,7 @@ SalvageReport salvage(const std::filesystem::path& source, const std::filesystem
     std::vector<RewrittenTable> tables =
         planDamaged(from, std::filesystem::path(copy.path()).replace_extension(".modelo"));
     std::vector<std::uint32_t> said;
+    said.reserve(tables.size());
     for (const RewrittenTable& table : tables)
         said.push_back(table.image.rowCount());
 
