@@ -88,7 +88,7 @@ private:
 
     /// Where the children of each node end. A node's last child stands without an entry; the last
     /// node isn't left with a single child.
-    std::vector<std::size_t> partings(const std::vector<Child>& children) const {
+    [[nodiscard]] std::vector<std::size_t> partings(const std::vector<Child>& children) const {
         std::vector<std::size_t> ends;
         for (std::size_t first = 0; first < children.size();) {
             std::size_t used = 0;
