@@ -1,7 +1,9 @@
 #include "jet/Check.h"
 
 #include "jet/CheckCatalog.h"
+#include "jet/CommitPairs.h"
 #include "jet/Header.h"
+#include "jet/Recovery.h"
 
 #include <algorithm>
 
@@ -17,8 +19,8 @@ constexpr std::uint32_t kFewestPages = 6; // header, map of free pages, four def
 
 class FileCheck {
 public:
-    FileCheck(const std::filesystem::path& path, std::stop_token stop)
-        : file_(path, File::Mode::read), stop_(std::move(stop)) {}
+    FileCheck(const std::filesystem::path& path, Disk& disk, std::stop_token stop)
+        : file_(path, File::Mode::read, disk), stop_(std::move(stop)) {}
 
     Report run() {
         try {
@@ -63,6 +65,8 @@ private:
             findings_.error(PageNo{0}, "cabeçalho",
                             "os lugares dos mapas e das tabelas de sistema estão errados");
 
+        checkWriting(format);
+
         Pager pager(std::move(file_), format, false);
         PageLedger ledger(pager, findings_);
         const CheckContext context{
@@ -72,6 +76,32 @@ private:
         ledger.readFreePages();
         report_.freePages = ledger.freePages();
         checkTables(context);
+    }
+
+    /// Whether somebody's transaction was cut off, or is being written at this moment.
+    void checkWriting(const Format& format) {
+        const CommitPairs pairs(file_, format);
+        const auto user = [](std::size_t n) { return "usuário " + std::to_string(n); };
+        const bool undoable = hasJournal(file_.path(), file_.disk());
+        if (undoable)
+            findings_.error(
+                PageNo{0}, "arquivo",
+                "uma gravação está em andamento ou foi interrompida, e o registro que a "
+                "desfaz está ao lado do arquivo: abra o banco de dados com o programa "
+                "para que ela seja desfeita, e verifique outra vez",
+                Journal::pathFor(file_.path()).string());
+        if (const auto writing = pairs.find(CommitPairs::kWriting))
+            findings_.error(PageNo{0}, "cabeçalho",
+                            undoable
+                                ? "as páginas podem ser em parte de antes e em parte de depois "
+                                  "da gravação"
+                                : "outro programa está gravando ou foi interrompido no meio "
+                                  "de uma gravação",
+                            user(*writing));
+        if (const auto damaged = pairs.find(CommitPairs::kDamaged))
+            findings_.error(PageNo{0}, "cabeçalho",
+                            "outro programa encontrou uma página danificada neste arquivo",
+                            user(*damaged));
     }
 
     /// Pages first, of all tables; then rows and indexes, which look only at pages that are theirs.
@@ -119,8 +149,8 @@ bool Report::sound() const noexcept {
     });
 }
 
-Report check(const std::filesystem::path& path, const std::stop_token& stop) {
-    return FileCheck(path, stop).run();
+Report check(const std::filesystem::path& path, Disk& disk, const std::stop_token& stop) {
+    return FileCheck(path, disk, stop).run();
 }
 
 } // namespace jet

@@ -4,6 +4,7 @@
 #include "jet/DataPage.h"
 #include "jet/DatabaseParts.h"
 #include "jet/Names.h"
+#include "jet/Recovery.h"
 #include "jet/TableBuilder.h"
 
 #include <algorithm>
@@ -18,21 +19,21 @@ constexpr PageNo kObjects{2};
 constexpr PageNo kRights{3};
 
 /// The file, for writing if that is wanted and allowed.
-File openFile(const std::filesystem::path& path, bool readOnly,
+File openFile(const std::filesystem::path& path, bool readOnly, Disk& disk,
               std::optional<std::string>& reason) {
     if (readOnly) {
         reason = "O banco de dados foi aberto só para consulta.";
-        return {path, File::Mode::read};
+        return {path, File::Mode::read, disk};
     }
     try {
-        return {path, File::Mode::readWrite};
+        return {path, File::Mode::readWrite, disk};
     } catch (const Error& error) {
         if (error.code() != Errc::readOnly)
             throw;
         reason = "O arquivo \"" + path.string() +
                  "\" não pode ser alterado: falta permissão de gravação. Os dados podem ser "
                  "consultados.";
-        return {path, File::Mode::read};
+        return {path, File::Mode::read, disk};
     }
 }
 
@@ -54,6 +55,13 @@ void checkSize(const File& file, const Format& format) {
     if (size > format.largestFile)
         throw Error(Errc::corrupt, "O arquivo \"" + file.path().string() +
                                        "\" é maior do que o seu formato permite.");
+}
+
+std::string noticeOf(const Recovery& recovery) {
+    return "Ao lado do banco de dados havia o registro de uma gravação interrompida, que não pôde "
+           "ser usado: " +
+           recovery.reason + ". Ele foi guardado como \"" + recovery.aside.string() +
+           "\". Confira os últimos lançamentos.";
 }
 
 bool validName(std::string_view name) {
@@ -138,9 +146,9 @@ NewIndex newIndex(const IndexSpec& spec, const TableSpec& table) {
 
 Database::Database(const std::filesystem::path& path, const Options& options) {
     std::optional<std::string> reason;
-    File file = openFile(path, options.readOnly, reason);
+    Disk& disk = options.disk ? *options.disk : Disk::system();
+    File file = openFile(path, options.readOnly, disk, reason);
     Header header = readHeader(file);
-    checkSize(file, formatOf(header.version));
     if (!header.password.empty() && header.password != options.password)
         throw Error(Errc::password, "O arquivo \"" + path.string() +
                                         "\" está protegido por uma senha, que não confere.");
@@ -161,23 +169,45 @@ Database::Database(const std::filesystem::path& path, const Options& options) {
                 std::string("O banco de dados não pode ser alterado. ") + error.what();
         }
     }
+    if (!parts_->readOnly) {
+        const Recovery recovery = recover(parts_->pager.file(), parts_->pager.format());
+        if (recovery.outcome == Recovery::Outcome::setAside)
+            parts_->notice = noticeOf(recovery);
+        parts_->committer.emplace(parts_->pager.file(), parts_->pager.format(), 1);
+        parts_->pager.writeThrough(*parts_->committer);
+    }
+    checkSize(parts_->pager.file(), parts_->pager.format());
+    parts_->pager.refresh();
     loadCatalog();
 }
 
 Database::~Database() {
-    if (!parts_ || parts_->explicitTransaction)
+    if (!parts_)
         return;
     try {
-        parts_->flush();
+        if (!parts_->explicitTransaction)
+            parts_->flush();
     } catch (const Error&) {
         // Who needs to know calls flush() first; nobody is left to be told here.
         parts_->pager.rollback();
     }
+    try {
+        if (parts_->committer)
+            parts_->committer->leave();
+    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+        // An empty journal left behind does no harm.
+    }
 }
 
-void Database::create(const std::filesystem::path& path, Version version) {
+void Database::create(const std::filesystem::path& path, Version version, Disk& disk) {
     const Format& format = formatOf(version);
-    File file(path, File::Mode::createNew);
+    if (disk.exists(path))
+        throw Error(Errc::exists, "O arquivo \"" + path.string() + "\" já existe.");
+    // Made under another name, so that the file is whole whenever it is there.
+    std::filesystem::path draft = path;
+    draft += "-new";
+    static_cast<void>(disk.remove(draft));
+    File file(draft, File::Mode::createNew, disk);
     try {
         file.write(0, buildHeader(version));
         // Page 1: the map of free pages (all, from page 2 on) and a second, empty one.
@@ -194,7 +224,7 @@ void Database::create(const std::filesystem::path& path, Version version) {
 
         const TextSettings texts;
         Database made;
-        made.parts_ = std::make_unique<Parts>(path, parseHeader(buildHeader(version)), texts,
+        made.parts_ = std::make_unique<Parts>(draft, parseHeader(buildHeader(version)), texts,
                                               std::move(file), true);
         Parts& parts = *made.parts_;
         const std::vector<SystemTable> tables = systemTables(version);
@@ -209,9 +239,9 @@ void Database::create(const std::filesystem::path& path, Version version) {
         Table rights(made, "MSysACEs", kRights);
         completeCatalog(objects, rights, newAccounts(version));
         parts.pager.commit();
+        File::rename(disk, draft, path);
     } catch (...) {
-        std::error_code ignored;
-        std::filesystem::remove(path, ignored);
+        static_cast<void>(disk.remove(draft));
         throw;
     }
 }
@@ -233,6 +263,7 @@ void Database::loadCatalog() {
 
 const std::filesystem::path& Database::path() const noexcept { return parts_->path; }
 Version Database::version() const noexcept { return parts_->header.version; }
+const std::optional<std::string>& Database::notice() const noexcept { return parts_->notice; }
 const std::optional<std::string>& Database::readOnlyReason() const noexcept {
     return parts_->readOnly;
 }

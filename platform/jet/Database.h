@@ -52,6 +52,7 @@ public:
         /// Jet 3: the code page of the texts, where the file names a wrong one.
         std::optional<std::uint16_t> codePage;
         std::string password;
+        Disk* disk = nullptr; ///< another than the system's; outlives the database
     };
 
     /// Opens an existing file. A file that may be read but not written (no permission, in use by
@@ -61,7 +62,8 @@ public:
     explicit Database(const std::filesystem::path& path) : Database(path, Options{}) {}
     /// Makes a new file with the system tables and no others, complete on return.
     /// @throws Error{exists, io, full}.
-    static void create(const std::filesystem::path& path, Version version);
+    static void create(const std::filesystem::path& path, Version version,
+                       Disk& disk = Disk::system());
     /// Writes implicit changes; an explicit transaction still open is rolled back.
     ~Database();
     Database(const Database&) = delete;
@@ -71,6 +73,10 @@ public:
     [[nodiscard]] Version version() const noexcept;
     /// Why the file can't be changed, or nothing if it can.
     [[nodiscard]] const std::optional<std::string>& readOnlyReason() const noexcept;
+
+    /// What the opening found and the operator must know, or nothing: a journal that was left
+    /// beside the file and couldn't be used.
+    [[nodiscard]] const std::optional<std::string>& notice() const noexcept;
 
     /// The user tables, in the order of their names.
     [[nodiscard]] std::vector<std::string> tableNames() const;

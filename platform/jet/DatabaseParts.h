@@ -1,5 +1,6 @@
 #pragma once
 
+#include "jet/Committer.h"
 #include "jet/Database.h"
 #include "jet/Header.h"
 #include "jet/LockFile.h"
@@ -20,7 +21,9 @@ struct Database::Parts {
     TextSettings texts;
     LockFile lock; ///< outlives the pager: what is written is written under it
     std::optional<std::string> readOnly;
+    std::optional<std::string> notice; ///< of what recovery found
     Pager pager;
+    std::optional<Committer> committer; ///< of a file that may be changed
     PageAllocator pages;
     std::map<std::string, Entry> catalog; ///< by folded name
     bool explicitTransaction = false;
@@ -29,8 +32,9 @@ struct Database::Parts {
 
     Parts(std::filesystem::path where, Header head, TextSettings textSettings, File file,
           bool writable)
-        : path(std::move(where)), header(std::move(head)), texts(textSettings), lock(path),
-          pager(std::move(file), formatOf(header.version), writable), pages(pager) {}
+        : path(std::move(where)), header(std::move(head)), texts(textSettings),
+          lock(path, file.disk()), pager(std::move(file), formatOf(header.version), writable),
+          pages(pager) {}
 
     /// Runs one change: all of it happens or nothing. Outside an explicit transaction it becomes
     /// part of what the next flush writes.

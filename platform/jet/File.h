@@ -1,29 +1,22 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <filesystem>
-#include <span>
+#include "jet/Disk.h"
 
 namespace jet {
 
-/// An open file of the operating system. Everything fails with Error{io}, naming the file and the
-/// system's reason; reading past the end is a failure too.
+/// An open file. Everything fails with Error{io}, naming the file and the system's reason; reading
+/// past the end is a failure too.
 class File {
 public:
-    enum class Mode { read, readWrite, createNew };
+    using Mode = Disk::Mode;
 
     /// @throws Error{notFound}, Error{exists} (createNew), Error{readOnly} (no permission to
     /// write),
     ///         Error{io}.
-    File(std::filesystem::path path, Mode mode);
-    ~File();
-    File(File&& other) noexcept;
-    File& operator=(File&& other) = delete;
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
+    File(std::filesystem::path path, Mode mode, Disk& disk = Disk::system());
 
     [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
+    [[nodiscard]] Disk& disk() const noexcept { return *disk_; }
     [[nodiscard]] std::uint64_t size() const;
     void read(std::uint64_t offset, std::span<std::byte> into) const;
     /// @throws Error{full} when the disk has no room.
@@ -32,17 +25,28 @@ public:
     /// Returns when what was written has reached the disk.
     void sync();
 
-    /// Takes the one byte at `offset` for this open file alone, until close. False if another has
-    /// it.
-    [[nodiscard]] bool tryLock(std::uint64_t offset);
-    /// Whether another open file has any of `count` bytes from `offset`.
-    [[nodiscard]] bool isLockedByAnother(std::uint64_t offset, std::uint64_t count) const noexcept;
+    /// Takes `count` bytes from `offset` for this open file, shared with others who take them so or
+    /// alone, until close or unlock(). False, at once, if another has any of them.
+    [[nodiscard]] bool tryLock(Disk::Lock kind, std::uint64_t offset, std::uint64_t count = 1);
+    void unlock(std::uint64_t offset, std::uint64_t count = 1) noexcept;
+    /// The first of `count` bytes from `offset` that another open file has locked in any way, or
+    /// `offset` + `count`.
+    [[nodiscard]] std::uint64_t firstHeld(std::uint64_t offset, std::uint64_t count) const;
+    [[nodiscard]] bool isHeld(std::uint64_t offset) const { return firstHeld(offset, 1) == offset; }
     /// Whether `path` still names this very file.
-    [[nodiscard]] bool isAt(const std::filesystem::path& path) const noexcept;
+    [[nodiscard]] bool isAt(const std::filesystem::path& path) const { return handle_->isAt(path); }
+
+    /// Names in a folder; each is on the disk when it returns.
+    /// @throws Error{io, readOnly, notFound}.
+    static void rename(Disk& disk, const std::filesystem::path& from,
+                       const std::filesystem::path& to);
+    static void remove(Disk& disk, const std::filesystem::path& path);
+    static void syncFolderOf(Disk& disk, const std::filesystem::path& path);
 
 private:
     std::filesystem::path path_;
-    int handle_;
+    Disk* disk_;
+    std::unique_ptr<Disk::Handle> handle_;
 };
 
 } // namespace jet

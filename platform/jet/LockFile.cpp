@@ -14,27 +14,27 @@ constexpr std::uint64_t kWriterAt = 0x70001001;
 
 } // namespace
 
-LockFile::LockFile(const std::filesystem::path& database)
-    : path_(std::filesystem::path(database).replace_extension(".ldb")) {}
+LockFile::LockFile(const std::filesystem::path& database, Disk& disk)
+    : path_(std::filesystem::path(database).replace_extension(".ldb")), disk_(disk) {}
 
 bool LockFile::becomeWriter() {
     while (true) {
         try {
-            file_.emplace(path_, File::Mode::createNew);
+            file_.emplace(path_, File::Mode::createNew, disk_);
             made_ = true;
         } catch (const Error& error) {
             if (error.code() != Errc::exists)
                 throw;
             made_ = false;
             try {
-                file_.emplace(path_, File::Mode::readWrite);
+                file_.emplace(path_, File::Mode::readWrite, disk_);
             } catch (const Error& gone) {
                 if (gone.code() == Errc::notFound)
                     continue;
                 throw;
             }
         }
-        if (!file_->tryLock(kWriterAt)) {
+        if (!file_->tryLock(Disk::Lock::exclusive, kWriterAt)) {
             file_.reset();
             return false;
         }
@@ -48,8 +48,12 @@ bool LockFile::becomeWriter() {
 LockFile::~LockFile() {
     if (!file_ || !made_)
         return;
-    if (std::error_code ignored; !file_->isLockedByAnother(kUsersAt, kUsers))
-        std::filesystem::remove(path_, ignored);
+    try {
+        if (file_->firstHeld(kUsersAt, kUsers) == kUsersAt + kUsers)
+            static_cast<void>(disk_.remove(path_));
+    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+        // A lock file left behind does no harm.
+    }
 }
 
 } // namespace jet

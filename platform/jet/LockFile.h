@@ -10,7 +10,7 @@ namespace jet {
 /// Its content is of no matter here; the ranges lie far beyond its end.
 class LockFile {
 public:
-    explicit LockFile(const std::filesystem::path& database);
+    LockFile(const std::filesystem::path& database, Disk& disk);
     /// Leaves; removes the file if we made it and nobody else is in it.
     ~LockFile();
     LockFile(const LockFile&) = delete;
@@ -22,6 +22,7 @@ public:
 
 private:
     std::filesystem::path path_;
+    Disk& disk_;
     std::optional<File> file_;
     bool made_ = false;
 };

@@ -1,5 +1,7 @@
 #include "jet/Pager.h"
 
+#include "jet/Committer.h"
+
 #include <algorithm>
 #include <cassert>
 #include <utility>
@@ -19,7 +21,16 @@ Pager::Pager(File file, const Format& format, bool writable)
       pageCount_(static_cast<std::uint32_t>(file_.size() / format.pageSize)),
       committedPageCount_(pageCount_) {}
 
+void Pager::requireUsable() const {
+    if (committer_ && committer_->isBroken())
+        throw Error(Errc::io, "Uma gravação em \"" + file_.path().string() +
+                                  "\" falhou no meio e não pôde ser desfeita. Feche o programa, "
+                                  "verifique o disco ou a rede, e abra-o de novo: os dados voltam "
+                                  "ao estado de antes dessa gravação.");
+}
+
 PageRef Pager::read(PageNo page) {
+    requireUsable();
     if (inTransaction_)
         if (const auto mine = changed_.find(page); mine != changed_.end())
             return {page, mine->second};
@@ -54,8 +65,22 @@ void Pager::remember(PageNo page, std::shared_ptr<const PageImage> image) {
     cache_.emplace(page, recent_.begin());
 }
 
+void Pager::refresh() {
+    assert(changed_.empty());
+    const std::uint64_t pages = file_.size() / format_.pageSize;
+    forgetCache();
+    pageCount_ = committedPageCount_ = static_cast<std::uint32_t>(pages);
+    ++generation_;
+}
+
+void Pager::forgetCache() noexcept {
+    cache_.clear();
+    recent_.clear();
+}
+
 std::span<std::byte> Pager::change(PageNo page) {
     assert(inTransaction_);
+    requireUsable();
     ++generation_;
     std::shared_ptr<PageImage>& mine = changed_[page];
     std::shared_ptr<PageImage> before = mine;
@@ -100,21 +125,44 @@ void Pager::begin() {
     inTransaction_ = true;
 }
 
+ChangedPages Pager::changedPages() {
+    ChangedPages changed{committedPageCount_, pageCount_, {}, {}};
+    changed.pages.reserve(changed_.size());
+    for (const auto& [page, image] : changed_)
+        changed.pages.push_back({page, *image});
+    std::ranges::sort(changed.pages, {}, &ChangedPages::Page::number);
+    // Past the cache, which a long transaction has filled with other pages.
+    changed.before = [this, old = PageImage()](PageNo page) mutable {
+        if (const auto known = cache_.find(page); known != cache_.end())
+            return std::span<const std::byte>(*known->second->image);
+        old.resize(format_.pageSize);
+        file_.read(std::uint64_t{number(page)} * format_.pageSize, old);
+        return std::span<const std::byte>(old);
+    };
+    return changed;
+}
+
 void Pager::commit() {
     assert(inTransaction_ && !before_);
-    std::vector<PageNo> pages;
-    pages.reserve(changed_.size());
-    for (const auto& [page, image] : changed_)
-        pages.push_back(page);
-    std::sort(pages.begin(), pages.end());
-    for (const PageNo page : pages)
-        file_.write(std::uint64_t{number(page)} * format_.pageSize, *changed_[page]);
-    if (!pages.empty())
-        file_.sync();
-
-    for (const PageNo page : pages)
-        remember(page, std::move(changed_[page]));
-    changed_.clear();
+    requireUsable();
+    if (!changed_.empty()) {
+        const ChangedPages changed = changedPages();
+        if (committer_) {
+            committer_->commit(changed);
+        } else {
+            for (const ChangedPages::Page& page : changed.pages)
+                file_.write(std::uint64_t{number(page.number)} * format_.pageSize, page.content);
+            file_.sync();
+        }
+        try {
+            for (auto& [page, image] : changed_)
+                remember(page, std::move(image));
+        } catch (const std::bad_alloc&) {
+            // Written it is: what the cache has no room for is read again.
+            forgetCache();
+        }
+        changed_.clear();
+    }
     committedPageCount_ = pageCount_;
     inTransaction_ = false;
 }

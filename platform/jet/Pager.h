@@ -3,6 +3,7 @@
 #include "jet/ByteView.h"
 #include "jet/File.h"
 #include "jet/Format.h"
+#include "jet/Journal.h"
 
 #include <list>
 #include <memory>
@@ -10,6 +11,8 @@
 #include <unordered_map>
 
 namespace jet {
+
+class Committer;
 
 using PageImage = std::vector<std::byte>;
 
@@ -44,6 +47,10 @@ public:
     /// Takes over an open file whose first page has been checked. `writable` is whether change() is
     /// allowed at all.
     Pager(File file, const Format& format, bool writable);
+    /// From now on transactions are written through `committer`, which outlives the pager's use;
+    /// without one they are written in place, as suits a file that nobody knows yet.
+    void writeThrough(Committer& committer) noexcept { committer_ = &committer; }
+    [[nodiscard]] File& file() noexcept { return file_; }
 
     [[nodiscard]] const Format& format() const noexcept { return format_; }
     [[nodiscard]] bool writable() const noexcept { return writable_; }
@@ -52,6 +59,10 @@ public:
     /// Grows whenever the content of any page may have become another: cursors compare it to know
     /// that what they remember of a page has to be read again.
     [[nodiscard]] std::uint64_t generation() const noexcept { return generation_; }
+
+    /// The file has been changed by another: all that is remembered of it goes. Not inside a
+    /// transaction that has changed something.
+    void refresh();
 
     /// @throws Error{corrupt} if the file has no such page, Error{io} if it can't be read.
     [[nodiscard]] PageRef read(PageNo page);
@@ -66,6 +77,7 @@ public:
     [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
     void begin();
     /// Writes every changed page and returns when the disk has them.
+    /// @throws Error{full, io}: nothing has been written, and the transaction is still open.
     void commit();
     /// No effect outside a transaction.
     void rollback() noexcept;
@@ -94,9 +106,13 @@ private:
 
     [[nodiscard]] PageRef readCommitted(PageNo page);
     void remember(PageNo page, std::shared_ptr<const PageImage> image);
+    void forgetCache() noexcept;
     void undoStatement() noexcept;
+    void requireUsable() const;
+    [[nodiscard]] ChangedPages changedPages();
 
     File file_;
+    Committer* committer_ = nullptr;
     const Format& format_;
     bool writable_;
     bool inTransaction_ = false;

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+
+namespace jet {
+
+/// What the engine asks of the operating system about files, call by call: the one place where it
+/// touches files, so that a test can put another disk here, which remembers every write or fails at
+/// a chosen call.
+///
+/// As with the system's own calls a result below zero is an error number with its sign turned, and
+/// read() and write() may do a part only. File makes errors and whole reads of that.
+class Disk {
+public:
+    enum class Mode : std::uint8_t { read, readWrite, createNew };
+    enum class Lock : std::uint8_t { none, shared, exclusive };
+
+    /// An open file. Its locks are its own, not those of the process, and go when it is closed.
+    class Handle {
+    public:
+        Handle() = default;
+        Handle(const Handle&) = delete;
+        Handle& operator=(const Handle&) = delete;
+        virtual ~Handle() = default;
+
+        [[nodiscard]] virtual std::int64_t size() = 0;
+        [[nodiscard]] virtual std::int64_t read(std::uint64_t offset,
+                                                std::span<std::byte> into) = 0;
+        [[nodiscard]] virtual std::int64_t write(std::uint64_t offset,
+                                                 std::span<const std::byte> from) = 0;
+        [[nodiscard]] virtual int truncate(std::uint64_t size) = 0;
+        /// Content and size are on the disk when it returns.
+        [[nodiscard]] virtual int sync() = 0;
+        /// Takes or gives back `count` bytes from `offset`, at once: 1 if done, 0 if another has
+        /// some of them.
+        [[nodiscard]] virtual int lock(Lock kind, std::uint64_t offset, std::uint64_t count) = 0;
+        /// The first byte of the range that an exclusive lock would meet another's lock on, or
+        /// `offset` + `count`.
+        [[nodiscard]] virtual std::int64_t firstHeld(std::uint64_t offset, std::uint64_t count) = 0;
+        /// Whether `path` still names this very file.
+        [[nodiscard]] virtual bool isAt(const std::filesystem::path& path) = 0;
+    };
+
+    Disk() = default;
+    Disk(const Disk&) = delete;
+    Disk& operator=(const Disk&) = delete;
+    virtual ~Disk() = default;
+
+    /// Null, and the error number in `error`, if it can't be opened.
+    [[nodiscard]] virtual std::unique_ptr<Handle> open(const std::filesystem::path& path, Mode mode,
+                                                       int& error) = 0;
+    [[nodiscard]] virtual bool exists(const std::filesystem::path& path) = 0;
+    [[nodiscard]] virtual int rename(const std::filesystem::path& from,
+                                     const std::filesystem::path& to) = 0;
+    [[nodiscard]] virtual int remove(const std::filesystem::path& path) = 0;
+    /// The names in the folder that holds `path` are on the disk when it returns.
+    [[nodiscard]] virtual int syncFolderOf(const std::filesystem::path& path) = 0;
+
+    /// That of the operating system.
+    [[nodiscard]] static Disk& system();
+};
+
+} // namespace jet

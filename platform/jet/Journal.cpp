@@ -1,0 +1,242 @@
+#include "jet/Journal.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+namespace jet {
+
+namespace {
+
+constexpr std::string_view kMagic = "JETUNDO1";
+constexpr std::size_t kHeader = 64;
+constexpr std::size_t kHeaderSum = 56;
+constexpr std::size_t kPrefix = kHeader + CommitPairs::kBytes;
+constexpr std::size_t kEntryHead = 8;
+/// Written and read in portions of this size.
+constexpr std::size_t kPortion = std::size_t{256} << 10;
+/// A journal that has grown beyond this is cut, not kept for the next transaction.
+constexpr std::uint64_t kLargestKept = std::uint64_t{1} << 20;
+
+/// Tells whether bytes are those that were written; not a defence against who wants to deceive.
+class Checksum {
+public:
+    void add(std::span<const std::byte> bytes) noexcept {
+        while (bytes.size() >= 8) {
+            mix(load<std::uint64_t>(bytes.data()));
+            bytes = bytes.subspan(8);
+        }
+        for (const std::byte b : bytes)
+            mix(std::to_integer<std::uint64_t>(b) + 0x100);
+    }
+    [[nodiscard]] std::uint64_t value() const noexcept {
+        std::uint64_t h = state_;
+        h = (h ^ (h >> 32)) * 0xD6E8FEB86659FD93U;
+        return h ^ (h >> 32);
+    }
+
+private:
+    void mix(std::uint64_t word) noexcept {
+        state_ = (std::rotl(state_, 5) ^ word) * 0x9E3779B97F4A7C15U;
+    }
+    std::uint64_t state_ = 0x517CC1B727220A95U;
+};
+
+std::uint64_t sumOf(std::span<const std::byte> bytes) noexcept {
+    Checksum sum;
+    sum.add(bytes);
+    return sum.value();
+}
+
+/// Writes a file from its beginning, in portions.
+class Writer {
+public:
+    explicit Writer(File& file) : file_(file) { buffer_.reserve(kPortion); }
+
+    void put(std::span<const std::byte> bytes) {
+        sum_.add(bytes);
+        if (buffer_.size() + bytes.size() > kPortion)
+            flush();
+        buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
+    }
+    void finish() {
+        std::array<std::byte, 8> sum{};
+        store<std::uint64_t>(sum.data(), sum_.value());
+        put(sum);
+        flush();
+    }
+
+private:
+    void flush() {
+        file_.write(at_, buffer_);
+        at_ += buffer_.size();
+        buffer_.clear();
+    }
+    File& file_;
+    Bytes buffer_;
+    std::uint64_t at_ = 0;
+    Checksum sum_;
+};
+
+Bytes prefixOf(const JournalHeader& header, const Format& format) {
+    Bytes bytes(kPrefix);
+    std::memcpy(bytes.data(), kMagic.data(), kMagic.size());
+    std::size_t at = kMagic.size();
+    for (const std::uint32_t number :
+         {static_cast<std::uint32_t>(format.pageSize), header.user, std::uint32_t{header.announced},
+          header.fileBefore, header.fileAfter, header.changes}) {
+        store<std::uint32_t>(bytes.data() + at, number);
+        at += 4;
+    }
+    store<std::uint64_t>(bytes.data() + at, header.identity);
+    store<std::uint64_t>(bytes.data() + kHeaderSum, sumOf(std::span(bytes).first(kHeaderSum)));
+    std::ranges::copy(header.pairs.bytes(), bytes.begin() + kHeader);
+    return bytes;
+}
+
+} // namespace
+
+std::filesystem::path Journal::pathFor(const std::filesystem::path& database) {
+    std::filesystem::path path = database;
+    path += "-journal";
+    return path;
+}
+
+std::uint64_t Journal::identityOf(const File& database, const Format& format) {
+    Bytes page(format.pageSize);
+    database.read(0, page);
+    const auto pairs = page.begin() + static_cast<std::ptrdiff_t>(format.commitPairsAt);
+    std::fill(pairs, pairs + CommitPairs::kBytes, std::byte{});
+    return sumOf(page);
+}
+
+std::uint32_t Journal::checksumOf(std::span<const std::byte> sector) noexcept {
+    return static_cast<std::uint32_t>(sumOf(sector));
+}
+
+Journal::Journal(const std::filesystem::path& database, const Format& format, Disk& disk)
+    : path_(pathFor(database)), format_(format), disk_(disk) {}
+
+void Journal::open() {
+    // Somebody tidying the folder may have taken it away.
+    if (file_ && file_->isAt(path_))
+        return;
+    file_.reset();
+    nameOnDisk_ = false;
+    try {
+        file_.emplace(path_, File::Mode::readWrite, disk_);
+    } catch (const Error& error) {
+        if (error.code() != Errc::notFound)
+            throw;
+        file_.emplace(path_, File::Mode::createNew, disk_);
+    }
+}
+
+void Journal::write(const JournalHeader& header, const ChangedPages& changed) {
+    open();
+    try {
+        Writer writer(*file_);
+        writer.put(prefixOf(header, format_));
+        Bytes head(kEntryHead + format_.pageSize / kSector * 4);
+        for (const ChangedPages::Page& page : changed.pages) {
+            const bool hasBefore = number(page.number) < changed.fileBefore;
+            store<std::uint32_t>(head.data(), number(page.number));
+            store<std::uint32_t>(head.data() + 4, hasBefore ? 1 : 0);
+            for (std::size_t i = 0; i < format_.pageSize / kSector; ++i)
+                store<std::uint32_t>(head.data() + kEntryHead + 4 * i,
+                                     checksumOf(page.content.subspan(i * kSector, kSector)));
+            writer.put(head);
+            if (hasBefore)
+                writer.put(changed.before(page.number));
+        }
+        writer.finish();
+        file_->sync();
+        if (!nameOnDisk_) {
+            File::syncFolderOf(disk_, path_);
+            nameOnDisk_ = true;
+        }
+    } catch (...) {
+        // A disk without room gets back what the journal took.
+        try {
+            file_->truncate(0);
+        } catch (const Error&) {
+            // As it is it does no harm: no pair says that it is needed.
+            file_.reset();
+        }
+        throw;
+    }
+}
+
+void Journal::empty() {
+    open();
+    if (file_->size() > kLargestKept) {
+        file_->truncate(0);
+    } else {
+        const std::array<std::byte, kHeader> zeros{};
+        file_->write(0, zeros);
+    }
+}
+
+void Journal::remove() {
+    file_.reset();
+    if (disk_.exists(path_))
+        File::remove(disk_, path_);
+}
+
+Journal::Reader::Reader(const std::filesystem::path& path, const Format& format, Disk& disk)
+    : file_(path, File::Mode::read, disk), format_(format) {
+    if (file_.size() < kPrefix)
+        return;
+    Bytes bytes(kPrefix);
+    file_.read(0, bytes);
+    if (std::memcmp(bytes.data(), kMagic.data(), kMagic.size()) != 0 ||
+        load<std::uint64_t>(bytes.data() + kHeaderSum) !=
+            sumOf(std::span(bytes).first(kHeaderSum)) ||
+        load<std::uint32_t>(bytes.data() + 8) != format.pageSize)
+        return;
+    JournalHeader header;
+    header.user = load<std::uint32_t>(bytes.data() + 12);
+    header.announced = static_cast<std::uint16_t>(load<std::uint32_t>(bytes.data() + 16));
+    header.fileBefore = load<std::uint32_t>(bytes.data() + 20);
+    header.fileAfter = load<std::uint32_t>(bytes.data() + 24);
+    header.changes = load<std::uint32_t>(bytes.data() + 28);
+    header.identity = load<std::uint64_t>(bytes.data() + 32);
+    header.pairs = CommitPairs(std::span(bytes).subspan<kHeader, CommitPairs::kBytes>());
+    if (header.user < CommitPairs::kUsers)
+        header_ = header;
+}
+
+bool Journal::Reader::readAll(const std::function<void(const Entry&)>& visit) {
+    const std::uint64_t size = file_.size();
+    std::uint64_t at = 0;
+    Checksum sum;
+    const auto take = [&](std::span<std::byte> into) {
+        if (into.size() > size - at)
+            return false;
+        file_.read(at, into);
+        at += into.size();
+        sum.add(into);
+        return true;
+    };
+    Bytes prefix(kPrefix);
+    if (!take(prefix))
+        return false;
+    Bytes head(kEntryHead + format_.pageSize / kSector * 4);
+    Bytes page(format_.pageSize);
+    for (std::uint32_t i = 0; i < header_->changes; ++i) {
+        if (!take(head))
+            return false;
+        const auto changed = static_cast<PageNo>(load<std::uint32_t>(head.data()));
+        const bool hasBefore = load<std::uint32_t>(head.data() + 4) == 1;
+        if (number(changed) == 0 || number(changed) >= header_->fileAfter ||
+            hasBefore != (number(changed) < header_->fileBefore) || (hasBefore && !take(page)))
+            return false;
+        visit({changed, hasBefore ? std::span<const std::byte>(page) : std::span<const std::byte>(),
+               std::span(head).subspan(kEntryHead)});
+    }
+    const std::uint64_t expected = sum.value();
+    Bytes trailer(8);
+    return take(trailer) && load<std::uint64_t>(trailer.data()) == expected;
+}
+
+} // namespace jet

@@ -1,0 +1,118 @@
+#pragma once
+
+#include "jet/ByteView.h"
+#include "jet/CommitPairs.h"
+
+#include <functional>
+#include <vector>
+
+namespace jet {
+
+/// What a transaction changes in a file.
+struct ChangedPages {
+    struct Page {
+        PageNo number;
+        std::span<const std::byte> content;
+    };
+    std::uint32_t fileBefore{}; ///< pages of the file
+    std::uint32_t fileAfter{};
+    std::vector<Page> pages; ///< ascending
+    /// The content of a page of the old file before the transaction, until the next call.
+    std::function<std::span<const std::byte>(PageNo)> before;
+};
+
+/// What a journal says of the transaction that it can undo.
+struct JournalHeader {
+    std::uint32_t user{};       ///< whose pair tells how far the transaction has come
+    std::uint16_t announced{};  ///< the pair when the transaction is complete
+    std::uint32_t fileBefore{}; ///< pages of the file
+    std::uint32_t fileAfter{};
+    std::uint32_t changes{};
+    std::uint64_t identity{}; ///< of the file: identityOf()
+    CommitPairs pairs;        ///< of the file before the transaction
+};
+
+/// The file beside a database (same name and "-journal") that can undo the transaction being
+/// written: the old content of every page that the transaction changes. Written whole, in one pass,
+/// and on the disk before the first byte of the database changes; empty when none is being written.
+///
+///   offset  size
+///        0     8  "JETUNDO1"; zeros: empty, whatever follows
+///        8     4  page size
+///       12     4  user
+///       16     4  announced pair
+///       20     4  pages of the file before
+///       24     4  pages of the file after
+///       28     4  changes that follow
+///       32     8  identity of the file
+///       40    16  zero
+///       56     8  checksum of the 56 bytes before
+///       64   512  the commit pairs before
+///   then for each change, in page order:
+///              4  page number
+///              4  1 if the old page follows, 0 for a page new at the end of the file
+///      4 for each 512 bytes of a page: checksum of its new content
+///      page size  the old page
+///   at the end
+///              8  checksum of everything before
+///
+/// The file stays, emptied by zeros over its beginning, while the database is open: then a
+/// transaction costs no change of names in the folder. It is removed when the last one leaves.
+class Journal {
+public:
+    static constexpr std::size_t kSector = 512; ///< what a disk writes whole or not at all
+
+    [[nodiscard]] static std::filesystem::path pathFor(const std::filesystem::path& database);
+    /// Of the first page, commit pairs aside: what a file keeps all its life.
+    [[nodiscard]] static std::uint64_t identityOf(const File& database, const Format& format);
+    [[nodiscard]] static std::uint32_t checksumOf(std::span<const std::byte> sector) noexcept;
+
+    Journal(const std::filesystem::path& database, const Format& format, Disk& disk);
+
+    [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
+
+    /// Writes a transaction's journal; the disk has it, name and all, on return.
+    /// @throws Error{full, io, readOnly}: then the journal is empty.
+    void write(const JournalHeader& header, const ChangedPages& changed);
+    /// Makes it empty. Needn't have reached the disk on return: see Committer.
+    /// @throws Error{io}.
+    void empty();
+    /// Takes the file away, if there is one.
+    /// @throws Error{io}.
+    void remove();
+
+    struct Entry {
+        PageNo page;
+        std::span<const std::byte> before;    ///< empty for a page new at the end
+        std::span<const std::byte> checksums; ///< 4 bytes for each sector of the new page
+    };
+    /// Reads the journal that is there.
+    class Reader {
+    public:
+        /// @throws Error{notFound, io}.
+        Reader(const std::filesystem::path& path, const Format& format, Disk& disk);
+        /// Nothing if the journal is empty or its first bytes aren't a journal's of this format.
+        [[nodiscard]] const std::optional<JournalHeader>& header() const noexcept {
+            return header_;
+        }
+        /// Calls `visit` for each change. False, when all have been visited, if the bytes aren't
+        /// those that were written: it was cut off.
+        bool readAll(const std::function<void(const Entry&)>& visit);
+
+    private:
+        File file_;
+        const Format& format_;
+        std::optional<JournalHeader> header_;
+    };
+
+private:
+    void open();
+
+    std::filesystem::path path_;
+    const Format& format_;
+    Disk& disk_;
+    std::optional<File> file_;
+    bool nameOnDisk_ = false;
+};
+
+} // namespace jet

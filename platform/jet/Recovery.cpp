@@ -1,0 +1,157 @@
+#include "jet/Recovery.h"
+
+#include <algorithm>
+
+namespace jet {
+
+namespace {
+
+std::uint64_t placeOf(PageNo page, const Format& format) {
+    return std::uint64_t{number(page)} * format.pageSize;
+}
+
+/// How a file stands to a journal.
+struct Comparison {
+    bool whole = true;    ///< the journal was written to its end
+    bool own = true;      ///< every sector is the old or the new one
+    bool complete = true; ///< every sector is the new one
+};
+
+Comparison compare(Journal::Reader& journal, const File& database, const Format& format) {
+    Comparison result;
+    const std::uint64_t size = database.size();
+    Bytes page(format.pageSize);
+    result.whole = journal.readAll([&](const Journal::Entry& entry) {
+        const std::uint64_t at = placeOf(entry.page, format);
+        if (at + format.pageSize > size) {
+            result.complete = false;
+            result.own = result.own && entry.before.empty();
+            return;
+        }
+        database.read(at, page);
+        for (std::size_t i = 0; i * Journal::kSector < format.pageSize; ++i) {
+            const auto sector = std::span(page).subspan(i * Journal::kSector, Journal::kSector);
+            if (Journal::checksumOf(sector) == load<std::uint32_t>(entry.checksums.data() + 4 * i))
+                continue;
+            result.complete = false;
+            // What a disk shows at the end of a file that was growing is nobody's data.
+            if (!entry.before.empty() &&
+                !std::ranges::equal(sector,
+                                    entry.before.subspan(i * Journal::kSector, Journal::kSector)))
+                result.own = false;
+        }
+    });
+    result.complete =
+        result.complete && size == std::uint64_t{journal.header()->fileAfter} * format.pageSize;
+    return result;
+}
+
+/// The old pages and the old length, on the disk; then the pair that says so.
+void putBack(Journal::Reader& journal, File& database, const Format& format) {
+    const JournalHeader& header = *journal.header();
+    journal.readAll([&](const Journal::Entry& entry) {
+        if (!entry.before.empty())
+            database.write(placeOf(entry.page, format), entry.before);
+    });
+    database.truncate(std::uint64_t{header.fileBefore} * format.pageSize);
+    database.sync();
+    CommitPairs::write(database, format, header.user, header.announced);
+}
+
+/// The first free name "<journal>.old", "<journal>.old2", ...
+std::filesystem::path asideName(const std::filesystem::path& journal, Disk& disk) {
+    for (int i = 1;; ++i) {
+        std::filesystem::path name = journal;
+        name += i == 1 ? ".old" : ".old" + std::to_string(i);
+        if (!disk.exists(name))
+            return name;
+    }
+}
+
+} // namespace
+
+bool hasJournal(const std::filesystem::path& database, Disk& disk) {
+    const std::filesystem::path path = Journal::pathFor(database);
+    if (!disk.exists(path))
+        return false;
+    try {
+        const File file(path, File::Mode::read, disk);
+        std::array<std::byte, 1> first{};
+        if (file.size() == 0)
+            return false;
+        file.read(0, first);
+        return first[0] != std::byte{};
+    } catch (const Error& error) {
+        if (error.code() == Errc::notFound)
+            return false;
+        throw;
+    }
+}
+
+Recovery recover(File& database, const Format& format) {
+    Disk& disk = database.disk();
+    if (!hasJournal(database.path(), disk))
+        return {};
+    const std::filesystem::path path = Journal::pathFor(database.path());
+    const auto setAside = [&](const std::string& reason) {
+        Recovery result{Recovery::Outcome::setAside, asideName(path, disk), reason};
+        File::rename(disk, path, result.aside);
+        return result;
+    };
+    const auto done = [&](Recovery::Outcome outcome) {
+        File::remove(disk, path);
+        return Recovery{outcome, {}, {}};
+    };
+
+    const CommitPairs pairs(database, format);
+    const bool writing = pairs.find(CommitPairs::kWriting).has_value();
+    Journal::Reader journal(path, format, disk);
+    Comparison state;
+    if (journal.header())
+        state = compare(journal, database, format);
+    if (!journal.header() || !state.whole) {
+        // Cut off while it was written: the file hadn't been touched yet.
+        if (!writing)
+            return done(Recovery::Outcome::discarded);
+        return setAside("ele está incompleto");
+    }
+    const JournalHeader& header = *journal.header();
+    CommitPairs others = pairs;
+    others.set(header.user, header.pairs[header.user]);
+    const bool sameFile = Journal::identityOf(database, format) == header.identity;
+    const std::uint16_t pair = pairs[header.user];
+    if (sameFile && pair == header.announced) {
+        // Complete. The pair may not have reached the disk when its writer, not the power, died.
+        database.sync();
+        return done(Recovery::Outcome::discarded);
+    }
+    if (sameFile && pairs == header.pairs && !writing)
+        return done(Recovery::Outcome::discarded);
+    const std::uint64_t size = database.size();
+    if (!sameFile)
+        return setAside("ele é de outro arquivo");
+    if (pair != CommitPairs::kWriting || others != header.pairs || !state.own ||
+        size < std::uint64_t{header.fileBefore} * format.pageSize ||
+        size > std::uint64_t{header.fileAfter} * format.pageSize)
+        return setAside("o banco de dados foi alterado por outro programa, ou substituído por uma "
+                        "cópia, depois da interrupção");
+    if (state.complete) {
+        database.sync();
+        CommitPairs::write(database, format, header.user, header.announced);
+        return done(Recovery::Outcome::completed);
+    }
+    putBack(journal, database, format);
+    return done(Recovery::Outcome::undone);
+}
+
+void undoFromJournal(File& database, const Format& format) {
+    Journal::Reader journal(Journal::pathFor(database.path()), format, database.disk());
+    if (!journal.header())
+        throw Error(Errc::io, "O arquivo de segurança da gravação não pôde ser lido.");
+    // The announced number may have been set already: whoever finds the pages half put back must
+    // not find it.
+    CommitPairs::write(database, format, journal.header()->user, CommitPairs::kWriting);
+    putBack(journal, database, format);
+}
+
+} // namespace jet

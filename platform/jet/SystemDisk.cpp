@@ -1,0 +1,141 @@
+#include "jet/Disk.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace jet {
+
+namespace {
+
+/// Calls again what a signal has interrupted; the result, or the error number below zero.
+template <class Call>
+auto retried(Call&& call) {
+    while (true) {
+        const auto result = call();
+        if (result >= 0)
+            return result;
+        if (errno != EINTR)
+            return static_cast<decltype(result)>(-errno);
+    }
+}
+
+struct flock rangeOf(short type, std::uint64_t offset, std::uint64_t count) {
+    struct flock range {};
+    range.l_type = type;
+    range.l_whence = SEEK_SET;
+    range.l_start = static_cast<off_t>(offset);
+    range.l_len = static_cast<off_t>(count);
+    return range;
+}
+
+class SystemHandle final : public Disk::Handle {
+public:
+    explicit SystemHandle(int handle) : handle_(handle) {}
+    SystemHandle(const SystemHandle&) = delete;
+    SystemHandle& operator=(const SystemHandle&) = delete;
+    ~SystemHandle() override { ::close(handle_); }
+
+    std::int64_t size() override {
+        struct stat info {};
+        return ::fstat(handle_, &info) != 0 ? -errno : std::int64_t{info.st_size};
+    }
+    std::int64_t read(std::uint64_t offset, std::span<std::byte> into) override {
+        return retried(
+            [&] { return ::pread(handle_, into.data(), into.size(), static_cast<off_t>(offset)); });
+    }
+    std::int64_t write(std::uint64_t offset, std::span<const std::byte> from) override {
+        return retried([&] {
+            return ::pwrite(handle_, from.data(), from.size(), static_cast<off_t>(offset));
+        });
+    }
+    int truncate(std::uint64_t size) override {
+        return retried([&] { return ::ftruncate(handle_, static_cast<off_t>(size)); });
+    }
+    int sync() override {
+        return retried([&] { return ::fdatasync(handle_); });
+    }
+    int lock(Disk::Lock kind, std::uint64_t offset, std::uint64_t count) override {
+        // Locks of the open file itself: those of the process would go with any other handle on the
+        // file.
+        const short type = kind == Disk::Lock::none     ? F_UNLCK
+                           : kind == Disk::Lock::shared ? F_RDLCK
+                                                        : F_WRLCK;
+        struct flock range = rangeOf(type, offset, count);
+        const int result = retried([&] { return ::fcntl(handle_, F_OFD_SETLK, &range); });
+        return result == -EAGAIN || result == -EACCES ? 0 : result < 0 ? result : 1;
+    }
+    std::int64_t firstHeld(std::uint64_t offset, std::uint64_t count) override {
+        struct flock range = rangeOf(F_WRLCK, offset, count);
+        const int result = retried([&] { return ::fcntl(handle_, F_OFD_GETLK, &range); });
+        if (result < 0)
+            return result;
+        if (range.l_type == F_UNLCK)
+            return static_cast<std::int64_t>(offset + count);
+        return std::max(range.l_start, static_cast<off_t>(offset));
+    }
+    bool isAt(const std::filesystem::path& path) override {
+        struct stat mine {};
+        struct stat there {};
+        return ::fstat(handle_, &mine) == 0 && ::stat(path.c_str(), &there) == 0 &&
+               mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
+    }
+
+private:
+    int handle_;
+};
+
+class SystemDisk final : public Disk {
+public:
+    std::unique_ptr<Handle> open(const std::filesystem::path& path, Mode mode,
+                                 int& error) override {
+        const int flags = mode == Mode::read        ? O_RDONLY
+                          : mode == Mode::readWrite ? O_RDWR
+                                                    : O_RDWR | O_CREAT | O_EXCL;
+        const int handle = retried([&] { return ::open(path.c_str(), flags | O_CLOEXEC, 0666); });
+        if (handle < 0) {
+            error = -handle;
+            return nullptr;
+        }
+        struct stat info {};
+        if (::fstat(handle, &info) != 0 || !S_ISREG(info.st_mode)) {
+            ::close(handle);
+            error = EISDIR;
+            return nullptr;
+        }
+        return std::make_unique<SystemHandle>(handle);
+    }
+    bool exists(const std::filesystem::path& path) override {
+        struct stat info {};
+        return ::stat(path.c_str(), &info) == 0;
+    }
+    int rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
+        return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : -errno;
+    }
+    int remove(const std::filesystem::path& path) override {
+        return ::unlink(path.c_str()) == 0 ? 0 : -errno;
+    }
+    int syncFolderOf(const std::filesystem::path& path) override {
+        const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+        const int handle =
+            retried([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+        if (handle < 0)
+            return handle;
+        const int result = retried([&] { return ::fsync(handle); });
+        ::close(handle);
+        // A share's folder may not know how: then its server answers for the names by itself.
+        return result == -EINVAL || result == -ENOTSUP ? 0 : result;
+    }
+};
+
+} // namespace
+
+Disk& Disk::system() {
+    static SystemDisk disk;
+    return disk;
+}
+
+} // namespace jet

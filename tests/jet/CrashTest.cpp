@@ -1,0 +1,174 @@
+// The promise of a transaction: whenever the power goes, the file is what it was before or after
+// it. Every write, sync and rename of a workload is recorded on a disk in memory; for every place
+// in the record the disks that a power cut there can leave are made, opened, compared and checked.
+#include "jet/Check.h"
+#include "jet/MemoryDisk.h"
+#include "jet/ShopWork.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <unordered_map>
+#include <unordered_set>
+
+using namespace jet;
+using namespace std::string_literals;
+
+namespace {
+
+/// A workload as it was recorded: what the disk held at first, and the contents after each step
+/// with the place in the record where the step began and ended.
+struct Recorded {
+    struct Step {
+        std::size_t begin;
+        std::size_t end;
+        std::uint64_t content;
+    };
+    DiskImage before;
+    MemoryDisk disk;
+    std::vector<Step> steps;
+
+    Recorded(Version version, int count) : before(emptyShop(version)), disk(before) {
+        ShopWork workload(42);
+        {
+            Database file(kPath, on(disk));
+            steps.push_back({0, 0, contentOf(file)});
+            for (int i = 1; i <= count; ++i) {
+                const std::size_t begin = disk.record().size();
+                workload.step(file, i);
+                const std::size_t end = disk.record().size();
+                steps.push_back({begin, end, contentOf(file)});
+            }
+        }
+    }
+
+    /// The contents allowed after a cut behind `operations` of the record.
+    [[nodiscard]] std::vector<std::uint64_t> allowed(std::size_t operations) const {
+        std::vector<std::uint64_t> contents;
+        for (const Step& step : steps) {
+            if (step.end <= operations)
+                contents.assign(1, step.content);
+            else if (step.begin < operations)
+                contents.push_back(step.content);
+        }
+        return contents;
+    }
+};
+
+std::uint64_t hashOf(const DiskImage& image) {
+    std::uint64_t hash = 0;
+    for (const auto& [name, bytes] : image)
+        hash = hash * 31 + std::hash<std::string>{}(name) +
+               std::hash<std::string_view>{}(
+                   {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    return hash;
+}
+
+/// Opens what cuts have left. The same image is opened once only.
+class Afterwards {
+public:
+    struct Outcome {
+        std::uint64_t content = 0;
+        std::string problem; ///< "" if all is well
+        bool recovered = false;
+    };
+
+    const Outcome& of(const DiskImage& image) {
+        ++points;
+        const auto [place, isNew] = known_.try_emplace(hashOf(image));
+        if (isNew)
+            place->second = open(image);
+        return place->second;
+    }
+
+    std::size_t points = 0;
+    [[nodiscard]] std::size_t images() const noexcept { return known_.size(); }
+    [[nodiscard]] std::size_t checks() const noexcept { return checked_.size(); }
+
+private:
+    Outcome open(const DiskImage& image) {
+        MemoryDisk disk(image);
+        Outcome outcome;
+        try {
+            Database file(kPath, on(disk));
+            outcome.content = contentOf(file);
+            outcome.recovered = !disk.record().empty();
+            if (file.readOnlyReason())
+                outcome.problem = *file.readOnlyReason();
+            else if (file.notice())
+                outcome.problem = *file.notice();
+        } catch (const Error& error) {
+            outcome.problem = error.what();
+        }
+        const DiskImage left = disk.image();
+        if (left.contains(std::string(kPath) + "-journal"))
+            outcome.problem += " The journal is still there.";
+        if (outcome.problem.empty() && checked_
+                                           .insert(hashOf({
+                                               {kPath, left.at(kPath)}
+        }))
+                                           .second)
+            for (const Finding& finding : check(kPath, disk).findings)
+                outcome.problem += finding.sentence + "\n";
+        return outcome;
+    }
+
+    std::unordered_map<std::uint64_t, Outcome> known_;
+    std::unordered_set<std::uint64_t> checked_;
+};
+
+void expectAllowed(const Afterwards::Outcome& outcome, const std::vector<std::uint64_t>& allowed,
+                   const std::string& where) {
+    ASSERT_EQ(outcome.problem, "") << where;
+    ASSERT_THAT(allowed, testing::Contains(outcome.content)) << where;
+}
+
+class Crash : public testing::TestWithParam<Version> {};
+
+INSTANTIATE_TEST_SUITE_P(, Crash, testing::Values(Version::jet3, Version::jet4),
+                         [](const auto& version) {
+                             return version.param == Version::jet3 ? "Jet3"s : "Jet4"s;
+                         });
+
+TEST_P(Crash, EveryCutLeavesTheStateBeforeOrAfterATransaction) {
+    const Recorded work(GetParam(), 90);
+    std::mt19937_64 random(7);
+    Afterwards after;
+    PowerCut cut(work.before);
+    std::size_t recoveries = 0;
+    std::size_t cutRecoveries = 0;
+    for (std::size_t i = 0; i < work.disk.record().size(); ++i) {
+        cut.advance(work.disk.record()[i]);
+        const auto allowed = work.allowed(i + 1);
+        const std::string where = "after operation " + std::to_string(i + 1);
+        std::vector<DiskImage> images{cut.nothingMore(), cut.everything()};
+        for (const unsigned kept : {10, 30, 50, 70, 90, 97})
+            images.push_back(cut.some(random, kept));
+        for (const DiskImage& image : images) {
+            const Afterwards::Outcome& outcome = after.of(image);
+            ASSERT_NO_FATAL_FAILURE(expectAllowed(outcome, allowed, where));
+            if (!outcome.recovered || ++recoveries % 29 != 0)
+                continue;
+            // The power goes again while the file is being recovered.
+            MemoryDisk second(image);
+            { Database file(kPath, on(second)); }
+            PowerCut again(image);
+            for (const MemoryDisk::Operation& operation : second.record()) {
+                again.advance(operation);
+                for (const DiskImage& twice :
+                     {again.nothingMore(), again.everything(), again.some(random, 50)}) {
+                    ASSERT_NO_FATAL_FAILURE(
+                        expectAllowed(after.of(twice), allowed, where + ", in its recovery"));
+                    ++cutRecoveries;
+                }
+            }
+        }
+    }
+    std::cout << "crash points: " << after.points << " (" << cutRecoveries
+              << " during recovery), different images opened: " << after.images()
+              << ", checked: " << after.checks() << '\n';
+    EXPECT_GE(after.points, 10000U);
+}
+
+} // namespace

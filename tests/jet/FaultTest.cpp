@@ -1,0 +1,122 @@
+// A disk that fails: every call that the engine makes to it, one after the other, fails once or
+// from then on. The operator gets a sentence, and the file is sound when it is opened again.
+#include "jet/Check.h"
+#include "jet/MemoryDisk.h"
+#include "jet/ShopWork.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <iostream>
+
+using namespace jet;
+using namespace std::string_literals;
+
+namespace {
+
+constexpr int kSteps = 9;
+
+struct Fault {
+    Version version;
+    bool forever;
+    int error;
+};
+
+class Faults : public testing::TestWithParam<Fault> {};
+
+INSTANTIATE_TEST_SUITE_P(, Faults,
+                         testing::Values(Fault{Version::jet3, false, EIO},
+                                         Fault{Version::jet3, true, ENOSPC},
+                                         Fault{Version::jet4, false, ENOSPC},
+                                         Fault{Version::jet4, true, EIO}),
+                         [](const auto& fault) {
+                             return (fault.param.version == Version::jet3 ? "Jet3"s : "Jet4"s) +
+                                    (fault.param.forever ? "ForEver" : "Once") +
+                                    (fault.param.error == EIO ? "Error" : "DiskFull");
+                         });
+
+/// A shop with some rows in it.
+DiskImage usedShop(Version version) {
+    MemoryDisk disk(emptyShop(version));
+    {
+        Database file(kPath, on(disk));
+        ShopWork work(3);
+        for (int i = 1; i <= 6; ++i)
+            work.step(file, i);
+    }
+    return disk.image();
+}
+
+/// How the contents go when nothing fails.
+std::vector<std::uint64_t> contentsOf(const DiskImage& shop) {
+    MemoryDisk disk(shop);
+    Database file(kPath, on(disk));
+    ShopWork work(5);
+    std::vector<std::uint64_t> contents{contentOf(file)};
+    for (int i = 1; i <= kSteps; ++i) {
+        work.step(file, i);
+        contents.push_back(contentOf(file));
+    }
+    return contents;
+}
+
+TEST_P(Faults, EachEndsInASentenceAndASoundFile) {
+    const Fault fault = GetParam();
+    const DiskImage shop = usedShop(fault.version);
+    const std::vector<std::uint64_t> contents = contentsOf(shop);
+    std::size_t failures = 0;
+    std::uint64_t number = 1;
+    for (bool failed = true; failed; ++number) {
+        SCOPED_TRACE("call " + std::to_string(number));
+        MemoryDisk disk(shop);
+        disk.failFrom(number, fault.forever, fault.error);
+        std::size_t done = 0;
+        std::string sentence;
+        try {
+            Database file(kPath, on(disk));
+            ShopWork work(5);
+            try {
+                for (int i = 1; i <= kSteps; ++i) {
+                    work.step(file, i);
+                    done = static_cast<std::size_t>(i);
+                }
+            } catch (const Error& error) {
+                sentence = error.what();
+                // What failed is undone, at once or by the next opening; what comes after works or
+                // says why not.
+                try {
+                    if (file.inTransaction())
+                        file.rollback();
+                    const std::uint64_t content = contentOf(file);
+                    if (file.pager().inTransaction())
+                        throw Error(Errc::io, "Há alterações ainda não gravadas.");
+                    ASSERT_THAT(contents, testing::Contains(content));
+                } catch (const Error& next) {
+                    EXPECT_STRNE(next.what(), "");
+                }
+            }
+        } catch (const Error& error) {
+            sentence = error.what();
+        }
+        failed = disk.calls() >= number;
+        failures += sentence.empty() ? 0 : 1;
+        disk.failNoMore();
+
+        Database file(kPath, on(disk));
+        EXPECT_FALSE(file.readOnlyReason());
+        EXPECT_FALSE(file.notice());
+        const std::uint64_t content = contentOf(file);
+        const bool sound = content == contents[done] ||
+                           (done + 1 < contents.size() && content == contents[done + 1]);
+        ASSERT_TRUE(sound) << sentence;
+        for (const Finding& finding : check(kPath, disk).findings)
+            ADD_FAILURE() << finding.sentence << '\n' << sentence;
+        ASSERT_FALSE(HasFailure());
+    }
+    std::cout << "calls made to fail: " << number - 2 << ", told to the operator: " << failures
+              << '\n';
+    EXPECT_GT(failures, 100U);
+}
+
+} // namespace

@@ -1,0 +1,315 @@
+#include "jet/MemoryDisk.h"
+
+#include <algorithm>
+#include <cerrno>
+
+using jet::Bytes;
+using jet::Disk;
+
+namespace {
+
+constexpr std::size_t kSector = 512;
+
+} // namespace
+
+struct MemoryDisk::Content {
+    struct Held {
+        const Disk::Handle* who;
+        Disk::Lock kind;
+        std::uint64_t from;
+        std::uint64_t end;
+    };
+    std::size_t number = 0;
+    Bytes bytes;
+    std::vector<Held> locks;
+};
+
+class MemoryHandle final : public Disk::Handle {
+public:
+    MemoryHandle(MemoryDisk& disk, std::shared_ptr<MemoryDisk::Content> content, bool writes)
+        : disk_(disk), content_(std::move(content)), writes_(writes) {}
+    MemoryHandle(const MemoryHandle&) = delete;
+    MemoryHandle& operator=(const MemoryHandle&) = delete;
+    ~MemoryHandle() override {
+        std::erase_if(content_->locks, [&](const auto& held) { return held.who == this; });
+    }
+
+    std::int64_t size() override {
+        const int failure = disk_.next();
+        return failure ? -failure : static_cast<std::int64_t>(content_->bytes.size());
+    }
+    std::int64_t read(std::uint64_t offset, std::span<std::byte> into) override {
+        if (const int failure = disk_.next())
+            return -failure;
+        const Bytes& bytes = content_->bytes;
+        if (offset >= bytes.size())
+            return 0;
+        const std::size_t count = std::min(into.size(), bytes.size() - offset);
+        std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(offset), count, into.begin());
+        return static_cast<std::int64_t>(count);
+    }
+    std::int64_t write(std::uint64_t offset, std::span<const std::byte> from) override {
+        const int failure = disk_.next();
+        if (!writes_)
+            return -EBADF;
+        if (failure)
+            from = from.first(from.size() / 2 / kSector * kSector);
+        Bytes& bytes = content_->bytes;
+        bytes.resize(std::max<std::size_t>(bytes.size(), offset + from.size()));
+        std::ranges::copy(from, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+        disk_.record_.push_back({MemoryDisk::Operation::Kind::write,
+                                 content_->number,
+                                 offset,
+                                 Bytes(from.begin(), from.end()),
+                                 {},
+                                 {}});
+        return failure ? -failure : static_cast<std::int64_t>(from.size());
+    }
+    int truncate(std::uint64_t size) override {
+        if (const int failure = disk_.next())
+            return -failure;
+        content_->bytes.resize(size);
+        disk_.record_.push_back(
+            {MemoryDisk::Operation::Kind::truncate, content_->number, size, {}, {}, {}});
+        return 0;
+    }
+    int sync() override {
+        if (const int failure = disk_.next())
+            return -failure;
+        disk_.record_.push_back(
+            {MemoryDisk::Operation::Kind::sync, content_->number, 0, {}, {}, {}});
+        return 0;
+    }
+    int lock(Disk::Lock kind, std::uint64_t offset, std::uint64_t count) override {
+        if (const int failure = disk_.next(); failure && kind != Disk::Lock::none)
+            return -failure;
+        const std::uint64_t end = offset + count;
+        auto& locks = content_->locks;
+        for (const auto& held : locks)
+            if (held.who != this && held.from < end && offset < held.end &&
+                (kind == Disk::Lock::exclusive ||
+                 (kind == Disk::Lock::shared && held.kind == Disk::Lock::exclusive)))
+                return 0;
+        std::vector<MemoryDisk::Content::Held> rest;
+        std::erase_if(locks, [&](const auto& held) {
+            if (held.who != this || held.from >= end || offset >= held.end)
+                return false;
+            if (held.from < offset)
+                rest.push_back({this, held.kind, held.from, offset});
+            if (held.end > end)
+                rest.push_back({this, held.kind, end, held.end});
+            return true;
+        });
+        locks.insert(locks.end(), rest.begin(), rest.end());
+        if (kind != Disk::Lock::none)
+            locks.push_back({this, kind, offset, end});
+        return 1;
+    }
+    std::int64_t firstHeld(std::uint64_t offset, std::uint64_t count) override {
+        if (const int failure = disk_.next())
+            return -failure;
+        std::uint64_t first = offset + count;
+        for (const auto& held : content_->locks)
+            if (held.who != this && held.from < offset + count && offset < held.end)
+                first = std::min(first, std::max(held.from, offset));
+        return static_cast<std::int64_t>(first);
+    }
+    bool isAt(const std::filesystem::path& path) override {
+        const auto there = disk_.names_.find(path.string());
+        return there != disk_.names_.end() && there->second == content_->number;
+    }
+
+private:
+    MemoryDisk& disk_;
+    std::shared_ptr<MemoryDisk::Content> content_;
+    bool writes_;
+};
+
+MemoryDisk::MemoryDisk(const DiskImage& image) {
+    for (const auto& [name, bytes] : image) {
+        names_[name] = files_.size();
+        files_.push_back(std::make_shared<Content>(Content{files_.size(), bytes, {}}));
+    }
+}
+
+MemoryDisk::~MemoryDisk() = default;
+
+std::unique_ptr<Disk::Handle> MemoryDisk::open(const std::filesystem::path& path, Mode mode,
+                                               int& error) {
+    error = next();
+    const auto known = names_.find(path.string());
+    if (!error && mode == Mode::createNew && known != names_.end())
+        error = EEXIST;
+    if (!error && mode != Mode::createNew && known == names_.end())
+        error = ENOENT;
+    if (error)
+        return nullptr;
+    if (mode == Mode::createNew) {
+        names_[path.string()] = files_.size();
+        record_.push_back({Operation::Kind::name, files_.size(), 0, {}, path.string(), {}});
+        files_.push_back(std::make_shared<Content>(Content{files_.size(), {}, {}}));
+    }
+    return std::make_unique<MemoryHandle>(*this, files_[names_[path.string()]], mode != Mode::read);
+}
+
+bool MemoryDisk::exists(const std::filesystem::path& path) {
+    return names_.contains(path.string());
+}
+
+int MemoryDisk::rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+    if (const int failure = next())
+        return -failure;
+    const auto known = names_.find(from.string());
+    if (known == names_.end())
+        return -ENOENT;
+    record_.push_back({Operation::Kind::rename, known->second, 0, {}, from.string(), to.string()});
+    names_[to.string()] = known->second;
+    names_.erase(from.string());
+    return 0;
+}
+
+int MemoryDisk::remove(const std::filesystem::path& path) {
+    if (const int failure = next())
+        return -failure;
+    if (names_.erase(path.string()) == 0)
+        return -ENOENT;
+    record_.push_back({Operation::Kind::remove, 0, 0, {}, path.string(), {}});
+    return 0;
+}
+
+int MemoryDisk::syncFolderOf(const std::filesystem::path& /*path*/) {
+    if (const int failure = next())
+        return -failure;
+    record_.push_back({Operation::Kind::syncNames, 0, 0, {}, {}, {}});
+    return 0;
+}
+
+DiskImage MemoryDisk::image() const {
+    DiskImage image;
+    for (const auto& [name, file] : names_)
+        image[name] = files_[file]->bytes;
+    return image;
+}
+
+void MemoryDisk::failFrom(std::uint64_t call, bool forever, int error) {
+    failAt_ = call;
+    failForever_ = forever;
+    failure_ = error;
+}
+
+int MemoryDisk::next() {
+    ++calls_;
+    if (failAt_ == 0 || calls_ < failAt_ || (calls_ > failAt_ && !failForever_))
+        return 0;
+    return failure_;
+}
+
+// ---- PowerCut ---------------------------------------------------------------------------------
+
+namespace {
+
+void apply(const MemoryDisk::Operation& operation, Bytes& bytes) {
+    if (operation.kind == MemoryDisk::Operation::Kind::truncate) {
+        bytes.resize(operation.offset);
+        return;
+    }
+    const std::size_t end = operation.offset + operation.bytes.size();
+    bytes.resize(std::max(bytes.size(), end));
+    std::ranges::copy(operation.bytes,
+                      bytes.begin() + static_cast<std::ptrdiff_t>(operation.offset));
+}
+
+void applyName(const MemoryDisk::Operation& change, std::map<std::string, std::size_t>& names) {
+    using Kind = MemoryDisk::Operation::Kind;
+    if (change.kind != Kind::name)
+        names.erase(change.name);
+    if (change.kind != Kind::remove)
+        names[change.kind == Kind::name ? change.name : change.newName] = change.file;
+}
+
+} // namespace
+
+PowerCut::PowerCut(const DiskImage& before) {
+    for (const auto& [name, bytes] : before) {
+        names_[name] = files_.size();
+        files_.push_back({bytes, {}});
+    }
+}
+
+void PowerCut::advance(const MemoryDisk::Operation& operation) {
+    using Kind = MemoryDisk::Operation::Kind;
+    switch (operation.kind) {
+    case Kind::write:
+    case Kind::truncate:
+        files_[operation.file].pending.push_back(&operation);
+        break;
+    case Kind::sync: {
+        FileState& file = files_[operation.file];
+        for (const auto* done : file.pending)
+            apply(*done, file.durable);
+        file.pending.clear();
+        break;
+    }
+    case Kind::name:
+        files_.resize(std::max(files_.size(), operation.file + 1));
+        [[fallthrough]];
+    case Kind::rename:
+    case Kind::remove:
+        pendingNames_.push_back(&operation);
+        break;
+    case Kind::syncNames:
+        for (const auto* change : pendingNames_)
+            applyName(*change, names_);
+        pendingNames_.clear();
+        break;
+    }
+}
+
+Bytes PowerCut::contentOf(const FileState& file, const Chooser& keep) const {
+    Bytes result = file.durable;
+    Bytes current = file.durable;
+    std::size_t size = current.size();
+    for (const auto* operation : file.pending) {
+        const std::size_t before = current.size();
+        apply(*operation, current);
+        if (current.size() != before && keep())
+            size = current.size();
+        const bool cut = operation->kind == MemoryDisk::Operation::Kind::truncate;
+        const std::size_t from = cut ? std::min(before, current.size()) : operation->offset;
+        const std::size_t end =
+            cut ? std::max(before, current.size()) : from + operation->bytes.size();
+        result.resize(std::max({result.size(), current.size(), end}));
+        for (std::size_t at = from / kSector * kSector; at < end; at += kSector) {
+            if (!keep())
+                continue;
+            const std::size_t stop = std::min(at + kSector, result.size());
+            for (std::size_t i = at; i < stop; ++i)
+                result[i] = i < current.size() ? current[i] : std::byte{};
+        }
+    }
+    result.resize(size);
+    return result;
+}
+
+DiskImage PowerCut::build(const Chooser& keep) const {
+    auto names = names_;
+    for (const auto* change : pendingNames_)
+        if (keep())
+            applyName(*change, names);
+    DiskImage image;
+    for (const auto& [name, file] : names)
+        image[name] = contentOf(files_[file], keep);
+    return image;
+}
+
+DiskImage PowerCut::nothingMore() const {
+    return build([] { return false; });
+}
+
+DiskImage PowerCut::everything() const {
+    return build([] { return true; });
+}
+
+DiskImage PowerCut::some(std::mt19937_64& random, unsigned kept) const {
+    return build([&] { return random() % 100 < kept; });
+}

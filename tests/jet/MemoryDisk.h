@@ -1,0 +1,88 @@
+#pragma once
+
+#include "jet/Disk.h"
+#include "jet/Types.h"
+
+#include <functional>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+/// The files of a disk: what is in each, by its name.
+using DiskImage = std::map<std::string, jet::Bytes>;
+
+/// A disk in memory that remembers every change and every sync, and that fails when it is told to.
+/// Locks work as the system's do between the handles of one disk.
+class MemoryDisk final : public jet::Disk {
+public:
+    struct Operation {
+        enum class Kind : std::uint8_t { write, truncate, sync, name, rename, remove, syncNames };
+        Kind kind{};
+        std::size_t file = 0;
+        std::uint64_t offset = 0; ///< write; truncate: the new size
+        jet::Bytes bytes;
+        std::string name;
+        std::string newName;
+    };
+
+    explicit MemoryDisk(const DiskImage& image = {});
+    ~MemoryDisk() override;
+
+    std::unique_ptr<Handle> open(const std::filesystem::path& path, Mode mode, int& error) override;
+    bool exists(const std::filesystem::path& path) override;
+    int rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    int remove(const std::filesystem::path& path) override;
+    int syncFolderOf(const std::filesystem::path& path) override;
+
+    /// As programs see it.
+    [[nodiscard]] DiskImage image() const;
+    [[nodiscard]] const std::vector<Operation>& record() const noexcept { return record_; }
+
+    /// From the `call`-th call on (counted from 1, all functions alike), one or all fail. A write
+    /// that fails has put down half of its sectors.
+    void failFrom(std::uint64_t call, bool forever, int error);
+    void failNoMore() noexcept { failAt_ = 0; }
+    [[nodiscard]] std::uint64_t calls() const noexcept { return calls_; }
+
+private:
+    friend class MemoryHandle;
+    struct Content;
+    /// 0, or the error that this call has to fail with.
+    [[nodiscard]] int next();
+
+    std::map<std::string, std::size_t> names_;
+    std::vector<std::shared_ptr<Content>> files_;
+    std::vector<Operation> record_;
+    std::uint64_t calls_ = 0;
+    std::uint64_t failAt_ = 0;
+    bool failForever_ = false;
+    int failure_ = 0;
+};
+
+/// What a disk may hold if the power goes after some of a record's operations: everything synced by
+/// then, and of what wasn't any part, in sectors of 512 bytes and in any order.
+class PowerCut {
+public:
+    explicit PowerCut(const DiskImage& before);
+
+    void advance(const MemoryDisk::Operation& operation);
+
+    [[nodiscard]] DiskImage nothingMore() const;
+    [[nodiscard]] DiskImage everything() const;
+    /// `kept` is how many sectors in a hundred get to the disk.
+    [[nodiscard]] DiskImage some(std::mt19937_64& random, unsigned kept) const;
+
+private:
+    struct FileState {
+        jet::Bytes durable;
+        std::vector<const MemoryDisk::Operation*> pending;
+    };
+    using Chooser = std::function<bool()>;
+    [[nodiscard]] jet::Bytes contentOf(const FileState& file, const Chooser& keep) const;
+    [[nodiscard]] DiskImage build(const Chooser& keep) const;
+
+    std::vector<FileState> files_;
+    std::map<std::string, std::size_t> names_;
+    std::vector<const MemoryDisk::Operation*> pendingNames_;
+};
