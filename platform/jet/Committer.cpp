@@ -41,7 +41,8 @@ void Committer::undo() noexcept {
 }
 
 void Committer::leave() {
-    if (!broken_)
+    // A journal that isn't empty is that of a station that died: the next opening needs it.
+    if (!broken_ && !hasJournal(database_.path(), database_.disk()))
         journal_.remove();
 }
 

@@ -4,7 +4,6 @@
 #include "jet/DataPage.h"
 #include "jet/DatabaseParts.h"
 #include "jet/Names.h"
-#include "jet/Recovery.h"
 #include "jet/TableBuilder.h"
 
 #include <algorithm>
@@ -55,13 +54,6 @@ void checkSize(const File& file, const Format& format) {
     if (size > format.largestFile)
         throw Error(Errc::corrupt, "O arquivo \"" + file.path().string() +
                                        "\" é maior do que o seu formato permite.");
-}
-
-std::string noticeOf(const Recovery& recovery) {
-    return "Ao lado do banco de dados havia o registro de uma gravação interrompida, que não pôde "
-           "ser usado: " +
-           recovery.reason + ". Ele foi guardado como \"" + recovery.aside.string() +
-           "\". Confira os últimos lançamentos.";
 }
 
 bool validName(std::string_view name) {
@@ -157,45 +149,20 @@ Database::Database(const std::filesystem::path& path, const Options& options) {
     const bool writable = !reason;
     parts_ = std::make_unique<Parts>(path, std::move(header), texts, std::move(file), writable);
     parts_->readOnly = std::move(reason);
-    if (writable) {
-        try {
-            if (!parts_->lock.becomeWriter())
-                parts_->readOnly =
-                    "O banco de dados está em uso por outra cópia do programa: os dados podem ser "
-                    "consultados, mas não alterados. Feche a outra cópia e abra o programa de "
-                    "novo.";
-        } catch (const Error& error) {
-            parts_->readOnly =
-                std::string("O banco de dados não pode ser alterado. ") + error.what();
-        }
-    }
-    if (!parts_->readOnly) {
-        const Recovery recovery = recover(parts_->pager.file(), parts_->pager.format());
-        if (recovery.outcome == Recovery::Outcome::setAside)
-            parts_->notice = noticeOf(recovery);
-        parts_->committer.emplace(parts_->pager.file(), parts_->pager.format(), 1);
-        parts_->pager.writeThrough(*parts_->committer);
-    }
+    parts_->share(writable);
     checkSize(parts_->pager.file(), parts_->pager.format());
-    parts_->pager.refresh();
+    const Pager::Section section(parts_->pager);
     loadCatalog();
 }
 
 Database::~Database() {
-    if (!parts_)
+    if (!parts_ || parts_->explicitTransaction)
         return;
     try {
-        if (!parts_->explicitTransaction)
-            parts_->flush();
+        parts_->flush();
     } catch (const Error&) {
         // Who needs to know calls flush() first; nobody is left to be told here.
         parts_->pager.rollback();
-    }
-    try {
-        if (parts_->committer)
-            parts_->committer->leave();
-    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
-        // An empty journal left behind does no harm.
     }
 }
 
@@ -229,6 +196,7 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
         Parts& parts = *made.parts_;
         const std::vector<SystemTable> tables = systemTables(version);
         parts.pager.begin();
+        parts.explicitTransaction = true;
         for (const SystemTable& table : tables)
             if (parts.pages.take() != table.page)
                 throw std::logic_error("system tables have fixed places");
@@ -238,7 +206,7 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
         Table objects(made, "MSysObjects", kObjects);
         Table rights(made, "MSysACEs", kRights);
         completeCatalog(objects, rights, newAccounts(version));
-        parts.pager.commit();
+        made.commit();
         File::rename(disk, draft, path);
     } catch (...) {
         static_cast<void>(disk.remove(draft));
@@ -263,12 +231,21 @@ void Database::loadCatalog() {
 
 const std::filesystem::path& Database::path() const noexcept { return parts_->path; }
 Version Database::version() const noexcept { return parts_->header.version; }
-const std::optional<std::string>& Database::notice() const noexcept { return parts_->notice; }
-const std::optional<std::string>& Database::readOnlyReason() const noexcept {
-    return parts_->readOnly;
+const std::optional<std::string>& Database::notice() const noexcept {
+    return parts_->sharing->notice();
+}
+std::optional<std::string> Database::readOnlyReason() { return parts_->whyNotWritable(); }
+
+void Database::renewCatalog() const {
+    if (!parts_->catalogStale)
+        return;
+    const_cast<Database&>(*this).loadCatalog();
+    parts_->catalogStale = false;
 }
 
 std::vector<std::string> Database::tableNames() const {
+    const Pager::Section section(parts_->pager);
+    renewCatalog();
     std::vector<std::string> names;
     for (const auto& [key, entry] : parts_->catalog)
         if (entry.user)
@@ -277,6 +254,8 @@ std::vector<std::string> Database::tableNames() const {
 }
 
 std::vector<std::string> Database::allTableNames() const {
+    const Pager::Section section(parts_->pager);
+    renewCatalog();
     std::vector<std::string> names;
     for (const auto& [key, entry] : parts_->catalog)
         names.push_back(entry.name);
@@ -284,10 +263,14 @@ std::vector<std::string> Database::allTableNames() const {
 }
 
 bool Database::hasTable(std::string_view name) const {
+    const Pager::Section section(parts_->pager);
+    renewCatalog();
     return parts_->catalog.contains(foldedName(name));
 }
 
 Table& Database::table(std::string_view name) {
+    const Pager::Section section(parts_->pager);
+    renewCatalog();
     const auto found = parts_->catalog.find(foldedName(name));
     if (found == parts_->catalog.end())
         throw Error(Errc::notFound, "O banco de dados \"" + parts_->path.string() +
@@ -299,10 +282,6 @@ Table& Database::table(std::string_view name) {
 }
 
 Table& Database::createTable(const TableSpec& spec) {
-    if (parts_->readOnly)
-        throw Error(Errc::readOnly, *parts_->readOnly);
-    if (hasTable(spec.name))
-        throw Error(Errc::exists, "A tabela \"" + spec.name + "\" já existe.");
     const TextCodec names(version(), parts_->header.codePage);
     requireName(names, spec.name);
     if (spec.columns.empty() || spec.columns.size() > kMaxColumns ||
@@ -322,12 +301,15 @@ Table& Database::createTable(const TableSpec& spec) {
         table.indexes.push_back(newIndex(index, spec));
     }
 
-    Table& objects = this->table("MSysObjects");
-    Table& rights = this->table("MSysACEs");
     const bool own = !parts_->explicitTransaction;
     if (own)
         begin();
     try {
+        claim();
+        if (hasTable(spec.name))
+            throw Error(Errc::exists, "A tabela \"" + spec.name + "\" já existe.");
+        Table& objects = this->table("MSysObjects");
+        Table& rights = this->table("MSysACEs");
         const PageNo page = parts_->statement([&] {
             const PageNo first = parts_->pages.take();
             buildTable(parts_->pager, parts_->pages, first, table, parts_->header.order,
@@ -343,6 +325,7 @@ Table& Database::createTable(const TableSpec& spec) {
             rollback();
         throw;
     }
+    const Pager::Section section(parts_->pager);
     loadCatalog();
     return this->table(spec.name);
 }
@@ -359,6 +342,8 @@ void Database::begin() {
         throw Error(Errc::misuse, "Já há uma transação aberta.");
     if (parts_->readOnly)
         throw Error(Errc::readOnly, *parts_->readOnly);
+    if (const auto& reason = parts_->sharing->lastingReason())
+        throw Error(Errc::readOnly, *reason);
     parts_->flush();
     parts_->pager.begin();
     parts_->explicitTransaction = true;
@@ -368,24 +353,39 @@ void Database::commit() {
     if (!parts_->explicitTransaction)
         throw Error(Errc::misuse, "Não há transação aberta.");
     parts_->pager.commit();
-    parts_->explicitTransaction = false;
     parts_->catalogChanged = false;
+    parts_->end();
 }
 
 void Database::rollback() {
     if (!parts_->explicitTransaction)
         throw Error(Errc::misuse, "Não há transação aberta.");
-    parts_->pager.rollback();
-    parts_->explicitTransaction = false;
-    if (std::exchange(parts_->catalogChanged, false))
+    parts_->end();
+    if (std::exchange(parts_->catalogChanged, false)) {
+        const Pager::Section section(parts_->pager);
         loadCatalog();
+    }
 }
+
+void Database::claim() { const Parts::Change change(*parts_); }
 
 bool Database::inTransaction() const noexcept { return parts_->explicitTransaction; }
 void Database::flushIfDue() { parts_->flushIfDue(); }
 void Database::flush() { parts_->flush(); }
 std::uint64_t Database::generation() const noexcept { return parts_->pager.generation(); }
 Pager& Database::pager() noexcept { return parts_->pager; }
+
+Exclusive::Exclusive(Database& database) : database_(database) {
+    Database::Parts& parts = *database.parts_;
+    if (parts.explicitTransaction)
+        throw Error(Errc::misuse, "Já há uma transação aberta.");
+    if (parts.readOnly)
+        throw Error(Errc::readOnly, *parts.readOnly);
+    parts.flush();
+    parts.sharing->beginExclusive();
+}
+
+Exclusive::~Exclusive() { database_.parts_->sharing->endExclusive(); }
 
 Transaction::~Transaction() {
     if (done_ || !database_.inTransaction())

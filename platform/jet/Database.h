@@ -43,8 +43,11 @@ struct TableSpec {
 
 /// An open database file.
 ///
-/// Several may be open at once, one of them for writing: the first that opens a file writable holds
-/// it until it closes, the others read. One thread at a time.
+/// Several stations may have one file open and all may write, one transaction after the other: who
+/// changes something has the file from the first change of a transaction to its end, and the others
+/// wait for that long (see setWaitHook), at most ten seconds. What another has written is seen by
+/// the next look at the file. A program that isn't a copy of this one makes the file read-only as
+/// long as it has it open. One thread at a time.
 class Database {
 public:
     struct Options {
@@ -71,8 +74,9 @@ public:
 
     [[nodiscard]] const std::filesystem::path& path() const noexcept;
     [[nodiscard]] Version version() const noexcept;
-    /// Why the file can't be changed, or nothing if it can.
-    [[nodiscard]] const std::optional<std::string>& readOnlyReason() const noexcept;
+    /// Why the file can't be changed at this moment, or nothing if it can: looks each time whether
+    /// a foreign program has come or gone. Costs a few calls of the system.
+    [[nodiscard]] std::optional<std::string> readOnlyReason();
 
     /// What the opening found and the operator must know, or nothing: a journal that was left
     /// beside the file and couldn't be used.
@@ -100,6 +104,10 @@ public:
     void begin();
     void commit();
     void rollback();
+    /// Inside a transaction: from here on nobody else changes the file until it ends, and all that
+    /// others have written until now has been noticed. The first change does it by itself.
+    /// @throws Error{locked, readOnly}.
+    void claim();
     [[nodiscard]] bool inTransaction() const noexcept;
 
     /// Changes made outside an explicit transaction are gathered and written together, at the
@@ -113,13 +121,41 @@ public:
     [[nodiscard]] Pager& pager() noexcept;
 
 private:
+    friend class Exclusive;
     friend class Table;
     struct Parts;
 
     Database() = default;
     void loadCatalog();
+    void renewCatalog() const;
 
     std::unique_ptr<Parts> parts_;
+};
+
+/// While one lives nobody else has the database open, or can open it: for what changes the file as
+/// a whole, such as putting another in its place.
+class Exclusive {
+public:
+    /// @throws Error{locked} naming the stations that have it open; Error{misuse} inside a
+    ///         transaction; Error{readOnly}.
+    explicit Exclusive(Database& database);
+    Exclusive(const Exclusive&) = delete;
+    Exclusive& operator=(const Exclusive&) = delete;
+    ~Exclusive();
+
+private:
+    Database& database_;
+};
+
+/// What is read while one lives is all of one state of the file: another station's transaction is
+/// seen whole or not at all. Keep it short: nobody can write meanwhile. They nest, and inside an
+/// outer one cost nothing.
+class Reading {
+public:
+    explicit Reading(Database& database) : section_(database.pager()) {}
+
+private:
+    Pager::Section section_;
 };
 
 /// All changes made while it lives, or none.

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "jet/Committer.h"
 #include "jet/Database.h"
 #include "jet/Header.h"
-#include "jet/LockFile.h"
+#include "jet/Sharing.h"
 
 namespace jet {
 
@@ -19,56 +18,75 @@ struct Database::Parts {
     std::filesystem::path path;
     Header header;
     TextSettings texts;
-    LockFile lock; ///< outlives the pager: what is written is written under it
-    std::optional<std::string> readOnly;
-    std::optional<std::string> notice; ///< of what recovery found
+    std::optional<std::string> readOnly;     ///< why it was opened only for reading
+    std::optional<std::string> restructured; ///< why nothing of it can be used any more
     Pager pager;
-    std::optional<Committer> committer; ///< of a file that may be changed
     PageAllocator pages;
+    std::optional<Sharing> sharing;       ///< leaves before the file is closed
     std::map<std::string, Entry> catalog; ///< by folded name
     bool explicitTransaction = false;
     bool catalogChanged = false; ///< by the open transaction
+    bool catalogStale = false;   ///< another has written since it was read
     std::optional<std::chrono::steady_clock::time_point> pendingSince;
 
+    /// Of a file that nobody else knows: Sharing comes with share().
     Parts(std::filesystem::path where, Header head, TextSettings textSettings, File file,
           bool writable)
         : path(std::move(where)), header(std::move(head)), texts(textSettings),
-          lock(path, file.disk()), pager(std::move(file), formatOf(header.version), writable),
-          pages(pager) {}
+          pager(std::move(file), formatOf(header.version), writable), pages(pager) {}
+
+    void share(bool mayWrite);
+    /// Why no table can be changed at this moment.
+    [[nodiscard]] std::optional<std::string> whyNotWritable() {
+        return readOnly ? readOnly : sharing ? sharing->whyNotWritable() : std::nullopt;
+    }
+
+    /// One change, or several that belong together: while it lives nobody else changes the file,
+    /// and what is read is the newest. Outside an explicit transaction what was changed stays ours
+    /// until it is flushed.
+    class Change {
+    public:
+        /// @throws as Sharing::beginWriting().
+        explicit Change(Parts& parts);
+        Change(const Change&) = delete;
+        Change& operator=(const Change&) = delete;
+        ~Change();
+
+    private:
+        Parts& parts_;
+    };
 
     /// Runs one change: all of it happens or nothing. Outside an explicit transaction it becomes
     /// part of what the next flush writes.
-    template <class Change>
-    auto statement(Change&& change) {
-        flushIfDue();
-        if (!pager.inTransaction()) {
-            pager.begin();
-            pendingSince = std::chrono::steady_clock::now();
-        }
+    template <class Body>
+    auto statement(Body&& change) {
+        const Change writing(*this);
         Pager::Statement undo(pager);
+        const auto keep = [&] {
+            undo.keep();
+            if (!explicitTransaction && !pendingSince)
+                pendingSince = std::chrono::steady_clock::now();
+        };
         if constexpr (std::is_void_v<decltype(change())>) {
             change();
-            undo.keep();
+            keep();
         } else {
             auto result = change();
-            undo.keep();
+            keep();
             return result;
         }
     }
 
-    void flush() {
-        if (!pendingSince)
-            return;
-        pager.commit();
-        pendingSince.reset();
-    }
-    void flushIfDue() {
-        if (pendingSince && std::chrono::steady_clock::now() - *pendingSince >= kLongestPending)
-            flush();
-    }
+    /// The explicit transaction's end, well or badly.
+    void end() noexcept;
+    void flush();
+    void flushIfDue();
 
 private:
-    static constexpr std::chrono::milliseconds kLongestPending{500};
+    void noticeNews();
+
+    unsigned changes_ = 0; ///< that live, one inside the other
+    std::chrono::steady_clock::time_point askedForWaiting_{};
 };
 
 } // namespace jet

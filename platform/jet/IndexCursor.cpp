@@ -3,23 +3,31 @@
 namespace jet {
 
 bool IndexTree::Cursor::first() {
-    place_ = tree_->lowerBound({});
-    return forward(Order::any);
+    return tree_->pager_->look([&] {
+        place_ = tree_->lowerBound({});
+        return forward(Order::any);
+    });
 }
 
 bool IndexTree::Cursor::last() {
-    place_ = tree_->end();
-    return backward(Order::any);
+    return tree_->pager_->look([&] {
+        place_ = tree_->end();
+        return backward(Order::any);
+    });
 }
 
 bool IndexTree::Cursor::seek(std::span<const std::byte> key, RowId row) {
-    place_ = tree_->lowerBound({key, static_cast<std::uint64_t>(packed(row))});
-    return forward(Order::any);
+    return tree_->pager_->look([&] {
+        place_ = tree_->lowerBound({key, static_cast<std::uint64_t>(packed(row))});
+        return forward(Order::any);
+    });
 }
 
 bool IndexTree::Cursor::seekBefore(std::span<const std::byte> key, RowId row) {
-    place_ = tree_->lowerBound({key, static_cast<std::uint64_t>(packed(row))});
-    return backward(Order::any);
+    return tree_->pager_->look([&] {
+        place_ = tree_->lowerBound({key, static_cast<std::uint64_t>(packed(row))});
+        return backward(Order::any);
+    });
 }
 
 bool IndexTree::Cursor::next() {
@@ -31,14 +39,16 @@ bool IndexTree::Cursor::next() {
     case Stands::on:
         break;
     }
-    if (current()) {
-        place_.at = end_;
-    } else {
-        IndexPoint behind = point();
-        ++behind.row;
-        place_ = tree_->lowerBound(behind);
-    }
-    return forward(Order::greater);
+    return tree_->pager_->look([&] {
+        if (current()) {
+            place_.at = end_;
+        } else {
+            IndexPoint behind = point();
+            ++behind.row;
+            place_ = tree_->lowerBound(behind);
+        }
+        return forward(Order::greater);
+    });
 }
 
 bool IndexTree::Cursor::previous() {
@@ -50,9 +60,11 @@ bool IndexTree::Cursor::previous() {
     case Stands::on:
         break;
     }
-    if (!current())
-        place_ = tree_->lowerBound(point());
-    return backward(Order::less);
+    return tree_->pager_->look([&] {
+        if (!current())
+            place_ = tree_->lowerBound(point());
+        return backward(Order::less);
+    });
 }
 
 /// To the entry at the place, or the first of the leaves that follow.

@@ -1,59 +1,170 @@
 #include "jet/LockFile.h"
 
 #include "jet/Error.h"
+#include "jet/Types.h"
+#include "jet/Waiting.h"
 
-#include <system_error>
+#include <algorithm>
+#include <array>
+#include <unistd.h>
 
 namespace jet {
 
 namespace {
 
-constexpr std::uint64_t kUsersAt = 0x10000001;
-constexpr std::uint64_t kUsers = 255;
-constexpr std::uint64_t kWriterAt = 0x70001001;
+constexpr std::uint64_t kUsersAt = 0x10000000;
+constexpr std::uint64_t kMarksAt = 0x70000000;
+constexpr unsigned kMostUsers = 255;
+constexpr std::size_t kSlot = 64;
+constexpr std::size_t kName = 32;
+constexpr const char* kAccount = "Admin";
+
+/// A name as it stands in a slot.
+void putName(std::span<std::byte> field, const std::string& name) {
+    const std::size_t used = std::min(name.size(), field.size() - 1);
+    std::transform(name.begin(), name.begin() + static_cast<std::ptrdiff_t>(used), field.begin(),
+                   [](char c) { return static_cast<std::byte>(c); });
+    field[used] = std::byte{0};
+    std::fill(field.begin() + static_cast<std::ptrdiff_t>(used) + 1, field.end(), std::byte{' '});
+}
+
+std::string nameIn(std::span<const std::byte> field) {
+    std::string name;
+    for (const std::byte b : field) {
+        if (b == std::byte{0})
+            break;
+        const auto c = std::to_integer<unsigned char>(b);
+        name += c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?';
+    }
+    name.erase(name.find_last_not_of(' ') + 1);
+    return name;
+}
+
+std::string machineName() {
+    std::array<char, 256> name{};
+    if (::gethostname(name.data(), name.size() - 1) != 0 || name[0] == 0)
+        return "LOCAL";
+    return name.data();
+}
 
 } // namespace
 
 LockFile::LockFile(const std::filesystem::path& database, Disk& disk)
     : path_(std::filesystem::path(database).replace_extension(".ldb")), disk_(disk) {}
 
-bool LockFile::becomeWriter() {
-    while (true) {
-        try {
-            file_.emplace(path_, File::Mode::createNew, disk_);
-            made_ = true;
-        } catch (const Error& error) {
-            if (error.code() != Errc::exists)
-                throw;
-            made_ = false;
-            try {
-                file_.emplace(path_, File::Mode::readWrite, disk_);
-            } catch (const Error& gone) {
-                if (gone.code() == Errc::notFound)
-                    continue;
-                throw;
-            }
-        }
-        if (!file_->tryLock(Disk::Lock::exclusive, kWriterAt)) {
-            file_.reset();
-            return false;
-        }
-        // Whoever left meanwhile may have removed the very file we opened.
-        if (file_->isAt(path_))
-            return true;
-        file_.reset();
+LockFile::~LockFile() {
+    try {
+        leave();
+    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+        // A lock file left behind does no harm; its locks go with it.
     }
 }
 
-LockFile::~LockFile() {
-    if (!file_ || !made_)
+void LockFile::leave() {
+    if (!file_)
         return;
-    try {
-        if (file_->firstHeld(kUsersAt, kUsers) == kUsersAt + kUsers)
-            static_cast<void>(disk_.remove(path_));
-    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
-        // A lock file left behind does no harm.
+    openGate();
+    // Who is still at it after a second sees to the file itself when leaving.
+    const bool alone = waitFor([&] { return tryLock(kEntering); }, std::chrono::seconds(1));
+    if (user_ != 0) {
+        unlock(kMarksAt + user_);
+        unlock(kUsersAt + user_);
     }
+    if (alone && isCurrent() &&
+        file_->firstHeld(kUsersAt + 1, kMostUsers) == kUsersAt + 1 + kMostUsers)
+        static_cast<void>(disk_.remove(path_));
+    file_.reset();
+}
+
+void LockFile::open() {
+    file_.reset();
+    while (true) {
+        try {
+            file_.emplace(path_, File::Mode::readWrite, disk_);
+            return;
+        } catch (const Error& error) {
+            if (error.code() != Errc::notFound)
+                throw;
+        }
+        try {
+            file_.emplace(path_, File::Mode::createNew, disk_);
+            return;
+        } catch (const Error& error) {
+            if (error.code() != Errc::exists)
+                throw;
+        }
+    }
+}
+
+bool LockFile::takeUser() {
+    for (unsigned user = 1; user <= kMostUsers; ++user) {
+        if (!tryLock(kUsersAt + user))
+            continue;
+        if (!tryLock(kMarksAt + user)) {
+            unlock(kUsersAt + user);
+            continue;
+        }
+        std::array<std::byte, kSlot> slot{};
+        putName(std::span(slot).first(kName), machineName());
+        putName(std::span(slot).subspan(kName), kAccount);
+        file_->write(std::uint64_t{user - 1} * kSlot, slot);
+        user_ = user;
+        return true;
+    }
+    return false;
+}
+
+bool LockFile::isUser(unsigned user) const { return isHeld(kUsersAt + user); }
+bool LockFile::isForeign(unsigned user) const { return isUser(user) && !isHeld(kMarksAt + user); }
+
+std::vector<unsigned> LockFile::otherUsers() const {
+    std::vector<unsigned> users;
+    for (std::uint64_t user = 1; user <= kMostUsers; ++user) {
+        user = file_->firstHeld(kUsersAt + user, kMostUsers + 1 - user) - kUsersAt;
+        if (user <= kMostUsers)
+            users.push_back(static_cast<unsigned>(user));
+    }
+    return users;
+}
+
+std::string LockFile::nameOf(unsigned user) const {
+    try {
+        std::array<std::byte, kSlot> slot{};
+        file_->read(std::uint64_t{user - 1} * kSlot, slot);
+        const std::string machine = nameIn(std::span(slot).first(kName));
+        const std::string account = nameIn(std::span(slot).subspan(kName));
+        if (!machine.empty())
+            return account.empty() ? machine : machine + " (" + account + ")";
+    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+        // A user that has written no name.
+    }
+    return "usuário " + std::to_string(user);
+}
+
+bool LockFile::closeGate() {
+    std::uint64_t next = kUsersAt + 1;
+    const std::uint64_t end = next + kMostUsers;
+    while (next < end) {
+        const std::uint64_t own = kUsersAt + user_;
+        const std::uint64_t stop = next <= own && own < end ? own : end;
+        const std::uint64_t held = file_->firstHeld(next, stop - next);
+        const std::uint64_t count = held - next;
+        if (count > 0) {
+            if (!file_->tryLock(Disk::Lock::exclusive, next, count)) {
+                openGate();
+                return false;
+            }
+            gate_.emplace_back(next, count);
+        }
+        next = held + 1; // over the other's byte, or our own
+    }
+    return true;
+}
+
+void LockFile::openGate() noexcept {
+    for (const auto& [first, count] : gate_)
+        file_->unlock(first, count);
+    gate_.clear();
 }
 
 } // namespace jet

@@ -1,6 +1,7 @@
 #include "jet/Pager.h"
 
-#include "jet/Committer.h"
+#include "jet/Sharing.h"
+#include "jet/Waiting.h"
 
 #include <algorithm>
 #include <cassert>
@@ -22,11 +23,34 @@ Pager::Pager(File file, const Format& format, bool writable)
       committedPageCount_(pageCount_) {}
 
 void Pager::requireUsable() const {
-    if (committer_ && committer_->isBroken())
+    if (sharing_ && sharing_->isBroken())
         throw Error(Errc::io, "Uma gravação em \"" + file_.path().string() +
                                   "\" falhou no meio e não pôde ser desfeita. Feche o programa, "
                                   "verifique o disco ou a rede, e abra-o de novo: os dados voltam "
                                   "ao estado de antes dessa gravação.");
+}
+
+Pager::Section::Section(Pager& pager) : sharing_(pager.sharing_) {
+    if (sharing_)
+        sharing_->beginReading();
+}
+
+Pager::Section::~Section() {
+    if (sharing_)
+        sharing_->endReading();
+}
+
+bool Pager::opensSection() const noexcept {
+    return sharing_ && !sharing_->inSection() && !sharing_->isWriting();
+}
+
+/// Whether what has failed is to be tried again: a foreign program wrote meanwhile.
+bool Pager::disturbed(int attempt) const {
+    constexpr int kAttempts = 20;
+    if (!sharing_->disturbed() || attempt >= kAttempts)
+        return false;
+    pause(std::chrono::milliseconds(100));
+    return true;
 }
 
 PageRef Pager::read(PageNo page) {
@@ -46,6 +70,8 @@ PageRef Pager::readCommitted(PageNo page) {
         corrupt(page, "uma referência aponta para fora do arquivo");
     auto image = std::make_shared<PageImage>(format_.pageSize);
     file_.read(std::uint64_t{number(page)} * format_.pageSize, *image);
+    if (sharing_)
+        sharing_->verifyPage();
     remember(page, image);
     return {page, std::move(image)};
 }
@@ -147,8 +173,8 @@ void Pager::commit() {
     requireUsable();
     if (!changed_.empty()) {
         const ChangedPages changed = changedPages();
-        if (committer_) {
-            committer_->commit(changed);
+        if (sharing_) {
+            sharing_->commit(changed);
         } else {
             for (const ChangedPages::Page& page : changed.pages)
                 file_.write(std::uint64_t{number(page.number)} * format_.pageSize, page.content);

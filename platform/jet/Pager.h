@@ -12,7 +12,7 @@
 
 namespace jet {
 
-class Committer;
+class Sharing;
 
 using PageImage = std::vector<std::byte>;
 
@@ -47,9 +47,9 @@ public:
     /// Takes over an open file whose first page has been checked. `writable` is whether change() is
     /// allowed at all.
     Pager(File file, const Format& format, bool writable);
-    /// From now on transactions are written through `committer`, which outlives the pager's use;
-    /// without one they are written in place, as suits a file that nobody knows yet.
-    void writeThrough(Committer& committer) noexcept { committer_ = &committer; }
+    /// From now on the file is read and written as agreed with the other stations; without that
+    /// pages are written in place at once, as suits a file that nobody knows yet.
+    void share(Sharing& sharing) noexcept { sharing_ = &sharing; }
     [[nodiscard]] File& file() noexcept { return file_; }
 
     [[nodiscard]] const Format& format() const noexcept { return format_; }
@@ -64,6 +64,39 @@ public:
     /// transaction that has changed something.
     void refresh();
 
+    /// How often refresh() was called.
+    [[nodiscard]] std::uint64_t refreshes() const noexcept { return refreshes_; }
+
+    /// While one lives nothing in the file changes but by us: what is read inside fits together.
+    /// They nest; the outermost costs a look at the lock file.
+    /// @throws as Sharing::beginReading().
+    class Section {
+    public:
+        explicit Section(Pager& pager);
+        Section(const Section&) = delete;
+        Section& operator=(const Section&) = delete;
+        ~Section();
+
+    private:
+        Sharing* sharing_;
+    };
+    /// What `look` finds in the file, all of one state. It may be called again, if a foreign
+    /// program has written meanwhile; so it must begin anew each time.
+    template <class Look>
+    auto look(Look&& look) {
+        if (!opensSection())
+            return look();
+        for (int attempt = 1;; ++attempt) {
+            try {
+                const Section section(*this);
+                return look();
+            } catch (const Error&) {
+                if (!disturbed(attempt))
+                    throw;
+            }
+        }
+    }
+
     /// @throws Error{corrupt} if the file has no such page, Error{io} if it can't be read.
     [[nodiscard]] PageRef read(PageNo page);
 
@@ -77,7 +110,8 @@ public:
     [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
     void begin();
     /// Writes every changed page and returns when the disk has them.
-    /// @throws Error{full, io}: nothing has been written, and the transaction is still open.
+    /// @throws Error{full, io, locked, conflict}: nothing has been written, and the transaction is
+    ///         still open.
     void commit();
     /// No effect outside a transaction.
     void rollback() noexcept;
@@ -109,16 +143,19 @@ private:
     void forgetCache() noexcept;
     void undoStatement() noexcept;
     void requireUsable() const;
+    [[nodiscard]] bool opensSection() const noexcept;
+    [[nodiscard]] bool disturbed(int attempt) const;
     [[nodiscard]] ChangedPages changedPages();
 
     File file_;
-    Committer* committer_ = nullptr;
+    Sharing* sharing_ = nullptr;
     const Format& format_;
     bool writable_;
     bool inTransaction_ = false;
     std::uint32_t pageCount_;
     std::uint32_t committedPageCount_;
     std::uint64_t generation_ = 1;
+    std::uint64_t refreshes_ = 0;
 
     std::unordered_map<PageNo, std::shared_ptr<PageImage>> changed_;
     /// While a statement runs: each page it changed, as it was before (null: not changed before).

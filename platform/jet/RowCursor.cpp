@@ -33,8 +33,10 @@ const DataPage& RowReader::page(PageNo page) {
 }
 
 const RowView* RowReader::read(RowId id) {
-    const DataPage* own = ownPage(id.page);
-    return own && id.slot < own->slotCount() ? read(id, own->slot(id.slot)) : nullptr;
+    return pager_->look([&]() -> const RowView* {
+        const DataPage* own = ownPage(id.page);
+        return own && id.slot < own->slotCount() ? read(id, own->slot(id.slot)) : nullptr;
+    });
 }
 
 const RowView* RowReader::read(RowId id, const Slot& slot) {
@@ -99,9 +101,15 @@ bool RowCursor::backwardFrom(std::uint32_t page, std::size_t endSlot) {
     return false;
 }
 
-bool RowCursor::first() { return forwardFrom(0, 0); }
-bool RowCursor::last() { return backwardFrom(pager_->pageCount(), 0); }
-bool RowCursor::seek(RowId id) { return forwardFrom(number(id.page), id.slot); }
+bool RowCursor::first() {
+    return pager_->look([&] { return forwardFrom(0, 0); });
+}
+bool RowCursor::last() {
+    return pager_->look([&] { return backwardFrom(pager_->pageCount(), 0); });
+}
+bool RowCursor::seek(RowId id) {
+    return pager_->look([&] { return forwardFrom(number(id.page), id.slot); });
+}
 
 // While nothing has changed the page in hand is still the table's; else the map has to say so
 // first.
@@ -109,17 +117,22 @@ bool RowCursor::seek(RowId id) { return forwardFrom(number(id.page), id.slot); }
 bool RowCursor::next() {
     if (!row_)
         return false;
-    if (!reader_.isFresh())
-        return forwardFrom(number(id_.page), id_.slot + std::size_t{1});
-    return forwardOn(id_.page, id_.slot + std::size_t{1}) || forwardFrom(number(id_.page) + 1, 0);
+    return pager_->look([this, from = id_] {
+        if (!reader_.isFresh())
+            return forwardFrom(number(from.page), from.slot + std::size_t{1});
+        return forwardOn(from.page, from.slot + std::size_t{1}) ||
+               forwardFrom(number(from.page) + 1, 0);
+    });
 }
 
 bool RowCursor::previous() {
     if (!row_)
         return false;
-    if (!reader_.isFresh())
-        return backwardFrom(number(id_.page), id_.slot);
-    return backwardOn(id_.page, id_.slot) || backwardFrom(number(id_.page) - 1, kMaxSlots);
+    return pager_->look([this, from = id_] {
+        if (!reader_.isFresh())
+            return backwardFrom(number(from.page), from.slot);
+        return backwardOn(from.page, from.slot) || backwardFrom(number(from.page) - 1, kMaxSlots);
+    });
 }
 
 } // namespace jet

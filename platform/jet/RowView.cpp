@@ -55,6 +55,7 @@ Guid guidOf(std::span<const std::byte> bytes, PageNo page) {
 void RowView::place(Pager& pager, const TableDefinition& definition,
                     std::span<const std::byte> bytes, PageNo page) {
     pager_ = &pager;
+    refreshes_ = pager.refreshes();
     definition_ = &definition;
     bytes_ = bytes;
     page_ = page;
@@ -67,6 +68,16 @@ void RowView::place(Pager& pager, const TableDefinition& definition,
     if (count_ > definition.maxColumns || base_ + mask > bytes.size())
         corrupt(page, "uma linha tem mais colunas do que a tabela");
     maskAt_ = bytes.size() - mask;
+}
+
+Bytes RowView::longValue(std::span<const std::byte> definition) const {
+    return pager_->look([&] {
+        if (refreshes_ != pager_->refreshes() &&
+            LongValueDefinition::parse(definition, page_).kind != LongValueDefinition::Kind::inRow)
+            throw Error(Errc::conflict, "O registro foi alterado por outra estação enquanto era "
+                                        "lido. Localize-o outra vez.");
+        return readLongValue(*pager_, definition, page_);
+    });
 }
 
 bool RowView::bit(const Column& column) const noexcept {
@@ -161,7 +172,7 @@ std::string_view RowView::text(std::size_t column, std::string& buffer) const {
     buffer.clear();
     if (const auto bytes = field(c)) {
         if (c.type == ColumnType::memo)
-            c.codec.decodeTo(buffer, readLongValue(*pager_, *bytes, page_));
+            c.codec.decodeTo(buffer, longValue(*bytes));
         else
             c.codec.decodeTo(buffer, *bytes);
     }
@@ -194,9 +205,9 @@ Value RowView::value(std::size_t column) const {
     case ColumnType::text:
         return c.codec.decode(*bytes);
     case ColumnType::memo:
-        return c.codec.decode(readLongValue(*pager_, *bytes, page_));
+        return c.codec.decode(longValue(*bytes));
     case ColumnType::ole:
-        return readLongValue(*pager_, *bytes, page_);
+        return longValue(*bytes);
     case ColumnType::guid:
         return guidOf(*bytes, page_);
     case ColumnType::numeric:

@@ -42,8 +42,11 @@ private:
     [[nodiscard]] std::pair<std::size_t, std::size_t> extentJet3(std::size_t index) const;
     [[nodiscard]] std::pair<std::size_t, std::size_t> extentJet4(std::size_t index) const;
 
+    [[nodiscard]] Bytes longValue(std::span<const std::byte> definition) const;
+
     const TableDefinition* definition_ = nullptr;
     Pager* pager_ = nullptr;
+    std::uint64_t refreshes_ = 0; ///< of the pager, when the row was read
     std::span<const std::byte> bytes_;
     PageNo page_{};
     std::size_t base_ = 0;   ///< bytes of the column count that the row starts with

@@ -69,13 +69,18 @@ public:
         return result == -EAGAIN || result == -EACCES ? 0 : result < 0 ? result : 1;
     }
     std::int64_t firstHeld(std::uint64_t offset, std::uint64_t count) override {
-        struct flock range = rangeOf(F_WRLCK, offset, count);
-        const int result = retried([&] { return ::fcntl(handle_, F_OFD_GETLK, &range); });
-        if (result < 0)
-            return result;
-        if (range.l_type == F_UNLCK)
-            return static_cast<std::int64_t>(offset + count);
-        return std::max(range.l_start, static_cast<off_t>(offset));
+        // The system names any lock in the way, not the first: go on before it.
+        std::uint64_t end = offset + count;
+        while (end > offset) {
+            struct flock range = rangeOf(F_WRLCK, offset, end - offset);
+            const int result = retried([&] { return ::fcntl(handle_, F_OFD_GETLK, &range); });
+            if (result < 0)
+                return result;
+            if (range.l_type == F_UNLCK)
+                break;
+            end = std::max(static_cast<std::uint64_t>(range.l_start), offset);
+        }
+        return static_cast<std::int64_t>(end);
     }
     bool isAt(const std::filesystem::path& path) override {
         struct stat mine {};

@@ -179,23 +179,36 @@ std::optional<std::size_t> Table::primaryKey() const noexcept {
 }
 
 std::int64_t Table::rowCount() const {
-    return parts_->counter<std::uint32_t>(parts_->format().rowCountAt);
+    return parts_->pager().look(
+        [&] { return parts_->counter<std::uint32_t>(parts_->format().rowCountAt); });
 }
 
 std::optional<std::string> Table::readOnlyReason() {
-    if (parts_->file.readOnly)
-        return parts_->file.readOnly;
-    if (!std::exchange(parts_->verified, true))
-        parts_->readOnly = whyNotWritable(*this, parts_->pager());
-    if (parts_->readOnly)
-        return parts_->readOnly;
-    if (parts_->rulesTentative && !parts_->file.catalogChanged)
-        forgetRules(); // that transaction has ended, one way or the other
-    if (!std::exchange(parts_->rulesKnown, true) && !parts_->definition.system) {
-        parts_->rules = TableRules::load(parts_->owner, *this);
-        parts_->rulesTentative = parts_->file.catalogChanged;
+    if (auto reason = parts_->file.whyNotWritable())
+        return reason;
+    return ownReadOnlyReason();
+}
+
+std::optional<std::string> Table::ownReadOnlyReason() {
+    Parts& my = *parts_;
+    if (!my.verified) {
+        my.readOnly = my.pager().look([&] { return whyNotWritable(*this, my.pager()); });
+        my.verified = true;
     }
-    return parts_->rules ? parts_->rules->problem() : std::nullopt;
+    if (my.readOnly)
+        return my.readOnly;
+    if (my.rulesTentative && !my.file.catalogChanged)
+        forgetRules(); // that transaction has ended, one way or the other
+    if (!std::exchange(my.rulesKnown, true) && !my.definition.system) {
+        try {
+            my.rules = TableRules::load(my.owner, *this);
+        } catch (...) {
+            forgetRules();
+            throw;
+        }
+        my.rulesTentative = my.file.catalogChanged;
+    }
+    return my.rules ? my.rules->problem() : std::nullopt;
 }
 
 void Table::forgetRules() noexcept {
@@ -207,21 +220,25 @@ RowCursor Table::scan() const { return {parts_->pager(), parts_->definition}; }
 RowReader Table::reader() const { return {parts_->pager(), parts_->definition}; }
 
 std::optional<Row> Table::read(RowId id) const {
-    RowReader source = reader();
-    const RowView* row = source.read(id);
-    return row ? std::optional(row->values()) : std::nullopt;
+    return parts_->pager().look([&] {
+        RowReader source = reader();
+        const RowView* row = source.read(id);
+        return row ? std::optional(row->values()) : std::nullopt;
+    });
 }
 
 std::optional<std::uint64_t> Table::stamp(RowId id) const {
-    RowReader source = reader();
-    const RowView* row = source.read(id);
-    if (!row)
-        return std::nullopt;
-    std::uint64_t hash = hashed(0xCBF29CE484222325U, row->bytes());
-    for (std::size_t i = 0; i < columns().size(); ++i)
-        if (isLongValue(columns()[i].type) && !row->isNull(i))
-            hash = hashed(hash, readLongValue(parts_->pager(), row->stored(i), id.page));
-    return hash;
+    return parts_->pager().look([&]() -> std::optional<std::uint64_t> {
+        RowReader source = reader();
+        const RowView* row = source.read(id);
+        if (!row)
+            return std::nullopt;
+        std::uint64_t hash = hashed(0xCBF29CE484222325U, row->bytes());
+        for (std::size_t i = 0; i < columns().size(); ++i)
+            if (isLongValue(columns()[i].type) && !row->isNull(i))
+                hash = hashed(hash, readLongValue(parts_->pager(), row->stored(i), id.page));
+        return hash;
+    });
 }
 
 IndexTree::Cursor Table::walk(std::size_t index) const {
@@ -270,17 +287,26 @@ void Table::appendKey(Bytes& key, std::size_t index, std::size_t place, const Va
 }
 
 std::optional<Bytes> Table::keyOf(std::size_t index, RowId id) const {
-    RowReader source = reader();
-    const RowView* row = source.read(id);
-    return row ? parts_->key(index, storedRow(parts_->definition, *row)) : std::nullopt;
+    return parts_->pager().look([&] {
+        RowReader source = reader();
+        const RowView* row = source.read(id);
+        return row ? parts_->key(index, storedRow(parts_->definition, *row)) : std::nullopt;
+    });
 }
 
 const TableDefinition& Table::definition() const noexcept { return parts_->definition; }
 const IndexTree& Table::tree(std::size_t index) const noexcept { return parts_->trees[index]; }
 
 void Table::requireWritable() {
-    if (const auto reason = readOnlyReason())
+    if (const auto& reason = ownReadOnlyReason())
         throw Error(Errc::readOnly, *reason);
+}
+
+void Table::requireExpected(RowId id, std::optional<std::uint64_t> expected) const {
+    if (expected && stamp(id) != expected)
+        throw Error(Errc::conflict,
+                    "Este registro foi alterado ou excluído por outra estação depois de lido. Nada "
+                    "foi gravado; localize o registro outra vez e repita a alteração.");
 }
 
 void Table::Parts::requireKeys(std::span<const Index> indexes, const StoredRow& row) const {
@@ -403,6 +429,7 @@ std::optional<std::string> Table::refusal(std::size_t column, const Value& value
 RowId Table::insert(std::span<const Value> values) {
     if (values.size() != columns().size())
         throw Error(Errc::misuse, "O registro não tem um valor para cada campo.");
+    const Database::Parts::Change writing(parts_->file);
     requireWritable();
     StoredRow row;
     row.reserve(values.size());
@@ -417,6 +444,7 @@ RowId Table::insert(std::span<const Value> values) {
 }
 
 RowId Table::insert(std::span<const Assignment> given) {
+    const Database::Parts::Change writing(parts_->file);
     requireWritable();
     Row values(columns().size());
     std::vector<bool> isGiven(columns().size());
@@ -451,8 +479,11 @@ RowId Table::addRow(StoredRow row, Consequences& all) {
     return id;
 }
 
-std::vector<Cascaded> Table::update(RowId id, std::span<const Assignment> changes) {
+std::vector<Cascaded> Table::update(RowId id, std::span<const Assignment> changes,
+                                    std::optional<std::uint64_t> expected) {
+    const Database::Parts::Change writing(parts_->file);
     requireWritable();
+    requireExpected(id, expected);
     return parts_->file.statement([&] {
         Consequences all(parts_->owner);
         changeRow(id, changes, all);
@@ -494,8 +525,10 @@ void Table::changeRow(RowId id, std::span<const Assignment> changes, Consequence
     my.noteCatalogChange();
 }
 
-std::vector<Cascaded> Table::erase(RowId id) {
+std::vector<Cascaded> Table::erase(RowId id, std::optional<std::uint64_t> expected) {
+    const Database::Parts::Change writing(parts_->file);
     requireWritable();
+    requireExpected(id, expected);
     return parts_->file.statement([&] {
         Consequences all(parts_->owner);
         eraseRow(id, all);

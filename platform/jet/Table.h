@@ -122,12 +122,16 @@ public:
     /// @throws as the other insert().
     RowId insert(std::span<const Assignment> given);
     /// Changes some columns of a row.
+    /// `expected`, if given, is the stamp() of the row as who changes it has seen it: what another
+    /// station has stored since is not overwritten.
     /// @return the other rows, of any table, that changed or went with it.
-    /// @throws as insert(), and Error{conflict} if the row has gone.
-    std::vector<Cascaded> update(RowId id, std::span<const Assignment> changes);
+    /// @throws as insert(), and Error{conflict} if the row has gone or isn't as expected.
+    std::vector<Cascaded> update(RowId id, std::span<const Assignment> changes,
+                                 std::optional<std::uint64_t> expected = std::nullopt);
     /// @return as update() does.
-    /// @throws Error{conflict} if the row has gone, Error{related} if others need it.
-    std::vector<Cascaded> erase(RowId id);
+    /// @throws Error{conflict} if the row has gone or isn't as expected, Error{related} if others
+    ///         need it, Error{readOnly, locked}.
+    std::vector<Cascaded> erase(RowId id, std::optional<std::uint64_t> expected = std::nullopt);
 
     /// How the table is stored, for `check`.
     [[nodiscard]] const TableDefinition& definition() const noexcept;
@@ -142,6 +146,8 @@ private:
     RowId addRow(StoredRow row, Consequences& all);
     void changeRow(RowId id, std::span<const Assignment> changes, Consequences& all);
     void eraseRow(RowId id, Consequences& all);
+    [[nodiscard]] std::optional<std::string> ownReadOnlyReason();
+    void requireExpected(RowId id, std::optional<std::uint64_t> expected) const;
     void appendKey(Bytes& key, std::size_t index, std::size_t place, const Value& value) const;
 
     std::string name_;

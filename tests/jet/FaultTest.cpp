@@ -15,7 +15,7 @@ using namespace std::string_literals;
 
 namespace {
 
-constexpr int kSteps = 9;
+constexpr int kSteps = 6;
 
 struct Fault {
     Version version;

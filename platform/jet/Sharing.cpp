@@ -1,0 +1,484 @@
+#include "jet/Sharing.h"
+
+#include "jet/Waiting.h"
+
+#include <algorithm>
+
+namespace jet {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr milliseconds kLongestWait{10000};
+constexpr milliseconds kLongestEntering{5000};
+/// A foreign program needs some time to open a file: twice that often we look.
+constexpr milliseconds kForeignEvery{500};
+/// So often a reader asks whether a writer waits for the readers to leave.
+constexpr milliseconds kWriterEvery{2};
+
+/// Holds one of the lock file's bytes.
+class Held {
+public:
+    Held(LockFile& lock, std::uint64_t what) : lock_(lock), what_(what) {}
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+    ~Held() { lock_.unlock(what_); }
+
+private:
+    LockFile& lock_;
+    std::uint64_t what_;
+};
+
+} // namespace
+
+Sharing::Sharing(File& database, const Format& format, std::function<void()> onNews)
+    : database_(database), format_(format), onNews_(std::move(onNews)),
+      lock_(database.path(), database.disk()) {}
+
+Sharing::~Sharing() {
+    if (!committer_)
+        return;
+    try {
+        // The journal of somebody else's transaction isn't ours to remove: only with W, which we
+        // have if nobody writes, and as the last one.
+        if (!writing_ && !lock_.tryLock(LockFile::kWriting))
+            return;
+        if (lock_.otherUsers().empty())
+            committer_->leave();
+        lock_.unlock(LockFile::kWriting);
+    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+        // An empty journal left behind does no harm.
+    }
+}
+
+// ---- entering ---------------------------------------------------------------------------------
+
+void Sharing::enter(bool mayWrite) {
+    mayWrite_ = mayWrite;
+    try {
+        lock_.open();
+        // Some shares have no locks: then this says so.
+        if (lock_.tryLock(LockFile::kReading, Disk::Lock::shared))
+            lock_.unlock(LockFile::kReading);
+        shared_ = true;
+    } catch (const Error& error) {
+        lasting_ = std::string("O banco de dados pode ser consultado mas não alterado, porque o "
+                               "arquivo que avisa as outras estações não pôde ser usado. ") +
+                   error.what();
+        careful_ = true;
+    }
+    if (!shared_) {
+        if (hasJournal(database_.path(), database_.disk()))
+            throw Error(Errc::locked,
+                        "Uma gravação em \"" + database_.path().string() +
+                            "\" foi interrompida e ainda não pôde ser desfeita. Abra o banco de "
+                            "dados num computador que possa gravar nessa pasta.");
+        waitFor(
+            [&] {
+                seen_ = Pairs(database_, format_);
+                return !seen_.find(Pairs::kWriting);
+            },
+            milliseconds(2000));
+        suspect_ = seen_.find(Pairs::kWriting).has_value();
+        return;
+    }
+    register_();
+    if (!mayWrite_)
+        return;
+    committer_.emplace(database_, format_, lock_.user());
+}
+
+void Sharing::register_() {
+    for (int round = 0;; ++round) {
+        lockOrSay(LockFile::kEntering, kLongestEntering);
+        const Held entering(lock_, LockFile::kEntering);
+        if (!lock_.isCurrent()) {
+            // Whoever left meanwhile has removed the very file we opened.
+            lock_.open();
+            continue;
+        }
+        if (!database_.isAt(database_.path()))
+            throw Error(Errc::locked, "O banco de dados \"" + database_.path().string() +
+                                          "\" acaba de ser substituído. Tente de novo.");
+        const Pairs pairs(database_, format_);
+        const bool cutOff = hasJournal(database_.path(), database_.disk());
+        // While we hold O nobody of us writes pages: a journal there is a dead station's, unless
+        // that is still being recovered by another, who holds W.
+        const bool beingWritten = lock_.isHeld(LockFile::kWriting);
+        const bool dead = deadWriter(pairs).has_value();
+        if (dead || (cutOff && !beingWritten)) {
+            if (round > 50)
+                throw Error(Errc::locked,
+                            "Uma gravação interrompida em \"" + database_.path().string() +
+                                "\" está sendo desfeita por outra estação. Tente de novo.");
+            lock_.unlock(LockFile::kEntering);
+            if (cutOff && beingWritten) {
+                pause(milliseconds(200));
+                continue;
+            }
+            if (cutOff) {
+                runRecovery(false);
+                continue;
+            }
+            noteSuspect(pairs);
+            if (!lock_.tryLock(LockFile::kEntering))
+                continue;
+        } else if (pairs.find(Pairs::kDamaged)) {
+            noteSuspect(pairs);
+        }
+        if (!lock_.takeUser())
+            throw Error(
+                Errc::locked,
+                "O banco de dados já está aberto em 255 estações, o máximo possível. Feche-o "
+                "em alguma delas e tente de novo.");
+        seen_ = pairs;
+        static_cast<void>(foreignReason(true));
+        return;
+    }
+}
+
+void Sharing::lockOrSay(std::uint64_t what, milliseconds longest) {
+    if (!waitFor([&] { return lock_.tryLock(what); }, longest))
+        throw Error(Errc::locked, "O banco de dados está ocupado por outra estação" + others() +
+                                      ". Espere um pouco e tente de novo.");
+}
+
+std::string Sharing::others() const {
+    std::string names;
+    for (const unsigned user : lock_.otherUsers())
+        names += (names.empty() ? ": " : ", ") + lock_.nameOf(user);
+    return names;
+}
+
+// ---- what another has left half done ----------------------------------------------------------
+
+/// The user who died writing: the pair says writing, and nobody is there to write.
+std::optional<std::size_t> Sharing::deadWriter(const Pairs& pairs) const {
+    for (std::size_t user = 0; shared_ && user < Pairs::kUsers; ++user)
+        if (pairs[user] == Pairs::kWriting &&
+            (user == 0 || user == lock_.user() || !lock_.isForeign(static_cast<unsigned>(user))))
+            return user;
+    return std::nullopt;
+}
+
+void Sharing::noteSuspect(const Pairs& pairs) {
+    suspect_ = careful_ = true;
+    const auto user = pairs.find(Pairs::kDamaged) ? pairs.find(Pairs::kDamaged) : deadWriter(pairs);
+    std::string who = "usuário " + std::to_string(user.value_or(0));
+    if (user.value_or(0) > 0)
+        who += ", " + lock_.nameOf(static_cast<unsigned>(*user));
+    lasting_ =
+        "O banco de dados foi deixado danificado por outro programa (" + who +
+        "): os dados podem ser consultados, mas não alterados. Repare-o com o programa que o "
+        "gravou, ou volte a uma cópia de segurança.";
+}
+
+void Sharing::runRecovery(bool holdsWriting) {
+    if (!holdsWriting)
+        lockOrSay(LockFile::kWriting, kLongestWait);
+    const auto unlockWriting = [&] {
+        if (!holdsWriting)
+            lock_.unlock(LockFile::kWriting);
+    };
+    try {
+        lockOrSay(LockFile::kReading, kLongestWait);
+        const Held reading(lock_, LockFile::kReading);
+        lockOrSay(LockFile::kEntering, kLongestEntering);
+        const Held entering(lock_, LockFile::kEntering);
+        const std::optional<unsigned> stranger = foreigner(true);
+        if (stranger && hasJournal(database_.path(), database_.disk()))
+            throw Error(
+                Errc::locked,
+                "Uma gravação foi interrompida e precisa ser desfeita, mas o banco de dados "
+                "está aberto em outro programa (" +
+                    lock_.nameOf(*stranger) + "). Feche-o lá e tente de novo.");
+        Recovery recovery;
+        if (mayWrite_) {
+            recovery = recover(database_, format_);
+        } else {
+            try {
+                File writable(database_.path(), File::Mode::readWrite, database_.disk());
+                recovery = recover(writable, format_);
+            } catch (const Error& error) {
+                if (error.code() != Errc::readOnly)
+                    throw;
+                throw Error(
+                    Errc::readOnly,
+                    std::string("Uma gravação foi interrompida e precisa ser desfeita antes "
+                                "que os dados possam ser lidos. ") +
+                        error.what());
+            }
+        }
+        if (recovery.outcome == Recovery::Outcome::setAside)
+            notice_ =
+                "Ao lado do banco de dados havia o registro de uma gravação interrompida, que "
+                "não pôde ser usado: " +
+                recovery.reason + ". Ele foi guardado como \"" + recovery.aside.string() +
+                "\". Confira os últimos lançamentos.";
+    } catch (...) {
+        unlockWriting();
+        throw;
+    }
+    unlockWriting();
+}
+
+/// True if the file was brought back and has to be looked at again.
+bool Sharing::recoverDeadWriter(const Pairs& pairs, bool holdsWriting) {
+    if (!deadWriter(pairs))
+        return false;
+    if (!hasJournal(database_.path(), database_.disk())) {
+        noteSuspect(pairs);
+        return false;
+    }
+    if (reading_) {
+        lock_.unlock(LockFile::kReading);
+        reading_ = false;
+    }
+    runRecovery(holdsWriting);
+    return true;
+}
+
+// ---- foreign programs -------------------------------------------------------------------------
+
+/// A copy that is just entering is unmarked for a moment, and one that writes closes the gate: both
+/// hold O.
+std::optional<unsigned> Sharing::foreigner(bool entranceClosed) {
+    const auto find = [&]() -> std::optional<unsigned> {
+        for (const unsigned user : lock_.otherUsers())
+            if (lock_.isForeign(user))
+                return user;
+        return std::nullopt;
+    };
+    std::optional<unsigned> found = find();
+    if (!found || entranceClosed)
+        return found;
+    if (waitFor([&] { return lock_.tryLock(LockFile::kEntering); }, milliseconds(250))) {
+        const Held entering(lock_, LockFile::kEntering);
+        return find();
+    }
+    for (int i = 0; i < 4 && found; ++i) {
+        pause(milliseconds(50));
+        const auto again = find();
+        found = again == found ? again : std::nullopt;
+    }
+    return found;
+}
+
+std::optional<std::string> Sharing::whyNotWritable() {
+    if (lasting_)
+        return lasting_;
+    return foreignReason(false);
+}
+
+std::optional<std::string> Sharing::foreignReason(bool entranceClosed) {
+    const auto stranger = foreigner(entranceClosed);
+    lookedForForeign_ = steady_clock::now();
+    careful_ = suspect_ || stranger.has_value();
+    if (!stranger)
+        return std::nullopt;
+    return "O banco de dados também está aberto em outro programa (" + lock_.nameOf(*stranger) +
+           "). Para proteger os dados, nada pode ser alterado até que ele seja fechado lá; as "
+           "consultas continuam.";
+}
+
+void Sharing::requireNoForeigner(bool entranceClosed) {
+    if (const auto reason = foreignReason(entranceClosed))
+        throw Error(Errc::locked, *reason);
+}
+
+// ---- reading ----------------------------------------------------------------------------------
+
+void Sharing::lockForReading() {
+    if (!shared_)
+        return;
+    const auto now = steady_clock::now();
+    if (now - lookedForWriter_ >= kWriterEvery) {
+        // A writer would wait for ever if readers took turns.
+        lookedForWriter_ = now;
+        if (lock_.isHeld(LockFile::kWantsReaders))
+            waitFor([&] { return !lock_.isHeld(LockFile::kWantsReaders); }, milliseconds(100));
+    }
+    if (!waitFor([&] { return lock_.tryLock(LockFile::kReading, Disk::Lock::shared); },
+                 kLongestWait))
+        throw Error(Errc::locked, "Outra estação está gravando no banco de dados há muito tempo" +
+                                      others() + ". Espere um pouco e tente de novo.");
+    reading_ = true;
+}
+
+void Sharing::enterSection() {
+    disturbed_ = false;
+    lockForReading();
+    depth_ = 1;
+    try {
+        if (shared_ && !suspect_ && steady_clock::now() - lookedForForeign_ >= kForeignEvery)
+            static_cast<void>(foreignReason(false));
+        lookAtNews(false);
+    } catch (...) {
+        depth_ = 0;
+        leaveSection();
+        throw;
+    }
+}
+
+void Sharing::leaveSection() noexcept {
+    if (reading_)
+        lock_.unlock(LockFile::kReading);
+    reading_ = false;
+}
+
+/// Whoever sees that another has written forgets what is known of the file.
+void Sharing::lookAtNews(bool holdsWriting) {
+    Pairs pairs(database_, format_);
+    if (pairs == seen_)
+        return;
+    for (int attempt = 0; pairs.find(Pairs::kWriting); ++attempt) {
+        if (!recoverDeadWriter(pairs, holdsWriting)) {
+            if (suspect_)
+                break;
+            // A foreign program at work.
+            careful_ = true;
+            if (attempt == 20)
+                throw Error(Errc::locked, "Outro programa está gravando no banco de dados" +
+                                              others() + ". Espere um pouco e tente de novo.");
+            pause(milliseconds(100));
+        } else if (!holdsWriting) {
+            lockForReading();
+        }
+        pairs = Pairs(database_, format_);
+    }
+    onNews_();
+    seen_ = pairs;
+}
+
+void Sharing::verifyUnchanged() {
+    if (Pairs(database_, format_) == seen_)
+        return;
+    disturbed_ = true;
+    throw Error(Errc::locked, "Outro programa gravou no banco de dados durante a leitura" +
+                                  others() + ". Tente de novo.");
+}
+
+// ---- writing ----------------------------------------------------------------------------------
+
+bool Sharing::isAwaited() const { return lock_.isHeld(LockFile::kWantsWriting); }
+
+void Sharing::beginWriting() {
+    if (writing_)
+        return;
+    if (lasting_)
+        throw Error(Errc::readOnly, *lasting_);
+    // Never wait for W with R in hand: its holder may be waiting for that.
+    leaveSection();
+    if (std::exchange(yields_, false))
+        waitFor([&] { return lock_.isHeld(LockFile::kWriting) || !isAwaited(); },
+                milliseconds(200));
+    if (!lock_.tryLock(LockFile::kWriting)) {
+        const bool announced = lock_.tryLock(LockFile::kWantsWriting, Disk::Lock::shared);
+        const bool got = waitFor([&] { return lock_.tryLock(LockFile::kWriting); }, kLongestWait);
+        if (announced)
+            lock_.unlock(LockFile::kWantsWriting);
+        if (!got) {
+            if (depth_ > 0)
+                lockForReading();
+            throw Error(Errc::locked,
+                        "Outra estação está gravando no banco de dados há muito tempo" + others() +
+                            ". Nada foi gravado; espere um pouco e tente de novo.");
+        }
+    }
+    writing_ = true;
+    try {
+        lookAtNews(true);
+        if (lasting_)
+            throw Error(Errc::readOnly, *lasting_);
+        requireNoForeigner(false);
+    } catch (...) {
+        endWriting();
+        throw;
+    }
+}
+
+void Sharing::endWriting() noexcept {
+    if (!writing_)
+        return;
+    try {
+        // A section that is still open goes on as a reader: with W in hand nobody else can be
+        // writing pages.
+        if (depth_ > 0)
+            reading_ = lock_.tryLock(LockFile::kReading, Disk::Lock::shared);
+        yields_ = isAwaited();
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+        // Then the section reads on without its lock; the next one looks at the news.
+    }
+    lock_.unlock(LockFile::kWriting);
+    writing_ = false;
+}
+
+Sharing::Alone::Alone(Sharing& sharing) : lock_(sharing.lock_) {
+    const bool announced = lock_.tryLock(LockFile::kWantsReaders);
+    const bool got = waitFor([&] { return lock_.tryLock(LockFile::kReading); }, kLongestWait);
+    if (announced)
+        lock_.unlock(LockFile::kWantsReaders);
+    if (!got)
+        throw Error(Errc::locked, "Outra estação está lendo o banco de dados há muito tempo" +
+                                      sharing.others() +
+                                      ". Nada foi gravado; espere um pouco e tente de novo.");
+    try {
+        sharing.lockOrSay(LockFile::kEntering, kLongestEntering);
+        if (!waitFor([&] { return lock_.closeGate(); }, milliseconds(500)))
+            throw Error(Errc::locked,
+                        "Outro programa está abrindo o banco de dados neste momento. Nada foi "
+                        "gravado; tente de novo.");
+    } catch (...) {
+        giveBack();
+        throw;
+    }
+}
+
+void Sharing::Alone::giveBack() noexcept {
+    lock_.openGate();
+    lock_.unlock(LockFile::kEntering);
+    lock_.unlock(LockFile::kReading);
+}
+
+void Sharing::beginExclusive() {
+    beginWriting();
+    try {
+        exclusive_.emplace(*this);
+        if (!lock_.otherUsers().empty())
+            throw Error(Errc::locked, "O banco de dados está aberto em outra estação" + others() +
+                                          ". Feche-o lá e tente de novo.");
+    } catch (...) {
+        endExclusive();
+        throw;
+    }
+}
+
+void Sharing::endExclusive() noexcept {
+    exclusive_.reset();
+    endWriting();
+}
+
+void Sharing::commit(const ChangedPages& changed) {
+    std::optional<Alone> alone;
+    if (!exclusive_)
+        alone.emplace(*this);
+    requireNoForeigner(true);
+    const Pairs pairs(database_, format_);
+    if (pairs != seen_)
+        throw Error(Errc::conflict,
+                    "Outro programa alterou o banco de dados ao mesmo tempo. Nada foi gravado; "
+                    "confira os dados e repita a alteração.");
+    try {
+        committer_->commit(changed);
+    } catch (...) {
+        // What was undone has counted as well.
+        if (!committer_->isBroken())
+            seen_ = Pairs(database_, format_);
+        throw;
+    }
+    seen_.set(lock_.user(), Pairs::after(seen_[lock_.user()]));
+}
+
+} // namespace jet

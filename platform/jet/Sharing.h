@@ -1,0 +1,140 @@
+#pragma once
+
+#include "jet/Committer.h"
+#include "jet/LockFile.h"
+#include "jet/Recovery.h"
+
+namespace jet {
+
+/// What the stations that have one database file open agree on, seen from one of them.
+///
+/// Reading happens in sections: while one is open nobody of us writes pages. At its beginning the
+/// commit pairs tell whether another has written since the last one; then what is remembered of the
+/// file goes (see onNews). Writing takes W, at the first change of a transaction, and with it a
+/// look at the news: from there to the end of the transaction nobody else of us changes anything,
+/// so nothing is ever written over what we haven't seen. Pages go into the file when all readers
+/// have left and no program can enter.
+///
+/// A foreign program in the file follows other rules, which we don't know well enough to write
+/// beside it: as long as it is there we read, with care, and refuse to write.
+class Sharing {
+public:
+    /// `onNews` is called when all that is remembered of the file has to go; it may throw.
+    Sharing(File& database, const Format& format, std::function<void()> onNews);
+    /// Leaves: a journal that nobody needs goes, and with the last station the lock file.
+    ~Sharing();
+    Sharing(const Sharing&) = delete;
+    Sharing& operator=(const Sharing&) = delete;
+
+    /// Becomes one of the file's users, after undoing what a station that died has left half done.
+    /// `mayWrite`: whether the file is open for that. What keeps us from sharing the file is no
+    /// error but a reason to read only.
+    /// @throws Error{locked, io, readOnly} if a transaction that was cut off can't be undone now.
+    void enter(bool mayWrite);
+
+    /// Why the file can't be changed at this moment, or nothing.
+    [[nodiscard]] std::optional<std::string> whyNotWritable();
+    /// The same, but without looking for foreign programs.
+    [[nodiscard]] const std::optional<std::string>& lastingReason() const noexcept {
+        return lasting_;
+    }
+    /// What recovery has to tell the operator.
+    [[nodiscard]] const std::optional<std::string>& notice() const noexcept { return notice_; }
+
+    // Reading. Sections nest; only the outermost costs anything, and none while writing.
+    /// @throws Error{locked} if somebody writes for too long; what onNews throws.
+    void beginReading() {
+        if (depth_ > 0 || writing_)
+            ++depth_;
+        else
+            enterSection();
+    }
+    void endReading() noexcept {
+        if (--depth_ == 0 && reading_)
+            leaveSection();
+    }
+    [[nodiscard]] bool inSection() const noexcept { return depth_ > 0; }
+    /// After a page was read from the file: it belongs to what the section has seen so far.
+    /// @throws Error{locked}, and disturbed() is true until the next section, if a foreign program
+    ///         has written meanwhile.
+    void verifyPage() {
+        if (careful_ && !writing_)
+            verifyUnchanged();
+    }
+    [[nodiscard]] bool disturbed() const noexcept { return disturbed_; }
+
+    // Writing.
+    /// Takes W, if we haven't it, and looks at the news.
+    /// @throws Error{readOnly}, Error{locked} naming who has the file; what onNews throws.
+    void beginWriting();
+    /// Gives W back. What was not committed is no concern of this class.
+    void endWriting() noexcept;
+    [[nodiscard]] bool isWriting() const noexcept { return writing_; }
+    /// Whether another station waits for W.
+    [[nodiscard]] bool isAwaited() const;
+    /// @throws Error{locked} if readers don't leave or a foreign program has come: the transaction
+    ///         is as it was; Error{conflict} if one has written meanwhile; and as
+    ///         Committer::commit.
+    void commit(const ChangedPages& changed);
+    [[nodiscard]] bool isBroken() const noexcept { return committer_ && committer_->isBroken(); }
+
+    /// For what changes the whole file: nobody else is in it, and nobody can come in.
+    /// @throws as beginWriting(), and Error{locked} naming who is in the file.
+    void beginExclusive();
+    void endExclusive() noexcept;
+
+private:
+    using Pairs = CommitPairs;
+    /// R alone, O, and the gate closed. Requires W.
+    class Alone {
+    public:
+        explicit Alone(Sharing& sharing);
+        Alone(const Alone&) = delete;
+        Alone& operator=(const Alone&) = delete;
+        ~Alone() { giveBack(); }
+
+    private:
+        void giveBack() noexcept;
+        LockFile& lock_;
+    };
+
+    void register_();
+    void enterSection();
+    void leaveSection() noexcept;
+    void lockForReading();
+    void verifyUnchanged();
+    void lookAtNews(bool holdsWriting);
+    [[nodiscard]] bool recoverDeadWriter(const Pairs& pairs, bool holdsWriting);
+    void runRecovery(bool holdsWriting);
+    void noteSuspect(const Pairs& pairs);
+    [[nodiscard]] std::optional<std::size_t> deadWriter(const Pairs& pairs) const;
+    [[nodiscard]] std::optional<unsigned> foreigner(bool entranceClosed);
+    void requireNoForeigner(bool entranceClosed);
+    [[nodiscard]] std::optional<std::string> foreignReason(bool entranceClosed);
+    [[nodiscard]] std::string others() const;
+    void lockOrSay(std::uint64_t what, std::chrono::milliseconds longest);
+
+    File& database_;
+    const Format& format_;
+    std::function<void()> onNews_;
+    LockFile lock_;
+    std::optional<Committer> committer_;
+    std::optional<std::string> lasting_; ///< why never writable
+    std::optional<std::string> notice_;
+    bool mayWrite_ = false;
+    bool shared_ = false;  ///< the lock file works
+    bool suspect_ = false; ///< a program died writing and left nothing to undo that with
+
+    Pairs seen_;           ///< as of the last look
+    unsigned depth_ = 0;   ///< of sections
+    bool reading_ = false; ///< R is held, shared
+    bool writing_ = false; ///< W is held
+    bool careful_ = false; ///< somebody may write who doesn't heed our locks
+    bool disturbed_ = false;
+    std::optional<Alone> exclusive_;
+    bool yields_ = false; ///< the last transaction ended with others waiting
+    std::chrono::steady_clock::time_point lookedForForeign_{};
+    std::chrono::steady_clock::time_point lookedForWriter_{};
+};
+
+} // namespace jet
