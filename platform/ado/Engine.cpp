@@ -113,6 +113,7 @@ void Statement::bind(int number, const jet::Value& value) {
 }
 
 bool Statement::step() {
+    const jet::Reading reading(*database_);
     const int result = sqlite3_step(statement_.get());
     trap_->rethrow();
     if (result == SQLITE_ROW)
@@ -204,7 +205,7 @@ Statement Engine::prepare(const std::string& sql) {
     sqlite3_stmt* statement = nullptr;
     const int result = sqlite3_prepare_v2(handle_.get(), sql.c_str(),
                                           static_cast<int>(sql.size() + 1), &statement, nullptr);
-    Statement prepared(statement, trap_);
+    Statement prepared(statement, trap_, database_);
     trap_.rethrow();
     if (result != SQLITE_OK)
         fail(handle_.get(), result);

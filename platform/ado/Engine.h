@@ -47,7 +47,7 @@ public:
 
     /// The parameter `?number`, counted from 1.
     void bind(int number, const jet::Value& value);
-    /// To the next row; false after the last.
+    /// To the next row; false after the last. What one step reads is of one state of the file.
     bool step();
     /// Back to before the first row.
     void reset();
@@ -68,10 +68,12 @@ private:
     struct Finalizer {
         void operator()(sqlite3_stmt* statement) const;
     };
-    Statement(sqlite3_stmt* statement, Trap& trap) : statement_(statement), trap_(&trap) {}
+    Statement(sqlite3_stmt* statement, Trap& trap, jet::Database& database)
+        : statement_(statement), trap_(&trap), database_(&database) {}
 
     std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
     Trap* trap_;
+    jet::Database* database_;
 };
 
 struct TableSource;

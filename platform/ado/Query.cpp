@@ -271,10 +271,13 @@ std::unique_ptr<Rows> Query::rows() {
         return std::make_unique<ComputedRows>(std::move(rows));
     if (tables_.size() > 1)
         return std::make_unique<JoinRows>(std::move(rows));
-    auto list = std::make_unique<RowList>();
-    while (rows.step())
-        list->append(jet::unpacked(rows.integer(0)));
-    return list;
+    return database_.pager().look([&]() -> std::unique_ptr<Rows> {
+        auto list = std::make_unique<RowList>();
+        rows.reset();
+        while (rows.step())
+            list->append(jet::unpacked(rows.integer(0)));
+        return list;
+    });
 }
 
 Statement Query::candidates(const std::string& criterion) {

@@ -27,12 +27,14 @@ Recordset::Parts::Parts(Session& owner, const std::string& source, LockType lock
     : session(owner), lock(locking), query(owner.database(), owner.engine(), source, command) {
     for (const jet::Table* table : query.tables())
         readers.push_back(table->reader());
+    noted.resize(readers.size());
     reload();
 }
 
 void Recordset::Parts::arrive(bool found, At otherwise) {
     at = found ? At::row : otherwise;
     seen.reset();
+    byFind = false;
 }
 
 void Recordset::Parts::reload() {
@@ -100,6 +102,7 @@ void Recordset::Parts::find(const std::string& criterion) {
         findInList(*list, std::move(statement));
     else if (auto* const joined = dynamic_cast<JoinRows*>(rows.get()))
         findInJoin(*joined, std::move(statement));
+    byFind = at == At::row;
 }
 
 void Recordset::Parts::findInWalk(TableWalk& walk, Statement statement) {

@@ -51,6 +51,14 @@ const jet::RowView* Recordset::Parts::view(std::size_t table) {
     }
     if (found == nullptr)
         goneOrChanged();
+    const std::uint64_t generation = session.database().generation();
+    Noted& told = noted[table];
+    if (!session.database().inTransaction() &&
+        (told.row != jet::packed(row) || told.generation != generation)) {
+        const jet::Table& where = *query.tables()[table];
+        session.seen().saw(where, row, where.stamp(*found));
+        told = {jet::packed(row), generation};
+    }
     return found;
 }
 
@@ -63,7 +71,16 @@ const jet::RowView& Recordset::Parts::look() {
 
 bool Recordset::Parts::asSeen() { return !seen || *seen == hashOf(*view(0)); }
 
+/// What was on the screen before the transaction began counts where a search has led back to it. A
+/// walk through rows, as in a purge, goes by what it meets.
+std::optional<std::uint64_t> Recordset::Parts::shown() {
+    if (!byFind || !session.database().inTransaction())
+        return std::nullopt;
+    return session.seen().of(table(), static_cast<const LiveRows&>(*rows).row(0));
+}
+
 Value Recordset::Parts::value(std::size_t field) {
+    const jet::Reading reading(session.database());
     const Query::QueryField& place = query.fields()[field];
     if (edit != ado::EditMode::None && assigned[place.column])
         return *assigned[place.column];
@@ -94,10 +111,15 @@ void Recordset::Parts::assign(std::size_t field, const Value& value) {
     const Query::QueryField& place = query.fields()[field];
     Value stored = converted(value, table().columns()[place.column]);
     if (edit == ado::EditMode::None) {
+        const jet::Reading reading(session.database());
         catchUp();
         requireRow();
         static_cast<void>(look());
-        stamp = asSeen() ? table().stamp(static_cast<const LiveRows&>(*rows).row(0)) : std::nullopt;
+        if (asSeen()) {
+            stamp = shown();
+            if (!stamp)
+                stamp = table().stamp(static_cast<const LiveRows&>(*rows).row(0));
+        }
         assigned.assign(table().columns().size(), std::nullopt);
         edit = ado::EditMode::InProgress;
     }
@@ -143,9 +165,9 @@ void Recordset::Parts::storeNew() {
 void Recordset::Parts::storeChanges() {
     catchUp();
     const jet::RowId row = static_cast<const LiveRows&>(*rows).row(0);
-    if (at != At::row || !stamp || table().stamp(row) != stamp)
+    if (at != At::row || !stamp)
         goneOrChanged();
-    session.update(table(), row, assignments());
+    session.update(table(), row, assignments(), stamp);
     forgetEdit();
 }
 
@@ -153,12 +175,17 @@ void Recordset::Parts::erase() {
     requireChangeable();
     if (edit == ado::EditMode::Add)
         throw Error(Errc::misuse, "O registro novo ainda não foi gravado: não há o que excluir.");
+    // From here on nobody else changes the row, so that a purge needn't look at each one twice.
+    if (session.database().inTransaction())
+        session.database().claim();
     catchUp();
     requireRow();
     if (!asSeen())
         goneOrChanged();
+    const jet::RowId row = static_cast<const LiveRows&>(*rows).row(0);
+    const auto asShown = session.database().inTransaction() ? shown() : table().stamp(row);
     forgetEdit();
-    session.erase(table(), static_cast<const LiveRows&>(*rows).row(0));
+    session.erase(table(), row, asShown);
     catchUp();
     at = At::gone;
 }

@@ -34,6 +34,8 @@ struct Recordset::Parts {
     [[nodiscard]] const jet::RowView& look();
     /// Whether the current row is still as it was when it was first read.
     [[nodiscard]] bool asSeen();
+    /// How the operator saw the current row before the transaction, if that is known and counts.
+    [[nodiscard]] std::optional<std::uint64_t> shown();
     void requireRow() const;
     void requireChangeable() const;
     void assign(std::size_t field, const Value& value);
@@ -58,6 +60,12 @@ struct Recordset::Parts {
     bool knowsAll = true;            ///< none were missed since the rows were asked for
     std::vector<jet::RowId> changed; ///< or added: rows that the next refresh() looks at
 
+    bool byFind = false; ///< stands where a search has led
+    struct Noted {
+        std::int64_t row = 0;
+        std::uint64_t generation = 0; ///< of the file
+    };
+    std::vector<Noted> noted; ///< of each table, what was last told to the session's SeenRows
     std::optional<std::size_t> seen; ///< a hash of the current row as first read
     ado::EditMode edit = ado::EditMode::None;
     std::vector<std::optional<Value>> assigned; ///< by column of the table

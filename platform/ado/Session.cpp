@@ -14,18 +14,32 @@ constexpr std::size_t kMostNews = 8192;
 } // namespace
 
 Session::Session(const std::filesystem::path& path)
-    : database_(path), engine_(database_), generation_(database_.generation()) {}
+    : database_(path), engine_(database_), generation_(database_.generation()),
+      refreshes_(database_.pager().refreshes()) {}
 
 void Session::lookForStrangers() {
-    if (database_.generation() == generation_)
-        return;
+    const jet::Reading reading(database_); // notices what other stations have written
+    if (database_.generation() != generation_)
+        beginEpoch();
+}
+
+/// After something of our own. Other stations' work may have been noticed on the way.
+void Session::settle() {
+    if (database_.pager().refreshes() != refreshes_)
+        beginEpoch();
     generation_ = database_.generation();
+}
+
+void Session::beginEpoch() {
+    generation_ = database_.generation();
+    refreshes_ = database_.pager().refreshes();
     ++epoch_;
     dropped_ += news_.size();
     news_.clear();
 }
 
 void Session::note(const Change& change) {
+    settle();
     if (news_.size() == kMostNews) {
         dropped_ += kMostNews / 2;
         news_.erase(news_.begin(), news_.begin() + kMostNews / 2);
@@ -33,51 +47,63 @@ void Session::note(const Change& change) {
     news_.push_back(change);
     if (database_.inTransaction())
         undo_.push_back(change);
-    generation_ = database_.generation();
 }
 
-void Session::note(const std::vector<jet::Cascaded>& others) {
+void Session::wrote(const jet::Table& table, jet::RowId row, Change::Kind kind) {
+    note({&table, row, kind});
+    if (kind != Change::Kind::changed)
+        seen_.wrote(table, row, std::nullopt, database_.inTransaction());
+    else if (seen_.of(table, row))
+        seen_.wrote(table, row, table.stamp(row), database_.inTransaction());
+}
+
+void Session::wrote(const std::vector<jet::Cascaded>& others) {
     for (const jet::Cascaded& other : others)
-        note({other.table, other.row, other.erased ? Change::Kind::erased : Change::Kind::changed});
+        wrote(*other.table, other.row,
+              other.erased ? Change::Kind::erased : Change::Kind::changed);
 }
 
 jet::RowId Session::insert(jet::Table& table, std::span<const jet::Assignment> given) {
     lookForStrangers();
     const jet::RowId row = table.insert(given);
-    note({&table, row, Change::Kind::added});
+    wrote(table, row, Change::Kind::added);
     return row;
 }
 
-void Session::update(jet::Table& table, jet::RowId row, std::span<const jet::Assignment> changes) {
+void Session::update(jet::Table& table, jet::RowId row, std::span<const jet::Assignment> changes,
+                     std::optional<std::uint64_t> expected) {
     lookForStrangers();
-    const auto others = table.update(row, changes);
-    note({&table, row, Change::Kind::changed});
-    note(others);
+    const auto others = table.update(row, changes, expected);
+    wrote(table, row, Change::Kind::changed);
+    wrote(others);
 }
 
-void Session::erase(jet::Table& table, jet::RowId row) {
+void Session::erase(jet::Table& table, jet::RowId row, std::optional<std::uint64_t> expected) {
     lookForStrangers();
-    const auto others = table.erase(row);
-    note({&table, row, Change::Kind::erased});
-    note(others);
+    const auto others = table.erase(row, expected);
+    wrote(table, row, Change::Kind::erased);
+    wrote(others);
 }
 
 void Session::begin() {
     lookForStrangers();
     database_.begin();
     undo_.clear();
-    generation_ = database_.generation();
+    settle();
 }
 
 void Session::commit() {
     lookForStrangers();
     database_.commit();
-    generation_ = database_.generation();
+    seen_.commit();
+    settle();
 }
 
 void Session::rollback() {
     lookForStrangers();
     database_.rollback();
+    seen_.rollback();
+    settle();
     for (auto change = undo_.rbegin(); change != undo_.rend(); ++change) {
         Change opposite = *change;
         if (change->kind == Change::Kind::added)
@@ -86,13 +112,12 @@ void Session::rollback() {
             opposite.kind = Change::Kind::added;
         note(opposite);
     }
-    generation_ = database_.generation();
 }
 
 void Session::flushIfDue() {
     lookForStrangers();
     database_.flushIfDue();
-    generation_ = database_.generation();
+    settle();
 }
 
 NewsPlace Session::now() {

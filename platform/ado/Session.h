@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ado/Engine.h"
+#include "ado/SeenRows.h"
 #include "jet/Database.h"
 
 #include <cstdint>
@@ -44,8 +45,12 @@ public:
     /// Changes of rows; throw as the functions of jet::Table do.
     /// Columns that aren't given take their defaults.
     jet::RowId insert(jet::Table& table, std::span<const jet::Assignment> given);
-    void update(jet::Table& table, jet::RowId row, std::span<const jet::Assignment> changes);
-    void erase(jet::Table& table, jet::RowId row);
+    void update(jet::Table& table, jet::RowId row, std::span<const jet::Assignment> changes,
+                std::optional<std::uint64_t> expected = std::nullopt);
+    void erase(jet::Table& table, jet::RowId row,
+               std::optional<std::uint64_t> expected = std::nullopt);
+    /// How the operator has seen the rows.
+    [[nodiscard]] SeenRows& seen() noexcept { return seen_; }
 
     void begin();
     void commit();
@@ -65,18 +70,23 @@ public:
 
 private:
     void lookForStrangers();
+    void beginEpoch();
+    void settle();
     void note(const Change& change);
-    void note(const std::vector<jet::Cascaded>& others);
+    void wrote(const jet::Table& table, jet::RowId row, Change::Kind kind);
+    void wrote(const std::vector<jet::Cascaded>& others);
 
     jet::Database database_;
     Engine engine_;
     std::vector<Recordset*> recordsets_;
 
     std::uint64_t generation_; ///< of the file when last looked at
+    std::uint64_t refreshes_;  ///< the same: grows when another station has written
     std::uint64_t epoch_ = 1;
     std::vector<Change> news_;  ///< the newest; those before were dropped
     std::uint64_t dropped_ = 0; ///< how many
     std::vector<Change> undo_;  ///< of the open transaction
+    SeenRows seen_;
 };
 
 } // namespace ado

@@ -82,22 +82,24 @@ private:
     void checkWriting(const Format& format) {
         const CommitPairs pairs(file_, format);
         const auto user = [](std::size_t n) { return "usuário " + std::to_string(n); };
-        const bool undoable = hasJournal(file_.path(), file_.disk());
-        if (undoable)
-            findings_.error(
-                PageNo{0}, "arquivo",
-                "uma gravação está em andamento ou foi interrompida, e o registro que a "
-                "desfaz está ao lado do arquivo: abra o banco de dados com o programa "
-                "para que ela seja desfeita, e verifique outra vez",
-                Journal::pathFor(file_.path()).string());
+        const bool hasUndo = hasJournal(file_.path(), file_.disk());
+        const std::string journal = Journal::pathFor(file_.path()).string();
         if (const auto writing = pairs.find(CommitPairs::kWriting))
             findings_.error(PageNo{0}, "cabeçalho",
-                            undoable
-                                ? "as páginas podem ser em parte de antes e em parte de depois "
-                                  "da gravação"
-                                : "outro programa está gravando ou foi interrompido no meio "
-                                  "de uma gravação",
-                            user(*writing));
+                            hasUndo
+                                ? "uma gravação está em andamento ou foi interrompida, e o "
+                                  "registro que a desfaz está ao lado do arquivo: abra o banco "
+                                  "de dados com o programa para que ela seja desfeita, e "
+                                  "verifique outra vez"
+                                : "outro programa está gravando, ou foi interrompido no meio de "
+                                  "uma gravação que ninguém pode desfazer",
+                            user(*writing) + (hasUndo ? ", \"" + journal + "\"" : ""));
+        else if (hasUndo)
+            findings_.warning(PageNo{0}, "arquivo",
+                              "ao lado do arquivo está o registro de uma gravação que não chegou a "
+                              "mudar nada, ou que já terminou: ele sai quando o banco de dados for "
+                              "aberto",
+                              journal);
         if (const auto damaged = pairs.find(CommitPairs::kDamaged))
             findings_.error(PageNo{0}, "cabeçalho",
                             "outro programa encontrou uma página danificada neste arquivo",

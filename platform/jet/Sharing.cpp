@@ -3,6 +3,7 @@
 #include "jet/Waiting.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace jet {
 
@@ -348,8 +349,13 @@ void Sharing::lookAtNews(bool holdsWriting) {
         }
         pairs = Pairs(database_, format_);
     }
-    onNews_();
-    seen_ = pairs;
+    const Pairs known = std::exchange(seen_, pairs);
+    try {
+        onNews_();
+    } catch (...) {
+        seen_ = known; // and the next look tries again
+        throw;
+    }
 }
 
 void Sharing::verifyUnchanged() {

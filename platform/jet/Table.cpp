@@ -228,17 +228,19 @@ std::optional<Row> Table::read(RowId id) const {
 }
 
 std::optional<std::uint64_t> Table::stamp(RowId id) const {
-    return parts_->pager().look([&]() -> std::optional<std::uint64_t> {
+    return parts_->pager().look([&] {
         RowReader source = reader();
         const RowView* row = source.read(id);
-        if (!row)
-            return std::nullopt;
-        std::uint64_t hash = hashed(0xCBF29CE484222325U, row->bytes());
-        for (std::size_t i = 0; i < columns().size(); ++i)
-            if (isLongValue(columns()[i].type) && !row->isNull(i))
-                hash = hashed(hash, readLongValue(parts_->pager(), row->stored(i), id.page));
-        return hash;
+        return row ? std::optional(stamp(*row)) : std::nullopt;
     });
+}
+
+std::uint64_t Table::stamp(const RowView& row) const {
+    std::uint64_t hash = hashed(0xCBF29CE484222325U, row.bytes());
+    for (std::size_t i = 0; i < columns().size(); ++i)
+        if (isLongValue(columns()[i].type) && !row.isNull(i))
+            hash = hashed(hash, readLongValue(parts_->pager(), row.stored(i), definition().page()));
+    return hash;
 }
 
 IndexTree::Cursor Table::walk(std::size_t index) const {

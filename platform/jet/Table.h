@@ -93,6 +93,7 @@ public:
     /// A fingerprint of everything stored for the row, long values included; nothing if it has been
     /// erased. Two different fingerprints mean that the row was changed between.
     [[nodiscard]] std::optional<std::uint64_t> stamp(RowId id) const;
+    [[nodiscard]] std::uint64_t stamp(const RowView& row) const;
 
     /// Walks an index; start with first(), last() or seek().
     [[nodiscard]] IndexTree::Cursor walk(std::size_t index) const;

@@ -11,7 +11,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kShortestPause{1};
-constexpr milliseconds kLongestPause{20};
+constexpr milliseconds kLongestPause{5};
 /// Until then nobody notices that the window stands still.
 constexpr milliseconds kUnnoticed{60};
 

@@ -10,7 +10,7 @@ namespace jet {
 /// process.
 void setWaitHook(std::function<void()> hook);
 
-/// Tries again and again, with pauses that grow to a fiftieth of a second, until `attempt` says
+/// Tries again and again, with pauses of a few thousandths of a second, until `attempt` says
 /// true or the time is over; then false.
 bool waitFor(const std::function<bool()>& attempt, std::chrono::milliseconds longest);
 /// The same without anything to try.

@@ -1,7 +1,10 @@
 // The promise of a transaction: whenever the power goes, the file is what it was before or after
 // it. Every write, sync and rename of a workload is recorded on a disk in memory; for every place
 // in the record the disks that a power cut there can leave are made, opened, compared and checked.
+#include "jet/ByteView.h"
 #include "jet/Check.h"
+#include "jet/CommitPairs.h"
+#include "jet/Format.h"
 #include "jet/MemoryDisk.h"
 #include "jet/ShopWork.h"
 
@@ -124,6 +127,13 @@ void expectAllowed(const Afterwards::Outcome& outcome, const std::vector<std::ui
     ASSERT_THAT(allowed, testing::Contains(outcome.content)) << where;
 }
 
+bool isMarked(const DiskImage& image) {
+    const Format& format =
+        formatOf(image.at(kPath)[0x14] == std::byte{0} ? Version::jet3 : Version::jet4);
+    return load<std::uint16_t>(image.at(kPath).data() + format.commitPairsAt + 2) ==
+           CommitPairs::kWriting;
+}
+
 class Crash : public testing::TestWithParam<Version> {};
 
 INSTANTIATE_TEST_SUITE_P(, Crash, testing::Values(Version::jet3, Version::jet4),
@@ -148,6 +158,14 @@ TEST_P(Crash, EveryCutLeavesTheStateBeforeOrAfterATransaction) {
         for (const DiskImage& image : images) {
             const Afterwards::Outcome& outcome = after.of(image);
             ASSERT_NO_FATAL_FAILURE(expectAllowed(outcome, allowed, where));
+            // A program that knows nothing of journals finds a whole file, or one marked as not.
+            if (outcome.recovered && !isMarked(image)) {
+                DiskImage alone{
+                    {kPath, image.at(kPath)}
+                };
+                ASSERT_NO_FATAL_FAILURE(
+                    expectAllowed(after.of(alone), allowed, where + ", without the journal"));
+            }
             if (!outcome.recovered || ++recoveries % 29 != 0)
                 continue;
             // The power goes again while the file is being recovered.

@@ -41,6 +41,8 @@ public:
     std::int64_t read(std::uint64_t offset, std::span<std::byte> into) override {
         if (const int failure = disk_.next())
             return -failure;
+        if (disk_.onRead)
+            disk_.onRead(offset);
         const Bytes& bytes = content_->bytes;
         if (offset >= bytes.size())
             return 0;
@@ -49,9 +51,11 @@ public:
         return static_cast<std::int64_t>(count);
     }
     std::int64_t write(std::uint64_t offset, std::span<const std::byte> from) override {
-        const int failure = disk_.next();
+        int failure = disk_.next();
         if (!writes_)
             return -EBADF;
+        if (!disk_.failWrites.empty() && isAt(disk_.failWrites))
+            failure = ENOSPC;
         if (failure)
             from = from.first(from.size() / 2 / kSector * kSector);
         Bytes& bytes = content_->bytes;
@@ -81,6 +85,8 @@ public:
         return 0;
     }
     int lock(Disk::Lock kind, std::uint64_t offset, std::uint64_t count) override {
+        if (disk_.onLock)
+            disk_.onLock(offset);
         if (const int failure = disk_.next(); failure && kind != Disk::Lock::none)
             return -failure;
         const std::uint64_t end = offset + count;
@@ -138,6 +144,8 @@ std::unique_ptr<Disk::Handle> MemoryDisk::open(const std::filesystem::path& path
                                                int& error) {
     error = next();
     const auto known = names_.find(path.string());
+    if (!error && mode != Mode::read && failing && failing(path.string()))
+        error = EACCES;
     if (!error && mode == Mode::createNew && known != names_.end())
         error = EEXIST;
     if (!error && mode != Mode::createNew && known == names_.end())

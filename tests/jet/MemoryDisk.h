@@ -45,6 +45,14 @@ public:
     void failNoMore() noexcept { failAt_ = 0; }
     [[nodiscard]] std::uint64_t calls() const noexcept { return calls_; }
 
+    /// Called before a lock is tried for, with its first byte, and before a read, with its place.
+    std::function<void(std::uint64_t)> onLock;
+    std::function<void(std::uint64_t)> onRead;
+    /// Files that can't be opened for writing, or made.
+    std::function<bool(const std::string&)> failing;
+    /// A file for which there is no room: no write to it succeeds.
+    std::string failWrites;
+
 private:
     friend class MemoryHandle;
     struct Content;

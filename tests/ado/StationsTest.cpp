@@ -1,0 +1,164 @@
+// Two stations with the shop's file open: what one saves the other sees, and nobody saves over what
+// he hasn't seen.
+#include "ado/Shop.h"
+
+namespace {
+
+using ado::Connection;
+using ado::Recordset;
+using jet::Errc;
+
+class StationsTest : public Shop {
+protected:
+    StationsTest() {
+        addSomeOfEach();
+        connection.database().flush();
+        other.Open(connectionString());
+    }
+    void TearDown() override {
+        other.Close();
+        Shop::TearDown();
+    }
+
+    /// As a window saves: a transaction, the record looked up anew, its fields, the end.
+    static void save(Connection& station, Recordset& banks, const char* code, const char* name) {
+        ado::Transaction transaction(station);
+        banks.MoveFirst();
+        banks.Find(std::string("codigo=") + code);
+        banks["nome"] = name;
+        banks.Update();
+        transaction.commit();
+    }
+    static std::string shown(Recordset& banks, const char* code) {
+        banks.MoveFirst();
+        banks.Find(std::string("codigo=") + code);
+        return banks["nome"].text();
+    }
+
+    Connection other;
+};
+INSTANTIATE_TEST_SUITE_P(Versions, StationsTest,
+                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+
+TEST_P(StationsTest, WhatOneSavesTheOtherSees) {
+    Recordset mine;
+    Recordset list;
+    Recordset theirs;
+    mine.Open("bancos", connection);
+    list.Open("select * from bancos order by nome", connection);
+    theirs.Open("bancos", other);
+    save(other, theirs, "2", "Banco Novo");
+    EXPECT_EQ(shown(mine, "2"), "Banco Novo");
+    theirs.AddNew();
+    theirs["cod_banco"] = 237;
+    theirs["nome"] = "Aroeira";
+    theirs.Update();
+    other.database().flush();
+    EXPECT_EQ(mine.RecordCount(), 4);
+    list.Requery();
+    EXPECT_EQ(list.RecordCount(), 4);
+    EXPECT_EQ(list["nome"].text(), "Agrário");
+}
+
+TEST_P(StationsTest, ARecordThatAnotherStationHasChangedSinceItWasShownIsNotSavedOver) {
+    Recordset mine;
+    Recordset theirs;
+    mine.Open("bancos", connection);
+    theirs.Open("bancos", other);
+    EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
+    EXPECT_EQ(shown(theirs, "2"), "Banco do Sul");
+    save(other, theirs, "2", "Deles");
+    EXPECT_EQ(errorOf([&] { save(connection, mine, "2", "Meu"); }), Errc::conflict);
+    mine.CancelUpdate();
+    EXPECT_EQ(shown(mine, "2"), "Deles");
+    // Now it has been seen.
+    save(connection, mine, "2", "Meu");
+    EXPECT_EQ(shown(theirs, "2"), "Meu");
+}
+
+TEST_P(StationsTest, OurOwnSavesAreNoConflict) {
+    Recordset mine;
+    mine.Open("bancos", connection);
+    EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
+    save(connection, mine, "2", "Um");
+    save(connection, mine, "2", "Dois");
+    {
+        ado::Transaction undone(connection);
+        mine.MoveFirst();
+        mine.Find("codigo=2");
+        mine["nome"] = "Nunca";
+        mine.Update();
+    }
+    save(connection, mine, "2", "Três");
+    EXPECT_EQ(shown(mine, "2"), "Três");
+}
+
+TEST_P(StationsTest, WhatAnotherListHasShownCounts) {
+    Recordset mine;
+    Recordset list;
+    Recordset theirs;
+    mine.Open("bancos", connection);
+    list.Open("select bancos.nome,numero from cheques inner join bancos on "
+              "cheques.banco=bancos.codigo where bancos.codigo=1",
+              connection);
+    theirs.Open("bancos", other);
+    EXPECT_EQ(shown(mine, "1"), "Banco do Norte");
+    save(other, theirs, "1", "Deles");
+    list.Requery();
+    EXPECT_EQ(list["bancos.nome"].text(), "Deles");
+    save(connection, mine, "1", "Meu");
+    EXPECT_EQ(shown(theirs, "1"), "Meu");
+}
+
+TEST_P(StationsTest, ADeletionOfWhatAnotherHasChangedIsRefused) {
+    Recordset mine;
+    Recordset theirs;
+    mine.Open("bancos", connection);
+    theirs.Open("bancos", other);
+    EXPECT_EQ(shown(mine, "3"), "Agrário");
+    save(other, theirs, "3", "Deles");
+    {
+        ado::Transaction transaction(connection);
+        mine.MoveFirst();
+        mine.Find("codigo=3");
+        EXPECT_EQ(errorOf([&] { mine.Delete(); }), Errc::conflict);
+    }
+    EXPECT_EQ(shown(mine, "3"), "Deles");
+    mine.Delete();
+    connection.database().flush();
+    theirs.Requery();
+    EXPECT_EQ(theirs.RecordCount(), 2);
+}
+
+TEST_P(StationsTest, APurgeGoesByWhatItMeetsNotByOldLists) {
+    Recordset mine;
+    Recordset theirs;
+    mine.Open("select * from bancos order by codigo", connection);
+    theirs.Open("bancos", other);
+    for (; !mine.EOF(); mine.MoveNext())
+        EXPECT_FALSE(mine["nome"].text().empty());
+    save(other, theirs, "1", "Deles");
+    ado::Transaction transaction(connection);
+    Recordset purge;
+    purge.Open("select * from bancos where codigo<3", connection);
+    for (; !purge.EOF(); purge.MoveNext())
+        purge.Delete();
+    transaction.commit();
+    theirs.Requery();
+    EXPECT_EQ(theirs.RecordCount(), 1);
+}
+
+TEST_P(StationsTest, WhatIsNotYetWrittenIsSeenByNobodyElse) {
+    Recordset mine;
+    Recordset theirs;
+    mine.Open("bancos", connection);
+    theirs.Open("bancos", other);
+    mine["nome"] = "Meu";
+    mine.Update();
+    EXPECT_EQ(shown(theirs, "1"), "Banco do Norte");
+    connection.flushIfDue();
+    connection.database().flush();
+    EXPECT_EQ(shown(theirs, "1"), "Meu");
+}
+
+} // namespace

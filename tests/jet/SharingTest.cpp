@@ -1,0 +1,542 @@
+// Several stations in one file: nobody's work is lost, nobody sees half of another's, a foreign
+// program is noticed, and who dies leaves the file whole.
+#include "jet/Check.h"
+#include "jet/CommitPairs.h"
+#include "jet/Database.h"
+#include "jet/MemoryDisk.h"
+#include "jet/Process.h"
+#include "jet/ShopWork.h"
+#include "jet/Waiting.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iostream>
+#include <set>
+#include <thread>
+
+using namespace jet;
+using namespace std::string_literals;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr int kAccounts = 40;
+
+std::string sentenceOf(const std::function<void()>& action, Errc code) {
+    try {
+        action();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.code(), code) << error.what();
+        return error.what();
+    }
+    ADD_FAILURE() << "no error";
+    return {};
+}
+
+Row rowOf(std::int64_t value) { return {Value{}, Value{value}}; }
+
+void set(Table& table, RowId id, std::int64_t value,
+         std::optional<std::uint64_t> expected = std::nullopt) {
+    const Assignment change[] = {
+        {1, value}
+    };
+    table.update(id, change, expected);
+}
+
+RowId firstRow(Table& table) {
+    RowCursor row = table.scan();
+    EXPECT_TRUE(row.first());
+    return row.id();
+}
+
+std::int64_t valueOf(Table& table, RowId id) {
+    return std::get<std::int64_t>((*table.read(id))[1]);
+}
+
+TableSpec numbers(const std::string& name) {
+    return {
+        name,
+        {{"codigo", ColumnType::longInteger, 0, true}, {"valor", ColumnType::longInteger}},
+        {{"PrimaryKey", {{"codigo"}}, true},           {"valor", {{"valor"}}}            }
+    };
+}
+
+void makeShop(const std::filesystem::path& path, Version version, Disk& disk = Disk::system()) {
+    Database::create(path, version, disk);
+    Database file(path, on(disk));
+    file.createTable(numbers("contador")).insert(rowOf(0));
+    file.createTable(numbers("numerados"));
+    Table& accounts = file.createTable(numbers("contas"));
+    for (int i = 0; i < kAccounts; ++i)
+        accounts.insert(rowOf(0));
+}
+
+std::string nameOf(const testing::TestParamInfo<Version>& version) {
+    return version.param == Version::jet3 ? "Jet3" : "Jet4";
+}
+
+void expectSound(const std::filesystem::path& path) {
+    for (const Finding& finding : check(path).findings)
+        ADD_FAILURE() << finding.sentence;
+}
+
+/// A shop's file on the real disk, and stations that are processes of their own.
+class Stations : public testing::TestWithParam<Version> {
+protected:
+    Stations() : path(folder / "loja.mdb") { makeShop(path, GetParam()); }
+
+    Process station(const std::string& what, const std::string& argument = "") {
+        return Process({JET_STATION, what, path.string(), argument});
+    }
+    Process foreigner() {
+        Process process({JET_STATION, "foreign", (folder / "loja.ldb").string()});
+        EXPECT_EQ(process.read(), "ready\n");
+        return process;
+    }
+    static void expectDone(Process& process) {
+        std::string said;
+        EXPECT_EQ(process.finish(&said), 0) << said;
+    }
+
+    TemporaryFolder folder;
+    std::filesystem::path path;
+};
+
+INSTANTIATE_TEST_SUITE_P(, Stations, testing::Values(Version::jet3, Version::jet4), nameOf);
+
+TEST_P(Stations, CountersAddUp) {
+    constexpr int kTimes = 60;
+    std::vector<Process> processes;
+    for (int i = 0; i < 4; ++i)
+        processes.push_back(station("count", std::to_string(kTimes)));
+    for (Process& process : processes)
+        expectDone(process);
+    Database file(path);
+    Table& table = file.table("contador");
+    EXPECT_EQ(valueOf(table, firstRow(table)), 4 * kTimes);
+    expectSound(path);
+}
+
+TEST_P(Stations, RowsAddedAtOnceAreAllKeptUnderNumbersOfTheirOwn) {
+    constexpr int kTimes = 60;
+    std::vector<Process> processes;
+    for (int i = 0; i < 3; ++i)
+        processes.push_back(station("add", std::to_string(kTimes)));
+    for (Process& process : processes)
+        expectDone(process);
+    Database file(path);
+    Table& table = file.table("numerados");
+    std::set<std::int64_t> given;
+    RowCursor row = table.scan();
+    for (bool there = row.first(); there; there = row.next())
+        given.insert(row.row().integer(0));
+    EXPECT_EQ(given.size(), 3U * kTimes);
+    EXPECT_EQ(table.rowCount(), 3 * kTimes);
+    expectSound(path);
+    EXPECT_TRUE(std::filesystem::exists(folder / "loja.ldb"));
+}
+
+TEST_P(Stations, ReadersNeverSeeHalfATransaction) {
+    const char* asked = std::getenv("VALTRINO_SHARING_SECONDS");
+    const std::string seconds = asked ? asked : "2.5";
+    std::vector<Process> processes;
+    for (int i = 0; i < 4; ++i)
+        processes.push_back(station("work", seconds));
+    std::int64_t writes = 0;
+    std::int64_t reads = 0;
+    for (Process& process : processes) {
+        std::string said;
+        ASSERT_EQ(process.finish(&said), 0) << said;
+        std::istringstream words(said);
+        std::int64_t written = 0;
+        std::int64_t read = 0;
+        words >> written >> read;
+        EXPECT_GT(written, 0);
+        writes += written;
+        reads += read;
+    }
+    std::cout << "4 stations, " << seconds << " s: " << writes << " transactions, " << reads
+              << " readings of " << kAccounts << " rows\n";
+    expectSound(path);
+    EXPECT_FALSE(std::filesystem::exists(folder / "loja.ldb"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "loja.mdb-journal"));
+}
+
+TEST_P(Stations, KilledWhileWritingLeaveTheFileWhole) {
+    std::mt19937 random(11);
+    for (int i = 0; i < 100; ++i) {
+        Process writer = station("write");
+        ASSERT_EQ(writer.read().substr(0, 1), ".");
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 12000));
+        writer.kill();
+        Database file(path);
+        ASSERT_EQ(file.readOnlyReason(), std::nullopt);
+        ASSERT_EQ(file.notice(), std::nullopt);
+        Table& table = file.table("contas");
+        std::int64_t sum = 0;
+        RowCursor row = table.scan();
+        for (bool there = row.first(); there; there = row.next())
+            sum += row.row().integer(1);
+        ASSERT_EQ(sum, 0) << "kill " << i;
+        ASSERT_TRUE(check(path).clean()) << "kill " << i;
+    }
+}
+
+TEST_P(Stations, AKilledStationIsRecoveredByTheOthersThatAreThere) {
+    Database file(path);
+    Table& table = file.table("contas");
+    for (int i = 0; i < 25; ++i) {
+        Process writer = station("write");
+        ASSERT_EQ(writer.read().substr(0, 1), ".");
+        std::this_thread::sleep_for(std::chrono::microseconds(300 * i));
+        writer.kill();
+        std::int64_t sum = 0;
+        {
+            const Reading reading(file);
+            RowCursor row = table.scan();
+            for (bool there = row.first(); there; there = row.next())
+                sum += row.row().integer(1);
+        }
+        ASSERT_EQ(sum, 0) << "kill " << i;
+        ASSERT_TRUE(check(path).sound()) << "kill " << i;
+        table.insert(rowOf(0));
+        file.flush();
+        ASSERT_TRUE(check(path).clean()) << "kill " << i;
+    }
+}
+
+TEST_P(Stations, AForeignProgramMakesTheFileReadOnlyUntilItLeaves) {
+    Database file(path);
+    Table& table = file.table("contador");
+    const RowId id = firstRow(table);
+    set(table, id, 1);
+    file.flush();
+    {
+        Process foreign = foreigner();
+        ASSERT_TRUE(file.readOnlyReason());
+        EXPECT_THAT(*file.readOnlyReason(), HasSubstr("outro programa (CAIXA2 (Maria))"));
+        EXPECT_THAT(sentenceOf([&] { set(table, id, 2); }, Errc::locked),
+                    HasSubstr("CAIXA2 (Maria)"));
+        EXPECT_EQ(valueOf(table, id), 1);
+        Database second(path);
+        EXPECT_TRUE(second.readOnlyReason());
+        EXPECT_EQ(valueOf(second.table("contador"), id), 1);
+        EXPECT_EQ(foreign.finish(), 0);
+    }
+    EXPECT_EQ(file.readOnlyReason(), std::nullopt);
+    set(table, id, 3);
+    file.flush();
+    EXPECT_EQ(valueOf(table, id), 3);
+}
+
+TEST_P(Stations, AForeignProgramThatComesBeforeTheSaveStopsIt) {
+    Database file(path);
+    Table& table = file.table("contador");
+    const RowId id = firstRow(table);
+    file.begin();
+    set(table, id, 7);
+    {
+        Process foreign = foreigner();
+        EXPECT_THAT(sentenceOf([&] { file.commit(); }, Errc::locked), HasSubstr("CAIXA2"));
+        EXPECT_TRUE(file.inTransaction());
+        EXPECT_EQ(foreign.finish(), 0);
+    }
+    file.commit();
+    EXPECT_EQ(valueOf(table, id), 7);
+}
+
+TEST_P(Stations, AForeignProgramThatHasTheFileFirstIsNamed) {
+    Process foreign = foreigner();
+    Database file(path);
+    EXPECT_THAT(file.readOnlyReason().value_or(""), HasSubstr("CAIXA2"));
+    EXPECT_EQ(file.table("contas").rowCount(), kAccounts);
+    EXPECT_EQ(foreign.finish(), 0);
+    EXPECT_EQ(file.readOnlyReason(), std::nullopt);
+}
+
+TEST_P(Stations, WaitForEachOtherWithTheWindowAlive) {
+    Process holder = station("hold");
+    ASSERT_EQ(holder.read(), "ready\n");
+    int calls = 0;
+    setWaitHook([&] {
+        if (++calls == 3)
+            holder.closeInput();
+    });
+    {
+        Database file(path);
+        Table& table = file.table("contador");
+        set(table, firstRow(table), 5);
+        file.flush();
+        EXPECT_EQ(valueOf(table, firstRow(table)), 5);
+    }
+    setWaitHook({});
+    EXPECT_GE(calls, 3);
+    EXPECT_EQ(holder.finish(), 0);
+}
+
+TEST(StationsThatWait, GiveUpWithASentenceThatNamesTheOther) {
+    const TemporaryFolder folder;
+    makeShop(folder / "loja.mdb", Version::jet4);
+    Process holder({JET_STATION, "hold", (folder / "loja.mdb").string()});
+    ASSERT_EQ(holder.read(), "ready\n");
+    Database file(folder / "loja.mdb");
+    Table& table = file.table("contador");
+    EXPECT_THAT(sentenceOf([&] { set(table, firstRow(table), 5); }, Errc::locked),
+                testing::AllOf(HasSubstr("Outra estação está gravando"), HasSubstr("(Admin)")));
+    EXPECT_EQ(valueOf(table, firstRow(table)), 0);
+    EXPECT_EQ(holder.finish(), 0);
+}
+
+TEST_P(Stations, GatheredChangesGiveWayToAnotherStation) {
+    Database file(path);
+    Table& table = file.table("contas");
+    Process other = station("count", "5");
+    const auto begin = std::chrono::steady_clock::now();
+    while (std::chrono::steady_clock::now() - begin < std::chrono::milliseconds(1200))
+        table.insert(rowOf(0));
+    file.flush();
+    expectDone(other);
+    Table& counter = file.table("contador");
+    EXPECT_EQ(valueOf(counter, firstRow(counter)), 5);
+}
+
+TEST_P(Stations, ALockFileLeftBehindBlocksNobody) {
+    std::string names;
+    for (const char* name : {"UM", "DOIS", "TRES", "QUATRO", "CINCO"}) {
+        std::string slot(64, ' ');
+        slot.replace(0, std::strlen(name) + 1, std::string(name) + '\0');
+        slot.replace(32, 6, "Admin\0"s);
+        names += slot;
+    }
+    std::ofstream(folder / "loja.ldb", std::ios::binary) << names;
+    {
+        Database file(path);
+        EXPECT_EQ(file.readOnlyReason(), std::nullopt);
+        std::ifstream in(folder / "loja.ldb", std::ios::binary);
+        const std::string now((std::istreambuf_iterator<char>(in)), {});
+        EXPECT_EQ(now.size(), names.size());
+        EXPECT_NE(now.substr(0, 2), "UM");
+        EXPECT_EQ(now.substr(64), names.substr(64));
+        EXPECT_EQ(now.substr(32, 32), "Admin\0"s + std::string(26, ' '));
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder / "loja.ldb"));
+}
+
+TEST_P(Stations, AloneMeansAlone) {
+    Database file(path);
+    {
+        Database second(path);
+        EXPECT_THAT(sentenceOf([&] { const Exclusive alone(file); }, Errc::locked),
+                    HasSubstr("aberto em outra estação"));
+        Table& table = second.table("contador");
+        set(table, firstRow(table), 1); // nothing is left locked
+    }
+    const Exclusive alone(file);
+    EXPECT_EQ(file.table("contador").rowCount(), 1);
+    Process other = station("count", "1");
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    Table& table = file.table("contador");
+    set(table, firstRow(table), 10);
+    file.flush();
+}
+
+/// Two stations in one process, on a disk in memory.
+class TwoStations : public testing::TestWithParam<Version> {
+protected:
+    TwoStations() { makeShop(kPath, GetParam(), disk); }
+
+    void writePair(std::size_t user, std::uint16_t value) {
+        File file(kPath, File::Mode::readWrite, disk);
+        CommitPairs::write(file, formatOf(GetParam()), user, value);
+    }
+
+    MemoryDisk disk;
+};
+
+INSTANTIATE_TEST_SUITE_P(, TwoStations, testing::Values(Version::jet3, Version::jet4), nameOf);
+
+TEST_P(TwoStations, WhatOneSavesTheOtherReads) {
+    Database first(kPath, on(disk));
+    Database second(kPath, on(disk));
+    Table& here = first.table("contador");
+    Table& there = second.table("contador");
+    const RowId id = firstRow(here);
+    EXPECT_EQ(valueOf(there, id), 0);
+    const std::uint64_t generation = second.generation();
+    set(here, id, 4);
+    EXPECT_EQ(valueOf(there, id), 0);
+    first.flush();
+    EXPECT_EQ(valueOf(there, id), 4);
+    EXPECT_GT(second.generation(), generation);
+}
+
+TEST_P(TwoStations, ACursorGoesOnWhereItWasWhenTheOtherHasWritten) {
+    Database first(kPath, on(disk));
+    Database second(kPath, on(disk));
+    Table& here = first.table("contas");
+    Table& there = second.table("contas");
+    IndexTree::Cursor entry = there.walk(0);
+    RowCursor row = there.scan();
+    ASSERT_TRUE(entry.first() && row.first() && row.next());
+    std::vector<RowId> ids;
+    RowCursor all = here.scan();
+    for (bool next = all.first(); next; next = all.next())
+        ids.push_back(all.id());
+    for (std::size_t i = 0; i < 20; ++i)
+        here.erase(ids[i]);
+    for (int i = 0; i < 300; ++i)
+        here.insert(rowOf(i));
+    first.flush();
+    int left = 0;
+    while (entry.next())
+        ++left;
+    EXPECT_EQ(left, kAccounts - 20 + 300);
+    std::set<RowId> seen;
+    while (row.next())
+        EXPECT_TRUE(seen.insert(row.id()).second);
+    EXPECT_GE(seen.size(), static_cast<std::size_t>(kAccounts - 20));
+}
+
+TEST_P(TwoStations, ATableMadeByOneIsThereForTheOther) {
+    Database first(kPath, on(disk));
+    Database second(kPath, on(disk));
+    EXPECT_FALSE(second.hasTable("nova"));
+    first.createTable(numbers("nova")).insert(rowOf(3));
+    first.flush();
+    EXPECT_TRUE(second.hasTable("nova"));
+    EXPECT_EQ(second.table("nova").rowCount(), 1);
+}
+
+TEST_P(TwoStations, TheSecondOfTwoEditorsIsRefused) {
+    Database first(kPath, on(disk));
+    Database second(kPath, on(disk));
+    Table& here = first.table("contador");
+    Table& there = second.table("contador");
+    const RowId id = firstRow(here);
+    const auto seenHere = here.stamp(id);
+    const auto seenThere = there.stamp(id);
+    set(here, id, 10, seenHere);
+    first.flush();
+    EXPECT_THAT(sentenceOf([&] { set(there, id, 20, seenThere); }, Errc::conflict),
+                HasSubstr("alterado ou excluído por outra estação"));
+    EXPECT_THAT(sentenceOf([&] { there.erase(id, seenThere); }, Errc::conflict),
+                HasSubstr("alterado ou excluído por outra estação"));
+    EXPECT_EQ(valueOf(there, id), 10);
+    set(there, id, 20, there.stamp(id));
+    second.flush();
+    EXPECT_EQ(valueOf(here, id), 20);
+    here.erase(id);
+    first.flush();
+    EXPECT_THAT(sentenceOf([&] { set(there, id, 30); }, Errc::conflict), HasSubstr("excluído"));
+}
+
+TEST_P(TwoStations, ATransactionIsUnseenUntilItsEndAndGoneWhenRolledBack) {
+    Database first(kPath, on(disk));
+    Database second(kPath, on(disk));
+    Table& here = first.table("contador");
+    Table& there = second.table("contador");
+    const RowId id = firstRow(here);
+    first.begin();
+    set(here, id, 1);
+    EXPECT_EQ(valueOf(there, id), 0);
+    first.rollback();
+    set(there, id, 2);
+    second.flush();
+    first.begin();
+    EXPECT_EQ(valueOf(here, id), 2);
+    set(here, id, 3);
+    first.commit();
+    EXPECT_EQ(valueOf(there, id), 3);
+}
+
+TEST_P(TwoStations, ARefusedChangeKeepsNobodyWaiting) {
+    Database first(kPath, on(disk));
+    Database second(kPath, on(disk));
+    Row twice = rowOf(1);
+    twice[0] = std::int64_t{1};
+    sentenceOf([&] { first.table("contas").insert(twice); }, Errc::duplicate);
+    second.table("contas").insert(rowOf(2));
+    second.flush();
+    EXPECT_EQ(first.table("contas").rowCount(), kAccounts + 1);
+}
+
+TEST_P(TwoStations, AUserWhoDiedWritingLeavesAFileThatIsOnlyRead) {
+    for (const std::uint16_t value : {CommitPairs::kWriting, CommitPairs::kDamaged}) {
+        writePair(5, value);
+        Database file(kPath, on(disk));
+        ASSERT_TRUE(file.readOnlyReason());
+        EXPECT_THAT(
+            *file.readOnlyReason(),
+            testing::AllOf(HasSubstr("danificado por outro programa"), HasSubstr("usuário 5")));
+        EXPECT_EQ(file.table("contas").rowCount(), kAccounts);
+        EXPECT_EQ(sentenceOf([&] { file.begin(); }, Errc::readOnly), *file.readOnlyReason());
+        EXPECT_FALSE(check(kPath, disk).sound());
+    }
+    writePair(5, 0x0107);
+    EXPECT_EQ(Database(kPath, on(disk)).readOnlyReason(), std::nullopt);
+}
+
+TEST_P(TwoStations, AUserWhoDiesWritingWhileWeAreThereIsNoticed) {
+    Database file(kPath, on(disk));
+    EXPECT_EQ(file.table("contas").rowCount(), kAccounts);
+    writePair(9, CommitPairs::kWriting);
+    EXPECT_EQ(file.table("contas").rowCount(), kAccounts);
+    ASSERT_TRUE(file.readOnlyReason());
+    sentenceOf([&] { file.table("contas").insert(rowOf(1)); }, Errc::readOnly);
+}
+
+TEST_P(TwoStations, ALockFileRemovedWhileEnteringIsMadeAnew) {
+    const std::string lockFile = "/loja/automacao.ldb";
+    int removals = 0;
+    disk.onLock = [&](std::uint64_t byte) {
+        if (byte == 0x70001002 && removals++ == 0)
+            static_cast<void>(disk.remove(lockFile));
+    };
+    Database file(kPath, on(disk));
+    disk.onLock = {};
+    EXPECT_GE(removals, 2);
+    const File lock(lockFile, File::Mode::read, disk);
+    EXPECT_TRUE(lock.isHeld(0x10000001));
+    EXPECT_TRUE(lock.isHeld(0x70000001));
+}
+
+TEST_P(TwoStations, EachHasAUserNumberOfItsOwn) {
+    Database first(kPath, on(disk));
+    Database second(kPath, on(disk));
+    const File lock("/loja/automacao.ldb", File::Mode::read, disk);
+    EXPECT_TRUE(lock.isHeld(0x10000001) && lock.isHeld(0x10000002));
+    EXPECT_FALSE(lock.isHeld(0x10000003));
+    EXPECT_EQ(first.readOnlyReason(), std::nullopt);
+}
+
+TEST_P(TwoStations, AFileWithoutAUsableLockFileIsOnlyRead) {
+    disk.failing = [](const std::string& name) { return name.ends_with(".ldb"); };
+    Database file(kPath, on(disk));
+    EXPECT_THAT(file.readOnlyReason().value_or(""), HasSubstr("avisa as outras estações"));
+    EXPECT_EQ(file.table("contas").rowCount(), kAccounts);
+    sentenceOf([&] { file.table("contas").insert(rowOf(1)); }, Errc::readOnly);
+}
+
+TEST_P(TwoStations, WhatAForeignProgramWritesDuringAReadingIsReadAnew) {
+    Database file(kPath, on(disk));
+    Table& table = file.table("contador");
+    const RowId id = firstRow(table);
+    // A foreign program is there, and writes just when a page is read.
+    File lock("/loja/automacao.ldb", File::Mode::readWrite, disk);
+    ASSERT_TRUE(lock.tryLock(Disk::Lock::exclusive, 0x10000007));
+    ASSERT_TRUE(file.readOnlyReason());
+    writePair(7, 0x0101);
+    int reads = 0;
+    disk.onRead = [&](std::uint64_t offset) {
+        if (offset == std::uint64_t{number(id.page)} * formatOf(GetParam()).pageSize &&
+            reads++ == 0)
+            writePair(7, 0x0102);
+    };
+    EXPECT_EQ(valueOf(table, id), 0);
+    EXPECT_EQ(reads, 2);
+}
+
+} // namespace
