@@ -26,7 +26,7 @@ void Committer::commit(const ChangedPages& changed) {
     }
     try {
         journal_.empty();
-    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+    } catch (...) { // NOLINT(bugprone-empty-catch)
         // The transaction is complete, and its journal says nothing else.
     }
 }

@@ -160,7 +160,7 @@ Database::~Database() {
         return;
     try {
         parts_->flush();
-    } catch (const Error&) {
+    } catch (...) {
         // Who needs to know calls flush() first; nobody is left to be told here.
         parts_->pager.rollback();
     }
@@ -392,7 +392,7 @@ Transaction::~Transaction() {
         return;
     try {
         database_.rollback();
-    } catch (const Error&) {
+    } catch (...) {
         // Rolling back forgets pages in memory; only reading the catalog anew can fail, and whoever
         // asks for a table next is told.
     }

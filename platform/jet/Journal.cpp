@@ -159,7 +159,7 @@ void Journal::write(const JournalHeader& header, const ChangedPages& changed) {
         // A disk without room gets back what the journal took.
         try {
             file_->truncate(0);
-        } catch (const Error&) {
+        } catch (...) {
             // As it is it does no harm: no pair says that it is needed.
             file_.reset();
         }

@@ -55,7 +55,7 @@ LockFile::LockFile(const std::filesystem::path& database, Disk& disk)
 LockFile::~LockFile() {
     try {
         leave();
-    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+    } catch (...) { // NOLINT(bugprone-empty-catch)
         // A lock file left behind does no harm; its locks go with it.
     }
 }

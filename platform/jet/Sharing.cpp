@@ -49,7 +49,7 @@ Sharing::~Sharing() {
         if (lock_.otherUsers().empty())
             committer_->leave();
         lock_.unlock(LockFile::kWriting);
-    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+    } catch (...) { // NOLINT(bugprone-empty-catch)
         // An empty journal left behind does no harm.
     }
 }

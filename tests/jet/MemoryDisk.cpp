@@ -39,6 +39,7 @@ public:
         return failure ? -failure : static_cast<std::int64_t>(content_->bytes.size());
     }
     std::int64_t read(std::uint64_t offset, std::span<std::byte> into) override {
+        const MemoryDisk::Busy busy;
         if (const int failure = disk_.next())
             return -failure;
         if (disk_.onRead)
@@ -51,6 +52,7 @@ public:
         return static_cast<std::int64_t>(count);
     }
     std::int64_t write(std::uint64_t offset, std::span<const std::byte> from) override {
+        const MemoryDisk::Busy busy;
         int failure = disk_.next();
         if (!writes_)
             return -EBADF;
@@ -70,6 +72,7 @@ public:
         return failure ? -failure : static_cast<std::int64_t>(from.size());
     }
     int truncate(std::uint64_t size) override {
+        const MemoryDisk::Busy busy;
         if (const int failure = disk_.next())
             return -failure;
         content_->bytes.resize(size);
@@ -78,6 +81,7 @@ public:
         return 0;
     }
     int sync() override {
+        const MemoryDisk::Busy busy;
         if (const int failure = disk_.next())
             return -failure;
         disk_.record_.push_back(
@@ -85,6 +89,7 @@ public:
         return 0;
     }
     int lock(Disk::Lock kind, std::uint64_t offset, std::uint64_t count) override {
+        const MemoryDisk::Busy busy;
         if (disk_.onLock)
             disk_.onLock(offset);
         if (const int failure = disk_.next(); failure && kind != Disk::Lock::none)
@@ -121,6 +126,7 @@ public:
         return static_cast<std::int64_t>(first);
     }
     bool isAt(const std::filesystem::path& path) override {
+        const MemoryDisk::Busy busy;
         const auto there = disk_.names_.find(path.string());
         return there != disk_.names_.end() && there->second == content_->number;
     }
@@ -142,6 +148,7 @@ MemoryDisk::~MemoryDisk() = default;
 
 std::unique_ptr<Disk::Handle> MemoryDisk::open(const std::filesystem::path& path, Mode mode,
                                                int& error) {
+    const Busy busy;
     error = next();
     const auto known = names_.find(path.string());
     if (!error && mode != Mode::read && failing && failing(path.string()))
@@ -161,10 +168,12 @@ std::unique_ptr<Disk::Handle> MemoryDisk::open(const std::filesystem::path& path
 }
 
 bool MemoryDisk::exists(const std::filesystem::path& path) {
+    const Busy busy;
     return names_.contains(path.string());
 }
 
 int MemoryDisk::rename(const std::filesystem::path& from, const std::filesystem::path& to) {
+    const Busy busy;
     if (const int failure = next())
         return -failure;
     const auto known = names_.find(from.string());
@@ -177,6 +186,7 @@ int MemoryDisk::rename(const std::filesystem::path& from, const std::filesystem:
 }
 
 int MemoryDisk::remove(const std::filesystem::path& path) {
+    const Busy busy;
     if (const int failure = next())
         return -failure;
     if (names_.erase(path.string()) == 0)
@@ -186,6 +196,7 @@ int MemoryDisk::remove(const std::filesystem::path& path) {
 }
 
 int MemoryDisk::syncFolderOf(const std::filesystem::path& /*path*/) {
+    const Busy busy;
     if (const int failure = next())
         return -failure;
     record_.push_back({Operation::Kind::syncNames, 0, 0, {}, {}, {}});

@@ -44,6 +44,9 @@ public:
     void failFrom(std::uint64_t call, bool forever, int error);
     void failNoMore() noexcept { failAt_ = 0; }
     [[nodiscard]] std::uint64_t calls() const noexcept { return calls_; }
+    /// Whether a disk is at work at this moment: the memory it takes then stands for the real
+    /// disk's, not the program's.
+    [[nodiscard]] static bool isBusy() noexcept { return busy_ > 0; }
 
     /// Called before a lock is tried for, with its first byte, and before a read, with its place.
     std::function<void(std::uint64_t)> onLock;
@@ -56,6 +59,11 @@ public:
 private:
     friend class MemoryHandle;
     struct Content;
+    struct Busy {
+        Busy() { ++busy_; }
+        ~Busy() { --busy_; }
+    };
+    static inline int busy_ = 0;
     /// 0, or the error that this call has to fail with.
     [[nodiscard]] int next();
 
