@@ -100,22 +100,29 @@ void Database::Parts::end() noexcept {
 void Database::Parts::flush() {
     if (!pendingSince)
         return;
+    flushing_ = true;
     try {
         pager.commit();
     } catch (const Error& error) {
+        flushing_ = false;
         // What another program has overtaken can never be written.
         if (error.code() == Errc::conflict) {
             pendingSince.reset();
             end();
         }
         throw;
+    } catch (...) {
+        flushing_ = false;
+        throw;
     }
+    flushing_ = false;
     pendingSince.reset();
     end();
 }
 
 void Database::Parts::flushIfDue() {
-    if (!pendingSince)
+    // The program's clock may strike while the wait hook lets its window be painted.
+    if (!pendingSince || flushing_ || changes_ > 0)
         return;
     const auto now = steady_clock::now();
     bool due = now - *pendingSince >= kLongestPending;

@@ -86,6 +86,7 @@ private:
     void noticeNews();
 
     unsigned changes_ = 0; ///< that live, one inside the other
+    bool flushing_ = false;
     std::chrono::steady_clock::time_point askedForWaiting_{};
 };
 

@@ -63,14 +63,15 @@ const std::vector<Layer> kLayers = {
     {"report_bench",      Outside::qt,      {"report_samples"}                                },
     {"test_support",      Outside::qt,      {}                                                },
     {"rule_test_support", Outside::nothing, {"jet"}                                           },
+    {"jet_test_support",  Outside::nothing, {"jet"}                                           },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
     {"shop_test_support", Outside::qt,      {"shell_base", "shop_schema", "form_test_support"}},
 };
 
 // What tests may use beside their folder, where it sees no more than the folder itself does.
 const std::vector<std::string> kHelpers = {
-    "test_support",      "rule_test_support", "shop_schema",   "form_test_support",
-    "shop_test_support", "report_layout",     "report_samples"};
+    "test_support",      "rule_test_support", "jet_test_support", "shop_schema",
+    "form_test_support", "shop_test_support", "report_layout",    "report_samples"};
 
 /// Path from the root of the tree, with "/", and the file's text.
 using Files = std::map<std::string, std::string>;
