@@ -153,7 +153,7 @@ TEST_P(Crash, EveryCutLeavesTheStateBeforeOrAfterATransaction) {
         const auto allowed = work.allowed(i + 1);
         const std::string where = "after operation " + std::to_string(i + 1);
         std::vector<DiskImage> images{cut.nothingMore(), cut.everything()};
-        for (const unsigned kept : {10, 30, 50, 70, 90, 97})
+        for (const unsigned kept : {10U, 30U, 50U, 70U, 90U, 97U})
             images.push_back(cut.some(random, kept));
         for (const DiskImage& image : images) {
             const Afterwards::Outcome& outcome = after.of(image);
