@@ -80,20 +80,21 @@ std::optional<std::uint64_t> Recordset::Parts::shown() {
 }
 
 Value Recordset::Parts::value(std::size_t field) {
-    const jet::Reading reading(session.database());
     const Query::QueryField& place = query.fields()[field];
     if (edit != ado::EditMode::None && assigned[place.column])
         return *assigned[place.column];
     if (edit == ado::EditMode::Add)
         return {};
-    catchUp();
-    requireRow();
-    if (!query.live())
-        return static_cast<const ComputedRows&>(*rows).cell(place.column);
-    if (query.updatable())
-        return look().value(place.column);
-    const jet::RowView* row = view(place.table);
-    return row != nullptr ? row->value(place.column) : Value{};
+    return session.database().pager().look([&]() -> Value {
+        catchUp();
+        requireRow();
+        if (!query.live())
+            return static_cast<const ComputedRows&>(*rows).cell(place.column);
+        if (query.updatable())
+            return look().value(place.column);
+        const jet::RowView* row = view(place.table);
+        return row != nullptr ? row->value(place.column) : Value{};
+    });
 }
 
 // ---- editing ----------------------------------------------------------------------------------

@@ -18,7 +18,7 @@ Session::Session(const std::filesystem::path& path)
       refreshes_(database_.pager().refreshes()) {}
 
 void Session::lookForStrangers() {
-    const jet::Reading reading(database_); // notices what other stations have written
+    database_.pager().look([] {}); // notices what other stations have written
     if (database_.generation() != generation_)
         beginEpoch();
 }

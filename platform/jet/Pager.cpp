@@ -30,8 +30,12 @@ void Pager::requireUsable() const {
                                   "ao estado de antes dessa gravação.");
 }
 
-Pager::Section::Section(Pager& pager) : sharing_(pager.sharing_) {
-    if (sharing_)
+Pager::Section::Section(Pager& pager, Kind kind) : sharing_(pager.sharing_) {
+    if (!sharing_)
+        return;
+    if (kind == Kind::repeatable && pager.opensSection())
+        sharing_->beginLook();
+    else
         sharing_->beginReading();
 }
 
@@ -49,7 +53,8 @@ bool Pager::disturbed(int attempt) const {
     constexpr int kAttempts = 20;
     if (!sharing_->disturbed() || attempt >= kAttempts)
         return false;
-    pause(std::chrono::milliseconds(100));
+    if (attempt > 1) // the first time it may have been one of our stations, which is done by now
+        pause(std::chrono::milliseconds(100));
     return true;
 }
 
@@ -68,6 +73,8 @@ PageRef Pager::readCommitted(PageNo page) {
     }
     if (number(page) >= committedPageCount_)
         corrupt(page, "uma referência aponta para fora do arquivo");
+    if (sharing_)
+        sharing_->beforeRead();
     auto image = std::make_shared<PageImage>(format_.pageSize);
     file_.read(std::uint64_t{number(page)} * format_.pageSize, *image);
     if (sharing_)

@@ -72,7 +72,8 @@ public:
     /// @throws as Sharing::beginReading().
     class Section {
     public:
-        explicit Section(Pager& pager);
+        enum class Kind : std::uint8_t { once, repeatable };
+        explicit Section(Pager& pager, Kind kind = Kind::once);
         Section(const Section&) = delete;
         Section& operator=(const Section&) = delete;
         ~Section();
@@ -88,7 +89,7 @@ public:
             return look();
         for (int attempt = 1;; ++attempt) {
             try {
-                const Section section(*this);
+                const Section section(*this, Section::Kind::repeatable);
                 return look();
             } catch (const Error&) {
                 if (!disturbed(attempt))

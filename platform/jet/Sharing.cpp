@@ -323,6 +323,22 @@ void Sharing::enterSection() {
     }
 }
 
+void Sharing::beginLook() {
+    if (!careful_ && !disturbed_ && steady_clock::now() - lookedForForeign_ < kForeignEvery &&
+        Pairs(database_, format_) == seen_) {
+        depth_ = 1;
+        light_ = true;
+    } else {
+        enterSection();
+    }
+}
+
+void Sharing::makeHeavy() {
+    light_ = false;
+    lockForReading();
+    verifyUnchanged();
+}
+
 void Sharing::leaveSection() noexcept {
     if (reading_)
         lock_.unlock(LockFile::kReading);
@@ -362,8 +378,9 @@ void Sharing::verifyUnchanged() {
     if (Pairs(database_, format_) == seen_)
         return;
     disturbed_ = true;
-    throw Error(Errc::locked, "Outro programa gravou no banco de dados durante a leitura" +
-                                  others() + ". Tente de novo.");
+    throw Error(Errc::locked,
+                "Outra estação ou outro programa gravou no banco de dados durante a leitura" +
+                    others() + ". Tente de novo.");
 }
 
 // ---- writing ----------------------------------------------------------------------------------
@@ -377,6 +394,7 @@ void Sharing::beginWriting() {
         throw Error(Errc::readOnly, *lasting_);
     // Never wait for W with R in hand: its holder may be waiting for that.
     leaveSection();
+    light_ = false;
     if (std::exchange(yields_, false))
         waitFor([&] { return lock_.isHeld(LockFile::kWriting) || !isAwaited(); },
                 milliseconds(200));

@@ -50,8 +50,22 @@ public:
             enterSection();
     }
     void endReading() noexcept {
-        if (--depth_ == 0 && reading_)
+        if (--depth_ > 0)
+            return;
+        light_ = false;
+        if (reading_)
             leaveSection();
+    }
+    /// A section that takes no lock as long as the cache has what is looked at: it is enough then
+    /// that nobody has written since the cache was filled. Only for what can be done again from its
+    /// beginning: see beforeRead(). Requires that none is open.
+    void beginLook();
+    /// Before a page is read from the file.
+    /// @throws Error{locked}, and disturbed() is true, if another station has written since
+    ///         beginLook().
+    void beforeRead() {
+        if (light_)
+            makeHeavy();
     }
     [[nodiscard]] bool inSection() const noexcept { return depth_ > 0; }
     /// After a page was read from the file: it belongs to what the section has seen so far.
@@ -100,6 +114,7 @@ private:
 
     void register_();
     void enterSection();
+    void makeHeavy();
     void leaveSection() noexcept;
     void lockForReading();
     void verifyUnchanged();
@@ -128,6 +143,7 @@ private:
     Pairs seen_;           ///< as of the last look
     unsigned depth_ = 0;   ///< of sections
     bool reading_ = false; ///< R is held, shared
+    bool light_ = false;   ///< the section does without R so far
     bool writing_ = false; ///< W is held
     bool careful_ = false; ///< somebody may write who doesn't heed our locks
     bool disturbed_ = false;
