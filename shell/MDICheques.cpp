@@ -2,6 +2,7 @@
 
 #include "controls/Form.h"
 #include "controls/Icons.h"
+#include "controls/MessageBox.h"
 #include "controls/WindowList.h"
 #include "shell/AreaDeTrabalho.h"
 #include "shell/Comandos.h"
@@ -27,6 +28,8 @@
 using namespace std::chrono_literals;
 
 namespace {
+
+constexpr int kEntreVistorias = 3; ///< seconds
 
 constexpr char kPlaceKey[] = "MDICheques/lugar";
 
@@ -103,6 +106,10 @@ void MDICheques::montarBarra() {
     statusBar()->setObjectName("StatusBar1");
     statusBar()->setContentsMargins(6, 0, 6, 0);
     statusBar()->addWidget(mensagem_, 1);
+    consulta_ = new QLabel("Somente consulta");
+    consulta_->setObjectName("pnlConsulta");
+    consulta_->hide();
+    statusBar()->addPermanentWidget(consulta_);
     statusBar()->addPermanentWidget(data_);
 
     Relogio_Timer();
@@ -118,8 +125,26 @@ void MDICheques::resizeEvent(QResizeEvent* event) {
         Toolbar1->setToolButtonStyle(Qt::ToolButtonIconOnly);
 }
 
+// Why nothing can be saved now, as long as that lasts: a program with other rules may come into the
+// file and go again.
+void MDICheques::mostrarConsulta() {
+    if (!dbconectar::instance().aberto())
+        return;
+    const auto motivo = dbconectar::instance().Automacao.database().readOnlyReason();
+    consulta_->setVisible(motivo.has_value());
+    consulta_->setToolTip(QString::fromStdString(motivo.value_or("")));
+    consulta_->setAccessibleDescription(consulta_->toolTip());
+}
+
+void MDICheques::avisar() {
+    if (const auto& aviso = dbconectar::instance().Automacao.database().notice())
+        showMessage(QString::fromStdString(*aviso), "Mensagem", MessageIcon::exclamation);
+}
+
 void MDICheques::Relogio_Timer() {
     data_->setText(QDateTime::currentDateTime().toString("dd/MM/yyyy   HH:mm"));
+    if (++segundos_ % kEntreVistorias == 0)
+        mostrarConsulta();
 }
 
 // A first run, or a place on a screen that is no longer there, fills the screen.

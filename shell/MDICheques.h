@@ -37,6 +37,8 @@ public:
     /// From now on looks after the daily copy of the open database; its news are shown in the
     /// status bar.
     void cuidarDaCopia();
+    /// Says what the opening of the database has found, if anything.
+    void avisar();
 
     /// Closes the data and ends the program at once, whatever windows are open.
     void encerrar();
@@ -52,12 +54,15 @@ private:
     void lembrarLugar();
     void executar(const Comandos::Comando* comando);
     void Toolbar1_ButtonClick(const QString& chave);
+    void mostrarConsulta();
     void Relogio_Timer();
 
     QToolBar* Toolbar1;
     QLabel* mensagem_;
+    QLabel* consulta_; ///< on show while nothing can be saved
     QLabel* data_;
     QTimer Relogio;
     std::unique_ptr<CopiaDeSeguranca> copia_;
+    int segundos_ = 0;
     bool encerrado_ = false;
 };

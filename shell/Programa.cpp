@@ -5,15 +5,19 @@
 #include "controls/MessageBox.h"
 #include "controls/Style.h"
 #include "controls/WindowList.h"
+#include "jet/Error.h"
+#include "jet/Waiting.h"
 #include "shell/MDICheques.h"
 #include "shell/dbconectar.h"
 #include "shell/frmSplash.h"
 
 #include <QApplication>
+#include <QThread>
 #include <QTimer>
 
 #include <chrono>
 #include <cstdlib>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -34,11 +38,63 @@ QString descricao(const std::exception_ptr& falha) {
     }
 }
 
-void gravarPendentes() {
-    guarded([] { dbconectar::instance().Automacao.flushIfDue(); });
+/// Whether the operator can try again: another station or a foreign program has the file, the disk
+/// is full, what was typed breaks a rule that the file declares. Nothing was saved then.
+bool podeRepetir(const std::exception_ptr& falha) {
+    try {
+        std::rethrow_exception(falha);
+    } catch (const jet::Error& erro) {
+        switch (erro.code()) {
+        case jet::Errc::locked:
+        case jet::Errc::conflict:
+        case jet::Errc::readOnly:
+        case jet::Errc::full:
+        case jet::Errc::rule:
+        case jet::Errc::related:
+            return dbconectar::instance().aberto();
+        default:
+            return false;
+        }
+    } catch (...) {
+        return false;
+    }
+}
+
+/// What waits to be written is tried again each time; that it can't be is said once.
+class Gravacao {
+public:
+    void operator()() {
+        if (HandlersPaused::anyLives())
+            return;
+        try {
+            dbconectar::instance().Automacao.flushIfDue();
+            avisado_ = false;
+        } catch (const jet::Error&) {
+            if (!std::exchange(avisado_, true))
+                guarded([] { throw; });
+        }
+    }
+
+private:
+    bool avisado_ = false;
+};
+
+/// While the engine waits for another station the windows stay painted, and nothing else happens.
+void pintarJanelas() {
+    if (QThread::currentThread() != QCoreApplication::instance()->thread())
+        return;
+    const HandlersPaused pausa;
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
 } // namespace
+
+void atenderFalha(const std::exception_ptr& falha) {
+    if (!podeRepetir(falha))
+        relatarFalha(falha);
+    dbconectar::instance().desfazer();
+    showMessage(descricao(falha), "Mensagem", MessageIcon::exclamation);
+}
 
 void relatarFalha(const std::exception_ptr& falha) {
     const char* conselho =
@@ -61,11 +117,12 @@ int executarPrograma(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false); // between splash and main window there is none
     aplicarEstilo(aplicacao);
     QApplication::setWindowIcon(Icons::named("valtrino"));
-    setFailureHandler(&relatarFalha);
+    setFailureHandler(&atenderFalha);
+    jet::setWaitHook(&pintarJanelas);
     MDICheques::mostrarMensagens();
 
     QTimer gravacao;
-    QObject::connect(&gravacao, &QTimer::timeout, &gravarPendentes);
+    QObject::connect(&gravacao, &QTimer::timeout, Gravacao());
     int status = EXIT_FAILURE;
     if (frmSplash::instance().load()) {
         gravacao.start(kFlushInterval);

@@ -60,6 +60,13 @@ void dbconectar::abrir() {
 
 bool dbconectar::aberto() const { return rsSemFundos.State() == ado::State::Open; }
 
+void dbconectar::desfazer() {
+    for (ado::Recordset* rs : {&rsCheques, &rsCliente, &rsBancos, &rsSemFundos})
+        rs->CancelUpdate();
+    if (Automacao.inTransaction())
+        Automacao.RollbackTrans();
+}
+
 void dbconectar::fechar() {
     for (ado::Recordset* rs : {&rsCheques, &rsCliente, &rsBancos, &rsSemFundos})
         rs->Close();

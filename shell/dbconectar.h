@@ -25,6 +25,8 @@ public:
     void abrir();
     /// Whether abrir() has succeeded and fechar() not been called since.
     [[nodiscard]] bool aberto() const;
+    /// Undoes what was being saved: an open transaction, edits that are still pending.
+    void desfazer();
     /// Closes rsCheques, rsCliente, rsBancos, rsSemFundos and the connection, in this order.
     void fechar();
 

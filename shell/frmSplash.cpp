@@ -56,4 +56,5 @@ void frmSplash::Timer1_Timer() {
     unload();
     MDICheques::instance().show();
     MDICheques::instance().cuidarDaCopia();
+    MDICheques::instance().avisar();
 }

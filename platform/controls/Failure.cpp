@@ -10,6 +10,7 @@ FailureHandler& current() {
 }
 
 bool failing = false;
+int pauses = 0;
 
 } // namespace
 
@@ -22,7 +23,11 @@ void endWithReport(const std::exception_ptr& failure) {
         std::terminate();
     failing = true;
     current()(failure);
-    failing = false; // the program goes on only in tests
+    failing = false;
 }
 
 bool isFailing() noexcept { return failing; }
+
+HandlersPaused::HandlersPaused() noexcept { ++pauses; }
+HandlersPaused::~HandlersPaused() { --pauses; }
+bool HandlersPaused::anyLives() noexcept { return pauses > 0; }

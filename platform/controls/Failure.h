@@ -7,11 +7,11 @@
 
 /// Where every exception of a window ends. Qt forbids an exception to leave a slot or an event
 /// handler, so whatever runs a handler runs it through guarded(); what the handler threw goes to
-/// the one failure handler that the program sets at start-up: it says once what failed and ends the
-/// program.
+/// the one failure handler that the program sets at start-up: it says once what failed and, unless
+/// that can be tried again, ends the program.
 ///
-/// A failure is reported once: while the failure handler is at work (its message box lets events
-/// through) no other handler runs, so nothing works on with half-done data.
+/// While the failure handler is at work (its message box lets events through), and while handlers
+/// are paused, no other handler runs: nothing works on with half-done data.
 
 using FailureHandler = std::function<void(std::exception_ptr)>;
 
@@ -25,11 +25,21 @@ void endWithReport(const std::exception_ptr& failure);
 /// Whether the failure handler is at work.
 [[nodiscard]] bool isFailing() noexcept;
 
+/// While one lives guarded() runs nothing: for who lets windows be painted in the middle of work.
+class HandlersPaused {
+public:
+    HandlersPaused() noexcept;
+    HandlersPaused(const HandlersPaused&) = delete;
+    HandlersPaused& operator=(const HandlersPaused&) = delete;
+    ~HandlersPaused();
+    [[nodiscard]] static bool anyLives() noexcept;
+};
+
 /// Runs `work`; what it throws ends in endWithReport().
 /// @return whether it ran to its end.
 template <class Work>
 bool guarded(Work&& work) {
-    if (isFailing())
+    if (isFailing() || HandlersPaused::anyLives())
         return false;
     try {
         work();

@@ -3,8 +3,10 @@
 #include "jet/Check.h"
 #include "jet/Error.h"
 #include "jet/File.h"
+#include "jet/FileAlone.h"
 #include "jet/FileSteps.h"
-#include "jet/LockFile.h"
+#include "jet/Header.h"
+#include "jet/Sharing.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -16,7 +18,7 @@ namespace jet {
 namespace {
 
 constexpr std::size_t kChunk = std::size_t{1} << 20;
-constexpr int kTries = 5; // each as long as the copying takes: the shop's clerks pause for longer
+constexpr int kTries = 5;
 
 /// The bytes of one file into a new one, synced.
 void copyFile(const std::filesystem::path& from, const std::filesystem::path& to,
@@ -37,9 +39,32 @@ void copyFile(const std::filesystem::path& from, const std::filesystem::path& to
     target.sync();
 }
 
+/// The same of a database that others are at work in: stations like ours wait until it is done;
+/// what a foreign program writes meanwhile is noticed.
+void copyUndisturbed(const std::filesystem::path& from, const std::filesystem::path& to,
+                     const std::stop_token& stop) {
+    File database(from, File::Mode::read);
+    Sharing stations(database, formatOf(readHeader(database).version), [] {});
+    stations.enter(false);
+    for (int i = 0; i < kTries; ++i) {
+        stations.beginReading();
+        bool undisturbed = false;
+        try {
+            undisturbed = unchangedWhile(from, [&] { copyFile(from, to, stop); });
+        } catch (...) {
+            stations.endReading();
+            throw;
+        }
+        stations.endReading();
+        if (undisturbed)
+            return;
+    }
+    throw Error(Errc::locked, "O banco de dados está sendo alterado sem pausa.");
+}
+
 void requireSound(const std::filesystem::path& copy, const std::string& what,
                   const std::stop_token& stop = {}) {
-    const Report report = check(copy, stop);
+    const Report report = check(copy, Disk::system(), stop);
     const auto error =
         std::ranges::find(report.findings, Finding::Severity::error, &Finding::severity);
     if (error != report.findings.end())
@@ -80,6 +105,12 @@ void keepAs(const std::filesystem::path& file, const std::filesystem::path& name
     UnnamedFile copy(name);
     copyFile(file, copy.path(), {});
     copy.takeName();
+}
+
+/// What a station that died has left half done belongs to the file that is replaced.
+void keepJournal(const std::filesystem::path& database, const std::filesystem::path& kept) {
+    if (hasJournal(database, Disk::system()))
+        renameForGood(Journal::pathFor(database), Journal::pathFor(kept));
 }
 
 } // namespace
@@ -149,8 +180,7 @@ void Backup::make(const std::filesystem::path& copy, const std::stop_token& stop
         throw Error(Errc::readOnly, "A pasta \"" + folder_.string() +
                                         "\" não pode ser criada: " + error.message() + ".");
     UnnamedFile unnamed(copy);
-    if (!whileUnchanged(database_, kTries, [&] { copyFile(database_, unnamed.path(), stop); }))
-        throw Error(Errc::locked, "O banco de dados está sendo alterado sem pausa.");
+    copyUndisturbed(database_, unnamed.path(), stop);
     requireSound(unnamed.path(), "O banco de dados tem erros e não foi copiado: ", stop);
     unnamed.takeName();
 }
@@ -173,11 +203,7 @@ void Backup::removeOld(const std::filesystem::path& newest) const {
 
 std::optional<std::filesystem::path> restore(const std::filesystem::path& copy,
                                              const std::filesystem::path& database) {
-    // Nobody may have the database open: this holds it until the new file is in its place.
-    LockFile alone(database);
-    if (!alone.becomeWriter())
-        throw Error(Errc::locked, "O banco de dados está aberto em outro programa. Feche-o e "
-                                  "repita a restauração.");
+    const FileAlone alone(database);
     UnnamedFile unnamed(database);
     copyFile(copy, unnamed.path(), {});
     requireSound(unnamed.path(), "A cópia tem erros e não foi restaurada: ");
@@ -191,6 +217,7 @@ std::optional<std::filesystem::path> restore(const std::filesystem::path& copy,
                                  error);
     std::filesystem::path kept = replacedName(database);
     keepAs(database, kept);
+    keepJournal(database, kept);
     try {
         unnamed.takeName();
     } catch (...) {

@@ -2,11 +2,14 @@
 
 #include "jet/CopyPlan.h"
 #include "jet/Database.h"
+#include "jet/FileAlone.h"
 #include "jet/FileSteps.h"
 #include "jet/LongValues.h"
+#include "jet/Recovery.h"
 #include "jet/RowEncoder.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace jet {
 
@@ -23,7 +26,7 @@ class Comparison {
 public:
     Comparison(const std::filesystem::path& before, const std::filesystem::path& after,
                const std::string& password)
-        : before_(before, {true, {}, password}), after_(after, {true, {}, password}) {}
+        : before_(before, asItStands(password)), after_(after, asItStands(password)) {}
 
     /// @throws Error{corrupt} at the first difference.
     void run() {
@@ -37,6 +40,12 @@ public:
     }
 
 private:
+    static Database::Options asItStands(const std::string& password) {
+        Database::Options options;
+        options.readOnly = options.unshared = true;
+        options.password = password;
+        return options;
+    }
     static void require(bool same, const std::string& what) {
         if (!same)
             throw Error(Errc::corrupt,
@@ -140,14 +149,32 @@ Compacted copySound(const std::filesystem::path& source, const std::filesystem::
     return {before.pages, after.pages, after.tables, after.rows};
 }
 
+/// Nobody else in the file, and what a station that died has left half done undone; nothing where
+/// the file can't be written.
+std::unique_ptr<FileAlone> takeAlone(const std::filesystem::path& source) {
+    try {
+        auto alone = std::make_unique<FileAlone>(source);
+        if (hasJournal(source, Disk::system())) {
+            File file(source, File::Mode::readWrite);
+            (void)recover(file, formatOf(readHeader(file).version));
+        }
+        return alone;
+    } catch (const Error& error) {
+        if (error.code() != Errc::readOnly)
+            throw;
+        return nullptr;
+    }
+}
+
 } // namespace
 
 Compacted compact(const std::filesystem::path& source, const std::filesystem::path& target,
                   const Progress& progress) {
     requireAbsent(target);
+    const auto alone = takeAlone(source);
     UnnamedFile copy(target);
     Compacted result;
-    if (!whileUnchanged(source, 1, [&] { result = copySound(source, copy.path(), progress); }))
+    if (!unchangedWhile(source, [&] { result = copySound(source, copy.path(), progress); }))
         throw Error(Errc::conflict, "O arquivo foi alterado durante a compactação, que não foi "
                                     "aproveitada. Repita-a com o programa fechado.");
     requireAbsent(target);

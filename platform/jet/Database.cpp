@@ -36,13 +36,6 @@ File openFile(const std::filesystem::path& path, bool readOnly, Disk& disk,
     }
 }
 
-Header readHeader(const File& file) {
-    Bytes page(static_cast<std::size_t>(
-        std::min<std::uint64_t>(file.size(), formatOf(Version::jet4).pageSize)));
-    file.read(0, page);
-    return parseHeader(page);
-}
-
 void checkSize(const File& file, const Format& format) {
     const std::uint64_t size = file.size();
     if (size % format.pageSize != 0 || size / format.pageSize <= number(kRights))
@@ -149,7 +142,8 @@ Database::Database(const std::filesystem::path& path, const Options& options) {
     const bool writable = !reason;
     parts_ = std::make_unique<Parts>(path, std::move(header), texts, std::move(file), writable);
     parts_->readOnly = std::move(reason);
-    parts_->share(writable);
+    if (!(options.unshared && options.readOnly))
+        parts_->share(writable);
     checkSize(parts_->pager.file(), parts_->pager.format());
     const Pager::Section section(parts_->pager);
     loadCatalog();
@@ -232,7 +226,8 @@ void Database::loadCatalog() {
 const std::filesystem::path& Database::path() const noexcept { return parts_->path; }
 Version Database::version() const noexcept { return parts_->header.version; }
 const std::optional<std::string>& Database::notice() const noexcept {
-    return parts_->sharing->notice();
+    static const std::optional<std::string> none;
+    return parts_->sharing ? parts_->sharing->notice() : none;
 }
 std::optional<std::string> Database::readOnlyReason() { return parts_->whyNotWritable(); }
 

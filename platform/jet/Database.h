@@ -56,6 +56,9 @@ public:
         std::optional<std::uint16_t> codePage;
         std::string password;
         Disk* disk = nullptr; ///< another than the system's; outlives the database
+        /// With readOnly: the caller sees to it that nobody changes the file meanwhile (FileAlone),
+        /// and this opening is nobody's station.
+        bool unshared = false;
     };
 
     /// Opens an existing file. A file that may be read but not written (no permission, in use by

@@ -62,9 +62,8 @@ void Database::Parts::noticeNews() {
         if (!entry.table)
             continue;
         entry.table->forgetRules();
-        if (!restructured &&
-            !sameStructure(entry.table->definition(),
-                           parseDefinition(pager, entry.definition, texts)))
+        if (!restructured && !sameStructure(entry.table->definition(),
+                                            parseDefinition(pager, entry.definition, texts)))
             restructured = "A estrutura da tabela \"" + entry.name +
                            "\" foi alterada por outro programa. Feche o programa e abra-o de novo.";
     }

@@ -82,15 +82,10 @@ FileState::FileState(const std::filesystem::path& path) {
         fail(path, error.value());
 }
 
-bool whileUnchanged(const std::filesystem::path& path, int times,
-                    const std::function<void()>& read) {
-    while (times-- > 0) {
-        const FileState before(path);
-        read();
-        if (before == FileState(path))
-            return true;
-    }
-    return false;
+bool unchangedWhile(const std::filesystem::path& path, const std::function<void()>& read) {
+    const FileState before(path);
+    read();
+    return before == FileState(path);
 }
 
 } // namespace jet

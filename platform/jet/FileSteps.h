@@ -51,10 +51,8 @@ private:
     std::filesystem::file_time_type written_;
 };
 
-/// Calls `read` for the file at `path` and returns whether nobody has changed it meanwhile; else
-/// tries again, `times` in all. This is where a lock against writers belongs once there is one that
-/// readers share.
-[[nodiscard]] bool whileUnchanged(const std::filesystem::path& path, int times,
+/// Calls `read` for the file at `path`; whether nobody has changed it meanwhile.
+[[nodiscard]] bool unchangedWhile(const std::filesystem::path& path,
                                   const std::function<void()>& read);
 
 } // namespace jet

@@ -124,6 +124,13 @@ Header parseHeader(std::span<const std::byte> page) {
     return header;
 }
 
+Header readHeader(const File& file) {
+    Bytes page(static_cast<std::size_t>(
+        std::min<std::uint64_t>(file.size(), formatOf(Version::jet4).pageSize)));
+    file.read(0, page);
+    return parseHeader(page);
+}
+
 Bytes buildHeader(Version version) {
     const Format& format = formatOf(version);
     Bytes page(format.pageSize);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/ByteView.h"
+#include "jet/File.h"
 #include "jet/Format.h"
 
 #include <string>
@@ -21,6 +22,9 @@ struct Header {
 /// of
 ///         its own; Error{corrupt}.
 [[nodiscard]] Header parseHeader(std::span<const std::byte> page);
+
+/// That of an open file. @throws as parseHeader(), and Error{io}.
+[[nodiscard]] Header readHeader(const File& file);
 
 /// The first page of a new file.
 [[nodiscard]] Bytes buildHeader(Version version);

@@ -12,6 +12,8 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
+constexpr std::size_t kMostNamed = 3;
+constexpr std::size_t kGateClosed = 250; ///< so many users at once are none
 constexpr milliseconds kLongestWait{10000};
 constexpr milliseconds kLongestEntering{5000};
 /// A foreign program needs some time to open a file: twice that often we look.
@@ -146,10 +148,17 @@ void Sharing::lockOrSay(std::uint64_t what, milliseconds longest) {
                                       ". Espere um pouco e tente de novo.");
 }
 
+/// The names of the other users, as far as they help to find them: somebody who has closed the
+/// gate looks like all of them at once.
 std::string Sharing::others() const {
+    const std::vector<unsigned> users = lock_.otherUsers();
+    if (users.empty() || users.size() >= kGateClosed)
+        return "";
     std::string names;
-    for (const unsigned user : lock_.otherUsers())
-        names += (names.empty() ? ": " : ", ") + lock_.nameOf(user);
+    for (std::size_t i = 0; i < std::min(users.size(), kMostNamed); ++i)
+        names += (i == 0 ? ": " : ", ") + lock_.nameOf(users[i]);
+    if (users.size() > kMostNamed)
+        names += " e mais " + std::to_string(users.size() - kMostNamed);
     return names;
 }
 

@@ -1,0 +1,35 @@
+#include "jet/FileAlone.h"
+
+#include "jet/Error.h"
+#include "jet/Waiting.h"
+
+namespace jet {
+
+namespace {
+
+constexpr std::chrono::milliseconds kLongest{2000};
+
+[[noreturn]] void inUse(const std::string& byWhom) {
+    throw Error(Errc::locked, "O banco de dados está aberto em outro programa ou estação" + byWhom +
+                                  ". Feche-o lá e tente de novo.");
+}
+
+} // namespace
+
+FileAlone::FileAlone(const std::filesystem::path& database) : lock_(database, Disk::system()) {
+    // Whoever leaves meanwhile removes the very file that we have opened.
+    do {
+        lock_.open();
+        for (const std::uint64_t what :
+             {LockFile::kWriting, LockFile::kReading, LockFile::kEntering})
+            if (!waitFor([&] { return lock_.tryLock(what); }, kLongest))
+                inUse("");
+    } while (!lock_.isCurrent());
+    const std::vector<unsigned> users = lock_.otherUsers();
+    if (!users.empty())
+        inUse(": " + lock_.nameOf(users.front()));
+    if (!lock_.closeGate())
+        inUse("");
+}
+
+} // namespace jet

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "jet/LockFile.h"
+
+namespace jet {
+
+/// While one lives nobody has the database open, or can open it. Needs nothing of the database but
+/// its name: for what replaces the file, or works on it as a whole.
+class FileAlone {
+public:
+    /// @throws Error{locked} naming who has it open; Error{readOnly, io} if the lock file can't be
+    ///         used.
+    explicit FileAlone(const std::filesystem::path& database);
+
+private:
+    LockFile lock_;
+};
+
+} // namespace jet
