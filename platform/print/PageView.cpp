@@ -15,7 +15,6 @@ namespace {
 constexpr int kGap = 14; ///< around pages, in pixels
 constexpr int kLine = 40;
 constexpr qreal kMmPerInch = 25.4;
-constexpr int kWheelNotch = 120;
 
 const QColor kHit(0xff, 0xe0, 0x66);
 const QColor kCurrentHit(0xff, 0xa8, 0x3d);
