@@ -5,7 +5,7 @@ packages_build="g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libsqlite3
     libxlsxwriter-dev pkg-config fonts-dejavu-core"
 packages_test="git clang clang-format clang-tidy libclang-rt-dev libgtest-dev libgmock-dev
     libbenchmark-dev mdbtools dbus-daemon imagemagick xvfb x11-xkb-utils openbox xdotool
-    poppler-utils python3-openpyxl"
+    poppler-utils python3-openpyxl cups cups-client"
 packages_screen="xvfb openbox x11vnc"
 
 # need <group>...: has every package of the groups (build, test, screen) installed, or ends telling

@@ -78,7 +78,7 @@ struct ReportBand {
 
 struct ReportLayout {
     QSizeF page = {210, 297}; ///< A4 upright
-    QMarginsF margins = {15, 12, 15, 12};
+    QMarginsF margins = {15, 13, 15, 13};
     ReportBand pageHeader = {};
     ReportBand columnHeadings = {};
     ReportBand detail = {};

@@ -43,10 +43,10 @@ std::multiset<std::pair<std::string, std::string>> ends(Database& database) {
 }
 
 TEST(CompactSamples, KeepEverything) {
-    const auto files = sampleFiles();
+    const TemporaryFolder folder;
+    const auto files = sampleFiles(folder);
     if (files.empty())
         GTEST_SKIP() << "no sample databases here";
-    const TemporaryFolder folder;
     for (const auto& file : files) {
         SCOPED_TRACE(file.filename().string());
         const auto small = folder / file.filename().c_str();
@@ -72,10 +72,10 @@ TEST(CompactSamples, KeepEverything) {
 }
 
 TEST(CompactSamples, ReadAsBeforeByTheIndependentReader) {
-    const auto files = sampleFiles();
+    const TemporaryFolder folder;
+    const auto files = sampleFiles(folder);
     if (files.empty() || !hasMdbTools())
         GTEST_SKIP() << "no sample databases or no independent reader here";
-    const TemporaryFolder folder;
     for (const auto& file : files) {
         SCOPED_TRACE(file.filename().string());
         const auto small = folder / file.filename().c_str();
@@ -99,10 +99,10 @@ TEST(CompactSamples, ReadAsBeforeByTheIndependentReader) {
 }
 
 TEST(CompactSamples, CompactedAgainAreTheSameFile) {
-    const auto files = sampleFiles();
+    const TemporaryFolder folder;
+    const auto files = sampleFiles(folder);
     if (files.empty())
         GTEST_SKIP() << "no sample databases here";
-    const TemporaryFolder folder;
     for (const auto& file : files) {
         SCOPED_TRACE(file.filename().string());
         (void)compact(file, folder / "um.mdb");

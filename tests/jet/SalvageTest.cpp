@@ -362,10 +362,10 @@ TEST_P(Salvage, AnyDamageEnds) {
 }
 
 TEST(SalvageSamples, AreComplete) {
-    const auto files = sampleFiles();
+    const TemporaryFolder folder;
+    const auto files = sampleFiles(folder);
     if (files.empty())
         GTEST_SKIP() << "no sample databases here";
-    const TemporaryFolder folder;
     for (const auto& file : files) {
         SCOPED_TRACE(file.filename().string());
         const auto target = folder / file.filename().c_str();

@@ -2,18 +2,26 @@
 
 #include "jet/Database.h"
 #include "support/Samples.h"
+#include "support/TemporaryFolder.h"
 
 #include <filesystem>
 #include <vector>
 
-/// The real files to be tried; none where a clone stands without them.
-[[nodiscard]] inline std::vector<std::filesystem::path> sampleFiles() {
+/// Copies, in `to`, of the real files to be tried; none where a clone stands without them. Each
+/// test has its own: some steps need a file alone.
+[[nodiscard]] inline std::vector<std::filesystem::path> sampleFiles(const TemporaryFolder& to) {
     std::vector<std::filesystem::path> files;
+    const auto take = [&](const std::filesystem::path& file) {
+        const std::filesystem::path copy = to.path() / "amostras" / file.filename();
+        std::filesystem::create_directory(copy.parent_path());
+        std::filesystem::copy_file(file, copy);
+        files.push_back(copy);
+    };
     if (const auto folder = samplesFolder()) {
         for (const auto& entry : std::filesystem::directory_iterator(*folder / "samples"))
             if (entry.path().extension() == ".mdb")
-                files.push_back(entry.path());
-        files.push_back(*folder / "automacao-jet4.mdb");
+                take(entry.path());
+        take(*folder / "automacao-jet4.mdb");
     }
     return files;
 }

@@ -23,7 +23,8 @@ std::string bytesOf(const std::filesystem::path& file) {
 }
 
 TEST(Samples, ReadAsTheIndependentReaderReadsThem) {
-    const auto files = sampleFiles();
+    const TemporaryFolder folder;
+    const auto files = sampleFiles(folder);
     if (files.empty() || !hasMdbTools())
         GTEST_SKIP() << "no sample databases or no independent reader here";
     for (const auto& file : files) {
@@ -35,7 +36,8 @@ TEST(Samples, ReadAsTheIndependentReaderReadsThem) {
 }
 
 TEST(Samples, HaveTheUserTablesThatTheIndependentReaderLists) {
-    const auto files = sampleFiles();
+    const TemporaryFolder folder;
+    const auto files = sampleFiles(folder);
     if (files.empty() || !hasMdbTools())
         GTEST_SKIP() << "no sample databases or no independent reader here";
     for (const auto& file : files) {
@@ -53,10 +55,10 @@ TEST(Samples, HaveTheUserTablesThatTheIndependentReaderLists) {
 }
 
 TEST(Samples, ReadingAndCheckingLeavesThemAsTheyAre) {
-    const auto files = sampleFiles();
+    const TemporaryFolder folder;
+    const auto files = sampleFiles(folder);
     if (files.empty())
         GTEST_SKIP() << "no sample databases here";
-    const TemporaryFolder folder;
     for (const auto& sample : files) {
         SCOPED_TRACE(sample.filename().string());
         const std::filesystem::path file = folder / "copy.mdb";

@@ -50,7 +50,7 @@ purge() {
 start_screen
 install_program
 for version in jet4 jet3; do
-    rm -f "$place/data/"*
+    rm -rf "$place/data/"*
     "$programs/valtrino-mdb" sample "--$version" --clients 20 --banks 4 --cheques 60 --bounced 5 \
         "$place/data/automacao.mdb"
     choose_period

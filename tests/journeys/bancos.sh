@@ -56,7 +56,7 @@ fail_with_an_apostrophe() {
 start_screen
 install_program
 for version in jet4 jet3; do
-    rm -f "$place/data/"*
+    rm -rf "$place/data/"*
     "$programs/valtrino-mdb" create "--$version" "$place/data/automacao.mdb"
     start_program
     register_banks

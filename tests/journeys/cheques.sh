@@ -98,7 +98,7 @@ settle_two() {
 start_screen
 install_program
 for version in jet4 jet3; do
-    rm -f "$place/data/"*
+    rm -rf "$place/data/"*
     "$programs/valtrino-mdb" sample "--$version" --clients 100 --banks 4 --cheques 0 --bounced 0 \
         "$place/data/automacao.mdb"
     choose_client_and_bank

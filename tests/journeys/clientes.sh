@@ -104,7 +104,7 @@ leave_the_reserved_one_alone() {
 }
 
 take_pictures() {
-    rm -f "$place/data/"*
+    rm -rf "$place/data/"*
     "$programs/valtrino-mdb" sample --clients 300 --today 2026-11-20 "$place/data/automacao.mdb"
     start_program
     until_window "Valtrino"
@@ -131,7 +131,7 @@ take_pictures() {
 start_screen
 install_program
 for version in jet4 jet3; do
-    rm -f "$place/data/"*
+    rm -rf "$place/data/"*
     "$programs/valtrino-mdb" create "--$version" "$place/data/automacao.mdb"
     start_program
     register_clients

@@ -106,7 +106,7 @@ mkdir -p "$HOME/Documentos" "$other"
 for version in jet4 jet3; do
     install_program
     folder=$place/data
-    rm -f "$folder/"*
+    rm -rf "$folder/"*
     "$programs/valtrino-mdb" sample "--$version" --clients 100 --banks 4 --cheques 0 --bounced 0 \
         "$folder/automacao.mdb"
     cp "$folder/automacao.mdb" "$other/"

@@ -104,7 +104,7 @@ consult() {
 start_screen
 install_program
 for version in jet4 jet3; do
-    rm -f "$place/data/"*
+    rm -rf "$place/data/"*
     "$programs/valtrino-mdb" sample "--$version" --clients 100 --banks 4 --cheques 60 --bounced 10 \
         "$place/data/automacao.mdb"
     choose_cheque
