@@ -4,6 +4,7 @@
 #include "controls/Failure.h"
 #include "controls/Icons.h"
 #include "controls/WindowList.h"
+#include "jet/Error.h"
 #include "print/ReportPreview.h"
 #include "reports/FonteDeCheques.h"
 #include "reports/LayoutDoRelatorio.h"
@@ -103,8 +104,14 @@ void frmRel_ChequesSF::Relatorio_Campo(const QString& nome, ReportValue& valor) 
 }
 
 void frmRel_ChequesSF::Relatorio_Detalhe(const ReportRow& linha) {
-    if (const auto* valor = std::get_if<Amount>(&linha["valor"]))
-        total_.tenThousandths += valor->tenThousandths;
+    const auto* valor = std::get_if<Amount>(&linha["valor"]);
+    if (!valor)
+        return;
+    const auto total = sum(total_, *valor);
+    if (!total)
+        throw jet::Error(jet::Errc::outOfRange,
+                         "O total do relatório passa do maior valor possível.");
+    total_ = *total;
 }
 
 void frmRel_ChequesSF::Relatorio_Erro(qint32 codigo) {

@@ -59,8 +59,7 @@ void Session::wrote(const jet::Table& table, jet::RowId row, Change::Kind kind) 
 
 void Session::wrote(const std::vector<jet::Cascaded>& others) {
     for (const jet::Cascaded& other : others)
-        wrote(*other.table, other.row,
-              other.erased ? Change::Kind::erased : Change::Kind::changed);
+        wrote(*other.table, other.row, other.erased ? Change::Kind::erased : Change::Kind::changed);
 }
 
 jet::RowId Session::insert(jet::Table& table, std::span<const jet::Assignment> given) {

@@ -78,7 +78,8 @@ struct ReportBand {
 
 struct ReportLayout {
     QSizeF page = {210, 297}; ///< A4 upright
-    QMarginsF margins = {15, 13, 15, 13};
+    /// Above and below what printers that keep half an inch can take; see printReport().
+    QMarginsF margins = {15, 12.4, 15, 12.4};
     ReportBand pageHeader = {};
     ReportBand columnHeadings = {};
     ReportBand detail = {};

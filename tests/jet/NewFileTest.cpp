@@ -50,6 +50,7 @@ TEST_P(NewFiles, MapsReadBackWhateverTheirPages) {
     sets.push_back({all.front(), all[20'000], all.back()});
     sets.push_back(all);
     std::vector<RowId> maps;
+    maps.reserve(sets.size());
     for (const auto& set : sets)
         maps.push_back(file.addMap(set));
     finish(file);

@@ -34,6 +34,7 @@ protected:
     static std::vector<std::string> entries(const QWidget& form, const QString& name) {
         const auto& list = control<DropDownList>(form, name);
         std::vector<std::string> texts;
+        texts.reserve(static_cast<std::size_t>(list.count()));
         for (int i = 0; i < list.count(); ++i)
             texts.push_back(list.itemText(i).toStdString());
         return texts;

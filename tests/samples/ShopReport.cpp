@@ -64,7 +64,7 @@ ShopReport::ShopReport() {
     connect(&report, &Relatorio::detail, this, [this](const ReportRow& row) {
         ++details;
         if (const auto* amount = std::get_if<Amount>(&row["valor"]))
-            total.tenThousandths += amount->tenThousandths;
+            total = sum(total, *amount).value_or(total);
     });
     report.setComputedField([this](const QString& name, ReportValue& value) {
         if (name == "Pagina") {
