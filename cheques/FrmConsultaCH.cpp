@@ -4,6 +4,7 @@
 #include "controls/BusyCursor.h"
 #include "controls/Icons.h"
 #include "controls/MessageBox.h"
+#include "controls/ShowOnly.h"
 #include "controls/Style.h"
 #include "controls/WindowList.h"
 #include "jet/Error.h"
@@ -28,16 +29,6 @@ QString nomeDoBanco(std::int64_t codigo) {
     return Mirtal::localizar(bancos, criterio("codigo=", codigo)) ? texto(bancos["nome"]) : "";
 }
 
-/// For a box that only shows: without the ground of an entry field, passed over by Tab, its text
-/// still there to be copied with the mouse.
-void soMostra(QLineEdit& caixa) {
-    caixa.setReadOnly(true);
-    caixa.setFocusPolicy(Qt::ClickFocus);
-    QPalette semFundo;
-    semFundo.setBrush(QPalette::Base, Qt::NoBrush);
-    caixa.setPalette(semFundo);
-}
-
 } // namespace
 
 FrmConsultaCH::FrmConsultaCH() {
@@ -51,8 +42,7 @@ FrmConsultaCH::FrmConsultaCH() {
         {"Empresa",       3175, Qt::AlignLeft }
     });
     Label5->setFont(headingFont());
-    for (QLineEdit* caixa : {txtCpf, txtcheques, txttotal})
-        soMostra(*caixa);
+    showOnly({txtCpf, txtcheques, txttotal});
     enterAsTab({txtNome});
     closesWith(CmdSair);
     lostFocus(txtNome, &FrmConsultaCH::txtNome_LostFocus);

@@ -3,6 +3,7 @@
 #include "collections/FrmLocCHTerceiros.h"
 #include "collections/Juros.h"
 #include "controls/ClearControls.h"
+#include "controls/ShowOnly.h"
 #include "controls/WindowList.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
@@ -12,25 +13,12 @@ namespace {
 
 ado::Recordset& cheques() { return dbconectar::instance().rsCheques; }
 
-/// For a box that shows what nobody types: without the ground of an entry field, passed over by
-/// Tab, its text still there to be copied with the mouse.
-void soMostra(QLineEdit& caixa) {
-    caixa.setReadOnly(true);
-    caixa.setFocusPolicy(Qt::ClickFocus);
-    QPalette semFundo;
-    semFundo.setBrush(QPalette::Base, Qt::NoBrush);
-    caixa.setPalette(semFundo);
-}
-
 } // namespace
 
 FrmRenegociar::FrmRenegociar() {
     setupUi(this);
-    for (QLineEdit* caixa :
-         {txtnome, txtlancamento, txtnumero, static_cast<QLineEdit*>(txtdata),
-          static_cast<QLineEdit*>(txtvalor), static_cast<QLineEdit*>(txtbom_para),
-          static_cast<QLineEdit*>(txtvl_juros), static_cast<QLineEdit*>(txtnovo_valor)})
-        soMostra(*caixa);
+    showOnly({txtnome, txtlancamento, txtnumero, txtdata, txtvalor, txtbom_para, txtvl_juros,
+              txtnovo_valor});
     prompts({
         {txttaxa_juros,  "Digite a taxa de juros ao mês"               },
         {txtnovo_vencto, "Digite a nova data a ser descontado o cheque."},
