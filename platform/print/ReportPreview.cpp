@@ -305,7 +305,7 @@ QString ReportPreview::askPath(const FileKind& kind) {
     if (chosen->endsWith(suffix, Qt::CaseInsensitive))
         return *chosen;
     // The dialog has asked about the name as it was typed.
-    const QString path = *chosen + suffix;
+    QString path = *chosen + suffix;
     if (QFileInfo::exists(path) &&
         showMessage(
             QString("\"%1\" já existe. Deseja substituí-lo?").arg(QDir::toNativeSeparators(path)),

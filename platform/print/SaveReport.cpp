@@ -28,6 +28,7 @@ std::vector<FileColumn> fileColumns(const Relatorio& report) {
     std::ranges::stable_sort(fields, {},
                              [](const ReportField* field) { return field->place.left(); });
     std::vector<FileColumn> columns;
+    columns.reserve(fields.size());
     for (const ReportField* field : fields)
         columns.push_back({field->heading.isEmpty() ? field->name : field->heading,
                            static_cast<std::size_t>(columnNamed(report.columns(), field->name)),
