@@ -274,7 +274,7 @@ TEST_F(BankList, AHundredThousandRowsAreNoBurden) {
     fill(100'000);
     QCoreApplication::processEvents();
     EXPECT_TRUE(list_->rowRect(99'999).isValid());
-    EXPECT_LT(timer.milliseconds(), 5'000); // a crawl takes minutes
+    EXPECT_LT(timer.milliseconds(), 1'000);
     EXPECT_EQ(list_->model()->rowCount(), 100'000);
 }
 

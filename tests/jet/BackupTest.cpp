@@ -34,7 +34,7 @@ protected:
     }
     void damage() const {
         std::fstream stream(file_, std::ios::binary | std::ios::in | std::ios::out);
-        stream.seekp(2 * 4096);
+        stream.seekp(std::streamoff{2} * 4096);
         stream << std::string(200, 'x');
     }
 

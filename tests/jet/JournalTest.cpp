@@ -162,7 +162,7 @@ TEST_P(LeftJournal, OfAFileThatAnotherHasChangedSinceIsSetAsideAndTheFileOnlyRea
     expectSetAside(image, "alterado por outro programa", false);
     // Another user has written since.
     image = halfDone;
-    store<std::uint16_t>(image[kPath].data() + pairAt() + 2 * 20, 0x0177);
+    store<std::uint16_t>(image[kPath].data() + pairAt() + 40, 0x0177);
     expectSetAside(image, "alterado por outro programa", false);
     // The file has grown since.
     image = halfDone;

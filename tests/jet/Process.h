@@ -23,6 +23,7 @@ public:
             for (const int end : {in[0], in[1], out[0], out[1]})
                 ::close(end);
             std::vector<char*> arguments;
+            arguments.reserve(words.size() + 1);
             for (std::string& word : words)
                 arguments.push_back(word.data());
             arguments.push_back(nullptr);

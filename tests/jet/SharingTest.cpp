@@ -91,6 +91,14 @@ protected:
     Process station(const std::string& what, const std::string& argument = "") {
         return Process({JET_STATION, what, path.string(), argument});
     }
+    std::vector<Process> stations(std::size_t count, const std::string& what,
+                                  const std::string& argument) {
+        std::vector<Process> all;
+        all.reserve(count);
+        while (all.size() < count)
+            all.push_back(station(what, argument));
+        return all;
+    }
     Process foreigner() {
         Process process({JET_STATION, "foreign", (folder / "loja.ldb").string()});
         EXPECT_EQ(process.read(), "ready\n");
@@ -109,9 +117,7 @@ INSTANTIATE_TEST_SUITE_P(, Stations, testing::Values(Version::jet3, Version::jet
 
 TEST_P(Stations, CountersAddUp) {
     constexpr int kTimes = 60;
-    std::vector<Process> processes;
-    for (int i = 0; i < 4; ++i)
-        processes.push_back(station("count", std::to_string(kTimes)));
+    std::vector<Process> processes = stations(4, "count", std::to_string(kTimes));
     for (Process& process : processes)
         expectDone(process);
     Database file(path);
@@ -122,9 +128,7 @@ TEST_P(Stations, CountersAddUp) {
 
 TEST_P(Stations, RowsAddedAtOnceAreAllKeptUnderNumbersOfTheirOwn) {
     constexpr int kTimes = 60;
-    std::vector<Process> processes;
-    for (int i = 0; i < 3; ++i)
-        processes.push_back(station("add", std::to_string(kTimes)));
+    std::vector<Process> processes = stations(3, "add", std::to_string(kTimes));
     for (Process& process : processes)
         expectDone(process);
     Database file(path);
@@ -142,9 +146,7 @@ TEST_P(Stations, RowsAddedAtOnceAreAllKeptUnderNumbersOfTheirOwn) {
 TEST_P(Stations, ReadersNeverSeeHalfATransaction) {
     const char* asked = std::getenv("VALTRINO_SHARING_SECONDS");
     const std::string seconds = asked ? asked : "2.5";
-    std::vector<Process> processes;
-    for (int i = 0; i < 4; ++i)
-        processes.push_back(station("work", seconds));
+    std::vector<Process> processes = stations(4, "work", seconds);
     std::int64_t writes = 0;
     std::int64_t reads = 0;
     for (Process& process : processes) {

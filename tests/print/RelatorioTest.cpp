@@ -137,7 +137,7 @@ TEST_F(Report, HasAsManyPagesAsRowsAndTotalNeed) {
 }
 
 TEST_F(Report, KnowsWhichRowsStandOnAPage) {
-    ASSERT_TRUE(shop_.begin(inventedRows(2 * kRowsOnPage)));
+    ASSERT_TRUE(shop_.begin(inventedRows(qint64{2} * kRowsOnPage)));
     takeAll();
     EXPECT_EQ(report_.rowsOf(1).first, 0);
     EXPECT_EQ(report_.rowsOf(1).end, kRowsOnPage);

@@ -186,7 +186,7 @@ TEST_F(Pages, HoldHostileTexts) {
 }
 
 TEST_F(Pages, OverlapNowhere) {
-    const QString pdf = pdfOf(inventedRows(2 * kRowsOnPage));
+    const QString pdf = pdfOf(inventedRows(qint64{2} * kRowsOnPage));
     for (const int page : {1, 2, 3}) {
         const std::vector<Word> words = wordsOfPage(pdf, page);
         EXPECT_THAT(overlaps(words), IsEmpty());
