@@ -370,18 +370,6 @@ void Database::flush() { parts_->flush(); }
 std::uint64_t Database::generation() const noexcept { return parts_->pager.generation(); }
 Pager& Database::pager() noexcept { return parts_->pager; }
 
-Exclusive::Exclusive(Database& database) : database_(database) {
-    Database::Parts& parts = *database.parts_;
-    if (parts.explicitTransaction)
-        throw Error(Errc::misuse, "Já há uma transação aberta.");
-    if (parts.readOnly)
-        throw Error(Errc::readOnly, *parts.readOnly);
-    parts.flush();
-    parts.sharing->beginExclusive();
-}
-
-Exclusive::~Exclusive() { database_.parts_->sharing->endExclusive(); }
-
 Transaction::~Transaction() {
     if (done_ || !database_.inTransaction())
         return;

@@ -124,7 +124,6 @@ public:
     [[nodiscard]] Pager& pager() noexcept;
 
 private:
-    friend class Exclusive;
     friend class Table;
     struct Parts;
 
@@ -133,21 +132,6 @@ private:
     void renewCatalog() const;
 
     std::unique_ptr<Parts> parts_;
-};
-
-/// While one lives nobody else has the database open, or can open it: for what changes the file as
-/// a whole, such as putting another in its place.
-class Exclusive {
-public:
-    /// @throws Error{locked} naming the stations that have it open; Error{misuse} inside a
-    ///         transaction; Error{readOnly}.
-    explicit Exclusive(Database& database);
-    Exclusive(const Exclusive&) = delete;
-    Exclusive& operator=(const Exclusive&) = delete;
-    ~Exclusive();
-
-private:
-    Database& database_;
 };
 
 /// What is read while one lives is all of one state of the file: another station's transaction is

@@ -475,28 +475,8 @@ void Sharing::Alone::giveBack() noexcept {
     lock_.unlock(LockFile::kReading);
 }
 
-void Sharing::beginExclusive() {
-    beginWriting();
-    try {
-        exclusive_.emplace(*this);
-        if (!lock_.otherUsers().empty())
-            throw Error(Errc::locked, "O banco de dados está aberto em outra estação" + others() +
-                                          ". Feche-o lá e tente de novo.");
-    } catch (...) {
-        endExclusive();
-        throw;
-    }
-}
-
-void Sharing::endExclusive() noexcept {
-    exclusive_.reset();
-    endWriting();
-}
-
 void Sharing::commit(const ChangedPages& changed) {
-    std::optional<Alone> alone;
-    if (!exclusive_)
-        alone.emplace(*this);
+    const Alone alone(*this);
     requireNoForeigner(true);
     const Pairs pairs(database_, format_);
     if (pairs != seen_)

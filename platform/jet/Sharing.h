@@ -92,11 +92,6 @@ public:
     void commit(const ChangedPages& changed);
     [[nodiscard]] bool isBroken() const noexcept { return committer_ && committer_->isBroken(); }
 
-    /// For what changes the whole file: nobody else is in it, and nobody can come in.
-    /// @throws as beginWriting(), and Error{locked} naming who is in the file.
-    void beginExclusive();
-    void endExclusive() noexcept;
-
 private:
     using Pairs = CommitPairs;
     /// R alone, O, and the gate closed. Requires W.
@@ -147,7 +142,6 @@ private:
     bool writing_ = false; ///< W is held
     bool careful_ = false; ///< somebody may write who doesn't heed our locks
     bool disturbed_ = false;
-    std::optional<Alone> exclusive_;
     bool yields_ = false; ///< the last transaction ended with others waiting
     std::chrono::steady_clock::time_point lookedForForeign_{};
     std::chrono::steady_clock::time_point lookedForWriter_{};

@@ -3,6 +3,7 @@
 #include "jet/Check.h"
 #include "jet/CommitPairs.h"
 #include "jet/Database.h"
+#include "jet/FileAlone.h"
 #include "jet/MemoryDisk.h"
 #include "jet/Process.h"
 #include "jet/ShopWork.h"
@@ -328,21 +329,28 @@ TEST_P(Stations, ALockFileLeftBehindBlocksNobody) {
 }
 
 TEST_P(Stations, AloneMeansAlone) {
-    Database file(path);
     {
-        Database second(path);
-        EXPECT_THAT(sentenceOf([&] { const Exclusive alone(file); }, Errc::locked),
-                    HasSubstr("aberto em outra estação"));
-        Table& table = second.table("contador");
+        Database other(path);
+        EXPECT_THAT(sentenceOf([&] { const FileAlone alone(path); }, Errc::locked),
+                    HasSubstr("está aberto em outro programa ou estação"));
+        Table& table = other.table("contador");
         set(table, firstRow(table), 1); // nothing is left locked
     }
-    const Exclusive alone(file);
-    EXPECT_EQ(file.table("contador").rowCount(), 1);
-    Process other = station("count", "1");
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    Table& table = file.table("contador");
-    set(table, firstRow(table), 10);
-    file.flush();
+    const auto counter = [&] {
+        Database::Options options;
+        options.readOnly = options.unshared = true;
+        Database file(path, options);
+        return valueOf(file.table("contador"), firstRow(file.table("contador")));
+    };
+    std::optional<Process> other;
+    {
+        const FileAlone alone(path);
+        other.emplace(station("count", "1"));
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        EXPECT_EQ(counter(), 1);
+    }
+    expectDone(*other);
+    EXPECT_EQ(counter(), 2);
 }
 
 /// Two stations in one process, on a disk in memory.
