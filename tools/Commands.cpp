@@ -45,11 +45,15 @@ constexpr Command kSample{
 constexpr Command kCheck{
     "check",
     "ARQUIVO",
-    "Verifica a estrutura inteira de um banco de dados",
+    "Verifica um banco de dados inteiro, e as regras dele",
     "Lê todas as páginas, tabelas, registros e índices e diz o que está errado e onde, sem mudar\n"
     "nada. Pode ser usado com o programa aberto, mas um registro gravado durante a verificação\n"
     "pode aparecer como erro: nesse caso, repita. Avisos são sobras sem perigo.\n"
-    "Saída 0: nada a relatar; 1: há erros ou avisos.",
+    "Num arquivo sem erros diz também que registros não obedecem às regras guardadas nele: campos\n"
+    "que devem ser preenchidos, regras de validação, relacionamentos. Não é dano: um registro "
+    "pode\n"
+    "ser mais antigo do que a regra. De cada regra são ditos 50 registros, e quantos mais há.\n"
+    "Saída 0: nada a relatar; 1: há erros; 3: só avisos, ou registros fora das regras.",
     {},
     runCheck};
 

@@ -4,8 +4,9 @@
 
 /// Exit codes of the program.
 inline constexpr int kDone = 0;
-inline constexpr int kProblems = 1; ///< something failed, or a check found something
+inline constexpr int kProblems = 1; ///< something failed, or a check found an error
 inline constexpr int kWrongUsage = 2;
+inline constexpr int kWarnings = 3; ///< a check found something, but no error
 
 /// Everything the program does, in the order of its help.
 [[nodiscard]] std::span<const Command> commands();

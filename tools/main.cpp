@@ -28,9 +28,10 @@ void printHelp() {
               << "Uso: " << kProgram << " COMANDO ARQUIVO ... [opções]\n\nComandos:\n";
     for (const Command& command : commands())
         printPair(command.name, command.summary, 8);
-    std::cout << "\n\"" << kProgram << " COMANDO --help\" explica cada um.\n\n"
-              << "Saída: 0 se tudo correu bem, 1 se houve falha ou problema, 2 se o pedido foi mal "
-                 "escrito.\n";
+    std::cout
+        << "\n\"" << kProgram << " COMANDO --help\" explica cada um.\n\n"
+        << "Saída: 0 se tudo correu bem, 1 se houve falha ou erro, 2 se o pedido foi mal escrito,\n"
+           "3 se uma verificação não achou erros, mas algo a avisar.\n";
 }
 
 void printHelp(const Command& command) {

@@ -12,6 +12,7 @@ namespace jet {
 namespace {
 
 constexpr PageNo kObjects{2};
+constexpr PageNo kRights{3};
 constexpr PageNo kRelationships{5};
 constexpr std::size_t kPointersAt = 0x18; // where the maps and the system tables are
 constexpr std::size_t kPointersEnd = 0x30;
@@ -133,7 +134,10 @@ private:
             report_.rows += table->rowCount();
             if (table->definition().page() == kRelationships)
                 catalog.checkRelationships(*table, tables);
+            if (table->definition().page() == kRights)
+                catalog.checkRights(*table);
         }
+        catalog.checkPartners(tables);
         report_.tables = tables.size();
     }
 

@@ -14,6 +14,7 @@ namespace jet {
 /// One thing that a check has found.
 struct Finding {
     enum class Severity : std::uint8_t {
+        rule,    ///< a row that breaks a rule which the file keeps: see checkRules()
         warning, ///< harmless: space that nobody can use, a counter nobody relies on
         error,
     };

@@ -1,7 +1,7 @@
 #include "jet/CheckCatalog.h"
 
 #include "jet/Names.h"
-#include "jet/RowCursor.h"
+#include "jet/Properties.h"
 
 #include <algorithm>
 
@@ -17,7 +17,6 @@ constexpr std::int64_t kTable = 1;
 constexpr std::int64_t kLinkedOdbc = 4;
 constexpr std::int64_t kLinked = 6;
 constexpr std::uint32_t kCoreTables[] = {2, 3, 4, 5};
-constexpr const char* kWhere = "catálogo";
 
 struct Container {
     std::uint32_t id;
@@ -28,8 +27,6 @@ constexpr Container kContainers[] = {
     {0x0F000002, "Databases"    },
     {0x0F000003, "Relationships"}
 };
-
-std::string inQuotes(const std::string& name) { return "\"" + name + "\""; }
 
 } // namespace
 
@@ -56,30 +53,37 @@ void CatalogCheck::readObjects(const TableCheck& objects) {
     const auto name = columnOf(objects, "Name");
     const auto type = columnOf(objects, "Type");
     const auto flags = columnOf(objects, "Flags");
-    if (!id || !parent || !name || !type || !flags)
+    const auto properties = columnOf(objects, "LvProp");
+    if (!id || !parent || !name || !type || !flags || !properties)
         return;
-    RowReader reader(context_.pager, objects.definition());
-    std::string text;
-    for (std::size_t i = 0; i < objects.rowCount(); ++i) {
-        try {
-            const RowView* row = reader.read(objects.row(i));
-            if (row == nullptr)
-                continue;
-            row->text(*name, text);
-            objects_.push_back({objects.row(i), static_cast<std::uint32_t>(row->integer(*id)),
-                                static_cast<std::uint32_t>(row->integer(*parent)), text,
-                                row->integer(*type),
-                                static_cast<std::uint32_t>(row->integer(*flags))});
-        } catch (const Error& error) {
-            if (error.code() == Errc::io)
-                throw;
-            // What is wrong with the row has been told by checkRows().
-        }
+    forEachRow(objects, [&](RowId at, const RowView& row) {
+        std::string text;
+        row.text(*name, text);
+        objects_.push_back({at, static_cast<std::uint32_t>(row.integer(*id)),
+                            static_cast<std::uint32_t>(row.integer(*parent)), std::move(text),
+                            row.integer(*type), static_cast<std::uint32_t>(row.integer(*flags))});
+        checkProperties(objects_.back(), row, *properties);
+    });
+}
+
+void CatalogCheck::checkProperties(const Object& object, const RowView& row,
+                                   std::size_t column) const {
+    if (object.type != kTable)
+        return;
+    const Value stored = row.value(column);
+    const auto* const bytes = std::get_if<Bytes>(&stored);
+    if (bytes == nullptr)
+        return;
+    try {
+        const TextCodec names(context_.pager.format().version, context_.texts.codePage);
+        (void)parseProperties(*bytes, names, object.row.page);
+    } catch (const Error& error) {
+        context_.findings.error(object.row.page, "tabela " + inQuotes(object.name),
+                                "as propriedades e regras não podem ser lidas", error.what());
     }
 }
 
 void CatalogCheck::compareObjects(const TableCheck& objects) {
-    std::set<std::uint32_t> ids;
     std::set<std::pair<std::uint32_t, std::string>> names;
     std::set<PageNo> definitions;
     const auto error = [&](const Object& object, const char* what) {
@@ -88,7 +92,7 @@ void CatalogCheck::compareObjects(const TableCheck& objects) {
                                     std::to_string(object.row.slot));
     };
     for (const Object& object : objects_) {
-        if (!ids.insert(object.id).second)
+        if (!ids_.insert(object.id).second)
             error(object, "dois objetos têm o mesmo número");
         if (!names.emplace(object.parent, foldedName(object.name)).second)
             error(object, "dois objetos têm o mesmo nome");
@@ -107,10 +111,10 @@ void CatalogCheck::compareObjects(const TableCheck& objects) {
                                    !object.name.starts_with("MSys")});
     }
     for (const Object& object : objects_)
-        if (object.parent != kRoot && !ids.contains(object.parent))
+        if (object.parent != kRoot && !ids_.contains(object.parent))
             error(object, "o objeto está numa pasta que não existe");
     for (const Container& container : kContainers)
-        if (!ids.contains(container.id))
+        if (!ids_.contains(container.id))
             context_.findings.error(objects.definition().page(), kWhere, "falta um objeto",
                                     inQuotes(container.name));
     for (const std::uint32_t page : kCoreTables)
@@ -122,51 +126,17 @@ void CatalogCheck::compareObjects(const TableCheck& objects) {
         }
 }
 
-void CatalogCheck::checkRelationships(
-    const TableCheck& relationships, const std::vector<std::unique_ptr<TableCheck>>& tables) const {
-    const auto table = columnOf(relationships, "szObject");
-    const auto column = columnOf(relationships, "szColumn");
-    const auto otherTable = columnOf(relationships, "szReferencedObject");
-    const auto otherColumn = columnOf(relationships, "szReferencedColumn");
-    if (!table || !column || !otherTable || !otherColumn)
+void CatalogCheck::checkRights(const TableCheck& rights) const {
+    const auto object = columnOf(rights, "ObjectId");
+    if (!object)
         return;
-    const auto exists = [&](const std::string& tableName, const std::string& columnName) {
-        if (linked_.contains(foldedName(tableName)))
-            return true;
-        const auto found = std::ranges::find_if(tables, [&](const auto& candidate) {
-            return foldedName(candidate->name()) == foldedName(tableName);
-        });
-        return found != tables.end() &&
-               std::ranges::any_of((*found)->definition().columns, [&](const Column& candidate) {
-                   return foldedName(candidate.name) == foldedName(columnName);
-               });
-    };
-    RowReader reader(context_.pager, relationships.definition());
-    for (std::size_t i = 0; i < relationships.rowCount(); ++i) {
-        const RowId id = relationships.row(i);
-        try {
-            const RowView* row = reader.read(id);
-            if (row == nullptr)
-                continue;
-            const auto text = [&](std::size_t at) {
-                std::string buffer;
-                row->text(at, buffer);
-                return buffer;
-            };
-            const std::pair<std::string, std::string> ends[] = {
-                {text(*table),      text(*column)     },
-                {text(*otherTable), text(*otherColumn)}
-            };
-            for (const auto& [tableName, columnName] : ends)
-                if (!exists(tableName, columnName))
-                    context_.findings.error(
-                        id.page, kWhere, "um relacionamento usa um campo que não existe",
-                        inQuotes(std::string(tableName).append(".").append(columnName)));
-        } catch (const Error& error) {
-            if (error.code() == Errc::io)
-                throw;
-        }
-    }
+    forEachRow(rights, [&](RowId id, const RowView& row) {
+        const auto whose = static_cast<std::uint32_t>(row.integer(*object));
+        if (!ids_.contains(whose))
+            context_.findings.warning(id.page, kWhere,
+                                      "uma permissão é de um objeto que não existe",
+                                      "linha " + std::to_string(id.slot));
+    });
 }
 
 } // namespace jet

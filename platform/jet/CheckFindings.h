@@ -23,6 +23,11 @@ public:
         add(Finding::Severity::warning, page, where, what, detail);
     }
 
+    void rule(PageNo page, const std::string& where, const std::string& what,
+              const std::string& detail = {}) {
+        add(Finding::Severity::rule, page, where, what, detail);
+    }
+
     /// All of them, those only counted as a finding of their own.
     [[nodiscard]] std::vector<Finding> take();
 

@@ -8,10 +8,6 @@ namespace jet {
 
 namespace {
 
-bool hasNull(const Row& key) {
-    return std::any_of(key.begin(), key.end(), [](const Value& value) { return isNull(value); });
-}
-
 /// The table at one end, which must still be the one that was looked at when the rules were read.
 Table& tableAt(Database& database, const RelationshipEnd& end) {
     Table& table = database.table(end.table);
@@ -30,32 +26,13 @@ const Collation& orderOf(const Database& database) {
     return Collation::closest(database.version(), database.sortOrder());
 }
 
-Row keyOf(const RowView& row, const RelationshipEnd& end) {
-    Row key;
-    for (const std::size_t column : end.columns)
-        key.push_back(row.value(column));
-    return key;
-}
-
 std::string columnsOf(const Table& table, const RelationshipEnd& end) {
-    std::string names;
-    for (const std::size_t column : end.columns)
-        names += (names.empty() ? "\"" : ", \"") + table.columns()[column].name + "\"";
-    return names;
+    return columnNames(table, end.columns);
 }
 
-/// The values that a message can show; what has no plain form is left out.
 std::string shown(const Row& key) {
-    std::string values;
-    for (const Value& value : key) {
-        const auto* whole = std::get_if<std::int64_t>(&value);
-        const auto* text = std::get_if<std::string>(&value);
-        if (!whole && !text)
-            return {};
-        values +=
-            (values.empty() ? "" : ", ") + (whole ? std::to_string(*whole) : "\"" + *text + "\"");
-    }
-    return " (" + values + ")";
+    const std::string values = shownKey(key);
+    return values.empty() ? "" : " (" + values + ")";
 }
 
 } // namespace
@@ -137,7 +114,7 @@ void Consequences::check(const Need& need) const {
     const RowView* const row = reader.read(need.child);
     if (!row)
         return;
-    const Row key = keyOf(*row, bond.child);
+    const Row key = valuesOf(*row, bond.child.columns);
     if (hasNull(key) || hasParent(bond, key))
         return;
     const Table& parent = tableAt(database_, bond.parent);

@@ -225,6 +225,41 @@ std::vector<Relationship> relationshipsOf(Database& database, const Table& table
     return found;
 }
 
+std::string columnNames(const Table& table, std::span<const std::size_t> columns) {
+    std::string names;
+    for (const std::size_t column : columns)
+        names += (names.empty() ? "\"" : ", \"") + table.columns()[column].name + "\"";
+    return names;
+}
+
+Row valuesOf(const RowView& row, std::span<const std::size_t> columns) {
+    Row values;
+    for (const std::size_t column : columns)
+        values.push_back(row.value(column));
+    return values;
+}
+
+std::string shownKey(const Row& key) {
+    std::string values;
+    for (const Value& value : key) {
+        const auto* whole = std::get_if<std::int64_t>(&value);
+        const auto* text = std::get_if<std::string>(&value);
+        if (!whole && !text)
+            return {};
+        values +=
+            (values.empty() ? "" : ", ") + (whole ? std::to_string(*whole) : "\"" + *text + "\"");
+    }
+    return values;
+}
+
+bool hasNull(const Row& key) {
+    return std::any_of(key.begin(), key.end(), [](const Value& value) { return isNull(value); });
+}
+
+bool hasIndexOver(const Table& table, std::span<const std::size_t> columns) {
+    return indexOver(table, columns).has_value();
+}
+
 std::vector<RowId> rowsWith(const Table& table, std::span<const std::size_t> columns,
                             std::span<const Value> values, const Collation& order) {
     std::vector<RowId> rows;

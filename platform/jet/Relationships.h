@@ -28,11 +28,21 @@ struct Relationship {
 /// @throws Error{corrupt} if the columns of one aren't all told.
 [[nodiscard]] std::vector<Relationship> relationshipsOf(Database& database, const Table& table);
 
+/// The names of the columns of `table`, in quotes: "banco", "agencia".
+[[nodiscard]] std::string columnNames(const Table& table, std::span<const std::size_t> columns);
+[[nodiscard]] Row valuesOf(const RowView& row, std::span<const std::size_t> columns);
+/// Such values for a message: 7, "SP"; empty if one of them has no plain
+/// form.
+[[nodiscard]] std::string shownKey(const Row& key);
+[[nodiscard]] bool hasNull(const Row& key);
+
 /// The rows of a table whose `columns` have the `values` (none of them null), found through an
 /// index that begins with these columns, or by a scan where there is none.
 [[nodiscard]] std::vector<RowId> rowsWith(const Table& table, std::span<const std::size_t> columns,
                                           std::span<const Value> values, const Collation& order);
-/// Whether there is any.
+/// Whether there is such an index.
+[[nodiscard]] bool hasIndexOver(const Table& table, std::span<const std::size_t> columns);
+/// Whether there is any such row.
 [[nodiscard]] bool hasRowWith(const Table& table, std::span<const std::size_t> columns,
                               std::span<const Value> values, const Collation& order);
 

@@ -57,8 +57,7 @@ TableRules::Keys TableRules::keysOf(RowId id) const {
     const RowView* const row = reader.read(id);
     for (std::size_t i = 0; row && i < bonds_.size(); ++i)
         if (isHere(bonds_[i].parent))
-            for (const std::size_t column : bonds_[i].parent.columns)
-                keys[i].push_back(row->value(column));
+            keys[i] = valuesOf(*row, bonds_[i].parent.columns);
     return keys;
 }
 

@@ -24,6 +24,8 @@ public:
     /// Why the table must not be changed, or nothing.
     [[nodiscard]] const std::optional<std::string>& problem() const noexcept { return problem_; }
     [[nodiscard]] const ValueRules& values() const noexcept { return values_; }
+    /// Those that the table has a part in, as parent, as child or as both.
+    [[nodiscard]] const std::vector<Relationship>& relationships() const noexcept { return bonds_; }
 
     /// The values of a row that children refer to: one key for each relationship, empty where the
     /// table isn't the parent.

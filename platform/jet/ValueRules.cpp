@@ -172,32 +172,75 @@ void ValueRules::check(std::size_t column, const Value& value) const {
             check(rule, [&](std::size_t asked) { return asked == column ? value : Value{}; });
 }
 
-void ValueRules::check(const Rule& rule, const Expression::Field& field) const {
-    if (rule.column && (rule.required || rule.refusesEmptyText)) {
-        const std::string& name = columns_[*rule.column].name;
-        const Value value = field(*rule.column);
-        if (rule.required && isNull(value))
-            throw Error(Errc::nullValue, "O campo \"" + name + "\" deve ser preenchido.");
-        const auto* const text = std::get_if<std::string>(&value);
-        if (rule.refusesEmptyText && text && text->empty())
-            throw Error(Errc::rule, "O campo \"" + name + "\" da tabela \"" + table_ +
-                                        "\" não aceita um texto vazio: preencha-o.");
+std::vector<std::string> ValueRules::broken(const RowView& row) const {
+    std::vector<std::string> phrases;
+    for (const Rule& rule : rules_) {
+        const auto breach = breachOf(rule, [&](std::size_t column) { return row.value(column); });
+        if (!breach)
+            continue;
+        const std::string column =
+            rule.column ? "o campo \"" + columns_[*rule.column].name + "\" " : "o registro ";
+        switch (breach->kind) {
+        case Breach::Kind::missing:
+            phrases.push_back(column + "deve ser preenchido e está vazio");
+            break;
+        case Breach::Kind::emptyText:
+            phrases.push_back(column + "tem um texto vazio, que não aceita");
+            break;
+        case Breach::Kind::condition:
+            phrases.push_back(column + "não obedece à regra " + rule.text);
+            break;
+        case Breach::Kind::cannotTell:
+            phrases.push_back(column + "não se deixa avaliar pela regra " + rule.text);
+            break;
+        }
     }
-    if (rule.condition)
-        checkCondition(rule, field);
+    return phrases;
 }
 
-void ValueRules::checkCondition(const Rule& rule, const Expression::Field& field) const {
+void ValueRules::check(const Rule& rule, const Expression::Field& field) const {
+    if (const auto breach = breachOf(rule, field))
+        refuse(rule, *breach);
+}
+
+std::optional<ValueRules::Breach> ValueRules::breachOf(const Rule& rule,
+                                                       const Expression::Field& field) const {
+    if (rule.column && (rule.required || rule.refusesEmptyText)) {
+        const Value value = field(*rule.column);
+        if (rule.required && isNull(value))
+            return Breach{Breach::Kind::missing};
+        const auto* const text = std::get_if<std::string>(&value);
+        if (rule.refusesEmptyText && text && text->empty())
+            return Breach{Breach::Kind::emptyText};
+    }
+    if (!rule.condition)
+        return std::nullopt;
     try {
         // What is neither true nor false, for want of a value, is let through.
         if (truthOf(rule.condition->evaluate(field)).value_or(true))
-            return;
+            return std::nullopt;
+        return Breach{Breach::Kind::condition};
     } catch (const Error& error) {
         if (error.code() != Errc::outOfRange)
             throw;
+        return Breach{Breach::Kind::cannotTell, error.what()};
+    }
+}
+
+void ValueRules::refuse(const Rule& rule, const Breach& breach) const {
+    const std::string name = rule.column ? "\"" + columns_[*rule.column].name + "\"" : "";
+    switch (breach.kind) {
+    case Breach::Kind::missing:
+        throw Error(Errc::nullValue, "O campo " + name + " deve ser preenchido.");
+    case Breach::Kind::emptyText:
+        throw Error(Errc::rule, "O campo " + name + " da tabela \"" + table_ +
+                                    "\" não aceita um texto vazio: preencha-o.");
+    case Breach::Kind::cannotTell:
         throw Error(Errc::rule, "O registro não foi gravado: a regra " + place(rule) + ", " +
                                     rule.text + ", não pode ser avaliada com os seus valores (" +
-                                    error.what() + ").");
+                                    breach.reason + ").");
+    case Breach::Kind::condition:
+        break;
     }
     if (!rule.message.empty())
         throw Error(Errc::rule, rule.message);

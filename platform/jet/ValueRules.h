@@ -33,6 +33,9 @@ public:
     /// Holds a value against the rules of its column alone.
     /// @throws as the other check().
     void check(std::size_t column, const Value& value) const;
+    /// What a row that is stored already, perhaps since before the rules were made, does against
+    /// them: a phrase for each rule it breaks, which is the same for all rows that break it so.
+    [[nodiscard]] std::vector<std::string> broken(const RowView& row) const;
 
 private:
     struct Rule {
@@ -46,9 +49,18 @@ private:
         std::string message; ///< the rule's own; empty: none
     };
 
+    /// How values break a rule.
+    struct Breach {
+        enum class Kind : std::uint8_t { missing, emptyText, condition, cannotTell };
+        Kind kind;
+        std::string reason{}; ///< of cannotTell
+    };
+
     void note(Rule rule);
+    [[nodiscard]] std::optional<Breach> breachOf(const Rule& rule,
+                                                 const Expression::Field& field) const;
     void check(const Rule& rule, const Expression::Field& field) const;
-    void checkCondition(const Rule& rule, const Expression::Field& field) const;
+    [[noreturn]] void refuse(const Rule& rule, const Breach& breach) const;
     [[nodiscard]] Value defaultOf(const Rule& rule) const;
     /// "do campo X da tabela Y", or "da tabela Y".
     [[nodiscard]] std::string place(const Rule& rule) const;

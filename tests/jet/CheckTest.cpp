@@ -1,6 +1,8 @@
 #include "jet/Check.h"
 
+#include "jet/CommitPairs.h"
 #include "jet/DamagedFile.h"
+#include "jet/Journal.h"
 #include "support/Samples.h"
 
 #include <gmock/gmock.h>
@@ -9,7 +11,9 @@
 #include <fstream>
 
 using namespace jet;
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -71,15 +75,8 @@ TEST(Check, AUniqueIndexHasEachKeyOnce) {
         SCOPED_TRACE(nameOf(version));
         DamagedFile file(version);
         // The index on the client, whose numbers repeat, is declared unique.
-        const auto page = file.page(file.cheques.page());
-        std::size_t at = 0;
-        for (std::size_t i = file.format().definitionHeader; i + 8 < page.size(); ++i)
-            if (load<std::uint32_t>(page.data() + i) == number(file.cheques.realIndexes[1].root) &&
-                load<std::uint32_t>(page.data() + i - 4) ==
-                    static_cast<std::uint32_t>(packed(file.cheques.realIndexes[1].map)))
-                at = i - file.format().realIndexRootAt;
-        ASSERT_NE(at, 0U);
-        page[at + file.format().realIndexFlagsAt] |= std::byte{1};
+        const std::size_t flags = file.realIndexBlock(1) + file.format().realIndexFlagsAt;
+        file.page(file.cheques.page())[flags] |= std::byte{1};
         const Report report = file.check();
         EXPECT_THAT(listed(report), HasSubstr("uma chave aparece duas vezes num índice único"));
     }
@@ -98,6 +95,31 @@ TEST(Check, TellsFiftyOfAKindAndCountsTheRest) {
     EXPECT_THAT(report.findings.back().sentence, HasSubstr("mais 12 vezes"));
     EXPECT_TRUE(report.sound());
     EXPECT_FALSE(report.clean());
+}
+
+TEST(Check, TellsOfAJournalBesideTheFile) {
+    for (const Version version : kVersions) {
+        SCOPED_TRACE(nameOf(version));
+        DamagedFile file(version);
+        const auto journal = Journal::pathFor(file.path());
+        std::ofstream(journal, std::ios::binary) << "JETUNDO1";
+        Report report = file.check();
+        EXPECT_TRUE(report.sound());
+        EXPECT_THAT(listed(report),
+                    AllOf(StartsWith("warning"), HasSubstr("que não chegou a mudar nada"),
+                          HasSubstr(journal.filename().string())));
+
+        file.put<std::uint16_t>(PageNo{0}, file.format().commitPairsAt + 2 * 3,
+                                CommitPairs::kWriting);
+        report = file.check();
+        EXPECT_THAT(listed(report),
+                    AllOf(StartsWith("error"), HasSubstr("abra o banco de dados com o programa"),
+                          HasSubstr("usuário 3"), HasSubstr(journal.filename().string())));
+
+        std::ofstream(journal, std::ios::binary) << std::string(8, '\0'); // an empty one
+        file.restore();
+        EXPECT_TRUE(file.check().clean());
+    }
 }
 
 TEST(Check, WhatIsNoDatabaseIsSaidAndNotThrown) {

@@ -62,11 +62,14 @@ void DamagedFile::study() {
     for (auto page = owned.next(0); page; page = owned.next(number(*page) + 1))
         pages.push_back(*page);
     RowReader reader = table.reader();
-    const RowView* row = reader.read(single);
-    singlePart = longValueParts(database.pager(), row->stored(4), single.page).front();
-    row = reader.read(chain);
-    chainParts = longValueParts(database.pager(), row->stored(4), chain.page);
-    chainField = static_cast<std::size_t>(row->stored(4).data() - row->bytes().data());
+    const auto memoOf = [&](RowId id, std::size_t& field) {
+        const RowView* row = reader.read(id);
+        field = static_cast<std::size_t>(row->stored(4).data() - row->bytes().data());
+        return longValueParts(database.pager(), row->stored(4), id.page);
+    };
+    singlePart = memoOf(single, singleField).front();
+    chainParts = memoOf(chain, chainField);
+    otherPage = UsageMap(database.pager(), other.ownedMap).next(0).value();
     if (pages.size() < 2 || chainParts.size() < 3)
         throw std::logic_error("the file is too small for its purpose");
 }
@@ -97,6 +100,34 @@ Slot DamagedFile::slot(RowId id) { return DataPage(format_, page(id.page), id.pa
 std::span<std::byte> DamagedFile::bytesOf(RowId id) {
     const Slot found = slot(id);
     return page(id.page).subspan(found.offset, found.bytes.size());
+}
+
+PageNo DamagedFile::addPage() {
+    const auto page = static_cast<PageNo>(bytes_.size() / format_.pageSize);
+    resize(bytes_.size() + format_.pageSize);
+    setBit({PageNo{1}, 0}, page, false);
+    return page;
+}
+
+std::size_t DamagedFile::columnBlock(std::size_t column) const {
+    return format_.definitionHeader + cheques.realIndexes.size() * format_.statisticsSize +
+           column * format_.columnSize;
+}
+
+std::size_t DamagedFile::realIndexBlock(std::size_t index) {
+    const RealIndex& real = cheques.realIndexes[index];
+    const auto bytes = page(cheques.page());
+    for (std::size_t at = columnNames(); at + format_.realIndexSize < bytes.size(); ++at)
+        if (jet::load<std::uint32_t>(&bytes[at + format_.realIndexRootAt]) == number(real.root) &&
+            jet::load<std::uint32_t>(&bytes[at + format_.realIndexMapAt]) ==
+                static_cast<std::uint32_t>(packed(real.map)))
+            return at;
+    throw std::logic_error("the index isn't in the definition");
+}
+
+std::size_t DamagedFile::logicalIndexBlock(std::size_t index) {
+    return realIndexBlock(0) + cheques.realIndexes.size() * format_.realIndexSize +
+           index * format_.logicalIndexSize;
 }
 
 void DamagedFile::setBit(RowId map, PageNo member, bool on) {

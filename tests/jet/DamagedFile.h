@@ -36,8 +36,16 @@ public:
     }
     [[nodiscard]] jet::Slot slot(jet::RowId id);
     [[nodiscard]] std::span<std::byte> bytesOf(jet::RowId id);
+    /// Where a block of the definition of "Cheques" begins, on its page; where its first column's
+    /// name.
+    [[nodiscard]] std::size_t columnBlock(std::size_t column) const;
+    [[nodiscard]] std::size_t realIndexBlock(std::size_t index);
+    [[nodiscard]] std::size_t logicalIndexBlock(std::size_t index);
+    [[nodiscard]] std::size_t columnNames() const { return columnBlock(cheques.columns.size()); }
     void setBit(jet::RowId map, jet::PageNo page, bool on);
     void resize(std::size_t bytes) { bytes_.resize(bytes); }
+    /// An empty page at the end, in use and nobody's.
+    jet::PageNo addPage();
     /// Takes all damage back.
     void restore() { bytes_ = sound_; }
 
@@ -65,7 +73,10 @@ public:
     jet::RowId plain, inRow, single, chain, moved; ///< some of them
     jet::RowId singlePart;                         ///< where the content of `single` is
     std::vector<jet::RowId> chainParts;
-    std::size_t chainField = 0; ///< where the memo's definition is in the row `chain`
+    jet::PageNo otherPage{}; ///< the data page of "Outra"
+    /// Where the memo's definition is in the rows `single` and `chain`.
+    std::size_t singleField = 0;
+    std::size_t chainField = 0;
 
 private:
     void make(jet::Version version);

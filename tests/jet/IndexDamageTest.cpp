@@ -108,13 +108,17 @@ TEST_P(DamagedIndex, CheckNamesWhatIsWrong) {
     for (std::uint32_t n = 0; n < 3000; ++n)
         file.insert(numberKey(n), 256 + n);
     ASSERT_TRUE(problems().empty());
-    const PageNo leaf = file.page(file.tree().root()).child(0);
-    const auto expectAfter = [&](const std::function<void(std::span<std::byte>)>& damage,
-                                 const std::string& reason) {
+    const PageNo root = file.tree().root();
+    const PageNo leaf = file.page(root).child(0);
+    using Change = std::function<void(std::span<std::byte>)>;
+    const auto expectAfterOn = [&](PageNo page, const Change& damage, const std::string& reason) {
         const Pager::Statement undone(file.pager());
-        damage(file.pager().change(leaf));
+        damage(file.pager().change(page));
         const std::vector<std::string> found = problems();
         EXPECT_TRUE(std::find(found.begin(), found.end(), reason) != found.end()) << reason;
+    };
+    const auto expectAfter = [&](const Change& damage, const std::string& reason) {
+        expectAfterOn(leaf, damage, reason);
     };
     const Format& format = file.format();
     const std::size_t second = file.page(leaf).after(0);
@@ -134,6 +138,24 @@ TEST_P(DamagedIndex, CheckNamesWhatIsWrong) {
                 "a ligação com a página anterior do índice está errada");
     expectAfter([&](auto page) { page[format.indexDataAt + second] = std::byte{0xFF}; },
                 "as entradas do índice estão fora de ordem");
+    const auto edit = [&](std::span<std::byte> page) {
+        return IndexPageEditor(format, page, root, file.owner());
+    };
+    expectAfterOn(
+        root, [&](auto page) { edit(page).setTail(leaf); },
+        "o índice chega duas vezes à mesma página");
+    expectAfterOn(
+        root, [&](auto page) { edit(page).setChild(0, PageNo{50'000}); },
+        "o índice aponta para fora do arquivo");
+    expectAfterOn(
+        root, [&](auto page) { edit(page).setLevel(2); },
+        "o nível da página de índice não segue o da página acima");
+    expectAfterOn(
+        root, [&](auto page) { page[format.indexDataAt] = std::byte{0}; },
+        "um separador do índice é menor que as suas entradas");
+    expectAfterOn(
+        root, [&](auto page) { IndexPageEditor::makeEmpty(format, page, file.owner(), 1); },
+        "um nó do índice não tem filhos");
     {
         const Pager::Statement undone(file.pager());
         UsageMap map = file.tree().map();

@@ -563,6 +563,9 @@ TEST_P(Rules, ATableWithDamagedPropertiesIsReadOnly) {
     EXPECT_EQ(value(row, kNome), Value("Ana"s));
     ASSERT_TRUE(table().readOnlyReason());
     EXPECT_NE(table().readOnlyReason()->find("regras"), std::string::npos);
+    database_->flush();
+    EXPECT_FALSE(check(path()).sound());
+    setProperties(*database_, "pessoas", {});
 }
 
 } // namespace

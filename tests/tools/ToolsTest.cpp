@@ -1,5 +1,6 @@
 #include "jet/Check.h"
 #include "jet/Database.h"
+#include "support/FileRules.h"
 #include "support/MdbTools.h"
 #include "support/Program.h"
 #include "support/TemporaryFolder.h"
@@ -11,6 +12,7 @@
 #include <fstream>
 #include <sstream>
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -147,8 +149,8 @@ TEST_P(Tools, TheIndependentReaderSeesWhatDumpShows) {
     EXPECT_EQ(runProgram({"mdb-tables", "-1", path}).out,
               "cliente_fornecedor\nbancos\ncheques\nsemfundos\n");
     EXPECT_THAT(runProgram({"mdb-schema", path}).out,
-                testing::AllOf(HasSubstr("[renuneração_mensal]"), HasSubstr("Text (255)"),
-                               HasSubstr("[bompara]\t\t\tDateTime"), HasSubstr("Currency")));
+                AllOf(HasSubstr("[renuneração_mensal]"), HasSubstr("Text (255)"),
+                      HasSubstr("[bompara]\t\t\tDateTime"), HasSubstr("Currency")));
     const std::string midnight = "T00:00:00";
     for (const std::string& table : kTables) {
         Records theirs = exportedByMdbTools(path, table);
@@ -167,9 +169,8 @@ TEST_P(Tools, TheIndependentReaderSeesWhatDumpShows) {
 
 TEST_P(Tools, CheckIsContentWithAWholeFile) {
     const std::string path = sample();
-    EXPECT_THAT(outputOf({"check", path}),
-                testing::AllOf(HasSubstr("Nenhum problema."), HasSubstr("8 tabelas"),
-                               Not(HasSubstr("erro"))));
+    EXPECT_THAT(outputOf({"check", path}), AllOf(HasSubstr("Nenhum problema."),
+                                                 HasSubstr("8 tabelas"), Not(HasSubstr("erro"))));
 }
 
 TEST_P(Tools, CheckTellsWhatIsWrongAndWhere) {
@@ -191,14 +192,43 @@ TEST_P(Tools, CheckTellsWhatIsWrongAndWhere) {
     EXPECT_THAT(result.out, HasSubstr("erro, página " + std::to_string(number(definition)) +
                                       ": tabela \"cheques\": o número de registros está errado"));
     EXPECT_THAT(result.out, HasSubstr("Há erros."));
+    EXPECT_THAT(result.out, HasSubstr("As regras do arquivo não foram conferidas"));
+}
+
+TEST_P(Tools, CheckTellsRowsThatBreakTheFilesRules) {
+    const std::string path = sample();
+    {
+        jet::Database database(path);
+        setRules(database, "cheques",
+                 {
+                     {.column = "valor", .rule = "<0"}
+        });
+    }
+    const ProgramResult result = run({"check", path});
+    EXPECT_EQ(result.code, 3);
+    EXPECT_THAT(result.out,
+                AllOf(StartsWith("regra, página "),
+                      HasSubstr(": tabela \"cheques\": o campo \"valor\" não obedece à regra <0 "),
+                      HasSubstr(": mais 950 vezes, a partir desta página\n"),
+                      HasSubstr("O arquivo está inteiro, mas há registros que não obedecem"),
+                      Not(HasSubstr("erro"))));
+}
+
+TEST_P(Tools, CheckTellsWarningsApartFromErrors) {
+    const std::string path = sample();
+    std::ofstream(path + "-journal", std::ios::binary) << "JETUNDO1";
+    const ProgramResult result = run({"check", path});
+    EXPECT_EQ(result.code, 3);
+    EXPECT_THAT(result.out, AllOf(StartsWith("aviso, página 0: arquivo: ao lado do arquivo"),
+                                  HasSubstr("Só avisos: sobras sem perigo.\n")));
 }
 
 TEST_P(Tools, TablesListsRowsAndColumns) {
     const std::string path = sample();
     EXPECT_THAT(outputOf({"tables", path}),
-                testing::AllOf(HasSubstr("bancos                     12       3\n"),
-                               HasSubstr("cheques                  1000      11\n"),
-                               HasSubstr("cliente_fornecedor        200      28\n")));
+                AllOf(HasSubstr("bancos                     12       3\n"),
+                      HasSubstr("cheques                  1000      11\n"),
+                      HasSubstr("cliente_fornecedor        200      28\n")));
 }
 
 TEST_P(Tools, DumpAlignsColumnsAndWritesCsvByTheBook) {
@@ -249,7 +279,7 @@ TEST(ToolsUsage, HelpNamesEveryCommandAndEachCommandHasItsOwn) {
                     StartsWith("Uso: valtrino-mdb " + command + " ARQUIVO"));
     }
     EXPECT_THAT(outputOf({"sample", "-h"}),
-                testing::AllOf(HasSubstr("--cheques N"), HasSubstr("--today AAAA-MM-DD")));
+                AllOf(HasSubstr("--cheques N"), HasSubstr("--today AAAA-MM-DD")));
 }
 
 /// The words of a line, "A" standing for the file's path.
@@ -346,9 +376,9 @@ TEST_P(Tools, CompactMakesTheSameDatabaseSmaller) {
 TEST_P(Tools, SalvageSavesWhatCanBeReadAndSaysWhatIsMissing) {
     const std::string path = sample();
     EXPECT_THAT(outputOf({"salvage", path, file("salvo.mdb")}),
-                testing::AllOf(HasSubstr("tabela \"cheques\": 1000 registros salvos; ela dizia ter "
-                                         "1000\n"),
-                               HasSubstr("Tudo foi salvo.")));
+                AllOf(HasSubstr("tabela \"cheques\": 1000 registros salvos; ela dizia ter "
+                                "1000\n"),
+                      HasSubstr("Tudo foi salvo.")));
     for (const std::string& table : kTables)
         EXPECT_EQ(dumped(file("salvo.mdb"), table), dumped(path, table)) << table;
 
@@ -367,10 +397,9 @@ TEST_P(Tools, SalvageSavesWhatCanBeReadAndSaysWhatIsMissing) {
     damaged.close();
     const ProgramResult result = run({"salvage", path, file("resto.mdb")});
     EXPECT_EQ(result.code, 1);
-    EXPECT_THAT(result.out,
-                testing::AllOf(HasSubstr("página perdida, página " + std::to_string(number(lost)) +
-                                         ": tabela \"cheques\""),
-                               HasSubstr("O arquivo novo não tem tudo.")));
+    EXPECT_THAT(result.out, AllOf(HasSubstr("página perdida, página " +
+                                            std::to_string(number(lost)) + ": tabela \"cheques\""),
+                                  HasSubstr("O arquivo novo não tem tudo.")));
     EXPECT_TRUE(jet::check(file("resto.mdb")).clean());
 }
 
