@@ -35,6 +35,8 @@ std::string shown(const Row& key) {
     return values.empty() ? "" : " (" + values + ")";
 }
 
+std::string named(const Relationship& bond) { return " (relacionamento \"" + bond.name + "\")"; }
+
 } // namespace
 
 void Consequences::needsParent(const Relationship& bond, RowId child) {
@@ -118,11 +120,11 @@ void Consequences::check(const Need& need) const {
     if (hasNull(key) || hasParent(bond, key))
         return;
     const Table& parent = tableAt(database_, bond.parent);
-    throw Error(Errc::related, "O registro da tabela \"" + child.name() +
-                                   "\" não pode ser gravado: o valor de " +
-                                   columnsOf(child, bond.child) + shown(key) + " não existe em " +
-                                   columnsOf(parent, bond.parent) + " da tabela \"" +
-                                   parent.name() + "\". Cadastre-o lá primeiro, ou corrija-o.");
+    throw Error(Errc::related,
+                "O registro da tabela \"" + child.name() + "\" não pode ser gravado: o valor de " +
+                    columnsOf(child, bond.child) + shown(key) + " não existe em " +
+                    columnsOf(parent, bond.parent) + " da tabela \"" + parent.name() + "\"" +
+                    named(bond) + ". Cadastre-o lá primeiro, ou corrija-o.");
 }
 
 void Consequences::check(const Left& refused) const {
@@ -138,7 +140,7 @@ void Consequences::check(const Left& refused) const {
                                                    parent.name() + "\" não pode ser excluído";
     throw Error(Errc::related, what + ": a tabela \"" + child.name() +
                                    "\" tem registros ligados a ele pelo campo " +
-                                   columnsOf(child, bond.child) +
+                                   columnsOf(child, bond.child) + named(bond) +
                                    ". Altere-os ou exclua-os primeiro.");
 }
 

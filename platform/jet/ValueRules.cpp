@@ -53,7 +53,10 @@ Value suited(const Value& value, const Column& column) {
     case ColumnType::real:
         return *numberOf(value);
     case ColumnType::date:
-        return std::holds_alternative<Date>(value) ? value : Value(Date{*numberOf(value)});
+        if (std::holds_alternative<Date>(value))
+            return value;
+        return std::holds_alternative<std::string>(value) ? added(value, Date{0})
+                                                          : Value(Date{*numberOf(value)});
     case ColumnType::text:
     case ColumnType::memo:
         return *textOf(value);

@@ -116,7 +116,8 @@ TEST_P(Relationships, NoChildWithoutItsParent) {
                   }),
                   "O registro da tabela \""s + child +
                       "\" não pode ser gravado: o valor de \"cliente\" (7) não existe em "
-                      "\"codigo\" da tabela \"clientes\". Cadastre-o lá primeiro, ou corrija-o.");
+                      "\"codigo\" da tabela \"clientes\" (relacionamento \"" +
+                      child + "clientes\"). Cadastre-o lá primeiro, ou corrija-o.");
         const RowId orphan = add(child, {whole(1), {}, {}}); // a null refers to nobody
         const RowId parent = add("clientes", {whole(7), {}, {}});
         const RowId row = add(child, {whole(2), whole(7), {}});
@@ -156,8 +157,11 @@ TEST_P(Relationships, NoParentLeavesItsChildren) {
         EXPECT_EQ(refusal([&] { table("clientes").erase(parent); }),
                   "O registro (7) da tabela \"clientes\" não pode ser excluído: a tabela \""s +
                       child +
-                      "\" tem registros ligados a ele pelo campo \"cliente\". Altere-os ou "
-                      "exclua-os primeiro.");
+                      "\" tem registros ligados a ele pelo campo \"cliente\" "
+                      "(relacionamento \"" +
+                      child +
+                      "clientes\"). Altere-os ou exclua-os "
+                      "primeiro.");
         EXPECT_EQ(refusal([&] {
                       change("clientes", parent,
                              {
@@ -167,8 +171,11 @@ TEST_P(Relationships, NoParentLeavesItsChildren) {
                   "O valor de \"codigo\" (7) da tabela \"clientes\" não pode ser alterado: a "
                   "tabela \""s +
                       child +
-                      "\" tem registros ligados a ele pelo campo \"cliente\". Altere-os ou "
-                      "exclua-os primeiro.");
+                      "\" tem registros ligados a ele pelo campo \"cliente\" "
+                      "(relacionamento \"" +
+                      child +
+                      "clientes\"). Altere-os ou exclua-os "
+                      "primeiro.");
         change("clientes", parent,
                {
                    {1, "SP"s   },
@@ -327,6 +334,119 @@ TEST_P(Relationships, AFamilyOfAnyDepthGoesAtOnce) {
     EXPECT_EQ(table("clientes").erase(first).size(), static_cast<std::size_t>(kGenerations - 1));
     database_->commit();
     EXPECT_EQ(table("clientes").rowCount(), 0);
+}
+
+TEST_P(Relationships, RowsThatReferToEachOtherGoTogetherAndChangeTogether) {
+    // A client's first cheque, and the cheque's client: each the other's child.
+    database_->createTable({
+        "contas",
+        {{"codigo", ColumnType::longInteger}, {"folha", ColumnType::longInteger}},
+        {{"PrimaryKey", {{"codigo"}}, true},  {"folha", {{"folha"}}}            }
+    });
+    database_->createTable({
+        "folhas",
+        {{"numero", ColumnType::longInteger}, {"conta", ColumnType::longInteger}},
+        {{"PrimaryKey", {{"numero"}}, true},  {"conta", {{"conta"}}}            }
+    });
+    constexpr auto kAll = Flags::kCascadeDelete | Flags::kCascadeUpdate;
+    relate("contas", "folha", "folhas", "numero", kAll);
+    relate("folhas", "conta", "contas", "codigo", kAll);
+    const RowId account = add("contas", {whole(1), {}});
+    add("folhas", {whole(10), whole(1)});
+    add("contas", {whole(2), whole(10)});
+    add("folhas", {whole(20), whole(2)});
+    change("contas", account,
+           {
+               {1, whole(20)}
+    }); // the ring: 1 <- 10 <- 2 <- 20 <- 1
+    EXPECT_EQ(change("contas", account,
+                     {
+                         {0, whole(5)}
+    })
+                  .size(),
+              1U);
+    EXPECT_EQ(contents()["folhas"], (std::vector<Row>{
+                                        {whole(10), whole(5)},
+                                        {whole(20), whole(2)}
+    }));
+    refusal([&] {
+        change("contas", account,
+               {
+                   {1, whole(77)}
+        });
+    });
+    EXPECT_EQ(table("contas").erase(account).size(), 3U);
+    EXPECT_EQ(table("contas").rowCount() + table("folhas").rowCount(), 0);
+}
+
+TEST_P(Relationships, AKeyThatIsAReferenceTooIsPassedOn) {
+    // One to one, and on to a third: the key of each is that of the one before.
+    for (const char* name : {"fichas", "saldos"})
+        database_->createTable(
+            {name, {{"codigo", ColumnType::longInteger}}, {{"PrimaryKey", {{"codigo"}}, true}}});
+    constexpr auto kAll = Flags::kCascadeDelete | Flags::kCascadeUpdate;
+    relate("fichas", "codigo", "clientes", "codigo", kAll);
+    relate("saldos", "codigo", "fichas", "codigo", kAll);
+    const RowId client = add("clientes", {whole(1), {}, {}});
+    add("clientes", {whole(2), {}, {}});
+    for (const char* name : {"fichas", "saldos"}) {
+        add(name, {whole(1)});
+        EXPECT_THROW(add(name, {whole(1)}), Error);
+    }
+    refusal([&] { add("saldos", {whole(2)}); });
+    change("clientes", client,
+           {
+               {0, whole(9)}
+    });
+    EXPECT_EQ(column("saldos", 0), std::vector<Value>{whole(9)});
+    table("clientes").erase(client);
+    EXPECT_EQ(table("fichas").rowCount() + table("saldos").rowCount(), 0);
+}
+
+TEST_P(Relationships, AnUpdateThatCascadesWithinItsOwnTableEnds) {
+    relate("clientes", "pai", "clientes", "codigo", Flags::kCascadeUpdate);
+    const RowId own = add("clientes", {whole(1), {}, whole(1)}); // its own parent
+    add("clientes", {whole(2), {}, whole(1)});
+    change("clientes", own,
+           {
+               {0, whole(7)}
+    });
+    EXPECT_EQ(column("clientes", 2), (std::vector<Value>{whole(7), whole(7)}));
+}
+
+TEST_P(Relationships, ACascadeThatMeetsAKeyThatIsThereAlreadyUndoesEverything) {
+    database_->createTable({
+        "fichas",
+        {{"codigo", ColumnType::longInteger}, {"uf", ColumnType::text, 2}},
+        {{"PrimaryKey", {{"uf"}}, true}                                  }
+    });
+    const RowId state = add("estados", {"SP"s});
+    add("fichas", {whole(1), "SP"s});
+    add("fichas", {whole(2), "MG"s}); // from before the relationship: its state isn't there
+    relate("fichas", "uf", "estados", "uf", Flags::kCascadeUpdate);
+    const Contents before = contents();
+    EXPECT_THROW(change("estados", state,
+                        {
+                            {0, "mg"s}
+    }),
+                 Error);
+    EXPECT_EQ(contents(), before);
+}
+
+TEST_P(Relationships, TextsAreTheSameWhateverTheirCapitals) {
+    relate("clientes", "uf", "estados", "uf", Flags::kCascadeUpdate);
+    const RowId state = add("estados", {"SP"s});
+    add("clientes", {whole(1), "sp"s, {}});
+    add("clientes", {whole(2), "Sp"s, {}});
+    refusal([&] { add("clientes", {whole(3), "SR"s, {}}); });
+    refusal([&] { table("estados").erase(state); });
+    EXPECT_EQ(change("estados", state,
+                     {
+                         {0, "RJ"s}
+    })
+                  .size(),
+              2U);
+    EXPECT_EQ(column("clientes", 1), std::vector<Value>(2, "RJ"s));
 }
 
 TEST_P(Relationships, KeysOfSeveralColumnsGoTogether) {
