@@ -51,6 +51,8 @@ bool podeRepetir(const std::exception_ptr& falha) {
         case jet::Errc::full:
         case jet::Errc::rule:
         case jet::Errc::related:
+        case jet::Errc::nullValue:
+        case jet::Errc::duplicate:
             return dbconectar::instance().aberto();
         default:
             return false;

@@ -1,45 +1,21 @@
 #pragma once
 
+#include "cheques/ChequeShop.h"
 #include "cheques/FrmLancarCheques.h"
-#include "support/ShopTest.h"
 
 #include <QCheckBox>
 
 #include <string>
 #include <vector>
 
-/// Tests of the entry of cheques, over a shop of three clients and two banks without any cheque.
-class ChequeEntry : public ShopTest {
+/// Tests of the entry of cheques, over a shop without any.
+class ChequeEntry : public ChequeShop {
 protected:
-    void SetUp() override {
-        ShopTest::SetUp();
-        given("cliente_fornecedor",
-              {client("Bento Dias", 0), client("Ana Costa", 100), client("Carla Reis", 1500)});
-        given("bancos", {
-                            {{"cod_banco", number(104)}, {"nome", words("Banco Norte")}},
-                            {{"cod_banco", number(237)}, {"nome", words("Agrobanco")}  }
-        });
-    }
     void TearDown() override {
         FrmLancarCheques::aoLocalizar({});
-        ShopTest::TearDown();
+        ChequeShop::TearDown();
     }
 
-    // The codes that the rows above get.
-    static constexpr int kBento = 1;
-    static constexpr int kAna = 2;
-    static constexpr int kCarla = 3;
-
-    static jet::Value money(std::int64_t reais, int cents = 0) {
-        return jet::Currency{(reais * 100 + cents) * 100};
-    }
-    static Row client(const char* name, std::int64_t limit) {
-        return {
-            {"nome",           words(name) },
-            {"tipo",           yes(true)   },
-            {"limite_credito", money(limit)}
-        };
-    }
     static Row cheque(int clientCode, const char* numero, std::int64_t reais, int cents = 0) {
         return {
             {"cliente", number(clientCode)},

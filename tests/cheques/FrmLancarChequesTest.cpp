@@ -1,6 +1,5 @@
 #include "cheques/ChequeEntry.h"
 #include "controls/DropDownList.h"
-#include "controls/NavigationBar.h"
 #include "jet/Error.h"
 #include "shell/Mirtal.h"
 #include "support/FormChecks.h"
@@ -24,35 +23,25 @@ using ReceivedCheques = ChequeEntry;
 TEST_F(ReceivedCheques, SaysWhatItIs) {
     auto& form = open<FrmLancarCheques>();
     EXPECT_EQ(form.windowTitle(), "Cadastro de Cheques Recebidos");
-    const struct {
-        const char* control;
-        const char* says;
-    } texts[] = {
-        {"Label10",      "Informações gerais sobre cheques recebidos:"},
-        {"Label1",       "Nome do Cliente:"                             },
-        {"Label2",       "Banco:"                                       },
-        {"Label3",       "Agência:"                                    },
-        {"Label4",       "Nº Cheque:"                                  },
-        {"Label5",       "Dt.Emissão:"                                 },
-        {"Label6",       "Dt.Vencto:"                                   },
-        {"Label7",       "Valor :"                                      },
-        {"Label8",       "Quem Autorizou:"                              },
-        {"Label9",       "Observações:"                               },
-        {"txtdescontar", "&Descontar"                                   },
-        {"cmbcheques",   "Vários C&heques"                             },
-        {"CmdNovo",      "No&vo"                                        },
-        {"CmdIncluir",   "&Salvar"                                      },
-        {"CmdExcluir",   "E&xcluir"                                     },
-        {"CmdLocalizar", "&Localizar"                                   },
-        {"CmdSair",      "Sai&r"                                        },
-    };
-    for (const auto& [name, says] : texts)
-        EXPECT_EQ(text(form, name), says);
-    EXPECT_EQ(control(form, "CmdNovo").toolTip(), "Novo Registro");
-    const char* tips[] = {"Início do Arquivo", "Registro Anterior", "Próximo Registro",
-                          "Fim do Arquivo"};
-    for (int i = 0; i < NavigationBar::kCount; ++i)
-        EXPECT_EQ(control<NavigationBar>(form, "btnNavegacao").button(i)->toolTip(), tips[i]);
+    expectTexts(form, {
+                          {"Label10",      "Informações gerais sobre cheques recebidos:"},
+                          {"Label1",       "Nome do Cliente:"                             },
+                          {"Label2",       "Banco:"                                       },
+                          {"Label3",       "Agência:"                                    },
+                          {"Label4",       "Nº Cheque:"                                  },
+                          {"Label5",       "Dt.Emissão:"                                 },
+                          {"Label6",       "Dt.Vencto:"                                   },
+                          {"Label7",       "Valor :"                                      },
+                          {"Label8",       "Quem Autorizou:"                              },
+                          {"Label9",       "Observações:"                               },
+                          {"txtdescontar", "&Descontar"                                   },
+                          {"cmbcheques",   "Vários C&heques"                             },
+                          {"CmdNovo",      "No&vo"                                        },
+                          {"CmdIncluir",   "&Salvar"                                      },
+                          {"CmdExcluir",   "E&xcluir"                                     },
+                          {"CmdLocalizar", "&Localizar"                                   },
+                          {"CmdSair",      "Sai&r"                                        },
+    });
 }
 
 TEST_F(ReceivedCheques, OpensReadyForANewChequeEvenIfSomeAreStored) {
@@ -251,19 +240,12 @@ TEST_F(ReceivedCheques, NothingElseNeedsBeFilledIn) {
 
 TEST_F(ReceivedCheques, NoMoreCanBeTypedThanTheFileHolds) {
     auto& form = open<FrmLancarCheques>();
-    const struct {
-        const char* box;
-        int holds;
-    } boxes[] = {
-        {"txtagencia",    10 },
-        {"txtnumero",     20 },
-        {"txtautorizou",  50 },
-        {"txtobservacao", 255},
-    };
-    for (const auto& [box, holds] : boxes) {
-        type(form, box, QString(holds + 1, 'x'));
-        EXPECT_EQ(text(form, box).size(), holds) << box;
-    }
+    expectRoom(form, {
+                         {"txtagencia",    10 },
+                         {"txtnumero",     20 },
+                         {"txtautorizou",  50 },
+                         {"txtobservacao", 255},
+    });
 }
 
 TEST_F(ReceivedCheques, WhatTheFileCantHoldIsRefusedAndNothingTypedIsLost) {
@@ -392,8 +374,7 @@ TEST_F(ReceivedCheques, DeleteAsksAndDoesNothingOnNo) {
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 0);
     const std::string before = shown(form);
-    expectMessage("Exclusão", "Deseja realmente excluir este registro ?", MessageIcon::critical,
-                  MessageButtons::yesNo, MessageAnswer::no);
+    expectDeleteQuestion(MessageAnswer::no);
     click(form, "CmdExcluir");
     EXPECT_EQ(shown(form), before);
     EXPECT_THAT(stored(), SizeIs(1));
@@ -404,8 +385,7 @@ TEST_F(ReceivedCheques, ADeleteLeavesTodaysDatesAndNoTicks) {
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 2);
     click(form, "cmbcheques");
-    expectMessage("Exclusão", "Deseja realmente excluir este registro ?", MessageIcon::critical,
-                  MessageButtons::yesNo, MessageAnswer::yes);
+    expectDeleteQuestion(MessageAnswer::yes);
     click(form, "CmdExcluir");
     EXPECT_EQ(shown(form), newCheque(0, "|"));
     EXPECT_THAT(stored(), ElementsAre("1|2|1||1|01/03/2026|01/04/2026|10,00|||Verdadeiro",
@@ -420,31 +400,12 @@ TEST_F(ReceivedCheques, ADeleteLeavesTodaysDatesAndNoTicks) {
 TEST_F(ReceivedCheques, TheNavigationButtonsWalkAndStopAtTheEnds) {
     given("cheques", {cheque(kAna, "10", 1), cheque(kBento, "20", 2), cheque(kCarla, "30", 3)});
     auto& form = open<FrmLancarCheques>();
-    const struct {
-        int button;
-        const char* key;
-        const char* name;
-    } steps[] = {
-        {0, "1", "Ana Costa" },
-        {1, "1", "Ana Costa" },
-        {2, "2", "Bento Dias"},
-        {2, "3", "Carla Reis"},
-        {2, "3", "Carla Reis"},
-        {1, "2", "Bento Dias"},
-        {3, "3", "Carla Reis"},
-        {0, "1", "Ana Costa" },
-    };
-    for (const auto& [button, key, name] : steps) {
-        click(form, "btnNavegacao", button);
-        EXPECT_EQ(text(form, "txtlancamento"), key);
-        EXPECT_EQ(text(form, "txtNome"), name);
-    }
+    expectWalk(form, "txtNome");
 }
 
 TEST_F(ReceivedCheques, WalkingAnEmptyTableShowsNothing) {
     auto& form = open<FrmLancarCheques>();
-    for (int i = 0; i < NavigationBar::kCount; ++i)
-        click(form, "btnNavegacao", i);
+    walkNowhere(form);
     EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
 }
 

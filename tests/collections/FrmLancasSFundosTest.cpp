@@ -1,13 +1,12 @@
 // The register of bounced cheques, on files of both formats.
 #include "collections/FrmLancasSFundos.h"
 
+#include "cheques/ChequeShop.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "controls/DatePicker.h"
 #include "controls/DropDownList.h"
-#include "controls/NavigationBar.h"
 #include "shell/Mirtal.h"
 #include "support/FormChecks.h"
-#include "support/ShopTest.h"
 
 #include <QToolButton>
 
@@ -23,33 +22,10 @@ using testing::SizeIs;
 constexpr const char* kFields[] = {"txtcliente", "txtbanco", "txtagencia", "txtnumero",
                                    "txtdata",    "txtvalor", "txtEmpresa", "txtobservacao"};
 
-/// Over a shop of three clients and two banks without any cheque.
-class BouncedCheques : public ShopTest, public testing::WithParamInterface<jet::Version> {
+class BouncedCheques : public ChequeShop, public testing::WithParamInterface<jet::Version> {
 protected:
-    BouncedCheques() : ShopTest(GetParam()) {}
-    void SetUp() override {
-        ShopTest::SetUp();
-        given("cliente_fornecedor",
-              {client("Bento Dias"), client("Ana Costa"), client("Carla Reis")});
-        given("bancos", {
-                            {{"cod_banco", number(104)}, {"nome", words("Banco Norte")}},
-                            {{"cod_banco", number(237)}, {"nome", words("Agrobanco")}  }
-        });
-    }
+    BouncedCheques() : ChequeShop(GetParam()) {}
 
-    // The codes that the rows above get.
-    static constexpr int kBento = 1;
-    static constexpr int kAna = 2;
-    static constexpr int kCarla = 3;
-    static constexpr int kNorte = 1;
-    static constexpr int kAgro = 2;
-
-    static Row client(const char* name) {
-        return {
-            {"nome", words(name)},
-            {"tipo", yes(true)  }
-        };
-    }
     static Row bounced(int clientCode, const char* numero, std::int64_t reais) {
         return {
             {"cliente",                                  number(clientCode)},
@@ -126,35 +102,25 @@ INSTANTIATE_TEST_SUITE_P(, BouncedCheques, testing::Values(jet::Version::jet3, j
 TEST_P(BouncedCheques, SaysWhatItIs) {
     auto& form = open<FrmLancasSFundos>();
     EXPECT_EQ(form.windowTitle(), "Lançamento de cheques sem fundos");
-    const struct {
-        const char* control;
-        const char* says;
-    } texts[] = {
-        {"Label10",      "Informações gerais sobre cheques sem fundos:"},
-        {"Label1",       "Nome do Cliente:"                              },
-        {"Label2",       "Banco:"                                        },
-        {"Label3",       "Agência:"                                     },
-        {"Label4",       "Nº Cheque:"                                   },
-        {"Label5",       "Dt.Emissão:"                                  },
-        {"Label6",       "Valor :"                                       },
-        {"Label7",       "Empresa:"                                      },
-        {"Label8",       "Observações:"                                },
-        {"Label9",       "Nº Cheque:"                                   },
-        {"CmdBuscar",    "&Buscar"                                       },
-        {"CmdNovo",      "No&vo"                                         },
-        {"CmdIncluir",   "&Salvar"                                       },
-        {"cmdExcluir",   "E&xcluir"                                      },
-        {"CmdLocalizar", "&Localizar"                                    },
-        {"CmdSair",      "Sai&r"                                         },
-    };
-    for (const auto& [name, says] : texts)
-        EXPECT_EQ(text(form, name), says);
+    expectTexts(form, {
+                          {"Label10",      "Informações gerais sobre cheques sem fundos:"},
+                          {"Label1",       "Nome do Cliente:"                              },
+                          {"Label2",       "Banco:"                                        },
+                          {"Label3",       "Agência:"                                     },
+                          {"Label4",       "Nº Cheque:"                                   },
+                          {"Label5",       "Dt.Emissão:"                                  },
+                          {"Label6",       "Valor :"                                       },
+                          {"Label7",       "Empresa:"                                      },
+                          {"Label8",       "Observações:"                                },
+                          {"Label9",       "Nº Cheque:"                                   },
+                          {"CmdBuscar",    "&Buscar"                                       },
+                          {"CmdNovo",      "No&vo"                                         },
+                          {"CmdIncluir",   "&Salvar"                                       },
+                          {"cmdExcluir",   "E&xcluir"                                      },
+                          {"CmdLocalizar", "&Localizar"                                    },
+                          {"CmdSair",      "Sai&r"                                         },
+    });
     EXPECT_EQ(control(form, "painelbuscar").property("title"), "Busca dados de cheques digitados:");
-    EXPECT_EQ(control(form, "CmdNovo").toolTip(), "Novo Registro");
-    const char* tips[] = {"Início do Arquivo", "Registro Anterior", "Próximo Registro",
-                          "Fim do Arquivo"};
-    for (int i = 0; i < NavigationBar::kCount; ++i)
-        EXPECT_EQ(control<NavigationBar>(form, "btnNavegacao").button(i)->toolTip(), tips[i]);
 }
 
 TEST_P(BouncedCheques, OpensReadyForANewChequeEvenIfSomeAreStored) {
@@ -272,19 +238,12 @@ TEST_P(BouncedCheques, AValueOfZeroIsRefusedANegativeOnePasses) {
 
 TEST_P(BouncedCheques, NoMoreCanBeTypedThanTheFileHolds) {
     auto& form = open<FrmLancasSFundos>();
-    const struct {
-        const char* box;
-        int holds;
-    } boxes[] = {
-        {"txtagencia",    10 },
-        {"txtnumero",     20 },
-        {"txtEmpresa",    50 },
-        {"txtobservacao", 255},
-    };
-    for (const auto& [box, holds] : boxes) {
-        type(form, box, QString(holds + 1, 'x'));
-        EXPECT_EQ(text(form, box).size(), holds) << box;
-    }
+    expectRoom(form, {
+                         {"txtagencia",    10 },
+                         {"txtnumero",     20 },
+                         {"txtEmpresa",    50 },
+                         {"txtobservacao", 255},
+    });
 }
 
 TEST_P(BouncedCheques, WhatTheFileCantHoldIsRefusedAndNothingTypedIsLost) {
@@ -497,8 +456,7 @@ TEST_P(BouncedCheques, DeleteAsksAndDoesNothingOnNo) {
     auto& form = open<FrmLancasSFundos>();
     click(form, "btnNavegacao", 0);
     const std::string before = shown(form);
-    expectMessage("Exclusão", "Deseja realmente excluir este registro ?", MessageIcon::critical,
-                  MessageButtons::yesNo, MessageAnswer::no);
+    expectDeleteQuestion(MessageAnswer::no);
     press(Qt::Key_X, Qt::AltModifier);
     EXPECT_EQ(shown(form), before);
     EXPECT_THAT(stored(), SizeIs(1));
@@ -508,8 +466,7 @@ TEST_P(BouncedCheques, DeletesTheChequeOnShow) {
     given("semfundos", {bounced(kAna, "1", 10), bounced(kCarla, "2", 20), bounced(kAna, "3", 30)});
     auto& form = open<FrmLancasSFundos>();
     click(form, "btnNavegacao", 2);
-    expectMessage("Exclusão", "Deseja realmente excluir este registro ?", MessageIcon::critical,
-                  MessageButtons::yesNo, MessageAnswer::yes);
+    expectDeleteQuestion(MessageAnswer::yes);
     click(form, "cmdExcluir");
     EXPECT_EQ(shown(form), newCheque());
     EXPECT_THAT(stored(), ElementsAre("1|2|1|0001|1|01/03/2026|10,00|Loja Um|sem fundos",
@@ -534,8 +491,7 @@ TEST_P(BouncedCheques, DeletingAChequeThatIsGoneFails) {
     auto& form = open<FrmLancasSFundos>();
     click(form, "btnNavegacao", 0);
     Mirtal::apagarPorChave("SemFundos", "lancamento", "1", false);
-    expectMessage("Exclusão", "Deseja realmente excluir este registro ?", MessageIcon::critical,
-                  MessageButtons::yesNo, MessageAnswer::yes);
+    expectDeleteQuestion(MessageAnswer::yes);
     expectFailure("Não há registro atual");
     click(form, "cmdExcluir");
     EXPECT_THAT(stored(), SizeIs(1));
@@ -547,33 +503,14 @@ TEST_P(BouncedCheques, TheNavigationButtonsWalkAndStopAtTheEnds) {
     given("semfundos",
           {bounced(kAna, "10", 1), bounced(kBento, "20", 2), bounced(kCarla, "30", 3)});
     auto& form = open<FrmLancasSFundos>();
-    const struct {
-        int button;
-        const char* key;
-        const char* name;
-    } steps[] = {
-        {0, "1", "Ana Costa" },
-        {1, "1", "Ana Costa" },
-        {2, "2", "Bento Dias"},
-        {2, "3", "Carla Reis"},
-        {2, "3", "Carla Reis"},
-        {1, "2", "Bento Dias"},
-        {3, "3", "Carla Reis"},
-        {0, "1", "Ana Costa" },
-    };
-    for (const auto& [button, key, name] : steps) {
-        click(form, "btnNavegacao", button);
-        EXPECT_EQ(text(form, "txtlancamento"), key);
-        EXPECT_EQ(text(form, "txtcliente"), name);
-    }
+    expectWalk(form, "txtcliente");
 }
 
 TEST_P(BouncedCheques, WalkingAnEmptyTableShowsNothing) {
     auto& form = open<FrmLancasSFundos>();
     type(form, "txtnumero", "7");
     const std::string before = shown(form);
-    for (int i = 0; i < NavigationBar::kCount; ++i)
-        click(form, "btnNavegacao", i);
+    walkNowhere(form);
     EXPECT_EQ(shown(form), before);
 }
 

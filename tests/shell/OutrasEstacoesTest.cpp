@@ -41,8 +41,9 @@ protected:
 };
 
 TEST_F(BesideOthers, WhatCanBeTriedAgainIsUndoneAndTold) {
-    for (const jet::Errc code : {jet::Errc::locked, jet::Errc::conflict, jet::Errc::readOnly,
-                                 jet::Errc::full, jet::Errc::rule, jet::Errc::related}) {
+    for (const jet::Errc code :
+         {jet::Errc::locked, jet::Errc::conflict, jet::Errc::readOnly, jet::Errc::full,
+          jet::Errc::rule, jet::Errc::related, jet::Errc::nullValue, jet::Errc::duplicate}) {
         data().Automacao.BeginTrans();
         data().rsBancos.AddNew();
         data().rsBancos["nome"] = "Caixa";
