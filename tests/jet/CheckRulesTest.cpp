@@ -1,10 +1,8 @@
 // Rows that break the rules of their file: old ones, which no station would take today.
 #include "jet/CheckRules.h"
 
-#include "jet/Database.h"
-#include "support/FileRules.h"
+#include "jet/RuleFile.h"
 #include "support/Samples.h"
-#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,14 +17,10 @@ using testing::IsEmpty;
 
 namespace {
 
-Value whole(std::int64_t number) { return number; }
-
 /// A shop's file with rows first, and rules made afterwards.
-class RuleCheck : public testing::TestWithParam<Version> {
+class RuleCheck : public RuleFile {
 protected:
     RuleCheck() {
-        Database::create(path(), GetParam());
-        database_.emplace(path());
         database_->createTable({
             "clientes",
             {{"codigo", ColumnType::longInteger},
@@ -42,18 +36,7 @@ protected:
         database_->createTable(
             {"estados", {{"uf", ColumnType::text, 2}}, {{"PrimaryKey", {{"uf"}}, true}}});
     }
-    void TearDown() override {
-        database_.reset();
-        EXPECT_TRUE(check(path()).clean());
-    }
 
-    [[nodiscard]] std::filesystem::path path() const { return folder_ / "dados.mdb"; }
-    RowId add(const std::string& table, const Row& values) {
-        return database_->table(table).insert(values);
-    }
-    void keep(const std::string& table, const std::vector<FileRule>& rules) {
-        setRules(*database_, table, rules);
-    }
     [[nodiscard]] std::vector<Finding> found() {
         database_->flush();
         std::vector<Finding> findings = checkRules(path());
@@ -67,9 +50,6 @@ protected:
             all.push_back(std::move(finding.sentence));
         return all;
     }
-
-    TemporaryFolder folder_;
-    std::optional<Database> database_;
 };
 INSTANTIATE_TEST_SUITE_P(Versions, RuleCheck, testing::Values(Version::jet3, Version::jet4));
 

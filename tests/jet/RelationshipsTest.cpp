@@ -1,8 +1,5 @@
 // The relationships that the back-office keeps in the file: kept by this engine too.
-#include "jet/Check.h"
-#include "jet/Database.h"
-#include "support/FileRules.h"
-#include "support/TemporaryFolder.h"
+#include "jet/RuleFile.h"
 
 #include <gtest/gtest.h>
 
@@ -16,13 +13,9 @@ namespace {
 
 using Flags = FileRelationship;
 
-Value whole(std::int64_t number) { return number; }
-
-class Relationships : public testing::TestWithParam<Version> {
+class Relationships : public RuleFile {
 protected:
     Relationships() {
-        Database::create(path(), GetParam());
-        database_.emplace(path());
         // Children with an index on their parent's key, and without one.
         for (const bool indexed : {true, false}) {
             TableSpec child{
@@ -46,14 +39,7 @@ protected:
         database_->createTable(
             {"estados", {{"uf", ColumnType::text, 2}}, {{"PrimaryKey", {{"uf"}}, true}}});
     }
-    void TearDown() override {
-        database_.reset();
-        EXPECT_TRUE(check(path()).clean());
-    }
 
-    [[nodiscard]] std::filesystem::path path() const { return folder_ / "dados.mdb"; }
-    [[nodiscard]] Table& table(const std::string& name) { return database_->table(name); }
-    RowId add(const std::string& name, const Row& values) { return table(name).insert(values); }
     std::vector<Cascaded> change(const std::string& name, RowId row,
                                  const std::vector<Assignment>& changes) {
         return table(name).update(row, changes);
@@ -101,9 +87,6 @@ protected:
             values.push_back(row[place]);
         return values;
     }
-
-    TemporaryFolder folder_;
-    std::optional<Database> database_;
 };
 INSTANTIATE_TEST_SUITE_P(Versions, Relationships, testing::Values(Version::jet3, Version::jet4));
 

@@ -1,13 +1,9 @@
 // The rules that the back-office keeps in the file: kept by this engine too.
-#include "jet/Check.h"
-#include "jet/Database.h"
+#include "jet/People.h"
 #include "jet/Properties.h"
-#include "support/FileRules.h"
-#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <random>
 
 using namespace jet;
@@ -15,69 +11,8 @@ using namespace std::string_literals;
 
 namespace {
 
-enum Place : std::size_t { kId, kNome, kIdade, kValor, kData, kAtivo, kObs, kPeso };
-
-class Rules : public testing::TestWithParam<Version> {
-protected:
-    Rules() {
-        Database::create(path(), GetParam());
-        database_.emplace(path());
-        database_->createTable({
-            "pessoas",
-            {{"id", ColumnType::longInteger, 0, true},
-              {"nome", ColumnType::text, 40},
-              {"idade", ColumnType::integer},
-              {"valor", ColumnType::currency},
-              {"data", ColumnType::date},
-              {"ativo", ColumnType::boolean},
-              {"obs", ColumnType::memo},
-              {"peso", ColumnType::real}},
-            {{"PrimaryKey", {{"id"}}, true}          }
-        });
-    }
-    /// Whatever a test does leaves a sound file.
-    void TearDown() override {
-        database_.reset();
-        EXPECT_TRUE(check(path()).clean());
-    }
-
-    [[nodiscard]] std::filesystem::path path() const { return folder_ / "dados.mdb"; }
-    [[nodiscard]] Table& table() { return database_->table("pessoas"); }
-    void keep(const std::vector<FileRule>& rules) { setRules(*database_, "pessoas", rules); }
-
-    RowId add(const std::vector<Assignment>& given) { return table().insert(given); }
-    void change(RowId row, const std::vector<Assignment>& changes) { table().update(row, changes); }
-    [[nodiscard]] Value value(RowId row, std::size_t column) {
-        return table().read(row).value()[column];
-    }
-
-    /// The Error that `body` throws; the table is left as it was.
-    template <class Body>
-    Error refusal(Body&& body) {
-        const auto before = contents();
-        try {
-            body();
-        } catch (const Error& error) {
-            EXPECT_EQ(contents(), before);
-            return error;
-        }
-        ADD_FAILURE() << "nothing was refused";
-        return {Errc::misuse, ""};
-    }
-    [[nodiscard]] std::vector<std::pair<RowId, Row>> contents() {
-        std::vector<std::pair<RowId, Row>> rows;
-        RowCursor row = table().scan();
-        for (bool there = row.first(); there; there = row.next())
-            rows.emplace_back(row.id(), row.row().values());
-        return rows;
-    }
-
-    TemporaryFolder folder_;
-    std::optional<Database> database_;
-};
+class Rules : public People {};
 INSTANTIATE_TEST_SUITE_P(Versions, Rules, testing::Values(Version::jet3, Version::jet4));
-
-Value whole(std::int64_t number) { return number; }
 
 TEST_P(Rules, ARequiredColumnIsNeverLeftEmpty) {
     keep({
@@ -138,168 +73,6 @@ TEST_P(Rules, EmptyTextIsRefusedWhereItIsNotAllowed) {
     change(row, {
                     {kNome, " "s}
     });
-}
-
-TEST_P(Rules, DefaultsFillWhatIsNotGiven) {
-    keep({
-        {.column = "nome",  .defaultValue = "\"SP\""        },
-        {.column = "idade", .defaultValue = "=18"           },
-        {.column = "valor", .defaultValue = "0.05"          },
-        {.column = "data",  .defaultValue = "Date()"        },
-        {.column = "ativo", .defaultValue = "Yes"           },
-        {.column = "obs",   .defaultValue = "= 1 & 'ª via'"},
-        {.column = "peso",  .defaultValue = "-1.5"          },
-        {.column = "id",    .defaultValue = "99"            }
-    });
-    const Date today = Date::today();
-    const RowId row = add({});
-    const Row found = table().read(row).value();
-    EXPECT_EQ(std::get<Date>(found[kData]).days, today.days) << "or midnight has just passed";
-    EXPECT_EQ(found, (Row{whole(1), "SP"s, whole(18), Currency{500}, found[kData], true, "1ª via"s,
-                          -1.5}));
-    const RowId given = add({
-        {kNome,  {}   },
-        {kIdade, {}   },
-        {kAtivo, false},
-        {kObs,   ""s  }
-    });
-    EXPECT_TRUE(isNull(value(given, kNome))) << "a null that is given stays one";
-    EXPECT_TRUE(isNull(value(given, kIdade)));
-    EXPECT_EQ(value(given, kAtivo), Value(false));
-    EXPECT_EQ(value(given, kObs), Value(""s));
-    EXPECT_EQ(value(given, kValor), Value(Currency{500}));
-    const RowId whole = table().insert(Row(8));
-    EXPECT_TRUE(isNull(value(whole, kIdade))) << "a whole row gives every value";
-}
-
-TEST_P(Rules, DefaultsOfEveryTypeSuitTheirColumns) {
-    const struct {
-        const char* column;
-        std::size_t place;
-        const char* text;
-        Value value;
-    } cases[] = {
-        {"nome",  kNome,  "'a''b'",                "a'b"s          },
-        {"nome",  kNome,  "5",                     "5"s            },
-        {"nome",  kNome,  "Null",                  {}              },
-        {"idade", kIdade, "'12'",                  whole(12)       },
-        {"idade", kIdade, "True",                  whole(-1)       },
-        {"idade", kIdade, "2.5",                   whole(2)        },
-        {"valor", kValor, "10",                    Currency{100000}},
-        {"valor", kValor, "1/4",                   Currency{2500}  },
-        {"data",  kData,  "#12/31/2025 18:00:00#", Date{46022.75}  },
-        {"data",  kData,  "#6:00:00 AM#",          Date{0.25}      },
-        {"data",  kData,  "1",                     Date{1}         },
-        {"data",  kData,  "=#2/29/2024#",          Date{45351}     },
-        {"data",  kData,  "#2024-02-29 06:00:00#", Date{45351.25}  },
-        {"data",  kData,  "'3/1/2024'",            Date{45352}     },
-        {"nome",  kNome,  "\"a\"\"b\"",            "a\"b"s         },
-        {"nome",  kNome,  "\"\"",                  ""s             },
-        {"nome",  kNome,  "= \"x\" & 1+1",         "x2"s           },
-        {"obs",   kObs,   "\"it's\"",              "it's"s         },
-        {"idade", kIdade, "-7",                    whole(-7)       },
-        {"idade", kIdade, "False",                 whole(0)        },
-        {"idade", kIdade, "Null",                  {}              },
-        {"valor", kValor, "-0.0001",               Currency{-1}    },
-        {"valor", kValor, "'12.34'",               Currency{123400}},
-        {"valor", kValor, "Yes",                   Currency{-10000}},
-        {"ativo", kAtivo, "0",                     false           },
-        {"ativo", kAtivo, "-1",                    true            },
-        {"ativo", kAtivo, "On",                    true            },
-        {"ativo", kAtivo, "=False",                false           },
-        {"ativo", kAtivo, "No",                    false           },
-        {"ativo", kAtivo, "Null",                  false           },
-        {"ativo", kAtivo, "2",                     true            },
-        {"peso",  kPeso,  "1e3",                   1000.0          },
-        {"peso",  kPeso,  ".5",                    0.5             },
-    };
-    for (const auto& [column, place, text, expected] : cases) {
-        keep({
-            {.column = column, .defaultValue = text}
-        });
-        EXPECT_EQ(value(add({}), place), expected) << text;
-    }
-}
-
-TEST_P(Rules, DefaultsOfTheClockAreThoseOfTheMoment) {
-    for (const char* text : {"Now()", "=Now()", "=NOW( )", "Date()+30", "=Date()", "Time()"}) {
-        keep({
-            {.column = "data", .defaultValue = text}
-        });
-        const auto expected = [&] {
-            const double now = Date::now().days;
-            const std::string_view name = text;
-            if (name.ends_with("+30"))
-                return std::floor(now) + 30;
-            return name == "=Date()"  ? std::floor(now)
-                   : name == "Time()" ? now - std::floor(now)
-                                      : now;
-        };
-        const double before = expected();
-        const double given = std::get<Date>(value(add({}), kData)).days;
-        const double after = expected();
-        if (before > after)
-            continue; // midnight has just passed
-        EXPECT_GE(given, before) << text;
-        EXPECT_LE(given, after) << text;
-    }
-}
-
-TEST_P(Rules, DefaultsOfTheRarerTypes) {
-    std::vector<ColumnSpec> columns{
-        {"n",      ColumnType::longInteger},
-        {"byte",   ColumnType::byte       },
-        {"single", ColumnType::single     },
-        {"guid",   ColumnType::guid       }
-    };
-    std::vector<FileRule> rules{
-        {.column = "byte",   .defaultValue = "255"      },
-        {.column = "single", .defaultValue = "-0.5"     },
-        {.column = "guid",   .defaultValue = "GenGUID()"}
-    };
-    if (GetParam() == Version::jet4) { // the older format has no decimals
-        columns.push_back({"decimal", ColumnType::numeric, 0, false, 10, 2});
-        rules.push_back({.column = "decimal", .defaultValue = "-1.25"});
-    }
-    Table& rare = database_->createTable({"raros", columns, {}});
-    setRules(*database_, "raros", rules);
-    const Row row = *rare.read(rare.insert(std::vector<Assignment>{
-        {0, whole(1)}
-    }));
-    EXPECT_EQ(row[1], whole(255));
-    EXPECT_EQ(row[2], Value(-0.5));
-    EXPECT_TRUE(std::holds_alternative<Guid>(row[3]));
-    EXPECT_TRUE(GetParam() == Version::jet3 || std::get<Numeric>(row[4]).text() == "-1.25");
-    setRules(*database_, "raros",
-             {
-                 {.column = "byte", .defaultValue = "256"}
-    });
-    EXPECT_THROW(rare.insert(std::vector<Assignment>{
-                     {0, whole(2)}
-    }),
-                 Error);
-}
-
-TEST_P(Rules, ADefaultThatCannotBeUsedStopsOnlyRowsThatNeedIt) {
-    for (const char* text : {"DLookup('x','y')", "SP", "[nome]", "99999", "'x'", "1/0"}) {
-        keep({
-            {.column = "idade", .defaultValue = text}
-        });
-        EXPECT_FALSE(table().readOnlyReason()) << text;
-        const Error error = refusal([&] { add({}); });
-        EXPECT_NE(std::string(error.what()).find("\"idade\""), std::string::npos) << error.what();
-        if (text != "99999"s) { // that one is a number, if too large a one
-            EXPECT_EQ(error.code(), Errc::rule) << text;
-            EXPECT_NE(std::string(error.what()).find(text), std::string::npos) << error.what();
-        }
-        const RowId row = add({
-            {kIdade, whole(1)}
-        });
-        change(row, {
-                        {kIdade, whole(2)}
-        });
-        table().erase(row);
-    }
 }
 
 TEST_P(Rules, AColumnsRuleIsKeptOnInsertAndUpdate) {
@@ -524,10 +297,10 @@ TEST_P(Rules, ARuleThatCannotBeUnderstoodMakesTheTableReadOnly) {
         {kIdade, whole(1)}
     });
     for (const FileRule& rule : {
-             FileRule{.column = "idade",             .rule = "DMax('x','y')>1"},
-             FileRule{                               .rule = "[outro]>1"                            },
-             FileRule{ .column = "nome",             .rule = "Left([nome],1)='A'"          },
-             FileRule{                           .column = "idade", .rule = std::string(100,               '(')}
+             FileRule{.column = "idade", .rule = "DMax('x','y')>1"               },
+             FileRule{     .rule = "[outro]>1"                },
+             FileRule{  .column = "nome", .rule = "Left([nome],1)='A'"                         },
+             FileRule{ .column = "idade",                  .rule = std::string(100, '(')}
     }) {
         keep({rule});
         for (const Error& error : {refusal([&] { add({}); }), refusal([&] {
