@@ -37,8 +37,8 @@ struct Report {
     [[nodiscard]] bool sound() const noexcept;
 };
 
-/// Reads a file whole and holds everything that the format promises against it: header, maps, the
-/// owner of each page, definitions, pages, rows, long values, counters, indexes, catalog.
+/// Reads a file whole and holds what the format promises against it: header, maps, page owners,
+/// definitions, pages, rows, long values, counters, indexes, catalog, properties, relationships.
 ///
 /// Only reads, and takes no lock: a file that is being written meanwhile may show what isn't wrong.
 /// A transaction that was cut off, and the journal that can undo it, are told as what they are.
