@@ -60,15 +60,13 @@ const std::vector<Damage> kDamages = {
     error("header: a program that died writing",
           "uma gravação que ninguém pode desfazer (usuário 7)",
           [](DamagedFile& file) {
-              file.put<std::uint16_t>(kHeader, file.format().commitPairsAt + 2 * 7,
-                                      CommitPairs::kWriting);
+              file.putPair(7, CommitPairs::kWriting);
               return kHeader;
           }),
     error("header: a program that met a damaged page",
           "outro programa encontrou uma página danificada neste arquivo (usuário 9)",
           [](DamagedFile& file) {
-              file.put<std::uint16_t>(kHeader, file.format().commitPairsAt + 2 * 9,
-                                      CommitPairs::kDamaged);
+              file.putPair(9, CommitPairs::kDamaged);
               return kHeader;
           }),
     error("map of free pages: unknown kind", "o mapa de páginas é de tipo desconhecido",

@@ -109,8 +109,7 @@ TEST(Check, TellsOfAJournalBesideTheFile) {
                     AllOf(StartsWith("warning"), HasSubstr("que não chegou a mudar nada"),
                           HasSubstr(journal.filename().string())));
 
-        file.put<std::uint16_t>(PageNo{0}, file.format().commitPairsAt + 2 * 3,
-                                CommitPairs::kWriting);
+        file.putPair(3, CommitPairs::kWriting);
         report = file.check();
         EXPECT_THAT(listed(report),
                     AllOf(StartsWith("error"), HasSubstr("abra o banco de dados com o programa"),

@@ -42,6 +42,10 @@ public:
     [[nodiscard]] std::size_t realIndexBlock(std::size_t index);
     [[nodiscard]] std::size_t logicalIndexBlock(std::size_t index);
     [[nodiscard]] std::size_t columnNames() const { return columnBlock(cheques.columns.size()); }
+    /// The commit pair of a user (see CommitPairs.h).
+    void putPair(std::size_t user, std::uint16_t value) {
+        put<std::uint16_t>(jet::PageNo{0}, format_.commitPairsAt + 2 * user, value);
+    }
     void setBit(jet::RowId map, jet::PageNo page, bool on);
     void resize(std::size_t bytes) { bytes_.resize(bytes); }
     /// An empty page at the end, in use and nobody's.
