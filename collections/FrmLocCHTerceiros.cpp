@@ -194,6 +194,7 @@ void FrmLocCHTerceiros::cmdsalvar_Click() {
             repintura.repaint();
         }
     }
+    dbconectar::instance().Automacao.flush(); // an emptied list says that all of it is stored
     txtbanco->setText("");
     txtcliente->setText("");
     lstterceiros->clear();
@@ -212,7 +213,7 @@ void FrmLocCHTerceiros::baixar(const QString& lancamento) {
     ado::Transaction baixa(dbconectar::instance().Automacao);
     cheques.Delete();
     cheques.Requery();
-    baixa.commit();
+    baixa.commitLater(); // each on its own, but for the disk several at once
 }
 
 void FrmLocCHTerceiros::cmdsair_Click() { unload(); }

@@ -58,6 +58,8 @@ Session& Connection::session() const {
 void Connection::BeginTrans() { session().begin(); }
 void Connection::CommitTrans() { session().commit(); }
 void Connection::RollbackTrans() { session().rollback(); }
+void Connection::commitLater() { session().commitLater(); }
+void Connection::flush() { session().flush(); }
 
 bool Connection::inTransaction() const noexcept {
     return session_ && session_->database().inTransaction();

@@ -44,6 +44,12 @@ public:
     void CommitTrans();
     void RollbackTrans();
     [[nodiscard]] bool inTransaction() const noexcept;
+    /// As CommitTrans(), but written together with the transactions that follow it within half a
+    /// second: see jet::Database::commitLater(). Ends with flush().
+    void commitLater();
+    /// Writes all that is committed, or changed outside a transaction. @throws Error{io, full,
+    /// ...}.
+    void flush();
 
     /// Writes changes made outside a transaction when they are old enough; to be called while
     /// idle, every half second or so. Does nothing if closed.
@@ -71,6 +77,10 @@ public:
     ~Transaction();
     void commit() {
         connection_.CommitTrans();
+        done_ = true;
+    }
+    void commitLater() {
+        connection_.commitLater();
         done_ = true;
     }
 

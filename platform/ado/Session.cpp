@@ -91,9 +91,9 @@ void Session::begin() {
     settle();
 }
 
-void Session::commit() {
+void Session::end(void (jet::Database::*way)()) {
     lookForStrangers();
-    database_.commit();
+    (database_.*way)();
     seen_.commit();
     settle();
 }
@@ -116,6 +116,12 @@ void Session::rollback() {
 void Session::flushIfDue() {
     lookForStrangers();
     database_.flushIfDue();
+    settle();
+}
+
+void Session::flush() {
+    lookForStrangers();
+    database_.flush();
     settle();
 }
 

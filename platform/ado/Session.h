@@ -53,10 +53,12 @@ public:
     [[nodiscard]] SeenRows& seen() noexcept { return seen_; }
 
     void begin();
-    void commit();
+    void commit() { end(&jet::Database::commit); }
+    void commitLater() { end(&jet::Database::commitLater); }
     /// The news then tell of the opposite of what the transaction did.
     void rollback();
     void flushIfDue();
+    void flush();
 
     /// Where the news end now.
     [[nodiscard]] NewsPlace now();
@@ -71,6 +73,7 @@ public:
 private:
     void lookForStrangers();
     void beginEpoch();
+    void end(void (jet::Database::*way)());
     void settle();
     void note(const Change& change);
     void wrote(const jet::Table& table, jet::RowId row, Change::Kind kind);

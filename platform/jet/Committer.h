@@ -20,6 +20,12 @@ namespace jet {
 /// changes. Were another program to write as the same user and die before we open the file again,
 /// recover() would still put no page back: all of them hold their new content by then.
 ///
+/// Four it has to be. 1 and 2 are of two files: done together they would be two all the same. 4
+/// could only wait if this journal stayed whole until then, beside that of the next transaction;
+/// and after a power cut another program would find a file that is whole still marked as being
+/// written, long after the operator was told that it is stored. Who has many transactions to write
+/// gathers them instead: see Database::commitLater().
+///
 /// The caller holds what keeps others from writing and reading (see Sharing).
 class Committer {
 public:

@@ -150,9 +150,11 @@ Database::Database(const std::filesystem::path& path, const Options& options) {
 }
 
 Database::~Database() {
-    if (!parts_ || parts_->explicitTransaction)
+    if (!parts_)
         return;
     try {
+        if (parts_->explicitTransaction)
+            rollback();
         parts_->flush();
     } catch (...) {
         // Who needs to know calls flush() first; nobody is left to be told here.
@@ -339,8 +341,14 @@ void Database::begin() {
         throw Error(Errc::readOnly, *parts_->readOnly);
     if (const auto& reason = parts_->sharing->lastingReason())
         throw Error(Errc::readOnly, *reason);
-    parts_->flush();
-    parts_->pager.begin();
+    if (parts_->gathersTransactions)
+        parts_->flushIfDue();
+    else
+        parts_->flush();
+    if (parts_->pendingSince)
+        parts_->onGathered.emplace(parts_->pager);
+    else
+        parts_->pager.begin();
     parts_->explicitTransaction = true;
 }
 
@@ -352,10 +360,32 @@ void Database::commit() {
     parts_->end();
 }
 
+void Database::commitLater() {
+    // Who looks for a table must not find one that may yet be undone.
+    if (!parts_->explicitTransaction || parts_->catalogChanged)
+        return commit();
+    if (!parts_->pager.hasChanges())
+        return parts_->end();
+    if (parts_->onGathered) {
+        parts_->onGathered->keep();
+        parts_->onGathered.reset();
+    }
+    parts_->explicitTransaction = false;
+    parts_->gathersTransactions = true;
+    if (!parts_->pendingSince)
+        parts_->pendingSince = std::chrono::steady_clock::now();
+    parts_->flushIfDue();
+}
+
 void Database::rollback() {
     if (!parts_->explicitTransaction)
         throw Error(Errc::misuse, "Não há transação aberta.");
-    parts_->end();
+    if (parts_->onGathered) {
+        parts_->onGathered.reset();
+        parts_->explicitTransaction = false;
+    } else {
+        parts_->end();
+    }
     if (std::exchange(parts_->catalogChanged, false)) {
         const Pager::Section section(parts_->pager);
         loadCatalog();

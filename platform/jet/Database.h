@@ -107,6 +107,11 @@ public:
     void begin();
     void commit();
     void rollback();
+    /// As commit(), but what the transaction has changed is gathered, as are changes outside one:
+    /// on the disk half a second later at most, and nobody else sees it before. For one of many
+    /// transactions of one piece of work, which calls flush() at its end. Each can still be rolled
+    /// back on its own.
+    void commitLater();
     /// Inside a transaction: from here on nobody else changes the file until it ends, and all that
     /// others have written until now has been noticed. The first change does it by itself.
     /// @throws Error{locked, readOnly}.
@@ -154,6 +159,10 @@ public:
     ~Transaction();
     void commit() {
         database_.commit();
+        done_ = true;
+    }
+    void commitLater() {
+        database_.commitLater();
         done_ = true;
     }
 

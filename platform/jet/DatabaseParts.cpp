@@ -91,13 +91,15 @@ Database::Parts::Change::~Change() {
 
 void Database::Parts::end() noexcept {
     pager.rollback();
-    explicitTransaction = false;
+    onGathered.reset();
+    explicitTransaction = gathersTransactions = false;
+    pendingSince.reset();
     if (sharing)
         sharing->endWriting();
 }
 
 void Database::Parts::flush() {
-    if (!pendingSince)
+    if (!pendingSince || explicitTransaction)
         return;
     flushing_ = true;
     try {
@@ -105,23 +107,20 @@ void Database::Parts::flush() {
     } catch (const Error& error) {
         flushing_ = false;
         // What another program has overtaken can never be written.
-        if (error.code() == Errc::conflict) {
-            pendingSince.reset();
+        if (error.code() == Errc::conflict)
             end();
-        }
         throw;
     } catch (...) {
         flushing_ = false;
         throw;
     }
     flushing_ = false;
-    pendingSince.reset();
     end();
 }
 
 void Database::Parts::flushIfDue() {
     // The program's clock may strike while the wait hook lets its window be painted.
-    if (!pendingSince || flushing_ || changes_ > 0)
+    if (!pendingSince || explicitTransaction || flushing_ || changes_ > 0)
         return;
     const auto now = steady_clock::now();
     bool due = now - *pendingSince >= kLongestPending;

@@ -25,8 +25,11 @@ struct Database::Parts {
     std::optional<Sharing> sharing;       ///< leaves before the file is closed
     std::map<std::string, Entry> catalog; ///< by folded name
     bool explicitTransaction = false;
-    bool catalogChanged = false; ///< by the open transaction
-    bool catalogStale = false;   ///< another has written since it was read
+    /// Around an explicit transaction that stands on gathered changes: these stay if it is undone.
+    std::optional<Pager::Statement> onGathered;
+    bool gathersTransactions = false; ///< what is gathered ends with one: see commitLater()
+    bool catalogChanged = false;      ///< by the open transaction
+    bool catalogStale = false;        ///< another has written since it was read
     std::optional<std::chrono::steady_clock::time_point> pendingSince;
 
     /// Of a file that nobody else knows: Sharing comes with share().
@@ -77,7 +80,7 @@ struct Database::Parts {
         }
     }
 
-    /// The explicit transaction's end, well or badly.
+    /// Nothing is gathered and no transaction open any more; what wasn't written is undone.
     void end() noexcept;
     void flush();
     void flushIfDue();

@@ -118,7 +118,7 @@ std::span<std::byte> Pager::change(PageNo page) {
     std::shared_ptr<PageImage>& mine = changed_[page];
     std::shared_ptr<PageImage> before = mine;
     try {
-        const bool keepBefore = before_ && !before_->contains(page);
+        const bool keepBefore = !undo_.empty() && !undo_.back().before.contains(page);
         if (!mine) {
             const PageRef committed = readCommitted(page);
             mine = std::make_shared<PageImage>(committed.bytes().begin(), committed.bytes().end());
@@ -127,7 +127,7 @@ std::span<std::byte> Pager::change(PageNo page) {
             mine = std::make_shared<PageImage>(*mine);
         }
         if (keepBefore)
-            before_->emplace(page, before);
+            undo_.back().before.emplace(page, before);
     } catch (...) {
         if (!before)
             changed_.erase(page);
@@ -146,8 +146,8 @@ PageNo Pager::append() {
                                     " GB). Apague registros antigos e compacte o arquivo.");
     const auto page = static_cast<PageNo>(pageCount_);
     changed_.emplace(page, std::make_shared<PageImage>(format_.pageSize));
-    if (before_)
-        before_->emplace(page, nullptr);
+    if (!undo_.empty())
+        undo_.back().before.emplace(page, nullptr);
     ++pageCount_;
     ++generation_;
     return page;
@@ -176,7 +176,7 @@ ChangedPages Pager::changedPages() {
 }
 
 void Pager::commit() {
-    assert(inTransaction_ && !before_);
+    assert(inTransaction_);
     requireUsable();
     if (!changed_.empty()) {
         const ChangedPages changed = changedPages();
@@ -196,6 +196,7 @@ void Pager::commit() {
         }
         changed_.clear();
     }
+    undo_.clear();
     committedPageCount_ = pageCount_;
     inTransaction_ = false;
 }
@@ -204,40 +205,43 @@ void Pager::rollback() noexcept {
     if (!inTransaction_)
         return;
     changed_.clear();
-    before_.reset();
+    undo_.clear();
     pageCount_ = committedPageCount_;
     inTransaction_ = false;
     ++generation_;
 }
 
-Pager::Statement::Statement(Pager& pager) : pager_(pager) {
-    assert(pager.inTransaction_ && !pager.before_);
-    pager.before_.emplace();
-    pager.pageCountBefore_ = pager.pageCount_;
+Pager::Statement::Statement(Pager& pager) : pager_(pager), depth_(pager.undo_.size()) {
+    assert(pager.inTransaction_);
+    pager.undo_.push_back({pager.pageCount_, {}});
 }
 
 Pager::Statement::~Statement() {
-    if (!kept_)
-        pager_.undoStatement();
-}
-
-void Pager::Statement::keep() noexcept {
-    pager_.before_.reset();
-    kept_ = true;
-}
-
-void Pager::undoStatement() noexcept {
-    if (!before_)
+    if (pager_.undo_.size() <= depth_)
         return;
-    for (auto& [page, image] : *before_) {
+    assert(pager_.undo_.size() == depth_ + 1);
+    Undo& undo = pager_.undo_.back();
+    for (auto& [page, image] : undo.before) {
         if (image)
-            changed_[page] = std::move(image);
+            pager_.changed_[page] = std::move(image);
         else
-            changed_.erase(page);
+            pager_.changed_.erase(page);
     }
-    before_.reset();
-    pageCount_ = pageCountBefore_;
-    ++generation_;
+    pager_.pageCount_ = undo.pageCount;
+    pager_.undo_.pop_back();
+    ++pager_.generation_;
+}
+
+void Pager::Statement::keep() {
+    if (pager_.undo_.size() <= depth_)
+        return;
+    auto& mine = pager_.undo_.back().before;
+    if (depth_ > 0) {
+        auto& outer = pager_.undo_[depth_ - 1].before;
+        outer.reserve(outer.size() + mine.size());
+        outer.merge(mine); // of a page in both, the outer one's image is the older
+    }
+    pager_.undo_.pop_back();
 }
 
 } // namespace jet

@@ -84,7 +84,7 @@ public:
     /// What `look` finds in the file, all of one state. It may be called again, if a foreign
     /// program has written meanwhile; so it must begin anew each time.
     template <class Look>
-    auto look(Look&& look) {
+    decltype(auto) look(Look&& look) {
         if (!opensSection())
             return look();
         for (int attempt = 1;; ++attempt) {
@@ -117,20 +117,23 @@ public:
     /// No effect outside a transaction.
     void rollback() noexcept;
 
-    /// Undoes what one statement has done so far, if it isn't kept: a transaction goes on after a
-    /// statement that failed as if that statement had never begun.
+    /// Undoes what has been changed while it lived, if it isn't kept: a transaction goes on after a
+    /// statement that failed as if that statement had never begun. They nest: what an inner one
+    /// keeps the outer may still undo. The transaction's end ends all of them.
     class Statement {
     public:
         explicit Statement(Pager& pager);
         Statement(const Statement&) = delete;
         Statement& operator=(const Statement&) = delete;
         ~Statement();
-        void keep() noexcept;
+        void keep();
 
     private:
         Pager& pager_;
-        bool kept_ = false;
+        std::size_t depth_; ///< of those outside it
     };
+    /// Whether the open transaction has changed anything.
+    [[nodiscard]] bool hasChanges() const noexcept { return !changed_.empty(); }
 
 private:
     struct Cached {
@@ -142,7 +145,6 @@ private:
     [[nodiscard]] PageRef readCommitted(PageNo page);
     void remember(PageNo page, std::shared_ptr<const PageImage> image);
     void forgetCache() noexcept;
-    void undoStatement() noexcept;
     void requireUsable() const;
     [[nodiscard]] bool opensSection() const noexcept;
     [[nodiscard]] bool disturbed(int attempt) const;
@@ -159,9 +161,12 @@ private:
     std::uint64_t refreshes_ = 0;
 
     std::unordered_map<PageNo, std::shared_ptr<PageImage>> changed_;
-    /// While a statement runs: each page it changed, as it was before (null: not changed before).
-    std::optional<std::unordered_map<PageNo, std::shared_ptr<PageImage>>> before_;
-    std::uint32_t pageCountBefore_ = 0;
+    struct Undo {
+        std::uint32_t pageCount;
+        /// Each page changed since, as it was before (null: not changed before).
+        std::unordered_map<PageNo, std::shared_ptr<PageImage>> before;
+    };
+    std::vector<Undo> undo_; ///< of the statements at work, the innermost last
 
     Order recent_; ///< most recently used first
     std::unordered_map<PageNo, Order::iterator> cache_;

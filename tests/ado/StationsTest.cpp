@@ -161,4 +161,30 @@ TEST_P(StationsTest, WhatIsNotYetWrittenIsSeenByNobodyElse) {
     EXPECT_EQ(shown(theirs, "1"), "Meu");
 }
 
+TEST_P(StationsTest, TransactionsOfOnePieceOfWorkShowWhenItEnds) {
+    Recordset mine;
+    Recordset theirs;
+    mine.Open("bancos", connection);
+    theirs.Open("bancos", other);
+    for (const char* code : {"1", "2"}) {
+        ado::Transaction transaction(connection);
+        mine.MoveFirst();
+        mine.Find(std::string("codigo=") + code);
+        mine.Delete();
+        transaction.commitLater();
+    }
+    {
+        ado::Transaction undone(connection);
+        mine.MoveFirst();
+        mine.Delete();
+    }
+    mine.Requery();
+    EXPECT_EQ(mine.RecordCount(), 1);
+    EXPECT_EQ(theirs.RecordCount(), 3);
+    connection.flush();
+    EXPECT_EQ(theirs.RecordCount(), 1);
+    save(other, theirs, "3", "Deles");
+    EXPECT_EQ(shown(mine, "3"), "Deles");
+}
+
 } // namespace

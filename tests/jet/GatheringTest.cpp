@@ -1,0 +1,212 @@
+// Transactions that are written together: each is done or undone on its own, and for the disk and
+// the other stations they are one.
+#include "jet/Check.h"
+#include "jet/LockFile.h"
+#include "jet/MemoryDisk.h"
+#include "jet/ShopWork.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+
+using namespace jet;
+
+namespace {
+
+constexpr int kMany = 20;
+
+class GatheredTransactions : public testing::TestWithParam<Version> {
+protected:
+    GatheredTransactions() : disk(emptyShop(GetParam())) {
+        file.emplace(kPath, on(disk));
+        other.emplace(kPath, on(disk));
+    }
+
+    static void add(Database& where, std::int64_t client) {
+        Row row(7);
+        row[1] = client;
+        row[2] = std::to_string(client);
+        row[5] = std::string(200, 'a');
+        where.table("Cheques").insert(row);
+    }
+    void addLater(std::int64_t client) {
+        Transaction transaction(*file);
+        add(*file, client);
+        transaction.commitLater();
+    }
+    static std::int64_t count(Database& where) { return where.table("Cheques").rowCount(); }
+    [[nodiscard]] std::ptrdiff_t syncs() const {
+        return std::ranges::count(disk.record(), MemoryDisk::Operation::Kind::sync,
+                                  &MemoryDisk::Operation::kind);
+    }
+    void expectClean() {
+        for (const Finding& finding : check(kPath, disk).findings)
+            ADD_FAILURE() << finding.sentence;
+    }
+
+    MemoryDisk disk;
+    std::optional<Database> file;
+    std::optional<Database> other;
+};
+
+INSTANTIATE_TEST_SUITE_P(, GatheredTransactions, testing::Values(Version::jet3, Version::jet4),
+                         [](const auto& version) {
+                             return std::string(version.param == Version::jet3 ? "Jet3" : "Jet4");
+                         });
+
+TEST_P(GatheredTransactions, CostTheDiskAsMuchAsOne) {
+    const std::ptrdiff_t before = syncs();
+    add(*file, 0);
+    file->flush();
+    const std::ptrdiff_t one = syncs() - before;
+    for (int i = 1; i <= kMany; ++i)
+        addLater(i);
+    file->flush();
+    // On a machine that stands still for half a second they are written in two parts.
+    EXPECT_LE(syncs() - before - one, 2 * one);
+    EXPECT_EQ(count(*other), 1 + kMany);
+    expectClean();
+}
+
+TEST_P(GatheredTransactions, ShowToOthersWhenTheyAreWritten) {
+    addLater(1);
+    addLater(2);
+    EXPECT_EQ(count(*file), 2);
+    EXPECT_EQ(count(*other), 0);
+    EXPECT_FALSE(file->inTransaction());
+    file->flush();
+    EXPECT_EQ(count(*other), 2);
+}
+
+TEST_P(GatheredTransactions, AreWrittenAtOnceWhenAnotherStationWaits) {
+    File lock("/loja/automacao.ldb", File::Mode::readWrite, disk);
+    ASSERT_TRUE(lock.tryLock(Disk::Lock::shared, LockFile::kWantsWriting));
+    addLater(1);
+    EXPECT_EQ(count(*other), 1);
+}
+
+TEST_P(GatheredTransactions, AreWrittenByTheNextThatIsCommittedInFull) {
+    addLater(1);
+    {
+        Transaction transaction(*file);
+        add(*file, 2);
+        transaction.commit();
+    }
+    EXPECT_EQ(count(*other), 2);
+    add(*other, 3); // nothing is left locked
+    other->flush();
+    EXPECT_EQ(count(*file), 3);
+}
+
+TEST_P(GatheredTransactions, StayWhenTheNextIsUndone) {
+    addLater(1);
+    const std::uint64_t before = contentOf(*file);
+    {
+        Transaction undone(*file);
+        Table& table = file->table("Cheques");
+        RowCursor row = table.scan();
+        ASSERT_TRUE(row.first());
+        const Assignment longer[] = {
+            {5, std::string(9000, 'b')}
+        };
+        table.update(row.id(), longer);
+        Row again(7);
+        again[0] = std::int64_t{1};
+        EXPECT_THROW(table.insert(again), Error);
+        add(*file, 2);
+    }
+    EXPECT_EQ(contentOf(*file), before);
+    EXPECT_EQ(count(*other), 0);
+    file->flush();
+    EXPECT_EQ(contentOf(*other), before);
+    expectClean();
+}
+
+TEST_P(GatheredTransactions, AreWrittenWithoutTheOneThatIsOpen) {
+    addLater(1);
+    file->begin();
+    add(*file, 2);
+    file->flush();
+    file->flushIfDue();
+    EXPECT_EQ(count(*other), 0);
+    file.reset();
+    EXPECT_EQ(count(*other), 1);
+    expectClean();
+}
+
+TEST_P(GatheredTransactions, AreKeptWhenTheDiskIsFullAndWrittenWhenItIsNot) {
+    addLater(1);
+    disk.failWrites = std::string(kPath) + "-journal";
+    EXPECT_THROW(file->flush(), Error);
+    EXPECT_EQ(count(*file), 1);
+    disk.failWrites.clear();
+    file->flush();
+    EXPECT_EQ(count(*other), 1);
+}
+
+TEST_P(GatheredTransactions, ThatChangeNothingHoldNobodyUp) {
+    {
+        Transaction nothing(*file);
+        nothing.commitLater();
+    }
+    {
+        Transaction claimed(*file);
+        file->claim();
+        claimed.commitLater();
+    }
+    add(*other, 1);
+    other->flush();
+    EXPECT_EQ(count(*file), 1);
+}
+
+TEST_P(GatheredTransactions, ATableMadeInOneIsThereForAllAtOnce) {
+    addLater(1);
+    {
+        Transaction transaction(*file);
+        file->createTable({"nova", {{"codigo", ColumnType::longInteger}}, {}});
+        transaction.commitLater();
+    }
+    EXPECT_TRUE(other->hasTable("nova"));
+    EXPECT_EQ(count(*other), 1);
+}
+
+TEST_P(GatheredTransactions, EndAsIfEachHadBeenWrittenByItself) {
+    std::mt19937 random(3);
+    const auto change = [&](Table& table) {
+        RowCursor row = table.scan();
+        if (random() % 3 == 0 && row.first()) {
+            table.erase(row.id());
+        } else if (random() % 3 == 0 && row.last()) {
+            const Assignment longer[] = {
+                {5, std::string(random() % 5000, 'c')}
+            };
+            table.update(row.id(), longer);
+        } else {
+            add(*file, static_cast<std::int64_t>(random() % 1000));
+        }
+    };
+    for (int i = 0; i < 150; ++i) {
+        const std::uint64_t before = contentOf(*file);
+        Transaction transaction(*file);
+        for (unsigned changes = random() % 4; changes > 0; --changes)
+            change(file->table("Cheques"));
+        const std::uint64_t after = contentOf(*file);
+        if (random() % 3 == 0) {
+            file->rollback();
+            ASSERT_EQ(contentOf(*file), before);
+        } else {
+            transaction.commitLater();
+            ASSERT_EQ(contentOf(*file), after);
+        }
+        if (random() % 10 == 0) {
+            file->flush();
+            ASSERT_EQ(contentOf(*other), contentOf(*file));
+        }
+    }
+    file->flush();
+    EXPECT_EQ(contentOf(*other), contentOf(*file));
+    expectClean();
+}
+
+} // namespace
