@@ -25,6 +25,9 @@ namespace {
 
 // How often changes that wait to be written are looked at while the operator does nothing.
 constexpr auto kFlushInterval = 200ms;
+// What another station has stored shows by so much later at most, which nobody notices; in return a
+// list of many rows doesn't ask for it at each field.
+constexpr auto kNewsHold = 5ms;
 
 QString descricao(const std::exception_ptr& falha) {
     try {
@@ -128,6 +131,7 @@ int executarPrograma(int argc, char** argv) {
     int status = EXIT_FAILURE;
     if (frmSplash::instance().load()) {
         gravacao.start(kFlushInterval);
+        dbconectar::instance().Automacao.database().setNewsHold(kNewsHold);
         status = QApplication::exec();
     }
     WindowList::instance().clear();

@@ -7,6 +7,7 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
 #include <limits>
 #include <optional>
 #include <tuple>
@@ -17,6 +18,7 @@ namespace {
 
 using jet::Errc;
 using jet::Error;
+using std::chrono::steady_clock;
 
 /// What a statement may ask of SQLite. Far beyond what the windows need, and small enough that a
 /// hostile text ends in an error rather than in the machine's memory.
@@ -37,6 +39,9 @@ constexpr Limit kLimits[] = {
     {SQLITE_LIMIT_VDBE_OP,             250000  },
     {SQLITE_LIMIT_WORKER_THREADS,      0       },
 };
+
+/// So long may several steps keep other stations from writing.
+constexpr std::chrono::milliseconds kLongestSteps{3};
 
 /// How SQLite says that a name is unknown, and how the operator is told.
 struct Message {
@@ -113,7 +118,30 @@ void Statement::bind(int number, const jet::Value& value) {
 }
 
 bool Statement::step() {
+    if (sqlite3_stmt_busy(statement_.get()) == 0)
+        return database_->pager().look([this] {
+            reset();
+            return stepInside();
+        });
+    // In its middle it can't be begun anew, should another station have written.
     const jet::Reading reading(*database_);
+    return stepInside();
+}
+
+bool Statement::steps(std::size_t most, const std::function<void()>& row) {
+    std::optional<jet::Reading> reading;
+    if (most > 1)
+        reading.emplace(*database_);
+    const auto begun = steady_clock::now();
+    do {
+        if (!step())
+            return false;
+        row();
+    } while (--most > 0 && steady_clock::now() - begun < kLongestSteps);
+    return true;
+}
+
+bool Statement::stepInside() {
     const int result = sqlite3_step(statement_.get());
     trap_->rethrow();
     if (result == SQLITE_ROW)

@@ -4,6 +4,7 @@
 #include "jet/Database.h"
 
 #include <exception>
+#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -49,6 +50,10 @@ public:
     void bind(int number, const jet::Value& value);
     /// To the next row; false after the last. What one step reads is of one state of the file.
     bool step();
+    /// As step() up to `most` times, all of one state of the file: calls `row` on each row. Stops
+    /// early, but not before the first, when it has kept others from writing for a few thousandths
+    /// of a second. False after the last row.
+    bool steps(std::size_t most, const std::function<void()>& row);
     /// Back to before the first row.
     void reset();
 
@@ -70,6 +75,7 @@ private:
     };
     Statement(sqlite3_stmt* statement, Trap& trap, jet::Database& database)
         : statement_(statement), trap_(&trap), database_(&database) {}
+    bool stepInside();
 
     std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
     Trap* trap_;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
 
 namespace ado {
 
@@ -53,11 +54,10 @@ Query::Query(jet::Database& database, Engine& engine, const std::string& source,
     const Spelling spelling = engine.spelling();
     const std::string table = isTable ? spelling(name) : "";
     select_ = parseSelect(isTable ? "select * from [" + table + "]" : source, spelling);
-    const Statement whole = engine.prepare(select_.text);
     if (select_.plain)
         describeLive();
     if (!select_.plain)
-        describeComputed(whole);
+        describeComputed();
 }
 
 // ---- fields -----------------------------------------------------------------------------------
@@ -80,8 +80,13 @@ void Query::addField(const SelectItem& item, std::size_t table, std::size_t colu
 
 /// Leaves the query computed if its rows can't be named by ids: then it can be read all the same.
 void Query::describeLive() {
+    select_.plain = std::ranges::all_of(
+        select_.tables, [&](const SourceTable& from) { return database_.hasTable(from.table); });
+    if (!select_.plain)
+        return;
     for (const SourceTable& table : select_.tables)
         tables_.push_back(&database_.table(table.table));
+    bool ambiguous = false;
     for (const SelectItem& item : select_.items) {
         const std::size_t before = fields_.size();
         for (const std::size_t table : tablesOf(item.qualifier)) {
@@ -94,9 +99,14 @@ void Query::describeLive() {
         }
         if (fields_.size() == before)
             select_.plain = false;
+        ambiguous = ambiguous || (!item.column.empty() && fields_.size() > before + 1);
     }
+    if (!select_.plain)
+        return;
+    if (ambiguous)
+        static_cast<void>(engine_.prepare(select_.text)); // it may be an error in a list of columns
     try {
-        static_cast<void>(engine_.prepare(statement()));
+        tryStatement();
     } catch (const Error&) {
         select_.plain = false; // joins nested to the right: SQLite hides the ids inside
     }
@@ -107,9 +117,11 @@ void Query::describeLive() {
     findColumnOrder();
 }
 
-void Query::describeComputed(const Statement& statement) {
+void Query::describeComputed() {
     tables_.clear();
     fields_.clear();
+    tryStatement();
+    const Statement& statement = tried_->statement;
     for (int i = 0; i < statement.columns(); ++i)
         fields_.push_back(
             {statement.columnName(i), statement.columnTable(i), 0, static_cast<std::size_t>(i)});
@@ -172,7 +184,7 @@ void Query::setFilter(const std::string& condition) {
     try {
         if (!none) {
             filterSql_ = parseCondition(condition, spelling());
-            static_cast<void>(engine_.prepare(statement()));
+            tryStatement();
         }
     } catch (const Error&) {
         filter_ = filter;
@@ -188,7 +200,7 @@ void Query::setSort(const std::string& fields) {
     try {
         if (!none) {
             sortTerms_ = parseSort(fields, spelling());
-            static_cast<void>(engine_.prepare(statement()));
+            tryStatement();
         }
     } catch (const Error&) {
         sort_ = sort;
@@ -247,6 +259,18 @@ std::string Query::statement() const {
     return "select * from (" + select_.text + ")" + where("") + order();
 }
 
+void Query::tryStatement() {
+    std::string sql = statement();
+    Statement statement = engine_.prepare(sql);
+    tried_.emplace(Tried{std::move(sql), std::move(statement)});
+}
+
+Statement Query::takeStatement() {
+    const std::string sql = statement();
+    auto tried = std::exchange(tried_, std::nullopt);
+    return tried && tried->sql == sql ? std::move(tried->statement) : engine_.prepare(sql);
+}
+
 // ---- rows -------------------------------------------------------------------------------------
 
 bool Query::isWholeTable() const {
@@ -264,9 +288,11 @@ bool Query::isWholeTable() const {
 }
 
 std::unique_ptr<Rows> Query::rows() {
-    if (isWholeTable())
+    if (isWholeTable()) {
+        tried_.reset();
         return std::make_unique<TableWalk>(*tables_.front());
-    Statement rows = engine_.prepare(statement());
+    }
+    Statement rows = takeStatement();
     if (!live())
         return std::make_unique<ComputedRows>(std::move(rows));
     if (tables_.size() > 1)

@@ -67,12 +67,15 @@ private:
     /// The file's spelling of a name, aliases included.
     [[nodiscard]] Spelling spelling();
     void describeLive();
-    void describeComputed(const Statement& statement);
+    void describeComputed();
     void addField(const SelectItem& item, std::size_t table, std::size_t column);
     [[nodiscard]] std::vector<std::size_t> tablesOf(const std::string& qualifier) const;
     [[nodiscard]] bool isWholeTable() const;
     [[nodiscard]] std::string rowIds() const;
     [[nodiscard]] std::string statement() const;
+    /// @throws what Engine::prepare() throws, if statement() isn't right.
+    void tryStatement();
+    [[nodiscard]] Statement takeStatement();
     [[nodiscard]] std::string where(const std::string& more) const;
     [[nodiscard]] std::string order() const;
     /// That a row isn't before the one whose key columns are bound, its first `place` columns
@@ -92,6 +95,11 @@ private:
     std::vector<QueryField> fields_;
     std::map<std::string, std::string> aliases_; ///< folded, and the column that each stands for
     mutable std::map<std::string, std::size_t, std::less<>> named_; ///< names asked for so far
+    struct Tried {
+        std::string sql;
+        Statement statement;
+    };
+    std::optional<Tried> tried_; ///< what was found to be right and waits for rows()
 
     std::string filter_;
     std::string filterSql_;

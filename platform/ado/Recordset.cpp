@@ -122,8 +122,12 @@ void Recordset::Parts::findInWalk(TableWalk& walk, Statement statement) {
 
 void Recordset::Parts::findInList(RowList& list, Statement statement) {
     std::unordered_set<std::int64_t> candidates;
-    while (statement.step())
-        candidates.insert(statement.integer(0));
+    session.database().pager().look([&] {
+        candidates.clear();
+        statement.reset();
+        while (statement.step())
+            candidates.insert(statement.integer(0));
+    });
     const auto& ids = list.ids();
     const auto from = ids.begin() + static_cast<std::ptrdiff_t>(list.place());
     const auto found = candidates.size() == 1 ? std::find(from, ids.end(), *candidates.begin())
@@ -137,11 +141,15 @@ void Recordset::Parts::findInList(RowList& list, Statement statement) {
 
 void Recordset::Parts::findInJoin(JoinRows& joined, Statement statement) {
     std::vector<std::vector<std::int64_t>> candidates;
-    while (statement.step()) {
-        auto& ids = candidates.emplace_back();
-        for (int i = 0; i < statement.columns(); ++i)
-            ids.push_back(statement.integer(i));
-    }
+    session.database().pager().look([&] {
+        candidates.clear();
+        statement.reset();
+        while (statement.step()) {
+            auto& ids = candidates.emplace_back();
+            for (int i = 0; i < statement.columns(); ++i)
+                ids.push_back(statement.integer(i));
+        }
+    });
     std::ranges::sort(candidates);
     bool there = true;
     while (there && !std::ranges::binary_search(candidates, joined.ids()))

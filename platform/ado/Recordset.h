@@ -43,7 +43,7 @@ enum class EditMode : int { None = 0, InProgress = 1, Add = 2 };
 /// A set over one table (all columns, `t.*` or plain columns, no "group by" or "distinct") can be
 /// changed; of a join or a computed result the rows can only be read. A whole table costs nothing
 /// to open, whatever its size; other sets over one table remember 8 bytes for each row; joins and
-/// computed results are fetched as they are walked.
+/// computed results are fetched as they are walked, some rows ahead.
 ///
 /// What changes while it is open: a row deleted through the same connection is gone at once, one
 /// changed stays in its place, one added comes last (in a whole table: at its place); Requery()

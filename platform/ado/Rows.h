@@ -3,9 +3,12 @@
 #include "ado/Engine.h"
 #include "jet/Table.h"
 
+#include <algorithm>
 #include <deque>
+#include <exception>
 #include <optional>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 /// The rows of a recordset and a place among them, in four kinds: a whole table walked by its key
@@ -94,9 +97,11 @@ private:
     bool gone_ = false; ///< the row stood on was erased; at_ is the one after it
 };
 
-/// What a statement gives, fetched as far as it has been walked, and kept.
+/// What a statement gives, fetched as far as it has been walked and somewhat beyond, and kept.
 template <class Cell, class Base>
 class Fetched : public Base {
+    static constexpr std::size_t kLargestBatch = 64;
+
 public:
     explicit Fetched(Statement statement)
         : statement_(std::move(statement)), width_(static_cast<std::size_t>(statement_.columns())) {
@@ -127,19 +132,29 @@ protected:
     [[nodiscard]] std::vector<Cell>& cells() noexcept { return cells_; }
 
 private:
+    /// One more row at least; false if there is none.
     bool fetch() {
+        if (failure_)
+            std::rethrow_exception(std::exchange(failure_, nullptr));
         if (complete_)
             return false;
+        const std::size_t before = fetched_;
         complete_ = true; // also when it fails: a failed statement would begin anew
-        if (!statement_.step()) {
-            statement_.reset();
-            return false;
+        try {
+            complete_ = !statement_.steps(batch_, [this] {
+                for (std::size_t i = 0; i < width_; ++i)
+                    cells_.push_back(read(statement_, static_cast<int>(i)));
+                ++fetched_;
+            });
+        } catch (...) {
+            if (fetched_ == before)
+                throw;
+            failure_ = std::current_exception(); // of a row that nobody has come to yet
         }
-        complete_ = false;
-        for (std::size_t i = 0; i < width_; ++i)
-            cells_.push_back(read(statement_, static_cast<int>(i)));
-        ++fetched_;
-        return true;
+        if (complete_)
+            statement_.reset();
+        batch_ = std::min(2 * batch_, kLargestBatch);
+        return fetched_ > before;
     }
     bool goTo(std::size_t place) {
         while (fetched_ <= place) {
@@ -161,7 +176,9 @@ private:
     std::vector<Cell> cells_;
     std::size_t fetched_ = 0;
     std::size_t at_ = 0;
+    std::size_t batch_ = 1; ///< rows to fetch next: the first shows at once, a long list costs less
     bool complete_ = false;
+    std::exception_ptr failure_; ///< what the walk will come to after the rows fetched
 };
 
 /// Rows of a join: the statement gives one row id for each table.

@@ -340,7 +340,9 @@ Select parseSelect(std::string_view statement, const Spelling& spelling) {
     const std::size_t end = command.size();
     const std::size_t fromEnd = std::min({clauses.where, clauses.orderBy, end});
     const std::size_t whereEnd = std::min(clauses.orderBy, end);
-    if (clauses.grouped || clauses.from >= fromEnd)
+    const bool unfinished = (clauses.where < end && clauses.where + 1 >= whereEnd) ||
+                            (clauses.orderBy < end && clauses.orderBy + 2 >= end);
+    if (clauses.grouped || clauses.from >= fromEnd || unfinished)
         return select;
     std::size_t list = 1;
     if (command.keyword(list) == "all")

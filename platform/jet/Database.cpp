@@ -241,8 +241,7 @@ void Database::renewCatalog() const {
 }
 
 std::vector<std::string> Database::tableNames() const {
-    const Pager::Section section(parts_->pager);
-    renewCatalog();
+    parts_->pager.look([&] { renewCatalog(); });
     std::vector<std::string> names;
     for (const auto& [key, entry] : parts_->catalog)
         if (entry.user)
@@ -251,8 +250,7 @@ std::vector<std::string> Database::tableNames() const {
 }
 
 std::vector<std::string> Database::allTableNames() const {
-    const Pager::Section section(parts_->pager);
-    renewCatalog();
+    parts_->pager.look([&] { renewCatalog(); });
     std::vector<std::string> names;
     for (const auto& [key, entry] : parts_->catalog)
         names.push_back(entry.name);
@@ -260,22 +258,22 @@ std::vector<std::string> Database::allTableNames() const {
 }
 
 bool Database::hasTable(std::string_view name) const {
-    const Pager::Section section(parts_->pager);
-    renewCatalog();
+    parts_->pager.look([&] { renewCatalog(); });
     return parts_->catalog.contains(foldedName(name));
 }
 
 Table& Database::table(std::string_view name) {
-    const Pager::Section section(parts_->pager);
-    renewCatalog();
-    const auto found = parts_->catalog.find(foldedName(name));
-    if (found == parts_->catalog.end())
-        throw Error(Errc::notFound, "O banco de dados \"" + parts_->path.string() +
-                                        "\" não tem a tabela \"" + std::string(name) + "\".");
-    Parts::Entry& entry = found->second;
-    if (!entry.table)
-        entry.table = std::make_unique<Table>(*this, entry.name, entry.definition);
-    return *entry.table;
+    return parts_->pager.look([&]() -> Table& {
+        renewCatalog();
+        const auto found = parts_->catalog.find(foldedName(name));
+        if (found == parts_->catalog.end())
+            throw Error(Errc::notFound, "O banco de dados \"" + parts_->path.string() +
+                                            "\" não tem a tabela \"" + std::string(name) + "\".");
+        Parts::Entry& entry = found->second;
+        if (!entry.table)
+            entry.table = std::make_unique<Table>(*this, entry.name, entry.definition);
+        return *entry.table;
+    });
 }
 
 Table& Database::createTable(const TableSpec& spec) {
@@ -397,6 +395,10 @@ void Database::claim() { const Parts::Change change(*parts_); }
 bool Database::inTransaction() const noexcept { return parts_->explicitTransaction; }
 void Database::flushIfDue() { parts_->flushIfDue(); }
 void Database::flush() { parts_->flush(); }
+void Database::setNewsHold(std::chrono::milliseconds time) {
+    if (parts_->sharing)
+        parts_->sharing->setNewsHold(time);
+}
 std::uint64_t Database::generation() const noexcept { return parts_->pager.generation(); }
 Pager& Database::pager() noexcept { return parts_->pager; }
 

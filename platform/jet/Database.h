@@ -124,6 +124,12 @@ public:
     void flushIfDue();
     void flush();
 
+    /// For how long what was last heard of other stations holds: what is read may then be older by
+    /// as much than what they have written by now, though still all of one state of the file, and
+    /// many readings in a row cost no more calls of the system than one. Zero at first: every
+    /// reading asks anew. What is changed is always compared with the newest.
+    void setNewsHold(std::chrono::milliseconds time);
+
     /// Grows whenever any row, index or table may have changed, by whomever.
     [[nodiscard]] std::uint64_t generation() const noexcept;
     [[nodiscard]] Pager& pager() noexcept;

@@ -333,13 +333,17 @@ void Sharing::enterSection() {
 }
 
 void Sharing::beginLook() {
-    if (!careful_ && !disturbed_ && steady_clock::now() - lookedForForeign_ < kForeignEvery &&
-        Pairs(database_, format_) == seen_) {
-        depth_ = 1;
-        light_ = true;
-    } else {
-        enterSection();
+    const auto now = steady_clock::now();
+    bool light = !careful_ && !disturbed_ && now - lookedForForeign_ < kForeignEvery;
+    if (light && now - lookedAtNews_ >= newsHold_) {
+        light = Pairs(database_, format_) == seen_;
+        if (light)
+            lookedAtNews_ = now;
     }
+    if (!light)
+        return enterSection();
+    depth_ = 1;
+    light_ = true;
 }
 
 void Sharing::makeHeavy() {
@@ -356,9 +360,12 @@ void Sharing::leaveSection() noexcept {
 
 /// Whoever sees that another has written forgets what is known of the file.
 void Sharing::lookAtNews(bool holdsWriting) {
+    const auto begun = steady_clock::now();
     Pairs pairs(database_, format_);
-    if (pairs == seen_)
+    if (pairs == seen_) {
+        lookedAtNews_ = begun;
         return;
+    }
     for (int attempt = 0; pairs.find(Pairs::kWriting); ++attempt) {
         if (!recoverDeadWriter(pairs, holdsWriting)) {
             if (suspect_)

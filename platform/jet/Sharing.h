@@ -60,6 +60,8 @@ public:
     /// that nobody has written since the cache was filled. Only for what can be done again from its
     /// beginning: see beforeRead(). Requires that none is open.
     void beginLook();
+    /// For how long beginLook() relies on what the last look at the pairs has told. Zero at first.
+    void setNewsHold(std::chrono::milliseconds time) noexcept { newsHold_ = time; }
     /// Before a page is read from the file.
     /// @throws Error{locked}, and disturbed() is true, if another station has written since
     ///         beginLook().
@@ -145,6 +147,8 @@ private:
     bool yields_ = false; ///< the last transaction ended with others waiting
     std::chrono::steady_clock::time_point lookedForForeign_{};
     std::chrono::steady_clock::time_point lookedForWriter_{};
+    std::chrono::steady_clock::time_point lookedAtNews_{};
+    std::chrono::milliseconds newsHold_{};
 };
 
 } // namespace jet

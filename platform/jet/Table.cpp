@@ -19,6 +19,7 @@ struct Table::Parts {
     TableDefinition definition;
     std::vector<IndexTree> trees;
     std::vector<std::vector<KeyColumn>> keyColumns;
+    std::vector<std::string> foldedNames; ///< of the columns
     std::optional<std::string> readOnly;
     bool verified = false;
     std::unique_ptr<const TableRules> rules; ///< null if there are none
@@ -27,7 +28,10 @@ struct Table::Parts {
 
     Parts(Database& database, Database::Parts& shared, PageNo page)
         : owner(database), file(shared),
-          definition(parseDefinition(shared.pager, page, shared.texts)) {}
+          definition(parseDefinition(shared.pager, page, shared.texts)) {
+        for (const Column& column : definition.columns)
+            foldedNames.push_back(foldedName(column.name));
+    }
 
     [[nodiscard]] Pager& pager() const noexcept { return file.pager; }
     [[nodiscard]] const Format& format() const noexcept { return file.pager.format(); }
@@ -163,11 +167,11 @@ Table::~Table() = default;
 std::span<const Column> Table::columns() const noexcept { return parts_->definition.columns; }
 
 std::optional<std::size_t> Table::findColumn(std::string_view name) const {
-    const std::string wanted = foldedName(name);
-    for (std::size_t i = 0; i < columns().size(); ++i)
-        if (foldedName(columns()[i].name) == wanted)
-            return i;
-    return std::nullopt;
+    const auto& names = parts_->foldedNames;
+    const auto found = std::ranges::find(names, foldedName(name));
+    if (found == names.end())
+        return std::nullopt;
+    return static_cast<std::size_t>(found - names.begin());
 }
 
 std::optional<std::size_t> Table::primaryKey() const noexcept {

@@ -161,6 +161,70 @@ TEST_P(StationsTest, WhatIsNotYetWrittenIsSeenByNobodyElse) {
     EXPECT_EQ(shown(theirs, "1"), "Meu");
 }
 
+TEST_P(StationsTest, WhoWalksThroughAListKeepsNobodyFromSaving) {
+    Recordset list;
+    Recordset theirs;
+    list.Open("select bancos.nome,numero from cheques inner join bancos on "
+              "cheques.banco=bancos.codigo",
+              connection);
+    theirs.Open("bancos", other);
+    for (int i = 0; !list.EOF(); list.MoveNext(), ++i) {
+        const std::string name = "Banco " + std::to_string(i);
+        save(other, theirs, "1", name.c_str());
+        save(other, theirs, "2", name.c_str());
+        save(other, theirs, "3", name.c_str());
+        EXPECT_EQ(list["bancos.nome"].text(), name);
+    }
+}
+
+TEST_P(StationsTest, NewsMayBeLateForAsLongAsTheyHold) {
+    Recordset mine;
+    Recordset theirs;
+    mine.Open("bancos", connection);
+    theirs.Open("bancos", other);
+    EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
+    connection.database().setNewsHold(std::chrono::hours(1));
+    EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
+    save(other, theirs, "2", "Deles");
+    EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
+    // What is stored counts when something is changed, not what is remembered.
+    EXPECT_EQ(errorOf([&] { save(connection, mine, "2", "Meu"); }), Errc::conflict);
+    mine.CancelUpdate();
+    EXPECT_EQ(shown(mine, "2"), "Deles");
+    save(other, theirs, "2", "Outra vez");
+    connection.database().setNewsHold({});
+    EXPECT_EQ(shown(mine, "2"), "Outra vez");
+}
+
+TEST_P(StationsTest, WhatIsNotRememberedIsNewsEvenWhileNewsHold) {
+    Connection late;
+    late.Open(connectionString());
+    late.database().setNewsHold(std::chrono::hours(1));
+    Recordset mine;
+    Recordset banks;
+    Recordset theirs;
+    mine.Open("bancos", late);
+    EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
+    banks.Open("bancos", other);
+    save(other, banks, "2", "Deles");
+    theirs.Open("cheques", other);
+    for (int i = 0; i < 200; ++i) {
+        theirs.AddNew();
+        theirs["numero"] = std::to_string(900000 + i);
+        theirs["banco"] = 2;
+        theirs.Update();
+    }
+    other.flush();
+    // Pages that nobody has read here yet: all that is seen is then as new as they are.
+    Recordset joined;
+    joined.Open("select bancos.nome, numero from cheques inner join bancos on "
+                "cheques.banco=bancos.codigo where bancos.codigo=2 and numero>='900000'",
+                late);
+    EXPECT_EQ(joined.RecordCount(), 200);
+    joined.MoveFirst();
+    EXPECT_EQ(joined["bancos.nome"].text(), "Deles");
+}
+
 TEST_P(StationsTest, TransactionsOfOnePieceOfWorkShowWhenItEnds) {
     Recordset mine;
     Recordset theirs;
