@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::int64_t kSizes[] = {100'000, 1'000'000};
 constexpr int kInserts = 1000;
+constexpr int kSettled = 100;
 
 const char* const kSum = "select sum(valor) from cheques";
 const char* const kClientList =
@@ -26,9 +27,17 @@ std::string connectionString(const std::filesystem::path& mdb) {
            mdb.string();
 }
 
+/// As the program has it open.
+class Station : public ado::Connection {
+public:
+    explicit Station(const ShopFiles& files) {
+        Open(connectionString(files.mdb));
+        database().setNewsHold(std::chrono::milliseconds(5));
+    }
+};
+
 void sumOurs(benchmark::State& state, std::int64_t cheques) {
-    ado::Connection connection;
-    connection.Open(connectionString(shopFiles(cheques).mdb));
+    Station connection(shopFiles(cheques));
     for (auto _ : state) {
         ado::Recordset rows;
         rows.Open(kSum, connection);
@@ -53,8 +62,7 @@ std::int64_t nextClient(std::int64_t& client, std::int64_t clients) {
 
 void clientListOurs(benchmark::State& state, std::int64_t cheques) {
     const ShopFiles& files = shopFiles(cheques);
-    ado::Connection connection;
-    connection.Open(connectionString(files.mdb));
+    Station connection(files);
     std::int64_t client = 0;
     for (auto _ : state) {
         ado::Recordset rows;
@@ -102,9 +110,49 @@ void clientListSqlite(benchmark::State& state, std::int64_t cheques) {
     }
 }
 
+void clientListOursWithAnother(benchmark::State& state, std::int64_t cheques) {
+    const Station another(shopFiles(cheques));
+    clientListOurs(state, cheques);
+}
+
+void clientListSqliteWithAnother(benchmark::State& state, std::int64_t cheques) {
+    const Sqlite another(shopFiles(cheques).sqlite);
+    clientListSqlite(state, cheques);
+}
+
+/// Each cheque found and deleted in a transaction of its own, as the settlement does it.
+void settleOurs(benchmark::State& state, std::int64_t cheques) {
+    Station connection(shopCopy(cheques));
+    ado::Recordset rows;
+    rows.Open("Cheques", connection);
+    std::int64_t next = 0;
+    for (auto _ : state) {
+        for (int i = 0; i < kSettled; ++i) {
+            rows.MoveFirst();
+            rows.Find("lancamento=" + std::to_string(++next * cheques / 1000));
+            ado::Transaction transaction(connection);
+            rows.Delete();
+            rows.Requery();
+            transaction.commitLater();
+        }
+        connection.flush();
+    }
+}
+
+void settleSqlite(benchmark::State& state, std::int64_t cheques) {
+    Sqlite database(shopCopy(cheques).sqlite);
+    sqlite3_stmt* statement = database.prepare("delete from cheques where lancamento=?1");
+    std::int64_t next = 0;
+    for (auto _ : state)
+        for (int i = 0; i < kSettled; ++i) {
+            sqlite3_bind_int64(statement, 1, ++next * cheques / 1000);
+            database.check(sqlite3_step(statement));
+            sqlite3_reset(statement);
+        }
+}
+
 void insertOurs(benchmark::State& state, std::int64_t cheques) {
-    ado::Connection connection;
-    connection.Open(connectionString(shopCopy(cheques).mdb));
+    Station connection(shopCopy(cheques));
     ado::Recordset rows;
     rows.Open("Cheques", connection);
     for (auto _ : state)
@@ -217,6 +265,9 @@ int main(int argc, char** argv) {
     for (const std::int64_t cheques : kSizes) {
         add("sum of valor", sumOurs, sumSqlite, cheques);
         add("joined list of a client", clientListOurs, clientListSqlite, cheques);
+        add("joined list, two stations", clientListOursWithAnother, clientListSqliteWithAnother,
+            cheques);
+        add("100 cheques settled", settleOurs, settleSqlite, cheques, true);
         add("1000 inserts, each committed", insertOurs, insertSqlite, cheques, true);
     }
     benchmark::Initialize(&argc, argv);
@@ -227,6 +278,8 @@ int main(int argc, char** argv) {
     reporter.printRatios({
         {"sum of valor",                 2.0},
         {"joined list of a client",      3.0},
+        {"joined list, two stations",    3.0},
+        {"100 cheques settled",          1.0},
         {"1000 inserts, each committed", 2.0}
     });
     printOpenings();
