@@ -53,6 +53,10 @@ public:
     /// Null, and the error number in `error`, if it can't be opened.
     [[nodiscard]] virtual std::unique_ptr<Handle> open(const std::filesystem::path& path, Mode mode,
                                                        int& error) = 0;
+    /// The name by which everybody finds the file of that name: without links, from the root on.
+    [[nodiscard]] virtual std::filesystem::path resolved(const std::filesystem::path& path) {
+        return path;
+    }
     [[nodiscard]] virtual bool exists(const std::filesystem::path& path) = 0;
     [[nodiscard]] virtual int rename(const std::filesystem::path& from,
                                      const std::filesystem::path& to) = 0;

@@ -39,7 +39,7 @@ Result checked(const char* action, const std::filesystem::path& path, Result res
 } // namespace
 
 File::File(std::filesystem::path path, Mode mode, Disk& disk)
-    : path_(std::move(path)), disk_(&disk) {
+    : path_(disk.resolved(path)), disk_(&disk) {
     int error = 0;
     handle_ = disk.open(path_, mode, error);
     if (!handle_)

@@ -15,6 +15,7 @@ public:
     ///         Error{io}.
     File(std::filesystem::path path, Mode mode, Disk& disk = Disk::system());
 
+    /// As Disk::resolved() has it: what lies beside the file has its name from this one.
     [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
     [[nodiscard]] Disk& disk() const noexcept { return *disk_; }
     [[nodiscard]] std::uint64_t size() const;

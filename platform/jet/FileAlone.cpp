@@ -1,5 +1,6 @@
 #include "jet/FileAlone.h"
 
+#include "jet/Attendance.h"
 #include "jet/Error.h"
 #include "jet/Waiting.h"
 
@@ -17,6 +18,7 @@ constexpr std::chrono::milliseconds kLongest{2000};
 } // namespace
 
 FileAlone::FileAlone(const std::filesystem::path& database) : lock_(database, Disk::system()) {
+    Disk& disk = Disk::system();
     // Whoever leaves meanwhile removes the very file that we have opened.
     do {
         lock_.open();
@@ -29,6 +31,11 @@ FileAlone::FileAlone(const std::filesystem::path& database) : lock_(database, Di
     if (!users.empty())
         inUse(": " + lock_.nameOf(users.front()));
     if (!lock_.closeGate())
+        inUse("");
+    if (!disk.exists(database))
+        return;
+    File file(database, File::Mode::read, disk);
+    if (Attendance(file, lock_).hasStranger())
         inUse("");
 }
 

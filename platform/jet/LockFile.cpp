@@ -50,7 +50,7 @@ std::string machineName() {
 } // namespace
 
 LockFile::LockFile(const std::filesystem::path& database, Disk& disk)
-    : path_(std::filesystem::path(database).replace_extension(".ldb")), disk_(disk) {}
+    : path_(disk.resolved(database).replace_extension(".ldb")), disk_(disk) {}
 
 LockFile::~LockFile() {
     try {

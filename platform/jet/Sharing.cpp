@@ -13,6 +13,7 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr std::size_t kMostNamed = 3;
+constexpr int kMostRounds = 50;
 constexpr std::size_t kGateClosed = 250; ///< so many users at once are none
 constexpr milliseconds kLongestWait{10000};
 constexpr milliseconds kLongestEntering{5000};
@@ -20,6 +21,30 @@ constexpr milliseconds kLongestEntering{5000};
 constexpr milliseconds kForeignEvery{500};
 /// So often a reader asks whether a writer waits for the readers to leave.
 constexpr milliseconds kWriterEvery{2};
+
+constexpr const char* kByAnotherName = "O banco de dados também está aberto por outro caminho ou "
+                                       "com outro nome, ou o arquivo .ldb foi "
+                                       "apagado enquanto estava em uso. Para proteger os dados, "
+                                       "nada pode ser alterado até que uma das "
+                                       "estações o feche; as consultas continuam.";
+
+/// Says by one of the lock file's bytes that something is waited for, unless another says it.
+class Announced {
+public:
+    Announced(LockFile& lock, std::uint64_t what, Disk::Lock kind)
+        : lock_(lock), what_(what), done_(lock.tryLock(what, kind)) {}
+    Announced(const Announced&) = delete;
+    Announced& operator=(const Announced&) = delete;
+    ~Announced() {
+        if (done_)
+            lock_.unlock(what_);
+    }
+
+private:
+    LockFile& lock_;
+    std::uint64_t what_;
+    bool done_;
+};
 
 /// Holds one of the lock file's bytes.
 class Held {
@@ -38,7 +63,7 @@ private:
 
 Sharing::Sharing(File& database, const Format& format, std::function<void()> onNews)
     : database_(database), format_(format), onNews_(std::move(onNews)),
-      lock_(database.path(), database.disk()) {}
+      lock_(database.path(), database.disk()), attendance_(database, lock_) {}
 
 Sharing::~Sharing() {
     if (!committer_)
@@ -73,17 +98,20 @@ void Sharing::enter(bool mayWrite) {
         careful_ = true;
     }
     if (!shared_) {
-        if (hasJournal(database_.path(), database_.disk()))
+        // Another station may just be writing.
+        bool cutOff = false;
+        waitFor(
+            [&] {
+                seen_ = Pairs(database_, format_);
+                cutOff = hasJournal(database_.path(), database_.disk());
+                return !cutOff && !seen_.find(Pairs::kWriting);
+            },
+            milliseconds(2000));
+        if (cutOff)
             throw Error(Errc::locked,
                         "Uma gravação em \"" + database_.path().string() +
                             "\" foi interrompida e ainda não pôde ser desfeita. Abra o banco de "
                             "dados num computador que possa gravar nessa pasta.");
-        waitFor(
-            [&] {
-                seen_ = Pairs(database_, format_);
-                return !seen_.find(Pairs::kWriting);
-            },
-            milliseconds(2000));
         suspect_ = seen_.find(Pairs::kWriting).has_value();
         return;
     }
@@ -99,6 +127,9 @@ void Sharing::register_() {
         const Held entering(lock_, LockFile::kEntering);
         if (!lock_.isCurrent()) {
             // Whoever left meanwhile has removed the very file we opened.
+            if (round > kMostRounds)
+                throw Error(Errc::io, "O arquivo .ldb ao lado de \"" + database_.path().string() +
+                                          "\" não se deixa abrir: a pasta muda sem parar.");
             lock_.open();
             continue;
         }
@@ -111,32 +142,30 @@ void Sharing::register_() {
         // that is still being recovered by another, who holds W.
         const bool beingWritten = lock_.isHeld(LockFile::kWriting);
         const bool dead = deadWriter(pairs).has_value();
-        if (dead || (cutOff && !beingWritten)) {
-            if (round > 50)
+        if (cutOff && (dead || !beingWritten)) {
+            if (round > kMostRounds)
                 throw Error(Errc::locked,
                             "Uma gravação interrompida em \"" + database_.path().string() +
                                 "\" está sendo desfeita por outra estação. Tente de novo.");
             lock_.unlock(LockFile::kEntering);
-            if (cutOff && beingWritten) {
+            if (beingWritten)
                 pause(milliseconds(200));
-                continue;
-            }
-            if (cutOff) {
+            else
                 runRecovery(false);
-                continue;
-            }
-            noteSuspect(pairs);
-            if (!lock_.tryLock(LockFile::kEntering))
-                continue;
-        } else if (pairs.find(Pairs::kDamaged)) {
-            noteSuspect(pairs);
+            continue;
         }
+        if (dead || pairs.find(Pairs::kDamaged))
+            noteSuspect(pairs);
         if (!lock_.takeUser())
             throw Error(
                 Errc::locked,
                 "O banco de dados já está aberto em 255 estações, o máximo possível. Feche-o "
                 "em alguma delas e tente de novo.");
-        seen_ = pairs;
+        attendance_.mark();
+        // What a foreign program is writing at this moment has been seen by nobody: the first
+        // section waits for its end.
+        if (suspect_ || !pairs.find(Pairs::kWriting))
+            seen_ = pairs;
         static_cast<void>(foreignReason(true));
         return;
     }
@@ -151,6 +180,8 @@ void Sharing::lockOrSay(std::uint64_t what, milliseconds longest) {
 /// The names of the other users, as far as they help to find them: somebody who has closed the
 /// gate looks like all of them at once.
 std::string Sharing::others() const {
+    if (!shared_)
+        return "";
     const std::vector<unsigned> users = lock_.otherUsers();
     if (users.empty() || users.size() >= kGateClosed)
         return "";
@@ -193,17 +224,18 @@ void Sharing::runRecovery(bool holdsWriting) {
             lock_.unlock(LockFile::kWriting);
     };
     try {
-        lockOrSay(LockFile::kReading, kLongestWait);
-        const Held reading(lock_, LockFile::kReading);
-        lockOrSay(LockFile::kEntering, kLongestEntering);
-        const Held entering(lock_, LockFile::kEntering);
+        const Alone alone(*this);
         const std::optional<unsigned> stranger = foreigner(true);
-        if (stranger && hasJournal(database_.path(), database_.disk()))
+        const bool cutOff = hasJournal(database_.path(), database_.disk());
+        if (stranger && cutOff)
             throw Error(
                 Errc::locked,
                 "Uma gravação foi interrompida e precisa ser desfeita, mas o banco de dados "
                 "está aberto em outro programa (" +
                     lock_.nameOf(*stranger) + "). Feche-o lá e tente de novo.");
+        // The journal may be of a transaction that is being written at this moment.
+        if (cutOff && attendance_.hasStranger())
+            throw Error(Errc::locked, kByAnotherName);
         Recovery recovery;
         if (mayWrite_) {
             recovery = recover(database_, format_);
@@ -256,7 +288,11 @@ bool Sharing::recoverDeadWriter(const Pairs& pairs, bool holdsWriting) {
 /// hold O.
 std::optional<unsigned> Sharing::foreigner(bool entranceClosed) {
     const auto find = [&]() -> std::optional<unsigned> {
-        for (const unsigned user : lock_.otherUsers())
+        const std::vector<unsigned> users = lock_.otherUsers();
+        // One of us who takes long to write: nobody else comes in meanwhile.
+        if (!entranceClosed && users.size() >= kGateClosed)
+            return std::nullopt;
+        for (const unsigned user : users)
             if (lock_.isForeign(user))
                 return user;
         return std::nullopt;
@@ -286,11 +322,23 @@ std::optional<std::string> Sharing::foreignReason(bool entranceClosed) {
     const auto stranger = foreigner(entranceClosed);
     lookedForForeign_ = steady_clock::now();
     careful_ = suspect_ || stranger.has_value();
+    if (!database_.isAt(database_.path()))
+        return replacedReason();
+    if (!stranger && attendance_.hasStranger()) {
+        careful_ = true;
+        return kByAnotherName;
+    }
     if (!stranger)
         return std::nullopt;
     return "O banco de dados também está aberto em outro programa (" + lock_.nameOf(*stranger) +
            "). Para proteger os dados, nada pode ser alterado até que ele seja fechado lá; as "
            "consultas continuam.";
+}
+
+std::string Sharing::replacedReason() const {
+    return "O arquivo \"" + database_.path().string() +
+           "\" foi substituído, ou mudou de lugar, enquanto estava aberto: o que se vê aqui é do "
+           "arquivo anterior, e nada mais pode ser alterado. Feche o programa e abra-o de novo.";
 }
 
 void Sharing::requireNoForeigner(bool entranceClosed) {
@@ -415,13 +463,11 @@ void Sharing::beginWriting() {
         waitFor([&] { return lock_.isHeld(LockFile::kWriting) || !isAwaited(); },
                 milliseconds(200));
     if (!lock_.tryLock(LockFile::kWriting)) {
-        const bool announced = lock_.tryLock(LockFile::kWantsWriting, Disk::Lock::shared);
+        const Announced wish(lock_, LockFile::kWantsWriting, Disk::Lock::shared);
         const bool got = waitFor([&] { return lock_.tryLock(LockFile::kWriting); }, kLongestWait);
-        if (announced)
-            lock_.unlock(LockFile::kWantsWriting);
         if (!got) {
             if (depth_ > 0)
-                lockForReading();
+                makeHeavy(); // and somebody may have written meanwhile
             throw Error(Errc::locked,
                         "Outra estação está gravando no banco de dados há muito tempo" + others() +
                             ". Nada foi gravado; espere um pouco e tente de novo.");
@@ -456,10 +502,10 @@ void Sharing::endWriting() noexcept {
 }
 
 Sharing::Alone::Alone(Sharing& sharing) : lock_(sharing.lock_) {
-    const bool announced = lock_.tryLock(LockFile::kWantsReaders);
-    const bool got = waitFor([&] { return lock_.tryLock(LockFile::kReading); }, kLongestWait);
-    if (announced)
-        lock_.unlock(LockFile::kWantsReaders);
+    const bool got = [&] {
+        const Announced wish(lock_, LockFile::kWantsReaders, Disk::Lock::exclusive);
+        return waitFor([&] { return lock_.tryLock(LockFile::kReading); }, kLongestWait);
+    }();
     if (!got)
         throw Error(Errc::locked, "Outra estação está lendo o banco de dados há muito tempo" +
                                       sharing.others() +
@@ -484,6 +530,9 @@ void Sharing::Alone::giveBack() noexcept {
 
 void Sharing::commit(const ChangedPages& changed) {
     const Alone alone(*this);
+    // Into the file that nobody has any more no transaction can go, now or later.
+    if (!database_.isAt(database_.path()))
+        throw Error(Errc::conflict, replacedReason());
     requireNoForeigner(true);
     const Pairs pairs(database_, format_);
     if (pairs != seen_)

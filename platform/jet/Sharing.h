@@ -1,7 +1,7 @@
 #pragma once
 
+#include "jet/Attendance.h"
 #include "jet/Committer.h"
-#include "jet/LockFile.h"
 #include "jet/Recovery.h"
 
 namespace jet {
@@ -123,6 +123,7 @@ private:
     [[nodiscard]] std::optional<unsigned> foreigner(bool entranceClosed);
     void requireNoForeigner(bool entranceClosed);
     [[nodiscard]] std::optional<std::string> foreignReason(bool entranceClosed);
+    [[nodiscard]] std::string replacedReason() const;
     [[nodiscard]] std::string others() const;
     void lockOrSay(std::uint64_t what, std::chrono::milliseconds longest);
 
@@ -130,6 +131,7 @@ private:
     const Format& format_;
     std::function<void()> onNews_;
     LockFile lock_;
+    Attendance attendance_; ///< leaves before lock_
     std::optional<Committer> committer_;
     std::optional<std::string> lasting_; ///< why never writable
     std::optional<std::string> notice_;

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -112,6 +113,11 @@ public:
             return nullptr;
         }
         return std::make_unique<SystemHandle>(handle);
+    }
+    std::filesystem::path resolved(const std::filesystem::path& path) override {
+        std::error_code error;
+        std::filesystem::path found = std::filesystem::weakly_canonical(path, error);
+        return error || found.empty() ? path : found;
     }
     bool exists(const std::filesystem::path& path) override {
         struct stat info {};
