@@ -12,9 +12,8 @@ std::uint64_t placeOf(PageNo page, const Format& format) {
 
 /// How a file stands to a journal.
 struct Comparison {
-    bool whole = true;    ///< the journal was written to its end
-    bool own = true;      ///< every sector is the old or the new one
-    bool complete = true; ///< every sector is the new one
+    bool whole = true; ///< the journal was written to its end
+    bool own = true;   ///< every sector is the old or the new one
 };
 
 Comparison compare(Journal::Reader& journal, const File& database, const Format& format) {
@@ -24,7 +23,6 @@ Comparison compare(Journal::Reader& journal, const File& database, const Format&
     result.whole = journal.readAll([&](const Journal::Entry& entry) {
         const std::uint64_t at = placeOf(entry.page, format);
         if (at + format.pageSize > size) {
-            result.complete = false;
             result.own = result.own && entry.before.empty();
             return;
         }
@@ -33,7 +31,6 @@ Comparison compare(Journal::Reader& journal, const File& database, const Format&
             const auto sector = std::span(page).subspan(i * Journal::kSector, Journal::kSector);
             if (Journal::checksumOf(sector) == load<std::uint32_t>(entry.checksums.data() + 4 * i))
                 continue;
-            result.complete = false;
             // What a disk shows at the end of a file that was growing is nobody's data.
             if (!entry.before.empty() &&
                 !std::ranges::equal(sector,
@@ -41,8 +38,6 @@ Comparison compare(Journal::Reader& journal, const File& database, const Format&
                 result.own = false;
         }
     });
-    result.complete =
-        result.complete && size == std::uint64_t{journal.header()->fileAfter} * format.pageSize;
     return result;
 }
 
@@ -121,8 +116,10 @@ Recovery recover(File& database, const Format& format) {
     const bool sameFile = Journal::identityOf(database, format) == header.identity;
     const std::uint16_t pair = pairs[header.user];
     if (sameFile && pair == header.announced) {
-        // Complete. The pair may not have reached the disk when its writer, not the power, died.
-        database.sync();
+        // Complete. The pair may not have reached the disk when its writer, not the power, died;
+        // and after a sync that failed the system takes for written what isn't, unless it is
+        // written anew.
+        CommitPairs::write(database, format, header.user, header.announced);
         return done(Recovery::Outcome::discarded);
     }
     if (sameFile && pairs == header.pairs && !writing)
@@ -135,11 +132,7 @@ Recovery recover(File& database, const Format& format) {
         size > std::uint64_t{header.fileAfter} * format.pageSize)
         return setAside("o banco de dados foi alterado por outro programa, ou substituído por uma "
                         "cópia, depois da interrupção");
-    if (state.complete) {
-        database.sync();
-        CommitPairs::write(database, format, header.user, header.announced);
-        return done(Recovery::Outcome::completed);
-    }
+    // Even where all is new to look at: see above.
     putBack(journal, database, format);
     return done(Recovery::Outcome::undone);
 }

@@ -9,7 +9,6 @@ struct Recovery {
     enum class Outcome : std::uint8_t {
         none,      ///< there is none, or an empty one
         discarded, ///< its transaction hadn't begun to change the file, or was complete
-        completed, ///< its transaction was complete but for the mark that says so
         undone,    ///< its transaction was undone
         setAside,  ///< it isn't this file's, or the file has changed since: renamed to `aside`
     };

@@ -119,4 +119,44 @@ TEST_P(Faults, EachEndsInASentenceAndASoundFile) {
     EXPECT_GT(failures, 100U);
 }
 
+/// What a sync hasn't brought to the disk the next one doesn't bring either, though it succeeds:
+/// the system takes it for written. What the file says after a failure must be true without the
+/// system.
+TEST_P(Faults, WhatWasSavedOrUndoneAfterASyncThatFailedIsOnTheDisk) {
+    const Fault fault = GetParam();
+    const DiskImage shop = usedShop(fault.version);
+    std::size_t losses = 0;
+    std::uint64_t number = 1;
+    for (bool failed = true; failed; ++number) {
+        SCOPED_TRACE("call " + std::to_string(number));
+        MemoryDisk disk(shop);
+        try {
+            Database file(kPath, on(disk));
+            const std::uint64_t begin = disk.calls();
+            disk.failFrom(begin + number, fault.forever, fault.error);
+            ShopWork(5).step(file, 1);
+            failed = disk.calls() >= begin + number;
+        } catch (const Error& error) {
+            EXPECT_STRNE(error.what(), "");
+        }
+        disk.failNoMore();
+        std::uint64_t content = 0;
+        {
+            Database file(kPath, on(disk));
+            content = contentOf(file);
+        }
+        PowerCut cut(shop);
+        for (const MemoryDisk::Operation& operation : disk.record()) {
+            losses += operation.kind == MemoryDisk::Operation::Kind::loss ? 1 : 0;
+            cut.advance(operation);
+        }
+        MemoryDisk afterwards(cut.nothingMore());
+        Database file(kPath, on(afterwards));
+        ASSERT_FALSE(file.readOnlyReason());
+        ASSERT_EQ(contentOf(file), content);
+        ASSERT_TRUE(check(kPath, afterwards).sound());
+    }
+    EXPECT_GE(losses, 3U);
+}
+
 } // namespace

@@ -82,11 +82,15 @@ public:
     }
     int sync() override {
         const MemoryDisk::Busy busy;
-        if (const int failure = disk_.next())
-            return -failure;
+        const int failure = disk_.next();
         disk_.record_.push_back(
-            {MemoryDisk::Operation::Kind::sync, content_->number, 0, {}, {}, {}});
-        return 0;
+            {failure ? MemoryDisk::Operation::Kind::loss : MemoryDisk::Operation::Kind::sync,
+             content_->number,
+             0,
+             {},
+             {},
+             {}});
+        return failure ? -failure : 0;
     }
     int lock(Disk::Lock kind, std::uint64_t offset, std::uint64_t count) override {
         const MemoryDisk::Busy busy;
@@ -266,6 +270,16 @@ void PowerCut::advance(const MemoryDisk::Operation& operation) {
         FileState& file = files_[operation.file];
         for (const auto* done : file.pending)
             apply(*done, file.durable);
+        file.pending.clear();
+        break;
+    }
+    case Kind::loss: {
+        // Not the size: that is no page of the file's.
+        FileState& file = files_[operation.file];
+        Bytes seen = file.durable;
+        for (const auto* done : file.pending)
+            apply(*done, seen);
+        file.durable.resize(seen.size());
         file.pending.clear();
         break;
     }

@@ -17,7 +17,16 @@ using DiskImage = std::map<std::string, jet::Bytes>;
 class MemoryDisk final : public jet::Disk {
 public:
     struct Operation {
-        enum class Kind : std::uint8_t { write, truncate, sync, name, rename, remove, syncNames };
+        enum class Kind : std::uint8_t {
+            write,
+            truncate,
+            sync,
+            loss, ///< a sync that failed: what was to reach the disk won't, though programs see it
+            name,
+            rename,
+            remove,
+            syncNames
+        };
         Kind kind{};
         std::size_t file = 0;
         std::uint64_t offset = 0; ///< write; truncate: the new size
