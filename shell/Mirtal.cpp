@@ -53,12 +53,15 @@ void aoMostrarMensagem(std::function<void(const QString&)> mostrar) {
 }
 
 void apagarPorChave(const QString& tabela, const QString& campo, const QString& valor, bool texto) {
+    const QString criterio = campo + (texto ? " ='" + valor + "'" : " = " + valor);
+    // In a transaction and found by a search: the row must be as the operator has seen it.
+    ado::Transaction exclusao(dbconectar::instance().Automacao);
     ado::Recordset rs;
-    rs.Open("select * from " + tabela + " where " + campo +
-                (texto ? " ='" + valor + "'" : " = " + valor),
-            dbconectar::instance().Automacao);
+    rs.Open("select * from " + tabela + " where " + criterio, dbconectar::instance().Automacao);
+    rs.Find(criterio);
     rs.Delete();
     rs.Close();
+    exclusao.commit();
 }
 
 void preencherLista(DropDownList& lista, ado::Recordset& rs, const QString& campo,

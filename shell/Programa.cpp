@@ -73,15 +73,19 @@ public:
             return;
         try {
             dbconectar::instance().Automacao.flushIfDue();
-            avisado_ = false;
+            falhou_ = false;
         } catch (const jet::Error&) {
-            if (!std::exchange(avisado_, true))
-                guarded([] { throw; });
+            if (!std::exchange(falhou_, true))
+                naoDita_ = std::current_exception();
         }
+        // With another failure on show it is said after that one.
+        if (naoDita_ && !isFailing())
+            guarded([this] { std::rethrow_exception(std::exchange(naoDita_, nullptr)); });
     }
 
 private:
-    bool avisado_ = false;
+    bool falhou_ = false;
+    std::exception_ptr naoDita_;
 };
 
 /// While the engine waits for another station the windows stay painted, and nothing else happens.

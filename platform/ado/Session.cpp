@@ -1,5 +1,7 @@
 #include "ado/Session.h"
 
+#include "jet/Error.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -99,7 +101,9 @@ void Session::end(void (jet::Database::*way)()) {
 }
 
 void Session::rollback() {
-    lookForStrangers();
+    // Without asking the file for news: were they not to be had, nothing would be undone.
+    if (database_.generation() != generation_)
+        beginEpoch();
     database_.rollback();
     seen_.rollback();
     settle();
@@ -125,8 +129,21 @@ void Session::flush() {
     settle();
 }
 
+/// A long work that only reads keeps nobody from writing. That it can't be written now is no matter
+/// of who reads: the program's clock tries again, and says so.
+void Session::flushWhileReading() {
+    try {
+        database_.flushIfDue();
+        settle();
+    } catch (const jet::Error& error) {
+        if (error.code() != jet::Errc::locked)
+            throw;
+    }
+}
+
 NewsPlace Session::now() {
     lookForStrangers();
+    flushWhileReading();
     return {epoch_, dropped_ + news_.size()};
 }
 

@@ -72,6 +72,7 @@ public:
 
 private:
     void lookForStrangers();
+    void flushWhileReading();
     void beginEpoch();
     void end(void (jet::Database::*way)());
     void settle();

@@ -2,6 +2,10 @@
 // he hasn't seen.
 #include "ado/Shop.h"
 
+#include <fstream>
+#include <sstream>
+#include <thread>
+
 namespace {
 
 using ado::Connection;
@@ -146,6 +150,37 @@ TEST_P(StationsTest, APurgeGoesByWhatItMeetsNotByOldLists) {
     transaction.commit();
     theirs.Requery();
     EXPECT_EQ(theirs.RecordCount(), 1);
+}
+
+TEST_P(StationsTest, ALongWorkThatOnlyReadsWritesWhatIsDue) {
+    Recordset mine;
+    Recordset theirs;
+    mine.Open("bancos", connection);
+    theirs.Open("bancos", other);
+    mine["nome"] = "Meu";
+    mine.Update();
+    std::this_thread::sleep_for(std::chrono::milliseconds(550));
+    mine.MoveFirst();
+    EXPECT_EQ(shown(theirs, "1"), "Meu");
+    save(other, theirs, "1", "Deles"); // nobody has the file any more
+    mine.MoveFirst();
+    EXPECT_EQ(mine["nome"].text(), "Deles");
+}
+
+TEST_P(StationsTest, ATransactionIsUndoneEvenIfTheFileCantBeAsked) {
+    Recordset mine;
+    mine.Open("bancos", connection);
+    const std::filesystem::path file = connection.database().path();
+    std::ostringstream bytes;
+    bytes << std::ifstream(file, std::ios::binary).rdbuf();
+    connection.BeginTrans();
+    std::filesystem::resize_file(file, 0);
+    EXPECT_EQ(errorOf([&] { connection.CommitTrans(); }), Errc::io);
+    connection.RollbackTrans();
+    EXPECT_FALSE(connection.inTransaction());
+    std::ofstream(file, std::ios::binary | std::ios::in) << bytes.str();
+    save(connection, mine, "2", "Meu");
+    EXPECT_EQ(shown(mine, "2"), "Meu");
 }
 
 TEST_P(StationsTest, WhatIsNotYetWrittenIsSeenByNobodyElse) {

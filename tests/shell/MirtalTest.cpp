@@ -74,6 +74,27 @@ TEST_F(SharedRoutines, DeleteByKeyFailsWhereNoRowHasTheValue) {
     EXPECT_EQ(rows("select * from bancos").size(), 3U);
 }
 
+TEST_F(SharedRoutines, DeleteByKeyRefusesARowThatAnotherStationHasChangedSinceItWasShown) {
+    givenBanks();
+    data().Automacao.database().flush();
+    EXPECT_EQ(data().rsBancos["nome"].text(), "Sul");
+    {
+        ado::Connection other;
+        other.Open(data().Automacao.ConnectionString());
+        ado::Recordset theirs;
+        theirs.Open("select * from bancos where cod_banco=237", other);
+        theirs["nome"] = "Sul e Oeste";
+        theirs.Update();
+    }
+    EXPECT_EQ(failureOf([] { Mirtal::apagarPorChave("bancos", "cod_banco", "237", false); }),
+              jet::Errc::conflict);
+    EXPECT_EQ(rows("select * from bancos").size(), 3U);
+    data().rsBancos.Requery();
+    EXPECT_EQ(data().rsBancos["nome"].text(), "Sul e Oeste"); // now it has been seen
+    Mirtal::apagarPorChave("bancos", "cod_banco", "237", false);
+    EXPECT_EQ(rows("select * from bancos").size(), 2U);
+}
+
 TEST_F(SharedRoutines, DeleteByKeyPastesTheValueAsItStands) {
     given("bancos", {{{"nome", words("D'Oeste")}}});
     EXPECT_EQ(failureOf([] { Mirtal::apagarPorChave("bancos", "nome", "D'Oeste", true); }),
