@@ -22,11 +22,10 @@ constexpr milliseconds kForeignEvery{500};
 /// So often a reader asks whether a writer waits for the readers to leave.
 constexpr milliseconds kWriterEvery{2};
 
-constexpr const char* kByAnotherName = "O banco de dados também está aberto por outro caminho ou "
-                                       "com outro nome, ou o arquivo .ldb foi "
-                                       "apagado enquanto estava em uso. Para proteger os dados, "
-                                       "nada pode ser alterado até que uma das "
-                                       "estações o feche; as consultas continuam.";
+constexpr const char* kByAnotherName =
+    "O banco de dados também está aberto por outro caminho ou com outro nome, ou o arquivo .ldb "
+    "foi apagado enquanto estava em uso. Para proteger os dados, nada pode ser alterado até que "
+    "uma das estações o feche; as consultas continuam.";
 
 /// Says by one of the lock file's bytes that something is waited for, unless another says it.
 class Announced {

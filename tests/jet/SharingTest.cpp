@@ -147,7 +147,9 @@ TEST_P(Stations, RowsAddedAtOnceAreAllKeptUnderNumbersOfTheirOwn) {
 TEST_P(Stations, ReadersNeverSeeHalfATransaction) {
     const char* asked = std::getenv("VALTRINO_SHARING_SECONDS");
     const std::string seconds = asked ? asked : "2.5";
-    std::vector<Process> processes = stations(4, "work", seconds);
+    const char* many = std::getenv("VALTRINO_SHARING_STATIONS");
+    const std::size_t count = many ? std::stoul(many) : 4;
+    std::vector<Process> processes = stations(count, "work", seconds);
     std::int64_t writes = 0;
     std::int64_t reads = 0;
     for (Process& process : processes) {
@@ -161,7 +163,7 @@ TEST_P(Stations, ReadersNeverSeeHalfATransaction) {
         writes += written;
         reads += read;
     }
-    std::cout << "4 stations, " << seconds << " s: " << writes << " transactions, " << reads
+    std::cout << count << " stations, " << seconds << " s: " << writes << " transactions, " << reads
               << " readings of " << kAccounts << " rows\n";
     expectSound(path);
     EXPECT_FALSE(std::filesystem::exists(folder / "loja.ldb"));
