@@ -39,7 +39,8 @@ Result checked(const char* action, const std::filesystem::path& path, Result res
 } // namespace
 
 File::File(std::filesystem::path path, Mode mode, Disk& disk)
-    : path_(disk.resolved(path)), disk_(&disk) {
+    : path_(std::move(path)), disk_(&disk) {
+    path_ = disk.resolved(path_);
     int error = 0;
     handle_ = disk.open(path_, mode, error);
     if (!handle_)

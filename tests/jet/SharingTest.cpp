@@ -6,6 +6,7 @@
 #include "jet/FileAlone.h"
 #include "jet/MemoryDisk.h"
 #include "jet/Process.h"
+#include "jet/Sentences.h"
 #include "jet/ShopWork.h"
 #include "jet/Waiting.h"
 #include "support/TemporaryFolder.h"
@@ -25,17 +26,6 @@ using testing::HasSubstr;
 namespace {
 
 constexpr int kAccounts = 40;
-
-std::string sentenceOf(const std::function<void()>& action, Errc code) {
-    try {
-        action();
-    } catch (const Error& error) {
-        EXPECT_EQ(error.code(), code) << error.what();
-        return error.what();
-    }
-    ADD_FAILURE() << "no error";
-    return {};
-}
 
 Row rowOf(std::int64_t value) { return {Value{}, Value{value}}; }
 
@@ -73,10 +63,6 @@ void makeShop(const std::filesystem::path& path, Version version, Disk& disk = D
     Table& accounts = file.createTable(numbers("contas"));
     for (int i = 0; i < kAccounts; ++i)
         accounts.insert(rowOf(0));
-}
-
-std::string nameOf(const testing::TestParamInfo<Version>& version) {
-    return version.param == Version::jet3 ? "Jet3" : "Jet4";
 }
 
 void expectSound(const std::filesystem::path& path) {

@@ -5,6 +5,7 @@
 #include "jet/FileAlone.h"
 #include "jet/LockFile.h"
 #include "jet/MemoryDisk.h"
+#include "jet/Sentences.h"
 #include "jet/ShopWork.h"
 #include "jet/Waiting.h"
 #include "support/TemporaryFolder.h"
@@ -23,21 +24,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::uint64_t kUsersAt = 0x10000000;
-
-std::string sentenceOf(const std::function<void()>& action, Errc code) {
-    try {
-        action();
-    } catch (const Error& error) {
-        EXPECT_EQ(error.code(), code) << error.what();
-        return error.what();
-    }
-    ADD_FAILURE() << "no error";
-    return {};
-}
-
-std::string nameOf(const testing::TestParamInfo<Version>& version) {
-    return version.param == Version::jet3 ? "Jet3" : "Jet4";
-}
 
 /// One table with one number.
 void makeShop(const fs::path& path, Version version, Disk& disk = Disk::system()) {
@@ -70,9 +56,7 @@ std::int64_t valueIn(Database& file) {
 class OneFile : public testing::TestWithParam<Version> {
 protected:
     OneFile() { makeShop(path, GetParam()); }
-    ~OneFile() override { fs::current_path(here); }
-    OneFile(const OneFile&) = delete;
-    OneFile& operator=(const OneFile&) = delete;
+    void TearDown() override { fs::current_path(here); }
 
     [[nodiscard]] bool there(const char* name) const { return fs::exists(folder / name); }
 
@@ -185,9 +169,7 @@ TEST_P(OneFile, ThatAnotherHasReplacedTakesNoMoreChanges) {
 class Apart : public testing::TestWithParam<Version> {
 protected:
     Apart() { makeShop(kPath, GetParam(), disk); }
-    ~Apart() override { setWaitHook({}); }
-    Apart(const Apart&) = delete;
-    Apart& operator=(const Apart&) = delete;
+    void TearDown() override { setWaitHook({}); }
 
     void writePair(std::size_t user, std::uint16_t value) {
         File file(kPath, File::Mode::readWrite, disk);

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "jet/Error.h"
+#include "jet/Format.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+/// What the operator is told when `action` fails, as it must, with that code.
+inline std::string sentenceOf(const std::function<void()>& action, jet::Errc code) {
+    try {
+        action();
+    } catch (const jet::Error& error) {
+        EXPECT_EQ(error.code(), code) << error.what();
+        return error.what();
+    }
+    ADD_FAILURE() << "no error";
+    return {};
+}
+
+/// How a test for each version of the format is called.
+inline std::string nameOf(const testing::TestParamInfo<jet::Version>& version) {
+    return version.param == jet::Version::jet3 ? "Jet3" : "Jet4";
+}
