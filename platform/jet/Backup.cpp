@@ -21,12 +21,13 @@ constexpr std::size_t kChunk = std::size_t{1} << 20;
 constexpr int kTries = 5;
 
 /// The bytes of one file into a new one, synced.
-void copyFile(const std::filesystem::path& from, const std::filesystem::path& to,
+void copyFile(const std::filesystem::path& from, const UnnamedFile& to,
               const std::stop_token& stop) {
-    std::error_code ignored;
-    std::filesystem::remove(to, ignored); // what an earlier try has left
-    const File source(from, File::Mode::read);
-    File target(to, File::Mode::createNew);
+    Disk& disk = to.disk();
+    if (disk.exists(to.path())) // what an earlier try has left
+        File::remove(disk, to.path());
+    const File source(from, File::Mode::read, disk);
+    File target(to.path(), File::Mode::createNew, disk);
     std::vector<std::byte> chunk;
     const std::uint64_t size = source.size();
     for (std::uint64_t at = 0; at < size; at += chunk.size()) {
@@ -41,7 +42,7 @@ void copyFile(const std::filesystem::path& from, const std::filesystem::path& to
 
 /// The same of a database that others are at work in: stations like ours wait until it is done;
 /// what a foreign program writes meanwhile is noticed.
-void copyUndisturbed(const std::filesystem::path& from, const std::filesystem::path& to,
+void copyUndisturbed(const std::filesystem::path& from, const UnnamedFile& to,
                      const std::stop_token& stop) {
     File database(from, File::Mode::read);
     Sharing stations(database, formatOf(readHeader(database).version), [] {});
@@ -62,9 +63,9 @@ void copyUndisturbed(const std::filesystem::path& from, const std::filesystem::p
     throw Error(Errc::locked, "O banco de dados está sendo alterado sem pausa.");
 }
 
-void requireSound(const std::filesystem::path& copy, const std::string& what,
+void requireSound(const UnnamedFile& copy, const std::string& what,
                   const std::stop_token& stop = {}) {
-    const Report report = check(copy, Disk::system(), stop);
+    const Report report = check(copy.path(), copy.disk(), stop);
     const auto error =
         std::ranges::find(report.findings, Finding::Severity::error, &Finding::severity);
     if (error != report.findings.end())
@@ -84,33 +85,49 @@ std::string formatted(const char* format, const std::tm& time) {
 }
 
 /// A name for the file that a copy replaces: the first free one of this second.
-std::filesystem::path replacedName(const std::filesystem::path& database) {
+std::filesystem::path replacedName(const std::filesystem::path& database, Disk& disk) {
     const std::string stem =
         database.stem().string() + formatted("-substituido-%Y-%m-%d-%H%M%S", localNow());
     for (int i = 1;; ++i) {
         std::filesystem::path name = stem + (i > 1 ? "-" + std::to_string(i) : "");
         name += database.extension();
         name = database.parent_path() / name;
-        if (std::error_code error; !std::filesystem::exists(name, error))
+        if (!disk.exists(name))
             return name;
     }
 }
 
-/// The same file under a second name; where the disk knows no such thing, a copy of it.
-void keepAs(const std::filesystem::path& file, const std::filesystem::path& name) {
-    std::error_code error;
-    std::filesystem::create_hard_link(file, name, error);
-    if (!error)
-        return;
-    UnnamedFile copy(name);
-    copyFile(file, copy.path(), {});
-    copy.takeName();
+/// The same file under a second name, for good; where the disk knows no such thing, a copy of it.
+void keepAs(const std::filesystem::path& file, const std::filesystem::path& name, Disk& disk) {
+    try {
+        File::link(disk, file, name);
+    } catch (const Error&) {
+        UnnamedFile copy(name, disk);
+        copyFile(file, copy, {});
+        copy.takeName();
+    }
 }
 
-/// What a station that died has left half done belongs to the file that is replaced.
-void keepJournal(const std::filesystem::path& database, const std::filesystem::path& kept) {
-    if (hasJournal(database, Disk::system()))
-        renameForGood(Journal::pathFor(database), Journal::pathFor(kept));
+/// What a station that died has left half done.
+void undoCutOff(const std::filesystem::path& database, Disk& disk) {
+    try {
+        recover(database, disk);
+    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+        // The file is too damaged for that, or can't be written: see keepJournal().
+    }
+}
+
+/// The journal that couldn't be used goes with the file it belongs to. Only once another has that
+/// file's name: were it moved before, a power cut could leave the old file without it. Beside the
+/// new one it does nothing meanwhile, no pair of which says "writing".
+void keepJournal(const std::filesystem::path& database, const std::filesystem::path& kept,
+                 Disk& disk) {
+    try {
+        if (hasJournal(database, disk))
+            File::rename(disk, Journal::pathFor(database), Journal::pathFor(kept));
+    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+        // Then the next opening puts it aside.
+    }
 }
 
 } // namespace
@@ -180,8 +197,8 @@ void Backup::make(const std::filesystem::path& copy, const std::stop_token& stop
         throw Error(Errc::readOnly, "A pasta \"" + folder_.string() +
                                         "\" não pode ser criada: " + error.message() + ".");
     UnnamedFile unnamed(copy);
-    copyUndisturbed(database_, unnamed.path(), stop);
-    requireSound(unnamed.path(), "O banco de dados tem erros e não foi copiado: ", stop);
+    copyUndisturbed(database_, unnamed, stop);
+    requireSound(unnamed, "O banco de dados tem erros e não foi copiado: ", stop);
     unnamed.takeName();
 }
 
@@ -202,28 +219,28 @@ void Backup::removeOld(const std::filesystem::path& newest) const {
 }
 
 std::optional<std::filesystem::path> restore(const std::filesystem::path& copy,
-                                             const std::filesystem::path& database) {
-    const FileAlone alone(database);
-    UnnamedFile unnamed(database);
-    copyFile(copy, unnamed.path(), {});
-    requireSound(unnamed.path(), "A cópia tem erros e não foi restaurada: ");
-
-    std::error_code error;
-    if (!std::filesystem::exists(database, error)) {
+                                             const std::filesystem::path& database, Disk& disk) {
+    const FileAlone alone(database, disk);
+    UnnamedFile unnamed(database, disk);
+    copyFile(copy, unnamed, {});
+    requireSound(unnamed, "A cópia tem erros e não foi restaurada: ");
+    if (!disk.exists(database)) {
         unnamed.takeName();
         return std::nullopt;
     }
-    std::filesystem::permissions(unnamed.path(), std::filesystem::status(database).permissions(),
-                                 error);
-    std::filesystem::path kept = replacedName(database);
-    keepAs(database, kept);
-    keepJournal(database, kept);
+    static_cast<void>(disk.copyRights(database, unnamed.path()));
+    undoCutOff(database, disk);
+    const std::filesystem::path kept = replacedName(database, disk);
     try {
+        keepAs(database, kept, disk);
         unnamed.takeName();
     } catch (...) {
-        std::filesystem::remove(kept, error);
+        // With the copy in place it is the only one left of what was there.
+        if (!unnamed.hasName() && disk.exists(kept))
+            static_cast<void>(disk.remove(kept));
         throw;
     }
+    keepJournal(database, kept, disk);
     return kept;
 }
 

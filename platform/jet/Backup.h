@@ -1,7 +1,8 @@
 #pragma once
 
+#include "jet/Disk.h"
+
 #include <chrono>
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <stop_token>
@@ -52,11 +53,15 @@ private:
 };
 
 /// Puts a copy in the database's place, in one step and for good, after checking it from end to
-/// end. What was there is kept beside it under a name that says so.
+/// end. What was there is kept beside it under a name that says so, and with it the journal of a
+/// transaction that was cut off, unless that could be undone. Whenever the power goes, the name is
+/// that of the one file or of the other, and both are there.
 /// @return the name under which the replaced file is kept; nothing if there was none.
 /// @throws Error{corrupt} if the copy has errors, Error{locked} if somebody has the database open;
-///         Error{notFound, readOnly, full, io}. Then everything is as it was.
+///         Error{notFound, readOnly, full, io}. Then everything is as it was; only if the disk's
+///         word that it is done is all that was missing, the copy is in place and the other kept.
 std::optional<std::filesystem::path> restore(const std::filesystem::path& copy,
-                                             const std::filesystem::path& database);
+                                             const std::filesystem::path& database,
+                                             Disk& disk = Disk::system());
 
 } // namespace jet

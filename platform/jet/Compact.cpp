@@ -25,8 +25,8 @@ std::string firstError(const Report& report) {
 class Comparison {
 public:
     Comparison(const std::filesystem::path& before, const std::filesystem::path& after,
-               const std::string& password)
-        : before_(before, asItStands(password)), after_(after, asItStands(password)) {}
+               const std::string& password, Disk& disk)
+        : before_(before, asItStands(password, disk)), after_(after, asItStands(password, disk)) {}
 
     /// @throws Error{corrupt} at the first difference.
     void run() {
@@ -40,10 +40,11 @@ public:
     }
 
 private:
-    static Database::Options asItStands(const std::string& password) {
+    static Database::Options asItStands(const std::string& password, Disk& disk) {
         Database::Options options;
         options.readOnly = options.unshared = true;
         options.password = password;
+        options.disk = &disk;
         return options;
     }
     static void require(bool same, const std::string& what) {
@@ -127,37 +128,35 @@ private:
     std::string table_;
 };
 
-Compacted copySound(const std::filesystem::path& source, const std::filesystem::path& copy,
+Compacted copySound(const std::filesystem::path& source, const UnnamedFile& copy,
                     const Progress& progress) {
+    Disk& disk = copy.disk();
     Losses none(Losses::Source::sound);
-    SourceFile from(source, none);
-    const Report before = check(source);
+    SourceFile from(source, none, disk);
+    const Report before = check(source, disk);
     if (!before.sound())
         throw Error(Errc::corrupt,
                     "O arquivo tem erros e não foi compactado: " + firstError(before) +
                         ". Use o salvamento para aproveitar o que se lê dele.");
     std::vector<RewrittenTable> tables = planSound(from);
-    NewFile file(copy, from.format());
+    NewFile file(copy.path(), from.format(), disk);
     Rewriter(from, file, tables, progress).run();
     file.finish(from.newHeader());
 
-    const Report after = check(copy);
+    const Report after = check(copy.path(), disk);
     if (!after.sound())
         throw Error(Errc::corrupt, "A cópia não foi aproveitada: a verificação diz que " +
                                        firstError(after) + ".");
-    Comparison(source, copy, from.header().password).run();
+    Comparison(source, copy.path(), from.header().password, disk).run();
     return {before.pages, after.pages, after.tables, after.rows};
 }
 
 /// Nobody else in the file, and what a station that died has left half done undone; nothing where
 /// the file can't be written.
-std::unique_ptr<FileAlone> takeAlone(const std::filesystem::path& source) {
+std::unique_ptr<FileAlone> takeAlone(const std::filesystem::path& source, Disk& disk) {
     try {
-        auto alone = std::make_unique<FileAlone>(source);
-        if (hasJournal(source, Disk::system())) {
-            File file(source, File::Mode::readWrite);
-            (void)recover(file, formatOf(readHeader(file).version));
-        }
+        auto alone = std::make_unique<FileAlone>(source, disk);
+        recover(source, disk);
         return alone;
     } catch (const Error& error) {
         if (error.code() != Errc::readOnly)
@@ -169,15 +168,16 @@ std::unique_ptr<FileAlone> takeAlone(const std::filesystem::path& source) {
 } // namespace
 
 Compacted compact(const std::filesystem::path& source, const std::filesystem::path& target,
-                  const Progress& progress) {
-    requireAbsent(target);
-    const auto alone = takeAlone(source);
-    UnnamedFile copy(target);
+                  const Progress& progress, Disk& disk) {
+    requireAbsent(target, disk);
+    const auto alone = takeAlone(source, disk);
+    UnnamedFile copy(target, disk);
     Compacted result;
-    if (!unchangedWhile(source, [&] { result = copySound(source, copy.path(), progress); }))
+    if (!unchangedWhile(
+            source, [&] { result = copySound(source, copy, progress); }, disk))
         throw Error(Errc::conflict, "O arquivo foi alterado durante a compactação, que não foi "
                                     "aproveitada. Repita-a com o programa fechado.");
-    requireAbsent(target);
+    requireAbsent(target, disk);
     copy.takeName();
     return result;
 }

@@ -23,6 +23,7 @@ struct Compacted {
 ///         this engine can't maintain; Error{conflict} if the source changed meanwhile;
 ///         Error{notFound, io, full}. Then there is no `target`.
 [[nodiscard]] Compacted compact(const std::filesystem::path& source,
-                                const std::filesystem::path& target, const Progress& progress = {});
+                                const std::filesystem::path& target, const Progress& progress = {},
+                                Disk& disk = Disk::system());
 
 } // namespace jet

@@ -114,18 +114,18 @@ RewrittenTable rewritten(SourceFile& source, const std::string& name, bool user,
 /// The definitions that a file of this version has where its own are lost.
 class StandardTables {
 public:
-    StandardTables(const std::filesystem::path& scratch, Version version) : path_(scratch) {
-        Database::create(path_, version);
+    StandardTables(const std::filesystem::path& scratch, Version version, Disk& disk)
+        : path_(scratch), disk_(disk) {
+        if (disk.exists(path_)) // what an interrupted salvage has left
+            File::remove(disk, path_);
+        Database::create(path_, version, disk);
     }
-    ~StandardTables() {
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
-    }
+    ~StandardTables() { static_cast<void>(disk_.remove(path_)); }
     StandardTables(const StandardTables&) = delete;
     StandardTables& operator=(const StandardTables&) = delete;
 
     [[nodiscard]] RewrittenTable table(SourceFile& source, const SystemTable& wanted) const {
-        Pager pager(File(path_, File::Mode::read), source.format(), false);
+        Pager pager(File(path_, File::Mode::read, disk_), source.format(), false);
         TableDefinition definition = parseDefinition(pager, wanted.page, {});
         DefinitionImage image(pager, definition);
         definition.ownedMap = {}; // where the rows are isn't known: there is no map on page 0
@@ -136,6 +136,7 @@ public:
 
 private:
     std::filesystem::path path_;
+    Disk& disk_;
 };
 
 class DamagedPlan {
@@ -198,7 +199,7 @@ private:
         tell(Loss::What::note, wanted.name, wanted.page,
              "a definição da tabela de sistema estava danificada e foi refeita");
         if (!standard_)
-            standard_.emplace(scratch_, source_.header().version);
+            standard_.emplace(scratch_, source_.header().version, source_.disk());
         return standard_->table(source_, wanted);
     }
 

@@ -41,6 +41,9 @@ public:
         /// The first byte of the range that an exclusive lock would meet another's lock on, or
         /// `offset` + `count`.
         [[nodiscard]] virtual std::int64_t firstHeld(std::uint64_t offset, std::uint64_t count) = 0;
+        /// When it was last changed, on a clock of the disk's own: good for telling whether it has
+        /// been changed since.
+        [[nodiscard]] virtual std::int64_t changedAt() = 0;
         /// Whether `path` still names this very file.
         [[nodiscard]] virtual bool isAt(const std::filesystem::path& path) = 0;
     };
@@ -57,10 +60,17 @@ public:
     [[nodiscard]] virtual std::filesystem::path resolved(const std::filesystem::path& path) {
         return path;
     }
+    /// Whether there is anything of that name.
     [[nodiscard]] virtual bool exists(const std::filesystem::path& path) = 0;
     [[nodiscard]] virtual int rename(const std::filesystem::path& from,
                                      const std::filesystem::path& to) = 0;
+    /// A second name for the same file; not every disk knows such a thing.
+    [[nodiscard]] virtual int link(const std::filesystem::path& file,
+                                   const std::filesystem::path& name) = 0;
     [[nodiscard]] virtual int remove(const std::filesystem::path& path) = 0;
+    /// Who may use `from` may use `to`.
+    [[nodiscard]] virtual int copyRights(const std::filesystem::path& from,
+                                         const std::filesystem::path& to) = 0;
     /// The names in the folder that holds `path` are on the disk when it returns.
     [[nodiscard]] virtual int syncFolderOf(const std::filesystem::path& path) = 0;
 

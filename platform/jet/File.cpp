@@ -51,6 +51,8 @@ std::uint64_t File::size() const {
     return static_cast<std::uint64_t>(checked("ler", path_, handle_->size()));
 }
 
+std::int64_t File::changedAt() const { return checked("ler", path_, handle_->changedAt()); }
+
 void File::read(std::uint64_t offset, std::span<std::byte> into) const {
     while (!into.empty()) {
         const auto got = checked("ler", path_, handle_->read(offset, into));
@@ -91,6 +93,11 @@ std::uint64_t File::firstHeld(std::uint64_t offset, std::uint64_t count) const {
 void File::rename(Disk& disk, const std::filesystem::path& from, const std::filesystem::path& to) {
     checked("renomear", from, disk.rename(from, to));
     syncFolderOf(disk, from);
+}
+
+void File::link(Disk& disk, const std::filesystem::path& file, const std::filesystem::path& name) {
+    checked("dar outro nome para", file, disk.link(file, name));
+    syncFolderOf(disk, name);
 }
 
 void File::remove(Disk& disk, const std::filesystem::path& path) {

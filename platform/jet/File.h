@@ -19,6 +19,8 @@ public:
     [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
     [[nodiscard]] Disk& disk() const noexcept { return *disk_; }
     [[nodiscard]] std::uint64_t size() const;
+    /// Another number once the file has been changed.
+    [[nodiscard]] std::int64_t changedAt() const;
     void read(std::uint64_t offset, std::span<std::byte> into) const;
     /// @throws Error{full} when the disk has no room.
     void write(std::uint64_t offset, std::span<const std::byte> from);
@@ -41,6 +43,8 @@ public:
     /// @throws Error{io, readOnly, notFound}.
     static void rename(Disk& disk, const std::filesystem::path& from,
                        const std::filesystem::path& to);
+    static void link(Disk& disk, const std::filesystem::path& file,
+                     const std::filesystem::path& name);
     static void remove(Disk& disk, const std::filesystem::path& path);
     static void syncFolderOf(Disk& disk, const std::filesystem::path& path);
 

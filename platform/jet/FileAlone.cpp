@@ -17,8 +17,7 @@ constexpr std::chrono::milliseconds kLongest{2000};
 
 } // namespace
 
-FileAlone::FileAlone(const std::filesystem::path& database) : lock_(database, Disk::system()) {
-    Disk& disk = Disk::system();
+FileAlone::FileAlone(const std::filesystem::path& database, Disk& disk) : lock_(database, disk) {
     // Whoever leaves meanwhile removes the very file that we have opened.
     do {
         lock_.open();

@@ -10,7 +10,7 @@ class FileAlone {
 public:
     /// @throws Error{locked} naming who has it open; Error{readOnly, io} if the lock file can't be
     ///         used.
-    explicit FileAlone(const std::filesystem::path& database);
+    explicit FileAlone(const std::filesystem::path& database, Disk& disk = Disk::system());
 
 private:
     LockFile lock_;

@@ -4,11 +4,7 @@
 #include "jet/File.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdio>
-#include <fcntl.h>
-#include <system_error>
+#include <string>
 #include <unistd.h>
 
 namespace jet {
@@ -18,74 +14,60 @@ namespace {
 constexpr const char* kMark = ".parcial-";
 constexpr std::size_t kHead = 4096;
 
-[[noreturn]] void fail(const std::filesystem::path& path, int error) {
-    throw Error(error == ENOSPC || error == EDQUOT                    ? Errc::full
-                : error == EACCES || error == EPERM || error == EROFS ? Errc::readOnly
-                                                                      : Errc::io,
-                "O arquivo \"" + path.string() + "\" não pôde receber o seu nome: " +
-                    std::generic_category().message(error) + ".");
-}
-
-std::filesystem::path unnamed(const std::filesystem::path& target) {
-    std::filesystem::path name = target.stem();
-    name += kMark + std::to_string(::getpid());
-    name += target.extension();
-    return target.parent_path() / name;
+/// A name beside the target's that nothing has. A program of the same number that was interrupted,
+/// or one on another machine, may have left the first ones.
+std::filesystem::path unnamed(const std::filesystem::path& target, Disk& disk) {
+    for (int i = 1;; ++i) {
+        std::filesystem::path name = target.stem();
+        name += kMark + std::to_string(::getpid()) + (i > 1 ? "-" + std::to_string(i) : "");
+        name += target.extension();
+        name = target.parent_path() / name;
+        if (!disk.exists(name))
+            return name;
+    }
 }
 
 } // namespace
 
-UnnamedFile::UnnamedFile(const std::filesystem::path& target)
-    : target_(target), path_(unnamed(target)) {}
+UnnamedFile::UnnamedFile(const std::filesystem::path& target, Disk& disk)
+    : target_(target), path_(unnamed(target, disk)), disk_(disk) {}
 
 UnnamedFile::~UnnamedFile() {
-    std::error_code ignored;
-    std::filesystem::remove(path_, ignored);
-    std::filesystem::remove(std::filesystem::path(path_).replace_extension(".ldb"), ignored);
+    std::filesystem::path journal = path_;
+    journal += "-journal";
+    for (const auto& left :
+         {path_, journal, std::filesystem::path(path_).replace_extension(".ldb")})
+        if (disk_.exists(left))
+            static_cast<void>(disk_.remove(left));
 }
 
-void UnnamedFile::takeName() { renameForGood(path_, target_); }
+void UnnamedFile::takeName() { File::rename(disk_, path_, target_); }
+
+bool UnnamedFile::hasName() const { return !disk_.exists(path_); }
 
 bool UnnamedFile::isOne(const std::filesystem::path& path) {
     return path.filename().string().find(kMark) != std::string::npos;
 }
 
-void requireAbsent(const std::filesystem::path& path) {
-    std::error_code ignored;
-    if (std::filesystem::symlink_status(path, ignored).type() !=
-        std::filesystem::file_type::not_found)
+void requireAbsent(const std::filesystem::path& path, Disk& disk) {
+    if (disk.exists(path))
         throw Error(Errc::exists, "O arquivo \"" + path.string() +
                                       "\" já existe. Escolha outro nome para o arquivo novo.");
 }
 
-void renameForGood(const std::filesystem::path& from, const std::filesystem::path& to) {
-    if (std::rename(from.c_str(), to.c_str()) != 0)
-        fail(to, errno);
-    const std::filesystem::path folder = to.has_parent_path() ? to.parent_path() : ".";
-    const int handle = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (handle < 0)
-        fail(to, errno);
-    const int failed = ::fsync(handle) != 0 && errno != EINVAL ? errno : 0;
-    ::close(handle);
-    if (failed != 0)
-        fail(to, failed);
-}
-
-FileState::FileState(const std::filesystem::path& path) {
-    const File file(path, File::Mode::read);
+FileState::FileState(const std::filesystem::path& path, Disk& disk) {
+    const File file(path, File::Mode::read, disk);
     size_ = file.size();
     head_.resize(std::min<std::uint64_t>(size_, kHead));
-    file.read(0, std::as_writable_bytes(std::span(head_)));
-    std::error_code error;
-    written_ = std::filesystem::last_write_time(path, error);
-    if (error)
-        fail(path, error.value());
+    file.read(0, head_);
+    changedAt_ = file.changedAt();
 }
 
-bool unchangedWhile(const std::filesystem::path& path, const std::function<void()>& read) {
-    const FileState before(path);
+bool unchangedWhile(const std::filesystem::path& path, const std::function<void()>& read,
+                    Disk& disk) {
+    const FileState before(path, disk);
     read();
-    return before == FileState(path);
+    return before == FileState(path, disk);
 }
 
 } // namespace jet

@@ -1,27 +1,31 @@
 #pragma once
 
-#include <cstdint>
-#include <filesystem>
+#include "jet/Disk.h"
+#include "jet/Types.h"
+
 #include <functional>
-#include <string>
 
 namespace jet {
 
-/// A file that is being made under a name of its own, beside the one it is for. Gone with its lock
-/// file when this object goes, unless it has got its name.
+/// A file that is being made under a name of its own, beside the one it is for. Gone with what may
+/// lie beside it when this object goes, unless it has got its name. What an interrupted program has
+/// left of one is in nobody's way: the next one has another name.
 class UnnamedFile {
 public:
     /// The file itself is made by whoever writes it.
-    explicit UnnamedFile(const std::filesystem::path& target);
+    explicit UnnamedFile(const std::filesystem::path& target, Disk& disk = Disk::system());
     ~UnnamedFile();
     UnnamedFile(const UnnamedFile&) = delete;
     UnnamedFile& operator=(const UnnamedFile&) = delete;
 
     [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
+    [[nodiscard]] Disk& disk() const noexcept { return disk_; }
     /// Gives the file, complete and synced, its name, in one step and for good. What has the name
     /// is replaced.
-    /// @throws Error{io, readOnly, full}.
+    /// @throws Error{io, readOnly, full}; see hasName().
     void takeName();
+    /// Whether it has got its name, so that the power alone can take it back.
+    [[nodiscard]] bool hasName() const;
 
     /// Whether a file's name is one of those given by this class.
     [[nodiscard]] static bool isOne(const std::filesystem::path& path);
@@ -29,30 +33,27 @@ public:
 private:
     std::filesystem::path target_;
     std::filesystem::path path_;
+    Disk& disk_;
 };
 
 /// @throws Error{exists} if there is something at `path`.
-void requireAbsent(const std::filesystem::path& path);
-
-/// Renames, replacing what is there, and returns when the disk knows.
-/// @throws Error{io, readOnly, full}.
-void renameForGood(const std::filesystem::path& from, const std::filesystem::path& to);
+void requireAbsent(const std::filesystem::path& path, Disk& disk);
 
 /// A database file at one moment, to be compared with itself later.
 class FileState {
 public:
     /// @throws Error{notFound, io}.
-    explicit FileState(const std::filesystem::path& path);
+    FileState(const std::filesystem::path& path, Disk& disk);
     friend bool operator==(const FileState&, const FileState&) = default;
 
 private:
-    std::string head_; ///< the first page: those at work in the file leave their marks there
+    Bytes head_; ///< the first page: those at work in the file leave their marks there
     std::uint64_t size_ = 0;
-    std::filesystem::file_time_type written_;
+    std::int64_t changedAt_ = 0;
 };
 
 /// Calls `read` for the file at `path`; whether nobody has changed it meanwhile.
 [[nodiscard]] bool unchangedWhile(const std::filesystem::path& path,
-                                  const std::function<void()>& read);
+                                  const std::function<void()>& read, Disk& disk = Disk::system());
 
 } // namespace jet

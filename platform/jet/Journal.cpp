@@ -202,7 +202,8 @@ Journal::Reader::Reader(const std::filesystem::path& path, const Format& format,
     header.changes = load<std::uint32_t>(bytes.data() + 28);
     header.identity = load<std::uint64_t>(bytes.data() + 32);
     header.pairs = CommitPairs(std::span(bytes).subspan<kHeader, CommitPairs::kBytes>());
-    if (header.user < CommitPairs::kUsers)
+    if (header.user < CommitPairs::kUsers && header.fileBefore > 0 &&
+        header.fileBefore <= header.fileAfter)
         header_ = header;
 }
 
@@ -223,17 +224,25 @@ bool Journal::Reader::readAll(const std::function<void(const Entry&)>& visit) {
         return false;
     Bytes head(kEntryHead + format_.pageSize / kSector * 4);
     Bytes page(format_.pageSize);
+    const std::uint32_t oldEnd = header_->fileBefore;
+    std::uint32_t next = 1; // the lowest page that may follow
     for (std::uint32_t i = 0; i < header_->changes; ++i) {
         if (!take(head))
             return false;
-        const auto changed = static_cast<PageNo>(load<std::uint32_t>(head.data()));
+        const auto changed = load<std::uint32_t>(head.data());
         const bool hasBefore = load<std::uint32_t>(head.data() + 4) == 1;
-        if (number(changed) == 0 || number(changed) >= header_->fileAfter ||
-            hasBefore != (number(changed) < header_->fileBefore) || (hasBefore && !take(page)))
+        // Of the new pages, which undoing cuts off, all are there.
+        const bool inOrder = hasBefore ? changed >= next : changed == std::max(next, oldEnd);
+        if (!inOrder || changed >= header_->fileAfter || hasBefore != (changed < oldEnd) ||
+            (hasBefore && !take(page)))
             return false;
-        visit({changed, hasBefore ? std::span<const std::byte>(page) : std::span<const std::byte>(),
+        visit({static_cast<PageNo>(changed),
+               hasBefore ? std::span<const std::byte>(page) : std::span<const std::byte>(),
                std::span(head).subspan(kEntryHead)});
+        next = changed + 1;
     }
+    if (std::max(next, oldEnd) != header_->fileAfter)
+        return false;
     const std::uint64_t expected = sum.value();
     Bytes trailer(8);
     return take(trailer) && load<std::uint64_t>(trailer.data()) == expected;

@@ -48,7 +48,7 @@ struct JournalHeader {
 ///       40    16  zero
 ///       56     8  checksum of the 56 bytes before
 ///       64   512  the commit pairs before
-///   then for each change, in page order:
+///   then for each change, in page order, every page new at the end of the file among them:
 ///              4  page number
 ///              4  1 if the old page follows, 0 for a page new at the end of the file
 ///      4 for each 512 bytes of a page: checksum of its new content

@@ -24,8 +24,8 @@ std::size_t wholeWords(std::size_t bytes) { return (bytes + 3) / 4 * 4; }
 
 } // namespace
 
-NewFile::NewFile(const std::filesystem::path& path, const Format& format)
-    : format_(format), file_(path, File::Mode::createNew), pages_(kFirstPages) {}
+NewFile::NewFile(const std::filesystem::path& path, const Format& format, Disk& disk)
+    : format_(format), file_(path, File::Mode::createNew, disk), pages_(kFirstPages) {}
 
 PageNo NewFile::take() {
     if ((std::uint64_t{pages_} + 1) * format_.pageSize > format_.largestFile)

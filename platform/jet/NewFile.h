@@ -19,10 +19,11 @@ public:
     /// Makes the file. The header, the map of free pages and the first definitions of the system
     /// tables have their places already: pages 0 to 5.
     /// @throws Error{exists, io, full}.
-    NewFile(const std::filesystem::path& path, const Format& format);
+    NewFile(const std::filesystem::path& path, const Format& format, Disk& disk = Disk::system());
 
     [[nodiscard]] const Format& format() const noexcept { return format_; }
-    [[nodiscard]] const std::filesystem::path& path() const noexcept { return file_.path(); }
+    /// The file, to read what has been written of it.
+    [[nodiscard]] File reopened() const { return {file_.path(), File::Mode::read, file_.disk()}; }
 
     /// The next page, nothing on it yet.
     /// @throws Error{full} at the largest size the format allows.

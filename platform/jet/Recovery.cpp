@@ -1,5 +1,7 @@
 #include "jet/Recovery.h"
 
+#include "jet/Header.h"
+
 #include <algorithm>
 
 namespace jet {
@@ -135,6 +137,13 @@ Recovery recover(File& database, const Format& format) {
     // Even where all is new to look at: see above.
     putBack(journal, database, format);
     return done(Recovery::Outcome::undone);
+}
+
+Recovery recover(const std::filesystem::path& database, Disk& disk) {
+    if (!hasJournal(database, disk))
+        return {};
+    File file(database, File::Mode::readWrite, disk);
+    return recover(file, formatOf(readHeader(file).version));
 }
 
 void undoFromJournal(File& database, const Format& format) {

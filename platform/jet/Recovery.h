@@ -32,6 +32,9 @@ struct Recovery {
 ///
 /// @throws Error{io, full, readOnly} if the file can't be brought back now.
 [[nodiscard]] Recovery recover(File& database, const Format& format);
+/// The same by the file's name, for who has it alone (FileAlone).
+/// @throws also Error{notFound, unsupported} for a journal beside what isn't a database.
+Recovery recover(const std::filesystem::path& database, Disk& disk);
 
 /// For a transaction that failed while it was written: puts the old pages back from its journal,
 /// which is known to be good.

@@ -128,8 +128,7 @@ private:
     void buildIndexes() {
         if (table_.beside || definition_.realIndexes.empty())
             return;
-        Pager written(File(owner_.target_.path(), File::Mode::read), owner_.target_.format(),
-                      false);
+        Pager written(owner_.target_.reopened(), owner_.target_.format(), false);
         RowParts parts(owner_.target_.format(), definition_);
         for (std::size_t i = 0; i < definition_.realIndexes.size(); ++i) {
             const RealIndex& index = definition_.realIndexes[i];

@@ -12,9 +12,9 @@ namespace jet {
 namespace {
 
 /// Enters into the new file's catalog what the old one's didn't have.
-void enterUnlisted(const std::filesystem::path& path, const SourceFile& source,
+void enterUnlisted(const UnnamedFile& copy, const SourceFile& source,
                    const std::vector<RewrittenTable>& tables) {
-    Database database(path, {false, {}, source.header().password});
+    Database database(copy.path(), {false, {}, source.header().password, &copy.disk()});
     Table objects(database, "MSysObjects", PageNo{2});
     Table rights(database, "MSysACEs", PageNo{3});
     Transaction changes(database);
@@ -51,11 +51,11 @@ void countRows(Losses& losses, const std::vector<RewrittenTable>& tables,
 } // namespace
 
 SalvageReport salvage(const std::filesystem::path& source, const std::filesystem::path& target,
-                      const Progress& progress) {
-    requireAbsent(target);
-    UnnamedFile copy(target);
+                      const Progress& progress, Disk& disk) {
+    requireAbsent(target, disk);
+    UnnamedFile copy(target, disk);
     Losses losses(Losses::Source::damaged);
-    SourceFile from(source, losses);
+    SourceFile from(source, losses, disk);
     std::vector<RewrittenTable> tables =
         planDamaged(from, std::filesystem::path(copy.path()).replace_extension(".modelo"));
     std::vector<std::uint32_t> said;
@@ -63,13 +63,13 @@ SalvageReport salvage(const std::filesystem::path& source, const std::filesystem
     for (const RewrittenTable& table : tables)
         said.push_back(table.image.rowCount());
 
-    NewFile file(copy.path(), from.format());
+    NewFile file(copy.path(), from.format(), disk);
     Rewriter(from, file, tables, progress).run();
     file.finish(from.newHeader());
-    enterUnlisted(copy.path(), from, tables);
+    enterUnlisted(copy, from, tables);
     countRows(losses, tables, said);
-    losses.report().check = check(copy.path());
-    requireAbsent(target);
+    losses.report().check = check(copy.path(), disk);
+    requireAbsent(target, disk);
     copy.takeName();
     return std::move(losses.report());
 }

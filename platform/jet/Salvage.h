@@ -63,6 +63,6 @@ struct SalvageReport {
 ///         formats; Error{io, full}. Then there is no `target`.
 [[nodiscard]] SalvageReport salvage(const std::filesystem::path& source,
                                     const std::filesystem::path& target,
-                                    const Progress& progress = {});
+                                    const Progress& progress = {}, Disk& disk = Disk::system());
 
 } // namespace jet

@@ -41,8 +41,9 @@ bool namesItsFormat(std::span<const std::byte> first) {
 
 } // namespace
 
-SourceFile::SourceFile(const std::filesystem::path& path, Losses& losses) : losses_(losses) {
-    File file(path, File::Mode::read);
+SourceFile::SourceFile(const std::filesystem::path& path, Losses& losses, Disk& disk)
+    : losses_(losses) {
+    File file(path, File::Mode::read, disk);
     readHeader(file);
     const Format& format = formatOf(header_.version);
     texts_ = {header_.codePage, false};

@@ -13,11 +13,12 @@ namespace jet {
 class SourceFile {
 public:
     /// @throws Error{notFound, io, unsupported}; Error{corrupt} if `losses` allows no loss.
-    SourceFile(const std::filesystem::path& path, Losses& losses);
+    SourceFile(const std::filesystem::path& path, Losses& losses, Disk& disk);
 
     [[nodiscard]] Losses& losses() noexcept { return losses_; }
     [[nodiscard]] bool damaged() const noexcept { return losses_.mayLose(); }
     [[nodiscard]] Pager& pager() noexcept { return *pager_; }
+    [[nodiscard]] Disk& disk() noexcept { return pager_->file().disk(); }
     [[nodiscard]] const Format& format() const noexcept { return pager_->format(); }
     [[nodiscard]] const Header& header() const noexcept { return header_; }
     [[nodiscard]] const TextSettings& texts() const noexcept { return texts_; }

@@ -83,6 +83,13 @@ public:
         }
         return static_cast<std::int64_t>(end);
     }
+    std::int64_t changedAt() override {
+        constexpr std::int64_t kNanoseconds = 1'000'000'000;
+        struct stat info {};
+        return ::fstat(handle_, &info) != 0
+                   ? -errno
+                   : info.st_mtim.tv_sec * kNanoseconds + info.st_mtim.tv_nsec;
+    }
     bool isAt(const std::filesystem::path& path) override {
         struct stat mine {};
         struct stat there {};
@@ -121,13 +128,21 @@ public:
     }
     bool exists(const std::filesystem::path& path) override {
         struct stat info {};
-        return ::stat(path.c_str(), &info) == 0;
+        return ::lstat(path.c_str(), &info) == 0;
     }
     int rename(const std::filesystem::path& from, const std::filesystem::path& to) override {
         return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : -errno;
     }
+    int link(const std::filesystem::path& file, const std::filesystem::path& name) override {
+        return ::link(file.c_str(), name.c_str()) == 0 ? 0 : -errno;
+    }
     int remove(const std::filesystem::path& path) override {
         return ::unlink(path.c_str()) == 0 ? 0 : -errno;
+    }
+    int copyRights(const std::filesystem::path& from, const std::filesystem::path& to) override {
+        struct stat info {};
+        return ::stat(from.c_str(), &info) == 0 && ::chmod(to.c_str(), info.st_mode) == 0 ? 0
+                                                                                          : -errno;
     }
     int syncFolderOf(const std::filesystem::path& path) override {
         const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";

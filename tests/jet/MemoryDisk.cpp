@@ -21,6 +21,7 @@ struct MemoryDisk::Content {
     };
     std::size_t number = 0;
     Bytes bytes;
+    std::int64_t changes = 0;
     std::vector<Held> locks;
 };
 
@@ -62,6 +63,7 @@ public:
             from = from.first(from.size() / 2 / kSector * kSector);
         Bytes& bytes = content_->bytes;
         bytes.resize(std::max<std::size_t>(bytes.size(), offset + from.size()));
+        ++content_->changes;
         std::ranges::copy(from, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
         disk_.record_.push_back({MemoryDisk::Operation::Kind::write,
                                  content_->number,
@@ -76,6 +78,7 @@ public:
         if (const int failure = disk_.next())
             return -failure;
         content_->bytes.resize(size);
+        ++content_->changes;
         disk_.record_.push_back(
             {MemoryDisk::Operation::Kind::truncate, content_->number, size, {}, {}, {}});
         return 0;
@@ -129,6 +132,10 @@ public:
                 first = std::min(first, std::max(held.from, offset));
         return static_cast<std::int64_t>(first);
     }
+    std::int64_t changedAt() override {
+        const int failure = disk_.next();
+        return failure ? -failure : content_->changes;
+    }
     bool isAt(const std::filesystem::path& path) override {
         const MemoryDisk::Busy busy;
         const auto there = disk_.names_.find(path.string());
@@ -144,7 +151,7 @@ private:
 MemoryDisk::MemoryDisk(const DiskImage& image) {
     for (const auto& [name, bytes] : image) {
         names_[name] = files_.size();
-        files_.push_back(std::make_shared<Content>(Content{files_.size(), bytes, {}}));
+        files_.push_back(std::make_shared<Content>(Content{files_.size(), bytes, 0, {}}));
     }
 }
 
@@ -166,7 +173,7 @@ std::unique_ptr<Disk::Handle> MemoryDisk::open(const std::filesystem::path& path
     if (mode == Mode::createNew) {
         names_[path.string()] = files_.size();
         record_.push_back({Operation::Kind::name, files_.size(), 0, {}, path.string(), {}});
-        files_.push_back(std::make_shared<Content>(Content{files_.size(), {}, {}}));
+        files_.push_back(std::make_shared<Content>(Content{files_.size(), {}, 0, {}}));
     }
     return std::make_unique<MemoryHandle>(*this, files_[names_[path.string()]], mode != Mode::read);
 }
@@ -189,6 +196,19 @@ int MemoryDisk::rename(const std::filesystem::path& from, const std::filesystem:
     return 0;
 }
 
+int MemoryDisk::link(const std::filesystem::path& file, const std::filesystem::path& name) {
+    const Busy busy;
+    if (const int failure = next())
+        return -failure;
+    const auto known = names_.find(file.string());
+    if (known == names_.end())
+        return -ENOENT;
+    if (!names_.emplace(name.string(), known->second).second)
+        return -EEXIST;
+    record_.push_back({Operation::Kind::name, known->second, 0, {}, name.string(), {}});
+    return 0;
+}
+
 int MemoryDisk::remove(const std::filesystem::path& path) {
     const Busy busy;
     if (const int failure = next())
@@ -199,11 +219,18 @@ int MemoryDisk::remove(const std::filesystem::path& path) {
     return 0;
 }
 
-int MemoryDisk::syncFolderOf(const std::filesystem::path& /*path*/) {
+int MemoryDisk::copyRights(const std::filesystem::path& from, const std::filesystem::path& to) {
     const Busy busy;
     if (const int failure = next())
         return -failure;
-    record_.push_back({Operation::Kind::syncNames, 0, 0, {}, {}, {}});
+    return exists(from) && exists(to) ? 0 : -ENOENT;
+}
+
+int MemoryDisk::syncFolderOf(const std::filesystem::path& path) {
+    const Busy busy;
+    if (const int failure = next())
+        return -failure;
+    record_.push_back({Operation::Kind::syncNames, 0, 0, {}, path.parent_path().string(), {}});
     return 0;
 }
 
@@ -242,12 +269,21 @@ void apply(const MemoryDisk::Operation& operation, Bytes& bytes) {
                       bytes.begin() + static_cast<std::ptrdiff_t>(operation.offset));
 }
 
-void applyName(const MemoryDisk::Operation& change, std::map<std::string, std::size_t>& names) {
+void applyName(const MemoryDisk::Operation& change, std::map<std::string, std::size_t>& names,
+               const std::function<bool()>& keep) {
     using Kind = MemoryDisk::Operation::Kind;
-    if (change.kind != Kind::name)
+    if (!keep())
+        return;
+    if (change.kind == Kind::name)
+        names[change.name] = change.file;
+    if (change.kind == Kind::rename)
+        names[change.newName] = change.file;
+    if (change.kind == Kind::remove || (change.kind == Kind::rename && keep()))
         names.erase(change.name);
-    if (change.kind != Kind::remove)
-        names[change.kind == Kind::name ? change.name : change.newName] = change.file;
+}
+
+bool isIn(const std::string& folder, const std::string& name) {
+    return std::filesystem::path(name).parent_path() == folder;
 }
 
 } // namespace
@@ -291,9 +327,13 @@ void PowerCut::advance(const MemoryDisk::Operation& operation) {
         pendingNames_.push_back(&operation);
         break;
     case Kind::syncNames:
-        for (const auto* change : pendingNames_)
-            applyName(*change, names_);
-        pendingNames_.clear();
+        std::erase_if(pendingNames_, [&](const auto* change) {
+            const bool synced =
+                isIn(operation.name, change->kind == Kind::rename ? change->newName : change->name);
+            if (synced)
+                applyName(*change, names_, [] { return true; });
+            return synced;
+        });
         break;
     }
 }
@@ -327,8 +367,7 @@ Bytes PowerCut::contentOf(const FileState& file, const Chooser& keep) const {
 DiskImage PowerCut::build(const Chooser& keep) const {
     auto names = names_;
     for (const auto* change : pendingNames_)
-        if (keep())
-            applyName(*change, names);
+        applyName(*change, names, keep);
     DiskImage image;
     for (const auto& [name, file] : names)
         image[name] = contentOf(files_[file], keep);

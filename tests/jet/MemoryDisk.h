@@ -31,7 +31,7 @@ public:
         std::size_t file = 0;
         std::uint64_t offset = 0; ///< write; truncate: the new size
         jet::Bytes bytes;
-        std::string name;
+        std::string name; ///< syncNames: of the folder
         std::string newName;
     };
 
@@ -41,7 +41,9 @@ public:
     std::unique_ptr<Handle> open(const std::filesystem::path& path, Mode mode, int& error) override;
     bool exists(const std::filesystem::path& path) override;
     int rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    int link(const std::filesystem::path& file, const std::filesystem::path& name) override;
     int remove(const std::filesystem::path& path) override;
+    int copyRights(const std::filesystem::path& from, const std::filesystem::path& to) override;
     int syncFolderOf(const std::filesystem::path& path) override;
 
     /// As programs see it.
@@ -86,7 +88,9 @@ private:
 };
 
 /// What a disk may hold if the power goes after some of a record's operations: everything synced by
-/// then, and of what wasn't any part, in sectors of 512 bytes and in any order.
+/// then, and of what wasn't any part, in sectors of 512 bytes and in any order. A name is synced
+/// with its folder only, not with its file; of a rename the new name may be there and the old one
+/// still, but never neither.
 class PowerCut {
 public:
     explicit PowerCut(const DiskImage& before);

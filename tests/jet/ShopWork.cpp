@@ -1,5 +1,11 @@
 #include "jet/ShopWork.h"
 
+#include "jet/ByteView.h"
+#include "jet/CommitPairs.h"
+#include "jet/Journal.h"
+
+#include <stdexcept>
+
 using namespace jet;
 
 namespace {
@@ -10,6 +16,29 @@ std::vector<RowId> rowsOf(const Table& table) {
     for (bool there = row.first(); there; there = row.next())
         ids.push_back(row.id());
     return ids;
+}
+
+/// Of the kinds of values that the shop's tables have.
+std::uint64_t hashOf(const Value& value) {
+    return std::visit(
+        []<class T>(const T& held) -> std::uint64_t {
+            if constexpr (std::is_same_v<T, Currency>)
+                return static_cast<std::uint64_t>(held.tenThousandths);
+            else if constexpr (std::is_same_v<T, Date>)
+                return std::hash<double>{}(held.days);
+            else if constexpr (requires { std::hash<T>{}(held); })
+                return std::hash<T>{}(held);
+            else
+                throw std::logic_error("the shop has no such values");
+        },
+        value);
+}
+
+std::uint64_t hashOf(const Row& row) {
+    std::uint64_t hash = 0;
+    for (const Value& value : row)
+        hash = (hash ^ hashOf(value)) * 0x9E3779B97F4A7C15U + value.index();
+    return hash;
 }
 
 template <class Change>
@@ -28,7 +57,7 @@ std::uint64_t contentOf(Database& file) {
         sum += std::hash<std::string>{}(name) * static_cast<std::uint64_t>(table.rowCount() + 1);
         RowCursor row = table.scan();
         for (bool there = row.first(); there; there = row.next())
-            sum += table.stamp(row.id()).value() * 0x9E3779B97F4A7C15U;
+            sum += hashOf(row.row().values());
     }
     return sum;
 }
@@ -38,6 +67,30 @@ DiskImage emptyShop(Version version) {
     Database::create(kPath, version, disk);
     Database(kPath, on(disk)).createTable(ShopWork::cheques());
     return disk.image();
+}
+
+DiskImage halfDone(const DiskImage& before, const std::function<void(Database&)>& work) {
+    constexpr int kPagesWritten = 3;
+    MemoryDisk disk(before);
+    std::size_t pairAt = 0;
+    {
+        Database file(kPath, on(disk));
+        pairAt = formatOf(file.version()).commitPairsAt + 2;
+        work(file);
+    }
+    PowerCut cut(before);
+    int written = 0;
+    for (const MemoryDisk::Operation& operation : disk.record()) {
+        cut.advance(operation);
+        DiskImage image = cut.everything();
+        if (!image.contains(Journal::pathFor(kPath)) ||
+            load<std::uint16_t>(image.at(kPath).data() + pairAt) != CommitPairs::kWriting)
+            continue;
+        if (operation.kind == MemoryDisk::Operation::Kind::write &&
+            operation.bytes.size() > CommitPairs::kBytes && ++written == kPagesWritten)
+            return image;
+    }
+    throw std::logic_error("the work writes too few pages for its purpose");
 }
 
 TableSpec ShopWork::cheques() {

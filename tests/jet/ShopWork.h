@@ -14,11 +14,16 @@ inline constexpr const char* kPath = "/loja/automacao.mdb";
     return options;
 }
 
-/// What the tables hold, in one number.
+/// What the tables hold, in one number, wherever in the file it is.
 [[nodiscard]] std::uint64_t contentOf(jet::Database& file);
 
 /// A shop's database without rows, on a disk of its own.
 [[nodiscard]] DiskImage emptyShop(jet::Version version);
+
+/// The disk of a shop whose station died while it wrote the pages of `work`: some hold their new
+/// content, the commit pair says "writing", and the journal is there.
+[[nodiscard]] DiskImage halfDone(const DiskImage& before,
+                                 const std::function<void(jet::Database&)>& work);
 
 /// The shop's work, one transaction a step: cheques come in, are settled, purged; texts grow over
 /// pages; a table is made now and then.

@@ -1,0 +1,137 @@
+// A disk that fails while a database is compacted or a copy put in its place: every call made to
+// it, one after the other, fails once or from then on. What there was is there.
+#include "jet/Afterwards.h"
+#include "jet/Backup.h"
+#include "jet/Compact.h"
+#include "jet/FileSteps.h"
+#include "jet/Journal.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <iostream>
+
+using namespace jet;
+using namespace std::string_literals;
+
+namespace {
+
+const std::string kOther = "/loja/outro.mdb";
+
+struct Fault {
+    Version version;
+    bool forever;
+    int error;
+};
+
+class CopyFaults : public testing::TestWithParam<Fault> {
+protected:
+    CopyFaults() {
+        MemoryDisk disk(emptyShop(GetParam().version));
+        ShopWork work(3);
+        {
+            Database file(kPath, on(disk));
+            work.step(file, 2);
+        }
+        older_ = disk.image();
+        olderContent_ = after_.of(older_).content;
+        {
+            Database file(kPath, on(disk));
+            work.step(file, 1);
+        }
+        content_ = after_.of(disk.image()).content;
+        before_ = halfDone(disk.image(), [&](Database& file) { work.step(file, 4); });
+    }
+
+    /// Does `work` with each of its calls failing; `look` sees the disk and whether it was done.
+    template <class Work, class Look>
+    void everyFault(const DiskImage& before, Work&& work, Look&& look) {
+        std::size_t failures = 0;
+        std::uint64_t number = 1;
+        for (bool failed = true; failed; ++number) {
+            SCOPED_TRACE("call " + std::to_string(number));
+            MemoryDisk disk(before);
+            disk.failFrom(number, GetParam().forever, GetParam().error);
+            bool done = false;
+            try {
+                work(disk);
+                done = true;
+            } catch (const Error& error) {
+                EXPECT_STRNE(error.what(), "");
+                ++failures;
+            }
+            failed = disk.calls() >= number;
+            disk.failNoMore();
+            look(disk, done);
+            ASSERT_FALSE(HasFailure());
+        }
+        std::cout << "calls made to fail: " << number - 2
+                  << ", told to the technician: " << failures << '\n';
+        EXPECT_GT(failures, 30U);
+    }
+
+    void expectSound(const MemoryDisk& disk, const std::string& path, std::uint64_t content) {
+        const Afterwards::Outcome& outcome = after_.of(disk.image(), path);
+        EXPECT_EQ(outcome.problem, "");
+        EXPECT_EQ(outcome.content, content);
+    }
+    /// Nothing half made stays, unless the disk doesn't even take it away.
+    static void expectTidy(const MemoryDisk& disk, std::size_t mostLeft) {
+        std::size_t left = 0;
+        for (const auto& [name, bytes] : disk.image())
+            left += UnnamedFile::isOne(name) ? 1 : 0;
+        EXPECT_LE(left, GetParam().forever ? 9 : mostLeft);
+    }
+
+    DiskImage older_;
+    DiskImage before_; ///< a shop's file whose writer died
+    std::uint64_t content_ = 0;
+    std::uint64_t olderContent_ = 0;
+    Afterwards after_;
+};
+
+INSTANTIATE_TEST_SUITE_P(, CopyFaults,
+                         testing::Values(Fault{Version::jet3, true, EIO},
+                                         Fault{Version::jet4, false, ENOSPC}),
+                         [](const auto& fault) {
+                             return (fault.param.version == Version::jet3 ? "Jet3"s : "Jet4"s) +
+                                    (fault.param.forever ? "ForEver" : "Once") +
+                                    (fault.param.error == EIO ? "Error" : "DiskFull");
+                         });
+
+TEST_P(CopyFaults, ACompactionThatFailsLeavesItsSource) {
+    everyFault(
+        before_, [](MemoryDisk& disk) { (void)compact(kPath, kOther, {}, disk); },
+        [&](MemoryDisk& disk, bool done) {
+            expectSound(disk, kPath, content_);
+            EXPECT_TRUE(!done || disk.exists(kOther));
+            if (disk.exists(kOther))
+                expectSound(disk, kOther, content_);
+            expectTidy(disk, 1);
+        });
+}
+
+TEST_P(CopyFaults, ARestoringThatFailsLeavesTheFileOrHasReplacedIt) {
+    DiskImage before = before_;
+    before[kOther] = older_.at(kPath);
+    everyFault(
+        before, [](MemoryDisk& disk) { (void)restore(kOther, kPath, disk); },
+        [&](MemoryDisk& disk, bool done) {
+            std::string kept;
+            for (const auto& [name, bytes] : disk.image())
+                if (name.find("-substituido-") != std::string::npos && name.ends_with(".mdb"))
+                    kept = name;
+            if (done || after_.of(disk.image()).content == olderContent_) {
+                expectSound(disk, kPath, olderContent_);
+                ASSERT_NE(kept, "");
+                expectSound(disk, kept, content_);
+            } else {
+                expectSound(disk, kPath, content_);
+                EXPECT_TRUE(kept.empty() || GetParam().forever) << kept;
+            }
+            expectTidy(disk, 1);
+        });
+}
+
+} // namespace
