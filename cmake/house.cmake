@@ -112,6 +112,7 @@ function(house_fuzzer name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBS")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE house ${arg_LIBS} -fsanitize=fuzzer)
+    target_compile_options(${name} PRIVATE -O1)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
     add_test(NAME fuzz.${name} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/fuzz.sh
