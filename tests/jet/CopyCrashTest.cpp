@@ -6,6 +6,7 @@
 #include "jet/Compact.h"
 #include "jet/FileSteps.h"
 #include "jet/Journal.h"
+#include "jet/Salvage.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -90,7 +91,9 @@ protected:
                   << after_.images() << ", checked " << after_.checks() << '\n';
     }
 
-    void cutCompaction(const DiskImage& before);
+    /// What makes the file `kPath` anew under another name.
+    using Copier = std::function<void(const std::string& target, MemoryDisk& disk)>;
+    void cutCopying(const DiskImage& before, const Copier& copy);
     void cutRestoring(const DiskImage& before, std::uint64_t replaced);
 
     DiskImage older_;
@@ -108,9 +111,9 @@ INSTANTIATE_TEST_SUITE_P(, CopyCrash, testing::Values(Version::jet3, Version::je
                              return version.param == Version::jet3 ? "Jet3"s : "Jet4"s;
                          });
 
-void CopyCrash::cutCompaction(const DiskImage& before) {
+void CopyCrash::cutCopying(const DiskImage& before, const Copier& copy) {
     MemoryDisk disk(before);
-    (void)compact(kPath, kSmall, {}, disk);
+    copy(kSmall, disk);
     ASSERT_EQ(flaw(disk.image(), kSmall, content_), "");
     const Bytes whole = disk.image().at(kSmall);
     everyCut(before, disk, kCompactingRounds, [&](const DiskImage& image) {
@@ -126,17 +129,29 @@ void CopyCrash::cutCompaction(const DiskImage& before) {
         ++repeats_;
         MemoryDisk again(image);
         const std::string second = image.contains(kSmall) ? "/loja/menor2.mdb" : kSmall;
-        (void)compact(kPath, second, {}, again);
+        copy(second, again);
         ASSERT_TRUE(holds(again.image(), second, whole));
     });
-    tell("compaction", disk);
+    tell("a new file", disk);
     EXPECT_GT(points_, 900U);
 }
 
-TEST_P(CopyCrash, ACompactionNeverTouchesItsSourceAndItsResultIsWhole) { cutCompaction(used_); }
+void compactTo(const std::string& target, MemoryDisk& disk) {
+    (void)compact(kPath, target, {}, disk);
+}
+
+TEST_P(CopyCrash, ACompactionNeverTouchesItsSourceAndItsResultIsWhole) {
+    cutCopying(used_, compactTo);
+}
 
 TEST_P(CopyCrash, ACompactionOfAFileWhoseWriterDiedFirstUndoesTheTransaction) {
-    cutCompaction(cutOff_);
+    cutCopying(cutOff_, compactTo);
+}
+
+TEST_P(CopyCrash, ASalvageNeverTouchesItsSourceAndItsResultIsWhole) {
+    cutCopying(used_, [](const std::string& target, MemoryDisk& disk) {
+        EXPECT_TRUE(salvage(kPath, target, {}, disk).complete());
+    });
 }
 
 void CopyCrash::cutRestoring(const DiskImage& before, std::uint64_t replaced) {

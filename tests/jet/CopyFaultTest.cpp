@@ -4,7 +4,7 @@
 #include "jet/Backup.h"
 #include "jet/Compact.h"
 #include "jet/FileSteps.h"
-#include "jet/Journal.h"
+#include "jet/Salvage.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -108,6 +108,27 @@ TEST_P(CopyFaults, ACompactionThatFailsLeavesItsSource) {
             EXPECT_TRUE(!done || disk.exists(kOther));
             if (disk.exists(kOther))
                 expectSound(disk, kOther, content_);
+            expectTidy(disk, 1);
+        });
+}
+
+/// A page that the disk doesn't give is lost, but not in silence.
+TEST_P(CopyFaults, ASalvageThatLosesSomethingSaysSo) {
+    std::optional<SalvageReport> report;
+    everyFault(
+        older_,
+        [&](MemoryDisk& disk) {
+            report.reset();
+            report = salvage(kPath, kOther, {}, disk);
+        },
+        [&](MemoryDisk& disk, bool done) {
+            EXPECT_EQ(disk.image().at(kPath), older_.at(kPath));
+            EXPECT_TRUE(!done || disk.exists(kOther));
+            if (disk.exists(kOther)) {
+                const Afterwards::Outcome& outcome = after_.of(disk.image(), kOther);
+                EXPECT_EQ(outcome.problem, "");
+                EXPECT_TRUE(outcome.content == olderContent_ || (report && !report->complete()));
+            }
             expectTidy(disk, 1);
         });
 }
