@@ -141,8 +141,9 @@ public:
     }
     int copyRights(const std::filesystem::path& from, const std::filesystem::path& to) override {
         struct stat info {};
-        return ::stat(from.c_str(), &info) == 0 && ::chmod(to.c_str(), info.st_mode) == 0 ? 0
-                                                                                          : -errno;
+        return ::stat(from.c_str(), &info) == 0 && ::chmod(to.c_str(), info.st_mode & 07777) == 0
+                   ? 0
+                   : -errno;
     }
     int syncFolderOf(const std::filesystem::path& path) override {
         const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";

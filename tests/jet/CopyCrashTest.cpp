@@ -154,6 +154,24 @@ TEST_P(CopyCrash, ASalvageNeverTouchesItsSourceAndItsResultIsWhole) {
     });
 }
 
+TEST_P(CopyCrash, ANewDatabaseIsWholeOrNotThere) {
+    MemoryDisk disk;
+    Database::create(kPath, GetParam(), disk);
+    const Bytes whole = disk.image().at(kPath);
+    const std::uint64_t empty = after_.of(disk.image()).content;
+    ASSERT_EQ(flaw(disk.image(), kPath, empty), "");
+    everyCut({}, disk, kRestoringRounds, [&](const DiskImage& image) {
+        ASSERT_TRUE(!image.contains(kPath) || holds(image, kPath, whole));
+        if (++points_ % kTriedAgain != 0 || image.contains(kPath))
+            return;
+        ++repeats_;
+        MemoryDisk again(image);
+        Database::create(kPath, GetParam(), again);
+        ASSERT_EQ(flaw(again.image(), kPath, empty), "");
+    });
+    tell("creation", disk);
+}
+
 void CopyCrash::cutRestoring(const DiskImage& before, std::uint64_t replaced) {
     MemoryDisk disk(before);
     const auto kept = restore(kCopy, kPath, disk);

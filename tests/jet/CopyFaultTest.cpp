@@ -92,8 +92,10 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(, CopyFaults,
-                         testing::Values(Fault{Version::jet3, true, EIO},
-                                         Fault{Version::jet4, false, ENOSPC}),
+                         testing::Values(Fault{Version::jet3, false, EIO},
+                                         Fault{Version::jet3, true, ENOSPC},
+                                         Fault{Version::jet4, false, ENOSPC},
+                                         Fault{Version::jet4, true, EIO}),
                          [](const auto& fault) {
                              return (fault.param.version == Version::jet3 ? "Jet3"s : "Jet4"s) +
                                     (fault.param.forever ? "ForEver" : "Once") +
