@@ -49,6 +49,7 @@ std::vector<RowId> makePatient(Database& database) {
                  {.rule = "[data] Is Null Or [nome] Like \"*\"", .message = "sem nome"}
     });
     std::vector<RowId> rows;
+    rows.reserve(kRows);
     Transaction all(database);
     for (std::int64_t i = 0; i < kClients; ++i)
         clients.insert(Row{i, "Cliente " + std::to_string(i)});
