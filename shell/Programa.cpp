@@ -96,6 +96,19 @@ void pintarJanelas() {
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
+bool encerrado = false; ///< in good order, or on the way there
+
+/// Qt calls exit() when the screen is taken away (its server has ended, the session was closed),
+/// wherever the program stands then. No window can be taken down any more, nor tell anything; the
+/// data is closed as at the end of the day.
+void fecharSemTela() {
+    if (std::exchange(encerrado, true))
+        return;
+    jet::setWaitHook({});
+    dbconectar::descartar();
+    std::_Exit(EXIT_FAILURE);
+}
+
 } // namespace
 
 void atenderFalha(const std::exception_ptr& falha) {
@@ -134,11 +147,14 @@ int executarPrograma(int argc, char** argv) {
     QObject::connect(&gravacao, &QTimer::timeout, Gravacao());
     int status = EXIT_FAILURE;
     if (frmSplash::instance().load()) {
+        // Only now: what is static and made later than this is gone when it runs.
+        std::atexit(&fecharSemTela);
         gravacao.start(kFlushInterval);
         dbconectar::instance().Automacao.database().setNewsHold(kNewsHold);
         status = QApplication::exec();
     }
     WindowList::instance().clear();
     dbconectar::descartar();
+    encerrado = true;
     return status;
 }

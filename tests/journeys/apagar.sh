@@ -4,8 +4,6 @@
 # it. An independent reader then finds just the other cheques in the file.
 source "$(dirname "$0")/journey.sh"
 
-rows() { mdb-export -H -d '|' -Q -T '%Y-%m-%d' "$place/data/automacao.mdb" "$1"; }
-
 # Some days between which just three cheques fall due (first, last), the three by entry number, and all
 # other cheques.
 choose_period() {

@@ -4,28 +4,8 @@
 # and changed, two settled; an independent reader then finds in the file just what is left.
 source "$(dirname "$0")/journey.sh"
 
-rows() { mdb-export -H -d '|' -Q -T '%Y-%m-%d' "$place/data/automacao.mdb" "$1"; }
-
-# The client of the highest limit and some bank, among those whose names every keyboard can type.
-choose_client_and_bank() {
-    IFS='|' read -r client name limit < <(rows cliente_fornecedor |
-        LC_ALL=C awk -F'|' 'NF > 20 && $3 == 1 && $2 ~ /^[ -~]+$/ { print $1 "|" $2 "|" $16 }' |
-        sort -t '|' -k 3,3nr | sed q)
-    IFS='|' read -r bank _ bank_name < <(rows bancos | LC_ALL=C grep -E '^[ -~]+$' | sed q)
-    limit=${limit%.*}
-    [ "$limit" -gt 1000 ] || fail "no client with a credit limit"
-}
-
 # cheque <lancamento> <agencia> <numero> <issue> <due> <value> <authoriser>: a row as it must be stored.
 cheque() { printf '%s|%s|%s|%s|%s|%s|%s|%s||%s|1\n' "$1" "$client" "$bank" "$2" "$3" "$4" "$5" "$6" "$7"; }
-
-# fill <field>...: types the fields from the client on, each left by Enter.
-fill() {
-    for field in "$@"; do
-        [ -z "$field" ] || typed "$field"
-        keys Return
-    done
-}
 
 enter_a_run_of_three() {
     keys alt+m e
@@ -57,13 +37,6 @@ pass_the_limit_by_one_cent() {
     keys alt+s               # a warning, not a refusal
     fourth=$(cheque 4 1234 104 2026-12-05 2027-04-10 "$((limit - 30)).0100" Dono)
     expect_rows cheques "$(printf '%s\n' "$first" "$second" "$third" "$fourth")"
-}
-
-# to_the_list: in the list window, the client's cheques listed and the list entered.
-to_the_list() {
-    keys Return
-    typed "$name"
-    keys Tab Tab Tab
 }
 
 find_and_change() {

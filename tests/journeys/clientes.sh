@@ -12,14 +12,6 @@ rows() {
 }
 expect_clients() { expect_rows cliente_fornecedor "$(printf '%s\n' "$@" | sort)"; }
 
-# fill <field>...: types the fields from the focus on, each left by Enter.
-fill() {
-    for field in "$@"; do
-        [ -z "$field" ] || typed "$field"
-        keys Return
-    done
-}
-
 register_clients() {
     until_window "Valtrino"
     keys alt+a c

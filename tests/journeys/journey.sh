@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034  # the journeys read what is set here
 # What every journey needs: a screen of its own with a window manager, the program in a folder of its
 # own with a fresh database, and ways to wait, type and look. Sourced by the journeys, which are
 # called with the folder of the built programs and, if pictures are wanted, the folder for them:
@@ -40,7 +41,8 @@ fail() {
 start_screen() {
     mkfifo "$place/display"
     Xvfb -displayfd 3 -screen 0 1366x768x24 -noreset -nolisten tcp 3> "$place/display" 2> /dev/null &
-    helpers+=($!)
+    screen=$!
+    helpers+=("$screen")
     read -r -t 60 number < "$place/display" || fail "no X server"
     export DISPLAY=":$number" QT_QPA_PLATFORM=xcb HOME="$place/home" XDG_CONFIG_HOME="$place/home"
     export XDG_RUNTIME_DIR="$place/home" LC_ALL=C.UTF-8
@@ -122,10 +124,35 @@ typed() {
     done
 }
 
+# fill <field>...: types the fields from the focus on, each left by Enter.
+fill() {
+    for field in "$@"; do
+        [ -z "$field" ] || typed "$field"
+        keys Return
+    done
+}
+
 # The rows of a table as an independent reader of the file sees them.
-rows() { mdb-export -H -d '|' -Q "$place/data/automacao.mdb" "$1"; }
+rows() { mdb-export -H -d '|' -Q -T '%Y-%m-%d' "$place/data/automacao.mdb" "$1"; }
 rows_are() { [ "$(rows "$1" | sort)" = "$2" ]; }
 expect_rows() { until_true "the rows of $1: $2, instead of $(rows "$1")" rows_are "$1" "$2"; }
+
+# The client of the highest credit limit and some bank, among those whose names every keyboard can type.
+choose_client_and_bank() {
+    IFS='|' read -r client name limit < <(rows cliente_fornecedor |
+        LC_ALL=C awk -F'|' 'NF > 20 && $3 == 1 && $2 ~ /^[ -~]+$/ { print $1 "|" $2 "|" $16 }' |
+        sort -t '|' -k 3,3nr | sed q)
+    IFS='|' read -r bank _ bank_name < <(rows bancos | LC_ALL=C grep -E '^[ -~]+$' | sed q)
+    limit=${limit%.*}
+    [ "$limit" -gt 1000 ] || fail "no client with a credit limit"
+}
+
+# In the window of the cheque list: the chosen client's cheques are listed and the list entered.
+to_the_list() {
+    keys Return
+    typed "$name"
+    keys Tab Tab Tab
+}
 
 # picture <name> [window]: of the whole screen, or of a window (its number, or "active").
 picture() {

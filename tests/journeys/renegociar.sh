@@ -7,13 +7,6 @@ source "$(dirname "$0")/journey.sh"
 
 rows() { mdb-export -H -d '|' -Q -T '%Y-%m-%d' "$folder/automacao.mdb" "$1"; }
 
-# A client and a bank, among those whose names every keyboard can type.
-choose_client_and_bank() {
-    IFS='|' read -r client name < <(rows cliente_fornecedor |
-        LC_ALL=C awk -F'|' 'NF > 20 && $3 == 1 && $2 ~ /^[ -~]+$/ { print $1 "|" $2 }' | sed q)
-    IFS='|' read -r bank _ bank_name < <(rows bancos | LC_ALL=C grep -E '^[ -~]+$' | sed q)
-}
-
 # expect_cheque <due>: the one row of the table, as it must be stored.
 expect_cheque() {
     expect_rows cheques "1|$client|$bank|1234|501|2026-02-01|$1|1000.0000||Gerente|1"
@@ -22,10 +15,7 @@ expect_cheque() {
 enter_the_cheque() {
     keys alt+m e
     until_window "Cadastro de Cheques Recebidos"
-    for field in "$name" "$bank_name" 1234 501 01022026 01032026 1000,00 Gerente; do
-        typed "$field"
-        keys Return
-    done
+    fill "$name" "$bank_name" 1234 501 01022026 01032026 1000,00 Gerente
     keys alt+s
     expect_cheque 2026-03-01
     keys Escape
@@ -45,9 +35,7 @@ renegotiate() {
     until_window "Renegociação de cheques"
     keys Return              # the finding has the focus
     until_window "Localizar Cheque Recebidos"
-    keys Return
-    typed "$name"
-    keys Tab Tab Tab
+    to_the_list
     keys Down Return Return  # chosen twice it is picked
     until_window "Renegociação de cheques"
     typed 2

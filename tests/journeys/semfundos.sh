@@ -5,8 +5,6 @@
 # An independent reader finds in the file just that cheque more. By keyboard but for the two clicks.
 source "$(dirname "$0")/journey.sh"
 
-rows() { mdb-export -H -d '|' -Q -T '%Y-%m-%d' "$place/data/automacao.mdb" "$1"; }
-
 # A received cheque whose number no other has, of a client without bounced cheques, whose name no other
 # has and every keyboard can type.
 choose_cheque() {
