@@ -1,5 +1,6 @@
 #include "shell/dbconectar.h"
 
+#include "ado/ConnectionString.h"
 #include "jet/Error.h"
 #include "shell/Configuracao.h"
 #include "shell/Mirtal.h"
@@ -41,9 +42,10 @@ dbconectar& dbconectar::instance() {
 void dbconectar::descartar() { unico().reset(); }
 
 // Deliberate: nothing is put between folder and file name and nothing taken away, so a folder that
-// ends in a backslash gives two.
+// ends in a backslash gives two. Only one that would break the string is put in quotes.
 dbconectar::dbconectar() {
-    Automacao.setConnectionString(kProvedor + Mirtal::DatabaseFolder + kArquivo);
+    const QString arquivo = Mirtal::DatabaseFolder + kArquivo;
+    Automacao.setConnectionString(kProvedor + ado::quotedValue(arquivo.toStdString()));
 }
 
 void dbconectar::abrir() {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 
 namespace ado {
 
@@ -17,34 +18,52 @@ namespace fs = std::filesystem;
 using jet::Errc;
 using jet::Error;
 
+constexpr std::string_view kBlanks = " \t";
+constexpr std::string_view kQuotes = "\"'";
+
 std::string_view trimmed(std::string_view text) {
-    const auto blank = [](char c) { return c == ' ' || c == '\t'; };
-    while (!text.empty() && blank(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && blank(text.back()))
-        text.remove_suffix(1);
-    return text;
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
 
-/// The value of one part, up to the semicolon that ends it; one inside quotes doesn't. Moves
-/// `rest` behind it.
-std::string_view takeValue(std::string_view& rest) {
-    const std::size_t first = rest.find_first_not_of(" \t");
-    std::size_t from = 0;
-    if (first != std::string_view::npos && (rest[first] == '"' || rest[first] == '\'')) {
-        const std::size_t closing = rest.find(rest[first], first + 1);
-        from = closing == std::string_view::npos ? 0 : closing;
+struct Quoted {
+    std::string value;
+    std::size_t end; ///< behind the closing quote
+};
+
+/// What the quotes at `text`'s beginning hold; one of them twice stands for itself. Nothing if they
+/// aren't closed.
+std::optional<Quoted> readQuoted(std::string_view text) {
+    const char quote = text.front();
+    std::string value;
+    for (std::size_t at = 1; at < text.size(); ++at) {
+        if (text[at] != quote)
+            value += text[at];
+        else if (text.substr(at + 1).starts_with(quote))
+            value += text[at++];
+        else
+            return Quoted{std::move(value), at + 1};
     }
-    const std::size_t end = std::min(rest.find(';', from), rest.size());
-    const std::string_view value = trimmed(rest.substr(0, end));
+    return std::nullopt;
+}
+
+/// The value of one part, up to the semicolon that ends it; one inside quotes doesn't. Quotes that
+/// don't go around all of it belong to it. Moves `rest` behind it.
+std::string takeValue(std::string_view& rest) {
+    const std::size_t first = std::min(rest.find_first_not_of(kBlanks), rest.size());
+    std::optional<Quoted> quoted;
+    if (first < rest.size() && kQuotes.find(rest[first]) != std::string_view::npos)
+        quoted = readQuoted(rest.substr(first));
+    const std::size_t end =
+        std::min(rest.find(';', quoted ? first + quoted->end : first), rest.size());
+    if (quoted && !trimmed(rest.substr(first + quoted->end, end - first - quoted->end)).empty())
+        quoted.reset();
+    std::string value =
+        quoted ? std::move(quoted->value) : std::string(trimmed(rest.substr(0, end)));
     rest.remove_prefix(std::min(end + 1, rest.size()));
     return value;
-}
-
-std::string_view unquoted(std::string_view value) {
-    const bool quoted = value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
-                        value.back() == value.front();
-    return quoted ? value.substr(1, value.size() - 2) : value;
 }
 
 fs::path asPath(std::string_view utf8) { return fs::path(std::u8string(utf8.begin(), utf8.end())); }
@@ -76,7 +95,7 @@ std::optional<fs::path> entry(const fs::path& folder, const fs::path& name) {
 
 fs::path dataSource(std::string_view connectionString) {
     std::string_view rest = connectionString;
-    std::optional<std::string_view> source;
+    std::optional<std::string> source;
     while (!rest.empty()) {
         const std::size_t stop = rest.find_first_of("=;");
         if (stop == std::string_view::npos)
@@ -86,9 +105,9 @@ fs::path dataSource(std::string_view connectionString) {
         rest.remove_prefix(stop + 1);
         if (!hasValue)
             continue;
-        const std::string_view value = takeValue(rest);
+        std::string value = takeValue(rest);
         if (key == "data source")
-            source = unquoted(value);
+            source = std::move(value);
     }
     if (!source || source->empty())
         throw Error(Errc::misuse,
@@ -105,6 +124,18 @@ fs::path dataSource(std::string_view connectionString) {
         path += c;
     }
     return asPath(path);
+}
+
+std::string quotedValue(std::string_view value) {
+    const std::string_view shown = trimmed(value);
+    const bool breaks = value.find(';') != std::string_view::npos ||
+                        (!shown.empty() && kQuotes.find(shown.front()) != std::string_view::npos);
+    if (!breaks)
+        return std::string(value);
+    std::string quoted = "\"";
+    for (const char c : value)
+        quoted.append(c == '"' ? 2 : 1, c);
+    return quoted + '"';
 }
 
 fs::path existingFile(const fs::path& path) {

@@ -1,14 +1,20 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 #include <string_view>
 
 namespace ado {
 
 /// The path in a connection string: what stands after "Data Source=", blanks around it dropped, in
-/// double or single quotes or not; both / and \ separate folders, and doubled ones count once.
+/// double or single quotes (the same quote inside them written twice) or not; both / and \ separate
+/// folders, and doubled ones count once.
 /// @throws Error{misuse} if there is none.
 [[nodiscard]] std::filesystem::path dataSource(std::string_view connectionString);
+
+/// A value as it must stand in a connection string: in quotes if it would break that otherwise, as
+/// the path of a folder with a semicolon in its name does, else as it is.
+[[nodiscard]] std::string quotedValue(std::string_view value);
 
 /// The file of that path, or one whose name, or the names of whose folders, differ only in case:
 /// the shop's folders come from a system that doesn't tell them apart. The exact name is

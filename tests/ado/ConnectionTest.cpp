@@ -24,6 +24,35 @@ TEST(ConnectionString, OnlyTheDataSourceCounts) {
         EXPECT_EQ(errorOf([&] { (void)ado::dataSource(none); }), Errc::misuse) << none;
 }
 
+TEST(ConnectionString, AnyPathGoesThroughItInQuotesWhereItNeedsThem) {
+    const struct {
+        const char* path;
+        const char* written;
+    } cases[] = {
+        {"/dados/a.mdb",            "/dados/a.mdb"                },
+        {"/loja; filial=2/a.mdb",   "\"/loja; filial=2/a.mdb\""   },
+        {"/D'Avila & Filhos/a.mdb", "/D'Avila & Filhos/a.mdb"     },
+        {"/a=b/\"c\"/a.mdb",        "/a=b/\"c\"/a.mdb"            },
+        {"\"c\"/a.mdb",             "\"\"\"c\"\"/a.mdb\""         },
+        {"'c'/a.mdb",               "\"'c'/a.mdb\""               },
+        {"/a;\"b\"'c/a.mdb\"",      "\"/a;\"\"b\"\"'c/a.mdb\"\"\""},
+        {"\"",                      "\"\"\"\""                    },
+        {";",                       "\";\""                       },
+    };
+    for (const auto& [path, written] : cases) {
+        EXPECT_EQ(ado::quotedValue(path), written);
+        const std::string value = ado::quotedValue(path);
+        EXPECT_EQ(ado::dataSource("Provider=X;Data Source=" + value + ";Y=Z"), path);
+        EXPECT_EQ(ado::dataSource("Data Source = " + value + " "), path);
+    }
+}
+
+TEST(ConnectionString, QuotesThatDontGoAroundTheValueBelongToIt) {
+    EXPECT_EQ(ado::dataSource("Data Source='a'/b.mdb"), "'a'/b.mdb");
+    EXPECT_EQ(ado::dataSource("Data Source=\"a;b.mdb"), "\"a");
+    EXPECT_EQ(ado::dataSource("Data Source='a;b'/c;d"), "'a;b'/c");
+}
+
 #ifndef _WIN32
 TEST(ConnectionString, BackslashesSeparateFoldersAndDoubledOnesCountOnce) {
     EXPECT_EQ(ado::dataSource("Data Source=/dados\\\\automacao.mdb"), "/dados/automacao.mdb");

@@ -58,6 +58,18 @@ TEST_F(DataAccess, ATrailingBackslashIsDoubledAndTheFileFoundAllTheSame) {
     EXPECT_EQ(openingFailure(), "");
 }
 
+TEST_F(DataAccess, AFolderNameThatWouldBreakTheConnectionStringIsFoundAllTheSame) {
+    for (const char* name :
+         {"loja;2", "loja; Data Source=x", "a=b", "D'Avila", "\"loja\"", "\";'"}) {
+        const auto folder = shop().folder() / name;
+        std::filesystem::create_directory(folder);
+        std::filesystem::copy_file(shop().file(), folder / "automacao.mdb");
+        restart(QString::fromStdString(folder.string()));
+        EXPECT_EQ(openingFailure(), "") << name;
+        EXPECT_EQ(data().Automacao.database().path(), folder / "automacao.mdb");
+    }
+}
+
 TEST_F(DataAccess, TheFourRecordsetsStayOpenUntilTheEnd) {
     for (const ado::Recordset* rs :
          {&data().rsCliente, &data().rsBancos, &data().rsCheques, &data().rsSemFundos})
