@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPalette>
 #include <QPushButton>
@@ -16,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
 
 namespace {
 
@@ -66,6 +68,17 @@ TEST_F(Look, TheMenuEntryUnderTheHandHasItsIconInTheColourOfItsText) {
     menu.setActiveAction(entry);
     EXPECT_EQ(spots(QPalette::WindowText), 0);
     EXPECT_GT(spots(QPalette::HighlightedText), 0);
+}
+
+TEST_F(Look, QtsOwnTextsAreInPortuguese) {
+    aplicarEstilo(*qApp);
+    QLineEdit box("texto");
+    const std::unique_ptr<QMenu> menu(box.createStandardContextMenu());
+    QStringList entries;
+    for (const QAction* action : menu->actions())
+        entries << action->text().section('\t', 0, 0).remove('&');
+    EXPECT_TRUE(entries.contains("Copiar") && entries.contains("Selecionar tudo"))
+        << entries.join(", ").toStdString();
 }
 
 TEST_F(Look, AnIconTakesTheColourOfTheTextAndFollowsIt) {
