@@ -1,14 +1,23 @@
 #include "controls/FileChooser.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFileDialog>
+#include <QStandardPaths>
 
 #include <ostream>
 #include <utility>
 
 namespace {
 
-QString askOperator(const FileRequest& request) {
+/// Where the operator looks for files; not where the program happens to have been started from.
+QDir ownFolder() {
+    const QDir documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return documents.exists() ? documents : QDir::home();
+}
+
+QString askOperator(FileRequest request) {
+    request.path = ownFolder().absoluteFilePath(request.path);
     QWidget* owner = QApplication::activeWindow();
     switch (request.choice) {
     case FileChoice::existingFile:

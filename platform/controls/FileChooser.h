@@ -13,7 +13,8 @@ enum class FileChoice : unsigned char { existingFile, newFile, folder };
 struct FileRequest {
     FileChoice choice = FileChoice::existingFile;
     QString title;
-    /// Where the dialog opens: a folder, or for a new file its proposed path.
+    /// Where the dialog opens: a folder, or for a new file its proposed path. A bare name is
+    /// proposed among the operator's documents.
     QString path;
     /// As Qt writes filters: "Planilha (*.xlsx)". Unused for a folder.
     QString filter;

@@ -55,6 +55,29 @@ TEST(FileChooser, GivesTheChosenPath) {
               folder.path());
 }
 
+TEST(FileChooser, ProposesABareNameAmongTheOperatorsDocuments) {
+    const QTemporaryDir home;
+    const QByteArray before = qgetenv("HOME");
+    const QByteArray settingsBefore = qgetenv("XDG_CONFIG_HOME");
+    qputenv("HOME", home.path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
+    const auto opensIn = [] {
+        QString folder;
+        (void)chosen({FileChoice::newFile, "Salvar", "relatório.csv", "CSV (*.csv)"},
+                     [&](QFileDialog& dialog) {
+                         folder = dialog.directory().path();
+                         dialog.reject();
+                     });
+        return folder;
+    };
+    EXPECT_EQ(opensIn(), home.path());
+    ASSERT_TRUE(QDir(home.path()).mkdir("Documents"));
+    EXPECT_EQ(opensIn(), home.filePath("Documents"));
+    qputenv("HOME", before);
+    settingsBefore.isNull() ? qunsetenv("XDG_CONFIG_HOME")
+                            : qputenv("XDG_CONFIG_HOME", settingsBefore);
+}
+
 TEST(FileChooser, CanBeAnsweredByAFunction) {
     const FileRequest request = {FileChoice::folder, "Pasta", "/dados", ""};
     std::optional<FileRequest> seen;
