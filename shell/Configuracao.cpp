@@ -26,10 +26,18 @@ QByteArray firstLine(QFile& arquivo) {
     return {bytes.constData(), std::distance(bytes.begin(), end)};
 }
 
-jet::Error falha(const char* acao, const QFileDevice& arquivo) {
-    return {jet::Errc::io, QString("Não foi possível %1 o arquivo \"%2\": %3.")
-                               .arg(acao, arquivo.fileName(), arquivo.errorString())
-                               .toStdString()};
+jet::Error falha(jet::Errc codigo, const char* acao, const QFileDevice& arquivo) {
+    const QString motivo = codigo == jet::Errc::full
+                               ? "o disco está cheio; libere espaço nele e tente de novo"
+                               : arquivo.errorString();
+    return {codigo, QString("Não foi possível %1 o arquivo \"%2\": %3.")
+                        .arg(acao, arquivo.fileName(), motivo)
+                        .toStdString()};
+}
+
+jet::Error falhaAoGravar(const QFileDevice& arquivo) {
+    const bool cheio = arquivo.error() == QFileDevice::ResourceError;
+    return falha(cheio ? jet::Errc::full : jet::Errc::readOnly, "gravar", arquivo);
 }
 
 QString decode(const QByteArray& line) {
@@ -53,7 +61,7 @@ QString pastaDosDados(const QString& pastaPrograma) {
     if (!QFileInfo(arquivo).isFile())
         return pastaPrograma;
     if (!arquivo.open(QIODevice::ReadOnly))
-        throw falha("ler", arquivo);
+        throw falha(jet::Errc::io, "ler", arquivo);
     return decode(firstLine(arquivo));
 }
 
@@ -63,10 +71,11 @@ void gravarPasta(const QString& pastaPrograma, const QString& pasta) {
     QSaveFile arquivo(caminho(pastaPrograma)); // beside the old one, then in its place
     // Unbuffered: what a full disk refuses only on closing, commit() doesn't hear of.
     if (!arquivo.open(QIODevice::WriteOnly | QIODevice::Text | QIODevice::Unbuffered))
-        throw falha("gravar", arquivo);
-    arquivo.write((linha + '\n').toUtf8()); // commit() tells if it failed
-    if (!arquivo.commit())
-        throw falha("gravar", arquivo);
+        throw falhaAoGravar(arquivo);
+    const QByteArray bytes = (linha + '\n').toUtf8();
+    // Only the write itself knows that the disk is full, not the commit.
+    if (arquivo.write(bytes) != bytes.size() || !arquivo.commit())
+        throw falhaAoGravar(arquivo);
 }
 
 } // namespace Configuracao

@@ -23,7 +23,8 @@ namespace Configuracao {
 /// Makes the folder the one line of init.ini, as pastaDosDados() reads it back: whole, in UTF-8,
 /// then a line break. Line breaks within it, which a paste may bring along, are left out. Whatever
 /// fails or breaks off, the file is the old one or the new one, whole.
-/// @throws jet::Error{io} if it can't be written; the file is then as it was.
+/// @throws jet::Error{full, readOnly} if it can't be written; the file is then as it was, and the
+///         operator may try again.
 void gravarPasta(const QString& pastaPrograma, const QString& pasta);
 
 } // namespace Configuracao

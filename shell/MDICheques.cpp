@@ -19,6 +19,7 @@
 #include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QToolButton>
 
 #include <algorithm>
 #include <chrono>
@@ -106,15 +107,27 @@ void MDICheques::montarBarra() {
     statusBar()->setObjectName("StatusBar1");
     statusBar()->setContentsMargins(6, 0, 6, 0);
     statusBar()->addWidget(mensagem_, 1);
-    consulta_ = new QLabel("Somente consulta");
-    consulta_->setObjectName("pnlConsulta");
-    consulta_->hide();
-    statusBar()->addPermanentWidget(consulta_);
+    montarConsulta();
     statusBar()->addPermanentWidget(data_);
 
     Relogio_Timer();
     connectGuarded(&Relogio, &QTimer::timeout, this, &MDICheques::Relogio_Timer);
     Relogio.start(1s);
+}
+
+void MDICheques::montarConsulta() {
+    consulta_ = new QToolButton;
+    consulta_->setObjectName("pnlConsulta");
+    consulta_->setText("Somente consulta");
+    consulta_->setIcon(Icons::named("warning"));
+    consulta_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    consulta_->setAutoRaise(true);
+    QSizePolicy lugar = consulta_->sizePolicy();
+    lugar.setRetainSizeWhenHidden(true); // what is above mustn't move when it comes and goes
+    consulta_->setSizePolicy(lugar);
+    consulta_->hide();
+    connectGuarded(consulta_, &QToolButton::clicked, this, &MDICheques::consulta_Click);
+    statusBar()->addPermanentWidget(consulta_);
 }
 
 // Texts under the pictures where all of them fit beside each other.
@@ -136,9 +149,16 @@ void MDICheques::mostrarConsulta() {
     consulta_->setAccessibleDescription(consulta_->toolTip());
 }
 
+void MDICheques::consulta_Click() {
+    showMessage(consulta_->toolTip(), "Mensagem", MessageIcon::exclamation);
+}
+
 void MDICheques::avisar() {
-    if (const auto& aviso = dbconectar::instance().Automacao.database().notice())
-        showMessage(QString::fromStdString(*aviso), "Mensagem", MessageIcon::exclamation);
+    mostrarConsulta();
+    jet::Database& base = dbconectar::instance().Automacao.database();
+    for (const auto& aviso : {base.notice(), base.readOnlyReason()})
+        if (aviso)
+            showMessage(QString::fromStdString(*aviso), "Mensagem", MessageIcon::exclamation);
 }
 
 void MDICheques::Relogio_Timer() {
@@ -190,8 +210,12 @@ void MDICheques::cuidarDaCopia() {
 }
 
 void MDICheques::encerrar() {
-    if (std::exchange(encerrado_, true))
+    if (encerrado_)
         return;
+    // What can't be written is told, and the program goes on; who insists ends it without that.
+    if (!std::exchange(insistido_, true) && dbconectar::instance().aberto())
+        dbconectar::instance().Automacao.database().flush();
+    encerrado_ = true;
     copia_.reset();
     userSettings().setValue(kPlaceKey, saveGeometry());
     dbconectar::instance().fechar();
@@ -200,5 +224,5 @@ void MDICheques::encerrar() {
 
 void MDICheques::closeEvent(QCloseEvent* event) {
     guarded([this] { encerrar(); });
-    event->accept();
+    event->setAccepted(encerrado_);
 }

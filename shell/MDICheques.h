@@ -10,6 +10,7 @@
 class CopiaDeSeguranca;
 class QLabel;
 class QToolBar;
+class QToolButton;
 
 namespace Comandos {
 struct Comando;
@@ -37,10 +38,11 @@ public:
     /// From now on looks after the daily copy of the open database; its news are shown in the
     /// status bar.
     void cuidarDaCopia();
-    /// Says what the opening of the database has found, if anything.
+    /// Says what the opening of the database has found and why nothing can be saved, if so.
     void avisar();
 
     /// Closes the data and ends the program at once, whatever windows are open.
+    /// @throws jet::Error the first time, and the program goes on, if something can't be written.
     void encerrar();
 
 protected:
@@ -51,18 +53,21 @@ private:
     void montarMenus();
     void montarFerramentas();
     void montarBarra();
+    void montarConsulta();
     void lembrarLugar();
     void executar(const Comandos::Comando* comando);
     void Toolbar1_ButtonClick(const QString& chave);
     void mostrarConsulta();
+    void consulta_Click();
     void Relogio_Timer();
 
     QToolBar* Toolbar1;
     QLabel* mensagem_;
-    QLabel* consulta_; ///< on show while nothing can be saved
+    QToolButton* consulta_; ///< on show while nothing can be saved; says why
     QLabel* data_;
     QTimer Relogio;
     std::unique_ptr<CopiaDeSeguranca> copia_;
     int segundos_ = 0;
     bool encerrado_ = false;
+    bool insistido_ = false; ///< the end has been tried before
 };

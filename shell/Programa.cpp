@@ -12,6 +12,8 @@
 #include "shell/frmSplash.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
+#include <QStatusBar>
 #include <QThread>
 #include <QTimer>
 
@@ -24,7 +26,7 @@ using namespace std::chrono_literals;
 namespace {
 
 // How often changes that wait to be written are looked at while the operator does nothing.
-constexpr auto kFlushInterval = 200ms;
+constexpr auto kFlushInterval = 100ms;
 // What another station has stored shows by so much later at most, which nobody notices; in return a
 // list of many rows doesn't ask for it at each field.
 constexpr auto kNewsHold = 5ms;
@@ -65,7 +67,8 @@ bool podeRepetir(const std::exception_ptr& falha) {
     }
 }
 
-/// What waits to be written is tried again each time; that it can't be is said once.
+/// What was deleted or settled is gathered for a moment before it is written. That it can't be written is said
+/// once, and tried again each time.
 class Gravacao {
 public:
     void operator()() {
@@ -74,9 +77,13 @@ public:
         try {
             dbconectar::instance().Automacao.flushIfDue();
             falhou_ = false;
-        } catch (const jet::Error&) {
-            if (!std::exchange(falhou_, true))
-                naoDita_ = std::current_exception();
+        } catch (const jet::Error& erro) {
+            if (!std::exchange(falhou_, true)) {
+                const bool espera =
+                    dbconectar::instance().Automacao.database().pager().inTransaction();
+                naoDita_ = std::make_exception_ptr(
+                    jet::Error(erro.code(), erro.what() + std::string(espera ? kEspera : "")));
+            }
         }
         // With another failure on show it is said after that one.
         if (naoDita_ && !isFailing())
@@ -84,17 +91,57 @@ public:
     }
 
 private:
+    static constexpr const char* kEspera =
+        " As últimas alterações ainda não foram gravadas: o programa continua tentando sozinho.";
     bool falhou_ = false;
     std::exception_ptr naoDita_;
 };
 
-/// While the engine waits for another station the windows stay painted, and nothing else happens.
-void pintarJanelas() {
-    if (QThread::currentThread() != QCoreApplication::instance()->thread())
-        return;
-    const HandlersPaused pausa;
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-}
+/// While the engine waits for another station the windows stay painted, the hourglass is on show
+/// and, when it takes longer, the status bar says what is waited for. Nothing else happens.
+class Espera {
+public:
+    Espera() {
+        fim_.setSingleShot(true);
+        fim_.setInterval(kDepois);
+        QObject::connect(&fim_, &QTimer::timeout, [this] { terminar(); });
+    }
+    /// Called again and again until the wait is over.
+    void mostrar() {
+        if (QThread::currentThread() != fim_.thread())
+            return;
+        if (!fim_.isActive()) {
+            QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+            inicio_.start();
+        }
+        if (!dita_ && inicio_.hasExpired(kCalada))
+            dita_ = dizer("Esperando por outra estação...");
+        fim_.start();
+        const HandlersPaused pausa;
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    }
+
+private:
+    static constexpr auto kDepois = 200ms;
+    static constexpr int kCalada = 800; ///< ms
+
+    void terminar() {
+        QGuiApplication::restoreOverrideCursor();
+        if (std::exchange(dita_, false))
+            dizer("");
+    }
+    /// Over the prompt of the status bar, if there is one yet; nothing gives the prompt back.
+    static bool dizer(const QString& texto) {
+        for (const QWidget* janela : QApplication::topLevelWidgets())
+            if (auto* barra = janela->findChild<QStatusBar*>("StatusBar1"))
+                return barra->showMessage(texto), true;
+        return false;
+    }
+
+    QTimer fim_; ///< starts anew as long as the wait goes on
+    QElapsedTimer inicio_;
+    bool dita_ = false;
+};
 
 bool encerrado = false; ///< in good order, or on the way there
 
@@ -140,7 +187,8 @@ int executarPrograma(int argc, char** argv) {
     aplicarEstilo(aplicacao);
     QApplication::setWindowIcon(Icons::named("valtrino"));
     setFailureHandler(&atenderFalha);
-    jet::setWaitHook(&pintarJanelas);
+    Espera espera;
+    jet::setWaitHook([&espera] { espera.mostrar(); });
     MDICheques::mostrarMensagens();
 
     QTimer gravacao;
@@ -155,6 +203,7 @@ int executarPrograma(int argc, char** argv) {
     }
     WindowList::instance().clear();
     dbconectar::descartar();
+    jet::setWaitHook({});
     encerrado = true;
     return status;
 }

@@ -7,8 +7,9 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-/// A change is on the disk no later than that.
-constexpr milliseconds kLongestPending{500};
+/// A change is written no later than that, or when its program next looks (flushIfDue): on the disk
+/// within half a second.
+constexpr milliseconds kLongestPending{350};
 /// So often who gathers changes asks whether another station waits to write.
 constexpr milliseconds kWaitingEvery{10};
 

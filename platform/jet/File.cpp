@@ -17,9 +17,10 @@ namespace {
                       : error == ENOSPC || error == EDQUOT || error == EFBIG ? Errc::full
                       : error == EACCES || error == EPERM || error == EROFS  ? Errc::readOnly
                                                                              : Errc::io;
-    const char* reason = code == Errc::notFound   ? "o arquivo não existe"
-                         : code == Errc::exists   ? "o arquivo já existe"
-                         : code == Errc::full     ? "não há espaço no disco"
+    const char* reason = code == Errc::notFound ? "o arquivo não existe"
+                         : code == Errc::exists ? "o arquivo já existe"
+                         : code == Errc::full
+                             ? "o disco está cheio; libere espaço nele e tente de novo"
                          : code == Errc::readOnly ? "sem permissão"
                          : error == EISDIR        ? "não é um arquivo"
                                                   : nullptr;

@@ -107,7 +107,13 @@ bool LockFile::takeUser() {
         std::array<std::byte, kSlot> slot{};
         putName(std::span(slot).first(kName), machineName());
         putName(std::span(slot).subspan(kName), kAccount);
-        file_->write(std::uint64_t{user - 1} * kSlot, slot);
+        try {
+            file_->write(std::uint64_t{user - 1} * kSlot, slot);
+        } catch (const Error& error) {
+            // On a full disk a station is known by its number: the lock is what counts.
+            if (error.code() != Errc::full)
+                throw;
+        }
         user_ = user;
         return true;
     }
@@ -134,7 +140,8 @@ std::string LockFile::nameOf(unsigned user) const {
         const std::string machine = nameIn(std::span(slot).first(kName));
         const std::string account = nameIn(std::span(slot).subspan(kName));
         if (!machine.empty())
-            return account.empty() ? machine : machine + " (" + account + ")";
+            return account.empty() || account == kAccount ? machine
+                                                          : machine + " (" + account + ")";
     } catch (const Error&) { // NOLINT(bugprone-empty-catch)
         // A user that has written no name.
     }

@@ -65,7 +65,8 @@ public:
     [[nodiscard]] bool isForeign(unsigned user) const; ///< not marked as a copy of this program
     /// All others, ascending.
     [[nodiscard]] std::vector<unsigned> otherUsers() const;
-    /// "MAQUINA (Admin)", from the user's slot.
+    /// "MAQUINA (Maria)" from the user's slot; just the machine for the user name that everybody
+    /// has who hasn't been given one.
     [[nodiscard]] std::string nameOf(unsigned user) const;
 
     /// Takes every free user byte, so that no program can enter. False, and none taken, if somebody

@@ -206,13 +206,11 @@ std::optional<std::size_t> Sharing::deadWriter(const Pairs& pairs) const {
 void Sharing::noteSuspect(const Pairs& pairs) {
     suspect_ = careful_ = true;
     const auto user = pairs.find(Pairs::kDamaged) ? pairs.find(Pairs::kDamaged) : deadWriter(pairs);
-    std::string who = "usuário " + std::to_string(user.value_or(0));
-    if (user.value_or(0) > 0)
-        who += ", " + lock_.nameOf(static_cast<unsigned>(*user));
-    lasting_ =
-        "O banco de dados foi deixado danificado por outro programa (" + who +
-        "): os dados podem ser consultados, mas não alterados. Repare-o com o programa que o "
-        "gravou, ou volte a uma cópia de segurança.";
+    const std::string who =
+        user.value_or(0) > 0 ? lock_.nameOf(static_cast<unsigned>(*user)) : "usuário desconhecido";
+    lasting_ = "O banco de dados foi deixado danificado por outro programa, de " + who +
+               ": os dados podem ser consultados, mas não alterados. Repare-o com o programa que o "
+               "gravou, ou volte a uma cópia de segurança.";
 }
 
 void Sharing::runRecovery(bool holdsWriting) {
@@ -230,8 +228,8 @@ void Sharing::runRecovery(bool holdsWriting) {
             throw Error(
                 Errc::locked,
                 "Uma gravação foi interrompida e precisa ser desfeita, mas o banco de dados "
-                "está aberto em outro programa (" +
-                    lock_.nameOf(*stranger) + "). Feche-o lá e tente de novo.");
+                "está aberto em outro programa, de " +
+                    lock_.nameOf(*stranger) + ". Feche-o lá e tente de novo.");
         // The journal may be of a transaction that is being written at this moment.
         if (cutOff && attendance_.hasStranger())
             throw Error(Errc::locked, kByAnotherName);
@@ -329,8 +327,8 @@ std::optional<std::string> Sharing::foreignReason(bool entranceClosed) {
     }
     if (!stranger)
         return std::nullopt;
-    return "O banco de dados também está aberto em outro programa (" + lock_.nameOf(*stranger) +
-           "). Para proteger os dados, nada pode ser alterado até que ele seja fechado lá; as "
+    return "O banco de dados também está aberto em outro programa, de " + lock_.nameOf(*stranger) +
+           ". Para proteger os dados, nada pode ser alterado até que ele seja fechado lá; as "
            "consultas continuam.";
 }
 

@@ -5,8 +5,8 @@
 #include "shell/Programa.h"
 #include "support/ShopTest.h"
 
-#include <QLabel>
 #include <QTimer>
+#include <QToolButton>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -38,6 +38,13 @@ protected:
     static std::exception_ptr failure(jet::Errc code) {
         return std::make_exception_ptr(jet::Error(code, "Outra estação está gravando."));
     }
+    /// Which isn't written yet.
+    void deleteABank() {
+        given("bancos", {{{"nome", words("Caixa")}}});
+        data().Automacao.database().flush();
+        data().rsBancos.MoveFirst();
+        data().rsBancos.Delete();
+    }
 };
 
 TEST_F(BesideOthers, WhatCanBeTriedAgainIsUndoneAndTold) {
@@ -59,12 +66,14 @@ TEST_F(BesideOthers, AForeignProgramInTheFileIsToldAndWaitedFor) {
     given("bancos", {{{"nome", words("Caixa")}}});
     auto& window = MDICheques::instance();
     window.show();
-    const auto& panel = control<QLabel>(window, "pnlConsulta");
+    auto& panel = control<QToolButton>(window, "pnlConsulta");
     EXPECT_FALSE(panel.isVisible());
     {
         const ForeignProgram foreign(shop().file());
         EXPECT_TRUE(QTest::qWaitFor([&] { return panel.isVisible(); }, 10'000));
-        EXPECT_FALSE(panel.toolTip().isEmpty());
+        EXPECT_TRUE(panel.toolTip().contains("aberto em outro programa"));
+        expectMessage("Mensagem", panel.toolTip());
+        panel.click();
         data().rsBancos.AddNew();
         data().rsBancos["nome"] = "Banco do Vale";
         EXPECT_THROW(data().rsBancos.Update(), jet::Error);
@@ -76,6 +85,27 @@ TEST_F(BesideOthers, AForeignProgramInTheFileIsToldAndWaitedFor) {
     data().rsBancos["nome"] = "Banco do Vale";
     data().rsBancos.Update();
     EXPECT_EQ(rows("select nome from bancos").size(), 2U);
+}
+
+TEST_F(BesideOthers, TheProgramDoesntEndWithADeletionThatCantBeWrittenYet) {
+    deleteABank();
+    {
+        const ForeignProgram foreign(shop().file());
+        EXPECT_THROW(MDICheques::instance().encerrar(), jet::Error);
+        EXPECT_TRUE(data().aberto());
+    }
+    MDICheques::instance().encerrar();
+    EXPECT_FALSE(data().aberto());
+    EXPECT_EQ(jet::Database(shop().file()).table("bancos").rowCount(), 0);
+}
+
+TEST_F(BesideOthers, WhoInsistsEndsTheProgramWithoutIt) {
+    deleteABank();
+    const ForeignProgram foreign(shop().file());
+    for (const bool open : {true, false}) {
+        EXPECT_THROW(MDICheques::instance().encerrar(), jet::Error);
+        EXPECT_EQ(data().aberto(), open);
+    }
 }
 
 TEST_F(BesideOthers, WhileTheEngineWaitsNoHandlerRuns) {
