@@ -209,6 +209,8 @@ void MDICheques::cuidarDaCopia() {
         [this](const QString& texto) { mensagem_->setText(texto); });
 }
 
+void MDICheques::largarCopia() { copia_.reset(); }
+
 void MDICheques::encerrar() {
     if (encerrado_)
         return;
@@ -216,7 +218,7 @@ void MDICheques::encerrar() {
     if (!std::exchange(insistido_, true) && dbconectar::instance().aberto())
         dbconectar::instance().Automacao.database().flush();
     encerrado_ = true;
-    copia_.reset();
+    largarCopia();
     userSettings().setValue(kPlaceKey, saveGeometry());
     dbconectar::instance().fechar();
     QCoreApplication::exit(EXIT_SUCCESS); // quit() would ask the other windows first

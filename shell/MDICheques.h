@@ -38,6 +38,8 @@ public:
     /// From now on looks after the daily copy of the open database; its news are shown in the
     /// status bar.
     void cuidarDaCopia();
+    /// Breaks off a copy that is being made, and makes none any more.
+    void largarCopia();
     /// Says what the opening of the database has found and why nothing can be saved, if so.
     void avisar();
 

@@ -13,12 +13,18 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QSocketNotifier>
 #include <QStatusBar>
 #include <QThread>
 #include <QTimer>
 
+#include <array>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -145,16 +151,40 @@ private:
 
 bool encerrado = false; ///< in good order, or on the way there
 
-/// Qt calls exit() when the screen is taken away (its server has ended, the session was closed),
-/// wherever the program stands then. No window can be taken down any more, nor tell anything; the
-/// data is closed as at the end of the day.
+/// The end from outside, wherever the program stands then: Qt calls exit() when the screen is taken
+/// away (its server has ended, the session was closed), and the system asks for it when it is
+/// switched off. No window can be taken down any more, nor tell anything; the data is closed as at
+/// the end of the day.
 void fecharSemTela() {
     if (std::exchange(encerrado, true))
         return;
     jet::setWaitHook({});
+    for (QWidget* janela : QApplication::topLevelWidgets())
+        if (auto* principal = qobject_cast<MDICheques*>(janela))
+            principal->largarCopia();
     dbconectar::descartar();
     std::_Exit(EXIT_FAILURE);
 }
+
+/// The system's request to end comes as a signal, in the middle of anything; it is met when the
+/// program next looks at its events.
+class PedidoDeFim {
+public:
+    PedidoDeFim() {
+        std::array<int, 2> ends{};
+        if (::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0)
+            return; // then the system ends the program as it ends every other
+        told_ = ends[1];
+        pedido_ = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
+        QObject::connect(pedido_.get(), &QSocketNotifier::activated, &fecharSemTela);
+        for (const int signal : {SIGTERM, SIGHUP, SIGINT})
+            std::signal(signal, [](int) { (void)!::write(told_, "", 1); });
+    }
+
+private:
+    static inline int told_ = -1;
+    std::unique_ptr<QSocketNotifier> pedido_;
+};
 
 } // namespace
 
@@ -197,6 +227,7 @@ int executarPrograma(int argc, char** argv) {
     if (frmSplash::instance().load()) {
         // Only now: what is static and made later than this is gone when it runs.
         std::atexit(&fecharSemTela);
+        const PedidoDeFim pedido;
         gravacao.start(kFlushInterval);
         dbconectar::instance().Automacao.database().setNewsHold(kNewsHold);
         status = QApplication::exec();

@@ -29,13 +29,19 @@ protected:
 
     /// @param action what the main window is told to do once it stands.
     void run(const char* action = "mnusair") {
+        QProcess process;
+        start(process, action);
+        waitForEnd(process);
+    }
+    void start(QProcess& process, const char* action) {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("QT_QPA_PLATFORM", "offscreen");
         environment.insert("XDG_CONFIG_HOME", folder() + "/config");
         environment.insert("OBSERVED_ACTION", action);
-        QProcess process;
         process.setProcessEnvironment(environment);
         process.start(folder() + "/valtrino", QStringList());
+    }
+    void waitForEnd(QProcess& process) {
         ended_ = process.waitForFinished(kPatienceMs);
         status_ = process.exitCode();
         crashed_ = process.exitStatus() == QProcess::CrashExit;
@@ -106,6 +112,20 @@ TEST_F(Program, LeavesNoLockBehind) {
     expectEnd(0);
     jet::Database database(shop.file());
     EXPECT_FALSE(database.readOnlyReason().has_value());
+}
+
+TEST_F(Program, AskedToEndByTheSystemLeavesNothingBehind) {
+    const ShopDatabase shop;
+    writeInitIni(shop.folder().string());
+    QProcess process;
+    start(process, "");
+    while (!output_.contains("show MDICheques") && process.waitForReadyRead(kPatienceMs))
+        output_ += QString::fromUtf8(process.readAllStandardOutput());
+    EXPECT_TRUE(std::filesystem::exists(shop.folder() / "automacao.ldb"));
+    process.terminate();
+    waitForEnd(process);
+    expectEnd(1);
+    EXPECT_FALSE(std::filesystem::exists(shop.folder() / "automacao.ldb"));
 }
 
 TEST_F(Program, MakesTheCopyOfTheDayOrNone) {
