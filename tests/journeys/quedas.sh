@@ -63,11 +63,29 @@ quick_fill() {
     done
 }
 
-# Within so many microseconds, at a moment that nobody knows.
+# The journal isn't empty: a save is in the middle of being written.
+journal_at_work() {
+    local first=
+    { IFS= read -r -d '' -n 1 first < "$place/data/automacao.mdb-journal"; } 2> /dev/null || true
+    [ -n "$first" ]
+}
+
+# Half a second at most, and without another process, which would come too late.
+until_a_save_is_written() {
+    local end=$((${EPOCHREALTIME/[.,]/} + 500000))
+    until journal_at_work || [ "${EPOCHREALTIME/[.,]/}" -gt $end ]; do
+        :
+    done
+}
+
+# Within so many microseconds, at a moment that nobody knows; every other time in the middle of the save
+# that comes next.
 kill_within() {
-    local wait=$(((RANDOM * 32768 + RANDOM) % $1))
+    local aimed=$((kill % 2))
+    local wait=$(((RANDOM * 32768 + RANDOM) % ($1 / (1 + aimed))))
     {
         sleep "$((wait / 1000000)).$(printf %06d $((wait % 1000000)))"
+        [ $aimed = 0 ] || until_a_save_is_written
         kill -9 "$program"
         now > "$place/killed"
     } &
@@ -255,7 +273,6 @@ fill_up() {
     expect_one_of_the_states
 }
 
-journal_at_work() { tr -d '\0' < "$place/data/automacao.mdb-journal" 2> /dev/null | head -c 8 | grep -q JET; }
 nothing_left() { [ -z "$(find "$place/data" -name '*.ldb' -o -name '*-journal*')" ]; }
 
 new_database() {
