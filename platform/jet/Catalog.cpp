@@ -1,22 +1,12 @@
 #include "jet/Catalog.h"
 
+#include "jet/SystemTables.h"
+
 #include <set>
 
 namespace jet {
 
 namespace {
-
-constexpr std::int64_t kRoot = 0x0F000000;
-constexpr std::int64_t kTables = 0x0F000001;
-constexpr std::int64_t kDatabases = 0x0F000002;
-constexpr std::int64_t kRelationships = 0x0F000003;
-constexpr std::int64_t kDatabaseObject = 0x10000000;
-constexpr std::int64_t kPageMask = 0x00FFFFFF;
-constexpr std::int64_t kSystemFlag =
-    -0x7FFFFFFF - 1; ///< bit 31, as the signed number it is stored as
-constexpr std::int64_t kHiddenFlag = 0x02;
-
-enum ObjectType : std::int64_t { tableObject = 1, databaseObject = 2, containerObject = 3 };
 
 // Permission masks as the engine gives them to new objects.
 constexpr std::int64_t kFullTable = 1048319;
@@ -81,7 +71,7 @@ std::vector<CatalogEntry> readCatalog(const Table& objects, std::uint32_t pageCo
     RowCursor cursor = objects.scan();
     for (bool there = cursor.first(); there; there = cursor.next()) {
         const RowView& row = cursor.row();
-        const std::int64_t page = row.integer(at.id) & kPageMask;
+        const std::int64_t page = row.integer(at.id) & kObjectPageMask;
         if (row.integer(at.type) != tableObject || row.isNull(at.name) || page < 2 ||
             page >= pageCount)
             continue;
@@ -99,7 +89,7 @@ Bytes tableProperties(const Table& objects, PageNo definition) {
     for (bool there = cursor.first(); there; there = cursor.next()) {
         const RowView& row = cursor.row();
         if (row.integer(at.type) != tableObject ||
-            (row.integer(at.id) & kPageMask) != number(definition) || row.isNull(properties))
+            (row.integer(at.id) & kObjectPageMask) != number(definition) || row.isNull(properties))
             continue;
         const Value stored = row.value(properties);
         if (const auto* bytes = std::get_if<Bytes>(&stored))
@@ -128,7 +118,7 @@ void addToCatalog(Table& objects, Table& rights, const std::string& name, PageNo
         }
 
     const std::int64_t id = number(definition);
-    addObject(objects, id, kTables, name, tableObject, admin, 0);
+    addObject(objects, id, kTablesObject, name, tableObject, admin, 0);
     for (const Bytes& account : {admin, users})
         if (!account.empty())
             addRight(rights, id, account, kFullTable, false);
@@ -145,19 +135,20 @@ void completeCatalog(Table& objects, Table& rights, const Accounts& accounts) {
     const auto addMissing = [&](std::int64_t id, std::int64_t parent, const char* name,
                                 std::int64_t type, const Bytes& owner) {
         if (!there.contains(id))
-            addObject(objects, id, parent, name, type, owner, kSystemFlag);
+            addObject(objects, id, parent, name, type, owner,
+                      static_cast<std::int32_t>(kSystemFlag));
     };
     const auto container = [&](std::int64_t id, const char* name) {
-        addMissing(id, kRoot, name, containerObject, accounts.engine);
+        addMissing(id, kRootObject, name, containerObject, accounts.engine);
     };
-    container(kTables, "Tables");
-    container(kDatabases, "Databases");
-    container(kRelationships, "Relationships");
-    addMissing(kDatabaseObject, kDatabases, "MSysDb", databaseObject, accounts.admin);
+    container(kTablesObject, "Tables");
+    container(kDatabasesObject, "Databases");
+    container(kRelationshipsObject, "Relationships");
+    addMissing(kDatabaseObject, kDatabasesObject, "MSysDb", databaseObject, accounts.admin);
     const char* const tables[] = {"MSysObjects", "MSysACEs", "MSysQueries", "MSysRelationships"};
     std::int64_t page = 2;
     for (const char* name : tables)
-        addMissing(page++, kTables, name, tableObject, accounts.engine);
+        addMissing(page++, kTablesObject, name, tableObject, accounts.engine);
 
     const struct {
         std::int64_t object;
@@ -165,22 +156,22 @@ void completeCatalog(Table& objects, Table& rights, const Accounts& accounts) {
         std::int64_t mask;
         bool inherited;
     } rows[] = {
-        {2,               accounts.admin,   kReadDefinition, false},
-        {3,               accounts.admin,   kReadDefinition, false},
-        {4,               accounts.admin,   kReadDefinition, false},
-        {5,               accounts.admin,   917504,          false},
-        {kTables,         accounts.creator, 983294,          true },
-        {kTables,         accounts.admin,   393217,          false},
-        {kRelationships,  accounts.creator, 983294,          true },
-        {kRelationships,  accounts.admin,   393217,          false},
-        {kDatabases,      accounts.admin,   kReadDefinition, false},
-        {kDatabaseObject, accounts.admin,   393230,          false},
-        {kDatabaseObject, accounts.users,   14,              false},
-        {4,               accounts.users,   kUsersRead,      false},
-        {5,               accounts.users,   kUsersRead,      false},
-        {2,               accounts.users,   kUsersRead,      false},
-        {kTables,         accounts.users,   kFullTable,      true },
-        {kRelationships,  accounts.users,   1048575,         true }
+        {2,                    accounts.admin,   kReadDefinition, false},
+        {3,                    accounts.admin,   kReadDefinition, false},
+        {4,                    accounts.admin,   kReadDefinition, false},
+        {5,                    accounts.admin,   917504,          false},
+        {kTablesObject,        accounts.creator, 983294,          true },
+        {kTablesObject,        accounts.admin,   393217,          false},
+        {kRelationshipsObject, accounts.creator, 983294,          true },
+        {kRelationshipsObject, accounts.admin,   393217,          false},
+        {kDatabasesObject,     accounts.admin,   kReadDefinition, false},
+        {kDatabaseObject,      accounts.admin,   393230,          false},
+        {kDatabaseObject,      accounts.users,   14,              false},
+        {4,                    accounts.users,   kUsersRead,      false},
+        {5,                    accounts.users,   kUsersRead,      false},
+        {2,                    accounts.users,   kUsersRead,      false},
+        {kTablesObject,        accounts.users,   kFullTable,      true },
+        {kRelationshipsObject, accounts.users,   1048575,         true }
     };
     for (const auto& row : rows)
         if (!there.contains(row.object))

@@ -4,6 +4,7 @@
 #include "jet/CommitPairs.h"
 #include "jet/Header.h"
 #include "jet/Recovery.h"
+#include "jet/SystemTables.h"
 
 #include <algorithm>
 
@@ -11,9 +12,6 @@ namespace jet {
 
 namespace {
 
-constexpr PageNo kObjects{2};
-constexpr PageNo kRights{3};
-constexpr PageNo kRelationships{5};
 constexpr std::size_t kPointersAt = 0x18; // where the maps and the system tables are
 constexpr std::size_t kPointersEnd = 0x30;
 constexpr std::uint32_t kFewestPages = 6; // header, map of free pages, four definitions
@@ -115,15 +113,16 @@ private:
                 tables.push_back(
                     std::make_unique<TableCheck>(context, name, std::move(*definition), user));
         };
-        add("MSysObjects", kObjects, false);
+        add("MSysObjects", kObjectsPage, false);
         if (tables.empty()) {
-            findings_.error(kObjects, "catálogo", "sem a tabela MSysObjects nada mais se verifica");
+            findings_.error(kObjectsPage, "catálogo",
+                            "sem a tabela MSysObjects nada mais se verifica");
             return;
         }
         tables.front()->checkRows();
         const CatalogCheck catalog(context, *tables.front());
         for (const CatalogTable& table : catalog.tables())
-            if (table.definition != kObjects)
+            if (table.definition != kObjectsPage)
                 add(table.name, table.definition, table.user);
         context.ledger.compareWithFree();
 
@@ -132,9 +131,9 @@ private:
                 table->checkRows();
             report_.indexEntries += table->checkIndexes();
             report_.rows += table->rowCount();
-            if (table->definition().page() == kRelationships)
+            if (table->definition().page() == kRelationshipsPage)
                 catalog.checkRelationships(*table, tables);
-            if (table->definition().page() == kRights)
+            if (table->definition().page() == kRightsPage)
                 catalog.checkRights(*table);
         }
         catalog.checkPartners(tables);

@@ -2,6 +2,7 @@
 
 #include "jet/Names.h"
 #include "jet/Properties.h"
+#include "jet/SystemTables.h"
 
 #include <algorithm>
 
@@ -9,23 +10,16 @@ namespace jet {
 
 namespace {
 
-constexpr std::uint32_t kRoot = 0x0F000000;
-constexpr std::uint32_t kPageMask = 0x00FFFFFF;
-constexpr std::uint32_t kSystemFlag = 0x80000000;
-constexpr std::uint32_t kHiddenFlag = 0x00000002;
-constexpr std::int64_t kTable = 1;
-constexpr std::int64_t kLinkedOdbc = 4;
-constexpr std::int64_t kLinked = 6;
-constexpr std::uint32_t kCoreTables[] = {2, 3, 4, 5};
+constexpr PageNo kCoreTables[] = {kObjectsPage, kRightsPage, kQueriesPage, kRelationshipsPage};
 
 struct Container {
     std::uint32_t id;
     const char* name;
 };
 constexpr Container kContainers[] = {
-    {0x0F000001, "Tables"       },
-    {0x0F000002, "Databases"    },
-    {0x0F000003, "Relationships"}
+    {kTablesObject,        "Tables"       },
+    {kDatabasesObject,     "Databases"    },
+    {kRelationshipsObject, "Relationships"}
 };
 
 } // namespace
@@ -68,7 +62,7 @@ void CatalogCheck::readObjects(const TableCheck& objects) {
 
 void CatalogCheck::checkProperties(const Object& object, const RowView& row,
                                    std::size_t column) const {
-    if (object.type != kTable)
+    if (object.type != tableObject)
         return;
     const Value stored = row.value(column);
     const auto* const bytes = std::get_if<Bytes>(&stored);
@@ -96,11 +90,11 @@ void CatalogCheck::compareObjects(const TableCheck& objects) {
             error(object, "dois objetos têm o mesmo número");
         if (!names.emplace(object.parent, foldedName(object.name)).second)
             error(object, "dois objetos têm o mesmo nome");
-        if (object.type == kLinked || object.type == kLinkedOdbc)
+        if (object.type == linkedTableObject || object.type == linkedOdbcObject)
             linked_.insert(foldedName(object.name));
-        if (object.type != kTable)
+        if (object.type != tableObject)
             continue;
-        const auto page = static_cast<PageNo>(object.id & kPageMask);
+        const auto page = static_cast<PageNo>(object.id & kObjectPageMask);
         if (number(page) < 2 || number(page) >= context_.pager.pageCount())
             error(object, "a definição de uma tabela está fora do arquivo");
         else if (!definitions.insert(page).second)
@@ -111,18 +105,18 @@ void CatalogCheck::compareObjects(const TableCheck& objects) {
                                    !object.name.starts_with("MSys")});
     }
     for (const Object& object : objects_)
-        if (object.parent != kRoot && !ids_.contains(object.parent))
+        if (object.parent != kRootObject && !ids_.contains(object.parent))
             error(object, "o objeto está numa pasta que não existe");
     for (const Container& container : kContainers)
         if (!ids_.contains(container.id))
             context_.findings.error(objects.definition().page(), kWhere, "falta um objeto",
                                     inQuotes(container.name));
-    for (const std::uint32_t page : kCoreTables)
-        if (!definitions.contains(PageNo{page})) {
+    for (const PageNo page : kCoreTables)
+        if (!definitions.contains(page)) {
             context_.findings.error(objects.definition().page(), kWhere,
                                     "falta uma tabela de sistema",
-                                    "página " + std::to_string(page));
-            tables_.push_back({"página " + std::to_string(page), PageNo{page}, false});
+                                    "página " + std::to_string(number(page)));
+            tables_.push_back({"página " + std::to_string(number(page)), page, false});
         }
 }
 

@@ -3,6 +3,7 @@
 #include "jet/Database.h"
 #include "jet/Names.h"
 #include "jet/RowKey.h"
+#include "jet/SystemTables.h"
 #include "jet/TableBuilder.h"
 
 #include <algorithm>
@@ -13,36 +14,21 @@ namespace jet {
 
 namespace {
 
-constexpr PageNo kObjects{2};
-constexpr PageNo kRelationships{5};
-constexpr std::uint32_t kPageMask = 0x00FFFFFF;
-constexpr std::uint32_t kSystemFlag = 0x80000000;
-constexpr std::uint32_t kHiddenFlag = 0x00000002;
-constexpr std::uint32_t kFirstDefinition = 2;
-constexpr std::uint32_t kFirstUserDefinition = 6;
-enum ObjectType : std::int16_t {
-    tableObject = 1,
-    linkedOdbc = 4,
-    linkedTable = 6,
-    relationship = 8
-};
-
 /// What every catalog has.
 struct CoreObject {
     std::uint32_t id;
     std::uint32_t parent;
     const char* name;
 };
-constexpr std::uint32_t kRootFolder = 0x0F000000;
 constexpr CoreObject kCoreObjects[] = {
-    {0x0F000001, kRootFolder, "Tables"           },
-    {0x0F000002, kRootFolder, "Databases"        },
-    {0x0F000003, kRootFolder, "Relationships"    },
-    {0x10000000, 0x0F000002,  "MSysDb"           },
-    {2,          0x0F000001,  "MSysObjects"      },
-    {3,          0x0F000001,  "MSysACEs"         },
-    {4,          0x0F000001,  "MSysQueries"      },
-    {5,          0x0F000001,  "MSysRelationships"}
+    {kTablesObject,              kRootObject,      "Tables"           },
+    {kDatabasesObject,           kRootObject,      "Databases"        },
+    {kRelationshipsObject,       kRootObject,      "Relationships"    },
+    {kDatabaseObject,            kDatabasesObject, "MSysDb"           },
+    {number(kObjectsPage),       kTablesObject,    "MSysObjects"      },
+    {number(kRightsPage),        kTablesObject,    "MSysACEs"         },
+    {number(kQueriesPage),       kTablesObject,    "MSysQueries"      },
+    {number(kRelationshipsPage), kTablesObject,    "MSysRelationships"}
 };
 
 /// A row of the catalog.
@@ -54,7 +40,7 @@ struct Object {
     std::int16_t type = 0;
     std::uint32_t flags = 0;
 
-    [[nodiscard]] PageNo definition() const { return static_cast<PageNo>(id & kPageMask); }
+    [[nodiscard]] PageNo definition() const { return static_cast<PageNo>(id & kObjectPageMask); }
     [[nodiscard]] bool user() const {
         return (flags & (kSystemFlag | kHiddenFlag)) == 0 && !name.starts_with("MSys");
     }
@@ -153,7 +139,7 @@ public:
         findUnlisted();
         dropHomeless();
         for (RewrittenTable& table : tables_)
-            if (table.before() != kObjects) {
+            if (table.before() != kObjectsPage) {
                 dropUnknownOrder(table);
                 findApart(table);
             }
@@ -211,7 +197,7 @@ private:
                                            static_cast<std::uint32_t>(packed(object.row))))
                 continue;
             if (object.name.empty() || object.id == 0 ||
-                (object.id >= kFirstUserDefinition && object.id <= kPageMask &&
+                (object.id >= kFirstUserDefinition && object.id <= kObjectPageMask &&
                  object.type != tableObject)) {
                 leaveOut(tables_.front(), object.row);
                 source_.losses().tell({Loss::What::row, "MSysObjects", object.row.page,
@@ -227,7 +213,7 @@ private:
                 continue;
             }
             names_.insert(foldedName(object.name));
-            if (object.type == linkedTable || object.type == linkedOdbc)
+            if (object.type == linkedTableObject || object.type == linkedOdbcObject)
                 linked_.insert(foldedName(object.name));
             objects_.push_back(object);
             if (object.type != tableObject)
@@ -299,7 +285,7 @@ private:
 
     /// Objects whose folder is lost. A table gets a new place under its name.
     void dropHomeless() {
-        std::set<std::uint32_t> homes{kRootFolder};
+        std::set<std::uint32_t> homes{kRootObject};
         for (const CoreObject& core : kCoreObjects)
             homes.insert(core.id);
         for (const Object& object : objects_)
@@ -330,7 +316,7 @@ private:
         const TableDefinition& definition = table.source->definition();
         for (const RealIndex& index : definition.realIndexes)
             if (const Column* unknown = columnOfUnknownOrder(definition, index)) {
-                if (table.before() <= kRelationships)
+                if (table.before() <= kRelationshipsPage)
                     throw Error(Errc::unsupported, "O catálogo do arquivo usa uma ordem de texto "
                                                    "que este programa não sabe manter.");
                 tell(Loss::What::structure, table.name, table.before(),
@@ -394,7 +380,7 @@ private:
     /// A relationship with a table or a field that is lost goes as a whole.
     void dropRelationships() {
         RewrittenTable& table = *std::ranges::find_if(tables_, [](const RewrittenTable& candidate) {
-            return candidate.before() == kRelationships;
+            return candidate.before() == kRelationshipsPage;
         });
         const Fields fields(table.source->definition());
         std::vector<std::pair<RowId, std::string>> rows;
@@ -410,7 +396,7 @@ private:
             if (broken.contains(name))
                 leaveOut(table, row);
         for (const Object& object : objects_)
-            if (object.type == relationship && broken.contains(object.name))
+            if (object.type == relationshipObject && broken.contains(object.name))
                 leaveOut(tables_.front(), object.row);
         for (const std::string& name : broken)
             tell(Loss::What::structure, table.name, table.before(),
@@ -459,7 +445,7 @@ private:
 
 std::vector<RewrittenTable> planSound(SourceFile& source) {
     SourceTable objects(source, "MSysObjects",
-                        parseDefinition(source.pager(), kObjects, source.texts()));
+                        parseDefinition(source.pager(), kObjectsPage, source.texts()));
     std::vector<RewrittenTable> tables;
     for (const Object& object : readObjects(objects))
         if (object.type == tableObject)

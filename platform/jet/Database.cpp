@@ -4,6 +4,7 @@
 #include "jet/DataPage.h"
 #include "jet/DatabaseParts.h"
 #include "jet/Names.h"
+#include "jet/SystemTables.h"
 #include "jet/TableBuilder.h"
 
 #include <algorithm>
@@ -13,9 +14,6 @@
 namespace jet {
 
 namespace {
-
-constexpr PageNo kObjects{2};
-constexpr PageNo kRights{3};
 
 /// The file, for writing if that is wanted and allowed.
 File openFile(const std::filesystem::path& path, bool readOnly, Disk& disk,
@@ -38,7 +36,7 @@ File openFile(const std::filesystem::path& path, bool readOnly, Disk& disk,
 
 void checkSize(const File& file, const Format& format) {
     const std::uint64_t size = file.size();
-    if (size % format.pageSize != 0 || size / format.pageSize <= number(kRights))
+    if (size % format.pageSize != 0 || size / format.pageSize <= number(kRightsPage))
         throw Error(Errc::corrupt, "O arquivo \"" + file.path().string() +
                                        "\" está incompleto: o seu tamanho (" +
                                        std::to_string(size) +
@@ -199,8 +197,8 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
         for (const SystemTable& table : tables)
             buildTable(parts.pager, parts.pages, table.page, table.table, parts.header.order,
                        parts.header.columnMark);
-        Table objects(made, "MSysObjects", kObjects);
-        Table rights(made, "MSysACEs", kRights);
+        Table objects(made, "MSysObjects", kObjectsPage);
+        Table rights(made, "MSysACEs", kRightsPage);
         completeCatalog(objects, rights, newAccounts(version));
         made.commit();
         File::rename(disk, draft, path);
@@ -212,7 +210,7 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
 
 void Database::loadCatalog() {
     std::map<std::string, Parts::Entry> catalog;
-    Table objects(*this, "MSysObjects", kObjects);
+    Table objects(*this, "MSysObjects", kObjectsPage);
     for (CatalogEntry& entry : readCatalog(objects, parts_->pager.pageCount())) {
         std::string key = foldedName(entry.name);
         const auto known = parts_->catalog.find(key);

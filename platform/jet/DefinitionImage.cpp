@@ -1,6 +1,7 @@
 #include "jet/DefinitionImage.h"
 
 #include "jet/Names.h"
+#include "jet/SystemTables.h"
 
 #include <algorithm>
 #include <set>
@@ -9,8 +10,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kPageHeader = 8;
-constexpr std::size_t kLengthAt = 8;
 constexpr std::size_t kLongValueBlock = 10; // column number, two maps
 constexpr std::size_t kOwnedMapAt = 2;
 constexpr std::size_t kFreeMapAt = 6;
@@ -22,14 +21,8 @@ constexpr std::size_t kOtherTableAt = 13;
 constexpr std::size_t kCascadeUpdateAt = 17;
 constexpr std::size_t kCascadeDeleteAt = 18;
 constexpr std::size_t kKindAt = 19;
-constexpr std::uint8_t kNoCascade = 4;
 
-constexpr std::uint32_t kFirstUserDefinition = 6;
-constexpr std::uint8_t kUserTable = 0x4E;
-constexpr std::uint8_t kSystemTable = 0x53;
 constexpr std::size_t kMarkAt = 0x0C; // Jet 4, and again in every block
-constexpr std::uint32_t kMark = 0x659;
-constexpr std::uint32_t kIndexMark = 0x783;
 
 void storePointer(std::byte* at, RowId id) noexcept {
     store<std::uint32_t>(at, static_cast<std::uint32_t>(packed(id)));
@@ -38,23 +31,23 @@ void storePointer(std::byte* at, RowId id) noexcept {
 } // namespace
 
 std::size_t definitionPageCount(const Format& format, std::size_t size) noexcept {
-    const std::size_t further = format.pageSize - kPageHeader;
+    const std::size_t further = format.pageSize - kDefinitionHeader;
     return size <= format.pageSize ? 1 : 1 + (size - format.pageSize + further - 1) / further;
 }
 
 Bytes definitionPage(const Format& format, std::span<const std::byte> bytes, std::size_t before,
                      PageNo next) {
     // The first page holds the head of the definition's own bytes where the others have a header.
-    const std::size_t from = before == 0 ? 0 : kPageHeader;
+    const std::size_t from = before == 0 ? 0 : kDefinitionHeader;
     const std::size_t begin =
-        before == 0 ? 0 : format.pageSize + (before - 1) * (format.pageSize - kPageHeader);
+        before == 0 ? 0 : format.pageSize + (before - 1) * (format.pageSize - kDefinitionHeader);
     const std::size_t part = std::min(bytes.size() - begin, format.pageSize - from);
     Bytes page(format.pageSize);
     std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(begin), part,
                 page.begin() + static_cast<std::ptrdiff_t>(from));
     page[0] = std::byte{static_cast<std::uint8_t>(PageKind::definition)};
     page[1] = std::byte{1};
-    const std::size_t used = from + part + kPageHeader;
+    const std::size_t used = from + part + kDefinitionHeader;
     if (format.isJet3())
         std::memcpy(page.data() + 2, "VC", 2);
     else
@@ -69,10 +62,10 @@ DefinitionImage::DefinitionImage(Pager& pager, const TableDefinition& table)
     : format_(&pager.format()) {
     for (const PageNo page : table.pages) {
         const PageRef ref = pager.read(page);
-        const auto part = ref.view().from(bytes_.empty() ? 0 : kPageHeader);
+        const auto part = ref.view().from(bytes_.empty() ? 0 : kDefinitionHeader);
         bytes_.insert(bytes_.end(), part.begin(), part.end());
     }
-    bytes_.resize(ByteView(bytes_, table.page()).u32(kLengthAt));
+    bytes_.resize(ByteView(bytes_, table.page()).u32(kDefinitionLengthAt));
     study();
 }
 
@@ -223,7 +216,7 @@ void DefinitionImage::listLongValues(TableDefinition& table) {
             store<std::uint32_t>(at(block + kFreeMapAt), 1); // there is one: see setLongValueMaps()
         }
     bytes_.resize(bytes_.size() + 2, std::byte{0xFF});
-    store<std::uint32_t>(at(kLengthAt), static_cast<std::uint32_t>(bytes_.size()));
+    store<std::uint32_t>(at(kDefinitionLengthAt), static_cast<std::uint32_t>(bytes_.size()));
 }
 
 void DefinitionImage::repair(TableDefinition& table) {
@@ -237,13 +230,14 @@ void DefinitionImage::repair(TableDefinition& table) {
                         number(table.page()) < kFirstUserDefinition ? kSystemTable : kUserTable);
     if (format_->isJet3())
         return;
-    store<std::uint32_t>(at(kMarkAt), kMark);
+    store<std::uint32_t>(at(kMarkAt), kDefinitionMark);
     for (std::size_t i = 0; i < columns; ++i)
-        store<std::uint32_t>(at(columnsAt_ + i * format_->columnSize + 1), kMark);
+        store<std::uint32_t>(at(columnsAt_ + i * format_->columnSize + 1), kDefinitionMark);
     for (std::size_t i = realIndexesAt_; i < logicalIndexesAt_; i += format_->realIndexSize)
         store<std::uint32_t>(at(i), kIndexMark);
     for (std::size_t i = 0; i < logicalIndexes_; ++i)
-        store<std::uint32_t>(at(logicalIndexesAt_ + i * format_->logicalIndexSize), kMark);
+        store<std::uint32_t>(at(logicalIndexesAt_ + i * format_->logicalIndexSize),
+                             kDefinitionMark);
 }
 
 DefinitionImage DefinitionImage::withoutIndexes() const {
@@ -253,7 +247,8 @@ DefinitionImage DefinitionImage::withoutIndexes() const {
     Bytes bytes(bytes_.begin(), place(format_->definitionHeader));
     bytes.insert(bytes.end(), place(columnsAt_), place(realIndexesAt_));
     bytes.insert(bytes.end(), place(longValuesAt_), bytes_.end());
-    store<std::uint32_t>(bytes.data() + kLengthAt, static_cast<std::uint32_t>(bytes.size()));
+    store<std::uint32_t>(bytes.data() + kDefinitionLengthAt,
+                         static_cast<std::uint32_t>(bytes.size()));
     store<std::uint32_t>(bytes.data() + format_->logicalIndexesAt, 0);
     store<std::uint32_t>(bytes.data() + format_->realIndexesAt, 0);
     store<std::uint8_t>(bytes.data() + format_->tableKindAt, kUserTable);

@@ -9,9 +9,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kRowSize = 4;
-constexpr std::size_t kChildSize = 4;
-
 void appendBigEndian(Bytes& bytes, std::uint32_t value) {
     for (const int shift : {24, 16, 8, 0})
         bytes.push_back(static_cast<std::byte>(value >> shift));
@@ -93,9 +90,9 @@ private:
         for (std::size_t first = 0; first < children.size();) {
             std::size_t used = 0;
             std::size_t end = first;
-            while (end < children.size() &&
-                   used + children[end].last.size() + kChildSize <= file_.format().indexCapacity())
-                used += children[end++].last.size() + kChildSize;
+            while (end < children.size() && used + children[end].last.size() + kEntryChildSize <=
+                                                file_.format().indexCapacity())
+                used += children[end++].last.size() + kEntryChildSize;
             end = std::min(end + 1, children.size());
             if (end + 1 == children.size())
                 --end;
@@ -167,7 +164,7 @@ BuiltIndex buildIndex(NewFile& file, PageNo owner, const IndexEntriesSorter& sor
 }
 
 bool fitsIndex(const Format& format, std::size_t keyLength) noexcept {
-    return 2 * (keyLength + kRowSize + kChildSize) <= format.indexCapacity();
+    return 2 * (keyLength + kEntryRowSize + kEntryChildSize) <= format.indexCapacity();
 }
 
 } // namespace jet

@@ -6,8 +6,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kRowSize = 4;
-
 std::uint32_t bigEndian(const std::byte* at) noexcept {
     return (std::to_integer<std::uint32_t>(at[0]) << 24) |
            (std::to_integer<std::uint32_t>(at[1]) << 16) |
@@ -140,7 +138,7 @@ IndexEntry IndexPage::fields(std::span<const std::byte> bytes) const {
     const std::byte* row = bytes.data() + keySize;
     return {
         {bytes.first(keySize), bigEndian(row)},
-        static_cast<PageNo>(isLeaf() ? 0 : bigEndian(row + kRowSize))
+        static_cast<PageNo>(isLeaf() ? 0 : bigEndian(row + kEntryRowSize))
     };
 }
 

@@ -17,6 +17,11 @@ struct IndexPoint {
 
 [[nodiscard]] std::strong_ordering compare(const IndexPoint& a, const IndexPoint& b) noexcept;
 
+/// Bytes of an entry behind its key: the row and, in a node, the child page.
+inline constexpr std::size_t kEntryRowSize = 4;
+inline constexpr std::size_t kEntryChildSize = 4;
+inline constexpr PageNo kNoPage{};
+
 /// An entry of a page, rebuilt whole and cut into its fields.
 struct IndexEntry {
     IndexPoint point;

@@ -6,8 +6,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kChildSize = 4;
-
 std::uint64_t below(std::size_t bit) noexcept { return (std::uint64_t{1} << bit) - 1; }
 
 /// The mask of a page, taken out of it to be shifted as one long number.
@@ -122,9 +120,9 @@ void IndexPageEditor::setChild(std::size_t at, PageNo child) {
     if (at == page_.used())
         return setTail(child);
     const std::size_t end = page_.after(at);
-    if (end - at < kChildSize)
+    if (end - at < kEntryChildSize)
         corrupt(page_.page(), "o prefixo do índice entra no ponteiro de um filho");
-    for (std::size_t i = 0; i < kChildSize; ++i)
+    for (std::size_t i = 0; i < kEntryChildSize; ++i)
         data()[end - 1 - i] = static_cast<std::byte>(number(child) >> (8 * i));
 }
 

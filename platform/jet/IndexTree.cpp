@@ -8,10 +8,6 @@ namespace jet {
 
 namespace {
 
-constexpr PageNo kNone{};
-constexpr std::size_t kRowSize = 4;
-constexpr std::size_t kChildSize = 4;
-
 IndexPoint pointOf(std::span<const std::byte> key, RowId row) noexcept {
     return {key, static_cast<std::uint64_t>(packed(row))};
 }
@@ -26,12 +22,12 @@ std::byte* putBigEndian(std::byte* at, std::uint32_t value) noexcept {
 std::span<const std::byte> leafEntry(const IndexPoint& point, EntryBuffer& buffer) noexcept {
     std::copy(point.key.begin(), point.key.end(), buffer.begin());
     putBigEndian(buffer.data() + point.key.size(), static_cast<std::uint32_t>(point.row));
-    return std::span(buffer).first(point.key.size() + kRowSize);
+    return std::span(buffer).first(point.key.size() + kEntryRowSize);
 }
 
 /// The bytes of a node's entry.
 Bytes separatorOf(const IndexPoint& point, PageNo child) {
-    Bytes entry(point.key.size() + kRowSize + kChildSize);
+    Bytes entry(point.key.size() + kEntryRowSize + kEntryChildSize);
     std::copy(point.key.begin(), point.key.end(), entry.begin());
     std::byte* row =
         putBigEndian(entry.data() + point.key.size(), static_cast<std::uint32_t>(point.row));
@@ -123,7 +119,7 @@ bool IndexTree::toNextLeaf(Place& place) const {
 }
 
 bool IndexTree::toNextLeaf(Place& place, std::uint32_t& passed) const {
-    for (PageNo next = place.page.next(); next != kNone;) {
+    for (PageNo next = place.page.next(); next != kNoPage;) {
         Place found = openLeaf(next);
         checkChain(next, passed);
         if (!found.page.empty()) {
@@ -137,7 +133,7 @@ bool IndexTree::toNextLeaf(Place& place, std::uint32_t& passed) const {
 
 bool IndexTree::toPreviousLeaf(Place& place) const {
     std::uint32_t passed = 0;
-    for (PageNo previous = place.page.previous(); previous != kNone;) {
+    for (PageNo previous = place.page.previous(); previous != kNoPage;) {
         Place found = openLeaf(previous);
         checkChain(previous, passed);
         if (!found.page.empty()) {
@@ -194,13 +190,14 @@ IndexTree::Path IndexTree::descend(const IndexPoint& point) const {
         if (place.page.isLeaf())
             break;
         last = last && place.at == place.page.used();
-        path.incomplete = path.incomplete || place.page.tail() == kNone || place.page.level() == 0;
+        path.incomplete =
+            path.incomplete || place.page.tail() == kNoPage || place.page.level() == 0;
         place = openChild(place, place.at, path.count);
     }
     if (place.at < place.page.used()) {
         EntryBuffer buffer;
         path.found = std::is_eq(compare(place.page.entry(place.at, buffer).point, point));
-    } else if (last && place.page.next() != kNone) {
+    } else if (last && place.page.next() != kNoPage) {
         corrupt(place.page.page(),
                 "depois da última folha do índice há outra, que nenhum nó conhece");
     }
@@ -208,7 +205,7 @@ IndexTree::Path IndexTree::descend(const IndexPoint& point) const {
 }
 
 void IndexTree::insert(PageAllocator& pages, std::span<const std::byte> key, RowId row) {
-    if (!twoFit(pager_->format(), key.size() + kRowSize + kChildSize))
+    if (!twoFit(pager_->format(), key.size() + kEntryRowSize + kEntryChildSize))
         throw Error(Errc::tooLong,
                     "O valor é longo demais para um campo pelo qual a tabela é ordenada.");
     const IndexPoint point = pointOf(key, row);
@@ -236,7 +233,7 @@ void IndexTree::complete(const Path& path) const {
         IndexPageEditor node = edit(path.steps[depth].page);
         const IndexPage& page = node.page();
         node.setLevel(static_cast<unsigned>(path.count - 1 - depth));
-        if (page.tail() != kNone)
+        if (page.tail() != kNoPage)
             continue;
         node.setTail(page.child(page.used()));
         node.erase(page.before(page.used()));
@@ -256,11 +253,11 @@ void IndexTree::makeRoom(PageAllocator& pages, const Path& path, const IndexPoin
 IndexTree::Split IndexTree::planSplit(const Step& step, const IndexPoint& point) const {
     const Place place = open(step.page);
     const IndexPage& page = place.page;
-    Split plan{IndexEntries(page), 0, 0, {}, kNone};
+    Split plan{IndexEntries(page), 0, 0, {}, kNoPage};
     const std::size_t count = plan.entries.count();
     if (page.isLeaf()) {
         const bool atEnd = step.at == page.used();
-        if (atEnd && (count == 1 || page.next() == kNone))
+        if (atEnd && (count == 1 || page.next() == kNoPage))
             plan.leftEnd = count; // keys that only grow leave full pages behind
         else if (count > 1)
             plan.leftEnd = middleOf(plan.entries);
@@ -305,18 +302,18 @@ void IndexTree::split(PageAllocator& pages, const Step& parent, PageNo page, con
         if (level > 1)
             firstRightChild = right.page().child(0);
     }
-    if (next != kNone) {
+    if (next != kNoPage) {
         if (open(next).page.previous() == page)
             edit(next).setPrevious(fresh);
         else if (level == 0)
             corrupt(next, "a ligação entre duas folhas do índice está desfeita");
     }
     // Leaves are one chain, nodes are linked under one parent only.
-    if (firstRightChild != kNone) {
+    if (firstRightChild != kNoPage) {
         if (open(plan.leftTail).page.next() == firstRightChild)
-            edit(plan.leftTail).setNext(kNone);
+            edit(plan.leftTail).setNext(kNoPage);
         if (open(firstRightChild).page.previous() == plan.leftTail)
-            edit(firstRightChild).setPrevious(kNone);
+            edit(firstRightChild).setPrevious(kNoPage);
     }
     IndexPageEditor above = edit(parent.page);
     above.setChild(parent.at, fresh);
@@ -332,8 +329,8 @@ void IndexTree::growRoot(PageAllocator& pages) {
     const PageNo fresh = pages.take(map_);
     std::ranges::copy(root.ref.bytes(), pager_->change(fresh).begin());
     IndexPageEditor copy = edit(fresh);
-    copy.setPrevious(kNone);
-    copy.setNext(kNone);
+    copy.setPrevious(kNoPage);
+    copy.setNext(kNoPage);
     IndexPageEditor::makeEmpty(pager_->format(), pager_->change(root_), owner_, level + 1);
     edit(root_).setTail(fresh);
 }
@@ -368,15 +365,15 @@ bool IndexTree::removeChild(const Step& parent) const {
     if (parent.at < page.used()) {
         node.erase(parent.at);
     } else if (page.empty()) {
-        node.setTail(kNone);
+        node.setTail(kNoPage);
     } else {
         const std::size_t last = page.before(page.used());
         EntryBuffer buffer;
-        if (page.tail() != kNone)
+        if (page.tail() != kNoPage)
             node.setTail(page.entry(last, buffer).child);
         node.erase(last);
     }
-    return !page.empty() || page.tail() != kNone;
+    return !page.empty() || page.tail() != kNoPage;
 }
 
 void IndexTree::unlink(PageNo page) const {
@@ -389,9 +386,9 @@ void IndexTree::unlink(PageNo page) const {
             corrupt(neighbour, "a ligação entre duas folhas do índice está desfeita");
         return back == page;
     };
-    if (previous != kNone && linked(previous, open(previous).page.next()))
+    if (previous != kNoPage && linked(previous, open(previous).page.next()))
         edit(previous).setNext(next);
-    if (next != kNone && linked(next, open(next).page.previous()))
+    if (next != kNoPage && linked(next, open(next).page.previous()))
         edit(next).setPrevious(previous);
 }
 

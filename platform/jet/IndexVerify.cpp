@@ -7,8 +7,6 @@ namespace jet {
 
 namespace {
 
-constexpr PageNo kNone{};
-
 /// A walk over all pages of a tree, in the order of the entries. In that order every entry and
 /// every separator is compared with the last one met: entries grow, a separator isn't less than the
 /// entry before it, and the entry after it is greater.
@@ -30,7 +28,7 @@ public:
                 node.separatorDue = true;
                 EntryBuffer buffer;
                 enter(node.page.entry(node.at, buffer).child);
-            } else if (!node.tailDone && node.page.tail() != kNone) {
+            } else if (!node.tailDone && node.page.tail() != kNoPage) {
                 node.tailDone = true;
                 enter(node.page.tail());
             } else {
@@ -38,7 +36,7 @@ public:
             }
         }
         for (const Neighbour& last : last_)
-            if (last.next != kNone)
+            if (last.next != kNoPage)
                 problem(last.page, "a última página de um nível do índice aponta para outra");
         compareWithMap();
     }
@@ -114,7 +112,7 @@ private:
         links(node->page);
         if (node->page.isLeaf())
             return leaf(node->page);
-        if (node->page.empty() && node->page.tail() == kNone)
+        if (node->page.empty() && node->page.tail() == kNoPage)
             problem(page, "um nó do índice não tem filhos");
         way_.push_back(std::move(*node));
     }
@@ -123,12 +121,12 @@ private:
     /// be there or not, but leads nowhere else.
     void links(const IndexPage& page) {
         Neighbour& before = last_[way_.size()];
-        const bool known = before.page != kNone || !holes_;
+        const bool known = before.page != kNoPage || !holes_;
         const bool mayMiss = !page.isLeaf();
-        if (known && page.previous() != before.page && !(mayMiss && page.previous() == kNone))
+        if (known && page.previous() != before.page && !(mayMiss && page.previous() == kNoPage))
             problem(page.page(), "a ligação com a página anterior do índice está errada");
-        if (before.page != kNone && before.next != page.page() &&
-            !(mayMiss && before.next == kNone))
+        if (before.page != kNoPage && before.next != page.page() &&
+            !(mayMiss && before.next == kNoPage))
             problem(before.page, "a ligação com a próxima página do índice está errada");
         before = {page.page(), page.next()};
     }
@@ -154,7 +152,7 @@ private:
         const IndexEntry entry = node.page.entry(node.at, buffer);
         // A node of another writer may have no tail: then nothing bounds its last child.
         const bool bounds =
-            node.page.after(node.at) < node.page.used() || node.page.tail() != kNone;
+            node.page.after(node.at) < node.page.used() || node.page.tail() != kNoPage;
         if (bounds) {
             if (any_ && std::is_lt(compare(entry.point, lastPoint())))
                 problem(node.page.page(), "um separador do índice é menor que as suas entradas");

@@ -19,7 +19,7 @@ enum RelationshipFlag : std::int64_t {
 };
 
 /// One row of MSysRelationships: a pair of columns.
-struct Pair {
+struct ColumnPair {
     std::int64_t flags;
     std::int64_t count;
     std::int64_t place;
@@ -27,8 +27,8 @@ struct Pair {
 };
 
 /// The pairs that name `table`, by relationship.
-std::map<std::string, std::vector<Pair>> pairsOf(Database& database, const Table& table) {
-    std::map<std::string, std::vector<Pair>> relationships;
+std::map<std::string, std::vector<ColumnPair>> pairsOf(Database& database, const Table& table) {
+    std::map<std::string, std::vector<ColumnPair>> relationships;
     if (!database.hasTable("MSysRelationships"))
         return relationships;
     const Table& source = database.table("MSysRelationships");
@@ -50,8 +50,8 @@ std::map<std::string, std::vector<Pair>> pairsOf(Database& database, const Table
         const RowView& row = cursor.row();
         std::string buffer;
         const auto text = [&](std::size_t column) { return std::string(row.text(column, buffer)); };
-        Pair pair{row.integer(flags), row.integer(count), row.integer(place), text(texts[0]),
-                  text(texts[1]),     text(texts[2]),     text(texts[3])};
+        ColumnPair pair{row.integer(flags), row.integer(count), row.integer(place), text(texts[0]),
+                        text(texts[1]),     text(texts[2]),     text(texts[3])};
         if (foldedName(pair.childTable) == wanted || foldedName(pair.parentTable) == wanted)
             relationships[text(name)].push_back(std::move(pair));
     }
@@ -60,16 +60,16 @@ std::map<std::string, std::vector<Pair>> pairsOf(Database& database, const Table
 
 /// Nothing if a table or column isn't there.
 std::optional<Relationship> declared(Database& database, const std::string& name,
-                                     std::vector<Pair>& pairs, PageNo source) {
+                                     std::vector<ColumnPair>& pairs, PageNo source) {
     std::sort(pairs.begin(), pairs.end(),
-              [](const Pair& a, const Pair& b) { return a.place < b.place; });
+              [](const ColumnPair& a, const ColumnPair& b) { return a.place < b.place; });
     for (std::size_t i = 0; i < pairs.size(); ++i)
         if (pairs[i].place != static_cast<std::int64_t>(i) ||
             pairs[i].count != static_cast<std::int64_t>(pairs.size()) ||
             foldedName(pairs[i].childTable) != foldedName(pairs[0].childTable) ||
             foldedName(pairs[i].parentTable) != foldedName(pairs[0].parentTable))
             corrupt(source, "a relação \"" + name + "\" não está completa");
-    const Pair& first = pairs.front();
+    const ColumnPair& first = pairs.front();
     if (!database.hasTable(first.parentTable) || !database.hasTable(first.childTable))
         return std::nullopt;
     const Table& parent = database.table(first.parentTable);
@@ -82,7 +82,7 @@ std::optional<Relationship> declared(Database& database, const std::string& name
         (first.flags & cascadeDelete) != 0,
         (first.flags & cascadeNull) != 0
     };
-    for (const Pair& pair : pairs) {
+    for (const ColumnPair& pair : pairs) {
         const auto parentColumn = parent.findColumn(pair.parentColumn);
         const auto childColumn = child.findColumn(pair.childColumn);
         if (!parentColumn || !childColumn)

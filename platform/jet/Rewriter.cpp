@@ -2,6 +2,7 @@
 
 #include "jet/Names.h"
 #include "jet/RowKey.h"
+#include "jet/SystemTables.h"
 
 #include <algorithm>
 
@@ -9,8 +10,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::uint32_t kPageMask = 0x00FFFFFF;
-constexpr std::uint32_t kCoreEnd = 6; // the system tables have the pages 2 to 5 in every file
 constexpr std::size_t kOpenLongValuePages = 8;
 
 /// The fields that hold the number of a definition page, by table. Others number their objects
@@ -39,11 +38,11 @@ bool holdsDefinitionPage(const std::string& table, const std::string& column) {
 }
 
 std::uint32_t PageNumbers::translated(std::uint32_t object) const {
-    if (object > kPageMask)
+    if (object > kObjectPageMask)
         return object;
     if (const auto known = now_.find(object); known != now_.end())
         return known->second;
-    return taken_.contains(object) ? kPageMask - object : object;
+    return taken_.contains(object) ? kObjectPageMask - object : object;
 }
 
 /// The copying of one table.
@@ -202,7 +201,7 @@ Rewriter::Rewriter(SourceFile& source, NewFile& target, std::vector<RewrittenTab
 
 void Rewriter::takePages() {
     for (RewrittenTable& table : tables_) {
-        const bool core = number(table.before()) < kCoreEnd && !table.beside;
+        const bool core = number(table.before()) < kFirstUserDefinition && !table.beside;
         const std::size_t count = definitionPageCount(target_.format(), table.image.bytes().size());
         for (std::size_t i = 0; i < count; ++i)
             table.pages.push_back(core && i == 0 ? table.before() : target_.take());

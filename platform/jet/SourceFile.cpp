@@ -1,6 +1,7 @@
 #include "jet/SourceFile.h"
 
 #include "jet/DataPage.h"
+#include "jet/SystemTables.h"
 #include "jet/UsageMap.h"
 
 #include <algorithm>
@@ -9,14 +10,13 @@ namespace jet {
 
 namespace {
 
-constexpr PageKind kUnreadable{0xFF};
+constexpr PageKind kUnreadableKind{0xFF};
 constexpr RowId kFreeMap{PageNo{1}, 0};
 constexpr std::size_t kPointersAt = 0x18; // where the maps and the system tables are: alike in all
 constexpr std::size_t kPointersEnd = 0x30;
 constexpr std::ptrdiff_t kCodePageAt = 0x3C;
 constexpr std::size_t kCommitPairs = 256;
 constexpr std::uint16_t kNobodyAtWork = 0x0100;
-constexpr std::uint32_t kCoreEnd = 6;
 constexpr std::uint32_t kJet3Definition = 0x43560102; // kind 2, 1, "VC"
 
 /// The version of a file whose header is gone: in Jet 3 the first definition stands at 4 kB and
@@ -56,7 +56,7 @@ SourceFile::SourceFile(const std::filesystem::path& path, Losses& losses, Disk& 
                       static_cast<PageNo>(size / format.pageSize),
                       {},
                       "a última página está incompleta"});
-    if (size / format.pageSize <= kCoreEnd)
+    if (size / format.pageSize <= kFirstUserDefinition)
         losses_.tell({Loss::What::page,
                       "",
                       static_cast<PageNo>(size / format.pageSize),
@@ -133,7 +133,7 @@ std::optional<PageRef> SourceFile::page(PageNo page) {
 }
 
 void SourceFile::survey() {
-    kinds_.assign(pager_->pageCount(), kUnreadable);
+    kinds_.assign(pager_->pageCount(), kUnreadableKind);
     owners_.assign(pager_->pageCount(), 0);
     free_.assign(pager_->pageCount(), false);
     for (std::uint32_t i = 0; i < pager_->pageCount(); ++i)
@@ -156,8 +156,9 @@ void SourceFile::readFreeMap() {
             free_[number(*at)] = true;
         // A map that gives the very first pages away is no map.
         if (std::any_of(free_.begin(),
-                        free_.begin() + std::min<std::ptrdiff_t>(
-                                            kCoreEnd, static_cast<std::ptrdiff_t>(free_.size())),
+                        free_.begin() +
+                            std::min<std::ptrdiff_t>(kFirstUserDefinition,
+                                                     static_cast<std::ptrdiff_t>(free_.size())),
                         [](bool free) { return free; }))
             corrupt(kFreeMap.page, "o mapa de páginas livres contém uma página em uso");
     } catch (const Error&) {
@@ -172,7 +173,7 @@ void SourceFile::readFreeMap() {
 }
 
 PageKind SourceFile::kind(PageNo page) const noexcept {
-    return number(page) < kinds_.size() ? kinds_[number(page)] : kUnreadable;
+    return number(page) < kinds_.size() ? kinds_[number(page)] : kUnreadableKind;
 }
 
 std::uint32_t SourceFile::owner(PageNo page) const noexcept {

@@ -10,13 +10,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::uint32_t kDefinitionMark = 0x659; ///< Jet 4 repeats it in every block
-constexpr std::uint32_t kIndexMark = 0x783;
-constexpr std::uint8_t kSystemKind = 0x53;
-constexpr std::uint8_t kUserKind = 0x4E;
-constexpr std::uint8_t kNoCascade = 4;
-constexpr std::uint16_t kNoColumn = 0xFFFF;
-
 /// The logical bytes of a definition, block after block.
 class Writer {
 public:
@@ -80,7 +73,7 @@ void writeHeader(std::byte* head, const Format& format, const NewTable& table,
         store<std::uint32_t>(head + 0x0C, kDefinitionMark);
         store<std::uint32_t>(head + 0x18, 1);
     }
-    store<std::uint8_t>(head + format.tableKindAt, table.system ? kSystemKind : kUserKind);
+    store<std::uint8_t>(head + format.tableKindAt, table.system ? kSystemTable : kUserTable);
     store<std::uint16_t>(head + format.maxColumnsAt, columns);
     store<std::uint16_t>(head + format.variableColumnsAt, static_cast<std::uint16_t>(variables));
     store<std::uint16_t>(head + format.columnsAt, columns);

@@ -11,11 +11,7 @@ constexpr std::uint8_t kCompressedFlag = 0x01;
 enum IndexFlag : std::uint8_t { uniqueFlag = 0x01, ignoreNullsFlag = 0x02, requiredFlag = 0x08 };
 
 constexpr std::size_t kNextPageAt = 4;
-constexpr std::size_t kPageHeader = 8;
-constexpr std::size_t kLengthAt = 8;
 constexpr std::size_t kIndexColumnSize = 3;
-constexpr std::uint16_t kNone = 0xFFFF;
-constexpr std::uint8_t kSystemTable = 0x53;
 /// Far above what 255 columns and their indexes can need.
 constexpr std::size_t kLargestDefinition = std::size_t{1} << 19;
 
@@ -30,7 +26,7 @@ std::vector<std::byte> gather(Pager& pager, PageNo first, std::vector<PageNo>& p
             corrupt(page.page(), "era esperada a definição de uma tabela");
         if (bytes.size() > kLargestDefinition)
             corrupt(first, "a definição da tabela não termina");
-        const auto part = page.view().from(pages.empty() ? 0 : kPageHeader);
+        const auto part = page.view().from(pages.empty() ? 0 : kDefinitionHeader);
         bytes.insert(bytes.end(), part.begin(), part.end());
         pages.push_back(page.page());
         next = page.view().u32(kNextPageAt);
@@ -94,7 +90,7 @@ RealIndex parseRealIndex(const ByteView& block, const Format& format,
     for (std::size_t i = 0; i < kMaxIndexColumns; ++i) {
         const std::size_t at = format.realIndexColumnsAt + i * kIndexColumnSize;
         const std::uint16_t columnNumber = block.u16(at);
-        if (columnNumber == kNone)
+        if (columnNumber == kNoColumn)
             continue;
         const auto column = std::find_if(table.columns.begin(), table.columns.end(),
                                          [&](const Column& c) { return c.number == columnNumber; });
@@ -163,7 +159,7 @@ TableDefinition parseDefinition(Pager& pager, PageNo page, const TextSettings& t
     const std::vector<std::byte> all = gather(pager, page, table.pages);
     const ByteView bytes(all, page);
 
-    const std::uint32_t length = bytes.u32(kLengthAt);
+    const std::uint32_t length = bytes.u32(kDefinitionLengthAt);
     const ByteView body(bytes.sub(0, length), page);
     table.system = body.u8(format.tableKindAt) == kSystemTable;
     table.maxColumns = body.u16(format.maxColumnsAt);
@@ -212,7 +208,7 @@ TableDefinition parseDefinition(Pager& pager, PageNo page, const TextSettings& t
     for (LogicalIndex& index : table.logicalIndexes)
         index.name = reader.name(format, names);
 
-    for (std::uint16_t columnNumber = reader.u16(); columnNumber != kNone;
+    for (std::uint16_t columnNumber = reader.u16(); columnNumber != kNoColumn;
          columnNumber = reader.u16()) {
         const ByteView maps = reader.block(8);
         const std::uint32_t free = maps.u32(4);

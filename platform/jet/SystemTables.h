@@ -1,0 +1,41 @@
+#pragma once
+
+#include "jet/Types.h"
+
+/// What the system's own tables have alike in every file of the format.
+namespace jet {
+
+// The pages of their definitions. Those of all other tables come behind.
+inline constexpr PageNo kObjectsPage{2}; ///< MSysObjects, the catalog
+inline constexpr PageNo kRightsPage{3};  ///< MSysACEs
+inline constexpr PageNo kQueriesPage{4};
+inline constexpr PageNo kRelationshipsPage{5};
+inline constexpr std::uint32_t kFirstDefinition = 2;
+inline constexpr std::uint32_t kFirstUserDefinition = 6;
+
+/// A table's number in the catalog is the page of its definition, in these bits.
+inline constexpr std::uint32_t kObjectPageMask = 0x00FFFFFF;
+
+/// The objects that every catalog has beside those four tables, by number. kTablesObject,
+/// kDatabasesObject and kRelationshipsObject are folders in kRootObject.
+inline constexpr std::uint32_t kRootObject = 0x0F000000;
+inline constexpr std::uint32_t kTablesObject = 0x0F000001;
+inline constexpr std::uint32_t kDatabasesObject = 0x0F000002;
+inline constexpr std::uint32_t kRelationshipsObject = 0x0F000003;
+inline constexpr std::uint32_t kDatabaseObject = 0x10000000; ///< "MSysDb", in kDatabasesObject
+
+/// Column Type of the catalog.
+enum ObjectType : std::int16_t {
+    tableObject = 1,
+    databaseObject = 2,
+    containerObject = 3,
+    linkedOdbcObject = 4,
+    linkedTableObject = 6,
+    relationshipObject = 8
+};
+
+// Column Flags of the catalog.
+inline constexpr std::uint32_t kSystemFlag = 0x80000000;
+inline constexpr std::uint32_t kHiddenFlag = 0x00000002;
+
+} // namespace jet
