@@ -1,4 +1,5 @@
 #include "ado/Shop.h"
+#include "support/Versions.h"
 
 namespace {
 
@@ -32,8 +33,7 @@ protected:
         return static_cast<std::size_t>(set.RecordCount());
     }
 };
-INSTANTIATE_TEST_SUITE_P(Versions, CollationTest,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, CollationTest, bothVersions(), versionName);
 
 TEST_P(CollationTest, CaseCountsNotAccentsAndTrailingBlanksDo) {
     const Strings ana{"1", "2"};

@@ -1,5 +1,6 @@
 #include "ado/ConnectionString.h"
 #include "ado/Shop.h"
+#include "support/Versions.h"
 
 #include <fstream>
 
@@ -11,8 +12,7 @@ using jet::Errc;
 namespace fs = std::filesystem;
 
 class ConnectionTest : public Shop {};
-INSTANTIATE_TEST_SUITE_P(Versions, ConnectionTest,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, ConnectionTest, bothVersions(), versionName);
 
 TEST(ConnectionString, OnlyTheDataSourceCounts) {
     EXPECT_EQ(ado::dataSource("Provider=X;Persist Security Info=False;Data Source=/a/b.mdb"),

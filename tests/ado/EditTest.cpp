@@ -1,4 +1,5 @@
 #include "ado/Shop.h"
+#include "support/Versions.h"
 
 #include <limits>
 
@@ -14,8 +15,7 @@ class EditTest : public Shop {
 protected:
     EditTest() { addSomeOfEach(); }
 };
-INSTANTIATE_TEST_SUITE_P(Versions, EditTest,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, EditTest, bothVersions(), versionName);
 
 /// What a form hands over: something that turns itself into text.
 struct FormText {

@@ -1,4 +1,5 @@
 #include "ado/Shop.h"
+#include "support/Versions.h"
 
 namespace {
 
@@ -10,8 +11,7 @@ class FilterSortTest : public Shop {
 protected:
     FilterSortTest() { addSomeOfEach(); }
 };
-INSTANTIATE_TEST_SUITE_P(Versions, FilterSortTest,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, FilterSortTest, bothVersions(), versionName);
 
 TEST_P(FilterSortTest, AFilterRestrictsAndStandsOnItsFirstRow) {
     for (const char* source :

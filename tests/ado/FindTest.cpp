@@ -1,5 +1,6 @@
 #include "ado/Shop.h"
 #include "support/CpuTimer.h"
+#include "support/Versions.h"
 
 namespace {
 
@@ -11,8 +12,7 @@ class FindTest : public Shop {
 protected:
     FindTest() { addSomeOfEach(); }
 };
-INSTANTIATE_TEST_SUITE_P(Versions, FindTest,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, FindTest, bothVersions(), versionName);
 
 TEST_P(FindTest, GoesForwardFromTheCurrentRowItselfIncluded) {
     for (const char* source : {"cheques", "select * from cheques where lancamento>0",

@@ -1,5 +1,6 @@
 #include "ado/IndexPlan.h"
 #include "ado/Shop.h"
+#include "support/Versions.h"
 
 #include <random>
 
@@ -65,8 +66,7 @@ protected:
         return column("select id from t where " + condition + " order by " + order, "id");
     }
 };
-INSTANTIATE_TEST_SUITE_P(Versions, IndexTest,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, IndexTest, bothVersions(), versionName);
 
 TEST_P(IndexTest, EveryComparisonAnswersAsWithoutIndex) {
     const char* const columns[] = {"id",      "pequeno", "curto", "longo", "dinheiro",

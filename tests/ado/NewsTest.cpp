@@ -1,4 +1,5 @@
 #include "ado/Shop.h"
+#include "support/Versions.h"
 
 #include <memory>
 #include <random>
@@ -13,8 +14,7 @@ class NewsTest : public Shop {
 protected:
     NewsTest() { addSomeOfEach(); }
 };
-INSTANTIATE_TEST_SUITE_P(Versions, NewsTest,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, NewsTest, bothVersions(), versionName);
 
 TEST_P(NewsTest, ADeletedRowIsGoneFromAllSetsAtOnce) {
     Recordset whole;

@@ -1,4 +1,5 @@
 #include "ado/Shop.h"
+#include "support/Versions.h"
 
 #include <memory>
 #include <random>
@@ -22,8 +23,7 @@ protected:
     }
     static std::int64_t number(Recordset& rows) { return rows["lancamento"].integer(); }
 };
-INSTANTIATE_TEST_SUITE_P(Versions, PurgeTest,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, PurgeTest, bothVersions(), versionName);
 
 /// Deletes, reads again, moves on; false when there is nothing left to delete.
 bool step(Recordset& rows) {

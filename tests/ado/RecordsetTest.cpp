@@ -1,4 +1,5 @@
 #include "ado/Shop.h"
+#include "support/Versions.h"
 
 namespace {
 
@@ -7,8 +8,7 @@ using jet::Errc;
 using Strings = std::vector<std::string>;
 
 class RecordsetTest : public Shop {};
-INSTANTIATE_TEST_SUITE_P(Versions, RecordsetTest,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, RecordsetTest, bothVersions(), versionName);
 
 TEST_P(RecordsetTest, OpensATableByItsNameInAnyCaseAndStandsOnTheFirstRow) {
     addSomeOfEach();

@@ -1,6 +1,7 @@
 // The rules that the file keeps, met through a recordset: what a window sees of them.
 #include "ado/Shop.h"
 #include "support/FileRules.h"
+#include "support/Versions.h"
 
 namespace {
 
@@ -14,8 +15,7 @@ protected:
     RulesTest() { addSomeOfEach(); }
     jet::Database& file() { return connection.database(); }
 };
-INSTANTIATE_TEST_SUITE_P(Versions, RulesTest,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, RulesTest, bothVersions(), versionName);
 
 template <class Body>
 std::string messageOf(Body&& body) {

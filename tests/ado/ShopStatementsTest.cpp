@@ -1,4 +1,5 @@
 #include "ado/Shop.h"
+#include "support/Versions.h"
 
 namespace {
 
@@ -29,8 +30,7 @@ protected:
             "codigo");
     }
 };
-INSTANTIATE_TEST_SUITE_P(Versions, ShopStatements,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, ShopStatements, bothVersions(), versionName);
 
 TEST_P(ShopStatements, ClientsAreTheRowsWithTipoTrue) {
     EXPECT_EQ(column("select * from cliente_fornecedor where tipo=true", "nome"),

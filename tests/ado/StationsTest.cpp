@@ -1,6 +1,7 @@
 // Two stations with the shop's file open: what one saves the other sees, and nobody saves over what
 // he hasn't seen.
 #include "ado/Shop.h"
+#include "support/Versions.h"
 
 #include <fstream>
 #include <sstream>
@@ -41,8 +42,7 @@ protected:
 
     Connection other;
 };
-INSTANTIATE_TEST_SUITE_P(Versions, StationsTest,
-                         testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, StationsTest, bothVersions(), versionName);
 
 TEST_P(StationsTest, WhatOneSavesTheOtherSees) {
     Recordset mine;

@@ -8,6 +8,7 @@
 #include "support/CpuTimer.h"
 #include "support/FormChecks.h"
 #include "support/ShopTest.h"
+#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -107,10 +108,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, Consultation, testing::Values(jet::Version::jet3, jet::Version::jet4),
-                         [](const auto& run) {
-                             return run.param == jet::Version::jet3 ? "Jet3" : "Jet4";
-                         });
+INSTANTIATE_TEST_SUITE_P(, Consultation, bothVersions(), versionName);
 
 // ---- as it opens
 

@@ -7,6 +7,7 @@
 #include "controls/DropDownList.h"
 #include "shell/Mirtal.h"
 #include "support/FormChecks.h"
+#include "support/Versions.h"
 
 #include <QToolButton>
 
@@ -92,10 +93,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, BouncedCheques, testing::Values(jet::Version::jet3, jet::Version::jet4),
-                         [](const auto& run) {
-                             return run.param == jet::Version::jet3 ? "Jet3" : "Jet4";
-                         });
+INSTANTIATE_TEST_SUITE_P(, BouncedCheques, bothVersions(), versionName);
 
 // ---- as it opens
 

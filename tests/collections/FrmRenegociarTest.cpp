@@ -5,6 +5,7 @@
 #include "shell/Mirtal.h"
 #include "support/FormChecks.h"
 #include "support/ShopTest.h"
+#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 
@@ -100,10 +101,7 @@ protected:
     static constexpr char kThird[] = "3|1|1|000103|0001|01/02/2026||1234,56||Verdadeiro";
 };
 
-INSTANTIATE_TEST_SUITE_P(, Renegotiation, testing::Values(jet::Version::jet3, jet::Version::jet4),
-                         [](const auto& version) {
-                             return version.param == jet::Version::jet3 ? "Jet3" : "Jet4";
-                         });
+INSTANTIATE_TEST_SUITE_P(, Renegotiation, bothVersions(), versionName);
 
 // ---- as it opens
 

@@ -121,7 +121,7 @@ std::size_t nameText(DamagedFile& file, std::size_t at, std::size_t n) {
     return at + head;
 }
 
-const std::vector<Damage> kDamages = {
+const std::vector<Damage> kDefinitionDamages = {
     error("definition: circle of pages", "a página já tem outro dono",
           [](DamagedFile& file) {
               file.put<std::uint32_t>(file.wide.pages[1], kNextPageAt, number(file.wide.pages[0]));
@@ -355,6 +355,6 @@ const std::vector<Damage> kDamages = {
             }),
 };
 
-TEST(Check, TellsEachKindOfDamageInDefinitionsAndCatalog) { expectTold(kDamages); }
+TEST(Check, TellsEachKindOfDamageInDefinitionsAndCatalog) { expectTold(kDefinitionDamages); }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "jet/RuleFile.h"
 #include "support/Samples.h"
+#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -51,7 +52,7 @@ protected:
         return all;
     }
 };
-INSTANTIATE_TEST_SUITE_P(Versions, RuleCheck, testing::Values(Version::jet3, Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, RuleCheck, bothVersions(), versionName);
 
 TEST_P(RuleCheck, TellsTheRowAndTheRuleOfEachKind) {
     add("clientes", {whole(1), "Ana"s, "SP"s, Currency{10000}});

@@ -9,6 +9,7 @@
 #include "jet/SampleFiles.h"
 #include "support/MdbTools.h"
 #include "support/TemporaryFolder.h"
+#include "support/Versions.h"
 
 #include <algorithm>
 #include <csignal>
@@ -143,10 +144,7 @@ protected:
     std::filesystem::path target_ = folder_ / "menor.mdb";
 };
 
-INSTANTIATE_TEST_SUITE_P(, Compact, testing::Values(Version::jet3, Version::jet4),
-                         [](const testing::TestParamInfo<Version>& chosen) {
-                             return chosen.param == Version::jet3 ? "Jet3" : "Jet4";
-                         });
+INSTANTIATE_TEST_SUITE_P(, Compact, bothVersions(), versionName);
 
 TEST_P(Compact, GivesBackTheRoomOfDeletedRowsAndKeepsTheNumbering) {
     std::vector<Row> kept;

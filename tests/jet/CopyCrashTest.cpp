@@ -7,6 +7,7 @@
 #include "jet/FileSteps.h"
 #include "jet/Journal.h"
 #include "jet/Salvage.h"
+#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -106,10 +107,7 @@ protected:
     std::size_t repeats_ = 0;
 };
 
-INSTANTIATE_TEST_SUITE_P(, CopyCrash, testing::Values(Version::jet3, Version::jet4),
-                         [](const auto& version) {
-                             return version.param == Version::jet3 ? "Jet3"s : "Jet4"s;
-                         });
+INSTANTIATE_TEST_SUITE_P(, CopyCrash, bothVersions(), versionName);
 
 void CopyCrash::cutCopying(const DiskImage& before, const Copier& copy) {
     MemoryDisk disk(before);

@@ -3,6 +3,7 @@
 #include "jet/Check.h"
 #include "jet/PatientFile.h"
 #include "support/TemporaryFolder.h"
+#include "support/Versions.h"
 
 #include <gtest/gtest.h>
 
@@ -54,10 +55,7 @@ private:
     std::vector<RowId> rows_;
 };
 
-std::string nameOf(const testing::TestParamInfo<Version>& chosen) {
-    return chosen.param == Version::jet3 ? "Jet3" : "Jet4";
-}
-INSTANTIATE_TEST_SUITE_P(, Corruption, testing::Values(Version::jet3, Version::jet4), nameOf);
+INSTANTIATE_TEST_SUITE_P(, Corruption, bothVersions(), versionName);
 
 TEST_P(Corruption, TheSoundFileReadsWhole) {
     read(sound_);

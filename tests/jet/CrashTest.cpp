@@ -5,6 +5,7 @@
 #include "jet/ByteView.h"
 #include "jet/CommitPairs.h"
 #include "jet/Format.h"
+#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -70,10 +71,7 @@ bool isMarked(const DiskImage& image) {
 
 class Crash : public testing::TestWithParam<Version> {};
 
-INSTANTIATE_TEST_SUITE_P(, Crash, testing::Values(Version::jet3, Version::jet4),
-                         [](const auto& version) {
-                             return version.param == Version::jet3 ? "Jet3"s : "Jet4"s;
-                         });
+INSTANTIATE_TEST_SUITE_P(, Crash, bothVersions(), versionName);
 
 TEST_P(Crash, EveryCutLeavesTheStateBeforeOrAfterATransaction) {
     const Recorded work(GetParam(), 90);

@@ -1,6 +1,7 @@
 #include "jet/Database.h"
 
 #include "support/TemporaryFolder.h"
+#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,10 +13,6 @@ using namespace jet;
 using namespace std::string_literals;
 
 namespace {
-
-std::string nameOf(const testing::TestParamInfo<Version>& info) {
-    return info.param == Version::jet3 ? "Jet3" : "Jet4";
-}
 
 TableSpec shopCheques() {
     return {
@@ -34,21 +31,21 @@ TableSpec shopCheques() {
     };
 }
 
-constexpr std::size_t kLancamento = 0;
-constexpr std::size_t kCliente = 1;
-constexpr std::size_t kNumero = 2;
-constexpr std::size_t kData = 3;
-constexpr std::size_t kValor = 4;
-constexpr std::size_t kObs = 6;
-constexpr std::size_t kDescontar = 7;
+constexpr std::size_t kLancamentoAt = 0;
+constexpr std::size_t kClienteAt = 1;
+constexpr std::size_t kNumeroAt = 2;
+constexpr std::size_t kDataAt = 3;
+constexpr std::size_t kValorAt = 4;
+constexpr std::size_t kObsAt = 6;
+constexpr std::size_t kDescontarAt = 7;
 
 Row cheque(std::int64_t client, const std::string& number) {
     Row row(8);
-    row[kCliente] = client;
-    row[kNumero] = number;
-    row[kData] = Date::of({2026, 3, 31});
-    row[kValor] = Currency{12345600};
-    row[kDescontar] = true;
+    row[kClienteAt] = client;
+    row[kNumeroAt] = number;
+    row[kDataAt] = Date::of({2026, 3, 31});
+    row[kValorAt] = Currency{12345600};
+    row[kDescontarAt] = true;
     return row;
 }
 
@@ -89,7 +86,7 @@ protected:
     std::filesystem::path path;
 };
 
-INSTANTIATE_TEST_SUITE_P(, DatabaseFile, testing::Values(Version::jet3, Version::jet4), nameOf);
+INSTANTIATE_TEST_SUITE_P(, DatabaseFile, bothVersions(), versionName);
 
 TEST_P(DatabaseFile, NewFileHasTheSystemTablesAndNoOthers) {
     Database file(path);
@@ -112,7 +109,7 @@ TEST_P(DatabaseFile, RowsComeBackAfterReopening) {
     {
         Database file(path);
         Row row = cheque(7, "Nº 1 ção");
-        row[kObs] = "observação de algumas palavras"s;
+        row[kObsAt] = "observação de algumas palavras"s;
         id = file.createTable(shopCheques()).insert(row);
     }
     Database file(path);
@@ -120,20 +117,20 @@ TEST_P(DatabaseFile, RowsComeBackAfterReopening) {
     EXPECT_EQ(table.name(), "Cheques");
     const auto row = table.read(id);
     ASSERT_TRUE(row);
-    EXPECT_EQ((*row)[kLancamento], Value(std::int64_t{1}));
-    EXPECT_EQ((*row)[kNumero], Value("Nº 1 ção"s));
-    EXPECT_EQ((*row)[kData], Value(Date::of({2026, 3, 31})));
-    EXPECT_EQ((*row)[kValor], Value(Currency{12345600}));
+    EXPECT_EQ((*row)[kLancamentoAt], Value(std::int64_t{1}));
+    EXPECT_EQ((*row)[kNumeroAt], Value("Nº 1 ção"s));
+    EXPECT_EQ((*row)[kDataAt], Value(Date::of({2026, 3, 31})));
+    EXPECT_EQ((*row)[kValorAt], Value(Currency{12345600}));
     EXPECT_TRUE(isNull((*row)[5]));
-    EXPECT_EQ((*row)[kObs], Value("observação de algumas palavras"s));
-    EXPECT_EQ((*row)[kDescontar], Value(true));
+    EXPECT_EQ((*row)[kObsAt], Value("observação de algumas palavras"s));
+    EXPECT_EQ((*row)[kDescontarAt], Value(true));
 }
 
 TEST_P(DatabaseFile, ColumnsAreFoundWithoutCaseAndTrailingBlanks) {
     Database file(path);
     const Table& table = file.createTable(shopCheques());
-    EXPECT_EQ(table.findColumn("BOMPARA"), kData);
-    EXPECT_EQ(table.findColumn("bompara   "), kData);
+    EXPECT_EQ(table.findColumn("BOMPARA"), kDataAt);
+    EXPECT_EQ(table.findColumn("bompara   "), kDataAt);
     EXPECT_EQ(table.findColumn("RENUNERAÇÃO"), 5U);
     EXPECT_EQ(table.findColumn("valores"), std::nullopt);
 }
@@ -156,10 +153,10 @@ TEST_P(DatabaseFile, NumbersGoOnAfterTheLargestEvenIfItWasErased) {
     const RowId second = table.insert(cheque(1, "2"));
     table.erase(second);
     Row own = cheque(1, "9");
-    own[kLancamento] = std::int64_t{40};
+    own[kLancamentoAt] = std::int64_t{40};
     table.insert(own);
     table.insert(cheque(1, "10"));
-    EXPECT_THAT(column(table, kLancamento), testing::ElementsAre(1, 40, 41));
+    EXPECT_THAT(column(table, kLancamentoAt), testing::ElementsAre(1, 40, 41));
 }
 
 TEST_P(DatabaseFile, RefusedRowsLeaveEverythingAsItWas) {
@@ -170,19 +167,19 @@ TEST_P(DatabaseFile, RefusedRowsLeaveEverythingAsItWas) {
     const std::uint32_t pages = file.pager().pageCount();
 
     Row twice = cheque(1, "2");
-    twice[kLancamento] = std::int64_t{1};
-    twice[kObs] = std::string(30000, 'x');
+    twice[kLancamentoAt] = std::int64_t{1};
+    twice[kObsAt] = std::string(30000, 'x');
     EXPECT_EQ(errorOf([&] { table.insert(twice); }), Errc::duplicate);
     EXPECT_EQ(errorOf([&] { table.insert(cheque(1, std::string(21, '1'))); }), Errc::tooLong);
     EXPECT_EQ(errorOf([&] { table.insert(cheque(3'000'000'000, "1")); }), Errc::outOfRange);
     Row wrongType = cheque(1, "1");
-    wrongType[kValor] = "12,50"s;
+    wrongType[kValorAt] = "12,50"s;
     EXPECT_EQ(errorOf([&] { table.insert(wrongType); }), Errc::outOfRange);
     Row wrongDate = cheque(1, "1");
-    wrongDate[kData] = Date{4e6};
+    wrongDate[kDataAt] = Date{4e6};
     EXPECT_EQ(errorOf([&] { table.insert(wrongDate); }), Errc::outOfRange);
     const Assignment noKey[] = {
-        {kLancamento, {}}
+        {kLancamentoAt, {}}
     };
     EXPECT_EQ(errorOf([&] { table.update(RowId{}, noKey); }), Errc::conflict);
     RowCursor first = table.scan();
@@ -194,7 +191,7 @@ TEST_P(DatabaseFile, RefusedRowsLeaveEverythingAsItWas) {
     EXPECT_EQ(file.pager().pageCount(), pages);
     EXPECT_EQ(countEntries(table, 1), 1);
     table.insert(cheque(1, "2"));
-    EXPECT_THAT(column(table, kLancamento), testing::ElementsAre(1, 2));
+    EXPECT_THAT(column(table, kLancamentoAt), testing::ElementsAre(1, 2));
 }
 
 TEST_P(DatabaseFile, CurrencyAndWholeNumbersAreKeptToTheirLimits) {
@@ -203,13 +200,14 @@ TEST_P(DatabaseFile, CurrencyAndWholeNumbersAreKeptToTheirLimits) {
     for (const std::int64_t amount :
          {std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min()}) {
         Row row = cheque(std::numeric_limits<std::int32_t>::min(), "1");
-        row[kValor] = Currency{amount};
+        row[kValorAt] = Currency{amount};
         const auto back = table.read(table.insert(row));
-        EXPECT_EQ((*back)[kValor], Value(Currency{amount}));
-        EXPECT_EQ((*back)[kCliente], Value(std::int64_t{std::numeric_limits<std::int32_t>::min()}));
+        EXPECT_EQ((*back)[kValorAt], Value(Currency{amount}));
+        EXPECT_EQ((*back)[kClienteAt],
+                  Value(std::int64_t{std::numeric_limits<std::int32_t>::min()}));
     }
     Row whole = cheque(1, "1");
-    whole[kValor] = std::int64_t{922337203685478};
+    whole[kValorAt] = std::int64_t{922337203685478};
     EXPECT_EQ(errorOf([&] { table.insert(whole); }), Errc::outOfRange);
 }
 
@@ -262,10 +260,10 @@ TEST_P(DatabaseFile, LongTextsOfEveryLengthComeBackAndGiveTheirPagesBack) {
                                          4075U, 4076U, 4077U, 9000U, 70000U}) {
             const std::string text(length, 'm');
             const Assignment change[] = {
-                {kObs, text}
+                {kObsAt, text}
             };
             table.update(id, change);
-            EXPECT_EQ((*table.read(id))[kObs], Value(text)) << length;
+            EXPECT_EQ((*table.read(id))[kObsAt], Value(text)) << length;
         }
         if (round == 0)
             largest = file.pager().pageCount();
@@ -273,10 +271,10 @@ TEST_P(DatabaseFile, LongTextsOfEveryLengthComeBackAndGiveTheirPagesBack) {
     }
     const std::string accents = "ção — “aspas”";
     const Assignment change[] = {
-        {kObs, accents}
+        {kObsAt, accents}
     };
     table.update(id, change);
-    EXPECT_EQ((*table.read(id))[kObs], Value(accents));
+    EXPECT_EQ((*table.read(id))[kObsAt], Value(accents));
 }
 
 TEST_P(DatabaseFile, TransactionsAreAllOrNothing) {
@@ -297,7 +295,7 @@ TEST_P(DatabaseFile, TransactionsAreAllOrNothing) {
         EXPECT_EQ(errorOf([&] { table.insert(cheque(1, std::string(99, '1'))); }), Errc::tooLong);
         open.commit();
     }
-    EXPECT_THAT(column(table, kCliente), testing::ElementsAre(1, 5));
+    EXPECT_THAT(column(table, kClienteAt), testing::ElementsAre(1, 5));
     EXPECT_EQ(errorOf([&] { file.commit(); }), Errc::misuse);
     EXPECT_EQ(errorOf([&] { file.rollback(); }), Errc::misuse);
     file.begin();
@@ -323,7 +321,7 @@ TEST_P(DatabaseFile, AnErasedRowIsAConflictForWhoStillHasItsId) {
     const RowId id = table.insert(cheque(1, "1"));
     const auto stamp = table.stamp(id);
     const Assignment change[] = {
-        {kCliente, std::int64_t{2}}
+        {kClienteAt, std::int64_t{2}}
     };
     table.update(id, change);
     EXPECT_NE(table.stamp(id), stamp);
@@ -351,12 +349,12 @@ TEST_P(DatabaseFile, KeyRangesFindTheRowsBetween) {
         return values;
     };
     const Value client = std::int64_t{7};
-    EXPECT_EQ(found(1, table.keysEqual(1, {&client, 1}), kCliente).size(), 6U);
-    EXPECT_EQ(
-        found(1, table.keysBetween(1, {}, Value(std::int64_t{48}), std::nullopt), kCliente).size(),
-        12U);
+    EXPECT_EQ(found(1, table.keysEqual(1, {&client, 1}), kClienteAt).size(), 6U);
+    EXPECT_EQ(found(1, table.keysBetween(1, {}, Value(std::int64_t{48}), std::nullopt), kClienteAt)
+                  .size(),
+              12U);
     // The index on numero descends.
-    EXPECT_THAT(found(2, table.keysBetween(2, {}, Value("1001"s), Value("1003"s)), kNumero),
+    EXPECT_THAT(found(2, table.keysBetween(2, {}, Value("1001"s), Value("1003"s)), kNumeroAt),
                 testing::ElementsAre(Value("1003"s), Value("1002"s), Value("1001"s)));
 }
 
@@ -470,7 +468,7 @@ TEST_P(DatabaseFile, TwoOpeningsReadAndWriteInTurn) {
         EXPECT_EQ(table.rowCount(), 2);
     }
     table.insert(cheque(1, "3"));
-    EXPECT_THAT(column(table, kLancamento), testing::ElementsAre(1, 2, 3));
+    EXPECT_THAT(column(table, kLancamentoAt), testing::ElementsAre(1, 2, 3));
     EXPECT_TRUE(std::filesystem::exists(folder / "loja.ldb"));
 }
 
@@ -490,7 +488,7 @@ TEST_P(DatabaseFile, OpeningForReadingChangesNothing) {
     const std::string before = bytes();
     {
         Database file(path, {.readOnly = true, .codePage = {}, .password = {}});
-        EXPECT_EQ(column(file.table("cheques"), kCliente).size(), 1U);
+        EXPECT_EQ(column(file.table("cheques"), kClienteAt).size(), 1U);
         EXPECT_TRUE(file.readOnlyReason());
     }
     { Database file(path); }
@@ -519,7 +517,7 @@ TEST_P(DatabaseFile, TablesWhoseIndexesDisagreeWithTheRowsAreNotChanged) {
     }
     Database file(path);
     Table& table = file.table("cheques");
-    EXPECT_EQ(column(table, kCliente).size(), 20U);
+    EXPECT_EQ(column(table, kClienteAt).size(), 20U);
     try {
         table.insert(cheque(1, "1"));
         FAIL();

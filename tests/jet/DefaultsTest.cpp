@@ -1,5 +1,6 @@
 // The values that the file gives to fields that nobody fills in.
 #include "jet/People.h"
+#include "support/Versions.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +12,7 @@ using namespace std::string_literals;
 namespace {
 
 class Defaults : public People {};
-INSTANTIATE_TEST_SUITE_P(Versions, Defaults, testing::Values(Version::jet3, Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, Defaults, bothVersions(), versionName);
 
 TEST_P(Defaults, FillWhatIsNotGiven) {
     keep({

@@ -4,6 +4,7 @@
 #include "jet/LockFile.h"
 #include "jet/MemoryDisk.h"
 #include "jet/ShopWork.h"
+#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -50,10 +51,7 @@ protected:
     std::optional<Database> other;
 };
 
-INSTANTIATE_TEST_SUITE_P(, GatheredTransactions, testing::Values(Version::jet3, Version::jet4),
-                         [](const auto& version) {
-                             return std::string(version.param == Version::jet3 ? "Jet3" : "Jet4");
-                         });
+INSTANTIATE_TEST_SUITE_P(, GatheredTransactions, bothVersions(), versionName);
 
 TEST_P(GatheredTransactions, CostTheDiskAsMuchAsOne) {
     const std::ptrdiff_t before = syncs();

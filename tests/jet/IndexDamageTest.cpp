@@ -233,7 +233,6 @@ TEST_P(DamagedIndex, ManyChangedBytesAreAnErrorAtWorst) {
     file.expectSound();
 }
 
-INSTANTIATE_TEST_SUITE_P(Both, DamagedIndex, testing::Values(Version::jet3, Version::jet4),
-                         versionName);
+INSTANTIATE_TEST_SUITE_P(, DamagedIndex, bothVersions(), versionName);
 
 } // namespace

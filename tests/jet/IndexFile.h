@@ -2,6 +2,7 @@
 
 #include "jet/DataPage.h"
 #include "jet/IndexTree.h"
+#include "support/Versions.h"
 
 #include <gtest/gtest.h>
 
@@ -182,7 +183,3 @@ protected:
         }
     }
 };
-
-inline std::string versionName(const testing::TestParamInfo<jet::Version>& info) {
-    return info.param == jet::Version::jet3 ? "Jet3" : "Jet4";
-}

@@ -303,7 +303,6 @@ TEST_P(IndexTreeOf, PassesOverEmptyLeaves) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Both, IndexTreeOf, testing::Values(Version::jet3, Version::jet4),
-                         versionName);
+INSTANTIATE_TEST_SUITE_P(, IndexTreeOf, bothVersions(), versionName);
 
 } // namespace

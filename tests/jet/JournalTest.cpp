@@ -5,6 +5,7 @@
 #include "jet/CommitPairs.h"
 #include "jet/MemoryDisk.h"
 #include "jet/ShopWork.h"
+#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,10 +19,6 @@ using testing::HasSubstr;
 namespace {
 
 const std::string kJournal = std::string(kPath) + "-journal";
-
-std::string nameOf(const testing::TestParamInfo<Version>& version) {
-    return version.param == Version::jet3 ? "Jet3" : "Jet4";
-}
 
 /// A shop's file whose station died while it wrote pages; and how it was before.
 class LeftJournal : public testing::TestWithParam<Version> {
@@ -86,7 +83,7 @@ protected:
     std::uint64_t contentAfter = 0;
 };
 
-INSTANTIATE_TEST_SUITE_P(, LeftJournal, testing::Values(Version::jet3, Version::jet4), nameOf);
+INSTANTIATE_TEST_SUITE_P(, LeftJournal, bothVersions(), versionName);
 
 TEST_P(LeftJournal, OfItsOwnFileUndoesTheTransaction) {
     ASSERT_FALSE(changedPages(halfDone, before).empty());

@@ -6,6 +6,7 @@
 #include "jet/IndexBuilder.h"
 #include "jet/IndexTree.h"
 #include "support/TemporaryFolder.h"
+#include "support/Versions.h"
 
 #include <random>
 #include <set>
@@ -24,10 +25,7 @@ protected:
     std::filesystem::path path_ = folder_ / "novo.mdb";
 };
 
-INSTANTIATE_TEST_SUITE_P(, NewFiles, testing::Values(Version::jet3, Version::jet4),
-                         [](const testing::TestParamInfo<Version>& chosen) {
-                             return chosen.param == Version::jet3 ? "Jet3" : "Jet4";
-                         });
+INSTANTIATE_TEST_SUITE_P(, NewFiles, bothVersions(), versionName);
 
 std::vector<PageNo> pagesIn(const UsageMap& map) {
     std::vector<PageNo> pages;

@@ -7,6 +7,7 @@
 #include "support/MdbTools.h"
 #include "support/Samples.h"
 #include "support/TemporaryFolder.h"
+#include "support/Versions.h"
 
 #include <gtest/gtest.h>
 
@@ -270,14 +271,10 @@ void makeFile(const std::filesystem::path& path, Version version) {
     database.createTable(tall);
 }
 
-std::string nameOf(const testing::TestParamInfo<Version>& info) {
-    return info.param == Version::jet3 ? "Jet3" : "Jet4";
-}
+class PropertyFiles : public testing::TestWithParam<Version> {};
+INSTANTIATE_TEST_SUITE_P(, PropertyFiles, bothVersions(), versionName);
 
-class Property : public testing::TestWithParam<Version> {};
-INSTANTIATE_TEST_SUITE_P(, Property, testing::Values(Version::jet3, Version::jet4), nameOf);
-
-TEST_P(Property, RandomChangesLeaveAFreshFileWholeAndEqualToTheModel) {
+TEST_P(PropertyFiles, RandomChangesLeaveAFreshFileWholeAndEqualToTheModel) {
     const TemporaryFolder folder;
     for (const std::uint64_t seed : {1U, 2U}) {
         const auto file = folder / ("fresh" + std::to_string(seed) + ".mdb").c_str();
@@ -308,7 +305,7 @@ TEST(PropertySamples, RandomChangesLeaveCopiesOfRealFilesWholeAndEqualToTheModel
     EXPECT_EQ(changed, files.size() - 1);
 }
 
-TEST_P(Property, AFileThatStaysAtTheSameNumberOfRowsStopsGrowing) {
+TEST_P(PropertyFiles, AFileThatStaysAtTheSameNumberOfRowsStopsGrowing) {
     const TemporaryFolder folder;
     const auto path = folder / "steady.mdb";
     makeFile(path, GetParam());

@@ -1,5 +1,6 @@
 // The relationships that the back-office keeps in the file: kept by this engine too.
 #include "jet/RuleFile.h"
+#include "support/Versions.h"
 
 #include <gtest/gtest.h>
 
@@ -88,7 +89,7 @@ protected:
         return values;
     }
 };
-INSTANTIATE_TEST_SUITE_P(Versions, Relationships, testing::Values(Version::jet3, Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, Relationships, bothVersions(), versionName);
 
 TEST_P(Relationships, NoChildWithoutItsParent) {
     for (const char* child : {"cheques", "avulsos"}) {

@@ -1,6 +1,7 @@
 // The rules that the back-office keeps in the file: kept by this engine too.
 #include "jet/People.h"
 #include "jet/Properties.h"
+#include "support/Versions.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,7 @@ using namespace std::string_literals;
 namespace {
 
 class Rules : public People {};
-INSTANTIATE_TEST_SUITE_P(Versions, Rules, testing::Values(Version::jet3, Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, Rules, bothVersions(), versionName);
 
 TEST_P(Rules, ARequiredColumnIsNeverLeftEmpty) {
     keep({
@@ -297,10 +298,10 @@ TEST_P(Rules, ARuleThatCannotBeUnderstoodMakesTheTableReadOnly) {
         {kIdade, whole(1)}
     });
     for (const FileRule& rule : {
-             FileRule{.column = "idade", .rule = "DMax('x','y')>1"               },
-             FileRule{     .rule = "[outro]>1"                },
-             FileRule{  .column = "nome", .rule = "Left([nome],1)='A'"                         },
-             FileRule{ .column = "idade",                  .rule = std::string(100, '(')}
+             FileRule{.column = "idade",                  .rule = "DMax('x','y')>1"},
+             FileRule{                                    .rule = "[outro]>1"                                 },
+             FileRule{ .column = "nome",                  .rule = "Left([nome],1)='A'"          },
+             FileRule{                                .column = "idade", .rule = std::string(100,                    '(')}
     }) {
         keep({rule});
         for (const Error& error : {refusal([&] { add({}); }), refusal([&] {

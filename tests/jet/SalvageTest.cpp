@@ -5,6 +5,7 @@
 #include "jet/DamagedFile.h"
 #include "jet/SampleFiles.h"
 #include "support/TemporaryFolder.h"
+#include "support/Versions.h"
 
 #include <algorithm>
 #include <random>
@@ -92,10 +93,7 @@ protected:
     SalvageReport report_;
 };
 
-INSTANTIATE_TEST_SUITE_P(, Salvage, testing::Values(Version::jet3, Version::jet4),
-                         [](const testing::TestParamInfo<Version>& chosen) {
-                             return chosen.param == Version::jet3 ? "Jet3" : "Jet4";
-                         });
+INSTANTIATE_TEST_SUITE_P(, Salvage, bothVersions(), versionName);
 
 TEST_P(Salvage, OfASoundFileIsComplete) {
     EXPECT_TRUE(salvageIt().complete()) << told(report_);

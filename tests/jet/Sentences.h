@@ -1,7 +1,6 @@
 #pragma once
 
 #include "jet/Error.h"
-#include "jet/Format.h"
 
 #include <gtest/gtest.h>
 
@@ -18,9 +17,4 @@ inline std::string sentenceOf(const std::function<void()>& action, jet::Errc cod
     }
     ADD_FAILURE() << "no error";
     return {};
-}
-
-/// How a test for each version of the format is called.
-inline std::string nameOf(const testing::TestParamInfo<jet::Version>& version) {
-    return version.param == jet::Version::jet3 ? "Jet3" : "Jet4";
 }

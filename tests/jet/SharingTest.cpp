@@ -10,6 +10,7 @@
 #include "jet/ShopWork.h"
 #include "jet/Waiting.h"
 #include "support/TemporaryFolder.h"
+#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -101,7 +102,7 @@ protected:
     std::filesystem::path path;
 };
 
-INSTANTIATE_TEST_SUITE_P(, Stations, testing::Values(Version::jet3, Version::jet4), nameOf);
+INSTANTIATE_TEST_SUITE_P(, Stations, bothVersions(), versionName);
 
 TEST_P(Stations, CountersAddUp) {
     constexpr int kTimes = 60;
@@ -356,7 +357,7 @@ protected:
     MemoryDisk disk;
 };
 
-INSTANTIATE_TEST_SUITE_P(, TwoStations, testing::Values(Version::jet3, Version::jet4), nameOf);
+INSTANTIATE_TEST_SUITE_P(, TwoStations, bothVersions(), versionName);
 
 TEST_P(TwoStations, WhatOneSavesTheOtherReads) {
     Database first(kPath, on(disk));

@@ -9,6 +9,7 @@
 #include "jet/ShopWork.h"
 #include "jet/Waiting.h"
 #include "support/TemporaryFolder.h"
+#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,7 +27,7 @@ namespace {
 constexpr std::uint64_t kUsersAt = 0x10000000;
 
 /// One table with one number.
-void makeShop(const fs::path& path, Version version, Disk& disk = Disk::system()) {
+void makeCounter(const fs::path& path, Version version, Disk& disk = Disk::system()) {
     Database::create(path, version, disk);
     Database file(path, on(disk));
     file.createTable({"contador", {{"valor", ColumnType::longInteger}}, {}})
@@ -55,7 +56,7 @@ std::int64_t valueIn(Database& file) {
 /// A shop's file on the real disk.
 class OneFile : public testing::TestWithParam<Version> {
 protected:
-    OneFile() { makeShop(path, GetParam()); }
+    OneFile() { makeCounter(path, GetParam()); }
     void TearDown() override { fs::current_path(here); }
 
     [[nodiscard]] bool there(const char* name) const { return fs::exists(folder / name); }
@@ -65,7 +66,7 @@ protected:
     fs::path path = folder / "loja.mdb";
 };
 
-INSTANTIATE_TEST_SUITE_P(, OneFile, testing::Values(Version::jet3, Version::jet4), nameOf);
+INSTANTIATE_TEST_SUITE_P(, OneFile, bothVersions(), versionName);
 
 TEST_P(OneFile, ThroughASymbolicLinkHasTheSameLockFileAndJournal) {
     const fs::path link = folder / "atalho.mdb";
@@ -168,7 +169,7 @@ TEST_P(OneFile, ThatAnotherHasReplacedTakesNoMoreChanges) {
 /// A shop's file on a disk in memory.
 class Apart : public testing::TestWithParam<Version> {
 protected:
-    Apart() { makeShop(kPath, GetParam(), disk); }
+    Apart() { makeCounter(kPath, GetParam(), disk); }
     void TearDown() override { setWaitHook({}); }
 
     void writePair(std::size_t user, std::uint16_t value) {
@@ -184,7 +185,7 @@ protected:
     const std::string journal = kPath + "-journal"s;
 };
 
-INSTANTIATE_TEST_SUITE_P(, Apart, testing::Values(Version::jet3, Version::jet4), nameOf);
+INSTANTIATE_TEST_SUITE_P(, Apart, bothVersions(), versionName);
 
 TEST_P(Apart, WhoHasNoLockFileReadsAnewWhatAnotherWritesMeanwhile) {
     Database writer(kPath, on(disk));

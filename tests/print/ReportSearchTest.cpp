@@ -6,7 +6,7 @@ namespace {
 
 using testing::IsEmpty;
 
-ShopRow row(const QString& client, std::int64_t cents = 0) {
+ShopRow rowOf(const QString& client, std::int64_t cents = 0) {
     return {{}, client, {}, Amount{cents * 100}, {}, {}};
 }
 
@@ -33,13 +33,13 @@ protected:
 using testing::ElementsAre;
 
 TEST_F(Search, WalksTheHitsForwardAndRoundAgain) {
-    ASSERT_TRUE(shop_.begin(givenRows({row("Ana"), row("Bia"), row("Joana"), row("ANA")})));
+    ASSERT_TRUE(shop_.begin(givenRows({rowOf("Ana"), rowOf("Bia"), rowOf("Joana"), rowOf("ANA")})));
     EXPECT_THAT(walk("ana", SearchDirection::forward, 5), ElementsAre(0, 2, 3, 0, 2));
     EXPECT_THAT(walk("ana", SearchDirection::backward, 5), ElementsAre(3, 2, 0, 3, 2));
 }
 
 TEST_F(Search, TellsWhenItGoesOnAtTheOtherEnd) {
-    ASSERT_TRUE(shop_.begin(givenRows({row("Ana"), row("Bia"), row("Ana")})));
+    ASSERT_TRUE(shop_.begin(givenRows({rowOf("Ana"), rowOf("Bia"), rowOf("Ana")})));
     const SearchResult first = find("ana");
     EXPECT_FALSE(first.wrapped);
     const SearchResult second =
@@ -52,7 +52,7 @@ TEST_F(Search, TellsWhenItGoesOnAtTheOtherEnd) {
 }
 
 TEST_F(Search, FindsTheOnlyHitAgain) {
-    ASSERT_TRUE(shop_.begin(givenRows({row("Bia"), row("Ana"), row("Bia")})));
+    ASSERT_TRUE(shop_.begin(givenRows({rowOf("Bia"), rowOf("Ana"), rowOf("Bia")})));
     EXPECT_THAT(walk("ana", SearchDirection::forward, 3), ElementsAre(1, 1, 1));
     EXPECT_THAT(walk("ana", SearchDirection::backward, 3), ElementsAre(1, 1, 1));
 }
@@ -76,7 +76,7 @@ TEST_F(Search, WalksTheFieldsOfARow) {
 }
 
 TEST_F(Search, CountsNeitherCaseNorAccents) {
-    ASSERT_TRUE(shop_.begin(givenRows({row("Maria da Conceição")})));
+    ASSERT_TRUE(shop_.begin(givenRows({rowOf("Maria da Conceição")})));
     for (const char* text : {"conceicao", "CONCEIÇÃO", "Conceição"}) {
         const SearchResult result = find(QString::fromUtf8(text));
         ASSERT_TRUE(result.hit) << text;
@@ -86,7 +86,7 @@ TEST_F(Search, CountsNeitherCaseNorAccents) {
 }
 
 TEST_F(Search, CountsNoCombiningAccents) {
-    ASSERT_TRUE(shop_.begin(givenRows({row("Jose\u0301 Luiz")})));
+    ASSERT_TRUE(shop_.begin(givenRows({rowOf("Jose\u0301 Luiz")})));
     const SearchResult result = find("josé l");
     ASSERT_TRUE(result.hit);
     EXPECT_EQ(result.hit->start, 0);
@@ -94,7 +94,7 @@ TEST_F(Search, CountsNoCombiningAccents) {
 }
 
 TEST_F(Search, FindsAmountsWithAndWithoutPoints) {
-    ASSERT_TRUE(shop_.begin(givenRows({row("Ana", 123456)})));
+    ASSERT_TRUE(shop_.begin(givenRows({rowOf("Ana", 123456)})));
     for (const char* text : {"1.234,56", "1234,56", "234,5"}) {
         const SearchResult result = find(text);
         ASSERT_TRUE(result.hit) << text;
@@ -114,7 +114,7 @@ TEST_F(Search, FindsDatesAsTheyAreShown) {
 }
 
 TEST_F(Search, FindsWhatIsCutOffOnPaper) {
-    ASSERT_TRUE(shop_.begin(givenRows({row(QString("muito ").repeated(100) + "longe")})));
+    ASSERT_TRUE(shop_.begin(givenRows({rowOf(QString("muito ").repeated(100) + "longe")})));
     EXPECT_TRUE(find("longe").hit);
 }
 

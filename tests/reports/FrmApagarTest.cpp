@@ -5,6 +5,7 @@
 #include "controls/DropDownList.h"
 #include "shell/Mirtal.h"
 #include "support/ShopTest.h"
+#include "support/Versions.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -77,7 +78,7 @@ protected:
     /// Each text that the program put into the status bar.
     Strings said_;
 };
-INSTANTIATE_TEST_SUITE_P(Versions, Purge, testing::Values(jet::Version::jet3, jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, Purge, bothVersions(), versionName);
 
 // ---- which cheques go
 

@@ -15,6 +15,7 @@
 #include "shell/Mirtal.h"
 #include "shell/Programa.h"
 #include "support/FileRules.h"
+#include "support/Versions.h"
 #include "tools/ShopSchema.h"
 
 #include <gmock/gmock.h>
@@ -92,10 +93,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, RulesOfTheFile, testing::Values(jet::Version::jet3, jet::Version::jet4),
-                         [](const auto& version) {
-                             return version.param == jet::Version::jet3 ? "Jet3" : "Jet4";
-                         });
+INSTANTIATE_TEST_SUITE_P(, RulesOfTheFile, bothVersions(), versionName);
 
 // ---- clients
 
