@@ -9,12 +9,6 @@
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
-namespace {
-
-ado::Recordset& cheques() { return dbconectar::instance().rsCheques; }
-
-} // namespace
-
 FrmRenegociar::FrmRenegociar() {
     setupUi(this);
     showOnly({txtnome, txtlancamento, txtnumero, txtdata, txtvalor, txtbom_para, txtvl_juros,
@@ -53,7 +47,7 @@ void FrmRenegociar::CmdLocalizar_Click() {
     FrmLocCHTerceiros::instance().showModal();
     if (!Mirtal::registroEscolhido)
         return;
-    ado::Recordset& rs = cheques();
+    ado::Recordset& rs = dbconectar::instance().rsCheques;
     rs.clearFilter();
     rs.Requery(); // to the first row
     if (!rs.EOF())
@@ -63,7 +57,7 @@ void FrmRenegociar::CmdLocalizar_Click() {
 }
 
 void FrmRenegociar::mostrarCheque() {
-    const ado::Recordset& rs = cheques();
+    const ado::Recordset& rs = dbconectar::instance().rsCheques;
     ado::Recordset& clientes = dbconectar::instance().rsCliente;
     clientes.MoveFirst();
     clientes.Find("Codigo=" + QString::number(rs["cliente"].integer()));
@@ -101,7 +95,7 @@ void FrmRenegociar::txtnovo_vencto_LostFocus() {
 void FrmRenegociar::CmdIncluir_Click() {
     if (txtlancamento->text().isEmpty())
         return;
-    ado::Recordset& rs = cheques();
+    ado::Recordset& rs = dbconectar::instance().rsCheques;
     rs.Find("lancamento=" + txtlancamento->text());
     if (!rs.EOF()) {
         ado::Transaction gravacao(dbconectar::instance().Automacao);

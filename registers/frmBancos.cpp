@@ -11,7 +11,7 @@ namespace {
 
 ado::Recordset& bancos() { return dbconectar::instance().rsBancos; }
 
-bool temRegistros() { return bancos().RecordCount() > 0; }
+bool temBancos() { return bancos().RecordCount() > 0; }
 
 QString texto(const char* campo) { return QString::fromStdString(bancos()[campo].text()); }
 
@@ -56,7 +56,7 @@ void frmBancos::Form_Load() {
     centre();
     if (const auto tamanho = bancos()["nome"].DefinedSize())
         txtNome->setMaxLength(static_cast<int>(*tamanho));
-    if (!temRegistros())
+    if (!temBancos())
         return;
     bancos().MoveFirst();
     mostrarRegistro();
@@ -130,7 +130,7 @@ void frmBancos::txtCodigo_GotFocus() { txtCodigo->selectAll(); }
 // Typing the code of a known bank brings it up. Deliberate: an unknown code leaves lblCodigo alone,
 // so that Save gives the bank on show its new code.
 void frmBancos::txtCodigo_LostFocus() {
-    if (txtCodigo->text().isEmpty() || !temRegistros())
+    if (txtCodigo->text().isEmpty() || !temBancos())
         return;
     localizar("cod_banco=" + txtCodigo->text());
     if (!bancos().EOF())
@@ -153,7 +153,7 @@ void frmBancos::mostrarRegistro() {
 
 // Deliberate: a list is never emptied because the table is.
 void frmBancos::preencherLista() {
-    if (!temRegistros())
+    if (!temBancos())
         return;
     ado::Recordset& rs = bancos();
     lstListagem->clear();
@@ -167,7 +167,7 @@ void frmBancos::preencherLista() {
 }
 
 void frmBancos::localizar(const QString& criterio) {
-    if (!temRegistros())
+    if (!temBancos())
         return;
     bancos().MoveFirst();
     bancos().Find(criterio);
@@ -175,10 +175,10 @@ void frmBancos::localizar(const QString& criterio) {
 
 // Deliberate: the name goes in as it stands, so an apostrophe in it breaks the filter.
 bool frmBancos::jaCadastrado() {
-    if (!temRegistros())
+    if (!temBancos())
         return false;
     bancos().setFilter("cod_banco=" + txtCodigo->text() + " And nome='" + txtNome->text() + "'");
-    const bool achado = temRegistros();
+    const bool achado = temBancos();
     bancos().clearFilter();
     return achado;
 }

@@ -22,7 +22,7 @@ constexpr const char* kVender[] = {"SIM", "NÃO"};
 
 ado::Recordset& clientes() { return dbconectar::instance().rsCliente; }
 
-bool temRegistros() { return clientes().RecordCount() > 0; }
+bool temClientes() { return clientes().RecordCount() > 0; }
 
 } // namespace
 
@@ -131,7 +131,7 @@ void frmCliFor::definirTeclas() {
 void frmCliFor::Form_Load() {
     centre();
     Campos::limitar(clientes(), campos_);
-    if (temRegistros()) {
+    if (temClientes()) {
         clientes().MoveFirst();
         mostrarRegistro();
     }
@@ -237,7 +237,7 @@ void frmCliFor::cmdExcluir_Click() {
 }
 
 void frmCliFor::cmdLocalizar_Click() {
-    if (temRegistros()) {
+    if (temClientes()) {
         frmlocalizar& busca = frmlocalizar::instance();
         on(&busca, &frmlocalizar::clienteEscolhido, &frmCliFor::mostrarRegistro);
         busca.showModal();

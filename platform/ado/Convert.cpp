@@ -29,7 +29,7 @@ constexpr std::size_t kCurrencyDecimals = 4;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-std::string_view trimmed(std::string_view text) {
+std::string_view unpadded(std::string_view text) {
     while (!text.empty() && text.front() == ' ')
         text.remove_prefix(1);
     while (!text.empty() && text.back() == ' ')
@@ -63,7 +63,7 @@ bool hasThousands(std::string_view text) {
 }
 
 std::optional<WrittenNumber> writtenNumber(std::string_view text) {
-    text = trimmed(text);
+    text = unpadded(text);
     WrittenNumber number;
     if (!text.empty() && (text.front() == '-' || text.front() == '+')) {
         number.negative = text.front() == '-';
@@ -119,7 +119,7 @@ std::optional<double> real(const WrittenNumber& number) {
 // ---- text as a date, a yes/no -----------------------------------------------------------------
 
 std::optional<Date> writtenDate(std::string_view text) {
-    const std::string terminated(trimmed(text));
+    const std::string terminated(unpadded(text));
     jet::CivilTime time;
     int end = 0;
     int timeEnd = 0;
@@ -141,7 +141,7 @@ std::optional<Date> writtenDate(std::string_view text) {
 }
 
 std::optional<bool> writtenYesNo(std::string_view text) {
-    const std::string word = jet::foldedName(trimmed(text));
+    const std::string word = jet::foldedName(unpadded(text));
     for (const char* const yes : {"verdadeiro", "sim", "true", "-1", "1"}) {
         if (word == yes)
             return true;

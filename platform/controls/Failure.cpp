@@ -4,7 +4,7 @@
 
 namespace {
 
-FailureHandler& current() {
+FailureHandler& failureHandler() {
     static FailureHandler handler;
     return handler;
 }
@@ -15,14 +15,14 @@ int pauses = 0;
 } // namespace
 
 FailureHandler setFailureHandler(FailureHandler handler) {
-    return std::exchange(current(), std::move(handler));
+    return std::exchange(failureHandler(), std::move(handler));
 }
 
 void endWithReport(const std::exception_ptr& failure) {
-    if (!current())
+    if (!failureHandler())
         std::terminate();
     failing = true;
-    current()(failure);
+    failureHandler()(failure);
     failing = false;
 }
 

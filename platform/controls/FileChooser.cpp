@@ -30,7 +30,7 @@ QString askOperator(FileRequest request) {
     return {};
 }
 
-FileFunction& current() {
+FileFunction& fileFunction() {
     static FileFunction function;
     return function;
 }
@@ -43,12 +43,12 @@ std::ostream& operator<<(std::ostream& out, const FileRequest& request) {
 }
 
 std::optional<QString> chooseFile(const FileRequest& request) {
-    if (current())
-        return current()(request);
+    if (fileFunction())
+        return fileFunction()(request);
     const QString path = askOperator(request);
     return path.isEmpty() ? std::nullopt : std::optional(path);
 }
 
 FileFunction setFileFunction(FileFunction function) {
-    return std::exchange(current(), std::move(function));
+    return std::exchange(fileFunction(), std::move(function));
 }

@@ -71,7 +71,7 @@ std::optional<Plain> separated(const QString& text) {
     return split(text, dot, '.'); // 1234.56
 }
 
-bool onlyDigits(const QString& text) {
+bool allDigits(const QString& text) {
     static const QRegularExpression kDigits("^[0-9]*$");
     return kDigits.match(text).hasMatch();
 }
@@ -110,7 +110,7 @@ std::optional<MoneyText> parseMoney(const QString& text) {
         rest.remove(0, 1);
 
     const auto plain = separated(rest);
-    if (!plain || !onlyDigits(plain->whole) || !onlyDigits(plain->decimals) ||
+    if (!plain || !allDigits(plain->whole) || !allDigits(plain->decimals) ||
         plain->decimals.size() > kMoneyDecimals ||
         plain->whole.size() + plain->decimals.size() == 0)
         return std::nullopt;

@@ -47,7 +47,7 @@ MessageAnswer askOperator(const Message& message) {
     return box.clickedButton() == yes ? MessageAnswer::yes : MessageAnswer::no;
 }
 
-MessageFunction& current() {
+MessageFunction& messageFunction() {
     static MessageFunction function;
     return function;
 }
@@ -61,7 +61,7 @@ std::ostream& operator<<(std::ostream& out, const Message& message) {
 }
 
 MessageAnswer showMessage(const Message& message) {
-    return current() ? current()(message) : askOperator(message);
+    return messageFunction() ? messageFunction()(message) : askOperator(message);
 }
 
 MessageAnswer showMessage(const QString& text, const QString& title, MessageIcon icon,
@@ -70,5 +70,5 @@ MessageAnswer showMessage(const QString& text, const QString& title, MessageIcon
 }
 
 MessageFunction setMessageFunction(MessageFunction function) {
-    return std::exchange(current(), std::move(function));
+    return std::exchange(messageFunction(), std::move(function));
 }

@@ -55,7 +55,7 @@ QString oneLine(const QString& text) {
     return line;
 }
 
-struct Writer {
+struct Printed {
     ValueFormat format;
 
     QString operator()(std::monostate) const { return {}; }
@@ -83,7 +83,7 @@ std::optional<ValueFormat> formatNamed(const QString& name) {
 }
 
 QString shown(const ReportValue& value, ValueFormat format) {
-    return std::visit(Writer{format}, value);
+    return std::visit(Printed{format}, value);
 }
 
 const ReportValue& ReportRow::operator[](const QString& column) const {

@@ -64,7 +64,7 @@ private:
     const char* at_;
 };
 
-struct Writer {
+struct StoredForm {
     QByteArray& bytes;
 
     void operator()(std::monostate) const { bytes.append('\0'); }
@@ -100,7 +100,7 @@ void RowStore::clear(qsizetype columns) {
 void RowStore::add(const std::vector<ReportValue>& values) {
     Q_ASSERT(static_cast<qsizetype>(values.size()) == columns_);
     for (const ReportValue& value : values)
-        std::visit(Writer{open_}, value);
+        std::visit(StoredForm{open_}, value);
     if (++size_ % kRowsPerChunk != 0)
         return;
     chunks_.emplace_back(open_.constData(), open_.size()); // no larger than it is

@@ -19,7 +19,7 @@ constexpr qreal kMmPerCharacter = 1.9; ///< of a sheet's ordinary font
 constexpr qreal kFewestCharacters = 8;
 /// Amounts from here on have more digits than a sheet's numbers keep.
 constexpr std::int64_t kLargestNumber = 1'000'000'000'000'000;
-constexpr double kUnit = 10'000;
+constexpr double kWholeUnit = 10'000;
 const QDate kDayZero(1899, 12, 30);
 /// A sheet counts a 29/02/1900 that never was: the days before have other numbers in it.
 const QDate kFirstCertainDay(1900, 3, 1);
@@ -126,7 +126,8 @@ private:
     void writeAmount(lxw_row_t row, lxw_col_t at, Amount amount, ValueFormat format) {
         if (amount.tenThousandths >= kLargestNumber || amount.tenThousandths <= -kLargestNumber)
             return writeText(row, at, formatMoneyExactly(amount), nullptr);
-        worksheet_write_number(sheet_, row, at, static_cast<double>(amount.tenThousandths) / kUnit,
+        worksheet_write_number(sheet_, row, at,
+                               static_cast<double>(amount.tenThousandths) / kWholeUnit,
                                format == ValueFormat::standard ? money_ : exact_);
     }
     void writeWhole(lxw_row_t row, lxw_col_t at, qint64 whole, ValueFormat format) {
