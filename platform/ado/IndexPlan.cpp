@@ -41,8 +41,8 @@ bool ordersExactly(const jet::Column& column) {
 class Planner {
 public:
     Planner(const jet::Table& table, std::span<const Comparison> comparisons,
-            std::span<const OrderTerm> order)
-        : table_(table), comparisons_(comparisons), order_(order),
+            std::span<const OrderTerm> order, const PartOf& partOf)
+        : table_(table), comparisons_(comparisons), order_(order), partOf_(partOf),
           rows_(std::max(1.0, static_cast<double>(table.rowCount()))) {}
 
     [[nodiscard]] Plan best() const {
@@ -126,14 +126,20 @@ private:
         if (!narrowed && !plan.ordered)
             return std::nullopt;
 
-        plan.rows = plan.unique ? 1 : rows_ / std::pow(std::sqrt(rows_), plan.equal.size());
-        if (plan.low && plan.high)
-            plan.rows /= kBetweenPart;
-        else if (plan.low || plan.high)
-            plan.rows /= kHalfOpenPart;
-        plan.rows = std::max(1.0, plan.rows);
+        plan.rows = std::max(1.0, rowsOf(plan, narrowed));
         plan.cost = std::log2(rows_ + 1) + plan.rows * kRowByIndex;
         return plan;
+    }
+
+    [[nodiscard]] double rowsOf(const Plan& plan, bool narrowed) const {
+        if (plan.unique)
+            return 1;
+        if (const auto part = narrowed ? partOf_(plan) : std::nullopt)
+            return rows_ * *part;
+        const double rows = rows_ / std::pow(std::sqrt(rows_), plan.equal.size());
+        if (plan.low && plan.high)
+            return rows / kBetweenPart;
+        return plan.low || plan.high ? rows / kHalfOpenPart : rows;
     }
 
     /// Whether the index gives the wanted order, and which way.
@@ -167,14 +173,15 @@ private:
     const jet::Table& table_;
     std::span<const Comparison> comparisons_;
     std::span<const OrderTerm> order_;
+    const PartOf& partOf_;
     double rows_;
 };
 
 } // namespace
 
 Plan choosePlan(const jet::Table& table, std::span<const Comparison> comparisons,
-                std::span<const OrderTerm> order) {
-    return Planner(table, comparisons, order).best();
+                std::span<const OrderTerm> order, const PartOf& partOf) {
+    return Planner(table, comparisons, order, partOf).best();
 }
 
 } // namespace ado

@@ -3,6 +3,7 @@
 #include "jet/Table.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -40,9 +41,14 @@ struct Plan {
     double cost = 0;      ///< in rows of a scan
 };
 
-/// The best plan. There are no statistics in the file, so the guess is by shape: a whole unique
-/// key finds one row, an equality the square root of the table's rows, a range a part of them.
+/// How large a part of the table, 0 to 1, lies in the stretch of its index that a plan walks;
+/// nothing if that isn't known before the statement runs.
+using PartOf = std::function<std::optional<double>(const Plan&)>;
+
+/// The best plan. Where `partOf` doesn't know, the guess is by shape, as there are no statistics in
+/// the file: a whole unique key finds one row, an equality the square root of the table's rows, a
+/// range a part of them.
 [[nodiscard]] Plan choosePlan(const jet::Table& table, std::span<const Comparison> comparisons,
-                              std::span<const OrderTerm> order);
+                              std::span<const OrderTerm> order, const PartOf& partOf);
 
 } // namespace ado

@@ -6,6 +6,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -32,6 +33,10 @@ struct PackedPlan {
     std::size_t equal;
     std::size_t index;
 
+    static PackedPlan of(const Plan& plan) {
+        return {plan.way,       plan.low.has_value(), plan.high.has_value(),
+                plan.backwards, plan.equal.size(),    plan.index};
+    }
     [[nodiscard]] int pack() const {
         return static_cast<int>(static_cast<unsigned>(way) | (low ? 4U : 0U) | (high ? 8U : 0U) |
                                 (backwards ? 16U : 0U) | static_cast<unsigned>(equal << 8) |
@@ -47,6 +52,41 @@ struct PackedPlan {
                 (bits >> 16) & 0x7FFFU};
     }
 };
+
+/// The stretch of the index in which all rows lie that meet the comparisons; all of it where
+/// an operand can't be put as a key.
+jet::KeyRange rangeOf(const TableSource& source, const PackedPlan& plan,
+                      std::span<sqlite3_value*> operands) {
+    const jet::Index& index = source.table.indexes()[plan.index];
+    const auto column = [&](std::size_t place) -> const Column& {
+        return source.table.columns()[index.columns[place].column];
+    };
+    std::vector<Value> equal;
+    for (std::size_t i = 0; i < plan.equal; ++i) {
+        auto value = operandFor(column(i), operands[i], Rounding::none);
+        if (!value)
+            return {};
+        equal.push_back(std::move(*value));
+    }
+    std::size_t at = plan.equal;
+    std::optional<Value> low;
+    std::optional<Value> high;
+    if (plan.low)
+        low = operandFor(column(plan.equal), operands[at++], Rounding::down);
+    if (plan.high)
+        high = operandFor(column(plan.equal), operands[at], Rounding::up);
+    try {
+        if (low || high)
+            return source.table.keysBetween(plan.index, equal, low, high);
+        if (!equal.empty())
+            return source.table.keysEqual(plan.index, equal);
+    } catch (const jet::Error& error) {
+        // No row can hold such a value, but one may still compare as the statement wants.
+        if (error.code() != jet::Errc::outOfRange && error.code() != jet::Errc::tooLong)
+            throw;
+    }
+    return {};
+}
 
 // ---- cursor -----------------------------------------------------------------------------------
 
@@ -172,47 +212,12 @@ private:
     }
 
     void beginWalk(const PackedPlan& plan, std::span<sqlite3_value*> operands) {
-        range_ = rangeOf(plan, operands);
+        range_ = rangeOf(source_, plan, operands);
         walk_.emplace(source_.table.walk(plan.index));
         if (!backwards_)
             settleWalk(range_.lower.empty() ? walk_->first() : walk_->seek(range_.lower));
         else
             settleWalk(range_.upper ? walk_->seekBefore(*range_.upper) : walk_->last());
-    }
-
-    /// The stretch of the index in which all rows lie that meet the comparisons; all of it where
-    /// an operand can't be put as a key.
-    [[nodiscard]] jet::KeyRange rangeOf(const PackedPlan& plan,
-                                        std::span<sqlite3_value*> operands) const {
-        const jet::Index& index = source_.table.indexes()[plan.index];
-        const auto column = [&](std::size_t place) -> const Column& {
-            return source_.table.columns()[index.columns[place].column];
-        };
-        std::vector<Value> equal;
-        for (std::size_t i = 0; i < plan.equal; ++i) {
-            auto value = operandFor(column(i), operands[i], Rounding::none);
-            if (!value)
-                return {};
-            equal.push_back(std::move(*value));
-        }
-        std::size_t at = plan.equal;
-        std::optional<Value> low;
-        std::optional<Value> high;
-        if (plan.low)
-            low = operandFor(column(plan.equal), operands[at++], Rounding::down);
-        if (plan.high)
-            high = operandFor(column(plan.equal), operands[at], Rounding::up);
-        try {
-            if (low || high)
-                return source_.table.keysBetween(plan.index, equal, low, high);
-            if (!equal.empty())
-                return source_.table.keysEqual(plan.index, equal);
-        } catch (const jet::Error& error) {
-            // No row can hold such a value, but one may still compare as the statement wants.
-            if (error.code() != jet::Errc::outOfRange && error.code() != jet::Errc::tooLong)
-                throw;
-        }
-        return {};
     }
 
     void settleWalk(bool found) {
@@ -325,6 +330,18 @@ std::optional<std::size_t> columnOf(int number) {
     return number < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(number));
 }
 
+/// Nothing of an index that is damaged: who walks it will be told.
+std::optional<double> partOfIndex(const TableSource& source, const PackedPlan& plan,
+                                  std::span<sqlite3_value*> operands) {
+    try {
+        return source.table.partBetween(plan.index, rangeOf(source, plan, operands));
+    } catch (const jet::Error& error) {
+        if (error.code() != jet::Errc::corrupt)
+            throw;
+        return std::nullopt;
+    }
+}
+
 void plan(TableSource& source, sqlite3_index_info& info) {
     std::vector<Comparison> comparisons;
     std::vector<int> constraints; // where each comparison stands in SQLite's list
@@ -341,7 +358,22 @@ void plan(TableSource& source, sqlite3_index_info& info) {
     for (int i = 0; i < info.nOrderBy; ++i)
         order.push_back({columnOf(info.aOrderBy[i].iColumn), info.aOrderBy[i].desc != 0});
 
-    const Plan best = choosePlan(source.table, comparisons, order);
+    const PartOf partOf = [&](const Plan& plan) -> std::optional<double> {
+        std::vector<sqlite3_value*> operands;
+        const auto isKnown = [&](std::size_t comparison) {
+            sqlite3_value* value = nullptr;
+            if (sqlite3_vtab_rhs_value(&info, constraints[comparison], &value) != SQLITE_OK ||
+                sqlite3_value_type(value) == SQLITE_NULL)
+                return false;
+            operands.push_back(value);
+            return true;
+        };
+        if (!std::ranges::all_of(plan.equal, isKnown) || (plan.low && !isKnown(*plan.low)) ||
+            (plan.high && !isKnown(*plan.high)))
+            return std::nullopt;
+        return partOfIndex(source, PackedPlan::of(plan), operands);
+    };
+    const Plan best = choosePlan(source.table, comparisons, order, partOf);
     int operands = 0;
     const auto use = [&](std::size_t comparison) {
         info.aConstraintUsage[constraints[comparison]].argvIndex = ++operands;
@@ -352,9 +384,7 @@ void plan(TableSource& source, sqlite3_index_info& info) {
         use(*best.low);
     if (best.high)
         use(*best.high);
-    info.idxNum = PackedPlan{best.way,       best.low.has_value(), best.high.has_value(),
-                             best.backwards, best.equal.size(),    best.index}
-                      .pack();
+    info.idxNum = PackedPlan::of(best).pack();
     info.orderByConsumed = best.ordered || best.unique ? 1 : 0;
     info.estimatedCost = best.cost;
     info.estimatedRows = static_cast<sqlite3_int64>(best.rows);

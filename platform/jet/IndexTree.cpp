@@ -204,6 +204,23 @@ IndexTree::Path IndexTree::descend(const IndexPoint& point) const {
     return path;
 }
 
+double IndexTree::partBefore(std::span<const std::byte> key) const {
+    return pager_->look([&] {
+        const Path path = descend({key, 0});
+        double before = 0;
+        double width = 1;
+        for (std::size_t i = 0; i < path.count; ++i) {
+            const Place place = open(path.steps[i].page);
+            const IndexPage& page = place.page;
+            const bool hasTail = !page.isLeaf() && page.tail() != kNoPage;
+            width /= static_cast<double>(
+                std::max<std::size_t>(1, page.indexOf(page.used()) + (hasTail ? 1 : 0)));
+            before += width * static_cast<double>(page.indexOf(path.steps[i].at));
+        }
+        return std::min(before, 1.0);
+    });
+}
+
 void IndexTree::insert(PageAllocator& pages, std::span<const std::byte> key, RowId row) {
     if (!twoFit(pager_->format(), key.size() + kEntryRowSize + kEntryChildSize))
         throw Error(Errc::tooLong,

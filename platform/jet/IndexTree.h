@@ -48,6 +48,9 @@ public:
     [[nodiscard]] bool hasKey(std::span<const std::byte> key,
                               std::optional<RowId> except = std::nullopt) const;
     [[nodiscard]] bool contains(std::span<const std::byte> key, RowId row) const;
+    /// About how large a part of all entries, 0 to 1, comes before a key: as the pages on the way
+    /// to it tell, taking all the others for equally full.
+    [[nodiscard]] double partBefore(std::span<const std::byte> key) const;
 
     /// Walks the entries in order, both ways. Remembers the entry it stands on, so it goes on from
     /// there when the tree has changed meanwhile, even if that very entry has gone.

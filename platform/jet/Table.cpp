@@ -251,6 +251,12 @@ IndexTree::Cursor Table::walk(std::size_t index) const {
     return IndexTree::Cursor(parts_->trees[index]);
 }
 
+double Table::partBetween(std::size_t index, const KeyRange& range) const {
+    const IndexTree& tree = parts_->trees[index];
+    const double end = range.upper ? tree.partBefore(*range.upper) : 1;
+    return std::max(0.0, end - tree.partBefore(range.lower));
+}
+
 KeyRange Table::keysEqual(std::size_t index, std::span<const Value> values) const {
     Bytes prefix;
     for (std::size_t i = 0; i < values.size(); ++i)

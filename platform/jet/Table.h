@@ -107,6 +107,8 @@ public:
     [[nodiscard]] KeyRange keysBetween(std::size_t index, std::span<const Value> equal,
                                        const std::optional<Value>& low,
                                        const std::optional<Value>& high) const;
+    /// About how large a part of an index, 0 to 1, lies between the keys; costs two ways down it.
+    [[nodiscard]] double partBetween(std::size_t index, const KeyRange& range) const;
     /// The key of a stored row in an index.
     [[nodiscard]] std::optional<Bytes> keyOf(std::size_t index, RowId id) const;
 

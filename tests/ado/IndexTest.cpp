@@ -137,11 +137,12 @@ TEST_P(IndexTest, ThePlanIsTheOneThatReadsLeast) {
     const auto indexName = [&](const Plan& plan) {
         return plan.way == Plan::Way::index ? t.indexes()[plan.index].name : std::string("none");
     };
+    const auto unknown = [](const Plan&) -> std::optional<double> { return std::nullopt; };
     const std::vector<Comparison> key{
         {at("longo"), Kind::equal},
         {at("id"),    Kind::equal}
     };
-    Plan plan = ado::choosePlan(t, key, {});
+    Plan plan = ado::choosePlan(t, key, {}, unknown);
     EXPECT_EQ(indexName(plan), "PrimaryKey");
     EXPECT_TRUE(plan.unique);
     EXPECT_EQ(plan.equal, std::vector<std::size_t>{1});
@@ -150,34 +151,43 @@ TEST_P(IndexTest, ThePlanIsTheOneThatReadsLeast) {
         {at("nome"),  Kind::equal},
         {at("longo"), Kind::equal}
     };
-    plan = ado::choosePlan(t, both, {});
+    plan = ado::choosePlan(t, both, {}, unknown);
     EXPECT_EQ(plan.equal.size(), 2U);
 
     const std::vector<Comparison> row{
         {std::nullopt, Kind::equal},
         {at("longo"),  Kind::equal}
     };
-    EXPECT_EQ(ado::choosePlan(t, row, {}).way, Plan::Way::row);
+    EXPECT_EQ(ado::choosePlan(t, row, {}, unknown).way, Plan::Way::row);
 
-    EXPECT_EQ(ado::choosePlan(t, {}, {}).way, Plan::Way::scan);
+    EXPECT_EQ(ado::choosePlan(t, {}, {}, unknown).way, Plan::Way::scan);
     const std::vector<ado::OrderTerm> byKey{
         {at("id"), true}
     };
-    plan = ado::choosePlan(t, {}, byKey);
+    plan = ado::choosePlan(t, {}, byKey, unknown);
     EXPECT_EQ(indexName(plan), "PrimaryKey");
     EXPECT_TRUE(plan.ordered);
     EXPECT_TRUE(plan.backwards);
+
+    // A range is worth its index as long as it isn't most of the table.
+    const std::vector<Comparison> range{
+        {at("longo"), Kind::atLeast},
+        {at("longo"), Kind::atMost }
+    };
+    EXPECT_EQ(ado::choosePlan(t, range, {}, [](const Plan&) { return 0.01; }).way,
+              Plan::Way::index);
+    EXPECT_EQ(ado::choosePlan(t, range, {}, [](const Plan&) { return 0.9; }).way, Plan::Way::scan);
 
     // An index that leaves out nulls can't stand for the table.
     const std::vector<ado::OrderTerm> byReal{
         {at("duplo"), false}
     };
-    EXPECT_FALSE(ado::choosePlan(t, {}, byReal).ordered);
+    EXPECT_FALSE(ado::choosePlan(t, {}, byReal, unknown).ordered);
     // The order of texts in an index is coarser than that of texts.
     const std::vector<ado::OrderTerm> byName{
         {at("nome"), false}
     };
-    EXPECT_FALSE(ado::choosePlan(t, {}, byName).ordered);
+    EXPECT_FALSE(ado::choosePlan(t, {}, byName, unknown).ordered);
 }
 
 } // namespace

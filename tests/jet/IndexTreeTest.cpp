@@ -123,6 +123,22 @@ TEST_P(IndexTreeOf, KeysThatOnlyGrowFillTheirPages) {
     file.expectSound();
 }
 
+TEST_P(IndexTreeOf, TellsAboutHowManyEntriesComeBeforeAKey) {
+    EXPECT_EQ(file.tree().partBefore(numberKey(1)), 0);
+    Random random(3);
+    for (std::uint32_t n = 0; n < 20'000; ++n) // denser towards the end
+        file.insert(numberKey(below(random, 100'000) | below(random, 100'000)), 256 + n);
+    for (std::uint32_t n = 0; n <= 140'000; n += 1'000) {
+        const Bytes key = numberKey(n);
+        const auto before = std::distance(file.model().begin(), file.model().lower_bound({key, 0}));
+        EXPECT_NEAR(file.tree().partBefore(key),
+                    static_cast<double>(before) / static_cast<double>(file.model().size()), 0.1)
+            << n;
+    }
+    EXPECT_EQ(file.tree().partBefore({}), 0);
+    EXPECT_EQ(file.tree().partBefore(numberKey(1'000'000)), 1);
+}
+
 TEST_P(IndexTreeOf, FollowsAStatementThatIsUndone) {
     for (std::uint32_t n = 0; n < 3000; n += 2)
         file.insert(numberKey(n), 256 + n);
