@@ -219,7 +219,8 @@ void Backup::removeOld(const std::filesystem::path& newest) const {
 }
 
 std::optional<std::filesystem::path> restore(const std::filesystem::path& copy,
-                                             const std::filesystem::path& database, Disk& disk) {
+                                             const std::filesystem::path& name, Disk& disk) {
+    const std::filesystem::path database = disk.resolved(name); // a link to it stays one
     const FileAlone alone(database, disk);
     UnnamedFile unnamed(database, disk);
     copyFile(copy, unnamed, {});

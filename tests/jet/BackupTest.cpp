@@ -183,6 +183,17 @@ TEST_F(Restoring, WorksWhereThereIsNoDatabaseAnyMore) {
     EXPECT_TRUE(contentOf(file_) == contentOf(copy_));
 }
 
+TEST_F(Restoring, ALinkToTheDatabaseStaysOne) {
+    const std::filesystem::path link = folder_ / "atalho.mdb";
+    std::filesystem::create_symlink(file_, link);
+    const std::string was = contentOf(file_);
+    const auto kept = restore(copy_, link);
+    ASSERT_TRUE(kept);
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_TRUE(contentOf(file_) == contentOf(copy_));
+    EXPECT_TRUE(contentOf(*kept) == was);
+}
+
 TEST_F(Restoring, RefusesWhileSomebodyHasTheDatabaseOpen) {
     const Database open(file_);
     const std::string was = contentOf(file_);
