@@ -130,13 +130,14 @@ void Session::flush() {
 }
 
 /// A long work that only reads keeps nobody from writing. That it can't be written now is no matter
-/// of who reads: the program's clock tries again, and says so.
+/// of who reads: the program's clock tries again, and says so. What is dropped, since another
+/// program has put its own in the place, is said at once.
 void Session::flushWhileReading() {
     try {
         database_.flushIfDue();
         settle();
     } catch (const jet::Error& error) {
-        if (error.code() != jet::Errc::locked)
+        if (error.code() == jet::Errc::conflict)
             throw;
     }
 }

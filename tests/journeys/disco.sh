@@ -1,9 +1,9 @@
 #!/bin/bash
 # The disk is full, on a Jet 4 and on a Jet 3 database: what the clerk saves is refused with a message, stays
 # in the window and is saved by the same key once there is room, whether it is the journal or the database
-# that has none; a program that starts on a full disk can be worked with too; a deletion that waits to be
-# written isn't lost. The copy of the day and init.ini fail without harm, and so does the technician's
-# tool. An independent reader finds in the file just what was saved.
+# that has none; a program that starts on a full disk can be worked with too. The copy of the day and
+# init.ini fail without harm, and so does the technician's tool. An independent reader finds in the file
+# just what was saved.
 #
 # The disk is a small one of its own, which takes the right to mount. Where the system gives that to
 # everybody within a namespace, it is taken there; where it doesn't, this is skipped.
@@ -95,7 +95,7 @@ save_without_room_for_the_file() {
 }
 saved_or_refused() { title_is "Mensagem" || stored | cut -d '|' -f 4 | grep -qx "$1"; }
 
-# No copy of the day, but everything can be looked at; a deletion waits, and the program with it.
+# No copy of the day, but everything can be looked at; what can't be deleted now can be later.
 start_without_room() {
     rm -r "$place/data/backup"
     fill_disk "$place/data"
@@ -114,16 +114,14 @@ start_without_room() {
     until_window "Exclusão"
     keys Return
     refused disco-exclusao
-    keys Escape
-    until_window "Valtrino"
-    keys alt+F4
-    until_window "Mensagem"
-    keys Return
-    until_window "Valtrino"
-    expect_stored
     free_disk "$place/data"
+    keys alt+x
+    until_window "Exclusão"
+    keys Return
     expected=$(sed 1d <<< "$expected")
     expect_stored
+    keys Escape
+    until_window "Valtrino"
 }
 
 choose_a_folder_without_room() {
