@@ -242,7 +242,6 @@ Bytes expected(const Case& subject, const Format& format) {
     Bytes undone = file;
     std::vector<std::uint32_t> isNew;
     std::uint32_t last = 0;
-    bool complete = file.size() == newSize;
     for (const Entry& entry : subject.entries) {
         if (entry.page <= last || entry.page >= header.fileAfter)
             return file;
@@ -256,7 +255,6 @@ Bytes expected(const Case& subject, const Format& format) {
             const auto there = std::span(file).subspan(at + i, Journal::kSector);
             if (std::ranges::equal(there, std::span(entry.after).subspan(i, Journal::kSector)))
                 continue;
-            complete = false;
             if (hasBefore &&
                 !std::ranges::equal(there, std::span(before).subspan(i, Journal::kSector)))
                 return file;
@@ -266,10 +264,7 @@ Bytes expected(const Case& subject, const Format& format) {
     }
     if (isNew.size() != header.fileAfter - header.fileBefore)
         return file;
-    if (complete)
-        undone = file;
-    else
-        undone.resize(oldSize);
+    undone.resize(oldSize);
     setPair(undone, format, header.user, header.announced);
     return undone;
 }
