@@ -73,8 +73,8 @@ bool podeRepetir(const std::exception_ptr& falha) {
     }
 }
 
-/// What was deleted or settled is gathered for a moment before it is written. That it can't be written is said
-/// once, and tried again each time.
+/// What was deleted or settled is gathered for a moment before it is written. That it can't be
+/// written is said once, and tried again each time.
 class Gravacao {
 public:
     void operator()() {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "cheques/ChequeShop.h"
 #include "cheques/FrmLancarCheques.h"
+#include "support/ChequeShop.h"
 
 #include <QCheckBox>
 

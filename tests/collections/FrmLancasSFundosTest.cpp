@@ -1,11 +1,11 @@
 // The register of bounced cheques, on files of both formats.
 #include "collections/FrmLancasSFundos.h"
 
-#include "cheques/ChequeShop.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "controls/DatePicker.h"
 #include "controls/DropDownList.h"
 #include "shell/Mirtal.h"
+#include "support/ChequeShop.h"
 #include "support/FormChecks.h"
 #include "support/Versions.h"
 

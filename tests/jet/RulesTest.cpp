@@ -297,12 +297,17 @@ TEST_P(Rules, ARuleThatCannotBeUnderstoodMakesTheTableReadOnly) {
     const RowId row = add({
         {kIdade, whole(1)}
     });
-    for (const FileRule& rule : {
-             FileRule{.column = "idade",                  .rule = "DMax('x','y')>1"},
-             FileRule{                                    .rule = "[outro]>1"                                 },
-             FileRule{ .column = "nome",                  .rule = "Left([nome],1)='A'"          },
-             FileRule{                                .column = "idade", .rule = std::string(100,                    '(')}
-    }) {
+    const std::string deep(100, '(');
+    const std::pair<std::string, std::string> rules[] = {
+        {"idade", "DMax('x','y')>1"   },
+        {"",      "[outro]>1"         },
+        {"nome",  "Left([nome],1)='A'"},
+        {"idade", deep                },
+    };
+    for (const auto& [column, text] : rules) {
+        FileRule rule;
+        rule.column = column;
+        rule.rule = text;
         keep({rule});
         for (const Error& error : {refusal([&] { add({}); }), refusal([&] {
                                        change(row, {

@@ -1,6 +1,5 @@
 // The rules that the back-office keeps in the file, as the windows meet them: what one of them
 // refuses is told with the rule's own words, nothing that was typed is lost, and the work goes on.
-#include "cheques/ChequeShop.h"
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
@@ -14,6 +13,7 @@
 #include "reports/FrmApagar.h"
 #include "shell/Mirtal.h"
 #include "shell/Programa.h"
+#include "support/ChequeShop.h"
 #include "support/FileRules.h"
 #include "support/Versions.h"
 #include "tools/ShopSchema.h"
