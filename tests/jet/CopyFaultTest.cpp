@@ -3,13 +3,13 @@
 #include "jet/Afterwards.h"
 #include "jet/Backup.h"
 #include "jet/Compact.h"
+#include "jet/Fault.h"
 #include "jet/FileSteps.h"
 #include "jet/Salvage.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <iostream>
 
 using namespace jet;
@@ -18,12 +18,6 @@ using namespace std::string_literals;
 namespace {
 
 const std::string kOther = "/loja/outro.mdb";
-
-struct Fault {
-    Version version;
-    bool forever;
-    int error;
-};
 
 class CopyFaults : public testing::TestWithParam<Fault> {
 protected:
@@ -91,16 +85,7 @@ protected:
     Afterwards after_;
 };
 
-INSTANTIATE_TEST_SUITE_P(, CopyFaults,
-                         testing::Values(Fault{Version::jet3, false, EIO},
-                                         Fault{Version::jet3, true, ENOSPC},
-                                         Fault{Version::jet4, false, ENOSPC},
-                                         Fault{Version::jet4, true, EIO}),
-                         [](const auto& fault) {
-                             return (fault.param.version == Version::jet3 ? "Jet3"s : "Jet4"s) +
-                                    (fault.param.forever ? "ForEver" : "Once") +
-                                    (fault.param.error == EIO ? "Error" : "DiskFull");
-                         });
+INSTANTIATE_TEST_SUITE_P(, CopyFaults, allFaults(), faultName);
 
 TEST_P(CopyFaults, ACompactionThatFailsLeavesItsSource) {
     everyFault(

@@ -1,5 +1,7 @@
 // A disk that fails: every call that the engine makes to it, one after the other, fails once or
 // from then on. The operator gets a sentence, and the file is sound when it is opened again.
+#include "jet/Fault.h"
+
 #include "jet/Check.h"
 #include "jet/MemoryDisk.h"
 #include "jet/ShopWork.h"
@@ -7,34 +9,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <iostream>
 
 using namespace jet;
-using namespace std::string_literals;
 
 namespace {
 
 constexpr int kSteps = 6;
 
-struct Fault {
-    Version version;
-    bool forever;
-    int error;
-};
-
 class Faults : public testing::TestWithParam<Fault> {};
 
-INSTANTIATE_TEST_SUITE_P(, Faults,
-                         testing::Values(Fault{Version::jet3, false, EIO},
-                                         Fault{Version::jet3, true, ENOSPC},
-                                         Fault{Version::jet4, false, ENOSPC},
-                                         Fault{Version::jet4, true, EIO}),
-                         [](const auto& fault) {
-                             return (fault.param.version == Version::jet3 ? "Jet3"s : "Jet4"s) +
-                                    (fault.param.forever ? "ForEver" : "Once") +
-                                    (fault.param.error == EIO ? "Error" : "DiskFull");
-                         });
+INSTANTIATE_TEST_SUITE_P(, Faults, allFaults(), faultName);
 
 /// A shop with some rows in it.
 DiskImage usedShop(Version version) {
