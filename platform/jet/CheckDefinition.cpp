@@ -158,8 +158,9 @@ void checkParsed(const CheckContext& context, const TableDefinition& table,
         if (index.kind > LogicalIndex::Kind::relationship)
             error("um índice é de tipo desconhecido", "\"" + index.name + "\"");
     }
+    // Kept up like the others, it costs only that.
     if (std::find(named.begin(), named.end(), false) != named.end())
-        error("um índice não tem nome", {});
+        context.findings.warning(table.page(), where, "um índice não tem nome");
 
     std::set<std::uint16_t> listed;
     for (const LongValueMaps& maps : table.longValues)

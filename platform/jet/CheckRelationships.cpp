@@ -1,6 +1,8 @@
 // What binds tables to each other: the rows of MSysRelationships, and indexes of the tables.
 #include "jet/CheckCatalog.h"
 #include "jet/Names.h"
+#include "jet/RelationshipPairs.h"
+#include "jet/SystemTables.h"
 
 #include <algorithm>
 
@@ -8,32 +10,12 @@ namespace jet {
 
 namespace {
 
-constexpr std::int64_t kRelationship = 8;
-
-/// What the rows of one relationship say together: one of each pair of columns, each with the
-/// number of pairs and its place among them.
+/// A relationship, and the first of its rows.
 struct Told {
     std::string name;
-    RowId row; ///< the first of them
-    std::pair<std::string, std::string> tables;
-    std::int64_t count;
-    std::set<std::int64_t> places{};
-    bool agree = true;
-
-    [[nodiscard]] bool whole() const {
-        const auto pairs = static_cast<std::int64_t>(places.size());
-        return agree && count == pairs && *places.begin() == 0 && *places.rbegin() == pairs - 1;
-    }
+    RowId row;
+    RelationshipPairs pairs{};
 };
-
-using Side = LogicalIndex::Side;
-
-bool arePartners(const TableDefinition& table, const LogicalIndex& index,
-                 const LogicalIndex& other) {
-    return other.kind == LogicalIndex::Kind::relationship && other.number == index.partner &&
-           other.partner == index.number && other.partnerTable == table.page() &&
-           other.side == (index.side == Side::parent ? Side::child : Side::parent);
-}
 
 } // namespace
 
@@ -56,19 +38,16 @@ void CatalogCheck::checkRelationships(const TableCheck& relationships, const Tab
         };
         requireColumn(tables, text(table), text(column), id);
         requireColumn(tables, text(otherTable), text(otherColumn), id);
-        const std::pair bound(foldedName(text(table)), foldedName(text(otherTable)));
-        Told& told = all.try_emplace(foldedName(text(name)),
-                                     Told{text(name), id, bound, row.integer(*count)})
-                         .first->second;
-        told.agree = told.places.insert(row.integer(*place)).second && told.tables == bound &&
-                     told.count == row.integer(*count) && told.agree;
+        all.try_emplace(foldedName(text(name)), Told{text(name), id})
+            .first->second.pairs.add({foldedName(text(table)), foldedName(text(otherTable))},
+                                     row.integer(*count), row.integer(*place));
     });
     for (const auto& [folded, told] : all)
-        if (!told.whole())
+        if (!told.pairs.whole())
             context_.findings.error(told.row.page, kWhere, "um relacionamento não está completo",
                                     inQuotes(told.name));
     for (const Object& object : objects_)
-        if (object.type == kRelationship && !all.contains(foldedName(object.name)))
+        if (object.type == relationshipObject && !all.contains(foldedName(object.name)))
             context_.findings.warning(object.row.page, kWhere, "um relacionamento não tem campos",
                                       inQuotes(object.name));
 }
@@ -97,8 +76,7 @@ void CatalogCheck::checkPartners(const Tables& tables) const {
             if (index.kind != LogicalIndex::Kind::relationship)
                 continue;
             const auto other = definitions.find(index.partnerTable);
-            if ((index.side != Side::parent && index.side != Side::child) ||
-                other == definitions.end() ||
+            if (other == definitions.end() ||
                 std::ranges::none_of(other->second->logicalIndexes, [&](const LogicalIndex& one) {
                     return arePartners(table->definition(), index, one);
                 }))

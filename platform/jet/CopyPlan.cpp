@@ -2,11 +2,13 @@
 
 #include "jet/Database.h"
 #include "jet/Names.h"
+#include "jet/RelationshipPairs.h"
 #include "jet/RowKey.h"
 #include "jet/SystemTables.h"
 #include "jet/TableBuilder.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <system_error>
 
@@ -377,7 +379,7 @@ private:
                Fields(found->source->definition()).find(field.c_str()) != nullptr;
     }
 
-    /// A relationship with a table or a field that is lost goes as a whole.
+    /// A relationship with a table, a field or one of its pairs that is lost goes as a whole.
     void dropRelationships() {
         RewrittenTable& table = *std::ranges::find_if(tables_, [](const RewrittenTable& candidate) {
             return candidate.before() == kRelationshipsPage;
@@ -385,13 +387,21 @@ private:
         const Fields fields(table.source->definition());
         std::vector<std::pair<RowId, std::string>> rows;
         std::set<std::string> broken;
+        std::map<std::string, RelationshipPairs> pairs; // by folded name
         table.source->eachRow(false, [&](const SourceRow& row) {
             const auto text = [&](const char* name) { return fields.text(row.parts, name); };
             rows.emplace_back(row.id, text("szRelationship"));
             if (!hasField(text("szObject"), text("szColumn")) ||
                 !hasField(text("szReferencedObject"), text("szReferencedColumn")))
                 broken.insert(rows.back().second);
+            pairs[foldedName(rows.back().second)].add(
+                {foldedName(text("szObject")), foldedName(text("szReferencedObject"))},
+                fields.number<std::int32_t>(row.parts, "ccolumn"),
+                fields.number<std::int32_t>(row.parts, "icolumn"));
         });
+        for (const auto& [row, name] : rows)
+            if (!pairs.at(foldedName(name)).whole())
+                broken.insert(name);
         for (const auto& [row, name] : rows)
             if (broken.contains(name))
                 leaveOut(table, row);
@@ -400,7 +410,8 @@ private:
                 leaveOut(tables_.front(), object.row);
         for (const std::string& name : broken)
             tell(Loss::What::structure, table.name, table.before(),
-                 "o relacionamento \"" + name + "\" usa uma tabela ou um campo perdido");
+                 "o relacionamento \"" + name +
+                     "\" não está completo, ou usa uma tabela ou um campo perdido");
     }
 
     void addTablesBeside() {

@@ -214,23 +214,23 @@ void Rewriter::takePages() {
     }
 }
 
-const RewrittenTable* Rewriter::otherEnd(const DefinitionImage::End& end) const {
+const RewrittenTable* Rewriter::otherEnd(const RewrittenTable& table,
+                                         const DefinitionImage::End& end) const {
     const auto place = places_.find(end.otherTable);
     if (place == places_.end())
         return nullptr;
-    const RewrittenTable* found = &tables_[place->second];
-    if (found->image.relationshipEnds().empty())
-        return nullptr;
-    const auto& indexes = found->source->definition().logicalIndexes;
-    const bool there = std::ranges::any_of(indexes, [&](const LogicalIndex& index) {
-        return index.number == static_cast<std::uint32_t>(end.partner);
-    });
-    return there ? found : nullptr;
+    const TableDefinition& definition = table.source->definition();
+    const RewrittenTable* other = &tables_[place->second];
+    const bool there = std::ranges::any_of(
+        other->source->definition().logicalIndexes, [&](const LogicalIndex& index) {
+            return arePartners(definition, definition.logicalIndexes[end.logical], index);
+        });
+    return there ? other : nullptr;
 }
 
 void Rewriter::linkRelationships(RewrittenTable& table) const {
     for (const DefinitionImage::End& end : table.image.relationshipEnds()) {
-        if (const RewrittenTable* other = otherEnd(end)) {
+        if (const RewrittenTable* other = otherEnd(table, end)) {
             table.image.setOtherTable(end.logical, other->page());
             continue;
         }

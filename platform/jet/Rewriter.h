@@ -71,7 +71,8 @@ private:
 
     void takePages();
     void linkRelationships(RewrittenTable& table) const;
-    [[nodiscard]] const RewrittenTable* otherEnd(const DefinitionImage::End& end) const;
+    [[nodiscard]] const RewrittenTable* otherEnd(const RewrittenTable& table,
+                                                 const DefinitionImage::End& end) const;
 
     SourceFile& source_;
     NewFile& target_;

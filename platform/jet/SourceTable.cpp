@@ -1,7 +1,9 @@
 #include "jet/SourceTable.h"
 
 #include "jet/DataPage.h"
+#include "jet/Properties.h"
 #include "jet/RowEncoder.h"
+#include "jet/SystemTables.h"
 #include "jet/TableBuilder.h"
 #include "jet/UsageMap.h"
 
@@ -193,6 +195,14 @@ const char* SourceTable::flawOf(const Column& column, std::span<const std::byte>
                 column.codec.decodeTo(text_, text);
             } catch (const Error&) {
                 return "o texto não pode ser lido";
+            }
+        if (file_.damaged() && definition_.page() == kObjectsPage && column.name == "LvProp")
+            try {
+                const TextCodec names(file_.format().version, file_.texts().codePage);
+                (void)parseProperties(text, names, id.page);
+            } catch (const Error&) {
+                // With rules that nobody can read no row of that table could be changed.
+                return "as propriedades e regras não podem ser lidas";
             }
         if (kind == LongValueDefinition::Kind::inRow)
             contents_.erase(at);

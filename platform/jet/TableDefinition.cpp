@@ -218,4 +218,15 @@ TableDefinition parseDefinition(Pager& pager, PageNo page, const TextSettings& t
     return table;
 }
 
+bool arePartners(const TableDefinition& table, const LogicalIndex& index,
+                 const LogicalIndex& other) noexcept {
+    using Kind = LogicalIndex::Kind;
+    using Side = LogicalIndex::Side;
+    const bool opposite = (index.side == Side::parent && other.side == Side::child) ||
+                          (index.side == Side::child && other.side == Side::parent);
+    return opposite && index.kind == Kind::relationship && other.kind == Kind::relationship &&
+           other.number == index.partner && other.partner == index.number &&
+           other.partnerTable == table.page();
+}
+
 } // namespace jet

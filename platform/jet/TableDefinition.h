@@ -99,6 +99,11 @@ struct TableDefinition {
     [[nodiscard]] const LongValueMaps* longValuesOf(const Column& column) const noexcept;
 };
 
+/// Whether two indexes are the two ends of one relationship: `index` of `table`, and one of the
+/// table that it names as its partner's.
+[[nodiscard]] bool arePartners(const TableDefinition& table, const LogicalIndex& index,
+                               const LogicalIndex& other) noexcept;
+
 /// What the texts of a file mean where its definitions don't say it, or say it wrongly.
 struct TextSettings {
     std::uint16_t codePage = 1252; ///< of names, and of a Jet 3 column that names none

@@ -13,6 +13,7 @@
 #include "jet/ShopWork.h"
 
 #include <algorithm>
+#include <iostream>
 
 using namespace jet;
 
@@ -107,7 +108,11 @@ template <class Copy>
 void copySoundly(MemoryDisk& disk, Copy&& copy) {
     tolerant([&] {
         copy();
-        fuzz::require(check(kTarget, disk).sound());
+        const Report report = check(kTarget, disk);
+        if (!report.sound())
+            for (const Finding& finding : report.findings)
+                std::cerr << finding.sentence << '\n';
+        fuzz::require(report.sound());
         fuzz::require(disk.remove(kTarget) == 0);
     });
     fuzz::require(!disk.exists(kTarget));

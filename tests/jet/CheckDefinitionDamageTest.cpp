@@ -229,14 +229,14 @@ const std::vector<Damage> kDefinitionDamages = {
                   file.get<std::uint32_t>(file.cheques.page(), file.logicalIndexBlock(0) + at));
               return file.cheques.page();
           }),
-    error("definition: tree without a name", "um índice não tem nome",
-          [](DamagedFile& file) {
-              const std::size_t at = file.format().logicalIndexAt + kRealIndexAt;
-              file.put<std::uint32_t>(
-                  file.cheques.page(), file.logicalIndexBlock(1) + at,
-                  file.get<std::uint32_t>(file.cheques.page(), file.logicalIndexBlock(0) + at));
-              return file.cheques.page();
-          }),
+    warning("definition: tree without a name", "um índice não tem nome",
+            [](DamagedFile& file) {
+                const std::size_t at = file.format().logicalIndexAt + kRealIndexAt;
+                file.put<std::uint32_t>(
+                    file.cheques.page(), file.logicalIndexBlock(1) + at,
+                    file.get<std::uint32_t>(file.cheques.page(), file.logicalIndexBlock(0) + at));
+                return file.cheques.page();
+            }),
     error("definition: two indexes of one name", "dois índices têm o mesmo nome (\"nome\")",
           [](DamagedFile& file) {
               const auto& indexes = file.cheques.logicalIndexes;
