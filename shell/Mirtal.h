@@ -33,9 +33,8 @@ void aoMostrarMensagem(std::function<void(const QString&)> mostrar);
 /// Deletes the first row of `tabela` whose `campo` equals `valor`; a value that is text is put
 /// between single quotes. Deliberate: the value goes in as it stands, an apostrophe in it breaks
 /// the search.
-/// @throws jet::Error{noCurrentRow} if no row has the value; jet::Error{conflict} if another
-/// station
-///         has changed the row since it was shown.
+/// @throws jet::Error{noCurrentRow} if no row has the value; jet::Error{conflict} if
+///         another station has changed the row since it was shown.
 void apagarPorChave(const QString& tabela, const QString& campo, const QString& valor, bool texto);
 
 /// Lists a recordset: an entry for each row, showing `campo`, with the whole number of `campoChave`
