@@ -13,6 +13,7 @@
 namespace {
 
 using TelaDeCheque::codigo;
+using TelaDeCheque::escolher;
 using TelaDeCheque::mostrar;
 
 constexpr int kPrazo = 30; ///< days from one cheque of a run to the next
@@ -33,11 +34,23 @@ Amount soma(Amount a, Amount b) {
     return *total;
 }
 
-/// Goes to the row of a client or bank, by its code, and chooses its entry.
-void escolher(DropDownList& lista, ado::Recordset& rs, std::int64_t codigo) {
-    rs.MoveFirst();
-    rs.Find("CODIGO=" + QString::number(codigo));
-    TelaDeCheque::escolher(lista, Valores::texto(rs["nome"]), codigo);
+/// Goes to a cheque of all that are stored; the filter comes off if it hides it.
+/// @return false if there is none: then rsCheques stays where it is.
+bool irAte(const QString& criterio) {
+    ado::Recordset cheque;
+    cheque.Open("select lancamento from cheques where " + criterio,
+                dbconectar::instance().Automacao);
+    if (cheque.EOF())
+        return false;
+    if (Mirtal::localizar(cheques(), criterio))
+        return true;
+    cheques().clearFilter();
+    return Mirtal::localizar(cheques(), criterio);
+}
+
+bool naoMostrado(const QString& motivo) {
+    showMessage(motivo, "Mensagem", MessageIcon::exclamation);
+    return false;
 }
 
 } // namespace
@@ -101,18 +114,23 @@ TelaDeCheque::Textos FrmLancarCheques::textos() const {
 
 // ---- the cheque on the screen
 
-void FrmLancarCheques::mostrarCheque(qint32 lancamento) {
-    if (!load())
-        return;
+bool FrmLancarCheques::mostrarCheque(qint32 lancamento) {
+    const QString numero = QString::number(lancamento);
     if (!std::in_range<std::int16_t>(lancamento))
-        throw jet::Error(jet::Errc::outOfRange,
-                         "O lançamento " + std::to_string(lancamento) +
-                             " não pode ser mostrado na entrada de cheques, que só mostra "
-                             "lançamentos até 32767.");
-    ado::Recordset& rs = cheques();
-    rs.MoveFirst();
-    rs.Find("Lancamento=" + QString::number(lancamento));
-    txtlancamento->setText(QString::number(lancamento));
+        return naoMostrado("O lançamento " + numero +
+                           " não pode ser mostrado na entrada de cheques, que só mostra "
+                           "lançamentos até 32767.");
+    if (!irAte("Lancamento=" + numero))
+        return naoMostrado("O cheque do lançamento " + numero +
+                           " não está mais cadastrado: foi excluído ou baixado depois de listado.");
+    if (isVisible())
+        mostrarRegistro();
+    return true;
+}
+
+void FrmLancarCheques::mostrarRegistro() {
+    const ado::Recordset& rs = cheques();
+    txtlancamento->setText(Valores::texto(rs["lancamento"]));
     escolher(*txtNome, dbconectar::instance().rsCliente, rs["cliente"].integer());
     escolher(*txtbanco, dbconectar::instance().rsBancos, rs["banco"].integer());
     for (const auto& [campo, caixa] : textos())

@@ -20,12 +20,13 @@ public:
     FrmLancarCheques();
     static FrmLancarCheques& instance();
 
-    /// Puts a stored cheque on the screen, which need not be on show; it stays there until the
-    /// window is opened. Deliberate: the number goes through a 16-bit whole number, as between all
-    /// the windows of the shop's system, so it can't be above 32767.
-    /// @throws jet::Error: outOfRange for such a number; noCurrentRow if the cheque, its client or
-    ///         its bank isn't among the rows at hand (rsCheques may be filtered).
-    void mostrarCheque(qint32 lancamento);
+    /// Goes to a stored cheque in rsCheques and, if the window is on show, puts it on the screen;
+    /// a window that isn't has nothing to show when the clerk opens it. All cheques are looked at:
+    /// a filter that hides this one comes off. Deliberate: the number goes through a 16-bit whole
+    /// number, as between all the windows of the shop's system, so it can't be above 32767.
+    /// @return false, and everything stays as it was, if there is no such cheque; the clerk has
+    ///         then been told.
+    bool mostrarCheque(qint32 lancamento);
 
     /// Sets what shows the cheque list, modally, for CmdLocalizar. The list stands above this
     /// window, because it calls mostrarCheque(). Without it nothing is shown.
@@ -47,6 +48,8 @@ private:
 
     /// The text boxes and their fields.
     [[nodiscard]] TelaDeCheque::Textos textos() const;
+    /// The current row of rsCheques.
+    void mostrarRegistro();
     /// Says what is missing or can't be stored and goes there; true if nothing is.
     [[nodiscard]] bool validar();
     /// From the screen into the current row of rsCheques.

@@ -5,6 +5,7 @@
 #include "controls/DropDownList.h"
 #include "controls/MessageBox.h"
 #include "controls/MoneyEdit.h"
+#include "shell/Mirtal.h"
 #include "shell/Valores.h"
 
 namespace TelaDeCheque {
@@ -29,12 +30,14 @@ std::int64_t codigo(const DropDownList& escolhido) {
     return escolhido.itemData(escolhido.listIndex());
 }
 
-void escolher(DropDownList& lista, const QString& nome, std::int64_t codigo) {
+void escolher(DropDownList& lista, ado::Recordset& rs, std::int64_t codigo) {
+    lista.setListIndex(-1);
+    if (!Mirtal::localizar(rs, "CODIGO=" + QString::number(codigo)))
+        return;
     for (int i = 0; i < lista.count(); ++i) {
-        if (lista.itemData(i) == codigo && lista.itemText(i) == nome)
+        if (lista.itemData(i) == codigo)
             return lista.setListIndex(i);
     }
-    lista.selectByText(nome);
 }
 
 std::optional<Impedimento> falta(const Exigidos& exigidos) {

@@ -36,9 +36,10 @@ void mostrar(DatePicker& data, const ado::FieldValue& campo);
 
 /// The code of the chosen client or bank.
 [[nodiscard]] std::int64_t codigo(const DropDownList& escolhido);
-/// Chooses the entry of a client's or bank's name: of several of one name the right one by its
-/// code, or the next save would hand his cheque to another. Without such an entry all stays.
-void escolher(DropDownList& lista, const QString& nome, std::int64_t codigo);
+/// Goes to the row of a client or bank, by its code, and chooses its entry: by the code too, since
+/// several may have one name. Where row or entry is missing none is chosen, so that no save hands
+/// the cheque to whoever was on show before.
+void escolher(DropDownList& lista, ado::Recordset& rs, std::int64_t codigo);
 
 /// Why a cheque can't be saved: where, and what to tell the clerk.
 struct Impedimento {

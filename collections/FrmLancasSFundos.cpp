@@ -13,17 +13,11 @@
 
 namespace {
 
+using TelaDeCheque::escolher;
 using TelaDeCheque::mostrar;
 
 ado::Recordset& cheques() { return dbconectar::instance().rsCheques; }
 ado::Recordset& semFundos() { return dbconectar::instance().rsSemFundos; }
-
-/// Chooses the entry of a client or bank by its code; none if there is no such row.
-void escolher(DropDownList& lista, ado::Recordset& rs, std::int64_t codigo) {
-    lista.setListIndex(-1);
-    if (Mirtal::localizar(rs, "CODIGO=" + QString::number(codigo)))
-        TelaDeCheque::escolher(lista, Valores::texto(rs["nome"]), codigo);
-}
 
 } // namespace
 

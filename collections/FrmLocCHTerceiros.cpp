@@ -171,11 +171,13 @@ void FrmLocCHTerceiros::lstterceiros_ItemClick(const QString& /*chave*/, int lin
         ultimoClicado_ = lancamento;
         return;
     }
-    Mirtal::lancamentoEscolhido = emPrecisaoSimples(lancamento);
+    const qint32 escolhido = emPrecisaoSimples(lancamento);
+    // Also when it is the renegotiation that looks for a cheque.
+    if (!localizandoSemFundos() && !FrmLancarCheques::instance().mostrarCheque(escolhido))
+        return; // it has said why; the list stays for another choice
+    Mirtal::lancamentoEscolhido = escolhido;
     Mirtal::registroEscolhido = true;
     rs_.reset();
-    if (!localizandoSemFundos()) // also when it is the renegotiation that looks for a cheque
-        FrmLancarCheques::instance().mostrarCheque(Mirtal::lancamentoEscolhido);
     unload();
 }
 

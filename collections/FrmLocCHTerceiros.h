@@ -17,9 +17,10 @@ class Recordset;
 ///     "localizarSF"  finding a bounced cheque
 ///
 /// In the last two a second click on the same row picks its cheque: Mirtal::registroEscolhido and
-/// Mirtal::lancamentoEscolhido are set and the window closes. The list is empty until a filter is
-/// used, and each filter replaces it. The mode is read at load, at each filling and at each pick,
-/// so it must stay the same while the window is open.
+/// Mirtal::lancamentoEscolhido are set and the window closes; with a received cheque that can't be
+/// shown the window says so and stays. The list is empty until a filter is used, and each filter
+/// replaces it. The mode is read at load, at each filling and at each pick, so it must stay the
+/// same while the window is open.
 class FrmLocCHTerceiros final : public Form, private Ui::FrmLocCHTerceiros {
     Q_OBJECT
 public:

@@ -59,9 +59,9 @@ void FrmRenegociar::CmdLocalizar_Click() {
 void FrmRenegociar::mostrarCheque() {
     const ado::Recordset& rs = dbconectar::instance().rsCheques;
     ado::Recordset& clientes = dbconectar::instance().rsCliente;
-    clientes.MoveFirst();
-    clientes.Find("Codigo=" + QString::number(rs["cliente"].integer()));
-    txtnome->setText(Valores::texto(clientes["nome"]));
+    const bool achado =
+        Mirtal::localizar(clientes, "Codigo=" + QString::number(rs["cliente"].integer()));
+    txtnome->setText(achado ? Valores::texto(clientes["nome"]) : ""); // a supplier isn't found
     txtnome->setCursorPosition(0); // a long name shows its beginning
     if (!rs["bompara"].isNull()) {
         vencto_ = rs["bompara"].date();

@@ -453,10 +453,13 @@ TEST_F(ReceivedCheques, OfClientsWithOneNameTheChequesOwnIsChosen) {
     EXPECT_THAT(stored(), ElementsAre("1|4|1||1|01/03/2026|01/04/2026|10,00|||Verdadeiro"));
 }
 
-TEST_F(ReceivedCheques, AChequeIsShownForOthersToo) {
+TEST_F(ReceivedCheques, AChequeIsShownForOthersOnlyWhileOnShow) {
     given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
-    FrmLancarCheques::instance().mostrarCheque(2);
-    auto& form = open<FrmLancarCheques>(); // shown while it was hidden, still there
+    EXPECT_TRUE(FrmLancarCheques::instance().mostrarCheque(2));
+    EXPECT_EQ(data().rsCheques["lancamento"].integer(), 2);
+    auto& form = open<FrmLancarCheques>();
+    EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
+    EXPECT_TRUE(form.mostrarCheque(2));
     EXPECT_EQ(text(form, "txtlancamento"), "2");
     EXPECT_EQ(text(form, "txtNome"), "Carla Reis");
 }
@@ -470,18 +473,38 @@ TEST_F(ReceivedCheques, AnEntryNumberHasSixteenBits) {
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 0);
     EXPECT_EQ(text(form, "txtlancamento"), "32767");
-    expectFailure("O lançamento 32768 não pode ser mostrado");
+    const QString told = "O lançamento %1 não pode ser mostrado na entrada de cheques, que só "
+                         "mostra lançamentos até 32767.";
+    expectMessage("Mensagem", told.arg(32768));
     click(form, "btnNavegacao", 3);
     EXPECT_EQ(text(form, "txtlancamento"), "32767");
-    EXPECT_THROW(form.mostrarCheque(32768), jet::Error);
-    EXPECT_THROW(form.mostrarCheque(-32769), jet::Error);
+    for (const int other : {32768, -32769}) {
+        expectMessage("Mensagem", told.arg(other));
+        EXPECT_FALSE(form.mostrarCheque(other));
+    }
+    EXPECT_EQ(text(form, "txtlancamento"), "32767");
 }
 
-TEST_F(ReceivedCheques, AChequeWhoseClientIsGoneFails) {
-    given("cheques", {cheque(9, "1", 10)});
+TEST_F(ReceivedCheques, AChequeWhoseClientIsGoneIsShownWithoutOne) {
+    given("cheques", {cheque(kAna, "1", 10), cheque(9, "2", 20)});
     auto& form = open<FrmLancarCheques>();
-    expectFailure("Não há registro atual");
     click(form, "btnNavegacao", 0);
+    click(form, "btnNavegacao", 3);
+    EXPECT_EQ(text(form, "txtlancamento"), "2");
+    EXPECT_EQ(text(form, "txtNome"), "");
+    EXPECT_EQ(text(form, "txtbanco"), "Banco Norte");
+    expectMessage("Advertência", "É necessário preencher o nome do cliente.");
+    click(form, "CmdIncluir");
+}
+
+TEST_F(ReceivedCheques, NoOtherClientIsChosenForTheBeginningOfHisName) {
+    given("cheques", {cheque(kCarla, "1", 10), cheque(4, "2", 20)});
+    auto& form = open<FrmLancarCheques>(); // whose list was made before him
+    given("cliente_fornecedor", {client("Ana")});
+    click(form, "btnNavegacao", 0);
+    EXPECT_EQ(text(form, "txtNome"), "Carla Reis");
+    click(form, "btnNavegacao", 3);
+    EXPECT_EQ(text(form, "txtNome"), "");
 }
 
 // ---- finding
@@ -507,7 +530,7 @@ TEST_F(ReceivedCheques, FindOpensTheListAndComesBackToTheClient) {
     EXPECT_EQ(Mirtal::modo, "");
 }
 
-TEST_F(ReceivedCheques, AChequeFoundOutsideTheClientsAtHandFails) {
+TEST_F(ReceivedCheques, AChequeFoundOutsideTheClientsAtHandBringsThemAllBack) {
     given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
     FrmLancarCheques::aoLocalizar([] { FrmLancarCheques::instance().mostrarCheque(2); });
     auto& form = open<FrmLancarCheques>();
@@ -515,8 +538,10 @@ TEST_F(ReceivedCheques, AChequeFoundOutsideTheClientsAtHandFails) {
     press(Qt::Key_Return);
     enter(form, "txtvalor");
     press(Qt::Key_Return);
-    expectFailure("Não há registro atual");
+    EXPECT_EQ(data().rsCheques.Filter(), "cliente=2");
     click(form, "CmdLocalizar");
+    EXPECT_EQ(text(form, "txtlancamento"), "2");
+    EXPECT_EQ(data().rsCheques.Filter(), "");
 }
 
 // ---- closing

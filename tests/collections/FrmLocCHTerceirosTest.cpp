@@ -281,9 +281,17 @@ TEST_F(ChequeList, ASecondClickOnARowPicksItsReceivedCheque) {
     EXPECT_TRUE(Mirtal::registroEscolhido);
     EXPECT_EQ(Mirtal::lancamentoEscolhido, 4);
     EXPECT_FALSE(form.isVisible());
-    auto& entry = FrmLancarCheques::instance();
-    EXPECT_TRUE(entry.isLoaded());
-    EXPECT_FALSE(entry.isVisible());
+    EXPECT_EQ(data().rsCheques["lancamento"].integer(), 4);
+    EXPECT_FALSE(FrmLancarCheques::instance().isLoaded()) << "nobody has opened it";
+}
+
+TEST_F(ChequeList, ThePickedChequeIsShownByTheEntryOnShow) {
+    givenCheques();
+    auto& entry = open<FrmLancarCheques>();
+    auto& form = openFor("localizarCH");
+    click(form, "chkdescontar");
+    clickRow(form, "lstterceiros", 0);
+    clickRow(form, "lstterceiros", 0);
     EXPECT_EQ(text(entry, "txtlancamento"), "4");
     EXPECT_EQ(text(entry, "txtnumero"), "000104");
 }
@@ -343,10 +351,11 @@ TEST_F(ChequeList, AnEntryNumberAbove32767CannotBePicked) {
     click(form, "chkdescontar");
     list(form).setText(0, 0, "32768");
     clickRow(form, "lstterceiros", 0);
-    expectFailure("32768");
+    expectMessage("Mensagem", "O lançamento 32768 não pode ser mostrado na entrada de cheques, "
+                              "que só mostra lançamentos até 32767.");
     clickRow(form, "lstterceiros", 0);
-    EXPECT_TRUE(Mirtal::registroEscolhido);
-    EXPECT_EQ(Mirtal::lancamentoEscolhido, 32768);
+    EXPECT_FALSE(Mirtal::registroEscolhido);
+    EXPECT_TRUE(form.isVisible());
 }
 
 // ---- keys, closing, looks
