@@ -12,9 +12,43 @@ namespace jet {
 
 namespace {
 
-constexpr std::uint16_t kEnglish = 0x0409;
-constexpr std::uint16_t kUnspecified = 0;
 constexpr std::uint16_t kWestern = 1252;
+
+/// The languages, as a column names them, country included, whose texts go in the General order.
+/// Every one has a reason; one without stays out, because keys that another program would make
+/// otherwise damage an index. Left out on purpose:
+///  - Spanish, traditional (ch and ll are letters) and modern: n with tilde is a letter of its own;
+///  - French: of two words that differ in accents alone, the last accent decides, not the first;
+///  - the Nordic, Baltic and Balkan languages, Czech, Slovak, Hungarian, Polish, Turkish: some of
+///    their letters follow the z or another letter;
+///  - other scripts, and what the format offers as an order of its own.
+/// Of all only variant 0 counts in Jet 4: German as in a telephone book, where a with diaeresis is
+/// ae, is variant 1 of the same code.
+constexpr std::uint16_t kLikeGeneral[] = {
+    // Nothing: the column leaves its order to the format, whose own order is General.
+    0,
+    // English: it is what General goes by, and all its countries order alike.
+    0x0409, 0x0809, 0x0C09, 0x1009, 0x1409, 0x1809, 0x1C09, 0x2009, 0x2409, 0x2809, 0x2C09, 0x3009,
+    0x3409,
+    // Portuguese, of Brazil and of Portugal: General is made for it. An accent, a tilde and a
+    // cedilla count only between words that are the same without, and k, w and y have their places.
+    0x0416, 0x0816,
+    // Italian, of Italy and of Switzerland: General is made for it. Accents as in Portuguese.
+    0x0410, 0x0810,
+    // German as in a dictionary, of five countries: General is made for it. A diaeresis is an
+    // accent, and a sharp s two letters s, which the weights have.
+    0x0407, 0x0807, 0x0C07, 0x1007, 0x1407};
+constexpr std::uint16_t kLikeGeneralInJet4[] = {
+    // Dutch, of two countries, and Indonesian: Jet 4 orders as the systems of its time, which have
+    // no order of their own for these. Jet 3 has one for Dutch.
+    0x0413, 0x0813, 0x0421};
+
+bool isLikeGeneral(Version version, std::uint16_t lcid) {
+    const auto listed = [&](std::span<const std::uint16_t> list) {
+        return std::ranges::find(list, lcid) != list.end();
+    };
+    return listed(kLikeGeneral) || (version == Version::jet4 && listed(kLikeGeneralInJet4));
+}
 
 constexpr std::size_t kCharacters = 0x10000;
 constexpr std::uint32_t kTopByte = 0xFF000000;
@@ -282,9 +316,9 @@ std::size_t lengthWithoutBlanks(auto text) noexcept {
 } // namespace
 
 const Collation* Collation::find(Version version, const SortOrder& order) {
-    const bool isGeneral = order.lcid == kEnglish || order.lcid == kUnspecified;
-    const bool isKnown = version == Version::jet3 ? order.codePage == kWestern : order.version == 0;
-    return isGeneral && isKnown ? &general(version) : nullptr;
+    const bool isKnown = version == Version::jet3 ? order.codePage == kWestern
+                                                  : order.version == 0 && order.variant == 0;
+    return isKnown && isLikeGeneral(version, order.lcid) ? &general(version) : nullptr;
 }
 
 const Collation& Collation::general(Version version) {

@@ -19,8 +19,8 @@ public:
     static constexpr std::size_t kKeyUnits = 255;
 
     /// The order of a column, or null if this engine doesn't know it: an index on the column can
-    /// then be neither searched nor maintained. Known are the General orders: LCID 0x0409 or 0,
-    /// in Jet 3 with code page 1252, in Jet 4 in version 0.
+    /// then be neither searched nor maintained. Known are the General orders, also under the names
+    /// of languages whose texts go in them: in Jet 3 with code page 1252, in Jet 4 in version 0.
     [[nodiscard]] static const Collation* find(Version version, const SortOrder& order);
 
     /// The order of a column, or what stands in for it.

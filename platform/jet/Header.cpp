@@ -118,7 +118,8 @@ Header parseHeader(std::span<const std::byte> page) {
         header.order = {load<std::uint16_t>(clear.data() + kLcidJet3At), 0, header.codePage};
     } else {
         header.order = {load<std::uint16_t>(clear.data() + kOrderJet4At),
-                        load<std::uint8_t>(clear.data() + kOrderJet4At + 3), 1252};
+                        load<std::uint8_t>(clear.data() + kOrderJet4At + 3), 1252,
+                        load<std::uint8_t>(clear.data() + kOrderJet4At + 2)};
     }
     header.password = passwordOf(clear, header.version);
     return header;

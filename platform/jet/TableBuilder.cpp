@@ -109,6 +109,7 @@ void writeColumns(Writer& out, const Format& format, const NewTable& table, cons
                 store<std::uint8_t>(at + format.columnSortAt + 1, column.scale);
             } else {
                 store<std::uint16_t>(at + format.columnSortAt, order.lcid);
+                store<std::uint8_t>(at + format.columnSortAt + 2, order.variant);
                 store<std::uint8_t>(at + format.columnSortAt + 3, order.version);
             }
         }

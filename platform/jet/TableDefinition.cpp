@@ -75,6 +75,7 @@ Column parseColumn(const ByteView& block, const Format& format, const TextSettin
             const std::uint16_t page = block.u16(format.columnSortAt + 2);
             column.order.codePage = texts.overridden || page == 0 ? texts.codePage : page;
         } else {
+            column.order.variant = block.u8(format.columnSortAt + 2);
             column.order.version = block.u8(format.columnSortAt + 3);
             column.compressed = (block.u8(format.columnFlagsAt + 1) & kCompressedFlag) != 0;
         }

@@ -142,6 +142,7 @@ struct SortOrder {
     std::uint16_t lcid{0x0409};
     std::uint8_t version{};       ///< Jet 4 only
     std::uint16_t codePage{1252}; ///< Jet 3 only
+    std::uint8_t variant{};       ///< Jet 4 only: 0, or another way to order that language
     friend bool operator==(const SortOrder&, const SortOrder&) = default;
 };
 

@@ -45,11 +45,34 @@ TEST(Orders, AreKnownByCodeVersionAndCodePage) {
     EXPECT_EQ(Collation::find(Version::jet4, {0x0409, 0, 0}), &Collation::general(Version::jet4));
     EXPECT_EQ(Collation::find(Version::jet4, {0, 0, 0}), &Collation::general(Version::jet4));
     EXPECT_EQ(Collation::find(Version::jet4, {0x0409, 1, 1252}), nullptr);
-    for (const Version version : kVersions)
-        for (const int lcid : {0x0416, 0x041F, 0x040A, 0x0C0A})
-            EXPECT_EQ(Collation::find(version, {static_cast<std::uint16_t>(lcid), 0, 1252}),
-                      nullptr);
     EXPECT_EQ(Collation::general(Version::jet3).version(), Version::jet3);
+}
+
+SortOrder orderOf(int lcid) { return {static_cast<std::uint16_t>(lcid), 0, 1252}; }
+
+TEST(Orders, OfLanguagesThatFollowTheGeneralOneAreIt) {
+    for (const Version version : kVersions)
+        for (const int lcid : {1033, 2057, 1046, 2070, 1040, 2064, 1031, 2055, 3079, 4103, 5127})
+            EXPECT_EQ(Collation::find(version, orderOf(lcid)), &Collation::general(version))
+                << lcid;
+    for (const int lcid : {1043, 2067, 1057}) { // in Jet 3 Dutch has an order of its own
+        EXPECT_EQ(Collation::find(Version::jet4, orderOf(lcid)),
+                  &Collation::general(Version::jet4));
+        EXPECT_EQ(Collation::find(Version::jet3, orderOf(lcid)), nullptr);
+    }
+}
+
+TEST(Orders, OfOtherLanguagesAreNotKnown) {
+    // Spanish of both kinds, French, Czech, Danish, Greek, Finnish, Hungarian, Icelandic,
+    // Norwegian, Polish, Swedish, Turkish, Russian, Slovenian, the computer's own.
+    for (const Version version : kVersions)
+        for (const int lcid : {1034, 3082, 1036, 3084, 1029, 1030, 1032, 1035, 1038, 1039, 1044,
+                               1045, 1053, 1055, 1049, 1060, 1024})
+            EXPECT_EQ(Collation::find(version, orderOf(lcid)), nullptr) << lcid;
+    // A language that is known, by newer weights, and as in a telephone book.
+    EXPECT_EQ(Collation::find(Version::jet4, {1046, 1, 1252}), nullptr);
+    EXPECT_EQ(Collation::find(Version::jet4, {1031, 0, 1252, 1}), nullptr);
+    EXPECT_EQ(Collation::find(Version::jet3, {1046, 0, 1250}), nullptr);
 }
 
 TEST(Jet4Keys, OfTextsFromRealFiles) {
