@@ -31,15 +31,15 @@ FonteDeCheques::FonteDeCheques(const Relatorios::Escolha& escolha, ado::Connecti
 
 QStringList FonteDeCheques::columns() const { return LayoutDoRelatorio::colunas(); }
 
-bool FonteDeCheques::next(std::vector<ReportValue>& values) {
+NextRow FonteDeCheques::next(std::vector<ReportValue>& values) {
     if (rs_.State() == ado::State::Closed)
-        return false;
+        return NextRow::none;
     if (!std::exchange(primeira_, false))
         rs_.MoveNext();
     if (rs_.EOF())
-        return false;
+        return NextRow::none;
     for (std::size_t i = 0; i < campos_.size(); ++i)
         if (campos_[i])
             values[i] = impresso(*campos_[i]);
-    return true;
+    return NextRow::row;
 }

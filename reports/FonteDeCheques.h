@@ -12,7 +12,7 @@ public:
 
     [[nodiscard]] QStringList columns() const override;
     /// There are no more rows, too, once the program has closed its data.
-    bool next(std::vector<ReportValue>& values) override;
+    NextRow next(std::vector<ReportValue>& values) override;
 
 private:
     ado::Recordset rs_;

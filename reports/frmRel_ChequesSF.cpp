@@ -13,9 +13,9 @@
 #include "shell/dbconectar.h"
 
 #include <QCloseEvent>
+#include <QScopedValueRollback>
 #include <QVBoxLayout>
 
-#include <tuple>
 #include <utility>
 
 namespace {
@@ -35,7 +35,10 @@ frmRel_ChequesSF::frmRel_ChequesSF() : previsao_(std::make_unique<ReportPreview>
     relatorio_.setComputedField(
         [this](const QString& nome, ReportValue& valor) { Relatorio_Campo(nome, valor); });
     connectGuarded(&relatorio_, &Relatorio::detail, this, &frmRel_ChequesSF::Relatorio_Detalhe);
+    connectGuarded(&relatorio_, &Relatorio::startedOver, this,
+                   &frmRel_ChequesSF::Relatorio_Recomeco);
     connectGuarded(&relatorio_, &Relatorio::error, this, &frmRel_ChequesSF::Relatorio_Erro);
+    connectGuarded(previsao_.get(), &ReportPreview::againAsked, this, &frmRel_ChequesSF::repetir);
 
     auto* janela = new QVBoxLayout(this);
     janela->setContentsMargins(0, 0, 0, 0);
@@ -70,21 +73,21 @@ bool frmRel_ChequesSF::iniciar(const Relatorios::Escolha& escolha) {
     const BusyCursor ocupado;
     const Espera espera("Aguarde enquanto o relatório é processado...");
     const QString titulo = Relatorios::titulo(escolha.modo);
-    // A report that can't begin leaves the one on show as it is.
-    const auto antes = std::pair(escolha_, total_);
-    escolha_ = escolha;
-    total_ = {};
+    // A report that can't begin, for whatever reason, leaves the one on show as it is.
+    QScopedValueRollback andamento(andamento_, {.escolha = escolha, .total = {}});
+    const QScopedValueRollback iniciando(iniciando_, true);
     erro_.reset();
-    iniciando_ = true;
     relatorio_.setTitle(titulo);
-    const bool iniciado = relatorio_.begin(
-        std::make_unique<FonteDeCheques>(escolha, dbconectar::instance().Automacao));
-    iniciando_ = false;
-    if (iniciado)
-        setWindowTitle(titulo);
-    else
-        std::tie(escolha_, total_) = antes;
-    return iniciado;
+    if (!relatorio_.begin(
+            std::make_unique<FonteDeCheques>(escolha, dbconectar::instance().Automacao)))
+        return false;
+    andamento.commit();
+    setWindowTitle(titulo);
+    return true;
+}
+
+void frmRel_ChequesSF::repetir() {
+    imprimir(Relatorios::Escolha(andamento_.escolha)); // a copy: that of the report on show changes
 }
 
 void frmRel_ChequesSF::Relatorio_Campo(const QString& nome, ReportValue& valor) {
@@ -93,13 +96,13 @@ void frmRel_ChequesSF::Relatorio_Campo(const QString& nome, ReportValue& valor) 
     } else if (nome == "Data") {
         valor = QDate::currentDate();
     } else if (nome == "DTInicial") {
-        valor = escolha_.inicio;
+        valor = andamento_.escolha.inicio;
     } else if (nome == "DTFinal") {
-        valor = escolha_.fim;
+        valor = andamento_.escolha.fim;
     } else if (nome == "Total") {
         const QLineF linha = LayoutDoRelatorio::linhaDoTotal();
         relatorio_.setLine(LayoutDoRelatorio::kLinhaDoTotal, linha.p1(), linha.p2());
-        valor = total_;
+        valor = andamento_.total;
     }
 }
 
@@ -107,12 +110,14 @@ void frmRel_ChequesSF::Relatorio_Detalhe(const ReportRow& linha) {
     const auto* valor = std::get_if<Amount>(&linha["valor"]);
     if (!valor)
         return;
-    const auto total = sum(total_, *valor);
+    const auto total = sum(andamento_.total, *valor);
     if (!total)
         throw jet::Error(jet::Errc::outOfRange,
                          "O total do relatório passa do maior valor possível.");
-    total_ = *total;
+    andamento_.total = *total;
 }
+
+void frmRel_ChequesSF::Relatorio_Recomeco() { andamento_.total = {}; }
 
 void frmRel_ChequesSF::Relatorio_Erro(qint32 codigo) {
     if (iniciando_)

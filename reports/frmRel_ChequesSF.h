@@ -32,13 +32,17 @@ protected:
 
 private:
     bool iniciar(const Relatorios::Escolha& escolha);
+    void repetir();
     void Relatorio_Campo(const QString& nome, ReportValue& valor);
     void Relatorio_Detalhe(const ReportRow& linha);
+    void Relatorio_Recomeco();
     void Relatorio_Erro(qint32 codigo);
 
-    /// Of the report on show: its choices, and the sum of its values.
-    Relatorios::Escolha escolha_;
-    Amount total_;
+    struct Andamento {
+        Relatorios::Escolha escolha;
+        Amount total; ///< of the values of the rows that have come
+    };
+    Andamento andamento_; ///< of the report on show, or that is being begun
 
     Relatorio relatorio_{this};
     std::unique_ptr<ReportPreview> previsao_; ///< goes before the report that it shows

@@ -33,6 +33,7 @@ PageView::PageView(Relatorio& report, QWidget* parent)
     verticalScrollBar()->setSingleStep(kLine);
     connect(&report_, &Relatorio::began, this, &PageView::reset);
     connect(&report_, &Relatorio::rowsTaken, this, &PageView::rowsCame);
+    connect(&report_, &Relatorio::rowsReplaced, this, &PageView::rowsReplaced);
     reset();
 }
 
@@ -69,11 +70,21 @@ void PageView::rowsCame() {
     // The page that was the last has filled up or got its footer.
     if (pages_ > 0 && pageRect(pages_).intersects(viewport()->rect()))
         viewport()->update();
-    if (pages != pages_ || report_.isComplete()) {
+    if (pages != pages_ || report_.state() != RowsState::coming) {
         pages_ = pages;
         updateRanges();
         emit pageChanged();
     }
+}
+
+/// The operator stays on the page, or on the last, if there are fewer now.
+void PageView::rowsReplaced() {
+    hit_.reset();
+    pages_ = report_.pageCount();
+    updateRanges();
+    if (page_ > pages_)
+        goToPage(pages_);
+    viewport()->update();
 }
 
 void PageView::updateRanges() {

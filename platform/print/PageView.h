@@ -58,6 +58,7 @@ private:
     void paintOne(QPainter& painter, int page);
     void reset();
     void rowsCame();
+    void rowsReplaced();
     void refit();
     void setScale(qreal scale);
     void updateRanges();

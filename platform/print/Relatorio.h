@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class PagePainter;
 class QPainter;
@@ -18,6 +19,13 @@ class QPainter;
 /// What long work tells of itself from time to time: how much is done and of how much, 0 while that
 /// is unknown. Answers whether to go on.
 using ReportProgress = std::function<bool(qint64 done, qint64 total)>;
+
+/// How a report's rows come in.
+enum class RowsState : unsigned char {
+    coming,
+    complete, ///< all have come, or there is no report
+    failed,   ///< the source has thrown: what has come is not all, and nothing more comes
+};
 
 /// The banded report: takes rows from a source, lays them out on pages when these are looked at,
 /// asks for computed fields, tells of each detail and of what fails.
@@ -27,6 +35,10 @@ using ReportProgress = std::function<bool(qint64 done, qint64 total)>;
 /// in order, as the row comes in: never again when a page is painted once more, printed or saved.
 /// So a sum kept by the event's handler is complete when the footer is first painted, whatever page
 /// was looked at before. Nothing is laid out ahead and no page is kept.
+///
+/// A source may have to give its rows anew, as they have changed since. What is on show then stays,
+/// without an end, until the new rows have come as far, and gives way to them as a whole: rows of
+/// two states never stand together. startedOver() tells whoever sums up the detail events.
 ///
 /// The report knows no paper but its layout's page. Who shows, prints or saves it (ReportPreview,
 /// ReportPrinting, ReportFiles) paints its pages with paintPage().
@@ -66,29 +78,35 @@ public:
     void setTitle(const QString& title) { nextTitle_ = title; }
 
     /// Begins a report in place of the one before, if any: checks the layout, asks for the computed
-    /// fields of kind computedFirst, takes the first page's rows.
-    /// @return false if it failed; then error() has told why and the report before stays as it was.
-    /// @throws what the source throws; a report that has begun then takes no more rows.
+    /// fields of kind computedFirst, takes the first page's rows and tells of them.
+    /// @return false if it failed; then error() has told why.
+    /// @throws what the source throws. Failed or thrown, the report before stays as it was, and who
+    ///         has heard the events puts back what belongs to it.
     bool begin(std::unique_ptr<RowSource> source);
 
     /// Takes the rows that are still to come; `progress` is told of their count so far.
-    /// @return false if `progress` stopped it; the rest then come in idle slices as before. False
-    ///         too if the source has thrown before.
-    /// @throws what the source throws.
-    bool takeAll(const Run& run, const ReportProgress& progress);
+    /// @return `coming` if `progress` stopped it; the rest then come in idle slices as before.
+    /// @throws what the source throws; the report has failed then.
+    RowsState takeAll(const Run& run, const ReportProgress& progress);
 
-    [[nodiscard]] QString title() const { return title_; }
-    /// Whether all rows have been taken in. True too when there is no report.
-    [[nodiscard]] bool isComplete() const noexcept { return complete_; }
-    /// The rows taken in so far.
-    [[nodiscard]] const RowStore& rows() const noexcept { return rows_; }
-    [[nodiscard]] const QStringList& columns() const noexcept { return columns_; }
+    [[nodiscard]] QString title() const { return shown_.title; }
+    [[nodiscard]] RowsState state() const noexcept { return shown_.state; }
+    [[nodiscard]] bool isComplete() const noexcept { return state() == RowsState::complete; }
+    /// The rows that the pages show.
+    [[nodiscard]] const RowStore& rows() const noexcept { return shown_.rows; }
+    /// How many have been taken in so far; fewer than those on show while they come anew.
+    [[nodiscard]] qint64 taken() const noexcept {
+        return shown_.again ? shown_.again->size() : shown_.rows.size();
+    }
+    /// Whether the rows come anew, as they have changed.
+    [[nodiscard]] bool comesAnew() const noexcept { return shown_.again.has_value(); }
+    [[nodiscard]] const QStringList& columns() const noexcept { return shown_.columns; }
     /// The source's column that a detail field shows; -1 if it shows none.
-    [[nodiscard]] qsizetype columnOf(qsizetype field) const { return detailColumns_[field]; }
+    [[nodiscard]] qsizetype columnOf(qsizetype field) const { return shown_.detailColumns[field]; }
     /// What a detail field shows of a row of rows().
     [[nodiscard]] QString detailText(qsizetype field, const std::vector<ReportValue>& row) const;
     /// The layout of the report on show, with its lines where setLine() has put them.
-    [[nodiscard]] const ReportLayout& layout() const noexcept { return layout_; }
+    [[nodiscard]] const ReportLayout& layout() const noexcept { return shown_.layout; }
 
     /// How many pages the rows taken in so far make; 0 when there is no report.
     [[nodiscard]] int pageCount() const;
@@ -123,17 +141,42 @@ signals:
     void began();
     /// A detail row has been taken in.
     void detail(const ReportRow& row);
-    /// Some rows have been taken in, or all.
+    /// The rows come anew from the first one on: what detail() has told so far has come to nothing.
+    void startedOver();
+    /// Some rows have been taken in, or all, or the source has failed.
     void rowsTaken();
+    /// Other rows stand on the pages: those that came anew.
+    void rowsReplaced();
     /// The error event: see errorCode().
     void error(qint32 code);
 
 private:
-    /// @return false if there is none.
-    bool takeRow();
-    void takeIn();
+    /// A report's looks and rows.
+    struct Content {
+        Content();
+        Content(Content&&) noexcept;
+        Content& operator=(Content&&) noexcept;
+        ~Content();
+
+        ReportLayout layout;
+        QString title;
+        QHash<QString, ReportValue> firstAnswers; ///< of the fields of kind computedFirst
+        std::unique_ptr<PagePainter> painter;
+        int rowsPerPage = 1;
+
+        std::unique_ptr<RowSource> source; ///< while rows are coming
+        RowsState state = RowsState::complete;
+        QStringList columns;
+        QList<qsizetype> detailColumns;
+        RowStore rows;
+        std::optional<RowStore> again; ///< the rows that come anew, as long as they are fewer
+    };
+
+    [[nodiscard]] Content contentOver(std::unique_ptr<RowSource> source) const;
+    void takeRow(Content& report);
+    void takeNext(Content& report);
     void takeSlice();
-    void askFirst();
+    void endSlices();
     [[nodiscard]] QString textOf(const ReportField& field) const;
     void paintBand(QPainter& painter, const ReportBand& band, qreal& y) const;
     void paintDetails(QPainter& painter, int page, qreal& y) const;
@@ -142,18 +185,8 @@ private:
     QString nextTitle_;
     ComputedField computed_;
 
-    ReportLayout layout_;
-    QString title_;
-    QHash<QString, ReportValue> firstAnswers_; ///< of the fields of kind computedFirst
-    std::unique_ptr<PagePainter> painter_;
-    int rowsPerPage_ = 1;
-
-    std::unique_ptr<RowSource> source_; ///< while rows are still to come
-    bool complete_ = true;
-    QStringList columns_;
-    QList<qsizetype> detailColumns_;
+    Content shown_;
     std::vector<ReportValue> row_; ///< the one being taken in
-    RowStore rows_;
     QTimer slices_;
     int currentPage_ = 1;
 };

@@ -11,9 +11,14 @@
 enum class SaveOutcome : unsigned char {
     saved,
     cancelled, ///< `progress` stopped it
-    failed,    ///< `reason` says why
-    refused,   ///< a report is at work: error 1007 has been told
+    failed,    ///< `reason` says why; kIncomplete if the report's rows have failed
+    refused,   ///< the report's error event has told why: 1007, or 1002 if its rows have all gone
 };
+
+/// What the operator is told who would print or save a report whose rows have failed.
+inline constexpr char kIncomplete[] =
+    "O relatório está incompleto, porque a leitura das linhas parou no meio: ele não pode ser "
+    "impresso nem salvo. Use \"Tentar de novo\", acima das páginas.";
 
 struct SaveResult {
     SaveOutcome outcome;

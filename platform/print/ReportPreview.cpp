@@ -9,12 +9,14 @@
 #include "print/ReportFiles.h"
 #include "print/ReportPrinting.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QSpinBox>
 #include <QStandardPaths>
 #include <QToolBar>
@@ -66,6 +68,7 @@ ReportPreview::ReportPreview(Relatorio& report, QWidget* parent)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(makeTools());
+    column->addWidget(makeFailure());
     column->addWidget(view_, 1);
     column->addWidget(makeFoot());
     view_->setObjectName("pages");
@@ -74,6 +77,7 @@ ReportPreview::ReportPreview(Relatorio& report, QWidget* parent)
     connectGuarded(view_, &PageView::zoomChanged, this, &ReportPreview::showZoom);
     connectGuarded(view_, &PageView::zoomAsked, this, &ReportPreview::zoomStep);
     connectGuarded(&report_, &Relatorio::began, this, &ReportPreview::began);
+    connectGuarded(&report_, &Relatorio::rowsTaken, this, &ReportPreview::showState);
     began();
     showZoom();
 }
@@ -213,6 +217,31 @@ QLineEdit* ReportPreview::makeFind() {
     return find_;
 }
 
+QWidget* ReportPreview::makeFailure() {
+    auto* frame = new QFrame(this);
+    failure_ = frame;
+    frame->setFrameShape(QFrame::Box);
+    frame->setAutoFillBackground(true);
+    frame->setBackgroundRole(QPalette::ToolTipBase);
+    frame->setForegroundRole(QPalette::ToolTipText);
+    frame->hide();
+    auto* row = new QHBoxLayout(frame);
+    row->setContentsMargins(8, 6, 8, 6);
+    failed_ = new QLabel(frame);
+    failed_->setObjectName("failed");
+    failed_->setTextFormat(Qt::PlainText);
+    failed_->setForegroundRole(QPalette::ToolTipText);
+    failed_->setWordWrap(true);
+    auto* again = new QPushButton("&Tentar de novo", frame);
+    again->setObjectName("again");
+    again->setAutoDefault(false);
+    again->setToolTip("Ler as linhas do relatório outra vez");
+    connectGuarded(again, &QPushButton::clicked, this, &ReportPreview::askAgain);
+    row->addWidget(failed_, 1);
+    row->addWidget(again);
+    return frame;
+}
+
 QWidget* ReportPreview::makeFoot() {
     auto* foot = new QWidget(this);
     auto* row = new QHBoxLayout(foot);
@@ -236,7 +265,17 @@ void ReportPreview::goToPage(int page) { view_->goToPage(page); }
 
 // ---- What becomes of the report
 
+/// Says so if the report isn't whole.
+bool ReportPreview::refuseIncomplete(const QString& title) {
+    if (report_.state() != RowsState::failed)
+        return false;
+    showMessage(QString::fromUtf8(kIncomplete), title, MessageIcon::exclamation);
+    return true;
+}
+
 void ReportPreview::print() {
+    if (refuseIncomplete("Impressão"))
+        return;
     const PrintOutcome outcome = [this] {
         ProgressWindow progress(this, "Imprimindo", "página", patienceMs_);
         return printReport(report_, page(), this, std::ref(progress));
@@ -251,6 +290,7 @@ void ReportPreview::print() {
         showMessage("A impressora não aceitou o relatório. Verifique se está ligada e pronta.",
                     "Impressão", MessageIcon::exclamation);
         return;
+    case PrintOutcome::incomplete: // refused above
     case PrintOutcome::refused:
         return; // said by the report's error event
     }
@@ -271,6 +311,8 @@ void ReportPreview::saveCsvFile() {
 }
 
 void ReportPreview::save(const FileKind& kind) {
+    if (refuseIncomplete(QString::fromUtf8(kind.title)))
+        return;
     const QString path = askPath(kind);
     if (path.isEmpty())
         return;
@@ -335,7 +377,31 @@ void ReportPreview::began() {
     find_->clear();
     textChanged();
     showPage();
+    showState();
 }
+
+/// Whether the rows have failed.
+void ReportPreview::showState() {
+    const bool failed = report_.state() == RowsState::failed;
+    if (failed == failure_->isVisibleTo(this))
+        return;
+    const qint64 count = report_.rows().size();
+    failed_->setText(failed ? QString("Relatório incompleto: a leitura das linhas parou depois de "
+                                      "%1. Ele não pode ser impresso nem salvo.")
+                                  .arg(formatCount(count))
+                            : QString());
+    const bool leavesFocus = !failed && failure_->isAncestorOf(focusWidget());
+    failure_->setVisible(failed);
+    if (leavesFocus)
+        view_->setFocus();
+    if (!failed)
+        return;
+    showPage();
+    QAccessibleEvent alert(failed_, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+void ReportPreview::askAgain() { emit againAsked(); }
 
 void ReportPreview::showPage() {
     const int count = report_.pageCount();
@@ -351,8 +417,15 @@ void ReportPreview::showPage() {
     QString text;
     if (count > 0)
         text = QString("Página %1 de %2").arg(formatCount(page()), formatCount(count));
-    if (!report_.isComplete())
-        text += QString(" (lendo as linhas: %1)").arg(formatCount(report_.rows().size()));
+    else if (!report_.columns().isEmpty())
+        text = "Não há mais registros a imprimir."; // they have gone since it began
+    if (report_.state() == RowsState::failed)
+        text += " (incompleto)";
+    else if (report_.comesAnew())
+        text += QString(" (os dados mudaram; lendo as linhas outra vez: %1)")
+                    .arg(formatCount(report_.taken()));
+    else if (!report_.isComplete())
+        text += QString(" (lendo as linhas: %1)").arg(formatCount(report_.taken()));
     pages_->setText(text);
 }
 
@@ -428,6 +501,9 @@ void ReportPreview::find(SearchDirection direction) {
         view_->mark(text, result.hit);
     if (result.cancelled)
         say("A busca foi cancelada.");
+    else if (!result.hit && report_.state() == RowsState::failed)
+        say(QString("\"%1\" não foi encontrado nas linhas lidas; o relatório está incompleto.")
+                .arg(text));
     else if (!result.hit)
         say(QString("\"%1\" não foi encontrado nas linhas do relatório.").arg(text));
     else if (!result.wrapped)

@@ -23,6 +23,9 @@ enum class SearchDirection : unsigned char;
 ///
 /// It shows the report from begin() on, from its first page. The report must outlive it. While it
 /// works for more than a moment a window with a bar keeps the operator from everything else.
+///
+/// When the rows of a report stop coming half-way, a notice over the pages says so and offers to
+/// try again; what is there is neither printed nor saved.
 class ReportPreview final : public QWidget {
     Q_OBJECT
 public:
@@ -36,6 +39,10 @@ public:
     /// unless a test wants it otherwise.
     void setPatience(int milliseconds) { patienceMs_ = milliseconds; }
 
+signals:
+    /// The operator wants the failed report to be begun again.
+    void againAsked();
+
 private:
     struct FileKind;
     struct Tool;
@@ -46,6 +53,7 @@ private:
     [[nodiscard]] QSpinBox* makeNumber();
     [[nodiscard]] QComboBox* makeZoom();
     [[nodiscard]] QLineEdit* makeFind();
+    [[nodiscard]] QWidget* makeFailure();
     [[nodiscard]] QWidget* makeFoot();
 
     void print();
@@ -53,6 +61,7 @@ private:
     void saveXlsxFile();
     void saveCsvFile();
     void save(const FileKind& kind);
+    [[nodiscard]] bool refuseIncomplete(const QString& title);
     [[nodiscard]] QString askPath(const FileKind& kind);
 
     void firstPage();
@@ -79,6 +88,8 @@ private:
 
     void began();
     void showPage();
+    void showState();
+    void askAgain();
     void showZoom();
     void say(const QString& text);
 
@@ -88,6 +99,8 @@ private:
     QSpinBox* number_ = nullptr;
     QComboBox* zoom_ = nullptr;
     QLineEdit* find_ = nullptr;
+    QWidget* failure_ = nullptr;
+    QLabel* failed_ = nullptr; ///< in failure_
     QLabel* pages_ = nullptr;
     QLabel* news_ = nullptr;
     QString folder_; ///< where files were last saved

@@ -102,8 +102,18 @@ PrintOutcome printReport(Relatorio& report, int page, QWidget* owner,
         report.fail(ReportError::noPrinter);
         return PrintOutcome::refused;
     }
-    if (!report.takeAll(run, progress))
+    switch (report.takeAll(run, progress)) {
+    case RowsState::coming:
         return PrintOutcome::givenUp;
+    case RowsState::failed:
+        return PrintOutcome::incomplete;
+    case RowsState::complete:
+        break;
+    }
+    if (report.rows().size() == 0) {
+        report.fail(ReportError::nothingToPrint);
+        return PrintOutcome::refused;
+    }
     QPrinter printer(QPrinter::HighResolution);
     printer.setDocName(report.title());
     printer.setCreator("Valtrino");

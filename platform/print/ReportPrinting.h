@@ -23,9 +23,10 @@ PrinterFunctions setPrinterFunctions(PrinterFunctions functions);
 
 enum class PrintOutcome : unsigned char {
     printed,
-    givenUp, ///< in the dialog, or `progress` stopped it
-    failed,  ///< the printer took no page
-    refused, ///< the report's error event has told why: 1001, 1006 or 1007
+    givenUp,    ///< in the dialog, or `progress` stopped it
+    failed,     ///< the printer took no page
+    incomplete, ///< the report's rows have failed
+    refused,    ///< the report's error event has told why: 1001, 1002, 1006 or 1007
 };
 
 /// Takes the rows still to come, asks for the printer (not if there is none) and prints the pages

@@ -1,5 +1,7 @@
 #include "print/ReportSearch.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 
 namespace {
@@ -132,8 +134,12 @@ SearchResult findText(Relatorio& report, const QString& text, SearchDirection di
         return {};
     Walk walk{report, search, progress};
     SearchResult result;
+    bool replaced = false; // other rows than those searched already
+    const auto watch =
+        QObject::connect(&report, &Relatorio::rowsReplaced, [&] { replaced = true; });
+    const auto unwatch = qScopeGuard([&] { QObject::disconnect(watch); });
     const auto takeRest = [&] {
-        walk.cancelled = walk.cancelled || !report.takeAll(run, progress);
+        walk.cancelled = walk.cancelled || report.takeAll(run, progress) == RowsState::coming;
     };
     if (direction == SearchDirection::forward) {
         const Place begin = from ? Place{from->row, from->field + 1} : Place{start, 0};
@@ -141,7 +147,8 @@ SearchResult findText(Relatorio& report, const QString& text, SearchDirection di
         result.hit = walk.forward(begin, known);
         if (!result.hit && !report.isComplete()) {
             takeRest();
-            result.hit = walk.forward({std::max(known, begin.row), 0}, report.rows().size());
+            result.hit = walk.forward(replaced ? begin : Place{std::max(known, begin.row), 0},
+                                      report.rows().size());
         }
         if (!result.hit && !walk.cancelled) {
             result.wrapped = true;
@@ -154,7 +161,8 @@ SearchResult findText(Relatorio& report, const QString& text, SearchDirection di
             takeRest();
             result.wrapped = true;
             if (!walk.cancelled)
-                result.hit = walk.backward({report.rows().size() - 1, search.fields()}, begin.row);
+                result.hit = walk.backward({report.rows().size() - 1, search.fields()},
+                                           replaced ? 0 : begin.row);
         }
     }
     result.cancelled = walk.cancelled;

@@ -28,7 +28,7 @@ struct SearchResult {
 
 /// The next field that shows `text` after (before) the hit `from`; without one, the first (last)
 /// from the row `start` on. Goes on at the other end, back to where it began. Takes in all rows if
-/// it needs them.
+/// it needs them; of a report that has failed it searches those that have come.
 [[nodiscard]] SearchResult findText(Relatorio& report, const QString& text,
                                     SearchDirection direction, const std::optional<ReportHit>& from,
                                     qint64 start, const ReportProgress& progress);

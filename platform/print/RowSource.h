@@ -2,8 +2,16 @@
 
 #include "print/ReportValue.h"
 
-/// Where a report's rows come from: forward, once, as they are needed. The windows implement it
-/// over a recordset.
+/// What RowSource::next() has come to.
+enum class NextRow : unsigned char {
+    row,
+    none, ///< there are no more
+    anew, ///< what the rows are read from has changed meanwhile: those given so far fit no longer,
+          ///< and the next call gives the first one again
+};
+
+/// Where a report's rows come from: forward, as they are needed, all of one state. The windows
+/// implement it over a recordset.
 class RowSource {
 public:
     RowSource() = default;
@@ -16,8 +24,8 @@ public:
 
     /// Puts the next row's values into `values`, which comes with as many as there are columns, all
     /// null; any it leaves null stay so.
-    /// @return false if there are no more rows; then it isn't asked again.
-    /// @throws what reading throws: the report takes no more rows then and lets it out to who asked
-    ///         for them; out of an idle slice, to the failure handler (controls/Failure.h).
-    virtual bool next(std::vector<ReportValue>& values) = 0;
+    /// After NextRow::none it isn't asked again; NextRow::anew must come to an end.
+    /// @throws what reading throws: the report has failed then, asks no more and lets it out to who
+    ///         asked for rows; out of an idle slice, to the failure handler (controls/Failure.h).
+    virtual NextRow next(std::vector<ReportValue>& values) = 0;
 };

@@ -7,8 +7,18 @@ SaveResult saveReport(Relatorio& report, const QString& path, const ReportProgre
     const Relatorio::Run run(report);
     if (!run)
         return {SaveOutcome::refused};
-    if (!report.takeAll(run, progress))
+    switch (report.takeAll(run, progress)) {
+    case RowsState::coming:
         return {SaveOutcome::cancelled};
+    case RowsState::failed:
+        return {SaveOutcome::failed, kIncomplete};
+    case RowsState::complete:
+        break;
+    }
+    if (report.rows().size() == 0) {
+        report.fail(ReportError::nothingToPrint);
+        return {SaveOutcome::refused};
+    }
     NewFile file(path);
     if (!file.open())
         return {SaveOutcome::failed, file.reason()};

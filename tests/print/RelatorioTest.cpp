@@ -19,12 +19,12 @@ public:
         : rows_(inventedRows(count)), taken_(taken), at_(at), work_(std::move(work)) {}
 
     [[nodiscard]] QStringList columns() const override { return rows_->columns(); }
-    bool next(std::vector<ReportValue>& values) override {
+    NextRow next(std::vector<ReportValue>& values) override {
         if (taken_ == at_)
             work_();
-        const bool more = rows_->next(values);
-        taken_ += more ? 1 : 0;
-        return more;
+        const NextRow found = rows_->next(values);
+        taken_ += found == NextRow::row ? 1 : 0;
+        return found;
     }
 
 private:
@@ -80,10 +80,12 @@ TEST_F(Report, ToldItsProgressCanBeStoppedAndGoesOnByItself) {
     ASSERT_TRUE(shop_.begin(inventedRows(3000)));
     {
         const Relatorio::Run run(report_);
-        EXPECT_FALSE(report_.takeAll(run, [](qint64 done, qint64 total) {
-            EXPECT_EQ(total, 0);
-            return done < 1000;
-        }));
+        EXPECT_EQ(report_.takeAll(run,
+                                  [](qint64 done, qint64 total) {
+                                      EXPECT_EQ(total, 0);
+                                      return done < 1000;
+                                  }),
+                  RowsState::coming);
     }
     EXPECT_FALSE(report_.isComplete());
     EXPECT_GE(report_.rows().size(), 1000);
@@ -286,10 +288,116 @@ TEST_F(Report, HandsWhatFailsInAnIdleSliceToTheFailureHandler) {
     })));
     expectFailure("a tabela sumiu");
     ASSERT_TRUE(QTest::qWaitFor([&] { return broken; }, 60'000));
-    EXPECT_FALSE(report_.isComplete());
-    // What is there is not all: no file, no total.
-    EXPECT_NE(saveCsv(report_, path("r.csv"), goOn).outcome, SaveOutcome::saved);
+    EXPECT_EQ(report_.state(), RowsState::failed);
+    // What is there is not all: no file, no print, no total.
+    for (const auto save : {saveCsv, saveXlsx, savePdf}) {
+        const SaveResult result = save(report_, path("r"), goOn);
+        EXPECT_EQ(result.outcome, SaveOutcome::failed);
+        EXPECT_EQ(result.reason, kIncomplete);
+    }
     EXPECT_THAT(files(), IsEmpty());
+    std::vector<QString> asked;
+    report_.setComputedField([&](const QString& name, ReportValue&) { asked.push_back(name); });
+    for (int page = 1; page <= report_.pageCount(); ++page)
+        paint(page);
+    EXPECT_THAT(asked, testing::Not(testing::Contains("Total")));
+}
+
+TEST_F(Report, WhoseSourceFailsWithinTheFirstPageLeavesTheOneBeforeComingIn) {
+    ASSERT_TRUE(shop_.begin(inventedRows(3000)));
+    const QString title = report_.title();
+    report_.setTitle("Outro");
+    qint64 taken = 0;
+    EXPECT_THROW(report_.begin(std::make_unique<WatchedRows>(100, taken, 20, kBreak)),
+                 std::runtime_error);
+    EXPECT_EQ(report_.title(), title);
+    EXPECT_EQ(report_.rows().size(), kRowsOnPage + 1);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return report_.isComplete(); }, 60'000));
+    EXPECT_EQ(report_.rows().size(), 3000);
+}
+
+// ---- Rows that change while they come in
+
+/// Two states of the rows: those of the first come until `changesAt`, then all of the second.
+class ChangingRows final : public RowSource {
+public:
+    ChangingRows(qint64 first, qint64 changesAt, std::vector<ShopRow> second)
+        : rows_(inventedRows(first)), changesAt_(changesAt), second_(std::move(second)) {}
+
+    [[nodiscard]] QStringList columns() const override { return LayoutDoRelatorio::colunas(); }
+    NextRow next(std::vector<ReportValue>& values) override {
+        if (given_++ != changesAt_)
+            return rows_->next(values);
+        rows_ = givenRows(second_);
+        return NextRow::anew;
+    }
+
+private:
+    std::unique_ptr<RowSource> rows_;
+    qint64 given_ = 0;
+    qint64 changesAt_;
+    std::vector<ShopRow> second_;
+};
+
+std::vector<ShopRow> secondState(int rows) {
+    return std::vector<ShopRow>(static_cast<std::size_t>(rows),
+                                ShopRow{.number = QString("NOVO"), .amount = Amount{10'000}});
+}
+
+/// How many of the rows on show are of the second state.
+qint64 ofSecondState(const Relatorio& report) {
+    qint64 count = 0;
+    report.rows().visit(0, report.rows().size(), [&](qint64, const std::vector<ReportValue>& row) {
+        count += std::get<QString>(row[0]) == "NOVO" ? 1 : 0;
+        return true;
+    });
+    return count;
+}
+
+TEST_F(Report, OfRowsThatChangeMeanwhileIsOfOneStateAtEveryMoment) {
+    ASSERT_TRUE(shop_.begin(std::make_unique<ChangingRows>(3000, 1000, secondState(2500))));
+    int replaced = 0;
+    QObject::connect(&report_, &Relatorio::rowsReplaced, &shop_, [&] { ++replaced; });
+    const auto whole = [&] {
+        const qint64 second = ofSecondState(report_);
+        EXPECT_TRUE(second == 0 || second == report_.rows().size()) << second;
+        EXPECT_TRUE(second > 0 || report_.rows().size() <= 1000);
+    };
+    QObject::connect(&report_, &Relatorio::detail, &shop_, [&, n = 0](const ReportRow&) mutable {
+        if (++n % 100 == 0)
+            whole();
+    });
+    QObject::connect(&report_, &Relatorio::rowsTaken, &shop_, whole);
+    takeAll();
+    whole();
+    EXPECT_EQ(replaced, 1);
+    EXPECT_EQ(report_.rows().size(), 2500);
+    EXPECT_EQ(shop_.details, 2500);
+    EXPECT_EQ(shop_.total, Amount{qint64{2500} * 10'000});
+    EXPECT_EQ(report_.pageCount(), 55);
+}
+
+TEST_F(Report, OfRowsThatBecameFewerShowsTheFewer) {
+    ASSERT_TRUE(shop_.begin(std::make_unique<ChangingRows>(3000, 1000, secondState(10))));
+    takeAll();
+    EXPECT_EQ(ofSecondState(report_), 10);
+    EXPECT_EQ(report_.pageCount(), 1);
+    EXPECT_EQ(shop_.total, Amount{100'000});
+}
+
+TEST_F(Report, WhoseRowsChangeWithinTheFirstPageBeginsWithTheNewOnes) {
+    ASSERT_TRUE(shop_.begin(std::make_unique<ChangingRows>(3000, 20, secondState(60))));
+    EXPECT_EQ(ofSecondState(report_), kRowsOnPage + 1);
+    takeAll();
+    EXPECT_EQ(shop_.total, Amount{600'000});
+}
+
+TEST_F(Report, WhoseRowsAllGoWhileTheyComeInHasNothingToPrint) {
+    ASSERT_TRUE(shop_.begin(std::make_unique<ChangingRows>(3000, 1000, secondState(0))));
+    takeAll();
+    EXPECT_EQ(report_.pageCount(), 0);
+    EXPECT_EQ(saveCsv(report_, path("r.csv"), goOn).outcome, SaveOutcome::refused);
+    EXPECT_THAT(errors_, ElementsAre(errorCode(ReportError::nothingToPrint)));
 }
 
 } // namespace

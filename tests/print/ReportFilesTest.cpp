@@ -162,7 +162,9 @@ TEST_F(Files, XlsxRefusesMoreRowsThanASheetTakes) {
     class Nothing final : public RowSource {
     public:
         [[nodiscard]] QStringList columns() const override { return LayoutDoRelatorio::colunas(); }
-        bool next(std::vector<ReportValue>&) override { return count_++ < 1'048'576; }
+        NextRow next(std::vector<ReportValue>&) override {
+            return count_++ < 1'048'576 ? NextRow::row : NextRow::none;
+        }
 
     private:
         int count_ = 0;

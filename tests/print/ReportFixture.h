@@ -18,7 +18,7 @@ protected:
     /// All of the report's rows, at once.
     void takeAll() {
         const Relatorio::Run run(shop_.report);
-        ASSERT_TRUE(shop_.report.takeAll(run, goOn));
+        ASSERT_EQ(shop_.report.takeAll(run, goOn), RowsState::complete);
     }
 
     [[nodiscard]] QString path(const char* name) const {

@@ -18,6 +18,8 @@
 #include <QTimer>
 #include <QToolButton>
 
+#include <tuple>
+
 namespace {
 
 using testing::ElementsAre;
@@ -421,6 +423,130 @@ TEST_F(Preview, SaysThatPrintingWasGivenUpOrFailed) {
     expectMessage("Impressão",
                   "A impressora não aceitou o relatório. Verifique se está ligada e pronta.");
     click(preview_, "print");
+}
+
+// ---- A report whose rows have stopped coming
+
+class BrokenPreview : public Preview {
+protected:
+    /// Gives some rows, then fails.
+    class BreakingRows final : public RowSource {
+    public:
+        explicit BreakingRows(qint64 count) : rows_(inventedRows(count)) {}
+        [[nodiscard]] QStringList columns() const override { return rows_->columns(); }
+        NextRow next(std::vector<ReportValue>& values) override {
+            const NextRow found = rows_->next(values);
+            if (found == NextRow::none)
+                throw std::runtime_error("a rede caiu");
+            return found;
+        }
+
+    private:
+        std::unique_ptr<RowSource> rows_;
+    };
+
+    BrokenPreview() {
+        EXPECT_TRUE(shop_.begin(std::make_unique<BreakingRows>(1234)));
+        expectFailure("a rede caiu");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return report_.state() == RowsState::failed; }, 60'000));
+    }
+};
+
+TEST_F(BrokenPreview, SaysSoOverThePages) {
+    EXPECT_TRUE(control(preview_, "failed").isVisible());
+    EXPECT_LT(control(preview_, "failed").mapTo(&preview_, QPoint()).y(), view().y());
+    EXPECT_EQ(said("failed"), "Relatório incompleto: a leitura das linhas parou depois de 1.234. "
+                              "Ele não pode ser impresso nem salvo.");
+    EXPECT_EQ(said("pageCount"), "Página 1 de 27 (incompleto)");
+    for (const ColourScheme scheme : {ColourScheme::light, ColourScheme::dark}) {
+        applyColours(scheme);
+        EXPECT_EQ(faultsOf(preview_), QStringList());
+    }
+}
+
+TEST_F(BrokenPreview, NeitherPrintsNorSaves) {
+    setPrinterFunctions({[] { return true; },
+                         [](QPrinter&, int, QWidget*) {
+                             ADD_FAILURE() << "the printer is asked for";
+                             return false;
+                         }});
+    for (const auto& [key, modifiers, title] :
+         {std::tuple(Qt::Key_P, Qt::KeyboardModifiers(Qt::ControlModifier), "Impressão"),
+          std::tuple(Qt::Key_S, Qt::KeyboardModifiers(Qt::ControlModifier), "Salvar como PDF"),
+          std::tuple(Qt::Key_S, Qt::ControlModifier | Qt::ShiftModifier, "Salvar como planilha"),
+          std::tuple(Qt::Key_E, Qt::ControlModifier | Qt::ShiftModifier, "Salvar como CSV")}) {
+        expectMessage(title, kIncomplete);
+        press(key, modifiers);
+        EXPECT_EQ(said("news"), "");
+    }
+    EXPECT_EQ(printReport(report_, 1, nullptr, goOn), PrintOutcome::incomplete);
+}
+
+TEST_F(BrokenPreview, SearchesWhatHasCome) {
+    press(Qt::Key_F, Qt::ControlModifier);
+    type("100000");
+    press(Qt::Key_Return);
+    EXPECT_EQ(said("news"), "");
+    EXPECT_TRUE(view().hit());
+    press(Qt::Key_A, Qt::ControlModifier);
+    type("zebra");
+    for (const auto modifiers : {Qt::NoModifier, Qt::ShiftModifier}) {
+        press(Qt::Key_Return, modifiers);
+        EXPECT_EQ(said("news"),
+                  "\"zebra\" não foi encontrado nas linhas lidas; o relatório está incompleto.");
+    }
+}
+
+TEST_F(BrokenPreview, OffersToTryAgain) {
+    int asked = 0;
+    QObject::connect(&preview_, &ReportPreview::againAsked, &shop_, [&] {
+        ++asked;
+        begin(60);
+    });
+    press(Qt::Key_T, Qt::AltModifier);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return asked == 1; }, 60'000)); // seen to go down first
+    EXPECT_FALSE(control(preview_, "failed").isVisible());
+    EXPECT_EQ(said("pageCount"), "Página 1 de 2");
+    EXPECT_EQ(focus(), "pages");
+}
+
+// ---- Rows that change meanwhile
+
+TEST_F(Preview, StaysOnItsPageWhenTheRowsCameAnew) {
+    class Changing final : public RowSource {
+    public:
+        [[nodiscard]] QStringList columns() const override { return LayoutDoRelatorio::colunas(); }
+        NextRow next(std::vector<ReportValue>& values) override {
+            if (++given_ != 1200)
+                return rows_->next(values);
+            rows_ = inventedRows(900);
+            return NextRow::anew;
+        }
+
+    private:
+        std::unique_ptr<RowSource> rows_ = inventedRows(3000);
+        int given_ = 0;
+    };
+    ASSERT_TRUE(shop_.begin(std::make_unique<Changing>()));
+    {
+        const Relatorio::Run run(report_);
+        ASSERT_EQ(report_.takeAll(run, [](qint64 done, qint64) { return done < 960; }),
+                  RowsState::coming);
+    }
+    EXPECT_EQ(said("pageCount"), "Página 1 de 22 (lendo as linhas: 1.007)");
+    press(Qt::Key_End, Qt::ControlModifier);
+    {
+        const Relatorio::Run run(report_);
+        ASSERT_EQ(report_.takeAll(run, [](qint64 done, qint64) { return done > 500; }),
+                  RowsState::coming);
+    }
+    EXPECT_TRUE(report_.comesAnew());
+    EXPECT_EQ(preview_.page(), 22);
+    EXPECT_THAT(
+        said("pageCount").toStdString(),
+        testing::StartsWith("Página 22 de 27 (os dados mudaram; lendo as linhas outra vez: 63)"));
+    takeAll();
+    EXPECT_EQ(said("pageCount"), "Página 20 de 20");
 }
 
 } // namespace

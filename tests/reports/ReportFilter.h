@@ -2,17 +2,22 @@
 
 #include "controls/DatePicker.h"
 #include "controls/DropDownList.h"
-#include "print/Relatorio.h"
+#include "print/ReportFiles.h"
 #include "reports/FrmFiltroRelat.h"
 #include "reports/frmRel_ChequesSF.h"
 #include "shell/Mirtal.h"
+#include "support/Program.h"
 #include "support/ShopTest.h"
+#include "support/TemporaryFolder.h"
+
+#include <QRegularExpression>
 
 #include <gmock/gmock.h>
 
 /// The filter of the reports, over two clients and two banks.
 class ReportFilter : public ShopTest {
 protected:
+    using ShopTest::ShopTest;
     void SetUp() override {
         ShopTest::SetUp();
         given("cliente_fornecedor", {
@@ -46,12 +51,28 @@ protected:
     static Relatorio& report() {
         return *frmRel_ChequesSF::instance().findChild<Relatorio*>("Relatorio");
     }
+    /// The lines of the report on show, as another program reads them in its PDF; blanks count
+    /// once.
+    static std::vector<std::string> printed() {
+        const TemporaryFolder folder;
+        const std::filesystem::path pdf = folder / "relatorio.pdf";
+        const SaveResult saved = savePdf(report(), QString::fromStdString(pdf.string()),
+                                         [](qint64, qint64) { return true; });
+        EXPECT_EQ(saved.outcome, SaveOutcome::saved) << saved.reason.toStdString();
+        std::vector<std::string> lines;
+        const QString all =
+            QString::fromStdString(runProgram({"pdftotext", "-layout", pdf.string(), "-"}).out);
+        for (const QString& line : all.split(QRegularExpression("[\n\f]"), Qt::SkipEmptyParts))
+            if (!line.trimmed().isEmpty())
+                lines.push_back(line.simplified().toStdString());
+        return lines;
+    }
     /// The rows of the report on show, a line each, all of them taken in.
     static std::vector<std::string> details() {
         Relatorio& shown = report();
         {
             const Relatorio::Run run(shown);
-            EXPECT_TRUE(shown.takeAll(run, [](qint64, qint64) { return true; }));
+            EXPECT_EQ(shown.takeAll(run, [](qint64, qint64) { return true; }), RowsState::complete);
         }
         std::vector<std::string> lines;
         shown.rows().visit(0, shown.rows().size(),
@@ -69,6 +90,7 @@ protected:
 /// From the filter to the report: four received cheques, one bounced.
 class ReportFromFilter : public ReportFilter {
 protected:
+    using ReportFilter::ReportFilter;
     void SetUp() override {
         ReportFilter::SetUp();
         given("cheques", {

@@ -1,9 +1,5 @@
-#include "print/ReportFiles.h"
 #include "print/ReportPrinting.h"
 #include "reports/ReportFilter.h"
-#include "support/Program.h"
-
-#include <QRegularExpression>
 
 namespace {
 
@@ -12,22 +8,6 @@ using testing::ElementsAre;
 
 class ChequeReport : public ReportFromFilter {
 protected:
-    /// The lines of the report on show, as another program reads them in its PDF; blanks count
-    /// once.
-    static std::vector<std::string> printed() {
-        const TemporaryFolder folder;
-        const std::filesystem::path pdf = folder / "relatorio.pdf";
-        const SaveResult saved = savePdf(report(), QString::fromStdString(pdf.string()),
-                                         [](qint64, qint64) { return true; });
-        EXPECT_EQ(saved.outcome, SaveOutcome::saved) << saved.reason.toStdString();
-        std::vector<std::string> lines;
-        const QString all =
-            QString::fromStdString(runProgram({"pdftotext", "-layout", pdf.string(), "-"}).out);
-        for (const QString& line : all.split(QRegularExpression("[\n\f]"), Qt::SkipEmptyParts))
-            if (!line.trimmed().isEmpty())
-                lines.push_back(line.simplified().toStdString());
-        return lines;
-    }
     static std::string today() { return QDate::currentDate().toString("dd/MM/yyyy").toStdString(); }
 };
 

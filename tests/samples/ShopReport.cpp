@@ -29,12 +29,12 @@ public:
     Rows(qint64 count, Row row) : count_(count), row_(std::move(row)) {}
 
     [[nodiscard]] QStringList columns() const override { return LayoutDoRelatorio::colunas(); }
-    bool next(std::vector<ReportValue>& values) override {
+    NextRow next(std::vector<ReportValue>& values) override {
         if (at_ == count_)
-            return false;
+            return NextRow::none;
         ShopRow row = row_(at_++);
         values = {row.number, row.client, row.date, row.amount, row.bank, row.due};
-        return true;
+        return NextRow::row;
     }
 
 private:
@@ -65,6 +65,10 @@ ShopReport::ShopReport() {
         ++details;
         if (const auto* amount = std::get_if<Amount>(&row["valor"]))
             total = sum(total, *amount).value_or(total);
+    });
+    connect(&report, &Relatorio::startedOver, this, [this] {
+        details = 0;
+        total = {};
     });
     report.setComputedField([this](const QString& name, ReportValue& value) {
         if (name == "Pagina") {

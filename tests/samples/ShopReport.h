@@ -36,5 +36,5 @@ public:
     QDate last{2026, 12, 31};
     QDate today{2026, 11, 20};
     Amount total;
-    qint64 details = 0; ///< how many detail events came
+    qint64 details = 0; ///< how many detail events came of these rows
 };

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "ado/Connection.h"
+#include "jet/CommitPairs.h"
+#include "reports/ReportFilter.h"
+#include "support/Versions.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+/// A program in the middle of writing the file: nobody can read meanwhile.
+class WritingProgram {
+public:
+    WritingProgram(const std::filesystem::path& database, jet::Version version)
+        : file_(database, jet::File::Mode::readWrite), format_(jet::formatOf(version)),
+          lock_(::open(std::filesystem::path(database).replace_extension(".ldb").c_str(),
+                       O_RDWR | O_CLOEXEC)),
+          before_(jet::CommitPairs(file_, format_)[kUser]) {
+        struct flock lock {};
+        lock.l_type = F_WRLCK;
+        lock.l_start = 0x10000000 + kUser;
+        lock.l_len = 1;
+        EXPECT_EQ(::fcntl(lock_, F_OFD_SETLK, &lock), 0);
+        jet::CommitPairs::write(file_, format_, kUser, jet::CommitPairs::kWriting);
+    }
+    WritingProgram(const WritingProgram&) = delete;
+    WritingProgram& operator=(const WritingProgram&) = delete;
+    ~WritingProgram() {
+        jet::CommitPairs::write(file_, format_, kUser, before_);
+        ::close(lock_);
+    }
+
+private:
+    static constexpr unsigned kUser = 9;
+    jet::File file_;
+    const jet::Format& format_;
+    int lock_;
+    std::uint16_t before_;
+};
+
+/// Reports of a file that others work in as well.
+class ReportBesideStations : public ReportFromFilter,
+                             public testing::WithParamInterface<jet::Version> {
+protected:
+    static constexpr int kCheques = 400;
+    static constexpr const char* kBusy = "está gravando no banco de dados";
+
+    ReportBesideStations() : ReportFromFilter(GetParam()) {}
+    void SetUp() override {
+        ReportFromFilter::SetUp();
+        // No printer is asked for by accident.
+        setPrinterFunctions({[] { return false; }, {}});
+        addCheques(data().Automacao, kCheques);
+        data().rsCheques.Requery();
+    }
+    void TearDown() override {
+        setPrinterFunctions({});
+        ReportFromFilter::TearDown();
+    }
+
+    /// Cheques of May 2025, of a real each, stored by whoever has that connection.
+    static void addCheques(ado::Connection& by, int count) {
+        ado::Recordset cheques;
+        cheques.Open("cheques", by);
+        ado::Transaction all(by);
+        for (int i = 0; i < count; ++i) {
+            cheques.AddNew();
+            for (const auto& [name, value] :
+                 cheque("123456", 1, 1, day(2025, 5, 1), day(2025, 6, 1), 10'000))
+                cheques[name] = value;
+            cheques.Update();
+        }
+        all.commit();
+    }
+
+    static void ask(const char* first, const char* last) {
+        auto& form = openFor("relch");
+        period(form, first, last);
+        click(form, "CmdImprimir");
+    }
+    static frmRel_ChequesSF& window() { return frmRel_ChequesSF::instance(); }
+    /// What the window's label of that name says.
+    static QString said(const char* name) { return text(window(), name); }
+    /// The pages on show, as they look.
+    static QImage seen() { return control<QWidget>(window(), "pages").grab().toImage(); }
+};
