@@ -248,7 +248,8 @@ std::string Engine::spelled(std::string_view name) {
     const std::string wanted = jet::foldedName(name);
     if (database_.hasTable(wanted)) {
         jet::Table& table = database_.table(wanted);
-        if (!tables_.contains(table.name()))
+        const auto known = tables_.find(table.name());
+        if (known == tables_.end() || &known->second->table != &table)
             addTable(table);
         return table.name();
     }
@@ -261,11 +262,16 @@ std::string Engine::spelled(std::string_view name) {
 
 void Engine::addTable(jet::Table& table) {
     auto source = std::make_unique<TableSource>(TableSource{table, trap_});
+    auto& known = tables_[table.name()];
+    if (known)
+        former_.push_back(std::move(known));
+    known = std::move(source);
     if (sqlite3_create_module_v2(handle_.get(), table.name().c_str(), virtualTableModule(),
-                                 source.get(), nullptr) != SQLITE_OK)
+                                 known.get(), nullptr) != SQLITE_OK) {
+        tables_.erase(table.name());
         throw Error(Errc::full,
                     "Não há memória bastante para abrir a tabela " + table.name() + ".");
-    tables_.emplace(table.name(), std::move(source));
+    }
     // SQLite declares the columns of a table to itself when a statement first names it, with
     // actions that no statement may have: let that be now.
     declaring_ = true;

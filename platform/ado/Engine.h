@@ -9,6 +9,7 @@
 #include <string>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -117,6 +118,8 @@ private:
     Trap trap_;
     bool declaring_ = false; ///< a table is being made known
     std::unordered_map<std::string, std::unique_ptr<TableSource>> tables_; ///< by stored name
+    /// Of tables that the file has no more: statements prepared before still know their address.
+    std::vector<std::unique_ptr<TableSource>> former_;
     std::unique_ptr<sqlite3, Closer> handle_; ///< last, so first to go: it uses all the others
 };
 

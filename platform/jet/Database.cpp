@@ -141,7 +141,7 @@ Database::Database(const std::filesystem::path& path, const Options& options) {
     parts_ = std::make_unique<Parts>(path, std::move(header), texts, std::move(file), writable);
     parts_->readOnly = std::move(reason);
     if (!(options.unshared && options.readOnly))
-        parts_->share(writable);
+        parts_->share(writable, [this] { noticeNews(); });
     checkSize(parts_->pager.file(), parts_->pager.format());
     const Pager::Section section(parts_->pager);
     loadCatalog();
@@ -211,16 +211,47 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
 void Database::loadCatalog() {
     std::map<std::string, Parts::Entry> catalog;
     Table objects(*this, "MSysObjects", kObjectsPage);
-    for (CatalogEntry& entry : readCatalog(objects, parts_->pager.pageCount())) {
-        std::string key = foldedName(entry.name);
-        const auto known = parts_->catalog.find(key);
-        const bool same =
-            known != parts_->catalog.end() && known->second.definition == entry.definition;
-        catalog.try_emplace(std::move(key),
-                            Parts::Entry{entry.name, entry.definition, entry.user,
-                                         same ? std::move(known->second.table) : nullptr});
-    }
+    for (CatalogEntry& entry : readCatalog(objects, parts_->pager.pageCount()))
+        catalog.try_emplace(foldedName(entry.name),
+                            Parts::Entry{entry.name, entry.definition, entry.user, nullptr});
+    const auto hasIt = [&](const std::string& key, const Parts::Entry& known) {
+        const auto found = catalog.find(key);
+        return found != catalog.end() && found->second.definition == known.definition;
+    };
+    for (auto& [key, known] : parts_->catalog)
+        if (known.table && !hasIt(key, known))
+            parts_->lose(known, Error(Errc::notFound,
+                                      "A tabela \"" + known.name +
+                                          "\" não está mais no banco de dados: foi excluída ou "
+                                          "mudou de nome enquanto estava em uso. Feche o programa "
+                                          "e abra-o de novo."));
+    for (auto& [key, known] : parts_->catalog)
+        if (known.table)
+            catalog.find(key)->second.table = std::move(known.table);
     parts_->catalog = std::move(catalog);
+}
+
+/// Another has written. Tables keep their object and their definition, which row changes don't
+/// touch; those that a program has changed in structure, or taken away, are told apart here.
+void Database::noticeNews() {
+    loadCatalog();
+    for (auto& [key, entry] : parts_->catalog) {
+        if (!entry.table)
+            continue;
+        entry.table->forgetRules();
+        try {
+            if (!sameStructure(entry.table->definition(),
+                               parseDefinition(parts_->pager, entry.definition, parts_->texts)))
+                throw Error(Errc::conflict, "A estrutura da tabela \"" + entry.name +
+                                                "\" foi alterada por outro programa. Feche o "
+                                                "programa e abra-o de novo.");
+        } catch (const Error& error) {
+            if (error.code() != Errc::conflict && error.code() != Errc::corrupt &&
+                error.code() != Errc::unsupported)
+                throw;
+            parts_->lose(entry, error);
+        }
+    }
 }
 
 const std::filesystem::path& Database::path() const noexcept { return parts_->path; }
@@ -231,15 +262,8 @@ const std::optional<std::string>& Database::notice() const noexcept {
 }
 std::optional<std::string> Database::readOnlyReason() { return parts_->whyNotWritable(); }
 
-void Database::renewCatalog() const {
-    if (!parts_->catalogStale)
-        return;
-    const_cast<Database&>(*this).loadCatalog();
-    parts_->catalogStale = false;
-}
-
 std::vector<std::string> Database::tableNames() const {
-    parts_->pager.look([&] { renewCatalog(); });
+    parts_->pager.look([] {}); // notices what others have written
     std::vector<std::string> names;
     for (const auto& [key, entry] : parts_->catalog)
         if (entry.user)
@@ -248,7 +272,7 @@ std::vector<std::string> Database::tableNames() const {
 }
 
 std::vector<std::string> Database::allTableNames() const {
-    parts_->pager.look([&] { renewCatalog(); });
+    parts_->pager.look([] {});
     std::vector<std::string> names;
     for (const auto& [key, entry] : parts_->catalog)
         names.push_back(entry.name);
@@ -256,13 +280,12 @@ std::vector<std::string> Database::allTableNames() const {
 }
 
 bool Database::hasTable(std::string_view name) const {
-    parts_->pager.look([&] { renewCatalog(); });
+    parts_->pager.look([] {});
     return parts_->catalog.contains(foldedName(name));
 }
 
 Table& Database::table(std::string_view name) {
     return parts_->pager.look([&]() -> Table& {
-        renewCatalog();
         const auto found = parts_->catalog.find(foldedName(name));
         if (found == parts_->catalog.end())
             throw Error(Errc::notFound, "O banco de dados \"" + parts_->path.string() +

@@ -90,7 +90,10 @@ public:
     /// The same and the system's own.
     [[nodiscard]] std::vector<std::string> allTableNames() const;
     [[nodiscard]] bool hasTable(std::string_view name) const;
-    /// By name, without regard to case; the same object each time.
+    /// By name, without regard to case; the same object each time, and there as long as the
+    /// database is. If the file has the table no more, because another program has deleted or
+    /// renamed it or changed its structure, that object answers everything with an error that says
+    /// so, and the next call here gives what has the name now.
     /// @throws Error{notFound}.
     [[nodiscard]] Table& table(std::string_view name);
     /// @throws Error{exists, misuse, readOnly, full}.
@@ -140,7 +143,7 @@ private:
 
     Database() = default;
     void loadCatalog();
-    void renewCatalog() const;
+    void noticeNews();
 
     std::unique_ptr<Parts> parts_;
 };

@@ -13,63 +13,22 @@ constexpr milliseconds kLongestPending{350};
 /// So often who gathers changes asks whether another station waits to write.
 constexpr milliseconds kWaitingEvery{10};
 
-bool sameKeys(const std::vector<RealIndex::KeyColumn>& a,
-              const std::vector<RealIndex::KeyColumn>& b) {
-    return std::ranges::equal(a, b, [](const auto& x, const auto& y) {
-        return x.column == y.column && x.ascending == y.ascending;
-    });
-}
-
-/// Whether rows and indexes are to be read in the same way.
-bool sameStructure(const TableDefinition& a, const TableDefinition& b) {
-    return a.pages == b.pages && a.maxColumns == b.maxColumns && a.maxVariables == b.maxVariables &&
-           a.ownedMap == b.ownedMap && a.freeMap == b.freeMap &&
-           std::ranges::equal(a.columns, b.columns,
-                              [](const Column& x, const Column& y) {
-                                  return x.name == y.name && x.type == y.type &&
-                                         x.number == y.number && x.length == y.length &&
-                                         x.variableIndex == y.variableIndex &&
-                                         x.fixedOffset == y.fixedOffset && x.fixed == y.fixed &&
-                                         x.autonumber == y.autonumber && x.scale == y.scale;
-                              }) &&
-           std::ranges::equal(a.realIndexes, b.realIndexes,
-                              [](const RealIndex& x, const RealIndex& y) {
-                                  return x.root == y.root && x.map == y.map &&
-                                         x.unique == y.unique && x.ignoreNulls == y.ignoreNulls &&
-                                         x.required == y.required && sameKeys(x.columns, y.columns);
-                              }) &&
-           std::ranges::equal(a.longValues, b.longValues,
-                              [](const LongValueMaps& x, const LongValueMaps& y) {
-                                  return x.columnNumber == y.columnNumber && x.owned == y.owned &&
-                                         x.free == y.free;
-                              });
-}
-
 } // namespace
 
-void Database::Parts::share(bool mayWrite) {
-    sharing.emplace(pager.file(), pager.format(), [this] { noticeNews(); });
+void Database::Parts::share(bool mayWrite, std::function<void()> onNews) {
+    sharing.emplace(pager.file(), pager.format(), [this, onNews = std::move(onNews)] {
+        pager.refresh();
+        onNews();
+    });
     sharing->enter(mayWrite);
     pager.refresh();
     pager.share(*sharing);
 }
 
-/// Another has written. Tables keep their object and their definition, which row changes don't
-/// touch; a program that has changed the structure itself is told apart here.
-void Database::Parts::noticeNews() {
-    pager.refresh();
-    catalogStale = true;
-    for (const auto& [key, entry] : catalog) {
-        if (!entry.table)
-            continue;
-        entry.table->forgetRules();
-        if (!restructured && !sameStructure(entry.table->definition(),
-                                            parseDefinition(pager, entry.definition, texts)))
-            restructured = "A estrutura da tabela \"" + entry.name +
-                           "\" foi alterada por outro programa. Feche o programa e abra-o de novo.";
-    }
-    if (restructured)
-        throw Error(Errc::conflict, *restructured);
+void Database::Parts::lose(Entry& entry, const Error& why) {
+    lost.push_back(nullptr);
+    entry.table->lose(why);
+    lost.back() = std::move(entry.table);
 }
 
 Database::Parts::Change::Change(Parts& parts) : parts_(parts) {

@@ -18,18 +18,18 @@ struct Database::Parts {
     std::filesystem::path path;
     Header header;
     TextSettings texts;
-    std::optional<std::string> readOnly;     ///< why it was opened only for reading
-    std::optional<std::string> restructured; ///< why nothing of it can be used any more
+    std::optional<std::string> readOnly; ///< why it was opened only for reading
     Pager pager;
     PageAllocator pages;
     std::optional<Sharing> sharing;       ///< leaves before the file is closed
     std::map<std::string, Entry> catalog; ///< by folded name
+    /// Tables that the file has no more: whoever holds one is told so, as long as it is open.
+    std::vector<std::unique_ptr<Table>> lost;
     bool explicitTransaction = false;
     /// Around an explicit transaction that stands on gathered changes: these stay if it is undone.
     std::optional<Pager::Statement> onGathered;
     bool gathersTransactions = false; ///< what is gathered ends with one: see commitLater()
     bool catalogChanged = false;      ///< by the open transaction
-    bool catalogStale = false;        ///< another has written since it was read
     std::optional<std::chrono::steady_clock::time_point> pendingSince;
 
     /// Of a file that nobody else knows: Sharing comes with share().
@@ -38,7 +38,10 @@ struct Database::Parts {
         : path(std::move(where)), header(std::move(head)), texts(textSettings),
           pager(std::move(file), formatOf(header.version), writable), pages(pager) {}
 
-    void share(bool mayWrite);
+    /// `onNews` is called when another has written, after all pages have been forgotten.
+    void share(bool mayWrite, std::function<void()> onNews);
+    /// Takes a table out of use.
+    void lose(Entry& entry, const Error& why);
     /// Why no table can be changed at this moment.
     [[nodiscard]] std::optional<std::string> whyNotWritable() {
         return readOnly ? readOnly : sharing ? sharing->whyNotWritable() : std::nullopt;
@@ -86,8 +89,6 @@ struct Database::Parts {
     void flushIfDue();
 
 private:
-    void noticeNews();
-
     unsigned changes_ = 0; ///< that live, one inside the other
     bool flushing_ = false;
     std::chrono::steady_clock::time_point askedForWaiting_{};

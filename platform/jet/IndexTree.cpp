@@ -68,6 +68,8 @@ PageNo IndexTree::create(Pager& pager, PageAllocator& pages, PageNo owner, RowId
 }
 
 IndexTree::Place IndexTree::open(PageNo page) const {
+    if (lost_)
+        throw *lost_;
     PageRef ref = pager_->read(page);
     const IndexPage opened = IndexPage::open(pager_->format(), ref.view(), owner_);
     return {std::move(ref), opened};

@@ -36,6 +36,8 @@ public:
 
     [[nodiscard]] PageNo root() const noexcept { return root_; }
     [[nodiscard]] const UsageMap& map() const noexcept { return map_; }
+    /// The tree is the table's no more: from now on whoever walks it is told so.
+    void lose(const Error& why) noexcept { lost_ = why; }
 
     /// Requires an open transaction.
     /// @throws Error{corrupt} if the entry is there already, Error{tooLong} if the key leaves no
@@ -152,6 +154,7 @@ private:
     PageNo owner_;
     PageNo root_;
     UsageMap map_;
+    std::optional<Error> lost_;
 };
 
 } // namespace jet

@@ -11,6 +11,7 @@ const DataPage* RowReader::ownPage(PageNo page) {
     if (page_ && ref_.page() == page && isFresh())
         return &*page_;
     page_.reset();
+    definition_->requireThere();
     if (number(page) >= pager_->pageCount())
         return nullptr; // of a transaction that was rolled back
     ref_ = pager_->read(page);
@@ -87,6 +88,7 @@ bool RowCursor::backwardOn(PageNo page, std::size_t endSlot) {
 
 bool RowCursor::forwardFrom(std::uint32_t page, std::size_t slot) {
     row_ = nullptr;
+    reader_.definition_->requireThere();
     for (auto at = owned_.next(page); at; at = owned_.next(number(*at) + 1))
         if (forwardOn(*at, number(*at) == page ? slot : 0))
             return true;
@@ -95,6 +97,7 @@ bool RowCursor::forwardFrom(std::uint32_t page, std::size_t slot) {
 
 bool RowCursor::backwardFrom(std::uint32_t page, std::size_t endSlot) {
     row_ = nullptr;
+    reader_.definition_->requireThere();
     for (auto at = owned_.previous(page + 1); at; at = owned_.previous(number(*at)))
         if (backwardOn(*at, number(*at) == page ? endSlot : kMaxSlots))
             return true;

@@ -97,6 +97,7 @@ struct Table::Parts {
 
     template <class T>
     [[nodiscard]] T counter(std::size_t at) const {
+        definition.requireThere();
         return load<T>(file.pager.read(definition.page()).bytes().data() + at);
     }
     template <class T>
@@ -195,6 +196,7 @@ std::optional<std::string> Table::readOnlyReason() {
 
 std::optional<std::string> Table::ownReadOnlyReason() {
     Parts& my = *parts_;
+    my.definition.requireThere();
     if (!my.verified) {
         my.readOnly = my.pager().look([&] { return whyNotWritable(*this, my.pager()); });
         my.verified = true;
@@ -218,6 +220,13 @@ std::optional<std::string> Table::ownReadOnlyReason() {
 void Table::forgetRules() noexcept {
     parts_->rules.reset();
     parts_->rulesKnown = parts_->rulesTentative = false;
+}
+
+void Table::lose(const Error& why) noexcept {
+    forgetRules();
+    parts_->definition.lost = why;
+    for (IndexTree& tree : parts_->trees)
+        tree.lose(why);
 }
 
 RowCursor Table::scan() const { return {parts_->pager(), parts_->definition}; }

@@ -80,6 +80,9 @@ public:
     /// The rules may have become others: they are read again before the next change. Changes made
     /// to the catalog through this engine need no such call.
     void forgetRules() noexcept;
+    /// The file has the table no more, or in another form: whoever still reads or changes it is
+    /// told why.
+    void lose(const Error& why) noexcept;
 
     /// Walks the rows in RowId order.
     [[nodiscard]] RowCursor scan() const;

@@ -230,4 +230,29 @@ bool arePartners(const TableDefinition& table, const LogicalIndex& index,
            other.partnerTable == table.page();
 }
 
+bool sameStructure(const TableDefinition& a, const TableDefinition& b) {
+    const auto sameColumn = [](const Column& x, const Column& y) {
+        return x.name == y.name && x.type == y.type && x.number == y.number &&
+               x.length == y.length && x.variableIndex == y.variableIndex &&
+               x.fixedOffset == y.fixedOffset && x.fixed == y.fixed &&
+               x.autonumber == y.autonumber && x.scale == y.scale;
+    };
+    const auto sameKey = [](const RealIndex::KeyColumn& x, const RealIndex::KeyColumn& y) {
+        return x.column == y.column && x.ascending == y.ascending;
+    };
+    const auto sameIndex = [&](const RealIndex& x, const RealIndex& y) {
+        return x.root == y.root && x.map == y.map && x.unique == y.unique &&
+               x.ignoreNulls == y.ignoreNulls && x.required == y.required &&
+               std::ranges::equal(x.columns, y.columns, sameKey);
+    };
+    const auto sameMaps = [](const LongValueMaps& x, const LongValueMaps& y) {
+        return x.columnNumber == y.columnNumber && x.owned == y.owned && x.free == y.free;
+    };
+    return a.pages == b.pages && a.maxColumns == b.maxColumns && a.maxVariables == b.maxVariables &&
+           a.ownedMap == b.ownedMap && a.freeMap == b.freeMap &&
+           std::ranges::equal(a.columns, b.columns, sameColumn) &&
+           std::ranges::equal(a.realIndexes, b.realIndexes, sameIndex) &&
+           std::ranges::equal(a.longValues, b.longValues, sameMaps);
+}
+
 } // namespace jet

@@ -94,8 +94,16 @@ struct TableDefinition {
     std::vector<LongValueMaps> longValues;
     std::size_t fixedSize{}; ///< bytes of a new row's fixed area
     bool isJet3{};
+    /// Why nothing of the table can be read any more: another program has taken it away, or given
+    /// it another form, while it was open. Nothing as long as the file has it.
+    std::optional<Error> lost;
 
     [[nodiscard]] PageNo page() const noexcept { return pages.front(); }
+    /// @throws what it was lost by.
+    void requireThere() const {
+        if (lost)
+            throw *lost;
+    }
     [[nodiscard]] const LongValueMaps* longValuesOf(const Column& column) const noexcept;
 };
 
@@ -103,6 +111,9 @@ struct TableDefinition {
 /// table that it names as its partner's.
 [[nodiscard]] bool arePartners(const TableDefinition& table, const LogicalIndex& index,
                                const LogicalIndex& other) noexcept;
+
+/// Whether rows and indexes are to be read in the same way.
+[[nodiscard]] bool sameStructure(const TableDefinition& a, const TableDefinition& b);
 
 /// What the texts of a file mean where its definitions don't say it, or say it wrongly.
 struct TextSettings {

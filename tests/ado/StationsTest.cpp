@@ -288,4 +288,64 @@ TEST_P(StationsTest, TransactionsOfOnePieceOfWorkShowWhenItEnds) {
     EXPECT_EQ(shown(mine, "3"), "Deles");
 }
 
+TEST_P(StationsTest, ATableThatAnotherProgramRenamesIsAnErrorWhereItIsOpen) {
+    Recordset whole;
+    Recordset list;
+    Recordset join;
+    Recordset others;
+    whole.Open("bancos", connection);
+    list.Open("select * from bancos order by nome", connection);
+    join.Open("select bancos.nome,numero from cheques inner join bancos on "
+              "cheques.banco=bancos.codigo",
+              connection);
+    others.Open("cheques", connection);
+    const auto rename = [&](const char* name, const char* newName) {
+        jet::Table& objects = other.database().table("MSysObjects");
+        const std::size_t column = *objects.findColumn("Name");
+        jet::RowCursor row = objects.scan();
+        for (bool there = row.first(); there; there = row.next()) {
+            if (row.row().value(column) != jet::Value{std::string(name)})
+                continue;
+            const jet::Assignment change[] = {
+                {column, std::string(newName)}
+            };
+            objects.update(row.id(), change);
+            other.database().flush();
+            return;
+        }
+    };
+    rename("bancos", "bancos velhos");
+    const auto gone = [](const std::function<void()>& action) {
+        try {
+            action();
+            ADD_FAILURE() << "no error";
+        } catch (const jet::Error& error) {
+            EXPECT_EQ(error.code(), Errc::notFound) << error.what();
+            EXPECT_NE(std::string(error.what()).find("\"bancos\""), std::string::npos)
+                << error.what();
+        }
+    };
+    gone([&] { whole.MoveNext(); });
+    gone([&] { static_cast<void>(whole.RecordCount()); });
+    gone([&] { whole.Requery(); });
+    gone([&] { list.Requery(); });
+    gone([&] { list.MoveFirst(), static_cast<void>(list["nome"].text()); });
+    gone([&] { join.Requery(), join.MoveLast(); });
+    gone([&] { Recordset().Open("select * from bancos", connection); });
+    gone([&] { Recordset().Open("bancos", connection); });
+    others.Requery();
+    EXPECT_GT(others.RecordCount(), 0);
+
+    rename("bancos velhos", "bancos");
+    Recordset again;
+    again.Open("select * from bancos order by nome", connection);
+    EXPECT_EQ(again["nome"].text(), "Agrário");
+    Recordset joined;
+    joined.Open("select bancos.nome,numero from cheques inner join bancos on "
+                "cheques.banco=bancos.codigo",
+                connection);
+    EXPECT_GT(joined.RecordCount(), 0);
+    gone([&] { whole.MoveFirst(); });
+}
+
 } // namespace
