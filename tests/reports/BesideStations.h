@@ -78,6 +78,10 @@ protected:
         period(form, first, last);
         click(form, "CmdImprimir");
     }
+    /// Until no more of them come.
+    static void waitForRows() {
+        EXPECT_TRUE(QTest::qWaitFor([] { return report().state() != RowsState::coming; }, 60'000));
+    }
     static frmRel_ChequesSF& window() { return frmRel_ChequesSF::instance(); }
     /// What the window's label of that name says.
     static QString said(const char* name) { return text(window(), name); }

@@ -1,8 +1,10 @@
 // Reports of a file that other stations and programs write meanwhile.
 #include "print/ReportPrinting.h"
 #include "reports/BesideStations.h"
+#include "reports/FonteDeCheques.h"
 
-#include <QPushButton>
+#include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -34,7 +36,8 @@ TEST_P(ReportBesideStations, OneThatFindsNothingLeavesTheRowsOfTheOneOnShowComin
     ASSERT_FALSE(report().isComplete());
     expectMessage("Impressão", "Não há registros a imprimir.");
     ask("01011990", "31011990");
-    ASSERT_TRUE(QTest::qWaitFor([] { return report().isComplete(); }, 60'000));
+    waitForRows();
+    ASSERT_TRUE(report().isComplete());
     EXPECT_THAT(printed(), Contains("Total: 400,00"));
     EXPECT_THAT(printed(), Contains(HasSubstr("01/05/2025 a 31/05/2025")));
 }
@@ -47,7 +50,8 @@ TEST_P(ReportBesideStations, OneWhoseRowsStopComingIsToldAndNeitherPrintedNorSav
     {
         const WritingProgram other(shop().file(), GetParam());
         expectFailure(kBusy);
-        ASSERT_TRUE(QTest::qWaitFor([] { return report().state() == RowsState::failed; }, 60'000));
+        waitForRows();
+        ASSERT_EQ(report().state(), RowsState::failed);
     }
     EXPECT_THAT(said("failed").toStdString(),
                 HasSubstr("Relatório incompleto: a leitura das linhas parou depois de "));
@@ -67,7 +71,8 @@ TEST_P(ReportBesideStations, OneWhoseRowsStopComingCanBeTriedAgain) {
     {
         const WritingProgram other(shop().file(), GetParam());
         expectFailure(kBusy);
-        ASSERT_TRUE(QTest::qWaitFor([] { return report().state() == RowsState::failed; }, 60'000));
+        waitForRows();
+        ASSERT_EQ(report().state(), RowsState::failed);
         const QString before = said("failed");
         expectFailure(kBusy); // it still writes
         click(window(), "again");
@@ -75,9 +80,116 @@ TEST_P(ReportBesideStations, OneWhoseRowsStopComingCanBeTriedAgain) {
     }
     click(window(), "again");
     EXPECT_FALSE(control(window(), "failed").isVisible());
-    ASSERT_TRUE(QTest::qWaitFor([] { return report().isComplete(); }, 60'000));
+    waitForRows();
+    ASSERT_TRUE(report().isComplete());
     EXPECT_THAT(printed(), Contains("Total: 400,00"));
     EXPECT_EQ(said("pageCount"), "Página 1 de 9");
+}
+
+// ---- Rows that change while they are read
+
+/// Runs `save` at some of the rows that come in, as another station saves while they do.
+class SavesMeanwhile {
+public:
+    SavesMeanwhile(int every, int most, std::function<void()> save) {
+        QObject::connect(frmRel_ChequesSF::instance().findChild<Relatorio*>("Relatorio"),
+                         &Relatorio::detail, &life_,
+                         [this, every, most, save = std::move(save)](const ReportRow&) {
+                             if (++rows_ % every != 0 || saved_ == most)
+                                 return;
+                             ++saved_;
+                             save();
+                         });
+    }
+    [[nodiscard]] int saved() const noexcept { return saved_; }
+
+private:
+    QObject life_;
+    int rows_ = 0;
+    int saved_ = 0;
+};
+
+/// Takes a real from the last cheque and gives it to the first: both sum up to the same as before.
+void moveAReal(ado::Connection& by) {
+    ado::Recordset cheques;
+    cheques.Open("select * from cheques where data=#05/01/2025# order by lancamento", by);
+    ado::Transaction both(by);
+    for (const std::int64_t step : {10'000, -10'000}) {
+        step > 0 ? cheques.MoveFirst() : cheques.MoveLast();
+        cheques["valor"] = jet::Currency{cheques["valor"].currency().tenThousandths + step};
+        cheques.Update();
+    }
+    both.commit();
+}
+
+/// The amounts of the report on show, in its order.
+std::vector<std::int64_t> amounts(const Relatorio& report) {
+    std::vector<std::int64_t> found;
+    report.rows().visit(0, report.rows().size(), [&](qint64, const std::vector<ReportValue>& row) {
+        found.push_back(std::get<Amount>(row[3]).tenThousandths);
+        return true;
+    });
+    return found;
+}
+
+TEST_P(ReportBesideStations, OneIsOfOneStateWhenAnotherStationSavesMeanwhile) {
+    ado::Connection other;
+    other.Open(data().Automacao.ConnectionString());
+    SavesMeanwhile saves(200, 1, [&] { moveAReal(other); });
+    ask("01052025", "31052025");
+    waitForRows();
+    ASSERT_TRUE(report().isComplete());
+    EXPECT_EQ(saves.saved(), 1);
+    const auto found = amounts(report());
+    ASSERT_EQ(found.size(), std::size_t{kCheques});
+    EXPECT_EQ(std::ranges::max(found), 20'000);
+    EXPECT_EQ(std::ranges::min(found), 0);
+    EXPECT_THAT(printed(), Contains("Total: 400,00"));
+}
+
+TEST_P(ReportBesideStations, OneIsOfOneStateWhenThisProgramSavesMeanwhile) {
+    SavesMeanwhile saves(200, 1, [&] { moveAReal(data().Automacao); });
+    ask("01052025", "31052025");
+    waitForRows();
+    ASSERT_TRUE(report().isComplete());
+    EXPECT_EQ(saves.saved(), 1);
+    EXPECT_EQ(std::ranges::max(amounts(report())), 20'000);
+    EXPECT_THAT(printed(), Contains("Total: 400,00"));
+}
+
+TEST_P(ReportBesideStations, OneComesToItsEndHoweverOftenAnotherStationSaves) {
+    ado::Connection other;
+    other.Open(data().Automacao.ConnectionString());
+    int changes = 0;
+    QObject::connect(&report(), &Relatorio::startedOver, &window(), [&] { ++changes; });
+    SavesMeanwhile saves(50, -1, [&] { moveAReal(other); });
+    ask("01052025", "31052025");
+    waitForRows();
+    ASSERT_TRUE(report().isComplete());
+    EXPECT_EQ(changes, FonteDeCheques::kVezes);
+    EXPECT_GT(saves.saved(), changes);
+    const auto found = amounts(report());
+    EXPECT_EQ(found.size(), std::size_t{kCheques});
+    EXPECT_EQ(std::ranges::max(found) - 10'000, 10'000 - std::ranges::min(found));
+    EXPECT_THAT(printed(), Contains("Total: 400,00"));
+}
+
+TEST_P(ReportBesideStations, OneHasTheRowsThatCameAndWithoutThoseThatWent) {
+    ado::Connection other;
+    other.Open(data().Automacao.ConnectionString());
+    SavesMeanwhile saves(200, 1, [&] {
+        addCheques(other, 30);
+        ado::Recordset first;
+        first.Open("select * from cheques where data=#05/01/2025# order by lancamento", other);
+        for (int i = 0; i < 10; ++i, first.MoveNext())
+            first.Delete();
+        other.flush();
+    });
+    ask("01052025", "31052025");
+    waitForRows();
+    ASSERT_TRUE(report().isComplete());
+    EXPECT_EQ(report().rows().size(), kCheques + 20);
+    EXPECT_THAT(printed(), Contains("Total: 420,00"));
 }
 
 INSTANTIATE_TEST_SUITE_P(, ReportBesideStations, bothVersions(), versionName);
