@@ -1,6 +1,7 @@
 #include "ado/SqlFunctions.h"
 
 #include "jet/Error.h"
+#include "jet/TextParts.h"
 #include "jet/Types.h"
 #include "jet/Utf8.h"
 
@@ -50,26 +51,6 @@ void giveText(Context context, std::string_view text) {
 
 // ---- texts ------------------------------------------------------------------------------------
 
-/// Bytes of the character at `at`; what isn't UTF-8 counts byte by byte.
-std::size_t lengthAt(std::string_view text, std::size_t at) {
-    return std::max<std::size_t>(1, jet::utf8At(text, at).length);
-}
-
-/// Where the character number `count` (from 0) begins; the end if there are fewer.
-std::size_t placeOf(std::string_view text, std::int64_t count) {
-    std::size_t at = 0;
-    for (; at < text.size() && count > 0; --count)
-        at += lengthAt(text, at);
-    return at;
-}
-
-std::int64_t characters(std::string_view text) {
-    std::int64_t count = 0;
-    for (std::size_t at = 0; at < text.size(); at += lengthAt(text, at))
-        ++count;
-    return count;
-}
-
 /// A place or length; too small a one is an error of the statement.
 std::optional<std::int64_t> countArgument(Context context, sqlite3_value* value,
                                           std::int64_t least) {
@@ -90,38 +71,27 @@ void mid(Context context, int count, Arguments arguments) {
     const auto from = countArgument(context, arguments[1], 1);
     if (!from)
         return;
-    std::string_view text = textOf(arguments[0]);
-    text.remove_prefix(placeOf(text, *from - 1));
+    std::string_view text = jet::middleOf(textOf(arguments[0]), *from);
     if (count > 2) {
         const auto length = countArgument(context, arguments[2], 0);
         if (!length)
             return;
-        text = text.substr(0, placeOf(text, *length));
+        text = jet::leftOf(text, *length);
     }
     giveText(context, text);
 }
 
-void left(Context context, int count, Arguments arguments) {
+template <std::string_view (*Part)(std::string_view, std::int64_t)>
+void side(Context context, int count, Arguments arguments) {
     if (anyNull(count, arguments))
         return sqlite3_result_null(context);
-    const std::string_view text = textOf(arguments[0]);
     if (const auto length = countArgument(context, arguments[1], 0))
-        giveText(context, text.substr(0, placeOf(text, *length)));
-}
-
-void right(Context context, int count, Arguments arguments) {
-    if (anyNull(count, arguments))
-        return sqlite3_result_null(context);
-    const std::string_view text = textOf(arguments[0]);
-    if (const auto length = countArgument(context, arguments[1], 0)) {
-        const std::int64_t skipped = std::max<std::int64_t>(0, characters(text) - *length);
-        giveText(context, text.substr(placeOf(text, skipped)));
-    }
+        giveText(context, Part(textOf(arguments[0]), *length));
 }
 
 void len(Context context, int /*count*/, Arguments arguments) {
     if (!isNull(arguments[0]))
-        sqlite3_result_int64(context, characters(textOf(arguments[0])));
+        sqlite3_result_int64(context, jet::lengthOf(textOf(arguments[0])));
 }
 
 void instr(Context context, int count, Arguments arguments) {
@@ -130,49 +100,19 @@ void instr(Context context, int count, Arguments arguments) {
     const std::string_view text = textOf(arguments[0]);
     const std::size_t at = text.find(textOf(arguments[1]));
     sqlite3_result_int64(context,
-                         at == std::string_view::npos ? 0 : characters(text.substr(0, at)) + 1);
+                         at == std::string_view::npos ? 0 : jet::lengthOf(text.substr(0, at)) + 1);
 }
 
-/// Letters of Latin-1 and ASCII; a field of the shop has no others.
-char32_t upper(char32_t c) {
-    const bool small = (c >= 'a' && c <= 'z') || (c >= 0xE0 && c <= 0xFE && c != 0xF7);
-    return small ? c - 0x20 : c;
-}
-char32_t lower(char32_t c) {
-    const bool capital = (c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7);
-    return capital ? c + 0x20 : c;
+template <std::string (*Change)(std::string_view)>
+void changed(Context context, int /*count*/, Arguments arguments) {
+    if (!isNull(arguments[0]))
+        guarded(context, [&] { giveText(context, Change(textOf(arguments[0]))); });
 }
 
-template <char32_t (*Change)(char32_t)>
-void eachLetter(Context context, int /*count*/, Arguments arguments) {
-    if (isNull(arguments[0]))
-        return;
-    guarded(context, [&] {
-        const std::string_view text = textOf(arguments[0]);
-        std::string changed;
-        changed.reserve(text.size());
-        for (std::size_t at = 0; at < text.size();) {
-            const auto character = jet::utf8At(text, at);
-            if (character.length == 0)
-                changed += text[at++];
-            else
-                jet::appendUtf8(changed, Change(character.codePoint));
-            at += character.length;
-        }
-        giveText(context, changed);
-    });
-}
-
-template <bool Left, bool Right>
+template <jet::Side Side>
 void trim(Context context, int /*count*/, Arguments arguments) {
-    if (isNull(arguments[0]))
-        return;
-    std::string_view text = textOf(arguments[0]);
-    while (Left && !text.empty() && text.front() == ' ')
-        text.remove_prefix(1);
-    while (Right && !text.empty() && text.back() == ' ')
-        text.remove_suffix(1);
-    giveText(context, text);
+    if (!isNull(arguments[0]))
+        giveText(context, jet::trimmed(textOf(arguments[0]), Side));
 }
 
 /// One side of `&`: a number as its digits, with no ".0" behind a whole one.
@@ -213,18 +153,18 @@ bool isLike(std::string_view pattern, std::string_view text) {
     std::size_t resume = 0;
     while (in < text.size()) {
         const char sign = at < pattern.size() ? pattern[at] : '\0';
-        const bool fits =
-            at < pattern.size() && (sign == '_' || lower(jet::utf8At(pattern, at).codePoint) ==
-                                                       lower(jet::utf8At(text, in).codePoint));
+        const bool fits = at < pattern.size() &&
+                          (sign == '_' || jet::lowerCase(jet::utf8At(pattern, at).codePoint) ==
+                                              jet::lowerCase(jet::utf8At(text, in).codePoint));
         if (sign == '%') {
             afterPercent = ++at;
             resume = in;
         } else if (fits) {
-            at += lengthAt(pattern, at);
-            in += lengthAt(text, in);
+            at += jet::bytesAt(pattern, at);
+            in += jet::bytesAt(text, in);
         } else if (afterPercent != kNone) {
             at = afterPercent;
-            resume += lengthAt(text, resume);
+            resume += jet::bytesAt(text, resume);
             in = resume;
         } else {
             return false;
@@ -358,33 +298,33 @@ struct Function {
 };
 
 constexpr Function kFunctions[] = {
-    {"mid",              "jet_mid",         3, mid},
-    {"mid",               "jet_mid",                                2, mid},
-    {"left","jet_left",2, left},
-    {"right",                  "jet_right",                              2, right},
-    {"len",                 "jet_len",                                                   1, len},
-    {"instr",            "jet_instr", 2, instr},
-    {"ucase",             "jet_ucase",                              1, eachLetter<upper>},
-    {"lcase","jet_lcase",1, eachLetter<lower>},
-    {"trim",                  "jet_trim",                             1, trim<true, true>},
-    {"ltrim",                 "jet_ltrim",                             1, trim<true, false>},
-    {"rtrim",            "jet_rtrim",      1, trim<false, true>},
+    {"mid",                    "jet_mid",         3, mid},
+    {"mid",                     "jet_mid",                                      2, mid},
+    {"left","jet_left",2, side<jet::leftOf>},
+    {"right",                        "jet_right",                                    2, side<jet::rightOf>},
+    {"len",                       "jet_len",                                                  1, len},
+    {"instr",                  "jet_instr", 2, instr},
+    {"ucase",      "jet_ucase",                       1, changed<jet::upperCase>},
+    {"lcase","jet_lcase",1, changed<jet::lowerCase>},
+    {"trim",                        "jet_trim",                                   1, trim<jet::Side::both>},
+    {"ltrim",                       "jet_ltrim",                                   1, trim<jet::Side::left>},
+    {"rtrim",                  "jet_rtrim",                   1, trim<jet::Side::right>},
     {"nz", "jet_nz",                  2, nz},
-    {"isnull",               "jet_isnull",                                                                         1, isNullFunction},
-    {"int",                  "jet_int",                              1, whole<down>},
-    {"fix",                 "jet_fix",1, whole<towardsZero>},
-    {"date",                  "jet_date",                             0, today, nullptr, false},
-    {"now",                 "jet_now",0, now, nullptr, false},
-    {"year",                  "jet_year",                             1, datePart<&jet::CivilTime::year>},
-    {"month",                 "jet_month",                   1, datePart<&jet::CivilTime::month>},
-    {"day",                  "jet_day",                                1, datePart<&jet::CivilTime::day>},
-    {"sum",                 "jet_sum",               1, addToSum, giveSum},
-    {"avg",           "jet_avg",  1, addToSum, giveAverage},
-    {"count",    "count"                    },
-    {"min","min"},
-    {"max",                  "max"                              },
-    {"abs",                 "abs"                   },
-    {"iif",             "iif"  },
+    {"isnull",                     "jet_isnull",                                                                              1, isNullFunction},
+    {"int",                        "jet_int",                                    1, whole<down>},
+    {"fix",                       "jet_fix",1, whole<towardsZero>},
+    {"date",                  "jet_date",  0, today, nullptr, false},
+    {"now",   "jet_now",                    0, now, nullptr, false},
+    {"year","jet_year",1, datePart<&jet::CivilTime::year>},
+    {"month",                        "jet_month",                                      1, datePart<&jet::CivilTime::month>},
+    {"day",                       "jet_day",                     1, datePart<&jet::CivilTime::day>},
+    {"sum",                 "jet_sum",  1, addToSum, giveSum},
+    {"avg",          "jet_avg",                           1, addToSum, giveAverage},
+    {"count","count"},
+    {"min",                        "min"                                    },
+    {"max",                       "max"                                     },
+    {"abs",                   "abs"        },
+    {"iif",                   "iif"                            },
 };
 /// What operators call.
 constexpr Function kOperators[] = {

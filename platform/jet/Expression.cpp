@@ -1,5 +1,6 @@
 #include "jet/Expression.h"
 
+#include "jet/Functions.h"
 #include "jet/Like.h"
 #include "jet/Names.h"
 #include "jet/Operators.h"
@@ -52,20 +53,6 @@ constexpr Named kMultiplying[] = {
     {"/", Op::divide  }
 };
 constexpr std::span<const Named> kArithmetic[] = {kJoining, kAdding, kMultiplying};
-
-struct Function {
-    std::string_view name;
-    std::size_t arguments;
-    Op op;
-};
-constexpr Function kFunctions[] = {
-    {"date",    0, Op::today    },
-    {"now",     0, Op::now      },
-    {"time",    0, Op::timeOfDay},
-    {"len",     1, Op::length   },
-    {"isnull",  1, Op::isNull   },
-    {"genguid", 0, Op::newGuid  }
-};
 
 struct Word {
     std::string_view name;
@@ -151,8 +138,17 @@ private:
 
     // ---- steps --------------------------------------------------------------------------------
 
-    void emit(Op op, std::size_t operand = 0) {
-        made_.steps_.push_back({op, static_cast<std::uint32_t>(operand)});
+    void emit(Op op, std::size_t operand = 0, std::size_t count = 0) {
+        made_.steps_.push_back(
+            {op, static_cast<std::uint8_t>(count), static_cast<std::uint32_t>(operand)});
+    }
+    /// A jump to where land() is told.
+    std::size_t emitJump(Op op) {
+        emit(op);
+        return made_.steps_.size() - 1;
+    }
+    void land(std::size_t jump) {
+        made_.steps_[jump].operand = static_cast<std::uint32_t>(made_.steps_.size());
     }
     void constant(Value value) {
         emit(Op::constant, made_.constants_.size());
@@ -338,15 +334,42 @@ private:
         column(text);
     }
 
-    void call(const std::string& name) {
-        const Function* const function = named(std::span<const Function>(kFunctions), name);
-        need(function != nullptr && takeSign("("));
+    void call(std::string name) {
+        if (name == "iif")
+            return choice();
+        const bool asText = name.back() == '$';
+        if (asText)
+            name.pop_back();
+        const Function* const function = named(knownFunctions(), name);
+        need(function != nullptr && (!asText || function->givesText) && takeSign("("));
+        std::size_t count = 0;
         nested([&] {
-            for (std::size_t i = 0; i < function->arguments; ++i)
-                arithmetic(0);
+            for (bool more = !isSign(")"); more; more = takeSeparator(), ++count)
+                logical(0);
             need(takeSign(")"));
         });
-        emit(function->op);
+        need(count >= function->least && count <= function->most);
+        emit(Op::call, static_cast<std::size_t>(function - knownFunctions().data()), count);
+    }
+
+    /// The sign between the values of a call; the second where the rule was typed in Portuguese.
+    bool takeSeparator() { return takeSign(",") || takeSign(";"); }
+
+    /// IIf(condition, value, value).
+    void choice() {
+        need(takeSign("("));
+        nested([&] {
+            logical(0);
+            need(takeSeparator());
+            const std::size_t otherwise = emitJump(Op::jumpUnless);
+            logical(0);
+            need(takeSeparator());
+            const std::size_t end = emitJump(Op::jump);
+            land(otherwise);
+            logical(0);
+            land(end);
+            need(takeSign(")"));
+        });
     }
 
     /// A column, by its name or by the table's and its own.

@@ -14,10 +14,10 @@ namespace jet {
 ///
 /// Known are = <> < <= > >=, In (...), Between ... And ..., Like, Is [Not] Null, And, Or, Xor, Not,
 /// + - * / &, parentheses, texts, numbers, #dates#, True, False, Yes, No, On, Off, Null, columns by
-/// name, and the functions Date(), Now(), Time(), Len(), IsNull() and GenGUID(). In a column's rule
-/// a comparison that begins with its operator is one of the column, and so is a constant where a
-/// condition should be: "M" Or "F". A condition has three outcomes: with a null it is neither true
-/// nor false.
+/// name, IIf(), of which only the branch is evaluated that counts, and the functions of
+/// Functions.h. In a column's rule a comparison that begins with its operator is one of the column,
+/// and so is a constant where a condition should be: "M" Or "F". A condition has three outcomes:
+/// with a null it is neither true nor false.
 class Expression {
 public:
     /// What the names in an expression stand for.
@@ -33,7 +33,9 @@ public:
     /// @throws Error{syntax} for what isn't one or has parts that aren't known here.
     Expression(std::string_view text, const Names& names, const Collation& order);
 
-    /// @throws Error{outOfRange}, its what() a phrase, if the values don't suit the operators.
+    /// Takes a bounded time and memory, whatever the expression and the values.
+    /// @throws Error{outOfRange}, its what() a phrase, if the values don't suit the operators and
+    /// functions, or are too long for that bound.
     [[nodiscard]] Value evaluate(const Field& field) const;
 
     /// Whether it looks at a column at all.
@@ -62,15 +64,14 @@ public:
         divide,
         join,
         minus,
-        length,
-        today,
-        now,
-        timeOfDay,
-        newGuid,
+        call,       ///< operand: which function; count: of values
+        jump,       ///< operand: the step that comes next
+        jumpUnless, ///< the same, but only if the value, which goes, isn't true
     };
     /// One step of a reckoning on a stack: a nesting however deep needs no recursion.
     struct Step {
         Op op;
+        std::uint8_t count = 0;
         std::uint32_t operand = 0;
     };
 

@@ -1,11 +1,8 @@
 // How the steps of an expression are carried out.
 #include "jet/Expression.h"
+#include "jet/Functions.h"
 #include "jet/Like.h"
 #include "jet/Operators.h"
-#include "jet/Utf8.h"
-
-#include <algorithm>
-#include <cmath>
 
 namespace jet {
 
@@ -77,18 +74,12 @@ Value likeness(const Value& value, const Value& pattern, const Collation& order)
     return text && model ? Value(isLike(*text, *model, order)) : Value{};
 }
 
-/// In characters as the file counts them: one beyond the first 65,536 counts twice.
-Value lengthOf(const Value& value) {
-    const auto text = textOf(value);
-    if (!text)
-        return {};
-    std::int64_t length = 0;
-    for (std::size_t at = 0; at < text->size();) {
-        const Utf8Character c = utf8At(*text, at);
-        length += c.codePoint > 0xFFFF ? 2 : 1;
-        at += std::max<std::size_t>(1, c.length);
-    }
-    return length;
+/// What a value costs to have: the bytes of texts.
+std::size_t weightOf(const Value& value) {
+    if (const auto* text = std::get_if<std::string>(&value))
+        return text->size();
+    const auto* bytes = std::get_if<Bytes>(&value);
+    return bytes != nullptr ? bytes->size() : 0;
 }
 
 Value ofTwo(Op op, const Value& a, const Value& b, const Collation& order) {
@@ -120,31 +111,40 @@ Value ofTwo(Op op, const Value& a, const Value& b, const Collation& order) {
 
 Value Expression::evaluate(const Field& field) const {
     std::vector<Value> stack;
+    Effort effort;
+    const auto push = [&](Value value) {
+        effort.spend(weightOf(value));
+        stack.push_back(std::move(value));
+    };
     const auto pop = [&] {
         Value value = std::move(stack.back());
         stack.pop_back();
         return value;
     };
-    for (const Step& step : steps_) {
+    for (std::size_t at = 0; at < steps_.size(); ++at) {
+        const Step& step = steps_[at];
         switch (step.op) {
         case Op::constant:
-            stack.push_back(constants_[step.operand]);
+            push(constants_[step.operand]);
             break;
         case Op::column:
-            stack.push_back(field(step.operand));
+            push(field(step.operand));
             break;
-        case Op::today:
-            stack.emplace_back(Date::today());
+        case Op::jump:
+            at = step.operand - 1;
             break;
-        case Op::now:
-            stack.emplace_back(Date::now());
+        case Op::jumpUnless:
+            if (!truthOf(pop()).value_or(false))
+                at = step.operand - 1;
             break;
-        case Op::timeOfDay:
-            stack.emplace_back(Date{std::fmod(Date::now().days, 1)});
+        case Op::call: {
+            const std::size_t first = stack.size() - step.count;
+            Value result = knownFunctions()[step.operand].body(
+                {std::span<const Value>(stack).subspan(first), *order_, effort});
+            stack.resize(first);
+            push(std::move(result));
             break;
-        case Op::newGuid:
-            stack.emplace_back(Guid::random());
-            break;
+        }
         case Op::isNull:
             stack.back() = isNull(stack.back());
             break;
@@ -153,9 +153,6 @@ Value Expression::evaluate(const Field& field) const {
             break;
         case Op::minus:
             stack.back() = negated(stack.back());
-            break;
-        case Op::length:
-            stack.back() = lengthOf(stack.back());
             break;
         case Op::in: {
             const std::size_t first = stack.size() - step.operand;
@@ -173,7 +170,8 @@ Value Expression::evaluate(const Field& field) const {
         }
         default: {
             const Value right = pop();
-            stack.back() = ofTwo(step.op, stack.back(), right, *order_);
+            const Value left = pop();
+            push(ofTwo(step.op, left, right, *order_));
         }
         }
     }

@@ -1,6 +1,7 @@
 #include "jet/Operators.h"
 
 #include "jet/Error.h"
+#include "jet/FormatParts.h"
 #include "jet/Tokens.h"
 
 #include <array>
@@ -235,8 +236,10 @@ std::optional<std::string> textOf(const Value& value) {
         return id->text();
     if (const auto* whole = std::get_if<std::int64_t>(&value))
         return std::to_string(*whole);
-    if (std::holds_alternative<bool>(value) || std::holds_alternative<Date>(value))
+    if (std::holds_alternative<bool>(value))
         mismatch();
+    if (const auto* date = std::get_if<Date>(&value))
+        return functions::formattedDate(*date, functions::signsOf("c"), {});
     if (const auto number = plainNumber(value))
         return digitsOf(asReal(*number));
     mismatch();

@@ -33,7 +33,8 @@ namespace jet {
 [[nodiscard]] std::optional<bool> truthOf(const Value& value);
 /// The number that a value counts as; nothing for null.
 [[nodiscard]] std::optional<double> numberOf(const Value& value);
-/// A text, or a number as the file's rules write it ("12.5"); nothing for null.
+/// A text, a number as the file's rules write it ("12.5"), a date as one writes it in Brazil
+/// ("31/12/2026 08:30:00"); nothing for null.
 [[nodiscard]] std::optional<std::string> textOf(const Value& value);
 
 } // namespace jet

@@ -299,10 +299,10 @@ TEST_P(Rules, ARuleThatCannotBeUnderstoodMakesTheTableReadOnly) {
     });
     const std::string deep(100, '(');
     const std::pair<std::string, std::string> rules[] = {
-        {"idade", "DMax('x','y')>1"   },
-        {"",      "[outro]>1"         },
-        {"nome",  "Left([nome],1)='A'"},
-        {"idade", deep                },
+        {"idade", "DMax('x','y')>1"       },
+        {"",      "[outro]>1"             },
+        {"nome",  "StrReverse([nome])='A'"},
+        {"idade", deep                    },
     };
     for (const auto& [column, text] : rules) {
         FileRule rule;
