@@ -6,6 +6,9 @@
 #include "jet/FileAlone.h"
 #include "jet/FileSteps.h"
 #include "jet/Header.h"
+#include "jet/LiveCopy.h"
+#include "jet/Recovery.h"
+#include "jet/Rotation.h"
 #include "jet/Sharing.h"
 
 #include <algorithm>
@@ -17,50 +20,17 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kChunk = std::size_t{1} << 20;
-constexpr int kTries = 5;
+/// The byte of a copy, far beyond its end, that is locked while it is being made.
+constexpr std::uint64_t kAtWork = 0x7FFF0000;
+constexpr std::int64_t kDay = std::int64_t{24} * 60 * 60 * 1'000'000'000; ///< see Disk::Entry
 
-/// The bytes of one file into a new one, synced.
-void copyFile(const std::filesystem::path& from, const UnnamedFile& to,
-              const std::stop_token& stop) {
-    Disk& disk = to.disk();
-    if (disk.exists(to.path())) // what an earlier try has left
-        File::remove(disk, to.path());
-    const File source(from, File::Mode::read, disk);
-    File target(to.path(), File::Mode::createNew, disk);
-    std::vector<std::byte> chunk;
-    const std::uint64_t size = source.size();
-    for (std::uint64_t at = 0; at < size; at += chunk.size()) {
-        if (stop.stop_requested())
-            throw Error(Errc::cancelled, "A cópia foi interrompida.");
-        chunk.resize(std::min<std::uint64_t>(kChunk, size - at));
-        source.read(at, chunk);
-        target.write(at, chunk);
+/// Until it is closed nobody takes the file for one that was left behind.
+void markAtWork(File& file) {
+    try {
+        static_cast<void>(file.tryLock(Disk::Lock::exclusive, kAtWork));
+    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+        // A disk without locks: there nobody can tell that it was left behind, either.
     }
-    target.sync();
-}
-
-/// The same of a database that others are at work in: stations like ours wait until it is done;
-/// what a foreign program writes meanwhile is noticed.
-void copyUndisturbed(const std::filesystem::path& from, const UnnamedFile& to,
-                     const std::stop_token& stop) {
-    File database(from, File::Mode::read);
-    Sharing stations(database, formatOf(readHeader(database).version), [] {});
-    stations.enter(false);
-    for (int i = 0; i < kTries; ++i) {
-        stations.beginReading();
-        bool undisturbed = false;
-        try {
-            undisturbed = unchangedWhile(from, [&] { copyFile(from, to, stop); });
-        } catch (...) {
-            stations.endReading();
-            throw;
-        }
-        stations.endReading();
-        if (undisturbed)
-            return;
-    }
-    throw Error(Errc::locked, "O banco de dados está sendo alterado sem pausa.");
 }
 
 void requireSound(const UnnamedFile& copy, const std::string& what,
@@ -103,7 +73,7 @@ void keepAs(const std::filesystem::path& file, const std::filesystem::path& name
         File::link(disk, file, name);
     } catch (const Error&) {
         UnnamedFile copy(name, disk);
-        copyFile(file, copy, {});
+        copyFile(file, copy);
         copy.takeName();
     }
 }
@@ -132,15 +102,17 @@ void keepJournal(const std::filesystem::path& database, const std::filesystem::p
 
 } // namespace
 
-Backup::Backup(std::filesystem::path database, Today today)
-    : database_(std::move(database)), folder_(database_.parent_path() / "backup"),
-      today_(std::move(today)) {}
+Backup::Backup(std::filesystem::path database, Today today, Disk& disk)
+    : database_(disk.resolved(database)), folder_(database_.parent_path() / "backup"),
+      today_(std::move(today)), disk_(disk) {}
 
 std::chrono::year_month_day Backup::localToday() {
     using namespace std::chrono;
     const std::tm now = localNow();
     return year(now.tm_year + 1900) / (now.tm_mon + 1) / now.tm_mday;
 }
+
+// ---- the folder -------------------------------------------------------------------------------
 
 std::filesystem::path Backup::copyOf(std::chrono::year_month_day day) const {
     char text[32];
@@ -152,9 +124,8 @@ std::filesystem::path Backup::copyOf(std::chrono::year_month_day day) const {
     return folder_ / name;
 }
 
-std::optional<std::chrono::year_month_day> Backup::dayOf(const std::filesystem::path& copy) const {
+std::optional<std::chrono::year_month_day> Backup::dayOf(const std::string& name) const {
     const std::string stem = database_.stem().string();
-    const std::string name = copy.stem().string();
     int year = 0;
     unsigned month = 0;
     unsigned day = 0;
@@ -163,67 +134,212 @@ std::optional<std::chrono::year_month_day> Backup::dayOf(const std::filesystem::
         return std::nullopt;
     const std::chrono::year_month_day found =
         std::chrono::year(year) / static_cast<int>(month) / static_cast<int>(day);
-    return found.ok() && copyOf(found).filename() == copy.filename() ? std::optional(found)
-                                                                     : std::nullopt;
+    return found.ok() && copyOf(found).filename() == name ? std::optional(found) : std::nullopt;
+}
+
+std::filesystem::path Backup::notePath() const {
+    return folder_ / (database_.stem().string() + "-com-erros.txt");
+}
+
+/// Those with a copy's name, ascending.
+std::vector<Disk::Entry> Backup::entries() const {
+    std::vector<Disk::Entry> found = File::list(disk_, folder_);
+    std::erase_if(found, [&](const Disk::Entry& entry) { return !dayOf(entry.name); });
+    std::ranges::sort(found, {}, &Disk::Entry::name); // the names sort as the days do
+    return found;
 }
 
 std::vector<std::filesystem::path> Backup::copies() const {
     std::vector<std::filesystem::path> found;
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry(folder_, error), end; !error && entry != end;
-         entry.increment(error))
-        if (dayOf(entry->path()))
-            found.push_back(entry->path());
-    if (error && error != std::errc::no_such_file_or_directory)
-        throw Error(Errc::io, "A pasta \"" + folder_.string() +
-                                  "\" não pode ser lida: " + error.message() + ".");
-    std::ranges::sort(found); // the names sort as the days do
+    for (const Disk::Entry& entry : entries())
+        found.push_back(folder_ / entry.name);
     return found;
 }
 
-std::optional<std::filesystem::path> Backup::makeIfDue(const std::stop_token& stop) const {
-    const std::filesystem::path copy = copyOf(today_());
-    if (std::error_code error; std::filesystem::exists(copy, error))
+// ---- what copies are worth --------------------------------------------------------------------
+
+bool Backup::isSound(const Disk::Entry& entry, const std::stop_token& stop) {
+    if (!entry.isFile || entry.size == 0)
+        return false;
+    const auto known = checked_.find(entry.name);
+    if (known != checked_.end() && known->second.entry == entry)
+        return known->second.sound;
+    const bool sound = check(folder_ / entry.name, disk_, stop).sound();
+    checked_[entry.name] = {entry, sound};
+    return sound;
+}
+
+void Backup::remember(const std::filesystem::path& copy, bool sound) {
+    for (const Disk::Entry& entry : entries())
+        if (folder_ / entry.name == copy)
+            checked_[entry.name] = {entry, sound};
+}
+
+/// Whether a file of today's name is today's copy. It is looked at closely once.
+bool Backup::isTodays(const std::filesystem::path& copy, const std::stop_token& stop) {
+    for (const Disk::Entry& entry : entries()) {
+        if (folder_ / entry.name != copy)
+            continue;
+        const auto known = checked_.find(entry.name);
+        const bool again = known != checked_.end() && known->second.entry == entry;
+        return isSound(entry, stop) && (again || !isOld(copy));
+    }
+    return false;
+}
+
+/// Whether a copy has a name from a day when the clock was wrong: one of a day before holds more,
+/// which the database holds still (an older copy may have been brought back meanwhile).
+bool Backup::isOld(const std::filesystem::path& copy) const {
+    const auto mine = extentOf(copy, disk_, true);
+    std::optional<Extent> most;
+    for (const std::filesystem::path& other : copies()) {
+        if (other >= copy)
+            break;
+        const auto its = extentOf(other, disk_, true);
+        if (its && mine < its && (!most || its < most))
+            most = its;
+    }
+    return most && most <= extentOf(database_, disk_, false);
+}
+
+std::optional<std::filesystem::path> Backup::newestSound(const std::stop_token& stop) {
+    std::vector<Disk::Entry> found = entries();
+    const std::filesystem::path today = copyOf(today_());
+    const auto toCome = std::ranges::find_if(
+        found, [&](const Disk::Entry& entry) { return folder_ / entry.name > today; });
+    std::ranges::rotate(found, toCome);
+    for (auto entry = found.rbegin(); entry != found.rend(); ++entry)
+        if (isSound(*entry, stop))
+            return folder_ / entry->name;
+    return std::nullopt;
+}
+
+// ---- what is known of errors ------------------------------------------------------------------
+
+std::optional<std::string> Backup::damage() const {
+    constexpr std::size_t kLongest = 4096;
+    if (!disk_.exists(notePath()))
         return std::nullopt;
-    make(copy, stop);
-    removeOld(copy);
+    std::string text;
+    try {
+        const File note(notePath(), File::Mode::read, disk_);
+        text.resize(std::min<std::uint64_t>(note.size(), kLongest));
+        note.read(0, std::as_writable_bytes(std::span(text)));
+    } catch (const Error& error) {
+        if (error.code() == Errc::notFound)
+            return std::nullopt;
+        return "O banco de dados tem erros.";
+    }
+    text.erase(text.find_last_not_of(" \r\n") + 1);
+    return text;
+}
+
+void Backup::noteDamage(const std::string& sentence) noexcept {
+    try {
+        if (damage() == sentence)
+            return;
+        File::makeFolder(disk_, folder_);
+        UnnamedFile note(notePath(), disk_);
+        File file(note.path(), File::Mode::createNew, disk_);
+        static_cast<void>(disk_.copyRights(database_, note.path()));
+        const std::string line = sentence + '\n';
+        file.write(0, std::as_bytes(std::span(line)));
+        file.sync();
+        note.takeName();
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+        // Then those who come later meet it for themselves.
+    }
+}
+
+/// Whether a program died writing in the database, or met a damaged page, and said so in it.
+bool Backup::isSuspect() const {
+    File database(database_, File::Mode::read, disk_);
+    Sharing stations(database, formatOf(readHeader(database).version), [] {});
+    stations.enter(false);
+    return stations.isSuspect();
+}
+
+// ---- making one -------------------------------------------------------------------------------
+
+std::optional<std::filesystem::path> Backup::makeIfDue(const std::stop_token& stop) {
+    const std::filesystem::path copy = copyOf(today_());
+    const bool due = !isTodays(copy, stop);
+    try {
+        if (!due && !damage() && !isSuspect())
+            return std::nullopt;
+        make(copy, due, stop);
+    } catch (const Error& error) {
+        if (error.code() == Errc::corrupt || error.code() == Errc::unsupported)
+            noteDamage(error.what());
+        throw;
+    }
+    if (disk_.exists(notePath()))
+        File::remove(disk_, notePath());
+    if (!due)
+        return std::nullopt;
+    rotate();
     return copy;
 }
 
-void Backup::make(const std::filesystem::path& copy, const std::stop_token& stop) const {
-    std::error_code error;
-    std::filesystem::create_directory(folder_, error);
-    if (error)
-        throw Error(Errc::readOnly, "A pasta \"" + folder_.string() +
-                                        "\" não pode ser criada: " + error.message() + ".");
-    UnnamedFile unnamed(copy);
-    copyUndisturbed(database_, unnamed, stop);
+/// `keep`: the copy gets its name; otherwise it was made to be checked.
+void Backup::make(const std::filesystem::path& copy, bool keep, const std::stop_token& stop) {
+    File::makeFolder(disk_, folder_);
+    UnnamedFile unnamed(copy, disk_);
+    File file(unnamed.path(), File::Mode::createNew, disk_);
+    markAtWork(file);
+    static_cast<void>(
+        disk_.copyRights(database_, unnamed.path())); // before there is anything in it
+    LiveCopy::into(file, database_, stop);
     requireSound(unnamed, "O banco de dados tem erros e não foi copiado: ", stop);
+    if (!keep)
+        return;
     unnamed.takeName();
+    remember(copy, true);
 }
 
-void Backup::removeOld(const std::filesystem::path& newest) const {
-    std::error_code ignored;
-    std::vector<std::filesystem::path> there = copies();
-    std::erase(there, newest);
-    while (there.size() >= kKept) {
-        std::filesystem::remove(there.front(), ignored);
-        there.erase(there.begin());
+void Backup::rotate() const {
+    std::vector<DatedCopy> dated;
+    std::int64_t now = 0;
+    const std::filesystem::path today = copyOf(today_());
+    for (const Disk::Entry& entry : entries()) {
+        // What doesn't open is no copy, and none of ours to remove.
+        const auto extent =
+            entry.isFile ? extentOf(folder_ / entry.name, disk_, true) : std::nullopt;
+        if (extent)
+            dated.push_back({folder_ / entry.name, *dayOf(entry.name), *extent});
+        if (folder_ / entry.name == today)
+            now = entry.changedAt;
     }
-    // What is left of a program that was ended while it made a copy, days ago.
-    const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24);
-    for (std::filesystem::directory_iterator entry(folder_, ignored), end; entry != end;
-         entry.increment(ignored))
-        if (UnnamedFile::isOne(entry->path()) && entry->last_write_time(ignored) < old)
-            std::filesystem::remove(entry->path(), ignored);
+    for (const std::filesystem::path& copy : superfluous(std::move(dated), today_()))
+        static_cast<void>(disk_.remove(copy));
+    removeDeadParts(now);
 }
+
+/// What is left of a program that was ended while it made a copy: nobody has it open, nor has had
+/// it for a day by the clock of the disk, on which it is `now`.
+void Backup::removeDeadParts(std::int64_t now) const {
+    for (const Disk::Entry& entry : File::list(disk_, folder_)) {
+        const std::filesystem::path part = folder_ / entry.name;
+        if (!entry.isFile || !UnnamedFile::isOne(part) || entry.changedAt > now - kDay)
+            continue;
+        try {
+            const bool atWork = File(part, File::Mode::read, disk_).isHeld(kAtWork);
+            if (!atWork)
+                static_cast<void>(disk_.remove(part));
+        } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+            // Whose it is can't be told: it stays.
+        }
+    }
+}
+
+// ---- putting one back -------------------------------------------------------------------------
 
 std::optional<std::filesystem::path> restore(const std::filesystem::path& copy,
                                              const std::filesystem::path& name, Disk& disk) {
     const std::filesystem::path database = disk.resolved(name); // a link to it stays one
     const FileAlone alone(database, disk);
     UnnamedFile unnamed(database, disk);
-    copyFile(copy, unnamed, {});
+    copyFile(copy, unnamed);
     requireSound(unnamed, "A cópia tem erros e não foi restaurada: ");
     if (!disk.exists(database)) {
         unnamed.takeName();

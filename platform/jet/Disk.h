@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <memory>
 #include <span>
+#include <string>
+#include <vector>
 
 namespace jet {
 
@@ -48,6 +50,15 @@ public:
         [[nodiscard]] virtual bool isAt(const std::filesystem::path& path) = 0;
     };
 
+    /// What a folder holds, as it was when it was listed.
+    struct Entry {
+        std::string name; ///< within the folder
+        bool isFile{};    ///< a regular file; no link to one
+        std::uint64_t size{};
+        std::int64_t changedAt{}; ///< as Handle::changedAt()
+        friend bool operator==(const Entry&, const Entry&) = default;
+    };
+
     Disk() = default;
     Disk(const Disk&) = delete;
     Disk& operator=(const Disk&) = delete;
@@ -68,6 +79,11 @@ public:
     [[nodiscard]] virtual int link(const std::filesystem::path& file,
                                    const std::filesystem::path& name) = 0;
     [[nodiscard]] virtual int remove(const std::filesystem::path& path) = 0;
+    /// Everything in a folder, in no order. An entry that goes meanwhile may be left out.
+    [[nodiscard]] virtual int list(const std::filesystem::path& folder,
+                                   std::vector<Entry>& entries) = 0;
+    /// Makes a folder, in one that is there: 1 if done, 0 if there is one of that name.
+    [[nodiscard]] virtual int makeFolder(const std::filesystem::path& folder) = 0;
     /// Who may use `from` may use `to`.
     [[nodiscard]] virtual int copyRights(const std::filesystem::path& from,
                                          const std::filesystem::path& to) = 0;

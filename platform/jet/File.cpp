@@ -29,6 +29,14 @@ namespace {
                   (reason ? std::string(reason) : std::generic_category().message(error)) + ".");
 }
 
+[[noreturn]] void failFolder(const std::filesystem::path& folder, const char* done, int result) {
+    throw Error(result == -EACCES || result == -EPERM || result == -EROFS ? Errc::readOnly
+                : result == -ENOSPC || result == -EDQUOT                  ? Errc::full
+                                                                          : Errc::io,
+                "A pasta \"" + folder.string() + "\" não pode ser " + done + ": " +
+                    std::generic_category().message(-result) + ".");
+}
+
 /// The result, unless it is an error.
 template <class Result>
 Result checked(const char* action, const std::filesystem::path& path, Result result) {
@@ -104,6 +112,23 @@ void File::link(Disk& disk, const std::filesystem::path& file, const std::filesy
 void File::remove(Disk& disk, const std::filesystem::path& path) {
     checked("apagar", path, disk.remove(path));
     syncFolderOf(disk, path);
+}
+
+std::vector<Disk::Entry> File::list(Disk& disk, const std::filesystem::path& folder) {
+    std::vector<Disk::Entry> entries;
+    const int result = disk.list(folder, entries);
+    if (result < 0 && result != -ENOENT)
+        failFolder(folder, "lida", result);
+    return entries;
+}
+
+void File::makeFolder(Disk& disk, const std::filesystem::path& folder) {
+    const int result = disk.makeFolder(folder);
+    if (result < 0)
+        failFolder(folder, "criada", result);
+    // Where the disk doesn't want that, the folder is there all the same.
+    if (result > 0)
+        static_cast<void>(disk.copyRights(folder.parent_path(), folder));
 }
 
 void File::syncFolderOf(Disk& disk, const std::filesystem::path& path) {

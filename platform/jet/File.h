@@ -46,6 +46,11 @@ public:
     static void link(Disk& disk, const std::filesystem::path& file,
                      const std::filesystem::path& name);
     static void remove(Disk& disk, const std::filesystem::path& path);
+    /// Nothing where there is no such folder.
+    [[nodiscard]] static std::vector<Disk::Entry> list(Disk& disk,
+                                                       const std::filesystem::path& folder);
+    /// Unless it is there. Those who may use the folder around it may use it.
+    static void makeFolder(Disk& disk, const std::filesystem::path& folder);
     static void syncFolderOf(Disk& disk, const std::filesystem::path& path);
 
 private:

@@ -4,6 +4,10 @@
 #include "jet/File.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
+#include <cctype>
+#include <random>
 #include <string>
 #include <unistd.h>
 
@@ -13,13 +17,25 @@ namespace {
 
 constexpr const char* kMark = ".parcial-";
 constexpr std::size_t kHead = 4096;
+constexpr std::size_t kChunk = std::size_t{1} << 20;
 
-/// A name beside the target's that nothing has. A program of the same number that was interrupted,
-/// or one on another machine, may have left the first ones.
+std::string machineLetters() {
+    std::array<char, 256> name{};
+    if (::gethostname(name.data(), name.size() - 1) != 0)
+        return "local";
+    std::string letters(name.data());
+    std::erase_if(letters, [](unsigned char c) { return std::isalnum(c) == 0; });
+    return letters.substr(0, 32);
+}
+
+/// A name beside the target's that nothing has, nor will another program give: on another machine
+/// there may be one of the same number.
 std::filesystem::path unnamed(const std::filesystem::path& target, Disk& disk) {
-    for (int i = 1;; ++i) {
+    static std::atomic<unsigned> made{std::random_device{}()};
+    while (true) {
         std::filesystem::path name = target.stem();
-        name += kMark + std::to_string(::getpid()) + (i > 1 ? "-" + std::to_string(i) : "");
+        name += kMark + machineLetters() + "-" + std::to_string(::getpid()) + "-" +
+                std::to_string(made++);
         name += target.extension();
         name = target.parent_path() / name;
         if (!disk.exists(name))
@@ -53,6 +69,20 @@ void requireAbsent(const std::filesystem::path& path, Disk& disk) {
     if (disk.exists(path))
         throw Error(Errc::exists, "O arquivo \"" + path.string() +
                                       "\" já existe. Escolha outro nome para o arquivo novo.");
+}
+
+void copyFile(const std::filesystem::path& from, const UnnamedFile& to) {
+    Disk& disk = to.disk();
+    const File source(from, File::Mode::read, disk);
+    File target(to.path(), File::Mode::createNew, disk);
+    Bytes chunk;
+    const std::uint64_t size = source.size();
+    for (std::uint64_t at = 0; at < size; at += chunk.size()) {
+        chunk.resize(std::min<std::uint64_t>(kChunk, size - at));
+        source.read(at, chunk);
+        target.write(at, chunk);
+    }
+    target.sync();
 }
 
 FileState::FileState(const std::filesystem::path& path, Disk& disk) {

@@ -36,6 +36,10 @@ private:
     Disk& disk_;
 };
 
+/// The bytes of one file into a new one, synced.
+/// @throws Error{notFound, readOnly, full, io}.
+void copyFile(const std::filesystem::path& from, const UnnamedFile& to);
+
 /// @throws Error{exists} if there is something at `path`.
 void requireAbsent(const std::filesystem::path& path, Disk& disk);
 

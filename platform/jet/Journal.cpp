@@ -172,7 +172,7 @@ void Journal::empty() {
     if (file_->size() > kLargestKept) {
         file_->truncate(0);
     } else {
-        const std::array<std::byte, kHeader> zeros{};
+        const std::array<std::byte, kMagic.size()> zeros{};
         file_->write(0, zeros);
     }
 }
@@ -183,12 +183,11 @@ void Journal::remove() {
         File::remove(disk_, path_);
 }
 
-Journal::Reader::Reader(const std::filesystem::path& path, const Format& format, Disk& disk)
-    : file_(path, File::Mode::read, disk), format_(format) {
+Journal::Reader::Reader(const std::filesystem::path& path, const Format& format, Disk& disk, Of of)
+    : file_(path, File::Mode::read, disk), format_(format), of_(of) {
     if (file_.size() < kPrefix)
         return;
-    Bytes bytes(kPrefix);
-    file_.read(0, bytes);
+    const Bytes bytes = prefix();
     if (std::memcmp(bytes.data(), kMagic.data(), kMagic.size()) != 0 ||
         load<std::uint64_t>(bytes.data() + kHeaderSum) !=
             sumOf(std::span(bytes).first(kHeaderSum)) ||
@@ -207,6 +206,16 @@ Journal::Reader::Reader(const std::filesystem::path& path, const Format& format,
         header_ = header;
 }
 
+/// As it was written: of an empty journal the beginning is missing.
+Bytes Journal::Reader::prefix() const {
+    Bytes bytes(kPrefix);
+    file_.read(0, bytes);
+    const auto begin = std::span(bytes).first(kMagic.size());
+    if (of_ == Of::finished && std::ranges::all_of(begin, [](auto b) { return b == std::byte{}; }))
+        std::memcpy(begin.data(), kMagic.data(), kMagic.size());
+    return bytes;
+}
+
 bool Journal::Reader::readAll(const std::function<void(const Entry&)>& visit) {
     const std::uint64_t size = file_.size();
     std::uint64_t at = 0;
@@ -219,9 +228,8 @@ bool Journal::Reader::readAll(const std::function<void(const Entry&)>& visit) {
         sum.add(into);
         return true;
     };
-    Bytes prefix(kPrefix);
-    if (!take(prefix))
-        return false;
+    sum.add(prefix());
+    at = kPrefix;
     Bytes head(kEntryHead + format_.pageSize / kSector * 4);
     Bytes page(format_.pageSize);
     const std::uint32_t oldEnd = header_->fileBefore;

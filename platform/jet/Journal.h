@@ -37,7 +37,7 @@ struct JournalHeader {
 /// and on the disk before the first byte of the database changes; empty when none is being written.
 ///
 ///   offset  size
-///        0     8  "JETUNDO1"; zeros: empty, whatever follows
+///        0     8  "JETUNDO1"; zeros: empty, and what follows is of a transaction that is finished
 ///        8     4  page size
 ///       12     4  user
 ///       16     4  announced pair
@@ -57,7 +57,8 @@ struct JournalHeader {
 ///              8  checksum of everything before
 ///
 /// The file stays, emptied by zeros over its beginning, while the database is open: then a
-/// transaction costs no change of names in the folder. It is removed when the last one leaves.
+/// transaction costs no change of names in the folder, and who copies the file meanwhile learns
+/// which pages the last one has changed. It is removed when the last one leaves.
 class Journal {
 public:
     static constexpr std::size_t kSector = 512; ///< what a disk writes whole or not at all
@@ -89,9 +90,12 @@ public:
     /// Reads the journal that is there.
     class Reader {
     public:
+        /// `finished`: what an empty journal says of the transaction before; of no use for undoing.
+        enum class Of : std::uint8_t { unfinished, finished };
         /// @throws Error{notFound, io}.
-        Reader(const std::filesystem::path& path, const Format& format, Disk& disk);
-        /// Nothing if the journal is empty or its first bytes aren't a journal's of this format.
+        Reader(const std::filesystem::path& path, const Format& format, Disk& disk,
+               Of of = Of::unfinished);
+        /// Nothing if there is none, or the first bytes aren't a journal's of this format.
         [[nodiscard]] const std::optional<JournalHeader>& header() const noexcept {
             return header_;
         }
@@ -100,8 +104,11 @@ public:
         bool readAll(const std::function<void(const Entry&)>& visit);
 
     private:
+        [[nodiscard]] Bytes prefix() const;
+
         File file_;
         const Format& format_;
+        Of of_;
         std::optional<JournalHeader> header_;
     };
 

@@ -38,6 +38,8 @@ public:
     [[nodiscard]] const std::optional<std::string>& lastingReason() const noexcept {
         return lasting_;
     }
+    /// Whether a program died writing and left nothing to undo that with, or met a damaged page.
+    [[nodiscard]] bool isSuspect() const noexcept { return suspect_; }
     /// What recovery has to tell the operator.
     [[nodiscard]] const std::optional<std::string>& notice() const noexcept { return notice_; }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -31,6 +32,11 @@ struct flock rangeOf(short type, std::uint64_t offset, std::uint64_t count) {
     range.l_start = static_cast<off_t>(offset);
     range.l_len = static_cast<off_t>(count);
     return range;
+}
+
+std::int64_t changeOf(const struct stat& info) {
+    constexpr std::int64_t kNanoseconds = 1'000'000'000;
+    return info.st_mtim.tv_sec * kNanoseconds + info.st_mtim.tv_nsec;
 }
 
 class SystemHandle final : public Disk::Handle {
@@ -84,11 +90,8 @@ public:
         return static_cast<std::int64_t>(end);
     }
     std::int64_t changedAt() override {
-        constexpr std::int64_t kNanoseconds = 1'000'000'000;
         struct stat info {};
-        return ::fstat(handle_, &info) != 0
-                   ? -errno
-                   : info.st_mtim.tv_sec * kNanoseconds + info.st_mtim.tv_nsec;
+        return ::fstat(handle_, &info) != 0 ? -errno : changeOf(info);
     }
     bool isAt(const std::filesystem::path& path) override {
         struct stat mine {};
@@ -138,6 +141,31 @@ public:
     }
     int remove(const std::filesystem::path& path) override {
         return ::unlink(path.c_str()) == 0 ? 0 : -errno;
+    }
+    int list(const std::filesystem::path& folder, std::vector<Entry>& entries) override {
+        const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder.c_str()), &::closedir);
+        if (!open)
+            return -errno;
+        while (true) {
+            errno = 0;
+            const dirent* next = ::readdir(open.get());
+            if (!next)
+                return -errno;
+            struct stat info {};
+            const std::string name = next->d_name;
+            if (name != "." && name != ".." &&
+                ::fstatat(::dirfd(open.get()), next->d_name, &info, AT_SYMLINK_NOFOLLOW) == 0)
+                entries.push_back({name, S_ISREG(info.st_mode),
+                                   static_cast<std::uint64_t>(info.st_size), changeOf(info)});
+        }
+    }
+    int makeFolder(const std::filesystem::path& folder) override {
+        struct stat info {};
+        if (::mkdir(folder.c_str(), 0777) == 0)
+            return 1;
+        const int error = errno;
+        const bool there = ::stat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+        return error == EEXIST && there ? 0 : -error;
     }
     int copyRights(const std::filesystem::path& from, const std::filesystem::path& to) override {
         struct stat info {};

@@ -170,6 +170,26 @@ TEST_P(CopyCrash, ANewDatabaseIsWholeOrNotThere) {
     tell("creation", disk);
 }
 
+TEST_P(CopyCrash, ADailyCopyIsWholeOrNotThereAndTheOlderOnesStay) {
+    using namespace std::chrono;
+    DiskImage before = cutOff_;
+    before[kCopy] = older_.at(kPath);
+    MemoryDisk disk(before);
+    const auto made = Backup(
+                          kPath, [] { return 2026y / 11 / 20; }, disk)
+                          .makeIfDue();
+    ASSERT_TRUE(made);
+    const Bytes whole = disk.image().at(*made);
+    everyCut(before, disk, kCompactingRounds, [&](const DiskImage& image) {
+        ++points_;
+        ASSERT_EQ(flaw(image, kPath, content_), "");
+        ASSERT_TRUE(holds(image, kCopy, before.at(kCopy)));
+        ASSERT_TRUE(!image.contains(*made) || holds(image, *made, whole));
+    });
+    tell("a daily copy", disk);
+    EXPECT_GT(points_, 400U);
+}
+
 void CopyCrash::cutRestoring(const DiskImage& before, std::uint64_t replaced) {
     MemoryDisk disk(before);
     const auto kept = restore(kCopy, kPath, disk);

@@ -120,6 +120,29 @@ TEST_P(CopyFaults, ASalvageThatLosesSomethingSaysSo) {
         });
 }
 
+TEST_P(CopyFaults, ADailyCopyThatFailsLeavesTheFileAndTheOlderCopies) {
+    const std::string older = "/loja/backup/automacao-2026-11-19.mdb";
+    const std::string copy = "/loja/backup/automacao-2026-11-20.mdb";
+    DiskImage before = before_;
+    before[older] = older_.at(kPath);
+    everyFault(
+        before,
+        [](MemoryDisk& disk) {
+            using namespace std::chrono;
+            (void)Backup(
+                kPath, [] { return 2026y / 11 / 20; }, disk)
+                .makeIfDue();
+        },
+        [&](MemoryDisk& disk, bool done) {
+            expectSound(disk, kPath, content_);
+            EXPECT_TRUE(disk.image().at(older) == older_.at(kPath));
+            EXPECT_TRUE(!done || disk.exists(copy));
+            if (disk.exists(copy))
+                expectSound(disk, copy, content_);
+            expectTidy(disk, 1);
+        });
+}
+
 TEST_P(CopyFaults, ARestoringThatFailsLeavesTheFileOrHasReplacedIt) {
     DiskImage before = before_;
     before[kOther] = older_.at(kPath);

@@ -219,6 +219,24 @@ int MemoryDisk::remove(const std::filesystem::path& path) {
     return 0;
 }
 
+int MemoryDisk::list(const std::filesystem::path& folder, std::vector<Entry>& entries) {
+    const Busy busy;
+    if (const int failure = next())
+        return -failure;
+    for (const auto& [name, file] : names_)
+        if (const std::filesystem::path path(name); path.parent_path() == folder)
+            entries.push_back({path.filename().string(), true, files_[file]->bytes.size(),
+                               files_[file]->changes});
+    return 0;
+}
+
+/// Every folder is there.
+int MemoryDisk::makeFolder(const std::filesystem::path&) {
+    const Busy busy;
+    const int failure = next();
+    return failure ? -failure : 0;
+}
+
 int MemoryDisk::copyRights(const std::filesystem::path& from, const std::filesystem::path& to) {
     const Busy busy;
     if (const int failure = next())

@@ -43,6 +43,8 @@ public:
     int rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
     int link(const std::filesystem::path& file, const std::filesystem::path& name) override;
     int remove(const std::filesystem::path& path) override;
+    int list(const std::filesystem::path& folder, std::vector<Entry>& entries) override;
+    int makeFolder(const std::filesystem::path& folder) override;
     int copyRights(const std::filesystem::path& from, const std::filesystem::path& to) override;
     int syncFolderOf(const std::filesystem::path& path) override;
 

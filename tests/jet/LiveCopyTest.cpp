@@ -1,0 +1,164 @@
+// Copying a database while others save: the copy is of one state, and nobody is kept from saving.
+#include "jet/LiveCopy.h"
+
+#include "jet/Copies.h"
+#include "jet/LockFile.h"
+#include "jet/ShopWork.h"
+#include "support/Versions.h"
+
+#include <iostream>
+
+using namespace jet;
+
+namespace {
+
+const std::string kTarget = "/loja/copia.mdb";
+
+/// A shop's file on a disk in memory, and a station that saves whenever the copy leaves it room:
+/// before each time that R is taken for reading.
+class LiveCopies : public testing::TestWithParam<Version> {
+protected:
+    void fill(std::size_t bytes) {
+        Database::create(kPath, GetParam(), disk_);
+        station_.emplace(kPath, on(disk_));
+        Table& table = station_->createTable({
+            "Notas",
+            {{"codigo", ColumnType::longInteger, 0, true}, {"texto", ColumnType::memo}},
+            {{"chave", {{"codigo"}}, true}                                           }
+        });
+        for (std::size_t stored = 0; stored < bytes; stored += 2000)
+            rows_.push_back(table.insert(
+                Row{Value{}, std::string(2000, static_cast<char>('a' + stored % 26))}));
+        station_->flush();
+    }
+    /// One transaction: a row is changed, somewhere in the file, and one is added.
+    void save() {
+        Table& table = station_->table("Notas");
+        const RowId row = rows_[(++saves_ * 7919) % rows_.size()];
+        table.update(row, std::vector<Assignment>{
+                              {1, std::string(1900, static_cast<char>('A' + saves_ % 26))}
+        });
+        table.insert(Row{Value{}, "venda " + std::to_string(saves_)});
+        station_->flush();
+    }
+    /// Calls `work` whenever the copy is about to read a part.
+    void betweenParts(std::function<void()> work) {
+        disk_.onLock = [this, work = std::move(work)](std::uint64_t what) {
+            if (what != LockFile::kReading || atWork_)
+                return;
+            held_ = !held_; // taken, then given back
+            if (!held_)
+                return;
+            ++parts_;
+            atWork_ = true;
+            work();
+            atWork_ = false;
+        };
+    }
+    void copy() {
+        File target(kTarget, File::Mode::createNew, disk_);
+        LiveCopy::into(target, kPath, {});
+        disk_.onLock = {};
+        disk_.onRead = {};
+    }
+    void expectTheLastState() {
+        ASSERT_EQ(disk_.image().at(kTarget).size(), disk_.image().at(kPath).size());
+        EXPECT_TRUE(disk_.image().at(kTarget) == disk_.image().at(kPath));
+        EXPECT_TRUE(check(kTarget, disk_).clean());
+    }
+
+    MemoryDisk disk_;
+    std::optional<Database> station_;
+    std::vector<RowId> rows_;
+    std::size_t saves_ = 0;
+    std::size_t parts_ = 0;
+    bool held_ = false;
+    bool atWork_ = false;
+};
+
+INSTANTIATE_TEST_SUITE_P(, LiveCopies, bothVersions(), versionName);
+
+TEST_P(LiveCopies, WithAStationThatSavesBetweenAllPartsItIsOfItsLastState) {
+    fill(3 << 20);
+    betweenParts([this] { save(); });
+    copy(); // where a save is refused it throws
+    EXPECT_GE(saves_, (3U << 20) / LiveCopy::kPart);
+    EXPECT_LE(saves_, 4 * (3U << 20) / LiveCopy::kPart) << "what is left gets less and less";
+    std::cout << "parts: " << parts_ << ", saves meanwhile: " << saves_ << '\n';
+    expectTheLastState();
+}
+
+TEST_P(LiveCopies, WhereManySaveBetweenAllPartsTheRestIsTakenAtOnceIfItIsLittle) {
+    fill(1 << 20);
+    betweenParts([this] {
+        save();
+        save();
+    });
+    copy();
+    expectTheLastState();
+}
+
+TEST_P(LiveCopies, AndIfItIsMuchNobodyIsMadeToWait) {
+    fill(LiveCopy::kMostAtOnce + (1 << 20));
+    betweenParts([this] {
+        save();
+        save();
+    });
+    expectError(Errc::locked, "sem pausa", [this] { copy(); });
+}
+
+TEST_P(LiveCopies, TwoSavesAtOnceNowAndThenOnlyCostABeginning) {
+    fill(2 << 20);
+    betweenParts([this] {
+        save();
+        if (parts_ == 5)
+            save();
+    });
+    copy();
+    expectTheLastState();
+}
+
+TEST_P(LiveCopies, AProgramThatHeedsNoLockIsNoticed) {
+    fill(2 << 20);
+    File stranger(kPath, File::Mode::readWrite, disk_);
+    bool written = false;
+    disk_.onRead = [&](std::uint64_t offset) {
+        if (offset < (1U << 20) || written || atWork_)
+            return;
+        written = true;
+        const std::vector<std::byte> note(16, std::byte{0x5A});
+        stranger.write(disk_.image().at(kPath).size() - 16, note);
+        stranger.write(disk_.image().at(kPath).size() / 4 + 100, note); // copied by now
+    };
+    copy();
+    EXPECT_TRUE(written);
+    EXPECT_TRUE(disk_.image().at(kTarget) == disk_.image().at(kPath));
+}
+
+TEST_P(LiveCopies, TheFileMayGrowMeanwhile) {
+    fill(1 << 20);
+    betweenParts([this] {
+        Transaction transaction(*station_);
+        for (int i = 0; i < 60; ++i)
+            station_->table("Notas").insert(Row{Value{}, std::string(1500, 'n')});
+        transaction.commit();
+    });
+    copy();
+    expectTheLastState();
+}
+
+TEST_P(LiveCopies, ATransactionThatWasCutOffIsUndoneFirst) {
+    MemoryDisk healthy(emptyShop(GetParam()));
+    ShopWork work(3);
+    {
+        Database file(kPath, on(healthy));
+        work.step(file, 1);
+    }
+    MemoryDisk disk(halfDone(healthy.image(), [&](Database& file) { work.step(file, 2); }));
+    File target(kTarget, File::Mode::createNew, disk);
+    LiveCopy::into(target, kPath, {});
+    EXPECT_TRUE(check(kTarget, disk).clean());
+    EXPECT_TRUE(disk.image().at(kTarget) == disk.image().at(kPath));
+}
+
+} // namespace
