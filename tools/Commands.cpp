@@ -107,8 +107,17 @@ constexpr Command kRestore{
     {},
     runRestore};
 
-constexpr Command kCommands[] = {kCreate, kSample,  kCheck,   kDump,
-                                 kTables, kCompact, kSalvage, kRestore};
+constexpr Command kMove{
+    "move",
+    "ARQUIVO PASTA",
+    "Muda um banco de dados de pasta, com as cópias de segurança dele",
+    "Nada é substituído: se na outra pasta já há um banco de dados com esse nome, nada é feito.\n"
+    "Com o programa aberto também não.",
+    {},
+    runMove};
+
+constexpr Command kCommands[] = {kCreate,  kSample,  kCheck,   kDump, kTables,
+                                 kCompact, kSalvage, kRestore, kMove};
 
 } // namespace
 

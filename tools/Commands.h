@@ -21,3 +21,4 @@ int runTables(const Arguments& arguments);
 int runCompact(const Arguments& arguments);
 int runSalvage(const Arguments& arguments);
 int runRestore(const Arguments& arguments);
+int runMove(const Arguments& arguments);

@@ -1,5 +1,6 @@
 #include "jet/Backup.h"
 #include "jet/Compact.h"
+#include "jet/Move.h"
 #include "jet/Salvage.h"
 #include "tools/Commands.h"
 
@@ -97,5 +98,10 @@ int runSalvage(const Arguments& arguments) {
 int runRestore(const Arguments& arguments) {
     if (const auto kept = jet::restore(arguments.path(), arguments.operand(1)))
         std::cout << "O arquivo substituído foi guardado como \"" << kept->string() << "\".\n";
+    return kDone;
+}
+
+int runMove(const Arguments& arguments) {
+    jet::moveDatabase(arguments.path(), arguments.operand(1));
     return kDone;
 }

@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -108,6 +109,15 @@ TEST_F(InitIni, NothingOfTheOldFileStays) {
 TEST_F(InitIni, ALineBreakMakesNoSecondLine) {
     Configuracao::gravarPasta(folder_.path(), "/loja\r\n/dados\n");
     EXPECT_EQ(bytes(), "/loja/dados\n");
+}
+
+TEST_F(InitIni, ALinkToTheSettingStaysOne) {
+    const QTemporaryDir elsewhere;
+    ASSERT_TRUE(QFile::link(elsewhere.filePath("init.ini"), folder_.filePath("init.ini")));
+    Configuracao::gravarPasta(folder_.path(), "/loja/dados");
+    EXPECT_TRUE(QFileInfo(folder_.filePath("init.ini")).isSymLink());
+    EXPECT_TRUE(QFileInfo(elsewhere.filePath("init.ini")).isFile());
+    EXPECT_EQ(read(), "/loja/dados");
 }
 
 TEST_F(InitIni, AFailureToWriteLeavesTheOldFile) {
