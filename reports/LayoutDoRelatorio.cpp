@@ -7,7 +7,7 @@ namespace {
 // Millimetres.
 constexpr qreal kLargura = 180;
 constexpr qreal kEntreColunas = 4;
-constexpr qreal kAlturaDoTexto = 4.2;
+constexpr qreal kAlturaDoTexto = 4.8; ///< between the rules
 
 const QColor kFio(0xc8, 0xcf, 0xd1);
 

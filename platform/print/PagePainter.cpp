@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 #include <QPainter>
+#include <QTextBoundaryFinder>
 
 #include <algorithm>
 #include <string_view>
@@ -9,7 +10,8 @@
 namespace {
 
 constexpr qreal kPointsPerInch = 72;
-constexpr qreal kLeastScale = 0.4;     ///< smaller than that nobody reads it
+constexpr qreal kLeastScale = 0.5;     ///< smaller than that nobody reads a name
+constexpr qsizetype kMostDrawn = 1000; ///< characters that two lines can have at most
 constexpr qsizetype kMostKnown = 4096; ///< texts whose widths are kept
 constexpr std::u16string_view kFigures = u"0123456789/.,-";
 
@@ -30,6 +32,29 @@ QRectF inDots(const QRectF& place) {
 
 bool standsOnComma(const ReportField& field) {
     return field.look.align == Qt::AlignRight && formatNamed(field.format) == ValueFormat::standard;
+}
+
+/// What is never cut: cut, it could be taken for another.
+bool isNumber(const QString& text) {
+    return std::ranges::none_of(text, [](QChar c) { return c.isLetter() || c.isSurrogate(); });
+}
+
+/// Where the second of two lines begins: behind the blank nearest to the middle, or else in it.
+qsizetype middleOf(const QString& text) {
+    const qsizetype middle = text.size() / 2;
+    const qsizetype before = text.lastIndexOf(' ', middle) + 1;
+    const qsizetype after = text.indexOf(' ', middle) + 1;
+    const bool late = after > 0 && (before <= 1 || after - middle < middle - before);
+    if (const qsizetype blank = late ? after : before; blank > 1 && blank < text.size())
+        return blank;
+    QTextBoundaryFinder letters(QTextBoundaryFinder::Grapheme, text);
+    letters.setPosition(middle);
+    return letters.isAtBoundary() ? middle : std::max<qsizetype>(0, letters.toPreviousBoundary());
+}
+
+QString withoutEnd(const QString& text, qsizetype end) {
+    const QString line = text.first(end);
+    return line.endsWith(' ') ? line.chopped(1) : line;
 }
 
 QPen penOf(const QColor& ink, qreal mm) {
@@ -76,30 +101,73 @@ const PagePainter::Face& PagePainter::face(const TextLook& look) {
     return faces_.emplace(std::pair(dots, look.bold), Face(dots, look.bold)).first->second;
 }
 
-PagePainter::Line PagePainter::laid(const ReportField& field, const Face& face,
+PagePainter::Laid PagePainter::laid(const ReportField& field, const Face& face,
                                     const QString& text) const {
     const qreal room = field.place.width() * kDotsPerMm;
-    QString line = text;
-    qreal width = face.widthOf(line);
-    if (standsOnComma(field) && width * kLeastScale < room) {
-        // A figure that is cut could be taken for another: it is drawn smaller.
-        if (width > room)
-            return {line, 0, room / width};
-        const qreal kept = text.contains(',') ? afterComma_ - face.afterComma : 0;
-        return {line, std::max(0.0, room - kept - width)};
+    const qreal width = face.widthOf(text);
+    if (width <= room)
+        return placed(field, face, {.lines = {{.text = text}}});
+    const qreal onOne = room / width;
+    if (standsOnComma(field))
+        return placed(field, face, {.lines = {{.text = text}}, .scale = onOne});
+
+    const qreal high = field.place.height() * kDotsPerMm / (2 * face.metrics.height());
+    const qsizetype middle = middleOf(text);
+    const QString first = withoutEnd(text, middle);
+    const QString second = text.sliced(middle);
+    const qreal onTwo =
+        std::min({1.0, high, room / std::max(face.widthOf(first), face.widthOf(second))});
+    if (std::max(onOne, onTwo) >= kLeastScale || isNumber(text)) {
+        if (onOne >= onTwo)
+            return placed(field, face, {.lines = {{.text = text}}, .scale = onOne});
+        return placed(
+            field, face,
+            {
+                .lines = {{.text = first}, {.text = second, .start = middle}},
+                  .scale = onTwo
+        });
     }
-    if (width > room) {
-        line = face.metrics.elidedText(text, Qt::ElideRight, room);
-        width = face.widthOf(line);
+
+    // What nobody could read: as much of it as can be.
+    const QString drawn = text.first(std::min(text.size(), kMostDrawn));
+    const qreal most = room / kLeastScale;
+    const auto shortened = [&](const QString& line) {
+        return face.metrics.elidedText(line, Qt::ElideRight, most);
+    };
+    const QString whole = shortened(drawn);
+    const qsizetype blank = whole.lastIndexOf(' ');
+    if (high < kLeastScale || blank <= 0)
+        return placed(field, face, {.lines = {{.text = whole}}, .scale = kLeastScale});
+    return placed(field, face,
+                  {
+                      .lines = {{.text = drawn.first(blank)},
+                                {.text = shortened(drawn.sliced(blank + 1)), .start = blank + 1}},
+                      .scale = kLeastScale
+    });
+}
+
+/// Each line where its alignment wants it, one below the other around the middle.
+PagePainter::Laid PagePainter::placed(const ReportField& field, const Face& face, Laid laid) const {
+    const qreal room = field.place.width() * kDotsPerMm;
+    const qreal pitch = face.metrics.height() * laid.scale;
+    // Capitals stand in the middle of the place: so the texts of a row share their base line.
+    qreal below = face.metrics.capHeight() * laid.scale / 2 -
+                  pitch * static_cast<qreal>(laid.lines.size() - 1) / 2;
+    for (Laid::Line& line : laid.lines) {
+        const qreal free = std::max(0.0, room - face.widthOf(line.text) * laid.scale);
+        if (standsOnComma(field)) {
+            const qreal kept =
+                laid.scale < 1 || !line.text.contains(',') ? 0 : afterComma_ - face.afterComma;
+            line.left = std::max(0.0, free - kept);
+        } else if (field.look.align == Qt::AlignRight) {
+            line.left = free;
+        } else if (field.look.align == Qt::AlignHCenter) {
+            line.left = free / 2;
+        }
+        line.below = below;
+        below += pitch;
     }
-    switch (field.look.align) {
-    case Qt::AlignRight:
-        return {line, room - width};
-    case Qt::AlignHCenter:
-        return {line, (room - width) / 2};
-    default:
-        return {line, 0};
-    }
+    return laid;
 }
 
 void PagePainter::draw(QPainter& painter, const ReportBand& band, QPointF corner,
@@ -121,36 +189,50 @@ void PagePainter::draw(QPainter& painter, const ReportBand& band, QPointF corner
 void PagePainter::drawText(QPainter& painter, const ReportField& field, QPointF corner,
                            const QString& text) {
     const Face& used = face(field.look);
-    const Line line = laid(field, used, text);
+    const Laid laidText = laid(field, used, text);
     const QRectF place = inDots(field.place).translated(corner);
     if (painter.font() != used.font)
         painter.setFont(used.font);
     if (painter.pen().color() != field.look.ink)
         painter.setPen(field.look.ink);
-    // Capitals stand in the middle of the place: so the texts of a row share their base line.
-    const QPointF baseLine(place.left() + line.left,
-                           place.center().y() + used.metrics.capHeight() * line.scale / 2);
-    if (line.scale == 1)
-        return painter.drawText(baseLine, line.text);
-    painter.save();
-    painter.translate(baseLine);
-    painter.scale(line.scale, line.scale);
-    painter.drawText(QPointF(), line.text);
-    painter.restore();
+    for (const Laid::Line& line : laidText.lines) {
+        const QPointF baseLine(place.left() + line.left, place.center().y() + line.below);
+        if (laidText.scale == 1) {
+            painter.drawText(baseLine, line.text);
+            continue;
+        }
+        painter.save();
+        painter.translate(baseLine);
+        painter.scale(laidText.scale, laidText.scale);
+        painter.drawText(QPointF(), line.text);
+        painter.restore();
+    }
 }
 
 QRectF PagePainter::placeOf(const ReportField& field, const QString& text, qsizetype start,
                             qsizetype length) {
     const Face& used = face(field.look);
-    const Line line = laid(field, used, text);
-    if (line.text.first(std::min(start + length, line.text.size())) !=
-        text.first(std::min(start + length, text.size())))
+    const Laid laidText = laid(field, used, text);
+    const auto isIn = [&](const Laid::Line& line) {
+        const qsizetype from = start - line.start;
+        return from >= 0 && from + length <= line.text.size() &&
+               QStringView(line.text).sliced(from, length) ==
+                   QStringView(text).sliced(start, length);
+    };
+    const auto* const line = std::ranges::find_if(laidText.lines, isIn);
+    if (line == laidText.lines.end())
         return field.place;
     const auto at = [&](qsizetype character) {
-        return line.left + used.metrics.horizontalAdvance(line.text.first(character)) * line.scale;
+        return (line->left +
+                used.metrics.horizontalAdvance(line->text.first(character)) * laidText.scale) /
+               kDotsPerMm;
     };
-    const qreal left = at(start);
-    const qreal right = at(start + length);
-    return {field.place.left() + left / kDotsPerMm, field.place.top(), (right - left) / kDotsPerMm,
-            field.place.height()};
+    const qreal left = at(start - line->start);
+    const qreal right = at(start - line->start + length);
+    const qreal height = laidText.lines.size() == 1
+                             ? field.place.height()
+                             : used.metrics.height() * laidText.scale / kDotsPerMm;
+    const qreal middle = field.place.center().y() +
+                         (line->below - used.metrics.capHeight() * laidText.scale / 2) / kDotsPerMm;
+    return {field.place.left() + left, middle - height / 2, right - left, height};
 }

@@ -5,6 +5,7 @@
 #include <QFont>
 #include <QFontMetricsF>
 #include <QHash>
+#include <QVarLengthArray>
 
 #include <functional>
 #include <map>
@@ -49,14 +50,21 @@ private:
         QHash<QChar, qreal> figures_;
         mutable QHash<QString, qreal> known_;
     };
-    struct Line {
-        QString text;
-        qreal left;      ///< from the place's left edge
-        qreal scale = 1; ///< how much smaller it is drawn
+    /// A text in its place, as it is drawn.
+    struct Laid {
+        struct Line {
+            QString text;
+            qsizetype start = 0; ///< of it in the whole text
+            qreal left = 0;      ///< from the place's left edge
+            qreal below = 0;     ///< its base line, from the place's middle
+        };
+        QVarLengthArray<Line, 2> lines;
+        qreal scale = 1; ///< how much smaller than its look
     };
 
     [[nodiscard]] const Face& face(const TextLook& look);
-    [[nodiscard]] Line laid(const ReportField& field, const Face& face, const QString& text) const;
+    [[nodiscard]] Laid laid(const ReportField& field, const Face& face, const QString& text) const;
+    [[nodiscard]] Laid placed(const ReportField& field, const Face& face, Laid laid) const;
     void drawText(QPainter& painter, const ReportField& field, QPointF corner, const QString& text);
 
     std::map<std::pair<int, bool>, Face> faces_; ///< by size in dots and weight

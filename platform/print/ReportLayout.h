@@ -39,8 +39,9 @@ enum class FieldKind : unsigned char {
     computedFirst, ///< the same, asked for once, when the report begins: the same on every page
 };
 
-/// A text on one line, cut with an ellipsis where it is longer than its place; amounts in the
-/// format "Standard" that are aligned right are never cut but drawn smaller.
+/// A text longer than its place is drawn smaller, or on two lines where it is larger so; amounts in
+/// the format "Standard" that are aligned right stay on one. Only a text with letters that nobody
+/// could read then is cut, with an ellipsis: a number never is.
 struct ReportField {
     FieldKind kind = FieldKind::text;
     QString name;

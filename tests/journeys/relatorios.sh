@@ -121,6 +121,7 @@ save() {
 # tables in the file.
 compare() {
     /usr/bin/python3 - "$place/data/automacao.mdb" "$title" "$@" <<'PYTHON' || fail "$title of $*"
+import bisect
 import collections
 import csv
 import datetime
@@ -130,6 +131,7 @@ import subprocess
 import sys
 import unicodedata
 from decimal import Decimal
+from xml.etree import ElementTree
 
 import openpyxl
 
@@ -142,6 +144,7 @@ table, orders = {
         "Banco": ("bank", "issue"), "Número": ("number", "issue"), "Cliente": ("client", "issue"),
         "Data": ("issue", "client")}),
 }[title]
+XHTML = "{http://www.w3.org/1999/xhtml}"
 headings = ["Cheque", "Nome", "Dt. Emissão", "Valor Cheque", "Banco", "Bom Para"]
 Row = collections.namedtuple("Row", "number client issue value bank due")
 
@@ -245,41 +248,64 @@ def read_xlsx(file):
 
 
 def shows(found, whole):
-    whole = " ".join(whole.split())
-    return found == whole or found.endswith("…") and whole.startswith(found[:-1].rstrip())
+    """A text may stand on two lines."""
+    return "".join(found.split()) == "".join(whole.split())
 
 
 LIGATURE = re.compile("[ﬀ-ﬄ]")
-ROW = re.compile(r"(\d+) (.+?) (\d\d/\d\d/\d{4}) ([\d.]+,\d\d) (.+?)(?: (\d\d/\d\d/\d{4}))?")
+DATE = re.compile(r"\d\d/\d\d/\d{4}")
+COLUMNS = [33, 87, 112, 140, 175]      # where all but the first begin on paper, in millimetres
+
+
+def unligated(text):
+    return LIGATURE.sub(lambda found: unicodedata.normalize("NFKC", found[0]), text)
+
+
+def cells(file):
+    """The rows on each page, as lists of texts: what stands around the middle of a row's issue date."""
+    Word = collections.namedtuple("Word", "column middle left text")
+    for page in ElementTree.fromstring(program("pdftotext", "-bbox", file, "-")).iter(XHTML + "page"):
+        words = []
+        for word in page.iter(XHTML + "word"):
+            left, top, right, bottom = (float(word.get(side)) / 72 * 25.4
+                                        for side in ("xMin", "yMin", "xMax", "yMax"))
+            words.append(Word(bisect.bisect(COLUMNS, (left + right) / 2), (top + bottom) / 2, left,
+                              unligated(word.text)))
+        rows = []
+        for date in sorted((w for w in words if w.column == 2 and DATE.fullmatch(w.text)
+                            and w.middle > 40), key=lambda w: w.middle):
+            row = [[] for _ in range(6)]
+            for word in sorted(words, key=lambda w: (round(w.middle, 1), w.left)):
+                if abs(word.middle - date.middle) < 2.6:
+                    row[word.column].append(word.text)
+            rows.append([" ".join(cell) for cell in row])
+        yield rows
 
 
 def compare_pdf(file, rows):
     facts = dict(line.split(":", 1) for line in program("pdfinfo", file).splitlines())
     expect(re.match(r"\s*59[45](\.\d+)? x 84[12](\.\d+)? pts", facts["Page size"]),
            f"paper of {file}: {facts['Page size']}")
-    text = LIGATURE.sub(lambda found: unicodedata.normalize("NFKC", found[0]),
-                        program("pdftotext", "-layout", file, "-"))
-    pages = text.split("\f")[:-1]
+    pages = unligated(program("pdftotext", "-layout", file, "-")).split("\f")[:-1]
     same(len(pages), int(facts["Pages"]), f"pages of {file}")
     expect(len(pages) == 1 or len(rows) > 40, f"{len(rows)} rows on {len(pages)} pages of {file}")
     period = f"{brazilian(day(first))} a {brazilian(day(last))}"
     rest = iter(rows)
-    for number, page in enumerate(pages, 1):
+    for number, (page, shown) in enumerate(zip(pages, cells(file)), 1):
         lines = [" ".join(line.split()) for line in page.splitlines() if line.strip()]
         same(lines[:3], [f"{title} Página: {number}",
                          f"Referente ao período: {period} Data: {brazilian(datetime.date.today())}",
                          " ".join(headings)], f"head of page {number} of {file}")
         if number == len(pages):
             same(lines.pop(), f"Total: {money(sum(row.value for row in rows))}", f"foot of {file}")
-        for line in lines[3:]:
+        for found in shown:
             row = next(rest, None)
-            found = ROW.fullmatch(line)
-            expect(row and found, f"page {number} of {file}: {line}")
-            cheque, name, issue, value, bank_name, due = found.groups("")
-            expect((cheque, issue, value, due) == (row.number, brazilian(row.issue),
-                                                   money(row.value), brazilian(row.due))
-                   and shows(name, row.client) and shows(bank_name, row.bank),
-                   f"page {number} of {file}: {line} instead of {row}")
+            expect(row, f"page {number} of {file}: {found}")
+            cheque, name, issue, value, bank_name, due = found
+            expect((issue, value, due) == (brazilian(row.issue), money(row.value), brazilian(row.due))
+                   and shows(cheque, row.number) and shows(name, row.client)
+                   and shows(bank_name, row.bank),
+                   f"page {number} of {file}: {found} instead of {row}")
     same(next(rest, None), None, f"the row after the last one of {file}")
 
 
