@@ -23,7 +23,7 @@ std::int64_t secondOfDay(const CivilTime& time) {
 
 Date dateFrom(std::int64_t day, std::int64_t second) {
     const double fraction = static_cast<double>(second) / static_cast<double>(kDay);
-    const double whole = static_cast<double>(day);
+    const auto whole = static_cast<double>(day);
     const Date date{day < 0 ? whole - fraction : whole + fraction};
     if (!date.inRange())
         refuse("o resultado de uma conta é uma data que não existe");
