@@ -159,6 +159,14 @@ std::size_t Query::fieldNamed(std::string_view name) const {
     return named_.emplace(std::string(name), found.front()).first->second;
 }
 
+std::size_t Query::tableNamed(std::string_view name) const {
+    const std::vector<std::size_t> found = tablesOf(std::string(name));
+    if (found.size() != 1 || !live())
+        throw Error(Errc::notFound,
+                    "Não existe a tabela \"" + std::string(name) + "\" neste conjunto.");
+    return found.front();
+}
+
 void Query::addAlias(const std::string& alias, std::string_view field) {
     const std::string wanted = jet::foldedName(alias);
     const std::string& column = fields_[fieldNamed(field)].name;

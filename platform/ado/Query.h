@@ -29,6 +29,8 @@ public:
     /// Of a live query.
     [[nodiscard]] const std::vector<jet::Table*>& tables() const noexcept { return tables_; }
     [[nodiscard]] const std::vector<QueryField>& fields() const noexcept { return fields_; }
+    /// The place of a table among tables(). @throws Error{notFound}.
+    [[nodiscard]] std::size_t tableNamed(std::string_view name) const;
     /// @throws Error{notFound} for a name that no field has, or several have.
     [[nodiscard]] std::size_t fieldNamed(std::string_view name) const;
     /// Lets a field go by another name as well, in fieldNamed(), criteria, filter and sort; a field

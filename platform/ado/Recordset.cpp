@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
 
 namespace ado {
 
@@ -22,44 +23,93 @@ constexpr std::size_t kMostChanged = 4096;
 
 } // namespace
 
-Recordset::Parts::Parts(Session& owner, const std::string& source, LockType locking,
-                        CommandType command)
-    : session(owner), lock(locking), query(owner.database(), owner.engine(), source, command) {
+Recordset::Parts::Parts(Session& owner, const std::string& source, CursorType type,
+                        LockType locking, CommandType command)
+    : session(owner), dynamic(type == CursorType::Dynamic), lock(locking),
+      query(owner.database(), owner.engine(), source, command) {
     for (const jet::Table* table : query.tables())
         readers.push_back(table->reader());
-    noted.resize(readers.size());
     reload();
 }
 
 void Recordset::Parts::arrive(bool found, At otherwise) {
     at = found ? At::row : otherwise;
     seen.reset();
-    byFind = false;
+    unsure = false;
+    goneByOthers = false;
 }
 
 void Recordset::Parts::reload() {
     known = session.now();
     knowsAll = true;
+    outdated = false;
     changed.clear();
     rows = query.rows();
     arrive(rows->first(), At::afterLast);
 }
 
 void Recordset::Parts::refresh() {
-    catchUp();
+    takeNews();
     auto* const list = dynamic_cast<RowList*>(rows.get());
     const bool walks = dynamic_cast<TableWalk*>(rows.get()) != nullptr;
     if (!walks && !(list != nullptr && knowsAll && query.replace(*list, changed)))
         return reload();
     knowsAll = true;
+    outdated = false;
     changed.clear();
     arrive(rows->first(), At::afterLast);
 }
 
 void Recordset::Parts::catchUp() {
+    takeNews();
+    if (outdated && dynamic) {
+        if (auto* const list = dynamic_cast<RowList*>(rows.get()))
+            renew(*list);
+    }
+    checkPlace();
+}
+
+void Recordset::Parts::renew(RowList& list) {
+    const bool same = at == At::row && isSameRow();
+    known = session.now();
+    const auto newer = query.rows();
+    const bool stays = list.renew(std::move(static_cast<RowList&>(*newer)), same);
+    if (at == At::row && !stays) {
+        at = At::gone;
+        goneByOthers = true;
+    }
+    knowsAll = true;
+    outdated = false;
+    unsure = false;
+    changed.clear();
+}
+
+void Recordset::Parts::checkPlace() {
+    if (!std::exchange(unsure, false) || at != At::row || !query.updatable() || isSameRow())
+        return;
+    at = At::gone;
+    goneByOthers = true;
+}
+
+bool Recordset::Parts::isSameRow() {
+    return session.database().pager().look([&] {
+        if (const auto* const walk = dynamic_cast<TableWalk*>(rows.get()))
+            return walk->isSame();
+        const jet::RowView* const row = readers[0].read(static_cast<LiveRows&>(*rows).row(0));
+        if (row == nullptr || !seen)
+            return row != nullptr;
+        std::size_t place = 0;
+        return std::ranges::all_of(query.walkKey(), [&](const jet::IndexColumn& key) {
+            return row->value(key.column) == seenKey[place++];
+        });
+    });
+}
+
+void Recordset::Parts::takeNews() {
     const auto news = session.since(known);
     if (!news) {
         knowsAll = false;
+        outdated = unsure = true;
         return;
     }
     if (news->empty())
@@ -102,7 +152,6 @@ void Recordset::Parts::find(const std::string& criterion) {
         findInList(*list, std::move(statement));
     else if (auto* const joined = dynamic_cast<JoinRows*>(rows.get()))
         findInJoin(*joined, std::move(statement));
-    byFind = at == At::row;
 }
 
 void Recordset::Parts::findInWalk(TableWalk& walk, Statement statement) {
@@ -163,14 +212,14 @@ Recordset::Recordset() = default;
 
 Recordset::~Recordset() { Close(); }
 
-void Recordset::Open(const Text& source, Connection& connection, CursorType /*cursor*/,
-                     LockType lock, CommandType command) {
+void Recordset::Open(const Text& source, Connection& connection, CursorType cursor, LockType lock,
+                     CommandType command) {
     if (parts_)
         throw Error(Errc::misuse, "O conjunto de registros já está aberto.");
     if (connection.State() == ado::State::Closed && !connection.ConnectionString().empty())
         connection.Open();
     Session& session = connection.session();
-    parts_ = std::make_unique<Parts>(session, source.utf8(), lock, command);
+    parts_ = std::make_unique<Parts>(session, source.utf8(), cursor, lock, command);
     session.enter(*this);
 }
 

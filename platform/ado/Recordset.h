@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ado/Field.h"
+#include "ado/Shown.h"
 
 #include <cstdio> // for the next lines
 #include <memory>
@@ -19,8 +20,28 @@ namespace ado {
 
 class Connection;
 
-/// How a recordset walks. All of them walk both ways and see the rows as they are stored now; the
-/// numbers are those of the record-set model.
+/// What a recordset sees of the work of others, while it is open: of other stations, and of whoever
+/// changes the file past its connection. All of them walk both ways; the numbers are those of the
+/// record-set model.
+///
+/// Over one table:
+///                                a row added        changed                   deleted
+///   a whole table, by its key    is there           shows as it is now        isn't there any more
+///   a list, Dynamic              is there           shows as it is now, at    isn't there any more
+///                                                   its place, or leaves the
+///                                                   list
+///   a list, the other types      after Requery()    shows as it is now        Error{conflict} when
+///                                                                             it is read
+///
+/// A list is what has a condition, a filter or an order other than the key's. "Is there" is meant
+/// for Find(), every move, setFilter(), setSort() and RecordCount(): whichever comes first after
+/// the news takes them in. The place stays with its row; when that has been deleted, MoveNext()
+/// goes to the row after it and MovePrevious() to the one before. Taking in the news costs a list
+/// one new reading of its rows, and nothing when nobody else has written.
+///
+/// Of a join all types see the rows that there were when they were fetched, with their fields as
+/// they are now (Error{conflict} when one has been deleted); a computed result is as it was when
+/// fetched. Requery() shows them anew.
 enum class CursorType : int { ForwardOnly = 0, Keyset = 1, Dynamic = 2, Static = 3 };
 
 /// Whether rows may be changed. Optimistic: a row isn't held while it is edited, and Update()
@@ -45,10 +66,10 @@ enum class EditMode : int { None = 0, InProgress = 1, Add = 2 };
 /// to open, whatever its size; other sets over one table remember 8 bytes for each row; joins and
 /// computed results are fetched as they are walked, some rows ahead.
 ///
-/// What changes while it is open: a row deleted through the same connection is gone at once, one
-/// changed stays in its place, one added comes last (in a whole table: at its place); Requery()
-/// puts everything right, and after changes of this connection only, looks at the changed rows
-/// only.
+/// What is changed through its own connection while it is open: a row deleted is gone at once, one
+/// changed stays in its place, one added through it comes last (in a whole table: at its place);
+/// Requery() puts everything right, and after changes of this connection only, looks at the changed
+/// rows only. What others do: see CursorType.
 ///
 /// Moving with an edit pending stores it first, as Update() does: that is the record-set model's
 /// rule. All functions but Open(), Close() and State() throw Error{misuse} when it is closed. Not
@@ -108,6 +129,22 @@ public:
     /// Begins a new row, all fields null; it is stored, and current, after Update().
     /// @throws Error{readOnly}.
     void AddNew();
+    /// How the current row is at this moment, to be kept by who shows it. To be taken before its
+    /// fields are: then what comes in between counts as not seen.
+    /// @throws Error{noCurrentRow}, Error{conflict} if the row has been deleted.
+    [[nodiscard]] Shown shown() const;
+    /// The same of one table of a join. @throws also Error{notFound} if it has no such table.
+    [[nodiscard]] Shown shown(std::string_view table) const;
+    /// Whether there is a current row, and it isn't any more as it was shown.
+    [[nodiscard]] bool isOther(const Shown& shown) const;
+    /// Who may have changed it since, for a sentence: " por CAIXA2", " por CAIXA2 ou CAIXA3"; if
+    /// that can't be told, " por outra janela ou por outro programa".
+    [[nodiscard]] std::string byWhom(const Shown& shown) const;
+    /// Begins to change the current row, which must be as it was shown. In a transaction nobody
+    /// else can change it from here on.
+    /// @throws Error{conflict} if it isn't, naming who has changed it if that can be told;
+    ///         Error{gone} if there is no current row, the same; Error{readOnly, locked}.
+    void Edit(const Shown& shown);
     /// Stores the pending edit; does nothing if there is none.
     /// @throws Error{conflict} if another changed or deleted the row since it was first read here,
     ///         and what jet::Table::insert and update throw. Nothing is stored then, and the edit
@@ -119,6 +156,8 @@ public:
     /// row after it, MovePrevious() to the one before.
     /// @throws Error{noCurrentRow}, Error{conflict}, Error{readOnly}.
     void Delete();
+    /// The same of a row that must be as it was shown. @throws as Edit().
+    void Delete(const Shown& shown);
     [[nodiscard]] ado::EditMode EditMode() const;
 
     /// A field by name, without regard to case and trailing blanks: "nome"; in a join where

@@ -9,6 +9,14 @@ using jet::Error;
 
 namespace {
 
+/// " por CAIXA2", " por CAIXA2 ou CAIXA3"; not who, if that can't be told.
+std::string by(const std::vector<std::string>& writers) {
+    std::string names;
+    for (std::size_t i = 0; i < writers.size(); ++i)
+        names += (i == 0 ? " por " : i + 1 < writers.size() ? ", " : " ou ") + writers[i];
+    return names.empty() ? " por outra janela ou por outro programa" : names;
+}
+
 [[noreturn]] void goneOrChanged() {
     throw Error(
         Errc::conflict,
@@ -29,6 +37,8 @@ std::size_t hashOf(const jet::RowView& row) {
 void Recordset::Parts::requireRow() const {
     if (at == At::row)
         return;
+    if (at == At::gone && goneByOthers)
+        goneOrChanged();
     const char* reason = at == At::gone          ? "ele foi excluído"
                          : at == At::beforeFirst ? "o conjunto está antes do primeiro (BOF)"
                                                  : "o conjunto está depois do último (EOF)";
@@ -51,32 +61,54 @@ const jet::RowView* Recordset::Parts::view(std::size_t table) {
     }
     if (found == nullptr)
         goneOrChanged();
-    const std::uint64_t generation = session.database().generation();
-    Noted& told = noted[table];
-    if (!session.database().inTransaction() &&
-        (told.row != jet::packed(row) || told.generation != generation)) {
-        const jet::Table& where = *query.tables()[table];
-        session.seen().saw(where, row, where.stamp(*found));
-        told = {jet::packed(row), generation};
-    }
     return found;
 }
 
 const jet::RowView& Recordset::Parts::look() {
     const jet::RowView& row = *view(0);
-    if (!seen)
+    if (!seen) {
         seen = hashOf(row);
+        seenKey.clear();
+        for (const jet::IndexColumn& key : query.walkKey())
+            seenKey.push_back(row.value(key.column));
+    }
     return row;
 }
 
 bool Recordset::Parts::asSeen() { return !seen || *seen == hashOf(*view(0)); }
 
-/// What was on the screen before the transaction began counts where a search has led back to it. A
-/// walk through rows, as in a purge, goes by what it meets.
-std::optional<std::uint64_t> Recordset::Parts::shown() {
-    if (!byFind || !session.database().inTransaction())
+Shown Recordset::Parts::shown(std::size_t table) {
+    return session.database().pager().look([&]() -> Shown {
+        takeNews();
+        checkPlace();
+        requireRow();
+        const jet::RowView* const row = view(table);
+        if (row == nullptr)
+            return {};
+        return {query.tables()[table]->stamp(*row), session.database().news()};
+    });
+}
+
+/// Of the one table's current row, as it is stored; nothing if there is none.
+std::optional<std::uint64_t> Recordset::Parts::currentStamp() {
+    if (at != At::row)
         return std::nullopt;
-    return session.seen().of(table(), static_cast<const LiveRows&>(*rows).row(0));
+    return table().stamp(static_cast<const LiveRows&>(*rows).row(0));
+}
+
+void Recordset::Parts::requireAs(const Shown& asShown) {
+    requireChangeable();
+    // From here on nobody else changes the row.
+    if (session.database().inTransaction())
+        session.database().claim();
+    catchUp();
+    const auto current = currentStamp();
+    if (current && asShown.news_ != 0 && *current == asShown.stamp_)
+        return;
+    const std::string who = by(session.database().writersSince(asShown.news_));
+    throw Error(current ? Errc::conflict : Errc::gone,
+                "Este registro foi " + std::string(current ? "alterado" : "excluído") + who +
+                    " depois de mostrado nesta tela. Nada foi gravado.");
 }
 
 Value Recordset::Parts::value(std::size_t field) {
@@ -86,7 +118,8 @@ Value Recordset::Parts::value(std::size_t field) {
     if (edit == ado::EditMode::Add)
         return {};
     return session.database().pager().look([&]() -> Value {
-        catchUp();
+        takeNews();
+        checkPlace();
         requireRow();
         if (!query.live())
             return static_cast<const ComputedRows&>(*rows).cell(place.column);
@@ -113,18 +146,19 @@ void Recordset::Parts::assign(std::size_t field, const Value& value) {
     Value stored = converted(value, table().columns()[place.column]);
     if (edit == ado::EditMode::None) {
         const jet::Reading reading(session.database());
-        catchUp();
+        takeNews();
+        checkPlace();
         requireRow();
         static_cast<void>(look());
-        if (asSeen()) {
-            stamp = shown();
-            if (!stamp)
-                stamp = table().stamp(static_cast<const LiveRows&>(*rows).row(0));
-        }
-        assigned.assign(table().columns().size(), std::nullopt);
-        edit = ado::EditMode::InProgress;
+        beginEdit(asSeen() ? currentStamp() : std::nullopt);
     }
     assigned[place.column] = std::move(stored);
+}
+
+void Recordset::Parts::beginEdit(std::optional<std::uint64_t> as) {
+    stamp = as;
+    assigned.assign(table().columns().size(), std::nullopt);
+    edit = ado::EditMode::InProgress;
 }
 
 void Recordset::Parts::forgetEdit() {
@@ -172,22 +206,26 @@ void Recordset::Parts::storeChanges() {
     forgetEdit();
 }
 
-void Recordset::Parts::erase() {
+void Recordset::Parts::erase(const Shown* asShown) {
     requireChangeable();
     if (edit == ado::EditMode::Add)
         throw Error(Errc::misuse, "O registro novo ainda não foi gravado: não há o que excluir.");
     // From here on nobody else changes the row, so that a purge needn't look at each one twice.
     if (session.database().inTransaction())
         session.database().claim();
+    if (asShown != nullptr)
+        requireAs(*asShown);
     catchUp();
     requireRow();
-    if (!asSeen())
+    if (asShown == nullptr && !asSeen())
         goneOrChanged();
     const jet::RowId row = static_cast<const LiveRows&>(*rows).row(0);
-    const auto asShown = session.database().inTransaction() ? shown() : table().stamp(row);
+    const auto expected = asShown != nullptr                   ? std::optional(asShown->stamp_)
+                          : session.database().inTransaction() ? std::nullopt
+                                                               : table().stamp(row);
     forgetEdit();
-    session.erase(table(), row, asShown);
-    catchUp();
+    session.erase(table(), row, expected);
+    takeNews();
     at = At::gone;
 }
 
@@ -205,7 +243,33 @@ void Recordset::Update() { open().update(); }
 
 void Recordset::CancelUpdate() { open().forgetEdit(); }
 
-void Recordset::Delete() { open().erase(); }
+void Recordset::Delete() { open().erase(nullptr); }
+
+void Recordset::Delete(const Shown& shown) { open().erase(&shown); }
+
+Shown Recordset::shown() const { return open().shown(0); }
+
+Shown Recordset::shown(std::string_view table) const {
+    return open().shown(open().query.tableNamed(table));
+}
+
+std::string Recordset::byWhom(const Shown& shown) const {
+    return by(open().session.database().writersSince(shown.news_));
+}
+
+bool Recordset::isOther(const Shown& shown) const {
+    Parts& parts = open();
+    parts.catchUp();
+    const auto stamp = parts.currentStamp();
+    return stamp && (shown.news_ == 0 || *stamp != shown.stamp_);
+}
+
+void Recordset::Edit(const Shown& shown) {
+    Update();
+    Parts& parts = open();
+    parts.requireAs(shown);
+    parts.beginEdit(shown.stamp_);
+}
 
 EditMode Recordset::EditMode() const { return open().edit; }
 

@@ -11,7 +11,8 @@ struct Recordset::Parts {
     /// Where it stands. `gone`: the row it stood on has been erased.
     enum class At : std::uint8_t { beforeFirst, row, gone, afterLast };
 
-    Parts(Session& owner, const std::string& source, LockType locking, CommandType command);
+    Parts(Session& owner, const std::string& source, CursorType type, LockType locking,
+          CommandType command);
 
     // Walking (Recordset.cpp)
     /// Asks for the rows anew and goes to the first.
@@ -19,7 +20,15 @@ struct Recordset::Parts {
     /// The same, for the changed rows only where that can be told.
     void refresh();
     /// Takes in what has happened through the connection since last time: rows erased go at once.
+    void takeNews();
+    /// The same, and what others have done, as the kind of cursor promises.
     void catchUp();
+    /// Asks for a list's rows anew; the place stays with its row.
+    void renew(RowList& list);
+    /// Others have written: finds out whether the row stood on is still the same.
+    void checkPlace();
+    /// Whether the row is there and, if its key is known, has it still.
+    [[nodiscard]] bool isSameRow();
     void arrive(bool found, At otherwise);
     void find(const std::string& criterion);
     void findInWalk(TableWalk& walk, Statement statement);
@@ -34,22 +43,25 @@ struct Recordset::Parts {
     [[nodiscard]] const jet::RowView& look();
     /// Whether the current row is still as it was when it was first read.
     [[nodiscard]] bool asSeen();
-    /// How the operator saw the current row before the transaction, if that is known and counts.
-    [[nodiscard]] std::optional<std::uint64_t> shown();
+    [[nodiscard]] Shown shown(std::size_t table);
+    [[nodiscard]] std::optional<std::uint64_t> currentStamp();
     void requireRow() const;
     void requireChangeable() const;
+    void requireAs(const Shown& asShown);
+    void beginEdit(std::optional<std::uint64_t> as);
     void assign(std::size_t field, const Value& value);
     void update();
     /// What the edit has given so far.
     [[nodiscard]] std::vector<jet::Assignment> assignments() const;
     void storeNew();
     void storeChanges();
-    void erase();
+    void erase(const Shown* shown);
     void forgetEdit();
 
     [[nodiscard]] jet::Table& table() const { return *query.tables().front(); }
 
     Session& session;
+    bool dynamic; ///< a list takes in what others do
     LockType lock;
     Query query;
     std::unique_ptr<Rows> rows;
@@ -58,15 +70,13 @@ struct Recordset::Parts {
 
     NewsPlace known;                 ///< the news taken in
     bool knowsAll = true;            ///< none were missed since the rows were asked for
+    bool outdated = false;           ///< others have written since the rows were asked for
+    bool unsure = false;             ///< and since the place was last checked
+    bool goneByOthers = false;       ///< At::gone, and not by us
     std::vector<jet::RowId> changed; ///< or added: rows that the next refresh() looks at
 
-    bool byFind = false; ///< stands where a search has led
-    struct Noted {
-        std::int64_t row = 0;
-        std::uint64_t generation = 0; ///< of the file
-    };
-    std::vector<Noted> noted; ///< of each table, what was last told to the session's SeenRows
     std::optional<std::size_t> seen; ///< a hash of the current row as first read
+    std::vector<Value> seenKey;      ///< its key's values, as of then
     ado::EditMode edit = ado::EditMode::None;
     std::vector<std::optional<Value>> assigned; ///< by column of the table
     std::optional<std::uint64_t> stamp; ///< of the row when its edit began; nothing: changed since

@@ -1,6 +1,7 @@
 #include "ado/Rows.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 namespace ado {
 
@@ -61,6 +62,15 @@ void TableWalk::goTo(jet::RowId row) {
     row_ = row;
 }
 
+bool TableWalk::isSame() const {
+    if (!walk_)
+        return table_.reader().read(row_) != nullptr;
+    if (!walk_->valid())
+        return false;
+    const auto key = table_.keyOf(*table_.primaryKey(), row_);
+    return key && std::ranges::equal(*key, walk_->key());
+}
+
 // ---- RowList ----------------------------------------------------------------------------------
 
 bool RowList::first() {
@@ -115,6 +125,30 @@ void RowList::insert(std::size_t place, jet::RowId row) {
     rows_.insert(rows_.begin() + static_cast<std::ptrdiff_t>(place), jet::packed(row));
     if (place <= at_)
         ++at_;
+}
+
+bool RowList::renew(RowList&& newer, bool same) {
+    const auto stood = rows_.begin() + static_cast<std::ptrdiff_t>(std::min(at_, rows_.size()));
+    auto place = newer.rows_.end();
+    if (stood != rows_.end() && !gone_ && same)
+        place = std::ranges::find(newer.rows_, *stood);
+    const bool stays = place != newer.rows_.end();
+    if (!stays && stood != rows_.end()) { // behind the nearest of those before it that is there
+        std::unordered_map<std::int64_t, std::size_t> places;
+        for (std::size_t i = 0; i < newer.rows_.size(); ++i)
+            places.emplace(newer.rows_[i], i);
+        place = newer.rows_.begin();
+        for (auto before = stood; before != rows_.begin();) {
+            if (const auto found = places.find(*--before); found != places.end()) {
+                place += static_cast<std::ptrdiff_t>(found->second) + 1;
+                break;
+            }
+        }
+        gone_ = true;
+    }
+    at_ = static_cast<std::size_t>(place - newer.rows_.begin());
+    rows_ = std::move(newer.rows_);
+    return stays;
 }
 
 // ---- JoinRows ---------------------------------------------------------------------------------

@@ -64,6 +64,8 @@ public:
 
     /// To a row of the table.
     void goTo(jet::RowId row);
+    /// Whether the row stood on is still there, with the key that it had.
+    [[nodiscard]] bool isSame() const;
 
 private:
     const jet::Table& table_;
@@ -89,6 +91,10 @@ public:
     void goTo(std::size_t place);
     void append(jet::RowId row) { rows_.push_back(jet::packed(row)); }
     void insert(std::size_t place, jet::RowId row);
+    /// Takes the rows of a newer list. Stays on its row, if that is in it and `same` (an erased row
+    /// may have left its id to another); else it stands as if that had been erased.
+    /// @return whether it stays.
+    bool renew(RowList&& newer, bool same);
 
 private:
     // A deque, because a purge deletes row after row near the beginning.

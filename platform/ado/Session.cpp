@@ -51,23 +51,15 @@ void Session::note(const Change& change) {
         undo_.push_back(change);
 }
 
-void Session::wrote(const jet::Table& table, jet::RowId row, Change::Kind kind) {
-    note({&table, row, kind});
-    if (kind != Change::Kind::changed)
-        seen_.wrote(table, row, std::nullopt, database_.inTransaction());
-    else if (seen_.of(table, row))
-        seen_.wrote(table, row, table.stamp(row), database_.inTransaction());
-}
-
-void Session::wrote(const std::vector<jet::Cascaded>& others) {
+void Session::note(const std::vector<jet::Cascaded>& others) {
     for (const jet::Cascaded& other : others)
-        wrote(*other.table, other.row, other.erased ? Change::Kind::erased : Change::Kind::changed);
+        note({other.table, other.row, other.erased ? Change::Kind::erased : Change::Kind::changed});
 }
 
 jet::RowId Session::insert(jet::Table& table, std::span<const jet::Assignment> given) {
     lookForStrangers();
     const jet::RowId row = table.insert(given);
-    wrote(table, row, Change::Kind::added);
+    note({&table, row, Change::Kind::added});
     return row;
 }
 
@@ -75,15 +67,15 @@ void Session::update(jet::Table& table, jet::RowId row, std::span<const jet::Ass
                      std::optional<std::uint64_t> expected) {
     lookForStrangers();
     const auto others = table.update(row, changes, expected);
-    wrote(table, row, Change::Kind::changed);
-    wrote(others);
+    note({&table, row, Change::Kind::changed});
+    note(others);
 }
 
 void Session::erase(jet::Table& table, jet::RowId row, std::optional<std::uint64_t> expected) {
     lookForStrangers();
     const auto others = table.erase(row, expected);
-    wrote(table, row, Change::Kind::erased);
-    wrote(others);
+    note({&table, row, Change::Kind::erased});
+    note(others);
 }
 
 void Session::begin() {
@@ -96,7 +88,6 @@ void Session::begin() {
 void Session::end(void (jet::Database::*way)()) {
     lookForStrangers();
     (database_.*way)();
-    seen_.commit();
     settle();
 }
 
@@ -105,7 +96,6 @@ void Session::rollback() {
     if (database_.generation() != generation_)
         beginEpoch();
     database_.rollback();
-    seen_.rollback();
     settle();
     for (auto change = undo_.rbegin(); change != undo_.rend(); ++change) {
         Change opposite = *change;

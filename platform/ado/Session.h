@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ado/Engine.h"
-#include "ado/SeenRows.h"
 #include "jet/Database.h"
 
 #include <cstdint>
@@ -49,8 +48,6 @@ public:
                 std::optional<std::uint64_t> expected = std::nullopt);
     void erase(jet::Table& table, jet::RowId row,
                std::optional<std::uint64_t> expected = std::nullopt);
-    /// How the operator has seen the rows.
-    [[nodiscard]] SeenRows& seen() noexcept { return seen_; }
 
     void begin();
     void commit() { end(&jet::Database::commit); }
@@ -77,8 +74,7 @@ private:
     void end(void (jet::Database::*way)());
     void settle();
     void note(const Change& change);
-    void wrote(const jet::Table& table, jet::RowId row, Change::Kind kind);
-    void wrote(const std::vector<jet::Cascaded>& others);
+    void note(const std::vector<jet::Cascaded>& others);
 
     jet::Database database_;
     Engine engine_;
@@ -90,7 +86,6 @@ private:
     std::vector<Change> news_;  ///< the newest; those before were dropped
     std::uint64_t dropped_ = 0; ///< how many
     std::vector<Change> undo_;  ///< of the open transaction
-    SeenRows seen_;
 };
 
 } // namespace ado

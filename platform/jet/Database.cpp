@@ -420,6 +420,12 @@ void Database::setNewsHold(std::chrono::milliseconds time) {
     if (parts_->sharing)
         parts_->sharing->setNewsHold(time);
 }
+std::uint64_t Database::news() const noexcept {
+    return parts_->sharing ? parts_->sharing->news() : 1;
+}
+std::vector<std::string> Database::writersSince(std::uint64_t news) const {
+    return parts_->sharing ? parts_->sharing->writersSince(news) : std::vector<std::string>();
+}
 std::uint64_t Database::generation() const noexcept { return parts_->pager.generation(); }
 Pager& Database::pager() noexcept { return parts_->pager; }
 

@@ -133,6 +133,13 @@ public:
     /// reading asks anew. What is changed is always compared with the newest.
     void setNewsHold(std::chrono::milliseconds time);
 
+    /// A moment, for writersSince(): how often it was found so far that other stations have
+    /// written.
+    [[nodiscard]] std::uint64_t news() const noexcept;
+    /// The names of the stations that have written since that moment, as far as it has been
+    /// noticed: "CAIXA2", "CAIXA2 (Maria)".
+    [[nodiscard]] std::vector<std::string> writersSince(std::uint64_t news) const;
+
     /// Grows whenever any row, index or table may have changed, by whomever.
     [[nodiscard]] std::uint64_t generation() const noexcept;
     [[nodiscard]] Pager& pager() noexcept;

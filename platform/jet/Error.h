@@ -24,6 +24,7 @@ enum class Errc : std::uint8_t {
     tooLong,      ///< a text or a row has more characters or bytes than there is room for
     outOfRange,   ///< the value doesn't fit the column's type
     conflict,     ///< the row was changed or deleted by another since it was read
+    gone,         ///< the row that was on show has been deleted since
     noCurrentRow, ///< the recordset stands before the first or after the last row
     syntax,       ///< the statement isn't one that the data layer takes
     cancelled,    ///< whoever asked for it wants it no longer

@@ -433,6 +433,22 @@ void Sharing::lookAtNews(bool holdsWriting) {
         seen_ = known; // and the next look tries again
         throw;
     }
+    noteWriters(known);
+}
+
+void Sharing::noteWriters(const Pairs& before) {
+    ++news_;
+    for (std::size_t user = 1; shared_ && user < Pairs::kUsers; ++user)
+        if (before[user] != seen_[user] && user != lock_.user())
+            writers_[user] = {news_, lock_.nameOf(static_cast<unsigned>(user))};
+}
+
+std::vector<std::string> Sharing::writersSince(std::uint64_t news) const {
+    std::vector<std::string> names;
+    for (const auto& [user, writer] : writers_)
+        if (writer.news > news && std::ranges::find(names, writer.name) == names.end())
+            names.push_back(writer.name);
+    return names;
 }
 
 void Sharing::verifyUnchanged() {

@@ -4,6 +4,8 @@
 #include "jet/Committer.h"
 #include "jet/Recovery.h"
 
+#include <map>
+
 namespace jet {
 
 /// What the stations that have one database file open agree on, seen from one of them.
@@ -81,6 +83,11 @@ public:
     }
     [[nodiscard]] bool disturbed() const noexcept { return disturbed_; }
 
+    /// How often it was found that others have written: a moment, to be given to writersSince().
+    [[nodiscard]] std::uint64_t news() const noexcept { return news_; }
+    /// The names of the stations that are known to have written since.
+    [[nodiscard]] std::vector<std::string> writersSince(std::uint64_t news) const;
+
     // Writing.
     /// Takes W, if we haven't it, and looks at the news.
     /// @throws Error{readOnly}, Error{locked} naming who has the file; what onNews throws.
@@ -121,6 +128,7 @@ private:
     [[nodiscard]] bool recoverDeadWriter(const Pairs& pairs, bool holdsWriting);
     void runRecovery(bool holdsWriting);
     void noteSuspect(const Pairs& pairs);
+    void noteWriters(const Pairs& before);
     [[nodiscard]] std::optional<std::size_t> deadWriter(const Pairs& pairs) const;
     [[nodiscard]] std::optional<unsigned> foreigner(bool entranceClosed);
     void requireNoForeigner(bool entranceClosed);
@@ -141,12 +149,18 @@ private:
     bool shared_ = false;  ///< the lock file works
     bool suspect_ = false; ///< a program died writing and left nothing to undo that with
 
-    Pairs seen_;           ///< as of the last look
-    unsigned depth_ = 0;   ///< of sections
-    bool reading_ = false; ///< R is held, shared
-    bool light_ = false;   ///< the section does without R so far
-    bool writing_ = false; ///< W is held
-    bool careful_ = false; ///< somebody may write who doesn't heed our locks
+    Pairs seen_; ///< as of the last look
+    std::uint64_t news_ = 1;
+    struct Writer {
+        std::uint64_t news; ///< as of when it was noticed
+        std::string name;   ///< as of then: another may have the number later
+    };
+    std::map<std::size_t, Writer> writers_; ///< by user
+    unsigned depth_ = 0;                    ///< of sections
+    bool reading_ = false;                  ///< R is held, shared
+    bool light_ = false;                    ///< the section does without R so far
+    bool writing_ = false;                  ///< W is held
+    bool careful_ = false;                  ///< somebody may write who doesn't heed our locks
     bool disturbed_ = false;
     bool yields_ = false; ///< the last transaction ended with others waiting
     std::chrono::steady_clock::time_point lookedForForeign_{};

@@ -21,7 +21,7 @@ TEST_P(NewsTest, ADeletedRowIsGoneFromAllSetsAtOnce) {
     Recordset sorted;
     Recordset deleting;
     whole.Open("cheques", connection);
-    sorted.Open("cheques", connection);
+    sorted.Open("cheques", connection, ado::CursorType::Keyset);
     sorted.setSort("numero");
     deleting.Open("select * from cheques where lancamento = 2", connection);
     deleting.Delete();

@@ -11,6 +11,7 @@ namespace {
 
 using ado::Connection;
 using ado::Recordset;
+using ado::Shown;
 using jet::Errc;
 
 class StationsTest : public Shop {
@@ -25,19 +26,44 @@ protected:
         Shop::TearDown();
     }
 
-    /// As a window saves: a transaction, the record looked up anew, its fields, the end.
-    static void save(Connection& station, Recordset& banks, const char* code, const char* name) {
+    /// As a window saves what it has shown: a transaction, the record looked up anew, its fields,
+    /// the end.
+    static void save(Connection& station, Recordset& banks, const char* code, const char* name,
+                     const Shown& shown) {
         ado::Transaction transaction(station);
-        banks.MoveFirst();
-        banks.Find(std::string("codigo=") + code);
+        goTo(banks, code);
+        banks.Edit(shown);
         banks["nome"] = name;
         banks.Update();
         transaction.commit();
+    }
+    /// The same of what is stored at that moment.
+    static void save(Connection& station, Recordset& banks, const char* code, const char* name) {
+        save(station, banks, code, name, show(banks, code));
+    }
+    static void goTo(Recordset& banks, const char* code) {
+        banks.MoveFirst();
+        banks.Find(std::string("codigo=") + code);
+    }
+    /// As a window shows a record.
+    static Shown show(Recordset& banks, const char* code) {
+        goTo(banks, code);
+        return banks.shown();
     }
     static std::string shown(Recordset& banks, const char* code) {
         banks.MoveFirst();
         banks.Find(std::string("codigo=") + code);
         return banks["nome"].text();
+    }
+
+    /// As the lock file knows this one.
+    [[nodiscard]] std::string machine() const {
+        std::ifstream lock(
+            std::filesystem::path(connection.database().path()).replace_extension(".ldb"),
+            std::ios::binary);
+        std::string name(32, '\0');
+        lock.read(name.data(), static_cast<std::streamsize>(name.size()));
+        return name.c_str();
     }
 
     Connection other;
@@ -69,35 +95,25 @@ TEST_P(StationsTest, ARecordThatAnotherStationHasChangedSinceItWasShownIsNotSave
     Recordset theirs;
     mine.Open("bancos", connection);
     theirs.Open("bancos", other);
-    EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
-    EXPECT_EQ(shown(theirs, "2"), "Banco do Sul");
+    const Shown before = show(mine, "2");
     save(other, theirs, "2", "Deles");
-    EXPECT_EQ(errorOf([&] { save(connection, mine, "2", "Meu"); }), Errc::conflict);
-    mine.CancelUpdate();
+    try {
+        save(connection, mine, "2", "Meu", before);
+        ADD_FAILURE() << "saved over";
+    } catch (const jet::Error& error) {
+        EXPECT_EQ(error.code(), Errc::conflict);
+        EXPECT_NE(std::string_view(error.what()).find("alterado por " + machine()),
+                  std::string_view::npos)
+            << error.what();
+    }
     EXPECT_EQ(shown(mine, "2"), "Deles");
-    // Now it has been seen.
-    save(connection, mine, "2", "Meu");
+    EXPECT_TRUE(mine.isOther(before));
+    // Now it has been shown.
+    save(connection, mine, "2", "Meu", show(mine, "2"));
     EXPECT_EQ(shown(theirs, "2"), "Meu");
 }
 
-TEST_P(StationsTest, OurOwnSavesAreNoConflict) {
-    Recordset mine;
-    mine.Open("bancos", connection);
-    EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
-    save(connection, mine, "2", "Um");
-    save(connection, mine, "2", "Dois");
-    {
-        ado::Transaction undone(connection);
-        mine.MoveFirst();
-        mine.Find("codigo=2");
-        mine["nome"] = "Nunca";
-        mine.Update();
-    }
-    save(connection, mine, "2", "Três");
-    EXPECT_EQ(shown(mine, "2"), "Três");
-}
-
-TEST_P(StationsTest, WhatAnotherListHasShownCounts) {
+TEST_P(StationsTest, NothingThatIsReadMeanwhileCountsAsShown) {
     Recordset mine;
     Recordset list;
     Recordset theirs;
@@ -106,12 +122,102 @@ TEST_P(StationsTest, WhatAnotherListHasShownCounts) {
               "cheques.banco=bancos.codigo where bancos.codigo=1",
               connection);
     theirs.Open("bancos", other);
-    EXPECT_EQ(shown(mine, "1"), "Banco do Norte");
+    const Shown before = show(mine, "1");
     save(other, theirs, "1", "Deles");
+    // By a list, a look-up, a filter, a sort, a sum, and in a transaction that is given up.
     list.Requery();
     EXPECT_EQ(list["bancos.nome"].text(), "Deles");
-    save(connection, mine, "1", "Meu");
-    EXPECT_EQ(shown(theirs, "1"), "Meu");
+    EXPECT_EQ(shown(mine, "1"), "Deles");
+    mine.setFilter("codigo<3");
+    mine.setSort("nome");
+    for (mine.MoveFirst(); !mine.EOF(); mine.MoveNext())
+        EXPECT_FALSE(mine["nome"].text().empty());
+    mine.clearFilter();
+    EXPECT_EQ(errorOf([&] { save(connection, mine, "1", "Meu", before); }), Errc::conflict);
+    EXPECT_EQ(errorOf([&] { save(connection, mine, "1", "Meu", before); }), Errc::conflict);
+    EXPECT_EQ(errorOf([&] {
+                  goTo(mine, "1");
+                  mine.Delete(before);
+              }),
+              Errc::conflict);
+    EXPECT_EQ(shown(theirs, "1"), "Deles");
+}
+
+TEST_P(StationsTest, OfARowInAJoinTheTableNamedCounts) {
+    Recordset list;
+    Recordset cheques;
+    Recordset theirs;
+    list.Open("select * from cheques inner join bancos on cheques.banco=bancos.codigo "
+              "where lancamento=1",
+              connection);
+    cheques.Open("cheques", connection);
+    theirs.Open("bancos", other);
+    const Shown cheque = list.shown("Cheques");
+    EXPECT_EQ(cheque, cheques.shown());
+    save(other, theirs, "1", "Deles");
+    list.Requery();
+    EXPECT_FALSE(cheques.isOther(cheque));
+    EXPECT_EQ(errorOf([&] { (void)list.shown("semfundos"); }), Errc::notFound);
+    cheques.Delete(cheque);
+    EXPECT_EQ(cheques.RecordCount(), 5);
+}
+
+TEST_P(StationsTest, ARecordThatAnotherStationHasDeletedIsGone) {
+    Recordset mine;
+    Recordset theirs;
+    mine.Open("bancos", connection);
+    theirs.Open("bancos", other);
+    const Shown before = show(mine, "3");
+    goTo(theirs, "3");
+    theirs.Delete();
+    other.flush();
+    EXPECT_EQ(errorOf([&] { save(connection, mine, "3", "Meu", before); }), Errc::gone);
+    EXPECT_EQ(errorOf([&] { mine.Delete(before); }), Errc::gone);
+    EXPECT_FALSE(mine.isOther(before)); // there is none
+    // Nor is a new one that has its place in the file the same.
+    theirs.AddNew();
+    theirs["cod_banco"] = 33;
+    theirs["nome"] = "Agrário";
+    theirs.Update();
+    other.flush();
+    mine.MoveLast();
+    EXPECT_EQ(mine["nome"].text(), "Agrário");
+    EXPECT_EQ(errorOf([&] { mine.Delete(before); }), Errc::conflict);
+    EXPECT_EQ(theirs.RecordCount(), 3);
+}
+
+TEST_P(StationsTest, WhatWasNeverShownIsNotChangedAsShown) {
+    Recordset mine;
+    mine.Open("bancos", connection);
+    EXPECT_EQ(errorOf([&] { mine.Edit({}); }), Errc::conflict);
+    EXPECT_EQ(errorOf([&] { mine.Delete(Shown()); }), Errc::conflict);
+    EXPECT_EQ(mine.EditMode(), ado::EditMode::None);
+}
+
+TEST_P(StationsTest, OurOwnSavesAreNoConflictForWhoShowsThem) {
+    Recordset mine;
+    mine.Open("bancos", connection);
+    const Shown first = show(mine, "2");
+    Shown stored;
+    {
+        ado::Transaction transaction(connection);
+        mine.Edit(first);
+        mine["nome"] = "Um";
+        mine.Update();
+        stored = mine.shown();
+        transaction.commit();
+    }
+    EXPECT_EQ(show(mine, "2"), stored);
+    {
+        ado::Transaction undone(connection);
+        mine.Edit(stored);
+        mine["nome"] = "Nunca";
+        mine.Update();
+    }
+    save(connection, mine, "2", "Dois", stored);
+    // Another window of the program that still shows the first has not seen that.
+    EXPECT_EQ(errorOf([&] { save(connection, mine, "2", "Três", first); }), Errc::conflict);
+    EXPECT_EQ(shown(mine, "2"), "Dois");
 }
 
 TEST_P(StationsTest, ADeletionOfWhatAnotherHasChangedIsRefused) {
@@ -119,13 +225,12 @@ TEST_P(StationsTest, ADeletionOfWhatAnotherHasChangedIsRefused) {
     Recordset theirs;
     mine.Open("bancos", connection);
     theirs.Open("bancos", other);
-    EXPECT_EQ(shown(mine, "3"), "Agrário");
+    const Shown before = show(mine, "3");
     save(other, theirs, "3", "Deles");
     {
         ado::Transaction transaction(connection);
-        mine.MoveFirst();
-        mine.Find("codigo=3");
-        EXPECT_EQ(errorOf([&] { mine.Delete(); }), Errc::conflict);
+        goTo(mine, "3");
+        EXPECT_EQ(errorOf([&] { mine.Delete(before); }), Errc::conflict);
     }
     EXPECT_EQ(shown(mine, "3"), "Deles");
     mine.Delete();
@@ -219,12 +324,11 @@ TEST_P(StationsTest, NewsMayBeLateForAsLongAsTheyHold) {
     theirs.Open("bancos", other);
     EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
     connection.database().setNewsHold(std::chrono::hours(1));
-    EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
+    const Shown before = show(mine, "2");
     save(other, theirs, "2", "Deles");
     EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
     // What is stored counts when something is changed, not what is remembered.
-    EXPECT_EQ(errorOf([&] { save(connection, mine, "2", "Meu"); }), Errc::conflict);
-    mine.CancelUpdate();
+    EXPECT_EQ(errorOf([&] { save(connection, mine, "2", "Meu", before); }), Errc::conflict);
     EXPECT_EQ(shown(mine, "2"), "Deles");
     save(other, theirs, "2", "Outra vez");
     connection.database().setNewsHold({});
