@@ -130,6 +130,7 @@ bool FrmLancarCheques::mostrarCheque(qint32 lancamento) {
 
 void FrmLancarCheques::mostrarRegistro() {
     const ado::Recordset& rs = cheques();
+    const ado::Shown visto = rs.shown();
     txtlancamento->setText(Valores::texto(rs["lancamento"]));
     escolher(*txtNome, dbconectar::instance().rsCliente, rs["cliente"].integer());
     escolher(*txtbanco, dbconectar::instance().rsBancos, rs["banco"].integer());
@@ -139,6 +140,14 @@ void FrmLancarCheques::mostrarRegistro() {
     mostrar(*txtbompara, rs["bompara"]);
     txtvalor->setValor(Valores::valor(rs["valor"]));
     txtdescontar->setChecked(rs["descontar"].boolean());
+    visto_ = visto; // only now: what was shown in part isn't seen
+}
+
+bool FrmLancarCheques::mostrarGravado() {
+    if (!Mirtal::foiAlterado(cheques(), "lancamento=" + txtlancamento->text(), visto_))
+        return false;
+    mostrarRegistro();
+    return true;
 }
 
 void FrmLancarCheques::gravarCampos() {
@@ -157,6 +166,7 @@ void FrmLancarCheques::gravarCampos() {
 
 void FrmLancarCheques::limpar() {
     limparControles(*this);
+    visto_ = {};
     datasDeHoje();
     txtdescontar->setChecked(true);
     txtNome->setFocus();
@@ -222,20 +232,22 @@ void FrmLancarCheques::CmdIncluir_Click() {
         return;
     ado::Recordset& rs = cheques();
     ado::Transaction gravacao(dbconectar::instance().Automacao);
-    if (txtlancamento->text().isEmpty()) {
+    const bool novo = txtlancamento->text().isEmpty();
+    if (novo)
         rs.AddNew();
-    } else {
-        rs.MoveFirst();
-        rs.Find("lancamento=" + txtlancamento->text());
-    }
+    else
+        Mirtal::editar(rs, "lancamento=" + txtlancamento->text(), visto_);
     gravarCampos();
     rs.Update();
+    const ado::Shown gravado = rs.shown();
     rs.Requery();
     gravacao.commit();
 
     if (!cmbcheques->isChecked())
         return limpar();
     // Deliberate: txtlancamento stays too, so a run begun on a stored cheque goes on changing it.
+    if (!novo)
+        visto_ = gravado;
     txtbompara->setValue(txtbompara->value().addDays(kPrazo));
     txtnumero->clear();
     txtnumero->setFocus();
@@ -246,8 +258,9 @@ void FrmLancarCheques::CmdNovo_Click() { limpar(); }
 void FrmLancarCheques::CmdExcluir_Click() {
     if (txtlancamento->text().isEmpty() || !TelaDeCheque::confirmarExclusao(cheques()))
         return;
-    Mirtal::apagarPorChave("Cheques", "lancamento", txtlancamento->text(), false);
+    Mirtal::apagarPorChave("Cheques", "lancamento", txtlancamento->text(), false, visto_);
     limparControles(*this); // deliberate: unlike a new cheque, due today and not for deposit
+    visto_ = {};
     cheques().Requery();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ado/Shown.h"
 #include "cheques/TelaDeCheque.h"
 #include "controls/Form.h"
 #include "controls/Formato.h"
@@ -13,7 +14,8 @@
 /// With "Vários Cheques" ticked each save leaves the fields as they are, for the next cheque of the
 /// same client 30 days later.
 ///
-/// Invariant: txtlancamento holds the key of the stored cheque on show, or "" for a new one.
+/// Invariant: txtlancamento holds the key of the stored cheque on show, or "" for a new one; visto_
+/// is how that cheque was when it was shown, or as it was saved from here since.
 class FrmLancarCheques final : public Form, private Ui::FrmLancarCheques {
     Q_OBJECT
 public:
@@ -27,6 +29,8 @@ public:
     /// @return false, and everything stays as it was, if there is no such cheque; the clerk has
     ///         then been told.
     bool mostrarCheque(qint32 lancamento);
+
+    bool mostrarGravado() override;
 
     /// Sets what shows the cheque list, modally, for CmdLocalizar. The list stands above this
     /// window, because it calls mostrarCheque(). Without it nothing is shown.
@@ -58,5 +62,6 @@ private:
     /// Issued today, due in 30 days.
     void datasDeHoje();
 
+    ado::Shown visto_;
     Amount limite_; ///< credit limit of the client last chosen
 };

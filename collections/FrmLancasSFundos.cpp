@@ -93,9 +93,18 @@ void FrmLancasSFundos::consultar() {
 
 void FrmLancasSFundos::mostrarRegistro() {
     const ado::Recordset& rs = semFundos();
+    const ado::Shown visto = rs.shown();
     txtlancamento->setText(Valores::texto(rs["lancamento"]));
     mostrarCheque(rs);
     mostrar(*txtEmpresa, rs["empresa"]);
+    visto_ = visto; // only now: what was shown in part isn't seen
+}
+
+bool FrmLancasSFundos::mostrarGravado() {
+    if (!Mirtal::foiAlterado(semFundos(), "lancamento=" + txtlancamento->text(), visto_))
+        return false;
+    mostrarRegistro();
+    return true;
 }
 
 void FrmLancasSFundos::mostrarCheque(const ado::Recordset& rs) {
@@ -173,7 +182,7 @@ void FrmLancasSFundos::CmdIncluir_Click() {
     if (txtlancamento->text().isEmpty())
         rs.AddNew();
     else
-        Mirtal::localizar(rs, "lancamento=" + txtlancamento->text());
+        Mirtal::editar(rs, "lancamento=" + txtlancamento->text(), visto_);
     gravarCampos();
     rs.Update();
     gravacao.commit();
@@ -184,14 +193,16 @@ void FrmLancasSFundos::CmdNovo_Click() { limpar(); }
 
 void FrmLancasSFundos::limpar() {
     limparControles(*this);
+    visto_ = {};
     txtcliente->setFocus();
 }
 
 void FrmLancasSFundos::cmdExcluir_Click() {
     if (txtlancamento->text().isEmpty() || !TelaDeCheque::confirmarExclusao(semFundos()))
         return;
-    Mirtal::apagarPorChave("SemFundos", "lancamento", txtlancamento->text(), false);
+    Mirtal::apagarPorChave("SemFundos", "lancamento", txtlancamento->text(), false, visto_);
     limparControles(*this);
+    visto_ = {};
     semFundos().Requery();
 }
 

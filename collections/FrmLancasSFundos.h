@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ado/Shown.h"
 #include "cheques/TelaDeCheque.h"
 #include "controls/Form.h"
 #include "ui_FrmLancasSFundos.h"
@@ -8,7 +9,8 @@
 /// cheque of the same number, changed, deleted and walked through one at a time. A received cheque
 /// that is copied stays as it is.
 ///
-/// Invariant: txtlancamento holds the key of the stored cheque on show, or "" for a new one.
+/// Invariant: txtlancamento holds the key of the stored cheque on show, or "" for a new one; visto_
+/// is how that cheque was when it was shown.
 class FrmLancasSFundos final : public Form, private Ui::FrmLancasSFundos {
     Q_OBJECT
 public:
@@ -19,6 +21,8 @@ public:
     /// to be looked at: nothing can be typed until the window closes.
     /// @throws jet::Error{noCurrentRow} if there is no current row.
     void consultar();
+
+    bool mostrarGravado() override;
 
 private:
     void Form_Load() override;
@@ -47,4 +51,6 @@ private:
     /// What received and bounced cheques have in common, of the current row.
     void mostrarCheque(const ado::Recordset& rs);
     void limpar();
+
+    ado::Shown visto_;
 };

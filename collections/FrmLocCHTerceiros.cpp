@@ -4,6 +4,7 @@
 #include "collections/ListaDeCheques.h"
 #include "controls/BusyCursor.h"
 #include "controls/Icons.h"
+#include "controls/MessageBox.h"
 #include "controls/Repainting.h"
 #include "controls/Style.h"
 #include "controls/WindowList.h"
@@ -11,6 +12,7 @@
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -129,9 +131,12 @@ void FrmLocCHTerceiros::preencher(const QString& onde, const char* campoNome) {
     Repainting repintura(kEntreRepinturas);
     rs_ = std::make_unique<ado::Recordset>();
     rs_->Open(ListaDeCheques::comando(Mirtal::modo, onde), dbconectar::instance().Automacao);
+    onde_ = onde;
+    campoNome_ = campoNome;
     total_ = {};
     mostrarTotal("Total Selecionado :"); // deliberate: with a blank here, without one on ticking
     lstterceiros->clear();
+    vistos_.clear();
     const QIcon icone = Icons::named("codigo");
     for (; !rs_->EOF(); rs_->MoveNext()) {
         acrescentarLinha(campoNome, icone);
@@ -141,6 +146,8 @@ void FrmLocCHTerceiros::preencher(const QString& onde, const char* campoNome) {
 
 void FrmLocCHTerceiros::acrescentarLinha(const char* campoNome, const QIcon& icone) {
     const ado::Recordset& rs = *rs_;
+    if (baixando())
+        vistos_.push_back(rs.shown("cheques"));
     const char* const campoData = localizandoSemFundos() ? "data" : "bompara";
     ListItem linha;
     linha.text = texto(rs["lancamento"]);
@@ -185,18 +192,9 @@ void FrmLocCHTerceiros::lstterceiros_ItemClick(const QString& /*chave*/, int lin
 
 // Deliberate: nothing is asked before and nothing is said afterwards.
 void FrmLocCHTerceiros::cmdsalvar_Click() {
-    const BusyCursor ocupado;
-    Repainting repintura(kEntreRepinturas);
-    for (int linha = 0; linha < lstterceiros->count(); ++linha) {
-        if (!lstterceiros->isChecked(linha))
-            continue;
-        baixar(lstterceiros->text(linha, kLancamento));
-        if (repintura.due()) {
-            lstterceiros->setCurrentRow(linha); // shows how far it has come
-            repintura.repaint();
-        }
-    }
-    dbconectar::instance().Automacao.flush(); // an emptied list says that all of it is stored
+    const Alterados alterados = baixarMarcados();
+    if (!alterados.lancamentos.isEmpty())
+        return mostrarAlterados(alterados);
     txtbanco->setText("");
     txtcliente->setText("");
     lstterceiros->clear();
@@ -204,18 +202,61 @@ void FrmLocCHTerceiros::cmdsalvar_Click() {
     txtbanco->setFocus();
 }
 
-void FrmLocCHTerceiros::baixar(const QString& lancamento) {
+FrmLocCHTerceiros::Alterados FrmLocCHTerceiros::baixarMarcados() {
+    const BusyCursor ocupado;
+    Repainting repintura(kEntreRepinturas);
+    Alterados alterados;
+    for (int linha = 0; linha < lstterceiros->count(); ++linha) {
+        if (!lstterceiros->isChecked(linha))
+            continue;
+        const QString lancamento = lstterceiros->text(linha, kLancamento);
+        const ado::Shown& visto = vistos_[static_cast<std::size_t>(linha)];
+        if (!baixar(lancamento, visto)) {
+            alterados.lancamentos += lancamento;
+            alterados.porQuem = dbconectar::instance().rsCheques.byWhom(visto);
+        }
+        if (repintura.due()) {
+            lstterceiros->setCurrentRow(linha); // shows how far it has come
+            repintura.repaint();
+        }
+    }
+    dbconectar::instance().Automacao.flush(); // an emptied list says that all of it is stored
+    return alterados;
+}
+
+void FrmLocCHTerceiros::mostrarAlterados(const Alterados& alterados) {
+    const QStringList& lancamentos = alterados.lancamentos;
+    constexpr qsizetype kNomeados = 20;
+    QString quais = lancamentos.first(std::min(kNomeados, lancamentos.size())).join(", ");
+    if (lancamentos.size() > kNomeados)
+        quais += QString(" e mais %1").arg(lancamentos.size() - kNomeados);
+    showMessage(QString("Foram alterados%1 depois de listados e por isso não foram baixados os "
+                        "cheques de lançamento %2.\n\nA lista mostra agora como eles estão: "
+                        "confira e marque-os de novo.")
+                    .arg(QString::fromStdString(alterados.porQuem), quais),
+                "Mensagem", MessageIcon::exclamation);
+    preencher(onde_, campoNome_);
+    for (int linha = lstterceiros->count() - 1; linha >= 0; --linha)
+        if (lstterceiros->text(linha, kLancamento) == lancamentos.front())
+            lstterceiros->setCurrentRow(linha);
+    lstterceiros->setFocus();
+}
+
+bool FrmLocCHTerceiros::baixar(const QString& lancamento, const ado::Shown& visto) {
     ado::Recordset& cheques = dbconectar::instance().rsCheques;
     cheques.clearFilter();
     cheques.Requery();
     if (!cheques.EOF())
         cheques.Find("lancamento=" + lancamento);
     if (cheques.EOF())
-        return; // another has deleted it since it was listed
+        return true; // another has deleted it since it was listed
     ado::Transaction baixa(dbconectar::instance().Automacao);
-    cheques.Delete();
+    if (cheques.isOther(visto))
+        return false;
+    cheques.Delete(visto);
     cheques.Requery();
     baixa.commitLater(); // each on its own, but for the disk several at once
+    return true;
 }
 
 void FrmLocCHTerceiros::cmdsair_Click() { unload(); }

@@ -1,10 +1,15 @@
 #pragma once
 
+#include "ado/Shown.h"
 #include "controls/Form.h"
 #include "controls/Formato.h"
 #include "ui_FrmLocCHTerceiros.h"
 
+#include <QStringList>
+
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace ado {
 class Recordset;
@@ -48,10 +53,23 @@ private:
     void preencher(const QString& onde, const char* campoNome);
     void acrescentarLinha(const char* campoNome, const QIcon& icone);
     void mostrarTotal(const QString& titulo);
+    /// Cheques that have been changed since they were listed.
+    struct Alterados {
+        QStringList lancamentos;
+        std::string porQuem; ///< as ado::Recordset::byWhom() says it
+    };
+    /// Settles the ticked cheques. @return those that were left alone.
+    [[nodiscard]] Alterados baixarMarcados();
     /// Deletes the received cheque, if it is still there, in a transaction of its own.
-    static void baixar(const QString& lancamento);
+    /// @return false if it isn't any more as it was listed: then it stays.
+    [[nodiscard]] static bool baixar(const QString& lancamento, const ado::Shown& visto);
+    /// Names the cheques left alone and lists all of them as they are now.
+    void mostrarAlterados(const Alterados& alterados);
 
     std::unique_ptr<ado::Recordset> rs_; ///< of the list on show; null when closed
+    std::vector<ado::Shown> vistos_;     ///< of each row of a list to settle from
+    QString onde_;                       ///< what the list on show was asked for with
+    const char* campoNome_ = "";
     Amount total_; ///< of the ticked cheques; see ListaDeCheques::somaAoMarcar()
     QString ultimoClicado_;
 };

@@ -35,6 +35,7 @@ void FrmRenegociar::Form_Load() {
 
 void FrmRenegociar::limpar() {
     limparControles(*this);
+    visto_ = {};
     vencto_ = Valores::data(txtbom_para->value());
 }
 
@@ -58,6 +59,7 @@ void FrmRenegociar::CmdLocalizar_Click() {
 
 void FrmRenegociar::mostrarCheque() {
     const ado::Recordset& rs = dbconectar::instance().rsCheques;
+    const ado::Shown visto = rs.shown();
     ado::Recordset& clientes = dbconectar::instance().rsCliente;
     const bool achado =
         Mirtal::localizar(clientes, "Codigo=" + QString::number(rs["cliente"].integer()));
@@ -73,7 +75,16 @@ void FrmRenegociar::mostrarCheque() {
     txtlancamento->setText(Valores::texto(rs["lancamento"]));
     txttaxa_juros->setEnabled(true);
     txtnovo_vencto->setEnabled(true);
+    visto_ = visto; // only now: what was shown in part isn't seen
     txttaxa_juros->setFocus();
+}
+
+bool FrmRenegociar::mostrarGravado() {
+    if (!Mirtal::foiAlterado(dbconectar::instance().rsCheques,
+                             "lancamento=" + txtlancamento->text(), visto_))
+        return false;
+    mostrarCheque();
+    return true;
 }
 
 // ---- interest
@@ -99,6 +110,7 @@ void FrmRenegociar::CmdIncluir_Click() {
     rs.Find("lancamento=" + txtlancamento->text());
     if (!rs.EOF()) {
         ado::Transaction gravacao(dbconectar::instance().Automacao);
+        rs.Edit(visto_);
         rs["bompara "] = Valores::data(txtnovo_vencto->value()); // the shop's name for it: bompara
         rs.Update();
         rs.Requery();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ado/Shown.h"
 #include "controls/Form.h"
 #include "jet/Types.h"
 #include "ui_FrmRenegociar.h"
@@ -11,13 +12,16 @@
 ///
 /// Invariants:
 ///  1. txtlancamento holds the key of the cheque on show, or "" for none.
-///  2. vencto_ is the due date on show, with the time of day that its box doesn't show.
-///  3. Only the rate and the new date are typed; they can't be before a cheque has been found.
+///  2. visto_ is how that cheque was when it was found.
+///  3. vencto_ is the due date on show, with the time of day that its box doesn't show.
+///  4. Only the rate and the new date are typed; they can't be before a cheque has been found.
 class FrmRenegociar final : public Form, private Ui::FrmRenegociar {
     Q_OBJECT
 public:
     FrmRenegociar();
     static FrmRenegociar& instance();
+
+    bool mostrarGravado() override;
 
 private:
     void Form_Load() override;
@@ -31,5 +35,6 @@ private:
     /// The cheque of the current row of rsCheques.
     void mostrarCheque();
 
+    ado::Shown visto_;
     jet::Date vencto_;
 };

@@ -87,7 +87,7 @@ void frmBancos::cmdSalvar_Click() {
     if (novo)
         rs.AddNew();
     else
-        localizar("codigo=" + lblCodigo->text());
+        Mirtal::editar(rs, "codigo=" + lblCodigo->text(), visto_);
     rs["cod_banco"] = txtCodigo->text();
     rs["nome"] = txtNome->text();
     rs.Update();
@@ -139,6 +139,7 @@ void frmBancos::txtCodigo_LostFocus() {
 
 void frmBancos::limpar() {
     lblCodigo->clear();
+    visto_ = {};
     limparControles(*this);
 }
 
@@ -146,9 +147,18 @@ void frmBancos::mostrarRegistro() {
     limpar();
     if (bancos().EOF())
         return; // the bank looked for has been deleted by the other system
+    const ado::Shown visto = bancos().shown();
     lblCodigo->setText(texto("codigo"));
     txtCodigo->setText(texto("cod_banco"));
     txtNome->setText(texto("nome"));
+    visto_ = visto; // only now: what was shown in part isn't seen
+}
+
+bool frmBancos::mostrarGravado() {
+    if (!Mirtal::foiAlterado(bancos(), "codigo=" + lblCodigo->text(), visto_))
+        return false;
+    mostrarRegistro();
+    return true;
 }
 
 // Deliberate: a list is never emptied because the table is.

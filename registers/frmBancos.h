@@ -1,16 +1,20 @@
 #pragma once
 
+#include "ado/Shown.h"
 #include "controls/Form.h"
 #include "ui_frmBancos.h"
 
 /// Bank register: one bank in two boxes, all banks in a list. Adds and changes banks, never deletes
 /// one: that is for the back-office system that shares the file.
-/// Invariant: lblCodigo holds the key of the stored bank on show, or "" for a new one.
+/// Invariant: lblCodigo holds the key of the stored bank on show, or "" for a new one; visto_ is
+/// how that bank was when it was shown.
 class frmBancos final : public Form, private Ui::frmBancos {
     Q_OBJECT
 public:
     frmBancos();
     static frmBancos& instance();
+
+    bool mostrarGravado() override;
 
 private:
     void Form_Load() override;
@@ -32,4 +36,6 @@ private:
     void localizar(const QString& criterio);
     /// Whether a bank with the code and name of the boxes is stored.
     [[nodiscard]] bool jaCadastrado();
+
+    ado::Shown visto_;
 };

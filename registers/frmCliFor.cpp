@@ -140,13 +140,26 @@ void frmCliFor::Form_Load() {
 
 // ---- the client on the screen
 
-void frmCliFor::limpar() { limparControles(*this); }
+void frmCliFor::limpar() {
+    limparControles(*this);
+    visto_ = {};
+}
 
 // Deliberate: nothing is cleared first, so what this client hasn't got stays as the one before had
 // it.
 void frmCliFor::mostrarRegistro() {
+    const ado::Shown visto = clientes().shown();
     txtCódigo->setText(Valores::texto(clientes()["codigo"]));
     Campos::mostrar(clientes(), campos_);
+    visto_ = visto; // only now: what was shown in part isn't seen
+}
+
+bool frmCliFor::mostrarGravado() {
+    if (!Mirtal::foiAlterado(clientes(), "codigo=" + txtCódigo->text(), visto_))
+        return false;
+    limpar(); // what this client hasn't got isn't to look like what was typed
+    mostrarRegistro();
+    return true;
 }
 
 void frmCliFor::irPara(QWidget* controle) {
@@ -204,12 +217,10 @@ void frmCliFor::cmdSalvar_Click() {
     const BusyCursor espera;
     ado::Recordset& rs = clientes();
     ado::Transaction gravacao(dbconectar::instance().Automacao);
-    if (txtCódigo->text().isEmpty()) {
+    if (txtCódigo->text().isEmpty())
         rs.AddNew();
-    } else {
-        rs.MoveFirst();
-        rs.Find("codigo=" + txtCódigo->text());
-    }
+    else
+        Mirtal::editar(rs, "codigo=" + txtCódigo->text(), visto_);
     rs["tipo"] = true;
     Campos::gravar(rs, campos_);
     rs.Update();

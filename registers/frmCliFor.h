@@ -9,12 +9,15 @@
 /// Client register: one client on three tabs, walked with the navigation bar or found by name. Adds
 /// and changes clients, never deletes one: that is for the back-office system that shares the file.
 ///
-/// Invariant: txtCódigo holds the code of the stored client on show, or "" for a new one.
+/// Invariant: txtCódigo holds the code of the stored client on show, or "" for a new one; visto_ is
+/// how that client was when he was shown.
 class frmCliFor final : public Form, private Ui::frmCliFor {
     Q_OBJECT
 public:
     frmCliFor();
     static frmCliFor& instance();
+
+    bool mostrarGravado() override;
 
 private:
     void Form_Load() override;
@@ -45,4 +48,5 @@ private:
 
     /// All fields but the code, which only finds the row, and `tipo`.
     std::vector<Campos::Campo> campos_;
+    ado::Shown visto_;
 };

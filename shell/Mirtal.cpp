@@ -4,6 +4,7 @@
 #include "controls/DropDownList.h"
 #include "controls/MessageBox.h"
 #include "controls/Repainting.h"
+#include "jet/Error.h"
 #include "shell/dbconectar.h"
 
 #include <chrono>
@@ -52,14 +53,13 @@ void aoMostrarMensagem(std::function<void(const QString&)> mostrar) {
     mostrador() = std::move(mostrar);
 }
 
-void apagarPorChave(const QString& tabela, const QString& campo, const QString& valor, bool texto) {
+void apagarPorChave(const QString& tabela, const QString& campo, const QString& valor, bool texto,
+                    const std::optional<ado::Shown>& visto) {
     const QString criterio = campo + (texto ? " ='" + valor + "'" : " = " + valor);
-    // In a transaction and found by a search: the row must be as the operator has seen it.
     ado::Transaction exclusao(dbconectar::instance().Automacao);
     ado::Recordset rs;
     rs.Open("select * from " + tabela + " where " + criterio, dbconectar::instance().Automacao);
-    rs.Find(criterio);
-    rs.Delete();
+    visto ? rs.Delete(*visto) : rs.Delete();
     rs.Close();
     exclusao.commit();
 }
@@ -109,6 +109,38 @@ bool localizar(ado::Recordset& rs, const QString& criterio) {
     rs.MoveFirst();
     rs.Find(criterio);
     return !rs.EOF();
+}
+
+namespace {
+
+bool localizarEmTodos(ado::Recordset& rs, const QString& criterio) {
+    if (localizar(rs, criterio))
+        return true;
+    if (rs.Filter().empty())
+        return false;
+    rs.clearFilter();
+    return localizar(rs, criterio);
+}
+
+} // namespace
+
+void editar(ado::Recordset& rs, const QString& criterio, const ado::Shown& visto) {
+    if (!localizar(rs, criterio) && !rs.Filter().empty()) {
+        const std::string filtro = rs.Filter();
+        const bool existe = localizarEmTodos(rs, criterio);
+        rs.setFilter(filtro);
+        localizar(rs, criterio);
+        if (existe)
+            throw jet::Error(
+                jet::Errc::conflict,
+                "Não há registro atual: o da tela não é do cliente conferido ou consultado por "
+                "último, e só os deste estão à mão. Nada foi gravado.");
+    }
+    rs.Edit(visto);
+}
+
+bool foiAlterado(ado::Recordset& rs, const QString& criterio, const ado::Shown& visto) {
+    return visto != ado::Shown() && localizarEmTodos(rs, criterio) && rs.isOther(visto);
 }
 
 QString zerosAEsquerda(const QString& texto) {

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "ado/Shown.h"
+
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 class DropDownList;
 
@@ -32,10 +35,11 @@ void aoMostrarMensagem(std::function<void(const QString&)> mostrar);
 
 /// Deletes the first row of `tabela` whose `campo` equals `valor`; a value that is text is put
 /// between single quotes. Deliberate: the value goes in as it stands, an apostrophe in it breaks
-/// the search.
-/// @throws jet::Error{noCurrentRow} if no row has the value; jet::Error{conflict} if
-///         another station has changed the row since it was shown.
-void apagarPorChave(const QString& tabela, const QString& campo, const QString& valor, bool texto);
+/// the search. With `visto` the row must be as it was shown.
+/// @throws jet::Error{noCurrentRow} if no row has the value; with `visto` jet::Error{gone} then,
+///         and jet::Error{conflict} if the row has been changed since.
+void apagarPorChave(const QString& tabela, const QString& campo, const QString& valor, bool texto,
+                    const std::optional<ado::Shown>& visto = std::nullopt);
 
 /// Lists a recordset: an entry for each row, showing `campo`, with the whole number of `campoChave`
 /// as its item data. Sorts the recordset by `campo` and leaves it past its end. Lets the windows
@@ -51,6 +55,14 @@ bool navegar(ado::Recordset& rs, int botao);
 /// Goes to the first row of all that meets a criterion; to the end if there is none.
 /// @return whether there is one.
 bool localizar(ado::Recordset& rs, const QString& criterio);
+
+/// Goes to the row that meets a criterion and begins to change it, as it was shown.
+/// @throws as ado::Recordset::Edit(); jet::Error{conflict} if it is there but left out by the
+///         filter.
+void editar(ado::Recordset& rs, const QString& criterio, const ado::Shown& visto);
+/// Goes to the same row, without the filter if that leaves it out. @return whether it is there and
+/// no longer as it was shown; false if none was shown.
+bool foiAlterado(ado::Recordset& rs, const QString& criterio, const ado::Shown& visto);
 
 /// The text with zeros before it to make 8 characters; a longer one as it is.
 [[nodiscard]] QString zerosAEsquerda(const QString& texto);

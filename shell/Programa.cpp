@@ -8,6 +8,7 @@
 #include "jet/Error.h"
 #include "jet/Waiting.h"
 #include "shell/MDICheques.h"
+#include "shell/OutraVersao.h"
 #include "shell/dbconectar.h"
 #include "shell/frmSplash.h"
 
@@ -58,6 +59,7 @@ bool podeRepetir(const std::exception_ptr& falha) {
         switch (erro.code()) {
         case jet::Errc::locked:
         case jet::Errc::conflict:
+        case jet::Errc::gone:
         case jet::Errc::readOnly:
         case jet::Errc::full:
         case jet::Errc::rule:
@@ -68,6 +70,23 @@ bool podeRepetir(const std::exception_ptr& falha) {
         default:
             return false;
         }
+    } catch (...) {
+        return false;
+    }
+}
+
+/// Whether the failure was told as one of a record that another has changed or deleted.
+bool mostrarOutraVersao(const std::exception_ptr& falha) {
+    try {
+        std::rethrow_exception(falha);
+    } catch (const jet::Error& erro) {
+        if (erro.code() == jet::Errc::conflict)
+            return mostrarOutraVersao(QString(erro.what()));
+        if (erro.code() != jet::Errc::gone)
+            return false;
+        showMessage(erro.what() + QString(" O que foi digitado continua na tela."), "Mensagem",
+                    MessageIcon::exclamation);
+        return true;
     } catch (...) {
         return false;
     }
@@ -192,7 +211,8 @@ void atenderFalha(const std::exception_ptr& falha) {
     if (!podeRepetir(falha))
         relatarFalha(falha);
     dbconectar::instance().desfazer();
-    showMessage(descricao(falha), "Mensagem", MessageIcon::exclamation);
+    if (!mostrarOutraVersao(falha))
+        showMessage(descricao(falha), "Mensagem", MessageIcon::exclamation);
 }
 
 void relatarFalha(const std::exception_ptr& falha) {

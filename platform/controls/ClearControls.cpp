@@ -22,16 +22,11 @@ bool is(QWidget* widget, Clear clear) {
     return control != nullptr;
 }
 
-/// Whether the widget is a part of another control, which knows itself what goes on in it.
-bool isPart(const QWidget& widget) {
-    const QWidget* parent = widget.parentWidget();
-    return qobject_cast<const QComboBox*>(parent) || qobject_cast<const QAbstractSpinBox*>(parent);
-}
-
 // The special boxes first: they are text boxes too.
 void clearControl(QWidget* widget) {
     const bool done =
-        isPart(*widget) || is<MoneyEdit>(widget, [](MoneyEdit& money) { money.setValor({}); }) ||
+        isPartOfControl(*widget) ||
+        is<MoneyEdit>(widget, [](MoneyEdit& money) { money.setValor({}); }) ||
         is<DatePicker>(widget, [](DatePicker& date) { date.setValue(QDate::currentDate()); }) ||
         is<DropDownList>(widget, [](DropDownList& list) { list.setListIndex(-1); }) ||
         is<QCheckBox>(widget, [](QCheckBox& box) { box.setChecked(false); }) ||
@@ -42,6 +37,11 @@ void clearControl(QWidget* widget) {
 }
 
 } // namespace
+
+bool isPartOfControl(const QWidget& widget) {
+    const QWidget* parent = widget.parentWidget();
+    return qobject_cast<const QComboBox*>(parent) || qobject_cast<const QAbstractSpinBox*>(parent);
+}
 
 void limparControles(QWidget& window) {
     for (QWidget* widget : window.findChildren<QWidget*>())

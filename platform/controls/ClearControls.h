@@ -14,3 +14,6 @@ class QWidget;
 ///
 /// A box that can't be typed into is cleared like any other.
 void limparControles(QWidget& window);
+
+/// Whether a widget is a part of another control, which knows itself what goes on in it.
+[[nodiscard]] bool isPartOfControl(const QWidget& widget);

@@ -50,6 +50,11 @@ public:
     /// already unloading.
     void unload();
 
+    /// Where another has changed the record on show since: shows it as it is stored now, in place
+    /// of what has been typed, so that the operator can be shown both.
+    /// @return false, and nothing changes, if no record is on show, or it is gone or no other.
+    virtual bool mostrarGravado() { return false; }
+
     /// What the close button does, or unload() if the window names none.
     void reject() override;
     void setVisible(bool visible) override;

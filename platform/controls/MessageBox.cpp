@@ -39,12 +39,18 @@ MessageAnswer askOperator(const Message& message) {
         box.exec();
         return MessageAnswer::ok;
     }
-    QPushButton* yes = box.addButton("&Sim", QMessageBox::YesRole);
-    QPushButton* no = box.addButton("&Não", QMessageBox::NoRole);
-    box.setDefaultButton(yes);
-    box.setEscapeButton(no);
+    const bool question = message.buttons == MessageButtons::yesNo;
+    QPushButton* first =
+        box.addButton(question ? "&Sim" : "&Voltar ao que digitei", QMessageBox::YesRole);
+    QPushButton* second =
+        box.addButton(question ? "&Não" : "&Ficar com o gravado", QMessageBox::NoRole);
+    box.setDefaultButton(first);
+    box.setEscapeButton(question ? second : first);
     box.exec();
-    return box.clickedButton() == yes ? MessageAnswer::yes : MessageAnswer::no;
+    const bool other = box.clickedButton() == second;
+    if (question)
+        return other ? MessageAnswer::no : MessageAnswer::yes;
+    return other ? MessageAnswer::stored : MessageAnswer::back;
 }
 
 MessageFunction& messageFunction() {
@@ -57,7 +63,10 @@ MessageFunction& messageFunction() {
 std::ostream& operator<<(std::ostream& out, const Message& message) {
     return out << '"' << message.title.toStdString() << "\": \"" << message.text.toStdString()
                << "\" (" << look(message.icon).said << ", "
-               << (message.buttons == MessageButtons::ok ? "OK" : "Sim/Não") << ')';
+               << (message.buttons == MessageButtons::ok      ? "OK"
+                   : message.buttons == MessageButtons::yesNo ? "Sim/Não"
+                                                              : "Voltar/Ficar")
+               << ')';
 }
 
 MessageAnswer showMessage(const Message& message) {

@@ -8,8 +8,9 @@
 /// The message boxes of the program, all through one function that tests replace.
 
 enum class MessageIcon : unsigned char { none, information, exclamation, question, critical };
-enum class MessageButtons : unsigned char { ok, yesNo };
-enum class MessageAnswer : unsigned char { ok, yes, no };
+/// backOrStored: between what the operator has typed and what is stored.
+enum class MessageButtons : unsigned char { ok, yesNo, backOrStored };
+enum class MessageAnswer : unsigned char { ok, yes, no, back, stored };
 
 /// A message box with all that can be said about it.
 struct Message {
@@ -27,8 +28,9 @@ std::ostream& operator<<(std::ostream& out, const Message& message);
 
 /// Shows the message, modal to the whole program, and waits for the answer.
 ///
-/// The buttons are "OK", or "Sim" and "Não". Enter answers the first, Esc and the close box the
-/// harmless one: "OK", "Não". The text can be marked and copied with the mouse.
+/// The buttons are "OK", or "Sim" and "Não", or "Voltar ao que digitei" and "Ficar com o gravado".
+/// Enter answers the first, Esc and the close box the harmless one: "OK", "Não", "Voltar". The text
+/// can be marked and copied with the mouse.
 MessageAnswer showMessage(const Message& message);
 
 /// showMessage() with the parts in the order they are usually said.

@@ -308,7 +308,7 @@ TEST_F(ReceivedCheques, AChequeDeletedMeanwhileFailsAndUndoesTheSaving) {
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 0);
     Mirtal::apagarPorChave("Cheques", "lancamento", "1", false);
-    expectFailure("Não há registro atual");
+    expectFailure("foi excluído");
     click(form, "CmdIncluir");
     EXPECT_FALSE(data().Automacao.inTransaction());
     EXPECT_THAT(stored(), SizeIs(1));

@@ -296,7 +296,7 @@ TEST_P(BouncedCheques, AChequeDeletedMeanwhileFailsAndUndoesTheSaving) {
     auto& form = open<FrmLancasSFundos>();
     click(form, "btnNavegacao", 0);
     Mirtal::apagarPorChave("SemFundos", "lancamento", "1", false);
-    expectFailure("Não há registro atual");
+    expectFailure("foi excluído");
     click(form, "CmdIncluir");
     EXPECT_FALSE(data().Automacao.inTransaction());
     EXPECT_THAT(stored(), SizeIs(1));
@@ -490,7 +490,7 @@ TEST_P(BouncedCheques, DeletingAChequeThatIsGoneFails) {
     click(form, "btnNavegacao", 0);
     Mirtal::apagarPorChave("SemFundos", "lancamento", "1", false);
     expectDeleteQuestion(MessageAnswer::yes);
-    expectFailure("Não há registro atual");
+    expectFailure("foi excluído");
     click(form, "cmdExcluir");
     EXPECT_THAT(stored(), SizeIs(1));
 }

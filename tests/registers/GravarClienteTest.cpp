@@ -84,11 +84,12 @@ TEST_F(ClientRegister, ChangesTheClientOnShow) {
 TEST_F(ClientRegister, EverySaveMakesTheRowAClientsRow) {
     givenThreeClients();
     auto& form = open<frmCliFor>();
-    show(form, 1);
     ado::Recordset other;
     other.Open("select * from cliente_fornecedor where codigo=2", data().Automacao);
     other["tipo"] = false;
     other.Update();
+    show(form, 1);
+    EXPECT_EQ(text(form, "txtNome"), "Ana Lima");
     click(form, "cmdSalvar");
     EXPECT_THAT(stored("codigo, tipo"),
                 ElementsAre("1|Verdadeiro", "2|Verdadeiro", "3|Verdadeiro"));
@@ -131,7 +132,7 @@ TEST_F(ClientRegister, AClientDeletedMeanwhileFailsAndNothingIsSaved) {
     ado::Recordset other;
     other.Open("select * from cliente_fornecedor where codigo=2", data().Automacao);
     other.Delete();
-    expectFailure("registro atual");
+    expectFailure("foi excluído");
     click(form, "cmdSalvar");
     EXPECT_FALSE(data().Automacao.inTransaction());
     EXPECT_THAT(stored("nome"), ElementsAre("Balcão", "Bruno Sá"));

@@ -418,7 +418,7 @@ TEST_F(BankRegister, ABankDeletedMeanwhileFailsAndUndoesTheSaving) {
     ado::Recordset other;
     other.Open("select * from bancos where codigo=1", data().Automacao);
     other.Delete();
-    expectFailure("");
+    expectFailure("foi excluído");
     click(form, "cmdSalvar");
     EXPECT_FALSE(data().Automacao.inTransaction());
     EXPECT_THAT(stored(), ElementsAre("2|104|Banco Norte", "3|237|Agrobanco"));

@@ -1,0 +1,82 @@
+#include "controls/EntryValues.h"
+
+#include "controls/ClearControls.h"
+#include "controls/DatePicker.h"
+#include "controls/DropDownList.h"
+#include "controls/MemoEdit.h"
+#include "controls/MoneyEdit.h"
+
+#include <QCheckBox>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+/// The text of a control and what puts its value back.
+struct Held {
+    QString text;
+    bool changeable = true;
+    std::function<void()> restore;
+};
+
+// The special boxes before the text box that they are as well.
+Held held(QWidget& widget) {
+    if (auto* money = qobject_cast<MoneyEdit*>(&widget))
+        return {formatMoneyExactly(money->valor()), !money->isReadOnly(),
+                [money, valor = money->valor()] { money->setValor(valor); }};
+    if (auto* date = qobject_cast<DatePicker*>(&widget))
+        return {formatDate(date->value()), !date->isReadOnly(),
+                [date, value = date->value()] { date->setValue(value); }};
+    if (auto* list = qobject_cast<DropDownList*>(&widget))
+        return {list->text(), true, [list, text = list->text(), chosen = list->listIndex()] {
+                    chosen < 0 ? list->setText(text) : list->setListIndex(chosen);
+                }};
+    if (auto* box = qobject_cast<QCheckBox*>(&widget))
+        return {box->isChecked() ? "Sim" : "Não", true,
+                [box, ticked = box->isChecked()] { box->setChecked(ticked); }};
+    if (auto* memo = qobject_cast<MemoEdit*>(&widget))
+        return {memo->text(), !memo->isReadOnly(),
+                [memo, text = memo->text()] { memo->setText(text); }};
+    if (auto* box = qobject_cast<QLineEdit*>(&widget))
+        return {box->text(), !box->isReadOnly(), [box, text = box->text()] {
+                    box->setText(text);
+                    box->setCursorPosition(0);
+                }};
+    return {};
+}
+
+QString nameOf(const QWidget& widget) {
+    if (const auto* box = qobject_cast<const QCheckBox*>(&widget))
+        return box->text().remove('&');
+    return widget.accessibleName();
+}
+
+} // namespace
+
+EntryValues::EntryValues(const QWidget& window) {
+    for (QWidget* widget : window.findChildren<QWidget*>()) {
+        if (isPartOfControl(*widget))
+            continue;
+        Held now = held(*widget);
+        if (now.restore)
+            entries_.push_back({nameOf(*widget), now.text, now.changeable, std::move(now.restore)});
+    }
+}
+
+void EntryValues::restore() const {
+    for (const Entry& entry : entries_)
+        if (entry.changeable)
+            entry.restore();
+}
+
+std::vector<EntryValues::Difference> EntryValues::differencesTo(const EntryValues& other) const {
+    std::vector<Difference> differences;
+    for (std::size_t i = 0; i < std::min(entries_.size(), other.entries_.size()); ++i) {
+        const Entry& here = entries_[i];
+        const Entry& there = other.entries_[i];
+        if (!here.name.isEmpty() && here.text != there.text)
+            differences.push_back({here.name, here.text, there.text});
+    }
+    return differences;
+}
