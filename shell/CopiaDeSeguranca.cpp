@@ -1,6 +1,5 @@
 #include "shell/CopiaDeSeguranca.h"
 
-#include "jet/Backup.h"
 #include "jet/Error.h"
 
 #include <chrono>
@@ -8,8 +7,9 @@
 
 using namespace std::chrono_literals;
 
-CopiaDeSeguranca::CopiaDeSeguranca(std::filesystem::path arquivo, Mostrar mostrar)
-    : arquivo_(std::move(arquivo)), mostrar_(std::move(mostrar)) {
+CopiaDeSeguranca::CopiaDeSeguranca(const std::filesystem::path& arquivo, Mostrar mostrar,
+                                   Avisar avisar)
+    : copias_(arquivo), mostrar_(std::move(mostrar)), avisar_(std::move(avisar)) {
     connect(&relogio_, &QTimer::timeout, this, &CopiaDeSeguranca::verificar);
     relogio_.start(1h);
     verificar();
@@ -33,12 +33,35 @@ void CopiaDeSeguranca::verificar() {
 void CopiaDeSeguranca::copiar(const std::stop_token& parada) {
     QString texto;
     try {
-        if (const auto copia = jet::Backup(arquivo_).makeIfDue(parada))
+        if (copias_.damage())
+            avisarDoDano(parada); // what is known already isn't kept back while the file is read
+        if (const auto copia = copias_.makeIfDue(parada))
             texto = "Cópia de segurança do dia feita: " +
                     QString::fromStdString(copia->filename().string());
     } catch (const std::exception& falha) {
         texto = QString("A cópia de segurança não foi feita. ") + falha.what();
     }
-    if (!texto.isEmpty() && !parada.stop_requested())
-        QMetaObject::invokeMethod(this, [this, texto] { mostrar_(texto); });
+    if (!texto.isEmpty())
+        noProgramaAberto(parada, [this, texto] { mostrar_(texto); });
+    try {
+        avisarDoDano(parada);
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
+        // The folder of the copies can't be read: that has been told.
+    }
+}
+
+void CopiaDeSeguranca::avisarDoDano(const std::stop_token& parada) {
+    std::optional<Dano> dano;
+    if (const auto achado = copias_.damage()) {
+        const auto copia = copias_.newestSound(parada);
+        dano = {QString::fromStdString(*achado),
+                copia ? QString::fromStdString(copia->string()) : QString()};
+    }
+    noProgramaAberto(parada, [this, dano] { avisar_(dano); });
+}
+
+void CopiaDeSeguranca::noProgramaAberto(const std::stop_token& parada,
+                                        std::function<void()> dizer) {
+    if (!parada.stop_requested())
+        QMetaObject::invokeMethod(this, std::move(dizer));
 }

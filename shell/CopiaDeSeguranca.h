@@ -1,33 +1,47 @@
 #pragma once
 
+#include "jet/Backup.h"
+
 #include <QObject>
+#include <QString>
 #include <QTimer>
 
 #include <atomic>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <thread>
+
+/// What is wrong with the database, and what there is to put in its place.
+struct Dano {
+    QString achado; ///< a sentence or two
+    QString copia;  ///< the newest sound copy; empty if there is none
+};
 
 /// The shop's daily copy of its database: looked after while the program runs, in a thread of its
 /// own, so that nobody waits for it. What came of it is told in one sentence; a failure ends
-/// nothing.
+/// nothing. Errors in the database, whoever has met them, are told as long as they are there.
 class CopiaDeSeguranca final : public QObject {
     Q_OBJECT
 public:
     using Mostrar = std::function<void(const QString& texto)>;
+    using Avisar = std::function<void(const std::optional<Dano>& dano)>;
 
-    /// Looks at once, and from then on every hour, whether today's copy is there. `mostrar` is
-    /// called in the thread that made this object.
-    CopiaDeSeguranca(std::filesystem::path arquivo, Mostrar mostrar);
+    /// Looks at once, and from then on every hour, whether today's copy is there. `mostrar` and,
+    /// each time, `avisar` are called in the thread that made this object.
+    CopiaDeSeguranca(const std::filesystem::path& arquivo, Mostrar mostrar, Avisar avisar);
     /// Breaks off a copy that is being made; takes no longer than a moment.
     ~CopiaDeSeguranca() override;
 
 private:
     void verificar();
     void copiar(const std::stop_token& parada);
+    void avisarDoDano(const std::stop_token& parada);
+    void noProgramaAberto(const std::stop_token& parada, std::function<void()> dizer);
 
-    std::filesystem::path arquivo_;
+    jet::Backup copias_; ///< of the thread
     Mostrar mostrar_;
+    Avisar avisar_;
     QTimer relogio_;
     std::jthread copia_;
     std::atomic<bool> copiando_{false};

@@ -34,6 +34,19 @@ constexpr int kEntreVistorias = 3; ///< seconds
 
 constexpr char kPlaceKey[] = "MDICheques/lugar";
 
+// What to do about a damaged file; the shop's technician has the tool.
+const QString kComCopia =
+    "Enquanto o arquivo estiver assim, nenhuma cópia de segurança é apagada. A cópia boa mais "
+    "recente é\n%1\n\n"
+    "Para voltar a ela, feche o programa em todas as estações e peça ao técnico que execute\n\n"
+    "valtrino-mdb restore \"%1\" \"%2\"\n\n"
+    "O arquivo de agora fica guardado ao lado. O que foi lançado depois da cópia terá de ser "
+    "lançado de novo.";
+const QString kSemCopia =
+    "Não há cópia de segurança boa na pasta \"backup\" ao lado do arquivo. Feche o programa em "
+    "todas as estações e peça ao técnico que salve o que ainda se lê:\n\n"
+    "valtrino-mdb salvage \"%1\" automacao-salvo.mdb";
+
 QSettings userSettings() {
     return QSettings(QSettings::IniFormat, QSettings::UserScope, "Valtrino", "Valtrino");
 }
@@ -107,7 +120,13 @@ void MDICheques::montarBarra() {
     statusBar()->setObjectName("StatusBar1");
     statusBar()->setContentsMargins(6, 0, 6, 0);
     statusBar()->addWidget(mensagem_, 1);
-    montarConsulta();
+    dano_ = montarAviso("pnlDano", "Arquivo com erros", "critical");
+    connectGuarded(dano_, &QToolButton::clicked, this, &MDICheques::dano_Click);
+    consulta_ = montarAviso("pnlConsulta", "Somente consulta", "warning");
+    connectGuarded(consulta_, &QToolButton::clicked, this, &MDICheques::consulta_Click);
+    QSizePolicy lugar = consulta_->sizePolicy();
+    lugar.setRetainSizeWhenHidden(true); // what is above mustn't move when it comes and goes
+    consulta_->setSizePolicy(lugar);
     statusBar()->addPermanentWidget(data_);
 
     Relogio_Timer();
@@ -115,19 +134,17 @@ void MDICheques::montarBarra() {
     Relogio.start(1s);
 }
 
-void MDICheques::montarConsulta() {
-    consulta_ = new QToolButton;
-    consulta_->setObjectName("pnlConsulta");
-    consulta_->setText("Somente consulta");
-    consulta_->setIcon(Icons::named("warning"));
-    consulta_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    consulta_->setAutoRaise(true);
-    QSizePolicy lugar = consulta_->sizePolicy();
-    lugar.setRetainSizeWhenHidden(true); // what is above mustn't move when it comes and goes
-    consulta_->setSizePolicy(lugar);
-    consulta_->hide();
-    connectGuarded(consulta_, &QToolButton::clicked, this, &MDICheques::consulta_Click);
-    statusBar()->addPermanentWidget(consulta_);
+/// What stands in the status bar as long as it is so, and tells more when it is clicked.
+QToolButton* MDICheques::montarAviso(const char* nome, const char* texto, const char* imagem) {
+    auto* aviso = new QToolButton;
+    aviso->setObjectName(nome);
+    aviso->setText(texto);
+    aviso->setIcon(Icons::named(imagem));
+    aviso->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    aviso->setAutoRaise(true);
+    aviso->hide();
+    statusBar()->addPermanentWidget(aviso);
+    return aviso;
 }
 
 // Texts under the pictures where all of them fit beside each other.
@@ -152,6 +169,21 @@ void MDICheques::mostrarConsulta() {
 void MDICheques::consulta_Click() {
     showMessage(consulta_->toolTip(), "Mensagem", MessageIcon::exclamation);
 }
+
+void MDICheques::mostrarDano(const std::optional<Dano>& dano) {
+    dano_->setVisible(dano.has_value());
+    if (!dano || !dbconectar::instance().aberto())
+        return;
+    const QString arquivo =
+        QString::fromStdString(dbconectar::instance().Automacao.database().path().string());
+    dano_->setToolTip(dano->achado);
+    dano_->setAccessibleDescription(dano->achado);
+    const QString socorro =
+        dano->copia.isEmpty() ? kSemCopia.arg(arquivo) : kComCopia.arg(dano->copia, arquivo);
+    socorro_ = dano->achado + "\n\n" + socorro;
+}
+
+void MDICheques::dano_Click() { showMessage(socorro_, "Mensagem", MessageIcon::exclamation); }
 
 void MDICheques::avisar() {
     mostrarConsulta();
@@ -206,7 +238,8 @@ void MDICheques::mostrarDentro(QWidget& janela) {
 void MDICheques::cuidarDaCopia() {
     copia_ = std::make_unique<CopiaDeSeguranca>(
         dbconectar::instance().Automacao.database().path(),
-        [this](const QString& texto) { mensagem_->setText(texto); });
+        [this](const QString& texto) { mensagem_->setText(texto); },
+        [this](const std::optional<Dano>& dano) { mostrarDano(dano); });
 }
 
 void MDICheques::largarCopia() { copia_.reset(); }

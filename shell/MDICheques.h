@@ -6,8 +6,10 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 
 class CopiaDeSeguranca;
+struct Dano;
 class QLabel;
 class QToolBar;
 class QToolButton;
@@ -36,7 +38,7 @@ public:
     void mostrarDentro(QWidget& janela);
 
     /// From now on looks after the daily copy of the open database; its news are shown in the
-    /// status bar.
+    /// status bar, and errors in the database as long as there are any.
     void cuidarDaCopia();
     /// Breaks off a copy that is being made, and makes none any more.
     void largarCopia();
@@ -55,17 +57,21 @@ private:
     void montarMenus();
     void montarFerramentas();
     void montarBarra();
-    void montarConsulta();
+    QToolButton* montarAviso(const char* nome, const char* texto, const char* imagem);
     void lembrarLugar();
     void executar(const Comandos::Comando* comando);
     void Toolbar1_ButtonClick(const QString& chave);
     void mostrarConsulta();
     void consulta_Click();
+    void mostrarDano(const std::optional<Dano>& dano);
+    void dano_Click();
     void Relogio_Timer();
 
     QToolBar* Toolbar1;
     QLabel* mensagem_;
     QToolButton* consulta_; ///< on show while nothing can be saved; says why
+    QToolButton* dano_;     ///< on show while the database has errors; says which, and what helps
+    QString socorro_;       ///< what helps
     QLabel* data_;
     QTimer Relogio;
     std::unique_ptr<CopiaDeSeguranca> copia_;

@@ -5,6 +5,7 @@
 #include "controls/MessageBox.h"
 #include "controls/Style.h"
 #include "controls/WindowList.h"
+#include "jet/Backup.h"
 #include "jet/Error.h"
 #include "jet/Waiting.h"
 #include "shell/MDICheques.h"
@@ -89,6 +90,18 @@ bool mostrarOutraVersao(const std::exception_ptr& falha) {
         return true;
     } catch (...) {
         return false;
+    }
+}
+
+/// That the file is damaged is known then at the next start, and in the other stations.
+void anotarDano(const std::exception_ptr& falha) {
+    try {
+        std::rethrow_exception(falha);
+    } catch (const jet::Error& erro) {
+        if (erro.code() == jet::Errc::corrupt && dbconectar::instance().aberto())
+            jet::Backup(dbconectar::instance().Automacao.database().path()).noteDamage(erro.what());
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+        // Nothing of the file's.
     }
 }
 
@@ -216,6 +229,7 @@ void atenderFalha(const std::exception_ptr& falha) {
 }
 
 void relatarFalha(const std::exception_ptr& falha) {
+    anotarDano(falha);
     const char* conselho =
         dbconectar::instance().aberto()
             ? "O que estava sendo gravado foi desfeito. O programa será encerrado: "

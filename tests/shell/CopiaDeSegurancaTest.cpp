@@ -18,7 +18,8 @@ namespace {
 /// What a copy tells, waited for.
 QString told(const std::filesystem::path& file) {
     QString text;
-    const CopiaDeSeguranca copy(file, [&](const QString& said) { text = said; });
+    const CopiaDeSeguranca copy(
+        file, [&](const QString& said) { text = said; }, [](const std::optional<Dano>&) {});
     for (const QDeadlineTimer patience(20'000); text.isEmpty() && !patience.hasExpired();)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
     return text;
@@ -47,7 +48,9 @@ TEST(DailyCopy, IsBrokenOffAtTheEndOfTheProgram) {
     const ShopDatabase shop;
     bool said = false;
     {
-        const CopiaDeSeguranca copy(shop.file(), [&](const QString&) { said = true; });
+        const CopiaDeSeguranca copy(
+            shop.file(), [&](const QString&) { said = true; },
+            [&](const std::optional<Dano>&) { said = true; });
     }
     QCoreApplication::processEvents();
     EXPECT_FALSE(said); // whoever would show it is gone

@@ -5,6 +5,7 @@
 #include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "collections/FrmRenegociar.h"
+#include "jet/Backup.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
@@ -17,15 +18,20 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDeadlineTimer>
+#include <QEventLoop>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QToolBar>
+#include <QToolButton>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <fstream>
 
 namespace {
 
@@ -49,6 +55,12 @@ protected:
         if (!found)
             throw std::runtime_error(std::string("no action ") + name);
         return *found;
+    }
+    /// The value of a commit pair that no station has.
+    void noteInFile(std::uint16_t value) const {
+        std::fstream file(shop().file(), std::ios::binary | std::ios::in | std::ios::out);
+        file.seekp(0xE00 + 2 * 200);
+        file.put(static_cast<char>(value & 0xFF)).put(static_cast<char>(value >> 8));
     }
     static void expectDataClosed() {
         for (const ado::Recordset* rs :
@@ -364,6 +376,48 @@ TEST_F(MainWindow, ToolbarTextsGiveWayInANarrowWindow) {
     window.resize(500, 400);
     EXPECT_EQ(bar.toolButtonStyle(), Qt::ToolButtonIconOnly);
     EXPECT_LE(bar.sizeHint().width(), 500);
+}
+
+TEST_F(MainWindow, SaysThatTheFileHasErrorsUntilItHasNone) {
+    auto& window = openMain();
+    const auto& mark = control<QToolButton>(window, "pnlDano");
+    const auto until = [&](bool shown) {
+        for (const QDeadlineTimer patience(60'000);
+             mark.isVisible() != shown && !patience.hasExpired();)
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+        return mark.isVisible() == shown;
+    };
+    EXPECT_FALSE(mark.isVisible());
+    const auto copy = jet::Backup(shop().file()).makeIfDue();
+    ASSERT_TRUE(copy);
+    noteInFile(0x0001); // as a program does that meets a damaged page
+    window.cuidarDaCopia();
+    ASSERT_TRUE(until(true));
+    EXPECT_EQ(mark.text(), "Arquivo com erros");
+    EXPECT_FALSE(mark.icon().isNull());
+    // A prompt doesn't wipe it out.
+    Mirtal::mensagem("Digite o valor do cheque");
+    EXPECT_TRUE(mark.isVisible());
+    EXPECT_THAT(mark.toolTip().toStdString(), testing::HasSubstr("página danificada"));
+    const QString sound = QString::fromStdString(copy->string());
+    expectMessage("Mensagem",
+                  mark.toolTip() +
+                      "\n\nEnquanto o arquivo estiver assim, nenhuma cópia de segurança é apagada. "
+                      "A cópia boa mais recente é\n" +
+                      sound +
+                      "\n\nPara voltar a ela, feche o programa em todas as estações e peça ao "
+                      "técnico que execute\n\nvaltrino-mdb restore \"" +
+                      sound + "\" \"" + QString::fromStdString(shop().file().string()) +
+                      "\"\n\nO arquivo de agora fica guardado ao lado. O que foi lançado depois da "
+                      "cópia terá de ser lançado de novo.");
+    click(window, "pnlDano");
+
+    // Another start of the program knows at once, and looks whether it is still so.
+    window.largarCopia();
+    noteInFile(0x0100);
+    window.cuidarDaCopia();
+    EXPECT_TRUE(until(false));
+    window.largarCopia();
 }
 
 TEST_F(MainWindow, SairClosesTheData) {
