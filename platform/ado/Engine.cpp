@@ -4,6 +4,7 @@
 #include "ado/VirtualTable.h"
 #include "jet/Error.h"
 #include "jet/Names.h"
+#include "jet/Tokens.h"
 
 #include <sqlite3.h>
 
@@ -241,26 +242,40 @@ Statement Engine::prepare(const std::string& sql) {
 }
 
 Spelling Engine::spelling() {
-    return [this](std::string_view name) { return spelled(name); };
+    return {[this](std::string_view name) { return knownTable(name); },
+            [this](std::string_view name, std::span<const std::string> tables) {
+                return columnOf(name, tables);
+            },
+            [](std::string_view name) { return std::string(name); }};
 }
 
-std::string Engine::spelled(std::string_view name) {
+std::string Engine::knownTable(std::string_view name) {
     const std::string wanted = jet::foldedName(name);
-    if (database_.hasTable(wanted)) {
-        jet::Table& table = database_.table(wanted);
-        const auto known = tables_.find(table.name());
-        if (known == tables_.end() || &known->second->table != &table)
-            addTable(table);
-        return table.name();
-    }
-    for (const auto& [known, source] : tables_) {
-        if (const auto column = source->table.findColumn(name))
-            return source->table.columns()[*column].name;
+    if (!database_.hasTable(wanted))
+        return std::string(name);
+    jet::Table& table = database_.table(wanted);
+    const auto known = tables_.find(table.name());
+    if (known == tables_.end() || &known->second->table != &table)
+        addTable(table);
+    return table.name();
+}
+
+std::string Engine::columnOf(std::string_view name, std::span<const std::string> tables) const {
+    for (const std::string& table : tables) {
+        const auto known = tables_.find(table);
+        const auto column =
+            known != tables_.end() ? known->second->table.findColumn(name) : std::nullopt;
+        if (column)
+            return known->second->table.columns()[*column].name;
     }
     return std::string(name);
 }
 
 void Engine::addTable(jet::Table& table) {
+    // SQLite would show its own tables under such a name.
+    if (jet::lowerAscii(table.name()).starts_with("sqlite_"))
+        throw Error(Errc::unsupported, "A tabela \"" + table.name() +
+                                           "\" tem um nome que não pode ser usado num comando.");
     auto source = std::make_unique<TableSource>(TableSource{table, trap_});
     auto& known = tables_[table.name()];
     if (known)

@@ -100,8 +100,8 @@ public:
     ///         SQLite won't take.
     [[nodiscard]] Statement prepare(const std::string& sql);
 
-    /// How the file spells a name. As a side effect a table of that name is known to SQLite from
-    /// then on, so every name of a statement must go through here.
+    /// How the file spells names. As a side effect a table that is asked for is known to SQLite
+    /// from then on, so every table of a statement must go through here.
     [[nodiscard]] Spelling spelling();
 
 private:
@@ -109,7 +109,9 @@ private:
         void operator()(sqlite3* handle) const;
     };
     void addTable(jet::Table& table);
-    [[nodiscard]] std::string spelled(std::string_view name);
+    [[nodiscard]] std::string knownTable(std::string_view name);
+    [[nodiscard]] std::string columnOf(std::string_view name,
+                                       std::span<const std::string> tables) const;
     static int compareTexts(void* self, int sizeA, const void* a, int sizeB, const void* b);
     static int authorize(void* self, int action, const char* first, const char* second,
                          const char* database, const char* trigger);

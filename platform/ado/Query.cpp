@@ -52,7 +52,7 @@ Query::Query(jet::Database& database, Engine& engine, const std::string& source,
     if (command == CommandType::Unknown && !isTable && isOneName(source))
         throw Error(Errc::notFound, "Não existe a tabela \"" + name + "\".");
     const Spelling spelling = engine.spelling();
-    const std::string table = isTable ? spelling(name) : "";
+    const std::string table = isTable ? spelling.table(name) : "";
     select_ = parseSelect(isTable ? "select * from [" + table + "]" : source, spelling);
     if (select_.plain)
         describeLive();
@@ -177,10 +177,27 @@ void Query::addAlias(const std::string& alias, std::string_view field) {
 }
 
 Spelling Query::spelling() {
-    return [this, ofFile = engine_.spelling()](std::string_view name) {
-        const auto alias = aliases_.find(jet::foldedName(name));
-        return alias != aliases_.end() ? alias->second : ofFile(name);
+    Spelling names = engine_.spelling();
+    names.column = [this, ofFile = names.column](std::string_view name,
+                                                 std::span<const std::string> own) {
+        const std::string wanted = jet::foldedName(name);
+        if (const auto alias = aliases_.find(wanted); alias != aliases_.end())
+            return alias->second;
+        std::vector<std::string> all(own.begin(), own.end());
+        for (const SourceTable& table : select_.tables)
+            all.push_back(table.table);
+        const std::string stored = ofFile(name, all);
+        const auto field = std::ranges::find_if(fields_, [&](const QueryField& candidate) {
+            return !live() && jet::foldedName(candidate.name) == wanted;
+        });
+        return field != fields_.end() ? field->name : stored;
     };
+    names.qualifier = [this](std::string_view name) {
+        for (const std::size_t table : tablesOf(std::string(name)))
+            return select_.tables[table].alias;
+        return std::string(name);
+    };
+    return names;
 }
 
 // ---- filter and sort --------------------------------------------------------------------------

@@ -2,10 +2,12 @@
 
 #include "ado/SqlFunctions.h"
 #include "jet/Error.h"
+#include "jet/Names.h"
 #include "jet/Tokens.h"
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <optional>
 
 namespace ado {
@@ -43,11 +45,7 @@ public:
         if (tokens_.empty())
             refuse("ele está vazio");
         measureDepths();
-        // All names once before any is spelled: a column may stand before its table is known.
-        for (const Token& token : tokens_) {
-            if (token.kind == Kind::word || token.kind == Kind::bracketed)
-                static_cast<void>(spelling(token.text));
-        }
+        findTables(spelling); // a column may stand before its table
         for (std::size_t i = 0; i < tokens_.size(); ++i)
             spell(i, spelling);
     }
@@ -95,6 +93,131 @@ private:
             refuse("falta fechar um parêntese");
     }
 
+    [[nodiscard]] bool isQualified(std::size_t i) const {
+        return isSign(i + 1, ".") || (i > 0 && tokens_[i - 1].isSign("."));
+    }
+    /// Whether the word at i is a keyword where it stands.
+    [[nodiscard]] bool isKeywordAt(std::size_t i) const {
+        if (i >= size() || tokens_[i].kind != Kind::word || isQualified(i))
+            return false;
+        const std::string lower = lowerAscii(tokens_[i].text);
+        return isKeyword(lower) && !(isSign(i + 1, "(") && engineFunction(lower) != nullptr);
+    }
+    [[nodiscard]] bool isNameAt(std::size_t i) const {
+        return i < size() && !isKeywordAt(i) &&
+               (tokens_[i].kind == Kind::word || tokens_[i].kind == Kind::bracketed);
+    }
+
+    /// The tables of one select, by the names that their columns go by.
+    struct Scope {
+        std::size_t outer = 0; ///< the select around it
+        std::vector<std::string> tables;
+        struct Qualifier {
+            std::string spelling;
+            std::string table;
+        };
+        std::map<std::string, Qualifier> qualifiers; ///< by folded name
+    };
+
+    /// One pair of parentheses, or the whole.
+    struct Level {
+        bool from = false;     ///< a from clause goes on
+        bool expected = false; ///< a table stands here, or a parenthesis before one
+        std::size_t scope = 0;
+    };
+
+    /// The tables that the command reads, in each of its selects.
+    void findTables(const Spelling& spelling) {
+        std::vector<Level> levels(1);
+        for (std::size_t i = 0; i < size(); ++i) {
+            if (tokens_[i].isSign("(")) {
+                const Level& level = levels.back();
+                levels.push_back({level.expected, level.expected, level.scope});
+            } else if (tokens_[i].isSign(")")) {
+                levels.pop_back();
+                levels.back().expected = false;
+            } else if (tokens_[i].isSign(",")) {
+                levels.back().expected = levels.back().from;
+            } else if (isKeywordAt(i)) {
+                enter(levels, lowerAscii(tokens_[i].text));
+            } else if (levels.back().expected && isNameAt(i)) {
+                levels.back().expected = false;
+                addTable(i, scopes_[levels.back().scope], spelling);
+            }
+            scopeAt_.push_back(levels.back().scope);
+        }
+    }
+
+    void enter(std::vector<Level>& levels, const std::string& keyword) {
+        static constexpr std::string_view kEnds[] = {"where", "group", "order", "having", "union"};
+        Level& level = levels.back();
+        if (keyword == "select") {
+            const std::size_t outer = levels.size() > 1 ? levels[levels.size() - 2].scope : 0;
+            level = {false, false, scopes_.size()};
+            scopes_.push_back({outer, {}, {}});
+        } else if (keyword == "from") {
+            level.from = level.expected = true;
+        } else if (keyword == "join") {
+            level.expected = level.from;
+        } else if (std::ranges::find(kEnds, keyword) != std::end(kEnds)) {
+            level.from = level.expected = false;
+        }
+    }
+
+    /// Takes the table at i, and the other name that may follow it.
+    void addTable(std::size_t i, Scope& scope, const Spelling& spelling) {
+        const std::string table = spelling.table(tokens_[i].text);
+        const bool as = isKeywordAt(i + 1) && lowerAscii(tokens_[i + 1].text) == "as";
+        const std::size_t alias = i + (as ? 2 : 1);
+        const bool renamed = isNameAt(alias) && !isQualified(alias);
+        const std::string& name = renamed ? tokens_[alias].text : table;
+        scope.tables.push_back(table);
+        scope.qualifiers[jet::foldedName(name)] = {name, table};
+        spelledAt_.emplace(i, table);
+        if (renamed)
+            spelledAt_.emplace(alias, name);
+    }
+
+    /// What `visit` gives of the scopes of a token, the innermost first, until it is true.
+    template <class Visit>
+    void eachScope(std::size_t i, Visit&& visit) const {
+        for (std::size_t scope = scopeAt_[i];; scope = scopes_[scope].outer)
+            if (visit(scopes_[scope]) || scope == 0)
+                return;
+    }
+
+    /// Null if the name at i isn't that of a table of the command.
+    [[nodiscard]] const Scope::Qualifier* qualifierAt(std::size_t i) const {
+        const Scope::Qualifier* found = nullptr;
+        eachScope(i, [&, name = jet::foldedName(tokens_[i].text)](const Scope& scope) {
+            const auto known = scope.qualifiers.find(name);
+            found = known != scope.qualifiers.end() ? &known->second : nullptr;
+            return found != nullptr;
+        });
+        return found;
+    }
+
+    [[nodiscard]] std::string nameAt(std::size_t i, const Spelling& spelling) const {
+        const std::string& text = tokens_[i].text;
+        if (const auto fixed = spelledAt_.find(i); fixed != spelledAt_.end())
+            return fixed->second;
+        if (isSign(i + 1, ".")) {
+            const Scope::Qualifier* const known = qualifierAt(i);
+            return known != nullptr ? known->spelling : spelling.qualifier(text);
+        }
+        std::vector<std::string> tables;
+        const Scope::Qualifier* const qualifier =
+            i > 1 && tokens_[i - 1].isSign(".") ? qualifierAt(i - 2) : nullptr;
+        if (qualifier != nullptr)
+            tables.push_back(qualifier->table);
+        else
+            eachScope(i, [&](const Scope& scope) {
+                tables.insert(tables.end(), scope.tables.begin(), scope.tables.end());
+                return false;
+            });
+        return spelling.column(text, tables);
+    }
+
     void spell(std::size_t i, const Spelling& spelling) {
         const Token& token = tokens_[i];
         keywords_.emplace_back();
@@ -104,7 +227,7 @@ private:
             spellWord(i, spelling);
             break;
         case Kind::bracketed:
-            names_.back() = spelling(token.text);
+            names_.back() = nameAt(i, spelling);
             spelled_.push_back(quotedName(names_.back()));
             break;
         case Kind::text:
@@ -123,7 +246,7 @@ private:
     void spellWord(std::size_t i, const Spelling& spelling) {
         const Token& token = tokens_[i];
         std::string lower = lowerAscii(token.text);
-        const bool qualified = isSign(i + 1, ".") || (i > 0 && tokens_[i - 1].isSign("."));
+        const bool qualified = isQualified(i);
         const bool called = isSign(i + 1, "(");
         if (lower.back() == '$')
             lower.pop_back();
@@ -147,7 +270,7 @@ private:
         }
         if (called)
             throw Error(Errc::notFound, "A função \"" + token.text + "\" não existe.");
-        names_.back() = spelling(token.text);
+        names_.back() = nameAt(i, spelling);
         spelled_.push_back(quotedName(names_.back()));
     }
 
@@ -175,6 +298,9 @@ private:
     }
 
     std::vector<Token> tokens_;
+    std::vector<Scope> scopes_{Scope{}};           ///< the first: what the command is about
+    std::vector<std::size_t> scopeAt_;             ///< of each token
+    std::map<std::size_t, std::string> spelledAt_; ///< tables and their other names, by token
     std::vector<std::size_t> depths_; ///< open parentheses, a parenthesis itself not counted
     std::vector<std::string> keywords_;
     std::vector<std::string> names_;

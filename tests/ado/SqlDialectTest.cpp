@@ -8,7 +8,10 @@ using ado::parseSelect;
 using jet::Errc;
 using Strings = std::vector<std::string>;
 
-std::string same(std::string_view name) { return std::string(name); }
+const ado::Spelling same{
+    [](std::string_view name) { return std::string(name); },
+    [](std::string_view name, std::span<const std::string>) { return std::string(name); },
+    [](std::string_view name) { return std::string(name); }};
 ado::Select parsed(std::string_view text) { return parseSelect(text, same); }
 
 TEST(SqlDialect, TextsKeepWhatStandsInThem) {
