@@ -207,7 +207,7 @@ std::optional<std::filesystem::path> Backup::newestSound(const std::stop_token& 
     const std::filesystem::path today = copyOf(today_());
     const auto toCome = std::ranges::find_if(
         found, [&](const Disk::Entry& entry) { return folder_ / entry.name > today; });
-    std::ranges::rotate(found, toCome);
+    std::rotate(found.begin(), toCome, found.end()); // (ranges::rotate: not with clang 14)
     for (auto entry = found.rbegin(); entry != found.rend(); ++entry)
         if (isSound(*entry, stop))
             return folder_ / entry->name;
