@@ -73,7 +73,7 @@ void keepAs(const std::filesystem::path& file, const std::filesystem::path& name
         File::link(disk, file, name);
     } catch (const Error&) {
         UnnamedFile copy(name, disk);
-        copyFile(file, copy);
+        copyFile(file, copy, file);
         copy.takeName();
     }
 }
@@ -339,13 +339,19 @@ std::optional<std::filesystem::path> restore(const std::filesystem::path& copy,
     const std::filesystem::path database = disk.resolved(name); // a link to it stays one
     const FileAlone alone(database, disk);
     UnnamedFile unnamed(database, disk);
-    copyFile(copy, unnamed);
+    const bool replaces = disk.exists(database);
+    if (!copyFile(copy, unnamed, replaces ? database : copy) && replaces)
+        throw Error(Errc::readOnly,
+                    "A cópia não foi restaurada, porque o arquivo teria outro dono, outro grupo ou "
+                    "outras permissões do que o banco de dados \"" +
+                        database.string() +
+                        "\", e outras contas ficariam sem acesso a ele. Restaure-a com a conta que "
+                        "é dona do banco de dados, ou como administrador.");
     requireSound(unnamed, "A cópia tem erros e não foi restaurada: ");
-    if (!disk.exists(database)) {
+    if (!replaces) {
         unnamed.takeName();
         return std::nullopt;
     }
-    static_cast<void>(disk.copyRights(database, unnamed.path()));
     undoCutOff(database, disk);
     const std::filesystem::path kept = replacedName(database, disk);
     try {

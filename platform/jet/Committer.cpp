@@ -42,7 +42,8 @@ void Committer::undo() noexcept {
 
 void Committer::leave() {
     // A journal that isn't empty is that of a station that died: the next opening needs it.
-    if (!broken_ && !hasJournal(database_.path(), database_.disk()))
+    if (!broken_ &&
+        Journal::find(database_.path(), database_.disk()).what == Journal::Found::What::nothing)
         journal_.remove();
 }
 

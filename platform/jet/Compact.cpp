@@ -140,6 +140,7 @@ Compacted copySound(const std::filesystem::path& source, const UnnamedFile& copy
                         ". Use o salvamento para aproveitar o que se lê dele.");
     std::vector<RewrittenTable> tables = planSound(from);
     NewFile file(copy.path(), from.format(), disk);
+    file.takeRightsOf(source);
     Rewriter(from, file, tables, progress).run();
     file.finish(from.newHeader());
 

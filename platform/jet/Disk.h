@@ -18,8 +18,48 @@ namespace jet {
 /// read() and write() may do a part only. File makes errors and whole reads of that.
 class Disk {
 public:
-    enum class Mode : std::uint8_t { read, readWrite, createNew };
+    /// The last three are for what lies beside a database, where anybody may have put anything
+    /// under the name: a link isn't followed, but an error.
+    enum class Mode : std::uint8_t {
+        read,
+        readWrite,
+        createNew,
+        readBeside,
+        writeBeside,
+        makeBeside
+    };
     enum class Lock : std::uint8_t { none, shared, exclusive };
+
+    [[nodiscard]] static constexpr bool writes(Mode mode) noexcept {
+        return mode != Mode::read && mode != Mode::readBeside;
+    }
+    [[nodiscard]] static constexpr bool makes(Mode mode) noexcept {
+        return mode == Mode::createNew || mode == Mode::makeBeside;
+    }
+    [[nodiscard]] static constexpr bool isBeside(Mode mode) noexcept {
+        return mode >= Mode::readBeside;
+    }
+
+    /// Whose a file is and who may do what with it, in the system's numbers.
+    struct Rights {
+        std::uint32_t owner = 0;
+        std::uint32_t group = 0;
+        std::uint32_t mode = 0666;
+        friend bool operator==(const Rights&, const Rights&) = default;
+        /// The mode for a file that should have `mode`: of another group than it is meant for only
+        /// what everybody has.
+        [[nodiscard]] static constexpr std::uint32_t allowed(std::uint32_t mode,
+                                                             bool sameGroup) noexcept {
+            constexpr std::uint32_t kOfGroup = 070;
+            return sameGroup ? mode : mode & (~kOfGroup | (mode << 3));
+        }
+    };
+    struct Attributes {
+        Rights rights;
+        std::uint64_t names = 1; ///< by how many the file can be found
+    };
+    /// For setOwner(): the owner stays.
+    static constexpr std::uint32_t kSameOwner = ~std::uint32_t{0};
 
     /// An open file. Its locks are its own, not those of the process, and go when it is closed.
     class Handle {
@@ -46,8 +86,14 @@ public:
         /// When it was last changed, on a clock of the disk's own: good for telling whether it has
         /// been changed since.
         [[nodiscard]] virtual std::int64_t changedAt() = 0;
-        /// Whether `path` still names this very file.
+        /// Whether `path` still names this very file; a link to it doesn't.
         [[nodiscard]] virtual bool isAt(const std::filesystem::path& path) = 0;
+        [[nodiscard]] virtual int attributes(Attributes& into) = 0;
+        [[nodiscard]] virtual int setOwner(std::uint32_t owner, std::uint32_t group) = 0;
+        [[nodiscard]] virtual int setMode(std::uint32_t mode) = 0;
+        /// Whether what is read may be what this machine remembers, not what another has written,
+        /// until a byte of the file is locked. Costs no call of the system.
+        [[nodiscard]] virtual bool remembers() const noexcept = 0;
     };
 
     /// What a folder holds, as it was when it was listed.
@@ -64,7 +110,8 @@ public:
     Disk& operator=(const Disk&) = delete;
     virtual ~Disk() = default;
 
-    /// Null, and the error number in `error`, if it can't be opened.
+    /// Never waits for anybody. Null, and the error number in `error`, if it can't be opened:
+    /// EISDIR for anything that isn't a regular file.
     [[nodiscard]] virtual std::unique_ptr<Handle> open(const std::filesystem::path& path, Mode mode,
                                                        int& error) = 0;
     /// The name by which everybody finds the file of that name: without links, from the root on.
@@ -84,7 +131,8 @@ public:
                                    std::vector<Entry>& entries) = 0;
     /// Makes a folder, in one that is there: 1 if done, 0 if there is one of that name.
     [[nodiscard]] virtual int makeFolder(const std::filesystem::path& folder) = 0;
-    /// Who may use `from` may use `to`.
+    /// Who may use `from` may use `to`, nobody else, as far as we may see to that; an error if they
+    /// aren't all the same then.
     [[nodiscard]] virtual int copyRights(const std::filesystem::path& from,
                                          const std::filesystem::path& to) = 0;
     /// The names in the folder that holds `path` are on the disk when it returns.

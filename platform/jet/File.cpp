@@ -10,6 +10,9 @@ namespace jet {
 
 namespace {
 
+/// Beyond the end of any database, and no byte that anybody locks for another reason.
+constexpr std::uint64_t kLook = 0x7FFFFFF0;
+
 [[noreturn]] void fail(const char* action, const std::filesystem::path& path, std::int64_t result) {
     const int error = static_cast<int>(-result);
     const Errc code = error == ENOENT || error == ENOTDIR                    ? Errc::notFound
@@ -22,7 +25,8 @@ namespace {
                          : code == Errc::full
                              ? "o disco está cheio; libere espaço nele e tente de novo"
                          : code == Errc::readOnly ? "sem permissão"
-                         : error == EISDIR        ? "não é um arquivo"
+                         : error == EISDIR        ? "não é um arquivo comum"
+                         : error == ELOOP         ? "é um atalho para outro lugar"
                                                   : nullptr;
     throw Error(
         code, "Não foi possível " + std::string(action) + " o arquivo \"" + path.string() + "\": " +
@@ -49,11 +53,12 @@ Result checked(const char* action, const std::filesystem::path& path, Result res
 
 File::File(std::filesystem::path path, Mode mode, Disk& disk)
     : path_(std::move(path)), disk_(&disk) {
-    path_ = disk.resolved(path_);
+    if (!Disk::isBeside(mode))
+        path_ = disk.resolved(path_);
     int error = 0;
     handle_ = disk.open(path_, mode, error);
     if (!handle_)
-        fail(mode == Mode::createNew ? "criar" : "abrir", path_, -error);
+        fail(Disk::makes(mode) ? "criar" : "abrir", path_, -error);
 }
 
 std::uint64_t File::size() const {
@@ -97,6 +102,39 @@ void File::unlock(std::uint64_t offset, std::uint64_t count) noexcept {
 std::uint64_t File::firstHeld(std::uint64_t offset, std::uint64_t count) const {
     return static_cast<std::uint64_t>(
         checked("reservar", path_, handle_->firstHeld(offset, count)));
+}
+
+Disk::Attributes File::attributes() const {
+    Disk::Attributes found;
+    checked("ler", path_, handle_->attributes(found));
+    return found;
+}
+
+void File::lookAgain() {
+    if (!handle_->remembers())
+        return;
+    // Shared: nobody else is in the way of that, and it needs no permission to write.
+    if (tryLock(Disk::Lock::shared, kLook))
+        unlock(kLook);
+}
+
+bool File::takeRights(const Disk::Rights& rights) noexcept {
+    Disk::Attributes mine;
+    if (handle_->attributes(mine) < 0)
+        return false;
+    const auto& [owner, group, mode] = mine.rights;
+    if (mine.rights == rights)
+        return true;
+    bool sameOwner = owner == rights.owner;
+    bool sameGroup = group == rights.group;
+    if (!sameOwner || !sameGroup) {
+        if (handle_->setOwner(sameOwner ? Disk::kSameOwner : rights.owner, rights.group) == 0)
+            sameOwner = sameGroup = true;
+        else if (!sameGroup)
+            sameGroup = handle_->setOwner(Disk::kSameOwner, rights.group) == 0;
+    }
+    return handle_->setMode(Disk::Rights::allowed(rights.mode, sameGroup)) == 0 && sameOwner &&
+           sameGroup;
 }
 
 void File::rename(Disk& disk, const std::filesystem::path& from, const std::filesystem::path& to) {

@@ -15,7 +15,8 @@ public:
     ///         Error{io}.
     File(std::filesystem::path path, Mode mode, Disk& disk = Disk::system());
 
-    /// As Disk::resolved() has it: what lies beside the file has its name from this one.
+    /// As Disk::resolved() has it, but for what lies beside a database, which has its name from
+    /// this one.
     [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
     [[nodiscard]] Disk& disk() const noexcept { return *disk_; }
     [[nodiscard]] std::uint64_t size() const;
@@ -36,8 +37,17 @@ public:
     /// `offset` + `count`.
     [[nodiscard]] std::uint64_t firstHeld(std::uint64_t offset, std::uint64_t count) const;
     [[nodiscard]] bool isHeld(std::uint64_t offset) const { return firstHeld(offset, 1) == offset; }
-    /// Whether `path` still names this very file.
+    /// Whether `path` still names this very file; a link to it doesn't.
     [[nodiscard]] bool isAt(const std::filesystem::path& path) const { return handle_->isAt(path); }
+    [[nodiscard]] Disk::Attributes attributes() const;
+    /// From here on is read what others have written, where a machine would remember what it has
+    /// read itself: to be called when a lock says that they have done. Elsewhere it costs nothing.
+    void lookAgain();
+
+    /// Gives this file the rights of another, as far as the account that we are may do that. Where
+    /// the group can't be given nobody gets by way of it what everybody hasn't.
+    /// @return whether all of them are the same now.
+    bool takeRights(const Disk::Rights& rights) noexcept;
 
     /// Names in a folder; each is on the disk when it returns.
     /// @throws Error{io, readOnly, notFound}.

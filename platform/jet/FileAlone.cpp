@@ -2,6 +2,7 @@
 
 #include "jet/Attendance.h"
 #include "jet/Error.h"
+#include "jet/SideFile.h"
 #include "jet/Waiting.h"
 
 namespace jet {
@@ -19,7 +20,10 @@ constexpr std::chrono::milliseconds kLongest{2000};
 
 FileAlone::FileAlone(const std::filesystem::path& database, Disk& disk) : lock_(database, disk) {
     // Whoever leaves meanwhile removes the very file that we have opened.
+    int round = 0;
     do {
+        if (++round > side::kMostRounds)
+            inUse("");
         lock_.open();
         for (const std::uint64_t what :
              {LockFile::kWriting, LockFile::kReading, LockFile::kEntering})

@@ -71,10 +71,13 @@ void requireAbsent(const std::filesystem::path& path, Disk& disk) {
                                       "\" já existe. Escolha outro nome para o arquivo novo.");
 }
 
-void copyFile(const std::filesystem::path& from, const UnnamedFile& to) {
+bool copyFile(const std::filesystem::path& from, const UnnamedFile& to,
+              const std::filesystem::path& like) {
     Disk& disk = to.disk();
     const File source(from, File::Mode::read, disk);
     File target(to.path(), File::Mode::createNew, disk);
+    const bool allRights =
+        target.takeRights(File(like, File::Mode::read, disk).attributes().rights);
     Bytes chunk;
     const std::uint64_t size = source.size();
     for (std::uint64_t at = 0; at < size; at += chunk.size()) {
@@ -83,6 +86,7 @@ void copyFile(const std::filesystem::path& from, const UnnamedFile& to) {
         target.write(at, chunk);
     }
     target.sync();
+    return allRights;
 }
 
 FileState::FileState(const std::filesystem::path& path, Disk& disk) {

@@ -36,9 +36,12 @@ private:
     Disk& disk_;
 };
 
-/// The bytes of one file into a new one, synced.
+/// The bytes of one file into a new one, synced, which gets the rights of `like` before there is
+/// anything in it.
+/// @return whether it could get all of them.
 /// @throws Error{notFound, readOnly, full, io}.
-void copyFile(const std::filesystem::path& from, const UnnamedFile& to);
+bool copyFile(const std::filesystem::path& from, const UnnamedFile& to,
+              const std::filesystem::path& like);
 
 /// @throws Error{exists} if there is something at `path`.
 void requireAbsent(const std::filesystem::path& path, Disk& disk);

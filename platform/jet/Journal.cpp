@@ -1,5 +1,8 @@
 #include "jet/Journal.h"
 
+#include "jet/Error.h"
+#include "jet/SideFile.h"
+
 #include <algorithm>
 #include <cstring>
 #include <string_view>
@@ -115,7 +118,27 @@ std::uint32_t Journal::checksumOf(std::span<const std::byte> sector) noexcept {
 }
 
 Journal::Journal(const std::filesystem::path& database, const Format& format, Disk& disk)
-    : path_(pathFor(database)), format_(format), disk_(disk) {}
+    : database_(database), path_(pathFor(database)), format_(format), disk_(disk) {}
+
+Journal::Found Journal::find(const std::filesystem::path& database, Disk& disk, bool forWriting) {
+    using enum Found::What;
+    const std::filesystem::path path = pathFor(database);
+    try {
+        const File file = side::open(path, false, disk);
+        std::array<std::byte, 1> first{};
+        if (file.size() > 0)
+            file.read(0, first);
+        if (first[0] != std::byte{})
+            return {written, ""};
+        if (forWriting)
+            static_cast<void>(side::open(path, true, disk));
+        return {};
+    } catch (const Error& error) {
+        if (error.code() == Errc::notFound)
+            return {};
+        return {unusable, error.what()};
+    }
+}
 
 void Journal::open() {
     // Somebody tidying the folder may have taken it away.
@@ -123,13 +146,30 @@ void Journal::open() {
         return;
     file_.reset();
     nameOnDisk_ = false;
+    for (int round = 0; round < side::kMostRounds; ++round)
+        if (openOrMake())
+            return;
+    throw Error(Errc::io,
+                "O arquivo \"" + path_.string() + "\" não se deixa abrir: a pasta muda sem parar.");
+}
+
+bool Journal::openOrMake() {
     try {
-        file_.emplace(path_, File::Mode::readWrite, disk_);
+        file_ = side::open(path_, true, disk_);
+        return true;
     } catch (const Error& error) {
         if (error.code() != Errc::notFound)
             throw;
-        file_.emplace(path_, File::Mode::createNew, disk_);
     }
+    try {
+        file_ = side::make(path_, disk_);
+    } catch (const Error& error) {
+        if (error.code() != Errc::exists)
+            throw;
+        return false;
+    }
+    side::share(*file_, database_, side::Holds::data);
+    return true;
 }
 
 void Journal::write(const JournalHeader& header, const ChangedPages& changed) {
@@ -177,18 +217,30 @@ void Journal::empty() {
     }
 }
 
+void Journal::remove(const std::filesystem::path& journal, Disk& disk) {
+    try {
+        File::remove(disk, journal);
+    } catch (const Error& error) {
+        if (error.code() != Errc::readOnly)
+            throw;
+        File file = side::open(journal, true, disk);
+        file.write(0, std::array<std::byte, kHeader>{});
+        file.sync();
+    }
+}
+
 void Journal::remove() {
     file_.reset();
     if (disk_.exists(path_))
-        File::remove(disk_, path_);
+        remove(path_, disk_);
 }
 
 Journal::Reader::Reader(const std::filesystem::path& path, const Format& format, Disk& disk, Of of)
-    : file_(path, File::Mode::read, disk), format_(format), of_(of) {
-    if (file_.size() < kPrefix)
-        return;
+    : file_(side::open(path, false, disk)), format_(format), of_(of) {
     const Bytes bytes = prefix();
-    if (std::memcmp(bytes.data(), kMagic.data(), kMagic.size()) != 0 ||
+    isJournal_ = bytes.size() >= kMagic.size() &&
+                 std::memcmp(bytes.data(), kMagic.data(), kMagic.size()) == 0;
+    if (!isJournal_ || bytes.size() < kPrefix ||
         load<std::uint64_t>(bytes.data() + kHeaderSum) !=
             sumOf(std::span(bytes).first(kHeaderSum)) ||
         load<std::uint32_t>(bytes.data() + 8) != format.pageSize)
@@ -208,10 +260,11 @@ Journal::Reader::Reader(const std::filesystem::path& path, const Format& format,
 
 /// As it was written: of an empty journal the beginning is missing.
 Bytes Journal::Reader::prefix() const {
-    Bytes bytes(kPrefix);
+    Bytes bytes(std::min<std::uint64_t>(file_.size(), kPrefix));
     file_.read(0, bytes);
-    const auto begin = std::span(bytes).first(kMagic.size());
-    if (of_ == Of::finished && std::ranges::all_of(begin, [](auto b) { return b == std::byte{}; }))
+    const auto begin = std::span(bytes).first(std::min(bytes.size(), kMagic.size()));
+    if (begin.size() == kMagic.size() && of_ == Of::finished &&
+        std::ranges::all_of(begin, [](auto b) { return b == std::byte{}; }))
         std::memcpy(begin.data(), kMagic.data(), kMagic.size());
     return bytes;
 }

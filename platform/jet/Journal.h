@@ -4,6 +4,8 @@
 #include "jet/CommitPairs.h"
 
 #include <functional>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace jet {
@@ -68,6 +70,20 @@ public:
     [[nodiscard]] static std::uint64_t identityOf(const File& database, const Format& format);
     [[nodiscard]] static std::uint32_t checksumOf(std::span<const std::byte> sector) noexcept;
 
+    /// What lies where a database's journal would.
+    struct Found {
+        enum class What : std::uint8_t {
+            nothing, ///< or an empty journal
+            written, ///< by a transaction
+            unusable ///< we may not use it, or it is no file of ours: `why` says it, in Portuguese
+        };
+        What what = What::nothing;
+        std::string why;
+    };
+    /// `forWriting`: whether transactions are to be written with it.
+    [[nodiscard]] static Found find(const std::filesystem::path& database, Disk& disk,
+                                    bool forWriting = false);
+
     Journal(const std::filesystem::path& database, const Format& format, Disk& disk);
 
     [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
@@ -78,8 +94,10 @@ public:
     /// Makes it empty. Needn't have reached the disk on return: see Committer.
     /// @throws Error{io}.
     void empty();
-    /// Takes the file away, if there is one.
-    /// @throws Error{io}.
+    /// Takes the file away, if there is one; where that isn't allowed (a folder in which each
+    /// account may only remove its own files) it is made empty, for good.
+    /// @throws Error{io, readOnly}.
+    static void remove(const std::filesystem::path& journal, Disk& disk);
     void remove();
 
     struct Entry {
@@ -99,6 +117,8 @@ public:
         [[nodiscard]] const std::optional<JournalHeader>& header() const noexcept {
             return header_;
         }
+        /// Whether its first bytes say that it is, or was to become, a journal.
+        [[nodiscard]] bool isJournal() const noexcept { return isJournal_; }
         /// Calls `visit` for each change. False, when all have been visited, if the bytes aren't
         /// those that were written: it was cut off.
         bool readAll(const std::function<void(const Entry&)>& visit);
@@ -110,11 +130,14 @@ public:
         const Format& format_;
         Of of_;
         std::optional<JournalHeader> header_;
+        bool isJournal_ = false;
     };
 
 private:
     void open();
+    [[nodiscard]] bool openOrMake();
 
+    std::filesystem::path database_;
     std::filesystem::path path_;
     const Format& format_;
     Disk& disk_;

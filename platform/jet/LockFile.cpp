@@ -1,6 +1,7 @@
 #include "jet/LockFile.h"
 
 #include "jet/Error.h"
+#include "jet/SideFile.h"
 #include "jet/Types.h"
 #include "jet/Waiting.h"
 
@@ -40,6 +41,15 @@ std::string nameIn(std::span<const std::byte> field) {
     return name;
 }
 
+/// A name, a zero behind it, blanks; or zeros, where nobody has written yet.
+bool isName(std::span<const std::byte> field) {
+    const auto end = std::ranges::find(field, std::byte{0});
+    return end != field.end() &&
+           std::all_of(field.begin(), end, [](std::byte b) { return b >= std::byte{0x20}; }) &&
+           std::all_of(end, field.end(),
+                       [](std::byte b) { return b == std::byte{0} || b == std::byte{' '}; });
+}
+
 std::string machineName() {
     std::array<char, 256> name{};
     if (::gethostname(name.data(), name.size() - 1) != 0 || name[0] == 0)
@@ -50,7 +60,8 @@ std::string machineName() {
 } // namespace
 
 LockFile::LockFile(const std::filesystem::path& database, Disk& disk)
-    : path_(disk.resolved(database).replace_extension(".ldb")), disk_(disk) {}
+    : database_(disk.resolved(database)),
+      path_(std::filesystem::path(database_).replace_extension(".ldb")), disk_(disk) {}
 
 LockFile::~LockFile() {
     try {
@@ -78,22 +89,60 @@ void LockFile::leave() {
 
 void LockFile::open() {
     file_.reset();
-    while (true) {
+    if (path_ == database_)
+        throw Error(Errc::readOnly, "O banco de dados \"" + database_.string() +
+                                        "\" tem o nome que esse arquivo teria. Dê-lhe um nome que "
+                                        "termine em .mdb.");
+    // Others may be making it and removing it at the same time.
+    for (int round = 0; round < side::kMostRounds; ++round) {
+        std::optional<File> file = openOrMake();
+        if (!file)
+            continue;
+        file_ = std::move(file);
         try {
-            file_.emplace(path_, File::Mode::readWrite, disk_);
-            return;
-        } catch (const Error& error) {
-            if (error.code() != Errc::notFound)
-                throw;
+            requireLockFile();
+        } catch (...) {
+            file_.reset();
+            throw;
         }
-        try {
-            file_.emplace(path_, File::Mode::createNew, disk_);
-            return;
-        } catch (const Error& error) {
-            if (error.code() != Errc::exists)
-                throw;
-        }
+        side::share(*file_, database_, side::Holds::names);
+        return;
     }
+    throw Error(Errc::io,
+                "O arquivo \"" + path_.string() + "\" não se deixa abrir: a pasta muda sem parar.");
+}
+
+std::optional<File> LockFile::openOrMake() {
+    try {
+        return side::open(path_, true, disk_);
+    } catch (const Error& error) {
+        if (error.code() != Errc::notFound)
+            throw;
+    }
+    try {
+        return side::make(path_, disk_);
+    } catch (const Error& error) {
+        if (error.code() != Errc::exists)
+            throw;
+    }
+    return std::nullopt;
+}
+
+/// Of a folder where large and small letters are the same the database may have this very name.
+void LockFile::requireLockFile() const {
+    const std::uint64_t size = file_->size();
+    bool isOurs = !file_->isAt(database_) && size <= kMostUsers * kSlot && size % kSlot == 0;
+    if (isOurs && size > 0) {
+        Bytes slots(size);
+        file_->read(0, slots);
+        for (std::size_t at = 0; at < slots.size(); at += kName)
+            isOurs = isOurs && isName(std::span(slots).subspan(at, kName));
+    }
+    if (!isOurs)
+        throw Error(Errc::readOnly,
+                    "O arquivo \"" + path_.string() +
+                        "\" tem esse nome, mas o que há nele é outra coisa: não foi tocado. "
+                        "Dê-lhe outro nome ou ponha-o em outra pasta.");
 }
 
 bool LockFile::takeUser() {
@@ -113,6 +162,7 @@ bool LockFile::takeUser() {
             // On a full disk a station is known by its number: the lock is what counts.
             if (error.code() != Errc::full)
                 throw;
+            file_->truncate(file_->size() / kSlot * kSlot); // half a name is no lock file's
         }
         user_ = user;
         return true;

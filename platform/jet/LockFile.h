@@ -27,6 +27,9 @@ namespace jet {
 /// The slot of 64 bytes at (n - 1) * 64 names user n: machine and account, 32 bytes each, a zero
 /// and blanks behind. It stays when the user has left.
 ///
+/// Under that name may lie anything: the file is only ever used, written or removed if it is a
+/// regular one of a single name, isn't the database itself, and holds nothing but such slots.
+///
 /// W is taken before R, and R before O; who has a later one never waits for an earlier one.
 class LockFile {
 public:
@@ -43,7 +46,7 @@ public:
     LockFile& operator=(const LockFile&) = delete;
 
     /// Opens the file, or makes it.
-    /// @throws Error{readOnly, io} if it can't be made, or locks don't work there.
+    /// @throws Error{readOnly, io} if it can't be made, or what has its name is no lock file.
     void open();
     /// Whether the file opened is still the one of that name.
     [[nodiscard]] bool isCurrent() const { return file_->isAt(path_); }
@@ -77,7 +80,10 @@ public:
 private:
     using Range = std::pair<std::uint64_t, std::uint64_t>; ///< first byte, count
     void leave();
+    [[nodiscard]] std::optional<File> openOrMake();
+    void requireLockFile() const;
 
+    std::filesystem::path database_;
     std::filesystem::path path_;
     Disk& disk_;
     std::optional<File> file_;

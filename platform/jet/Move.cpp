@@ -17,8 +17,7 @@ void moveFile(const std::filesystem::path& from, const std::filesystem::path& to
     const int result = disk.rename(from, to);
     if (result == -EXDEV) {
         UnnamedFile copy(to, disk);
-        copyFile(from, copy);
-        static_cast<void>(disk.copyRights(from, copy.path()));
+        copyFile(from, copy, from);
         copy.takeName();
         return File::remove(disk, from);
     }

@@ -27,6 +27,10 @@ std::size_t wholeWords(std::size_t bytes) { return (bytes + 3) / 4 * 4; }
 NewFile::NewFile(const std::filesystem::path& path, const Format& format, Disk& disk)
     : format_(format), file_(path, File::Mode::createNew, disk), pages_(kFirstPages) {}
 
+void NewFile::takeRightsOf(const std::filesystem::path& other) {
+    file_.takeRights(File(other, File::Mode::read, file_.disk()).attributes().rights);
+}
+
 PageNo NewFile::take() {
     if ((std::uint64_t{pages_} + 1) * format_.pageSize > format_.largestFile)
         throw Error(Errc::full, "O arquivo novo passaria do tamanho máximo do seu formato (" +

@@ -22,6 +22,8 @@ public:
     NewFile(const std::filesystem::path& path, const Format& format, Disk& disk = Disk::system());
 
     [[nodiscard]] const Format& format() const noexcept { return format_; }
+    /// Before anything is written: as far as we may, the same accounts may use it as that file.
+    void takeRightsOf(const std::filesystem::path& other);
     /// The file, to read what has been written of it.
     [[nodiscard]] File reopened() const { return {file_.path(), File::Mode::read, file_.disk()}; }
 

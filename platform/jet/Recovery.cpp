@@ -8,6 +8,8 @@ namespace jet {
 
 namespace {
 
+constexpr int kMostAside = 1000;
+
 std::uint64_t placeOf(PageNo page, const Format& format) {
     return std::uint64_t{number(page)} * format.pageSize;
 }
@@ -57,60 +59,66 @@ void putBack(Journal::Reader& journal, File& database, const Format& format) {
 
 /// The first free name "<journal>.old", "<journal>.old2", ...
 std::filesystem::path asideName(const std::filesystem::path& journal, Disk& disk) {
-    for (int i = 1;; ++i) {
+    for (int i = 1; i <= kMostAside; ++i) {
         std::filesystem::path name = journal;
         name += i == 1 ? ".old" : ".old" + std::to_string(i);
         if (!disk.exists(name))
             return name;
     }
+    throw Error(Errc::exists, "Ao lado já há " + std::to_string(kMostAside) +
+                                  " guardados, que devem ser apagados antes.");
 }
 
 } // namespace
 
-bool hasJournal(const std::filesystem::path& database, Disk& disk) {
-    const std::filesystem::path path = Journal::pathFor(database);
-    if (!disk.exists(path))
-        return false;
-    try {
-        const File file(path, File::Mode::read, disk);
-        std::array<std::byte, 1> first{};
-        if (file.size() == 0)
-            return false;
-        file.read(0, first);
-        return first[0] != std::byte{};
-    } catch (const Error& error) {
-        if (error.code() == Errc::notFound)
-            return false;
-        throw;
-    }
-}
-
 Recovery recover(File& database, const Format& format) {
     Disk& disk = database.disk();
-    if (!hasJournal(database.path(), disk))
+    const Journal::Found found = Journal::find(database.path(), disk, true);
+    if (found.what == Journal::Found::What::nothing)
         return {};
     const std::filesystem::path path = Journal::pathFor(database.path());
     const auto setAside = [&](const std::string& reason) {
-        Recovery result{Recovery::Outcome::setAside, asideName(path, disk), reason};
-        File::rename(disk, path, result.aside);
-        return result;
+        try {
+            Recovery result{Recovery::Outcome::setAside, asideName(path, disk), reason};
+            File::rename(disk, path, result.aside);
+            return result;
+        } catch (const Error& error) {
+            if (error.code() != Errc::readOnly && error.code() != Errc::exists)
+                throw;
+            return Recovery{Recovery::Outcome::leftThere, {}, reason + " " + error.what()};
+        }
     };
     const auto done = [&](Recovery::Outcome outcome) {
-        File::remove(disk, path);
+        try {
+            Journal::remove(path, disk);
+        } catch (const Error& error) {
+            if (error.code() != Errc::readOnly)
+                throw;
+            return Recovery{Recovery::Outcome::leftThere, {}, error.what()};
+        }
         return Recovery{outcome, {}, {}};
     };
 
     const CommitPairs pairs(database, format);
     const bool writing = pairs.find(CommitPairs::kWriting).has_value();
+    if (found.what == Journal::Found::What::unusable) {
+        if (writing)
+            throw Error(Errc::readOnly, "Uma gravação foi interrompida e precisa ser desfeita "
+                                        "antes que os dados possam ser lidos. " +
+                                            found.why);
+        return setAside(found.why);
+    }
     Journal::Reader journal(path, format, disk);
     Comparison state;
     if (journal.header())
         state = compare(journal, database, format);
     if (!journal.header() || !state.whole) {
         // Cut off while it was written: the file hadn't been touched yet.
+        if (!journal.isJournal())
+            return setAside("ele não é o registro de uma gravação.");
         if (!writing)
             return done(Recovery::Outcome::discarded);
-        return setAside("ele está incompleto");
+        return setAside("ele está incompleto.");
     }
     const JournalHeader& header = *journal.header();
     CommitPairs others = pairs;
@@ -128,19 +136,19 @@ Recovery recover(File& database, const Format& format) {
         return done(Recovery::Outcome::discarded);
     const std::uint64_t size = database.size();
     if (!sameFile)
-        return setAside("ele é de outro arquivo");
+        return setAside("ele é de outro arquivo.");
     if (pair != CommitPairs::kWriting || others != header.pairs || !state.own ||
         size < std::uint64_t{header.fileBefore} * format.pageSize ||
         size > std::uint64_t{header.fileAfter} * format.pageSize)
         return setAside("o banco de dados foi alterado por outro programa, ou substituído por uma "
-                        "cópia, depois da interrupção");
+                        "cópia, depois da interrupção.");
     // Even where all is new to look at: see above.
     putBack(journal, database, format);
     return done(Recovery::Outcome::undone);
 }
 
 Recovery recover(const std::filesystem::path& database, Disk& disk) {
-    if (!hasJournal(database, disk))
+    if (Journal::find(database, disk, true).what == Journal::Found::What::nothing)
         return {};
     File file(database, File::Mode::readWrite, disk);
     return recover(file, formatOf(readHeader(file).version));

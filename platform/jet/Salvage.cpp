@@ -64,6 +64,7 @@ SalvageReport salvage(const std::filesystem::path& source, const std::filesystem
         said.push_back(table.image.rowCount());
 
     NewFile file(copy.path(), from.format(), disk);
+    file.takeRightsOf(source);
     Rewriter(from, file, tables, progress).run();
     file.finish(from.newHeader());
     enterUnlisted(copy, from, tables);

@@ -83,6 +83,7 @@ Sharing::~Sharing() {
 // ---- entering ---------------------------------------------------------------------------------
 
 void Sharing::enter(bool mayWrite) {
+    using enum Journal::Found::What;
     mayWrite_ = mayWrite;
     try {
         lock_.open();
@@ -98,20 +99,18 @@ void Sharing::enter(bool mayWrite) {
     }
     if (!shared_) {
         // Another station may just be writing.
-        bool cutOff = false;
-        waitFor(
+        const bool quiet = waitFor(
             [&] {
                 seen_ = Pairs(database_, format_);
-                cutOff = hasJournal(database_.path(), database_.disk());
-                return !cutOff && !seen_.find(Pairs::kWriting);
+                return !seen_.find(Pairs::kWriting);
             },
             milliseconds(2000));
-        if (cutOff)
+        if (!quiet && Journal::find(database_.path(), database_.disk()).what != nothing)
             throw Error(Errc::locked,
                         "Uma gravação em \"" + database_.path().string() +
                             "\" foi interrompida e ainda não pôde ser desfeita. Abra o banco de "
                             "dados num computador que possa gravar nessa pasta.");
-        suspect_ = seen_.find(Pairs::kWriting).has_value();
+        suspect_ = !quiet;
         return;
     }
     register_();
@@ -121,6 +120,8 @@ void Sharing::enter(bool mayWrite) {
 }
 
 void Sharing::register_() {
+    using enum Journal::Found::What;
+    bool leftThere = false; // and nobody needs it
     for (int round = 0;; ++round) {
         lockOrSay(LockFile::kEntering, kLongestEntering);
         const Held entering(lock_, LockFile::kEntering);
@@ -136,12 +137,12 @@ void Sharing::register_() {
             throw Error(Errc::locked, "O banco de dados \"" + database_.path().string() +
                                           "\" acaba de ser substituído. Tente de novo.");
         const Pairs pairs(database_, format_);
-        const bool cutOff = hasJournal(database_.path(), database_.disk());
+        const auto journal = Journal::find(database_.path(), database_.disk(), mayWrite_).what;
         // While we hold O nobody of us writes pages: a journal there is a dead station's, unless
         // that is still being recovered by another, who holds W.
         const bool beingWritten = lock_.isHeld(LockFile::kWriting);
         const bool dead = deadWriter(pairs).has_value();
-        if (cutOff && (dead || !beingWritten)) {
+        if (journal != nothing && !leftThere && (dead || !beingWritten)) {
             if (round > kMostRounds)
                 throw Error(Errc::locked,
                             "Uma gravação interrompida em \"" + database_.path().string() +
@@ -150,7 +151,7 @@ void Sharing::register_() {
             if (beingWritten)
                 pause(milliseconds(200));
             else
-                runRecovery(false);
+                leftThere = runRecovery(false) == Recovery::Outcome::leftThere;
             continue;
         }
         if (dead || pairs.find(Pairs::kDamaged))
@@ -213,61 +214,84 @@ void Sharing::noteSuspect(const Pairs& pairs) {
                "gravou, ou volte a uma cópia de segurança.";
 }
 
-void Sharing::runRecovery(bool holdsWriting) {
+Recovery::Outcome Sharing::runRecovery(bool holdsWriting) {
     if (!holdsWriting)
         lockOrSay(LockFile::kWriting, kLongestWait);
     const auto unlockWriting = [&] {
         if (!holdsWriting)
             lock_.unlock(LockFile::kWriting);
     };
+    Recovery recovery;
     try {
         const Alone alone(*this);
-        const std::optional<unsigned> stranger = foreigner(true);
-        const bool cutOff = hasJournal(database_.path(), database_.disk());
-        if (stranger && cutOff)
-            throw Error(
-                Errc::locked,
-                "Uma gravação foi interrompida e precisa ser desfeita, mas o banco de dados "
-                "está aberto em outro programa, de " +
-                    lock_.nameOf(*stranger) + ". Feche-o lá e tente de novo.");
-        // The journal may be of a transaction that is being written at this moment.
-        if (cutOff && attendance_.hasStranger())
-            throw Error(Errc::locked, kByAnotherName);
-        Recovery recovery;
-        if (mayWrite_) {
-            recovery = recover(database_, format_);
-        } else {
-            try {
-                File writable(database_.path(), File::Mode::readWrite, database_.disk());
-                recovery = recover(writable, format_);
-            } catch (const Error& error) {
-                if (error.code() != Errc::readOnly)
-                    throw;
-                throw Error(
-                    Errc::readOnly,
-                    std::string("Uma gravação foi interrompida e precisa ser desfeita antes "
-                                "que os dados possam ser lidos. ") +
-                        error.what());
-            }
-        }
-        if (recovery.outcome == Recovery::Outcome::setAside)
-            notice_ =
-                "Ao lado do banco de dados havia o registro de uma gravação interrompida, que "
-                "não pôde ser usado: " +
-                recovery.reason + ". Ele foi guardado como \"" + recovery.aside.string() +
-                "\". Confira os últimos lançamentos.";
+        recovery = recoverFile();
     } catch (...) {
         unlockWriting();
         throw;
     }
     unlockWriting();
+    tell(recovery);
+    return recovery.outcome;
+}
+
+/// Requires that nobody of us is at work.
+Recovery Sharing::recoverFile() {
+    const Journal::Found journal = Journal::find(database_.path(), database_.disk(), mayWrite_);
+    const bool needed = Pairs(database_, format_).find(Pairs::kWriting).has_value();
+    // What nobody needs can stay where it is.
+    const auto left = [&](const std::string& why) {
+        return Recovery{Recovery::Outcome::leftThere, {}, why};
+    };
+    if (journal.what != Journal::Found::What::nothing) {
+        if (const auto stranger = foreigner(true)) {
+            if (!needed)
+                return left(journal.why);
+            throw Error(
+                Errc::locked,
+                "Uma gravação foi interrompida e precisa ser desfeita, mas o banco de dados "
+                "está aberto em outro programa, de " +
+                    lock_.nameOf(*stranger) + ". Feche-o lá e tente de novo.");
+        }
+        // The journal may be of a transaction that is being written at this moment.
+        if (attendance_.hasStranger())
+            throw Error(Errc::locked, kByAnotherName);
+    }
+    if (mayWrite_)
+        return recover(database_, format_);
+    try {
+        File writable(database_.path(), File::Mode::readWrite, database_.disk());
+        return recover(writable, format_);
+    } catch (const Error& error) {
+        if (error.code() != Errc::readOnly)
+            throw;
+        if (!needed)
+            return left(journal.why);
+        throw Error(Errc::readOnly,
+                    std::string("Uma gravação foi interrompida e precisa ser desfeita antes "
+                                "que os dados possam ser lidos. ") +
+                        error.what());
+    }
+}
+
+void Sharing::tell(const Recovery& recovery) {
+    if (recovery.outcome == Recovery::Outcome::setAside)
+        notice_ = "Ao lado do banco de dados havia o registro de uma gravação interrompida, que "
+                  "não pôde ser usado: " +
+                  recovery.reason + " Ele foi guardado como \"" + recovery.aside.string() +
+                  "\". Confira os últimos lançamentos.";
+    if (recovery.outcome == Recovery::Outcome::leftThere && !recovery.reason.empty())
+        (mayWrite_ ? lasting_ : notice_) =
+            "O banco de dados pode ser consultado mas não alterado, porque o que está ao lado dele "
+            "no lugar do registro das gravações não pode ser usado nem posto de lado. " +
+            recovery.reason;
 }
 
 /// True if the file was brought back and has to be looked at again.
 bool Sharing::recoverDeadWriter(const Pairs& pairs, bool holdsWriting) {
     if (!deadWriter(pairs))
         return false;
-    if (!hasJournal(database_.path(), database_.disk())) {
+    if (Journal::find(database_.path(), database_.disk(), mayWrite_).what ==
+        Journal::Found::What::nothing) {
         noteSuspect(pairs);
         return false;
     }
@@ -275,7 +299,8 @@ bool Sharing::recoverDeadWriter(const Pairs& pairs, bool holdsWriting) {
         lock_.unlock(LockFile::kReading);
         reading_ = false;
     }
-    runRecovery(holdsWriting);
+    if (runRecovery(holdsWriting) == Recovery::Outcome::leftThere)
+        noteSuspect(pairs);
     return true;
 }
 
@@ -360,13 +385,14 @@ void Sharing::lockForReading() {
         throw Error(Errc::locked, "Outra estação está gravando no banco de dados há muito tempo" +
                                       others() + ". Espere um pouco e tente de novo.");
     reading_ = true;
+    database_.lookAgain();
 }
 
 void Sharing::enterSection() {
     disturbed_ = false;
-    lockForReading();
     depth_ = 1;
     try {
+        lockForReading();
         if (shared_ && !suspect_ && steady_clock::now() - lookedForForeign_ >= kForeignEvery)
             static_cast<void>(foreignReason(false));
         lookAtNews(false);
@@ -381,6 +407,7 @@ void Sharing::beginLook() {
     const auto now = steady_clock::now();
     bool light = !careful_ && !disturbed_ && now - lookedForForeign_ < kForeignEvery;
     if (light && now - lookedAtNews_ >= newsHold_) {
+        database_.lookAgain();
         light = Pairs(database_, format_) == seen_;
         if (light)
             lookedAtNews_ = now;
@@ -411,7 +438,7 @@ void Sharing::lookAtNews(bool holdsWriting) {
         lookedAtNews_ = begun;
         return;
     }
-    for (int attempt = 0; pairs.find(Pairs::kWriting); ++attempt) {
+    for (int attempt = 0; !suspect_ && pairs.find(Pairs::kWriting); ++attempt) {
         if (!recoverDeadWriter(pairs, holdsWriting)) {
             if (suspect_)
                 break;
@@ -488,6 +515,7 @@ void Sharing::beginWriting() {
     }
     writing_ = true;
     try {
+        database_.lookAgain();
         lookAtNews(true);
         if (lasting_)
             throw Error(Errc::readOnly, *lasting_);
@@ -524,6 +552,7 @@ Sharing::Alone::Alone(Sharing& sharing) : lock_(sharing.lock_) {
                                       sharing.others() +
                                       ". Nada foi gravado; espere um pouco e tente de novo.");
     try {
+        sharing.database_.lookAgain();
         sharing.lockOrSay(LockFile::kEntering, kLongestEntering);
         if (!waitFor([&] { return lock_.closeGate(); }, milliseconds(500)))
             throw Error(Errc::locked,

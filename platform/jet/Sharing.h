@@ -126,7 +126,9 @@ private:
     void verifyUnchanged();
     void lookAtNews(bool holdsWriting);
     [[nodiscard]] bool recoverDeadWriter(const Pairs& pairs, bool holdsWriting);
-    void runRecovery(bool holdsWriting);
+    [[nodiscard]] Recovery::Outcome runRecovery(bool holdsWriting);
+    [[nodiscard]] Recovery recoverFile();
+    void tell(const Recovery& recovery);
     void noteSuspect(const Pairs& pairs);
     void noteWriters(const Pairs& before);
     [[nodiscard]] std::optional<std::size_t> deadWriter(const Pairs& pairs) const;

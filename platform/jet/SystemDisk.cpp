@@ -4,7 +4,9 @@
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
+#include <string>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -39,9 +41,56 @@ std::int64_t changeOf(const struct stat& info) {
     return info.st_mtim.tv_sec * kNanoseconds + info.st_mtim.tv_nsec;
 }
 
+/// What has to be known of a file system that other machines use too.
+struct Network {
+    std::int64_t type;
+    bool remembers; ///< see Disk::Handle
+};
+constexpr Network kNetworks[] = {
+    {0x6969,     true }, // NFS: a client looks at the server again when it gets a lock, or too late
+    {0xFF534D42, false}, // SMB in its three generations: the server takes what is remembered away
+    {0xFE534D42, false},
+    {0x517B,     false},
+    {0x5346414F, false}, // AFS
+    {0x00C36400, false}, // Ceph
+    {0x01021997, false}, // 9P
+};
+
+const Network* networkOf(int handle) {
+    struct statfs info {};
+    if (::fstatfs(handle, &info) != 0)
+        return nullptr;
+    const auto type = static_cast<std::int64_t>(static_cast<std::uint32_t>(info.f_type));
+    const auto* found = std::ranges::find(kNetworks, type, &Network::type);
+    return found == std::end(kNetworks) ? nullptr : found;
+}
+
+/// open() that waits for nobody: neither for the other end of a pipe nor, longer than this, for a
+/// program that the system asks to let go of the file.
+int openAtOnce(const char* path, int flags) {
+    for (int tries = 0;; ++tries) {
+        const int handle =
+            retried([&] { return ::open(path, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666); });
+        if (handle != -EWOULDBLOCK || tries == 100)
+            return handle;
+        ::usleep(20'000);
+    }
+}
+
+/// The same file, but a write returns when the server has it; as it was where that can't be had.
+int writeThrough(int handle, int flags) {
+    const std::string same = "/proc/self/fd/" + std::to_string(handle);
+    const int through =
+        openAtOnce(same.c_str(), (flags & ~(O_CREAT | O_EXCL | O_NOFOLLOW)) | O_DSYNC);
+    if (through < 0)
+        return handle;
+    ::close(handle);
+    return through;
+}
+
 class SystemHandle final : public Disk::Handle {
 public:
-    explicit SystemHandle(int handle) : handle_(handle) {}
+    SystemHandle(int handle, bool remembers) : handle_(handle), remembers_(remembers) {}
     SystemHandle(const SystemHandle&) = delete;
     SystemHandle& operator=(const SystemHandle&) = delete;
     ~SystemHandle() override { ::close(handle_); }
@@ -96,24 +145,41 @@ public:
     bool isAt(const std::filesystem::path& path) override {
         struct stat mine {};
         struct stat there {};
-        return ::fstat(handle_, &mine) == 0 && ::stat(path.c_str(), &there) == 0 &&
+        return ::fstat(handle_, &mine) == 0 && ::lstat(path.c_str(), &there) == 0 &&
                mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
     }
+    int attributes(Disk::Attributes& into) override {
+        struct stat info {};
+        if (::fstat(handle_, &info) != 0)
+            return -errno;
+        into = {
+            {info.st_uid, info.st_gid, info.st_mode & 07777U},
+            info.st_nlink
+        };
+        return 0;
+    }
+    int setOwner(std::uint32_t owner, std::uint32_t group) override {
+        return ::fchown(handle_, owner, group) == 0 ? 0 : -errno;
+    }
+    int setMode(std::uint32_t mode) override {
+        return ::fchmod(handle_, static_cast<mode_t>(mode)) == 0 ? 0 : -errno;
+    }
+    bool remembers() const noexcept override { return remembers_; }
 
 private:
     int handle_;
+    bool remembers_;
 };
 
 class SystemDisk final : public Disk {
 public:
     std::unique_ptr<Handle> open(const std::filesystem::path& path, Mode mode,
                                  int& error) override {
-        const int flags = mode == Mode::read        ? O_RDONLY
-                          : mode == Mode::readWrite ? O_RDWR
-                                                    : O_RDWR | O_CREAT | O_EXCL;
-        const int handle = retried([&] { return ::open(path.c_str(), flags | O_CLOEXEC, 0666); });
+        const int flags = (writes(mode) ? O_RDWR : O_RDONLY) |
+                          (makes(mode) ? O_CREAT | O_EXCL : 0) | (isBeside(mode) ? O_NOFOLLOW : 0);
+        int handle = openAtOnce(path.c_str(), flags);
         if (handle < 0) {
-            error = -handle;
+            error = -handle == ENXIO ? EISDIR : -handle; // a socket, or a device that isn't there
             return nullptr;
         }
         struct stat info {};
@@ -122,7 +188,12 @@ public:
             error = EISDIR;
             return nullptr;
         }
-        return std::make_unique<SystemHandle>(handle);
+        const Network* network = networkOf(handle);
+        // A file that is made in one go is synced at its end, and nobody looks at it before.
+        if (network != nullptr && writes(mode) && mode != Mode::createNew)
+            handle = writeThrough(handle, flags);
+        static_cast<void>(::fcntl(handle, F_SETFL, ::fcntl(handle, F_GETFL) & ~O_NONBLOCK));
+        return std::make_unique<SystemHandle>(handle, network != nullptr && network->remembers);
     }
     std::filesystem::path resolved(const std::filesystem::path& path) override {
         std::error_code error;
@@ -168,10 +239,17 @@ public:
         return error == EEXIST && there ? 0 : -error;
     }
     int copyRights(const std::filesystem::path& from, const std::filesystem::path& to) override {
-        struct stat info {};
-        return ::stat(from.c_str(), &info) == 0 && ::chmod(to.c_str(), info.st_mode & 07777) == 0
-                   ? 0
-                   : -errno;
+        struct stat like {};
+        struct stat mine {};
+        if (::stat(from.c_str(), &like) != 0 || ::stat(to.c_str(), &mine) != 0)
+            return -errno;
+        const bool group =
+            like.st_gid == mine.st_gid || ::chown(to.c_str(), Disk::kSameOwner, like.st_gid) == 0;
+        const bool owner =
+            like.st_uid == mine.st_uid || ::chown(to.c_str(), like.st_uid, Disk::kSameOwner) == 0;
+        if (::chmod(to.c_str(), Rights::allowed(like.st_mode & 07777U, group)) != 0)
+            return -errno;
+        return owner && group ? 0 : -EPERM;
     }
     int syncFolderOf(const std::filesystem::path& path) override {
         const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";

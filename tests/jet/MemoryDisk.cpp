@@ -23,6 +23,9 @@ struct MemoryDisk::Content {
     Bytes bytes;
     std::int64_t changes = 0;
     std::vector<Held> locks;
+    MemoryDisk::Kind kind = MemoryDisk::Kind::file;
+    std::string target = {}; ///< of a link
+    Disk::Rights rights = {};
 };
 
 class MemoryHandle final : public Disk::Handle {
@@ -141,6 +144,37 @@ public:
         const auto there = disk_.names_.find(path.string());
         return there != disk_.names_.end() && there->second == content_->number;
     }
+    int attributes(Disk::Attributes& into) override {
+        const MemoryDisk::Busy busy;
+        if (const int failure = disk_.next())
+            return -failure;
+        into.rights = content_->rights;
+        into.names = static_cast<std::uint64_t>(std::ranges::count_if(
+            disk_.names_, [&](const auto& name) { return name.second == content_->number; }));
+        return 0;
+    }
+    int setOwner(std::uint32_t owner, std::uint32_t group) override {
+        const bool own = disk_.account == content_->rights.owner;
+        const bool allowed =
+            disk_.account == 0 || (own && owner == Disk::kSameOwner && group == disk_.group);
+        if (const int failure = disk_.next())
+            return -failure;
+        if (!allowed)
+            return -EPERM;
+        if (owner != Disk::kSameOwner)
+            content_->rights.owner = owner;
+        content_->rights.group = group;
+        return 0;
+    }
+    int setMode(std::uint32_t mode) override {
+        if (const int failure = disk_.next())
+            return -failure;
+        if (disk_.account != 0 && disk_.account != content_->rights.owner)
+            return -EPERM;
+        content_->rights.mode = mode;
+        return 0;
+    }
+    bool remembers() const noexcept override { return disk_.remembers; }
 
 private:
     MemoryDisk& disk_;
@@ -151,7 +185,8 @@ private:
 MemoryDisk::MemoryDisk(const DiskImage& image) {
     for (const auto& [name, bytes] : image) {
         names_[name] = files_.size();
-        files_.push_back(std::make_shared<Content>(Content{files_.size(), bytes, 0, {}}));
+        files_.push_back(
+            std::make_shared<Content>(Content{files_.size(), bytes, 0, {}, Kind::file, {}, {}}));
     }
 }
 
@@ -161,21 +196,54 @@ std::unique_ptr<Disk::Handle> MemoryDisk::open(const std::filesystem::path& path
                                                int& error) {
     const Busy busy;
     error = next();
-    const auto known = names_.find(path.string());
-    if (!error && mode != Mode::read && failing && failing(path.string()))
+    const auto known = names_.find((isBeside(mode) ? path : resolved(path)).string());
+    const Content* there = known == names_.end() ? nullptr : files_[known->second].get();
+    if (!error && writes(mode) && failing && failing(path.string()))
         error = EACCES;
-    if (!error && mode == Mode::createNew && known != names_.end())
+    if (!error && makes(mode) && there)
         error = EEXIST;
-    if (!error && mode != Mode::createNew && known == names_.end())
+    if (!error && !makes(mode) && !there)
         error = ENOENT;
+    if (!error && there && there->kind != Kind::file)
+        error = there->kind == Kind::link ? ELOOP : EISDIR;
+    if (!error && there && !allows(*there, mode))
+        error = EACCES;
     if (error)
         return nullptr;
-    if (mode == Mode::createNew) {
-        names_[path.string()] = files_.size();
-        record_.push_back({Operation::Kind::name, files_.size(), 0, {}, path.string(), {}});
-        files_.push_back(std::make_shared<Content>(Content{files_.size(), {}, 0, {}}));
-    }
-    return std::make_unique<MemoryHandle>(*this, files_[names_[path.string()]], mode != Mode::read);
+    if (there)
+        return std::make_unique<MemoryHandle>(*this, files_[known->second], writes(mode));
+    put(path.string(), Kind::file);
+    files_.back()->rights = {account, group, 0600};
+    record_.push_back({Operation::Kind::name, files_.size() - 1, 0, {}, path.string(), {}});
+    return std::make_unique<MemoryHandle>(*this, files_.back(), true);
+}
+
+void MemoryDisk::put(const std::string& name, Kind kind, const std::string& target) {
+    names_[name] = files_.size();
+    files_.push_back(
+        std::make_shared<Content>(Content{files_.size(), {}, 0, {}, kind, target, {}}));
+}
+
+Disk::Rights& MemoryDisk::rightsOf(const std::string& name) {
+    return files_[names_.at(name)]->rights;
+}
+
+bool MemoryDisk::allows(const Content& file, Mode mode) const {
+    const unsigned shift = file.rights.owner == account ? 6 : file.rights.group == group ? 3 : 0;
+    const unsigned wanted = writes(mode) ? 6 : 4;
+    return account == 0 || (file.rights.mode >> shift & wanted) == wanted;
+}
+
+bool MemoryDisk::mayTouch(const std::string& name) const {
+    return !eachItsOwn || account == 0 || files_[names_.at(name)]->rights.owner == account;
+}
+
+std::filesystem::path MemoryDisk::resolved(const std::filesystem::path& path) {
+    const Busy busy;
+    const auto known = names_.find(path.string());
+    return known == names_.end() || files_[known->second]->kind != Kind::link
+               ? path
+               : std::filesystem::path(files_[known->second]->target);
 }
 
 bool MemoryDisk::exists(const std::filesystem::path& path) {
@@ -190,6 +258,8 @@ int MemoryDisk::rename(const std::filesystem::path& from, const std::filesystem:
     const auto known = names_.find(from.string());
     if (known == names_.end())
         return -ENOENT;
+    if (!mayTouch(from.string()))
+        return -EPERM;
     record_.push_back({Operation::Kind::rename, known->second, 0, {}, from.string(), to.string()});
     names_[to.string()] = known->second;
     names_.erase(from.string());
@@ -213,8 +283,11 @@ int MemoryDisk::remove(const std::filesystem::path& path) {
     const Busy busy;
     if (const int failure = next())
         return -failure;
-    if (names_.erase(path.string()) == 0)
+    if (!names_.contains(path.string()))
         return -ENOENT;
+    if (!mayTouch(path.string()))
+        return -EPERM;
+    names_.erase(path.string());
     record_.push_back({Operation::Kind::remove, 0, 0, {}, path.string(), {}});
     return 0;
 }

@@ -39,6 +39,7 @@ public:
     ~MemoryDisk() override;
 
     std::unique_ptr<Handle> open(const std::filesystem::path& path, Mode mode, int& error) override;
+    std::filesystem::path resolved(const std::filesystem::path& path) override;
     bool exists(const std::filesystem::path& path) override;
     int rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
     int link(const std::filesystem::path& file, const std::filesystem::path& name) override;
@@ -47,6 +48,17 @@ public:
     int makeFolder(const std::filesystem::path& folder) override;
     int copyRights(const std::filesystem::path& from, const std::filesystem::path& to) override;
     int syncFolderOf(const std::filesystem::path& path) override;
+
+    /// What a test puts under a name, and whose it is. Only open() heeds rights, and rename() and
+    /// remove() if each may only touch its own: `account` 0 may do everything.
+    enum class Kind : std::uint8_t { file, link, channel, folder };
+    void put(const std::string& name, Kind kind, const std::string& target = "");
+    [[nodiscard]] Rights& rightsOf(const std::string& name);
+    std::uint32_t account = 0;
+    std::uint32_t group = 0; ///< of the account; new files are of both, for nobody else
+    bool eachItsOwn = false;
+    /// Whether the disk is of another machine, and what is read may be old.
+    bool remembers = false;
 
     /// As programs see it.
     [[nodiscard]] DiskImage image() const;
@@ -77,6 +89,8 @@ private:
         ~Busy() { --busy_; }
     };
     static inline int busy_ = 0;
+    [[nodiscard]] bool allows(const Content& file, Mode mode) const;
+    [[nodiscard]] bool mayTouch(const std::string& name) const;
     /// 0, or the error that this call has to fail with.
     [[nodiscard]] int next();
 

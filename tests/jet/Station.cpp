@@ -1,6 +1,8 @@
 // A station of the shop for the tests that need several processes: opens a database and does one
 // thing to it, as its arguments say. Ends with 0, or prints what went wrong.
 //
+//   jet_station make <file> <3 or 4>       makes the file, with a counter row, of that format
+//   jet_station value <file>               prints what the counter row says
 //   jet_station count <file> <times>       adds 1 to the counter row, so often
 //   jet_station add <file> <times>         adds rows with a number given by the file
 //   jet_station work <file> <seconds>      reads and writes; prints how often
@@ -156,6 +158,20 @@ void beForeign(const std::string& lockFile) {
     untilInputEnds();
 }
 
+void make(const std::string& path, const std::string& version) {
+    Database::create(path, version == "3" ? Version::jet3 : Version::jet4);
+    Database file(path);
+    Row counter(2);
+    counter[1] = std::int64_t{0};
+    file
+        .createTable({
+            "contador",
+            {{"codigo", ColumnType::longInteger, 0, true}, {"valor", ColumnType::longInteger}},
+            {                                            }
+    })
+        .insert(counter);
+}
+
 void hold(Database& file) {
     Table& table = file.table("contador");
     Transaction transaction(file);
@@ -172,6 +188,10 @@ int main(int argc, char** argv) {
             beForeign(argv[2]);
             return 0;
         }
+        if (what == "make") {
+            make(argv[2], argv[3]);
+            return 0;
+        }
         if (what.empty())
             return 2;
         Database file(argv[2]);
@@ -185,6 +205,8 @@ int main(int argc, char** argv) {
             writeForEver(file);
         else if (what == "hold")
             hold(file);
+        else if (what == "value")
+            std::cout << valueOf(file.table("contador"), firstRow(file.table("contador"))) << '\n';
         else
             return 2;
         return 0;
