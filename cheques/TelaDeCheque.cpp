@@ -38,6 +38,8 @@ void escolher(DropDownList& lista, ado::Recordset& rs, std::int64_t codigo) {
         if (lista.itemData(i) == codigo)
             return lista.setListIndex(i);
     }
+    lista.addItem(Valores::texto(rs["nome"]), codigo);
+    lista.setListIndex(lista.count() - 1);
 }
 
 std::optional<Impedimento> falta(const Exigidos& exigidos) {

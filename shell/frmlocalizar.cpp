@@ -3,6 +3,7 @@
 #include "controls/Icons.h"
 #include "controls/MessageBox.h"
 #include "controls/WindowList.h"
+#include "shell/Mirtal.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
@@ -74,8 +75,11 @@ void frmlocalizar::LstEncontrado_ItemClick(const QString& chave) {
         return;
     }
     ado::Recordset& clientes = dbconectar::instance().rsCliente;
-    clientes.MoveFirst();
-    clientes.Find("codigo =" + QString::number(chave.toLongLong()));
+    if (!Mirtal::localizar(clientes, "codigo =" + QString::number(chave.toLongLong()))) {
+        showMessage("Este cliente não está mais cadastrado: foi excluído depois de listado.",
+                    "Mensagem", MessageIcon::exclamation);
+        return;
+    }
     emit clienteEscolhido();
     unload();
 }

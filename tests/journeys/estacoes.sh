@@ -68,8 +68,9 @@ find_first() {
     keys Home Return Return
     until_window "$entry"
 }
+# Through every field, the value too, whose leaving sums up the client's cheques.
 change_number() {
-    fill "" "" "" "$1"
+    fill "" "" "" "$1" "" "" "" "" ""
     keys alt+s
 }
 refused() {

@@ -76,6 +76,15 @@ protected:
         rs.Update();
         other_.flush();
     }
+    void addedElsewhere(const char* table, const Row& row) {
+        ado::Recordset rs;
+        rs.Open(table, other_);
+        rs.AddNew();
+        for (const Field& field : row)
+            rs[field.name] = field.value;
+        rs.Update();
+        other_.flush();
+    }
     void deletedElsewhere(const char* table, const char* row) {
         ado::Recordset rs;
         rs.Open(table, other_);
@@ -205,6 +214,29 @@ TEST_P(ShownRecord, AChequeThatIsLeftOutByTheFilterIsNotSaidToBeDeleted) {
                 ElementsAre("2|"));
 }
 
+TEST_P(ShownRecord, AChequeOfAClientWhoIsNewShowsHim) {
+    auto& form = open<FrmLancarCheques>();
+    click(form, "btnNavegacao", 0);
+    addedElsewhere("cliente_fornecedor", client("Elsa Faro", 50));
+    addedElsewhere("bancos", {
+                                 {"cod_banco", number(33)        },
+                                 {"nome",      words("Banco Sul")}
+    });
+    addedElsewhere("cheques", {
+                                  {"cliente", number(5)   },
+                                  {"banco",   number(3)   },
+                                  {"numero",  words("501")},
+                                  {"valor",   money(5)    }
+    });
+    click(form, "btnNavegacao", 3);
+    EXPECT_EQ(text(form, "txtnumero"), "501");
+    EXPECT_EQ(text(form, "txtNome"), "Elsa Faro");
+    EXPECT_EQ(text(form, "txtbanco"), "Banco Sul");
+    authorize(form, "Rita");
+    EXPECT_THAT(rows("select cliente, banco, autorizou from cheques where lancamento=4"),
+                ElementsAre("5|3|Rita"));
+}
+
 TEST_P(ShownRecord, AReceivedChequeThatAnotherHasChangedIsNotDeletedUnseen) {
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 0);
@@ -266,6 +298,41 @@ TEST_P(ShownRecord, AClientThatAnotherHasDeletedKeepsWhatWasTyped) {
     click(form, "cmdSalvar");
     EXPECT_EQ(text(form, "txtEndereço"), "Rua 7");
     EXPECT_EQ(text(form, "txtCódigo"), "4");
+}
+
+TEST_P(ShownRecord, AClientAddedElsewhereIsListedAndShown) {
+    auto& form = open<frmCliFor>();
+    addedElsewhere("cliente_fornecedor", client("Elsa Faro", 50));
+    whileModal<frmlocalizar>([](frmlocalizar& search) {
+        type(search, "txtpesquisar", "Els");
+        press(Qt::Key_Return);
+        press(Qt::Key_Return); // chooses the row
+        press(Qt::Key_Return); // and the client
+    });
+    click(form, "cmdLocalizar");
+    activate(form);
+    EXPECT_EQ(text(form, "txtNome"), "Elsa Faro");
+    EXPECT_EQ(text(form, "txtCódigo"), "5");
+    click(form, "btnNavegacao", 0);
+    click(form, "btnNavegacao", 3);
+    EXPECT_EQ(text(form, "txtNome"), "Elsa Faro") << "the last one by the key";
+}
+
+TEST_P(ShownRecord, AClientDeletedElsewhereSinceHeWasListedIsTold) {
+    auto& form = open<frmCliFor>();
+    whileModal<frmlocalizar>([this](frmlocalizar& search) {
+        type(search, "txtpesquisar", "Dav");
+        deletedElsewhere("cliente_fornecedor", "codigo=4");
+        clickRow(search, "LstEncontrado", 0);
+        expectMessage("Mensagem",
+                      "Este cliente não está mais cadastrado: foi excluído depois de listado.");
+        clickRow(search, "LstEncontrado", 0);
+        EXPECT_TRUE(search.isVisible());
+        press(Qt::Key_Escape);
+    });
+    const QString before = text(form, "txtNome");
+    click(form, "cmdLocalizar");
+    EXPECT_EQ(text(form, "txtNome"), before);
 }
 
 // ---- banks
