@@ -6,6 +6,7 @@
 #include "jet/Compact.h"
 #include "jet/FileSteps.h"
 #include "jet/Journal.h"
+#include "jet/Move.h"
 #include "jet/Salvage.h"
 #include "support/Versions.h"
 
@@ -188,6 +189,25 @@ TEST_P(CopyCrash, ADailyCopyIsWholeOrNotThereAndTheOlderOnesStay) {
     });
     tell("a daily copy", disk);
     EXPECT_GT(points_, 400U);
+}
+
+TEST_P(CopyCrash, AMoveLosesNothing) {
+    const std::string moved = "/nova/automacao.mdb";
+    const std::string movedCopy = "/nova/backup/automacao-2026-11-19.mdb";
+    DiskImage before = cutOff_;
+    before[kCopy] = older_.at(kPath);
+    MemoryDisk disk(before);
+    moveDatabase(kPath, "/nova", disk);
+    ASSERT_TRUE(disk.exists(moved) && disk.exists(movedCopy));
+    ASSERT_FALSE(disk.exists(kPath) || disk.exists(kCopy) || disk.exists(kJournal));
+    everyCut(before, disk, kRestoringRounds, [&](const DiskImage& image) {
+        ++points_;
+        ASSERT_EQ(flaw(image, image.contains(moved) ? moved : kPath, content_), "");
+        ASSERT_TRUE(holds(image, kCopy, before.at(kCopy)) ||
+                    holds(image, movedCopy, before.at(kCopy)));
+    });
+    tell("a move", disk);
+    EXPECT_GT(points_, 100U);
 }
 
 void CopyCrash::cutRestoring(const DiskImage& before, std::uint64_t replaced) {

@@ -5,6 +5,7 @@
 #include "jet/Compact.h"
 #include "jet/Fault.h"
 #include "jet/FileSteps.h"
+#include "jet/Move.h"
 #include "jet/Salvage.h"
 
 #include <gmock/gmock.h>
@@ -40,7 +41,7 @@ protected:
 
     /// Does `work` with each of its calls failing; `look` sees the disk and whether it was done.
     template <class Work, class Look>
-    void everyFault(const DiskImage& before, Work&& work, Look&& look) {
+    void everyFault(const DiskImage& before, Work&& work, Look&& look, std::size_t fewest = 30) {
         std::size_t failures = 0;
         std::uint64_t number = 1;
         for (bool failed = true; failed; ++number) {
@@ -62,7 +63,7 @@ protected:
         }
         std::cout << "calls made to fail: " << number - 2
                   << ", told to the technician: " << failures << '\n';
-        EXPECT_GT(failures, 30U);
+        EXPECT_GT(failures, fewest);
     }
 
     void expectSound(const MemoryDisk& disk, const std::string& path, std::uint64_t content) {
@@ -163,6 +164,26 @@ TEST_P(CopyFaults, ARestoringThatFailsLeavesTheFileOrHasReplacedIt) {
             }
             expectTidy(disk, 1);
         });
+}
+
+TEST_P(CopyFaults, AMoveThatFailsLosesNothing) {
+    const std::string moved = "/nova/automacao.mdb";
+    const std::string copy = "/loja/backup/automacao-2026-11-19.mdb";
+    const std::string movedCopy = "/nova/backup/automacao-2026-11-19.mdb";
+    DiskImage before = before_;
+    before[copy] = older_.at(kPath);
+    everyFault(
+        before, [](MemoryDisk& disk) { moveDatabase(kPath, "/nova", disk); },
+        [&](MemoryDisk& disk, bool done) {
+            const bool there = disk.exists(moved);
+            EXPECT_TRUE(there || !done);
+            EXPECT_NE(there, disk.exists(kPath));
+            expectSound(disk, there ? moved : kPath, content_);
+            EXPECT_NE(disk.exists(movedCopy), disk.exists(copy));
+            EXPECT_TRUE(disk.image().at(disk.exists(movedCopy) ? movedCopy : copy) ==
+                        older_.at(kPath));
+        },
+        10);
 }
 
 } // namespace
