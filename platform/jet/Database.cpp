@@ -257,8 +257,7 @@ void Database::noticeNews() {
 const std::filesystem::path& Database::path() const noexcept { return parts_->path; }
 Version Database::version() const noexcept { return parts_->header.version; }
 const std::optional<std::string>& Database::notice() const noexcept {
-    static const std::optional<std::string> none;
-    return parts_->sharing ? parts_->sharing->notice() : none;
+    return parts_->told();
 }
 std::optional<std::string> Database::readOnlyReason() { return parts_->whyNotWritable(); }
 

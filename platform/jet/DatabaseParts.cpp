@@ -1,5 +1,9 @@
 #include "jet/DatabaseParts.h"
 
+#include "jet/FolderAdvice.h"
+
+#include <utility>
+
 namespace jet {
 
 namespace {
@@ -23,6 +27,19 @@ void Database::Parts::share(bool mayWrite, std::function<void()> onNews) {
     sharing->enter(mayWrite);
     pager.refresh();
     pager.share(*sharing);
+}
+
+const std::optional<std::string>& Database::Parts::told() noexcept {
+    try {
+        if (sharing && !std::exchange(lookedAround_, true))
+            advice_ = adviceOn(path, pager.file().disk());
+        told_ = sharing ? sharing->notice() : std::nullopt;
+        if (advice_)
+            told_ = told_ ? *told_ + "\n\n" + *advice_ : *advice_;
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
+        // Without memory for a sentence there is none.
+    }
+    return told_;
 }
 
 void Database::Parts::lose(Entry& entry, const Error& why) {

@@ -42,6 +42,8 @@ struct Database::Parts {
     void share(bool mayWrite, std::function<void()> onNews);
     /// Takes a table out of use.
     void lose(Entry& entry, const Error& why);
+    /// All that the operator must know of the opening; looks around the file the first time.
+    [[nodiscard]] const std::optional<std::string>& told() noexcept;
     /// Why no table can be changed at this moment.
     [[nodiscard]] std::optional<std::string> whyNotWritable() {
         return readOnly ? readOnly : sharing ? sharing->whyNotWritable() : std::nullopt;
@@ -89,6 +91,9 @@ struct Database::Parts {
     void flushIfDue();
 
 private:
+    bool lookedAround_ = false;
+    std::optional<std::string> advice_; ///< on the folder, once we have looked around
+    std::optional<std::string> told_;
     unsigned changes_ = 0; ///< that live, one inside the other
     bool flushing_ = false;
     std::chrono::steady_clock::time_point askedForWaiting_{};
