@@ -452,4 +452,33 @@ TEST_P(StationsTest, ATableThatAnotherProgramRenamesIsAnErrorWhereItIsOpen) {
     gone([&] { whole.MoveFirst(); });
 }
 
+/// In one format: what is remembered has nothing to do with it, and so many rows take their time.
+class ManyRowsTest : public StationsTest {};
+INSTANTIATE_TEST_SUITE_P(, ManyRowsTest, testing::Values(jet::Version::jet4), versionName);
+
+TEST_P(ManyRowsTest, HoweverManyRowsAreReadMeanwhileWhatWasShownCounts) {
+    constexpr int kRows = 100'001;
+    {
+        jet::Transaction many(connection.database());
+        const std::size_t name = *table("bancos").findColumn("nome");
+        const std::vector<jet::Assignment> given{
+            {name, std::string("Agência")}
+        };
+        for (int i = 0; i < kRows; ++i)
+            table("bancos").insert(given);
+        many.commit();
+    }
+    Recordset mine;
+    Recordset theirs;
+    mine.Open("bancos", connection);
+    theirs.Open("bancos", other);
+    const Shown before = show(mine, "2");
+    save(other, theirs, "2", "Deles");
+    int read = 0;
+    for (mine.MoveFirst(); !mine.EOF(); mine.MoveNext())
+        read += mine["nome"].text().empty() ? 0 : 1;
+    EXPECT_EQ(read, kRows + 3);
+    EXPECT_EQ(errorOf([&] { save(connection, mine, "2", "Meu", before); }), Errc::conflict);
+}
+
 } // namespace
