@@ -30,7 +30,13 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(VALTRINO_SAMPLES ${CMAKE_SOURCE_DIR}/../shared/mdb CACHE PATH
     "The folder of real sample databases; tests that read them are skipped where it is absent")
 option(VALTRINO_FATAL_WARNINGS "Stop at any warning" ON)
-option(VALTRINO_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+set(VALTRINO_SANITIZE "" CACHE STRING
+    "Build with sanitizers: address (and undefined behaviour) or thread; none if empty")
+set_property(CACHE VALTRINO_SANITIZE PROPERTY STRINGS "" address thread)
+if(VALTRINO_SANITIZE STREQUAL "ON")
+    # What a build folder made before remembers.
+    set_property(CACHE VALTRINO_SANITIZE PROPERTY VALUE address)
+endif()
 
 find_program(CCACHE ccache)
 if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
@@ -48,7 +54,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(house INTERFACE -Wno-subobject-linkage)
 endif()
 target_include_directories(house INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/platform)
-if(VALTRINO_SANITIZE)
+if(VALTRINO_SANITIZE STREQUAL "thread")
+    target_compile_options(house INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+    target_link_options(house INTERFACE -fsanitize=thread)
+elseif(VALTRINO_SANITIZE)
     target_compile_options(house INTERFACE
         -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(house INTERFACE -fsanitize=address,undefined)

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <exception>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -62,6 +63,21 @@ void CopiaDeSeguranca::avisarDoDano(const std::stop_token& parada) {
 
 void CopiaDeSeguranca::noProgramaAberto(const std::stop_token& parada,
                                         std::function<void()> dizer) {
-    if (!parada.stop_requested())
-        QMetaObject::invokeMethod(this, std::move(dizer));
+    if (parada.stop_requested())
+        return;
+    {
+        const std::lock_guard trinco(entrega_);
+        ditos_.push_back(std::move(dizer));
+    }
+    QMetaObject::invokeMethod(this, "dizer", Qt::QueuedConnection);
+}
+
+void CopiaDeSeguranca::dizer() {
+    std::vector<std::function<void()>> ditos;
+    {
+        const std::lock_guard trinco(entrega_);
+        ditos.swap(ditos_);
+    }
+    for (const auto& dito : ditos)
+        dito();
 }

@@ -1,26 +1,35 @@
 #include "controls/FolderReader.h"
 
 #include <QDirIterator>
+#include <QPointer>
 
 #include <mutex>
 #include <thread>
 #include <utility>
+#include <vector>
 
 /// Between a reader and its threads: who comes back late finds that nobody waits any more.
 struct FolderReader::Line {
+    struct Answer {
+        QString folder;
+        QStringList names;
+    };
+
     std::mutex mutex;
-    FolderReader* reader; ///< null once it is gone
+    FolderReader* reader;        ///< null once it is gone
+    std::vector<Answer> answers; ///< not told yet
 
     [[nodiscard]] bool isCut() {
         const std::lock_guard lock(mutex);
         return reader == nullptr;
     }
-    void tell(const QString& folder, const QStringList& names) {
+    void tell(Answer answer) {
         const std::lock_guard lock(mutex);
         if (!reader)
             return;
-        const auto answer = [to = reader, folder, names] { emit to->answered(folder, names); };
-        QMetaObject::invokeMethod(reader, answer, Qt::QueuedConnection);
+        // Handed over under our own mutex, which the thread sanitizer sees, and not Qt's.
+        answers.push_back(std::move(answer));
+        QMetaObject::invokeMethod(reader, "deliver", Qt::QueuedConnection);
     }
 };
 
@@ -44,6 +53,18 @@ void FolderReader::read(const QString& folder) {
             if (line->isCut())
                 return;
         }
-        line->tell(folder, names);
+        line->tell({folder, std::move(names)});
     }).detach();
+}
+
+void FolderReader::deliver() {
+    std::vector<Line::Answer> answers;
+    {
+        const std::lock_guard lock(line_->mutex);
+        answers.swap(line_->answers);
+    }
+    const QPointer<FolderReader> self = this; // whoever hears an answer may do away with us
+    for (const Line::Answer& answer : answers)
+        if (self)
+            emit answered(answer.folder, answer.names);
 }

@@ -29,6 +29,9 @@ signals:
 private:
     struct Line;
 
+    /// Tells what the threads have found by now.
+    Q_INVOKABLE void deliver();
+
     QDir::Filters filters_;
     QStringList patterns_;
     std::shared_ptr<Line> line_; ///< shared with the threads, which may outlive the reader
