@@ -8,6 +8,7 @@
 #include "controls/Style.h"
 #include "controls/WindowList.h"
 #include "jet/Error.h"
+#include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
@@ -55,6 +56,17 @@ FrmConsultaCH& FrmConsultaCH::instance() { return WindowList::instance().one<Frm
 
 void FrmConsultaCH::Form_Load() {
     centre();
+    dbconectar& dados = dbconectar::instance();
+    Estrutura::exigir(dados.rsCliente, {"codigo", "nome"});
+    Estrutura::exigir(dados.rsBancos, {"codigo", "nome"});
+    Estrutura::exigir(dados.rsCheques, {"cliente", "valor"});
+    Estrutura::exigir(semFundos(), {"lancamento", "cliente", "banco", "numero", "valor"});
+    Estrutura::dispensar(dados.rsCliente, {
+                                              {"cgc_cpf", txtCpf}
+    });
+    Estrutura::dispensar(semFundos(), {
+                                          {"empresa", nullptr}
+    });
     Mirtal::preencherLista(*txtNome, dbconectar::instance().rsCliente, "nome", "codigo");
 }
 

@@ -4,6 +4,7 @@
 #include "controls/MessageBox.h"
 #include "controls/WindowList.h"
 #include "jet/Error.h"
+#include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
@@ -94,9 +95,23 @@ void FrmLancarCheques::aoLocalizar(std::function<void()> mostrarLista) {
 
 void FrmLancarCheques::Form_Load() {
     centre();
+    dbconectar& dados = dbconectar::instance();
+    Estrutura::exigir(cheques(), {"lancamento", "cliente", "banco", "numero", "valor"});
+    Estrutura::exigir(dados.rsCliente, {"codigo", "nome"});
+    Estrutura::exigir(dados.rsBancos, {"codigo", "nome"});
+    Estrutura::dispensar(dados.rsCliente, {
+                                              {"limite_credito", nullptr}
+    });
+    Estrutura::dispensar(cheques(), {
+                                        {"agencia",    txtagencia   },
+                                        {"data",       txtdata      },
+                                        {"bompara",    txtbompara   },
+                                        {"autorizou",  txtautorizou },
+                                        {"observacao", txtobservacao},
+                                        {"descontar",  txtdescontar }
+    });
     TelaDeCheque::limitar(cheques(), textos());
     datasDeHoje();
-    dbconectar& dados = dbconectar::instance();
     Mirtal::preencherLista(*txtNome, dados.rsCliente, "nome", "codigo");
     Mirtal::preencherLista(*txtbanco, dados.rsBancos, "nome", "codigo");
 }
@@ -221,7 +236,7 @@ void FrmLancarCheques::txtobservacao_LostFocus() { CmdIncluir->setFocus(); }
 bool FrmLancarCheques::validar() {
     auto impedimento = TelaDeCheque::falta({txtNome, txtbanco, txtnumero, txtvalor});
     if (!impedimento)
-        impedimento = TelaDeCheque::naoCabe(cheques(), textos());
+        impedimento = TelaDeCheque::naoCabe(cheques(), textos(), txtvalor);
     if (impedimento)
         advertir(impedimento->controle, impedimento->mensagem);
     return !impedimento;
@@ -234,7 +249,7 @@ void FrmLancarCheques::CmdIncluir_Click() {
     ado::Transaction gravacao(dbconectar::instance().Automacao);
     const bool novo = txtlancamento->text().isEmpty();
     if (novo)
-        rs.AddNew();
+        Estrutura::acrescentar(rs, "lancamento");
     else
         Mirtal::editar(rs, "lancamento=" + txtlancamento->text(), visto_);
     gravarCampos();

@@ -8,6 +8,8 @@
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
 
+#include <algorithm>
+
 namespace TelaDeCheque {
 
 void limitar(const ado::Recordset& rs, const Textos& textos) {
@@ -18,7 +20,9 @@ void limitar(const ado::Recordset& rs, const Textos& textos) {
 }
 
 void mostrar(QLineEdit& caixa, const ado::FieldValue& campo) {
-    caixa.setText(Valores::texto(campo));
+    const QString texto = Valores::texto(campo);
+    caixa.setMaxLength(std::max(caixa.maxLength(), static_cast<int>(texto.size())));
+    caixa.setText(texto);
     caixa.setCursorPosition(0);
 }
 
@@ -60,11 +64,14 @@ std::optional<Impedimento> falta(const Exigidos& exigidos) {
     return std::nullopt;
 }
 
-std::optional<Impedimento> naoCabe(const ado::Recordset& rs, const Textos& textos) {
+std::optional<Impedimento> naoCabe(const ado::Recordset& rs, const Textos& textos,
+                                   MoneyEdit* valor) {
     for (const auto& [campo, caixa] : textos) {
         if (const auto motivo = rs[campo].refusal(caixa->text()))
             return Impedimento{caixa, QString::fromStdString(*motivo)};
     }
+    if (const auto motivo = rs["valor"].refusal(Valores::moeda(valor->valor())))
+        return Impedimento{valor, QString::fromStdString(*motivo)};
     return std::nullopt;
 }
 

@@ -29,7 +29,8 @@ using Textos = std::array<Texto, 4>;
 
 /// Lets no more be typed into each box than its field holds.
 void limitar(const ado::Recordset& rs, const Textos& textos);
-/// A long text shows its beginning.
+/// A long text shows its beginning. One that is wider than the box lets through, because another
+/// table has more room for it, is shown whole: that it can't be stored is for the clerk to know.
 void mostrar(QLineEdit& caixa, const ado::FieldValue& campo);
 /// An empty field shows as an empty date box does: today's date.
 void mostrar(DatePicker& data, const ado::FieldValue& campo);
@@ -56,9 +57,10 @@ struct Exigidos {
 };
 /// The first of these that is missing, in this order; nothing if all are there.
 [[nodiscard]] std::optional<Impedimento> falta(const Exigidos& exigidos);
-/// The first text that its field can't hold: a pasted sign that the file has no place for would end
-/// the program, and with it what was typed. Nothing if all can be stored.
-[[nodiscard]] std::optional<Impedimento> naoCabe(const ado::Recordset& rs, const Textos& textos);
+/// The first text, or else the value, that its field can't hold: a pasted sign that the file has no
+/// place for, cents where the back-office keeps whole reais. Nothing if all can be stored.
+[[nodiscard]] std::optional<Impedimento> naoCabe(const ado::Recordset& rs, const Textos& textos,
+                                                 MoneyEdit* valor);
 
 /// Asks whether the cheque on show is to be deleted; if there are no cheques at all, says so.
 /// @return whether it is.

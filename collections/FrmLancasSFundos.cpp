@@ -5,6 +5,7 @@
 #include "controls/ClearControls.h"
 #include "controls/MessageBox.h"
 #include "controls/WindowList.h"
+#include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
@@ -58,6 +59,17 @@ FrmLancasSFundos& FrmLancasSFundos::instance() {
 
 void FrmLancasSFundos::Form_Load() {
     centre();
+    Estrutura::exigir(semFundos(),
+                      {"lancamento", "cliente", "banco", "numero", "valor", "empresa"});
+    Estrutura::exigir(dbconectar::instance().rsCliente, {"codigo", "nome"});
+    Estrutura::exigir(dbconectar::instance().rsBancos, {"codigo", "nome"});
+    Estrutura::dispensar(
+        semFundos(),
+        {
+            {"agencia",    txtagencia   },
+            {"data",       txtdata      },
+            {"observacao", txtobservacao}
+    });
     TelaDeCheque::limitar(semFundos(), textos());
     Mirtal::preencherLista(*txtcliente, dbconectar::instance().rsCliente, "nome", "codigo");
     Mirtal::preencherLista(*txtbanco, dbconectar::instance().rsBancos, "nome", "codigo");
@@ -92,6 +104,7 @@ void FrmLancasSFundos::consultar() {
 }
 
 void FrmLancasSFundos::mostrarRegistro() {
+    TelaDeCheque::limitar(semFundos(), textos()); // a copied cheque may have needed more room
     const ado::Recordset& rs = semFundos();
     const ado::Shown visto = rs.shown();
     txtlancamento->setText(Valores::texto(rs["lancamento"]));
@@ -168,7 +181,7 @@ bool FrmLancasSFundos::validar() {
     if (!impedimento && txtEmpresa->text().isEmpty())
         impedimento = {txtEmpresa, "É necessário preencher O nome da empresa."};
     if (!impedimento)
-        impedimento = TelaDeCheque::naoCabe(semFundos(), textos());
+        impedimento = TelaDeCheque::naoCabe(semFundos(), textos(), txtvalor);
     if (impedimento)
         advertir(impedimento->controle, impedimento->mensagem);
     return !impedimento;
@@ -180,7 +193,7 @@ void FrmLancasSFundos::CmdIncluir_Click() {
     ado::Recordset& rs = semFundos();
     ado::Transaction gravacao(dbconectar::instance().Automacao);
     if (txtlancamento->text().isEmpty())
-        rs.AddNew();
+        Estrutura::acrescentar(rs, "lancamento");
     else
         Mirtal::editar(rs, "lancamento=" + txtlancamento->text(), visto_);
     gravarCampos();
@@ -194,6 +207,7 @@ void FrmLancasSFundos::CmdNovo_Click() { limpar(); }
 void FrmLancasSFundos::limpar() {
     limparControles(*this);
     visto_ = {};
+    TelaDeCheque::limitar(semFundos(), textos());
     txtcliente->setFocus();
 }
 

@@ -131,6 +131,7 @@ void FrmLocCHTerceiros::preencher(const QString& onde, const char* campoNome) {
     Repainting repintura(kEntreRepinturas);
     rs_ = std::make_unique<ado::Recordset>();
     rs_->Open(ListaDeCheques::comando(Mirtal::modo, onde), dbconectar::instance().Automacao);
+    rs_->addOptional("agencia");
     onde_ = onde;
     campoNome_ = campoNome;
     total_ = {};

@@ -5,6 +5,7 @@
 #include "controls/ClearControls.h"
 #include "controls/ShowOnly.h"
 #include "controls/WindowList.h"
+#include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
@@ -29,6 +30,12 @@ FrmRenegociar& FrmRenegociar::instance() { return WindowList::instance().one<Frm
 
 void FrmRenegociar::Form_Load() {
     centre();
+    Estrutura::exigir(dbconectar::instance().rsCheques,
+                      {"lancamento", "cliente", "numero", "bompara", "valor"});
+    Estrutura::exigir(dbconectar::instance().rsCliente, {"codigo", "nome"});
+    Estrutura::dispensar(dbconectar::instance().rsCheques, {
+                                                               {"data", txtdata}
+    });
     limpar();
     CmdLocalizar->setFocus();
 }

@@ -1,6 +1,7 @@
 #include "registers/Campos.h"
 
 #include "shell/Documento.h"
+#include "shell/Estrutura.h"
 #include "shell/Valores.h"
 
 namespace Campos {
@@ -69,9 +70,22 @@ std::optional<Recusa> recusa(auto controle, const ado::FieldValue& campo) {
     return std::nullopt;
 }
 std::optional<Recusa> recusa(DatePicker* /*data*/, const ado::FieldValue& /*campo*/) { return {}; }
-std::optional<Recusa> recusa(MoneyEdit* /*valor*/, const ado::FieldValue& /*campo*/) { return {}; }
+std::optional<Recusa> recusa(MoneyEdit* valor, const ado::FieldValue& campo) {
+    if (const auto motivo = campo.refusal(Valores::moeda(valor->valor())))
+        return Recusa{valor, QString::fromStdString(*motivo)};
+    return std::nullopt;
+}
 
 } // namespace
+
+void dispensar(const ado::Recordset& rs, std::span<const Campo> campos) {
+    std::vector<Estrutura::Dispensavel> dispensaveis;
+    for (const Campo& campo : campos)
+        dispensaveis.push_back(
+            {campo.nome, std::visit([](auto controle) -> QWidget* { return janelaDe(controle); },
+                                    campo.controle)});
+    Estrutura::dispensar(rs, dispensaveis);
+}
 
 void limitar(const ado::Recordset& rs, std::span<const Campo> campos) {
     for (const Campo& campo : campos)

@@ -29,6 +29,9 @@ struct Campo {
     Controle controle;
 };
 
+/// Switches off the controls whose fields the table lacks, and says which these are.
+void dispensar(const ado::Recordset& rs, std::span<const Campo> campos);
+
 /// Lets no more be typed into each control than its field holds.
 void limitar(const ado::Recordset& rs, std::span<const Campo> campos);
 
@@ -39,7 +42,7 @@ void mostrar(const ado::Recordset& rs, std::span<const Campo> campos);
 /// Sets the fields of the current row from the controls, in the order of the table.
 void gravar(ado::Recordset& rs, std::span<const Campo> campos);
 
-/// A control whose text its field can't hold, and why.
+/// A control whose text or amount its field can't hold, and why.
 struct Recusa {
     QWidget* controle;
     QString motivo; ///< a sentence for the operator

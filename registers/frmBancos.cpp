@@ -4,6 +4,7 @@
 #include "controls/Icons.h"
 #include "controls/MessageBox.h"
 #include "controls/WindowList.h"
+#include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
@@ -54,6 +55,7 @@ frmBancos& frmBancos::instance() { return WindowList::instance().one<frmBancos>(
 
 void frmBancos::Form_Load() {
     centre();
+    Estrutura::exigir(bancos(), {"codigo", "cod_banco", "nome"});
     if (const auto tamanho = bancos()["nome"].DefinedSize())
         txtNome->setMaxLength(static_cast<int>(*tamanho));
     if (!temBancos())
@@ -85,7 +87,7 @@ void frmBancos::cmdSalvar_Click() {
     const bool novo = lblCodigo->text().isEmpty();
     ado::Transaction gravacao(dbconectar::instance().Automacao);
     if (novo)
-        rs.AddNew();
+        Estrutura::acrescentar(rs, "codigo");
     else
         Mirtal::editar(rs, "codigo=" + lblCodigo->text(), visto_);
     rs["cod_banco"] = txtCodigo->text();

@@ -5,6 +5,7 @@
 #include "controls/MessageBox.h"
 #include "controls/WindowList.h"
 #include "shell/Documento.h"
+#include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
@@ -130,6 +131,8 @@ void frmCliFor::definirTeclas() {
 
 void frmCliFor::Form_Load() {
     centre();
+    Estrutura::exigir(clientes(), {"codigo", "nome", "tipo", "vender", "limite_credito"});
+    Campos::dispensar(clientes(), campos_);
     Campos::limitar(clientes(), campos_);
     if (temClientes()) {
         clientes().MoveFirst();
@@ -218,7 +221,7 @@ void frmCliFor::cmdSalvar_Click() {
     ado::Recordset& rs = clientes();
     ado::Transaction gravacao(dbconectar::instance().Automacao);
     if (txtCódigo->text().isEmpty())
-        rs.AddNew();
+        Estrutura::acrescentar(rs, "codigo");
     else
         Mirtal::editar(rs, "codigo=" + txtCódigo->text(), visto_);
     rs["tipo"] = true;

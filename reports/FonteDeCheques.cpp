@@ -12,11 +12,11 @@
 
 namespace {
 
-ReportValue impresso(const ado::FieldValue& campo) {
+ReportValue impresso(const ado::FieldValue& campo, bool dinheiro) {
     const jet::Value valor = campo.value();
     if (jet::isNull(valor))
         return {};
-    if (std::holds_alternative<jet::Currency>(valor))
+    if (dinheiro)
         return Valores::valor(campo);
     if (std::holds_alternative<jet::Date>(valor))
         return Valores::dia(campo);
@@ -28,7 +28,8 @@ constexpr qint64 kLinhasPorParte = 64;
 } // namespace
 
 FonteDeCheques::FonteDeCheques(const Relatorios::Escolha& escolha, ado::Connection& conexao)
-    : conexao_(conexao) {
+    : conexao_(conexao), valor_(static_cast<std::size_t>(
+                             LayoutDoRelatorio::colunas().indexOf(LayoutDoRelatorio::kValor))) {
     jet::Database& arquivo = conexao.database();
     arquivo.pager().look([] {}); // so that what others have saved by now is no change
     estado_ = arquivo.generation();
@@ -117,5 +118,5 @@ void FonteDeCheques::lerParte() {
 void FonteDeCheques::lerLinha(std::vector<ReportValue>& linha) const {
     for (std::size_t i = 0; i < campos_.size(); ++i)
         if (campos_[i])
-            linha[i] = impresso(*campos_[i]);
+            linha[i] = impresso(*campos_[i], i == valor_);
 }

@@ -33,6 +33,7 @@ private:
     ado::Connection& conexao_;
     ado::Recordset rs_;
     std::vector<std::optional<ado::FieldValue>> campos_; ///< by column; none: it stays empty
+    std::size_t valor_;                                  ///< the column of amounts
     std::uint64_t estado_ = 0; ///< of the file, by its generation, when the rows were asked for
     int vezes_ = 1;            ///< that they were
     bool primeira_ = true;     ///< no row has been read

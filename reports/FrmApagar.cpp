@@ -4,6 +4,7 @@
 #include "controls/MessageBox.h"
 #include "controls/Repainting.h"
 #include "controls/WindowList.h"
+#include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
@@ -50,6 +51,8 @@ FrmApagar& FrmApagar::instance() { return WindowList::instance().one<FrmApagar>(
 
 void FrmApagar::Form_Load() {
     centre();
+    Estrutura::exigir(dbconectar::instance().rsCheques, {"bompara", "banco"});
+    Estrutura::exigir(dbconectar::instance().rsBancos, {"codigo", "nome"});
     Mirtal::preencherLista(*txtbanco, dbconectar::instance().rsBancos, "nome", "codigo");
 }
 

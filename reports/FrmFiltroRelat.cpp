@@ -2,6 +2,7 @@
 
 #include "controls/WindowList.h"
 #include "reports/frmRel_ChequesSF.h"
+#include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
@@ -43,6 +44,14 @@ void FrmFiltroRelat::mostrar() {
 }
 
 void FrmFiltroRelat::Form_Load() {
+    dbconectar& dados = dbconectar::instance();
+    const bool recebidos = Relatorios::temVencimento(Mirtal::modo);
+    const ado::Recordset& cheques = recebidos ? dados.rsCheques : dados.rsSemFundos;
+    Estrutura::exigir(cheques, {"cliente", "banco", "numero", "data", "valor"});
+    if (recebidos)
+        Estrutura::exigir(cheques, {"bompara"});
+    Estrutura::exigir(dados.rsCliente, {"codigo", "nome"});
+    Estrutura::exigir(dados.rsBancos, {"codigo", "nome"});
     centre();
     move(x(), screen()->availableGeometry().top() + kAlturaNaTela);
     modo_ = Mirtal::modo;

@@ -15,11 +15,11 @@ const ReportColumn kColunas[] = {
     {"Cheque",       "numero",                  16, Qt::AlignLeft,    ""        },
     {"Nome",         "Cliente_Fornecedor.nome", 50, Qt::AlignLeft,    ""        },
     {"Dt. Emissão", "data",                    21, Qt::AlignHCenter, ""        },
-    {"Valor Cheque", "valor",                   24, Qt::AlignRight,   "Standard"},
+    {"Valor Cheque", kValor,                    24, Qt::AlignRight,   "Standard"},
     {"Banco",        "bancos.nome",             31, Qt::AlignLeft,    ""        },
     {"Bom Para",     kVencimento,               18, Qt::AlignHCenter, ""        },
 };
-constexpr int kValor = 3;
+constexpr int kColunaDoValor = 3;
 constexpr qreal kLarguraDoTotal = 48; ///< more than a value has
 
 TextLook aDireita(TextLook aspecto) {
@@ -90,8 +90,8 @@ QStringList colunas() {
 }
 
 QLineF linhaDoTotal() {
-    qreal direita = kColunas[kValor].width;
-    for (int i = 0; i < kValor; ++i)
+    qreal direita = kColunas[kColunaDoValor].width;
+    for (int i = 0; i < kColunaDoValor; ++i)
         direita += kColunas[i].width + kEntreColunas;
     return {direita - kLarguraDoTotal, 1, direita, 1};
 }

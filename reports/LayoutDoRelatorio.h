@@ -14,6 +14,7 @@ namespace LayoutDoRelatorio {
 
 /// The source's columns that it shows, from left to right.
 [[nodiscard]] QStringList colunas();
+inline constexpr char kValor[] = "valor";        ///< an amount, however the file keeps it
 inline constexpr char kVencimento[] = "bompara"; ///< the one that bounced cheques don't have
 
 /// The line that is drawn with the total: its name, and where it stands then, as wide as the total.

@@ -191,6 +191,11 @@ void MDICheques::avisar() {
     for (const auto& aviso : {base.notice(), base.readOnlyReason()})
         if (aviso)
             showMessage(QString::fromStdString(*aviso), "Mensagem", MessageIcon::exclamation);
+    if (const QStringList& faltas = dbconectar::instance().faltas(); !faltas.isEmpty())
+        showMessage(faltas.join('\n') +
+                        "\n\nAs janelas que precisam disso não abrem; as outras funcionam. Peça a "
+                        "quem cuida da base de dados que o acrescente.",
+                    "Mensagem", MessageIcon::exclamation);
 }
 
 void MDICheques::Relogio_Timer() {

@@ -52,7 +52,8 @@ QString descricao(const std::exception_ptr& falha) {
 }
 
 /// Whether the operator can try again: another station or a foreign program has the file, the disk
-/// is full, what was typed breaks a rule that the file declares. Nothing was saved then.
+/// is full, what was typed breaks a rule that the file declares or doesn't fit, or the file lacks a
+/// table or field that this one operation needs. Nothing was saved then.
 bool podeRepetir(const std::exception_ptr& falha) {
     try {
         std::rethrow_exception(falha);
@@ -67,6 +68,9 @@ bool podeRepetir(const std::exception_ptr& falha) {
         case jet::Errc::related:
         case jet::Errc::nullValue:
         case jet::Errc::duplicate:
+        case jet::Errc::outOfRange:
+        case jet::Errc::tooLong:
+        case jet::Errc::notFound:
             return dbconectar::instance().aberto();
         default:
             return false;

@@ -5,13 +5,55 @@
 #include "shell/Configuracao.h"
 #include "shell/Mirtal.h"
 
+#include <iterator>
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace {
 
 constexpr char kProvedor[] =
     "Provider=Microsoft.Jet.OLEDB.3.51;Persist Security Info=False;Data Source=";
 constexpr char kArquivo[] = "\\automacao.mdb";
+
+struct Conjunto {
+    ado::Recordset dbconectar::*rs;
+    const char* origem;
+    /// What the windows can do without; see Estrutura.h.
+    std::vector<const char*> dispensaveis;
+};
+
+const Conjunto kConjuntos[] = {
+    {&dbconectar::rsBancos,    "bancos",                 {}                                                                    },
+    {&dbconectar::rsCliente,
+     "select * from cliente_fornecedor where tipo=true", {"endereco",
+      "bairro",
+      "cidade",
+      "cep",
+      "estado",
+      "cgc_cpf",
+      "inscricao_rg",
+      "fone",
+      "fax",
+      "ultima_compra_venda",
+      "dt_nascimento",
+      "renuneração_mensal",
+      "limite_credito",
+      "bancos_trabalha01",
+      "bancos_trabalha02",
+      "pessoa_autorizada01",
+      "pessoa_autorizada02",
+      "pai",
+      "mae",
+      "ocupacao",
+      "empresa",
+      "fone_empresa",
+      "emailcli",
+      "observacao"}                                                    },
+    {&dbconectar::rsCheques,
+     "Cheques",                                          {"agencia", "data", "bompara", "observacao", "autorizou", "descontar"}},
+    {&dbconectar::rsSemFundos, "semfundos",              {"agencia", "data", "empresa", "observacao"}                          },
+};
 
 std::unique_ptr<dbconectar>& unico() {
     static std::unique_ptr<dbconectar> objeto;
@@ -49,27 +91,40 @@ dbconectar::dbconectar() {
 }
 
 void dbconectar::abrir() {
-    try {
-        rsBancos.Open("bancos", Automacao);
-        rsBancos.addAlias("banco", "nome"); // as the purge asks for a bank by its name
-        rsCliente.Open("select * from cliente_fornecedor where tipo=true", Automacao);
-        rsCheques.Open("Cheques", Automacao);
-        rsSemFundos.Open("semfundos", Automacao);
-    } catch (const jet::Error& causa) {
-        throw falhaAoAbrir(causa);
+    std::optional<jet::Error> primeira;
+    for (const auto& [conjunto, origem, dispensaveis] : kConjuntos) {
+        ado::Recordset& rs = this->*conjunto;
+        try {
+            rs.Open(origem, Automacao);
+            for (const char* campo : dispensaveis)
+                rs.addOptional(campo);
+        } catch (const jet::Error& causa) {
+            if (Automacao.State() == ado::State::Closed || causa.code() != jet::Errc::notFound)
+                throw falhaAoAbrir(causa);
+            if (!primeira)
+                primeira = causa;
+            faltas_.append(causa.what());
+        }
     }
+    if (primeira && faltas_.size() == std::ssize(kConjuntos))
+        throw falhaAoAbrir(*primeira); // that isn't the shop's file
+    if (rsBancos.State() == ado::State::Open && !rsBancos.missing("nome"))
+        rsBancos.addAlias("banco", "nome"); // as the purge asks for a bank by its name
+    aberto_ = true;
 }
 
-bool dbconectar::aberto() const { return rsSemFundos.State() == ado::State::Open; }
+bool dbconectar::aberto() const { return aberto_; }
 
 void dbconectar::desfazer() {
     for (ado::Recordset* rs : {&rsCheques, &rsCliente, &rsBancos, &rsSemFundos})
-        rs->CancelUpdate();
+        if (rs->State() == ado::State::Open)
+            rs->CancelUpdate();
     if (Automacao.inTransaction())
         Automacao.RollbackTrans();
 }
 
 void dbconectar::fechar() {
+    aberto_ = false;
     for (ado::Recordset* rs : {&rsCheques, &rsCliente, &rsBancos, &rsSemFundos})
         rs->Close();
     Automacao.Close();

@@ -3,6 +3,8 @@
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
 
+#include <QStringList>
+
 /// The one way to the shop's data: the connection and the four recordsets that stay open for the
 /// life of the program. Windows move, find, filter and write through these; for anything else they
 /// open a recordset of their own on `Automacao`.
@@ -20,9 +22,13 @@ public:
     dbconectar& operator=(const dbconectar&) = delete;
     ~dbconectar() = default;
 
-    /// Opens the recordsets, and the connection with the first.
+    /// Opens the recordsets, and the connection with the first. Of a file that lacks some of their
+    /// tables the others are opened: see faltas().
     /// @throws jet::Error, with a sentence that names the file tried and where its folder is set.
     void abrir();
+    /// What abrir() has missed, a sentence each; the recordsets concerned say it too, whenever
+    /// anything is asked of them.
+    [[nodiscard]] const QStringList& faltas() const { return faltas_; }
     /// Whether abrir() has succeeded and fechar() not been called since.
     [[nodiscard]] bool aberto() const;
     /// Undoes what was being saved: an open transaction, edits that are still pending.
@@ -40,4 +46,7 @@ public:
 
 private:
     dbconectar();
+
+    QStringList faltas_;
+    bool aberto_ = false;
 };

@@ -2,6 +2,7 @@
 
 #include "jet/Error.h"
 #include "jet/Names.h"
+#include "jet/Numbers.h"
 #include "jet/TableDefinition.h"
 
 #include <algorithm>
@@ -105,6 +106,17 @@ std::optional<std::int64_t> scaled(const WrittenNumber& number, std::size_t plac
     return result;
 }
 
+/// The number as `decimals` places show it, halves away from zero.
+std::optional<std::int64_t> rounded(WrittenNumber number, std::size_t places) {
+    const bool up = number.decimals.size() > places && number.decimals[places] >= '5';
+    number.decimals.resize(std::min(number.decimals.size(), places));
+    const auto down = scaled(number, places);
+    std::int64_t nearest = 0;
+    if (!down || __builtin_add_overflow(*down, up ? (number.negative ? -1 : 1) : 0, &nearest))
+        return std::nullopt;
+    return nearest;
+}
+
 std::optional<double> real(const WrittenNumber& number) {
     const std::string digits =
         (number.negative ? "-0" : "0") + number.whole + "." + number.decimals + "0";
@@ -162,6 +174,12 @@ std::optional<std::int64_t> wholePart(double number) {
     return static_cast<std::int64_t>(number);
 }
 
+std::string digitsOf(const jet::Numeric& number) {
+    std::string digits = number.text();
+    std::ranges::replace(digits, '.', ',');
+    return digits;
+}
+
 std::optional<std::int64_t> exactInteger(const Value& value) {
     if (const auto* number = std::get_if<std::int64_t>(&value))
         return *number;
@@ -176,6 +194,8 @@ std::optional<std::int64_t> exactInteger(const Value& value) {
     } else if (const auto* text = std::get_if<std::string>(&value)) {
         if (const auto written = writtenNumber(*text))
             return scaled(*written, 0);
+    } else if (const auto* decimal = std::get_if<jet::Numeric>(&value)) {
+        return scaled(*writtenNumber(digitsOf(*decimal)), 0);
     }
     return std::nullopt;
 }
@@ -183,11 +203,14 @@ std::optional<std::int64_t> exactInteger(const Value& value) {
 std::optional<Currency> exactCurrency(const Value& value) {
     if (const auto* amount = std::get_if<Currency>(&value))
         return *amount;
-    if (const auto* text = std::get_if<std::string>(&value)) {
-        const auto written = writtenNumber(*text);
+    const auto exactly = [](const std::optional<WrittenNumber>& written) {
         const auto amount = written ? scaled(*written, kCurrencyDecimals) : std::nullopt;
         return amount ? std::optional(Currency{*amount}) : std::nullopt;
-    }
+    };
+    if (const auto* text = std::get_if<std::string>(&value))
+        return exactly(writtenNumber(*text));
+    if (const auto* decimal = std::get_if<jet::Numeric>(&value))
+        return exactly(writtenNumber(digitsOf(*decimal)));
     if (std::holds_alternative<double>(value))
         return std::nullopt;
     constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / kOneReal;
@@ -209,7 +232,7 @@ std::optional<double> anyNumber(const Value& value) {
         return written ? real(*written) : std::nullopt;
     }
     if (const auto* numeric = std::get_if<jet::Numeric>(&value)) {
-        const auto written = writtenNumber(numeric->text());
+        const auto written = writtenNumber(digitsOf(*numeric));
         return written ? real(*written) : std::nullopt;
     }
     const auto whole = exactInteger(value);
@@ -237,6 +260,36 @@ std::optional<bool> anyBoolean(const Value& value) {
     return std::nullopt;
 }
 
+/// Of a single or double; nothing for an amount that wouldn't be read back as it is.
+std::optional<double> fractionFor(const Value& value, ColumnType type) {
+    const auto number = anyNumber(value);
+    const auto* const amount = std::get_if<Currency>(&value);
+    if (!number || amount == nullptr)
+        return number;
+    const double stored =
+        type == ColumnType::single ? jet::asWritten(static_cast<float>(*number)) : *number;
+    const auto read = wholePart(std::round(stored * static_cast<double>(kOneReal)));
+    return read == amount->tenThousandths ? number : std::nullopt;
+}
+
+std::optional<jet::Numeric> exactDecimal(const Value& value, const jet::Column& column) {
+    std::optional<WrittenNumber> written;
+    if (const auto* text = std::get_if<std::string>(&value))
+        written = writtenNumber(*text);
+    else if (const auto* decimal = std::get_if<jet::Numeric>(&value))
+        written = writtenNumber(digitsOf(*decimal));
+    else if (const auto amount = exactCurrency(value))
+        written = writtenNumber(asText(*amount));
+    if (!written || written->decimals.size() > column.scale)
+        return std::nullopt;
+    written->decimals.resize(column.scale, '0');
+    const std::string digits = written->whole + written->decimals;
+    const std::size_t first = std::min(digits.find_first_not_of('0'), digits.size());
+    if (digits.size() - first > column.precision)
+        return std::nullopt;
+    return jet::numericFrom(written->negative, digits, column.scale);
+}
+
 template <class T>
 Value orNothing(std::optional<T> value) {
     return value ? Value(*value) : Value{};
@@ -249,8 +302,8 @@ std::string quoted(const Value& value) {
     return "\"" + asText(value) + "\"";
 }
 
-const char* nameOf(ColumnType type) {
-    switch (type) {
+std::string nameOf(const jet::Column& column) {
+    switch (column.type) {
     case ColumnType::boolean:
         return "sim ou não";
     case ColumnType::byte:
@@ -260,8 +313,12 @@ const char* nameOf(ColumnType type) {
     case ColumnType::currency:
         return "um valor em dinheiro, com até quatro casas decimais";
     case ColumnType::single:
+        return "um número de até sete algarismos";
     case ColumnType::real:
-        return "um número";
+        return "um número de até quinze algarismos";
+    case ColumnType::numeric:
+        return "um número de até " + std::to_string(column.precision) + " algarismos, " +
+               std::to_string(column.scale) + " deles depois da vírgula";
     case ColumnType::date:
         return "uma data (dia/mês/ano)";
     case ColumnType::text:
@@ -320,11 +377,7 @@ struct Writer {
         throw Error(Errc::outOfRange, "O valor lido é binário e não tem texto.");
     }
     std::string operator()(const jet::Guid& id) const { return id.text(); }
-    std::string operator()(const jet::Numeric& number) const {
-        std::string digits = number.text();
-        std::ranges::replace(digits, '.', ',');
-        return digits;
-    }
+    std::string operator()(const jet::Numeric& number) const { return digitsOf(number); }
 };
 
 } // namespace
@@ -347,7 +400,10 @@ Value converted(const Value& value, const jet::Column& column) {
         break;
     case ColumnType::single:
     case ColumnType::real:
-        result = orNothing(anyNumber(value));
+        result = orNothing(fractionFor(value, column.type));
+        break;
+    case ColumnType::numeric:
+        result = orNothing(exactDecimal(value, column));
         break;
     case ColumnType::date:
         result = orNothing(anyDate(value));
@@ -361,9 +417,8 @@ Value converted(const Value& value, const jet::Column& column) {
         return value; // taken as it is, or refused by the table
     }
     if (jet::isNull(result))
-        throw Error(Errc::outOfRange, "O campo \"" + column.name + "\" pede " +
-                                          nameOf(column.type) + ", e recebeu " + quoted(value) +
-                                          ".");
+        throw Error(Errc::outOfRange, "O campo \"" + column.name + "\" pede " + nameOf(column) +
+                                          ", e recebeu " + quoted(value) + ".");
     return result;
 }
 
@@ -386,6 +441,11 @@ Currency asCurrency(const Value& value) {
         return {};
     if (const auto exact = exactCurrency(value))
         return *exact;
+    if (const auto* decimal = std::get_if<jet::Numeric>(&value)) {
+        if (const auto nearest = rounded(*writtenNumber(digitsOf(*decimal)), kCurrencyDecimals))
+            return {*nearest};
+        notA("um valor em dinheiro", value);
+    }
     const auto number = anyNumber(value);
     const auto nearest =
         number ? wholePart(std::round(*number * static_cast<double>(kOneReal))) : std::nullopt;

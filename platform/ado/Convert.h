@@ -21,8 +21,9 @@ namespace ado {
 /// three are thousands ("1.234" is 1234), and any other single point begins the decimals
 /// ("1234.5", "0.5"). Text to a date: "31/12/2024", "31/12/2024 08:30", "31/12/2024 08:30:00".
 /// Text to yes/no: "Verdadeiro", "sim", "true", "-1", "1" and "Falso", "não", "false", "0", in any
-/// case. Numbers: to a whole number only what is whole; to an amount never a double, because money
-/// doesn't pass through binary fractions. A yes is -1. Null stays null.
+/// case. Numbers: to a whole number only what is whole; to an amount or a decimal never a double,
+/// because money doesn't pass through binary fractions; an amount to a single or double only if it
+/// is read back as it is. A yes is -1. Null stays null.
 [[nodiscard]] jet::Value converted(const jet::Value& value, const jet::Column& column);
 
 /// What FieldValue::text() promises. Bytes have no text.

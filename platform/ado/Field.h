@@ -72,10 +72,14 @@ public:
     /// How many characters the column may hold; nothing for a memo, for what isn't text and for
     /// computed columns. Needs no current row, like name() and refusal().
     [[nodiscard]] std::optional<std::size_t> DefinedSize() const;
+    /// Whether the file numbers the column in new rows by itself. Needs no current row either.
+    [[nodiscard]] bool isNumbered() const;
     /// Why the column can't hold a text, as a sentence for the operator: too long, a character that
     /// the file has no way to store, not a value of its type, or one that the file's rules for the
     /// column refuse. Nothing if it can.
     [[nodiscard]] std::optional<std::string> refusal(const Text& text) const;
+    /// The same of an amount, by the column's type alone.
+    [[nodiscard]] std::optional<std::string> refusal(Currency amount) const;
 
 protected:
     friend class Recordset;
@@ -95,6 +99,7 @@ protected:
 ///  - text to a date: day/month/year, with or without a time; text to yes/no: see Convert.h;
 ///  - numbers among each other where nothing is lost; a number or a date to text as text() shows
 ///    it.
+/// An empty text is null in a column of which the file says that it takes none.
 /// @throws Error{outOfRange} when the value doesn't fit (empty text is no number),
 ///         Error{noCurrentRow}, Error{readOnly} when the recordset can't be changed, Error{misuse}
 ///         when it is closed.

@@ -1,5 +1,6 @@
 #include "ado/IndexOperand.h"
 
+#include "jet/Numbers.h"
 #include "jet/TableDefinition.h"
 
 #include <sqlite3.h>
@@ -72,7 +73,7 @@ std::optional<Value> operandFor(const Column& column, sqlite3_value* operand, Ro
         return std::nullopt;
     case ColumnType::single: {
         const auto nearest = static_cast<float>(sqlite3_value_double(operand));
-        const bool exact = static_cast<double>(nearest) == sqlite3_value_double(operand);
+        const bool exact = jet::asWritten(nearest) == sqlite3_value_double(operand);
         if (!std::isfinite(nearest) || (!exact && rounding == Rounding::none))
             return std::nullopt;
         return static_cast<double>(nearest);

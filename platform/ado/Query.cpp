@@ -148,9 +148,10 @@ std::size_t Query::fieldNamed(std::string_view name) const {
         found.push_back(i);
         candidates += (found.size() > 1 ? ", " : "") + field.qualifier + "." + field.name;
     }
+    if (found.empty() && optional_.contains(column))
+        return named_.emplace(std::string(name), kNoField).first->second;
     if (found.empty())
-        throw Error(Errc::notFound,
-                    "Não existe o campo \"" + std::string(name) + "\" neste conjunto.");
+        throw Error(Errc::notFound, missing(name));
     if (found.size() > 1)
         throw Error(
             Errc::notFound,
@@ -166,6 +167,16 @@ std::size_t Query::tableNamed(std::string_view name) const {
                     "Não existe a tabela \"" + std::string(name) + "\" neste conjunto.");
     return found.front();
 }
+
+std::string Query::missing(std::string_view name) const {
+    const std::string field = "o campo \"" + std::string(name) + "\"";
+    if (!updatable())
+        return "Não existe " + field + " neste conjunto.";
+    return "Falta " + field + " na tabela \"" + tables_.front()->name() +
+           "\" da base de dados. Peça a quem cuida dela que o acrescente.";
+}
+
+void Query::addOptional(std::string_view name) { optional_.insert(jet::foldedName(name)); }
 
 void Query::addAlias(const std::string& alias, std::string_view field) {
     const std::string wanted = jet::foldedName(alias);

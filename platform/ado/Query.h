@@ -4,6 +4,7 @@
 #include "ado/Rows.h"
 
 #include <map>
+#include <set>
 
 namespace ado {
 
@@ -31,8 +32,14 @@ public:
     [[nodiscard]] const std::vector<QueryField>& fields() const noexcept { return fields_; }
     /// The place of a table among tables(). @throws Error{notFound}.
     [[nodiscard]] std::size_t tableNamed(std::string_view name) const;
-    /// @throws Error{notFound} for a name that no field has, or several have.
+    /// kNoField for a name that no field has but one may have: see addOptional().
+    /// @throws Error{notFound} for any other name that no field has, or several have.
     [[nodiscard]] std::size_t fieldNamed(std::string_view name) const;
+    static constexpr std::size_t kNoField = static_cast<std::size_t>(-1);
+    /// Lets fieldNamed() be asked for a field that there may not be.
+    void addOptional(std::string_view name);
+    /// A sentence that says that there is no field of this name.
+    [[nodiscard]] std::string missing(std::string_view name) const;
     /// Lets a field go by another name as well, in fieldNamed(), criteria, filter and sort; a field
     /// that has the name already keeps it. @throws Error{notFound}.
     void addAlias(const std::string& alias, std::string_view field);
@@ -96,6 +103,7 @@ private:
     std::vector<jet::IndexColumn> key_;
     std::vector<QueryField> fields_;
     std::map<std::string, std::string> aliases_; ///< folded, and the column that each stands for
+    std::set<std::string> optional_;             ///< folded
     mutable std::map<std::string, std::size_t, std::less<>> named_; ///< names asked for so far
     struct Tried {
         std::string sql;

@@ -216,11 +216,17 @@ void Recordset::Open(const Text& source, Connection& connection, CursorType curs
                      CommandType command) {
     if (parts_)
         throw Error(Errc::misuse, "O conjunto de registros já está aberto.");
-    if (connection.State() == ado::State::Closed && !connection.ConnectionString().empty())
-        connection.Open();
-    Session& session = connection.session();
-    parts_ = std::make_unique<Parts>(session, source.utf8(), cursor, lock, command);
-    session.enter(*this);
+    try {
+        if (connection.State() == ado::State::Closed && !connection.ConnectionString().empty())
+            connection.Open();
+        Session& session = connection.session();
+        parts_ = std::make_unique<Parts>(session, source.utf8(), cursor, lock, command);
+        session.enter(*this);
+        failure_.reset();
+    } catch (const Error& failure) {
+        failure_ = failure;
+        throw;
+    }
 }
 
 void Recordset::Close() {
@@ -233,6 +239,8 @@ void Recordset::Close() {
 State Recordset::State() const noexcept { return parts_ ? ado::State::Open : ado::State::Closed; }
 
 Recordset::Parts& Recordset::open() const {
+    if (!parts_ && failure_)
+        throw Error(*failure_);
     if (!parts_)
         throw Error(Errc::misuse, "O conjunto de registros está fechado.");
     return *parts_;

@@ -2,6 +2,7 @@
 
 #include "ado/Field.h"
 #include "ado/Shown.h"
+#include "jet/Error.h"
 
 #include <cstdio> // for the next lines
 #include <memory>
@@ -85,7 +86,8 @@ public:
     /// Opens on a table's name or one select statement, in the dialect of SqlDialect.h, and goes
     /// to the first row. A connection that is closed but has a connection string is opened.
     /// @throws Error{syntax} if the text is anything else, Error{notFound} for an unknown table or
-    ///         column, Error{misuse} if open already, and what Connection::Open() throws.
+    ///         column, Error{misuse} if open already, and what Connection::Open() throws. Whatever
+    ///         is asked of the recordset before it has been opened is answered by the same.
     void Open(const Text& source, Connection& connection, CursorType cursor = CursorType::Dynamic,
               LockType lock = LockType::Optimistic, CommandType command = CommandType::Unknown);
     /// Does nothing if closed. A pending edit is forgotten.
@@ -172,6 +174,11 @@ public:
     /// and sort. Until Close(). Without effect where the set has a field of that name already.
     /// @throws Error{notFound} if there is no field `field`.
     void addAlias(const Text& alias, const Text& field);
+    /// Lets a field be named that the table may lack, for files that aren't all alike. If it does,
+    /// the field is null and what is assigned to it goes nowhere. Until Close().
+    void addOptional(const Text& field);
+    /// Where there is no field of this name, optional or not: a sentence that says so.
+    [[nodiscard]] std::optional<std::string> missing(std::string_view field) const;
 
 private:
     friend class Connection;
@@ -187,7 +194,8 @@ private:
     [[nodiscard]] std::optional<std::string> refusalOf(std::size_t field, const Value& value) const;
     [[nodiscard]] Parts& open() const;
 
-    std::unique_ptr<Parts> parts_; ///< null when closed
+    std::unique_ptr<Parts> parts_;      ///< null when closed
+    std::optional<jet::Error> failure_; ///< of the Open() that it is closed since
 };
 
 } // namespace ado

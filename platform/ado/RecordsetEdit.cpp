@@ -1,6 +1,9 @@
 #include "ado/Convert.h"
 #include "ado/RecordsetParts.h"
 #include "jet/Error.h"
+#include "jet/Names.h"
+
+#include <algorithm>
 
 namespace ado {
 
@@ -22,6 +25,13 @@ std::string by(const std::vector<std::string>& writers) {
         Errc::conflict,
         "O registro foi alterado ou excluído por outro usuário ou por outra janela depois de "
         "lido. Nada foi gravado; localize o registro outra vez e repita a alteração.");
+}
+
+/// As the column is to hold it. An empty box stands for null where the file takes no empty text.
+Value storable(const Value& value, jet::Table& table, std::size_t column) {
+    Value stored = converted(value, table.columns()[column]);
+    const auto* const text = std::get_if<std::string>(&stored);
+    return text && text->empty() && !table.takesEmptyText(column) ? Value() : stored;
 }
 
 std::size_t hashOf(const jet::RowView& row) {
@@ -143,7 +153,7 @@ void Recordset::Parts::requireChangeable() const {
 void Recordset::Parts::assign(std::size_t field, const Value& value) {
     requireChangeable();
     const Query::QueryField& place = query.fields()[field];
-    Value stored = converted(value, table().columns()[place.column]);
+    Value stored = storable(value, table(), place.column);
     if (edit == ado::EditMode::None) {
         const jet::Reading reading(session.database());
         takeNews();
@@ -293,17 +303,34 @@ void Recordset::addAlias(const Text& alias, const Text& field) {
     open().query.addAlias(alias.utf8(), field.utf8());
 }
 
-Value Recordset::valueOf(std::size_t column) const { return open().value(column); }
+void Recordset::addOptional(const Text& field) { open().query.addOptional(field.utf8()); }
 
-void Recordset::assign(std::size_t column, const Value& value) { open().assign(column, value); }
+std::optional<std::string> Recordset::missing(std::string_view field) const {
+    const Query& query = open().query;
+    const std::string wanted = jet::foldedName(field);
+    const bool found = std::ranges::any_of(query.fields(), [&](const Query::QueryField& other) {
+        return jet::foldedName(other.name) == wanted;
+    });
+    return found ? std::nullopt : std::optional(query.missing(field));
+}
+
+Value Recordset::valueOf(std::size_t column) const {
+    return column == Query::kNoField ? Value() : open().value(column);
+}
+
+void Recordset::assign(std::size_t column, const Value& value) {
+    if (column != Query::kNoField)
+        open().assign(column, value);
+}
 
 const std::string& Recordset::nameOf(std::size_t column) const {
-    return open().query.fields()[column].name;
+    static const std::string none;
+    return column == Query::kNoField ? none : open().query.fields()[column].name;
 }
 
 const jet::Column* Recordset::columnOf(std::size_t field) const {
     const Query& query = open().query;
-    if (!query.live())
+    if (!query.live() || field == Query::kNoField)
         return nullptr;
     const Query::QueryField& place = query.fields()[field];
     return &query.tables()[place.table]->columns()[place.column];
@@ -311,12 +338,12 @@ const jet::Column* Recordset::columnOf(std::size_t field) const {
 
 std::optional<std::string> Recordset::refusalOf(std::size_t field, const Value& value) const {
     const Query& query = open().query;
-    if (!query.live())
+    if (!query.live() || field == Query::kNoField)
         return std::nullopt;
     const Query::QueryField& place = query.fields()[field];
     jet::Table& table = *query.tables()[place.table];
     try {
-        return table.refusal(place.column, converted(value, table.columns()[place.column]));
+        return table.refusal(place.column, storable(value, table, place.column));
     } catch (const Error& reason) {
         return reason.what();
     }
@@ -341,8 +368,25 @@ std::optional<std::size_t> FieldValue::DefinedSize() const {
     return column->maxCharacters();
 }
 
+bool FieldValue::isNumbered() const {
+    const jet::Column* column = recordset_->columnOf(column_);
+    return column != nullptr && (column->autonumber || column->autoGuid);
+}
+
 std::optional<std::string> FieldValue::refusal(const Text& text) const {
     return recordset_->refusalOf(column_, text.utf8());
+}
+
+std::optional<std::string> FieldValue::refusal(Currency amount) const {
+    const jet::Column* column = recordset_->columnOf(column_);
+    if (column == nullptr)
+        return std::nullopt;
+    try {
+        static_cast<void>(converted(amount, *column));
+        return std::nullopt;
+    } catch (const Error& reason) {
+        return reason.what();
+    }
 }
 
 Field& Field::assign(const Value& value) {

@@ -1,6 +1,7 @@
 #include "jet/RowView.h"
 
 #include "jet/LongValues.h"
+#include "jet/Numbers.h"
 
 namespace jet {
 
@@ -25,7 +26,7 @@ std::int64_t integerOf(ColumnType type, std::span<const std::byte> bytes, PageNo
 }
 
 double realOf(ColumnType type, std::span<const std::byte> bytes, PageNo page) {
-    return type == ColumnType::single ? double{scalar<float>(bytes, page)}
+    return type == ColumnType::single ? asWritten(scalar<float>(bytes, page))
                                       : scalar<double>(bytes, page);
 }
 

@@ -447,6 +447,10 @@ std::optional<std::string> Table::refusal(std::size_t column, const Value& value
     }
 }
 
+bool Table::takesEmptyText(std::size_t column) {
+    return readOnlyReason() || !parts_->rules || parts_->rules->values().takesEmptyText(column);
+}
+
 RowId Table::insert(std::span<const Value> values) {
     if (values.size() != columns().size())
         throw Error(Errc::misuse, "O registro não tem um valor para cada campo.");

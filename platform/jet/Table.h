@@ -119,6 +119,9 @@ public:
     /// alone, as a sentence for the operator; nothing if it would.
     [[nodiscard]] std::optional<std::string> refusal(std::size_t column, const Value& value);
 
+    /// Whether the file's rules let a column hold an empty text.
+    [[nodiscard]] bool takesEmptyText(std::size_t column);
+
     /// Adds a row. `values` has one value per column; null in an autonumber column asks for the
     /// next number, and a value given there is kept.
     /// @throws Error{duplicate, nullValue, rule, related, tooLong, outOfRange, readOnly, locked,

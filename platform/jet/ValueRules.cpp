@@ -175,6 +175,12 @@ void ValueRules::check(std::size_t column, const Value& value) const {
             check(rule, [&](std::size_t asked) { return asked == column ? value : Value{}; });
 }
 
+bool ValueRules::takesEmptyText(std::size_t column) const {
+    return std::none_of(rules_.begin(), rules_.end(), [&](const Rule& rule) {
+        return rule.column == column && rule.refusesEmptyText;
+    });
+}
+
 std::vector<std::string> ValueRules::broken(const RowView& row) const {
     std::vector<std::string> phrases;
     for (const Rule& rule : rules_) {

@@ -33,6 +33,8 @@ public:
     /// Holds a value against the rules of its column alone.
     /// @throws as the other check().
     void check(std::size_t column, const Value& value) const;
+    /// Whether a column may hold an empty text.
+    [[nodiscard]] bool takesEmptyText(std::size_t column) const;
     /// What a row that is stored already, perhaps since before the rules were made, does against
     /// them: a phrase for each rule it breaks, which is the same for all rows that break it so.
     [[nodiscard]] std::vector<std::string> broken(const RowView& row) const;

@@ -1,8 +1,10 @@
 #include "ado/Convert.h"
 
 #include "ado/Shop.h"
+#include "jet/Numbers.h"
 #include "jet/TableDefinition.h"
 
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -49,6 +51,75 @@ TEST(Convert, TextBecomesAnExactAmount) {
 TEST(Convert, ADoubleNeverBecomesAnAmount) {
     EXPECT_EQ(errorOf([] { (void)to(ColumnType::currency, Value{0.5}); }), Errc::outOfRange);
     EXPECT_EQ(to(ColumnType::currency, Value{std::int64_t{3}}), Value{Currency{30000}});
+}
+
+jet::Column decimalColumn(std::uint8_t precision, std::uint8_t scale) {
+    jet::Column column = columnOf(ColumnType::numeric);
+    column.precision = precision;
+    column.scale = scale;
+    return column;
+}
+Value decimal(const char* digits, std::uint8_t scale, bool negative = false) {
+    return jet::numericFrom(negative, digits, scale).value();
+}
+
+TEST(Convert, AnAmountBecomesADecimalWhereItFits) {
+    const jet::Column cents = decimalColumn(8, 2);
+    EXPECT_EQ(ado::converted(Currency{4'368'800}, cents), decimal("43688", 2));
+    EXPECT_EQ(ado::converted(Currency{-100}, cents), decimal("1", 2, true));
+    EXPECT_EQ(ado::converted(Currency{}, cents), decimal("0", 2));
+    EXPECT_EQ(ado::converted(Value{std::string("999.999,99")}, cents), decimal("99999999", 2));
+    EXPECT_EQ(ado::converted(Value{std::int64_t{12}}, decimalColumn(3, 1)), decimal("120", 1));
+    for (const Value& wrong : {Value{Currency{1}}, Value{Currency{10'000'000'000}},
+                               Value{std::string("0,001")}, Value{std::string("")}, Value{0.5}})
+        EXPECT_EQ(errorOf([&] { (void)ado::converted(wrong, cents); }), Errc::outOfRange);
+}
+
+TEST(Convert, ADecimalIsReadAsTheAmountThatItIs) {
+    EXPECT_EQ(ado::asCurrency(decimal("43688", 2)), Currency{4'368'800});
+    EXPECT_EQ(ado::asCurrency(decimal("1234", 3)), Currency{12'340}); // no thousand
+    EXPECT_EQ(ado::asCurrency(decimal("9223372036854775807", 4)),
+              Currency{std::numeric_limits<std::int64_t>::max()});
+    EXPECT_EQ(ado::asCurrency(decimal("123456", 6)), Currency{1'235});
+    EXPECT_EQ(ado::asCurrency(decimal("12345", 5, true)), Currency{-1'235});
+    EXPECT_EQ(errorOf([] { (void)ado::asCurrency(decimal("99999999999999999999", 0)); }),
+              Errc::outOfRange);
+    EXPECT_EQ(ado::asText(decimal("1234", 3)), "1,234");
+    EXPECT_EQ(ado::asInteger(decimal("70", 1)), 7);
+    EXPECT_EQ(ado::asNumber(decimal("1234", 3)), 1.234);
+    EXPECT_FALSE(jet::numericFrom(false, std::string(29, '1'), 0).has_value());
+    EXPECT_EQ(jet::numericFrom(false, "0001234567890123456789012345678", 4)->text(),
+              "123456789012345678901234.5678");
+}
+
+TEST(Convert, AnAmountBecomesAFractionOnlyIfItIsReadBackAsItIs) {
+    const auto stored = [](ColumnType type, Currency amount) {
+        const auto number = std::get<double>(to(type, amount));
+        return ado::asCurrency(
+            type == ColumnType::single ? jet::asWritten(static_cast<float>(number)) : number);
+    };
+    for (const std::int64_t fits :
+         std::initializer_list<std::int64_t>{0, 4368800, -4368800, 1, 123456700000})
+        for (const ColumnType type : {ColumnType::single, ColumnType::real})
+            EXPECT_EQ(stored(type, Currency{fits}), Currency{fits});
+    EXPECT_EQ(stored(ColumnType::real, Currency{12'345'678'900}), Currency{12'345'678'900});
+    EXPECT_EQ(errorOf([] { (void)to(ColumnType::single, Currency{12'345'678'900}); }),
+              Errc::outOfRange);
+    EXPECT_EQ(errorOf([] {
+                  (void)to(ColumnType::real, Currency{std::numeric_limits<std::int64_t>::max()});
+              }),
+              Errc::outOfRange);
+}
+
+TEST(Convert, ASingleIsTheNumberThatWasWritten) {
+    EXPECT_EQ(jet::asWritten(436.88F), 436.88);
+    EXPECT_EQ(jet::asWritten(-0.1F), -0.1);
+    EXPECT_EQ(jet::asWritten(16777216.0F), 16777216.0);
+    EXPECT_TRUE(std::isnan(jet::asWritten(std::nanf(""))));
+    for (std::uint32_t bits = 1; bits < 0x7F800000U; bits += 7'654'321U) {
+        const auto single = std::bit_cast<float>(bits);
+        EXPECT_EQ(static_cast<float>(jet::asWritten(single)), single) << bits;
+    }
 }
 
 TEST(Convert, TextBecomesADate) {

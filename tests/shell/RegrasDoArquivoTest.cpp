@@ -16,7 +16,6 @@
 #include "support/ChequeShop.h"
 #include "support/FileRules.h"
 #include "support/Versions.h"
-#include "tools/ShopSchema.h"
 
 #include <gmock/gmock.h>
 
@@ -52,21 +51,6 @@ protected:
     static jet::Database& file() { return data().Automacao.database(); }
     static void keep(const char* table, const std::vector<FileRule>& rules) {
         setRules(file(), table, rules);
-    }
-    /// An empty file in the place of the shop's, its tables as `change` makes them.
-    template <class Change>
-    void remake(Change&& change) {
-        dbconectar::descartar();
-        std::filesystem::remove(shop().file());
-        jet::Database::create(shop().file(), GetParam());
-        {
-            jet::Database fresh(shop().file());
-            for (jet::TableSpec table : shop::tables()) {
-                change(table);
-                fresh.createTable(table);
-            }
-        }
-        data().abrir();
     }
     /// Bounced cheques belong to the received one of the same entry number.
     static void relateBounced() {
@@ -166,6 +150,81 @@ TEST_P(RulesOfTheFile, ATextThatBreaksTheRuleOfItsFieldIsToldWhereItIsTyped) {
     click(form, "cmdSalvar");
     EXPECT_THAT(rows("select emailcli from cliente_fornecedor where codigo=2"),
                 ElementsAre("ana@exemplo.invalid"));
+}
+
+TEST_P(RulesOfTheFile, AnEmptyBoxIsNullWhereTheFileTakesNoEmptyText) {
+    const char* const inClients[] = {"endereco", "emailcli", "observacao"};
+    std::vector<FileRule> rules;
+    for (const char* field : inClients)
+        rules.push_back({.column = field, .allowZeroLength = false});
+    keep("cliente_fornecedor", rules);
+    auto& form = open<frmCliFor>();
+    click(form, "cmdNovo");
+    type("Davi Melo");
+    press(Qt::Key_Return);
+    type("Rua Um");
+    control<MoneyEdit>(form, "txtLimiteDeCrédito").setValor(Amount{9'000'000});
+    click(form, "cmdSalvar");
+    EXPECT_THAT(rows("select endereco from cliente_fornecedor where codigo=4 and bairro='' and "
+                     "emailcli is null and observacao is null"),
+                ElementsAre("Rua Um"));
+
+    click(form, "btnNavegacao", 3);
+    EXPECT_EQ(text(form, "txtEndereço"), "Rua Um");
+    enter(form, "txtEndereço");
+    press(Qt::Key_Delete);
+    click(form, "cmdSalvar");
+    EXPECT_THAT(rows("select nome from cliente_fornecedor where codigo=4 and endereco is null"),
+                ElementsAre("Davi Melo"));
+}
+
+TEST_P(RulesOfTheFile, ARequiredTextIsAskedForWhereItsBoxIs) {
+    keep("cliente_fornecedor",
+         {
+             {.column = "endereco", .required = true, .allowZeroLength = false}
+    });
+    auto& form = open<frmCliFor>();
+    click(form, "cmdNovo");
+    type("Davi Melo");
+    control<MoneyEdit>(form, "txtLimiteDeCrédito").setValor(Amount{9'000'000});
+    expectMessage("Advertência", "O campo \"endereco\" deve ser preenchido.");
+    click(form, "cmdSalvar");
+    EXPECT_EQ(focus(), "txtEndereço");
+    type("Rua Um");
+    click(form, "cmdSalvar");
+    EXPECT_THAT(rows("select endereco from cliente_fornecedor where codigo=4"),
+                ElementsAre("Rua Um"));
+}
+
+TEST_P(RulesOfTheFile, AnEmptyBoxOfAChequeIsNullToo) {
+    const FileRule agency{.column = "agencia", .allowZeroLength = false};
+    const FileRule remarks{.column = "observacao", .allowZeroLength = false};
+    keep("cheques", {agency, remarks});
+    keep("semfundos", {agency, remarks});
+    auto& received = open<FrmLancarCheques>();
+    type(received, "txtNome", "Ana");
+    for (const char* next : {"agro", "", "777", "01032026", "31032026", "50", "", "", ""}) {
+        press(Qt::Key_Return);
+        type(next);
+    }
+    click(received, "CmdIncluir");
+    EXPECT_THAT(rows("select numero from cheques where agencia is null and observacao is null and "
+                     "autorizou=''"),
+                ElementsAre("777"));
+    received.hide();
+
+    auto& bounced = open<FrmLancasSFundos>();
+    type(bounced, "txtcliente", "Ana");
+    for (const char* next : {"agro", "", "900", "01032026", "75", "Loja Dois", ""}) {
+        press(Qt::Key_Return);
+        type(next);
+    }
+    click(bounced, "CmdIncluir");
+    EXPECT_THAT(rows("select numero from semfundos where agencia is null and observacao is null"),
+                ElementsAre("900"));
+    click(bounced, "btnNavegacao", 0);
+    EXPECT_EQ(text(bounced, "txtnumero"), "900");
+    EXPECT_EQ(text(bounced, "txtagencia"), "");
 }
 
 // ---- banks

@@ -2,6 +2,7 @@
 
 #include "jet/Check.h"
 #include "shell/Mirtal.h"
+#include "tools/ShopSchema.h"
 
 void ShopTest::SetUp() {
     FormTest::SetUp();
@@ -30,7 +31,23 @@ void ShopTest::given(const char* table, std::initializer_list<Row> rows) {
     }
     for (ado::Recordset* shared :
          {&data().rsCliente, &data().rsBancos, &data().rsCheques, &data().rsSemFundos})
-        shared->Requery();
+        if (shared->State() == ado::State::Open)
+            shared->Requery();
+}
+
+void ShopTest::remake(const std::function<void(jet::TableSpec&)>& change) {
+    dbconectar::descartar();
+    std::filesystem::remove(shop_.file());
+    jet::Database::create(shop_.file(), version_);
+    {
+        jet::Database fresh(shop_.file());
+        for (jet::TableSpec table : shop::tables()) {
+            change(table);
+            if (!table.columns.empty())
+                fresh.createTable(table);
+        }
+    }
+    data().abrir();
 }
 
 std::vector<std::string> ShopTest::rows(const QString& statement) {

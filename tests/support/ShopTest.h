@@ -6,6 +6,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <initializer_list>
 #include <string>
 #include <utility>
@@ -16,7 +17,8 @@
 /// shared state as at the start. At the end the file that the test leaves is checked whole.
 class ShopTest : public FormTest {
 protected:
-    explicit ShopTest(jet::Version version = jet::Version::jet4) : shop_(version) {}
+    explicit ShopTest(jet::Version version = jet::Version::jet4)
+        : version_(version), shop_(version) {}
     void SetUp() override;
     void TearDown() override;
 
@@ -35,7 +37,12 @@ protected:
     static dbconectar& data() { return dbconectar::instance(); }
     [[nodiscard]] const ShopDatabase& shop() const { return shop_; }
 
+    /// An empty file in the place of the shop's, its tables as `change` makes them: one that it
+    /// leaves without columns isn't made.
+    void remake(const std::function<void(jet::TableSpec&)>& change);
+
 private:
+    jet::Version version_;
     ShopDatabase shop_;
 };
 
