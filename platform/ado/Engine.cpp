@@ -8,10 +8,12 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <chrono>
 #include <limits>
 #include <optional>
 #include <tuple>
+#include <utility>
 
 namespace ado {
 
@@ -43,6 +45,8 @@ constexpr Limit kLimits[] = {
 
 /// So long may several steps keep other stations from writing.
 constexpr std::chrono::milliseconds kLongestSteps{3};
+/// A long step is looked at after so many of SQLite's own, some thousandths of a second.
+constexpr int kStepsPerLook = 20'000;
 
 /// How SQLite says that a name is unknown, and how the operator is told.
 struct Message {
@@ -60,8 +64,9 @@ constexpr Message kMessages[] = {
 
 [[noreturn]] void fail(sqlite3* handle, int result) {
     const std::string_view message = sqlite3_errmsg(handle);
-    if (result == SQLITE_NOMEM || result == SQLITE_TOOBIG || result == SQLITE_FULL)
-        throw Error(Errc::full, "Não há memória ou disco bastante para esta consulta.");
+    if (result == SQLITE_NOMEM || result == SQLITE_TOOBIG || result == SQLITE_FULL ||
+        result == SQLITE_INTERRUPT)
+        tooMuch();
     // The second for tables that SQLite would make about itself.
     if (result == SQLITE_AUTH || message == "not authorized")
         throw Error(Errc::notFound,
@@ -106,6 +111,11 @@ struct Binder {
 
 } // namespace
 
+void tooMuch() {
+    throw Error(Errc::full, "A consulta pede mais do que o programa pode fazer de uma vez. Procure "
+                            "por menos e tente de novo.");
+}
+
 // ---- Statement --------------------------------------------------------------------------------
 
 void Statement::Finalizer::operator()(sqlite3_stmt* statement) const {
@@ -119,32 +129,37 @@ void Statement::bind(int number, const jet::Value& value) {
 }
 
 bool Statement::step() {
+    jet::Database& database = engine_->database_;
     if (sqlite3_stmt_busy(statement_.get()) == 0)
-        return database_->pager().look([this] {
+        return database.pager().look([this] {
             reset();
-            return stepInside();
+            return stepInside(nullptr);
         });
     // In its middle it can't be begun anew, should another station have written.
-    const jet::Reading reading(*database_);
-    return stepInside();
+    std::optional<jet::Reading> reading(std::in_place, database);
+    return stepInside(&reading);
 }
 
 bool Statement::steps(std::size_t most, const std::function<void()>& row) {
     std::optional<jet::Reading> reading;
     if (most > 1)
-        reading.emplace(*database_);
+        reading.emplace(engine_->database_);
     const auto begun = steady_clock::now();
     do {
-        if (!step())
+        const bool fresh = !reading || sqlite3_stmt_busy(statement_.get()) == 0;
+        if (!(fresh ? step() : stepInside(&reading)))
             return false;
         row();
     } while (--most > 0 && steady_clock::now() - begun < kLongestSteps);
     return true;
 }
 
-bool Statement::stepInside() {
+bool Statement::stepInside(std::optional<jet::Reading>* reading) {
+    Engine::Run run{steps_, reading};
+    Engine::Run* const outer = std::exchange(engine_->run_, &run);
     const int result = sqlite3_step(statement_.get());
-    trap_->rethrow();
+    engine_->run_ = outer;
+    engine_->trap_.rethrow();
     if (result == SQLITE_ROW)
         return true;
     if (result != SQLITE_DONE)
@@ -152,7 +167,10 @@ bool Statement::stepInside() {
     return false;
 }
 
-void Statement::reset() { sqlite3_reset(statement_.get()); }
+void Statement::reset() {
+    sqlite3_reset(statement_.get());
+    steps_ = 0;
+}
 
 int Statement::columns() const { return sqlite3_column_count(statement_.get()); }
 
@@ -206,7 +224,10 @@ std::string Statement::columnOrigin(int column) const {
 
 void Engine::Closer::operator()(sqlite3* handle) const { sqlite3_close(handle); }
 
-Engine::Engine(jet::Database& database) : database_(database) {
+Engine::Engine(jet::Database& database, const Bounds& bounds)
+    : database_(database), bounds_(bounds) {
+    // Of all that SQLite has in the program, which is little but the statements at work.
+    sqlite3_hard_heap_limit64(static_cast<sqlite3_int64>(bounds.bytes));
     sqlite3* handle = nullptr;
     const int result =
         sqlite3_open_v2(":memory:", &handle,
@@ -226,6 +247,7 @@ Engine::Engine(jet::Database& database) : database_(database) {
     for (const Limit& limit : kLimits)
         sqlite3_limit(handle, limit.id, limit.value);
     sqlite3_set_authorizer(handle, authorize, this);
+    sqlite3_progress_handler(handle, kStepsPerLook, lookAtRun, this);
 }
 
 Engine::~Engine() = default;
@@ -234,7 +256,7 @@ Statement Engine::prepare(const std::string& sql) {
     sqlite3_stmt* statement = nullptr;
     const int result = sqlite3_prepare_v2(handle_.get(), sql.c_str(),
                                           static_cast<int>(sql.size() + 1), &statement, nullptr);
-    Statement prepared(statement, trap_, database_);
+    Statement prepared(statement, *this);
     trap_.rethrow();
     if (result != SQLITE_OK)
         fail(handle_.get(), result);
@@ -297,6 +319,25 @@ void Engine::addTable(jet::Table& table) {
         throw;
     }
     declaring_ = false;
+}
+
+/// In the middle of a step: whether it has to stop.
+int Engine::lookAtRun(void* self) {
+    auto& engine = *static_cast<Engine*>(self);
+    if (engine.run_ == nullptr)
+        return 0;
+    const auto [steps, reading] = *engine.run_;
+    steps += kStepsPerLook;
+    engine.longestRun_ = std::max(engine.longestRun_, steps);
+    if (steps > engine.bounds_.steps)
+        return 1;
+    const bool goesOn = engine.trap_.run([&, held = reading] {
+        if (held == nullptr)
+            return engine.database_.pager().breathe();
+        held->reset();
+        held->emplace(engine.database_);
+    });
+    return goesOn ? 0 : 1;
 }
 
 int Engine::compareTexts(void* self, int sizeA, const void* a, int sizeB, const void* b) {

@@ -6,6 +6,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -40,8 +41,23 @@ private:
     std::exception_ptr caught_;
 };
 
+/// What one run of a statement, or what is kept of its rows, may take. Far beyond the work of the
+/// windows over a million rows; what goes beyond it, because a join was typed where a name was
+/// asked for, ends in Error{full} instead of holding up the shop.
+struct Bounds {
+    std::uint64_t steps = 200'000'000; ///< of SQLite's machine; some tens for each row
+    std::size_t bytes = std::size_t{256} << 20;
+};
+/// @throws Error{full}, the sentence for all that goes beyond the bounds.
+[[noreturn]] void tooMuch();
+
+class Engine;
+
 /// A prepared statement and its rows. Errors are jet::Error in Portuguese. Mustn't outlive its
 /// Engine.
+///
+/// One that takes long lets other stations write in between: before its first row it then begins
+/// anew, later it goes on in the file as it is by then, as it does from row to row.
 class Statement {
 public:
     Statement(Statement&&) noexcept = default;
@@ -49,11 +65,11 @@ public:
 
     /// The parameter `?number`, counted from 1.
     void bind(int number, const jet::Value& value);
-    /// To the next row; false after the last. What one step reads is of one state of the file.
+    /// To the next row; false after the last. @throws Error{full} beyond the bounds.
     bool step();
-    /// As step() up to `most` times, all of one state of the file: calls `row` on each row. Stops
-    /// early, but not before the first, when it has kept others from writing for a few thousandths
-    /// of a second. False after the last row.
+    /// As step() up to `most` times, all of one state of the file unless a step takes long: calls
+    /// `row` on each row. Stops early, but not before the first, when it has kept others from
+    /// writing for a few thousandths of a second. False after the last row.
     bool steps(std::size_t most, const std::function<void()>& row);
     /// Back to before the first row.
     void reset();
@@ -74,13 +90,12 @@ private:
     struct Finalizer {
         void operator()(sqlite3_stmt* statement) const;
     };
-    Statement(sqlite3_stmt* statement, Trap& trap, jet::Database& database)
-        : statement_(statement), trap_(&trap), database_(&database) {}
-    bool stepInside();
+    Statement(sqlite3_stmt* statement, Engine& engine) : statement_(statement), engine_(&engine) {}
+    bool stepInside(std::optional<jet::Reading>* reading);
 
     std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
-    Trap* trap_;
-    jet::Database* database_;
+    Engine* engine_;
+    std::uint64_t steps_ = 0; ///< of this run, a little behind
 };
 
 struct TableSource;
@@ -90,7 +105,7 @@ struct TableSource;
 /// authorizer refuses all other actions, whatever the dialect might let through.
 class Engine {
 public:
-    explicit Engine(jet::Database& database);
+    explicit Engine(jet::Database& database, const Bounds& bounds = {});
     ~Engine();
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
@@ -104,10 +119,20 @@ public:
     /// from then on, so every table of a statement must go through here.
     [[nodiscard]] Spelling spelling();
 
+    /// How many steps the run of a statement has taken that took the most.
+    [[nodiscard]] std::uint64_t longestRun() const noexcept { return longestRun_; }
+
 private:
+    friend class Statement;
     struct Closer {
         void operator()(sqlite3* handle) const;
     };
+    /// The step at work: what it has of the file, if it can't be begun anew.
+    struct Run {
+        std::uint64_t& steps;
+        std::optional<jet::Reading>* reading;
+    };
+    static int lookAtRun(void* self);
     void addTable(jet::Table& table);
     [[nodiscard]] std::string knownTable(std::string_view name);
     [[nodiscard]] std::string columnOf(std::string_view name,
@@ -117,7 +142,10 @@ private:
                          const char* database, const char* trigger);
 
     jet::Database& database_;
+    Bounds bounds_;
     Trap trap_;
+    Run* run_ = nullptr;
+    std::uint64_t longestRun_ = 0;
     bool declaring_ = false; ///< a table is being made known
     std::unordered_map<std::string, std::unique_ptr<TableSource>> tables_; ///< by stored name
     /// Of tables that the file has no more: statements prepared before still know their address.

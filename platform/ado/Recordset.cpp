@@ -14,6 +14,8 @@ using jet::Error;
 
 namespace {
 
+/// Rows of a join that meet a criterion.
+constexpr std::size_t kMostCandidates = 2'000'000;
 /// Changed rows remembered for Requery(), at most.
 constexpr std::size_t kMostChanged = 4096;
 
@@ -194,6 +196,8 @@ void Recordset::Parts::findInJoin(JoinRows& joined, Statement statement) {
         candidates.clear();
         statement.reset();
         while (statement.step()) {
+            if (candidates.size() == kMostCandidates)
+                tooMuch();
             auto& ids = candidates.emplace_back();
             for (int i = 0; i < statement.columns(); ++i)
                 ids.push_back(statement.integer(i));

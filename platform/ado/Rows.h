@@ -138,6 +138,19 @@ protected:
     [[nodiscard]] std::vector<Cell>& cells() noexcept { return cells_; }
 
 private:
+    /// @throws Error{full} if that is more than is kept of one statement.
+    void keep(Cell&& cell) {
+        kept_ += sizeof(Cell);
+        if constexpr (!std::is_same_v<Cell, std::int64_t>) {
+            if (const auto* text = std::get_if<std::string>(&cell))
+                kept_ += text->size();
+            else if (const auto* bytes = std::get_if<jet::Bytes>(&cell))
+                kept_ += bytes->size();
+        }
+        if (kept_ > Bounds().bytes)
+            tooMuch();
+        cells_.push_back(std::move(cell));
+    }
     /// One more row at least; false if there is none.
     bool fetch() {
         if (failure_)
@@ -149,7 +162,7 @@ private:
         try {
             complete_ = !statement_.steps(batch_, [this] {
                 for (std::size_t i = 0; i < width_; ++i)
-                    cells_.push_back(read(statement_, static_cast<int>(i)));
+                    keep(read(statement_, static_cast<int>(i)));
                 ++fetched_;
             });
         } catch (...) {
@@ -180,6 +193,7 @@ private:
     Statement statement_;
     std::size_t width_;
     std::vector<Cell> cells_;
+    std::size_t kept_ = 0; ///< bytes
     std::size_t fetched_ = 0;
     std::size_t at_ = 0;
     std::size_t batch_ = 1; ///< rows to fetch next: the first shows at once, a long list costs less

@@ -58,6 +58,11 @@ bool Pager::disturbed(int attempt) const {
     return true;
 }
 
+void Pager::breathe() noexcept {
+    if (sharing_ && mayBreathe_)
+        sharing_->breathe();
+}
+
 PageRef Pager::read(PageNo page) {
     requireUsable();
     if (inTransaction_)

@@ -90,6 +90,7 @@ public:
         for (int attempt = 1;; ++attempt) {
             try {
                 const Section section(*this, Section::Kind::repeatable);
+                mayBreathe_ = attempt <= kBreathingLooks;
                 return look();
             } catch (const Error&) {
                 if (!disturbed(attempt))
@@ -97,6 +98,10 @@ public:
             }
         }
     }
+
+    /// In the middle of a look() that takes long: lets other stations write that wait for it to
+    /// end. If one does, the look begins anew; after some times it holds the file to its end.
+    void breathe() noexcept;
 
     /// @throws Error{corrupt} if the file has no such page, Error{io} if it can't be read.
     [[nodiscard]] PageRef read(PageNo page);
@@ -141,6 +146,7 @@ private:
         std::shared_ptr<const PageImage> image;
     };
     using Order = std::list<Cached>;
+    static constexpr int kBreathingLooks = 3;
 
     [[nodiscard]] PageRef readCommitted(PageNo page);
     void remember(PageNo page, std::shared_ptr<const PageImage> image);
@@ -155,6 +161,7 @@ private:
     const Format& format_;
     bool writable_;
     bool inTransaction_ = false;
+    bool mayBreathe_ = true; ///< in the look() at work
     std::uint32_t pageCount_;
     std::uint32_t committedPageCount_;
     std::uint64_t generation_ = 1;

@@ -389,7 +389,7 @@ void Sharing::lockForReading() {
 }
 
 void Sharing::enterSection() {
-    disturbed_ = false;
+    disturbed_ = repeatable_ = false;
     depth_ = 1;
     try {
         lockForReading();
@@ -412,10 +412,12 @@ void Sharing::beginLook() {
         if (light)
             lookedAtNews_ = now;
     }
-    if (!light)
-        return enterSection();
-    depth_ = 1;
-    light_ = true;
+    if (light)
+        depth_ = 1;
+    else
+        enterSection();
+    light_ = light;
+    repeatable_ = true;
 }
 
 void Sharing::makeHeavy() {

@@ -64,6 +64,14 @@ public:
     /// that nobody has written since the cache was filled. Only for what can be done again from its
     /// beginning: see beforeRead(). Requires that none is open.
     void beginLook();
+    /// In the middle of a section of beginLook(): lets those write who wait for the readers to
+    /// leave. From here on it takes no lock again until a page is read from the file.
+    void breathe() noexcept {
+        if (depth_ != 1 || !repeatable_ || !reading_ || light_ || careful_)
+            return;
+        leaveSection();
+        light_ = true;
+    }
     /// For how long beginLook() relies on what the last look at the pairs has told. Zero at first.
     void setNewsHold(std::chrono::milliseconds time) noexcept { newsHold_ = time; }
     /// Before a page is read from the file.
@@ -161,6 +169,7 @@ private:
     unsigned depth_ = 0;                    ///< of sections
     bool reading_ = false;                  ///< R is held, shared
     bool light_ = false;                    ///< the section does without R so far
+    bool repeatable_ = false;               ///< the section is one of beginLook()
     bool writing_ = false;                  ///< W is held
     bool careful_ = false;                  ///< somebody may write who doesn't heed our locks
     bool disturbed_ = false;

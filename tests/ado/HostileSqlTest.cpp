@@ -1,3 +1,4 @@
+#include "ado/Engine.h"
 #include "ado/Shop.h"
 
 #include <random>
@@ -35,6 +36,13 @@ protected:
                         error.code() == Errc::full)
                 << condition << ": " << error.what();
         }
+    }
+    /// Every bank with every bank, `times` over: 3 to that power of rows.
+    static std::string banksTimes(int times) {
+        std::string tables = "bancos as b1";
+        for (int i = 2; i <= times; ++i)
+            tables += ", bancos as b" + std::to_string(i);
+        return tables;
     }
     static std::string repeated(const std::string& part, int times) {
         std::string all;
@@ -117,6 +125,75 @@ TEST_P(HostileSql, CutStatementsFailOrWorkAtEveryPlace) {
         open(statement.substr(i));
         open(statement.substr(0, i) + "'" + statement.substr(i));
     }
+}
+
+// ---- what a statement may take
+
+TEST_P(HostileSql, AJoinWithoutEndStopsAfterItsSteps) {
+    ado::Engine engine(connection.database(), {.steps = 200'000});
+    static_cast<void>(engine.spelling().table("bancos"));
+    auto endless = engine.prepare("select count(*) from " + banksTimes(20));
+    EXPECT_EQ(errorOf([&] { (void)endless.step(); }), Errc::full);
+    EXPECT_GT(engine.longestRun(), 100'000U);
+    EXPECT_LE(engine.longestRun(), 220'000U);
+
+    auto rowByRow = engine.prepare("select 1 from " + banksTimes(20));
+    const auto walk = [&] {
+        while (rowByRow.step()) {
+        }
+    };
+    EXPECT_EQ(errorOf(walk), Errc::full) << "all steps of a run count together";
+    auto next = engine.prepare("select codigo from bancos");
+    EXPECT_TRUE(next.step());
+}
+
+TEST_P(HostileSql, ASortIsBoundedInMemory) {
+    ado::Engine engine(connection.database(), {.bytes = std::size_t{8} << 20});
+    static_cast<void>(engine.spelling().table("bancos"));
+    auto wide = engine.prepare("select b1.nome, '" + std::string(10'000, 'x') + "' as x from " +
+                               banksTimes(9) + " order by x, b1.nome");
+    EXPECT_EQ(errorOf([&] { (void)wide.step(); }), Errc::full);
+    auto next = engine.prepare("select codigo from bancos");
+    EXPECT_TRUE(next.step());
+    const ado::Engine asEver(connection.database());
+}
+
+TEST_P(HostileSql, WhatIsKeptOfAnAnswerIsBounded) {
+    Recordset rows;
+    rows.Open("select b1.nome & '" + std::string(30'000, 'x') + "' as x from " + banksTimes(9),
+              connection);
+    EXPECT_EQ(errorOf([&] { (void)rows.RecordCount(); }), Errc::full);
+    rows.Close();
+    rows.Open("bancos", connection);
+    EXPECT_EQ(rows.RecordCount(), 3);
+}
+
+TEST_P(HostileSql, AReportOfAMillionChequesIsFarFromTheBounds) {
+    constexpr int kCheques = 2000;
+    connection.BeginTrans();
+    for (int i = 0; i < kCheques; ++i)
+        add("cheques", {
+                           {"cliente", std::int64_t{1 + i % 3}},
+                           {"banco",   std::int64_t{1 + i % 3}},
+                           {"data",    day(2024,                1 + i % 12, 1)},
+                           {"bompara",       day(2024,                              1 + i % 12, 15)},
+                           {"valor",jet::Currency{i}}
+        });
+    connection.CommitTrans();
+    ado::Engine engine(connection.database());
+    for (const char* table : {"cheques", "cliente_fornecedor", "bancos"})
+        static_cast<void>(engine.spelling().table(table));
+    auto report = engine.prepare(
+        "select cheques._rowid_, cliente_fornecedor._rowid_, bancos._rowid_ from (cheques inner "
+        "join cliente_fornecedor on cheques.cliente=cliente_fornecedor.codigo) inner join bancos "
+        "on cheques.banco=bancos.codigo where cheques.data between 45000 and 46000 order by "
+        "cliente_fornecedor.nome, cheques.bompara");
+    int rows = 0;
+    while (report.step())
+        ++rows;
+    EXPECT_GE(rows, kCheques);
+    EXPECT_GT(engine.longestRun(), 0U);
+    EXPECT_LT(engine.longestRun() / kCheques * 1'000'000, ado::Bounds().steps);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "ado/Shop.h"
 #include "support/Versions.h"
 
+#include <atomic>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -479,6 +480,29 @@ TEST_P(ManyRowsTest, HoweverManyRowsAreReadMeanwhileWhatWasShownCounts) {
         read += mine["nome"].text().empty() ? 0 : 1;
     EXPECT_EQ(read, kRows + 3);
     EXPECT_EQ(errorOf([&] { save(connection, mine, "2", "Meu", before); }), Errc::conflict);
+}
+
+TEST_P(StationsTest, AStatementThatTakesLongLetsOthersWriteInBetween) {
+    std::atomic<bool> running = true;
+    int saved = 0;
+    std::thread another([&] {
+        Recordset theirs;
+        theirs.Open("bancos", other);
+        while (running && saved < 3) {
+            save(other, theirs, "2", saved % 2 == 0 ? "Banco Novo" : "Banco Velho");
+            if (running)
+                ++saved;
+        }
+    });
+    Recordset all;
+    all.Open("select b1.nome from bancos as b1, bancos as b2, bancos as b3, bancos as b4, bancos "
+             "as b5, bancos as b6, bancos as b7, bancos as b8, bancos as b9, bancos as b10, bancos "
+             "as b11 order by b1.nome",
+             connection);
+    running = false;
+    another.join();
+    EXPECT_EQ(saved, 3);
+    EXPECT_FALSE(all.EOF());
 }
 
 } // namespace

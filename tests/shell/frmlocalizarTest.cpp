@@ -1,5 +1,7 @@
 #include "shell/frmlocalizar.h"
 
+#include "controls/Failure.h"
+#include "shell/Programa.h"
 #include "support/CpuTimer.h"
 #include "support/FormChecks.h"
 #include "support/ShopTest.h"
@@ -255,6 +257,22 @@ TEST_F(ClientLookup, CloseAndEscChooseNobody) {
     EXPECT_THAT(chosen_, IsEmpty());
     EXPECT_EQ(data().rsCliente["codigo"].text(), "5");
     EXPECT_EQ(prompt(), "");
+}
+
+TEST_F(ClientLookup, AJoinTypedForANameIsToldAndTheSearchGoesOn) {
+    setFailureHandler(&atenderFalha);
+    givenClients();
+    auto& form = opened();
+    expectMessage("Mensagem", "A consulta pede mais do que o programa pode fazer de uma vez. "
+                              "Procure por menos e tente de novo.");
+    QString tables = "cliente_fornecedor as a";
+    for (const char* more : {"b", "c", "d", "e", "f", "g"})
+        tables += QString(", cliente_fornecedor as ") + more;
+    paste("x' union all select a.codigo, a.nome & '" + QString(10'000, 'x') + "' & b.nome from " +
+          tables + " where a.nome<>'");
+    paste("Ana");
+    EXPECT_THAT(found(form), ElementsAre("Ana Lima"));
+    EXPECT_FALSE(data().Automacao.inTransaction());
 }
 
 } // namespace
