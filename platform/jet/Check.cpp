@@ -81,7 +81,8 @@ private:
     void checkWriting(const Format& format) {
         const CommitPairs pairs(file_, format);
         const auto user = [](std::size_t n) { return "usuário " + std::to_string(n); };
-        const bool hasUndo = hasJournal(file_.path(), file_.disk());
+        const Journal::Found found = Journal::find(file_.path(), file_.disk());
+        const bool hasUndo = found.what == Journal::Found::What::written;
         const std::string journal = Journal::pathFor(file_.path()).string();
         if (const auto writing = pairs.find(CommitPairs::kWriting))
             findings_.error(PageNo{0}, "cabeçalho",
@@ -99,6 +100,13 @@ private:
                               "mudar nada, ou que já terminou: ele sai quando o banco de dados for "
                               "aberto",
                               journal);
+        if (found.what == Journal::Found::What::unusable)
+            findings_.warning(
+                PageNo{0}, "arquivo",
+                "o que está ao lado do arquivo no lugar do registro das gravações não "
+                "pode ser usado. " +
+                    found.why,
+                journal);
         if (const auto damaged = pairs.find(CommitPairs::kDamaged))
             findings_.error(PageNo{0}, "cabeçalho",
                             "outro programa encontrou uma página danificada neste arquivo",

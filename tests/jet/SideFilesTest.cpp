@@ -1,5 +1,6 @@
 // What anybody may have put beside a database under the names of its lock file and journal: it is
 // never waited for, written through, taken for ours or deleted, and the data can still be read.
+#include "jet/Check.h"
 #include "jet/CommitPairs.h"
 #include "jet/Database.h"
 #include "jet/FileAlone.h"
@@ -183,6 +184,10 @@ TEST_P(Beside, WhatIsNoRegularFileIsNoJournal) {
     expectSetAside("não é um arquivo comum");
     fs::remove(journal.string() + ".old");
     fs::create_directory(journal);
+    const Report report = check(path);
+    EXPECT_TRUE(report.sound());
+    ASSERT_FALSE(report.findings.empty());
+    EXPECT_THAT(report.findings.front().sentence, HasSubstr("não é um arquivo comum"));
     {
         Database file(path);
         EXPECT_THAT(file.notice().value_or(""), HasSubstr("não é um arquivo comum"));
