@@ -53,8 +53,7 @@ Database::Parts::Change::Change(Parts& parts) : parts_(parts) {
         if (parts.readOnly)
             throw Error(Errc::readOnly, *parts.readOnly);
         parts.flushIfDue();
-        if (parts.sharing)
-            parts.sharing->beginWriting();
+        parts.pager.claim();
         if (!parts.pager.inTransaction())
             parts.pager.begin();
     }

@@ -54,7 +54,7 @@ struct Database::Parts {
     /// until it is flushed.
     class Change {
     public:
-        /// @throws as Sharing::beginWriting().
+        /// @throws as Pager::claim().
         explicit Change(Parts& parts);
         Change(const Change&) = delete;
         Change& operator=(const Change&) = delete;

@@ -113,8 +113,8 @@ std::uint64_t Journal::identityOf(const File& database, const Format& format) {
     return sumOf(page);
 }
 
-std::uint32_t Journal::checksumOf(std::span<const std::byte> sector) noexcept {
-    return static_cast<std::uint32_t>(sumOf(sector));
+std::uint32_t Journal::checksumOf(std::span<const std::byte> bytes) noexcept {
+    return static_cast<std::uint32_t>(sumOf(bytes));
 }
 
 Journal::Journal(const std::filesystem::path& database, const Format& format, Disk& disk)

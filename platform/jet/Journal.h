@@ -19,7 +19,9 @@ struct ChangedPages {
     std::uint32_t fileBefore{}; ///< pages of the file
     std::uint32_t fileAfter{};
     std::vector<Page> pages; ///< ascending
-    /// The content of a page of the old file before the transaction, until the next call.
+    /// The content of a page of the old file before the transaction, as the file has it now, until
+    /// the next call.
+    /// @throws Error{conflict} if the transaction doesn't know it like that, Error{io}.
     std::function<std::span<const std::byte>(PageNo)> before;
 };
 
@@ -68,7 +70,8 @@ public:
     [[nodiscard]] static std::filesystem::path pathFor(const std::filesystem::path& database);
     /// Of the first page, commit pairs aside: what a file keeps all its life.
     [[nodiscard]] static std::uint64_t identityOf(const File& database, const Format& format);
-    [[nodiscard]] static std::uint32_t checksumOf(std::span<const std::byte> sector) noexcept;
+    /// Of a sector or a page.
+    [[nodiscard]] static std::uint32_t checksumOf(std::span<const std::byte> bytes) noexcept;
 
     /// What lies where a database's journal would.
     struct Found {
@@ -89,7 +92,7 @@ public:
     [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
 
     /// Writes a transaction's journal; the disk has it, name and all, on return.
-    /// @throws Error{full, io, readOnly}: then the journal is empty.
+    /// @throws Error{full, io, readOnly}, what `changed.before` throws: then the journal is empty.
     void write(const JournalHeader& header, const ChangedPages& changed);
     /// Makes it empty. Needn't have reached the disk on return: see Committer.
     /// @throws Error{io}.

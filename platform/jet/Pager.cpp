@@ -73,6 +73,7 @@ PageRef Pager::read(PageNo page) {
 
 PageRef Pager::readCommitted(PageNo page) {
     if (const auto known = cache_.find(page); known != cache_.end()) {
+        requireStored(*known->second);
         recent_.splice(recent_.begin(), recent_, known->second);
         return {page, known->second->image};
     }
@@ -88,17 +89,29 @@ PageRef Pager::readCommitted(PageNo page) {
     return {page, std::move(image)};
 }
 
+/// What is changed is made from pages that the file has at this moment.
+void Pager::requireStored(Cached& known) {
+    if (known.claim == claims_ || !sharing_ || !sharing_->isWriting())
+        return;
+    PageImage stored(format_.pageSize);
+    file_.read(std::uint64_t{number(known.page)} * format_.pageSize, stored);
+    if (stored != *known.image)
+        sharing_->refuseOvertaken();
+    known.claim = claims_;
+}
+
 void Pager::remember(PageNo page, std::shared_ptr<const PageImage> image) {
     if (const auto known = cache_.find(page); known != cache_.end()) {
         known->second->image = std::move(image);
+        known->second->claim = claims_;
         return;
     }
     if (recent_.size() * format_.pageSize >= kCacheBytes) {
         cache_.erase(recent_.back().page);
         recent_.splice(recent_.begin(), recent_, std::prev(recent_.end()));
-        recent_.front() = {page, std::move(image)};
+        recent_.front() = {page, std::move(image), claims_};
     } else {
-        recent_.push_front({page, std::move(image)});
+        recent_.push_front({page, std::move(image), claims_});
     }
     cache_.emplace(page, recent_.begin());
 }
@@ -126,6 +139,7 @@ std::span<std::byte> Pager::change(PageNo page) {
         const bool keepBefore = !undo_.empty() && !undo_.back().before.contains(page);
         if (!mine) {
             const PageRef committed = readCommitted(page);
+            origins_.insert_or_assign(page, Journal::checksumOf(committed.bytes()));
             mine = std::make_shared<PageImage>(committed.bytes().begin(), committed.bytes().end());
         } else if (keepBefore || mine.use_count() > 2) {
             // Somebody may still look at the image as it is: they go on seeing that one.
@@ -163,18 +177,32 @@ void Pager::begin() {
     inTransaction_ = true;
 }
 
+void Pager::claim() {
+    if (!sharing_ || sharing_->isWriting())
+        return;
+    sharing_->beginWriting();
+    try {
+        ++claims_;
+        if (file_.size() != std::uint64_t{committedPageCount_} * format_.pageSize)
+            sharing_->refuseOvertaken();
+    } catch (...) {
+        sharing_->endWriting();
+        throw;
+    }
+}
+
 ChangedPages Pager::changedPages() {
     ChangedPages changed{committedPageCount_, pageCount_, {}, {}};
     changed.pages.reserve(changed_.size());
     for (const auto& [page, image] : changed_)
         changed.pages.push_back({page, *image});
     std::ranges::sort(changed.pages, {}, &ChangedPages::Page::number);
-    // Past the cache, which a long transaction has filled with other pages.
+    // From the file, whatever the cache says: what may have to be put back is what is there.
     changed.before = [this, old = PageImage()](PageNo page) mutable {
-        if (const auto known = cache_.find(page); known != cache_.end())
-            return std::span<const std::byte>(*known->second->image);
         old.resize(format_.pageSize);
         file_.read(std::uint64_t{number(page)} * format_.pageSize, old);
+        if (sharing_ && Journal::checksumOf(old) != origins_.at(page))
+            sharing_->refuseOvertaken();
         return std::span<const std::byte>(old);
     };
     return changed;
@@ -200,6 +228,7 @@ void Pager::commit() {
             forgetCache();
         }
         changed_.clear();
+        origins_.clear();
     }
     undo_.clear();
     committedPageCount_ = pageCount_;
@@ -210,6 +239,7 @@ void Pager::rollback() noexcept {
     if (!inTransaction_)
         return;
     changed_.clear();
+    origins_.clear();
     undo_.clear();
     pageCount_ = committedPageCount_;
     inTransaction_ = false;

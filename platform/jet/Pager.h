@@ -41,7 +41,10 @@ private:
 ///  1. A page is in changed_ exactly when the open transaction has called change() or append() on
 ///  it.
 ///  2. Only commit() writes to the file.
-///  3. cache_ holds pages as they are in the file, at most kCacheBytes of them.
+///  3. cache_ holds pages as they are in the file, at most kCacheBytes of them. Somebody who heeds
+///     no lock may have made that untrue: so no change is ever made from a cached page that hasn't
+///     been compared with the file's since claim(), and none is written over a page that has become
+///     another since the change began.
 class Pager {
 public:
     /// Takes over an open file whose first page has been checked. `writable` is whether change() is
@@ -115,6 +118,10 @@ public:
 
     [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
     void begin();
+    /// Nobody of us changes the file from here on but us: see Sharing::beginWriting(), whose errors
+    /// it throws. Requires that nothing has been changed yet, unless it has been called before.
+    /// @throws also Error{conflict} if the file has got another length, told to nobody.
+    void claim();
     /// Writes every changed page and returns when the disk has them.
     /// @throws Error{full, io, locked, conflict}: nothing has been written, and the transaction is
     ///         still open.
@@ -144,12 +151,14 @@ private:
     struct Cached {
         PageNo page;
         std::shared_ptr<const PageImage> image;
+        std::uint64_t claim; ///< during which it was last known to be the file's
     };
     using Order = std::list<Cached>;
     static constexpr int kBreathingLooks = 3;
 
     [[nodiscard]] PageRef readCommitted(PageNo page);
     void remember(PageNo page, std::shared_ptr<const PageImage> image);
+    void requireStored(Cached& known);
     void forgetCache() noexcept;
     void requireUsable() const;
     [[nodiscard]] bool opensSection() const noexcept;
@@ -166,8 +175,11 @@ private:
     std::uint32_t committedPageCount_;
     std::uint64_t generation_ = 1;
     std::uint64_t refreshes_ = 0;
+    std::uint64_t claims_ = 0;
 
     std::unordered_map<PageNo, std::shared_ptr<PageImage>> changed_;
+    /// Checksums of the pages that the changed ones were made from.
+    std::unordered_map<PageNo, std::uint32_t> origins_;
     struct Undo {
         std::uint32_t pageCount;
         /// Each page changed since, as it was before (null: not changed before).

@@ -405,7 +405,7 @@ void Sharing::enterSection() {
 
 void Sharing::beginLook() {
     const auto now = steady_clock::now();
-    bool light = !careful_ && !disturbed_ && now - lookedForForeign_ < kForeignEvery;
+    bool light = !careful_ && !disturbed_ && !overtaken_ && now - lookedForForeign_ < kForeignEvery;
     if (light && now - lookedAtNews_ >= newsHold_) {
         database_.lookAgain();
         light = Pairs(database_, format_) == seen_;
@@ -436,7 +436,7 @@ void Sharing::leaveSection() noexcept {
 void Sharing::lookAtNews(bool holdsWriting) {
     const auto begun = steady_clock::now();
     Pairs pairs(database_, format_);
-    if (pairs == seen_) {
+    if (pairs == seen_ && !overtaken_) {
         lookedAtNews_ = begun;
         return;
     }
@@ -458,6 +458,7 @@ void Sharing::lookAtNews(bool holdsWriting) {
     const Pairs known = std::exchange(seen_, pairs);
     try {
         onNews_();
+        overtaken_ = false;
     } catch (...) {
         seen_ = known; // and the next look tries again
         throw;
@@ -572,6 +573,14 @@ void Sharing::Alone::giveBack() noexcept {
     lock_.unlock(LockFile::kReading);
 }
 
+void Sharing::refuseOvertaken() {
+    overtaken_ = true;
+    throw Error(Errc::conflict,
+                "Outro programa gravou no arquivo do banco de dados sem avisar as estações. Nada "
+                "foi gravado aqui; confira os dados e repita a alteração. Se isso se repetir, "
+                "descubra que programa é esse e feche-o antes de continuar.");
+}
+
 void Sharing::commit(const ChangedPages& changed) {
     const Alone alone(*this);
     // Into the file that nobody has any more no transaction can go, now or later.
@@ -583,6 +592,8 @@ void Sharing::commit(const ChangedPages& changed) {
         throw Error(Errc::conflict,
                     "Outro programa alterou o banco de dados ao mesmo tempo. Nada foi gravado; "
                     "confira os dados e repita a alteração.");
+    if (database_.size() != std::uint64_t{changed.fileBefore} * format_.pageSize)
+        refuseOvertaken();
     try {
         committer_->commit(changed);
     } catch (...) {

@@ -106,9 +106,13 @@ public:
     /// Whether another station waits for W.
     [[nodiscard]] bool isAwaited() const;
     /// @throws Error{locked} if readers don't leave or a foreign program has come: the transaction
-    ///         is as it was; Error{conflict} if one has written meanwhile; and as
-    ///         Committer::commit.
+    ///         is as it was; Error{conflict} if one has written meanwhile, heeding our locks or
+    ///         not; and as Committer::commit.
     void commit(const ChangedPages& changed);
+    /// For who finds the file other than it was when last read, though no pair tells of a change:
+    /// all that is remembered of it goes with the next look at the news.
+    /// @throws Error{conflict}, always.
+    [[noreturn]] void refuseOvertaken();
     [[nodiscard]] bool isBroken() const noexcept { return committer_ && committer_->isBroken(); }
 
 private:
@@ -173,7 +177,8 @@ private:
     bool writing_ = false;                  ///< W is held
     bool careful_ = false;                  ///< somebody may write who doesn't heed our locks
     bool disturbed_ = false;
-    bool yields_ = false; ///< the last transaction ended with others waiting
+    bool overtaken_ = false; ///< somebody writes and tells nobody
+    bool yields_ = false;    ///< the last transaction ended with others waiting
     std::chrono::steady_clock::time_point lookedForForeign_{};
     std::chrono::steady_clock::time_point lookedForWriter_{};
     std::chrono::steady_clock::time_point lookedAtNews_{};

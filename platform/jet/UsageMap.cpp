@@ -179,6 +179,10 @@ PageNo PageAllocator::take() {
         return *page;
     }
     const PageNo page = pager_.append();
+    // What lies beyond the end is free, unless somebody has cut the file: then others may refer to
+    // the page that was there.
+    if (!free_.contains(page))
+        corrupt(page, "o arquivo foi cortado: as páginas além do seu fim estão em uso");
     remove(free_, page);
     return page;
 }

@@ -191,4 +191,176 @@ TEST_P(Foreign, ATableOfATransactionThatWasUndoneIsAnErrorForWhoHasIt) {
     EXPECT_EQ(file.createTable(other).columns().size(), 3U);
 }
 
+// ---- a program that writes and tells nobody ---------------------------------------------------
+
+/// One station, and a program that writes into its file as into any other.
+class Intruder : public Foreign {
+protected:
+    static constexpr std::int64_t kOurs = 0x01234567;
+    static constexpr std::int64_t kTheirs = 0x07654321;
+
+    static void set(Table& table, RowId id, std::int64_t value) {
+        const Assignment change[] = {
+            {1, Value{value}}
+        };
+        table.update(id, change);
+    }
+
+    static std::int64_t valueOf(Table& table, RowId id) {
+        const auto row = table.read(id);
+        return row ? std::get<std::int64_t>((*row)[1]) : -1;
+    }
+
+    Intruder() {
+        set(table, mine, kOurs);
+        set(table, neighbour, kOurs + 1);
+        file.flush();
+    }
+
+    RowId rowAt(int place) {
+        RowCursor row = table.scan();
+        EXPECT_TRUE(row.first());
+        while (place-- > 0)
+            EXPECT_TRUE(row.next());
+        return row.id();
+    }
+    [[nodiscard]] Bytes stored() const { return disk.image().at(kPath); }
+    File raw() { return File(kPath, File::Mode::readWrite, disk); }
+    /// Puts a value of its own in the place of ours, all indexes left as they are.
+    void changeInPlace(PageNo page) {
+        File intruder = raw();
+        Bytes bytes(formatOf(GetParam()).pageSize);
+        const std::uint64_t at = std::uint64_t{number(page)} * bytes.size();
+        intruder.read(at, bytes);
+        bool found = false;
+        for (std::size_t i = 0; i + 4 <= bytes.size() && !found; ++i)
+            if (load<std::uint32_t>(bytes.data() + i) == static_cast<std::uint32_t>(kOurs)) {
+                store<std::uint32_t>(bytes.data() + i, static_cast<std::uint32_t>(kTheirs));
+                found = true;
+            }
+        ASSERT_TRUE(found);
+        intruder.write(at, bytes);
+    }
+    /// Saving is refused, and the file then as that program has left it.
+    void expectRefused(const std::function<void()>& save) {
+        const Bytes before = stored();
+        EXPECT_THAT(sentenceOf(save, Errc::conflict), HasSubstr("sem avisar as estações"));
+        EXPECT_EQ(stored(), before);
+    }
+
+    Database file{kPath, on(disk)};
+    Table& table{file.table("contas")};
+    RowId mine{rowAt(0)};
+    RowId neighbour{rowAt(1)};
+};
+
+INSTANTIATE_TEST_SUITE_P(, Intruder, bothVersions(), versionName);
+
+TEST_P(Intruder, WhatItHasChangedIsNotSavedOver) {
+    ASSERT_EQ(valueOf(table, mine), kOurs);
+    changeInPlace(mine.page);
+    // Another row of that page, which is written whole.
+    expectRefused([&] {
+        set(table, neighbour, 1);
+        file.flush();
+    });
+    EXPECT_EQ(valueOf(table, mine), kTheirs);
+    EXPECT_EQ(valueOf(table, neighbour), kOurs + 1);
+    set(table, neighbour, 1);
+    file.flush();
+    EXPECT_EQ(valueOf(table, mine), kTheirs);
+    EXPECT_EQ(valueOf(table, neighbour), 1);
+}
+
+TEST_P(Intruder, WhatItChangesWhileATransactionIsOpenIsNotSavedOver) {
+    file.begin();
+    set(table, neighbour, 1);
+    changeInPlace(mine.page);
+    expectRefused([&] { file.commit(); });
+    EXPECT_TRUE(file.inTransaction());
+    expectRefused([&] { file.commit(); });
+    file.rollback();
+    EXPECT_EQ(valueOf(table, mine), kTheirs);
+    EXPECT_EQ(valueOf(table, neighbour), kOurs + 1);
+    set(table, neighbour, 2);
+    file.flush();
+    EXPECT_EQ(valueOf(table, mine), kTheirs);
+}
+
+TEST_P(Intruder, GatheredChangesAreNotSavedOverIt) {
+    set(table, neighbour, 1);
+    changeInPlace(mine.page);
+    expectRefused([&] { file.flush(); });
+    file.flush(); // dropped: they were made from what is there no more
+    EXPECT_EQ(valueOf(table, mine), kTheirs);
+    EXPECT_EQ(valueOf(table, neighbour), kOurs + 1);
+}
+
+TEST_P(Intruder, WhatASaveHasOnlyLookedAtHasToBeTrueAsWell) {
+    ASSERT_EQ(valueOf(table, mine), kOurs);
+    // The key stays as it is; that it is the only one of its kind was looked up there.
+    const PageNo root = table.tree(*table.primaryKey()).root();
+    raw().write((std::uint64_t{number(root)} + 1) * formatOf(GetParam()).pageSize - 1,
+                Bytes(1, std::byte{0x77}));
+    expectRefused([&] {
+        set(table, mine, 1);
+        file.flush();
+    });
+    set(table, mine, 1);
+    file.flush();
+    EXPECT_EQ(valueOf(table, mine), 1);
+}
+
+TEST_P(Intruder, AFileThatWasCutIsNotWrittenAsIfItWereWhole) {
+    const Bytes whole = stored();
+    const std::size_t page = formatOf(GetParam()).pageSize;
+    const std::size_t left = whole.size() - 3 * page;
+    raw().truncate(left);
+    expectRefused([&] { set(table, mine, 1); });
+    // What others refer to isn't given to anybody else, now or by the next station.
+    const auto fill = [&](Database& station) {
+        const Bytes before = stored();
+        EXPECT_THAT(sentenceOf(
+                        [&] {
+                            const Transaction all(station);
+                            for (int i = 0; i < 3000; ++i)
+                                station.table("contas").insert(rowOf(i));
+                        },
+                        Errc::corrupt),
+                    Not(HasSubstr("sem avisar")));
+        EXPECT_EQ(stored(), before);
+    };
+    fill(file);
+    {
+        Database next(kPath, on(disk));
+        fill(next);
+    }
+    EXPECT_EQ(stored().size(), left);
+    // It was in the middle of its work.
+    raw().write(left, std::span(whole).subspan(left));
+    expectRefused([&] { set(table, mine, 1); });
+    set(table, mine, 1);
+    file.flush();
+    EXPECT_EQ(valueOf(table, mine), 1);
+    EXPECT_TRUE(check(kPath, disk).clean());
+}
+
+TEST_P(Intruder, AFileCutWithinAPageIsNotWritten) {
+    raw().truncate(stored().size() - 100);
+    for (int i = 0; i < 3; ++i)
+        expectRefused([&] { set(table, mine, 1); });
+}
+
+TEST_P(Intruder, AFileThatHasGrownIsLookedAtAnew) {
+    const std::uint64_t size = stored().size();
+    raw().write(size, Bytes(2 * formatOf(GetParam()).pageSize));
+    expectRefused([&] { set(table, mine, 1); });
+    set(table, mine, 1);
+    for (int i = 0; i < 3000; ++i)
+        table.insert(rowOf(i));
+    file.flush();
+    EXPECT_EQ(table.rowCount(), kRows + 3000);
+    EXPECT_TRUE(check(kPath, disk).clean());
+}
+
 } // namespace
