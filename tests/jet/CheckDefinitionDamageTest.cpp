@@ -274,7 +274,7 @@ const std::vector<Damage> kDefinitionDamages = {
               file.put<std::uint8_t>(kObjects, 0, 1);
               return kObjects;
           }),
-    error("catalog: table without a row", "uma definição de tabela não está no catálogo",
+    warning("catalog: table without a row", "uma definição de tabela não está no catálogo",
           [](DamagedFile& file) {
               eraseObject(file, number(file.other.page()));
               return file.other.page();
