@@ -1,6 +1,7 @@
 #include "jet/Check.h"
 
 #include "jet/CheckRules.h"
+#include "jet/FileSteps.h"
 #include "tools/Commands.h"
 
 #include <algorithm>
@@ -33,10 +34,22 @@ const char* verdict(const jet::Report& report) {
     return report.clean() ? "Nenhum problema." : "Só avisos: sobras sem perigo.";
 }
 
+/// What isn't of the file but lies beside it.
+void mentionParts(const std::filesystem::path& path, jet::Report& report) {
+    for (const jet::LeftPart& part : jet::partsOf(path))
+        report.findings.push_back(
+            {Severity::warning, jet::PageNo{0},
+             "ao lado do arquivo está \"" + part.path.string() +
+                 (part.dead ? "\", sobra de um comando que foi interrompido: o próximo a apaga"
+                            : "\", de um comando em andamento ou interrompido em outro "
+                              "computador; se nenhum está trabalhando, pode ser apagado")});
+}
+
 } // namespace
 
 int runCheck(const Arguments& arguments) {
     jet::Report report = jet::check(arguments.path());
+    mentionParts(arguments.path(), report);
     const bool whole = report.sound();
     if (whole)
         std::ranges::move(jet::checkRules(arguments.path()), std::back_inserter(report.findings));

@@ -93,7 +93,8 @@ constexpr Command kSalvage{
     "Salva o que se lê de um banco de dados danificado",
     "Faz um arquivo novo com todos os registros que ainda podem ser lidos e diz o que falta: a\n"
     "tabela, a página, a linha e o motivo. Registros que repetem uma chave ficam numa tabela à\n"
-    "parte, de nome terminado em \"_separados\". O arquivo de origem não é tocado.\n"
+    "parte, de nome terminado em \"_separados\". Uma gravação interrompida, se o registro que a\n"
+    "desfaz está ao lado do arquivo, é desfeita primeiro, numa cópia. O de origem não é tocado.\n"
     "Saída 0: tudo foi salvo; 1: falta alguma coisa.",
     {},
     runSalvage};

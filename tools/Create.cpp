@@ -1,4 +1,5 @@
 #include "jet/Database.h"
+#include "jet/FileSteps.h"
 #include "tools/Commands.h"
 #include "tools/SampleData.h"
 #include "tools/ShopSchema.h"
@@ -15,20 +16,21 @@ jet::Version versionOf(const Arguments& arguments) {
     return arguments.has("--jet3") ? jet::Version::jet3 : jet::Version::jet4;
 }
 
-/// Makes the file and lets `fill` work on it; a file that can't be finished is taken away again.
+/// Makes the file and lets `fill` work on it, under another name until it is whole.
 void createFile(const std::filesystem::path& path, jet::Version version,
                 const std::function<void(jet::Database&)>& fill) {
-    jet::Database::create(path, version);
-    try {
-        jet::Database database(path);
+    jet::Disk& disk = jet::Disk::system();
+    jet::requireAbsent(path, disk);
+    jet::UnnamedFile part(path, disk);
+    jet::Database::create(part.path(), version);
+    {
+        jet::Database database(part.path());
         shop::createTables(database);
         fill(database);
         database.flush();
-    } catch (...) {
-        std::error_code ignored;
-        std::filesystem::remove(path, ignored);
-        throw;
     }
+    jet::requireAbsent(path, disk);
+    part.takeName();
 }
 
 jet::CivilTime today() {

@@ -1,8 +1,10 @@
 #include "jet/Error.h"
+#include "jet/Unfinished.h"
 #include "tools/Arguments.h"
 #include "tools/Commands.h"
 
 #include <algorithm>
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <string_view>
@@ -74,10 +76,28 @@ int run(std::span<const std::string_view> words) {
     return code;
 }
 
+/// Ctrl+C, or the machine going down: what this run has begun goes with it.
+extern "C" void endEarly(int signal) {
+    jet::Unfinished::removeAll();
+    static_cast<void>(::raise(signal)); // handled no more: it ends the program
+}
+
+void tidyWhenEnded() {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action {};
+        struct sigaction before {};
+        action.sa_handler = endEarly;
+        action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER;
+        if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+            static_cast<void>(::sigaction(signal, &action, nullptr));
+    }
+}
+
 } // namespace
 
 int main(int count, char** words) {
     std::ios::sync_with_stdio(false);
+    tidyWhenEnded();
     try {
         return run(std::vector<std::string_view>(words + 1, words + std::max(count, 1)));
     } catch (const UsageError& error) {

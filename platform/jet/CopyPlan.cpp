@@ -1,6 +1,7 @@
 #include "jet/CopyPlan.h"
 
 #include "jet/Database.h"
+#include "jet/FileSteps.h"
 #include "jet/Names.h"
 #include "jet/RelationshipPairs.h"
 #include "jet/RowKey.h"
@@ -103,17 +104,12 @@ RewrittenTable rewritten(SourceFile& source, const std::string& name, bool user,
 class StandardTables {
 public:
     StandardTables(const std::filesystem::path& scratch, Version version, Disk& disk)
-        : path_(scratch), disk_(disk) {
-        if (disk.exists(path_)) // what an interrupted salvage has left
-            File::remove(disk, path_);
-        Database::create(path_, version, disk);
+        : file_(scratch, disk) {
+        Database::create(file_.path(), version, disk);
     }
-    ~StandardTables() { static_cast<void>(disk_.remove(path_)); }
-    StandardTables(const StandardTables&) = delete;
-    StandardTables& operator=(const StandardTables&) = delete;
 
     [[nodiscard]] RewrittenTable table(SourceFile& source, const SystemTable& wanted) const {
-        Pager pager(File(path_, File::Mode::read, disk_), source.format(), false);
+        Pager pager(File(file_.path(), File::Mode::read, file_.disk()), source.format(), false);
         TableDefinition definition = parseDefinition(pager, wanted.page, {});
         DefinitionImage image(pager, definition);
         definition.ownedMap = {}; // where the rows are isn't known: there is no map on page 0
@@ -123,8 +119,7 @@ public:
     }
 
 private:
-    std::filesystem::path path_;
-    Disk& disk_;
+    UnnamedFile file_; ///< never gets the name it is made for
 };
 
 class DamagedPlan {

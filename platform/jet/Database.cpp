@@ -3,6 +3,7 @@
 #include "jet/Catalog.h"
 #include "jet/DataPage.h"
 #include "jet/DatabaseParts.h"
+#include "jet/FileSteps.h"
 #include "jet/Names.h"
 #include "jet/SystemTables.h"
 #include "jet/TableBuilder.h"
@@ -165,11 +166,9 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
     if (disk.exists(path))
         throw Error(Errc::exists, "O arquivo \"" + path.string() + "\" já existe.");
     // Made under another name, so that the file is whole whenever it is there.
-    std::filesystem::path draft = path;
-    draft += "-new";
-    static_cast<void>(disk.remove(draft));
-    File file(draft, File::Mode::createNew, disk);
-    try {
+    UnnamedFile draft(path, disk);
+    File file(draft.path(), File::Mode::createNew, disk);
+    {
         file.write(0, buildHeader(version));
         // Page 1: the map of free pages (all, from page 2 on) and a second, empty one.
         Bytes maps(format.pageSize);
@@ -185,8 +184,8 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
 
         const TextSettings texts;
         Database made;
-        made.parts_ = std::make_unique<Parts>(draft, parseHeader(buildHeader(version)), texts,
-                                              std::move(file), true);
+        made.parts_ = std::make_unique<Parts>(draft.path(), parseHeader(buildHeader(version)),
+                                              texts, std::move(file), true);
         Parts& parts = *made.parts_;
         const std::vector<SystemTable> tables = systemTables(version);
         parts.pager.begin();
@@ -201,11 +200,9 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
         Table rights(made, "MSysACEs", kRightsPage);
         completeCatalog(objects, rights, newAccounts(version));
         made.commit();
-        File::rename(disk, draft, path);
-    } catch (...) {
-        static_cast<void>(disk.remove(draft));
-        throw;
     }
+    requireAbsent(path, disk);
+    draft.takeName();
 }
 
 void Database::loadCatalog() {
@@ -256,9 +253,7 @@ void Database::noticeNews() {
 
 const std::filesystem::path& Database::path() const noexcept { return parts_->path; }
 Version Database::version() const noexcept { return parts_->header.version; }
-const std::optional<std::string>& Database::notice() const noexcept {
-    return parts_->told();
-}
+const std::optional<std::string>& Database::notice() const noexcept { return parts_->told(); }
 std::optional<std::string> Database::readOnlyReason() { return parts_->whyNotWritable(); }
 
 std::vector<std::string> Database::tableNames() const {

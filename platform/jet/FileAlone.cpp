@@ -35,6 +35,7 @@ FileAlone::FileAlone(const std::filesystem::path& database, Disk& disk) : lock_(
         inUse(": " + lock_.nameOf(users.front()));
     if (!lock_.closeGate())
         inUse("");
+    unfinished_.emplace(disk.resolved(database).replace_extension(".ldb"));
     if (!disk.exists(database))
         return;
     File file(database, File::Mode::read, disk);

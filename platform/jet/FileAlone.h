@@ -1,6 +1,9 @@
 #pragma once
 
 #include "jet/LockFile.h"
+#include "jet/Unfinished.h"
+
+#include <optional>
 
 namespace jet {
 
@@ -14,6 +17,7 @@ public:
 
 private:
     LockFile lock_;
+    std::optional<Unfinished> unfinished_; ///< the lock file: nobody else has it
 };
 
 } // namespace jet

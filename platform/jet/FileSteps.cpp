@@ -7,6 +7,9 @@
 #include <array>
 #include <atomic>
 #include <cctype>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
 #include <random>
 #include <string>
 #include <unistd.h>
@@ -43,16 +46,39 @@ std::filesystem::path unnamed(const std::filesystem::path& target, Disk& disk) {
     }
 }
 
+std::filesystem::path journalOf(std::filesystem::path database) {
+    database += "-journal";
+    return database;
+}
+
+std::filesystem::path lockFileOf(std::filesystem::path database) {
+    return database.replace_extension(".ldb");
+}
+
+/// Whether a name that unnamed() has given, from its mark on, is that of a program of this machine
+/// that runs no more.
+bool isOfTheDead(const std::string& given) {
+    const std::string mine = kMark + machineLetters() + "-";
+    if (!given.starts_with(mine))
+        return false;
+    char* end = nullptr;
+    const long process = std::strtol(given.c_str() + mine.size(), &end, 10);
+    return process > 0 && *end == '-' && ::kill(static_cast<::pid_t>(process), 0) != 0 &&
+           errno == ESRCH;
+}
+
 } // namespace
 
 UnnamedFile::UnnamedFile(const std::filesystem::path& target, Disk& disk)
-    : target_(target), path_(unnamed(target, disk)), disk_(disk) {}
+    : target_(target), path_(unnamed(target, disk)), disk_(disk), unfinished_(path_),
+      journal_(journalOf(path_)), lockFile_(lockFileOf(path_)) {
+    for (const LeftPart& part : partsOf(target, disk))
+        if (part.dead)
+            static_cast<void>(disk.remove(part.path));
+}
 
 UnnamedFile::~UnnamedFile() {
-    std::filesystem::path journal = path_;
-    journal += "-journal";
-    for (const auto& left :
-         {path_, journal, std::filesystem::path(path_).replace_extension(".ldb")})
+    for (const auto& left : {path_, journalOf(path_), lockFileOf(path_)})
         if (disk_.exists(left))
             static_cast<void>(disk_.remove(left));
 }
@@ -65,6 +91,20 @@ bool UnnamedFile::isOne(const std::filesystem::path& path) {
     return path.filename().string().find(kMark) != std::string::npos;
 }
 
+std::vector<LeftPart> partsOf(const std::filesystem::path& target, Disk& disk) {
+    const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
+    const std::string stem = target.stem().string();
+    std::vector<Disk::Entry> entries;
+    std::vector<LeftPart> parts;
+    if (disk.list(folder, entries) < 0)
+        return parts;
+    for (const Disk::Entry& entry : entries)
+        if (entry.isFile && entry.name.starts_with(stem + kMark))
+            parts.push_back({folder / entry.name, isOfTheDead(entry.name.substr(stem.size()))});
+    std::ranges::sort(parts, {}, &LeftPart::path);
+    return parts;
+}
+
 void requireAbsent(const std::filesystem::path& path, Disk& disk) {
     if (disk.exists(path))
         throw Error(Errc::exists, "O arquivo \"" + path.string() +
@@ -73,9 +113,13 @@ void requireAbsent(const std::filesystem::path& path, Disk& disk) {
 
 bool copyFile(const std::filesystem::path& from, const UnnamedFile& to,
               const std::filesystem::path& like) {
-    Disk& disk = to.disk();
+    return copyFile(from, to.path(), like, to.disk());
+}
+
+bool copyFile(const std::filesystem::path& from, const std::filesystem::path& to,
+              const std::filesystem::path& like, Disk& disk) {
     const File source(from, File::Mode::read, disk);
-    File target(to.path(), File::Mode::createNew, disk);
+    File target(to, File::Mode::createNew, disk);
     const bool allRights =
         target.takeRights(File(like, File::Mode::read, disk).attributes().rights);
     Bytes chunk;

@@ -2,14 +2,17 @@
 
 #include "jet/Disk.h"
 #include "jet/Types.h"
+#include "jet/Unfinished.h"
 
 #include <functional>
+#include <vector>
 
 namespace jet {
 
 /// A file that is being made under a name of its own, beside the one it is for. Gone with what may
-/// lie beside it when this object goes, unless it has got its name. What an interrupted program has
-/// left of one is in nobody's way: the next one has another name.
+/// lie beside it when this object goes, or the program (see Unfinished), unless it has got its
+/// name. What a program that was killed has left of one is in nobody's way, since the next one has
+/// another name, and goes when the next one is made for the same target.
 class UnnamedFile {
 public:
     /// The file itself is made by whoever writes it.
@@ -34,6 +37,9 @@ private:
     std::filesystem::path target_;
     std::filesystem::path path_;
     Disk& disk_;
+    Unfinished unfinished_;
+    Unfinished journal_;
+    Unfinished lockFile_;
 };
 
 /// The bytes of one file into a new one, synced, which gets the rights of `like` before there is
@@ -42,6 +48,19 @@ private:
 /// @throws Error{notFound, readOnly, full, io}.
 bool copyFile(const std::filesystem::path& from, const UnnamedFile& to,
               const std::filesystem::path& like);
+/// @throws also Error{exists}.
+bool copyFile(const std::filesystem::path& from, const std::filesystem::path& to,
+              const std::filesystem::path& like, Disk& disk);
+
+/// A file, or what lay beside it, that was being made for another when its program ended, or that
+/// still is.
+struct LeftPart {
+    std::filesystem::path path;
+    bool dead; ///< surely: its program was of this machine, and runs no more
+};
+/// Those made for `target`, beside it.
+[[nodiscard]] std::vector<LeftPart> partsOf(const std::filesystem::path& target,
+                                            Disk& disk = Disk::system());
 
 /// @throws Error{exists} if there is something at `path`.
 void requireAbsent(const std::filesystem::path& path, Disk& disk);

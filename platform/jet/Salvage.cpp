@@ -4,12 +4,57 @@
 #include "jet/CopyPlan.h"
 #include "jet/Database.h"
 #include "jet/FileSteps.h"
+#include "jet/Recovery.h"
 
 #include <algorithm>
 
 namespace jet {
 
 namespace {
+
+constexpr const char* kUseless =
+    "ao lado do arquivo está o registro de uma gravação interrompida, que não pôde ser usado, e o "
+    "que ela mudava pode estar pela metade: ";
+
+/// A file without what a station that died has left half written: itself, or a copy in which that
+/// was undone, with the journal that lies beside it.
+class Undone {
+public:
+    Undone(const std::filesystem::path& source, const std::filesystem::path& target, Losses& losses,
+           Disk& disk)
+        : path_(source) {
+        const auto tell = [&](const std::string& what) {
+            losses.tell({Loss::What::note, "", PageNo{0}, {}, what});
+        };
+        try {
+            const std::filesystem::path original = disk.resolved(source);
+            if (!hasJournal(original, disk))
+                return;
+            copy_.emplace(target, disk);
+            copyFile(original, *copy_, original);
+            copyFile(Journal::pathFor(original), Journal::pathFor(copy_->path()), original, disk);
+            const Recovery done = recover(copy_->path(), disk);
+            if (!done.aside.empty())
+                File::remove(disk, done.aside);
+            if (done.outcome == Recovery::Outcome::undone)
+                tell("uma gravação tinha sido interrompida no meio; ela foi desfeita numa cópia, e "
+                     "o salvamento partiu dela");
+            else if (done.outcome == Recovery::Outcome::setAside)
+                tell(std::string(kUseless) + done.reason);
+            path_ = copy_->path();
+        } catch (const Error& error) {
+            if (error.code() == Errc::full || error.code() == Errc::notFound)
+                throw;
+            tell(std::string(kUseless) + error.what());
+            copy_.reset();
+        }
+    }
+    [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
+
+private:
+    std::filesystem::path path_;
+    std::optional<UnnamedFile> copy_; ///< with it goes what lies beside it
+};
 
 /// Enters into the new file's catalog what the old one's didn't have.
 void enterUnlisted(const UnnamedFile& copy, const SourceFile& source,
@@ -53,9 +98,10 @@ void countRows(Losses& losses, const std::vector<RewrittenTable>& tables,
 SalvageReport salvage(const std::filesystem::path& source, const std::filesystem::path& target,
                       const Progress& progress, Disk& disk) {
     requireAbsent(target, disk);
-    UnnamedFile copy(target, disk);
     Losses losses(Losses::Source::damaged);
-    SourceFile from(source, losses, disk);
+    const Undone whole(source, target, losses, disk);
+    UnnamedFile copy(target, disk);
+    SourceFile from(whole.path(), losses, disk);
     std::vector<RewrittenTable> tables =
         planDamaged(from, std::filesystem::path(copy.path()).replace_extension(".modelo"));
     std::vector<std::uint32_t> said;

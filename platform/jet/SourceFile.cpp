@@ -1,5 +1,6 @@
 #include "jet/SourceFile.h"
 
+#include "jet/CommitPairs.h"
 #include "jet/DataPage.h"
 #include "jet/SystemTables.h"
 #include "jet/UsageMap.h"
@@ -15,8 +16,6 @@ constexpr RowId kFreeMap{PageNo{1}, 0};
 constexpr std::size_t kPointersAt = 0x18; // where the maps and the system tables are: alike in all
 constexpr std::size_t kPointersEnd = 0x30;
 constexpr std::ptrdiff_t kCodePageAt = 0x3C;
-constexpr std::size_t kCommitPairs = 256;
-constexpr std::uint16_t kNobodyAtWork = 0x0100;
 constexpr std::uint32_t kJet3Definition = 0x43560102; // kind 2, 1, "VC"
 
 /// The version of a file whose header is gone: in Jet 3 the first definition stands at 4 kB and
@@ -94,6 +93,12 @@ void SourceFile::readHeader(const File& file) {
         newHeader_ = buildHeader(guessedVersion(file));
         header_ = parseHeader(newHeader_);
     }
+    if (damaged() && !header_.password.empty())
+        losses_.tell({Loss::What::note,
+                      "",
+                      PageNo{0},
+                      {},
+                      "o arquivo novo pede a mesma senha que o cabeçalho do danificado tem"});
     const Format& format = formatOf(header_.version);
     const Bytes sound = buildHeader(header_.version);
     std::copy(sound.begin() + kPointersAt, sound.begin() + kPointersEnd,
@@ -107,8 +112,18 @@ void SourceFile::readHeader(const File& file) {
                       {},
                       "a página de código do arquivo não existe; ficou a 1252"});
     }
-    for (std::size_t i = 0; i < kCommitPairs; ++i)
-        store<std::uint16_t>(newHeader_.data() + format.commitPairsAt + 2 * i, kNobodyAtWork);
+    const CommitPairs pairs(std::span<const std::byte>(newHeader_)
+                                .subspan(format.commitPairsAt)
+                                .first<CommitPairs::kBytes>());
+    if (damaged() && pairs.find(CommitPairs::kWriting))
+        losses_.tell({Loss::What::note,
+                      "",
+                      PageNo{0},
+                      {},
+                      "um programa foi interrompido enquanto gravava: o que ele mudava pode estar "
+                      "pela metade"});
+    for (std::size_t i = 0; i < CommitPairs::kUsers; ++i)
+        store<std::uint16_t>(newHeader_.data() + format.commitPairsAt + 2 * i, CommitPairs::kFirst);
 }
 
 bool SourceFile::isKnownCodePage() const {

@@ -275,10 +275,10 @@ const std::vector<Damage> kDefinitionDamages = {
               return kObjects;
           }),
     warning("catalog: table without a row", "uma definição de tabela não está no catálogo",
-          [](DamagedFile& file) {
-              eraseObject(file, number(file.other.page()));
-              return file.other.page();
-          }),
+            [](DamagedFile& file) {
+                eraseObject(file, number(file.other.page()));
+                return file.other.page();
+            }),
     error("catalog: definition outside the file",
           "a definição de uma tabela está fora do arquivo (\"Fantasma\"",
           [](DamagedFile& file) { return addObject(file, 9999, kTables, "Fantasma", 1).page; }),

@@ -9,8 +9,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <fstream>
+#include <spawn.h>
 #include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -43,8 +47,41 @@ Records dumped(const std::string& file, const std::string& table) {
 
 const std::vector<std::string> kTables = {"bancos", "cheques", "cliente_fornecedor", "semfundos"};
 
+std::vector<std::string> filesIn(const std::filesystem::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        names.push_back(entry.path().filename().string());
+    std::ranges::sort(names);
+    return names;
+}
+
+bool isPart(const std::string& name) { return name.find(".parcial-") != std::string::npos; }
+
+/// A run that gets a signal as soon as it is at work on a part of its file; its end as in
+/// ProgramResult::code.
+int interrupted(std::vector<std::string> words, const std::filesystem::path& folder, int signal) {
+    words.insert(words.begin(), VALTRINO_MDB);
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    pid_t program = 0;
+    if (::posix_spawn(&program, VALTRINO_MDB, nullptr, nullptr, arguments.data(), environ) != 0)
+        throw std::runtime_error("can't run " VALTRINO_MDB);
+    int status = 0;
+    while (::waitpid(program, &status, WNOHANG) == 0) {
+        if (!std::ranges::any_of(filesIn(folder), isPart))
+            continue;
+        ::kill(program, signal);
+        ::waitpid(program, &status, 0);
+        break;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
 class Tools : public testing::TestWithParam<std::string> {
 protected:
+    [[nodiscard]] const std::filesystem::path& folder() const { return folder_.path(); }
     [[nodiscard]] std::string file(const char* name = "automacao.mdb") const {
         return (folder_ / name).string();
     }
@@ -414,6 +451,54 @@ TEST_P(Tools, RestorePutsACopyInPlace) {
     const ProgramResult result = run({"restore", copy, path});
     EXPECT_EQ(result.code, 1);
     EXPECT_THAT(result.err, HasSubstr("está aberto em outro programa"));
+}
+
+TEST_P(Tools, CreateLeavesTheFilesOfOthersAlone) {
+    std::ofstream(file("automacao.mdb-new")) << "meu";
+    EXPECT_THAT(outputOf({"create", file(), GetParam()}), IsEmpty());
+    std::ifstream other(file("automacao.mdb-new"));
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(other), {}), "meu");
+    EXPECT_THAT(filesIn(folder()), ElementsAre("automacao.mdb", "automacao.mdb-new"));
+}
+
+TEST_P(Tools, WhatIsInterruptedLeavesNothing) {
+    const std::string path = sample({"--cheques", "4000"});
+    const std::string copy = sample({"--cheques", "3000"}, "copia.mdb");
+    const std::vector<std::string> there = filesIn(folder());
+    const std::vector<std::vector<std::string>> runs = {
+        {"sample",           file("nova.mdb"), GetParam(),         "--cheques", "20000"},
+        {"compact",           path,                           file("menor.mdb")                                    },
+        {"salvage", path,file("salvo.mdb")},
+        {"restore", copy,                           path                                                                        },
+    };
+    for (const int signal : {SIGINT, SIGTERM})
+        for (const auto& words : runs) {
+            SCOPED_TRACE(words.front());
+            EXPECT_EQ(interrupted(words, folder(), signal), 128 + signal);
+            EXPECT_EQ(filesIn(folder()), there);
+        }
+    EXPECT_EQ(dumped(path, "cheques").size(), 4001U);
+}
+
+TEST_P(Tools, WhatAKilledCommandLeavesIsToldAndGoesWithTheNext) {
+    const std::string path = sample();
+    const std::string copy = sample({"--cheques", "3000"}, "copia.mdb");
+    EXPECT_EQ(interrupted({"restore", copy, path}, folder(), SIGKILL), 128 + SIGKILL);
+    const std::string theirs = "automacao.parcial-outra-1-1.mdb";
+    std::ofstream(file(theirs.c_str())) << "de outro computador";
+    ASSERT_EQ(std::ranges::count_if(filesIn(folder()), isPart), 2);
+
+    const ProgramResult told = run({"check", path});
+    EXPECT_EQ(told.code, 3) << told.out;
+    EXPECT_THAT(told.out, AllOf(HasSubstr("sobra de um comando que foi interrompido"),
+                                HasSubstr(theirs + "\", de um comando em andamento ou")));
+    EXPECT_EQ(run({"check", copy}).code, 0);
+
+    EXPECT_EQ(run({"restore", copy, path}).code, 0);
+    std::vector<std::string> left = filesIn(folder());
+    std::erase_if(left, [](const std::string& name) { return !isPart(name); });
+    EXPECT_THAT(left, ElementsAre(theirs));
+    EXPECT_EQ(dumped(path, "cheques").size(), 3001U);
 }
 
 } // namespace
