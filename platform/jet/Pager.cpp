@@ -122,6 +122,7 @@ void Pager::refresh() {
     forgetCache();
     pageCount_ = committedPageCount_ = static_cast<std::uint32_t>(pages);
     ++generation_;
+    ++refreshes_;
 }
 
 void Pager::forgetCache() noexcept {

@@ -472,6 +472,27 @@ TEST_P(DatabaseFile, TwoOpeningsReadAndWriteInTurn) {
     EXPECT_TRUE(std::filesystem::exists(folder / "loja.ldb"));
 }
 
+TEST_P(DatabaseFile, ALongTextOfARowThatAnotherHasChangedMeanwhileIsAConflict) {
+    Database first(path);
+    Table& table = first.createTable(shopCheques());
+    Row row = cheque(1, "1");
+    row[kObsAt] = std::string(9000, 'm');
+    const RowId id = table.insert(row);
+    first.flush();
+    RowReader reader = table.reader();
+    const RowView* seen = reader.read(id);
+    ASSERT_NE(seen, nullptr);
+    Database second(path);
+    const Assignment change[] = {
+        {kObsAt, std::string(9000, 'n')}
+    };
+    second.table("cheques").update(id, change);
+    second.flush();
+    first.pager().look([] {}); // takes the news in
+    EXPECT_EQ(errorOf([&] { static_cast<void>(seen->value(kObsAt)); }), Errc::conflict);
+    EXPECT_EQ(reader.read(id)->value(kObsAt), Value(std::string(9000, 'n')));
+}
+
 TEST_P(DatabaseFile, TheLockFileGoesWithTheLastOpening) {
     { Database file(path); }
     EXPECT_FALSE(std::filesystem::exists(folder / "loja.ldb"));
