@@ -368,7 +368,7 @@ void Database::begin() {
 void Database::commit() {
     if (!parts_->explicitTransaction)
         throw Error(Errc::misuse, "Não há transação aberta.");
-    parts_->pager.commit();
+    parts_->commit();
     parts_->catalogChanged = false;
     parts_->end();
 }
@@ -385,8 +385,7 @@ void Database::commitLater() {
     }
     parts_->explicitTransaction = false;
     parts_->gathersTransactions = true;
-    if (!parts_->pendingSince)
-        parts_->pendingSince = std::chrono::steady_clock::now();
+    parts_->gather(std::exchange(parts_->inTransaction, 0));
     parts_->flushIfDue();
 }
 
@@ -396,6 +395,7 @@ void Database::rollback() {
     if (parts_->onGathered) {
         parts_->onGathered.reset();
         parts_->explicitTransaction = false;
+        parts_->inTransaction = 0;
     } else {
         parts_->end();
     }
@@ -410,6 +410,7 @@ void Database::claim() { const Parts::Change change(*parts_); }
 bool Database::inTransaction() const noexcept { return parts_->explicitTransaction; }
 void Database::flushIfDue() { parts_->flushIfDue(); }
 void Database::flush() { parts_->flush(); }
+Database::Tally Database::tally() const noexcept { return parts_->tally; }
 void Database::setNewsHold(std::chrono::milliseconds time) {
     if (parts_->sharing)
         parts_->sharing->setNewsHold(time);

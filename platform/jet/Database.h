@@ -124,8 +124,19 @@ public:
     /// Changes made outside an explicit transaction are gathered and written together, at the
     /// latest when they are half a second old: by the next change, or by this function, which who
     /// holds an idle database calls from time to time.
+    ///
+    /// What can't be written stays gathered, and each later flush tries again; meanwhile nobody has
+    /// to wait for it. If another station writes first, what was gathered here is undone: whoever
+    /// looks at the file next is told, by Error{conflict}.
     void flushIfDue();
     void flush();
+    /// Of the rows inserted, updated and erased here, how many are on the disk and how many are
+    /// gathered.
+    struct Tally {
+        std::uint64_t written = 0;
+        std::uint64_t gathered = 0;
+    };
+    [[nodiscard]] Tally tally() const noexcept;
 
     /// For how long what was last heard of other stations holds: what is read may then be older by
     /// as much than what they have written by now, though still all of one state of the file, and

@@ -21,8 +21,15 @@ constexpr milliseconds kWaitingEvery{10};
 
 void Database::Parts::share(bool mayWrite, std::function<void()> onNews) {
     sharing.emplace(pager.file(), pager.format(), [this, onNews = std::move(onNews)] {
+        const bool overtaken = pendingSince.has_value();
+        if (overtaken)
+            dropGathered();
         pager.refresh();
         onNews();
+        if (overtaken)
+            throw Error(Errc::conflict,
+                        "As últimas alterações feitas aqui foram desfeitas: enquanto não podiam "
+                        "ser gravadas, outra estação alterou o banco de dados.");
     });
     sharing->enter(mayWrite);
     pager.refresh();
@@ -48,6 +55,18 @@ void Database::Parts::lose(Entry& entry, const Error& why) {
     lost.back() = std::move(entry.table);
 }
 
+/// An explicit transaction that stands on them goes on; it has changed nothing yet, or others would
+/// have been kept out.
+void Database::Parts::dropGathered() noexcept {
+    pager.rollback();
+    onGathered.reset();
+    gathersTransactions = false;
+    pendingSince.reset();
+    tally.gathered = 0;
+    if (explicitTransaction)
+        pager.begin();
+}
+
 Database::Parts::Change::Change(Parts& parts) : parts_(parts) {
     if (parts.changes_ == 0) {
         if (parts.readOnly)
@@ -70,8 +89,22 @@ void Database::Parts::end() noexcept {
     onGathered.reset();
     explicitTransaction = gathersTransactions = false;
     pendingSince.reset();
+    tally.gathered = inTransaction = 0;
     if (sharing)
         sharing->endWriting();
+}
+
+void Database::Parts::gather(std::uint64_t changes) {
+    if (!pendingSince)
+        pendingSince = steady_clock::now();
+    tally.gathered += changes;
+}
+
+void Database::Parts::commit() {
+    if (sharing && pager.hasChanges())
+        sharing->beginWriting(); // given back if an earlier attempt failed
+    pager.commit();
+    tally.written += std::exchange(tally.gathered, 0) + std::exchange(inTransaction, 0);
 }
 
 void Database::Parts::flush() {
@@ -79,25 +112,37 @@ void Database::Parts::flush() {
         return;
     flushing_ = true;
     try {
-        pager.commit();
+        commit();
     } catch (const Error& error) {
         flushing_ = false;
         // What another program has overtaken can never be written.
         if (error.code() == Errc::conflict)
             end();
+        else
+            setAside();
         throw;
     } catch (...) {
         flushing_ = false;
+        setAside();
         throw;
     }
     flushing_ = false;
     end();
 }
 
+/// What couldn't be written waits for the next attempt, and keeps nobody waiting until then.
+void Database::Parts::setAside() noexcept {
+    pendingSince = steady_clock::now();
+    if (sharing)
+        sharing->endWriting();
+}
+
 void Database::Parts::flushIfDue() {
     // The program's clock may strike while the wait hook lets its window be painted.
     if (!pendingSince || explicitTransaction || flushing_ || changes_ > 0)
         return;
+    if (sharing && sharing->isWrittenByOther())
+        return; // set aside: it would wait
     const auto now = steady_clock::now();
     bool due = now - *pendingSince >= kLongestPending;
     if (!due && sharing && now - askedForWaiting_ >= kWaitingEvery) {

@@ -31,6 +31,8 @@ struct Database::Parts {
     bool gathersTransactions = false; ///< what is gathered ends with one: see commitLater()
     bool catalogChanged = false;      ///< by the open transaction
     std::optional<std::chrono::steady_clock::time_point> pendingSince;
+    Tally tally;
+    std::uint64_t inTransaction = 0; ///< changes of the explicit one
 
     /// Of a file that nobody else knows: Sharing comes with share().
     Parts(std::filesystem::path where, Header head, TextSettings textSettings, File file,
@@ -72,8 +74,10 @@ struct Database::Parts {
         Pager::Statement undo(pager);
         const auto keep = [&] {
             undo.keep();
-            if (!explicitTransaction && !pendingSince)
-                pendingSince = std::chrono::steady_clock::now();
+            if (explicitTransaction)
+                ++inTransaction;
+            else
+                gather(1);
         };
         if constexpr (std::is_void_v<decltype(change())>) {
             change();
@@ -87,10 +91,17 @@ struct Database::Parts {
 
     /// Nothing is gathered and no transaction open any more; what wasn't written is undone.
     void end() noexcept;
+    /// So many more changes wait to be written.
+    void gather(std::uint64_t changes);
+    /// Writes the changed pages. @throws as Pager::commit().
+    void commit();
     void flush();
     void flushIfDue();
 
 private:
+    void dropGathered() noexcept;
+    void setAside() noexcept;
+
     bool lookedAround_ = false;
     std::optional<std::string> advice_; ///< on the folder, once we have looked around
     std::optional<std::string> told_;

@@ -105,6 +105,8 @@ public:
     [[nodiscard]] bool isWriting() const noexcept { return writing_; }
     /// Whether another station waits for W.
     [[nodiscard]] bool isAwaited() const;
+    /// Whether another station has W at this moment.
+    [[nodiscard]] bool isWrittenByOther() const;
     /// @throws Error{locked} if readers don't leave or a foreign program has come: the transaction
     ///         is as it was; Error{conflict} if one has written meanwhile, heeding our locks or
     ///         not; and as Committer::commit.

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <optional>
 
 using namespace jet;
@@ -140,6 +141,82 @@ TEST_P(GatheredTransactions, AreKeptWhenTheDiskIsFullAndWrittenWhenItIsNot) {
     disk.failWrites.clear();
     file->flush();
     EXPECT_EQ(count(*other), 1);
+}
+
+// Each later flush tries again, and nobody waits for the one that failed.
+TEST_P(GatheredTransactions, ThatCouldNotBeWrittenKeepNobodyFromWriting) {
+    addLater(1);
+    disk.failWrites = std::string(kPath) + "-journal";
+    EXPECT_THROW(file->flush(), Error);
+    EXPECT_EQ(file->tally().gathered, 1U);
+    {
+        File lock("/loja/automacao.ldb", File::Mode::readWrite, disk);
+        EXPECT_FALSE(lock.isHeld(LockFile::kWriting));
+    }
+    addLater(2);
+    EXPECT_EQ(count(*file), 2);
+    disk.failWrites.clear();
+    file->flush();
+    EXPECT_EQ(count(*other), 2);
+    EXPECT_EQ(file->tally().written, 2U);
+    EXPECT_EQ(file->tally().gathered, 0U);
+    expectClean();
+}
+
+TEST_P(GatheredTransactions, ThatCouldNotBeWrittenAreUndoneIfAnotherWritesFirst) {
+    const auto fail = [&](std::int64_t client) {
+        addLater(client);
+        disk.failWrites = std::string(kPath) + "-journal";
+        EXPECT_THROW(file->flush(), Error);
+        disk.failWrites.clear();
+        add(*other, 100 + client);
+        other->flush();
+    };
+    const auto conflict = [](const std::function<void()>& work) {
+        try {
+            work();
+        } catch (const Error& error) {
+            return error.code() == Errc::conflict;
+        }
+        return false;
+    };
+    fail(1);
+    EXPECT_TRUE(conflict([&] { static_cast<void>(contentOf(*file)); })) << "reading";
+    EXPECT_EQ(contentOf(*file), contentOf(*other));
+    fail(2);
+    EXPECT_TRUE(conflict([&] { file->flush(); })) << "writing";
+    EXPECT_EQ(contentOf(*file), contentOf(*other));
+    fail(3);
+    EXPECT_TRUE(conflict([&] { addLater(4); })) << "changing more";
+    EXPECT_EQ(contentOf(*file), contentOf(*other));
+    fail(5);
+    file->begin();
+    EXPECT_TRUE(conflict([&] { file->claim(); })) << "in a transaction";
+    add(*file, 6); // which goes on
+    file->commit();
+    EXPECT_EQ(contentOf(*file), contentOf(*other));
+    EXPECT_EQ(count(*other), 5);
+    EXPECT_EQ(file->tally().written, 1U);
+    expectClean();
+}
+
+TEST_P(GatheredTransactions, AreCountedUntilTheyAreWritten) {
+    addLater(1);
+    add(*file, 2);
+    {
+        Transaction undone(*file);
+        add(*file, 3);
+    }
+    EXPECT_EQ(file->tally().gathered + file->tally().written, 2U);
+    file->flush();
+    EXPECT_EQ(file->tally().written, 2U);
+    {
+        Transaction both(*file);
+        add(*file, 4);
+        add(*file, 5);
+        both.commit();
+    }
+    EXPECT_EQ(file->tally().written, 4U);
 }
 
 TEST_P(GatheredTransactions, ThatChangeNothingHoldNobodyUp) {
