@@ -193,9 +193,11 @@ void FrmLocCHTerceiros::lstterceiros_ItemClick(const QString& /*chave*/, int lin
 
 // Deliberate: nothing is asked before and nothing is said afterwards.
 void FrmLocCHTerceiros::cmdsalvar_Click() {
-    const Alterados alterados = baixarMarcados();
+    Alterados alterados;
+    Mirtal::excluirMuitos("baixado", [&] { alterados = baixarMarcados(); });
     if (!alterados.lancamentos.isEmpty())
         return mostrarAlterados(alterados);
+    // An emptied list says that all of it is stored.
     txtbanco->setText("");
     txtcliente->setText("");
     lstterceiros->clear();
@@ -221,7 +223,6 @@ FrmLocCHTerceiros::Alterados FrmLocCHTerceiros::baixarMarcados() {
             repintura.repaint();
         }
     }
-    dbconectar::instance().Automacao.flush(); // an emptied list says that all of it is stored
     return alterados;
 }
 

@@ -68,7 +68,7 @@ void FrmApagar::cmdExcluir_Click() {
         }
         comando += " and banco=" + QString::number(*codigo);
     }
-    excluir(comando);
+    Mirtal::excluirMuitos("excluído", [&] { excluir(comando); });
     Mirtal::mensagem("");
     showMessage("Operação concluída !", "Mensagem", MessageIcon::information);
     txtdtinicial->setValue(QDate::currentDate());

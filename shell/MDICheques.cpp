@@ -4,6 +4,7 @@
 #include "controls/Icons.h"
 #include "controls/MessageBox.h"
 #include "controls/WindowList.h"
+#include "jet/Error.h"
 #include "shell/AreaDeTrabalho.h"
 #include "shell/Comandos.h"
 #include "shell/CopiaDeSeguranca.h"
@@ -217,7 +218,10 @@ void MDICheques::executar(const Comandos::Comando* comando) {
     guarded([&] {
         if (comando->modo)
             Mirtal::modo = comando->modo;
+        const auto antes = tentadoCom_;
         comando->abrir();
+        if (tentadoCom_ == antes)
+            tentadoCom_.reset(); // it wasn't the end
     });
 }
 
@@ -249,12 +253,31 @@ void MDICheques::cuidarDaCopia() {
 
 void MDICheques::largarCopia() { copia_.reset(); }
 
+bool MDICheques::podeEncerrar() {
+    ado::Connection& base = dbconectar::instance().Automacao;
+    if (!dbconectar::instance().aberto())
+        return true;
+    const std::uint64_t gravadas = base.database().tally().written;
+    if (std::exchange(tentadoCom_, gravadas) == gravadas)
+        return true;
+    try {
+        base.flush();
+        return true;
+    } catch (const jet::Error& erro) {
+        showMessage(erro.what() +
+                        QString("\n\nAs últimas alterações ainda não foram gravadas, e por "
+                                "isso o programa continua aberto. Saindo de novo agora, "
+                                "elas se perdem."),
+                    "Mensagem", MessageIcon::exclamation);
+        return false;
+    }
+}
+
 void MDICheques::encerrar() {
     if (encerrado_)
         return;
-    // What can't be written is told, and the program goes on; who insists ends it without that.
-    if (!std::exchange(insistido_, true) && dbconectar::instance().aberto())
-        dbconectar::instance().Automacao.database().flush();
+    if (!podeEncerrar())
+        return;
     encerrado_ = true;
     largarCopia();
     userSettings().setValue(kPlaceKey, saveGeometry());

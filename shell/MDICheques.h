@@ -5,6 +5,7 @@
 #include <QMainWindow>
 #include <QTimer>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -46,7 +47,8 @@ public:
     void avisar();
 
     /// Closes the data and ends the program at once, whatever windows are open.
-    /// @throws jet::Error the first time, and the program goes on, if something can't be written.
+    /// What can't be written is told, and the program goes on; who asks again at once, without
+    /// other work in between, ends it without that. @throws jet::Error then.
     void encerrar();
 
 protected:
@@ -66,6 +68,8 @@ private:
     void mostrarDano(const std::optional<Dano>& dano);
     void dano_Click();
     void Relogio_Timer();
+    /// Whether the program may end now: all is written, or that has been tried in vain before.
+    [[nodiscard]] bool podeEncerrar();
 
     QToolBar* Toolbar1;
     QLabel* mensagem_;
@@ -77,5 +81,6 @@ private:
     std::unique_ptr<CopiaDeSeguranca> copia_;
     int segundos_ = 0;
     bool encerrado_ = false;
-    bool insistido_ = false; ///< the end has been tried before
+    /// What the file said to be written when the end failed; nothing if other work came after.
+    std::optional<std::uint64_t> tentadoCom_;
 };

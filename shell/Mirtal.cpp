@@ -8,6 +8,7 @@
 #include "shell/dbconectar.h"
 
 #include <chrono>
+#include <cstdint>
 #include <iterator>
 #include <utility>
 
@@ -62,6 +63,27 @@ void apagarPorChave(const QString& tabela, const QString& campo, const QString& 
     visto ? rs.Delete(*visto) : rs.Delete();
     rs.Close();
     exclusao.commit();
+}
+
+void excluirMuitos(const char* feito, const std::function<void()>& trabalho) {
+    dbconectar& dados = dbconectar::instance();
+    dados.Automacao.flush(); // what waits from before isn't part of it
+    const std::uint64_t antes = dados.Automacao.database().tally().written;
+    try {
+        trabalho();
+        dados.Automacao.flush();
+    } catch (const jet::Error& erro) {
+        if (!dados.gravarPendentes())
+            dados.Automacao.discard();
+        mensagem("");
+        const std::uint64_t quantos = dados.Automacao.database().tally().written - antes;
+        const QString foram = quantos == 0 ? QString("Nenhum cheque foi %1.").arg(feito)
+                              : quantos == 1
+                                  ? QString("1 cheque já foi %1.").arg(feito)
+                                  : QString("%1 cheques já foram %2s.").arg(quantos).arg(feito);
+        throw jet::Error(erro.code(), erro.what() + ("\n\n" + foram).toStdString() +
+                                          " Os outros continuam cadastrados.");
+    }
 }
 
 void preencherLista(DropDownList& lista, ado::Recordset& rs, const QString& campo,

@@ -8,6 +8,7 @@
 #include "jet/Backup.h"
 #include "jet/Error.h"
 #include "jet/Waiting.h"
+#include "shell/Gravacao.h"
 #include "shell/MDICheques.h"
 #include "shell/OutraVersao.h"
 #include "shell/dbconectar.h"
@@ -26,6 +27,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
+#include <optional>
 #include <unistd.h>
 #include <utility>
 
@@ -109,35 +111,33 @@ void anotarDano(const std::exception_ptr& falha) {
     }
 }
 
-/// What was deleted or settled is gathered for a moment before it is written. That it can't be
-/// written is said once, and tried again each time.
-class Gravacao {
-public:
-    void operator()() {
-        if (HandlersPaused::anyLives())
-            return;
-        try {
-            dbconectar::instance().Automacao.flushIfDue();
-            falhou_ = false;
-        } catch (const jet::Error& erro) {
-            if (!std::exchange(falhou_, true)) {
-                const bool espera =
-                    dbconectar::instance().Automacao.database().pager().inTransaction();
-                naoDita_ = std::make_exception_ptr(
-                    jet::Error(erro.code(), erro.what() + std::string(espera ? kEspera : "")));
-            }
-        }
-        // With another failure on show it is said after that one.
-        if (naoDita_ && !isFailing())
-            guarded([this] { std::rethrow_exception(std::exchange(naoDita_, nullptr)); });
+/// Whether the same, tried again, may go well: it was the machine that failed, not what was asked.
+bool podeDarCerto(const std::exception_ptr& falha) {
+    try {
+        std::rethrow_exception(falha);
+    } catch (const jet::Error& erro) {
+        return erro.code() == jet::Errc::io || erro.code() == jet::Errc::full;
+    } catch (const std::bad_alloc&) {
+        return true;
+    } catch (...) {
+        return false;
     }
+}
 
-private:
-    static constexpr const char* kEspera =
-        " As últimas alterações ainda não foram gravadas: o programa continua tentando sozinho.";
-    bool falhou_ = false;
-    std::exception_ptr naoDita_;
-};
+/// What has become of that which the failure has met in the middle; nothing if there was nothing.
+QString desfecho() {
+    dbconectar& dados = dbconectar::instance();
+    QString texto;
+    try {
+        if (dados.desfazer())
+            texto += "O que estava sendo gravado foi desfeito. ";
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
+        // The file can't be used any more: the next opening undoes it, and says so.
+    }
+    if (!dados.gravarPendentes())
+        texto += "As últimas alterações não puderam ser gravadas. ";
+    return texto;
+}
 
 /// While the engine waits for another station the windows stay painted, the hourglass is on show
 /// and, when it takes longer, the status bar says what is waited for. Nothing else happens.
@@ -234,16 +234,16 @@ void atenderFalha(const std::exception_ptr& falha) {
 
 void relatarFalha(const std::exception_ptr& falha) {
     anotarDano(falha);
-    const char* conselho =
-        dbconectar::instance().aberto()
-            ? "O que estava sendo gravado foi desfeito. O programa será encerrado: "
-              "abra-o de novo e repita a última operação."
-            : "O programa será encerrado.";
+    QString texto = descricao(falha) + "\n\n";
+    if (dbconectar::instance().aberto())
+        texto += desfecho();
     dbconectar::descartar(); // before the message: no lock is held while it waits for an answer
+    texto += "O programa será encerrado";
+    texto += podeDarCerto(falha) ? ": abra-o de novo e repita a última operação." : ".";
     for (QWidget* janela : QApplication::topLevelWidgets())
         if (janela->windowType() == Qt::SplashScreen)
             janela->hide(); // it would stand over the message
-    showMessage(descricao(falha) + "\n\n" + conselho, "Valtrino", MessageIcon::critical);
+    showMessage(texto, "Valtrino", MessageIcon::critical);
     // Not by leaving the event loop: handlers still on the stack would go on with half-done work.
     std::_Exit(EXIT_FAILURE);
 }
@@ -259,17 +259,17 @@ int executarPrograma(int argc, char** argv) {
     jet::setWaitHook([&espera] { espera.mostrar(); });
     MDICheques::mostrarMensagens();
 
-    QTimer gravacao;
-    QObject::connect(&gravacao, &QTimer::timeout, Gravacao());
+    std::optional<Gravacao> gravacao;
     int status = EXIT_FAILURE;
     if (frmSplash::instance().load()) {
         // Only now: what is static and made later than this is gone when it runs.
         std::atexit(&fecharSemTela);
         const PedidoDeFim pedido;
-        gravacao.start(kFlushInterval);
+        gravacao.emplace(kFlushInterval);
         dbconectar::instance().Automacao.database().setNewsHold(kNewsHold);
         status = QApplication::exec();
     }
+    gravacao.reset();
     WindowList::instance().clear();
     dbconectar::descartar();
     jet::setWaitHook({});

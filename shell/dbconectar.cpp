@@ -1,6 +1,7 @@
 #include "shell/dbconectar.h"
 
 #include "ado/ConnectionString.h"
+#include "controls/MessageBox.h"
 #include "jet/Error.h"
 #include "shell/Configuracao.h"
 #include "shell/Mirtal.h"
@@ -8,6 +9,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -90,7 +92,10 @@ dbconectar::dbconectar() {
     Automacao.setConnectionString(kProvedor + ado::quotedValue(arquivo.toStdString()));
 }
 
+dbconectar::~dbconectar() { setBeforeMessages({}); }
+
 void dbconectar::abrir() {
+    setBeforeMessages([this] { gravarPendentes(); });
     std::optional<jet::Error> primeira;
     for (const auto& [conjunto, origem, dispensaveis] : kConjuntos) {
         ado::Recordset& rs = this->*conjunto;
@@ -115,13 +120,34 @@ void dbconectar::abrir() {
 
 bool dbconectar::aberto() const { return aberto_; }
 
-void dbconectar::desfazer() {
-    for (ado::Recordset* rs : {&rsCheques, &rsCliente, &rsBancos, &rsSemFundos})
-        if (rs->State() == ado::State::Open)
-            rs->CancelUpdate();
+bool dbconectar::desfazer() {
+    bool gravava = false;
+    for (ado::Recordset* rs : {&rsCheques, &rsCliente, &rsBancos, &rsSemFundos}) {
+        if (rs->State() == ado::State::Closed)
+            continue;
+        gravava = gravava || rs->EditMode() != ado::EditMode::None;
+        rs->CancelUpdate();
+    }
     if (Automacao.inTransaction())
         Automacao.RollbackTrans();
+    return Automacao.hasUndone() || gravava;
 }
+
+bool dbconectar::gravarPendentes() noexcept {
+    try {
+        if (Automacao.State() == ado::State::Open)
+            Automacao.flush();
+        return true;
+    } catch (const jet::Error& erro) {
+        if (erro.code() == jet::Errc::conflict)
+            perdido_ = erro.what();
+        return false;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+QString dbconectar::perdido() { return std::exchange(perdido_, QString()); }
 
 void dbconectar::fechar() {
     aberto_ = false;

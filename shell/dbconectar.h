@@ -3,6 +3,7 @@
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
 
+#include <QString>
 #include <QStringList>
 
 /// The one way to the shop's data: the connection and the four recordsets that stay open for the
@@ -20,10 +21,11 @@ public:
 
     dbconectar(const dbconectar&) = delete;
     dbconectar& operator=(const dbconectar&) = delete;
-    ~dbconectar() = default;
+    ~dbconectar();
 
     /// Opens the recordsets, and the connection with the first. Of a file that lacks some of their
-    /// tables the others are opened: see faltas().
+    /// tables the others are opened: see faltas(). From then on no message waits for its answer
+    /// with something unwritten that other stations would have to wait for.
     /// @throws jet::Error, with a sentence that names the file tried and where its folder is set.
     void abrir();
     /// What abrir() has missed, a sentence each; the recordsets concerned say it too, whenever
@@ -32,7 +34,15 @@ public:
     /// Whether abrir() has succeeded and fechar() not been called since.
     [[nodiscard]] bool aberto() const;
     /// Undoes what was being saved: an open transaction, edits that are still pending.
-    void desfazer();
+    /// @return whether something was, or had been undone already since this was last called.
+    bool desfazer();
+    /// Writes all that waits to be written. Says nothing where that fails: it waits on then, keeps
+    /// no other station waiting, and is tried again by Gravacao.
+    /// @return whether nothing is left to be written.
+    bool gravarPendentes() noexcept;
+    /// What gravarPendentes() has found undone for good and the operator hasn't been told yet; ""
+    /// for nothing. Once.
+    [[nodiscard]] QString perdido();
     /// Closes rsCheques, rsCliente, rsBancos, rsSemFundos and the connection, in this order.
     void fechar();
 
@@ -49,4 +59,5 @@ private:
 
     QStringList faltas_;
     bool aberto_ = false;
+    QString perdido_;
 };

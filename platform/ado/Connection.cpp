@@ -25,7 +25,7 @@ void Connection::setConnectionString(const Text& text) { string_ = text.utf8(); 
 void Connection::Open() {
     if (session_)
         throw Error(Errc::misuse, "A conexão com o banco de dados já está aberta.");
-    session_ = std::make_unique<Session>(existingFile(dataSource(string_)));
+    session_ = std::make_unique<Session>(existingFile(dataSource(string_)), disk_);
 }
 
 void Connection::Open(const Text& connectionString) {
@@ -60,10 +60,13 @@ void Connection::CommitTrans() { session().commit(); }
 void Connection::RollbackTrans() { session().rollback(); }
 void Connection::commitLater() { session().commitLater(); }
 void Connection::flush() { session().flush(); }
+void Connection::discard() { session().discard(); }
 
 bool Connection::inTransaction() const noexcept {
     return session_ && session_->database().inTransaction();
 }
+
+bool Connection::hasUndone() noexcept { return session_ && session_->hasUndone(); }
 
 void Connection::flushIfDue() {
     if (session_)

@@ -24,6 +24,8 @@ public:
     /// "Provider=...;Data Source=<path of the file>": of the parts, separated by semicolons, only
     /// the data source counts. Used by the next Open().
     void setConnectionString(const Text& text);
+    /// Another disk than the system's for the next Open(); outlives the connection.
+    void setDisk(jet::Disk& disk) noexcept { disk_ = &disk; }
     [[nodiscard]] const std::string& ConnectionString() const noexcept { return string_; }
 
     /// Opens the file. Both / and \ separate folders, doubled ones count once; a folder or file
@@ -44,12 +46,17 @@ public:
     void CommitTrans();
     void RollbackTrans();
     [[nodiscard]] bool inTransaction() const noexcept;
+    /// Whether a transaction has been undone since this was last asked.
+    [[nodiscard]] bool hasUndone() noexcept;
     /// As CommitTrans(), but written together with the transactions that follow it within half a
     /// second: see jet::Database::commitLater(). Ends with flush().
     void commitLater();
     /// Writes all that is committed, or changed outside a transaction. @throws Error{io, full,
     /// ...}.
     void flush();
+
+    /// Undoes what is gathered and not written yet.
+    void discard();
 
     /// Writes changes made outside a transaction when they are old enough; to be called while
     /// idle, every half second or so. Does nothing if closed.
@@ -63,6 +70,7 @@ private:
     [[nodiscard]] Session& session() const;
 
     std::string string_;
+    jet::Disk* disk_ = nullptr;        ///< null: the system's
     std::unique_ptr<Session> session_; ///< null when closed
 };
 

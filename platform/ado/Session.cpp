@@ -13,10 +13,16 @@ namespace {
 /// which then costs about the same.
 constexpr std::size_t kMostNews = 8192;
 
+jet::Database::Options on(jet::Disk* disk) {
+    jet::Database::Options options;
+    options.disk = disk;
+    return options;
+}
+
 } // namespace
 
-Session::Session(const std::filesystem::path& path)
-    : database_(path), engine_(database_), generation_(database_.generation()),
+Session::Session(const std::filesystem::path& path, jet::Disk* disk)
+    : database_(path, on(disk)), engine_(database_), generation_(database_.generation()),
       refreshes_(database_.pager().refreshes()) {}
 
 void Session::lookForStrangers() {
@@ -95,6 +101,7 @@ void Session::rollback() {
     // Without asking the file for news: were they not to be had, nothing would be undone.
     if (database_.generation() != generation_)
         beginEpoch();
+    undone_ = true;
     database_.rollback();
     settle();
     for (auto change = undo_.rbegin(); change != undo_.rend(); ++change) {
@@ -117,6 +124,11 @@ void Session::flush() {
     lookForStrangers();
     database_.flush();
     settle();
+}
+
+void Session::discard() {
+    database_.discard();
+    beginEpoch();
 }
 
 /// A long work that only reads keeps nobody from writing. That it can't be written now is no matter

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace ado {
@@ -34,7 +35,8 @@ struct NewsPlace {
 /// engine's own users): then a new epoch begins, and every recordset's next Requery() reads all.
 class Session {
 public:
-    explicit Session(const std::filesystem::path& path);
+    /// `disk` is null for the system's.
+    Session(const std::filesystem::path& path, jet::Disk* disk);
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
@@ -56,6 +58,8 @@ public:
     void rollback();
     void flushIfDue();
     void flush();
+    void discard();
+    [[nodiscard]] bool hasUndone() noexcept { return std::exchange(undone_, false); }
 
     /// Where the news end now.
     [[nodiscard]] NewsPlace now();
@@ -86,6 +90,7 @@ private:
     std::vector<Change> news_;  ///< the newest; those before were dropped
     std::uint64_t dropped_ = 0; ///< how many
     std::vector<Change> undo_;  ///< of the open transaction
+    bool undone_ = false;       ///< a transaction, since last asked
 };
 
 } // namespace ado

@@ -53,6 +53,13 @@ MessageAnswer askOperator(const Message& message) {
     return other ? MessageAnswer::stored : MessageAnswer::back;
 }
 
+int onShow = 0;
+
+std::function<void()>& beforeMessages() {
+    static std::function<void()> work;
+    return work;
+}
+
 MessageFunction& messageFunction() {
     static MessageFunction function;
     return function;
@@ -70,8 +77,20 @@ std::ostream& operator<<(std::ostream& out, const Message& message) {
 }
 
 MessageAnswer showMessage(const Message& message) {
+    if (beforeMessages())
+        beforeMessages()();
+    struct OnShow {
+        OnShow() { ++onShow; }
+        OnShow(const OnShow&) = delete;
+        OnShow& operator=(const OnShow&) = delete;
+        ~OnShow() { --onShow; }
+    } const counted;
     return messageFunction() ? messageFunction()(message) : askOperator(message);
 }
+
+bool isMessageOnShow() noexcept { return onShow > 0; }
+
+void setBeforeMessages(std::function<void()> work) { beforeMessages() = std::move(work); }
 
 MessageAnswer showMessage(const QString& text, const QString& title, MessageIcon icon,
                           MessageButtons buttons) {

@@ -37,6 +37,13 @@ MessageAnswer showMessage(const Message& message);
 MessageAnswer showMessage(const QString& text, const QString& title, MessageIcon icon,
                           MessageButtons buttons = MessageButtons::ok);
 
+/// Whether a message waits for its answer.
+[[nodiscard]] bool isMessageOnShow() noexcept;
+
+/// Sets what is done before each message: it may wait for its answer for hours, and whatever others
+/// wait for must have been given back by then. It mustn't throw.
+void setBeforeMessages(std::function<void()> work);
+
 /// What is asked in place of the operator.
 using MessageFunction = std::function<MessageAnswer(const Message&)>;
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "controls/Failure.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 
@@ -7,7 +9,7 @@
 
 /// Keeps the windows painted during long work, which asks after each of its steps whether it is
 /// time again. What the operator presses meanwhile waits until the work is done: it may close or
-/// open the very window that works.
+/// open the very window that works. No other handler runs in its middle.
 class Repainting {
 public:
     explicit Repainting(std::chrono::milliseconds interval)
@@ -15,6 +17,7 @@ public:
 
     [[nodiscard]] bool due() const { return next_.hasExpired(); }
     void repaint() {
+        const HandlersPaused paused;
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
         next_.setRemainingTime(interval_);
     }

@@ -410,6 +410,10 @@ void Database::claim() { const Parts::Change change(*parts_); }
 bool Database::inTransaction() const noexcept { return parts_->explicitTransaction; }
 void Database::flushIfDue() { parts_->flushIfDue(); }
 void Database::flush() { parts_->flush(); }
+void Database::discard() noexcept {
+    if (!parts_->explicitTransaction && parts_->pendingSince)
+        parts_->end();
+}
 Database::Tally Database::tally() const noexcept { return parts_->tally; }
 void Database::setNewsHold(std::chrono::milliseconds time) {
     if (parts_->sharing)

@@ -130,6 +130,8 @@ public:
     /// looks at the file next is told, by Error{conflict}.
     void flushIfDue();
     void flush();
+    /// Undoes what is gathered. Nothing is done while an explicit transaction is open.
+    void discard() noexcept;
     /// Of the rows inserted, updated and erased here, how many are on the disk and how many are
     /// gathered.
     struct Tally {

@@ -21,12 +21,11 @@ constexpr milliseconds kWaitingEvery{10};
 
 void Database::Parts::share(bool mayWrite, std::function<void()> onNews) {
     sharing.emplace(pager.file(), pager.format(), [this, onNews = std::move(onNews)] {
-        const bool overtaken = pendingSince.has_value();
-        if (overtaken)
+        if (pendingSince)
             dropGathered();
         pager.refresh();
         onNews();
-        if (overtaken)
+        if (std::exchange(overtaken_, false))
             throw Error(Errc::conflict,
                         "As últimas alterações feitas aqui foram desfeitas: enquanto não podiam "
                         "ser gravadas, outra estação alterou o banco de dados.");
@@ -58,6 +57,7 @@ void Database::Parts::lose(Entry& entry, const Error& why) {
 /// An explicit transaction that stands on them goes on; it has changed nothing yet, or others would
 /// have been kept out.
 void Database::Parts::dropGathered() noexcept {
+    overtaken_ = true;
     pager.rollback();
     onGathered.reset();
     gathersTransactions = false;

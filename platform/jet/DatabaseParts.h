@@ -107,6 +107,7 @@ private:
     std::optional<std::string> told_;
     unsigned changes_ = 0; ///< that live, one inside the other
     bool flushing_ = false;
+    bool overtaken_ = false; ///< what was gathered has been dropped, and nobody told yet
     std::chrono::steady_clock::time_point askedForWaiting_{};
 };
 

@@ -367,7 +367,8 @@ TEST_P(RulesOfTheFile, ASettlementStopsAtTheChequeThatMayNotGo) {
     click(form, "chkdescontar");
     for (const int row : {0, 1, 2})
         clickCheckBox(form, "lstterceiros", row);
-    expectRefusal(refusedDeletion("2"));
+    expectRefusal(refusedDeletion("2") +
+                  "\n\n1 cheque já foi baixado. Os outros continuam cadastrados.");
     click(form, "cmdsalvar");
     expectReady();
     EXPECT_THAT(cheques(), ElementsAre("2", "3")) << "each is settled on its own";
@@ -432,7 +433,9 @@ TEST_P(RulesOfTheFile, APurgeStopsAtTheChequeThatMayNotGo) {
     auto& form = open<FrmApagar>();
     type(form, "txtdtinicial", "01042026");
     type(form, "txtdtfinal", "30042026");
-    expectRefusal(refusedDeletion("3")); // after the first; the second is left, as always
+    // After the first; the second is left, as always.
+    expectRefusal(refusedDeletion("3") +
+                  "\n\n1 cheque já foi excluído. Os outros continuam cadastrados.");
     click(form, "cmdExcluir");
     expectReady();
     EXPECT_THAT(cheques(), ElementsAre("2", "3"));
