@@ -78,6 +78,7 @@ TEST_F(SharedRoutines, DeleteByKeyRefusesARowThatAnotherStationHasChangedSinceIt
     givenBanks();
     data().Automacao.database().flush();
     EXPECT_EQ(data().rsBancos["nome"].text(), "Sul");
+    const ado::Shown before = data().rsBancos.shown();
     {
         ado::Connection other;
         other.Open(data().Automacao.ConnectionString());
@@ -86,12 +87,14 @@ TEST_F(SharedRoutines, DeleteByKeyRefusesARowThatAnotherStationHasChangedSinceIt
         theirs["nome"] = "Sul e Oeste";
         theirs.Update();
     }
-    EXPECT_EQ(failureOf([] { Mirtal::apagarPorChave("bancos", "cod_banco", "237", false); }),
-              jet::Errc::conflict);
+    const auto apagar = [](const ado::Shown& visto) {
+        Mirtal::apagarPorChave("bancos", "cod_banco", "237", false, visto);
+    };
+    EXPECT_EQ(failureOf([&] { apagar(before); }), jet::Errc::conflict);
     EXPECT_EQ(rows("select * from bancos").size(), 3U);
     data().rsBancos.Requery();
     EXPECT_EQ(data().rsBancos["nome"].text(), "Sul e Oeste"); // now it has been seen
-    Mirtal::apagarPorChave("bancos", "cod_banco", "237", false);
+    apagar(data().rsBancos.shown());
     EXPECT_EQ(rows("select * from bancos").size(), 2U);
 }
 
