@@ -63,15 +63,17 @@ std::unique_ptr<dbconectar>& unico() {
 }
 
 // The only help there is when the shop's file isn't where the program looks for it: no window opens
-// then, the folder chooser neither.
-jet::Error falhaAoAbrir(const jet::Error& causa) {
+// then, the folder chooser neither. The path is said once, as the system writes it.
+jet::Error falhaAoAbrir(const jet::Error& causa, const std::string& conexao) {
+    const QString arquivo = QString::fromStdString(ado::dataSource(conexao).string());
+    QString motivo = causa.what();
+    if (!motivo.contains(arquivo))
+        motivo.prepend("Não foi possível abrir a base de dados em\n" + arquivo + "\n\n");
     return {causa.code(),
-            QString("Não foi possível abrir a base de dados em\n%1%2\n\n%3\n\n"
-                    "A pasta da base é a primeira linha do arquivo\n%4\n"
+            QString("%1\n\nA pasta da base é a primeira linha do arquivo\n%2\n"
                     "(sem esse arquivo, é a pasta do programa). Coloque a base nessa pasta ou "
                     "corrija o arquivo, e abra o programa de novo.")
-                .arg(Mirtal::DatabaseFolder, kArquivo, causa.what(),
-                     Configuracao::caminho(Configuracao::pastaDoPrograma()))
+                .arg(motivo, Configuracao::caminho(Configuracao::pastaDoPrograma()))
                 .toStdString()};
 }
 
@@ -105,14 +107,14 @@ void dbconectar::abrir() {
                 rs.addOptional(campo);
         } catch (const jet::Error& causa) {
             if (Automacao.State() == ado::State::Closed || causa.code() != jet::Errc::notFound)
-                throw falhaAoAbrir(causa);
+                throw falhaAoAbrir(causa, Automacao.ConnectionString());
             if (!primeira)
                 primeira = causa;
             faltas_.append(causa.what());
         }
     }
     if (primeira && faltas_.size() == std::ssize(kConjuntos))
-        throw falhaAoAbrir(*primeira); // that isn't the shop's file
+        throw falhaAoAbrir(*primeira, Automacao.ConnectionString()); // that isn't the shop's file
     if (rsBancos.State() == ado::State::Open && !rsBancos.missing("nome"))
         rsBancos.addAlias("banco", "nome"); // as the purge asks for a bank by its name
     aberto_ = true;

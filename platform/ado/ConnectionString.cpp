@@ -143,11 +143,8 @@ fs::path existingFile(const fs::path& path) {
     for (const fs::path& name : path.relative_path()) {
         auto next = entry(found, name);
         if (!next)
-            throw Error(
-                Errc::notFound,
-                "O banco de dados não foi encontrado em \"" + asUtf8(path) +
-                    "\". A pasta onde ele fica está escrita no arquivo init.ini, na pasta do "
-                    "programa; sem esse arquivo, o banco deve ficar na própria pasta do programa.");
+            throw Error(Errc::notFound,
+                        "O banco de dados não foi encontrado em \"" + asUtf8(path) + "\".");
         found = std::move(*next);
     }
     return found;

@@ -19,7 +19,7 @@ namespace ado {
 /// The file of that path, or one whose name, or the names of whose folders, differ only in case:
 /// the shop's folders come from a system that doesn't tell them apart. The exact name is
 /// preferred; of several others, the first in alphabetical order.
-/// @throws Error{notFound} with the path tried, and where it is configured.
+/// @throws Error{notFound} with the path tried.
 [[nodiscard]] std::filesystem::path existingFile(const std::filesystem::path& path);
 
 } // namespace ado

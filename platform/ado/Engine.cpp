@@ -70,17 +70,22 @@ constexpr Message kMessages[] = {
     // The second for tables that SQLite would make about itself.
     if (result == SQLITE_AUTH || message == "not authorized")
         throw Error(Errc::notFound,
-                    "O comando pede uma tabela ou função que não existe neste banco de "
-                    "dados (" +
-                        std::string(message) + ").");
+                    "Foi pedida uma tabela ou função que não existe neste banco de dados.");
     for (const Message& known : kMessages) {
         if (message.starts_with(known.beginning))
             throw Error(known.code, known.portuguese + std::string("\"") +
                                         std::string(message.substr(known.beginning.size())) +
                                         "\".");
     }
-    throw Error(Errc::syntax,
-                "O comando não foi entendido pelo banco de dados (" + std::string(message) + ").");
+    // What else SQLite says is in English and of no use at the counter, but for the place.
+    constexpr std::string_view kNear = "near \"";
+    std::string place;
+    if (const auto end = message.rfind('"'); message.starts_with(kNear) && end >= kNear.size())
+        place =
+            ", perto de \"" + std::string(message.substr(kNear.size(), end - kNear.size())) + "\"";
+    throw Error(Errc::syntax, "O pedido não foi entendido pelo banco de dados" + place +
+                                  ". Um apóstrofo ou outro sinal no que foi digitado pode ser a "
+                                  "causa.");
 }
 
 /// A value as SQL sees it; see VirtualTable.h.

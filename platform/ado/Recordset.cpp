@@ -265,7 +265,7 @@ void Recordset::MoveFirst() {
     parts.catchUp();
     parts.arrive(parts.rows->first(), Parts::At::afterLast);
     if (parts.at != Parts::At::row)
-        noRow("o conjunto está vazio");
+        noRow("a lista está vazia");
 }
 
 void Recordset::MoveLast() {
@@ -274,7 +274,7 @@ void Recordset::MoveLast() {
     parts.catchUp();
     parts.arrive(parts.rows->last(), Parts::At::afterLast);
     if (parts.at != Parts::At::row)
-        noRow("o conjunto está vazio");
+        noRow("a lista está vazia");
 }
 
 void Recordset::MoveNext() {
@@ -282,7 +282,7 @@ void Recordset::MoveNext() {
     Parts& parts = open();
     parts.catchUp();
     if (parts.at == Parts::At::afterLast)
-        noRow("o fim do conjunto (EOF) já foi alcançado");
+        noRow("o fim da lista já foi alcançado");
     const bool found =
         parts.at == Parts::At::beforeFirst ? parts.rows->first() : parts.rows->next();
     parts.arrive(found, Parts::At::afterLast);
@@ -293,7 +293,7 @@ void Recordset::MovePrevious() {
     Parts& parts = open();
     parts.catchUp();
     if (BOF())
-        noRow("o início do conjunto (BOF) já foi alcançado");
+        noRow("o início da lista já foi alcançado");
     const bool found =
         parts.at == Parts::At::afterLast ? parts.rows->last() : parts.rows->previous();
     parts.arrive(found, Parts::At::beforeFirst);

@@ -50,8 +50,8 @@ void Recordset::Parts::requireRow() const {
     if (at == At::gone && goneByOthers)
         goneOrChanged();
     const char* reason = at == At::gone          ? "ele foi excluído"
-                         : at == At::beforeFirst ? "o conjunto está antes do primeiro (BOF)"
-                                                 : "o conjunto está depois do último (EOF)";
+                         : at == At::beforeFirst ? "a lista está antes do primeiro"
+                                                 : "a lista já passou do último";
     throw Error(Errc::noCurrentRow, std::string("Não há registro atual: ") + reason + ".");
 }
 

@@ -129,7 +129,7 @@ TEST_F(DataAccess, AMissingFileIsToldWithThePathTriedAndTheConfiguration) {
     restart(QString::fromStdString(empty.string()));
     EXPECT_THAT(
         openingFailure(),
-        AllOf(HasSubstr(empty.string() + "\\automacao.mdb"),
+        AllOf(HasSubstr((empty / "automacao.mdb").string()),
               HasSubstr(Configuracao::caminho(Configuracao::pastaDoPrograma()).toStdString())));
     std::filesystem::remove_all(empty);
 }
@@ -138,7 +138,7 @@ TEST_F(DataAccess, AFileThatIsNoDatabaseIsTold) {
     const auto folder = makeTestFolder();
     std::ofstream(folder / "automacao.mdb") << "isto não é uma base de dados";
     restart(QString::fromStdString(folder.string()));
-    EXPECT_THAT(openingFailure(), HasSubstr(folder.string() + "\\automacao.mdb"));
+    EXPECT_THAT(openingFailure(), HasSubstr((folder / "automacao.mdb").string()));
     std::filesystem::remove_all(folder);
 }
 
