@@ -161,7 +161,7 @@ void DefinitionImage::dissolve(std::size_t logical) noexcept {
     store<std::uint8_t>(block + kKindAt, 0);
 }
 
-/// Two characters at the end of a name that is there already become others.
+/// The last characters, two where there are, of a name that is there already become others.
 void DefinitionImage::makeNamesDiffer(std::size_t from, std::size_t count) {
     const std::size_t character = format_->isJet3() ? 1 : 2;
     const TextCodec codec(format_->version);
@@ -177,18 +177,22 @@ void DefinitionImage::makeNamesDiffer(std::size_t from, std::size_t count) {
         all.insert(folded(names.back()));
         from = end;
     }
-    for (const std::span<std::byte> name : names)
-        for (unsigned i = 0; i < 256 && all.count(folded(name)) > 1 && name.size() >= 2 * character;
-             ++i) {
-            const std::string before = folded(name);
-            name[name.size() - 2 * character] = static_cast<std::byte>('0' + i / 16);
-            name[name.size() - character] = static_cast<std::byte>('0' + i % 16);
-            if (const std::string now = folded(name); now != before && !all.contains(now)) {
+    for (const std::span<std::byte> name : names) {
+        const std::string before = folded(name);
+        const bool isLong = name.size() >= 2 * character;
+        if (all.count(before) < 2 || name.size() < character)
+            continue;
+        for (unsigned i = 0; i < (isLong ? 256U : '~' - '0'); ++i) {
+            if (isLong)
+                name[name.size() - 2 * character] = static_cast<std::byte>('0' + i / 16);
+            name[name.size() - character] = static_cast<std::byte>('0' + (isLong ? i % 16 : i));
+            if (const std::string now = folded(name); !all.contains(now)) {
                 all.erase(all.find(before));
                 all.insert(now);
                 break;
             }
         }
+    }
 }
 
 void DefinitionImage::repairIndexes() {

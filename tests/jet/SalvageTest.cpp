@@ -297,6 +297,38 @@ TEST_P(Salvage, ARelationshipWithALostTableIsDissolved) {
     EXPECT_EQ(database.table("MSysRelationships").rowCount(), 1);
 }
 
+TEST_P(Salvage, ColumnsOfOneNameGetNamesThatNoOtherHas) {
+    // In a table of 120: what is near the name is taken as well.
+    const std::size_t character = GetParam() == Version::jet3 ? 1 : 2;
+    const auto inFile = [&](const std::string& name) {
+        Bytes bytes(name.size() * character);
+        for (std::size_t i = 0; i < name.size(); ++i)
+            bytes[i * character] = static_cast<std::byte>(name[i]);
+        return bytes;
+    };
+    int renamed = 0;
+    for (const char* const name : {"coluna numero 45", "coluna numero 105"})
+        for (const PageNo page : file_.wide.pages) {
+            const std::span<std::byte> bytes = file_.page(page);
+            const Bytes was = inFile(name);
+            const auto found = std::ranges::search(bytes, was);
+            if (found.empty())
+                continue;
+            const Bytes is = inFile(name == std::string("coluna numero 45") ? "coluna numero 40"
+                                                                            : "coluna numero 100");
+            std::ranges::copy(is, found.begin());
+            ++renamed;
+        }
+    ASSERT_GE(renamed, 1);
+    salvageIt();
+    expectAll();
+    std::set<std::string> names;
+    Database database(target_);
+    for (const Column& column : database.table("Larga").columns())
+        names.insert(column.name);
+    EXPECT_EQ(names.size(), 120U);
+}
+
 TEST_P(Salvage, WithACodePageThatDoesntExist) {
     file_.put<std::uint16_t>(PageNo{0}, 0x3C, 0x1234);
     salvageIt();
