@@ -285,16 +285,19 @@ TEST_P(Apart, ALockThatFailsLeavesNoWishBehind) {
     sentenceOf([&] { file.flush(); }, Errc::io);
     EXPECT_FALSE(lock.isHeld(LockFile::kWantsReaders));
     disk.onLock = {};
+    file.flush();
+    file.begin();
+    set(file, 2);
     int tries = 0;
     disk.onLock = [&](std::uint64_t byte) {
         if (byte == LockFile::kWriting && ++tries == 2)
             throw Error(Errc::io, "A rede caiu.");
     };
-    sentenceOf([&] { set(other, 2); }, Errc::io);
+    sentenceOf([&] { set(other, 3); }, Errc::io);
     EXPECT_FALSE(lock.isHeld(LockFile::kWantsWriting));
     disk.onLock = {};
-    file.flush();
-    EXPECT_EQ(valueIn(other), 1);
+    file.commit();
+    EXPECT_EQ(valueIn(other), 2);
 }
 
 } // namespace
