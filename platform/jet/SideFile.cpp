@@ -34,8 +34,8 @@ void share(File& file, const std::filesystem::path& database, Holds what) noexce
             return;
         rights.mode |= (rights.mode & kRead) >> 1;
         static_cast<void>(file.takeRights(rights));
-    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
-        // Nobody's file yet, or one of a disk that has no rights.
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
+        // Nobody's file yet, one of a disk that has no rights, or no memory to ask for them.
     }
 }
 

@@ -504,7 +504,9 @@ TEST_F(ReceivedCheques, NoOtherClientIsChosenForTheBeginningOfHisName) {
     click(form, "btnNavegacao", 0);
     EXPECT_EQ(text(form, "txtNome"), "Carla Reis");
     click(form, "btnNavegacao", 3);
-    EXPECT_EQ(text(form, "txtNome"), "");
+    EXPECT_EQ(text(form, "txtNome"), "Ana"); // listed now, and not taken for a longer name
+    click(form, "CmdIncluir");
+    EXPECT_EQ(rows("select cliente from cheques where numero='2'"), std::vector<std::string>{"4"});
 }
 
 // ---- finding

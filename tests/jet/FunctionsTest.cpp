@@ -487,16 +487,18 @@ TEST_P(FileFunctions, RulesThatCallThemAreKept) {
         {"valor", kValor, "Format([valor],'0.00') Like '*,00'",                          Currency{50000},        Currency{50100}        },
         {"data",  kData,  "<=Now()",                                                     Date::of({2020, 1, 1}), Date::of({2999, 1, 1}) },
     };
-    for (const auto& [column, place, rule, good, bad] : cases) {
-        SCOPED_TRACE(rule);
+    for (const auto& each : cases) {
+        const std::size_t place = each.place;
+        const Value& bad = each.bad;
+        SCOPED_TRACE(each.rule);
         keep({
-            {.column = column, .rule = rule, .message = "Não serve."}
+            {.column = each.column, .rule = each.rule, .message = "Não serve."}
         });
         ASSERT_FALSE(table().readOnlyReason()) << *table().readOnlyReason();
         const RowId row = add({
-            {place, good}
+            {place, each.good}
         });
-        EXPECT_EQ(value(row, place), good);
+        EXPECT_EQ(value(row, place), each.good);
         if (!isNull(bad)) {
             const Error onInsert = refusal([&] {
                 add({
