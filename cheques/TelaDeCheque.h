@@ -38,9 +38,9 @@ void mostrar(DatePicker& data, const ado::FieldValue& campo);
 /// The code of the chosen client or bank.
 [[nodiscard]] std::int64_t codigo(const DropDownList& escolhido);
 /// Goes to the row of a client or bank, by its code, and chooses its entry: by the code too, since
-/// several may have one name. Who has been added elsewhere since the list was filled gets his entry.
-/// Where the row is missing none is chosen, so that no save hands the cheque to whoever was on show
-/// before.
+/// several may have one name. Who has been added elsewhere since the list was filled gets his
+/// entry. Where the row is missing none is chosen, so that no save hands the cheque to whoever was
+/// on show before.
 void escolher(DropDownList& lista, ado::Recordset& rs, std::int64_t codigo);
 
 /// Why a cheque can't be saved: where, and what to tell the clerk.

@@ -84,8 +84,8 @@ private:
 /// Puts a copy in the database's place, in one step and for good, after checking it from end to
 /// end. What was there is kept beside it under a name that says so, and with it the journal of a
 /// transaction that was cut off, unless that could be undone. Whenever the power goes, the name is
-/// that of the one file or of the other, and both are there. Owner, group and mode stay those of the
-/// database: an account that can't see to that is refused.
+/// that of the one file or of the other, and both are there. Owner, group and mode stay those of
+/// the database: an account that can't see to that is refused.
 /// @return the name under which the replaced file is kept; nothing if there was none.
 /// @throws Error{corrupt} if the copy has errors, Error{locked} if somebody has the database open;
 ///         Error{notFound, readOnly, full, io}. Then everything is as it was; only if the disk's
