@@ -102,7 +102,7 @@ void keepJournal(const std::filesystem::path& database, const std::filesystem::p
 
 } // namespace
 
-Backup::Backup(std::filesystem::path database, Today today, Disk& disk)
+Backup::Backup(const std::filesystem::path& database, Today today, Disk& disk)
     : database_(disk.resolved(database)), folder_(database_.parent_path() / "backup"),
       today_(std::move(today)), disk_(disk) {}
 

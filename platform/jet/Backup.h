@@ -27,7 +27,7 @@ public:
     using Today = std::function<std::chrono::year_month_day()>;
 
     /// `today` is the day by the shop's clock.
-    explicit Backup(std::filesystem::path database, Today today = localToday,
+    explicit Backup(const std::filesystem::path& database, Today today = localToday,
                     Disk& disk = Disk::system());
 
     /// Makes today's copy unless it is there and sound, and removes those that aren't kept. The

@@ -74,6 +74,7 @@ TEST(Rotation, CountsWhatThereIsNotWhatTimeHasPassed) {
 TEST(Rotation, DaysToComeCountByWhatTheyHold) {
     const sys_days today(2026y / 11 / 21);
     std::vector<DatedCopy> copies;
+    copies.reserve(21);
     for (int day = 0; day < 10; ++day)
         copies.push_back(copyOf(today - days(day), 100 - day));
     for (int day = 0; day < 10; ++day)
@@ -114,6 +115,7 @@ TEST(Rotation, AfterAnOlderCopyWasBroughtBackBothLivesAreKept) {
 TEST(Rotation, AfterACompactionTheNewOnesAreKept) {
     const sys_days today(2026y / 11 / 21);
     std::vector<DatedCopy> copies;
+    copies.reserve(20);
     for (int day = 0; day < 10; ++day)
         copies.push_back(copyOf(today - days(day), 500 - day, 10));
     for (int day = 10; day < 20; ++day)
