@@ -239,7 +239,7 @@ TEST_F(Backups, AFileThatAnotherProgramCallsDamagedIsLookedAt) {
     (void)on(2004y / 5 / 1).makeIfDue();
     {
         std::fstream stream(file_, std::ios::binary | std::ios::in | std::ios::out);
-        stream.seekp(std::streamoff{0xE00} + 2 * 5); // user 5 met a damaged page
+        stream.seekp(std::streamoff{0xE00 + 2 * 5}); // user 5 met a damaged page
         stream.put(1).put(0);
     }
     EXPECT_THROW((void)on(2004y / 5 / 1).makeIfDue(), Error);

@@ -83,7 +83,7 @@ TEST_P(LiveCopies, WithAStationThatSavesBetweenAllPartsItIsOfItsLastState) {
     betweenParts([this] { save(); });
     copy(); // where a save is refused it throws
     EXPECT_GE(saves_, (3U << 20) / LiveCopy::kPart);
-    EXPECT_LE(saves_, 4 * (3U << 20) / LiveCopy::kPart) << "what is left gets less and less";
+    EXPECT_LE(saves_, (12U << 20) / LiveCopy::kPart) << "what is left gets less and less";
     std::cout << "parts: " << parts_ << ", saves meanwhile: " << saves_ << '\n';
     expectTheLastState();
 }

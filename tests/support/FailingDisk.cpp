@@ -30,7 +30,7 @@ public:
         return handle_->setOwner(owner, group);
     }
     int setMode(std::uint32_t mode) override { return handle_->setMode(mode); }
-    bool remembers() const noexcept override { return handle_->remembers(); }
+    [[nodiscard]] bool remembers() const noexcept override { return handle_->remembers(); }
 
 private:
     FailingDisk& disk_;
