@@ -25,7 +25,7 @@ std::optional<Numeric> numericFrom(bool negative, std::string_view digits, std::
         return std::nullopt;
     Numeric number{negative && !digits.empty(), {}, scale};
     for (const char digit : digits) {
-        std::uint64_t carried = static_cast<std::uint64_t>(digit - '0');
+        auto carried = static_cast<std::uint64_t>(digit - '0');
         for (auto word = number.words.rbegin(); word != number.words.rend(); ++word) {
             carried += std::uint64_t{*word} * 10;
             *word = static_cast<std::uint32_t>(carried);

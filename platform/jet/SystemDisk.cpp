@@ -164,7 +164,7 @@ public:
     int setMode(std::uint32_t mode) override {
         return ::fchmod(handle_, static_cast<mode_t>(mode)) == 0 ? 0 : -errno;
     }
-    bool remembers() const noexcept override { return remembers_; }
+    [[nodiscard]] bool remembers() const noexcept override { return remembers_; }
 
 private:
     int handle_;

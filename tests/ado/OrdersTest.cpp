@@ -54,7 +54,7 @@ protected:
         connection.Close();
         Patient file(path());
         for (const std::size_t place : places) {
-            const unsigned change = static_cast<unsigned>(spoken_ ^ lcid);
+            const auto change = static_cast<unsigned>(spoken_ ^ lcid);
             file.flip(place, change & 0xFFU);
             file.flip(place + 1, change >> 8);
             file.flip(place + 2, variant);

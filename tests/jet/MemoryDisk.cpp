@@ -174,7 +174,7 @@ public:
         content_->rights.mode = mode;
         return 0;
     }
-    bool remembers() const noexcept override { return disk_.remembers; }
+    [[nodiscard]] bool remembers() const noexcept override { return disk_.remembers; }
 
 private:
     MemoryDisk& disk_;

@@ -139,7 +139,8 @@ TEST_P(Beside, OnlySlotsOfNamesAreALockFile) {
         expectOnlyRead("outra coisa");
         EXPECT_EQ(textOf(lock), no);
     }
-    for (const std::string& yes : {""s, slot, never + slot, slot + never + slot}) {
+    const std::string second = never + slot;
+    for (const std::string& yes : {""s, slot, second, slot + second}) {
         putText(lock, yes);
         EXPECT_EQ(Database(path).readOnlyReason(), std::nullopt);
         EXPECT_FALSE(fs::exists(lock));

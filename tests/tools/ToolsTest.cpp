@@ -62,6 +62,7 @@ bool isPart(const std::string& name) { return name.find(".parcial-") != std::str
 int interrupted(std::vector<std::string> words, const std::filesystem::path& folder, int signal) {
     words.insert(words.begin(), VALTRINO_MDB);
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
