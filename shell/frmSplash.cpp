@@ -8,6 +8,7 @@
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
+#include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEventLoop>
@@ -48,6 +49,8 @@ void frmSplash::pintar() {
         QCoreApplication::processEvents();
     QCoreApplication::processEvents();
 }
+
+void frmSplash::closeEvent(QCloseEvent* event) { event->ignore(); }
 
 void frmSplash::Timer1_Timer() {
     QEventLoop segundo;

@@ -13,11 +13,12 @@ public:
     frmSplash();
     static frmSplash& instance();
 
-    /// Esc doesn't close it: the start goes on behind it.
+    /// Neither Esc nor the window manager closes it: the start goes on behind it.
     void reject() override {}
 
 protected:
     void Form_Load() override;
+    void closeEvent(QCloseEvent* event) override;
 
 private:
     void Timer1_Timer();

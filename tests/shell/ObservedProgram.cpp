@@ -1,7 +1,7 @@
 // The program as the shop runs it, but for two things: message boxes are told on the standard
 // output and answered at once, and so is every window that comes and goes. Once the main window
 // stands it does what its environment's OBSERVED_ACTION names (an action of the main window), or
-// waits.
+// waits. With OBSERVED_SPLASH the window manager is as one who closes the splash while it stands.
 #include "controls/MessageBox.h"
 #include "shell/Mirtal.h"
 #include "shell/Programa.h"
@@ -16,6 +16,8 @@
 #include <cstdio>
 
 namespace {
+
+constexpr int kIntoTheSecond = 300; ///< ms
 
 void tell(const QString& line) {
     std::fputs((line + "\n").toUtf8().constData(), stdout);
@@ -41,8 +43,13 @@ public:
 private:
     void shown(QWidget& window) {
         tell("show " + window.objectName());
-        if (window.objectName() == "frmSplash")
+        if (window.objectName() == "frmSplash") {
             sinceSplash_.start();
+            if (qEnvironmentVariableIsSet("OBSERVED_SPLASH"))
+                QTimer::singleShot(kIntoTheSecond, &window, [&window] {
+                    tell(window.close() ? "the splash was closed" : "the splash stays");
+                });
+        }
         if (window.objectName() != "MDICheques")
             return;
         tell(QString("after %1 ms").arg(sinceSplash_.elapsed()));

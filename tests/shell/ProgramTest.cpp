@@ -38,6 +38,8 @@ protected:
         environment.insert("QT_QPA_PLATFORM", "offscreen");
         environment.insert("XDG_CONFIG_HOME", folder() + "/config");
         environment.insert("OBSERVED_ACTION", action);
+        if (splash_)
+            environment.insert("OBSERVED_SPLASH", splash_);
         process.setProcessEnvironment(environment);
         process.start(folder() + "/valtrino", QStringList());
     }
@@ -66,6 +68,7 @@ protected:
 
     static constexpr int kPatienceMs = 30'000;
     std::filesystem::path folder_ = makeTestFolder();
+    const char* splash_ = nullptr; ///< what befalls the splash
     QString output_;
     int status_ = -1;
     bool ended_ = false;
@@ -89,6 +92,17 @@ TEST_F(Program, TheSplashStaysASecond) {
     const auto after = told("^after ");
     ASSERT_EQ(after.size(), 1U);
     EXPECT_GE(QString::fromStdString(after[0]).section(' ', 1, 1).toInt(), 1000);
+}
+
+TEST_F(Program, ClosedByTheWindowManagerTheSplashStaysUntilItsSecondIsOver) {
+    const ShopDatabase shop;
+    writeInitIni(shop.folder().string());
+    splash_ = "close";
+    run();
+    expectEnd(0);
+    EXPECT_THAT(told("^(show|hide|the splash) "),
+                ElementsAre("show frmSplash", "the splash stays", "hide frmSplash",
+                            "show MDICheques", "hide MDICheques"));
 }
 
 TEST_F(Program, EndsWhenTheMainWindowIsClosed) {
