@@ -13,6 +13,8 @@
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
+#include <QScopedValueRollback>
+
 #include <limits>
 #include <utility>
 
@@ -149,9 +151,13 @@ void FrmConsultaCH::Lstcheques_ItemClick(const QString& /*chave*/, int linha) {
         ultimoClicado_ = lancamento;
         return;
     }
-    Mirtal::modo = "Consulta";
-    if (!Mirtal::localizar(semFundos(), "lancamento=" + lancamento))
-        return; // deleted since it was listed
+    const QScopedValueRollback modo(Mirtal::modo, QString("Consulta"));
+    if (!Mirtal::localizar(semFundos(), "lancamento=" + lancamento)) {
+        showMessage("O cheque do lançamento " + lancamento +
+                        " não está mais cadastrado: foi excluído depois de listado.",
+                    "Mensagem", MessageIcon::exclamation);
+        return;
+    }
     FrmLancasSFundos& cheque = FrmLancasSFundos::instance();
     cheque.consultar();
     cheque.showModal();

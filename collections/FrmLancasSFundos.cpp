@@ -98,6 +98,8 @@ void FrmLancasSFundos::consultar() {
         campo->setEnabled(false);
         campo->setPalette(legivel);
     }
+    for (QPushButton* comando : {CmdNovo, CmdIncluir, cmdExcluir, CmdBuscar})
+        comando->setEnabled(false);
     CmdSair->setDefault(true);
     CmdSair->setFocus();
     mostrarRegistro();

@@ -18,7 +18,7 @@ public:
     static FrmLancasSFundos& instance();
 
     /// Puts the cheque of the current row of rsSemFundos on the screen, which need not be on show,
-    /// to be looked at: nothing can be typed until the window closes.
+    /// to be looked at: nothing can be typed, begun, saved or deleted until the window closes.
     /// @throws jet::Error{noCurrentRow} if there is no current row.
     void consultar();
 

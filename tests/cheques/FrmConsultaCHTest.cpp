@@ -261,6 +261,7 @@ TEST_P(Consultation, TheSecondClickOpensTheChequeAndEachFurtherOneAgain) {
         expectOpened("3", &opened);
         clickRow(form, "Lstcheques", 1);
         EXPECT_EQ(opened, times);
+        EXPECT_EQ(Mirtal::modo, "") << "what it was before the cheque was opened";
     }
     EXPECT_TRUE(form.isVisible());
     EXPECT_EQ(shown(form), "Ana Costa|52998224725|2|1.200,50");
@@ -320,8 +321,12 @@ TEST_P(Consultation, AChequeDeletedMeanwhileIsNotOpened) {
     search(form, "Carla");
     clickRow(form, "Lstcheques", 0);
     Mirtal::apagarPorChave("SemFundos", "lancamento", "2", false);
+    Mirtal::modo = "relch";
+    expectMessage("Mensagem", "O cheque do lançamento 2 não está mais cadastrado: foi excluído "
+                              "depois de listado.");
     clickRow(form, "Lstcheques", 0);
     EXPECT_FALSE(FrmLancasSFundos::instance().isLoaded());
+    EXPECT_EQ(Mirtal::modo, "relch");
 }
 
 TEST_P(Consultation, OnlyReads) {

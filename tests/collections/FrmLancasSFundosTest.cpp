@@ -618,6 +618,9 @@ TEST_P(BouncedCheques, ShownToBeLookedAtNothingCanBeTyped) {
     for (const char* field : kFields)
         EXPECT_FALSE(control(form, field).isEnabled()) << field;
     EXPECT_FALSE(control(form, "cmbncheque").isEnabled());
+    for (const char* command : {"CmdNovo", "CmdIncluir", "cmdExcluir", "CmdBuscar"})
+        EXPECT_FALSE(control(form, command).isEnabled()) << command;
+    EXPECT_TRUE(control(form, "CmdSair").isEnabled());
     click(form, "btnNavegacao", 0);
     EXPECT_EQ(text(form, "txtcliente"), "Ana Costa");
     EXPECT_FALSE(control(form, "txtcliente").isEnabled());
@@ -631,6 +634,8 @@ TEST_P(BouncedCheques, TypingIsPossibleAgainOnceTheWindowWasClosed) {
     EXPECT_EQ(shown(form), newCheque());
     for (const char* field : kFields)
         EXPECT_TRUE(control(form, field).isEnabled()) << field;
+    for (const char* command : {"CmdNovo", "CmdIncluir", "cmdExcluir", "CmdBuscar"})
+        EXPECT_TRUE(control(form, command).isEnabled()) << command;
 }
 
 // ---- closing, looks
