@@ -119,8 +119,11 @@ bool navegar(ado::Recordset& rs, int botao) {
         if (rs.EOF())
             rs.MoveLast();
         break;
-    default:
+    case 3:
         rs.MoveLast();
+        break;
+    default:
+        break;
     }
     return true;
 }

@@ -54,7 +54,7 @@ void preencherLista(DropDownList& lista, ado::Recordset& rs, const QString& camp
                     const QString& campoChave);
 
 /// Goes where a button of the navigation bar says: 0 first, 1 previous, 2 next, 3 last; at an end
-/// it stays there.
+/// it stays there. Any other number moves nothing.
 /// @return false, and nothing happens, if there are no records.
 bool navegar(ado::Recordset& rs, int botao);
 

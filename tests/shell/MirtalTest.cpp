@@ -139,6 +139,10 @@ TEST_F(SharedRoutines, NavigationWalksAndStopsAtTheEnds) {
         EXPECT_TRUE(Mirtal::navegar(banks, button));
         EXPECT_EQ(banks["cod_banco"].text(), stands);
     }
+    for (const int other : {-1, 4}) {
+        EXPECT_TRUE(Mirtal::navegar(banks, other));
+        EXPECT_EQ(banks["cod_banco"].text(), "237") << other;
+    }
     banks.Find("cod_banco=999");
     EXPECT_TRUE(Mirtal::navegar(banks, 2));
     EXPECT_EQ(banks["cod_banco"].text(), "341");
