@@ -33,6 +33,10 @@ namespace {
 
 constexpr int kEntreVistorias = 3; ///< seconds
 
+// How prompt and news part the status bar when there are news.
+constexpr int kParteDaMensagem = 4;
+constexpr int kParteDaNoticia = 3;
+
 constexpr char kPlaceKey[] = "MDICheques/lugar";
 
 // What to do about a damaged file; the shop's technician has the tool.
@@ -114,13 +118,20 @@ void MDICheques::montarBarra() {
     // A long prompt is cut at the panel's edge and doesn't widen the window.
     mensagem_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 
+    noticia_ = new QLabel;
+    noticia_->setObjectName("pnlNoticia");
+    noticia_->setTextFormat(Qt::PlainText);
+    noticia_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    noticia_->hide();
+
     data_ = new QLabel;
     data_->setObjectName("pnlData");
     data_->setAccessibleName("Data");
 
     statusBar()->setObjectName("StatusBar1");
     statusBar()->setContentsMargins(6, 0, 6, 0);
-    statusBar()->addWidget(mensagem_, 1);
+    statusBar()->addWidget(mensagem_, kParteDaMensagem);
+    statusBar()->addPermanentWidget(noticia_, kParteDaNoticia);
     dano_ = montarAviso("pnlDano", "Arquivo com erros", "critical");
     connectGuarded(dano_, &QToolButton::clicked, this, &MDICheques::dano_Click);
     consulta_ = montarAviso("pnlConsulta", "Somente consulta", "warning");
@@ -154,6 +165,13 @@ void MDICheques::resizeEvent(QResizeEvent* event) {
     Toolbar1->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     if (Toolbar1->sizeHint().width() > width())
         Toolbar1->setToolButtonStyle(Qt::ToolButtonIconOnly);
+}
+
+// Beside the prompt, not in its place: that is of the field in which somebody is typing.
+void MDICheques::mostrarNoticia(const QString& texto) {
+    noticia_->setText(texto);
+    noticia_->setToolTip(texto); // whole, where the panel is too narrow for it
+    noticia_->show();
 }
 
 // Why nothing can be saved now, as long as that lasts: a program with other rules may come into the
@@ -247,7 +265,7 @@ void MDICheques::mostrarDentro(QWidget& janela) {
 void MDICheques::cuidarDaCopia() {
     copia_ = std::make_unique<CopiaDeSeguranca>(
         dbconectar::instance().Automacao.database().path(),
-        [this](const QString& texto) { mensagem_->setText(texto); },
+        [this](const QString& texto) { mostrarNoticia(texto); },
         [this](const std::optional<Dano>& dano) { mostrarDano(dano); });
 }
 

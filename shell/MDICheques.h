@@ -63,6 +63,7 @@ private:
     void lembrarLugar();
     void executar(const Comandos::Comando* comando);
     void Toolbar1_ButtonClick(const QString& chave);
+    void mostrarNoticia(const QString& texto);
     void mostrarConsulta();
     void consulta_Click();
     void mostrarDano(const std::optional<Dano>& dano);
@@ -73,6 +74,7 @@ private:
 
     QToolBar* Toolbar1;
     QLabel* mensagem_;
+    QLabel* noticia_;       ///< of the copy of the day; on show once there is any
     QToolButton* consulta_; ///< on show while nothing can be saved; says why
     QToolButton* dano_;     ///< on show while the database has errors; says which, and what helps
     QString socorro_;       ///< what helps

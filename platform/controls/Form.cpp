@@ -249,7 +249,10 @@ bool Form::eventFilter(QObject* watched, QEvent* event) {
         focusCame(control);
         break;
     case QEvent::FocusOut: {
-        if (!leavesControl(*static_cast<QFocusEvent*>(event)))
+        const auto& went = *static_cast<QFocusEvent*>(event);
+        if (went.reason() == Qt::ActiveWindowFocusReason)
+            showPrompt(""); // nobody types here behind another window
+        if (!leavesControl(went))
             break;
         const bool pressed = QGuiApplication::mouseButtons() & Qt::LeftButton;
         focusWent();

@@ -89,7 +89,8 @@ protected:
         whenLostFocus(control, [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
     }
 
-    /// Shows each control's prompt while it has the focus; it stays until the next one.
+    /// Shows each control's prompt while it has the focus; it stays until the next one. Behind
+    /// another window, a message box too, there is none; it is back when this one is in front.
     void prompts(std::initializer_list<Prompt> table);
     /// In these controls Enter, that of the keypad too, moves the focus on and does nothing else.
     void enterAsTab(std::initializer_list<QWidget*> controls);

@@ -10,6 +10,7 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
 #include <QToolButton>
@@ -267,6 +268,17 @@ TEST_F(FormLife, ThePromptFollowsTheFocusAndStaysUntilTheNext) {
     EXPECT_EQ(prompt(), "Nome.");
     click(form, "cmdFechar");
     EXPECT_EQ(prompt(), "");
+}
+
+TEST_F(FormLife, BehindAnotherWindowNoFieldPrompts) {
+    auto& form = opened();
+    QMessageBox box(QMessageBox::Warning, "Mensagem", "Outra estação alterou o registro.");
+    box.show();
+    activate(box);
+    EXPECT_EQ(prompt(), "");
+    box.hide();
+    activate(form);
+    EXPECT_EQ(prompt(), "Código.");
 }
 
 TEST_F(FormLife, EnterMovesOnWhereTheTableSaysSo) {

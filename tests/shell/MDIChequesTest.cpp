@@ -368,6 +368,25 @@ TEST_F(MainWindow, ALongPromptDoesNotWidenTheWindow) {
     EXPECT_EQ(window.width(), 700);
 }
 
+TEST_F(MainWindow, NewsOfTheCopyLeaveThePromptOfTheFieldWhereItIs) {
+    auto& window = openMain();
+    const auto& news = control<QLabel>(window, "pnlNoticia");
+    EXPECT_FALSE(news.isVisible());
+    whileModal<frmBancos>([&](frmBancos& form) {
+        enter(form, "txtNome");
+        window.cuidarDaCopia();
+        for (const QDeadlineTimer patience(60'000); !news.isVisible() && !patience.hasExpired();)
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+        EXPECT_THAT(news.text().toStdString(),
+                    testing::StartsWith("Cópia de segurança do dia feita: "));
+        EXPECT_EQ(news.toolTip(), news.text());
+        EXPECT_EQ(text(window, "pnlMensagem"), "Nome do banco.");
+        click(form, "cmdFechar");
+    });
+    action("mnubancos").trigger();
+    window.largarCopia();
+}
+
 TEST_F(MainWindow, ToolbarTextsGiveWayInANarrowWindow) {
     auto& window = openMain();
     const auto& bar = control<QToolBar>(window, "Toolbar1");
