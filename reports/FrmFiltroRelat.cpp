@@ -29,7 +29,8 @@ FrmFiltroRelat::FrmFiltroRelat() {
         {txtdtfinal,   "Informe data final"              },
     });
     enterAsTab({txtcliente, txtbanco, txtdtinicial, txtdtfinal, cmbordem});
-    standsAlone();
+    txtcliente->signUnlisted("Este nome não está na lista: saem os cheques de todos os clientes.");
+    txtbanco->signUnlisted("Este nome não está na lista: saem os cheques de todos os bancos.");
     closesWith(cmdsair);
     on(CmdImprimir, &QPushButton::clicked, &FrmFiltroRelat::CmdImprimir_Click);
     on(cmdsair, &QPushButton::clicked, &FrmFiltroRelat::cmdsair_Click);
@@ -37,11 +38,7 @@ FrmFiltroRelat::FrmFiltroRelat() {
 
 FrmFiltroRelat& FrmFiltroRelat::instance() { return WindowList::instance().one<FrmFiltroRelat>(); }
 
-void FrmFiltroRelat::mostrar() {
-    if (instance().isVisible() && instance().modo_ != Mirtal::modo)
-        instance().unload();
-    instance().showModeless();
-}
+void FrmFiltroRelat::mostrar() { instance().showModeless(); }
 
 void FrmFiltroRelat::Form_Load() {
     dbconectar& dados = dbconectar::instance();

@@ -11,8 +11,8 @@ class FrmFiltroRelat final : public Form, private Ui::FrmFiltroRelat {
 public:
     FrmFiltroRelat();
     static FrmFiltroRelat& instance();
-    /// Shows the filter of the report that Mirtal::modo names; a filter of the other report, still
-    /// open, gives way to it.
+    /// Shows the filter of the report that Mirtal::modo names. Deliberate: one that is open comes
+    /// to the front as it is, whichever report it is for, with what has been chosen in it.
     static void mostrar();
 
 private:

@@ -1,8 +1,10 @@
 #include "controls/DropDownList.h"
 
+#include "controls/Icons.h"
 #include "controls/Typing.h"
 
 #include <QAbstractListModel>
+#include <QAction>
 #include <QLineEdit>
 #include <QListView>
 #include <QSignalBlocker>
@@ -149,6 +151,21 @@ bool DropDownList::selectByText(const QString& text) {
         return false;
     setListIndex(found);
     return true;
+}
+
+void DropDownList::signUnlisted(const QString& meaning) {
+    sign_ = lineEdit()->addAction(Icons::named("warning"), QLineEdit::TrailingPosition);
+    sign_->setToolTip(meaning);
+    connect(this, &DropDownList::changed, this, &DropDownList::updateSign);
+    connect(this, &QComboBox::currentIndexChanged, this, &DropDownList::updateSign);
+    updateSign();
+}
+
+void DropDownList::updateSign() {
+    const bool unlisted = currentIndex() < 0 && !text().isEmpty();
+    sign_->setVisible(unlisted);
+    setToolTip(unlisted ? sign_->toolTip() : QString());
+    setAccessibleDescription(toolTip());
 }
 
 QString DropDownList::beforeCaret() const {

@@ -48,6 +48,10 @@ public:
     /// @return false, and nothing changes, if no entry begins so.
     bool selectByText(const QString& text);
 
+    /// From now on a sign stands in the box while its text is of no entry. `meaning` is what comes
+    /// of that, in a sentence: its tool-tip, and told by screen readers.
+    void signUnlisted(const QString& meaning);
+
 signals:
     /// The operator chose an entry: in the open list, with the arrows, or by typing (told when
     /// typing comes to another entry). Choices made by the program are not told.
@@ -65,6 +69,8 @@ private:
     [[nodiscard]] QString beforeCaret() const;
     [[nodiscard]] int firstBeginningWith(const QString& wanted) const;
     void chooseNone();
+    void updateSign();
 
     EntryModel* model_;
+    QAction* sign_ = nullptr; ///< of a text that is of no entry
 };

@@ -139,7 +139,7 @@ void Form::setVisible(bool visible) {
         // In front of the window it is opened from, without becoming that window's child.
         const QWidget* owner = QApplication::activeWindow();
         winId();
-        if (owner && owner != this && !standsAlone_)
+        if (owner && owner != this)
             windowHandle()->setTransientParent(owner->windowHandle());
     }
     QDialog::setVisible(visible);

@@ -106,9 +106,6 @@ protected:
     /// Names the close button, which Esc presses. Its own handler calls unload().
     void closesWith(QAbstractButton* button) { closeButton_ = button; }
 
-    /// The window may go behind the one it was opened from; otherwise it stays in front of that.
-    void standsAlone() { standsAlone_ = true; }
-
     /// Puts the window in the middle of its screen.
     void centre();
     /// Says what is missing or wrong (title "Advertência", exclamation, OK), then puts the focus on
@@ -142,7 +139,6 @@ private:
     bool unloading_ = false;
     bool modal_ = false;
     bool retired_ = false;
-    bool standsAlone_ = false;
     /// The mouse button was let go while a control was being left for the one that it is on.
     bool releasedOnLeaving_ = false;
 };

@@ -73,11 +73,43 @@ TEST_F(ReportFilter, TypingChoosesTheFirstEntryThatBeginsSo) {
     EXPECT_EQ(control<DropDownList>(form, "cmbordem").listIndex(), 4);
 }
 
-TEST_F(ReportFilter, AnotherReportsFilterTakesItsPlace) {
-    openFor("relch");
+TEST_F(ReportFilter, AClientOrBankThatIsNotListedHasASignAtItsField) {
+    auto& form = openFor("relch");
+    for (const char* field : {"txtcliente", "txtbanco"}) {
+        auto& list = control<DropDownList>(form, field);
+        const auto picture = [&] { return list.grab().toImage(); };
+        const auto sign = [&] { return list.lineEdit()->actions().first()->isVisible(); };
+        EXPECT_FALSE(sign());
+        type(form, field, "x");
+        EXPECT_TRUE(sign()) << field;
+        EXPECT_THAT(list.toolTip().toStdString(),
+                    testing::StartsWith("Este nome não está na lista"));
+        EXPECT_EQ(list.accessibleDescription(), list.toolTip());
+        const QImage signedPicture = picture();
+        list.lineEdit()->actions().first()->setVisible(false);
+        EXPECT_NE(signedPicture, picture()) << "it can be seen";
+        list.lineEdit()->actions().first()->setVisible(true);
+        press(Qt::Key_Backspace);
+        EXPECT_FALSE(sign()) << "an empty field stands for all";
+        type(list.itemText(0).first(1));
+        EXPECT_FALSE(sign()) << field;
+        EXPECT_EQ(list.toolTip(), "");
+    }
+}
+
+TEST_F(ReportFilter, StaysAsItIsWhenTheOtherReportIsAskedForUntilItIsLoadedAnew) {
+    const QPointer<FrmFiltroRelat> first = &openFor("relch");
+    type(*first, "txtcliente", "ma");
     auto& form = openFor("relsf");
-    EXPECT_EQ(form.windowTitle(), "Relatório de Cheques sem fundos");
-    EXPECT_EQ(control<DropDownList>(form, "cmbordem").count(), 4);
+    EXPECT_EQ(&form, first);
+    EXPECT_EQ(form.windowTitle(), "Relatório de Cheques Recebidos");
+    EXPECT_EQ(control<DropDownList>(form, "cmbordem").count(), 5);
+    EXPECT_EQ(text(form, "txtcliente"), "Maria");
+    click(form, "cmdsair");
+    auto& anew = openFor("relsf");
+    EXPECT_EQ(anew.windowTitle(), "Relatório de Cheques sem fundos");
+    EXPECT_EQ(control<DropDownList>(anew, "cmbordem").count(), 4);
+    EXPECT_EQ(text(anew, "txtcliente"), "");
 }
 
 TEST_F(ReportFilter, KeepsItsChoicesWhenTheSameReportIsAskedForAgain) {
@@ -125,6 +157,13 @@ TEST_F(ReportFromFilter, TheFilterKeepsItsReportThoughAnotherWindowChangesTheMod
     EXPECT_EQ(details().size(), 3U);
 }
 
+TEST_F(ReportFromFilter, ThePrintedReportIsTheOpenFiltersThoughTheOtherWasAskedForMeanwhile) {
+    period(openFor("relch"), "01012026", "31012026");
+    click(openFor("relsf"), "CmdImprimir");
+    EXPECT_EQ(frmRel_ChequesSF::instance().windowTitle(), "Relatório de Cheques");
+    EXPECT_EQ(details().size(), 3U);
+}
+
 TEST_F(ReportFromFilter, NothingToPrintIsSaidWhenTheWaitWindowHasGone) {
     auto& form = openFor("relch");
     period(form, "31012026", "01012026"); // the last day before the first
@@ -137,6 +176,7 @@ TEST_F(ReportFromFilter, NothingToPrintIsSaidWhenTheWaitWindowHasGone) {
 
 TEST_F(ReportFromFilter, AReportThatFindsNothingLeavesTheOneOnShow) {
     print("relch", "", "", "");
+    click(openFor("relch"), "cmdsair");
     auto& form = openFor("relsf");
     period(form, "01012020", "31012020");
     expectMessage("Impressão", "Não há registros a imprimir.");

@@ -27,6 +27,7 @@
 #include <QTemporaryDir>
 #include <QToolBar>
 #include <QToolButton>
+#include <QWindow>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -184,6 +185,10 @@ TEST_F(MainWindow, OpensTheReportsFilterFromMenuAndToolbar) {
         EXPECT_TRUE(FrmFiltroRelat::instance().isVisible()) << name;
         EXPECT_FALSE(FrmFiltroRelat::instance().isModal()) << name;
         EXPECT_EQ(FrmFiltroRelat::instance().windowTitle(), title) << name;
+        // It can't get lost behind the main window.
+        EXPECT_EQ(FrmFiltroRelat::instance().windowHandle()->transientParent(),
+                  window.windowHandle());
+        FrmFiltroRelat::instance().unload();
     }
 }
 
