@@ -34,7 +34,7 @@ public:
     void set(std::size_t user, std::uint16_t value) noexcept;
     /// The lowest user whose pair has the value.
     [[nodiscard]] std::optional<std::size_t> find(std::uint16_t value) const noexcept;
-    friend bool operator==(const CommitPairs&, const CommitPairs&) = default;
+    [[nodiscard]] bool operator==(const CommitPairs& other) const noexcept;
 
     /// Writes one pair, and no byte else, and returns when the disk has it.
     static void write(File& file, const Format& format, std::size_t user, std::uint16_t value);

@@ -2,7 +2,8 @@
 
 #include <ctime>
 
-/// Measures the processor time this program uses, which other work on the machine doesn't change.
+/// Measures the processor time this program uses. What it tells depends on the machine, on its other
+/// work and on the build: compare it only with another of the same run.
 class CpuTimer {
 public:
     /// Since the making or the last restart().
