@@ -31,21 +31,28 @@ ReportBand cabecalho() {
     const TextLook titulo = {14, true};
     const TextLook texto = {9};
     const TextLook direita = aDireita(texto);
+    const auto calculado = [](FieldKind quando, const char* nome, QRectF lugar, const TextLook& as,
+                              const char* rotulo, const char* formato) {
+        return ReportField{quando, nome, lugar, as, formato, "", QString::fromUtf8(rotulo)};
+    };
     ReportBand faixa = {22};
     faixa.frames = {{{0, 0, kLargura, 19}}};
     faixa.lines = {
         {"", {0, 11}, {kLargura, 11}}
     };
+    constexpr auto cadaPagina = FieldKind::computed;
+    constexpr auto umaVez = FieldKind::computedFirst;
     faixa.fields = {
-        {FieldKind::title,         "",                       {4, 1.5, 120, 8},   titulo,  ""          },
-        {FieldKind::text,          "Página:",               {130, 3, 22, 5},    direita, ""          },
-        {FieldKind::computed,      "Pagina",                 {153, 3, 23, 5},    direita, ""          },
-        {FieldKind::text,          "Referente ao período:", {4, 12.5, 37, 5},   texto,   ""          },
-        {FieldKind::computedFirst, "DTInicial",              {42, 12.5, 20, 5},  texto,   "Short Date"},
-        {FieldKind::text,          "a",                      {62, 12.5, 3, 5},   texto,   ""          },
-        {FieldKind::computedFirst, "DTFinal",                {66, 12.5, 20, 5},  texto,   "Short Date"},
-        {FieldKind::text,          "Data:",                  {130, 12.5, 22, 5}, direita, ""          },
-        {FieldKind::computedFirst, "Data",                   {153, 12.5, 23, 5}, direita, ""          },
+        {FieldKind::title, "",   {4, 1.5, 120, 8}, titulo},
+        calculado(cadaPagina, "Pagina", {130,              3,    46,               5     },
+        direita, "Página:", ""),
+        calculado(umaVez, "DTInicial", {4,                12.5, 59,               5     },
+        texto,
+                  "Referente ao período:", "Short Date"),
+        calculado(umaVez, "DTFinal", {63,               12.5, 40,               5     },
+        texto, "a", "Short Date"),
+        calculado(umaVez, "Data", {130,              12.5, 46,               5     },
+        direita, "Data:", ""),
     };
     return faixa;
 }
@@ -74,10 +81,10 @@ ReportLayout leiaute() {
         {kLinhaDoTotal, {0, 1}, {kLargura, 1}, 0.35}
     };
     leiaute.footer.fields = {
-        {FieldKind::text,     "Total:", {soma.x1() - 20, 2.5, 20, 5},               total, ""        },
         {FieldKind::computed,
-         "Total",                       {soma.x1() + 2, 2.5, soma.length() - 2, 5},
-         total,                                                                            "Standard"},
+         "Total", {soma.x1(), 2.5, soma.length(), 5},
+         total, "Standard",
+         "", "Total:"},
     };
     return leiaute;
 }

@@ -1,30 +1,18 @@
 #include "print/PagePainter.h"
 
-#include <QGuiApplication>
+#include <QGlyphRun>
 #include <QPainter>
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
-#include <string_view>
+#include <cmath>
+#include <utility>
 
 namespace {
 
 constexpr qreal kPointsPerInch = 72;
 constexpr qreal kLeastScale = 0.5;     ///< smaller than that nobody reads a name
 constexpr qsizetype kMostDrawn = 1000; ///< characters that two lines can have at most
-constexpr qsizetype kMostKnown = 4096; ///< texts whose widths are kept
-constexpr std::u16string_view kFigures = u"0123456789/.,-";
-
-QFont fontOf(int dots, bool bold) {
-    QFont font;
-    // The family the program has on the screens it is made for, which has all digits equally wide;
-    // where it is missing, the program's own.
-    font.setFamilies({"DejaVu Sans", QGuiApplication::font().family()});
-    font.setPixelSize(dots);
-    font.setBold(bold);
-    font.setHintingPreference(QFont::PreferNoHinting);
-    return font;
-}
 
 QRectF inDots(const QRectF& place) {
     return {place.topLeft() * PagePainter::kDotsPerMm, place.size() * PagePainter::kDotsPerMm};
@@ -63,28 +51,6 @@ QPen penOf(const QColor& ink, qreal mm) {
 
 } // namespace
 
-PagePainter::Face::Face(int dots, bool bold)
-    : font(fontOf(dots, bold)), metrics(font), afterComma(metrics.horizontalAdvance(",00")) {
-    for (const char16_t figure : kFigures)
-        figures_[figure] = metrics.horizontalAdvance(QChar(figure));
-}
-
-qreal PagePainter::Face::widthOf(const QString& text) const {
-    qreal sum = 0;
-    const bool onlyFigures = std::ranges::all_of(text, [&](QChar c) {
-        const auto figure = figures_.find(c);
-        sum += figure == figures_.end() ? 0 : *figure;
-        return figure != figures_.end();
-    });
-    if (onlyFigures)
-        return sum;
-    if (const auto known = known_.find(text); known != known_.end())
-        return *known;
-    if (known_.size() >= kMostKnown)
-        known_.clear();
-    return known_[text] = metrics.horizontalAdvance(text);
-}
-
 PagePainter::PagePainter(const ReportLayout& layout) {
     for (const ReportBand* band :
          {&layout.pageHeader, &layout.columnHeadings, &layout.detail, &layout.footer})
@@ -93,15 +59,15 @@ PagePainter::PagePainter(const ReportLayout& layout) {
                 afterComma_ = std::max(afterComma_, face(field.look).afterComma);
 }
 
-const PagePainter::Face& PagePainter::face(const TextLook& look) {
+const PrintFace& PagePainter::face(const TextLook& look) {
     const int dots = std::max(1, qRound(look.points / kPointsPerInch * kDotsPerInch));
     const auto found = faces_.find({dots, look.bold});
     if (found != faces_.end())
         return found->second;
-    return faces_.emplace(std::pair(dots, look.bold), Face(dots, look.bold)).first->second;
+    return faces_.emplace(std::pair(dots, look.bold), PrintFace(dots, look.bold)).first->second;
 }
 
-PagePainter::Laid PagePainter::laid(const ReportField& field, const Face& face,
+PagePainter::Laid PagePainter::laid(const ReportField& field, const PrintFace& face,
                                     const QString& text) const {
     const qreal room = field.place.width() * kDotsPerMm;
     const qreal width = face.widthOf(text);
@@ -147,7 +113,8 @@ PagePainter::Laid PagePainter::laid(const ReportField& field, const Face& face,
 }
 
 /// Each line where its alignment wants it, one below the other around the middle.
-PagePainter::Laid PagePainter::placed(const ReportField& field, const Face& face, Laid laid) const {
+PagePainter::Laid PagePainter::placed(const ReportField& field, const PrintFace& face,
+                                      Laid laid) const {
     const qreal room = field.place.width() * kDotsPerMm;
     const qreal pitch = face.metrics.height() * laid.scale;
     // Capitals stand in the middle of the place: so the texts of a row share their base line.
@@ -183,35 +150,74 @@ void PagePainter::draw(QPainter& painter, const ReportBand& band, QPointF corner
     }
     for (std::size_t i = 0; i < texts.size(); ++i)
         if (!texts[i].isEmpty())
-            drawText(painter, band.fields[i], corner, texts[i]);
+            addText(band.fields[i], corner, texts[i]);
 }
 
-void PagePainter::drawText(QPainter& painter, const ReportField& field, QPointF corner,
-                           const QString& text) {
-    const Face& used = face(field.look);
+void PagePainter::addText(const ReportField& field, QPointF corner, const QString& text) {
+    const PrintFace& used = face(field.look);
     const Laid laidText = laid(field, used, text);
     const QRectF place = inDots(field.place).translated(corner);
-    if (painter.font() != used.font)
-        painter.setFont(used.font);
-    if (painter.pen().color() != field.look.ink)
-        painter.setPen(field.look.ink);
-    for (const Laid::Line& line : laidText.lines) {
-        const QPointF baseLine(place.left() + line.left, place.center().y() + line.below);
-        if (laidText.scale == 1) {
-            painter.drawText(baseLine, line.text);
-            continue;
-        }
-        painter.save();
-        painter.translate(baseLine);
-        painter.scale(laidText.scale, laidText.scale);
-        painter.drawText(QPointF(), line.text);
-        painter.restore();
+    for (const Laid::Line& line : laidText.lines)
+        addLine(used, field.look.ink, {place.left() + line.left, place.center().y() + line.below},
+                line.text, laidText.scale);
+}
+
+void PagePainter::addLine(const PrintFace& face, const QColor& ink, QPointF baseLine,
+                          const QString& text, qreal scale) {
+    const bool plain = face.isPlain(text);
+    if (!plain || scale != 1) {
+        waiting_.push_back({&face, ink, baseLine, scale});
+        if (plain)
+            waiting_.back().append({}, text);
+        else
+            waiting_.back().shaped = text;
+        return;
     }
+    // All of one look that follow each other are drawn as one.
+    const auto goesOn = [&](const Run& run) {
+        return run.face == &face && run.ink == ink && run.scale == 1 && run.shaped.isEmpty();
+    };
+    if (waiting_.empty() || !goesOn(waiting_.back()))
+        waiting_.push_back({&face, ink});
+    waiting_.back().append(baseLine, text);
+}
+
+/// On whole dots, as letters are wide.
+void PagePainter::Run::append(QPointF baseLine, const QString& text) {
+    QPointF place(std::round(baseLine.x()), std::round(baseLine.y()));
+    for (const QChar c : text) {
+        const PrintFace::Letter& letter = *face->letter(c);
+        glyphs.append(letter.glyph);
+        places.append(place);
+        place.rx() += letter.advance;
+    }
+}
+
+void PagePainter::Run::draw(QPainter& painter) const {
+    const QTransform whole = painter.transform();
+    painter.translate(corner);
+    painter.scale(scale, scale);
+    painter.setPen(ink);
+    if (shaped.isEmpty()) {
+        QGlyphRun letters;
+        letters.setRawFont(face->raw);
+        letters.setRawData(glyphs.constData(), places.constData(), static_cast<int>(glyphs.size()));
+        painter.drawGlyphRun({}, letters);
+    } else {
+        painter.setFont(face->font);
+        painter.drawText(QPointF(), shaped);
+    }
+    painter.setTransform(whole);
+}
+
+void PagePainter::finish(QPainter& painter) {
+    for (const Run& run : std::exchange(waiting_, {}))
+        run.draw(painter);
 }
 
 QRectF PagePainter::placeOf(const ReportField& field, const QString& text, qsizetype start,
                             qsizetype length) {
-    const Face& used = face(field.look);
+    const PrintFace& used = face(field.look);
     const Laid laidText = laid(field, used, text);
     const auto isIn = [&](const Laid::Line& line) {
         const qsizetype from = start - line.start;
@@ -223,9 +229,7 @@ QRectF PagePainter::placeOf(const ReportField& field, const QString& text, qsize
     if (line == laidText.lines.end())
         return field.place;
     const auto at = [&](qsizetype character) {
-        return (line->left +
-                used.metrics.horizontalAdvance(line->text.first(character)) * laidText.scale) /
-               kDotsPerMm;
+        return (line->left + used.widthOf(line->text, character) * laidText.scale) / kDotsPerMm;
     };
     const qreal left = at(start - line->start);
     const qreal right = at(start - line->start + length);
@@ -235,4 +239,26 @@ QRectF PagePainter::placeOf(const ReportField& field, const QString& text, qsize
     const qreal middle = field.place.center().y() +
                          (line->below - used.metrics.capHeight() * laidText.scale / 2) / kDotsPerMm;
     return {field.place.left() + left, middle - height / 2, right - left, height};
+}
+
+qsizetype PagePainter::characterAt(const ReportField& field, const QString& text, QPointF point) {
+    const PrintFace& used = face(field.look);
+    const Laid laidText = laid(field, used, text);
+    const bool below = laidText.lines.size() > 1 && point.y() > field.place.center().y();
+    const Laid::Line& line = laidText.lines[below ? 1 : 0];
+    const qreal x = ((point.x() - field.place.left()) * kDotsPerMm - line.left) / laidText.scale;
+    qsizetype before = 0; // characters whose middle is before the point
+    qsizetype behind = line.text.size();
+    while (before < behind) {
+        const qsizetype middle = (before + behind) / 2;
+        const qreal left = used.widthOf(line.text, middle);
+        const qreal right = used.widthOf(line.text, middle + 1);
+        if (x > (left + right) / 2)
+            before = middle + 1;
+        else
+            behind = middle;
+    }
+    // Behind the last that is drawn stands, too, what is cut off.
+    const bool last = &line == &laidText.lines.back() && before == line.text.size();
+    return last ? text.size() : std::min(line.start + before, text.size());
 }

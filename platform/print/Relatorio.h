@@ -130,8 +130,30 @@ public:
 
     /// Where the detail field of that index shows `length` characters from `start` on: in
     /// millimetres from the paper's upper left corner. The field's whole place if they are cut off.
+    /// The row after the last is the footer, whose fields are meant then.
     [[nodiscard]] QRectF placeOf(qint64 row, qsizetype field, qsizetype start,
                                  qsizetype length) const;
+
+    /// What a field outside the details has, and what it shows, its label with it.
+    [[nodiscard]] ReportValue valueOf(const ReportField& field) const;
+    [[nodiscard]] QString textOf(const ReportField& field) const;
+
+    /// A text as it stands on a page.
+    struct Text {
+        QString text;
+        const ReportField* field; ///< of layout()
+        QPointF corner;           ///< of its band, in millimetres from the paper's
+        bool repeated;            ///< stands on every page: in the header or the headings
+
+        [[nodiscard]] QRectF place() const { return field->place.translated(corner); }
+    };
+    /// All texts of a page that aren't empty, in the order of reading.
+    [[nodiscard]] std::vector<Text> textsOf(int page);
+    /// Where it shows `length` characters from `start` on, as above.
+    [[nodiscard]] QRectF placeOf(const Text& text, qsizetype start, qsizetype length) const;
+    /// The character of it that stands there, in millimetres from the paper's corner; its length
+    /// for what is behind the last one's middle.
+    [[nodiscard]] qsizetype characterAt(const Text& text, QPointF point) const;
 
     /// Tells the error event; for who prints the report.
     void fail(ReportError code);
@@ -177,7 +199,8 @@ private:
     void takeNext(Content& report);
     void takeSlice();
     void endSlices();
-    [[nodiscard]] QString textOf(const ReportField& field) const;
+    [[nodiscard]] qint64 beginOfLastPage() const;
+    [[nodiscard]] QPointF cornerOfRow(qint64 row) const;
     void paintBand(QPainter& painter, const ReportBand& band, qreal& y) const;
     void paintDetails(QPainter& painter, int page, qreal& y) const;
 

@@ -32,14 +32,14 @@ struct SaveResult {
                                  const ReportProgress& progress);
 
 /// The rows, a column for each column of the detail band from left to right, with a row of
-/// headings: UTF-8 with its mark, semicolons, decimal comma, day/month/year, lines ended by CR LF.
-/// A text that a spreadsheet would take for a formula (it begins with = + - @, a tab or CR) gets an
-/// apostrophe in front.
+/// headings and nothing else, as every line of it is a row to other programs: UTF-8 with its mark,
+/// semicolons, decimal comma, day/month/year, lines ended by CR LF. A text that a spreadsheet would
+/// take for a formula (it begins with = + - @, a tab or CR) gets an apostrophe in front.
 [[nodiscard]] SaveResult saveCsv(Relatorio& report, const QString& path,
                                  const ReportProgress& progress);
 
-/// The same rows as a workbook of one sheet: true dates and numbers, headings that stay in sight,
-/// columns as wide as on paper. Texts are texts, whatever they begin with. Fails if there are more
-/// rows than a sheet takes.
+/// The same rows as a workbook of one sheet for A4: what the report's header tells, headings that
+/// stay in sight, true dates and numbers, the totals; columns as wide and aligned as on paper.
+/// Texts are texts, whatever they begin with. Fails if there are more rows than a sheet takes.
 [[nodiscard]] SaveResult saveXlsx(Relatorio& report, const QString& path,
                                   const ReportProgress& progress);

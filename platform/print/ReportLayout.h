@@ -18,8 +18,9 @@
 /// its margins.
 ///
 /// On every page stand the page header, the column headings and as many details, one below the
-/// other, as there is room for; on the last page the report footer follows, or, if it has no room
-/// there, on a further page with header and headings.
+/// other, as there is room for; on the last page the report footer follows. It never stands there
+/// alone: two details at least go with it, if there are as many, on a further page with header and
+/// headings if need be.
 
 struct TextLook {
     qreal points = 8.5;
@@ -51,6 +52,9 @@ struct ReportField {
     QString format = {};
     /// The column's name in files; without it, `name`. For columns of the detail band.
     QString heading = {};
+    /// What the value is, as in "Total:": stands before it, a blank apart, wherever the value is
+    /// aligned. For computed fields.
+    QString label = {};
 };
 
 struct ReportLine {

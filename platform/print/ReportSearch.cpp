@@ -35,25 +35,59 @@ Folded fold(const QString& text, bool withoutPoints) {
     return result;
 }
 
-/// What is looked for, in both shapes, and where it is in a report's fields.
+/// What is looked for, in both shapes, and where it is in a report's fields. The footer counts as a
+/// row after the last.
 class Search {
 public:
     Search(const Relatorio& report, const QString& text)
-        : report_(report), text_(fold(text, false).text), number_(fold(text, true).text),
-          fields_(static_cast<qsizetype>(report.layout().detail.fields.size())) {}
+        : report_(report), text_(fold(text, false).text), number_(fold(text, true).text) {}
 
     [[nodiscard]] bool isEmpty() const { return text_.isEmpty(); }
-    [[nodiscard]] qsizetype fields() const noexcept { return fields_; }
+    /// The one after the last that is searched.
+    [[nodiscard]] qint64 end() const {
+        return report_.rows().size() + (report_.isComplete() ? 1 : 0);
+    }
+    [[nodiscard]] qsizetype fieldsOf(qint64 row) const {
+        const ReportLayout& layout = report_.layout();
+        return static_cast<qsizetype>(
+            (isFooter(row) ? layout.footer : layout.detail).fields.size());
+    }
+
+    /// As RowStore::visit(); the footer has no values.
+    void visit(qint64 first, qint64 end, const RowStore::Work& work) const {
+        const qint64 count = report_.rows().size();
+        bool goOn = true;
+        if (first < count)
+            report_.rows().visit(first, std::min(end, count),
+                                 [&](qint64 row, const std::vector<ReportValue>& values) {
+                                     return goOn = work(row, values);
+                                 });
+        if (goOn && end > count)
+            work(count, {});
+    }
 
     [[nodiscard]] std::optional<ReportHit> in(qint64 row, qsizetype field,
                                               const std::vector<ReportValue>& values) const {
+        if (isFooter(row)) {
+            const ReportField& shown =
+                report_.layout().footer.fields[static_cast<std::size_t>(field)];
+            return in(row, field, report_.textOf(shown), shown.kind == FieldKind::computed);
+        }
         const qsizetype column = report_.columnOf(field);
         const bool amount =
             column >= 0 && std::holds_alternative<Amount>(values[static_cast<std::size_t>(column)]);
+        return in(row, field, report_.detailText(field, values), amount);
+    }
+
+private:
+    [[nodiscard]] bool isFooter(qint64 row) const { return row == report_.rows().size(); }
+
+    [[nodiscard]] std::optional<ReportHit> in(qint64 row, qsizetype field, const QString& text,
+                                              bool amount) const {
         const QString& wanted = amount ? number_ : text_;
         if (wanted.isEmpty())
             return std::nullopt;
-        const Folded shown = fold(report_.detailText(field, values), amount);
+        const Folded shown = fold(text, amount);
         const qsizetype found = shown.text.indexOf(wanted);
         if (found < 0)
             return std::nullopt;
@@ -62,11 +96,9 @@ public:
         return ReportHit{row, field, start, last + 1 - start};
     }
 
-private:
     const Relatorio& report_;
     QString text_;
     QString number_;
-    qsizetype fields_;
 };
 
 constexpr qint64 kRowsPerStep = 1024;
@@ -87,36 +119,36 @@ struct Walk {
     std::optional<ReportHit> forward(Place from, qint64 end) {
         std::optional<ReportHit> hit;
         for (qint64 row = from.row; row < end && !hit && goOn(row); row += kRowsPerStep)
-            report.rows().visit(row, std::min(end, row + kRowsPerStep),
-                                [&](qint64 at, const std::vector<ReportValue>& values) {
-                                    const qsizetype first = at == from.row ? from.field : 0;
-                                    for (qsizetype f = first; f < search.fields() && !hit; ++f)
-                                        hit = search.in(at, f, values);
-                                    return !hit;
-                                });
+            search.visit(row, std::min(end, row + kRowsPerStep),
+                         [&](qint64 at, const std::vector<ReportValue>& values) {
+                             const qsizetype first = at == from.row ? from.field : 0;
+                             for (qsizetype f = first; f < search.fieldsOf(at) && !hit; ++f)
+                                 hit = search.in(at, f, values);
+                             return !hit;
+                         });
         return hit;
     }
 
     /// The last in the step counts, so each step is looked at to its end.
     std::optional<ReportHit> backward(Place from, qint64 begin) {
         std::optional<ReportHit> hit;
-        for (qint64 end = from.row + 1; end > begin && !hit && goOn(report.rows().size() - end);
+        for (qint64 end = from.row + 1; end > begin && !hit && goOn(search.end() - end);
              end -= kRowsPerStep)
-            report.rows().visit(std::max(begin, end - kRowsPerStep), end,
-                                [&](qint64 at, const std::vector<ReportValue>& values) {
-                                    const qsizetype last =
-                                        at == from.row ? from.field : search.fields();
-                                    for (qsizetype f = 0; f < last; ++f)
-                                        if (const auto found = search.in(at, f, values))
-                                            hit = found;
-                                    return true;
-                                });
+            search.visit(std::max(begin, end - kRowsPerStep), end,
+                         [&](qint64 at, const std::vector<ReportValue>& values) {
+                             const qsizetype last =
+                                 at == from.row ? from.field : search.fieldsOf(at);
+                             for (qsizetype f = 0; f < last; ++f)
+                                 if (const auto found = search.in(at, f, values))
+                                     hit = found;
+                             return true;
+                         });
         return hit;
     }
 
 private:
     bool goOn(qint64 done) {
-        cancelled = cancelled || !progress(done, report.rows().size());
+        cancelled = cancelled || !progress(done, std::max(done, search.end()));
         return !cancelled;
     }
 };
@@ -143,16 +175,16 @@ SearchResult findText(Relatorio& report, const QString& text, SearchDirection di
     };
     if (direction == SearchDirection::forward) {
         const Place begin = from ? Place{from->row, from->field + 1} : Place{start, 0};
-        const qint64 known = report.rows().size();
+        const qint64 known = search.end();
         result.hit = walk.forward(begin, known);
-        if (!result.hit && !report.isComplete()) {
+        if (!result.hit && report.state() == RowsState::coming) {
             takeRest();
-            result.hit = walk.forward(replaced ? begin : Place{std::max(known, begin.row), 0},
-                                      report.rows().size());
+            result.hit =
+                walk.forward(replaced ? begin : Place{std::max(known, begin.row), 0}, search.end());
         }
         if (!result.hit && !walk.cancelled) {
             result.wrapped = true;
-            result.hit = walk.forward({0, 0}, std::min(begin.row + 1, report.rows().size()));
+            result.hit = walk.forward({0, 0}, std::min(begin.row + 1, search.end()));
         }
     } else {
         const Place begin = from ? Place{from->row, from->field} : Place{start, 0};
@@ -161,12 +193,34 @@ SearchResult findText(Relatorio& report, const QString& text, SearchDirection di
             takeRest();
             result.wrapped = true;
             if (!walk.cancelled)
-                result.hit = walk.backward({report.rows().size() - 1, search.fields()},
+                result.hit = walk.backward({search.end() - 1, search.fieldsOf(search.end() - 1)},
                                            replaced ? 0 : begin.row);
         }
     }
     result.cancelled = walk.cancelled;
     return result;
+}
+
+std::optional<HitCount> countHits(Relatorio& report, const QString& text, const ReportHit& hit,
+                                  const ReportProgress& progress) {
+    const Search search(report, text);
+    const Relatorio::Run run(report);
+    if (!run || report.takeAll(run, progress) == RowsState::coming)
+        return std::nullopt;
+    HitCount count;
+    bool goOn = true;
+    search.visit(0, search.end(), [&](qint64 row, const std::vector<ReportValue>& values) {
+        for (qsizetype f = 0; f < search.fieldsOf(row); ++f)
+            if (search.in(row, f, values)) {
+                ++count.all;
+                if (row < hit.row || (row == hit.row && f <= hit.field))
+                    ++count.until;
+            }
+        if (row % kRowsPerStep == 0)
+            goOn = progress(row, search.end());
+        return goOn;
+    });
+    return goOn ? std::optional(count) : std::nullopt;
 }
 
 std::vector<ReportHit> hitsOnPage(const Relatorio& report, const QString& text, int page) {
@@ -175,12 +229,12 @@ std::vector<ReportHit> hitsOnPage(const Relatorio& report, const QString& text, 
     if (search.isEmpty())
         return hits;
     const Relatorio::Rows rows = report.rowsOf(page);
-    report.rows().visit(rows.first, rows.end,
-                        [&](qint64 row, const std::vector<ReportValue>& values) {
-                            for (qsizetype f = 0; f < search.fields(); ++f)
-                                if (const auto hit = search.in(row, f, values))
-                                    hits.push_back(*hit);
-                            return true;
-                        });
+    const qint64 end = page == report.pageCount() ? search.end() : rows.end;
+    search.visit(rows.first, end, [&](qint64 row, const std::vector<ReportValue>& values) {
+        for (qsizetype f = 0; f < search.fieldsOf(row); ++f)
+            if (const auto hit = search.in(row, f, values))
+                hits.push_back(*hit);
+        return true;
+    });
     return hits;
 }

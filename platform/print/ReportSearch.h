@@ -4,14 +4,14 @@
 
 #include <optional>
 
-/// Finding a text in the details of a report, as they stand on paper, those parts too that are cut
-/// off there. Case and accents don't count; an amount is found with and without the points between
-/// thousands.
+/// Finding a text in the details of a report and in its footer, as they stand on paper, those parts
+/// too that are cut off there. Case and accents don't count; an amount is found with and without
+/// the points between thousands.
 
-/// A detail field that shows the text.
+/// A field that shows the text.
 struct ReportHit {
-    qint64 row;
-    qsizetype field;  ///< index among the detail band's fields
+    qint64 row;       ///< the one after the last: the footer, there once all rows have come
+    qsizetype field;  ///< index among the detail band's fields, or the footer's
     qsizetype start;  ///< of the text within the field's
     qsizetype length; ///< in characters
 
@@ -32,6 +32,17 @@ struct SearchResult {
 [[nodiscard]] SearchResult findText(Relatorio& report, const QString& text,
                                     SearchDirection direction, const std::optional<ReportHit>& from,
                                     qint64 start, const ReportProgress& progress);
+
+/// How many fields show `text`, and how many of them until `hit`, itself counted: all and the place
+/// of a hit among them. Takes in all rows.
+/// @return nothing if `progress` stopped it, or another report is at work.
+struct HitCount {
+    qint64 all = 0;
+    qint64 until = 0;
+};
+[[nodiscard]] std::optional<HitCount> countHits(Relatorio& report, const QString& text,
+                                                const ReportHit& hit,
+                                                const ReportProgress& progress);
 
 /// The hits on a page, in the order of reading.
 [[nodiscard]] std::vector<ReportHit> hitsOnPage(const Relatorio& report, const QString& text,

@@ -1,6 +1,15 @@
 #include "print/SaveReport.h"
 
 #include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr qreal kTouch = 0.5; ///< millimetres between what stands together
+
+bool isNear(qreal one, qreal other) { return std::abs(one - other) < kTouch; }
+
+} // namespace
 
 SaveResult saveReport(Relatorio& report, const QString& path, const ReportProgress& progress,
                       const WriteFile& write) {
@@ -42,7 +51,41 @@ std::vector<FileColumn> fileColumns(const Relatorio& report) {
     for (const ReportField* field : fields)
         columns.push_back({field->heading.isEmpty() ? field->name : field->heading,
                            static_cast<std::size_t>(columnNamed(report.columns(), field->name)),
-                           formatNamed(field->format).value_or(ValueFormat::general),
-                           field->place.width()});
+                           formatNamed(field->format).value_or(ValueFormat::general), field->place,
+                           field->look.align});
     return columns;
+}
+
+QStringList fileHead(const Relatorio& report) {
+    QStringList lines;
+    QRectF last;
+    for (const ReportField& field : report.layout().pageHeader.fields) {
+        if (field.kind == FieldKind::computed) // that of a page
+            continue;
+        const QString text = report.textOf(field);
+        const bool goesOn = !lines.isEmpty() && isNear(field.place.top(), last.top()) &&
+                            isNear(field.place.left(), last.right());
+        if (goesOn)
+            lines.back() += ' ' + text;
+        else if (!text.isEmpty())
+            lines.push_back(text);
+        last = field.place;
+    }
+    return lines;
+}
+
+std::vector<FileTotal> fileTotals(const Relatorio& report, const std::vector<FileColumn>& columns) {
+    std::vector<FileTotal> totals;
+    for (const ReportField& field : report.layout().footer.fields) {
+        const auto column = std::ranges::find_if(columns, [&](const FileColumn& one) {
+            return field.look.align == Qt::AlignRight
+                       ? isNear(one.place.right(), field.place.right())
+                       : isNear(one.place.left(), field.place.left());
+        });
+        if (field.kind == FieldKind::computed && column != columns.end())
+            totals.push_back({static_cast<std::size_t>(column - columns.begin()), field.label,
+                              report.valueOf(field),
+                              formatNamed(field.format).value_or(ValueFormat::general)});
+    }
+    return totals;
 }

@@ -6,13 +6,14 @@
 #include <chrono>
 #include <cstdio>
 #include <future>
+#include <map>
 #include <memory>
 #include <optional>
 #include <xlsxwriter.h>
 
 namespace {
 
-constexpr qint64 kMostRows = LXW_ROW_MAX - 1; ///< beside the headings
+constexpr std::uint8_t kA4 = 9; ///< as sheets count papers
 constexpr qsizetype kLongestText = 32767;
 constexpr qsizetype kLongestSheetName = 31;
 constexpr qreal kMmPerCharacter = 1.9; ///< of a sheet's ordinary font
@@ -68,18 +69,71 @@ struct FreeWorkbook {
 };
 using Workbook = std::unique_ptr<lxw_workbook, FreeWorkbook>;
 
+/// What a sheet has besides the report's rows.
+struct Surroundings {
+    explicit Surroundings(const Relatorio& report)
+        : columns(fileColumns(report)), head(fileHead(report)),
+          totals(fileTotals(report, columns)) {}
+
+    /// The sheet's row of the headings: an empty one stands between them and what the head tells.
+    [[nodiscard]] lxw_row_t headings() const {
+        return head.isEmpty() ? 0 : static_cast<lxw_row_t>(head.size()) + 1;
+    }
+    /// How many of the report's rows there is room for.
+    [[nodiscard]] qint64 room() const {
+        return qint64{LXW_ROW_MAX} - headings() - 1 - (totals.empty() ? 0 : 1);
+    }
+
+    std::vector<FileColumn> columns;
+    QStringList head;
+    std::vector<FileTotal> totals;
+};
+
+/// How cells look, in each alignment that a column may have.
+class Looks {
+public:
+    enum class Kind : unsigned char { title, plain, heading, total, date, money, exact };
+
+    explicit Looks(lxw_workbook* book) : book_(book) {}
+
+    lxw_format* operator()(Kind kind, Qt::AlignmentFlag align) {
+        lxw_format*& look = known_[{kind, align}];
+        if (!look)
+            look = make(kind, align);
+        return look;
+    }
+
+private:
+    lxw_format* make(Kind kind, Qt::AlignmentFlag align) {
+        lxw_format* look = workbook_add_format(book_);
+        if (kind == Kind::title || kind == Kind::heading || kind == Kind::total)
+            format_set_bold(look);
+        if (kind == Kind::heading)
+            format_set_bottom(look, LXW_BORDER_THIN);
+        if (kind == Kind::total)
+            format_set_top(look, LXW_BORDER_THIN);
+        if (kind == Kind::date)
+            format_set_num_format(look, "dd/mm/yyyy");
+        if (kind == Kind::money || kind == Kind::total)
+            format_set_num_format(look, "#,##0.00");
+        if (kind == Kind::exact)
+            format_set_num_format(look, "#,##0.00##");
+        if (align != Qt::AlignLeft)
+            format_set_align(look, align == Qt::AlignRight ? LXW_ALIGN_RIGHT : LXW_ALIGN_CENTER);
+        return look;
+    }
+
+    lxw_workbook* book_;
+    std::map<std::pair<Kind, Qt::AlignmentFlag>, lxw_format*> known_;
+};
+
 class Sheet {
 public:
+    using Kind = Looks::Kind;
+
     Sheet(lxw_workbook* book, const QString& title)
         : sheet_(workbook_add_worksheet(book, sheetName(title).toUtf8().constData())),
-          heading_(workbook_add_format(book)), date_(workbook_add_format(book)),
-          money_(workbook_add_format(book)), exact_(workbook_add_format(book)) {
-        format_set_bold(heading_);
-        format_set_bottom(heading_, LXW_BORDER_THIN);
-        format_set_num_format(date_, "dd/mm/yyyy");
-        format_set_num_format(money_, "#,##0.00");
-        format_set_num_format(exact_, "#,##0.00##");
-    }
+          looks_(book) {}
 
     /// False if there was no room for its temporary file.
     explicit operator bool() const noexcept { return sheet_ != nullptr; }
@@ -92,56 +146,82 @@ public:
         return std::ftell(rows);
     }
 
-    void writeHeadings(const std::vector<FileColumn>& columns) {
-        for (std::size_t i = 0; i < columns.size(); ++i) {
-            const auto at = static_cast<lxw_col_t>(i);
-            const qreal width = std::max(columns[i].width / kMmPerCharacter, kFewestCharacters);
+    /// On A4 all columns beside each other, the headings on each page.
+    void begin(const Surroundings& around) {
+        worksheet_set_paper(sheet_, kA4);
+        worksheet_fit_to_pages(sheet_, 1, 0);
+        worksheet_set_footer(sheet_, "&R&P / &N");
+        for (qsizetype line = 0; line < around.head.size(); ++line)
+            writeText(static_cast<lxw_row_t>(line), 0, around.head[line],
+                      looks_(line == 0 ? Kind::title : Kind::plain, Qt::AlignLeft));
+        const lxw_row_t row = around.headings();
+        lxw_col_t at = 0;
+        for (const FileColumn& column : around.columns) {
+            const qreal width = std::max(column.place.width() / kMmPerCharacter, kFewestCharacters);
             worksheet_set_column(sheet_, at, at, width, nullptr);
-            writeText(0, at, columns[i].heading, heading_);
+            writeText(row, at++, column.heading, looks_(Kind::heading, column.align));
         }
-        worksheet_freeze_panes(sheet_, 1, 0);
-        worksheet_repeat_rows(sheet_, 0, 0);
+        worksheet_freeze_panes(sheet_, row + 1, 0);
+        worksheet_repeat_rows(sheet_, row, row);
     }
 
-    void write(lxw_row_t row, lxw_col_t at, ValueFormat format, const ReportValue& value) {
+    /// The totals below the last row; what sorts and filters knows that they are none of the rows.
+    void end(const Surroundings& around, qint64 count) {
+        const lxw_row_t first = around.headings();
+        const auto last = static_cast<lxw_row_t>(first + count);
+        worksheet_autofilter(sheet_, first, 0, last,
+                             static_cast<lxw_col_t>(around.columns.size() - 1));
+        for (const FileTotal& total : around.totals) {
+            const auto at = static_cast<lxw_col_t>(total.column);
+            if (at > 0)
+                writeText(last + 1, static_cast<lxw_col_t>(at - 1), total.label,
+                          looks_(Kind::total, Qt::AlignRight));
+            if (const auto* amount = std::get_if<Amount>(&total.value))
+                writeAmount(last + 1, at, *amount, Kind::total, Qt::AlignRight);
+            else
+                writeText(last + 1, at, shown(total.value, total.format),
+                          looks_(Kind::total, Qt::AlignRight));
+        }
+    }
+
+    void write(lxw_row_t row, lxw_col_t at, const FileColumn& column, const ReportValue& value) {
+        const bool standard = column.format == ValueFormat::standard;
         if (const auto* text = std::get_if<QString>(&value))
-            writeText(row, at, *text, nullptr);
+            writeText(row, at, *text, looks_(Kind::plain, column.align));
         else if (const auto* date = std::get_if<QDate>(&value))
-            writeDate(row, at, *date);
+            writeDate(row, at, *date, column.align);
         else if (const auto* amount = std::get_if<Amount>(&value))
-            writeAmount(row, at, *amount, format);
+            writeAmount(row, at, *amount, standard ? Kind::money : Kind::exact, column.align);
         else if (const auto* whole = std::get_if<qint64>(&value))
-            writeWhole(row, at, *whole, format);
+            writeWhole(row, at, *whole, standard ? Kind::money : Kind::plain, column.align);
     }
 
 private:
-    void writeText(lxw_row_t row, lxw_col_t at, const QString& text, lxw_format* format) {
-        worksheet_write_string(sheet_, row, at, cellText(text).toUtf8().constData(), format);
+    void writeText(lxw_row_t row, lxw_col_t at, const QString& text, lxw_format* look) {
+        worksheet_write_string(sheet_, row, at, cellText(text).toUtf8().constData(), look);
     }
-    void writeDate(lxw_row_t row, lxw_col_t at, const QDate& date) {
+    void writeDate(lxw_row_t row, lxw_col_t at, const QDate& date, Qt::AlignmentFlag align) {
         if (date < kFirstCertainDay)
-            return writeText(row, at, formatDate(date), nullptr);
-        worksheet_write_number(sheet_, row, at, static_cast<double>(kDayZero.daysTo(date)), date_);
+            return writeText(row, at, formatDate(date), looks_(Kind::plain, align));
+        worksheet_write_number(sheet_, row, at, static_cast<double>(kDayZero.daysTo(date)),
+                               looks_(Kind::date, align));
     }
-    void writeAmount(lxw_row_t row, lxw_col_t at, Amount amount, ValueFormat format) {
+    void writeAmount(lxw_row_t row, lxw_col_t at, Amount amount, Kind kind,
+                     Qt::AlignmentFlag align) {
         if (amount.tenThousandths >= kLargestNumber || amount.tenThousandths <= -kLargestNumber)
-            return writeText(row, at, formatMoneyExactly(amount), nullptr);
+            return writeText(row, at, formatMoneyExactly(amount), looks_(kind, align));
         worksheet_write_number(sheet_, row, at,
                                static_cast<double>(amount.tenThousandths) / kWholeUnit,
-                               format == ValueFormat::standard ? money_ : exact_);
+                               looks_(kind, align));
     }
-    void writeWhole(lxw_row_t row, lxw_col_t at, qint64 whole, ValueFormat format) {
+    void writeWhole(lxw_row_t row, lxw_col_t at, qint64 whole, Kind kind, Qt::AlignmentFlag align) {
         if (whole >= kLargestNumber || whole <= -kLargestNumber)
-            return writeText(row, at, QString::number(whole), nullptr);
-        worksheet_write_number(sheet_, row, at, static_cast<double>(whole),
-                               format == ValueFormat::standard ? money_ : nullptr);
+            return writeText(row, at, QString::number(whole), looks_(kind, align));
+        worksheet_write_number(sheet_, row, at, static_cast<double>(whole), looks_(kind, align));
     }
 
     lxw_worksheet* sheet_;
-    lxw_format* heading_;
-    lxw_format* date_;
-    lxw_format* money_;
-    lxw_format* exact_;
+    Looks looks_;
 };
 
 /// Packs the workbook into its file on another thread, as that takes long and tells nothing, and
@@ -159,20 +239,23 @@ bool close(Workbook book, qint64 sheetBytes, NewFile& file, qint64 count,
     return goOn;
 }
 
-/// Writes the headings and rows; false if `progress` stopped it.
-bool writeRows(Sheet& sheet, const Relatorio& report, const ReportProgress& progress) {
-    const std::vector<FileColumn> columns = fileColumns(report);
-    sheet.writeHeadings(columns);
+/// Writes the rows and all around them; false if `progress` stopped it.
+bool writeRows(Sheet& sheet, const Relatorio& report, const Surroundings& around,
+               const ReportProgress& progress) {
+    sheet.begin(around);
     bool goOn = true;
     const qint64 count = report.rows().size();
     report.rows().visit(0, count, [&](qint64 row, const std::vector<ReportValue>& values) {
-        for (std::size_t i = 0; i < columns.size(); ++i)
-            sheet.write(static_cast<lxw_row_t>(row + 1), static_cast<lxw_col_t>(i),
-                        columns[i].format, values[columns[i].source]);
+        lxw_col_t at = 0;
+        for (const FileColumn& column : around.columns)
+            sheet.write(static_cast<lxw_row_t>(around.headings() + 1 + row), at++, column,
+                        values[column.source]);
         if (row % kRowsPerProgress == 0)
             goOn = progress(row, count);
         return goOn;
     });
+    if (goOn)
+        sheet.end(around, count);
     return goOn;
 }
 
@@ -181,11 +264,12 @@ bool writeRows(Sheet& sheet, const Relatorio& report, const ReportProgress& prog
 SaveResult saveXlsx(Relatorio& report, const QString& path, const ReportProgress& progress) {
     return saveReport(report, path, progress, [&](NewFile& file) {
         const qint64 count = report.rows().size();
-        if (count > kMostRows) {
+        const Surroundings around(report);
+        if (count > around.room()) {
             file.setFailed(
                 QString("uma planilha comporta %1 linhas e o relatório tem mais; salve-o "
                         "como CSV")
-                    .arg(kMostRows));
+                    .arg(around.room()));
             return true;
         }
         const QByteArray name = QFile::encodeName(file.path());
@@ -202,7 +286,7 @@ SaveResult saveXlsx(Relatorio& report, const QString& path, const ReportProgress
             file.setFailed(kDiskFull);
             return true;
         }
-        if (!writeRows(sheet, report, progress))
+        if (!writeRows(sheet, report, around, progress))
             return false;
         const auto bytes = sheet.bytes();
         if (!bytes) {

@@ -202,6 +202,7 @@ def expected_rows():
 
 
 expected = expected_rows()
+period = f"{brazilian(day(first))} a {brazilian(day(last))}"
 expect(len(expected) > 3, f"only {len(expected)} rows to compare")
 
 
@@ -231,7 +232,12 @@ def read_xlsx(file):
     sheet = openpyxl.load_workbook(file).active
     same(sheet.title, title, f"name of the sheet in {file}")
     lines = list(sheet.iter_rows())
-    same([cell.value for cell in lines[0]], headings, f"headings of {file}")
+    same([line[0].value for line in lines[:4]],
+         [title, f"Referente ao período: {period}", f"Data: {brazilian(datetime.date.today())}", None],
+         f"head of {file}")
+    same([cell.value for cell in lines[4]], headings, f"headings of {file}")
+    same([cell.value for cell in lines[-1]][2:4],
+         ["Total:", float(sum(row.value for row in expected))], f"total of {file}")
 
     def date(cell):
         if cell.value is None:
@@ -244,7 +250,7 @@ def read_xlsx(file):
                f"{cell.value!r} is no amount")
         return Decimal(repr(cell.value))
     return [Row(number.value, name.value, date(issue), amount(value), bank_name.value, date(due))
-            for number, name, issue, value, bank_name, due in lines[1:]]
+            for number, name, issue, value, bank_name, due in lines[5:-1]]
 
 
 def shows(found, whole):
@@ -252,13 +258,8 @@ def shows(found, whole):
     return "".join(found.split()) == "".join(whole.split())
 
 
-LIGATURE = re.compile("[ﬀ-ﬄ]")
 DATE = re.compile(r"\d\d/\d\d/\d{4}")
 COLUMNS = [33, 87, 112, 140, 175]      # where all but the first begin on paper, in millimetres
-
-
-def unligated(text):
-    return LIGATURE.sub(lambda found: unicodedata.normalize("NFKC", found[0]), text)
 
 
 def cells(file):
@@ -270,7 +271,7 @@ def cells(file):
             left, top, right, bottom = (float(word.get(side)) / 72 * 25.4
                                         for side in ("xMin", "yMin", "xMax", "yMax"))
             words.append(Word(bisect.bisect(COLUMNS, (left + right) / 2), (top + bottom) / 2, left,
-                              unligated(word.text)))
+                              word.text))
         rows = []
         for date in sorted((w for w in words if w.column == 2 and DATE.fullmatch(w.text)
                             and w.middle > 40), key=lambda w: w.middle):
@@ -286,10 +287,9 @@ def compare_pdf(file, rows):
     facts = dict(line.split(":", 1) for line in program("pdfinfo", file).splitlines())
     expect(re.match(r"\s*59[45](\.\d+)? x 84[12](\.\d+)? pts", facts["Page size"]),
            f"paper of {file}: {facts['Page size']}")
-    pages = unligated(program("pdftotext", "-layout", file, "-")).split("\f")[:-1]
+    pages = program("pdftotext", "-layout", file, "-").split("\f")[:-1]
     same(len(pages), int(facts["Pages"]), f"pages of {file}")
     expect(len(pages) == 1 or len(rows) > 40, f"{len(rows)} rows on {len(pages)} pages of {file}")
-    period = f"{brazilian(day(first))} a {brazilian(day(last))}"
     rest = iter(rows)
     for number, (page, shown) in enumerate(zip(pages, cells(file)), 1):
         lines = [" ".join(line.split()) for line in page.splitlines() if line.strip()]

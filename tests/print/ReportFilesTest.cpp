@@ -34,6 +34,10 @@ for row in sheet.iter_rows():
     print(ascii([(c.value.strftime('%d/%m/%Y') if c.is_date else c.value, c.data_type, c.number_format)
                  if c.value is not None else None for c in row]))
 print([round(sheet.column_dimensions[c].width) for c in 'ABCDEF'])
+print([sheet.page_setup.paperSize, sheet.page_setup.fitToWidth, sheet.page_setup.fitToHeight,
+       sheet.page_setup.orientation, sheet.print_title_rows, sheet.auto_filter.ref])
+for row in sheet.iter_rows(min_row=5, max_row=6):
+    print([c.alignment.horizontal for c in row])
 )";
 
 class Files : public ReportTest {
@@ -113,22 +117,49 @@ TEST_F(Files, CsvHasNoFormulas) {
     EXPECT_EQ(lines[8], R"(['', '\'="a";b', '', '', '', ''])");
 }
 
+// Above the rows what the header tells on paper, below them the total.
+constexpr qsizetype kHeadings =
+    5; ///< the line after the facts, title, period, date and an empty row
+
 TEST_F(Files, XlsxHasTrueDatesAndNumbers) {
     const QStringList lines = xlsxOf(givenRows({
         {QString("000123"), QString("Ana"), QDate(2026, 3, 1),                       Amount{12'345'600},              QString("Caixa"),
          QDate(1900,                                                                                                                                     3, 1)},
         {qint64{-5},               {},                             QDate(1899,                              12,               31), Amount{-5'050}, {}, {}}
     }));
-    ASSERT_EQ(lines.size(), 5);
-    EXPECT_EQ(lines[0], R"(['Relat\xf3rio de Cheques', 'Relat\xf3rio de Cheques', 'A2', 3, 6])");
-    EXPECT_TRUE(lines[1].startsWith(R"([('Cheque', 's', 'General'), ('Nome', 's', 'General'))"));
-    EXPECT_EQ(lines[2], "[('000123', 's', 'General'), ('Ana', 's', 'General'), "
-                        "('01/03/2026', 'd', 'dd/mm/yyyy'), (1234.56, 'n', '#,##0.00'), "
-                        "('Caixa', 's', 'General'), ('01/03/1900', 'd', 'dd/mm/yyyy')]");
+    ASSERT_EQ(lines.size(), 13);
+    EXPECT_EQ(lines[0], R"(['Relat\xf3rio de Cheques', 'Relat\xf3rio de Cheques', 'A6', 8, 6])");
+    EXPECT_TRUE(
+        lines[kHeadings].startsWith(R"([('Cheque', 's', 'General'), ('Nome', 's', 'General'))"));
+    EXPECT_EQ(lines[kHeadings + 1],
+              "[('000123', 's', 'General'), ('Ana', 's', 'General'), "
+              "('01/03/2026', 'd', 'dd/mm/yyyy'), (1234.56, 'n', '#,##0.00'), "
+              "('Caixa', 's', 'General'), ('01/03/1900', 'd', 'dd/mm/yyyy')]");
     // Before March 1900 a sheet's days are one off: those dates are texts.
-    EXPECT_EQ(lines[3], "[(-5, 'n', 'General'), None, ('31/12/1899', 's', 'General'), "
-                        "(-0.505, 'n', '#,##0.00'), None, None]");
-    EXPECT_EQ(lines[4], "[9, 27, 12, 13, 17, 10]");
+    EXPECT_EQ(lines[kHeadings + 2], "[(-5, 'n', 'General'), None, ('31/12/1899', 's', 'General'), "
+                                    "(-0.505, 'n', '#,##0.00'), None, None]");
+    EXPECT_EQ(lines[kHeadings + 4], "[9, 27, 12, 13, 17, 10]");
+}
+
+TEST_F(Files, XlsxTellsPeriodAndTotalOnA4) {
+    const QStringList lines = xlsxOf(givenRows({
+        {QString("1"), QString("Ana"), QDate(2026, 3, 1), Amount{12'345'600}, {}, {}},
+        {QString("2"), QString("Bia"), QDate(2026, 3, 2), Amount{4'400},      {}, {}}
+    }));
+    ASSERT_EQ(lines.size(), 13);
+    const char* const rest = "'s', 'General'), None, None, None, None, None]";
+    EXPECT_EQ(lines[1], QString(R"([('Relat\xf3rio de Cheques', )") + rest);
+    EXPECT_EQ(lines[2],
+              QString(R"([('Referente ao per\xedodo: 01/01/2026 a 31/12/2026', )") + rest);
+    EXPECT_EQ(lines[3], QString(R"([('Data: 20/11/2026', )") + rest);
+    EXPECT_EQ(lines[4], "[None, None, None, None, None, None]");
+    EXPECT_EQ(lines[kHeadings + 3],
+              "[None, None, ('Total:', 's', '#,##0.00'), (1235, 'n', '#,##0.00'), None, None]");
+    // On A4 upright as wide as a page, the headings on each; what sorts leaves the total alone.
+    EXPECT_EQ(lines[10], "[9, None, 0, 'portrait', '$5:$5', 'A5:F7']");
+    const char* const alignments = "[None, None, 'center', 'right', None, 'center']";
+    EXPECT_EQ(lines[11], alignments);
+    EXPECT_EQ(lines[12], "[None, None, 'center', 'right', None, None]"); // an empty cell has none
 }
 
 TEST_F(Files, XlsxLosesNoDigitOfLargeAmounts) {
@@ -137,10 +168,11 @@ TEST_F(Files, XlsxLosesNoDigitOfLargeAmounts) {
         {{},                                 {}, {}, Amount{std::numeric_limits<std::int64_t>::max()}, {}, {}},
         {std::numeric_limits<qint64>::max(), {}, {}, {},                                               {}, {}}
     }));
-    ASSERT_EQ(lines.size(), 6);
-    EXPECT_TRUE(lines[2].contains("(99999999999.9999, 'n', '#,##0.00')")) << lines[2].toStdString();
-    EXPECT_TRUE(lines[3].contains("('922.337.203.685.477,5807', 's'"));
-    EXPECT_TRUE(lines[4].contains("('9223372036854775807', 's'"));
+    ASSERT_EQ(lines.size(), 14);
+    EXPECT_TRUE(lines[kHeadings + 1].contains("(99999999999.9999, 'n', '#,##0.00')"))
+        << lines[kHeadings + 1].toStdString();
+    EXPECT_TRUE(lines[kHeadings + 2].contains("('922.337.203.685.477,5807', 's'"));
+    EXPECT_TRUE(lines[kHeadings + 3].contains("('9223372036854775807', 's'"));
 }
 
 TEST_F(Files, XlsxHoldsHostileTexts) {
@@ -148,13 +180,16 @@ TEST_F(Files, XlsxHoldsHostileTexts) {
         {named("=1+1"), named("a\tb\nc\x01"), named("<b>&\"'"), named(QString(40'000, 'x')),
          named("😀 שלום"), named(QString(QChar(0xFFFF)) + "a" + QChar(0xD800) + QChar(0)),
          named("_x0041_")}));
-    ASSERT_EQ(lines.size(), 10);
-    EXPECT_TRUE(lines[2].contains("('=1+1', 's'")) << lines[2].toStdString();
-    EXPECT_TRUE(lines[3].contains("'a\\tb\\nc")) << lines[3].toStdString();
-    EXPECT_TRUE(lines[4].contains("'<b>&\"\\'', 's'")) << lines[4].toStdString();
-    EXPECT_TRUE(lines[5].contains(QString(32767, 'x') + "'"));
-    EXPECT_TRUE(lines[6].contains("\\U0001f600 \\u05e9")) << lines[6].toStdString();
-    EXPECT_TRUE(lines[7].contains("'a")) << lines[7].toStdString();
+    ASSERT_EQ(lines.size(), 18);
+    EXPECT_TRUE(lines[kHeadings + 1].contains("('=1+1', 's'"))
+        << lines[kHeadings + 1].toStdString();
+    EXPECT_TRUE(lines[kHeadings + 2].contains("'a\\tb\\nc")) << lines[kHeadings + 2].toStdString();
+    EXPECT_TRUE(lines[kHeadings + 3].contains("'<b>&\"\\'', 's'"))
+        << lines[kHeadings + 3].toStdString();
+    EXPECT_TRUE(lines[kHeadings + 4].contains(QString(32767, 'x') + "'"));
+    EXPECT_TRUE(lines[kHeadings + 5].contains("\\U0001f600 \\u05e9"))
+        << lines[kHeadings + 5].toStdString();
+    EXPECT_TRUE(lines[kHeadings + 6].contains("'a")) << lines[kHeadings + 6].toStdString();
 }
 
 TEST_F(Files, XlsxRefusesMoreRowsThanASheetTakes) {
@@ -173,7 +208,7 @@ TEST_F(Files, XlsxRefusesMoreRowsThanASheetTakes) {
     const SaveResult result = saveXlsx(report_, path("r.xlsx"), goOn);
     EXPECT_EQ(result.outcome, SaveOutcome::failed);
     EXPECT_EQ(result.reason,
-              QString("Não foi possível gravar \"%1\": uma planilha comporta 1048575 "
+              QString("Não foi possível gravar \"%1\": uma planilha comporta 1048570 "
                       "linhas e o relatório tem mais; salve-o como CSV.")
                   .arg(path("r.xlsx")));
     EXPECT_THAT(files(), IsEmpty());

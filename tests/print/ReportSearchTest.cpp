@@ -136,6 +136,46 @@ TEST_F(Search, TakesInTheRowsItNeeds) {
     EXPECT_TRUE(report_.isComplete());
 }
 
+TEST_F(Search, FindsTheTotal) {
+    ASSERT_TRUE(shop_.begin(givenRows({rowOf("Ana", 100'000), rowOf("Bia", 23'456)})));
+    for (const char* text : {"total", "1.234,56", "1234,56", "Total: 1.234"}) {
+        const SearchResult result = find(text);
+        ASSERT_TRUE(result.hit) << text;
+        EXPECT_EQ(result.hit->row, 2);
+        EXPECT_EQ(result.hit->field, 0);
+        EXPECT_EQ(report_.pageOf(result.hit->row), 1);
+        EXPECT_EQ(hitsOnPage(report_, text, 1), std::vector{*result.hit}) << text;
+    }
+    EXPECT_THAT(walk("4,56", SearchDirection::forward, 4), ElementsAre(1, 2, 1, 2));
+    EXPECT_THAT(walk("4,56", SearchDirection::backward, 4), ElementsAre(2, 1, 2, 1));
+    // Above the line that the search marks is the last row.
+    const QRectF total = report_.placeOf(2, 0, 0, 6);
+    EXPECT_GT(total.top(), report_.placeOf(1, 0, 0, 0).bottom());
+}
+
+TEST_F(Search, FindsTheTotalOnAPageOfItsOwn) {
+    ASSERT_TRUE(shop_.begin(inventedRows(kRowsOnPage)));
+    EXPECT_EQ(report_.pageOf(find("total").hit->row), 2);
+    EXPECT_THAT(hitsOnPage(report_, "total", 1), IsEmpty());
+    EXPECT_EQ(hitsOnPage(report_, "total", 2).size(), 1U);
+}
+
+TEST_F(Search, CountsTheHits) {
+    ASSERT_TRUE(shop_.begin(inventedRows(3000)));
+    const auto counted = [&](const QString& text, const ReportHit& hit) {
+        const auto count = countHits(report_, text, hit, goOn);
+        return count ? std::pair(count->all, count->until) : std::pair(qint64{-1}, qint64{-1});
+    };
+    const ReportHit first = *find("caixa").hit;
+    EXPECT_EQ(counted("caixa", first), std::pair(qint64{1000}, qint64{1}));
+    const auto second = findText(report_, "caixa", SearchDirection::forward, first, 0, goOn).hit;
+    EXPECT_EQ(counted("caixa", *second), std::pair(qint64{1000}, qint64{2}));
+    const auto last = findText(report_, "caixa", SearchDirection::backward, first, 0, goOn).hit;
+    EXPECT_EQ(counted("caixa", *last), std::pair(qint64{1000}, qint64{1000}));
+    EXPECT_EQ(counted("total", *find("total").hit), std::pair(qint64{1}, qint64{1}));
+    EXPECT_FALSE(countHits(report_, "caixa", first, [](qint64, qint64) { return false; }));
+}
+
 TEST_F(Search, CrossesItsStepsBothWays) {
     ASSERT_TRUE(shop_.begin(inventedRows(5000)));
     takeAll();
