@@ -54,9 +54,16 @@ void ActiveText::applyMask() {
     setCursorPosition(caret);
 }
 
+bool ActiveText::event(QEvent* event) {
+    if (masks_.isEmpty() || !typesNoDigit(*event))
+        return QLineEdit::event(event);
+    event->accept(); // refused before it takes the place of what is marked
+    return true;
+}
+
 void ActiveText::keyPressEvent(QKeyEvent* event) {
     const bool full = !hasSelectedText() && onlyDigits(text()).size() >= room();
-    if (!masks_.isEmpty() && typesCharacter(*event) && (full || !isDigit(event->text().front()))) {
+    if (!masks_.isEmpty() && typesCharacter(*event) && full) {
         event->accept();
         return;
     }

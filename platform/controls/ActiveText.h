@@ -22,6 +22,7 @@ public:
     [[nodiscard]] QString masks() const { return masks_.join(';'); }
 
 protected:
+    bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:

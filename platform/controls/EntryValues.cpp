@@ -60,7 +60,8 @@ EntryValues::EntryValues(const QWidget& window) {
             continue;
         Held now = held(*widget);
         if (now.restore)
-            entries_.push_back({nameOf(*widget), now.text, now.changeable, std::move(now.restore)});
+            entries_.push_back(
+                {widget, nameOf(*widget), now.text, now.changeable, std::move(now.restore)});
     }
 }
 
@@ -76,7 +77,8 @@ std::vector<EntryValues::Difference> EntryValues::differencesTo(const EntryValue
         const Entry& here = entries_[i];
         const Entry& there = other.entries_[i];
         if (!here.name.isEmpty() && here.text != there.text)
-            differences.push_back({here.name, here.text, there.text});
+            differences.push_back(
+                {here.control, here.name, here.text, there.text, here.changeable});
     }
     return differences;
 }

@@ -18,9 +18,11 @@ public:
 
     /// A control that holds something else at the two moments.
     struct Difference {
+        QWidget* control;
         QString name; ///< of the control, as its label says it
         QString here;
         QString there;
+        bool changeable; ///< by the operator
     };
     /// The named controls that `other`, of the same window, has otherwise, in the order of the
     /// fields.
@@ -28,6 +30,7 @@ public:
 
 private:
     struct Entry {
+        QWidget* control;
         QString name;
         QString text;
         bool changeable;

@@ -2,6 +2,7 @@
 
 #include "controls/HeadingStrip.h"
 #include "controls/Icons.h"
+#include "controls/KeyHabits.h"
 #include "controls/MessageBox.h"
 #include "controls/Typing.h"
 #include "controls/WindowList.h"
@@ -60,7 +61,9 @@ PromptHook setPromptHook(PromptHook hook) { return std::exchange(promptHook(), s
 
 Form::Form()
     : QDialog(nullptr, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
-                           Qt::WindowCloseButtonHint) {}
+                           Qt::WindowCloseButtonHint) {
+    KeyHabits::install();
+}
 
 Form::~Form() = default;
 
@@ -76,8 +79,10 @@ bool Form::load() {
         control->installEventFilter(this);
     // Enter presses the button that has the focus (see filterKey) and no other: none may look as
     // if.
-    for (auto* button : findChildren<QPushButton*>())
+    for (auto* button : findChildren<QPushButton*>()) {
         button->setAutoDefault(false);
+        button->setDefault(false);
+    }
     loaded_ = guarded([this] { Form_Load(); });
     return loaded_;
 }
@@ -119,6 +124,10 @@ void Form::unload() {
 }
 
 void Form::reject() {
+    if (somethingTyped() &&
+        showMessage("O que foi digitado ainda não foi salvo.\n\nSair sem salvar?", "Mensagem",
+                    MessageIcon::question, MessageButtons::yesNo) != MessageAnswer::yes)
+        return;
     if (closeButton_)
         closeButton_->click();
     else
@@ -168,6 +177,20 @@ void Form::digitsOnly(QLineEdit* box) {
     connect(box, &QLineEdit::textEdited, box, [box] { keepDigits(*box); });
 }
 
+void Form::nothingTyped() { untouched_.emplace(*this); }
+
+bool Form::somethingTyped() const {
+    if (!untouched_)
+        return false;
+    const auto differences = EntryValues(*this).differencesTo(*untouched_);
+    return std::ranges::any_of(differences, [&](const EntryValues::Difference& now) {
+        if (!now.changeable)
+            return false; // worked out by the program
+        // A number that is punctuated only while nobody is in it is the same number.
+        return !digitsOnly_.contains(now.control) || onlyDigits(now.here) != onlyDigits(now.there);
+    });
+}
+
 void Form::centre() {
     ensurePolished();
     if (layout())
@@ -195,14 +218,15 @@ void Form::whenLostFocus(QWidget* control, const Handler& handler) {
 }
 
 void Form::focusCame(QWidget* control) {
-    if (const auto prompt = prompts_.constFind(control); prompt != prompts_.cend())
-        showPrompt(*prompt);
+    showPrompt(prompts_.value(control, control->toolTip()));
     if (focused_ == control)
         return;  // back from a message box, a menu or another window
     focusWent(); // the focus was set while another window was in front
     focused_ = control;
     for (const Handler& handler : gotFocus_.values(control))
         guarded(handler);
+    if (digitsOnly_.contains(control))
+        qobject_cast<QLineEdit*>(control)->selectAll(); // its handler may have set its text
 }
 
 void Form::focusWent() {
@@ -223,11 +247,10 @@ bool Form::filterKey(QWidget* control, const QKeyEvent& key) {
     }
     if (auto* button = qobject_cast<QAbstractButton*>(control);
         button && isEnter(key) && !button->isCheckable()) {
-        if (!key.isAutoRepeat()) // Enter held down must not save twice
-            button->click();
+        button->click();
         return true;
     }
-    return digitsOnly_.contains(control) && typesCharacter(key) && !isDigit(key.text().front());
+    return false;
 }
 
 bool Form::pressByAccessKey(QAbstractButton& button, const QShortcutEvent& key) {
@@ -243,9 +266,15 @@ bool Form::eventFilter(QObject* watched, QEvent* event) {
     auto* control = qobject_cast<QWidget*>(watched);
     if (!control)
         return QDialog::eventFilter(watched, event);
+    if (digitsOnly_.contains(control) && typesNoDigit(*event)) {
+        event->accept(); // refused before it takes the place of what is marked
+        return true;
+    }
     auto* button = qobject_cast<QAbstractButton*>(control);
     switch (event->type()) {
     case QEvent::FocusIn:
+        enteredByMouse_ = static_cast<QFocusEvent*>(event)->reason() == Qt::MouseFocusReason &&
+                          digitsOnly_.contains(control);
         focusCame(control);
         break;
     case QEvent::FocusOut: {
@@ -268,6 +297,8 @@ bool Form::eventFilter(QObject* watched, QEvent* event) {
             return true;
         break;
     case QEvent::MouseButtonPress:
+        if (std::exchange(enteredByMouse_, false))
+            return true; // all of it stays marked
         // A message box came up on leaving, and the mouse button was let go in it. The press that
         // only now arrives is the click that the operator made: a warning must not swallow it.
         if (std::exchange(releasedOnLeaving_, false) && button && button->isEnabled()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/EntryValues.h"
 #include "controls/Failure.h"
 
 #include <QDialog>
@@ -8,6 +9,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <optional>
 
 class QAbstractButton;
 class QLineEdit;
@@ -25,7 +27,8 @@ class QShortcutEvent;
 ///
 /// Before Form_Load the window dresses itself: buttons get the icons they name (see Icons.h), the
 /// window that of its HeadingStrip, and each control the accessible name of the label whose buddy
-/// it is. Enter presses the button that has the focus and no other.
+/// it is. Enter presses the button that has the focus and no other, and no other looks as if. Held
+/// down, a key presses none at all (see KeyHabits.h).
 ///
 /// Handlers are plain private member functions connected with on(), gotFocus() and lostFocus() in
 /// the constructor, after setupUi(). None may let an exception out; the guard catches it.
@@ -55,7 +58,8 @@ public:
     /// @return false, and nothing changes, if no record is on show, or it is gone or no other.
     virtual bool mostrarGravado() { return false; }
 
-    /// What the close button does, or unload() if the window names none.
+    /// Esc: what the close button does, or unload() if the window names none; before that it asks
+    /// if something would be lost (see nothingTyped()).
     void reject() override;
     void setVisible(bool visible) override;
 
@@ -89,8 +93,9 @@ protected:
         whenLostFocus(control, [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
     }
 
-    /// Shows each control's prompt while it has the focus; it stays until the next one. Behind
-    /// another window, a message box too, there is none; it is back when this one is in front.
+    /// Shows each control's prompt while it has the focus; for one without a prompt its tool-tip,
+    /// for one without that nothing. Behind another window, a message box too, there is none; it is
+    /// back when this one is in front.
     void prompts(std::initializer_list<Prompt> table);
     /// In these controls Enter, that of the keypad too, moves the focus on and does nothing else.
     void enterAsTab(std::initializer_list<QWidget*> controls);
@@ -101,10 +106,15 @@ protected:
                         [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
     }
     /// The box takes digits and editing keys only; of what is pasted or dropped, only the digits.
-    /// Enter moves on. What the program sets is left as it is.
+    /// What has none is refused and changes nothing. Enter moves on. Entered, by mouse too, all of
+    /// it is marked, ready to be typed over. What the program sets is left as it is.
     void digitsOnly(QLineEdit* box);
     /// Names the close button, which Esc presses. Its own handler calls unload().
     void closesWith(QAbstractButton* button) { closeButton_ = button; }
+
+    /// What stands in the fields now is stored, or was put there by the program: none of it can be
+    /// lost. From then on Esc asks, before it closes the window, if the fields hold anything else.
+    void nothingTyped();
 
     /// Puts the window in the middle of its screen.
     void centre();
@@ -125,6 +135,7 @@ private:
     void focusWent();
     [[nodiscard]] bool filterKey(QWidget* control, const QKeyEvent& key);
     [[nodiscard]] bool pressByAccessKey(QAbstractButton& button, const QShortcutEvent& key);
+    [[nodiscard]] bool somethingTyped() const;
 
     QHash<QWidget*, QString> prompts_;
     QMultiHash<QWidget*, Handler> gotFocus_;
@@ -132,6 +143,7 @@ private:
     QMultiHash<QWidget*, Handler> onEnter_;
     QSet<QWidget*> enterAsTab_;
     QSet<QWidget*> digitsOnly_;
+    std::optional<EntryValues> untouched_; ///< what the fields held when nothing was typed
     QAbstractButton* closeButton_ = nullptr;
     /// The control that has told that the focus came to it and not yet that it went.
     QWidget* focused_ = nullptr;
@@ -141,6 +153,7 @@ private:
     bool retired_ = false;
     /// The mouse button was let go while a control was being left for the one that it is on.
     bool releasedOnLeaving_ = false;
+    bool enteredByMouse_ = false; ///< and the click that did it is still to come
 };
 
 /// Where prompts go: to the main window's status bar. "" clears it.

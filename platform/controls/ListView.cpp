@@ -1,5 +1,6 @@
 #include "controls/ListView.h"
 
+#include "controls/KeyHabits.h"
 #include "controls/ListModel.h"
 #include "controls/Typing.h"
 
@@ -69,6 +70,13 @@ ListView::ListView(QWidget* parent) : QTreeView(parent), model_(new ListModel(th
         if (!std::exchange(ticked_, false))
             tellClick(index);
     });
+    // However it has become the current one: what keys act on is to be seen.
+    connect(selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex& current) {
+                if (current.isValid())
+                    selectionModel()->select(current, QItemSelectionModel::ClearAndSelect |
+                                                          QItemSelectionModel::Rows);
+            });
     connect(model_, &ListModel::checkedByOperator, this, &ListView::tellTick);
     connect(header(), &QHeaderView::sectionClicked, this,
             [this](int column) { emit columnClicked(column, columnCaption(column)); });
@@ -128,6 +136,13 @@ void ListView::setText(int row, int column, const QString& text) {
 
 bool ListView::isChecked(int row) const { return model_->item(row).checked; }
 void ListView::setChecked(int row, bool checked) { model_->setChecked(row, checked); }
+
+int ListView::rowOf(const QString& key) const {
+    for (int row = 0; row < count(); ++row)
+        if (item(row).key == key)
+            return row;
+    return -1;
+}
 
 int ListView::currentRow() const { return currentIndex().row(); }
 
@@ -247,7 +262,7 @@ void ListView::keyPressEvent(QKeyEvent* event) {
     event->accept();
     announceRows();
     const QModelIndex current = currentIndex();
-    if (!current.isValid() || event->isAutoRepeat())
+    if (!current.isValid() || KeyHabits::isHeld() || event->isAutoRepeat())
         return; // a key held down must not click or tick twice
     if (!space || !model_->hasCheckBoxes())
         tellClick(current);

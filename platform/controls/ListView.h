@@ -36,7 +36,8 @@ struct ListItem {
 /// A click on a row, or Enter on the current one, is told by itemClicked(), a double click as two;
 /// so is Space where there are no check boxes. With check boxes, a click on one or Space ticks, and
 /// is told by itemChecked() only; the row is the current one then. Arrows move the current row and
-/// tell nothing. When the focus comes by keyboard the first row is the current one if none was.
+/// tell nothing. When the focus comes by keyboard the first row is the current one if none was. The
+/// current row is always shown as the selected one.
 ///
 /// Columns share the width in proportion to their widths, also when the window grows, until the
 /// operator drags one wider: then in proportion to what he made of them. The first is never too
@@ -64,6 +65,8 @@ public:
     [[nodiscard]] int count() const;
     /// `row` from 0 to count() - 1 in all that follow.
     [[nodiscard]] const ListItem& item(int row) const;
+    /// The first row of this key, or -1. Looks at one after the other.
+    [[nodiscard]] int rowOf(const QString& key) const;
     /// The row's text in a column; column 0 is the row's own text.
     [[nodiscard]] QString text(int row, int column) const;
     void setText(int row, int column, const QString& text);

@@ -44,8 +44,9 @@ MessageAnswer askOperator(const Message& message) {
         box.addButton(question ? "&Sim" : "&Voltar ao que digitei", QMessageBox::YesRole);
     QPushButton* second =
         box.addButton(question ? "&Não" : "&Ficar com o gravado", QMessageBox::NoRole);
-    box.setDefaultButton(first);
-    box.setEscapeButton(question ? second : first);
+    QPushButton* const harmless = question ? second : first;
+    box.setDefaultButton(harmless);
+    box.setEscapeButton(harmless);
     box.exec();
     const bool other = box.clickedButton() == second;
     if (question)

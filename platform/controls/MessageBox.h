@@ -29,8 +29,8 @@ std::ostream& operator<<(std::ostream& out, const Message& message);
 /// Shows the message, modal to the whole program, and waits for the answer.
 ///
 /// The buttons are "OK", or "Sim" and "Não", or "Voltar ao que digitei" and "Ficar com o gravado".
-/// Enter answers the first, Esc and the close box the harmless one: "OK", "Não", "Voltar". The text
-/// can be marked and copied with the mouse.
+/// Enter, Esc and the close box answer the harmless one, "OK", "Não", "Voltar": what is asked with
+/// "Sim" and "Não" deletes something. The text can be marked and copied with the mouse.
 MessageAnswer showMessage(const Message& message);
 
 /// showMessage() with the parts in the order they are usually said.

@@ -2,6 +2,7 @@
 
 #include "controls/Icons.h"
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QLibraryInfo>
 #include <QLocale>
@@ -19,6 +20,8 @@ namespace {
 constexpr qreal kSmallestText = 10.0; // points
 constexpr qreal kHeadingStep = 2.0;
 constexpr int kRowAir = 4; // pixels between the rows of lists
+// Thick enough for the eye to find at once which control has the focus, on any ground.
+constexpr int kFocusRing = 2;
 
 /// Fusion with the few habits of this program.
 class HouseStyle final : public QProxyStyle {
@@ -45,6 +48,14 @@ public:
         return type == CT_ItemViewItem ? size + QSize(0, kRowAir) : size;
     }
 
+    int pixelMetric(PixelMetric metric, const QStyleOption* option,
+                    const QWidget* widget) const override {
+        // The frame of a list or a memo stands outside of what is drawn in it: room for the ring.
+        if (metric == PM_DefaultFrameWidth && qobject_cast<const QAbstractScrollArea*>(widget))
+            return kFocusRing;
+        return QProxyStyle::pixelMetric(metric, option, widget);
+    }
+
     // Fusion draws outlines as a darker shade of the window: next to none in dark colours, and too
     // faint to tell a box from its ground in light ones.
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
@@ -59,9 +70,10 @@ public:
             return;
         case PE_FrameFocusRect:
             if (const auto* focus = qstyleoption_cast<const QStyleOptionFocusRect*>(option)) {
-                QStyleOptionFocusRect always = *focus; // after a mouse click too
-                always.state |= State_KeyboardFocusChange;
-                QProxyStyle::drawPrimitive(element, &always, painter, widget);
+                const QPalette& colours = focus->palette;
+                const bool marked = focus->backgroundColor == colours.color(QPalette::Highlight);
+                drawRing(*painter, focus->rect,
+                         colours.color(marked ? QPalette::HighlightedText : QPalette::Link));
                 return;
             }
             break;
@@ -92,6 +104,12 @@ public:
             return QProxyStyle::drawControl(element, &highlighted, painter, widget);
         }
         QProxyStyle::drawControl(element, option, painter, widget);
+        // On these it draws next to nothing for the focus.
+        constexpr State kFocused = State_HasFocus | State_Enabled;
+        if ((element == CE_PushButton || element == CE_TabBarTab) &&
+            (option->state & kFocused) == kFocused)
+            drawRing(*painter, option->rect.adjusted(1, 1, -1, -1),
+                     option->palette.color(QPalette::Link));
     }
 
     QIcon standardIcon(StandardPixmap picture, const QStyleOption* option,
@@ -112,15 +130,24 @@ public:
 
 private:
     static void drawOutline(const QStyleOption& option, QPainter& painter) {
-        const bool focused = (option.state & State_HasFocus) && (option.state & State_Enabled);
-        const auto role = focused                        ? QPalette::Link
-                          : option.state & State_Enabled ? QPalette::Dark
-                                                         : QPalette::Mid;
+        const bool enabled = option.state & State_Enabled;
+        if (enabled && (option.state & State_HasFocus))
+            return drawRing(painter, option.rect, option.palette.color(QPalette::Link));
+        drawFrame(painter, option.rect,
+                  option.palette.color(enabled ? QPalette::Dark : QPalette::Mid), 1);
+    }
+
+    static void drawRing(QPainter& painter, const QRect& around, const QColor& colour) {
+        drawFrame(painter, around, colour, kFocusRing);
+    }
+
+    static void drawFrame(QPainter& painter, const QRect& around, const QColor& colour, int width) {
+        const qreal half = width / 2.0; // the pen draws to both sides of its line
         painter.save();
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setBrush(Qt::NoBrush);
-        painter.setPen(option.palette.color(role));
-        painter.drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
+        painter.setPen(QPen(colour, width));
+        painter.drawRoundedRect(QRectF(around).adjusted(half, half, -half, -half), 2, 2);
         painter.restore();
     }
 };

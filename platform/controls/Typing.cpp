@@ -1,5 +1,9 @@
 #include "controls/Typing.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QInputMethodEvent>
+
 #include <algorithm>
 #include <iterator>
 
@@ -19,6 +23,27 @@ bool typesCharacter(const QKeyEvent& key) {
     const Qt::KeyboardModifiers held = key.modifiers() & kCommand;
     const bool command = held && held != kCommand;
     return !command && !key.text().isEmpty() && key.text().front().isPrint();
+}
+
+bool commandsByAlt(const QKeyEvent& key) {
+    const Qt::KeyboardModifiers held = key.modifiers();
+    const bool types = held & Qt::ControlModifier; // AltGr; with Ctrl alone Alt isn't held
+    return (held & Qt::AltModifier) && !types && !key.text().isEmpty() &&
+           key.text().front().isPrint();
+}
+
+bool typesNoDigit(const QEvent& event) {
+    const auto without = [](const QString& text) {
+        return !text.isEmpty() && onlyDigits(text).isEmpty();
+    };
+    if (event.type() == QEvent::InputMethod)
+        return without(static_cast<const QInputMethodEvent&>(event).commitString());
+    if (event.type() != QEvent::KeyPress)
+        return false;
+    const auto& key = static_cast<const QKeyEvent&>(event);
+    if (key.matches(QKeySequence::Paste))
+        return without(QGuiApplication::clipboard()->text());
+    return typesCharacter(key) && without(key.text());
 }
 
 bool leavesControl(const QFocusEvent& event) {

@@ -49,6 +49,18 @@ TEST_F(MaskedBox, TakesDigitsOnly) {
     EXPECT_EQ(box_.text(), "(16) 3");
 }
 
+TEST_F(MaskedBox, WhatItRefusesLeavesItAsItWas) {
+    telephone();
+    type("1632221234");
+    box_.selectAll();
+    type("a");
+    paste("ramal");
+    QInputMethodEvent composed;
+    composed.setCommitString("á");
+    QCoreApplication::sendEvent(&box_, &composed);
+    EXPECT_EQ(box_.selectedText(), "(16) 3222-1234");
+}
+
 TEST_F(MaskedBox, ErasesBackOverTheSigns) {
     telephone();
     type("163");

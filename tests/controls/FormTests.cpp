@@ -19,6 +19,7 @@
 #include <gtest/gtest-spi.h>
 
 #include <functional>
+#include <initializer_list>
 #include <stdexcept>
 
 namespace {
@@ -40,7 +41,7 @@ public:
         add(btnNavegacao, "btnNavegacao");
         add(cmdSalvar, "cmdSalvar");
         add(cmdFechar, "cmdFechar");
-        cmdSalvar->setDefault(true);
+        cmdSalvar->setDefault(true); // as a design may have it
 
         prompts({
             {txtCodigo, "Código."},
@@ -260,12 +261,18 @@ TEST_F(FormLife, OpensWithTheFocusInItsFirstField) {
     EXPECT_EQ(prompt(), "Código.");
 }
 
-TEST_F(FormLife, ThePromptFollowsTheFocusAndStaysUntilTheNext) {
+TEST_F(FormLife, ThePromptIsAlwaysThatOfTheControlThatHasTheFocus) {
     auto& form = opened();
     enter(form, "txtNome");
     EXPECT_EQ(prompt(), "Nome.");
     enter(form, "txtLivre");
-    EXPECT_EQ(prompt(), "Nome.");
+    EXPECT_EQ(prompt(), "") << "of the field before";
+    enter(form, "txtNome");
+    form.btnNavegacao->button(2)->setFocus();
+    EXPECT_EQ(prompt(), "Próximo Registro");
+    enter(form, "cmdSalvar");
+    EXPECT_EQ(prompt(), "");
+    enter(form, "txtNome");
     click(form, "cmdFechar");
     EXPECT_EQ(prompt(), "");
 }
@@ -339,11 +346,148 @@ TEST_F(FormLife, EnterDoesNotTickACheckBox) {
     EXPECT_TRUE(form.box->isChecked());
 }
 
-TEST_F(FormLife, NoButtonLooksAsIfEnterPressedItUnlessTheDesignSaysSo) {
+TEST_F(FormLife, NoButtonLooksAsIfEnterPressedItFromElsewhere) {
     auto& form = opened();
-    EXPECT_TRUE(form.cmdSalvar->isDefault());
+    EXPECT_FALSE(form.cmdSalvar->isDefault());
     enter(form, "cmdFechar");
     EXPECT_FALSE(form.cmdFechar->isDefault());
+}
+
+/// As the screen sends it while a key stays down.
+void repeatKey(QWidget& control, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
+               const QString& text = {}) {
+    QTest::simulateEvent(&control, true, key, modifiers, text, true, 0);
+}
+
+TEST_F(FormLife, AKeyHeldDownPressesNoButton) {
+    auto& form = opened();
+    for (QWidget* button :
+         std::initializer_list<QWidget*>{form.cmdSalvar, form.btnNavegacao->button(2)}) {
+        button->setFocus();
+        repeatKey(*button, Qt::Key_Return);
+        repeatKey(*button, Qt::Key_Enter, Qt::KeypadModifier);
+        repeatKey(*button, Qt::Key_Space, Qt::NoModifier, " ");
+    }
+    enter(form, "txtLivre");
+    repeatKey(*form.txtLivre, Qt::Key_S, Qt::AltModifier, "s");
+    EXPECT_EQ(journal, Journal{});
+    EXPECT_EQ(focus(), "txtLivre");
+    EXPECT_EQ(text(form, "txtLivre"), "");
+    press(Qt::Key_S, Qt::AltModifier);
+    EXPECT_EQ(journal, Journal{"salvar"});
+}
+
+TEST_F(FormLife, AKeyPressedAgainInTheMomentInWhichItWasLetGoIsHeldDown) {
+    auto& form = opened();
+    form.cmdSalvar->setFocus();
+    const auto send = [&](QEvent::Type type, quint64 when) {
+        QKeyEvent key(type, Qt::Key_Return, Qt::NoModifier);
+        key.setTimestamp(when);
+        QCoreApplication::sendEvent(form.cmdSalvar, &key);
+    };
+    send(QEvent::KeyPress, 100);
+    EXPECT_EQ(journal, Journal{"salvar"});
+    for (const quint64 when : {600, 630, 660}) {
+        send(QEvent::KeyRelease, when);
+        send(QEvent::KeyPress, when);
+    }
+    EXPECT_EQ(journal, Journal{"salvar"});
+    send(QEvent::KeyRelease, 700);
+    send(QEvent::KeyPress, 780);
+    EXPECT_EQ(journal, (Journal{"salvar", "salvar"}));
+}
+
+TEST_F(FormLife, ALetterWithAltThatIsNoAccessKeyTypesNothing) {
+    auto& form = opened();
+    type(form, "txtLivre", "Ana");
+    QTest::sendKeyEvent(QTest::Click, form.txtLivre, Qt::Key_K, QString("k"), Qt::AltModifier);
+    EXPECT_EQ(text(form, "txtLivre"), "Ana");
+    constexpr auto kAltGr = Qt::ControlModifier | Qt::AltModifier;
+    QTest::sendKeyEvent(QTest::Click, form.txtLivre, Qt::Key_Q, QString("/"), kAltGr);
+    EXPECT_EQ(text(form, "txtLivre"), "Ana/") << "AltGr does type";
+}
+
+TEST_F(FormLife, WhatADigitsBoxRefusesLeavesItAsItWas) {
+    auto& form = opened();
+    type(form, "txtCodigo", "104");
+    const auto untouched = [&] {
+        form.txtCodigo->selectAll();
+        return [&form] {
+            return form.txtCodigo->text() == "104" && form.txtCodigo->selectedText() == "104";
+        };
+    }();
+    type("a");
+    EXPECT_TRUE(untouched());
+    QTest::sendKeyEvent(QTest::Click, form.txtCodigo, Qt::Key_K, QString("k"), Qt::AltModifier);
+    EXPECT_TRUE(untouched());
+    QInputMethodEvent composed;
+    composed.setCommitString("á");
+    QCoreApplication::sendEvent(form.txtCodigo, &composed);
+    EXPECT_TRUE(untouched());
+    QGuiApplication::clipboard()->setText("banco");
+    press(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_TRUE(untouched());
+    type("3");
+    EXPECT_EQ(text(form, "txtCodigo"), "3");
+}
+
+TEST_F(FormLife, AClickIntoADigitsBoxMarksAllOfItOnce) {
+    auto& form = opened();
+    type(form, "txtCodigo", "104");
+    enter(form, "txtNome");
+    const auto clickIn = [&] { QTest::mouseClick(form.txtCodigo, Qt::LeftButton); };
+    clickIn();
+    EXPECT_EQ(form.txtCodigo->selectedText(), "104");
+    clickIn();
+    EXPECT_EQ(form.txtCodigo->selectedText(), "") << "the second click places the caret";
+}
+
+class frmPerda final : public Form {
+public:
+    frmPerda() {
+        auto* column = new QVBoxLayout(this);
+        for (QLineEdit* box : {txtNome, txtSoma}) {
+            box->setAccessibleName("Campo");
+            column->addWidget(box);
+        }
+        txtNome->setObjectName("txtNome");
+        txtSoma->setReadOnly(true);
+    }
+    static frmPerda& instance() { return WindowList::instance().one<frmPerda>(); }
+    using Form::nothingTyped;
+
+    QLineEdit* txtNome = new QLineEdit;
+    QLineEdit* txtSoma = new QLineEdit;
+
+private:
+    void Form_Load() override { nothingTyped(); }
+};
+
+TEST_F(FormLife, EscAsksBeforeWhatWasTypedIsLost) {
+    auto& form = open<frmPerda>();
+    const auto esc = [&](MessageAnswer answer) {
+        expectMessage("Mensagem", "O que foi digitado ainda não foi salvo.\n\nSair sem salvar?",
+                      MessageIcon::question, MessageButtons::yesNo, answer);
+        press(Qt::Key_Escape);
+    };
+    type(form, "txtNome", "Ana");
+    esc(MessageAnswer::no);
+    EXPECT_TRUE(form.isVisible());
+    EXPECT_EQ(text(form, "txtNome"), "Ana");
+    esc(MessageAnswer::yes);
+    EXPECT_FALSE(form.isVisible());
+}
+
+TEST_F(FormLife, EscDoesNotAskWhereNothingCanBeLost) {
+    auto& form = open<frmPerda>();
+    type(form, "txtNome", "Ana");
+    form.nothingTyped();             // stored
+    form.txtSoma->setText("150,00"); // worked out
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(form.isVisible());
+    type(opened(), "txtLivre", "a window that stores nothing");
+    press(Qt::Key_Escape);
+    EXPECT_EQ(journal, (Journal{"fechar", "unload"}));
 }
 
 TEST_F(FormLife, ADigitsBoxTakesDigitsAndEditingKeysOnly) {

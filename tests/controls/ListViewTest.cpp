@@ -252,6 +252,28 @@ TEST_F(BankList, KeysBeginAtTheFirstRow) {
     EXPECT_TRUE(list_->isChecked(0));
 }
 
+TEST_F(BankList, TheCurrentRowIsTheSelectedOneHoweverItBecameSo) {
+    const auto selected = [this] {
+        const auto rows = list_->selectionModel()->selectedRows();
+        return rows.size() == 1 ? rows.front().row() : -1;
+    };
+    fill(5);
+    list_->setFocus(Qt::TabFocusReason);
+    QCoreApplication::processEvents(); // the rows come soon after
+    EXPECT_EQ(selected(), 0);
+    press(Qt::Key_Down);
+    EXPECT_EQ(selected(), 1);
+    press(Qt::Key_Down, Qt::ControlModifier);
+    EXPECT_EQ(list_->currentRow(), 2);
+    EXPECT_EQ(selected(), 2);
+    list_->setCurrentRow(list_->rowOf("00000 4"));
+    EXPECT_EQ(selected(), 4);
+    EXPECT_EQ(list_->rowOf("00000 5"), -1);
+    list_->setCurrentRow(-1);
+    EXPECT_EQ(selected(), -1);
+    EXPECT_EQ(list_->currentRow(), -1);
+}
+
 TEST_F(BankList, ACaptionMayChange) {
     fill(1);
     list_->setColumnCaption(1, "Nome do Banco");

@@ -4,6 +4,7 @@
 #include "controls/HeadingStrip.h"
 #include "controls/Icons.h"
 #include "controls/Style.h"
+#include "support/Colours.h"
 #include "support/QtPrinters.h"
 
 #include <QApplication>
@@ -16,7 +17,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <memory>
 
 namespace {
@@ -30,20 +30,6 @@ QColor inkOf(const QIcon& icon, QIcon::Mode mode = QIcon::Normal) {
             if (image.pixelColor(x, y).alpha() > ink.alpha())
                 ink = image.pixelColor(x, y);
     return ink;
-}
-
-double luminance(const QColor& colour) {
-    const auto channel = [](double c) {
-        return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * channel(colour.redF()) + 0.7152 * channel(colour.greenF()) +
-           0.0722 * channel(colour.blueF());
-}
-
-double contrast(const QColor& one, const QColor& other) {
-    const double a = luminance(one);
-    const double b = luminance(other);
-    return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
 }
 
 class Look : public testing::Test {

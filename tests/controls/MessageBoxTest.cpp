@@ -1,5 +1,6 @@
 #include "controls/MessageBox.h"
 
+#include "controls/KeyHabits.h"
 #include "support/QtPrinters.h"
 
 #include <QAbstractButton>
@@ -75,8 +76,25 @@ TEST(MessageBox, AsksInPortuguese) {
     });
 }
 
-TEST(MessageBox, EnterAnswersTheDefaultAndEscTheHarmlessOne) {
-    EXPECT_EQ(answered(kQuestion, Qt::Key_Return), MessageAnswer::yes);
+TEST(MessageBox, AKeyHeldDownAnswersNothing) {
+    KeyHabits::install();
+    const auto answer = answered(kQuestion, Qt::Key_Escape, [](QMessageBox& box) {
+        for (QWidget* target : {QApplication::focusWidget(), static_cast<QWidget*>(&box)})
+            QTest::simulateEvent(target, true, Qt::Key_Return, Qt::NoModifier, "", true, 0);
+        EXPECT_TRUE(box.isVisible());
+    });
+    EXPECT_EQ(answer, MessageAnswer::no);
+}
+
+TEST(MessageBox, EnterAndEscAnswerTheHarmlessOne) {
+    EXPECT_EQ(answered(kQuestion, Qt::Key_Return), MessageAnswer::no);
+    EXPECT_EQ(answered(kQuestion, Qt::Key_Return,
+                       [](QMessageBox& box) {
+                           for (auto* button : box.buttons())
+                               if (button->text() == "&Sim")
+                                   button->setFocus();
+                       }),
+              MessageAnswer::yes);
     EXPECT_EQ(answered(kQuestion, Qt::Key_Escape), MessageAnswer::no);
     const Message note = {"Operação concluída !", "Mensagem", MessageIcon::information,
                           MessageButtons::ok};
