@@ -114,6 +114,7 @@ void FrmLancarCheques::Form_Load() {
     datasDeHoje();
     Mirtal::preencherLista(*txtNome, dados.rsCliente, "nome", "codigo");
     Mirtal::preencherLista(*txtbanco, dados.rsBancos, "nome", "codigo");
+    nothingTyped();
 }
 
 void FrmLancarCheques::Form_Unload() { Mirtal::modo.clear(); }
@@ -156,6 +157,7 @@ void FrmLancarCheques::mostrarRegistro() {
     txtvalor->setValor(Valores::valor(rs["valor"]));
     txtdescontar->setChecked(rs["descontar"].boolean());
     visto_ = visto; // only now: what was shown in part isn't seen
+    nothingTyped();
 }
 
 bool FrmLancarCheques::mostrarGravado() {
@@ -184,6 +186,7 @@ void FrmLancarCheques::limpar() {
     visto_ = {};
     datasDeHoje();
     txtdescontar->setChecked(true);
+    nothingTyped();
     txtNome->setFocus();
 }
 
@@ -265,6 +268,7 @@ void FrmLancarCheques::CmdIncluir_Click() {
         visto_ = gravado;
     txtbompara->setValue(txtbompara->value().addDays(kPrazo));
     txtnumero->clear();
+    nothingTyped();
     txtnumero->setFocus();
 }
 
@@ -277,6 +281,8 @@ void FrmLancarCheques::CmdExcluir_Click() {
     limparControles(*this); // deliberate: unlike a new cheque, due today and not for deposit
     visto_ = {};
     cheques().Requery();
+    nothingTyped();
+    txtNome->setFocus();
 }
 
 void FrmLancarCheques::CmdLocalizar_Click() {

@@ -74,6 +74,7 @@ void FrmLancasSFundos::Form_Load() {
     Mirtal::preencherLista(*txtcliente, dbconectar::instance().rsCliente, "nome", "codigo");
     Mirtal::preencherLista(*txtbanco, dbconectar::instance().rsBancos, "nome", "codigo");
     limparControles(*this);
+    nothingTyped();
 }
 
 TelaDeCheque::Textos FrmLancasSFundos::textos() const {
@@ -100,7 +101,6 @@ void FrmLancasSFundos::consultar() {
     }
     for (QPushButton* comando : {CmdNovo, CmdIncluir, cmdExcluir, CmdBuscar})
         comando->setEnabled(false);
-    CmdSair->setDefault(true);
     CmdSair->setFocus();
     mostrarRegistro();
 }
@@ -113,6 +113,7 @@ void FrmLancasSFundos::mostrarRegistro() {
     mostrarCheque(rs);
     mostrar(*txtEmpresa, rs["empresa"]);
     visto_ = visto; // only now: what was shown in part isn't seen
+    nothingTyped();
 }
 
 bool FrmLancasSFundos::mostrarGravado() {
@@ -165,6 +166,7 @@ void FrmLancasSFundos::cmbncheque_LostFocus() {
             showMessage("Cheque não cadastrado ", "Mensagem", MessageIcon::exclamation);
     }
     painelbuscar->hide();
+    cmbncheque->clear();
     txtcliente->setFocus();
 }
 
@@ -210,6 +212,7 @@ void FrmLancasSFundos::limpar() {
     limparControles(*this);
     visto_ = {};
     TelaDeCheque::limitar(semFundos(), textos());
+    nothingTyped();
     txtcliente->setFocus();
 }
 
@@ -220,6 +223,8 @@ void FrmLancasSFundos::cmdExcluir_Click() {
     limparControles(*this);
     visto_ = {};
     semFundos().Requery();
+    nothingTyped();
+    txtcliente->setFocus();
 }
 
 void FrmLancasSFundos::CmdLocalizar_Click() {

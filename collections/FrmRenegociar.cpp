@@ -44,6 +44,7 @@ void FrmRenegociar::limpar() {
     limparControles(*this);
     visto_ = {};
     vencto_ = Valores::data(txtbom_para->value());
+    nothingTyped();
 }
 
 // ---- find
@@ -83,6 +84,7 @@ void FrmRenegociar::mostrarCheque() {
     txttaxa_juros->setEnabled(true);
     txtnovo_vencto->setEnabled(true);
     visto_ = visto; // only now: what was shown in part isn't seen
+    nothingTyped();
     txttaxa_juros->setFocus();
 }
 

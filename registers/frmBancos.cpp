@@ -38,10 +38,10 @@ frmBancos::frmBancos() {
         {lstListagem, "Listagem de bancos."                 }
     });
     digitsOnly(txtCodigo);
-    enterAsTab({txtCodigo, txtNome});
+    onEnter(txtNome, &frmBancos::txtNome_Enter);
     closesWith(cmdFechar);
-    gotFocus(txtCodigo, &frmBancos::txtCodigo_GotFocus);
     lostFocus(txtCodigo, &frmBancos::txtCodigo_LostFocus);
+    lostFocus(lstListagem, &frmBancos::destacarNaLista);
     on(lstListagem, &ListView::itemClicked, &frmBancos::lstListagem_ItemClick);
     on(lstListagem, &ListView::columnClicked, &frmBancos::lstListagem_ColumnClick);
     on(btnNavegacao, &NavigationBar::clicked, &frmBancos::btnNavegacao_Click);
@@ -59,7 +59,7 @@ void frmBancos::Form_Load() {
     if (const auto tamanho = bancos()["nome"].DefinedSize())
         txtNome->setMaxLength(static_cast<int>(*tamanho));
     if (!temBancos())
-        return;
+        return nothingTyped();
     bancos().MoveFirst();
     mostrarRegistro();
     preencherLista();
@@ -126,8 +126,9 @@ void frmBancos::lstListagem_ItemClick(const QString& chave) {
     mostrarRegistro();
 }
 
-// The code of another bank can be typed at once over the one on show.
-void frmBancos::txtCodigo_GotFocus() { txtCodigo->selectAll(); }
+// The last field leads straight to the save; in the list one more Enter would bring another bank up
+// over what was typed.
+void frmBancos::txtNome_Enter() { cmdSalvar->setFocus(); }
 
 // Typing the code of a known bank brings it up. Deliberate: an unknown code leaves lblCodigo alone,
 // so that Save gives the bank on show its new code.
@@ -143,6 +144,8 @@ void frmBancos::limpar() {
     lblCodigo->clear();
     visto_ = {};
     limparControles(*this);
+    destacarNaLista();
+    nothingTyped();
 }
 
 void frmBancos::mostrarRegistro() {
@@ -154,6 +157,8 @@ void frmBancos::mostrarRegistro() {
     txtCodigo->setText(texto("cod_banco"));
     txtNome->setText(texto("nome"));
     visto_ = visto; // only now: what was shown in part isn't seen
+    destacarNaLista();
+    nothingTyped();
 }
 
 bool frmBancos::mostrarGravado() {
@@ -176,6 +181,14 @@ void frmBancos::preencherLista() {
                               .subItems = {texto("nome")},
                               .icon = icone});
     rs.MoveFirst();
+    destacarNaLista();
+}
+
+// The bank on show is the one marked in the list, also when the keys have moved on in it and left.
+void frmBancos::destacarNaLista() {
+    const QString codigo = lblCodigo->text();
+    const QString chave = codigo.isEmpty() ? codigo : chaveDoItem(codigo.toLongLong());
+    lstListagem->setCurrentRow(lstListagem->rowOf(chave));
 }
 
 void frmBancos::localizar(const QString& criterio) {

@@ -26,12 +26,13 @@ private:
     void cmdFechar_Click();
     void lstListagem_ColumnClick(int coluna, const QString& titulo);
     void lstListagem_ItemClick(const QString& chave);
-    void txtCodigo_GotFocus();
     void txtCodigo_LostFocus();
+    void txtNome_Enter();
 
     void limpar();
     void mostrarRegistro();
     void preencherLista();
+    void destacarNaLista();
     /// Moves to the first bank that meets the criterion, or past the end.
     void localizar(const QString& criterio);
     /// Whether a bank with the code and name of the boxes is stored.

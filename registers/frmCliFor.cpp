@@ -138,6 +138,7 @@ void frmCliFor::Form_Load() {
         clientes().MoveFirst();
         mostrarRegistro();
     }
+    nothingTyped();
     irPara(txtNome); // the code is not for typing
 }
 
@@ -146,6 +147,7 @@ void frmCliFor::Form_Load() {
 void frmCliFor::limpar() {
     limparControles(*this);
     visto_ = {};
+    nothingTyped();
 }
 
 // Deliberate: nothing is cleared first, so what this client hasn't got stays as the one before had
@@ -155,6 +157,7 @@ void frmCliFor::mostrarRegistro() {
     txtCódigo->setText(Valores::texto(clientes()["codigo"]));
     Campos::mostrar(clientes(), campos_);
     visto_ = visto; // only now: what was shown in part isn't seen
+    nothingTyped();
 }
 
 bool frmCliFor::mostrarGravado() {
@@ -239,6 +242,7 @@ void frmCliFor::cmdSalvar_Click() {
 void frmCliFor::cmdNovo_Click() {
     limpar();
     cboVender->selectByText("SIM");
+    nothingTyped();
     irPara(txtNome);
 }
 

@@ -75,6 +75,7 @@ void FrmApagar::cmdExcluir_Click() {
     txtdtfinal->setValue(QDate::currentDate());
     txtbanco->setText("");
     dbconectar::instance().rsCheques.Requery();
+    txtdtinicial->setFocus();
 }
 
 void FrmApagar::excluir(const QString& comando) {

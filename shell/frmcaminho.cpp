@@ -38,6 +38,7 @@ void frmcaminho::Form_Load() {
     const QString& pasta = Mirtal::DatabaseFolder;
     Drive1->setDriveOf(pasta.isEmpty() ? QDir::currentPath() : pasta);
     txtcaminho->setText(pasta);
+    nothingTyped();
 }
 
 void frmcaminho::posicionar() {
@@ -57,6 +58,7 @@ void frmcaminho::File1_Click() { txtcaminho->setText(QDir::toNativeSeparators(Fi
 
 void frmcaminho::cmdemitir_Click() {
     Configuracao::gravarPasta(Configuracao::pastaDoPrograma(), txtcaminho->text());
+    nothingTyped();
 }
 
 void frmcaminho::cmdcancelar_Click() {

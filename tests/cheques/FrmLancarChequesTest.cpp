@@ -388,6 +388,7 @@ TEST_F(ReceivedCheques, ADeleteLeavesTodaysDatesAndNoTicks) {
     expectDeleteQuestion(MessageAnswer::yes);
     click(form, "CmdExcluir");
     EXPECT_EQ(shown(form), newCheque(0, "|"));
+    EXPECT_EQ(focus(), "txtNome");
     EXPECT_THAT(stored(), ElementsAre("1|2|1||1|01/03/2026|01/04/2026|10,00|||Verdadeiro",
                                       "3|2|1||3|01/03/2026|01/04/2026|30,00|||Verdadeiro"));
     EXPECT_EQ(data().rsCheques.RecordCount(), 2);

@@ -111,7 +111,7 @@ TEST_P(BouncedCheques, SaysWhatItIs) {
                           {"Label7",       "Empresa:"                                      },
                           {"Label8",       "Observações:"                                },
                           {"Label9",       "Nº Cheque:"                                   },
-                          {"CmdBuscar",    "&Buscar"                                       },
+                          {"CmdBuscar",    "B&uscar"                                       },
                           {"CmdNovo",      "No&vo"                                         },
                           {"CmdIncluir",   "&Salvar"                                       },
                           {"cmdExcluir",   "E&xcluir"                                      },
@@ -393,10 +393,10 @@ TEST_P(BouncedCheques, ThePanelIsRefusedForAStoredChequeUntilNew) {
     auto& form = open<FrmLancasSFundos>();
     click(form, "btnNavegacao", 0);
     expectMessage("Mensagem", "Clique em novo para copiar dados !", MessageIcon::information);
-    press(Qt::Key_B, Qt::AltModifier);
+    press(Qt::Key_U, Qt::AltModifier);
     EXPECT_FALSE(panelShown(form));
     click(form, "CmdNovo");
-    press(Qt::Key_B, Qt::AltModifier);
+    press(Qt::Key_U, Qt::AltModifier);
     EXPECT_TRUE(panelShown(form));
     EXPECT_EQ(focus(), "cmbncheque");
 }
@@ -467,6 +467,7 @@ TEST_P(BouncedCheques, DeletesTheChequeOnShow) {
     expectDeleteQuestion(MessageAnswer::yes);
     click(form, "cmdExcluir");
     EXPECT_EQ(shown(form), newCheque());
+    EXPECT_EQ(focus(), "txtcliente");
     EXPECT_THAT(stored(), ElementsAre("1|2|1|0001|1|01/03/2026|10,00|Loja Um|sem fundos",
                                       "3|2|1|0001|3|01/03/2026|30,00|Loja Um|sem fundos"));
     EXPECT_EQ(data().rsSemFundos.RecordCount(), 2);

@@ -19,8 +19,8 @@ TEST_F(ChequeList, SaysWhatItIs) {
     EXPECT_EQ(text(form, "Label2"), "Nome do Cliente:");
     EXPECT_EQ(text(form, "Label3"), "Inicial:");
     EXPECT_EQ(text(form, "Label4"), "Final:");
-    EXPECT_EQ(text(form, "chkdescontar"), "descontar no banco");
-    EXPECT_EQ(text(form, "chkmostrar"), "Mostrar datas entre:");
+    EXPECT_EQ(text(form, "chkdescontar"), "&descontar no banco");
+    EXPECT_EQ(text(form, "chkmostrar"), "&Mostrar datas entre:");
     const char* captions[] = {"",        "Nº  Cheque", "Nome do Cliente",
                               "Agência", "Dt.Vencto",  "Valor R$"};
     for (int column = 0; column < 6; ++column)

@@ -42,7 +42,7 @@ change_a_bank() {
 fail_with_an_apostrophe() {
     keys alt+a b
     until_window "Cadastro de Bancos"
-    keys alt+n
+    keys alt+v
     typed 999
     keys Return
     typed "Banco D'Oeste"

@@ -16,15 +16,15 @@ register_clients() {
     until_window "Valtrino"
     keys alt+a c
     until_window "Cadastro Cliente"
-    keys alt+n
+    keys alt+v
     fill "Balcao" "" "" "" "" "" "" "" "" "" "" "" "" "" 1 ""
     keys Return              # on Salvar
-    keys alt+n
+    keys alt+v
     fill "Ana Lima D'Avila" "Rua das Flores, 12" "Centro" "Araraquara" 14800123 sp 12345678901 \
         12.345.678-X 1632221234 16999998888 28022026 17051980 "1234,56" n "1500,00" \
         "ana@exemplo.invalid"
     keys Return
-    keys alt+n
+    keys alt+v
     fill "Comercial Vale Ltda." "" "" "" "" mt 12345678000195 "" "" "" 31121899 01011900 "" "" \
         "-0,01"
     typed "loja@exemplo.invalid"
@@ -47,9 +47,9 @@ register_clients() {
 }
 
 refuse_a_client_without_limit() {
-    keys alt+n
+    keys alt+v
     typed "Sem Limite"
-    keys alt+p               # the third tab
+    keys alt+h               # the third tab
     keys alt+s
     until_window "Advertência"
     keys Return
@@ -110,9 +110,9 @@ take_pictures() {
     keys Return
     until_window "Cadastro Cliente"
     picture frmCliFor-1 active
-    keys alt+b
+    keys alt+u
     picture frmCliFor-2 active
-    keys alt+p
+    keys alt+h
     picture frmCliFor-3 active
     keys Escape
     until_window "Valtrino"

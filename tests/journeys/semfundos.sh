@@ -49,7 +49,7 @@ know_nothing_of_the_client() {
 copy_and_save() {
     keys alt+m c
     until_window "Lançamento de cheques sem fundos"
-    keys alt+b
+    keys alt+u
     typed "$number"
     picture FrmLancasSFundos-busca active
     keys Return              # copied, back at the client

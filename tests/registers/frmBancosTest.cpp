@@ -68,10 +68,10 @@ TEST_F(BankRegister, SaysWhatItIs) {
 
 TEST_F(BankRegister, NamesItsButtons) {
     auto& form = open<frmBancos>();
-    EXPECT_EQ(text(form, "cmdNovo"), "&Novo");
+    EXPECT_EQ(text(form, "cmdNovo"), "No&vo");
     EXPECT_EQ(text(form, "cmdSalvar"), "&Salvar");
-    EXPECT_EQ(text(form, "cmdExcluir"), "&Excluir");
-    EXPECT_EQ(text(form, "cmdFechar"), "&Fechar");
+    EXPECT_EQ(text(form, "cmdExcluir"), "E&xcluir");
+    EXPECT_EQ(text(form, "cmdFechar"), "Fecha&r");
     const char* tips[] = {"Início do Arquivo", "Registro Anterior", "Próximo Registro",
                           "Fim do Arquivo"};
     for (int i = 0; i < NavigationBar::kCount; ++i)
@@ -233,8 +233,79 @@ TEST_F(BankRegister, EnterMovesOnAndPressesNothing) {
     press(Qt::Key_Return);
     EXPECT_EQ(focus(), "txtNome");
     press(Qt::Key_Enter);
-    EXPECT_EQ(focus(), "lstListagem");
+    EXPECT_EQ(focus(), "cmdSalvar");
     EXPECT_EQ(shown(form), "||");
+}
+
+TEST_F(BankRegister, TypedWithEnterThroughTheFieldsANewBankIsSavedByOneMore) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    press(Qt::Key_V, Qt::AltModifier);
+    type("1");
+    press(Qt::Key_Return);
+    type("Banco Oeste");
+    press(Qt::Key_Return);
+    EXPECT_EQ(shown(form), "|1|Banco Oeste") << "no other bank over it";
+    press(Qt::Key_Return);
+    EXPECT_EQ(stored().back(), "4|1|Banco Oeste");
+    EXPECT_EQ(focus(), "txtCodigo");
+}
+
+// ---- the list shows which bank is on show
+
+TEST_F(BankRegister, TheBankOnShowIsTheOneMarkedInTheList) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    auto& list = control<ListView>(form, "lstListagem");
+    const auto marked = [&] {
+        const auto rows = list.selectionModel()->selectedRows();
+        return rows.isEmpty() ? QString() : list.text(rows.front().row(), 0);
+    };
+    EXPECT_EQ(marked(), "341");
+    click(form, "btnNavegacao", 3);
+    EXPECT_EQ(marked(), "237");
+    enter(form, "txtCodigo");
+    type("104");
+    press(Qt::Key_Return);
+    EXPECT_EQ(marked(), "104");
+    clickColumn(form, "lstListagem", 1);
+    EXPECT_EQ(marked(), "104") << "in another order";
+    press(Qt::Key_V, Qt::AltModifier);
+    EXPECT_EQ(marked(), "") << "a new bank is none of them";
+}
+
+TEST_F(BankRegister, KeysMoveTheMarkAndLeavingGivesItBackToTheBankOnShow) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    auto& list = control<ListView>(form, "lstListagem");
+    enter(form, "lstListagem");
+    press(Qt::Key_Down);
+    EXPECT_EQ(list.selectionModel()->selectedRows().value(0).row(), 1);
+    EXPECT_EQ(shown(form), "1|341|Banco Leste");
+    press(Qt::Key_Tab);
+    EXPECT_EQ(list.selectionModel()->selectedRows().value(0).row(), 0);
+    enter(form, "lstListagem");
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    EXPECT_EQ(shown(form), "2|104|Banco Norte");
+    EXPECT_EQ(list.selectionModel()->selectedRows().value(0).row(), 1);
+}
+
+TEST_F(BankRegister, EscAsksBeforeATypedBankIsLost) {
+    givenThreeBanks();
+    auto& form = open<frmBancos>();
+    const auto expectQuestion = [&](MessageAnswer answer) {
+        expectMessage("Mensagem", "O que foi digitado ainda não foi salvo.\n\nSair sem salvar?",
+                      MessageIcon::question, MessageButtons::yesNo, answer);
+    };
+    click(form, "cmdNovo");
+    type(form, "txtNome", "Banco Oeste");
+    expectQuestion(MessageAnswer::no);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(shown(form), "||Banco Oeste");
+    click(form, "btnNavegacao", 1);
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(form.isVisible()) << "a stored bank, untouched";
 }
 
 TEST_F(BankRegister, AKnownCodeBringsItsBankUp) {

@@ -4,6 +4,7 @@
 #include "shell/frmlocalizar.h"
 #include "support/FormChecks.h"
 
+#include <QApplication>
 #include <QGroupBox>
 #include <QLabel>
 #include <QToolButton>
@@ -13,6 +14,7 @@
 
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -57,7 +59,7 @@ TEST_F(ClientRegister, SaysWhatItIs) {
             if (each->buddy() == &control(form, name))
                 label = each;
         ASSERT_NE(label, nullptr) << name;
-        EXPECT_EQ(label->text(), caption);
+        EXPECT_EQ(label->text().remove('&'), caption);
     }
     for (const auto& [name, title] : {
              std::pair{"Frame1", "Bancos que Trabalha:"},
@@ -395,6 +397,41 @@ TEST_F(ClientRegister, EnterLeadsThroughTheFirstTabToSave) {
     EXPECT_THAT(stored("codigo"), IsEmpty()) << "not saved yet";
 }
 
+TEST_F(ClientRegister, EnterHeldDownInTheEMailStopsAtSave) {
+    givenThreeClients();
+    auto& form = open<frmCliFor>();
+    show(form, 1);
+    fill(form, "txtEMailCli", "ana@lima.example");
+    const auto hold = [](bool again) {
+        QTest::simulateEvent(QApplication::focusWidget(), true, Qt::Key_Return, Qt::NoModifier,
+                             "\r", again, 0);
+    };
+    hold(false);
+    for (int i = 0; i < 20; ++i)
+        hold(true);
+    EXPECT_EQ(focus(), "cmdSalvar");
+    EXPECT_EQ(shown(form), "2|Ana Lima");
+    EXPECT_THAT(stored("emailcli"), Each("")) << "not saved";
+    form.findChild<NavigationBar*>()->button(2)->setFocus();
+    for (int i = 0; i < 20; ++i)
+        hold(true);
+    EXPECT_EQ(shown(form), "2|Ana Lima") << "not walked";
+}
+
+TEST_F(ClientRegister, ADocumentNumberThatIsOnlyLookedAtIsNotTyped) {
+    given("cliente_fornecedor",
+          {
+              client("Balcão"), client("Ana Lima", {{"cgc_cpf", words("12345678909")}}
+                )
+    });
+    auto& form = open<frmCliFor>();
+    show(form, 1);
+    enter(form, "txtCGCCPF");
+    EXPECT_EQ(text(form, "txtCGCCPF"), "12345678909");
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(form.isVisible());
+}
+
 TEST_F(ClientRegister, EnterLeadsThroughTheOtherTabsToSave) {
     auto& form = open<frmCliFor>();
     enter(form, "txtObservação");
@@ -460,9 +497,9 @@ TEST_F(ClientRegister, TabGoesThroughTheFirstTabAndTheFoot) {
 
 TEST_F(ClientRegister, TheTabsHaveAccessKeys) {
     auto& form = open<frmCliFor>();
-    press(Qt::Key_P, Qt::AltModifier);
+    press(Qt::Key_H, Qt::AltModifier);
     EXPECT_EQ(tab(form), 2);
-    press(Qt::Key_B, Qt::AltModifier);
+    press(Qt::Key_U, Qt::AltModifier);
     EXPECT_EQ(tab(form), 1);
     press(Qt::Key_C, Qt::AltModifier);
     EXPECT_EQ(tab(form), 0);

@@ -86,6 +86,7 @@ TEST_P(Purge, ASingleChequeIsDeleted) {
     givenThree();
     purge(open<FrmApagar>(), "10012024", "10012024");
     EXPECT_THAT(stored(), ElementsAre("1", "3"));
+    EXPECT_EQ(focus(), "txtdtinicial") << "where the next purge begins";
 }
 
 TEST_P(Purge, OfTwoChequesTheSecondStays) {

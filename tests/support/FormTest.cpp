@@ -9,6 +9,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QHeaderView>
+#include <QLabel>
 #include <QStyleOptionViewItem>
 #include <QTimer>
 #include <QToolButton>
@@ -140,6 +141,8 @@ QString FormTest::text(const QWidget& form, const QString& name) {
     const QWidget& found = control(form, name);
     if (const auto* list = qobject_cast<const DropDownList*>(&found))
         return list->text();
+    if (const auto* label = qobject_cast<const QLabel*>(&found); label && label->buddy())
+        return label->text().remove('&');
     const QVariant text = found.property("text");
     if (!text.isValid())
         throw std::runtime_error("no text in " + name.toStdString());

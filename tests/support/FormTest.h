@@ -69,7 +69,8 @@ protected:
 
     /// The name of the control that has the focus; "" if none has.
     static QString focus();
-    /// The text of a box, drop-down list, label, button or heading.
+    /// The text of a box, drop-down list, label, button or heading; a label's as it is read,
+    /// without the mark of its field's access key.
     static QString text(const QWidget& form, const QString& name);
     /// The prompt shown last.
     [[nodiscard]] QString prompt() const { return prompt_; }

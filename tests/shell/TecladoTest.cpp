@@ -1,0 +1,163 @@
+// What holds for the keyboard in every window: access keys, and that no button looks as if Enter
+// pressed it.
+#include "cheques/FrmConsultaCH.h"
+#include "cheques/FrmLancarCheques.h"
+#include "collections/FrmLancasSFundos.h"
+#include "collections/FrmLocCHTerceiros.h"
+#include "collections/FrmRenegociar.h"
+#include "registers/frmBancos.h"
+#include "registers/frmCliFor.h"
+#include "reports/FrmApagar.h"
+#include "reports/FrmFiltroRelat.h"
+#include "shell/Mirtal.h"
+#include "shell/frmcaminho.h"
+#include "shell/frmlocalizar.h"
+#include "support/FormChecks.h"
+#include "support/ShopTest.h"
+
+#include <QGroupBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QTabWidget>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
+
+namespace {
+
+using testing::IsEmpty;
+
+class Keyboard : public ShopTest {
+protected:
+    /// Does the work in every window that is typed in, and on each page of it.
+    static void inEveryWindow(const std::function<void(QWidget&)>& work) {
+        Mirtal::modo = "Baixar"; // with all that the cheque list can show
+        for (QWidget* window : std::initializer_list<QWidget*>{
+                 &frmBancos::instance(), &frmCliFor::instance(), &frmlocalizar::instance(),
+                 &FrmLancarCheques::instance(), &FrmLocCHTerceiros::instance(),
+                 &FrmLancasSFundos::instance(), &FrmConsultaCH::instance(),
+                 &FrmRenegociar::instance(), &FrmApagar::instance(), &frmcaminho::instance(),
+                 &FrmFiltroRelat::instance()}) {
+            window->show();
+            if (auto* panel = window->findChild<QGroupBox*>("painelbuscar"))
+                panel->show();
+            auto* tabs = window->findChild<QTabWidget*>();
+            for (int page = 0; page < (tabs ? tabs->count() : 1); ++page) {
+                if (tabs)
+                    tabs->setCurrentIndex(page);
+                work(*window);
+            }
+        }
+    }
+    static std::string called(const QWidget& widget) {
+        return (widget.window()->objectName() + "." + widget.objectName()).toStdString();
+    }
+    /// The letter of an access key; "" without one.
+    static QString keyOf(const QString& caption) {
+        return QKeySequence::mnemonic(caption).toString().section('+', -1);
+    }
+    /// Every caption of the window that has an access key or could have one.
+    static QStringList captions(const QWidget& window) {
+        QStringList all;
+        for (const auto* label : window.findChildren<QLabel*>())
+            if (label->buddy() && label->isVisible())
+                all << label->text();
+        for (const auto* button : window.findChildren<QAbstractButton*>())
+            if (button->isVisible())
+                all << button->text();
+        if (const auto* tabs = window.findChild<QTabWidget*>())
+            for (int i = 0; i < tabs->count(); ++i)
+                all << tabs->tabText(i);
+        return all;
+    }
+};
+
+TEST_F(Keyboard, NoTwoControlsOfAWindowShareAnAccessKey) {
+    inEveryWindow([](QWidget& window) {
+        EXPECT_EQ(sharedAccessKeys(window), QStringList()) << called(window);
+    });
+}
+
+// Deliberate: a purge deletes with a key of its own, as its caption has been designed.
+TEST_F(Keyboard, ACommandHasTheSameKeyInEveryWindow) {
+    const std::map<QString, QString> keys = {
+        {"new",    "V"},
+        {"save",   "S"},
+        {"delete", "X"},
+        {"find",   "L"},
+        {"close",  "R"}
+    };
+    int commands = 0;
+    inEveryWindow([&](QWidget& window) {
+        for (const auto* button : window.findChildren<QPushButton*>()) {
+            const auto key = keys.find(button->property("iconName").toString());
+            if (key == keys.end() || called(*button) == "FrmApagar.cmdExcluir")
+                continue;
+            ++commands;
+            EXPECT_EQ(keyOf(button->text()), key->second) << called(*button);
+        }
+    });
+    EXPECT_GT(commands, 20);
+}
+
+TEST_F(Keyboard, EveryFieldHasAnAccessKeyUnlessAllLettersOfItsLabelAreTaken) {
+    int fields = 0;
+    inEveryWindow([&](QWidget& window) {
+        QString taken;
+        for (const QString& caption : captions(window))
+            taken += keyOf(caption);
+        for (const auto* label : window.findChildren<QLabel*>()) {
+            const QWidget* field = label->buddy();
+            if (!field || !label->isVisible() || !(field->focusPolicy() & Qt::TabFocus))
+                continue;
+            ++fields;
+            if (!keyOf(label->text()).isEmpty())
+                continue;
+            for (const QChar letter : label->text().toUpper())
+                EXPECT_TRUE(letter > u'Z' || letter < u'A' || taken.contains(letter))
+                    << called(*label) << " could have " << QString(letter).toStdString();
+        }
+    });
+    EXPECT_GT(fields, 50);
+}
+
+TEST_F(Keyboard, AFieldsAccessKeyGoesThere) {
+    auto& form = open<FrmLancarCheques>();
+    for (const auto& [key, field] : {
+             std::pair{Qt::Key_B, "txtbanco"     },
+             {Qt::Key_A, "txtvalor"     },
+             {Qt::Key_T, "txtbompara"   },
+             {Qt::Key_O, "txtobservacao"}
+    }) {
+        enter(form, "txtNome");
+        press(key, Qt::AltModifier);
+        EXPECT_EQ(focus(), field);
+    }
+}
+
+TEST_F(Keyboard, NoButtonLooksAsIfEnterPressedItFromElsewhere) {
+    std::vector<std::string> faults;
+    inEveryWindow([&](QWidget& window) {
+        for (const auto* button : window.findChildren<QPushButton*>())
+            if (button->isDefault() || button->autoDefault())
+                faults.push_back(called(*button));
+    });
+    EXPECT_THAT(faults, IsEmpty());
+}
+
+TEST_F(Keyboard, NoPromptIsThatOfAControlThatHasLostTheFocus) {
+    inEveryWindow([&](QWidget& window) {
+        activate(window);
+        for (auto* button : window.findChildren<QPushButton*>()) {
+            if (!button->isVisible() || !button->isEnabled())
+                continue;
+            button->setFocus();
+            EXPECT_EQ(prompt(), button->toolTip()) << called(*button);
+        }
+    });
+}
+
+} // namespace
