@@ -154,6 +154,21 @@ TEST_F(DateBox, UnderstandsPastedDates) {
     EXPECT_EQ(date_.text(), "01/02/2026");
 }
 
+TEST_F(DateBox, WhatItRefusesLeavesItAsItWas) {
+    leave();
+    enter();
+    ASSERT_EQ(date_.selectedText(), "24/12/2025");
+    type("a");
+    EXPECT_EQ(date_.selectedText(), "24/12/2025");
+    QInputMethodEvent composed;
+    composed.setCommitString("á");
+    QCoreApplication::sendEvent(&date_, &composed);
+    EXPECT_EQ(date_.selectedText(), "24/12/2025");
+    QGuiApplication::clipboard()->setText("amanhã");
+    QTest::keyClick(&date_, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(date_.selectedText(), "24/12/2025");
+}
+
 TEST_F(DateBox, TellsChangesOfTheDateOnce) {
     const QSignalSpy changes(&date_, &DatePicker::changed);
     type("01022026");

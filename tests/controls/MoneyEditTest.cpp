@@ -160,6 +160,21 @@ TEST_F(MoneyBox, TellsEachChangeOfTheAmountAndNothingElse) {
     EXPECT_EQ(changes.count(), 3);
 }
 
+TEST_F(MoneyBox, WhatItRefusesLeavesItAsItWas) {
+    money_.setValor({50'000});
+    enter();
+    ASSERT_EQ(money_.selectedText(), "5,00");
+    type("a");
+    EXPECT_EQ(money_.selectedText(), "5,00");
+    QInputMethodEvent composed;
+    composed.setCommitString("á");
+    QCoreApplication::sendEvent(&money_, &composed);
+    EXPECT_EQ(money_.selectedText(), "5,00");
+    QGuiApplication::clipboard()->setText("reais");
+    QTest::keyClick(&money_, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(money_.selectedText(), "5,00");
+}
+
 TEST_F(MoneyBox, AnEmptiedBoxIsZero) {
     money_.setValor({50'000});
     enter();

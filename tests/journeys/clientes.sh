@@ -131,6 +131,8 @@ for version in jet4 jet3; do
     find_and_change
     leave_the_reserved_one_alone
     keys Escape
+    until_window "Mensagem"  # what was typed into the reserved one can't be saved
+    keys alt+s               # leave without it
     until_window "Valtrino"
     keys alt+a s
     expect_end 0

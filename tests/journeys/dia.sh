@@ -50,7 +50,12 @@ register_the_client() {
     keys alt+v
     fill "ana lima"
     keys alt+i               # to the credit limit
-    fill 5000 "ana"          # after the e-mail on Salvar
+    fill 5000
+    typed "ana"              # in the e-mail, from which Enter goes to Salvar
+    xdotool keydown Return
+    sleep 1                  # for so long a thumb rests on it
+    xdotool keyup Return
+    [ -z "$(rows cliente_fornecedor)" ] || fail "a key held down saved the client"
     keys Return
     until_true "the client" test -n "$(rows cliente_fornecedor)"
     back_to_the_main_window
@@ -152,6 +157,7 @@ ask_for_the_report() {
     keys alt+r c
     until_window "Relatório de Cheques Recebidos"
     keys alt+i
+    keys Escape              # the filter has stayed in front
     until_window "Valtrino - [Relatório de Cheques]"
 }
 

@@ -5,6 +5,7 @@
 #include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "collections/FrmRenegociar.h"
+#include "controls/Style.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
@@ -12,10 +13,13 @@
 #include "shell/Mirtal.h"
 #include "shell/frmcaminho.h"
 #include "shell/frmlocalizar.h"
+#include "support/Colours.h"
 #include "support/FormChecks.h"
 #include "support/ShopTest.h"
 
+#include <QApplication>
 #include <QGroupBox>
+#include <QImage>
 #include <QLabel>
 #include <QPushButton>
 #include <QTabWidget>
@@ -146,6 +150,43 @@ TEST_F(Keyboard, NoButtonLooksAsIfEnterPressedItFromElsewhere) {
                 faults.push_back(called(*button));
     });
     EXPECT_THAT(faults, IsEmpty());
+}
+
+/// How many points of a control's picture tell clearly that it has the focus.
+int telling(QWidget& control, const QImage& without) {
+    const QImage with = control.grab().toImage();
+    int points = 0;
+    for (int y = 0; y < with.height(); ++y)
+        for (int x = 0; x < with.width(); ++x)
+            points += contrast(with.pixelColor(x, y), without.pixelColor(x, y)) >= 3.0 ? 1 : 0;
+    return points;
+}
+
+TEST_F(Keyboard, TheFocusIsToldAtAGlanceOnEveryControlOfEveryWindow) {
+    aplicarEstilo(*qApp);
+    for (const ColourScheme scheme : {ColourScheme::light, ColourScheme::dark}) {
+        applyColours(scheme);
+        int controls = 0;
+        inEveryWindow([&](QWidget& window) {
+            activate(window);
+            for (auto* control : window.findChildren<QWidget*>()) {
+                if (!(control->focusPolicy() & Qt::TabFocus) || !control->isVisible() ||
+                    !control->isEnabled() || control->focusProxy())
+                    continue;
+                control->clearFocus();
+                const QImage without = control->grab().toImage();
+                control->setFocus();
+                if (!control->hasFocus()) // leaving a field may lead elsewhere
+                    control->setFocus();
+                ASSERT_TRUE(control->hasFocus()) << called(*control);
+                ++controls;
+                EXPECT_GE(telling(*control, without), (control->width() + control->height()) / 2)
+                    << called(*control) << (scheme == ColourScheme::dark ? ", dark" : ", light");
+            }
+        });
+        EXPECT_GT(controls, 100);
+    }
+    applyColours(ColourScheme::light);
 }
 
 TEST_F(Keyboard, NoPromptIsThatOfAControlThatHasLostTheFocus) {
