@@ -116,6 +116,11 @@ void Form::unload() {
         guarded([this] { Form_Unload(); });
     showPrompt("");
     hide();
+    // Gone right behind its message box, before the screen has given it the focus back, it would
+    // leave no window with the focus.
+    const QWindow* shown = windowHandle();
+    if (QWindow* owner = shown ? shown->transientParent() : nullptr; owner && owner->isVisible())
+        owner->requestActivate();
     retired_ = WindowList::instance().retire(*this);
     if (!retired_)
         unloading_ = false; // a window of its own maker: may be shown again
