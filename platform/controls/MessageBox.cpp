@@ -1,6 +1,8 @@
 #include "controls/MessageBox.h"
 
 #include <QApplication>
+#include <QFontMetrics>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -27,6 +29,28 @@ const IconLook& look(MessageIcon icon) {
 
 QString withPlainLineBreaks(QString text) { return text.replace("\r\n", "\n").replace('\r', '\n'); }
 
+// The box is as wide as its title, in bold as many desktops have it, with the buttons beside it: by
+// itself it is cut where the text is short. And a short text stands beside the middle of the icon:
+// by itself it stands higher, the icon reaching into an empty row under it.
+void layOut(QMessageBox& box) {
+    auto* grid = qobject_cast<QGridLayout*>(box.layout());
+    if (!grid)
+        return;
+    constexpr int kButtonsOfTitle = 5; // in heights of a line
+    QFont bold = box.font();
+    bold.setBold(true);
+    const QFontMetrics title(bold);
+    const int width =
+        title.horizontalAdvance(box.windowTitle()) + kButtonsOfTitle * 2 * title.height();
+    grid->addItem(new QSpacerItem(width, 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
+                  grid->rowCount(), 0, 1, grid->columnCount());
+    if (auto* icon = box.findChild<QWidget*>("qt_msgboxex_icon_label");
+        icon && icon->isVisibleTo(&box)) {
+        grid->removeWidget(icon);
+        grid->addWidget(icon, 0, 0, Qt::AlignTop);
+    }
+}
+
 MessageAnswer askOperator(const Message& message) {
     QMessageBox box(look(message.icon).icon, message.title, withPlainLineBreaks(message.text),
                     QMessageBox::NoButton, QApplication::activeWindow());
@@ -36,6 +60,7 @@ MessageAnswer askOperator(const Message& message) {
         QPushButton* ok = box.addButton("OK", QMessageBox::AcceptRole);
         box.setDefaultButton(ok);
         box.setEscapeButton(ok);
+        layOut(box);
         box.exec();
         return MessageAnswer::ok;
     }
@@ -47,6 +72,7 @@ MessageAnswer askOperator(const Message& message) {
     QPushButton* const harmless = question ? second : first;
     box.setDefaultButton(harmless);
     box.setEscapeButton(harmless);
+    layOut(box);
     box.exec();
     const bool other = box.clickedButton() == second;
     if (question)

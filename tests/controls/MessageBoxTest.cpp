@@ -5,6 +5,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPointer>
 #include <QTest>
@@ -14,6 +15,7 @@
 
 #include <functional>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -50,6 +52,33 @@ TEST(MessageBox, ShowsTextTitleAndCaptionsAsTheyStand) {
                  ASSERT_EQ(box.buttons().size(), 1);
                  EXPECT_EQ(box.buttons()[0]->text(), "OK");
              });
+}
+
+TEST(MessageBox, IsAsWideAsItsTitle) {
+    const QString title = "Relatório de Cheques Recebidos e dos Devolvidos";
+    answered({"Sim.", title, MessageIcon::exclamation, MessageButtons::ok}, Qt::Key_Return,
+             [&](QMessageBox& box) {
+                 QFont bold = box.font();
+                 bold.setBold(true);
+                 const QFontMetrics metrics(bold);
+                 EXPECT_GT(box.width(), metrics.horizontalAdvance(title) + 5 * metrics.height());
+             });
+}
+
+TEST(MessageBox, AShortTextStandsBesideItsIconsMiddleALongOneBeginsWithIt) {
+    const auto places = [](const QString& text) {
+        std::pair<QRect, QRect> both;
+        answered({text, "Mensagem", MessageIcon::exclamation, MessageButtons::ok}, Qt::Key_Return,
+                 [&](QMessageBox& box) {
+                     both = {box.findChild<QLabel*>("qt_msgboxex_icon_label")->geometry(),
+                             box.findChild<QLabel*>("qt_msgbox_label")->geometry()};
+                 });
+        return both;
+    };
+    const auto [icon, text] = places("Cheque não cadastrado ");
+    EXPECT_NEAR(icon.center().y(), text.center().y(), 1);
+    const auto [longIcon, longText] = places(QString("uma linha\n").repeated(9));
+    EXPECT_NEAR(longIcon.top(), longText.top(), 1);
 }
 
 TEST(MessageBox, NeedsNoIcon) {
