@@ -82,17 +82,17 @@ constexpr Menu kMenus[] = {
 
 // Deliberate: "Relatorio de Cheques" has no accent; the tool-tips stand as the shop knows them.
 constexpr Botao kBotoes[] = {
-    {"clientes",      "Clientes",   "Cadastro de Clientes",            "cliente",     &kClientes  },
-    {"bancos",        "Bancos",     "Cadastro de Bancos",              "banco",       &kBancos    },
-    {"cheques",       "Entrada",    "Entrada de Cheques",              "entrada",     &kEntrada   },
-    {"baixar",        "Baixa",      "Baixar Cheques",                  "baixa",       &kBaixa     },
-    {"negociar",      "Renegociar", "Renegociar Cheques",              "renegociar",  &kRenegociar},
-    {"lancarsf",      "Sem fundos", "Lançar Cheques sem Fundos",      "voadores",    &kSemFundos },
-    {"consulta",      "Consulta",   "Consulta CPF",                    "consultar",   &kConsultar },
-    {"relatcheque",   "Recebidos",  "Relatorio de Cheques",            "relcheque",   &kRelCheques},
-    {"relatsemfundo", "Devolvidos", "Relatório de cheques sem fundo", "relsemfundo",
-     &kRelSemFundos                                                                               },
-    {"sair",          "Sair",       "Sair do Sistema",                 "Sair",        &kSair      },
+    {"clientes",      "Clientes",        "Cadastro de Clientes",            "cliente",     &kClientes,   false},
+    {"bancos",        "Bancos",          "Cadastro de Bancos",              "banco",       &kBancos,     false},
+    {"cheques",       "Entrada",         "Entrada de Cheques",              "entrada",     &kEntrada,    true },
+    {"baixar",        "Baixa",           "Baixar Cheques",                  "baixa",       &kBaixa,      false},
+    {"negociar",      "Renegociar",      "Renegociar Cheques",              "renegociar",  &kRenegociar, false},
+    {"lancarsf",      "Sem fundos",      "Lançar Cheques sem Fundos",      "voadores",    &kSemFundos,  false},
+    {"consulta",      "Consulta",        "Consulta CPF",                    "consultar",   &kConsultar,  false},
+    {"relatcheque",   "Rel. recebidos",  "Relatorio de Cheques",            "relcheque",   &kRelCheques, true },
+    {"relatsemfundo", "Rel. sem fundos", "Relatório de cheques sem fundo", "relsemfundo",
+     &kRelSemFundos,                                                                                     false},
+    {"sair",          "Sair",            "Sair do Sistema",                 "Sair",        &kSair,       true },
 };
 
 } // namespace

@@ -32,6 +32,7 @@ struct Botao {
     const char* dica;  ///< the tool-tip
     const char* imagem;
     const Comando* comando;
+    bool iniciaGrupo; ///< parted from the one before it
 };
 
 [[nodiscard]] std::span<const Menu> menus();

@@ -101,6 +101,8 @@ void MDICheques::montarFerramentas() {
     Toolbar1->setMovable(false);
     Toolbar1->setIconSize({24, 24});
     for (const Comandos::Botao& botao : Comandos::botoes()) {
+        if (botao.iniciaGrupo)
+            Toolbar1->addSeparator();
         QAction* acao = Toolbar1->addAction(Icons::named(botao.imagem), botao.texto);
         acao->setObjectName(botao.chave);
         acao->setToolTip(botao.dica);

@@ -112,19 +112,34 @@ TEST_F(MainWindow, HasTheWholeToolbar) {
     auto& bar = control<QToolBar>(openMain(), "Toolbar1");
     std::vector<std::string> buttons;
     for (const QAction* button : bar.actions()) {
+        if (button->isSeparator()) {
+            buttons.emplace_back("-");
+            continue;
+        }
         EXPECT_FALSE(button->icon().isNull()) << button->objectName().toStdString();
         buttons.push_back((button->objectName() + ": " + button->toolTip()).toStdString());
     }
-    EXPECT_THAT(buttons, ElementsAre("clientes: Cadastro de Clientes",                //
-                                     "bancos: Cadastro de Bancos",                    //
-                                     "cheques: Entrada de Cheques",                   //
-                                     "baixar: Baixar Cheques",                        //
-                                     "negociar: Renegociar Cheques",                  //
-                                     "lancarsf: Lançar Cheques sem Fundos",           //
-                                     "consulta: Consulta CPF",                        //
+    EXPECT_THAT(buttons, ElementsAre("clientes: Cadastro de Clientes", //
+                                     "bancos: Cadastro de Bancos",     //
+                                     "-",
+                                     "cheques: Entrada de Cheques",         //
+                                     "baixar: Baixar Cheques",              //
+                                     "negociar: Renegociar Cheques",        //
+                                     "lancarsf: Lançar Cheques sem Fundos", //
+                                     "consulta: Consulta CPF",              //
+                                     "-",
                                      "relatcheque: Relatorio de Cheques",             //
                                      "relatsemfundo: Relatório de cheques sem fundo", //
-                                     "sair: Sair do Sistema"));
+                                     "-", "sair: Sair do Sistema"));
+}
+
+// The two reports have names of their own, and all that is parted stays parted.
+TEST_F(MainWindow, TheToolbarTellsTheReportsFromTheWindowsOfTheSameCheques) {
+    openMain();
+    EXPECT_EQ(action("relatcheque").text(), "Rel. recebidos");
+    EXPECT_EQ(action("relatsemfundo").text(), "Rel. sem fundos");
+    EXPECT_EQ(action("cheques").text(), "Entrada");
+    EXPECT_EQ(action("lancarsf").text(), "Sem fundos");
 }
 
 TEST_F(MainWindow, OpensTheBanksModallyFromMenuAndToolbar) {
