@@ -10,7 +10,8 @@
 
 namespace {
 
-constexpr int kAlturaNaTela = 13; ///< 200 twips
+constexpr int kAlturaNaTela = 13;  ///< 200 twips
+constexpr int kBarraDeStatus = 30; ///< of the main window, about
 
 std::optional<std::int64_t> codigoEscolhido(const DropDownList& lista) {
     if (lista.listIndex() < 0)
@@ -49,8 +50,7 @@ void FrmFiltroRelat::Form_Load() {
         Estrutura::exigir(cheques, {"bompara"});
     Estrutura::exigir(dados.rsCliente, {"codigo", "nome"});
     Estrutura::exigir(dados.rsBancos, {"codigo", "nome"});
-    centre();
-    move(x(), screen()->availableGeometry().top() + kAlturaNaTela);
+    centre(kAlturaNaTela);
     modo_ = Mirtal::modo;
     setWindowTitle(Relatorios::legenda(modo_));
     Titulo->setText(Relatorios::legenda(modo_));
@@ -71,6 +71,19 @@ Relatorios::Escolha FrmFiltroRelat::escolha() const {
             .ordem = cmbordem->listIndex()};
 }
 
-void FrmFiltroRelat::CmdImprimir_Click() { frmRel_ChequesSF::instance().imprimir(escolha()); }
+void FrmFiltroRelat::CmdImprimir_Click() {
+    frmRel_ChequesSF::instance().imprimir(escolha());
+    if (frmRel_ChequesSF::instance().isVisible())
+        darVista();
+}
+
+// The report comes up behind this window: its tools and first rows aren't to be under it. Where the
+// operator has put the window himself it stays.
+void FrmFiltroRelat::darVista() {
+    const QRect tela = screen()->availableGeometry();
+    if (y() == tela.top() + kAlturaNaTela)
+        move(tela.right() - frameGeometry().width(),
+             tela.bottom() - frameGeometry().height() - kBarraDeStatus);
+}
 
 void FrmFiltroRelat::cmdsair_Click() { unload(); }

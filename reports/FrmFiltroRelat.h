@@ -21,6 +21,7 @@ private:
     void CmdImprimir_Click();
     void cmdsair_Click();
 
+    void darVista();
     [[nodiscard]] Relatorios::Escolha escolha() const;
 
     /// Mirtal::modo as it was at loading: other windows change it while this one is open.

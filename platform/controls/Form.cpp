@@ -42,6 +42,11 @@ void keepDigits(QLineEdit& box) {
     box.setCursorPosition(static_cast<int>(before));
 }
 
+/// What the desktop puts around a window; nothing before it is on show.
+QMargins frameOf(const QWidget& window) {
+    return window.windowHandle() ? window.windowHandle()->frameMargins() : QMargins();
+}
+
 /// A control is called by the label that is its buddy, lists too, of which Qt doesn't know it.
 void nameByLabels(const QWidget& window) {
     for (const auto* label : window.findChildren<QLabel*>()) {
@@ -196,17 +201,24 @@ bool Form::somethingTyped() const {
     });
 }
 
-void Form::centre() {
+void Form::centre(std::optional<int> top) {
     ensurePolished();
     if (layout())
         layout()->activate();
     if (!testAttribute(Qt::WA_Resized))
         adjustSize();
     const QWidget* owner = QApplication::activeWindow();
+    place_ = Place{frameOf(isVisible() || !owner ? *this : *owner), top};
+    place();
+}
+
+void Form::place() {
+    const QWidget* owner = QApplication::activeWindow();
     const QRect area = (owner ? owner->screen() : screen())->availableGeometry();
-    const QSize size = frameGeometry().size().expandedTo(minimumSizeHint());
-    move(std::max(area.left(), area.left() + (area.width() - size.width()) / 2),
-         std::max(area.top(), area.top() + (area.height() - size.height()) / 2));
+    const QSize whole = size().expandedTo(minimumSizeHint()).grownBy(place_->frame);
+    const int across = std::max(0, (area.width() - whole.width()) / 2);
+    const int down = place_->top.value_or(std::max(0, (area.height() - whole.height()) / 2));
+    move(area.topLeft() + QPoint(across, down));
 }
 
 void Form::advertir(QWidget* control, const QString& text) {
@@ -265,6 +277,18 @@ bool Form::pressByAccessKey(QAbstractButton& button, const QShortcutEvent& key) 
     if (isVisible())
         button.click();
     return true;
+}
+
+bool Form::event(QEvent* event) {
+    const bool done = QDialog::event(event);
+    // In front of the others the window has its frame. From here on its place is the operator's.
+    if (event->type() == QEvent::WindowActivate && place_ && isVisible()) {
+        const QMargins frame = frameOf(*this);
+        if (std::exchange(place_->frame, frame) != frame)
+            place();
+        place_.reset();
+    }
+    return done;
 }
 
 bool Form::eventFilter(QObject* watched, QEvent* event) {

@@ -5,6 +5,7 @@
 
 #include <QDialog>
 #include <QHash>
+#include <QMargins>
 #include <QSet>
 
 #include <functional>
@@ -116,12 +117,16 @@ protected:
     /// lost. From then on Esc asks, before it closes the window, if the fields hold anything else.
     void nothingTyped();
 
-    /// Puts the window in the middle of its screen.
-    void centre();
+    /// Puts the window, with the frame that the desktop puts around it, in the middle of its
+    /// screen; with `top`, so many pixels under the screen's upper edge. What the frame measures is
+    /// told when the window is on show: until then it is taken to be as that of the window in
+    /// front.
+    void centre(std::optional<int> top = std::nullopt);
     /// Says what is missing or wrong (title "Advertência", exclamation, OK), then puts the focus on
     /// the control.
     void advertir(QWidget* control, const QString& text);
 
+    bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -129,6 +134,7 @@ protected:
 private:
     using Handler = std::function<void()>;
 
+    void place();
     void whenGotFocus(QWidget* control, const Handler& handler);
     void whenLostFocus(QWidget* control, const Handler& handler);
     void focusCame(QWidget* control);
@@ -151,6 +157,12 @@ private:
     bool unloading_ = false;
     bool modal_ = false;
     bool retired_ = false;
+    /// Where centre() has put the window, until its frame is known.
+    struct Place {
+        QMargins frame;
+        std::optional<int> top;
+    };
+    std::optional<Place> place_;
     /// The mouse button was let go while a control was being left for the one that it is on.
     bool releasedOnLeaving_ = false;
     bool enteredByMouse_ = false; ///< and the click that did it is still to come

@@ -628,10 +628,18 @@ TEST_F(FormLife, StandsInTheMiddleOfTheScreen) {
         }
     };
     auto& form = open<frmCentro>();
-    const QPoint middle = form.screen()->availableGeometry().center();
-    // The frame that the desktop puts around the window isn't known before it is shown.
-    EXPECT_NEAR(form.geometry().center().x(), middle.x(), 4);
-    EXPECT_NEAR(form.geometry().center().y(), middle.y(), 4);
+    const QRect screen = form.screen()->availableGeometry();
+    const QRect whole = form.frameGeometry();
+    ASSERT_NE(whole.size(), form.size()) << "a frame stands around it";
+    EXPECT_NEAR(whole.left() - screen.left(), screen.right() - whole.right(), 1);
+    EXPECT_NEAR(whole.top() - screen.top(), screen.bottom() - whole.bottom(), 1);
+    // Moved by the operator, it stays there when it comes to the front again.
+    form.move(10, 20);
+    QWidget other;
+    other.show();
+    activate(other);
+    activate(form);
+    EXPECT_EQ(form.pos(), QPoint(10, 20));
 }
 
 TEST_F(FormLife, TakesItsWindowIconFromTheHeadingAndGivesButtonsTheirs) {

@@ -135,6 +135,24 @@ TEST_F(ReportFromFilter, ChoosesByIssueAndComesByClient) {
                             "000001|Maria|10/01/2026|1.000,00|Banco do Vale|01/03/2026"));
 }
 
+TEST_F(ReportFromFilter, GivesTheReportsTopFreeUnlessTheOperatorHasPutItSomewhere) {
+    auto& form = openFor("relch");
+    const int top = form.y();
+    const QRect screen = form.screen()->availableGeometry();
+    period(form, "01012020", "31012020");
+    expectMessage("Impressão", "Não há registros a imprimir.");
+    click(form, "CmdImprimir");
+    EXPECT_EQ(form.y(), top) << "there is no report";
+    activate(form);
+    period(form, "01012026", "31012026");
+    click(form, "CmdImprimir");
+    EXPECT_GT(form.y(), screen.center().y());
+    EXPECT_TRUE(screen.contains(form.frameGeometry()));
+    form.move(20, 30);
+    click(form, "CmdImprimir");
+    EXPECT_EQ(form.pos(), QPoint(20, 30));
+}
+
 TEST_F(ReportFromFilter, TakesClientBankAndOrder) {
     print("relch", "Maria", "", "Emi");
     EXPECT_THAT(details(),
