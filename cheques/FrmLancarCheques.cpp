@@ -73,6 +73,8 @@ FrmLancarCheques::FrmLancarCheques() {
     });
     enterAsTab({txtNome, txtbanco, txtagencia, txtnumero, txtdata, txtbompara, txtvalor,
                 txtautorizou, txtobservacao, txtdescontar, cmbcheques});
+    tellsRecord(txtlancamento, "Lançamento");
+    txtlancamento->hide(); // told by the heading
     closesWith(CmdSair);
     lostFocus(txtNome, &FrmLancarCheques::txtNome_LostFocus);
     lostFocus(txtvalor, &FrmLancarCheques::txtvalor_LostFocus);

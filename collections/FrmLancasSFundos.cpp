@@ -41,6 +41,8 @@ FrmLancasSFundos::FrmLancasSFundos() {
     });
     enterAsTab({txtcliente, txtbanco, txtagencia, txtnumero, txtdata, txtvalor, txtEmpresa,
                 txtobservacao, cmbncheque});
+    tellsRecord(txtlancamento, "Lançamento");
+    txtlancamento->hide(); // told by the heading
     closesWith(CmdSair);
     lostFocus(cmbncheque, &FrmLancasSFundos::cmbncheque_LostFocus);
     lostFocus(txtobservacao, &FrmLancasSFundos::txtobservacao_LostFocus);

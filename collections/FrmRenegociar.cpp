@@ -19,6 +19,9 @@ FrmRenegociar::FrmRenegociar() {
         {txtnovo_vencto, "Digite a nova data a ser descontado o cheque."},
     });
     enterAsTab({txttaxa_juros, txtnovo_vencto});
+    on(txtlancamento, &QLineEdit::textChanged, &FrmRenegociar::txtlancamento_Change);
+    txtlancamento_Change();
+    txtlancamento->hide(); // told by the heading
     closesWith(CmdSair);
     lostFocus(txtnovo_vencto, &FrmRenegociar::txtnovo_vencto_LostFocus);
     on(CmdLocalizar, &QPushButton::clicked, &FrmRenegociar::CmdLocalizar_Click);
@@ -38,6 +41,11 @@ void FrmRenegociar::Form_Load() {
     });
     limpar();
     CmdLocalizar->setFocus();
+}
+
+void FrmRenegociar::txtlancamento_Change() {
+    Label10->setRecord(txtlancamento->text().isEmpty() ? QString("Nenhum cheque")
+                                                       : "Lançamento " + txtlancamento->text());
 }
 
 void FrmRenegociar::limpar() {

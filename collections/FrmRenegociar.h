@@ -26,6 +26,7 @@ public:
 private:
     void Form_Load() override;
 
+    void txtlancamento_Change();
     void CmdLocalizar_Click();
     void CmdIncluir_Click();
     void CmdSair_Click();

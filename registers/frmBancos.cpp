@@ -28,6 +28,7 @@ QString codigoDaChave(QString chave) { return QString::number(chave.remove(' ').
 frmBancos::frmBancos() {
     setupUi(this);
     lblCodigo->hide();
+    mostrarChave("");
     lstListagem->setColumns({
         {"Código", 1},
         {"Nome",    5}
@@ -140,8 +141,13 @@ void frmBancos::txtCodigo_LostFocus() {
         mostrarRegistro();
 }
 
+void frmBancos::mostrarChave(const QString& codigo) {
+    lblCodigo->setText(codigo);
+    Label24->setRecord(codigo.isEmpty() ? "Novo" : "Cadastrado");
+}
+
 void frmBancos::limpar() {
-    lblCodigo->clear();
+    mostrarChave("");
     visto_ = {};
     limparControles(*this);
     destacarNaLista();
@@ -153,7 +159,7 @@ void frmBancos::mostrarRegistro() {
     if (bancos().EOF())
         return; // the bank looked for has been deleted by the other system
     const ado::Shown visto = bancos().shown();
-    lblCodigo->setText(texto("codigo"));
+    mostrarChave(texto("codigo"));
     txtCodigo->setText(texto("cod_banco"));
     txtNome->setText(texto("nome"));
     visto_ = visto; // only now: what was shown in part isn't seen

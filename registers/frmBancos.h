@@ -29,6 +29,8 @@ private:
     void txtCodigo_LostFocus();
     void txtNome_Enter();
 
+    /// The key of the bank on show, "" for a new one, which the heading tells apart in words.
+    void mostrarChave(const QString& codigo);
     void limpar();
     void mostrarRegistro();
     void preencherLista();

@@ -3,6 +3,7 @@
 #include "controls/BusyCursor.h"
 #include "controls/ClearControls.h"
 #include "controls/MessageBox.h"
+#include "controls/ShowOnly.h"
 #include "controls/WindowList.h"
 #include "shell/Documento.h"
 #include "shell/Estrutura.h"
@@ -32,6 +33,8 @@ frmCliFor::frmCliFor() {
     definirCampos();
     definirPrompts();
     definirTeclas();
+    showOnly({txtCódigo});
+    tellsRecord(txtCódigo, "Código", txtNome);
     closesWith(cmdFechar);
     gotFocus(txtCGCCPF, &frmCliFor::txtCGCCPF_GotFocus);
     lostFocus(txtCGCCPF, &frmCliFor::txtCGCCPF_LostFocus);

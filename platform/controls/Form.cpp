@@ -201,6 +201,20 @@ bool Form::somethingTyped() const {
     });
 }
 
+void Form::tellsRecord(QLineEdit* key, const QString& word, QLineEdit* name) {
+    const auto tell = [this, key, word, name] {
+        QString record = key->text().isEmpty() ? QString("Novo") : word + " " + key->text();
+        if (name && !name->text().isEmpty())
+            record += ": " + name->text();
+        for (auto* strip : findChildren<HeadingStrip*>())
+            strip->setRecord(record);
+    };
+    connect(key, &QLineEdit::textChanged, this, tell);
+    if (name)
+        connect(name, &QLineEdit::textChanged, this, tell);
+    tell();
+}
+
 void Form::centre(std::optional<int> top) {
     ensurePolished();
     if (layout())

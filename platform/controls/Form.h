@@ -117,6 +117,10 @@ protected:
     /// lost. From then on Esc asks, before it closes the window, if the fields hold anything else.
     void nothingTyped();
 
+    /// From now on the heading strips say which record is on show: "Novo" while the box of its key
+    /// is empty, or else `word` and the key; and with `name` whose it is.
+    void tellsRecord(QLineEdit* key, const QString& word, QLineEdit* name = nullptr);
+
     /// Puts the window, with the frame that the desktop puts around it, in the middle of its
     /// screen; with `top`, so many pixels under the screen's upper edge. What the frame measures is
     /// told when the window is on show: until then it is taken to be as that of the window in

@@ -8,17 +8,24 @@
 #include <QLabel>
 
 HeadingStrip::HeadingStrip(QWidget* parent)
-    : QFrame(parent), picture_(new QLabel(this)), heading_(new QLabel(this)) {
+    : QFrame(parent), picture_(new QLabel(this)), heading_(new QLabel(this)),
+      shown_(new QLabel(this)) {
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::AlternateBase);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     heading_->setTextFormat(Qt::PlainText);
     heading_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    shown_->hide();
+    shown_->setObjectName("lblRegistro");
+    shown_->setTextFormat(Qt::PlainText);
+    shown_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    shown_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(12, 8, 12, 8);
     row->setSpacing(10);
     row->addWidget(picture_);
     row->addWidget(heading_);
+    row->addWidget(shown_, 1);
     refresh();
 }
 
@@ -27,6 +34,25 @@ QString HeadingStrip::text() const { return heading_->text(); }
 void HeadingStrip::setText(const QString& text) {
     heading_->setText(text);
     setAccessibleName(text);
+}
+
+void HeadingStrip::setRecord(const QString& record) {
+    record_ = record;
+    shown_->setVisible(!record.isEmpty());
+    layout()->activate();
+    showRecord();
+}
+
+void HeadingStrip::showRecord() {
+    const QString room = shown_->fontMetrics().elidedText(record_, Qt::ElideRight, shown_->width());
+    shown_->setText(room);
+    shown_->setToolTip(room == record_ ? QString() : record_);
+}
+
+void HeadingStrip::resizeEvent(QResizeEvent* event) {
+    QFrame::resizeEvent(event);
+    layout()->activate();
+    showRecord();
 }
 
 void HeadingStrip::setIconName(const QString& name) {

@@ -2,6 +2,7 @@
 
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLocCHTerceiros.h"
+#include "controls/HeadingStrip.h"
 #include "shell/Mirtal.h"
 #include "support/FormChecks.h"
 #include "support/ShopTest.h"
@@ -140,8 +141,10 @@ TEST_P(Renegotiation, OnlyRateAndNewDateAreForTyping) {
     auto& form = open<FrmRenegociar>();
     find(form, "1");
     const std::string before = shown(form);
-    for (const char* box : {"txtlancamento", "txtnome", "txtnumero", "txtdata", "txtvalor",
-                            "txtbom_para", "txtvl_juros", "txtnovo_valor"}) {
+    EXPECT_FALSE(control(form, "txtlancamento").isVisible());
+    EXPECT_EQ(control<HeadingStrip>(form, "Label10").record(), "Lançamento 1");
+    for (const char* box : {"txtnome", "txtnumero", "txtdata", "txtvalor", "txtbom_para",
+                            "txtvl_juros", "txtnovo_valor"}) {
         type(form, box, "7");
         press(Qt::Key_Up);
         press(Qt::Key_Delete);

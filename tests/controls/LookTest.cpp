@@ -148,6 +148,26 @@ TEST_F(Look, AHeadingShowsItsTextAsItStands) {
     EXPECT_TRUE(pictured);
 }
 
+TEST_F(Look, AHeadingSaysWhichRecordIsOnShowAsFarAsThereIsRoom) {
+    HeadingStrip strip;
+    strip.setText("Informações cadastrais de clientes ");
+    strip.resize(800, 40);
+    strip.show();
+    auto* shown = strip.findChild<QLabel*>("lblRegistro");
+    EXPECT_EQ(shown->text(), "");
+    const QString record = "Código 12: " + QString("Ana Maria ").repeated(40);
+    strip.setRecord("Novo");
+    EXPECT_EQ(shown->text(), "Novo");
+    EXPECT_EQ(shown->toolTip(), "");
+    strip.setRecord(record);
+    EXPECT_EQ(strip.width(), 800);
+    EXPECT_TRUE(shown->text().endsWith("…")) << shown->text().toStdString();
+    EXPECT_EQ(shown->toolTip(), record);
+    const auto before = shown->text().size();
+    strip.resize(1200, 40);
+    EXPECT_GT(shown->text().size(), before);
+}
+
 TEST_F(Look, AFootMakesItsButtonsEquallyLarge) {
     Foot foot;
     auto* row = new QHBoxLayout(&foot);
