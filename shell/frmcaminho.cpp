@@ -37,6 +37,8 @@ void frmcaminho::Form_Load() {
     posicionar();
     const QString& pasta = Mirtal::DatabaseFolder;
     Drive1->setDriveOf(pasta.isEmpty() ? QDir::currentPath() : pasta);
+    if (!pasta.isEmpty())
+        Dir1->setPath(pasta);
     txtcaminho->setText(pasta);
     nothingTyped();
 }

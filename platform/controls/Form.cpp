@@ -1,5 +1,6 @@
 #include "controls/Form.h"
 
+#include "controls/FieldGrid.h"
 #include "controls/HeadingStrip.h"
 #include "controls/Icons.h"
 #include "controls/KeyHabits.h"
@@ -78,6 +79,7 @@ bool Form::load() {
     loaded_ = true;
     Icons::applyTo(*this);
     nameByLabels(*this);
+    arrangeFields(*this);
     if (const auto* heading = findChild<HeadingStrip*>())
         setWindowIcon(Icons::named(heading->iconName()));
     for (auto* control : findChildren<QWidget*>())

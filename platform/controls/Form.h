@@ -28,8 +28,8 @@ class QShortcutEvent;
 ///
 /// Before Form_Load the window dresses itself: buttons get the icons they name (see Icons.h), the
 /// window that of its HeadingStrip, and each control the accessible name of the label whose buddy
-/// it is. Enter presses the button that has the focus and no other, and no other looks as if. Held
-/// down, a key presses none at all (see KeyHabits.h).
+/// it is, and the fields stand as FieldGrid.h says. Enter presses the button that has the focus and
+/// no other, and no other looks as if. Held down, a key presses none at all (see KeyHabits.h).
 ///
 /// Handlers are plain private member functions connected with on(), gotFocus() and lostFocus() in
 /// the constructor, after setupUi(). None may let an exception out; the guard catches it.

@@ -4,6 +4,10 @@
 #include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "collections/FrmRenegociar.h"
+#include "controls/ActiveText.h"
+#include "controls/DatePicker.h"
+#include "controls/HeadingStrip.h"
+#include "controls/MoneyEdit.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
@@ -24,6 +28,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QSettings>
+#include <QTabWidget>
 #include <QTemporaryDir>
 #include <QToolBar>
 
@@ -113,6 +118,159 @@ TEST_F(EveryWindow, HasAccessKeysThatDoNotCollide) {
                                << nameOf(*widget);
         }
     }
+}
+
+/// Short ones by kind, or because what goes in is short.
+bool isShortField(const QWidget& widget) {
+    static const QStringList kShort = {"txtagencia", "txtnumero", "txtCodigo",  "txtCódigo",
+                                       "txtCGCCPF",  "txtCpf",    "txtcheques", "txttotal",
+                                       "cmbEstado",  "cboVender", "cmbordem",   "txtInscriçãoRG"};
+    return qobject_cast<const DatePicker*>(&widget) || qobject_cast<const MoneyEdit*>(&widget) ||
+           qobject_cast<const ActiveText*>(&widget) || kShort.contains(widget.objectName());
+}
+
+bool isNameField(const QWidget& widget) {
+    static const QStringList kNames = {
+        "txtNome",       "txtnome",    "txtcliente",  "txtbanco",    "txtautorizou",
+        "txtobservacao", "txtEmpresa", "txtEndereço", "txtBairro",   "txtCidade",
+        "txtEMailCli",   "txtPai",     "txtcaminho",  "txtpesquisar"};
+    return kNames.contains(widget.objectName());
+}
+
+TEST_F(EveryWindow, MadeLargerGivesItsRoomToNamesAndNoneToShortFields) {
+    for (QWidget* window : windows()) {
+        auto* form = qobject_cast<Form*>(window);
+        if (!form)
+            continue;
+        form->show();
+        // Whole: a new window isn't wider than two thirds of the screen, which is small here.
+        form->resize(form->size().expandedTo(form->sizeHint()));
+        QApplication::processEvents();
+        std::map<QWidget*, int> before;
+        for (QWidget* field : form->findChildren<QWidget*>())
+            if (field->isVisible() && (isShortField(*field) || isNameField(*field)))
+                before[field] = field->width();
+        form->resize(1366, 740);
+        QApplication::processEvents();
+        for (const auto& [field, width] : before) {
+            if (isShortField(*field))
+                EXPECT_EQ(field->width(), width) << nameOf(*field);
+            else
+                EXPECT_GT(field->width(), width) << nameOf(*field);
+        }
+    }
+}
+
+// Of what begins at one line and is short, and of what reaches to the right edge.
+TEST_F(EveryWindow, HasItsFieldsEndAtOneLine) {
+    for (QWidget* window : windows()) {
+        auto* form = qobject_cast<Form*>(window);
+        if (!form)
+            continue;
+        form->show();
+        form->resize(form->size().expandedTo(form->sizeHint()));
+        QApplication::processEvents();
+        std::map<int, std::pair<int, std::string>> ends;
+        for (QWidget* field : form->findChildren<QWidget*>()) {
+            if (!field->isVisible() || !isShortField(*field) || field->objectName() == "cmbordem")
+                continue;
+            const int left = field->mapTo(form, QPoint()).x();
+            const auto [first, fresh] =
+                ends.emplace(left, std::pair(left + field->width(), nameOf(*field)));
+            EXPECT_EQ(first->second.first, left + field->width())
+                << first->second.second << " and " << nameOf(*field);
+        }
+    }
+}
+
+TEST_F(EveryWindow, WithoutAListKeepsItsFieldsTogetherAtTheTop) {
+    auto& form = open<FrmFiltroRelat>();
+    form.resize(1366, 740);
+    QApplication::processEvents();
+    const auto top = [&](const char* name) {
+        return control(form, name).mapTo(&form, QPoint()).y();
+    };
+    EXPECT_LE(top("txtbanco") - top("txtcliente"), 2 * control(form, "txtcliente").height());
+    EXPECT_LE(top("cmbordem") - top("txtcliente"), 6 * control(form, "txtcliente").height());
+}
+
+class EveryWindowOfRecords : public EveryWindow {
+protected:
+    void SetUp() override {
+        EveryWindow::SetUp();
+        given("cliente_fornecedor", {
+                                        {{"nome", words("Ana")}, {"tipo", yes(true)}}
+        });
+        given("bancos", {
+                            {{"cod_banco", number(341)}, {"nome", words("Caixa")}}
+        });
+        for (const char* table : {"cheques", "semfundos"})
+            given(table, {
+                             {{"numero", words("77")},
+                              {"cliente", number(1)},
+                              {"banco", number(1)},
+                              {"valor", jet::Currency{10'000}}}
+            });
+    }
+
+    /// What each heading strip of the window says of the record, one text if they agree.
+    static QString record(const Form& form) {
+        QStringList said;
+        for (const auto* strip : form.findChildren<HeadingStrip*>())
+            said += strip->record();
+        said.removeDuplicates();
+        return said.join(" / ");
+    }
+};
+
+TEST_F(EveryWindowOfRecords, SaysInItsHeadingWhetherItIsNewOrStored) {
+    const struct {
+        Form* form;
+        const char* command;
+        QString stored;
+    } windows[] = {
+        {&frmBancos::instance(),        "cmdNovo", "Cadastrado"    },
+        {&frmCliFor::instance(),        "cmdNovo", "Código 1: Ana"},
+        {&FrmLancarCheques::instance(), "CmdNovo", "Lançamento 1" },
+        {&FrmLancasSFundos::instance(), "CmdNovo", "Lançamento 1" },
+    };
+    for (const auto& [form, command, stored] : windows) {
+        form->show();
+        activate(*form);
+        click(*form, "btnNavegacao", 0);
+        EXPECT_EQ(record(*form), stored);
+        click(*form, command);
+        EXPECT_EQ(record(*form), "Novo") << form->objectName().toStdString();
+        click(*form, "btnNavegacao", 0);
+        EXPECT_EQ(record(*form), stored);
+        form->unload();
+    }
+}
+
+TEST_F(EveryWindowOfRecords, TheClientsOtherTabsShowWhoseTheyAre) {
+    auto& form = open<frmCliFor>();
+    auto& tabs = control<QTabWidget>(form, "tabCliFor");
+    for (int tab = 0; tab < tabs.count(); ++tab) {
+        tabs.setCurrentIndex(tab);
+        QStringList shown;
+        for (const auto* strip : form.findChildren<HeadingStrip*>())
+            if (strip->isVisible())
+                shown += strip->findChild<QLabel*>("lblRegistro")->text();
+        EXPECT_EQ(shown, QStringList("Código 1: Ana")) << tab;
+    }
+    click(form, "cmdNovo");
+    type("Bento");
+    EXPECT_EQ(record(form), "Novo: Bento");
+}
+
+TEST_F(EveryWindowOfRecords, TheClientsCodeLooksAsWhatIsOnlyShownElsewhere) {
+    auto& client = open<frmCliFor>();
+    const auto& code = control<QLineEdit>(client, "txtCódigo");
+    const auto& shown = control<QLineEdit>(open<FrmConsultaCH>(), "txtCpf");
+    EXPECT_TRUE(code.isReadOnly());
+    EXPECT_EQ(code.palette().brush(QPalette::Base), shown.palette().brush(QPalette::Base));
+    EXPECT_NE(code.palette().brush(QPalette::Base),
+              control(client, "txtNome").palette().brush(QPalette::Base));
 }
 
 TEST_F(EveryWindow, ShowsItsTextsWholeAtOneOneAndAHalfAndTwiceTheSize) {

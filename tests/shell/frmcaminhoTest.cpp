@@ -79,6 +79,10 @@ TEST_F(FolderChooser, SaysWhatItIs) {
     EXPECT_EQ(text(form, "Label3"), "Informações do caminho da base de dados");
     EXPECT_EQ(text(form, "Label1"), "Arvore de  Diretorios:");
     EXPECT_EQ(text(form, "Label2"), "Caminho do Arquivo:");
+    EXPECT_EQ(control<QLabel>(form, "Label4").buddy(), &control(form, "Drive1"));
+    EXPECT_EQ(text(form, "Label4").remove('&'), "Unidade:");
+    EXPECT_EQ(control<QLabel>(form, "Label5").buddy(), &control(form, "File1"));
+    EXPECT_EQ(text(form, "Label5").remove('&'), "Arquivos:");
     EXPECT_EQ(text(form, "cmdemitir"), "&Salvar");
     EXPECT_EQ(text(form, "cmdcancelar"), "&Limpar");
     EXPECT_EQ(text(form, "cmdsair"), "Sai&r");
@@ -97,8 +101,8 @@ TEST_F(FolderChooser, OpensOnTheFolderInUseAndItsDrive) {
     auto& form = open<frmcaminho>();
     EXPECT_EQ(text(form, "txtcaminho"), shop());
     EXPECT_EQ(control<DriveList>(form, "Drive1").drive(), QDir::homePath());
-    EXPECT_EQ(control<FolderTree>(form, "Dir1").path(), QDir::homePath());
-    EXPECT_EQ(files(form).path(), QDir::homePath());
+    EXPECT_EQ(control<FolderTree>(form, "Dir1").path(), shop());
+    EXPECT_EQ(files(form).path(), shop());
     EXPECT_EQ(focus(), "Drive1");
 }
 

@@ -1,0 +1,46 @@
+#include "controls/FieldGrid.h"
+
+#include <QComboBox>
+#include <QGridLayout>
+#include <QLineEdit>
+
+#include <algorithm>
+#include <map>
+#include <vector>
+
+namespace {
+
+bool isShort(const QLayoutItem& item, const QWidget& widget) {
+    const bool field = qobject_cast<const QLineEdit*>(&widget) != nullptr ||
+                       qobject_cast<const QComboBox*>(&widget) != nullptr;
+    return field && ((item.alignment() & Qt::AlignLeft) ||
+                     widget.sizePolicy().horizontalPolicy() == QSizePolicy::Fixed);
+}
+
+void alignEnds(const QGridLayout& grid) {
+    std::map<int, std::vector<QWidget*>> columns;
+    for (int i = 0; i < grid.count(); ++i) {
+        int row = 0, column = 0, rows = 0, width = 0;
+        grid.getItemPosition(i, &row, &column, &rows, &width);
+        QWidget* widget = grid.itemAt(i)->widget();
+        if (widget && width == 1 && isShort(*grid.itemAt(i), *widget))
+            columns[column].push_back(widget);
+    }
+    for (const auto& [column, fields] : columns) {
+        int widest = 0;
+        for (const QWidget* field : fields)
+            widest = std::max(widest, field->sizeHint().width());
+        for (QWidget* field : fields)
+            field->setMinimumWidth(widest);
+    }
+}
+
+} // namespace
+
+void arrangeFields(const QWidget& window) {
+    for (auto* grid : window.findChildren<QGridLayout*>()) {
+        alignEnds(*grid);
+        if (!(grid->expandingDirections() & Qt::Vertical))
+            grid->setRowStretch(grid->rowCount(), 1);
+    }
+}
