@@ -21,11 +21,13 @@
 #include <QStatusBar>
 #include <QToolBar>
 #include <QToolButton>
+#include <QWindow>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <utility>
+#include <vector>
 
 using namespace std::chrono_literals;
 
@@ -259,9 +261,23 @@ void MDICheques::mostrarDentro(QWidget& janela) {
         quadro = static_cast<AreaDeTrabalho*>(centralWidget())->addSubWindow(&janela);
     quadro->setWindowIcon(janela.windowIcon());
     quadro->showMaximized();
+    virParaFrente();
+    janela.setFocus();
+}
+
+// Windows that stand in front of this one count as parts of it: from them Qt would take the focus
+// without asking the window manager, who gives it back. While asking they are on their own.
+void MDICheques::virParaFrente() {
+    std::vector<QWindow*> diante;
+    for (QWindow* outra : QGuiApplication::topLevelWindows())
+        if (outra->transientParent() == windowHandle())
+            diante.push_back(outra);
+    for (QWindow* outra : diante)
+        outra->setTransientParent(nullptr);
     raise();
     activateWindow();
-    janela.setFocus();
+    for (QWindow* outra : diante)
+        outra->setTransientParent(windowHandle());
 }
 
 void MDICheques::cuidarDaCopia() {

@@ -60,6 +60,7 @@ private:
     void montarFerramentas();
     void montarBarra();
     QToolButton* montarAviso(const char* nome, const char* texto, const char* imagem);
+    void virParaFrente();
     void lembrarLugar();
     void executar(const Comandos::Comando* comando);
     void Toolbar1_ButtonClick(const QString& chave);

@@ -224,7 +224,8 @@ void Form::centre(std::optional<int> top) {
     if (!testAttribute(Qt::WA_Resized))
         adjustSize();
     const QWidget* owner = QApplication::activeWindow();
-    place_ = Place{frameOf(isVisible() || !owner ? *this : *owner), top};
+    const bool frameless = windowFlags() & Qt::FramelessWindowHint;
+    place_ = Place{frameOf(isVisible() || frameless || !owner ? *this : *owner), top};
     place();
 }
 
