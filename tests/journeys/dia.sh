@@ -44,6 +44,8 @@ register_the_bank() {
     back_to_the_main_window
 }
 
+client_is_stored() { [ -n "$(rows cliente_fornecedor)" ]; }
+
 register_the_client() {
     keys alt+a c
     until_window "Cadastro Cliente"
@@ -57,7 +59,7 @@ register_the_client() {
     xdotool keyup Return
     [ -z "$(rows cliente_fornecedor)" ] || fail "a key held down saved the client"
     keys Return
-    until_true "the client" test -n "$(rows cliente_fornecedor)"
+    until_true "the client" client_is_stored
     back_to_the_main_window
 }
 
