@@ -159,7 +159,10 @@ ask_for_the_report() {
     keys alt+r c
     until_window "Relatório de Cheques Recebidos"
     keys alt+i
-    keys Escape              # the filter has stayed in front
+    until_window "Valtrino - [Relatório de Cheques]"
+    keys alt+r c             # the filter has stayed above the report
+    until_window "Relatório de Cheques Recebidos"
+    keys Escape
     until_window "Valtrino - [Relatório de Cheques]"
 }
 

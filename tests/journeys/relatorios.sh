@@ -326,6 +326,9 @@ report() {
     rm -f "$base".* "$base"-impresso.pdf
     ask "$@"
     until_window "Valtrino - [$title]"
+    open_filter "$title"     # it has stayed above the report
+    keys Escape
+    until_window "Valtrino - [$title]"
     picture frmRel_ChequesSF active
     save ctrl+shift+e "Salvar como CSV" "$base.csv"
     save ctrl+shift+s "Salvar como planilha" "$base.xlsx"
