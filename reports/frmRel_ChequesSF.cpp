@@ -12,7 +12,9 @@
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
+#include <QApplication>
 #include <QCloseEvent>
+#include <QMdiSubWindow>
 #include <QScopedValueRollback>
 #include <QVBoxLayout>
 
@@ -39,6 +41,7 @@ frmRel_ChequesSF::frmRel_ChequesSF() : previsao_(std::make_unique<ReportPreview>
                    &frmRel_ChequesSF::Relatorio_Recomeco);
     connectGuarded(&relatorio_, &Relatorio::error, this, &frmRel_ChequesSF::Relatorio_Erro);
     connectGuarded(previsao_.get(), &ReportPreview::againAsked, this, &frmRel_ChequesSF::repetir);
+    connectGuarded(previsao_.get(), &ReportPreview::closeAsked, this, &frmRel_ChequesSF::sair);
 
     auto* janela = new QVBoxLayout(this);
     janela->setContentsMargins(0, 0, 0, 0);
@@ -57,6 +60,9 @@ void frmRel_ChequesSF::aoMostrar(std::function<void(QWidget&)> mostrar) {
 }
 
 void frmRel_ChequesSF::imprimir(const Relatorios::Escolha& escolha) {
+    // Before the wait window comes and goes.
+    if (QWidget* foco = QApplication::focusWidget(); foco && !isAncestorOf(foco))
+        antes_ = foco;
     if (!iniciar(escolha)) {
         // Said when the wait window has gone.
         if (erro_)
@@ -126,9 +132,18 @@ void frmRel_ChequesSF::Relatorio_Erro(qint32 codigo) {
         Mirtal::erroDeRelatorio(codigo, "");
 }
 
+void frmRel_ChequesSF::sair() {
+    QWidget* quadro = qobject_cast<QMdiSubWindow*>(parentWidget());
+    (quadro ? quadro : this)->close();
+}
+
 // The rows of a large report aren't kept for a window that nobody sees.
 void frmRel_ChequesSF::closeEvent(QCloseEvent* event) {
     event->accept();
     if (WindowList::instance().retire(*this))
         deleteLater();
+    if (antes_ && antes_->isVisible() && antes_->isEnabled()) {
+        antes_->window()->activateWindow();
+        antes_->setFocus();
+    }
 }

@@ -4,6 +4,7 @@
 #include "print/Relatorio.h"
 #include "reports/Relatorios.h"
 
+#include <QPointer>
 #include <QWidget>
 
 #include <functional>
@@ -31,6 +32,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void sair();
     bool iniciar(const Relatorios::Escolha& escolha);
     void repetir();
     void Relatorio_Campo(const QString& nome, ReportValue& valor);
@@ -49,4 +51,5 @@ private:
     /// The error of a report that is being begun: told when the wait window has gone.
     std::optional<qint32> erro_;
     bool iniciando_ = false;
+    QPointer<QWidget> antes_; ///< had the focus when the report was asked for, and gets it back
 };

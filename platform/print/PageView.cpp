@@ -1,5 +1,7 @@
 #include "print/PageView.h"
 
+#include "print/PageMouse.h"
+
 #include <QEvent>
 #include <QPainter>
 #include <QResizeEvent>
@@ -19,11 +21,12 @@ constexpr qreal kMmPerInch = 25.4;
 const QColor kHit(0xff, 0xe0, 0x66);
 const QColor kCurrentHit(0xff, 0xa8, 0x3d);
 const QColor kCurrentFrame(0x8a, 0x3c, 0x00);
+const QColor kMarked(0xb4, 0xd5, 0xfe);
 
 } // namespace
 
 PageView::PageView(Relatorio& report, QWidget* parent)
-    : QAbstractScrollArea(parent), report_(report) {
+    : QAbstractScrollArea(parent), report_(report), selection_(report) {
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName("Páginas do relatório");
@@ -31,6 +34,7 @@ PageView::PageView(Relatorio& report, QWidget* parent)
     viewport()->setAutoFillBackground(true);
     horizontalScrollBar()->setSingleStep(kLine);
     verticalScrollBar()->setSingleStep(kLine);
+    new PageMouse(*this);
     connect(&report_, &Relatorio::began, this, &PageView::reset);
     connect(&report_, &Relatorio::rowsTaken, this, &PageView::rowsCame);
     connect(&report_, &Relatorio::rowsReplaced, this, &PageView::rowsReplaced);
@@ -55,8 +59,23 @@ QRect PageView::pageRect(int page) const {
     return {QPoint(left, top), size};
 }
 
+std::optional<TextSelection::Point> PageView::pointAt(QPoint point) const {
+    if (pages_ == 0)
+        return std::nullopt;
+    const int pitch = pageSize().height() + kGap;
+    const int page = std::clamp((verticalScrollBar()->value() + point.y()) / pitch + 1, 1, pages_);
+    const QPointF inDots = point - pageRect(page).topLeft();
+    return TextSelection::Point{page, inDots / dotsPerInch() * kMmPerInch};
+}
+
+void PageView::markAll() {
+    selection_.markAll();
+    viewport()->update();
+}
+
 void PageView::reset() {
     text_.clear();
+    selection_.clear();
     hit_.reset();
     pages_ = report_.pageCount();
     refit();
@@ -67,10 +86,13 @@ void PageView::reset() {
 
 void PageView::rowsCame() {
     const int pages = report_.pageCount();
-    // The page that was the last has filled up or got its footer.
-    if (pages_ > 0 && pageRect(pages_).intersects(viewport()->rect()))
+    // The page that was the last has filled up, or gave rows to the one with the footer.
+    const bool ended = report_.state() != RowsState::coming;
+    if (ended || (pages_ > 0 && pageRect(pages_).intersects(viewport()->rect())))
         viewport()->update();
-    if (pages != pages_ || report_.state() != RowsState::coming) {
+    if (ended && !selection_.isAll())
+        selection_.clear();
+    if (pages != pages_ || ended) {
         pages_ = pages;
         updateRanges();
         emit pageChanged();
@@ -80,6 +102,7 @@ void PageView::rowsCame() {
 /// The operator stays on the page, or on the last, if there are fewer now.
 void PageView::rowsReplaced() {
     hit_.reset();
+    selection_.clear();
     pages_ = report_.pageCount();
     updateRanges();
     if (page_ > pages_)
@@ -91,7 +114,7 @@ void PageView::updateRanges() {
     const QSize size = pageSize();
     const QSize room = viewport()->size();
     const QScopedValueRollback going(going_, true);
-    verticalScrollBar()->setPageStep(room.height());
+    verticalScrollBar()->setPageStep(seenAtOnce());
     verticalScrollBar()->setRange(
         0, std::max(0, kGap + pages_ * (size.height() + kGap) - room.height()));
     horizontalScrollBar()->setPageStep(room.width());
@@ -104,6 +127,38 @@ void PageView::goToPage(int page) {
     {
         const QScopedValueRollback going(going_, true);
         verticalScrollBar()->setValue((page_ - 1) * (pageSize().height() + kGap));
+    }
+    emit pageChanged();
+}
+
+int PageView::seenAtOnce() const {
+    const int pitch = pageSize().height() + kGap;
+    const int whole = (viewport()->height() - kGap) / pitch;
+    return whole > 0 ? whole * pitch : std::max(kLine, viewport()->height() - kLine);
+}
+
+void PageView::turn(int times) {
+    verticalScrollBar()->setValue(verticalScrollBar()->value() + times * seenAtOnce());
+}
+
+/// Where the scroll bar stands when the last page is seen from its top, or as far down as its last
+/// text needs.
+int PageView::endOfText() const {
+    if (pages_ == 0)
+        return 0;
+    const qreal foot = report_.textsOf(pages_).back().place().bottom() / kMmPerInch * dotsPerInch();
+    const int top = (pages_ - 1) * (pageSize().height() + kGap);
+    const int needed = top + kGap + qRound(foot) + kLine - viewport()->height();
+    return std::min(std::max(top, needed), verticalScrollBar()->maximum());
+}
+
+bool PageView::isAtEnd() const { return verticalScrollBar()->value() >= endOfText(); }
+
+void PageView::goToEnd() {
+    goToPage(pages_);
+    {
+        const QScopedValueRollback going(going_, true);
+        verticalScrollBar()->setValue(endOfText());
     }
     emit pageChanged();
 }
@@ -235,7 +290,16 @@ void PageView::paintOne(QPainter& painter, int page) {
     painter.save();
     painter.setClipRect(rect, Qt::IntersectClip);
     painter.translate(rect.topLeft());
+    paintMarks(painter, page);
+    report_.paintPage(painter, page, dotsPerInch());
+    painter.restore();
+}
+
+/// Under the texts.
+void PageView::paintMarks(QPainter& painter, int page) const {
     const qreal dots = dotsPerInch() / kMmPerInch;
+    for (const QRectF& place : selection_.placesOn(page))
+        painter.fillRect(QRectF(place.topLeft() * dots, place.size() * dots), kMarked);
     for (const ReportHit& hit : hitsOnPage(report_, text_, page)) {
         const bool isCurrent = hit_ && hit_->row == hit.row && hit_->field == hit.field;
         const QRectF place = hitRect(hit);
@@ -245,6 +309,4 @@ void PageView::paintOne(QPainter& painter, int page) {
         painter.drawRect(QRectF(place.topLeft() * dots, place.size() * dots));
     }
     painter.setBrush(Qt::NoBrush);
-    report_.paintPage(painter, page, dotsPerInch());
-    painter.restore();
 }

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "print/ReportSearch.h"
+#include "print/TextSelection.h"
 
 #include <QAbstractScrollArea>
 
 /// The pages of a report below each other on a grey ground, white whatever the program's colours.
 /// Each is painted from its rows when it is seen, and marked where it shows the text looked for.
+/// The mouse moves them and marks their texts (PageMouse).
 class PageView final : public QAbstractScrollArea {
     Q_OBJECT
 public:
@@ -20,6 +22,12 @@ public:
     [[nodiscard]] int page() const noexcept { return page_; }
     /// Shows a page from its top; one that isn't there, the nearest that is.
     void goToPage(int page);
+    void goToStart() { goToPage(1); }
+    /// To where the last page's last text is seen: the total.
+    void goToEnd();
+    [[nodiscard]] bool isAtEnd() const;
+    /// On by what is seen, or back: by whole pages where the window shows one, else all but a line.
+    void turn(int times);
 
     /// 100 % is the size on paper.
     void setZoom(int percent);
@@ -34,6 +42,11 @@ public:
 
     /// Where a page stands on the viewport, which need not show it.
     [[nodiscard]] QRect pageRect(int page) const;
+    /// The place on the nearest page of a point of the viewport; nothing where there are no pages.
+    [[nodiscard]] std::optional<TextSelection::Point> pointAt(QPoint point) const;
+
+    [[nodiscard]] TextSelection& selection() noexcept { return selection_; }
+    void markAll();
 
     [[nodiscard]] QSize sizeHint() const override;
 
@@ -56,6 +69,9 @@ private:
     [[nodiscard]] QSize pageSize() const;
     [[nodiscard]] QRectF hitRect(const ReportHit& hit) const;
     void paintOne(QPainter& painter, int page);
+    void paintMarks(QPainter& painter, int page) const;
+    [[nodiscard]] int seenAtOnce() const;
+    [[nodiscard]] int endOfText() const;
     void reset();
     void rowsCame();
     void rowsReplaced();
@@ -72,4 +88,5 @@ private:
     bool going_ = false; ///< to a page: scrolling there doesn't choose another
     QString text_;
     std::optional<ReportHit> hit_;
+    TextSelection selection_;
 };

@@ -147,7 +147,7 @@ public:
 
         [[nodiscard]] QRectF place() const { return field->place.translated(corner); }
     };
-    /// All texts of a page that aren't empty, in the order of reading.
+    /// All texts of a page, the empty ones too, in the order of reading.
     [[nodiscard]] std::vector<Text> textsOf(int page);
     /// Where it shows `length` characters from `start` on, as above.
     [[nodiscard]] QRectF placeOf(const Text& text, qsizetype start, qsizetype length) const;

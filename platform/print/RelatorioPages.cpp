@@ -168,8 +168,7 @@ std::vector<Relatorio::Text> Relatorio::textsOf(int page) {
     std::vector<Text> texts;
     QPointF corner = layout.body().topLeft();
     const auto add = [&](const QString& text, const ReportField& field, bool repeated) {
-        if (!text.isEmpty())
-            texts.push_back({text, &field, corner, repeated});
+        texts.push_back({text, &field, corner, repeated});
     };
     for (const ReportBand* band : {&layout.pageHeader, &layout.columnHeadings}) {
         for (const ReportField& field : band->fields)

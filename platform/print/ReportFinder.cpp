@@ -19,10 +19,11 @@ ReportFinder::ReportFinder(Relatorio& report, PageView& view, QWidget* parent)
     setObjectName("find");
     setAccessibleName("Localizar");
     setPlaceholderText("Localizar");
-    setToolTip("Localizar nas linhas do relatório (Ctrl+F)");
+    setToolTip("Localizar nas linhas e no total do relatório (Ctrl+F)");
     setClearButtonEnabled(true);
     setMaximumWidth(fontMetrics().averageCharWidth() * kWidth);
     connectGuarded(this, &QLineEdit::textChanged, this, &ReportFinder::changed);
+    connectGuarded(&report_, &Relatorio::rowsReplaced, this, &ReportFinder::forget);
     const auto addKeys = [this](const QList<QKeySequence>& keys, void (ReportFinder::*handler)()) {
         auto* action = new QAction(this);
         action->setShortcuts(keys);
@@ -47,7 +48,24 @@ void ReportFinder::leave() {
 
 void ReportFinder::changed() {
     view_.mark(text(), std::nullopt);
+    forget();
     emit said("");
+}
+
+void ReportFinder::forget() {
+    count_.reset();
+    emit counted("");
+}
+
+/// Hits follow each other: only the first one's place among them takes a look at all rows.
+void ReportFinder::count(const ReportHit& hit, SearchDirection direction,
+                         const ReportProgress& progress) {
+    if (!count_)
+        count_ = countHits(report_, text(), hit, progress);
+    else if (direction == SearchDirection::forward)
+        count_->until = count_->until % count_->all + 1;
+    else
+        count_->until = count_->until == 1 ? count_->all : count_->until - 1;
 }
 
 void ReportFinder::findNext() { find(SearchDirection::forward); }
@@ -58,11 +76,16 @@ void ReportFinder::find(SearchDirection direction) {
         return enter();
     const SearchResult result = [&] {
         ProgressWindow progress(window(), "Procurando no relatório", "linha", patienceMs_);
-        return findText(report_, text(), direction, view_.hit(), report_.rowsOf(view_.page()).first,
-                        std::ref(progress));
+        const SearchResult found = findText(report_, text(), direction, view_.hit(),
+                                            report_.rowsOf(view_.page()).first, std::ref(progress));
+        if (found.hit)
+            count(*found.hit, direction, std::ref(progress));
+        return found;
     }();
     if (result.hit)
         view_.mark(text(), result.hit);
+    if (count_)
+        emit counted(QString("%1 de %2").arg(formatCount(count_->until), formatCount(count_->all)));
     if (result.cancelled)
         emit said("A busca foi cancelada.");
     else if (!result.hit && report_.state() == RowsState::failed)

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "print/ReportSearch.h"
+
 #include <QLineEdit>
 
 class PageView;
-class Relatorio;
-enum class SearchDirection : unsigned char;
 
 /// The box in which a text is looked for in a report on show: marked on its pages as it is typed,
-/// gone through by Enter and Shift+Enter. Esc empties it.
+/// gone through by Enter and Shift+Enter, counted with the first of them. Esc empties it.
 class ReportFinder final : public QLineEdit {
     Q_OBJECT
 public:
@@ -23,13 +23,18 @@ public:
 signals:
     /// What the search has come to; "" if there is nothing to say.
     void said(const QString& text);
+    /// Which hit of how many is on show, as "2 de 15"; "" for none.
+    void counted(const QString& text);
 
 private:
     void leave();
     void changed();
     void find(SearchDirection direction);
+    void count(const ReportHit& hit, SearchDirection direction, const ReportProgress& progress);
+    void forget();
 
     Relatorio& report_;
     PageView& view_;
+    std::optional<HitCount> count_; ///< of the hit on show
     int patienceMs_ = 1000;
 };

@@ -1,53 +1,43 @@
 #include "print/ReportPreview.h"
 
 #include "controls/Failure.h"
-#include "controls/Icons.h"
 #include "print/FailureNotice.h"
 #include "print/PageView.h"
 #include "print/ProgressWindow.h"
 #include "print/ReportFinder.h"
 #include "print/ReportOutput.h"
+#include "print/ToolStrip.h"
 #include "print/ZoomBox.h"
 
-#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QToolBar>
-#include <QToolButton>
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <array>
-
-namespace {
-
-constexpr QSize kIconSize(20, 20);
-
-} // namespace
-
-struct ReportPreview::Tool {
-    const char* name; ///< and icon
-    const char* text; ///< beside the icon; "" for none
-    const char* tip;
-    const char* key;
-    Work work;
-};
+#include <functional>
 
 ReportPreview::ReportPreview(Relatorio& report, QWidget* parent)
     : QWidget(parent), report_(report), view_(new PageView(report, this)),
-      output_(new ReportOutput(report, *this)), find_(new ReportFinder(report, *view_, this)),
-      zoom_(new ZoomBox(*view_, this)) {
+      output_(new ReportOutput(report, *this)), tools_(new ToolStrip(*this, *view_)) {
     auto* notice = new FailureNotice(report, this);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    column->addWidget(makeTools());
+    column->addWidget(tools_);
     column->addWidget(notice);
     column->addWidget(view_, 1);
     column->addWidget(makeFoot());
+    addTools();
     view_->setObjectName("pages");
     setFocusProxy(view_);
     connectGuarded(view_, &PageView::pageChanged, this, &ReportPreview::showPage);
+    connectGuarded(view_->verticalScrollBar(), &QScrollBar::valueChanged, this,
+                   &ReportPreview::showSteps);
     connectGuarded(output_, &ReportOutput::said, this, &ReportPreview::say);
     connectGuarded(find_, &ReportFinder::textChanged, this, &ReportPreview::textChanged);
     connectGuarded(find_, &ReportFinder::said, this, &ReportPreview::say);
@@ -57,89 +47,65 @@ ReportPreview::ReportPreview(Relatorio& report, QWidget* parent)
     began();
 }
 
-QToolBar* ReportPreview::makeTools() {
-    const std::array out = {
-        Tool{"print", "Imprimir", "Imprimir",                       "Ctrl+P",       [this] { output_->print(page()); }},
-        Tool{"pdf",   "PDF",      "Salvar como PDF",                "Ctrl+S",       [this] { output_->savePdfFile(); }},
-        Tool{"xlsx",  "Planilha", "Salvar as linhas como planilha", "Ctrl+Shift+S",
-             [this] { output_->saveXlsxFile(); }                                                                      },
-        Tool{"csv",   "CSV",      "Salvar as linhas como CSV",      "Ctrl+Shift+E",
-             [this] { output_->saveCsvFile(); }                                                                       },
-    };
-    const std::array back = {
-        Tool{"first",    "", "Primeira página", "Ctrl+Home", [this] { goToPage(1); }         },
-        Tool{"previous", "", "Página anterior", "PgUp",      [this] { goToPage(page() - 1); }},
-    };
-    const std::array on = {
-        Tool{"next", "", "Próxima página", "PgDown",   [this] { goToPage(page() + 1); }         },
-        Tool{"last", "", "Última página",  "Ctrl+End", [this] { goToPage(report_.pageCount()); }},
-    };
-    const std::array smaller = {
-        Tool{"zoom-out", "", "Reduzir", "Ctrl+-", [this] { zoom_->step(-1); }}
-    };
-    const std::array larger = {
-        Tool{"zoom-in", "", "Ampliar", "Ctrl++", [this] { zoom_->step(1); }}
-    };
-    const std::array hits = {
-        Tool{"hit-previous", "", "Ocorrência anterior", "Shift+F3",
-             [this] { find_->findPrevious(); }                                                    },
-        Tool{"hit-next",     "", "Próxima ocorrência", "F3",       [this] { find_->findNext(); }},
-    };
+void ReportPreview::addTools() {
+    QToolBar& out = tools_->addGroup("Imprimir e salvar");
+    tools_->add(out,
+                {"print", "Imprimir", "Imprimir", "Ctrl+P", [this] { output_->print(page()); }});
+    tools_->add(out,
+                {"pdf", "PDF", "Salvar como PDF", "Ctrl+S", [this] { output_->savePdfFile(); }});
+    tools_->add(out, {"xlsx", "Planilha", "Salvar as linhas como planilha", "Ctrl+Shift+S",
+                      [this] { output_->saveXlsxFile(); }});
+    tools_->add(out, {"csv", "CSV", "Salvar as linhas como CSV", "Ctrl+Shift+E",
+                      [this] { output_->saveCsvFile(); }});
 
-    auto* bar = new QToolBar(this);
-    bar->setIconSize(kIconSize);
-    bar->setAccessibleName("Ferramentas do relatório");
-    addTools(*bar, out);
-    bar->addSeparator();
-    addTools(*bar, back);
-    bar->addWidget(makeNumber());
-    addTools(*bar, on);
-    bar->addSeparator();
-    addTools(*bar, smaller);
-    bar->addWidget(zoom_);
-    addTools(*bar, larger);
-    bar->addSeparator();
-    bar->addWidget(find_);
-    addTools(*bar, hits);
+    QToolBar& pages = tools_->addGroup("Páginas");
+    tools_->add(pages,
+                {"first", "", "Início do relatório", "Ctrl+Home", [this] { view_->goToStart(); }});
+    tools_->add(pages,
+                {"previous", "", "Página anterior", "Ctrl+PgUp", [this] { goToPage(page() - 1); }});
+    pages.addWidget(makeNumber());
+    tools_->add(pages,
+                {"next", "", "Próxima página", "Ctrl+PgDown", [this] { goToPage(page() + 1); }});
+    tools_->add(pages,
+                {"last", "", "Fim do relatório, com o total", "Ctrl+End", [this] { goToEnd(); }});
 
-    addKey(Qt::CTRL | Qt::Key_G, [this] { focusNumber(); });
-    addKey(Qt::CTRL | Qt::Key_Equal, [this] { zoom_->step(1); }); // the key of "+" without Shift
-    addKey(Qt::CTRL | Qt::Key_0, [this] { view_->fit(PageView::Zoom::page); });
-    addKey(Qt::CTRL | Qt::Key_1, [this] { view_->setZoom(100); });
-    addKey(Qt::CTRL | Qt::Key_2, [this] { view_->fit(PageView::Zoom::width); });
-    addKey(QKeySequence::Find, [this] { find_->enter(); });
-    return bar;
+    QToolBar& zoom = tools_->addGroup("Zoom");
+    zoom_ = new ZoomBox(*view_, this);
+    tools_->add(zoom, {"zoom-out", "", "Reduzir", "Ctrl+-", [this] { zoom_->step(-1); }});
+    zoom.addWidget(zoom_);
+    tools_->add(zoom, {"zoom-in", "", "Ampliar", "Ctrl++", [this] { zoom_->step(1); }});
+
+    QToolBar& find = tools_->addGroup("Localizar");
+    find_ = new ReportFinder(report_, *view_, this);
+    auto* counted = new QLabel(this);
+    counted->setObjectName("hits");
+    counted->setAlignment(Qt::AlignCenter);
+    counted->setMinimumWidth(counted->fontMetrics().horizontalAdvance("9.999 de 9.999 "));
+    connect(find_, &ReportFinder::counted, counted, &QLabel::setText);
+    find.addWidget(find_);
+    find.addWidget(counted);
+    tools_->add(find, {"hit-previous", "", "Ocorrência anterior", "Shift+F3",
+                       [this] { find_->findPrevious(); }});
+    tools_->add(find, {"hit-next", "", "Próxima ocorrência", "F3", [this] { find_->findNext(); }});
+
+    QToolBar& leave = tools_->addGroup("Sair");
+    tools_->add(leave,
+                {"close", "Sair", "Fechar o relatório", "", [this] { emit closeAsked(); }, "Esc"});
+    addKeys();
 }
 
-void ReportPreview::addTools(QToolBar& bar, std::span<const Tool> tools) {
-    for (const Tool& tool : tools) {
-        const QString tip = QString::fromUtf8(tool.tip);
-        auto* action = new QAction(Icons::named(tool.name), tip, this);
-        action->setShortcut(QKeySequence(tool.key));
-        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-        action->setToolTip(
-            QString("%1 (%2)").arg(tip, QString(tool.key).replace("PgDown", "PgDn")));
-        connect(action, &QAction::triggered, this, [work = tool.work] { guarded(work); });
-        addAction(action);
-        bar.addAction(action);
-        auto* button = qobject_cast<QToolButton*>(bar.widgetForAction(action));
-        button->setObjectName(tool.name);
-        button->setAccessibleName(tip);
-        button->setFocusPolicy(Qt::TabFocus);
-        if (*tool.text) {
-            action->setIconText(QString::fromUtf8(tool.text));
-            button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-        }
-        actions_[tool.name] = action;
-    }
-}
-
-void ReportPreview::addKey(const QKeySequence& key, const Work& work) {
-    auto* action = new QAction(this);
-    action->setShortcut(key);
-    action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    connect(action, &QAction::triggered, this, [work] { guarded(work); });
-    addAction(action);
+void ReportPreview::addKeys() {
+    tools_->addKey(Qt::Key_PageUp, [this] { view_->turn(-1); });
+    tools_->addKey(Qt::Key_PageDown, [this] { view_->turn(1); });
+    tools_->addKey(Qt::CTRL | Qt::Key_G, [this] { focusNumber(); });
+    // The key of "+" without Shift.
+    tools_->addKey(Qt::CTRL | Qt::Key_Equal, [this] { zoom_->step(1); });
+    tools_->addKey(Qt::CTRL | Qt::Key_0, [this] { view_->fit(PageView::Zoom::page); });
+    tools_->addKey(Qt::CTRL | Qt::Key_1, [this] { view_->setZoom(100); });
+    tools_->addKey(Qt::CTRL | Qt::Key_2, [this] { view_->fit(PageView::Zoom::width); });
+    tools_->addKey(QKeySequence::Find, [this] { find_->enter(); });
+    tools_->addKey(QKeySequence::SelectAll, [this] { view_->markAll(); });
+    tools_->addKey(QKeySequence::Copy, [this] { copy(); });
 }
 
 QSpinBox* ReportPreview::makeNumber() {
@@ -178,8 +144,52 @@ int ReportPreview::page() const { return view_->page(); }
 void ReportPreview::goToPage(int page) { view_->goToPage(page); }
 
 void ReportPreview::setPatience(int milliseconds) {
+    patienceMs_ = milliseconds;
     output_->setPatience(milliseconds);
     find_->setPatience(milliseconds);
+}
+
+void ReportPreview::keyPressEvent(QKeyEvent* event) {
+    const bool back = event->modifiers() & Qt::ShiftModifier;
+    switch (event->key()) {
+    case Qt::Key_Home:
+        view_->goToStart();
+        return;
+    case Qt::Key_End:
+        guarded([this] { goToEnd(); });
+        return;
+    case Qt::Key_Space:
+        view_->turn(back ? -1 : 1);
+        return;
+    case Qt::Key_Escape:
+        emit closeAsked();
+        return;
+    default:
+        QWidget::keyPressEvent(event);
+    }
+}
+
+/// False if another report is at work or the operator has stopped it.
+bool ReportPreview::takeAll() {
+    if (report_.state() != RowsState::coming)
+        return true;
+    const Relatorio::Run run(report_);
+    ProgressWindow progress(this, "Lendo as linhas", "linha", patienceMs_);
+    return run && report_.takeAll(run, std::ref(progress)) != RowsState::coming;
+}
+
+/// The total stands behind the last row.
+void ReportPreview::goToEnd() {
+    if (takeAll())
+        view_->goToEnd();
+}
+
+void ReportPreview::copy() {
+    const TextSelection& marked = view_->selection();
+    if (marked.isEmpty() || (marked.isAll() && !takeAll()))
+        return;
+    QApplication::clipboard()->setText(marked.text());
+    say("O texto marcado foi copiado.");
 }
 
 void ReportPreview::focusNumber() {
@@ -201,7 +211,17 @@ void ReportPreview::began() {
 
 void ReportPreview::textChanged() {
     for (const char* name : {"hit-previous", "hit-next"})
-        actions_[name]->setEnabled(!find_->text().isEmpty());
+        tools_->setToolEnabled(name, !find_->text().isEmpty());
+}
+
+/// Whether there is anything before and behind what is seen.
+void ReportPreview::showSteps() {
+    const QScrollBar& bar = *view_->verticalScrollBar();
+    const int count = report_.pageCount();
+    tools_->setToolEnabled("first", page() > 1 || bar.value() > 0);
+    tools_->setToolEnabled("previous", page() > 1);
+    tools_->setToolEnabled("next", page() < count);
+    tools_->setToolEnabled("last", page() < count || !view_->isAtEnd());
 }
 
 void ReportPreview::showPage() {
@@ -210,11 +230,8 @@ void ReportPreview::showPage() {
     number_->setRange(1, std::max(1, count));
     number_->setValue(page());
     for (const char* name : {"print", "pdf", "xlsx", "csv"})
-        actions_[name]->setEnabled(count > 0);
-    for (const char* name : {"first", "previous"})
-        actions_[name]->setEnabled(page() > 1);
-    for (const char* name : {"next", "last"})
-        actions_[name]->setEnabled(page() < count);
+        tools_->setToolEnabled(name, count > 0);
+    showSteps();
     QString text;
     if (count > 0)
         text = QString("Página %1 de %2").arg(formatCount(page()), formatCount(count));

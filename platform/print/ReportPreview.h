@@ -1,26 +1,21 @@
 #pragma once
 
-#include <QHash>
 #include <QString>
 #include <QWidget>
 
-#include <functional>
-#include <span>
-
 class PageView;
-class QAction;
 class QLabel;
 class QSpinBox;
-class QToolBar;
 class Relatorio;
 class ReportFinder;
 class ReportOutput;
+class ToolStrip;
 class ZoomBox;
 
-/// A report on show, to stand inside a window: a bar of tools above, its pages below each other,
-/// the count of pages at the foot. Prints, saves, finds, zooms; all by keys too, which the
-/// tool-tips name. It says itself what becomes of files and printing; the report's errors are told
-/// by its error event, which is the window's.
+/// A report on show, to stand inside a window: tools above, in as many rows as the width needs, its
+/// pages below each other, the count of pages at the foot. Prints, saves, finds, zooms, copies; all
+/// by keys too, which the tool-tips name. It says itself what becomes of files and printing; the
+/// report's errors are told by its error event, which is the window's.
 ///
 /// It shows the report from begin() on, from its first page. The report must outlive it. While it
 /// works for more than a moment a window with a bar keeps the operator from everything else.
@@ -43,31 +38,38 @@ public:
 signals:
     /// The operator wants the failed report to be begun again.
     void againAsked();
+    /// The operator wants the report closed.
+    void closeAsked();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    struct Tool;
-    using Work = std::function<void()>;
-
-    [[nodiscard]] QToolBar* makeTools();
-    void addTools(QToolBar& bar, std::span<const Tool> tools);
-    void addKey(const QKeySequence& key, const Work& work);
+    void addTools();
+    void addKeys();
     [[nodiscard]] QSpinBox* makeNumber();
     [[nodiscard]] QWidget* makeFoot();
+
+    void goToEnd();
+    void copy();
+    [[nodiscard]] bool takeAll();
 
     void focusNumber();
     void leaveNumber();
     void began();
     void showPage();
+    void showSteps();
     void textChanged();
     void say(const QString& text);
 
     Relatorio& report_;
     PageView* view_;
     ReportOutput* output_;
-    ReportFinder* find_;
-    ZoomBox* zoom_;
-    QHash<QString, QAction*> actions_;
+    ToolStrip* tools_;
+    ReportFinder* find_ = nullptr;
+    ZoomBox* zoom_ = nullptr;
     QSpinBox* number_ = nullptr;
     QLabel* pages_ = nullptr;
     QLabel* news_ = nullptr;
+    int patienceMs_ = 1000;
 };

@@ -8,8 +8,11 @@
 #include "print/ReportPrinting.h"
 #include "support/FormChecks.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QScrollBar>
@@ -83,7 +86,7 @@ TEST_F(Preview, ShowsTheFirstPageWhileTheRestComesIn) {
     ASSERT_TRUE(shop_.begin(inventedRows(200'000)));
     EXPECT_EQ(said("pageCount"), "Página 1 de 2 (lendo as linhas: 47)");
     EXPECT_TRUE(control(preview_, "pdf").isEnabled());
-    press(Qt::Key_PageDown); // the second page has one row so far
+    press(Qt::Key_PageDown, Qt::ControlModifier); // the second page has one row so far
     EXPECT_EQ(preview_.page(), 2);
     takeAll();
     EXPECT_EQ(said("pageCount"), "Página 2 de 4.348");
@@ -100,18 +103,196 @@ TEST_F(Preview, GrowsByItself) {
 
 TEST_F(Preview, TurnsPagesByKeys) {
     begin(300);
-    press(Qt::Key_PageDown);
+    press(Qt::Key_PageDown, Qt::ControlModifier);
     EXPECT_EQ(preview_.page(), 2);
     press(Qt::Key_End, Qt::ControlModifier);
     EXPECT_EQ(preview_.page(), 7);
-    press(Qt::Key_PageDown);
+    press(Qt::Key_PageDown, Qt::ControlModifier);
     EXPECT_EQ(preview_.page(), 7);
-    press(Qt::Key_PageUp);
+    press(Qt::Key_PageUp, Qt::ControlModifier);
     EXPECT_EQ(preview_.page(), 6);
     press(Qt::Key_Home, Qt::ControlModifier);
     EXPECT_EQ(preview_.page(), 1);
-    press(Qt::Key_PageUp);
+    press(Qt::Key_PageUp, Qt::ControlModifier);
     EXPECT_EQ(preview_.page(), 1);
+}
+
+// What was last in sight is still seen; where whole pages are, it goes by these.
+TEST_F(Preview, GoesOnByWhatIsSeen) {
+    begin(300);
+    QScrollBar& bar = *view().verticalScrollBar();
+    const int seen = view().viewport()->height();
+    for (const auto& [on, back] : {
+             std::pair(std::pair(Qt::Key_PageDown, Qt::NoModifier),
+                       std::pair(Qt::Key_PageUp, Qt::NoModifier)),
+             {{Qt::Key_Space, Qt::NoModifier}, {Qt::Key_Space, Qt::ShiftModifier}}
+    }) {
+        press(on.first, on.second);
+        EXPECT_GT(bar.value(), seen / 2);
+        EXPECT_LT(bar.value(), seen);
+        EXPECT_EQ(preview_.page(), 1);
+        press(on.first, on.second);
+        EXPECT_LT(bar.value(), 2 * seen);
+        press(back.first, back.second);
+        press(back.first, back.second);
+        EXPECT_EQ(bar.value(), 0);
+    }
+    press(Qt::Key_0, Qt::ControlModifier);
+    for (int page = 2; page <= 3; ++page) {
+        press(Qt::Key_PageDown);
+        EXPECT_TRUE(view().viewport()->rect().contains(view().pageRect(page)));
+    }
+    press(Qt::Key_F, Qt::ControlModifier); // from the search box too, where blanks are typed
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(preview_.page(), 2);
+    type(" ");
+    EXPECT_EQ(preview_.page(), 2);
+}
+
+TEST_F(Preview, ReachesTheTotalAndTheStart) {
+    ASSERT_TRUE(shop_.begin(inventedRows(3000)));
+    QScrollBar& bar = *view().verticalScrollBar();
+    for (const auto modifier : {Qt::NoModifier, Qt::ControlModifier}) {
+        press(Qt::Key_End, modifier);
+        EXPECT_TRUE(report_.isComplete());
+        EXPECT_EQ(preview_.page(), 66);
+        const QRect page = view().pageRect(66);
+        const QRectF total = report_.placeOf(3000, 0, 0, 6);
+        const qreal foot = page.top() + page.height() * total.bottom() / 297;
+        EXPECT_LE(foot, view().viewport()->height());
+        EXPECT_GT(foot, 0);
+        EXPECT_FALSE(control(preview_, "last").isEnabled());
+        press(Qt::Key_PageUp);
+        EXPECT_TRUE(control(preview_, "last").isEnabled());
+        press(Qt::Key_Home, modifier);
+        EXPECT_EQ(bar.value(), 0);
+        EXPECT_EQ(preview_.page(), 1);
+    }
+}
+
+TEST_F(Preview, IsClosedByEscAndButton) {
+    begin(3);
+    int asked = 0;
+    QObject::connect(&preview_, &ReportPreview::closeAsked, &shop_, [&] { ++asked; });
+    press(Qt::Key_Escape);
+    EXPECT_EQ(asked, 1);
+    click(preview_, "close");
+    EXPECT_EQ(asked, 2);
+    press(Qt::Key_F, Qt::ControlModifier);
+    press(Qt::Key_Escape); // leaves the search first
+    EXPECT_EQ(asked, 2);
+    EXPECT_EQ(focus(), "pages");
+}
+
+TEST_F(Preview, KeepsTheFocusWhereAToolHasNoMoreToDo) {
+    begin(60);
+    enter(preview_, "next");
+    press(Qt::Key_Space);
+    EXPECT_EQ(preview_.page(), 2);
+    EXPECT_EQ(focus(), "pages");
+}
+
+TEST_F(Preview, HasAllItsToolsInSightAt800) {
+    begin(300);
+    for (const int width : {800, 560}) {
+        preview_.resize(width, 600);
+        QTest::qWait(1);
+        for (const char* name :
+             {"print", "pdf", "xlsx", "csv", "first", "previous", "number", "next", "last",
+              "zoom-out", "zoom", "zoom-in", "find", "hits", "hit-previous", "hit-next", "close"}) {
+            const QWidget& tool = control(preview_, name);
+            const QRect place(tool.mapTo(&preview_, QPoint()), tool.size());
+            EXPECT_TRUE(tool.isVisible()) << name;
+            EXPECT_TRUE(preview_.rect().contains(place)) << name << " at " << width;
+            EXPECT_LE(place.bottom(), view().y()) << name;
+        }
+        EXPECT_EQ(faultsOf(preview_), QStringList());
+    }
+}
+
+// ---- The mouse
+
+class PagesUnderTheMouse : public Preview {
+protected:
+    PagesUnderTheMouse() {
+        begin(100);
+        view().setZoom(100);
+    }
+    /// On the viewport, where a field of a row shows its text.
+    [[nodiscard]] QRect placeOf(qint64 row, qsizetype field, qsizetype length = 1) const {
+        const qreal dots = view().logicalDpiX() / 25.4;
+        const QRectF place = report_.placeOf(row, field, 0, length);
+        return QRectF(place.topLeft() * dots, place.size() * dots)
+            .translated(view().pageRect(report_.pageOf(row)).topLeft())
+            .toRect();
+    }
+    void drag(QPoint from, QPoint to, Qt::MouseButton button = Qt::LeftButton) {
+        QWidget* const pages = view().viewport();
+        QTest::mousePress(pages, button, {}, from);
+        QMouseEvent move(QEvent::MouseMove, to, pages->mapToGlobal(to), Qt::NoButton, button, {});
+        QCoreApplication::sendEvent(pages, &move);
+        QTest::mouseRelease(pages, button, {}, to);
+    }
+    QString copied() {
+        QApplication::clipboard()->clear();
+        press(Qt::Key_C, Qt::ControlModifier);
+        return QApplication::clipboard()->text();
+    }
+};
+
+TEST_F(PagesUnderTheMouse, AreDraggedFromWhereNoTextIs) {
+    const int before = view().verticalScrollBar()->value();
+    const QPoint margin = view().pageRect(1).topLeft() + QPoint(20, 300);
+    drag(margin, margin - QPoint(0, 150));
+    EXPECT_EQ(view().verticalScrollBar()->value(), before + 150);
+    drag(placeOf(20, 1).center(), placeOf(20, 1).center() + QPoint(0, 100), Qt::MiddleButton);
+    EXPECT_EQ(view().verticalScrollBar()->value(), before + 50);
+    EXPECT_EQ(copied(), "");
+    EXPECT_EQ(view().viewport()->cursor().shape() == Qt::ClosedHandCursor, false);
+}
+
+TEST_F(PagesUnderTheMouse, MarkTextThatIsCopied) {
+    const QColor mark(0xb4, 0xd5, 0xfe);
+    EXPECT_EQ(spots(mark), 0);
+    const QRect name = placeOf(1, 1, 5); // "Maria Aparecida da Conceição"
+    drag(QPoint(name.left(), name.center().y()), QPoint(name.right() + 1, name.center().y()));
+    EXPECT_EQ(copied(), "Maria");
+    EXPECT_EQ(said("news"), "O texto marcado foi copiado.");
+    EXPECT_GT(spots(mark), 100);
+    // From right to left it is the same.
+    drag(QPoint(name.right() + 1, name.center().y()), QPoint(name.left(), name.center().y()));
+    EXPECT_EQ(copied(), "Maria");
+    // Over several rows: columns by tabs, as a spreadsheet takes them.
+    drag(placeOf(1, 0).topLeft() + QPoint(0, 4), placeOf(2, 5, 10).bottomRight());
+    EXPECT_EQ(copied(), "100001\tMaria Aparecida da Conceição\t02/01/2026\t79,20\tBanco Comercial "
+                        "do Vale do Paraíba\t01/02/2026\n"
+                        "100002\tJoão Batista dos Santos\t03/01/2026\t158,39\tCaixa\t02/02/2026");
+    // A click takes the mark away.
+    QTest::mouseClick(view().viewport(), Qt::LeftButton, {}, name.center());
+    EXPECT_EQ(spots(mark), 0);
+    EXPECT_EQ(copied(), "");
+}
+
+TEST_F(PagesUnderTheMouse, ShowWhetherTextsAreThere) {
+    QTest::mouseMove(view().viewport(), placeOf(1, 1, 5).center());
+    EXPECT_EQ(view().viewport()->cursor().shape(), Qt::IBeamCursor);
+    QTest::mouseMove(view().viewport(), view().pageRect(1).topLeft() + QPoint(20, 300));
+    EXPECT_EQ(view().viewport()->cursor().shape(), Qt::OpenHandCursor);
+}
+
+TEST_F(PagesUnderTheMouse, AreCopiedAsAWhole) {
+    press(Qt::Key_A, Qt::ControlModifier);
+    const QStringList lines = copied().split('\n');
+    ASSERT_EQ(lines.size(), 3 + 100 + 1); // header and headings once
+    EXPECT_EQ(lines[0], "Relatório de Cheques\tPágina: 1");
+    EXPECT_EQ(lines[1], "Referente ao período: 01/01/2026\ta 31/12/2026\tData: 20/11/2026");
+    EXPECT_EQ(lines[2], "Cheque\tNome\tDt. Emissão\tValor Cheque\tBanco\tBom Para");
+    EXPECT_EQ(lines.last(), "Total: " + formatMoney(shop_.total));
+    // In the search box the keys are the box's.
+    press(Qt::Key_F, Qt::ControlModifier);
+    type("ana");
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(copied(), "ana");
 }
 
 TEST_F(Preview, TurnsPagesByButtons) {
@@ -155,11 +336,11 @@ TEST_F(Preview, TurnsPagesWhereSeveralAreInSight) {
     begin(300);
     view().setZoom(25);
     for (int page = 2; page <= 7; ++page) {
-        press(Qt::Key_PageDown);
+        press(Qt::Key_PageDown, Qt::ControlModifier);
         EXPECT_EQ(preview_.page(), page);
     }
     for (int page = 6; page >= 1; --page) {
-        press(Qt::Key_PageUp);
+        press(Qt::Key_PageUp, Qt::ControlModifier);
         EXPECT_EQ(preview_.page(), page);
     }
 }
@@ -246,6 +427,31 @@ TEST_F(Preview, FindsAndMarksAText) {
     press(Qt::Key_Escape);
     EXPECT_EQ(focus(), "pages");
     EXPECT_EQ(spots(mark) + spots(current), 0);
+}
+
+TEST_F(Preview, SaysHowManyHitsThereAre) {
+    ASSERT_TRUE(shop_.begin(inventedRows(3000)));
+    press(Qt::Key_F, Qt::ControlModifier);
+    type("caixa");
+    EXPECT_EQ(said("hits"), "");
+    press(Qt::Key_Return);
+    EXPECT_EQ(said("hits"), "1 de 1.000");
+    press(Qt::Key_F3);
+    EXPECT_EQ(said("hits"), "2 de 1.000");
+    for (int i = 0; i < 2; ++i)
+        press(Qt::Key_F3, Qt::ShiftModifier);
+    EXPECT_EQ(said("hits"), "1.000 de 1.000");
+    press(Qt::Key_F3);
+    EXPECT_EQ(said("hits"), "1 de 1.000");
+    press(Qt::Key_A, Qt::ControlModifier);
+    type("total");
+    EXPECT_EQ(said("hits"), "");
+    press(Qt::Key_Return);
+    EXPECT_EQ(said("hits"), "1 de 1");
+    EXPECT_EQ(preview_.page(), 66);
+    EXPECT_GT(spots(QColor(0xff, 0xa8, 0x3d)), 0); // marked, in sight
+    press(Qt::Key_Escape);
+    EXPECT_EQ(said("hits"), "");
 }
 
 TEST_F(Preview, SaysWhenATextIsntThere) {
@@ -534,7 +740,7 @@ TEST_F(Preview, StaysOnItsPageWhenTheRowsCameAnew) {
                   RowsState::coming);
     }
     EXPECT_EQ(said("pageCount"), "Página 1 de 22 (lendo as linhas: 1.007)");
-    press(Qt::Key_End, Qt::ControlModifier);
+    preview_.goToPage(22);
     {
         const Relatorio::Run run(report_);
         ASSERT_EQ(report_.takeAll(run, [](qint64 done, qint64) { return done > 500; }),

@@ -78,6 +78,20 @@ TEST_F(ChequeReport, WithoutAPrinterOnlyPrintingIsRefused) {
     setPrinterFunctions({});
 }
 
+TEST_F(ChequeReport, ClosedByEscGivesTheFocusBackToWhoAskedForIt) {
+    auto& form = openFor("relch");
+    period(form, "01012026", "31012026");
+    enter(form, "CmdImprimir");
+    press(Qt::Key_Space);
+    auto& window = frmRel_ChequesSF::instance();
+    activate(window);
+    window.setFocus();
+    EXPECT_EQ(focus(), "pages");
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([] { return focus() == "CmdImprimir"; }, 60'000));
+}
+
 // A report on show takes its rows while the program is idle: when the data is closed it ends.
 TEST_F(ChequeReport, EndsWithTheData) {
     print("relch", "", "", "");
