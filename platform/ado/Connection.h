@@ -46,7 +46,7 @@ public:
     void CommitTrans();
     void RollbackTrans();
     [[nodiscard]] bool inTransaction() const noexcept;
-    /// Whether a transaction has been undone since this was last asked.
+    /// Whether changes of the last transaction have been undone, if this wasn't asked before.
     [[nodiscard]] bool hasUndone() noexcept;
     /// As CommitTrans(), but written together with the transactions that follow it within half a
     /// second: see jet::Database::commitLater(). Ends with flush().

@@ -87,6 +87,7 @@ void Session::erase(jet::Table& table, jet::RowId row, std::optional<std::uint64
 void Session::begin() {
     lookForStrangers();
     database_.begin();
+    undone_ = false;
     undo_.clear();
     settle();
 }
@@ -99,9 +100,9 @@ void Session::end(void (jet::Database::*way)()) {
 
 void Session::rollback() {
     // Without asking the file for news: were they not to be had, nothing would be undone.
+    undone_ = undone_ || !undo_.empty();
     if (database_.generation() != generation_)
         beginEpoch();
-    undone_ = true;
     database_.rollback();
     settle();
     for (auto change = undo_.rbegin(); change != undo_.rend(); ++change) {

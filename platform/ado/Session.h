@@ -90,7 +90,7 @@ private:
     std::vector<Change> news_;  ///< the newest; those before were dropped
     std::uint64_t dropped_ = 0; ///< how many
     std::vector<Change> undo_;  ///< of the open transaction
-    bool undone_ = false;       ///< a transaction, since last asked
+    bool undone_ = false;       ///< changes of the last transaction, not asked for yet
 };
 
 } // namespace ado

@@ -254,6 +254,8 @@ void Database::noticeNews() {
 const std::filesystem::path& Database::path() const noexcept { return parts_->path; }
 Version Database::version() const noexcept { return parts_->header.version; }
 const std::optional<std::string>& Database::notice() const noexcept { return parts_->told(); }
+const std::optional<std::string>& Database::damage() const noexcept { return parts_->damage; }
+bool Database::isBroken() const noexcept { return parts_->sharing && parts_->sharing->isBroken(); }
 std::optional<std::string> Database::readOnlyReason() { return parts_->whyNotWritable(); }
 
 std::vector<std::string> Database::tableNames() const {

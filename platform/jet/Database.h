@@ -81,9 +81,17 @@ public:
     /// a foreign program has come or gone. Costs a few calls of the system.
     [[nodiscard]] std::optional<std::string> readOnlyReason();
 
+    /// Whether a save has failed half-way and couldn't be undone: the next opening undoes it, and
+    /// until then nothing can be done with this object.
+    [[nodiscard]] bool isBroken() const noexcept;
+
     /// What the opening found and the operator must know, or nothing: a journal that was left
     /// beside the file and couldn't be used.
     [[nodiscard]] const std::optional<std::string>& notice() const noexcept;
+
+    /// What has been found damaged, a sentence: before its first change each table is looked over,
+    /// and one that isn't sound stays as it is (Error{readOnly}).
+    [[nodiscard]] const std::optional<std::string>& damage() const noexcept;
 
     /// The user tables, in the order of their names.
     [[nodiscard]] std::vector<std::string> tableNames() const;

@@ -19,6 +19,7 @@ struct Database::Parts {
     Header header;
     TextSettings texts;
     std::optional<std::string> readOnly; ///< why it was opened only for reading
+    std::optional<std::string> damage;   ///< that a table's own check has found last
     Pager pager;
     PageAllocator pages;
     std::optional<Sharing> sharing;       ///< leaves before the file is closed

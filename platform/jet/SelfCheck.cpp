@@ -102,18 +102,20 @@ std::optional<std::string> compareSample(const Table& table, Pager& pager) {
 
 } // namespace
 
-std::optional<std::string> whyNotWritable(const Table& table, Pager& pager) {
+std::optional<Hindrance> whyNotWritable(const Table& table, Pager& pager) {
     try {
-        std::optional<std::string> reason = unknownOrder(table);
-        if (!reason)
-            reason = table.rowCount() <= kAllRows ? compareAll(table) : compareSample(table, pager);
-        if (reason)
-            return refusal(table, *reason);
+        if (const auto unknown = unknownOrder(table))
+            return Hindrance{refusal(table, *unknown), false};
+        const auto wrong =
+            table.rowCount() <= kAllRows ? compareAll(table) : compareSample(table, pager);
+        if (wrong)
+            return Hindrance{refusal(table, *wrong), true};
     } catch (const Error& error) {
         if (error.code() != Errc::corrupt && error.code() != Errc::unsupported)
             throw;
-        return "A tabela \"" + table.name() + "\" pode ser consultada mas não alterada. " +
-               error.what();
+        return Hindrance{"A tabela \"" + table.name() +
+                             "\" pode ser consultada mas não alterada. " + error.what(),
+                         error.code() == Errc::corrupt};
     }
     return std::nullopt;
 }

@@ -20,7 +20,7 @@ struct Table::Parts {
     std::vector<IndexTree> trees;
     std::vector<std::vector<KeyColumn>> keyColumns;
     std::vector<std::string> foldedNames; ///< of the columns
-    std::optional<std::string> readOnly;
+    std::optional<Hindrance> readOnly;
     bool verified = false;
     std::unique_ptr<const TableRules> rules; ///< null if there are none
     bool rulesKnown = false;
@@ -79,7 +79,7 @@ struct Table::Parts {
         return storedRow(definition, *row);
     }
 
-    void requireKeys(std::span<const Index> indexes, const StoredRow& row) const;
+    void requireKeys(const Table& table, const StoredRow& row) const;
     void requireUnique(std::span<const Index> indexes, const StoredRow& row,
                        std::optional<RowId> self) const;
     void settleLongValues(StoredRow& row);
@@ -200,9 +200,11 @@ std::optional<std::string> Table::ownReadOnlyReason() {
     if (!my.verified) {
         my.readOnly = my.pager().look([&] { return whyNotWritable(*this, my.pager()); });
         my.verified = true;
+        if (my.readOnly && my.readOnly->damage)
+            my.file.damage = my.readOnly->sentence;
     }
     if (my.readOnly)
-        return my.readOnly;
+        return my.readOnly->sentence;
     if (my.rulesTentative && !my.file.catalogChanged)
         forgetRules(); // that transaction has ended, one way or the other
     if (!std::exchange(my.rulesKnown, true) && !my.definition.system) {
@@ -330,15 +332,13 @@ void Table::requireExpected(RowId id, std::optional<std::uint64_t> expected) con
                     "foi gravado; localize o registro outra vez e repita a alteração.");
 }
 
-void Table::Parts::requireKeys(std::span<const Index> indexes, const StoredRow& row) const {
-    for (const Index& index : indexes)
+void Table::Parts::requireKeys(const Table& table, const StoredRow& row) const {
+    for (const Index& index : table.indexes_)
         if (index.required || index.primary)
             for (const IndexColumn& key : index.columns)
                 if (definition.columns[key.column].type != ColumnType::boolean &&
                     !row[key.column].present)
-                    throw Error(Errc::nullValue, "O campo \"" +
-                                                     definition.columns[key.column].name +
-                                                     "\" deve ser preenchido.");
+                    throw leftEmpty(table.name_, definition.columns[key.column].name);
 }
 
 void Table::Parts::requireUnique(std::span<const Index> indexes, const StoredRow& row,
@@ -485,7 +485,7 @@ RowId Table::insert(std::span<const Assignment> given) {
 RowId Table::addRow(StoredRow row, Consequences& all) {
     Parts& my = *parts_;
     my.takeNumber(row);
-    my.requireKeys(indexes_, row);
+    my.requireKeys(*this, row);
     my.requireUnique(indexes_, row, std::nullopt);
     std::vector<std::optional<Bytes>> keys;
     for (std::size_t i = 0; i < indexes_.size(); ++i)
@@ -524,7 +524,7 @@ void Table::changeRow(RowId id, std::span<const Assignment> changes, Consequence
     StoredRow row = old;
     for (const Assignment& change : changes)
         row[change.column] = encodeField(columns()[change.column], change.value);
-    my.requireKeys(indexes_, row);
+    my.requireKeys(*this, row);
     my.requireUnique(indexes_, row, id);
     my.noteNumber(row);
     const auto parentKeys = my.rules ? my.rules->keysOf(id) : TableRules::Keys();

@@ -158,6 +158,14 @@ Value ValueRules::defaultOf(const Rule& rule) const {
                                 reason + ". Preencha o campo.");
 }
 
+Error leftEmpty(const std::string& table, const std::string& column) {
+    return {
+        Errc::nullValue,
+        "O registro não foi gravado: a tabela \"" + table + "\" exige o campo \"" + column +
+            "\", que ficou vazio. Preencha-o ou, se a janela não o mostra, peça a quem cuida da "
+            "base de dados que deixe de exigi-lo ou lhe dê um valor inicial."};
+}
+
 void ValueRules::check(const RowView& row, const std::vector<bool>& changed) const {
     for (const Rule& rule : rules_)
         if (!rule.column || changed[*rule.column] ||
@@ -165,8 +173,11 @@ void ValueRules::check(const RowView& row, const std::vector<bool>& changed) con
              std::any_of(columns_.begin(), columns_.end(), [&](const Column& column) {
                  const auto at = static_cast<std::size_t>(&column - columns_.data());
                  return changed[at] && rule.condition->reads(at);
-             })))
+             }))) {
+            if (rule.column && rule.required && row.isNull(*rule.column))
+                throw leftEmpty(table_, columns_[*rule.column].name);
             check(rule, [&](std::size_t column) { return row.value(column); });
+        }
 }
 
 void ValueRules::check(std::size_t column, const Value& value) const {

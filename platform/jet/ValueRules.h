@@ -6,6 +6,10 @@
 
 namespace jet {
 
+/// The error of a row that leaves a field empty which the file wants filled in. Who asks has no box
+/// for the field, or would have asked for its value: so it says whose field it is and what helps.
+[[nodiscard]] Error leftEmpty(const std::string& table, const std::string& column);
+
 /// What the file asks of the values of one table's rows: columns that must be filled in or take no
 /// empty text, defaults, and the validation rules of columns and of the table.
 class ValueRules {

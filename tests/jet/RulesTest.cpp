@@ -22,7 +22,10 @@ TEST_P(Rules, ARequiredColumnIsNeverLeftEmpty) {
     });
     const Error error = refusal([&] { add({}); });
     EXPECT_EQ(error.code(), Errc::nullValue);
-    EXPECT_STREQ(error.what(), "O campo \"nome\" deve ser preenchido.");
+    EXPECT_STREQ(error.what(),
+                 "O registro não foi gravado: a tabela \"pessoas\" exige o campo \"nome\", que "
+                 "ficou vazio. Preencha-o ou, se a janela não o mostra, peça a quem cuida da base "
+                 "de dados que deixe de exigi-lo ou lhe dê um valor inicial.");
     EXPECT_EQ(refusal([&] { table().insert(Row(8)); }).code(), Errc::nullValue);
     const RowId row = add({
         {kNome, "Ana"s}

@@ -116,7 +116,9 @@ TEST_P(RulesOfTheFile, AFieldThatOnlyTheOtherSystemFillsIsAskedFor) {
     click(form, "cmdNovo");
     type(form, "txtNome", "Davi Melo");
     control<MoneyEdit>(form, "txtLimiteDeCrédito").setValor(Amount{9'000'000});
-    expectRefusal("O campo \"vendedor\" deve ser preenchido.");
+    expectRefusal("O registro não foi gravado: a tabela \"cliente_fornecedor\" exige o campo "
+                  "\"vendedor\", que ficou vazio. Preencha-o ou, se a janela não o mostra, peça a "
+                  "quem cuida da base de dados que deixe de exigi-lo ou lhe dê um valor inicial.");
     click(form, "cmdSalvar");
     expectReady();
     EXPECT_EQ(text(form, "txtNome"), "Davi Melo");
