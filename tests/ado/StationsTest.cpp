@@ -57,6 +57,12 @@ protected:
         return banks["nome"].text();
     }
 
+    /// On both stations.
+    void openBanks() {
+        mine.Open("bancos", connection);
+        theirs.Open("bancos", other);
+    }
+
     /// As the lock file knows this one.
     [[nodiscard]] std::string machine() const {
         std::ifstream lock(
@@ -68,13 +74,13 @@ protected:
     }
 
     Connection other;
+    Recordset mine;
+    Recordset theirs;
 };
 INSTANTIATE_TEST_SUITE_P(, StationsTest, bothVersions(), versionName);
 
 TEST_P(StationsTest, WhatOneSavesTheOtherSees) {
-    Recordset mine;
     Recordset list;
-    Recordset theirs;
     mine.Open("bancos", connection);
     list.Open("select * from bancos order by nome", connection);
     theirs.Open("bancos", other);
@@ -92,10 +98,7 @@ TEST_P(StationsTest, WhatOneSavesTheOtherSees) {
 }
 
 TEST_P(StationsTest, ARecordThatAnotherStationHasChangedSinceItWasShownIsNotSavedOver) {
-    Recordset mine;
-    Recordset theirs;
-    mine.Open("bancos", connection);
-    theirs.Open("bancos", other);
+    openBanks();
     const Shown before = show(mine, "2");
     save(other, theirs, "2", "Deles");
     try {
@@ -115,9 +118,7 @@ TEST_P(StationsTest, ARecordThatAnotherStationHasChangedSinceItWasShownIsNotSave
 }
 
 TEST_P(StationsTest, NothingThatIsReadMeanwhileCountsAsShown) {
-    Recordset mine;
     Recordset list;
-    Recordset theirs;
     mine.Open("bancos", connection);
     list.Open("select bancos.nome,numero from cheques inner join bancos on "
               "cheques.banco=bancos.codigo where bancos.codigo=1",
@@ -147,7 +148,6 @@ TEST_P(StationsTest, NothingThatIsReadMeanwhileCountsAsShown) {
 TEST_P(StationsTest, OfARowInAJoinTheTableNamedCounts) {
     Recordset list;
     Recordset cheques;
-    Recordset theirs;
     list.Open("select * from cheques inner join bancos on cheques.banco=bancos.codigo "
               "where lancamento=1",
               connection);
@@ -164,10 +164,7 @@ TEST_P(StationsTest, OfARowInAJoinTheTableNamedCounts) {
 }
 
 TEST_P(StationsTest, ARecordThatAnotherStationHasDeletedIsGone) {
-    Recordset mine;
-    Recordset theirs;
-    mine.Open("bancos", connection);
-    theirs.Open("bancos", other);
+    openBanks();
     const Shown before = show(mine, "3");
     goTo(theirs, "3");
     theirs.Delete();
@@ -188,7 +185,6 @@ TEST_P(StationsTest, ARecordThatAnotherStationHasDeletedIsGone) {
 }
 
 TEST_P(StationsTest, WhatWasNeverShownIsNotChangedAsShown) {
-    Recordset mine;
     mine.Open("bancos", connection);
     EXPECT_EQ(errorOf([&] { mine.Edit({}); }), Errc::conflict);
     EXPECT_EQ(errorOf([&] { mine.Delete(Shown()); }), Errc::conflict);
@@ -196,7 +192,6 @@ TEST_P(StationsTest, WhatWasNeverShownIsNotChangedAsShown) {
 }
 
 TEST_P(StationsTest, OurOwnSavesAreNoConflictForWhoShowsThem) {
-    Recordset mine;
     mine.Open("bancos", connection);
     const Shown first = show(mine, "2");
     Shown stored;
@@ -222,10 +217,7 @@ TEST_P(StationsTest, OurOwnSavesAreNoConflictForWhoShowsThem) {
 }
 
 TEST_P(StationsTest, ADeletionOfWhatAnotherHasChangedIsRefused) {
-    Recordset mine;
-    Recordset theirs;
-    mine.Open("bancos", connection);
-    theirs.Open("bancos", other);
+    openBanks();
     const Shown before = show(mine, "3");
     save(other, theirs, "3", "Deles");
     {
@@ -241,8 +233,6 @@ TEST_P(StationsTest, ADeletionOfWhatAnotherHasChangedIsRefused) {
 }
 
 TEST_P(StationsTest, APurgeGoesByWhatItMeetsNotByOldLists) {
-    Recordset mine;
-    Recordset theirs;
     mine.Open("select * from bancos order by codigo", connection);
     theirs.Open("bancos", other);
     for (; !mine.EOF(); mine.MoveNext())
@@ -259,10 +249,7 @@ TEST_P(StationsTest, APurgeGoesByWhatItMeetsNotByOldLists) {
 }
 
 TEST_P(StationsTest, ALongWorkThatOnlyReadsWritesWhatIsDue) {
-    Recordset mine;
-    Recordset theirs;
-    mine.Open("bancos", connection);
-    theirs.Open("bancos", other);
+    openBanks();
     mine["nome"] = "Meu";
     mine.Update();
     std::this_thread::sleep_for(std::chrono::milliseconds(550));
@@ -274,7 +261,6 @@ TEST_P(StationsTest, ALongWorkThatOnlyReadsWritesWhatIsDue) {
 }
 
 TEST_P(StationsTest, ATransactionIsUndoneEvenIfTheFileCantBeAsked) {
-    Recordset mine;
     mine.Open("bancos", connection);
     const std::filesystem::path file = connection.database().path();
     std::ostringstream bytes;
@@ -290,10 +276,7 @@ TEST_P(StationsTest, ATransactionIsUndoneEvenIfTheFileCantBeAsked) {
 }
 
 TEST_P(StationsTest, WhatIsNotYetWrittenIsSeenByNobodyElse) {
-    Recordset mine;
-    Recordset theirs;
-    mine.Open("bancos", connection);
-    theirs.Open("bancos", other);
+    openBanks();
     mine["nome"] = "Meu";
     mine.Update();
     EXPECT_EQ(shown(theirs, "1"), "Banco do Norte");
@@ -304,7 +287,6 @@ TEST_P(StationsTest, WhatIsNotYetWrittenIsSeenByNobodyElse) {
 
 TEST_P(StationsTest, WhoWalksThroughAListKeepsNobodyFromSaving) {
     Recordset list;
-    Recordset theirs;
     list.Open("select bancos.nome,numero from cheques inner join bancos on "
               "cheques.banco=bancos.codigo",
               connection);
@@ -319,10 +301,7 @@ TEST_P(StationsTest, WhoWalksThroughAListKeepsNobodyFromSaving) {
 }
 
 TEST_P(StationsTest, NewsMayBeLateForAsLongAsTheyHold) {
-    Recordset mine;
-    Recordset theirs;
-    mine.Open("bancos", connection);
-    theirs.Open("bancos", other);
+    openBanks();
     EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
     connection.database().setNewsHold(std::chrono::hours(1));
     const Shown before = show(mine, "2");
@@ -340,9 +319,7 @@ TEST_P(StationsTest, WhatIsNotRememberedIsNewsEvenWhileNewsHold) {
     Connection late;
     late.Open(connectionString());
     late.database().setNewsHold(std::chrono::hours(1));
-    Recordset mine;
     Recordset banks;
-    Recordset theirs;
     mine.Open("bancos", late);
     EXPECT_EQ(shown(mine, "2"), "Banco do Sul");
     banks.Open("bancos", other);
@@ -366,10 +343,7 @@ TEST_P(StationsTest, WhatIsNotRememberedIsNewsEvenWhileNewsHold) {
 }
 
 TEST_P(StationsTest, TransactionsOfOnePieceOfWorkShowWhenItEnds) {
-    Recordset mine;
-    Recordset theirs;
-    mine.Open("bancos", connection);
-    theirs.Open("bancos", other);
+    openBanks();
     const auto erase = [&](const char* code) {
         ado::Transaction transaction(connection);
         mine.MoveFirst();
@@ -469,10 +443,7 @@ TEST_P(ManyRowsTest, HoweverManyRowsAreReadMeanwhileWhatWasShownCounts) {
             table("bancos").insert(given);
         many.commit();
     }
-    Recordset mine;
-    Recordset theirs;
-    mine.Open("bancos", connection);
-    theirs.Open("bancos", other);
+    openBanks();
     const Shown before = show(mine, "2");
     save(other, theirs, "2", "Deles");
     int read = 0;
@@ -486,7 +457,6 @@ TEST_P(StationsTest, AStatementThatTakesLongLetsOthersWriteInBetween) {
     std::atomic<bool> running = true;
     int saved = 0;
     std::thread another([&] {
-        Recordset theirs;
         theirs.Open("bancos", other);
         while (running && saved < 3) {
             save(other, theirs, "2", saved % 2 == 0 ? "Banco Novo" : "Banco Velho");

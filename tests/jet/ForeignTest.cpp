@@ -248,6 +248,16 @@ protected:
         EXPECT_EQ(stored(), before);
     }
 
+    /// Its change stands, ours of the neighbour before it does, and another one is taken.
+    void expectSavedBesideIt() {
+        EXPECT_EQ(valueOf(table, mine), kTheirs);
+        EXPECT_EQ(valueOf(table, neighbour), kOurs + 1);
+        set(table, neighbour, 1);
+        file.flush();
+        EXPECT_EQ(valueOf(table, mine), kTheirs);
+        EXPECT_EQ(valueOf(table, neighbour), 1);
+    }
+
     Database file{kPath, on(disk)};
     Table& table{file.table("contas")};
     RowId mine{rowAt(0)};
@@ -264,12 +274,7 @@ TEST_P(Intruder, WhatItHasChangedIsNotSavedOver) {
         set(table, neighbour, 1);
         file.flush();
     });
-    EXPECT_EQ(valueOf(table, mine), kTheirs);
-    EXPECT_EQ(valueOf(table, neighbour), kOurs + 1);
-    set(table, neighbour, 1);
-    file.flush();
-    EXPECT_EQ(valueOf(table, mine), kTheirs);
-    EXPECT_EQ(valueOf(table, neighbour), 1);
+    expectSavedBesideIt();
 }
 
 TEST_P(Intruder, WhatItChangesWhileATransactionIsOpenIsNotSavedOver) {
@@ -280,11 +285,7 @@ TEST_P(Intruder, WhatItChangesWhileATransactionIsOpenIsNotSavedOver) {
     EXPECT_TRUE(file.inTransaction());
     expectRefused([&] { file.commit(); });
     file.rollback();
-    EXPECT_EQ(valueOf(table, mine), kTheirs);
-    EXPECT_EQ(valueOf(table, neighbour), kOurs + 1);
-    set(table, neighbour, 2);
-    file.flush();
-    EXPECT_EQ(valueOf(table, mine), kTheirs);
+    expectSavedBesideIt();
 }
 
 TEST_P(Intruder, GatheredChangesAreNotSavedOverIt) {

@@ -82,6 +82,17 @@ protected:
     static void waitForRows() {
         EXPECT_TRUE(QTest::qWaitFor([] { return report().state() != RowsState::coming; }, 60'000));
     }
+    /// The rows of a report stop coming, and `meanwhile` is done before they could come again.
+    template <class Work>
+    void stopHalfWay(Work&& meanwhile) {
+        ask("01052025", "31052025");
+        window().show();
+        const WritingProgram other(shop().file(), GetParam());
+        expectFailure(kBusy);
+        waitForRows();
+        ASSERT_EQ(report().state(), RowsState::failed);
+        meanwhile();
+    }
     static frmRel_ChequesSF& window() { return frmRel_ChequesSF::instance(); }
     /// What the window's label of that name says.
     static QString said(const char* name) { return text(window(), name); }

@@ -45,14 +45,7 @@ TEST_P(ReportBesideStations, OneThatFindsNothingLeavesTheRowsOfTheOneOnShowComin
 // ---- Rows that stop coming
 
 TEST_P(ReportBesideStations, OneWhoseRowsStopComingIsToldAndNeitherPrintedNorSaved) {
-    ask("01052025", "31052025");
-    window().show();
-    {
-        const WritingProgram other(shop().file(), GetParam());
-        expectFailure(kBusy);
-        waitForRows();
-        ASSERT_EQ(report().state(), RowsState::failed);
-    }
+    stopHalfWay([] {});
     EXPECT_THAT(said("failed").toStdString(),
                 HasSubstr("Relatório incompleto: a leitura das linhas parou depois de "));
     EXPECT_THAT(said("pageCount").toStdString(), testing::EndsWith("(incompleto)"));
@@ -66,18 +59,12 @@ TEST_P(ReportBesideStations, OneWhoseRowsStopComingIsToldAndNeitherPrintedNorSav
 }
 
 TEST_P(ReportBesideStations, OneWhoseRowsStopComingCanBeTriedAgain) {
-    ask("01052025", "31052025");
-    window().show();
-    {
-        const WritingProgram other(shop().file(), GetParam());
-        expectFailure(kBusy);
-        waitForRows();
-        ASSERT_EQ(report().state(), RowsState::failed);
+    stopHalfWay([this] {
         const QString before = said("failed");
         expectFailure(kBusy); // it still writes
         click(window(), "again");
         EXPECT_EQ(said("failed"), before);
-    }
+    });
     click(window(), "again");
     EXPECT_FALSE(control(window(), "failed").isVisible());
     waitForRows();

@@ -115,6 +115,13 @@ protected:
         return QString("%1\n    gravado: %2\n    na tela: %3\n").arg(field, stored, typed);
     }
 
+    /// The first received cheque is on show when another station puts a remark to it.
+    FrmLancarCheques& firstChequeThenChanged() {
+        auto& form = open<FrmLancarCheques>();
+        click(form, "btnNavegacao", 0);
+        elsewhere("cheques", "lancamento=1", "observacao", words("devolver"));
+        return form;
+    }
     /// Through the fields of a received cheque with Enter, from the value on; Alt+S at the end.
     static void authorize(QWidget& form, const char* by) {
         enter(form, "txtvalor");
@@ -134,9 +141,7 @@ INSTANTIATE_TEST_SUITE_P(, ShownRecord, bothVersions(), versionName);
 // ---- received cheques
 
 TEST_P(ShownRecord, AReceivedChequeIsNotSavedOverWhatAnotherStationHasStored) {
-    auto& form = open<FrmLancarCheques>();
-    click(form, "btnNavegacao", 0);
-    elsewhere("cheques", "lancamento=1", "observacao", words("devolver"));
+    auto& form = firstChequeThenChanged();
     const QString both = differs("Quem Autorizou", "(vazio)", "Rita") +
                          differs("Observações", "devolver", "(vazio)");
     expectConflict(both);
@@ -154,9 +159,7 @@ TEST_P(ShownRecord, AReceivedChequeIsNotSavedOverWhatAnotherStationHasStored) {
 }
 
 TEST_P(ShownRecord, WhatIsStoredCanBeTakenInPlaceOfWhatWasTyped) {
-    auto& form = open<FrmLancarCheques>();
-    click(form, "btnNavegacao", 0);
-    elsewhere("cheques", "lancamento=1", "observacao", words("devolver"));
+    auto& form = firstChequeThenChanged();
     expectConflict(differs("Quem Autorizou", "(vazio)", "Rita") +
                        differs("Observações", "devolver", "(vazio)"),
                    MessageAnswer::stored);
@@ -238,9 +241,7 @@ TEST_P(ShownRecord, AChequeOfAClientWhoIsNewShowsHim) {
 }
 
 TEST_P(ShownRecord, AReceivedChequeThatAnotherHasChangedIsNotDeletedUnseen) {
-    auto& form = open<FrmLancarCheques>();
-    click(form, "btnNavegacao", 0);
-    elsewhere("cheques", "lancamento=1", "observacao", words("devolver"));
+    auto& form = firstChequeThenChanged();
     expectDeleteQuestion(MessageAnswer::yes);
     expectConflict(differs("Observações", "devolver", "(vazio)"));
     click(form, "CmdExcluir");

@@ -49,8 +49,20 @@ FormTest::~FormTest() {
     setPromptHook({});
 }
 
+namespace {
+
+/// Where the test has ended the program no window would wait any more, in no later test either: Qt
+/// takes that back only when a program begins.
+void beginAnew() {
+    QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(); });
+    QCoreApplication::exec();
+}
+
+} // namespace
+
 void FormTest::TearDown() {
     WindowList::instance().clear();
+    beginAnew();
     for (const ExpectedMessage& missing : messages_)
         ADD_FAILURE() << "announced, but never shown: " << missing.message;
     for (const ExpectedFile& missing : files_)
