@@ -158,9 +158,7 @@ void FrmConsultaCH::Lstcheques_ItemClick(const QString& /*chave*/, int linha) {
                     "Mensagem", MessageIcon::exclamation);
         return;
     }
-    FrmLancasSFundos& cheque = FrmLancasSFundos::instance();
-    cheque.consultar();
-    cheque.showModal();
+    FrmLancasSFundos::instance().consultar();
 }
 
 // ---- commands

@@ -77,6 +77,10 @@ void FrmLancasSFundos::Form_Load() {
     Mirtal::preencherLista(*txtbanco, dbconectar::instance().rsBancos, "nome", "codigo");
     limparControles(*this);
     nothingTyped();
+    if (soConsulta_) {
+        travar();
+        mostrarRegistro();
+    }
 }
 
 TelaDeCheque::Textos FrmLancasSFundos::textos() const {
@@ -91,8 +95,11 @@ TelaDeCheque::Textos FrmLancasSFundos::textos() const {
 // ---- the cheque on the screen
 
 void FrmLancasSFundos::consultar() {
-    if (!load())
-        return;
+    soConsulta_ = true;
+    showModal();
+}
+
+void FrmLancasSFundos::travar() {
     QPalette legivel; // what is there to be looked at isn't faint
     legivel.setBrush(QPalette::Disabled, QPalette::Text, palette().brush(QPalette::Text));
     for (QWidget* campo :
@@ -104,7 +111,6 @@ void FrmLancasSFundos::consultar() {
     for (QPushButton* comando : {CmdNovo, CmdIncluir, cmdExcluir, CmdBuscar})
         comando->setEnabled(false);
     CmdSair->setFocus();
-    mostrarRegistro();
 }
 
 void FrmLancasSFundos::mostrarRegistro() {

@@ -17,9 +17,9 @@ public:
     FrmLancasSFundos();
     static FrmLancasSFundos& instance();
 
-    /// Puts the cheque of the current row of rsSemFundos on the screen, which need not be on show,
-    /// to be looked at: nothing can be typed, begun, saved or deleted until the window closes.
-    /// @throws jet::Error{noCurrentRow} if there is no current row.
+    /// Shows the cheque of the current row of rsSemFundos, modally, to be looked at: nothing can be
+    /// typed, begun, saved or deleted until the window closes. A cheque that can't be read is told
+    /// as any window that can't be loaded is.
     void consultar();
 
     bool mostrarGravado() override;
@@ -43,6 +43,8 @@ private:
     [[nodiscard]] bool validar();
     /// From the screen into the current row of rsSemFundos.
     void gravarCampos();
+    /// Nothing can be typed any more.
+    void travar();
     /// The current row of rsSemFundos.
     void mostrarRegistro();
     /// Shows what the first received cheque of this number has for a bounced one: all but the
@@ -53,4 +55,5 @@ private:
     void limpar();
 
     ado::Shown visto_;
+    bool soConsulta_ = false;
 };

@@ -33,30 +33,39 @@ void CopiaDeSeguranca::verificar() {
 
 void CopiaDeSeguranca::copiar(const std::stop_token& parada) {
     QString texto;
+    std::optional<std::string> achado;
     try {
         if (copias_.damage())
-            avisarDoDano(parada); // what is known already isn't kept back while the file is read
+            avisarDoDano(parada, {}); // what is known isn't kept back while the file is read
         if (const auto copia = copias_.makeIfDue(parada))
             texto = "Cópia de segurança do dia feita: " +
                     QString::fromStdString(copia->filename().string());
+    } catch (const jet::Error& falha) {
+        if (falha.code() == jet::Errc::corrupt)
+            achado = falha.what();
+        texto = QString("A cópia de segurança não foi feita. ") + falha.what();
     } catch (const std::exception& falha) {
         texto = QString("A cópia de segurança não foi feita. ") + falha.what();
     }
     if (!texto.isEmpty())
         noProgramaAberto(parada, [this, texto] { mostrar_(texto); });
     try {
-        avisarDoDano(parada);
+        avisarDoDano(parada, achado);
     } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
         // The folder of the copies can't be read: that has been told.
     }
 }
 
-void CopiaDeSeguranca::avisarDoDano(const std::stop_token& parada) {
+void CopiaDeSeguranca::avisarDoDano(const std::stop_token& parada,
+                                    std::optional<std::string> achado) {
+    if (const auto anotado = copias_.damage())
+        achado = anotado;
     std::optional<Dano> dano;
-    if (const auto achado = copias_.damage()) {
+    if (achado) {
+        dano = {QString::fromStdString(*achado), std::nullopt};
+        noProgramaAberto(parada, [this, dano] { avisar_(dano); });
         const auto copia = copias_.newestSound(parada);
-        dano = {QString::fromStdString(*achado),
-                copia ? QString::fromStdString(copia->string()) : QString()};
+        dano->copia = copia ? QString::fromStdString(copia->string()) : QString();
     }
     noProgramaAberto(parada, [this, dano] { avisar_(dano); });
 }

@@ -49,6 +49,9 @@ const QString kComCopia =
     "valtrino-mdb restore \"%1\" \"%2\"\n\n"
     "O arquivo de agora fica guardado ao lado. O que foi lançado depois da cópia terá de ser "
     "lançado de novo.";
+const QString kProcurandoCopia =
+    "Enquanto o arquivo estiver assim, nenhuma cópia de segurança é apagada. As cópias estão sendo "
+    "conferidas: clique outra vez daqui a pouco para saber como voltar a uma delas.";
 const QString kSemCopia =
     "Não há cópia de segurança boa na pasta \"backup\" ao lado do arquivo. Feche o programa em "
     "todas as estações e peça ao técnico que salve o que ainda se lê:\n\n"
@@ -201,8 +204,9 @@ void MDICheques::mostrarDano(const std::optional<Dano>& dano) {
         QString::fromStdString(dbconectar::instance().Automacao.database().path().string());
     dano_->setToolTip(dano->achado);
     dano_->setAccessibleDescription(dano->achado);
-    const QString socorro =
-        dano->copia.isEmpty() ? kSemCopia.arg(arquivo) : kComCopia.arg(dano->copia, arquivo);
+    const QString socorro = !dano->copia             ? kProcurandoCopia
+                            : dano->copia->isEmpty() ? kSemCopia.arg(arquivo)
+                                                     : kComCopia.arg(*dano->copia, arquivo);
     socorro_ = dano->achado + "\n\n" + socorro;
 }
 
@@ -285,6 +289,12 @@ void MDICheques::cuidarDaCopia() {
         dbconectar::instance().Automacao.database().path(),
         [this](const QString& texto) { mostrarNoticia(texto); },
         [this](const std::optional<Dano>& dano) { mostrarDano(dano); });
+}
+
+void MDICheques::conferirArquivo(const QString& achado) {
+    mostrarDano(Dano{achado, std::nullopt});
+    if (copia_)
+        copia_->verificar();
 }
 
 void MDICheques::largarCopia() { copia_.reset(); }

@@ -43,6 +43,8 @@ public:
     void cuidarDaCopia();
     /// Breaks off a copy that is being made, and makes none any more.
     void largarCopia();
+    /// Shows at once that the database has errors, and has the whole of it checked.
+    void conferirArquivo(const QString& achado);
     /// Says what the opening of the database has found and why nothing can be saved, if so.
     void avisar();
 

@@ -99,15 +99,29 @@ bool mostrarOutraVersao(const std::exception_ptr& falha) {
     }
 }
 
+/// The main window, if there is one yet.
+MDICheques* principal() {
+    for (QWidget* janela : QApplication::topLevelWidgets())
+        if (auto* achada = qobject_cast<MDICheques*>(janela))
+            return achada;
+    return nullptr;
+}
+
 /// That the file is damaged is known then at the next start, and in the other stations.
-void anotarDano(const std::exception_ptr& falha) {
+/// @return what is damaged; nothing if that isn't what has failed.
+std::optional<QString> anotarDano(const std::exception_ptr& falha) {
+    if (!dbconectar::instance().aberto())
+        return std::nullopt;
+    const jet::Database& base = dbconectar::instance().Automacao.database();
     try {
         std::rethrow_exception(falha);
     } catch (const jet::Error& erro) {
-        if (erro.code() == jet::Errc::corrupt && dbconectar::instance().aberto())
-            jet::Backup(dbconectar::instance().Automacao.database().path()).noteDamage(erro.what());
-    } catch (...) { // NOLINT(bugprone-empty-catch)
-        // Nothing of the file's.
+        if (erro.code() != jet::Errc::corrupt && base.damage() != erro.what())
+            return std::nullopt;
+        jet::Backup(base.path()).noteDamage(erro.what());
+        return erro.what();
+    } catch (...) {
+        return std::nullopt; // nothing of the file's
     }
 }
 
@@ -130,9 +144,12 @@ QString desfecho() {
     QString texto;
     try {
         if (dados.desfazer())
-            texto += "O que estava sendo gravado foi desfeito. ";
+            texto += dados.Automacao.database().isBroken()
+                         ? "O que estava sendo gravado será desfeito quando a base de dados for "
+                           "aberta de novo. "
+                         : "O que estava sendo gravado foi desfeito. ";
     } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
-        // The file can't be used any more: the next opening undoes it, and says so.
+        // The file can't be used any more, and says so itself.
     }
     if (!dados.gravarPendentes())
         texto += "As últimas alterações não puderam ser gravadas. ";
@@ -195,9 +212,8 @@ void fecharSemTela() {
     if (std::exchange(encerrado, true))
         return;
     jet::setWaitHook({});
-    for (QWidget* janela : QApplication::topLevelWidgets())
-        if (auto* principal = qobject_cast<MDICheques*>(janela))
-            principal->largarCopia();
+    if (MDICheques* const janela = principal())
+        janela->largarCopia();
     dbconectar::descartar();
     std::_Exit(EXIT_FAILURE);
 }
@@ -227,19 +243,24 @@ private:
 void atenderFalha(const std::exception_ptr& falha) {
     if (!podeRepetir(falha))
         relatarFalha(falha);
+    const auto dano = anotarDano(falha);
+    if (MDICheques* const janela = principal(); janela && dano)
+        janela->conferirArquivo(*dano);
     dbconectar::instance().desfazer();
     if (!mostrarOutraVersao(falha))
         showMessage(descricao(falha), "Mensagem", MessageIcon::exclamation);
 }
 
 void relatarFalha(const std::exception_ptr& falha) {
-    anotarDano(falha);
+    static_cast<void>(anotarDano(falha));
     QString texto = descricao(falha) + "\n\n";
-    if (dbconectar::instance().aberto())
+    const bool trabalhava = dbconectar::instance().aberto(); // else there is nothing to repeat
+    if (trabalhava)
         texto += desfecho();
     dbconectar::descartar(); // before the message: no lock is held while it waits for an answer
     texto += "O programa será encerrado";
-    texto += podeDarCerto(falha) ? ": abra-o de novo e repita a última operação." : ".";
+    texto +=
+        trabalhava && podeDarCerto(falha) ? ": abra-o de novo e repita a última operação." : ".";
     for (QWidget* janela : QApplication::topLevelWidgets())
         if (janela->windowType() == Qt::SplashScreen)
             janela->hide(); // it would stand over the message

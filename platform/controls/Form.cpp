@@ -91,6 +91,8 @@ bool Form::load() {
         button->setDefault(false);
     }
     loaded_ = guarded([this] { Form_Load(); });
+    if (!loaded_)
+        retire();
     return loaded_;
 }
 
@@ -128,10 +130,14 @@ void Form::unload() {
     const QWindow* shown = windowHandle();
     if (QWindow* owner = shown ? shown->transientParent() : nullptr; owner && owner->isVisible())
         owner->requestActivate();
-    retired_ = WindowList::instance().retire(*this);
+    retire();
     if (!retired_)
         unloading_ = false; // a window of its own maker: may be shown again
-    else if (!modal_)
+}
+
+void Form::retire() {
+    retired_ = WindowList::instance().retire(*this);
+    if (retired_ && !modal_)
         deleteLater();
 }
 

@@ -24,7 +24,8 @@ class QShortcutEvent;
 /// as it is. The close box, Esc and unload() run `Form_Unload`, clear the prompt, hide the window
 /// and retire the object: the next `instance()` builds a new one, in the state of its design. The
 /// retired object stays valid until the handlers at work have returned to the event loop, and for
-/// the caller of showModal() until it has returned there too.
+/// the caller of showModal() until it has returned there too. A window whose Form_Load fails is not
+/// shown and is retired as well: nothing of it is left half loaded.
 ///
 /// Before Form_Load the window dresses itself: buttons get the icons they name (see Icons.h), the
 /// window that of its HeadingStrip, and each control the accessible name of the label whose buddy
@@ -40,8 +41,8 @@ public:
     ~Form() override;
 
     /// Runs Form_Load if it has not run yet. For who works on a window without showing it.
-    /// @return false if Form_Load failed.
-    bool load();
+    /// @return false if Form_Load failed, which has been told then.
+    [[nodiscard]] bool load();
     [[nodiscard]] bool isLoaded() const noexcept { return loaded_; }
 
     /// Shows the window in front of the active one and returns when it is hidden or unloaded; the
@@ -139,6 +140,7 @@ private:
     using Handler = std::function<void()>;
 
     void place();
+    void retire();
     void whenGotFocus(QWidget* control, const Handler& handler);
     void whenLostFocus(QWidget* control, const Handler& handler);
     void focusCame(QWidget* control);

@@ -140,6 +140,22 @@ TEST_F(FormLife, IsKeptWhenHidden) {
     EXPECT_EQ(text(frmTeste::instance(), "txtLivre"), "abc");
 }
 
+TEST_F(FormLife, IsBuiltAnewAfterItCouldNotBeLoaded) {
+    auto& failed = frmTeste::instance();
+    failed.onLoad = [&failed] {
+        failed.txtLivre->setEnabled(false);
+        throw std::runtime_error("sem dados");
+    };
+    expectFailure("sem dados");
+    failed.showModal();
+    EXPECT_FALSE(failed.isVisible());
+    EXPECT_FALSE(failed.isLoaded());
+    auto& next = open<frmTeste>();
+    EXPECT_EQ(frmTeste::built, 2);
+    EXPECT_TRUE(next.txtLivre->isEnabled());
+    EXPECT_EQ(journal, (Journal{"load", "load"}));
+}
+
 TEST_F(FormLife, StartsAnewAfterUnloading) {
     auto& form = opened();
     type(form, "txtLivre", "abc");

@@ -1,3 +1,4 @@
+#include "jet/Backup.h"
 #include "jet/Check.h"
 #include "support/QtPrinters.h"
 #include "support/ShopDatabase.h"
@@ -33,6 +34,13 @@ protected:
         start(process, action);
         waitForEnd(process);
     }
+    /// The same, with keys for what that opens, on a disk that fails.
+    void run(const char* action, const char* keys, const QString& disk) {
+        keys_ = keys;
+        disk_ = disk;
+        output_.clear();
+        run(action);
+    }
     void start(QProcess& process, const char* action) {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("QT_QPA_PLATFORM", "offscreen");
@@ -40,6 +48,10 @@ protected:
         environment.insert("OBSERVED_ACTION", action);
         if (splash_)
             environment.insert("OBSERVED_SPLASH", splash_);
+        if (!keys_.isEmpty())
+            environment.insert("OBSERVED_KEYS", keys_);
+        if (!disk_.isEmpty())
+            environment.insert("OBSERVED_DISK", disk_);
         process.setProcessEnvironment(environment);
         process.start(folder() + "/valtrino", QStringList());
     }
@@ -69,6 +81,8 @@ protected:
     static constexpr int kPatienceMs = 30'000;
     std::filesystem::path folder_ = makeTestFolder();
     const char* splash_ = nullptr; ///< what befalls the splash
+    QString keys_;
+    QString disk_;
     QString output_;
     int status_ = -1;
     bool ended_ = false;
@@ -228,6 +242,108 @@ TEST_F(ProgramWithoutDatabase, ADatabaseWithoutTheTables) {
     jet::Database::create(folder_ / "automacao.mdb", jet::Version::jet4);
     run();
     expectReport(folder() + "/automacao.mdb");
+}
+
+/// Ends with a failure that can't be tried again, with the bank register open.
+class ProgramThatFails : public Program {
+protected:
+    void SetUp() override {
+        Program::SetUp();
+        writeInitIni(shop_.folder().string());
+    }
+
+    void expectOneMessage() {
+        expectEnd(1);
+        EXPECT_EQ(output_.count("message "), 1) << output_.toStdString();
+    }
+    [[nodiscard]] bool says(const char* part) const { return output_.contains(part); }
+    [[nodiscard]] static std::int64_t banks(const std::filesystem::path& file) {
+        EXPECT_THAT(jet::check(file).findings, testing::IsEmpty()) << file;
+        return jet::Database(file).table("bancos").rowCount();
+    }
+    /// What the disk has, without what lies beside it.
+    [[nodiscard]] std::filesystem::path databaseAlone() const {
+        const auto alone = folder_ / "so.mdb";
+        std::filesystem::copy_file(shop_.file(), alone,
+                                   std::filesystem::copy_options::overwrite_existing);
+        return alone;
+    }
+
+    static constexpr char kUndone[] = "O que estava sendo gravado foi desfeito.";
+    static constexpr char kToBeUndone[] = "O que estava sendo gravado será desfeito";
+    static constexpr char kRepeat[] = "abra-o de novo e repita a última operação.";
+    static constexpr char kBank[] = "104|Banco Norte|&s";
+    ShopDatabase shop_;
+};
+
+TEST_F(ProgramThatFails, WhatWasBeingSavedIsUndoneAndToBeRepeated) {
+    run("mnubancos", kBank, "write journal 0");
+    expectOneMessage();
+    EXPECT_TRUE(says(kUndone)) << output_.toStdString();
+    EXPECT_TRUE(says(kRepeat));
+    EXPECT_EQ(banks(databaseAlone()), 0);
+}
+
+TEST_F(ProgramThatFails, WhatTheDiskLeavesHalfSavedIsntSaidToBeUndoneYet) {
+    int halfSaved = 0;
+    for (int write = 0; write < 3; ++write) {
+        run("mnubancos", kBank, QString("write automacao.mdb %1").arg(write));
+        expectOneMessage();
+        EXPECT_TRUE(says(kRepeat));
+        EXPECT_NE(says(kUndone), says(kToBeUndone)) << output_.toStdString();
+        if (says(kUndone))
+            EXPECT_EQ(banks(databaseAlone()), 0) << write;
+        else
+            ++halfSaved;
+        jet::Database recovered(shop_.file());
+        EXPECT_EQ(recovered.table("bancos").rowCount(), 0);
+    }
+    EXPECT_GT(halfSaved, 0);
+    EXPECT_EQ(banks(shop_.file()), 0);
+}
+
+TEST_F(ProgramThatFails, NothingIsUndoneWhereNothingWasBeingSaved) {
+    run("mnubancos", "", "read automacao.mdb 0");
+    expectOneMessage();
+    EXPECT_FALSE(says("desfeito")) << output_.toStdString();
+    EXPECT_TRUE(says(kRepeat));
+}
+
+TEST_F(ProgramThatFails, ADamagedPageIsNotedAndNothingIsToBeRepeated) {
+    std::uint64_t page = 0;
+    {
+        jet::Database file(shop_.file());
+        file.begin();
+        jet::Table& table = file.table("bancos");
+        for (int i = 0; i < 500; ++i) {
+            jet::Row row(table.columns().size());
+            row[*table.findColumn("nome")] = std::string("Banco ") + std::to_string(i);
+            page = number(table.insert(row).page);
+        }
+        file.commit();
+    }
+    {
+        std::fstream bytes(shop_.file(), std::ios::binary | std::ios::in | std::ios::out);
+        bytes.seekp(static_cast<std::streamoff>(page * 4096));
+        bytes << std::string(4096, '\xEE');
+    }
+    run("mnubancos");
+    expectOneMessage();
+    EXPECT_FALSE(says("desfeito")) << output_.toStdString();
+    EXPECT_FALSE(says("repita"));
+    const auto noted = jet::Backup(shop_.file()).damage();
+    ASSERT_TRUE(noted);
+    EXPECT_TRUE(output_.contains(QString::fromStdString(*noted))) << *noted;
+}
+
+TEST_F(ProgramWithoutDatabase, AtTheStartThereIsNothingToRepeat) {
+    const ShopDatabase shop;
+    writeInitIni(folder_.string());
+    std::filesystem::create_directory(folder_ / "automacao.mdb"); // opens, but can't be read
+    run();
+    expectEnd(1);
+    EXPECT_FALSE(output_.contains("repita")) << output_.toStdString();
+    EXPECT_FALSE(output_.contains("desfeito"));
 }
 
 } // namespace

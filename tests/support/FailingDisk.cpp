@@ -1,5 +1,7 @@
 #include "support/FailingDisk.h"
 
+#include <csignal>
+
 namespace {
 
 class FailingHandle final : public jet::Disk::Handle {
@@ -9,10 +11,12 @@ public:
 
     std::int64_t size() override { return handle_->size(); }
     std::int64_t read(std::uint64_t offset, std::span<std::byte> into) override {
-        return handle_->read(offset, into);
+        return disk_.refuses(FailingDisk::Refuses::reading, name_) ? -disk_.error
+                                                                   : handle_->read(offset, into);
     }
     std::int64_t write(std::uint64_t offset, std::span<const std::byte> from) override {
-        return disk_.refuses(name_) ? -disk_.error : handle_->write(offset, from);
+        return disk_.refuses(FailingDisk::Refuses::writing, name_) ? -disk_.error
+                                                                   : handle_->write(offset, from);
     }
     int truncate(std::uint64_t size) override { return handle_->truncate(size); }
     int sync() override { return handle_->sync(); }
@@ -48,8 +52,13 @@ std::unique_ptr<jet::Disk::Handle> FailingDisk::open(const std::filesystem::path
     return std::make_unique<FailingHandle>(*this, path.filename().string(), std::move(handle));
 }
 
-bool FailingDisk::refuses(const std::string& name) {
-    if (refused.empty() || name.find(refused) == std::string::npos)
+bool FailingDisk::refuses(Refuses call, const std::string& name) {
+    const bool counts = (what == Refuses::reading) == (call == Refuses::reading);
+    if (!counts || refused.empty() || !name.ends_with(refused))
         return false;
-    return spared-- <= 0;
+    if (spared-- > 0)
+        return false;
+    if (what == Refuses::life)
+        static_cast<void>(std::raise(SIGKILL));
+    return true;
 }

@@ -2,14 +2,22 @@
 
 #include "jet/Disk.h"
 
+#include <cstdint>
 #include <string>
 
-/// The system's disk, which refuses to write where and when it is told to.
+/// The system's disk, which refuses to write, or to read, where and when it is told to.
 class FailingDisk final : public jet::Disk {
 public:
-    /// Part of the names of the files that can't be written; "" for none.
+    enum class Refuses : std::uint8_t {
+        writing,
+        reading,
+        life ///< the program is killed where it would write
+    };
+
+    /// End of the names of the files that are refused; "" for none.
     std::string refused;
-    /// So many writes to them still go through.
+    Refuses what = Refuses::writing;
+    /// So many of these calls still go through.
     int spared = 0;
     int error = 0; ///< ENOSPC, EIO
 
@@ -39,6 +47,6 @@ public:
         return system().syncFolderOf(path);
     }
 
-    /// Whether this write is refused.
-    [[nodiscard]] bool refuses(const std::string& name);
+    /// Whether this call is refused; doesn't return if the program is killed.
+    [[nodiscard]] bool refuses(Refuses call, const std::string& name);
 };
