@@ -10,6 +10,7 @@
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
 #include "reports/FrmFiltroRelat.h"
+#include "shell/MDICheques.h"
 #include "shell/Mirtal.h"
 #include "shell/frmcaminho.h"
 #include "shell/frmlocalizar.h"
@@ -21,8 +22,12 @@
 #include <QGroupBox>
 #include <QImage>
 #include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPushButton>
+#include <QSettings>
 #include <QTabWidget>
+#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -36,6 +41,11 @@ using testing::IsEmpty;
 
 class Keyboard : public ShopTest {
 protected:
+    void SetUp() override {
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings_.path());
+        ShopTest::SetUp();
+    }
+
     /// Does the work in every window that is typed in, and on each page of it.
     static void inEveryWindow(const std::function<void(QWidget&)>& work) {
         Mirtal::modo = "Baixar"; // with all that the cheque list can show
@@ -77,6 +87,8 @@ protected:
                 all << tabs->tabText(i);
         return all;
     }
+
+    QTemporaryDir settings_; ///< of the main window's place
 };
 
 TEST_F(Keyboard, NoTwoControlsOfAWindowShareAnAccessKey) {
@@ -126,6 +138,25 @@ TEST_F(Keyboard, EveryFieldHasAnAccessKeyUnlessAllLettersOfItsLabelAreTaken) {
         }
     });
     EXPECT_GT(fields, 50);
+}
+
+TEST_F(Keyboard, NoTwoEntriesOfAMenuShareAnAccessKey) {
+    int keys = 0;
+    const std::function<void(const QWidget&)> walk = [&](const QWidget& menu) {
+        QStringList taken;
+        for (const QAction* entry : menu.actions()) {
+            if (entry->menu())
+                walk(*entry->menu());
+            if (entry->isSeparator())
+                continue;
+            const QString key = keyOf(entry->text());
+            EXPECT_FALSE(key.isEmpty() || taken.contains(key)) << entry->text().toStdString();
+            taken << key;
+            ++keys;
+        }
+    };
+    walk(*MDICheques::instance().menuBar());
+    EXPECT_GT(keys, 15);
 }
 
 TEST_F(Keyboard, AFieldsAccessKeyGoesThere) {
