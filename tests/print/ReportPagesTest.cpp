@@ -129,6 +129,9 @@ TEST_F(Pages, HaveLabelsBesideTheirValues) {
                 << words[i].text.toStdString();
         }
     EXPECT_EQ(labels, 4);
+    const auto until = std::ranges::find(words, QString("a"), &Word::text);
+    ASSERT_TRUE(until != words.begin() && until != words.end());
+    EXPECT_LT(until->place.left(), (until - 1)->place.right() + 6);
 }
 
 // Whoever copies or searches a name in the file finds its letters, not signs that are two of them.
