@@ -82,6 +82,16 @@ TEST_F(Pages, AreAsManyAsThereAreAndEachHasItsNumber) {
     EXPECT_EQ(rowsOf(pdf, 1) + rowsOf(pdf, 2), kRowsOnPage + 1);
 }
 
+TEST_F(Pages, TellTheirLanguage) {
+    report_.setTitle("Relatório de <A & B>");
+    const QString pdf = pdfOf(inventedRows(1));
+    EXPECT_EQ(propertyOf(pdf, "Title"), "Relatório de <A & B>");
+    const QString metadata = outputOf("pdfinfo", {"-meta", pdf});
+    EXPECT_TRUE(metadata.contains("<dc:language><rdf:Bag><rdf:li>pt-BR</rdf:li>"))
+        << metadata.toStdString();
+    EXPECT_TRUE(metadata.contains(">Relatório de &lt;A &amp; B&gt;</rdf:li>"));
+}
+
 // A total alone on its page belongs to nothing.
 TEST_F(Pages, CarryTwoRowsOnWithATotalThatHasNoRoom) {
     struct Case {
