@@ -128,7 +128,7 @@ fs::path dataSource(std::string_view connectionString) {
 
 std::string quotedValue(std::string_view value) {
     const std::string_view shown = trimmed(value);
-    const bool breaks = value.find(';') != std::string_view::npos ||
+    const bool breaks = value.find(';') != std::string_view::npos || shown.size() != value.size() ||
                         (!shown.empty() && kQuotes.find(shown.front()) != std::string_view::npos);
     if (!breaks)
         return std::string(value);

@@ -12,8 +12,9 @@ namespace ado {
 /// @throws Error{misuse} if there is none.
 [[nodiscard]] std::filesystem::path dataSource(std::string_view connectionString);
 
-/// A value as it must stand in a connection string: in quotes if it would break that otherwise, as
-/// the path of a folder with a semicolon in its name does, else as it is.
+/// A value as it must stand in a connection string to be read back as it is: in quotes if it would
+/// be read otherwise, as the path of a folder with a semicolon in its name or a blank before it
+/// would, else bare.
 [[nodiscard]] std::string quotedValue(std::string_view value);
 
 /// The file of that path, or one whose name, or the names of whose folders, differ only in case:

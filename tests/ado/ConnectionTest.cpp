@@ -47,6 +47,24 @@ TEST(ConnectionString, AnyPathGoesThroughItInQuotesWhereItNeedsThem) {
     }
 }
 
+TEST(ConnectionString, WhateverIsQuotedIsReadBackAsItWas) {
+    const std::string signs = " \t;\"'=a";
+    std::vector<std::string> values = {""};
+    for (std::size_t from = 0, length = 1; length <= 5; ++length) {
+        const std::size_t end = values.size();
+        for (; from < end; ++from)
+            for (const char sign : signs)
+                values.push_back(values[from] + sign);
+    }
+    ASSERT_GT(values.size(), 19'000U);
+    for (const std::string& value : values) {
+        if (value.empty())
+            continue;
+        const std::string all = "Provider=X;Data Source=" + ado::quotedValue(value) + ";Y=Z";
+        ASSERT_EQ(ado::dataSource(all).string(), value) << all;
+    }
+}
+
 TEST(ConnectionString, QuotesThatDontGoAroundTheValueBelongToIt) {
     EXPECT_EQ(ado::dataSource("Data Source='a'/b.mdb"), "'a'/b.mdb");
     EXPECT_EQ(ado::dataSource("Data Source=\"a;b.mdb"), "\"a");

@@ -60,7 +60,7 @@ TEST_F(DataAccess, ATrailingBackslashIsDoubledAndTheFileFoundAllTheSame) {
 
 TEST_F(DataAccess, AFolderNameThatWouldBreakTheConnectionStringIsFoundAllTheSame) {
     for (const char* name :
-         {"loja;2", "loja; Data Source=x", "a=b", "D'Avila", "\"loja\"", "\";'"}) {
+         {"loja;2", "loja; Data Source=x", "a=b", "D'Avila", "\"loja\"", "\";'", " loja"}) {
         const auto folder = shop().folder() / name;
         std::filesystem::create_directory(folder);
         std::filesystem::copy_file(shop().file(), folder / "automacao.mdb");
@@ -68,6 +68,21 @@ TEST_F(DataAccess, AFolderNameThatWouldBreakTheConnectionStringIsFoundAllTheSame
         EXPECT_EQ(openingFailure(), "") << name;
         EXPECT_EQ(data().Automacao.database().path(), folder / "automacao.mdb");
     }
+}
+
+TEST_F(DataAccess, ABlankBeforeTheFolderIsPartOfItsName) {
+    EXPECT_EQ(restart(" C:\\Dados").Automacao.ConnectionString(),
+              "Provider=Microsoft.Jet.OLEDB.3.51;Persist Security Info=False;"
+              "Data Source=\" C:\\Dados\\automacao.mdb\"");
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(shop().folder());
+    std::filesystem::create_directory(" loja");
+    std::filesystem::copy_file(shop().file(), " loja/automacao.mdb");
+    restart(" loja");
+    EXPECT_EQ(openingFailure(), "");
+    restart("loja");
+    EXPECT_NE(openingFailure(), "");
+    std::filesystem::current_path(before);
 }
 
 TEST_F(DataAccess, TheFourRecordsetsStayOpenUntilTheEnd) {
