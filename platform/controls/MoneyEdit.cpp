@@ -4,6 +4,7 @@
 
 #include <QMouseEvent>
 #include <QRegularExpression>
+#include <QScopedValueRollback>
 #include <QValidator>
 
 #include <algorithm>
@@ -49,18 +50,33 @@ void MoneyEdit::setValor(Amount valor) { show(valor); }
 void MoneyEdit::setDecimals(int decimals) { decimals_ = std::clamp(decimals, 0, kMoneyDecimals); }
 
 void MoneyEdit::show(Amount valor) {
-    QString text = formatMoneyExactly(valor);
+    QString text = isReadOnly() ? formatMoney(valor) : formatMoneyExactly(valor);
     decimalsInText_ = kMoneyDecimals; // the program may set as many as it likes
-    setText(entered_ ? text.remove('.') : text);
-    readText();
+    {
+        const QScopedValueRollback<bool> ours(showing_, true);
+        setText(entered_ ? text.remove('.') : text);
+    }
+    decimalsInText_ = valor.tenThousandths % 100 == 0 ? kShownDecimals : kMoneyDecimals;
+    take(valor);
+}
+
+void MoneyEdit::take(Amount valor) {
+    if (std::exchange(valor_, valor) != valor)
+        emit changed();
 }
 
 void MoneyEdit::readText() {
+    if (showing_)
+        return;
     const auto read = parseMoney(text());
     decimalsInText_ = read ? read->decimals : 0;
-    const Amount now = read ? read->amount : Amount{};
-    if (std::exchange(valor_, now) != now)
-        emit changed();
+    take(read ? read->amount : Amount{});
+}
+
+void MoneyEdit::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::ReadOnlyChange)
+        show(valor_);
+    QLineEdit::changeEvent(event);
 }
 
 void MoneyEdit::focusInEvent(QFocusEvent* event) {

@@ -13,15 +13,18 @@
 /// dressed in any way that parseMoney() reads.
 ///
 /// Invariant: the text is an amount, or the beginning of one ("", "-", ","), which counts as 0.
+/// In a box that is only for showing it is valor() rounded.
 class MoneyEdit final : public QLineEdit {
     Q_OBJECT
     Q_PROPERTY(int decimals READ decimals WRITE setDecimals)
 public:
     explicit MoneyEdit(QWidget* parent = nullptr);
 
-    /// What the text amounts to as it stands, 0 for an empty one.
+    /// What was typed amounts to as it stands, 0 for an empty text; or what setValor() gave.
     [[nodiscard]] Amount valor() const noexcept { return valor_; }
-    /// Any amount, shown exactly: with four decimals if it has them. Tells changed() if it differs.
+    /// Any amount. A box that can be typed into shows it exactly, with four decimals if it has
+    /// them, since what it shows is what is saved; one that is only for showing rounds it to two.
+    /// Tells changed() if it differs.
     void setValor(Amount valor);
 
     [[nodiscard]] int decimals() const noexcept { return decimals_; }
@@ -33,6 +36,7 @@ signals:
     void changed();
 
 protected:
+    void changeEvent(QEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -43,10 +47,12 @@ private:
 
     void show(Amount valor);
     void readText();
+    void take(Amount valor);
 
     Amount valor_;
     int decimals_ = kShownDecimals;
     int decimalsInText_ = 0;
+    bool showing_ = false; ///< the text comes from valor_, not the other way round
     bool entered_ = false;
     bool enteredByMouse_ = false;
 };

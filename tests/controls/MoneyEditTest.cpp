@@ -149,6 +149,21 @@ TEST_F(MoneyBox, KeepsFourDecimalsThatTheProgramSet) {
     EXPECT_EQ(money_.valor(), Amount{12'345'670}) << "no longer than it was";
 }
 
+TEST_F(MoneyBox, OnlyForShowingItRoundsToTwoDecimalsAndHoldsThemAll) {
+    money_.setReadOnly(true);
+    const QSignalSpy changes(&money_, &MoneyEdit::changed);
+    money_.setValor({4'944'180});
+    EXPECT_EQ(money_.text(), "494,42");
+    EXPECT_EQ(money_.valor(), Amount{4'944'180});
+    enter();
+    leave();
+    EXPECT_EQ(money_.valor(), Amount{4'944'180});
+    EXPECT_EQ(changes.count(), 1);
+    money_.setReadOnly(false);
+    EXPECT_EQ(money_.text(), "494,4180") << "to be typed into: as it will be saved";
+    EXPECT_EQ(changes.count(), 1);
+}
+
 TEST_F(MoneyBox, TellsEachChangeOfTheAmountAndNothingElse) {
     const QSignalSpy changes(&money_, &MoneyEdit::changed);
     typeOver("12,0");
