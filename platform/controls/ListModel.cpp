@@ -28,7 +28,6 @@ void ListModel::setCheckBoxes(bool shown) {
 }
 
 int ListModel::add(ListItem item) {
-    icons_ = icons_ || !item.icon.isNull();
     items_.push_back(std::move(item));
     return count() - 1;
 }

@@ -23,8 +23,6 @@ public:
     void setCheckBoxes(bool shown);
     [[nodiscard]] bool hasCheckBoxes() const noexcept { return checkBoxes_; }
 
-    [[nodiscard]] bool hasIcons() const noexcept { return icons_; }
-
     int add(ListItem item);
     void clear();
     /// Tells the view of the rows added since the last call.
@@ -56,5 +54,4 @@ private:
     std::vector<ListItem> items_;
     int announced_ = 0;
     bool checkBoxes_ = false;
-    bool icons_ = false;
 };

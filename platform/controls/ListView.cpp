@@ -6,6 +6,7 @@
 
 #include <QHeaderView>
 #include <QScopedValueRollback>
+#include <QScrollBar>
 #include <QStyleOptionViewItem>
 #include <QStyledItemDelegate>
 #include <QTimerEvent>
@@ -83,6 +84,7 @@ ListView::ListView(QWidget* parent) : QTreeView(parent), model_(new ListModel(th
     connect(header(), &QHeaderView::sectionResized, this, [this](int column, int, int width) {
         if (!sharing_ && isVisible()) {
             // The operator dragged it: from now on the columns keep the widths they have.
+            firstColumnFit_ = 0;
             for (int other = 0; other < model_->columnCount({}); ++other)
                 model_->setWidth(other, other == column ? width : header()->sectionSize(other));
         }
@@ -106,6 +108,11 @@ QString ListView::columnCaption(int column) const {
 
 void ListView::setColumnWidthShare(int column, int width) {
     model_->setWidth(column, width);
+    shareWidth();
+}
+
+void ListView::setFirstColumnFit(int width) {
+    firstColumnFit_ = width;
     shareWidth();
 }
 
@@ -173,7 +180,6 @@ void ListView::announceRows() {
     model_->announce();
     if (!firstRows || model_->announced() == 0)
         return;
-    shareWidth(); // there may be pictures now
     // Filled while it has the focus: the keys begin at the first row, as when the focus comes to
     // it.
     if (hasFocus() && !currentIndex().isValid())
@@ -205,12 +211,11 @@ void ListView::resizeEvent(QResizeEvent* event) {
 
 int ListView::leastFirstWidth() const {
     const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
-    int width = 0;
-    if (model_->hasCheckBoxes())
-        width += style()->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, this) + 2 * margin;
-    if (model_->hasIcons())
-        width += style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this) + 2 * margin;
-    return width;
+    const int icon = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this) + 2 * margin;
+    const int box = style()->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, this) + 2 * margin;
+    if (firstColumnFit_ > 0)
+        return (box + icon) * model_->columns().front().width / firstColumnFit_;
+    return model_->hasCheckBoxes() ? box + icon : icon;
 }
 
 void ListView::shareWidth() {
@@ -221,7 +226,8 @@ void ListView::shareWidth() {
     if (shares <= 0)
         return;
     // Each column ends where the shares up to it end, so that roundings don't add up to a gap.
-    const int width = viewport()->width();
+    const int width =
+        std::max(0, maximumViewportSize().width() - verticalScrollBar()->sizeHint().width());
     std::int64_t passed = 0;
     int left = 0;
     for (int column = 0; column < model_->columnCount({}); ++column) {

@@ -41,7 +41,8 @@ struct ListItem {
 ///
 /// Columns share the width in proportion to their widths, also when the window grows, until the
 /// operator drags one wider: then in proportion to what he made of them. The first is never too
-/// narrow for its check box and icon; without room for more, it shows no text.
+/// narrow for its check box and an icon; without room for more, it shows no text. What is listed
+/// moves no column: there is always room for an icon, and for the scroll bar beside the columns.
 class ListView final : public QTreeView {
     Q_OBJECT
 public:
@@ -54,6 +55,10 @@ public:
     [[nodiscard]] QString columnCaption(int column) const;
     /// Sets a column's share of the width; see ListColumn.
     void setColumnWidthShare(int column, int width);
+    /// For a list with check boxes at times only: the share at which the first column just holds
+    /// check box and icon. At any other it is never narrower than in proportion to that, check
+    /// boxes shown or not.
+    void setFirstColumnFit(int width);
     /// Shows or hides the check boxes; hidden at first.
     void setCheckBoxes(bool shown);
 
@@ -100,7 +105,7 @@ protected:
 
 private:
     void announceRows();
-    /// What the check box and the icon of the first column need.
+    /// What the first column must have.
     [[nodiscard]] int leastFirstWidth() const;
     void shareWidth();
     void tellClick(const QModelIndex& index);
@@ -108,6 +113,7 @@ private:
 
     ListModel* model_;
     QBasicTimer announceTimer_;
+    int firstColumnFit_ = 0; ///< 0: the column just holds what it shows
     bool sharing_ = false;
     bool ticked_ = false; ///< by the click at work
 };

@@ -2,6 +2,8 @@
 #include "collections/ChequeList.h"
 #include "support/FormChecks.h"
 
+#include <QScrollBar>
+
 #include <gmock/gmock.h>
 
 namespace {
@@ -67,11 +69,28 @@ TEST_F(ChequeList, TheFirstColumnIsNarrowerInSettlement) {
         auto& form = openFor(mode);
         form.resize(6000, 580); // so wide that check box and icon don't ask for more
         QCoreApplication::processEvents();
-        const int all = list(form).viewport()->width();
+        const int all = list(form).maximumViewportSize().width() -
+                        list(form).verticalScrollBar()->sizeHint().width();
         const int share = all * width / (kOthers + width);
         EXPECT_NEAR(list(form).columnWidth(0), share, 1) << mode;
         click(form, "cmdsair");
     }
+}
+
+TEST_F(ChequeList, TheFirstColumnIsNarrowerInSettlementAsTheWindowOpensAndStaysSo) {
+    givenCheques();
+    std::vector<int> widths;
+    for (const char* mode : {"Baixar", "localizarCH"}) {
+        auto& form = openFor(mode);
+        const int empty = list(form).columnWidth(0);
+        click(form, "chkdescontar");
+        QCoreApplication::processEvents();
+        ASSERT_GT(list(form).count(), 0);
+        EXPECT_EQ(list(form).columnWidth(0), empty) << mode << ": no jump when it is filled";
+        widths.push_back(empty);
+        click(form, "cmdsair");
+    }
+    EXPECT_LT(widths[0], widths[1]);
 }
 
 TEST_F(ChequeList, OpensOnTodayWithBanksAndClientsByNameAndAnEmptyList) {

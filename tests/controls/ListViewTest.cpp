@@ -5,6 +5,7 @@
 
 #include <QElapsedTimer>
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
@@ -27,6 +28,11 @@ protected:
         window_.resize(500, 300);
         window_.show();
         activate(window_);
+    }
+    /// What the columns share: the scroll bar keeps its place, shown or not.
+    [[nodiscard]] int room() const {
+        return list_->maximumViewportSize().width() -
+               list_->verticalScrollBar()->sizeHint().width();
     }
     void fill(int rows) {
         for (int i = 0; i < rows; ++i)
@@ -140,7 +146,7 @@ TEST_F(BankList, ColumnsShareTheWidthAlsoWhenTheWindowGrows) {
     for (const int width : {500, 1000}) {
         window_.resize(width, 300);
         QCoreApplication::processEvents();
-        const int all = list_->viewport()->width();
+        const int all = room();
         EXPECT_EQ(list_->columnWidth(0), all / 5);
         EXPECT_NEAR(list_->columnWidth(1), all * 0.6, 1);
         EXPECT_EQ(list_->columnWidth(0) + list_->columnWidth(1) + list_->columnWidth(2), all);
@@ -157,7 +163,55 @@ TEST_F(BankList, TheFirstColumnHasRoomForItsCheckBoxAndIcon) {
         {.key = "k", .text = "", .subItems = {}, .icon = Icons::named("banco"), .checked = false});
     const QRect box = list_->checkBoxRect(0);
     EXPECT_GE(list_->columnWidth(0), box.right() + 16);
-    EXPECT_EQ(list_->columnWidth(0) + list_->columnWidth(1), list_->viewport()->width());
+    EXPECT_EQ(list_->columnWidth(0) + list_->columnWidth(1), room());
+}
+
+TEST_F(BankList, WhatIsListedMovesNoColumn) {
+    const auto widths = [this] {
+        std::vector<int> all;
+        for (int column = 0; column < 3; ++column)
+            all.push_back(list_->columnWidth(column));
+        return all;
+    };
+    for (const int share : {1, 20}) {
+        list_->setColumns({
+            {"",       share},
+            {"Nome",   60   },
+            {"Valor ", 20   }
+        });
+        list_->setCheckBoxes(share == 1);
+        const std::vector<int> empty = widths();
+        for (const int rows : {1, 200}) {
+            for (int row = 0; row < rows; ++row)
+                list_->addItem({.key = QString::number(row),
+                                .text = "104",
+                                .subItems = {},
+                                .icon = Icons::named("banco"),
+                                .checked = false});
+            for (int events = 0; events < 3; ++events) // rows, their layout, the scroll bar
+                QCoreApplication::processEvents();
+            EXPECT_EQ(widths(), empty) << rows;
+        }
+        EXPECT_TRUE(list_->verticalScrollBar()->isVisible());
+    }
+}
+
+TEST_F(BankList, AFirstColumnFitForItsCheckBoxAtAShareIsWiderAtAWiderOne) {
+    list_->setColumns({
+        {"",     250 },
+        {"Nome", 9050}
+    });
+    list_->setFirstColumnFit(250);
+    list_->setCheckBoxes(true);
+    const int narrow = list_->columnWidth(0);
+    EXPECT_GT(narrow, room() * 250 / 9300) << "what the check box needs, not the share";
+    list_->setCheckBoxes(false);
+    list_->setColumnWidthShare(0, 300);
+    EXPECT_EQ(list_->columnWidth(0), narrow * 300 / 250);
+    list_->header()->resizeSection(0, 30);
+    window_.resize(600, 300);
+    QCoreApplication::processEvents();
+    EXPECT_LT(list_->columnWidth(0), narrow) << "as the operator dragged it";
 }
 
 TEST_F(BankList, AFirstColumnWithRoomForTheIconOnlyShowsNoText) {
