@@ -1,5 +1,6 @@
 #include "shell/frmlocalizar.h"
 
+#include "controls/Accents.h"
 #include "controls/Icons.h"
 #include "controls/MessageBox.h"
 #include "controls/WindowList.h"
@@ -8,10 +9,25 @@
 #include "shell/dbconectar.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace {
 
 constexpr int kDigitos = 10; ///< of the longest code
+
+struct Achado {
+    qint64 codigo;
+    QString nome;
+};
+
+std::vector<Achado> ler(const QString& instrucao) {
+    ado::Recordset rs;
+    rs.Open(instrucao, dbconectar::instance().Automacao, ado::CursorType::Keyset);
+    std::vector<Achado> achados;
+    for (; !rs.EOF(); rs.MoveNext())
+        achados.push_back({rs["codigo"].integer(), Valores::texto(rs["nome"])});
+    return achados;
+}
 
 /// How long the text is without the blanks before and after it.
 qsizetype tamanhoSemBrancos(const QString& texto) {
@@ -45,25 +61,28 @@ frmlocalizar& frmlocalizar::instance() { return WindowList::instance().one<frmlo
 // those it finds nobody; and an apostrophe breaks the statement.
 void frmlocalizar::txtpesquisar_Change() {
     const QString texto = txtpesquisar->text();
-    ado::Recordset achados;
-    achados.Open("select codigo,nome from cliente_fornecedor where tipo=true and mid$(nome,1," +
-                     QString::number(tamanhoSemBrancos(texto)) + ")='" + texto + "'" +
-                     "order by NOME",
-                 dbconectar::instance().Automacao, ado::CursorType::Keyset);
-    if (achados.RecordCount() == 0) {
+    const qsizetype tamanho = tamanhoSemBrancos(texto);
+    std::vector<Achado> achados =
+        ler("select codigo,nome from cliente_fornecedor where tipo=true and mid$(nome,1," +
+            QString::number(tamanho) + ")='" + texto + "'" + "order by NOME");
+    if (achados.empty() && tamanho == texto.size()) {
+        // Nobody's name begins exactly so: with other accents somebody's may.
+        achados = ler("select codigo,nome from cliente_fornecedor where tipo=true order by nome");
+        std::erase_if(achados,
+                      [&](const Achado& achado) { return !beginsAlike(achado.nome, texto); });
+    }
+    if (achados.empty()) {
         showMessage("Não foi encontrado nenhum registro.", "Mensagem", MessageIcon::information);
         txtpesquisar->clear(); // lists everybody
         return txtpesquisar->setFocus();
     }
     LstEncontrado->clear();
     const QIcon icone = Icons::named("cliente");
-    for (achados.MoveFirst(); !achados.EOF(); achados.MoveNext()) {
-        const qint64 codigo = achados["codigo"].integer();
+    for (const auto& [codigo, nome] : achados)
         LstEncontrado->addItem({.key = QString("%1").arg(codigo, kDigitos, 10, QChar('0')),
-                                .text = Valores::texto(achados["nome"]),
+                                .text = nome,
                                 .subItems = {QString::number(codigo)},
                                 .icon = icone});
-    }
     txtpesquisar->setFocus();
 }
 

@@ -1,5 +1,6 @@
 #include "controls/DropDownList.h"
 
+#include "controls/Accents.h"
 #include "controls/Icons.h"
 #include "controls/Typing.h"
 
@@ -132,24 +133,23 @@ void DropDownList::setText(const QString& text) {
 }
 
 bool DropDownList::typeAhead(const QString& typed) {
-    const QString wanted = beforeCaret() + typed;
-    const int found = firstBeginningWith(wanted);
-    if (found < 0)
+    const auto found = firstBeginningWith(beforeCaret() + typed);
+    if (!found)
         return false;
-    const bool another = found != currentIndex();
-    setListIndex(found);
+    const bool another = found->index != currentIndex();
+    setListIndex(found->index);
     const auto whole = static_cast<int>(text().size());
-    lineEdit()->setSelection(whole, static_cast<int>(wanted.size()) - whole);
+    lineEdit()->setSelection(whole, found->typed - whole);
     if (another)
         emit clicked();
     return true;
 }
 
 bool DropDownList::selectByText(const QString& text) {
-    const int found = firstBeginningWith(beforeCaret() + text);
-    if (found < 0)
+    const auto found = firstBeginningWith(beforeCaret() + text);
+    if (!found)
         return false;
-    setListIndex(found);
+    setListIndex(found->index);
     return true;
 }
 
@@ -174,13 +174,15 @@ QString DropDownList::beforeCaret() const {
                                                     : line.cursorPosition());
 }
 
-int DropDownList::firstBeginningWith(const QString& wanted) const {
+std::optional<DropDownList::Found> DropDownList::firstBeginningWith(const QString& wanted) const {
     const auto& entries = model_->entries();
-    for (std::size_t i = 0; i < entries.size(); ++i) {
+    for (std::size_t i = 0; i < entries.size(); ++i)
         if (entries[i].text.startsWith(wanted, Qt::CaseInsensitive))
-            return static_cast<int>(i);
-    }
-    return -1;
+            return Found{static_cast<int>(i), static_cast<int>(wanted.size())};
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        if (const auto alike = beginsAlike(entries[i].text, wanted))
+            return Found{static_cast<int>(i), static_cast<int>(*alike)};
+    return std::nullopt;
 }
 
 void DropDownList::chooseNone() {

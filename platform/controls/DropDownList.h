@@ -3,6 +3,7 @@
 #include <QComboBox>
 
 #include <cstdint>
+#include <optional>
 
 class EntryModel;
 
@@ -10,9 +11,10 @@ class EntryModel;
 /// data), one of them chosen or none, and a text, which is the chosen entry's or free.
 ///
 /// Typing goes through typeAhead(): the first entry that begins with what stands before the caret
-/// and the typed character is chosen. Where there is none, and with every other change the operator
-/// makes to the text, none is chosen and the text is free: nothing is chosen behind his back on
-/// leaving.
+/// and the typed character is chosen; only where none begins exactly so, the first one that does
+/// but for its accents: "marc" finds Márcio if there is no Marcos. Where there is none, and with
+/// every other change the operator makes to the text, none is chosen and the text is free: nothing
+/// is chosen behind his back on leaving.
 ///
 /// Entries are counted from 0; -1 stands for none. 20,000 entries are no burden.
 class DropDownList final : public QComboBox {
@@ -35,9 +37,9 @@ public:
     void setText(const QString& text);
 
     /// The wanted text is what stands before the caret (before the marked part, if any) followed by
-    /// `typed`. Chooses the first entry that begins with it, without regard to case: the text
-    /// becomes the whole entry, the caret goes to just after the typed part, and the rest is
-    /// marked, so that typing on overwrites it.
+    /// `typed`. Chooses the first entry that begins with it, without regard to case, or else to
+    /// accents: the text becomes the whole entry, the caret goes to just after the typed part, and
+    /// the rest is marked, so that typing on overwrites it.
     /// @return false, and nothing changes, if no entry begins so.
     bool typeAhead(const QString& typed);
 
@@ -67,7 +69,11 @@ protected:
 
 private:
     [[nodiscard]] QString beforeCaret() const;
-    [[nodiscard]] int firstBeginningWith(const QString& wanted) const;
+    struct Found {
+        int index;
+        int typed; ///< how many characters of the entry are the wanted ones
+    };
+    [[nodiscard]] std::optional<Found> firstBeginningWith(const QString& wanted) const;
     void chooseNone();
     void updateSign();
 

@@ -62,6 +62,27 @@ TEST_F(ClientList, TypingWhatNoEntryBeginsWithChoosesNone) {
     EXPECT_EQ(line().cursorPosition(), 2);
 }
 
+TEST_F(ClientList, AccentsAreFoundEitherWayWhereNothingBeginsExactlySo) {
+    list_.clear();
+    for (const char* name :
+         {"Mário Prado", "Marcos Lima", "Márcio Reis", "Ângela", "Jose\u0301 Luz"})
+        list_.addItem(name);
+    const auto typed = [this](const char* keys) {
+        list_.setText("");
+        type(keys);
+        return (list_.text() + "|" + line().selectedText()).toStdString();
+    };
+    EXPECT_EQ(typed("mar"), "Marcos Lima|cos Lima") << "who begins exactly so comes first";
+    EXPECT_EQ(typed("marc"), "Marcos Lima|os Lima");
+    EXPECT_EQ(typed("marci"), "Márcio Reis|o Reis");
+    EXPECT_EQ(typed("mari"), "Mário Prado|o Prado");
+    EXPECT_EQ(typed("márcos"), "Marcos Lima| Lima");
+    EXPECT_EQ(typed("ANG"), "Ângela|ela");
+    EXPECT_EQ(typed("josé l"), "Jose\u0301 Luz|uz");
+    EXPECT_EQ(typed("marx"), "Marx|");
+    EXPECT_EQ(list_.listIndex(), -1);
+}
+
 TEST_F(ClientList, OnlyWhatStandsBeforeTheCaretCounts) {
     list_.setText("Jota");
     line().setCursorPosition(1);

@@ -95,6 +95,17 @@ TEST_F(ClientLookup, AccentsCount) {
     EXPECT_THAT(found(form), ElementsAre("Márcio D'Ávila"));
 }
 
+TEST_F(ClientLookup, FindsWithOtherAccentsWhereNobodyBeginsExactlySo) {
+    givenClients();
+    auto& form = opened();
+    type("marc");
+    EXPECT_THAT(found(form), ElementsAre("Márcio D'Ávila"));
+    paste("MÁRI");
+    EXPECT_THAT(found(form), ElementsAre("MARIA DE SOUZA", "Maria de Souza", "Marina Prado"));
+    expectNobody(); // a supplier isn't found this way either
+    paste("mára");
+}
+
 TEST_F(ClientLookup, AnEmptyTextListsAllClientsByName) {
     givenClients();
     auto& form = opened();
