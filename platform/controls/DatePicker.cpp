@@ -131,14 +131,31 @@ void DatePicker::show(QDate value) { setText(formatDate(value)); }
 void DatePicker::readText() {
     if (text().size() < kWholeDate)
         return;
-    if (const auto date = parseDate(text()))
+    if (const auto date = typed())
         take(*date);
 }
 
-void DatePicker::settle() {
-    if (const auto date = parseDate(text()))
-        take(*date);
+std::optional<QDate> DatePicker::typed() const {
+    if (notBefore_)
+        return parseDate(text(), {YearRule::Kind::notBefore, notBefore_->value()});
+    return parseDate(text());
+}
+
+bool DatePicker::settle() {
+    const auto date = typed();
+    if (!date)
+        return false;
+    take(*date);
     show(value_);
+    return true;
+}
+
+QString DatePicker::refusal() const {
+    if (typed())
+        return {};
+    const QString wanted =
+        "igite dia, mês e ano, como em " + formatDate(QDate::currentDate()) + ".";
+    return text().isEmpty() ? "D" + wanted : "\"" + text() + "\" não é uma data. D" + wanted;
 }
 
 QSize DatePicker::sizeHint() const {
@@ -180,7 +197,8 @@ void DatePicker::focusOutEvent(QFocusEvent* event) {
     if (!leavesControl(*event))
         return;
     entered_ = false;
-    settle();
+    if (!settle())
+        show(value_);
 }
 
 // Comes before the windows hear of the leaving: they are to find the date that was typed.
@@ -211,7 +229,7 @@ DatePicker::Part DatePicker::partAtCaret() const {
 }
 
 void DatePicker::step(Part part, int by) {
-    if (const auto date = parseDate(text()))
+    if (const auto date = typed())
         take(*date);
     const int caret = cursorPosition();
     const bool whole = hasSelectedText();

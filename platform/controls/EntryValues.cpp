@@ -26,7 +26,7 @@ Held held(QWidget& widget) {
         return {formatMoneyExactly(money->valor()), !money->isReadOnly(),
                 [money, valor = money->valor()] { money->setValor(valor); }};
     if (auto* date = qobject_cast<DatePicker*>(&widget))
-        return {formatDate(date->value()), !date->isReadOnly(),
+        return {date->text(), !date->isReadOnly(),
                 [date, value = date->value()] { date->setValue(value); }};
     if (auto* list = qobject_cast<DropDownList*>(&widget))
         return {list->text(), true, [list, text = list->text(), chosen = list->listIndex()] {

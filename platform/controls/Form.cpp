@@ -1,5 +1,6 @@
 #include "controls/Form.h"
 
+#include "controls/DatePicker.h"
 #include "controls/FieldGrid.h"
 #include "controls/HeadingStrip.h"
 #include "controls/Icons.h"
@@ -16,7 +17,9 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QScreen>
+#include <QTimer>
 #include <QWindow>
 
 #include <algorithm>
@@ -277,6 +280,29 @@ void Form::focusWent() {
         guarded(handler);
 }
 
+// Only the button that closes the window can be gone to all the same.
+bool Form::keepsFocus(QWidget& control, const QFocusEvent& leaving) {
+    auto* date = qobject_cast<DatePicker*>(&control);
+    if (!date || !date->isEnabled() || unloading_ || !isVisible() ||
+        (closeButton_ && QApplication::focusWidget() == closeButton_))
+        return false;
+    const QString refusal = date->refusal();
+    if (refusal.isEmpty())
+        return false;
+    const bool byMouse = leaving.reason() == Qt::MouseFocusReason;
+    {
+        // First the focus: the window gives it, after the message, to whoever had it before.
+        const QScopedValueRollback<bool> keeping(keepingFocus_, true);
+        date->setFocus();
+        showMessage(refusal, "Advertência", MessageIcon::exclamation);
+    }
+    date->selectAll();
+    keptFocus_ = true;
+    pressDue_ = byMouse; // comes as soon as the focus has been dealt with
+    QTimer::singleShot(0, this, [this] { pressDue_ = false; });
+    return true;
+}
+
 bool Form::filterKey(QWidget* control, const QKeyEvent& key) {
     if (isEnter(key) && !(key.modifiers() & Qt::ControlModifier))
         for (const Handler& handler : onEnter_.values(control))
@@ -296,8 +322,9 @@ bool Form::filterKey(QWidget* control, const QKeyEvent& key) {
 bool Form::pressByAccessKey(QAbstractButton& button, const QShortcutEvent& key) {
     if (!button.isEnabled() || key.isAmbiguous())
         return false; // Qt moves the focus among the candidates
+    keptFocus_ = false;
     button.setFocus(Qt::ShortcutFocusReason);
-    if (isVisible())
+    if (isVisible() && !keptFocus_)
         button.click();
     return true;
 }
@@ -327,14 +354,17 @@ bool Form::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::FocusIn:
         enteredByMouse_ = static_cast<QFocusEvent*>(event)->reason() == Qt::MouseFocusReason &&
                           digitsOnly_.contains(control);
-        focusCame(control);
+        if (!keepingFocus_ || control == focused_) // then only its prompt comes back
+            focusCame(control);
         break;
     case QEvent::FocusOut: {
         const auto& went = *static_cast<QFocusEvent*>(event);
         if (went.reason() == Qt::ActiveWindowFocusReason)
             showPrompt(""); // nobody types here behind another window
-        if (!leavesControl(went))
+        if (keepingFocus_ || !leavesControl(went))
             break;
+        if (keepsFocus(*control, went))
+            return true;
         const bool pressed = QGuiApplication::mouseButtons() & Qt::LeftButton;
         focusWent();
         releasedOnLeaving_ = pressed && !(QGuiApplication::mouseButtons() & Qt::LeftButton);
@@ -349,6 +379,8 @@ bool Form::eventFilter(QObject* watched, QEvent* event) {
             return true;
         break;
     case QEvent::MouseButtonPress:
+        if (std::exchange(pressDue_, false))
+            return true;
         if (std::exchange(enteredByMouse_, false))
             return true; // all of it stays marked
         // A message box came up on leaving, and the mouse button was let go in it. The press that

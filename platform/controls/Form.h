@@ -32,6 +32,9 @@ class QShortcutEvent;
 /// it is, and the fields stand as FieldGrid.h says. Enter presses the button that has the focus and
 /// no other, and no other looks as if. Held down, a key presses none at all (see KeyHabits.h).
 ///
+/// A DatePicker whose text is no date isn't left, but to close the window: the operator is told,
+/// the text is marked, and what he had pressed instead is not done.
+///
 /// Handlers are plain private member functions connected with on(), gotFocus() and lostFocus() in
 /// the constructor, after setupUi(). None may let an exception out; the guard catches it.
 class Form : public QDialog {
@@ -145,6 +148,8 @@ private:
     void whenLostFocus(QWidget* control, const Handler& handler);
     void focusCame(QWidget* control);
     void focusWent();
+    /// Keeps the focus in a date box whose text is no date, and says so. @return whether it did.
+    bool keepsFocus(QWidget& control, const QFocusEvent& leaving);
     [[nodiscard]] bool filterKey(QWidget* control, const QKeyEvent& key);
     [[nodiscard]] bool pressByAccessKey(QAbstractButton& button, const QShortcutEvent& key);
     [[nodiscard]] bool somethingTyped() const;
@@ -169,6 +174,10 @@ private:
         std::optional<int> top;
     };
     std::optional<Place> place_;
+    /// A control has been entered that had to be left again; see keepsFocus().
+    bool keptFocus_ = false;
+    bool keepingFocus_ = false;
+    bool pressDue_ = false; ///< of the mouse, on that control
     /// The mouse button was let go while a control was being left for the one that it is on.
     bool releasedOnLeaving_ = false;
     bool enteredByMouse_ = false; ///< and the click that did it is still to come

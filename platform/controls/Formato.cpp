@@ -3,6 +3,7 @@
 #include <QRegularExpression>
 
 #include <array>
+#include <cstdlib>
 
 namespace {
 
@@ -137,7 +138,29 @@ QString formatDate(const QDate& date) {
         .arg(date.year(), 4, 10, QChar('0'));
 }
 
-std::optional<QDate> parseDate(const QString& text) {
+namespace {
+
+/// The day and month in the year that the rule gives them; no date if no year has them.
+QDate inYear(int day, int month, const YearRule& rule) {
+    constexpr int kLeapYears = 8; // from one 29/02 to the next, where a century has none
+    const bool nearest = rule.kind == YearRule::Kind::nearest;
+    QDate best;
+    for (int year = rule.day.year() - (nearest ? kLeapYears : 0);
+         year <= rule.day.year() + kLeapYears; ++year) {
+        const QDate date(year, month, day);
+        if (!date.isValid())
+            continue;
+        if (nearest ? !best.isValid() ||
+                          std::abs(rule.day.daysTo(date)) <= std::abs(rule.day.daysTo(best))
+                    : !best.isValid() && date >= rule.day)
+            best = date;
+    }
+    return best;
+}
+
+} // namespace
+
+std::optional<QDate> parseDate(const QString& text, const YearRule& rule) {
     static const std::array kForms = {
         QRegularExpression(R"(^(?<d>\d{1,2})[/. -](?<m>\d{1,2})(?:[/. -](?<y>\d{2,4})?)?$)"),
         QRegularExpression(R"(^(?<d>\d{2})(?<m>\d{2})(?<y>\d{2}|\d{4})?$)"),
@@ -148,11 +171,13 @@ std::optional<QDate> parseDate(const QString& text) {
         if (!match.hasMatch())
             continue;
         const QString yearText = match.captured("y");
-        int year = yearText.isEmpty() ? QDate::currentDate().year() : yearText.toInt();
+        const int month = match.captured("m").toInt();
+        const int day = match.captured("d").toInt();
+        int year = yearText.toInt();
         if (yearText.size() == 2)
             year += year < 50 ? 2000 : 1900;
-        const QDate date(year, match.captured("m").toInt(), match.captured("d").toInt());
-        if (!date.isValid() || year < kFirstYear || year > kLastYear)
+        const QDate date = yearText.isEmpty() ? inYear(day, month, rule) : QDate(year, month, day);
+        if (!date.isValid() || date.year() < kFirstYear || date.year() > kLastYear)
             return std::nullopt;
         return date;
     }

@@ -44,8 +44,18 @@ struct MoneyText {
 /// "dd/mm/yyyy"; "" for an invalid date.
 [[nodiscard]] QString formatDate(const QDate& date);
 
+/// Which year a date without one means.
+struct YearRule {
+    enum class Kind : unsigned char {
+        nearest,   ///< that of the such day nearest to `day`; of two as near the later one
+        notBefore, ///< that of the first such day from `day` on
+    };
+    Kind kind = Kind::nearest;
+    QDate day = QDate::currentDate();
+};
+
 /// Reads day, month, year: "01/02/2026", "1/2/26", "1-2-2026", "01022026", "010226"; without a year
-/// ("1/2", "0102") the current one. Reads "2026-02-01" as well. Of a year of two digits, 00 to 49
+/// ("1/2", "0102") that of the rule. Reads "2026-02-01" as well. Of a year of two digits, 00 to 49
 /// are of this century, 50 to 99 of the last.
 /// @return nothing if there is no such date in the years 100 to 9999.
-[[nodiscard]] std::optional<QDate> parseDate(const QString& text);
+[[nodiscard]] std::optional<QDate> parseDate(const QString& text, const YearRule& rule = {});

@@ -76,7 +76,7 @@ TEST_F(DateBox, BarsCanBeTypedAsWell) {
     EXPECT_EQ(date_.text(), "01/02/2026");
     EXPECT_EQ(after("1/2/26"), "01/02/2026");
     EXPECT_EQ(after("1.2.2026"), "01/02/2026");
-    EXPECT_EQ(after("5/11"), formatDate(QDate(QDate::currentDate().year(), 11, 5)));
+    EXPECT_EQ(after("5/11"), formatDate(*parseDate("5/11")));
 }
 
 TEST_F(DateBox, WhatIsNoDateGoesBackToTheLastOne) {
@@ -224,6 +224,28 @@ TEST_F(DateBox, ADateThatCannotBeTypedIntoOffersNoCalendar) {
     EXPECT_FALSE(calendar.isVisible());
     date_.setReadOnly(false);
     EXPECT_TRUE(calendar.isVisible());
+}
+
+TEST_F(DateBox, ADateWithoutAYearCanBeTheFirstOneNotBeforeThatOfAnotherBox) {
+    DatePicker issue;
+    date_.setNotBefore(&issue);
+    issue.setValue(QDate(2019, 11, 22));
+    EXPECT_EQ(after("1502"), "15/02/2020");
+    EXPECT_EQ(after("2211"), "22/11/2019");
+    EXPECT_EQ(after("15022018"), "15/02/2018");
+    issue.setValue(QDate(2021, 11, 22));
+    EXPECT_EQ(after("1502"), "15/02/2022");
+}
+
+TEST_F(DateBox, SaysWhyATextIsNoDate) {
+    EXPECT_EQ(date_.refusal(), "");
+    type("3102");
+    const QString example = formatDate(QDate::currentDate());
+    EXPECT_EQ(date_.refusal(),
+              "\"31/02/\" não é uma data. Digite dia, mês e ano, como em " + example + ".");
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_Delete);
+    EXPECT_EQ(date_.refusal(), "Digite dia, mês e ano, como em " + example + ".");
 }
 
 /// Remembers the date that the box holds when a window hears that it is left.

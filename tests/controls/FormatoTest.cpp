@@ -88,14 +88,45 @@ TEST(Formato, ReadsDatesAsPeopleWriteThem) {
     for (const char* text : {"01/02/2026", "1/2/2026", "01-02-2026", "1.2.2026", "01022026",
                              "010226", "1/2/26", "2026-02-01", " 01/02/2026 "})
         EXPECT_EQ(parseDate(text), first) << text;
-    const QDate thisYear(QDate::currentDate().year(), 2, 1);
     for (const char* text : {"1/2", "0102", "01/02/"})
-        EXPECT_EQ(parseDate(text), thisYear) << text;
+        EXPECT_EQ(parseDate(text, {YearRule::Kind::nearest, QDate(2026, 3, 1)}), first) << text;
     EXPECT_EQ(parseDate("01/02/49"), QDate(2049, 2, 1));
     EXPECT_EQ(parseDate("01/02/50"), QDate(1950, 2, 1));
     EXPECT_EQ(parseDate("29/02/2028"), QDate(2028, 2, 29));
     EXPECT_EQ(parseDate("01/01/0100"), QDate(100, 1, 1));
     EXPECT_EQ(parseDate("31/12/9999"), QDate(9999, 12, 31));
+}
+
+TEST(Formato, ADateWithoutAYearIsTheOneNearestToTheDay) {
+    const struct {
+        QDate day;
+        const char* typed;
+        QDate read;
+    } cases[] = {
+        {{2026, 11, 22}, "1502", {2027, 2, 15} },
+        {{2026, 1, 5},   "2812", {2025, 12, 28}},
+        {{2026, 5, 10},  "1005", {2026, 5, 10} },
+        {{2026, 11, 22}, "2902", {2028, 2, 29} },
+        {{2025, 6, 1},   "2902", {2024, 2, 29} },
+    };
+    for (const auto& [day, typed, read] : cases) {
+        EXPECT_EQ(parseDate(typed, {YearRule::Kind::nearest, day}), read) << typed;
+    }
+    EXPECT_EQ(parseDate("3002"), std::nullopt) << "in no year";
+    EXPECT_EQ(parseDate("0107", {YearRule::Kind::nearest, QDate(2023, 12, 31)}), QDate(2024, 7, 1))
+        << "183 days either way: the later one";
+}
+
+TEST(Formato, ADateWithoutAYearIsTheFirstOneNotBeforeTheDay) {
+    const auto from = [](const char* text, QDate day) {
+        return parseDate(text, {YearRule::Kind::notBefore, day});
+    };
+    EXPECT_EQ(from("1502", {2026, 11, 22}), QDate(2027, 2, 15));
+    EXPECT_EQ(from("2111", {2026, 11, 22}), QDate(2027, 11, 21));
+    EXPECT_EQ(from("2211", {2026, 11, 22}), QDate(2026, 11, 22));
+    EXPECT_EQ(from("2902", {2096, 3, 1}), QDate(2104, 2, 29));
+    EXPECT_EQ(from("22112025", {2026, 11, 22}), QDate(2025, 11, 22))
+        << "a year that is typed stays";
 }
 
 TEST(Formato, RefusesWhatIsNoDate) {
