@@ -104,13 +104,8 @@ void FrmConsultaCH::somarCheques(const QString& doCliente) {
                                                     " cheques, mais do que os 32767 que a "
                                                     "consulta pode contar.");
     Amount total;
-    for (; !rs.EOF(); rs.MoveNext()) {
-        const auto comEste = sum(total, valor(rs["valor"]));
-        if (!comEste)
-            throw jet::Error(jet::Errc::outOfRange,
-                             "O total dos cheques do cliente passa do maior valor possível.");
-        total = *comEste;
-    }
+    for (; !rs.EOF(); rs.MoveNext())
+        total = Valores::soma(total, valor(rs["valor"]), "O total dos cheques do cliente");
     txttotal->setText(formatMoney(total));
     txtcheques->setText(QString::number(quantos));
     rs.clearFilter();

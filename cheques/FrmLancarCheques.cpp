@@ -3,7 +3,6 @@
 #include "controls/ClearControls.h"
 #include "controls/MessageBox.h"
 #include "controls/WindowList.h"
-#include "jet/Error.h"
 #include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
@@ -13,13 +12,16 @@
 
 namespace {
 
-using TelaDeCheque::codigo;
-using TelaDeCheque::escolher;
-using TelaDeCheque::mostrar;
-
+constexpr char kTotal[] = "O total dos cheques do cliente";
 constexpr int kPrazo = 30; ///< days from one cheque of a run to the next
 
-ado::Recordset& cheques() { return dbconectar::instance().rsCheques; }
+/// Of the chosen client.
+QString codigo(const DropDownList& lista) {
+    return QString::number(lista.itemData(lista.listIndex()));
+}
+
+dbconectar& dados() { return dbconectar::instance(); }
+ado::Recordset& cheques() { return dados().rsCheques; }
 
 /// Has CmdLocalizar's list shown.
 std::function<void()>& lista() {
@@ -27,20 +29,11 @@ std::function<void()>& lista() {
     return mostrar;
 }
 
-Amount soma(Amount a, Amount b) {
-    const auto total = sum(a, b);
-    if (!total)
-        throw jet::Error(jet::Errc::outOfRange,
-                         "O total dos cheques do cliente passa do maior valor possível.");
-    return *total;
-}
-
 /// Goes to a cheque of all that are stored; the filter comes off if it hides it.
 /// @return false if there is none: then rsCheques stays where it is.
 bool irAte(const QString& criterio) {
     ado::Recordset cheque;
-    cheque.Open("select lancamento from cheques where " + criterio,
-                dbconectar::instance().Automacao);
+    cheque.Open("select lancamento from cheques where " + criterio, dados().Automacao);
     if (cheque.EOF())
         return false;
     if (Mirtal::localizar(cheques(), criterio))
@@ -71,10 +64,24 @@ FrmLancarCheques::FrmLancarCheques() {
         {txtdescontar,  "Informe se o cliente vem trocar o cheque na empresa ou é p/descontar"},
         {cmbcheques,    "Marque se deseja lançar vários cheques do mesmo cliente"            },
     });
+    campos_ = Campos(Campos::Nulo::esvazia,
+                     {
+                         {"cliente",    Campos::ListaDeCodigos{txtNome, &dados().rsCliente}},
+                         {"banco",      Campos::ListaDeCodigos{txtbanco, &dados().rsBancos}},
+                         {"numero",     txtnumero                                          },
+                         {"data",       txtdata                                            },
+                         {"bompara",    txtbompara                                         },
+                         {"valor",      txtvalor                                           },
+                         {"observacao", txtobservacao                                      },
+                         {"autorizou",  txtautorizou                                       },
+                         {"agencia",    txtagencia                                         },
+                         {"descontar",  txtdescontar                                       },
+    });
     enterAsTab({txtNome, txtbanco, txtagencia, txtnumero, txtdata, txtbompara, txtvalor,
                 txtautorizou, txtobservacao, txtdescontar, cmbcheques});
     tellsRecord(txtlancamento, "Lançamento");
     txtlancamento->hide(); // told by the heading
+    txtbompara->setNotBefore(txtdata);
     closesWith(CmdSair);
     lostFocus(txtNome, &FrmLancarCheques::txtNome_LostFocus);
     lostFocus(txtvalor, &FrmLancarCheques::txtvalor_LostFocus);
@@ -97,38 +104,21 @@ void FrmLancarCheques::aoLocalizar(std::function<void()> mostrarLista) {
 
 void FrmLancarCheques::Form_Load() {
     centre();
-    dbconectar& dados = dbconectar::instance();
     Estrutura::exigir(cheques(), {"lancamento", "cliente", "banco", "numero", "valor"});
-    Estrutura::exigir(dados.rsCliente, {"codigo", "nome"});
-    Estrutura::exigir(dados.rsBancos, {"codigo", "nome"});
-    Estrutura::dispensar(dados.rsCliente, {
-                                              {"limite_credito", nullptr}
+    Estrutura::exigir(dados().rsCliente, {"codigo", "nome"});
+    Estrutura::exigir(dados().rsBancos, {"codigo", "nome"});
+    Estrutura::dispensar(dados().rsCliente, {
+                                                {"limite_credito", nullptr}
     });
-    Estrutura::dispensar(cheques(), {
-                                        {"agencia",    txtagencia   },
-                                        {"data",       txtdata      },
-                                        {"bompara",    txtbompara   },
-                                        {"autorizou",  txtautorizou },
-                                        {"observacao", txtobservacao},
-                                        {"descontar",  txtdescontar }
-    });
-    TelaDeCheque::limitar(cheques(), textos());
+    campos_.dispensar(cheques());
+    campos_.limitar(cheques());
     datasDeHoje();
-    Mirtal::preencherLista(*txtNome, dados.rsCliente, "nome", "codigo");
-    Mirtal::preencherLista(*txtbanco, dados.rsBancos, "nome", "codigo");
+    Mirtal::preencherLista(*txtNome, dados().rsCliente, "nome", "codigo");
+    Mirtal::preencherLista(*txtbanco, dados().rsBancos, "nome", "codigo");
     nothingTyped();
 }
 
 void FrmLancarCheques::Form_Unload() { Mirtal::modo.clear(); }
-
-TelaDeCheque::Textos FrmLancarCheques::textos() const {
-    return {
-        {{"agencia", txtagencia},
-         {"numero", txtnumero},
-         {"autorizou", txtautorizou},
-         {"observacao", txtobservacao}}
-    };
-}
 
 // ---- the cheque on the screen
 
@@ -150,14 +140,7 @@ void FrmLancarCheques::mostrarRegistro() {
     const ado::Recordset& rs = cheques();
     const ado::Shown visto = rs.shown();
     txtlancamento->setText(Valores::texto(rs["lancamento"]));
-    escolher(*txtNome, dbconectar::instance().rsCliente, rs["cliente"].integer());
-    escolher(*txtbanco, dbconectar::instance().rsBancos, rs["banco"].integer());
-    for (const auto& [campo, caixa] : textos())
-        mostrar(*caixa, rs[campo]);
-    mostrar(*txtdata, rs["data"]);
-    mostrar(*txtbompara, rs["bompara"]);
-    txtvalor->setValor(Valores::valor(rs["valor"]));
-    txtdescontar->setChecked(rs["descontar"].boolean());
+    campos_.mostrar(rs);
     visto_ = visto; // only now: what was shown in part isn't seen
     nothingTyped();
 }
@@ -169,23 +152,14 @@ bool FrmLancarCheques::mostrarGravado() {
     return true;
 }
 
-void FrmLancarCheques::gravarCampos() {
-    ado::Recordset& rs = cheques();
-    rs["cliente"] = codigo(*txtNome);
-    rs["banco"] = codigo(*txtbanco);
-    rs["numero"] = txtnumero->text();
-    rs["data"] = Valores::data(txtdata->value());
-    rs["bompara"] = Valores::data(txtbompara->value());
-    rs["valor"] = Valores::moeda(txtvalor->valor());
-    rs["observacao"] = txtobservacao->text();
-    rs["autorizou"] = txtautorizou->text();
-    rs["agencia"] = txtagencia->text();
-    rs["descontar"] = txtdescontar->isChecked();
+void FrmLancarCheques::esvaziar() {
+    limparControles(*this);
+    campos_.esquecer();
+    visto_ = {};
 }
 
 void FrmLancarCheques::limpar() {
-    limparControles(*this);
-    visto_ = {};
+    esvaziar();
     datasDeHoje();
     txtdescontar->setChecked(true);
     nothingTyped();
@@ -200,12 +174,8 @@ void FrmLancarCheques::datasDeHoje() {
 // ---- leaving a field
 
 void FrmLancarCheques::txtNome_LostFocus() {
-    ado::Recordset& clientes = dbconectar::instance().rsCliente;
-    if (clientes.RecordCount() == 0 || txtNome->listIndex() < 0)
-        return;
-    clientes.MoveFirst();
-    clientes.Find("codigo=" + QString::number(codigo(*txtNome)));
-    if (!clientes.EOF())
+    ado::Recordset& clientes = dados().rsCliente;
+    if (txtNome->listIndex() >= 0 && Mirtal::localizar(clientes, "codigo=" + codigo(*txtNome)))
         limite_ = Valores::valor(clientes["limite_credito"]);
 }
 
@@ -216,13 +186,13 @@ void FrmLancarCheques::txtvalor_LostFocus() {
     ado::Recordset& rs = cheques();
     if (rs.RecordCount() == 0 || txtNome->listIndex() < 0)
         return;
-    rs.setFilter("cliente=" + QString::number(codigo(*txtNome)));
+    rs.setFilter("cliente=" + codigo(*txtNome));
     if (rs.RecordCount() == 0)
         return;
     Amount total;
     for (rs.MoveFirst(); !rs.EOF(); rs.MoveNext()) {
-        total = soma(total, Valores::valor(rs["valor"]));
-        const Amount comEste = soma(total, txtvalor->valor());
+        total = Valores::soma(total, Valores::valor(rs["valor"]), kTotal);
+        const Amount comEste = Valores::soma(total, txtvalor->valor(), kTotal);
         if (comEste <= limite_ || limite_ <= Amount{})
             continue;
         showMessage("Cliente ultrapassou seu Limite de crédito!\r\rLimite  Crédito :" +
@@ -239,25 +209,25 @@ void FrmLancarCheques::txtobservacao_LostFocus() { CmdIncluir->setFocus(); }
 // ---- commands
 
 bool FrmLancarCheques::validar() {
-    auto impedimento = TelaDeCheque::falta({txtNome, txtbanco, txtnumero, txtvalor});
-    if (!impedimento)
-        impedimento = TelaDeCheque::naoCabe(cheques(), textos(), txtvalor);
-    if (impedimento)
-        advertir(impedimento->controle, impedimento->mensagem);
-    return !impedimento;
+    auto recusa = TelaDeCheque::falta({txtNome, txtbanco, txtnumero, txtvalor});
+    if (!recusa)
+        recusa = campos_.recusa(cheques());
+    if (recusa)
+        advertir(recusa->controle, recusa->motivo);
+    return !recusa;
 }
 
 void FrmLancarCheques::CmdIncluir_Click() {
     if (!validar())
         return;
     ado::Recordset& rs = cheques();
-    ado::Transaction gravacao(dbconectar::instance().Automacao);
+    ado::Transaction gravacao(dados().Automacao);
     const bool novo = txtlancamento->text().isEmpty();
     if (novo)
         Estrutura::acrescentar(rs, "lancamento");
     else
         Mirtal::editar(rs, "lancamento=" + txtlancamento->text(), visto_);
-    gravarCampos();
+    campos_.gravar(rs);
     rs.Update();
     const ado::Shown gravado = rs.shown();
     rs.Requery();
@@ -266,8 +236,10 @@ void FrmLancarCheques::CmdIncluir_Click() {
     if (!cmbcheques->isChecked())
         return limpar();
     // Deliberate: txtlancamento stays too, so a run begun on a stored cheque goes on changing it.
-    if (!novo)
+    if (!novo) {
         visto_ = gravado;
+        campos_.lembrar();
+    }
     txtbompara->setValue(txtbompara->value().addDays(kPrazo));
     txtnumero->clear();
     nothingTyped();
@@ -280,8 +252,7 @@ void FrmLancarCheques::CmdExcluir_Click() {
     if (txtlancamento->text().isEmpty() || !TelaDeCheque::confirmarExclusao(cheques()))
         return;
     Mirtal::apagarPorChave("Cheques", "lancamento", txtlancamento->text(), false, visto_);
-    limparControles(*this); // deliberate: unlike a new cheque, due today and not for deposit
-    visto_ = {};
+    esvaziar(); // deliberate: unlike a new cheque, due today and not for deposit
     cheques().Requery();
     nothingTyped();
     txtNome->setFocus();

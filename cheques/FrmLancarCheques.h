@@ -50,18 +50,18 @@ private:
     void txtvalor_LostFocus();
     void txtobservacao_LostFocus();
 
-    /// The text boxes and their fields.
-    [[nodiscard]] TelaDeCheque::Textos textos() const;
     /// The current row of rsCheques.
     void mostrarRegistro();
     /// Says what is missing or can't be stored and goes there; true if nothing is.
     [[nodiscard]] bool validar();
-    /// From the screen into the current row of rsCheques.
-    void gravarCampos();
+    /// For a new cheque: every control as in an empty window.
+    void esvaziar();
+    /// The same, ready to be typed into.
     void limpar();
     /// Issued today, due in 30 days.
     void datasDeHoje();
 
+    Campos campos_; ///< all but the key
     ado::Shown visto_;
     Amount limite_; ///< credit limit of the client last chosen
 };

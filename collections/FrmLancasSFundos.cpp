@@ -14,11 +14,9 @@
 
 namespace {
 
-using TelaDeCheque::escolher;
-using TelaDeCheque::mostrar;
-
-ado::Recordset& cheques() { return dbconectar::instance().rsCheques; }
-ado::Recordset& semFundos() { return dbconectar::instance().rsSemFundos; }
+dbconectar& dados() { return dbconectar::instance(); }
+ado::Recordset& cheques() { return dados().rsCheques; }
+ado::Recordset& semFundos() { return dados().rsSemFundos; }
 
 } // namespace
 
@@ -38,6 +36,17 @@ FrmLancasSFundos::FrmLancasSFundos() {
         {txtagencia,    "Informe nº da agência"                       },
         {txtEmpresa,    "Nome da empresa que cadastrou cliente"         },
         {txtobservacao, "Digite observações sobre o cliente ou cheque"},
+    });
+    campos_ = Campos(Campos::Nulo::esvazia,
+                     {
+                         {"cliente",    Campos::ListaDeCodigos{txtcliente, &dados().rsCliente}},
+                         {"banco",      Campos::ListaDeCodigos{txtbanco, &dados().rsBancos}   },
+                         {"numero",     txtnumero                                             },
+                         {"data",       txtdata                                               },
+                         {"valor",      txtvalor                                              },
+                         {"observacao", txtobservacao                                         },
+                         {"agencia",    txtagencia                                            },
+                         {"empresa",    txtEmpresa                                            },
     });
     enterAsTab({txtcliente, txtbanco, txtagencia, txtnumero, txtdata, txtvalor, txtEmpresa,
                 txtobservacao, cmbncheque});
@@ -63,33 +72,18 @@ void FrmLancasSFundos::Form_Load() {
     centre();
     Estrutura::exigir(semFundos(),
                       {"lancamento", "cliente", "banco", "numero", "valor", "empresa"});
-    Estrutura::exigir(dbconectar::instance().rsCliente, {"codigo", "nome"});
-    Estrutura::exigir(dbconectar::instance().rsBancos, {"codigo", "nome"});
-    Estrutura::dispensar(
-        semFundos(),
-        {
-            {"agencia",    txtagencia   },
-            {"data",       txtdata      },
-            {"observacao", txtobservacao}
-    });
-    TelaDeCheque::limitar(semFundos(), textos());
-    Mirtal::preencherLista(*txtcliente, dbconectar::instance().rsCliente, "nome", "codigo");
-    Mirtal::preencherLista(*txtbanco, dbconectar::instance().rsBancos, "nome", "codigo");
-    limparControles(*this);
+    Estrutura::exigir(dados().rsCliente, {"codigo", "nome"});
+    Estrutura::exigir(dados().rsBancos, {"codigo", "nome"});
+    campos_.dispensar(semFundos());
+    campos_.limitar(semFundos());
+    Mirtal::preencherLista(*txtcliente, dados().rsCliente, "nome", "codigo");
+    Mirtal::preencherLista(*txtbanco, dados().rsBancos, "nome", "codigo");
+    esvaziar();
     nothingTyped();
     if (soConsulta_) {
         travar();
         mostrarRegistro();
     }
-}
-
-TelaDeCheque::Textos FrmLancasSFundos::textos() const {
-    return {
-        {{"agencia", txtagencia},
-         {"numero", txtnumero},
-         {"empresa", txtEmpresa},
-         {"observacao", txtobservacao}}
-    };
 }
 
 // ---- the cheque on the screen
@@ -114,12 +108,10 @@ void FrmLancasSFundos::travar() {
 }
 
 void FrmLancasSFundos::mostrarRegistro() {
-    TelaDeCheque::limitar(semFundos(), textos()); // a copied cheque may have needed more room
     const ado::Recordset& rs = semFundos();
     const ado::Shown visto = rs.shown();
     txtlancamento->setText(Valores::texto(rs["lancamento"]));
-    mostrarCheque(rs);
-    mostrar(*txtEmpresa, rs["empresa"]);
+    campos_.mostrar(rs);
     visto_ = visto; // only now: what was shown in part isn't seen
     nothingTyped();
 }
@@ -129,26 +121,6 @@ bool FrmLancasSFundos::mostrarGravado() {
         return false;
     mostrarRegistro();
     return true;
-}
-
-void FrmLancasSFundos::mostrarCheque(const ado::Recordset& rs) {
-    escolher(*txtcliente, dbconectar::instance().rsCliente, rs["cliente"].integer());
-    escolher(*txtbanco, dbconectar::instance().rsBancos, rs["banco"].integer());
-    mostrar(*txtnumero, rs["numero"]);
-    mostrar(*txtdata, rs["data"]);
-    txtvalor->setValor(Valores::valor(rs["valor"]));
-    mostrar(*txtobservacao, rs["observacao"]);
-    mostrar(*txtagencia, rs["agencia"]);
-}
-
-void FrmLancasSFundos::gravarCampos() {
-    ado::Recordset& rs = semFundos();
-    rs["cliente"] = TelaDeCheque::codigo(*txtcliente);
-    rs["banco"] = TelaDeCheque::codigo(*txtbanco);
-    for (const auto& [campo, caixa] : textos())
-        rs[campo] = caixa->text();
-    rs["data"] = Valores::data(txtdata->value());
-    rs["valor"] = Valores::moeda(txtvalor->valor());
 }
 
 // ---- copying a received cheque
@@ -182,33 +154,33 @@ bool FrmLancasSFundos::copiarRecebido(const QString& numero) {
     const BusyCursor ocupado;
     const bool achado = Mirtal::localizar(cheques(), "numero='" + numero + "'");
     if (achado)
-        mostrarCheque(cheques());
+        campos_.copiar(cheques(), "empresa");
     return achado;
 }
 
 // ---- commands
 
 bool FrmLancasSFundos::validar() {
-    auto impedimento = TelaDeCheque::falta({txtcliente, txtbanco, txtnumero, txtvalor});
-    if (!impedimento && txtEmpresa->text().isEmpty())
-        impedimento = {txtEmpresa, "É necessário preencher O nome da empresa."};
-    if (!impedimento)
-        impedimento = TelaDeCheque::naoCabe(semFundos(), textos(), txtvalor);
-    if (impedimento)
-        advertir(impedimento->controle, impedimento->mensagem);
-    return !impedimento;
+    auto recusa = TelaDeCheque::falta({txtcliente, txtbanco, txtnumero, txtvalor});
+    if (!recusa && txtEmpresa->text().isEmpty())
+        recusa = {txtEmpresa, "É necessário preencher O nome da empresa."};
+    if (!recusa)
+        recusa = campos_.recusa(semFundos());
+    if (recusa)
+        advertir(recusa->controle, recusa->motivo);
+    return !recusa;
 }
 
 void FrmLancasSFundos::CmdIncluir_Click() {
     if (!validar())
         return;
     ado::Recordset& rs = semFundos();
-    ado::Transaction gravacao(dbconectar::instance().Automacao);
+    ado::Transaction gravacao(dados().Automacao);
     if (txtlancamento->text().isEmpty())
         Estrutura::acrescentar(rs, "lancamento");
     else
         Mirtal::editar(rs, "lancamento=" + txtlancamento->text(), visto_);
-    gravarCampos();
+    campos_.gravar(rs);
     rs.Update();
     gravacao.commit();
     limpar();
@@ -216,10 +188,14 @@ void FrmLancasSFundos::CmdIncluir_Click() {
 
 void FrmLancasSFundos::CmdNovo_Click() { limpar(); }
 
-void FrmLancasSFundos::limpar() {
+void FrmLancasSFundos::esvaziar() {
     limparControles(*this);
+    campos_.esquecer();
     visto_ = {};
-    TelaDeCheque::limitar(semFundos(), textos());
+}
+
+void FrmLancasSFundos::limpar() {
+    esvaziar();
     nothingTyped();
     txtcliente->setFocus();
 }
@@ -228,8 +204,7 @@ void FrmLancasSFundos::cmdExcluir_Click() {
     if (txtlancamento->text().isEmpty() || !TelaDeCheque::confirmarExclusao(semFundos()))
         return;
     Mirtal::apagarPorChave("SemFundos", "lancamento", txtlancamento->text(), false, visto_);
-    limparControles(*this);
-    visto_ = {};
+    esvaziar();
     semFundos().Requery();
     nothingTyped();
     txtcliente->setFocus();

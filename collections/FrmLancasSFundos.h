@@ -37,12 +37,8 @@ private:
     void cmbncheque_LostFocus();
     void txtobservacao_LostFocus();
 
-    /// The text boxes and their fields.
-    [[nodiscard]] TelaDeCheque::Textos textos() const;
     /// Says what is missing or can't be stored and goes there; true if nothing is.
     [[nodiscard]] bool validar();
-    /// From the screen into the current row of rsSemFundos.
-    void gravarCampos();
     /// Nothing can be typed any more.
     void travar();
     /// The current row of rsSemFundos.
@@ -50,10 +46,12 @@ private:
     /// Shows what the first received cheque of this number has for a bounced one: all but the
     /// company. @return false, and nothing changes, if there is none.
     bool copiarRecebido(const QString& numero);
-    /// What received and bounced cheques have in common, of the current row.
-    void mostrarCheque(const ado::Recordset& rs);
+    /// For a new cheque: every control as in an empty window.
+    void esvaziar();
+    /// The same, ready to be typed into.
     void limpar();
 
+    Campos campos_; ///< all but the key
     ado::Shown visto_;
     bool soConsulta_ = false;
 };

@@ -53,6 +53,7 @@ FrmLocCHTerceiros::FrmLocCHTerceiros() {
         {"Dt.Vencto",       1250,                 Qt::AlignHCenter},
         {"Valor R$",        1500,                 Qt::AlignRight  }
     });
+    lstterceiros->setFirstColumnFit(kPrimeiraAoBaixar);
     lbltotal->setFont(headingFont());
     enterAsTab({txtbanco, txtcliente, chkdescontar, chkmostrar, txtinicio, txtfim});
     closesWith(cmdsair);
@@ -160,10 +161,9 @@ void FrmLocCHTerceiros::acrescentarLinha(const char* campoNome, const QIcon& ico
 
 void FrmLocCHTerceiros::lstterceiros_ItemCheck(int linha, bool marcado) {
     const QString mostrado = lstterceiros->text(linha, kValor);
-    if (marcado)
-        total_.tenThousandths += ListaDeCheques::somaAoMarcar(mostrado).tenThousandths;
-    else
-        total_.tenThousandths -= ListaDeCheques::somaAoDesmarcar(mostrado).tenThousandths;
+    const Amount mais = marcado ? ListaDeCheques::somaAoMarcar(mostrado)
+                                : Amount{-ListaDeCheques::somaAoDesmarcar(mostrado).tenThousandths};
+    total_ = Valores::soma(total_, mais, "O total selecionado");
     mostrarTotal("Total Selecionado:");
 }
 
@@ -248,9 +248,7 @@ bool FrmLocCHTerceiros::baixar(const QString& lancamento, const ado::Shown& vist
     ado::Recordset& cheques = dbconectar::instance().rsCheques;
     cheques.clearFilter();
     cheques.Requery();
-    if (!cheques.EOF())
-        cheques.Find("lancamento=" + lancamento);
-    if (cheques.EOF())
+    if (!Mirtal::localizar(cheques, "lancamento=" + lancamento))
         return true; // another has deleted it since it was listed
     ado::Transaction baixa(dbconectar::instance().Automacao);
     if (cheques.isOther(visto))

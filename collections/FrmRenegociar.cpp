@@ -14,6 +14,12 @@ FrmRenegociar::FrmRenegociar() {
     setupUi(this);
     showOnly({txtnome, txtlancamento, txtnumero, txtdata, txtvalor, txtbom_para, txtvl_juros,
               txtnovo_valor});
+    campos_ = Campos(Campos::Nulo::mantem, {
+                                               {"bompara", txtbom_para},
+                                               {"valor",   txtvalor   },
+                                               {"data",    txtdata    },
+                                               {"numero",  txtnumero  },
+    });
     prompts({
         {txttaxa_juros,  "Digite a taxa de juros ao mês"               },
         {txtnovo_vencto, "Digite a nova data a ser descontado o cheque."},
@@ -22,6 +28,7 @@ FrmRenegociar::FrmRenegociar() {
     on(txtlancamento, &QLineEdit::textChanged, &FrmRenegociar::txtlancamento_Change);
     txtlancamento_Change();
     txtlancamento->hide(); // told by the heading
+    txtnovo_vencto->setNotBefore(txtbom_para);
     closesWith(CmdSair);
     lostFocus(txtnovo_vencto, &FrmRenegociar::txtnovo_vencto_LostFocus);
     on(CmdLocalizar, &QPushButton::clicked, &FrmRenegociar::CmdLocalizar_Click);
@@ -36,9 +43,7 @@ void FrmRenegociar::Form_Load() {
     Estrutura::exigir(dbconectar::instance().rsCheques,
                       {"lancamento", "cliente", "numero", "bompara", "valor"});
     Estrutura::exigir(dbconectar::instance().rsCliente, {"codigo", "nome"});
-    Estrutura::dispensar(dbconectar::instance().rsCheques, {
-                                                               {"data", txtdata}
-    });
+    campos_.dispensar(dbconectar::instance().rsCheques);
     limpar();
     CmdLocalizar->setFocus();
 }
@@ -66,10 +71,8 @@ void FrmRenegociar::CmdLocalizar_Click() {
         return;
     ado::Recordset& rs = dbconectar::instance().rsCheques;
     rs.clearFilter();
-    rs.Requery(); // to the first row
-    if (!rs.EOF())
-        rs.Find("lancamento=" + QString::number(Mirtal::lancamentoEscolhido));
-    if (!rs.EOF())
+    rs.Requery();
+    if (Mirtal::localizar(rs, "lancamento=" + QString::number(Mirtal::lancamentoEscolhido)))
         mostrarCheque();
 }
 
@@ -81,13 +84,9 @@ void FrmRenegociar::mostrarCheque() {
         Mirtal::localizar(clientes, "Codigo=" + QString::number(rs["cliente"].integer()));
     txtnome->setText(achado ? Valores::texto(clientes["nome"]) : ""); // a supplier isn't found
     txtnome->setCursorPosition(0); // a long name shows its beginning
-    if (!rs["bompara"].isNull()) {
+    if (!rs["bompara"].isNull())
         vencto_ = rs["bompara"].date();
-        txtbom_para->setValue(Valores::dia(rs["bompara"]));
-    }
-    txtvalor->setValor(Valores::valor(rs["valor"]));
-    txtdata->setValue(Valores::dia(rs["data"])); // an empty field leaves today's date
-    txtnumero->setText(Valores::texto(rs["numero"]));
+    campos_.mostrar(rs);
     txtlancamento->setText(Valores::texto(rs["lancamento"]));
     txttaxa_juros->setEnabled(true);
     txtnovo_vencto->setEnabled(true);

@@ -3,6 +3,7 @@
 #include "ado/Shown.h"
 #include "controls/Form.h"
 #include "jet/Types.h"
+#include "shell/Campos.h"
 #include "ui_FrmRenegociar.h"
 
 /// Renegotiation: finds a received cheque, shows what interest at a typed rate makes of its value
@@ -36,6 +37,7 @@ private:
     /// The cheque of the current row of rsCheques.
     void mostrarCheque();
 
+    Campos campos_; ///< only to be shown; an empty date leaves today's
     ado::Shown visto_;
     jet::Date vencto_;
 };

@@ -1,6 +1,6 @@
 #include "collections/Juros.h"
 
-#include "jet/Error.h"
+#include "shell/Valores.h"
 
 #include <cmath>
 
@@ -11,9 +11,7 @@ namespace {
 constexpr double kUnidade = 10'000; ///< of an Amount
 constexpr double kLimite = 0x1p63;  ///< the first that is too large for one
 
-jet::Error grandeDemais() {
-    return {jet::Errc::outOfRange, "O valor do cheque com os juros passa do maior valor possível."};
-}
+constexpr char kQue[] = "O valor do cheque com os juros";
 
 } // namespace
 
@@ -32,15 +30,10 @@ Amount juros(Amount valor, float fator) {
     const double produto = static_cast<double>(valor.tenThousandths) * static_cast<double>(fator);
     const double inteiro = std::nearbyint(produto); // halves to even
     if (!(std::abs(inteiro) < kLimite))
-        throw grandeDemais();
+        Valores::grandeDemais(kQue);
     return {static_cast<std::int64_t>(inteiro)};
 }
 
-Amount novoValor(Amount valor, Amount juros) {
-    const auto total = sum(valor, juros);
-    if (!total)
-        throw grandeDemais();
-    return *total;
-}
+Amount novoValor(Amount valor, Amount juros) { return Valores::soma(valor, juros, kQue); }
 
 } // namespace Juros

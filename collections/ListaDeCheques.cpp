@@ -1,5 +1,6 @@
 #include "collections/ListaDeCheques.h"
 
+#include "shell/Mirtal.h"
 #include "shell/Valores.h"
 
 #include <QDate>
@@ -10,19 +11,15 @@ namespace ListaDeCheques {
 namespace {
 
 struct Tabela {
-    const char* selecao;
+    const char* nome;
     const char* ordem;
     const char* data; ///< the date that cheques are chosen by
 };
 
-constexpr Tabela kRecebidos{
-    "Select * from (cheques inner join cliente_fornecedor on "
-    "cheques.cliente=cliente_fornecedor.codigo) inner join bancos on cheques.banco=bancos.codigo ",
-    " order by cliente_fornecedor.nome,cheques.bompara ", "bompara"};
-constexpr Tabela kSemFundos{"Select * from (semfundos inner join cliente_fornecedor on "
-                            "semfundos.cliente=cliente_fornecedor.codigo) inner join bancos on "
-                            "semfundos.banco=bancos.codigo ",
-                            " order by cliente_fornecedor.nome,semfundos.data ", "data"};
+constexpr Tabela kRecebidos{"cheques", " order by cliente_fornecedor.nome,cheques.bompara ",
+                            "bompara"};
+constexpr Tabela kSemFundos{"semfundos", " order by cliente_fornecedor.nome,semfundos.data ",
+                            "data"};
 
 const Tabela& tabela(const QString& modo) {
     return modo == "localizarSF" ? kSemFundos : kRecebidos;
@@ -31,7 +28,7 @@ const Tabela& tabela(const QString& modo) {
 } // namespace
 
 QString comando(const QString& modo, const QString& onde) {
-    return tabela(modo).selecao + onde + tabela(modo).ordem;
+    return Mirtal::comClienteEBanco(tabela(modo).nome) + onde + tabela(modo).ordem;
 }
 
 QString ondeDescontar(bool descontar) {

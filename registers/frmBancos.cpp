@@ -6,6 +6,7 @@
 #include "controls/WindowList.h"
 #include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
+#include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
 namespace {
@@ -13,8 +14,6 @@ namespace {
 ado::Recordset& bancos() { return dbconectar::instance().rsBancos; }
 
 bool temBancos() { return bancos().RecordCount() > 0; }
-
-QString texto(const char* campo) { return QString::fromStdString(bancos()[campo].text()); }
 
 // The blank is where a number's sign would stand; the zeros say that the key isn't a mere number.
 QString chaveDoItem(std::int64_t codigo) {
@@ -38,6 +37,10 @@ frmBancos::frmBancos() {
         {txtNome,     "Nome do banco."                      },
         {lstListagem, "Listagem de bancos."                 }
     });
+    campos_ = Campos(Campos::Nulo::esvazia, {
+                                                {"cod_banco", txtCodigo},
+                                                {"nome",      txtNome  }
+    });
     digitsOnly(txtCodigo);
     onEnter(txtNome, &frmBancos::txtNome_Enter);
     closesWith(cmdFechar);
@@ -57,8 +60,7 @@ frmBancos& frmBancos::instance() { return WindowList::instance().one<frmBancos>(
 void frmBancos::Form_Load() {
     centre();
     Estrutura::exigir(bancos(), {"codigo", "cod_banco", "nome"});
-    if (const auto tamanho = bancos()["nome"].DefinedSize())
-        txtNome->setMaxLength(static_cast<int>(*tamanho));
+    campos_.limitar(bancos());
     if (!temBancos())
         return nothingTyped();
     bancos().MoveFirst();
@@ -81,6 +83,8 @@ void frmBancos::cmdSalvar_Click() {
         return advertir(txtCodigo, "O código do banco deve ser informado.");
     if (txtNome->text().isEmpty())
         return advertir(txtNome, "O nome do banco deve ser preenchido.");
+    if (const auto recusa = campos_.recusa(bancos()))
+        return advertir(recusa->controle, recusa->motivo);
     if (jaCadastrado()) // deliberate: the bank on show counts as its own duplicate
         return advertir(txtCodigo, "Este banco já está cadastrado.");
 
@@ -91,8 +95,7 @@ void frmBancos::cmdSalvar_Click() {
         Estrutura::acrescentar(rs, "codigo");
     else
         Mirtal::editar(rs, "codigo=" + lblCodigo->text(), visto_);
-    rs["cod_banco"] = txtCodigo->text();
-    rs["nome"] = txtNome->text();
+    campos_.gravar(rs);
     rs.Update();
     gravacao.commit();
 
@@ -123,7 +126,7 @@ void frmBancos::lstListagem_ColumnClick(int /*coluna*/, const QString& titulo) {
 }
 
 void frmBancos::lstListagem_ItemClick(const QString& chave) {
-    localizar("codigo=" + codigoDaChave(chave));
+    Mirtal::localizar(bancos(), "codigo=" + codigoDaChave(chave));
     mostrarRegistro();
 }
 
@@ -134,10 +137,8 @@ void frmBancos::txtNome_Enter() { cmdSalvar->setFocus(); }
 // Typing the code of a known bank brings it up. Deliberate: an unknown code leaves lblCodigo alone,
 // so that Save gives the bank on show its new code.
 void frmBancos::txtCodigo_LostFocus() {
-    if (txtCodigo->text().isEmpty() || !temBancos())
-        return;
-    localizar("cod_banco=" + txtCodigo->text());
-    if (!bancos().EOF())
+    if (!txtCodigo->text().isEmpty() &&
+        Mirtal::localizar(bancos(), "cod_banco=" + txtCodigo->text()))
         mostrarRegistro();
 }
 
@@ -150,6 +151,7 @@ void frmBancos::limpar() {
     mostrarChave("");
     visto_ = {};
     limparControles(*this);
+    campos_.esquecer();
     destacarNaLista();
     nothingTyped();
 }
@@ -159,9 +161,8 @@ void frmBancos::mostrarRegistro() {
     if (bancos().EOF())
         return; // the bank looked for has been deleted by the other system
     const ado::Shown visto = bancos().shown();
-    mostrarChave(texto("codigo"));
-    txtCodigo->setText(texto("cod_banco"));
-    txtNome->setText(texto("nome"));
+    mostrarChave(Valores::texto(bancos()["codigo"]));
+    campos_.mostrar(bancos());
     visto_ = visto; // only now: what was shown in part isn't seen
     destacarNaLista();
     nothingTyped();
@@ -183,8 +184,8 @@ void frmBancos::preencherLista() {
     const QIcon icone = Icons::named("banco");
     for (rs.MoveFirst(); !rs.EOF(); rs.MoveNext())
         lstListagem->addItem({.key = chaveDoItem(rs["codigo"].integer()),
-                              .text = texto("cod_banco"),
-                              .subItems = {texto("nome")},
+                              .text = Valores::texto(rs["cod_banco"]),
+                              .subItems = {Valores::texto(rs["nome"])},
                               .icon = icone});
     rs.MoveFirst();
     destacarNaLista();
@@ -195,13 +196,6 @@ void frmBancos::destacarNaLista() {
     const QString codigo = lblCodigo->text();
     const QString chave = codigo.isEmpty() ? codigo : chaveDoItem(codigo.toLongLong());
     lstListagem->setCurrentRow(lstListagem->rowOf(chave));
-}
-
-void frmBancos::localizar(const QString& criterio) {
-    if (!temBancos())
-        return;
-    bancos().MoveFirst();
-    bancos().Find(criterio);
 }
 
 // Deliberate: the name goes in as it stands, so an apostrophe in it breaks the filter.

@@ -2,6 +2,7 @@
 
 #include "ado/Shown.h"
 #include "controls/Form.h"
+#include "shell/Campos.h"
 #include "ui_frmBancos.h"
 
 /// Bank register: one bank in two boxes, all banks in a list. Adds and changes banks, never deletes
@@ -35,10 +36,9 @@ private:
     void mostrarRegistro();
     void preencherLista();
     void destacarNaLista();
-    /// Moves to the first bank that meets the criterion, or past the end.
-    void localizar(const QString& criterio);
     /// Whether a bank with the code and name of the boxes is stored.
     [[nodiscard]] bool jaCadastrado();
 
+    Campos campos_; ///< all fields but the key
     ado::Shown visto_;
 };

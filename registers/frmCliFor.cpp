@@ -58,7 +58,7 @@ frmCliFor& frmCliFor::instance() { return WindowList::instance().one<frmCliFor>(
 
 void frmCliFor::definirCampos() {
     // In the order in which they are shown and saved. "renuneração_mensal" is the field's name.
-    campos_ = {
+    const std::vector<Campos::Campo> campos = {
         {"nome",                 txtNome                          },
         {"endereco",             txtEndereço                     },
         {"bairro",               txtBairro                        },
@@ -86,6 +86,7 @@ void frmCliFor::definirCampos() {
         {"fone_empresa",         txtfonetrabalho                  },
         {"emailcli",             txtEMailCli                      },
     };
+    campos_ = Campos(Campos::Nulo::mantem, campos);
 }
 
 void frmCliFor::definirPrompts() {
@@ -135,8 +136,8 @@ void frmCliFor::definirTeclas() {
 void frmCliFor::Form_Load() {
     centre();
     Estrutura::exigir(clientes(), {"codigo", "nome", "tipo", "vender", "limite_credito"});
-    Campos::dispensar(clientes(), campos_);
-    Campos::limitar(clientes(), campos_);
+    campos_.dispensar(clientes());
+    campos_.limitar(clientes());
     if (temClientes()) {
         clientes().MoveFirst();
         mostrarRegistro();
@@ -149,6 +150,7 @@ void frmCliFor::Form_Load() {
 
 void frmCliFor::limpar() {
     limparControles(*this);
+    campos_.esquecer();
     visto_ = {};
     nothingTyped();
 }
@@ -158,7 +160,7 @@ void frmCliFor::limpar() {
 void frmCliFor::mostrarRegistro() {
     const ado::Shown visto = clientes().shown();
     txtCódigo->setText(Valores::texto(clientes()["codigo"]));
-    Campos::mostrar(clientes(), campos_);
+    campos_.mostrar(clientes());
     visto_ = visto; // only now: what was shown in part isn't seen
     nothingTyped();
 }
@@ -211,7 +213,7 @@ bool frmCliFor::validar() {
     }
     // What can't be typed can be pasted: a sign that the file has no place for would end the
     // program, and with it everything that was typed.
-    if (const auto recusa = Campos::recusa(clientes(), campos_)) {
+    if (const auto recusa = campos_.recusa(clientes())) {
         recusar(recusa->controle, recusa->motivo);
         return false;
     }
@@ -231,7 +233,7 @@ void frmCliFor::cmdSalvar_Click() {
     else
         Mirtal::editar(rs, "codigo=" + txtCódigo->text(), visto_);
     rs["tipo"] = true;
-    Campos::gravar(rs, campos_);
+    campos_.gravar(rs);
     rs.Update();
     gravacao.commit();
 

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "ado/Shown.h"
 #include "controls/Form.h"
-#include "registers/Campos.h"
+#include "shell/Campos.h"
 #include "ui_frmCliFor.h"
-
-#include <vector>
 
 /// Client register: one client on three tabs, walked with the navigation bar or found by name. Adds
 /// and changes clients, never deletes one: that is for the back-office system that shares the file.
@@ -47,6 +46,6 @@ private:
     void irPara(QWidget* controle);
 
     /// All fields but the code, which only finds the row, and `tipo`.
-    std::vector<Campos::Campo> campos_;
+    Campos campos_;
     ado::Shown visto_;
 };

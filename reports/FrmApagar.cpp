@@ -22,12 +22,8 @@ constexpr auto kEntreRepinturas = 10ms;
 /// The code of the bank of this name; an apostrophe in it breaks the search, as it does everywhere.
 std::optional<std::int64_t> codigoDoBanco(const QString& nome) {
     ado::Recordset& bancos = dbconectar::instance().rsBancos;
-    if (bancos.RecordCount() == 0)
-        return std::nullopt; // without banks none has this name: no cheque is taken for its own
-    bancos.MoveFirst();
-    bancos.Find("banco='" + nome + "'");
-    if (bancos.EOF())
-        return std::nullopt;
+    if (!Mirtal::localizar(bancos, "banco='" + nome + "'"))
+        return std::nullopt; // nor without any banks: no cheque is taken for its own
     return bancos["codigo"].integer();
 }
 

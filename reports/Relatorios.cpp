@@ -1,5 +1,6 @@
 #include "reports/Relatorios.h"
 
+#include "shell/Mirtal.h"
 #include "shell/Valores.h"
 
 namespace Relatorios {
@@ -25,20 +26,14 @@ constexpr Ordem kOrdensSemFundos[] = {
 struct Tipo {
     const char* legenda;
     const char* titulo;
-    const char* selecao;
+    const char* tabela;
     std::span<const Ordem> ordens;
 };
 
-constexpr Tipo kRecebidos{
-    "Relatório de Cheques Recebidos", "Relatório de Cheques",
-    "Select * from (cheques inner join cliente_fornecedor on "
-    "cheques.cliente=cliente_fornecedor.codigo) inner join bancos on cheques.banco=bancos.codigo ",
-    kOrdensRecebidos};
+constexpr Tipo kRecebidos{"Relatório de Cheques Recebidos", "Relatório de Cheques", "cheques",
+                          kOrdensRecebidos};
 constexpr Tipo kSemFundos{"Relatório de Cheques sem fundos", "Relatório de Cheques Sem Fundos",
-                          "Select * from (semfundos inner join cliente_fornecedor on "
-                          "semfundos.cliente=cliente_fornecedor.codigo) inner join bancos on "
-                          "semfundos.banco=bancos.codigo ",
-                          kOrdensSemFundos};
+                          "semfundos", kOrdensSemFundos};
 
 const Tipo& tipo(const QString& modo) { return modo == "relch" ? kRecebidos : kSemFundos; }
 
@@ -66,7 +61,8 @@ bool temVencimento(const QString& modo) { return &tipo(modo) == &kRecebidos; }
 QString instrucao(const Escolha& escolha) {
     const Tipo& este = tipo(escolha.modo);
     const auto ordem = static_cast<std::size_t>(escolha.ordem < 0 ? kPorCliente : escolha.ordem);
-    return este.selecao + QString(" where ") + condicao(escolha) + este.ordens[ordem].clausula;
+    return Mirtal::comClienteEBanco(este.tabela) + " where " + condicao(escolha) +
+           este.ordens[ordem].clausula;
 }
 
 } // namespace Relatorios

@@ -128,6 +128,13 @@ bool navegar(ado::Recordset& rs, int botao) {
     return true;
 }
 
+QString comClienteEBanco(const char* tabela) {
+    return QString("Select * from (%1 inner join cliente_fornecedor on "
+                   "%1.cliente=cliente_fornecedor.codigo) inner join bancos on "
+                   "%1.banco=bancos.codigo ")
+        .arg(tabela);
+}
+
 bool localizar(ado::Recordset& rs, const QString& criterio) {
     if (rs.RecordCount() == 0)
         return false;

@@ -58,6 +58,11 @@ void preencherLista(DropDownList& lista, ado::Recordset& rs, const QString& camp
 /// @return false, and nothing happens, if there are no records.
 bool navegar(ado::Recordset& rs, int botao);
 
+/// The beginning of a statement over a table of cheques ("cheques", "semfundos"): each with its
+/// client and its bank, all fields. What follows is a where clause or an order; a blank stands
+/// before it.
+[[nodiscard]] QString comClienteEBanco(const char* tabela);
+
 /// Goes to the first row of all that meets a criterion; to the end if there is none.
 /// @return whether there is one.
 bool localizar(ado::Recordset& rs, const QString& criterio);

@@ -2,9 +2,12 @@
 
 #include "ado/Field.h"
 #include "controls/Formato.h"
+#include "jet/Error.h"
 
 #include <QDate>
 #include <QString>
+
+#include <string>
 
 /// The values of fields as the controls take them, and back.
 namespace Valores {
@@ -17,6 +20,18 @@ namespace Valores {
     return {campo.currency().tenThousandths};
 }
 [[nodiscard]] inline jet::Currency moeda(Amount valor) { return {valor.tenThousandths}; }
+
+/// @throws jet::Error{outOfRange}: `que` ("O total dos cheques do cliente") is too large.
+[[noreturn]] inline void grandeDemais(const char* que) {
+    throw jet::Error(jet::Errc::outOfRange, std::string(que) + " passa do maior valor possível.");
+}
+/// Both together. @throws as grandeDemais() does, if no amount is so large.
+[[nodiscard]] inline Amount soma(Amount a, Amount b, const char* que) {
+    const auto total = sum(a, b);
+    if (!total)
+        grandeDemais(que);
+    return *total;
+}
 
 /// The day of a moment, without its time; no date for an empty field.
 [[nodiscard]] inline QDate dia(const ado::FieldValue& campo) {

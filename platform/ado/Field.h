@@ -37,6 +37,12 @@ private:
     std::string utf8_;
 };
 
+/// A character that a column has no way to store, in a text.
+struct Unstorable {
+    std::size_t at;    ///< bytes of UTF-8 before it
+    std::size_t bytes; ///< that it has itself
+};
+
 /// One field of the current row of a recordset, for reading. A place, not a copy: each question is
 /// answered from the row as it is stored now, or from the pending edit. Valid until its recordset
 /// is opened again, closed or destroyed.
@@ -78,7 +84,11 @@ public:
     /// the file has no way to store, not a value of its type, or one that the file's rules for the
     /// column refuse. Nothing if it can.
     [[nodiscard]] std::optional<std::string> refusal(const Text& text) const;
-    /// The same of an amount, by the column's type alone.
+    /// The first character of a text that the column can't store, whatever else keeps it from
+    /// being stored: one that is missing from the file's code page. Nothing if it is no text
+    /// column.
+    [[nodiscard]] std::optional<Unstorable> unstorable(std::string_view utf8) const;
+    /// refusal() of an amount, by the column's type alone.
     [[nodiscard]] std::optional<std::string> refusal(Currency amount) const;
 
 protected:

@@ -377,6 +377,27 @@ std::optional<std::string> FieldValue::refusal(const Text& text) const {
     return recordset_->refusalOf(column_, text.utf8());
 }
 
+std::optional<Unstorable> FieldValue::unstorable(std::string_view utf8) const {
+    const jet::Column* column = recordset_->columnOf(column_);
+    if (column == nullptr ||
+        (column->type != jet::ColumnType::text && column->type != jet::ColumnType::memo))
+        return std::nullopt;
+    constexpr auto kContinues = [](char c) { return (static_cast<unsigned>(c) & 0xC0U) == 0x80U; };
+    for (std::size_t at = 0, end = 0; at < utf8.size(); at = end) {
+        end = at + 1;
+        while (end < utf8.size() && kContinues(utf8[end]))
+            ++end;
+        // Behind another, as it stands in the text: some can't be the first.
+        const std::string behind = (at == 0 ? "" : "a") + std::string(utf8.substr(at, end - at));
+        try {
+            static_cast<void>(column->codec.encode(behind, false, false));
+        } catch (const Error&) {
+            return Unstorable{at, end - at};
+        }
+    }
+    return std::nullopt;
+}
+
 std::optional<std::string> FieldValue::refusal(Currency amount) const {
     const jet::Column* column = recordset_->columnOf(column_);
     if (column == nullptr)

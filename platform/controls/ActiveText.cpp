@@ -20,7 +20,9 @@ ActiveText::ActiveText(QWidget* parent) : QLineEdit(parent) {
 
 void ActiveText::setMasks(const QString& masks) { masks_ = masks.split(';', Qt::SkipEmptyParts); }
 
-qsizetype ActiveText::room() const { return masks_.isEmpty() ? 0 : masks_.last().count(kPlace); }
+qsizetype ActiveText::digits() const {
+    return masks_.isEmpty() ? 0 : std::min<qsizetype>(masks_.last().count(kPlace), room_);
+}
 
 bool ActiveText::fitsSigns(const QString& text) const {
     const QString signs = masks_.join("");
@@ -28,8 +30,9 @@ bool ActiveText::fitsSigns(const QString& text) const {
 }
 
 QString ActiveText::masked(const QString& digits) const {
-    const auto mask = std::ranges::find_if(
-        masks_, [&](const QString& each) { return each.count(kPlace) >= digits.size(); });
+    const auto mask = std::ranges::find_if(masks_, [&](const QString& each) {
+        return each.count(kPlace) >= digits.size() && each.size() <= room_;
+    });
     if (mask == masks_.end())
         return digits;
     QString text;
@@ -47,7 +50,7 @@ void ActiveText::applyMask() {
     if (masks_.isEmpty() || (!fitsSigns(text()) && !fitsSigns(before_)))
         return;
     const auto digitsBeforeCaret = onlyDigits(text().first(cursorPosition())).size();
-    setText(masked(onlyDigits(text()).first(std::min(onlyDigits(text()).size(), room()))));
+    setText(masked(onlyDigits(text()).left(digits())));
     int caret = 0;
     for (qsizetype passed = 0; passed < digitsBeforeCaret && caret < text().size(); ++caret)
         passed += isDigit(text()[caret]) ? 1 : 0;
@@ -62,7 +65,7 @@ bool ActiveText::event(QEvent* event) {
 }
 
 void ActiveText::keyPressEvent(QKeyEvent* event) {
-    const bool full = !hasSelectedText() && onlyDigits(text()).size() >= room();
+    const bool full = !hasSelectedText() && onlyDigits(text()).size() >= digits();
     if (!masks_.isEmpty() && typesCharacter(*event) && full) {
         event->accept();
         return;

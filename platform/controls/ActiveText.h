@@ -3,6 +3,8 @@
 #include <QLineEdit>
 #include <QStringList>
 
+#include <limits>
+
 /// A box for a number with signs in fixed places: postal code "99999-999", telephone
 /// "(99) 9999-9999". The operator types digits, the signs come by themselves; other characters and
 /// digits beyond the longest mask are refused.
@@ -19,6 +21,9 @@ public:
     /// Masks from the shortest to the longest, parted by ";": "(99) 9999-9999;(99) 99999-9999". A 9
     /// stands for a digit, all else for itself. The first mask with room for the digits is used.
     void setMasks(const QString& masks);
+    /// How many characters can be stored, signs included; any number at first. Where a mask needs
+    /// more than that, the digits stand without signs, as many as there is room for.
+    void setRoom(int characters) { room_ = characters; }
     [[nodiscard]] QString masks() const { return masks_.join(';'); }
 
 protected:
@@ -28,10 +33,12 @@ protected:
 private:
     void applyMask();
     [[nodiscard]] QString masked(const QString& digits) const;
-    [[nodiscard]] qsizetype room() const;
+    /// How many digits can be typed.
+    [[nodiscard]] qsizetype digits() const;
     [[nodiscard]] bool fitsSigns(const QString& text) const;
 
     QStringList masks_;
+    int room_ = std::numeric_limits<int>::max();
     /// The text before the edit at work.
     QString before_;
 };

@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace {
 
 using testing::ElementsAre;
@@ -255,7 +257,7 @@ TEST_F(ReceivedCheques, WhatTheFileCantHoldIsRefusedAndNothingTypedIsLost) {
     box.setMaxLength(100);
     box.setText("mais do que cabe");
     expectMessage("Advertência",
-                  QString::fromStdString(*data().rsCheques["agencia"].refusal("mais do que cabe")));
+                  "O campo \"Agência\" aceita no máximo 10 caracteres; o texto informado tem 16.");
     click(form, "CmdIncluir");
     EXPECT_EQ(focus(), "txtagencia");
     EXPECT_EQ(text(form, "txtnumero"), "1");
@@ -263,6 +265,23 @@ TEST_F(ReceivedCheques, WhatTheFileCantHoldIsRefusedAndNothingTypedIsLost) {
 }
 
 // ---- saving
+
+TEST_F(ReceivedCheques, ADueDateWithoutAYearIsTheFirstOneNotBeforeTheIssueDate) {
+    auto& form = open<FrmLancarCheques>();
+    const std::tuple<const char*, const char*, const char*> dates[] = {
+        {"22112019", "1502", "15/02/2020"},
+        {"22112019", "2211", "22/11/2019"},
+        {"10012031", "0901", "09/01/2032"},
+    };
+    for (const auto& [issue, typed, taken] : dates) {
+        type(form, "txtdata", issue);
+        press(Qt::Key_Return);
+        EXPECT_EQ(focus(), "txtbompara");
+        type(typed);
+        press(Qt::Key_Return);
+        EXPECT_EQ(text(form, "txtbompara"), taken);
+    }
+}
 
 TEST_F(ReceivedCheques, SavesANewChequeAndIsReadyForTheNext) {
     auto& form = open<FrmLancarCheques>();

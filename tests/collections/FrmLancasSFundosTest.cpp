@@ -250,8 +250,8 @@ TEST_P(BouncedCheques, WhatTheFileCantHoldIsRefusedAndNothingTypedIsLost) {
     auto& box = control<QLineEdit>(form, "txtagencia");
     box.setMaxLength(100);
     box.setText("mais do que cabe");
-    expectMessage("Advertência", QString::fromStdString(
-                                     *data().rsSemFundos["agencia"].refusal("mais do que cabe")));
+    expectMessage("Advertência",
+                  "O campo \"Agência\" aceita no máximo 10 caracteres; o texto informado tem 16.");
     click(form, "CmdIncluir");
     EXPECT_EQ(focus(), "txtagencia");
     EXPECT_THAT(stored(), IsEmpty());

@@ -247,13 +247,29 @@ TEST_P(Renegotiation, ShowsTheInterestAndTheNewValue) {
     }
 }
 
-TEST_P(Renegotiation, InterestMayHaveFourDecimals) {
+TEST_P(Renegotiation, ReckonsWithFourDecimalsAndShowsTwo) {
     auto& form = open<FrmRenegociar>();
     find(form, "2");
     renegotiate("0,0333", "11042026"); // 150,50 for a day: 0,05011...
     EXPECT_EQ(text(form, "txttaxa_juros"), "0,0333");
-    EXPECT_EQ(text(form, "txtvl_juros"), "0,0501");
-    EXPECT_EQ(text(form, "txtnovo_valor"), "150,5501");
+    EXPECT_EQ(text(form, "txtvl_juros"), "0,05");
+    EXPECT_EQ(text(form, "txtnovo_valor"), "150,55");
+    EXPECT_EQ(control<MoneyEdit>(form, "txtvl_juros").valor(), Amount{501});
+    EXPECT_EQ(control<MoneyEdit>(form, "txtnovo_valor").valor(), Amount{1'505'501});
+}
+
+TEST_P(Renegotiation, ANewDateWithoutAYearIsTheFirstOneFromTheOldDateOn) {
+    auto& form = open<FrmRenegociar>();
+    const std::pair<const char*, const char*> dates[] = {
+        {"3103", "31/03/2026"},
+        {"0103", "01/03/2026"},
+        {"2802", "28/02/2027"}
+    };
+    for (const auto& [typed, taken] : dates) {
+        find(form, "1");
+        renegotiate("2", typed);
+        EXPECT_EQ(text(form, "txtnovo_vencto"), taken);
+    }
 }
 
 TEST_P(Renegotiation, IsReckonedAgainEachTimeTheNewDateIsLeft) {

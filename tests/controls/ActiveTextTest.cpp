@@ -43,6 +43,25 @@ TEST_F(MaskedBox, TakesTelephonesOfEightAndNineDigits) {
     EXPECT_EQ(box_.text(), "(16) 3222-1234");
 }
 
+TEST_F(MaskedBox, WithoutRoomForItsSignsShowsTheDigitsAlone) {
+    telephone();
+    box_.setRoom(14);
+    type("1632221234");
+    EXPECT_EQ(box_.text(), "(16) 3222-1234");
+    type("5");
+    EXPECT_EQ(box_.text(), "16322212345");
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(box_.text(), "(16) 3222-1234");
+    box_.clear();
+    box_.setRoom(8);
+    type("1632221234");
+    EXPECT_EQ(box_.text(), "16322212") << "no more than there is room for";
+    box_.setMasks("99999-999");
+    press(Qt::Key_A, Qt::ControlModifier);
+    paste("14800-123");
+    EXPECT_EQ(box_.text(), "14800123");
+}
+
 TEST_F(MaskedBox, TakesDigitsOnly) {
     telephone();
     type("(1a6) 3-");

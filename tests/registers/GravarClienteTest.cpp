@@ -316,13 +316,13 @@ TEST_F(ClientRegister, NoMoreCanBeTypedThanAFieldHolds) {
         {"cmbEstado",        2 },
     };
     for (const auto& [name, width] : boxes) {
-        fill(form, name, QString(width + 5, u'é'));
-        EXPECT_EQ(text(form, name), QString(width, u'é')) << name;
+        fill(form, name, QString(width + 5, u'ü'));
+        EXPECT_EQ(text(form, name), QString(width, u'ü')) << name;
     }
     click(form, "cmdSalvar");
     for (const auto& [name, width] : boxes) {
         const auto* pair = std::ranges::find(kPairs, std::string_view(name), &Pair::control);
-        EXPECT_THAT(stored(pair->field), ElementsAre(QString(width, u'é').toStdString())) << name;
+        EXPECT_THAT(stored(pair->field), ElementsAre(QString(width, u'ü').toStdString())) << name;
     }
 }
 
@@ -393,11 +393,27 @@ TEST_F(ClientRegister, DatesGoFromTheYear100To9999) {
     EXPECT_EQ(text(form, "txtdatanasc"), "01/01/0100");
 }
 
-TEST_F(ClientRegister, ADateThatIsNoneGoesBack) {
+TEST_F(ClientRegister, ADateThatIsNoneIsToldAndNothingIsSavedBehindIt) {
     auto& form = open<frmCliFor>();
+    click(form, "cmdNovo");
+    fill(form, "txtNome", "Ana");
+    fill(form, "txtLimiteDeCrédito", "1");
     fill(form, "txtdatanasc", "31022001");
-    press(Qt::Key_Return);
-    EXPECT_EQ(text(form, "txtdatanasc"), kToday);
+    for (const bool byMouse : {false, true}) {
+        expectWarning(
+            ("\"31/02/2001\" não é uma data. Digite dia, mês e ano, como em " + kToday + ".")
+                .toUtf8()
+                .constData());
+        if (byMouse)
+            click(form, "cmdSalvar");
+        else
+            press(Qt::Key_Return);
+        EXPECT_EQ(focus(), "txtdatanasc");
+        EXPECT_THAT(stored("nome"), IsEmpty());
+    }
+    type("28022001");
+    click(form, "cmdSalvar");
+    EXPECT_THAT(stored("dt_nascimento"), ElementsAre("28/02/2001"));
 }
 
 /// A file that stores one byte a character.
@@ -433,8 +449,11 @@ TEST_F(ClientRegisterOfTheOldFormat, RefusesASignThatTheFileHasNotGotAndLosesNot
         press(Qt::Key_End);
         press(Qt::Key_V, Qt::ControlModifier);
         go(form, "txtBancos01");
-        expectWarning("O caractere \"\u2192\" (U+2192) não pode ser gravado neste banco de dados: "
-                      "não existe na página de código 1252.");
+        expectWarning(("O campo \"" + control(form, name).accessibleName() +
+                       "\" tem o caractere \"\u2192\", que não pode ser gravado nesta base de "
+                       "dados. Apague-o ou troque-o por outro.")
+                          .toUtf8()
+                          .constData());
         click(form, "cmdSalvar");
         EXPECT_EQ(tab(form), place) << name;
         EXPECT_EQ(focus(), name);

@@ -91,7 +91,7 @@ protected:
     }
     void expectRefusal() {
         QString written = GetParam().refused;
-        expectMessage("Advertência", QString("O campo \"valor\" pede %1, e recebeu \"%2\".")
+        expectMessage("Advertência", QString("O campo \"Valor\" pede %1, e recebeu \"%2\".")
                                          .arg(GetParam().reason, written.remove('.')));
     }
     static std::vector<std::string> cheques() {
@@ -184,7 +184,7 @@ TEST_P(OddMoney, ACreditLimitIsKeptOrRefused) {
     type("Davi Melo");
     type(form, "txtLimiteDeCrédito", GetParam().refused);
     QString written = GetParam().refused;
-    expectMessage("Advertência", QString("O campo \"limite_credito\" pede %1, e recebeu \"%2\".")
+    expectMessage("Advertência", QString("O campo \"Limite de Crédito\" pede %1, e recebeu \"%2\".")
                                      .arg(GetParam().reason, written.remove('.')));
     click(form, "cmdSalvar");
     EXPECT_EQ(focus(), "txtLimiteDeCrédito");

@@ -220,9 +220,9 @@ TEST_P(OddFile, ACopiedChequeIsNeverCutToTheOtherTablesWidths) {
         const char* widths;
         const char* shorter;
     } refusals[] = {
-        {"txtagencia",    "agencia",    "3 caracteres; o texto informado tem 4",  "042"   },
-        {"txtnumero",     "numero",     "6 caracteres; o texto informado tem 8",  "345678"},
-        {"txtobservacao", "observacao", "5 caracteres; o texto informado tem 17", "2x"    },
+        {"txtnumero",     "Nº Cheque",    "6 caracteres; o texto informado tem 8",  "345678"},
+        {"txtobservacao", "Observações", "5 caracteres; o texto informado tem 17", "2x"    },
+        {"txtagencia",    "Agência",      "3 caracteres; o texto informado tem 4",  "042"   },
     };
     for (const auto& [box, field, widths, shorter] : refusals) {
         expectMessage("Advertência",

@@ -189,7 +189,7 @@ TEST_P(RulesOfTheFile, ARequiredTextIsAskedForWhereItsBoxIs) {
     click(form, "cmdNovo");
     type("Davi Melo");
     control<MoneyEdit>(form, "txtLimiteDeCrédito").setValor(Amount{9'000'000});
-    expectMessage("Advertência", "O campo \"endereco\" deve ser preenchido.");
+    expectMessage("Advertência", "O campo \"Endereço\" deve ser preenchido.");
     click(form, "cmdSalvar");
     EXPECT_EQ(focus(), "txtEndereço");
     type("Rua Um");
