@@ -3,6 +3,7 @@
 #include "controls/Form.h"
 #include "controls/Icons.h"
 #include "controls/MessageBox.h"
+#include "controls/Spoken.h"
 #include "controls/WindowList.h"
 #include "jet/Error.h"
 #include "shell/AreaDeTrabalho.h"
@@ -64,6 +65,7 @@ QSettings userSettings() {
 } // namespace
 
 MDICheques::MDICheques() {
+    installSpoken();
     setObjectName("MDICheques");
     setWindowTitle("Valtrino");
     setContextMenuPolicy(Qt::NoContextMenu); // Qt's own menu would hide the toolbar
@@ -127,6 +129,7 @@ void MDICheques::montarBarra() {
 
     noticia_ = new QLabel;
     noticia_->setObjectName("pnlNoticia");
+    noticia_->setAccessibleName("Notícia");
     noticia_->setTextFormat(Qt::PlainText);
     noticia_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     noticia_->hide();

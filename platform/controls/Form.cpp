@@ -6,6 +6,7 @@
 #include "controls/Icons.h"
 #include "controls/KeyHabits.h"
 #include "controls/MessageBox.h"
+#include "controls/Spoken.h"
 #include "controls/Typing.h"
 #include "controls/WindowList.h"
 
@@ -62,6 +63,13 @@ void nameByLabels(const QWidget& window) {
             name.chop(1);
         control->setAccessibleName(name.trimmed());
     }
+    for (auto* button : window.findChildren<QAbstractButton*>()) {
+        const auto* box = qobject_cast<QLineEdit*>(button->parentWidget());
+        if (box && button->accessibleName().isEmpty()) // the picture in a date box
+            button->setAccessibleName("Calendário de " + box->accessibleName());
+        else if (button->text().endsWith(':') && button->accessibleName().isEmpty())
+            button->setAccessibleName(button->text().chopped(1).remove('&'));
+    }
 }
 
 } // namespace
@@ -81,6 +89,7 @@ bool Form::load() {
         return true;
     loaded_ = true;
     Icons::applyTo(*this);
+    installSpoken();
     nameByLabels(*this);
     arrangeFields(*this);
     if (const auto* heading = findChild<HeadingStrip*>())
@@ -182,8 +191,10 @@ void Form::keyPressEvent(QKeyEvent* event) {
 }
 
 void Form::prompts(std::initializer_list<Prompt> table) {
-    for (const auto& [control, text] : table)
+    for (const auto& [control, text] : table) {
         prompts_[control] = QString::fromUtf8(text);
+        control->setAccessibleDescription(prompts_[control]); // what others see in the status bar
+    }
 }
 
 void Form::enterAsTab(std::initializer_list<QWidget*> controls) {

@@ -71,6 +71,14 @@ void ListModel::setChecked(int row, bool checked) {
     changed(row, 0);
 }
 
+QString ListModel::rest(int row) const {
+    QStringList parts;
+    for (int column = 1; column < columnCount({}); ++column)
+        if (const QString said = text(row, column); !said.isEmpty())
+            parts += columns_[static_cast<std::size_t>(column)].caption.trimmed() + ' ' + said;
+    return parts.join(", ");
+}
+
 void ListModel::changed(int row, int column) {
     if (row < announced_)
         emit dataChanged(index(row, column), index(row, column));
@@ -96,6 +104,8 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
                                    Qt::AlignVCenter);
     case Qt::DecorationRole:
         return first && !item(index.row()).icon.isNull() ? item(index.row()).icon : QVariant();
+    case Qt::AccessibleDescriptionRole:
+        return first ? rest(index.row()) : QString();
     case Qt::CheckStateRole:
         if (!first || !checkBoxes_)
             return {};

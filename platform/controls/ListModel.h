@@ -49,6 +49,8 @@ signals:
 
 private:
     void changed(int row, int column);
+    /// What stands in the other columns, each with its caption.
+    [[nodiscard]] QString rest(int row) const;
 
     std::vector<ListColumn> columns_;
     std::vector<ListItem> items_;

@@ -1,7 +1,9 @@
 #include "print/PageView.h"
 
 #include "print/PageMouse.h"
+#include "print/SpokenPages.h"
 
+#include <QAccessible>
 #include <QEvent>
 #include <QPainter>
 #include <QResizeEvent>
@@ -27,6 +29,11 @@ const QColor kMarked(0xb4, 0xd5, 0xfe);
 
 PageView::PageView(Relatorio& report, QWidget* parent)
     : QAbstractScrollArea(parent), report_(report), selection_(report) {
+    installSpokenPages();
+    connect(this, &PageView::pageChanged, this, [this] {
+        QAccessibleValueChangeEvent another(this, QString());
+        QAccessible::updateAccessibility(&another);
+    });
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName("Páginas do relatório");
@@ -48,6 +55,22 @@ QSize PageView::pageSize() const {
 }
 
 int PageView::percent() const { return qRound(scale_ * 100); }
+
+QString PageView::spokenPage() const {
+    if (report_.pageCount() == 0)
+        return {};
+    QString page;
+    qreal line = -1;
+    for (const Relatorio::Text& text : report_.textsOf(page_)) {
+        // Side by side is one line; a heading's text may stand a little higher than its value.
+        const qreal middle = text.place().center().y();
+        if (!page.isEmpty())
+            page += std::abs(middle - line) < text.place().height() / 2 ? u' ' : u'\n';
+        line = middle;
+        page += text.text;
+    }
+    return page;
+}
 
 QSize PageView::sizeHint() const { return {860, 640}; }
 

@@ -48,6 +48,9 @@ public:
     [[nodiscard]] TextSelection& selection() noexcept { return selection_; }
     void markAll();
 
+    /// The text of the page on show, a line for each that stands there; "" if there is none.
+    [[nodiscard]] QString spokenPage() const;
+
     [[nodiscard]] QSize sizeHint() const override;
 
 signals:

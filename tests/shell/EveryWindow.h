@@ -1,0 +1,163 @@
+#pragma once
+
+#include "cheques/FrmConsultaCH.h"
+#include "cheques/FrmLancarCheques.h"
+#include "collections/FrmLancasSFundos.h"
+#include "collections/FrmLocCHTerceiros.h"
+#include "collections/FrmRenegociar.h"
+#include "controls/Style.h"
+#include "registers/frmBancos.h"
+#include "registers/frmCliFor.h"
+#include "reports/FrmApagar.h"
+#include "reports/FrmFiltroRelat.h"
+#include "reports/frmRel_ChequesSF.h"
+#include "reports/frm_Msg.h"
+#include "shell/MDICheques.h"
+#include "shell/Mirtal.h"
+#include "shell/frmAbout.h"
+#include "shell/frmcaminho.h"
+#include "shell/frmlocalizar.h"
+#include "support/ChequeShop.h"
+
+#include <QSettings>
+#include <QTabWidget>
+#include <QTemporaryDir>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// Every window of the program in every state that it can be seen in, over a shop in the middle of
+/// its work: for what holds for all of them.
+class EveryWindow : public ChequeShop {
+protected:
+    static void SetUpTestSuite() {
+        qputenv("DBUS_SESSION_BUS_ADDRESS", ""); // no desktop changes the colours meanwhile
+        aplicarEstilo(*qApp);
+    }
+    void SetUp() override {
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings_.path());
+        ChequeShop::SetUp();
+        given("cheques", {received(kAna, "000101", 10), received(kBento, "000102", 250)});
+        given("semfundos", {bounced("000901"), bounced("000902")});
+    }
+
+    struct State {
+        std::string name;
+        std::function<QWidget&()> show;
+    };
+    /// Each is shown from the beginning: all other windows are gone.
+    static std::vector<State> states() {
+        std::vector<State> all = {
+            {"principal",         [] { return window<MDICheques>(); }      },
+            {"bancos",            [] { return window<frmBancos>(); }       },
+            {"localizar",         [] { return window<frmlocalizar>(); }    },
+            {"entrada",           [] { return window<FrmLancarCheques>(); }},
+            {"entrada-cheque",    [] { return walked<FrmLancarCheques>(); }},
+            {"baixa",             [] { return listed("Baixar"); }          },
+            {"cheques",           [] { return listed("localizarCH"); }     },
+            {"sem-fundos",        [] { return window<FrmLancasSFundos>(); }},
+            {"sem-fundos-cheque", [] { return walked<FrmLancasSFundos>(); }},
+            {"consulta",          [] { return window<FrmConsultaCH>(); }   },
+            {"consulta-cliente",  [] { return consulted(); }               },
+            {"renegociar",        [] { return window<FrmRenegociar>(); }   },
+            {"apagar",            [] { return window<FrmApagar>(); }       },
+            {"diretorio",         [] { return window<frmcaminho>(); }      },
+            {"filtro-recebidos",  [] { return filter("relch"); }           },
+            {"filtro-sem-fundos", [] { return filter("relsf"); }           },
+            {"mensagem",          [] { return window<frm_Msg>(); }         },
+            {"relatorio",         [] { return report(); }                  },
+            {"sobre",             [] { return window<frmAbout>(); }        },
+        };
+        for (int page = 0; page < 3; ++page)
+            all.push_back(
+                {"clientes-" + std::to_string(page + 1), [page] { return client(page); }});
+        std::vector<State> each;
+        for (State& state : all)
+            each.push_back({state.name, [show = std::move(state.show)]() -> QWidget& {
+                                WindowList::instance().clear();
+                                Mirtal::modo.clear();
+                                QWidget& shown = show();
+                                QCoreApplication::processEvents();
+                                return shown;
+                            }});
+        return each;
+    }
+
+private:
+    using Shown = std::reference_wrapper<QWidget>;
+
+    static Row received(int client, const char* numero, std::int64_t reais) {
+        return {
+            {"cliente", number(client)},
+            {"banco",   number(kNorte)},
+            {"agencia", words("0042") },
+            {"numero",  words(numero) },
+            {"data",    day(2026,       3, 1)},
+            {"bompara",       day(2026,                     4, 1)},
+            {"valor",money(reais)},
+            {"descontar",         yes(true)                },
+            {"autorizou",         words("Rita")                         },
+            {"observacao",         words("nada consta")},
+        };
+    }
+    static Row bounced(const char* numero) {
+        return {
+            {"cliente",  number(kAna) },
+            {"banco",    number(kAgro)},
+            {"agencia",  words("0042")},
+            {"numero",   words(numero)},
+            {"data",     day(2026,      3, 1)},
+            {"valor",        money(75)                    },
+            {"empresa",words("Loja Um")},
+        };
+    }
+
+    template <class Window>
+    static Shown window() {
+        return open<Window>();
+    }
+    template <class Window>
+    static Shown walked() {
+        auto& form = open<Window>();
+        click(form, "btnNavegacao", 0);
+        return form;
+    }
+    static Shown listed(const char* mode) {
+        Mirtal::modo = mode;
+        auto& form = open<FrmLocCHTerceiros>();
+        click(form, "chkdescontar");
+        return form;
+    }
+    static Shown consulted() {
+        auto& form = open<FrmConsultaCH>();
+        type(form, "txtNome", "ana");
+        press(Qt::Key_Return);
+        return form;
+    }
+    static Shown filter(const char* mode) {
+        Mirtal::modo = mode;
+        FrmFiltroRelat::mostrar();
+        return FrmFiltroRelat::instance();
+    }
+    static Shown report() {
+        auto& form = static_cast<FrmFiltroRelat&>(filter("relch").get());
+        activate(form);
+        type(form, "txtdtinicial", "01012026");
+        type(form, "txtdtfinal", "31122026");
+        click(form, "CmdImprimir");
+        auto& window = frmRel_ChequesSF::instance();
+        window.show();
+        activate(window);
+        const auto& rows = *window.findChild<Relatorio*>("Relatorio");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return rows.isComplete(); }, 60'000));
+        return window;
+    }
+    static Shown client(int page) {
+        auto& form = open<frmCliFor>();
+        control<QTabWidget>(form, "tabCliFor").setCurrentIndex(page);
+        return form;
+    }
+
+    QTemporaryDir settings_;
+};
