@@ -24,7 +24,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 # Sources are compiled several at once: most of the time goes into reading headers of Qt and the
 # test library. So two files of a target don't use one name for two things, even unnamed.
 set(CMAKE_UNITY_BUILD ON)
-set(CMAKE_UNITY_BUILD_BATCH_SIZE 8)
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 16)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 
 set(VALTRINO_SAMPLES ${CMAKE_SOURCE_DIR}/../shared/mdb CACHE PATH
@@ -33,6 +33,7 @@ option(VALTRINO_FATAL_WARNINGS "Stop at any warning" ON)
 set(VALTRINO_SANITIZE "" CACHE STRING
     "Build with sanitizers: address (and undefined behaviour) or thread; none if empty")
 set_property(CACHE VALTRINO_SANITIZE PROPERTY STRINGS "" address thread)
+option(VALTRINO_FUZZ "Build for scripts/fuzz.sh: the fuzzers see each comparison, which is slow" OFF)
 if(VALTRINO_SANITIZE STREQUAL "ON")
     # What a build folder made before remembers.
     set_property(CACHE VALTRINO_SANITIZE PROPERTY VALUE address)
@@ -62,8 +63,11 @@ elseif(VALTRINO_SANITIZE)
         -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(house INTERFACE -fsanitize=address,undefined)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-        # What tells the fuzzers which paths an input has taken.
-        target_compile_options(house INTERFACE -fsanitize=fuzzer-no-link)
+        # What tells the fuzzers which paths an input has taken, in the libraries only.
+        set(HOUSE_PATHS -fsanitize-coverage=inline-8bit-counters,pc-table)
+        if(VALTRINO_FUZZ)
+            set(HOUSE_PATHS -fsanitize=fuzzer-no-link)
+        endif()
     endif()
 endif()
 
@@ -80,6 +84,9 @@ function(house_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "QT" "" "")
     add_library(${name} STATIC ${arg_UNPARSED_ARGUMENTS})
     target_link_libraries(${name} PUBLIC house)
+    if(HOUSE_PATHS)
+        target_compile_options(${name} PRIVATE ${HOUSE_PATHS})
+    endif()
     if(arg_QT)
         house_qt(${name})
     elseif(VALTRINO_SANITIZE)
@@ -124,7 +131,7 @@ function(house_fuzzer name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBS")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE house ${arg_LIBS} -fsanitize=fuzzer)
-    target_compile_options(${name} PRIVATE -O1)
+    target_compile_options(${name} PRIVATE ${HOUSE_PATHS} -O1)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
     add_test(NAME fuzz.${name} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/fuzz.sh
