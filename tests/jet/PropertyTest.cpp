@@ -206,7 +206,7 @@ private:
     std::optional<std::map<std::string, TableModel>> saved_;
 };
 
-void expectSound(const std::filesystem::path& file) {
+void expectNoErrors(const std::filesystem::path& file) {
     const Report report = check(file);
     for (const Finding& finding : report.findings)
         if (finding.severity == Finding::Severity::error)
@@ -224,7 +224,7 @@ bool changeAndCompare(const std::filesystem::path& file, std::uint64_t seed, int
     changed.reopen();
     changed.expectEqual();
     changed.close();
-    expectSound(file);
+    expectNoErrors(file);
     if (hasMdbTools())
         expectSameAsIndependentReader(file);
     return true;
