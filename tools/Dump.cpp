@@ -81,7 +81,7 @@ int runTables(const Arguments& arguments) {
         rows.push_back({name, std::to_string(table.rowCount()),
                         std::to_string(table.columns().size()), reason ? "sim" : ""});
         if (reason)
-            reasons.push_back(*reason);
+            reasons.push_back(reason->sentence);
     }
     for (const auto& row : rows)
         text.measure(row);
