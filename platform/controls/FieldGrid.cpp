@@ -10,11 +10,14 @@
 
 namespace {
 
+bool isField(const QWidget& widget) {
+    return qobject_cast<const QLineEdit*>(&widget) != nullptr ||
+           qobject_cast<const QComboBox*>(&widget) != nullptr;
+}
+
 bool isShort(const QLayoutItem& item, const QWidget& widget) {
-    const bool field = qobject_cast<const QLineEdit*>(&widget) != nullptr ||
-                       qobject_cast<const QComboBox*>(&widget) != nullptr;
-    return field && ((item.alignment() & Qt::AlignLeft) ||
-                     widget.sizePolicy().horizontalPolicy() == QSizePolicy::Fixed);
+    return (item.alignment() & Qt::AlignLeft) ||
+           widget.sizePolicy().horizontalPolicy() == QSizePolicy::Fixed;
 }
 
 void alignEnds(const QGridLayout& grid) {
@@ -23,7 +26,11 @@ void alignEnds(const QGridLayout& grid) {
         int row = 0, column = 0, rows = 0, width = 0;
         grid.getItemPosition(i, &row, &column, &rows, &width);
         QWidget* widget = grid.itemAt(i)->widget();
-        if (widget && width == 1 && isShort(*grid.itemAt(i), *widget))
+        if (!widget || width != 1 || !isField(*widget))
+            continue;
+        // Beside others in its row a field gives way to them, to nothing at last.
+        widget->setMinimumWidth(std::max(widget->minimumWidth(), widget->sizeHint().width()));
+        if (isShort(*grid.itemAt(i), *widget))
             columns[column].push_back(widget);
     }
     for (const auto& [column, fields] : columns) {

@@ -36,7 +36,7 @@ const PrintFace::Letter* PrintFace::letter(QChar c) const {
         return nullptr;
     std::optional<Letter>& known = letters_[c.unicode()];
     if (!known) {
-        known.emplace();
+        known = Letter{};
         int count = 1;
         raw.glyphIndexesForChars(&c, 1, &known->glyph, &count);
         QPointF advance;

@@ -613,24 +613,27 @@ TEST_P(BouncedCheques, AChequeThatIsGoneWhenItIsPickedIsNotShown) {
 TEST_P(BouncedCheques, ShownToBeLookedAtNothingCanBeTyped) {
     given("semfundos", {bounced(kAna, "1", 10), bounced(kCarla, "2", 20)});
     data().rsSemFundos.MoveLast();
+    whileModal<FrmLancasSFundos>([](FrmLancasSFundos& form) {
+        EXPECT_EQ(shown(form),
+                  "2|Carla Reis|Banco Norte|0001|2|01/03/2026|20,00|Loja Um|sem fundos");
+        for (const char* field : kFields)
+            EXPECT_FALSE(control(form, field).isEnabled()) << field;
+        EXPECT_FALSE(control(form, "cmbncheque").isEnabled());
+        for (const char* command : {"CmdNovo", "CmdIncluir", "cmdExcluir", "CmdBuscar"})
+            EXPECT_FALSE(control(form, command).isEnabled()) << command;
+        EXPECT_TRUE(control(form, "CmdSair").isEnabled());
+        click(form, "btnNavegacao", 0);
+        EXPECT_EQ(text(form, "txtcliente"), "Ana Costa");
+        EXPECT_FALSE(control(form, "txtcliente").isEnabled());
+        click(form, "CmdSair");
+    });
     FrmLancasSFundos::instance().consultar();
-    auto& form = open<FrmLancasSFundos>();
-    EXPECT_EQ(shown(form), "2|Carla Reis|Banco Norte|0001|2|01/03/2026|20,00|Loja Um|sem fundos");
-    for (const char* field : kFields)
-        EXPECT_FALSE(control(form, field).isEnabled()) << field;
-    EXPECT_FALSE(control(form, "cmbncheque").isEnabled());
-    for (const char* command : {"CmdNovo", "CmdIncluir", "cmdExcluir", "CmdBuscar"})
-        EXPECT_FALSE(control(form, command).isEnabled()) << command;
-    EXPECT_TRUE(control(form, "CmdSair").isEnabled());
-    click(form, "btnNavegacao", 0);
-    EXPECT_EQ(text(form, "txtcliente"), "Ana Costa");
-    EXPECT_FALSE(control(form, "txtcliente").isEnabled());
 }
 
 TEST_P(BouncedCheques, TypingIsPossibleAgainOnceTheWindowWasClosed) {
     given("semfundos", {bounced(kAna, "1", 10)});
+    whileModal<FrmLancasSFundos>([](FrmLancasSFundos& form) { click(form, "CmdSair"); });
     FrmLancasSFundos::instance().consultar();
-    click(open<FrmLancasSFundos>(), "CmdSair");
     auto& form = open<FrmLancasSFundos>();
     EXPECT_EQ(shown(form), newCheque());
     for (const char* field : kFields)

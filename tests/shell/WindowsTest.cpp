@@ -183,6 +183,25 @@ TEST_F(EveryWindow, HasItsFieldsEndAtOneLine) {
     }
 }
 
+TEST_F(EveryWindow, HasNoFieldTooNarrowForWhatItHoldsHoweverSmallItIs) {
+    for (QWidget* window : windows()) {
+        auto* form = qobject_cast<Form*>(window);
+        if (!form)
+            continue;
+        form->show();
+        form->resize(form->minimumSizeHint());
+        QApplication::processEvents();
+        for (const QWidget* field : form->findChildren<QWidget*>()) {
+            const bool asksForRoom = (qobject_cast<const QLineEdit*>(field) != nullptr &&
+                                      qobject_cast<const QComboBox*>(field->parent()) == nullptr) ||
+                                     qobject_cast<const QComboBox*>(field) != nullptr;
+            if (asksForRoom && field->isVisible()) {
+                EXPECT_GE(field->width(), field->sizeHint().width()) << nameOf(*field);
+            }
+        }
+    }
+}
+
 TEST_F(EveryWindow, WithoutAListKeepsItsFieldsTogetherAtTheTop) {
     auto& form = open<FrmFiltroRelat>();
     form.resize(1366, 740);
