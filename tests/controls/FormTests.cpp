@@ -403,7 +403,7 @@ TEST_F(FormLife, AKeyPressedAgainInTheMomentInWhichItWasLetGoIsHeldDown) {
     };
     send(QEvent::KeyPress, 100);
     EXPECT_EQ(journal, Journal{"salvar"});
-    for (const quint64 when : {600, 630, 660}) {
+    for (const quint64 when : {600U, 630U, 660U}) {
         send(QEvent::KeyRelease, when);
         send(QEvent::KeyPress, when);
     }

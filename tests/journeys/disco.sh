@@ -112,12 +112,12 @@ start_without_room() {
     [ -z "$(find "$place/data/backup" -type f)" ] || fail "half a copy of the day was left"
     keys alt+x
     until_window "Exclusão"
-    keys Return
+    keys alt+s
     refused disco-exclusao
     free_disk "$place/data"
     keys alt+x
     until_window "Exclusão"
-    keys Return
+    keys alt+s
     expected=$(sed 1d <<< "$expected")
     expect_stored
     keys Escape

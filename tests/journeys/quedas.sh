@@ -223,12 +223,12 @@ ask_to_delete_one() {
 delete_two() {
     open_entry
     ask_to_delete_one
-    keys Return
+    keys alt+s
     until_window "Cadastro de Cheques Recebidos"
     ask_to_delete_one
     confirmed=1
     kill_within 1000000
-    keys Return
+    keys alt+s
 }
 
 renegotiate_one() {
@@ -286,7 +286,7 @@ lose_the_screen() {
     begin_steps
     open_entry
     ask_to_delete_one
-    keys Return
+    keys alt+s
     until_window "Cadastro de Cheques Recebidos"
     confirmed=1
     kill "$screen"

@@ -2,8 +2,8 @@
 
 #include <ctime>
 
-/// Measures the processor time this program uses. What it tells depends on the machine, on its other
-/// work and on the build: compare it only with another of the same run.
+/// Measures the processor time this program uses. What it tells depends on the machine, on its
+/// other work and on the build: compare it only with another of the same run.
 class CpuTimer {
 public:
     /// Since the making or the last restart().
