@@ -13,15 +13,17 @@ PageMouse::PageMouse(PageView& view) : QObject(&view), view_(view) {
 }
 
 bool PageMouse::eventFilter(QObject*, QEvent* event) {
-    const auto& mouse = static_cast<const QMouseEvent&>(*event);
+    const auto mouse = [event]() -> const QMouseEvent& {
+        return static_cast<QMouseEvent&>(*event);
+    };
     bool taken = false;
     switch (event->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
-        guarded([&] { taken = pressed(mouse); });
+        guarded([&] { taken = pressed(mouse()); });
         return taken;
     case QEvent::MouseMove:
-        return guarded([&] { moved(mouse); });
+        return guarded([&] { moved(mouse()); });
     case QEvent::MouseButtonRelease:
         return guarded([&] { released(); });
     default:

@@ -33,9 +33,18 @@ QPoint middleOfRow(ListView& list, int row) {
     return {place.left() + place.width() / 2, place.center().y()};
 }
 
+/// Where the test before has ended the program no window would wait any more: Qt takes that back
+/// only when a program begins. Not at that test's end, as events would still come to what it has
+/// left.
+void beginAnew() {
+    QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(); });
+    QCoreApplication::exec();
+}
+
 } // namespace
 
 FormTest::FormTest() {
+    beginAnew();
     setMessageFunction([this](const Message& message) { return answerMessage(message); });
     setFileFunction([this](const FileRequest& request) { return answerFile(request); });
     setFailureHandler([this](const std::exception_ptr& failure) { takeFailure(failure); });
@@ -49,20 +58,8 @@ FormTest::~FormTest() {
     setPromptHook({});
 }
 
-namespace {
-
-/// Where the test has ended the program no window would wait any more, in no later test either: Qt
-/// takes that back only when a program begins.
-void beginAnew() {
-    QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(); });
-    QCoreApplication::exec();
-}
-
-} // namespace
-
 void FormTest::TearDown() {
     WindowList::instance().clear();
-    beginAnew();
     for (const ExpectedMessage& missing : messages_)
         ADD_FAILURE() << "announced, but never shown: " << missing.message;
     for (const ExpectedFile& missing : files_)
