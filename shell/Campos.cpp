@@ -170,9 +170,10 @@ std::optional<QString> recusa(const Campos::Campo& /*campo*/, Codigos /*codigos*
 
 } // namespace
 
-Campos::Campos(Nulo nulo, std::vector<Campo> campos) : nulo_(nulo) {
-    for (Campo& campo : campos)
-        linhas_.push_back({std::move(campo), std::nullopt, {}});
+Campos::Campos(Nulo nulo, const std::vector<Campo>& campos) : nulo_(nulo) {
+    linhas_.reserve(campos.size());
+    for (const Campo& campo : campos)
+        linhas_.push_back({campo, std::nullopt, {}});
 }
 
 void Campos::dispensar(const ado::Recordset& rs) const {

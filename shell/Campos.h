@@ -54,7 +54,7 @@ public:
     /// None yet.
     Campos() = default;
     /// The fields in the order in which they are shown, checked and saved.
-    Campos(Nulo nulo, std::vector<Campo> campos);
+    Campos(Nulo nulo, const std::vector<Campo>& campos);
 
     /// Switches off the controls whose fields the table lacks, and says which these are.
     void dispensar(const ado::Recordset& rs) const;

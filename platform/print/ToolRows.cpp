@@ -47,7 +47,7 @@ int ToolRows::heightForWidth(int width) const { return arrange({0, 0, width, 0},
 
 void ToolRows::setGeometry(const QRect& rect) {
     QLayout::setGeometry(rect);
-    arrange(rect, true);
+    [[maybe_unused]] const int height = arrange(rect, true);
 }
 
 int ToolRows::arrange(const QRect& rect, bool move) const {

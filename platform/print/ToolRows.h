@@ -25,7 +25,7 @@ public:
 
 private:
     /// @return how high the rows are
-    int arrange(const QRect& rect, bool move) const;
+    [[nodiscard]] int arrange(const QRect& rect, bool move) const;
 
     std::vector<std::unique_ptr<QLayoutItem>> groups_;
 };

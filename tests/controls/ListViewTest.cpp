@@ -10,6 +10,8 @@
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
+#include <array>
+
 namespace {
 
 class BankList : public FormTest {
@@ -168,10 +170,7 @@ TEST_F(BankList, TheFirstColumnHasRoomForItsCheckBoxAndIcon) {
 
 TEST_F(BankList, WhatIsListedMovesNoColumn) {
     const auto widths = [this] {
-        std::vector<int> all;
-        for (int column = 0; column < 3; ++column)
-            all.push_back(list_->columnWidth(column));
-        return all;
+        return std::array{list_->columnWidth(0), list_->columnWidth(1), list_->columnWidth(2)};
     };
     for (const int share : {1, 20}) {
         list_->setColumns({
@@ -180,7 +179,7 @@ TEST_F(BankList, WhatIsListedMovesNoColumn) {
             {"Valor ", 20   }
         });
         list_->setCheckBoxes(share == 1);
-        const std::vector<int> empty = widths();
+        const auto empty = widths();
         for (const int rows : {1, 200}) {
             for (int row = 0; row < rows; ++row)
                 list_->addItem({.key = QString::number(row),

@@ -36,7 +36,7 @@ protected:
     }
     void TearDown() override {
         // The test's own damage is taken back before the file is checked.
-        FormTest::TearDown();
+        WindowList::instance().clear();
         data().fechar();
         changeClient(kOther, kClient);
         ChequeShop::TearDown();

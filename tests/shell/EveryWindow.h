@@ -69,10 +69,12 @@ protected:
             {"relatorio",         [] { return report(); }                  },
             {"sobre",             [] { return window<frmAbout>(); }        },
         };
+        all.reserve(all.size() + 3);
         for (int page = 0; page < 3; ++page)
             all.push_back(
                 {"clientes-" + std::to_string(page + 1), [page] { return client(page); }});
         std::vector<State> each;
+        each.reserve(all.size());
         for (State& state : all)
             each.push_back({state.name, [show = std::move(state.show)]() -> QWidget& {
                                 WindowList::instance().clear();

@@ -263,7 +263,7 @@ protected:
     }
     /// What the disk has, without what lies beside it.
     [[nodiscard]] std::filesystem::path databaseAlone() const {
-        const auto alone = folder_ / "so.mdb";
+        auto alone = folder_ / "so.mdb";
         std::filesystem::copy_file(shop_.file(), alone,
                                    std::filesystem::copy_options::overwrite_existing);
         return alone;
@@ -322,6 +322,8 @@ TEST_F(ProgramThatFails, ADamagedPageIsNotedAndNothingIsToBeRepeated) {
         }
         file.commit();
     }
+    // The program would note what it finds when it makes the copy of the day: there is one.
+    ASSERT_TRUE(jet::Backup(shop_.file()).makeIfDue());
     {
         std::fstream bytes(shop_.file(), std::ios::binary | std::ios::in | std::ios::out);
         bytes.seekp(static_cast<std::streamoff>(page * 4096));
