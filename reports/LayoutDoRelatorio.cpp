@@ -31,28 +31,18 @@ ReportBand cabecalho() {
     const TextLook titulo = {14, true};
     const TextLook texto = {9};
     const TextLook direita = aDireita(texto);
-    const auto calculado = [](FieldKind quando, const char* nome, QRectF lugar, const TextLook& as,
-                              const char* rotulo, const char* formato) {
-        return ReportField{quando, nome, lugar, as, formato, "", QString::fromUtf8(rotulo)};
-    };
     ReportBand faixa = {22};
     faixa.frames = {{{0, 0, kLargura, 19}}};
     faixa.lines = {
         {"", {0, 11}, {kLargura, 11}}
     };
-    constexpr auto cadaPagina = FieldKind::computed;
     constexpr auto umaVez = FieldKind::computedFirst;
     faixa.fields = {
-        {FieldKind::title, "",   {4, 1.5, 120, 8}, titulo},
-        calculado(cadaPagina, "Pagina", {130,              3,    46,               5     },
-        direita, "Página:", ""),
-        calculado(umaVez, "DTInicial", {4,                12.5, 55,               5     },
-        texto,
-                  "Referente ao período:", "Short Date"),
-        calculado(umaVez, "DTFinal", {59,               12.5, 40,               5     },
-        texto, "a", "Short Date"),
-        calculado(umaVez, "Data", {130,              12.5, 46,               5     },
-        direita, "Data:", ""),
+        {FieldKind::title,    "",          {4, 1.5, 120, 8},   titulo,  "",           "", ""                      },
+        {FieldKind::computed, "Pagina",    {130, 3, 46, 5},    direita, "",           "", "Página:"              },
+        {umaVez,              "DTInicial", {4, 12.5, 55, 5},   texto,   "Short Date", "", "Referente ao período:"},
+        {umaVez,              "DTFinal",   {59, 12.5, 40, 5},  texto,   "Short Date", "", "a"                     },
+        {umaVez,              "Data",      {130, 12.5, 46, 5}, direita, "Short Date", "", "Data:"                 },
     };
     return faixa;
 }
