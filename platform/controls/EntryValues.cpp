@@ -54,8 +54,10 @@ QString nameOf(const QWidget& widget) {
 
 } // namespace
 
+// By the order of Tab: the order of the children changes with the tab that is in front.
 EntryValues::EntryValues(const QWidget& window) {
-    for (QWidget* widget : window.findChildren<QWidget*>()) {
+    for (QWidget* widget = window.nextInFocusChain(); widget != &window;
+         widget = widget->nextInFocusChain()) {
         if (isPartOfControl(*widget))
             continue;
         Held now = held(*widget);
@@ -73,12 +75,11 @@ void EntryValues::restore() const {
 
 std::vector<EntryValues::Difference> EntryValues::differencesTo(const EntryValues& other) const {
     std::vector<Difference> differences;
-    for (std::size_t i = 0; i < std::min(entries_.size(), other.entries_.size()); ++i) {
-        const Entry& here = entries_[i];
-        const Entry& there = other.entries_[i];
-        if (!here.name.isEmpty() && here.text != there.text)
+    for (const Entry& here : entries_) {
+        const auto there = std::ranges::find(other.entries_, here.control, &Entry::control);
+        if (there != other.entries_.end() && !here.name.isEmpty() && here.text != there->text)
             differences.push_back(
-                {here.control, here.name, here.text, there.text, here.changeable});
+                {here.control, here.name, here.text, there->text, here.changeable});
     }
     return differences;
 }

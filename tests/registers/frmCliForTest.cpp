@@ -432,6 +432,23 @@ TEST_F(ClientRegister, ADocumentNumberThatIsOnlyLookedAtIsNotTyped) {
     EXPECT_FALSE(form.isVisible());
 }
 
+TEST_F(ClientRegister, TabsThatAreOnlyLookedAtAreNotTyped) {
+    given("cliente_fornecedor",
+          {
+              client("Balcão"),
+              client("Ana Lima", {{"endereco", words("Rua 1")}, {"pai", words("João")}}
+               )
+    });
+    auto& form = open<frmCliFor>();
+    show(form, 1);
+    for (Qt::Key key : {Qt::Key_U, Qt::Key_H}) {
+        press(key, Qt::AltModifier);
+        EXPECT_NE(tab(form), 0);
+    }
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(form.isVisible());
+}
+
 TEST_F(ClientRegister, EnterLeadsThroughTheOtherTabsToSave) {
     auto& form = open<frmCliFor>();
     enter(form, "txtObservação");
