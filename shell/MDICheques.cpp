@@ -7,6 +7,7 @@
 #include "controls/WindowList.h"
 #include "jet/Error.h"
 #include "shell/AreaDeTrabalho.h"
+#include "shell/BarraDeStatus.h"
 #include "shell/Comandos.h"
 #include "shell/CopiaDeSeguranca.h"
 #include "shell/Mirtal.h"
@@ -14,49 +15,20 @@
 
 #include <QCloseEvent>
 #include <QCoreApplication>
-#include <QDateTime>
-#include <QLabel>
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QSettings>
-#include <QStatusBar>
 #include <QToolBar>
-#include <QToolButton>
 #include <QWindow>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <utility>
 #include <vector>
 
-using namespace std::chrono_literals;
-
 namespace {
 
-constexpr int kEntreVistorias = 3; ///< seconds
-
-// How prompt and news part the status bar when there are news.
-constexpr int kParteDaMensagem = 4;
-constexpr int kParteDaNoticia = 3;
-
 constexpr char kPlaceKey[] = "MDICheques/lugar";
-
-// What to do about a damaged file; the shop's technician has the tool.
-const QString kComCopia =
-    "Enquanto o arquivo estiver assim, nenhuma cópia de segurança é apagada. A cópia boa mais "
-    "recente é\n%1\n\n"
-    "Para voltar a ela, feche o programa em todas as estações e peça ao técnico que execute\n\n"
-    "valtrino-mdb restore \"%1\" \"%2\"\n\n"
-    "O arquivo de agora fica guardado ao lado. O que foi lançado depois da cópia terá de ser "
-    "lançado de novo.";
-const QString kProcurandoCopia =
-    "Enquanto o arquivo estiver assim, nenhuma cópia de segurança é apagada. As cópias estão sendo "
-    "conferidas: clique outra vez daqui a pouco para saber como voltar a uma delas.";
-const QString kSemCopia =
-    "Não há cópia de segurança boa na pasta \"backup\" ao lado do arquivo. Feche o programa em "
-    "todas as estações e peça ao técnico que salve o que ainda se lê:\n\n"
-    "valtrino-mdb salvage \"%1\" automacao-salvo.mdb";
 
 QSettings userSettings() {
     return QSettings(QSettings::IniFormat, QSettings::UserScope, "Valtrino", "Valtrino");
@@ -64,7 +36,7 @@ QSettings userSettings() {
 
 } // namespace
 
-MDICheques::MDICheques() {
+MDICheques::MDICheques() : StatusBar1(new BarraDeStatus) {
     installSpoken();
     setObjectName("MDICheques");
     setWindowTitle("Valtrino");
@@ -72,7 +44,7 @@ MDICheques::MDICheques() {
     setCentralWidget(new AreaDeTrabalho(this));
     montarMenus();
     montarFerramentas();
-    montarBarra();
+    setStatusBar(StatusBar1);
     lembrarLugar();
 }
 
@@ -81,7 +53,8 @@ MDICheques::~MDICheques() = default;
 MDICheques& MDICheques::instance() { return WindowList::instance().one<MDICheques>(); }
 
 void MDICheques::mostrarMensagens() {
-    Mirtal::aoMostrarMensagem([](const QString& texto) { instance().mensagem_->setText(texto); });
+    Mirtal::aoMostrarMensagem(
+        [](const QString& texto) { instance().StatusBar1->mostrarMensagem(texto); });
     setPromptHook(&Mirtal::mensagem);
 }
 
@@ -119,56 +92,6 @@ void MDICheques::montarFerramentas() {
     }
 }
 
-void MDICheques::montarBarra() {
-    mensagem_ = new QLabel;
-    mensagem_->setObjectName("pnlMensagem");
-    mensagem_->setAccessibleName("Mensagem");
-    mensagem_->setTextFormat(Qt::PlainText);
-    // A long prompt is cut at the panel's edge and doesn't widen the window.
-    mensagem_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-
-    noticia_ = new QLabel;
-    noticia_->setObjectName("pnlNoticia");
-    noticia_->setAccessibleName("Notícia");
-    noticia_->setTextFormat(Qt::PlainText);
-    noticia_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    noticia_->hide();
-
-    data_ = new QLabel;
-    data_->setObjectName("pnlData");
-    data_->setAccessibleName("Data");
-
-    statusBar()->setObjectName("StatusBar1");
-    statusBar()->setContentsMargins(6, 0, 6, 0);
-    statusBar()->addWidget(mensagem_, kParteDaMensagem);
-    statusBar()->addPermanentWidget(noticia_, kParteDaNoticia);
-    dano_ = montarAviso("pnlDano", "Arquivo com erros", "critical");
-    connectGuarded(dano_, &QToolButton::clicked, this, &MDICheques::dano_Click);
-    consulta_ = montarAviso("pnlConsulta", "Somente consulta", "warning");
-    connectGuarded(consulta_, &QToolButton::clicked, this, &MDICheques::consulta_Click);
-    QSizePolicy lugar = consulta_->sizePolicy();
-    lugar.setRetainSizeWhenHidden(true); // what is above mustn't move when it comes and goes
-    consulta_->setSizePolicy(lugar);
-    statusBar()->addPermanentWidget(data_);
-
-    Relogio_Timer();
-    connectGuarded(&Relogio, &QTimer::timeout, this, &MDICheques::Relogio_Timer);
-    Relogio.start(1s);
-}
-
-/// What stands in the status bar as long as it is so, and tells more when it is clicked.
-QToolButton* MDICheques::montarAviso(const char* nome, const char* texto, const char* imagem) {
-    auto* aviso = new QToolButton;
-    aviso->setObjectName(nome);
-    aviso->setText(texto);
-    aviso->setIcon(Icons::named(imagem));
-    aviso->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    aviso->setAutoRaise(true);
-    aviso->hide();
-    statusBar()->addPermanentWidget(aviso);
-    return aviso;
-}
-
 // Texts under the pictures where all of them fit beside each other.
 void MDICheques::resizeEvent(QResizeEvent* event) {
     QMainWindow::resizeEvent(event);
@@ -177,46 +100,8 @@ void MDICheques::resizeEvent(QResizeEvent* event) {
         Toolbar1->setToolButtonStyle(Qt::ToolButtonIconOnly);
 }
 
-// Beside the prompt, not in its place: that is of the field in which somebody is typing.
-void MDICheques::mostrarNoticia(const QString& texto) {
-    noticia_->setText(texto);
-    noticia_->setToolTip(texto); // whole, where the panel is too narrow for it
-    noticia_->show();
-}
-
-// Why nothing can be saved now, as long as that lasts: a program with other rules may come into the
-// file and go again.
-void MDICheques::mostrarConsulta() {
-    if (!dbconectar::instance().aberto())
-        return;
-    const auto motivo = dbconectar::instance().Automacao.database().readOnlyReason();
-    consulta_->setVisible(motivo.has_value());
-    consulta_->setToolTip(QString::fromStdString(motivo.value_or("")));
-    consulta_->setAccessibleDescription(consulta_->toolTip());
-}
-
-void MDICheques::consulta_Click() {
-    showMessage(consulta_->toolTip(), "Mensagem", MessageIcon::exclamation);
-}
-
-void MDICheques::mostrarDano(const std::optional<Dano>& dano) {
-    dano_->setVisible(dano.has_value());
-    if (!dano || !dbconectar::instance().aberto())
-        return;
-    const QString arquivo =
-        QString::fromStdString(dbconectar::instance().Automacao.database().path().string());
-    dano_->setToolTip(dano->achado);
-    dano_->setAccessibleDescription(dano->achado);
-    const QString socorro = !dano->copia             ? kProcurandoCopia
-                            : dano->copia->isEmpty() ? kSemCopia.arg(arquivo)
-                                                     : kComCopia.arg(*dano->copia, arquivo);
-    socorro_ = dano->achado + "\n\n" + socorro;
-}
-
-void MDICheques::dano_Click() { showMessage(socorro_, "Mensagem", MessageIcon::exclamation); }
-
 void MDICheques::avisar() {
-    mostrarConsulta();
+    StatusBar1->mostrarConsulta();
     jet::Database& base = dbconectar::instance().Automacao.database();
     for (const auto& aviso : {base.notice(), base.readOnlyReason()})
         if (aviso)
@@ -226,12 +111,6 @@ void MDICheques::avisar() {
                         "\n\nAs janelas que precisam disso não abrem; as outras funcionam. Peça a "
                         "quem cuida da base de dados que o acrescente.",
                     "Mensagem", MessageIcon::exclamation);
-}
-
-void MDICheques::Relogio_Timer() {
-    data_->setText(QDateTime::currentDateTime().toString("dd/MM/yyyy   HH:mm"));
-    if (++segundos_ % kEntreVistorias == 0)
-        mostrarConsulta();
 }
 
 // A first run, or a place on a screen that is no longer there, fills the screen.
@@ -290,12 +169,12 @@ void MDICheques::virParaFrente() {
 void MDICheques::cuidarDaCopia() {
     copia_ = std::make_unique<CopiaDeSeguranca>(
         dbconectar::instance().Automacao.database().path(),
-        [this](const QString& texto) { mostrarNoticia(texto); },
-        [this](const std::optional<Dano>& dano) { mostrarDano(dano); });
+        [this](const QString& texto) { StatusBar1->mostrarNoticia(texto); },
+        [this](const std::optional<Dano>& dano) { StatusBar1->mostrarDano(dano); });
 }
 
 void MDICheques::conferirArquivo(const QString& achado) {
-    mostrarDano(Dano{achado, std::nullopt});
+    StatusBar1->mostrarDano(Dano{achado, std::nullopt});
     if (copia_)
         copia_->verificar();
 }

@@ -3,17 +3,14 @@
 #include "controls/Failure.h"
 
 #include <QMainWindow>
-#include <QTimer>
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 
+class BarraDeStatus;
 class CopiaDeSeguranca;
-struct Dano;
-class QLabel;
 class QToolBar;
-class QToolButton;
 
 namespace Comandos {
 struct Comando;
@@ -60,31 +57,16 @@ protected:
 private:
     void montarMenus();
     void montarFerramentas();
-    void montarBarra();
-    QToolButton* montarAviso(const char* nome, const char* texto, const char* imagem);
     void virParaFrente();
     void lembrarLugar();
     void executar(const Comandos::Comando* comando);
     void Toolbar1_ButtonClick(const QString& chave);
-    void mostrarNoticia(const QString& texto);
-    void mostrarConsulta();
-    void consulta_Click();
-    void mostrarDano(const std::optional<Dano>& dano);
-    void dano_Click();
-    void Relogio_Timer();
     /// Whether the program may end now: all is written, or that has been tried in vain before.
     [[nodiscard]] bool podeEncerrar();
 
     QToolBar* Toolbar1;
-    QLabel* mensagem_;
-    QLabel* noticia_;       ///< of the copy of the day; on show once there is any
-    QToolButton* consulta_; ///< on show while nothing can be saved; says why
-    QToolButton* dano_;     ///< on show while the database has errors; says which, and what helps
-    QString socorro_;       ///< what helps
-    QLabel* data_;
-    QTimer Relogio;
+    BarraDeStatus* StatusBar1;
     std::unique_ptr<CopiaDeSeguranca> copia_;
-    int segundos_ = 0;
     bool encerrado_ = false;
     /// What the file said to be written when the end failed; nothing if other work came after.
     std::optional<std::uint64_t> tentadoCom_;

@@ -1,20 +1,17 @@
 #pragma once
 
+#include "controls/CentredPlace.h"
 #include "controls/EntryValues.h"
 #include "controls/Failure.h"
+#include "controls/FormInput.h"
 
 #include <QDialog>
-#include <QHash>
-#include <QMargins>
-#include <QSet>
 
-#include <functional>
 #include <initializer_list>
 #include <optional>
 
 class QAbstractButton;
 class QLineEdit;
-class QShortcutEvent;
 
 /// Base of every child window: gives it the life the windows are written for, and the guard where
 /// what its handlers throw ends.
@@ -91,11 +88,13 @@ protected:
     /// handler.
     template <class Self>
     void gotFocus(QWidget* control, void (Self::*handler)()) {
-        whenGotFocus(control, [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
+        input_.whenGotFocus(control,
+                            [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
     }
     template <class Self>
     void lostFocus(QWidget* control, void (Self::*handler)()) {
-        whenLostFocus(control, [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
+        input_.whenLostFocus(control,
+                             [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
     }
 
     /// Shows each control's prompt while it has the focus; for one without a prompt its tool-tip,
@@ -107,15 +106,15 @@ protected:
     /// Enter in the control, without Ctrl, runs the handler; then the key goes on as ever.
     template <class Self>
     void onEnter(QWidget* control, void (Self::*handler)()) {
-        onEnter_.insert(control,
-                        [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
+        input_.whenEnter(control,
+                         [self = static_cast<Self*>(this), handler] { (self->*handler)(); });
     }
     /// The box takes digits and editing keys only; of what is pasted or dropped, only the digits.
     /// What has none is refused and changes nothing. Enter moves on. Entered, by mouse too, all of
     /// it is marked, ready to be typed over. What the program sets is left as it is.
-    void digitsOnly(QLineEdit* box);
+    void digitsOnly(QLineEdit* box) { input_.digitsOnly(box); }
     /// Names the close button, which Esc presses. Its own handler calls unload().
-    void closesWith(QAbstractButton* button) { closeButton_ = button; }
+    void closesWith(QAbstractButton* button) { input_.setCloseButton(button); }
 
     /// What stands in the fields now is stored, or was put there by the program: none of it can be
     /// lost. From then on Esc asks, before it closes the window, if the fields hold anything else.
@@ -125,66 +124,28 @@ protected:
     /// is empty, or else `word` and the key; and with `name` whose it is.
     void tellsRecord(QLineEdit* key, const QString& word, QLineEdit* name = nullptr);
 
-    /// Puts the window, with the frame that the desktop puts around it, in the middle of its
-    /// screen; with `top`, so many pixels under the screen's upper edge. What the frame measures is
-    /// told when the window is on show: until then it is taken to be as that of the window in
-    /// front.
-    void centre(std::optional<int> top = std::nullopt);
+    /// Puts the window in the middle of its screen; with `top`, so many pixels under the screen's
+    /// upper edge (see CentredPlace.h).
+    void centre(std::optional<int> top = std::nullopt) { place_.centre(top); }
     /// Says what is missing or wrong (title "Advertência", exclamation, OK), then puts the focus on
     /// the control.
     void advertir(QWidget* control, const QString& text);
 
     bool event(QEvent* event) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    using Handler = std::function<void()>;
+    friend FormInput; // which moves the focus on
 
-    void place();
     void retire();
-    void whenGotFocus(QWidget* control, const Handler& handler);
-    void whenLostFocus(QWidget* control, const Handler& handler);
-    void focusCame(QWidget* control);
-    void focusWent();
-    /// Keeps the focus in a date box whose text is no date, and says so. @return whether it did.
-    bool keepsFocus(QWidget& control, const QFocusEvent& leaving);
-    [[nodiscard]] bool filterKey(QWidget* control, const QKeyEvent& key);
-    [[nodiscard]] bool pressByAccessKey(QAbstractButton& button, const QShortcutEvent& key);
     [[nodiscard]] bool somethingTyped() const;
 
-    QHash<QWidget*, QString> prompts_;
-    QMultiHash<QWidget*, Handler> gotFocus_;
-    QMultiHash<QWidget*, Handler> lostFocus_;
-    QMultiHash<QWidget*, Handler> onEnter_;
-    QSet<QWidget*> enterAsTab_;
-    QSet<QWidget*> digitsOnly_;
+    FormInput input_{*this};
+    CentredPlace place_{*this};
     std::optional<EntryValues> untouched_; ///< what the fields held when nothing was typed
-    QAbstractButton* closeButton_ = nullptr;
-    /// The control that has told that the focus came to it and not yet that it went.
-    QWidget* focused_ = nullptr;
     bool loaded_ = false;
     bool unloading_ = false;
     bool modal_ = false;
     bool retired_ = false;
-    /// Where centre() has put the window, until its frame is known.
-    struct Place {
-        QMargins frame;
-        std::optional<int> top;
-    };
-    std::optional<Place> place_;
-    /// A control has been entered that had to be left again; see keepsFocus().
-    bool keptFocus_ = false;
-    bool keepingFocus_ = false;
-    bool pressDue_ = false; ///< of the mouse, on that control
-    /// The mouse button was let go while a control was being left for the one that it is on.
-    bool releasedOnLeaving_ = false;
-    bool enteredByMouse_ = false; ///< and the click that did it is still to come
 };
-
-/// Where prompts go: to the main window's status bar. "" clears it.
-using PromptHook = std::function<void(const QString&)>;
-/// Sets where prompts go. Without one they go nowhere.
-/// @return the hook set before.
-PromptHook setPromptHook(PromptHook hook);

@@ -19,6 +19,15 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+/// Paints nothing: the threads that Qt may have for it don't go along into a forked program, which
+/// would wait for them for ever.
+class Unpainted final : public QObject {
+protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        return event->type() == QEvent::Paint;
+    }
+};
+
 class CutOff : public FailingShop {
 protected:
     void SetUp() override {
@@ -144,6 +153,8 @@ protected:
         dbconectar::descartar();
         const pid_t program = ::fork();
         if (program == 0) {
+            Unpainted eyes;
+            qApp->installEventFilter(&eyes);
             data().Automacao.setDisk(disk_);
             data().abrir();
             cutOff(FailingDisk::Refuses::life, write);

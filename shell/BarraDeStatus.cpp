@@ -1,0 +1,134 @@
+#include "shell/BarraDeStatus.h"
+
+#include "controls/Failure.h"
+#include "controls/Icons.h"
+#include "controls/MessageBox.h"
+#include "shell/CopiaDeSeguranca.h"
+#include "shell/dbconectar.h"
+
+#include <QDateTime>
+#include <QLabel>
+#include <QToolButton>
+
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int kEntreVistorias = 3; ///< seconds
+
+// How prompt and news part the status bar when there are news.
+constexpr int kParteDaMensagem = 4;
+constexpr int kParteDaNoticia = 3;
+
+// What to do about a damaged file; the shop's technician has the tool.
+const QString kComCopia =
+    "Enquanto o arquivo estiver assim, nenhuma cópia de segurança é apagada. A cópia boa mais "
+    "recente é\n%1\n\n"
+    "Para voltar a ela, feche o programa em todas as estações e peça ao técnico que execute\n\n"
+    "valtrino-mdb restore \"%1\" \"%2\"\n\n"
+    "O arquivo de agora fica guardado ao lado. O que foi lançado depois da cópia terá de ser "
+    "lançado de novo.";
+const QString kProcurandoCopia =
+    "Enquanto o arquivo estiver assim, nenhuma cópia de segurança é apagada. As cópias estão sendo "
+    "conferidas: clique outra vez daqui a pouco para saber como voltar a uma delas.";
+const QString kSemCopia =
+    "Não há cópia de segurança boa na pasta \"backup\" ao lado do arquivo. Feche o programa em "
+    "todas as estações e peça ao técnico que salve o que ainda se lê:\n\n"
+    "valtrino-mdb salvage \"%1\" automacao-salvo.mdb";
+
+QLabel* novoPainel(const char* nome, const char* chamado) {
+    auto* painel = new QLabel;
+    painel->setObjectName(nome);
+    painel->setAccessibleName(chamado);
+    painel->setTextFormat(Qt::PlainText);
+    return painel;
+}
+
+} // namespace
+
+BarraDeStatus::BarraDeStatus()
+    : mensagem_(novoPainel("pnlMensagem", "Mensagem")),
+      noticia_(novoPainel("pnlNoticia", "Notícia")), data_(novoPainel("pnlData", "Data")) {
+    setObjectName("StatusBar1");
+    setContentsMargins(6, 0, 6, 0);
+    // A long text is cut at the panel's edge and doesn't widen the window.
+    for (QLabel* painel : {mensagem_, noticia_})
+        painel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    noticia_->hide();
+
+    addWidget(mensagem_, kParteDaMensagem);
+    addPermanentWidget(noticia_, kParteDaNoticia);
+    dano_ = montarAviso("pnlDano", "Arquivo com erros", "critical");
+    connectGuarded(dano_, &QToolButton::clicked, this, &BarraDeStatus::dano_Click);
+    consulta_ = montarAviso("pnlConsulta", "Somente consulta", "warning");
+    connectGuarded(consulta_, &QToolButton::clicked, this, &BarraDeStatus::consulta_Click);
+    QSizePolicy lugar = consulta_->sizePolicy();
+    lugar.setRetainSizeWhenHidden(true); // what is above mustn't move when it comes and goes
+    consulta_->setSizePolicy(lugar);
+    addPermanentWidget(data_);
+
+    Relogio_Timer();
+    connectGuarded(&Relogio, &QTimer::timeout, this, &BarraDeStatus::Relogio_Timer);
+    Relogio.start(1s);
+}
+
+/// What stands in the status bar as long as it is so, and tells more when it is clicked.
+QToolButton* BarraDeStatus::montarAviso(const char* nome, const char* texto, const char* imagem) {
+    auto* aviso = new QToolButton;
+    aviso->setObjectName(nome);
+    aviso->setText(texto);
+    aviso->setIcon(Icons::named(imagem));
+    aviso->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    aviso->setAutoRaise(true);
+    aviso->hide();
+    addPermanentWidget(aviso);
+    return aviso;
+}
+
+void BarraDeStatus::mostrarMensagem(const QString& texto) { mensagem_->setText(texto); }
+
+// Beside the prompt, not in its place: that is of the field in which somebody is typing.
+void BarraDeStatus::mostrarNoticia(const QString& texto) {
+    noticia_->setText(texto);
+    noticia_->setToolTip(texto); // whole, where the panel is too narrow for it
+    noticia_->show();
+}
+
+// Why nothing can be saved now, as long as that lasts: a program with other rules may come into the
+// file and go again.
+void BarraDeStatus::mostrarConsulta() {
+    if (!dbconectar::instance().aberto())
+        return;
+    const auto motivo = dbconectar::instance().Automacao.database().readOnlyReason();
+    consulta_->setVisible(motivo.has_value());
+    consulta_->setToolTip(QString::fromStdString(motivo.value_or("")));
+    consulta_->setAccessibleDescription(consulta_->toolTip());
+}
+
+void BarraDeStatus::consulta_Click() {
+    ::showMessage(consulta_->toolTip(), "Mensagem", MessageIcon::exclamation);
+}
+
+void BarraDeStatus::mostrarDano(const std::optional<Dano>& dano) {
+    dano_->setVisible(dano.has_value());
+    if (!dano || !dbconectar::instance().aberto())
+        return;
+    const QString arquivo =
+        QString::fromStdString(dbconectar::instance().Automacao.database().path().string());
+    dano_->setToolTip(dano->achado);
+    dano_->setAccessibleDescription(dano->achado);
+    const QString socorro = !dano->copia             ? kProcurandoCopia
+                            : dano->copia->isEmpty() ? kSemCopia.arg(arquivo)
+                                                     : kComCopia.arg(*dano->copia, arquivo);
+    socorro_ = dano->achado + "\n\n" + socorro;
+}
+
+void BarraDeStatus::dano_Click() { ::showMessage(socorro_, "Mensagem", MessageIcon::exclamation); }
+
+void BarraDeStatus::Relogio_Timer() {
+    data_->setText(QDateTime::currentDateTime().toString("dd/MM/yyyy   HH:mm"));
+    if (++segundos_ % kEntreVistorias == 0)
+        mostrarConsulta();
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QStatusBar>
+#include <QTimer>
+
+#include <optional>
+
+struct Dano;
+class QLabel;
+class QToolButton;
+
+/// Foot of the main window: the prompt of the field in use, the news of the daily copy, what is
+/// wrong with the database and why nothing can be saved, as long as that is so, date and time.
+class BarraDeStatus final : public QStatusBar {
+    Q_OBJECT
+public:
+    BarraDeStatus();
+
+    void mostrarMensagem(const QString& texto);
+    void mostrarNoticia(const QString& texto);
+    /// Looks whether anything can be saved now; done every few seconds anyhow.
+    void mostrarConsulta();
+    void mostrarDano(const std::optional<Dano>& dano);
+
+private:
+    QToolButton* montarAviso(const char* nome, const char* texto, const char* imagem);
+    void consulta_Click();
+    void dano_Click();
+    void Relogio_Timer();
+
+    QLabel* mensagem_;
+    QLabel* noticia_; ///< of the copy of the day; on show once there is any
+    QLabel* data_;
+    QToolButton* dano_ = nullptr;     ///< on show while the database has errors; says which
+    QString socorro_;                 ///< and what helps
+    QToolButton* consulta_ = nullptr; ///< on show while nothing can be saved; says why
+    QTimer Relogio;
+    int segundos_ = 0;
+};
