@@ -1,6 +1,6 @@
 #include "jet/CollationTables.h"
 
-// Made by generate_collation_tables.py; change that, not this.
+// Made by tools/collation/generate_collation_tables.py; change that, not this.
 
 namespace jet {
 
