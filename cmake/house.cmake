@@ -89,8 +89,8 @@ function(house_library name)
     endif()
     if(arg_QT)
         house_qt(${name})
-    elseif(VALTRINO_SANITIZE)
-        # The tests turn the engine over millions of times, which the sanitizers make slow.
+    elseif(CMAKE_BUILD_TYPE STREQUAL "Debug")
+        # The tests turn the engine over millions of times.
         target_compile_options(${name} PRIVATE -O1)
     endif()
 endfunction()
