@@ -9,6 +9,10 @@ namespace jet {
 
 namespace {
 
+// The end of a sentence. Not "nothing": many rows may have been saved before this one.
+const char* const kNotSaved =
+    ". O que se quis gravar agora não foi gravado; espere um pouco e tente de novo.";
+
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
@@ -514,7 +518,7 @@ void Sharing::beginWriting() {
                 makeHeavy(); // and somebody may have written meanwhile
             throw Error(Errc::locked,
                         "Outra estação está gravando no banco de dados há muito tempo" + others() +
-                            ". Nada foi gravado; espere um pouco e tente de novo.");
+                            kNotSaved);
         }
     }
     writing_ = true;
@@ -553,8 +557,7 @@ Sharing::Alone::Alone(Sharing& sharing) : lock_(sharing.lock_) {
     }();
     if (!got)
         throw Error(Errc::locked, "Outra estação está lendo o banco de dados há muito tempo" +
-                                      sharing.others() +
-                                      ". Nada foi gravado; espere um pouco e tente de novo.");
+                                      sharing.others() + kNotSaved);
     try {
         sharing.database_.lookAgain();
         sharing.lockOrSay(LockFile::kEntering, kLongestEntering);

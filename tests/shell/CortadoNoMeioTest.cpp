@@ -83,11 +83,37 @@ protected:
             }
             return found;
         }
+        /// Begins to save and doesn't end: others wait for ten seconds, then give up.
+        void hold() {
+            base_.BeginTrans();
+            rs_.Requery();
+            rs_["valor"] = jet::Currency{};
+            rs_.Update();
+        }
+        void letGo() { base_.RollbackTrans(); }
 
     private:
         ado::Connection base_;
         ado::Recordset rs_;
     };
+
+    /// The work, from the five cheques, fails as another station never ends its saving; once that
+    /// is over the next one goes through to the end.
+    template <class Work>
+    void expectHeldUp(Station& other, std::size_t goneBefore, Work&& work) {
+        work();
+        ASSERT_EQ(failed_.size(), 1U);
+        EXPECT_THAT(failed_[0], testing::HasSubstr("Outra estação está gravando"));
+        EXPECT_EQ(gone(failed_[0]), goneBefore);
+        other.letGo();
+        EXPECT_EQ(other.cheques().size(), 5 - goneBefore);
+        expectSound();
+        Mirtal::aoMostrarMensagem({});
+        work();
+        EXPECT_EQ(failed_.size(), 1U);
+        EXPECT_LT(other.cheques().size(), 5 - goneBefore);
+        expectSound();
+    }
 
     void expectSound() const { EXPECT_TRUE(jet::check(shop().file()).sound()); }
 
@@ -207,6 +233,24 @@ TEST_P(CutOff, APurgeWhoseProgramDiesLeavesEachChequeAsBeforeOrGone) {
 
 TEST_P(CutOff, ASettlementWhoseProgramDiesLeavesEachChequeAsBeforeOrGone) {
     killAtEachWrite(&settleAll);
+}
+
+TEST_P(CutOff, APurgeThatAnotherStationHoldsUpSaysHowManyAreGone) {
+    Station other(*this);
+    Mirtal::aoMostrarMensagem([&](const QString& text) {
+        if (!text.isEmpty())
+            data().Automacao.flush();
+        if (text.endsWith(":3"))
+            other.hold();
+    });
+    expectHeldUp(other, 2, &purgeAll);
+}
+
+TEST_P(CutOff, ASettlementThatAnotherStationHoldsUpHasSettledNone) {
+    Station other(*this);
+    other.cheques();
+    other.hold();
+    expectHeldUp(other, 0, &settleAll);
 }
 
 // ---- a window that can't be loaded
