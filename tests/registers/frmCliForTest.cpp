@@ -522,6 +522,28 @@ TEST_F(ClientRegister, TheTabsHaveAccessKeys) {
     EXPECT_EQ(tab(form), 0);
 }
 
+/// One of the design that takes what is typed or chosen.
+bool isEntry(const QWidget& widget) {
+    return !widget.objectName().isEmpty() && !widget.objectName().startsWith("qt_") &&
+           (widget.inherits("QLineEdit") || widget.inherits("QComboBox") ||
+            widget.inherits("QPlainTextEdit") || widget.inherits("QCheckBox"));
+}
+
+// What isn't in that table is neither saved, shown nor prompted for by any of these tests.
+TEST_F(ClientRegister, EveryEntryControlStandsInTheTableOfWhatIsTyped) {
+    auto& form = open<frmCliFor>();
+    QStringList controls;
+    for (const QWidget* widget : form.findChildren<QWidget*>())
+        if (isEntry(*widget) && widget->objectName() != "txtCódigo")
+            controls << widget->objectName();
+    QStringList typed;
+    for (const Pair& pair : kPairs)
+        typed << pair.control;
+    controls.sort();
+    typed.sort();
+    EXPECT_EQ(controls, typed);
+}
+
 TEST_F(ClientRegister, EveryEntryControlHasAPrompt) {
     auto& form = open<frmCliFor>();
     for (const Pair& pair : kPairs) {
