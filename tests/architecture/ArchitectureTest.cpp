@@ -251,6 +251,22 @@ TEST(Architecture, EveryFormAndResourceIsListed) {
             ADD_FAILURE() << path << " stands in no CMakeLists.txt";
 }
 
+// What holds for every window is tested on lists of them; the splash takes nothing, for a second.
+TEST(Architecture, EveryWindowStandsInTheListsOfThoseThatAreWalked) {
+    const Files files = readTree(VALTRINO_TREE);
+    for (const auto& [path, text] : files) {
+        const std::string window = std::filesystem::path(path).stem().string();
+        if (!path.ends_with(".ui") || window == "frmSplash")
+            continue;
+        for (const char* list : {"tests/shell/EveryWindow.h", "tests/shell/WindowsTest.cpp"}) {
+            const std::string& code = files.at(list);
+            EXPECT_TRUE(code.find('<' + window + '>') != std::string::npos ||
+                        code.find(window + "::") != std::string::npos)
+                << list << " lacks " << window;
+        }
+    }
+}
+
 TEST(Architecture, EveryListedFileIsThere) {
     const Files files = readTree(VALTRINO_TREE);
     for (const auto& [path, target] : readOwners(files))
