@@ -44,6 +44,7 @@ FrmConsultaCH::FrmConsultaCH() {
         {"Valor ",        1587, Qt::AlignRight},
         {"Empresa",       3175, Qt::AlignLeft }
     });
+    Lstcheques->setColumnName(0, "Lançamento");
     Label5->setFont(headingFont());
     showOnly({txtCpf, txtcheques, txttotal});
     enterAsTab({txtNome});

@@ -53,6 +53,7 @@ FrmLocCHTerceiros::FrmLocCHTerceiros() {
         {"Dt.Vencto",       1250,                 Qt::AlignHCenter},
         {"Valor R$",        1500,                 Qt::AlignRight  }
     });
+    lstterceiros->setColumnName(kLancamento, "Lançamento");
     lstterceiros->setFirstColumnFit(kPrimeiraAoBaixar);
     lbltotal->setFont(headingFont());
     enterAsTab({txtbanco, txtcliente, chkdescontar, chkmostrar, txtinicio, txtfim});

@@ -3,6 +3,7 @@
 #include "controls/Failure.h"
 #include "controls/Icons.h"
 #include "controls/MessageBox.h"
+#include "controls/Spoken.h"
 #include "shell/CopiaDeSeguranca.h"
 #include "shell/dbconectar.h"
 
@@ -39,6 +40,7 @@ const QString kSemCopia =
     "valtrino-mdb salvage \"%1\" automacao-salvo.mdb";
 
 QLabel* novoPainel(const char* nome, const char* chamado) {
+    installSpoken(); // before the first panel is told of
     auto* painel = new QLabel;
     painel->setObjectName(nome);
     painel->setAccessibleName(chamado);
@@ -50,13 +52,18 @@ QLabel* novoPainel(const char* nome, const char* chamado) {
 
 BarraDeStatus::BarraDeStatus()
     : mensagem_(novoPainel("pnlMensagem", "Mensagem")),
-      noticia_(novoPainel("pnlNoticia", "Notícia")), data_(novoPainel("pnlData", "Data")) {
+      noticia_(novoPainel("pnlNoticia", "Notícia")), aviso_(novoPainel("pnlAviso", "Aviso")),
+      data_(novoPainel("pnlData", "Data")) {
     setObjectName("StatusBar1");
     setContentsMargins(6, 0, 6, 0);
     // A long text is cut at the panel's edge and doesn't widen the window.
     for (QLabel* painel : {mensagem_, noticia_})
         painel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     noticia_->hide();
+    tellAtOnce(*noticia_);
+    tellAtOnce(*aviso_);
+    aviso_->setParent(this);
+    aviso_->resize(0, 0);
 
     addWidget(mensagem_, kParteDaMensagem);
     addPermanentWidget(noticia_, kParteDaNoticia);
@@ -87,11 +94,11 @@ QToolButton* BarraDeStatus::montarAviso(const char* nome, const char* texto, con
     return aviso;
 }
 
-void BarraDeStatus::mostrarMensagem(const QString& texto) { mensagem_->setText(texto); }
+void BarraDeStatus::mostrarMensagem(const QString& texto) { showStatus(*mensagem_, texto); }
 
 // Beside the prompt, not in its place: that is of the field in which somebody is typing.
 void BarraDeStatus::mostrarNoticia(const QString& texto) {
-    noticia_->setText(texto);
+    showStatus(*noticia_, texto);
     noticia_->setToolTip(texto); // whole, where the panel is too narrow for it
     noticia_->show();
 }
@@ -105,6 +112,15 @@ void BarraDeStatus::mostrarConsulta() {
     consulta_->setVisible(motivo.has_value());
     consulta_->setToolTip(QString::fromStdString(motivo.value_or("")));
     consulta_->setAccessibleDescription(consulta_->toolTip());
+    lerAvisos();
+}
+
+void BarraDeStatus::lerAvisos() {
+    QStringList avisos;
+    for (const QToolButton* aviso : {dano_, consulta_})
+        if (!aviso->isHidden())
+            avisos += aviso->text() + ". " + aviso->toolTip();
+    showStatus(*aviso_, avisos.join('\n'), "");
 }
 
 void BarraDeStatus::consulta_Click() {
@@ -114,11 +130,12 @@ void BarraDeStatus::consulta_Click() {
 void BarraDeStatus::mostrarDano(const std::optional<Dano>& dano) {
     dano_->setVisible(dano.has_value());
     if (!dano || !dbconectar::instance().aberto())
-        return;
+        return lerAvisos();
     const QString arquivo =
         QString::fromStdString(dbconectar::instance().Automacao.database().path().string());
     dano_->setToolTip(dano->achado);
     dano_->setAccessibleDescription(dano->achado);
+    lerAvisos();
     const QString socorro = !dano->copia             ? kProcurandoCopia
                             : dano->copia->isEmpty() ? kSemCopia.arg(arquivo)
                                                      : kComCopia.arg(*dano->copia, arquivo);

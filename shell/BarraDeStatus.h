@@ -25,11 +25,13 @@ public:
 private:
     QToolButton* montarAviso(const char* nome, const char* texto, const char* imagem);
     void consulta_Click();
+    void lerAvisos();
     void dano_Click();
     void Relogio_Timer();
 
     QLabel* mensagem_;
     QLabel* noticia_; ///< of the copy of the day; on show once there is any
+    QLabel* aviso_;   ///< heard, not seen: what those below say by coming up
     QLabel* data_;
     QToolButton* dano_ = nullptr;     ///< on show while the database has errors; says which
     QString socorro_;                 ///< and what helps

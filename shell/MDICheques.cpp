@@ -3,7 +3,6 @@
 #include "controls/Form.h"
 #include "controls/Icons.h"
 #include "controls/MessageBox.h"
-#include "controls/Spoken.h"
 #include "controls/WindowList.h"
 #include "jet/Error.h"
 #include "shell/AreaDeTrabalho.h"
@@ -37,7 +36,6 @@ QSettings userSettings() {
 } // namespace
 
 MDICheques::MDICheques() : StatusBar1(new BarraDeStatus) {
-    installSpoken();
     setObjectName("MDICheques");
     setWindowTitle("Valtrino");
     setContextMenuPolicy(Qt::NoContextMenu); // Qt's own menu would hide the toolbar

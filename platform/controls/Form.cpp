@@ -24,6 +24,7 @@ Form::Form()
     : QDialog(nullptr, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                            Qt::WindowCloseButtonHint) {
     KeyHabits::install();
+    installSpoken();
 }
 
 Form::~Form() = default;
@@ -33,7 +34,6 @@ bool Form::load() {
         return true;
     loaded_ = true;
     Icons::applyTo(*this);
-    installSpoken();
     nameByLabels(*this);
     arrangeFields(*this);
     if (const auto* heading = findChild<HeadingStrip*>())

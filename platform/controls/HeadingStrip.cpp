@@ -1,6 +1,7 @@
 #include "controls/HeadingStrip.h"
 
 #include "controls/Icons.h"
+#include "controls/Spoken.h"
 #include "controls/Style.h"
 
 #include <QEvent>
@@ -17,6 +18,7 @@ HeadingStrip::HeadingStrip(QWidget* parent)
     heading_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     shown_->hide();
     shown_->setObjectName("lblRegistro");
+    shown_->setAccessibleName("Registro");
     shown_->setTextFormat(Qt::PlainText);
     shown_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     shown_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -45,7 +47,7 @@ void HeadingStrip::setRecord(const QString& record) {
 
 void HeadingStrip::showRecord() {
     const QString room = shown_->fontMetrics().elidedText(record_, Qt::ElideRight, shown_->width());
-    shown_->setText(room);
+    showStatus(*shown_, record_, room);
     shown_->setToolTip(room == record_ ? QString() : record_);
 }
 

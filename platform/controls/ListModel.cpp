@@ -15,6 +15,10 @@ void ListModel::setCaption(int column, const QString& caption) {
     emit headerDataChanged(Qt::Horizontal, column, column);
 }
 
+void ListModel::setName(int column, const QString& name) {
+    columns_.at(static_cast<std::size_t>(column)).name = name;
+}
+
 void ListModel::setWidth(int column, int width) {
     columns_.at(static_cast<std::size_t>(column)).width = width;
 }
@@ -71,11 +75,21 @@ void ListModel::setChecked(int row, bool checked) {
     changed(row, 0);
 }
 
+QString ListModel::name(int column) const {
+    const ListColumn& it = columns_[static_cast<std::size_t>(column)];
+    return (it.name.isEmpty() ? it.caption : it.name).simplified();
+}
+
+QString ListModel::spoken(int row, int column) const {
+    const QString said = text(row, column);
+    return said.isEmpty() ? said : name(column) + ' ' + said;
+}
+
 QString ListModel::rest(int row) const {
     QStringList parts;
     for (int column = 1; column < columnCount({}); ++column)
-        if (const QString said = text(row, column); !said.isEmpty())
-            parts += columns_[static_cast<std::size_t>(column)].caption.trimmed() + ' ' + said;
+        if (const QString said = spoken(row, column); !said.isEmpty())
+            parts += said;
     return parts.join(", ");
 }
 
@@ -104,6 +118,8 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
                                    Qt::AlignVCenter);
     case Qt::DecorationRole:
         return first && !item(index.row()).icon.isNull() ? item(index.row()).icon : QVariant();
+    case Qt::AccessibleTextRole: // the first speaks for its row
+        return first ? spoken(index.row(), 0) : QString();
     case Qt::AccessibleDescriptionRole:
         return first ? rest(index.row()) : QString();
     case Qt::CheckStateRole:
@@ -130,6 +146,8 @@ QVariant ListModel::headerData(int section, Qt::Orientation orientation, int rol
     const ListColumn& column = columns_[static_cast<std::size_t>(section)];
     if (role == Qt::DisplayRole)
         return column.caption;
+    if (role == Qt::AccessibleTextRole)
+        return name(section);
     if (role == Qt::TextAlignmentRole)
         return QVariant::fromValue(column.alignment | Qt::AlignVCenter);
     return {};

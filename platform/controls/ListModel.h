@@ -19,6 +19,7 @@ public:
     void setColumns(std::vector<ListColumn> columns);
     [[nodiscard]] const std::vector<ListColumn>& columns() const noexcept { return columns_; }
     void setCaption(int column, const QString& caption);
+    void setName(int column, const QString& name);
     void setWidth(int column, int width);
     void setCheckBoxes(bool shown);
     [[nodiscard]] bool hasCheckBoxes() const noexcept { return checkBoxes_; }
@@ -49,7 +50,10 @@ signals:
 
 private:
     void changed(int row, int column);
-    /// What stands in the other columns, each with its caption.
+    /// What a column holds, and what stands there, for who hears it.
+    [[nodiscard]] QString name(int column) const;
+    [[nodiscard]] QString spoken(int row, int column) const;
+    /// What stands in all columns but the first.
     [[nodiscard]] QString rest(int row) const;
 
     std::vector<ListColumn> columns_;

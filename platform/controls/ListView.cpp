@@ -2,6 +2,7 @@
 
 #include "controls/KeyHabits.h"
 #include "controls/ListModel.h"
+#include "controls/Spoken.h"
 #include "controls/Typing.h"
 
 #include <QHeaderView>
@@ -101,6 +102,8 @@ void ListView::setColumns(std::vector<ListColumn> columns) {
 void ListView::setColumnCaption(int column, const QString& caption) {
     model_->setCaption(column, caption);
 }
+
+void ListView::setColumnName(int column, const QString& name) { model_->setName(column, name); }
 
 QString ListView::columnCaption(int column) const {
     return model_->columns().at(static_cast<std::size_t>(column)).caption;
@@ -247,6 +250,13 @@ void ListView::tellClick(const QModelIndex& index) {
 void ListView::tellTick(int row, bool checked) {
     ticked_ = true;
     setCurrentRow(row);
+    if (isHeard()) {
+        QAccessible::State changed;
+        changed.checked = true;
+        const auto* rows = QAccessible::queryAccessibleInterface(this)->tableInterface();
+        QAccessibleStateChangeEvent ticked(rows->cellAt(row, 0), changed);
+        tell(ticked);
+    }
     emit itemChecked(row, checked);
 }
 

@@ -15,6 +15,8 @@ struct ListColumn {
     /// Its share of the list's width, in any unit that is the same for all columns of the list.
     int width = 1;
     Qt::Alignment alignment = Qt::AlignLeft;
+    /// What stands in it, for who hears it; empty if the caption says so. See setColumnName().
+    QString name = {};
 };
 
 /// A row of a ListView: what stands in the first column and, as sub-items, in the others.
@@ -53,6 +55,8 @@ public:
     void setColumns(std::vector<ListColumn> columns);
     void setColumnCaption(int column, const QString& caption);
     [[nodiscard]] QString columnCaption(int column) const;
+    /// Says to who hears the list what stands in a column without a caption.
+    void setColumnName(int column, const QString& name);
     /// Sets a column's share of the width; see ListColumn.
     void setColumnWidthShare(int column, int width);
     /// For a list with check boxes at times only: the share at which the first column just holds

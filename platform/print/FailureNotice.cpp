@@ -1,6 +1,7 @@
 #include "print/FailureNotice.h"
 
 #include "controls/Failure.h"
+#include "controls/Spoken.h"
 #include "print/ProgressWindow.h"
 #include "print/Relatorio.h"
 
@@ -17,6 +18,7 @@ FailureNotice::FailureNotice(const Relatorio& report, QWidget* parent)
     setForegroundRole(QPalette::ToolTipText);
     hide();
     failed_->setObjectName("failed");
+    tellAtOnce(*failed_);
     failed_->setTextFormat(Qt::PlainText);
     failed_->setForegroundRole(QPalette::ToolTipText);
     failed_->setWordWrap(true);

@@ -1,9 +1,9 @@
 #include "print/PageView.h"
 
+#include "controls/Spoken.h"
 #include "print/PageMouse.h"
 #include "print/SpokenPages.h"
 
-#include <QAccessible>
 #include <QEvent>
 #include <QPainter>
 #include <QResizeEvent>
@@ -31,8 +31,12 @@ PageView::PageView(Relatorio& report, QWidget* parent)
     : QAbstractScrollArea(parent), report_(report), selection_(report) {
     installSpokenPages();
     connect(this, &PageView::pageChanged, this, [this] {
-        QAccessibleValueChangeEvent another(this, QString());
-        QAccessible::updateAccessibility(&another);
+        if (!isHeard())
+            return;
+        // Said at once, unlike the text, which is read when it is wanted.
+        if (const QString at = QString("Página %1").arg(page_); at != accessibleDescription())
+            setAccessibleDescription(at);
+        tellText(*this, spokenPage());
     });
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::StrongFocus);

@@ -1,6 +1,7 @@
 #include "print/ReportPreview.h"
 
 #include "controls/Failure.h"
+#include "controls/Spoken.h"
 #include "print/FailureNotice.h"
 #include "print/PageView.h"
 #include "print/ProgressWindow.h"
@@ -131,6 +132,8 @@ QWidget* ReportPreview::makeFoot() {
     pages_->setObjectName("pageCount");
     news_ = new QLabel(foot);
     news_->setObjectName("news");
+    news_->setAccessibleName("Aviso do relatório");
+    tellAtOnce(*news_);
     news_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     news_->setTextFormat(Qt::PlainText);
     news_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -248,6 +251,7 @@ void ReportPreview::showPage() {
 }
 
 void ReportPreview::say(const QString& text) {
-    news_->setText(news_->fontMetrics().elidedText(text, Qt::ElideMiddle, news_->width()));
+    showStatus(*news_, text,
+               news_->fontMetrics().elidedText(text, Qt::ElideMiddle, news_->width()));
     news_->setToolTip(text);
 }

@@ -1,20 +1,17 @@
 #include "print/SpokenPages.h"
 
+#include "controls/Spoken.h"
 #include "print/PageView.h"
-#include "print/Relatorio.h"
-
-#include <QAccessibleWidget>
 
 namespace {
 
-class SpokenPages final : public QAccessibleWidget {
+class SpokenPages final : public SpokenText {
 public:
     explicit SpokenPages(PageView& pages)
-        : QAccessibleWidget(&pages, QAccessible::Document), pages_(pages) {}
+        : SpokenText(&pages, QAccessible::Document), pages_(pages) {}
 
-    [[nodiscard]] QString text(QAccessible::Text which) const override {
-        return which == QAccessible::Value ? pages_.spokenPage() : QAccessibleWidget::text(which);
-    }
+protected:
+    [[nodiscard]] QString shown() const override { return pages_.spokenPage(); }
 
 private:
     PageView& pages_;
@@ -23,12 +20,6 @@ private:
 } // namespace
 
 void installSpokenPages() {
-    [[maybe_unused]] static const bool once = [] {
-        QAccessible::installFactory(
-            [](const QString& className, QObject* object) -> QAccessibleInterface* {
-                auto* pages = className == "PageView" ? qobject_cast<PageView*>(object) : nullptr;
-                return pages ? new SpokenPages(*pages) : nullptr;
-            });
-        return true;
-    }();
+    installSpoken();
+    installAccount<SpokenPages, PageView>();
 }

@@ -1,6 +1,7 @@
 // The preview worked by keys and clicks.
 #include "print/ReportPreview.h"
 
+#include "controls/Spoken.h"
 #include "controls/Style.h"
 #include "print/OtherPrograms.h"
 #include "print/PageView.h"
@@ -115,6 +116,19 @@ TEST_F(Preview, TurnsPagesByKeys) {
     EXPECT_EQ(preview_.page(), 1);
     press(Qt::Key_PageUp, Qt::ControlModifier);
     EXPECT_EQ(preview_.page(), 1);
+}
+
+TEST_F(Preview, TellsReadersWhatStandsOnAnotherPage) {
+    begin(300);
+    std::vector<std::pair<QString, QString>> told;
+    setListener([&](QAccessibleEvent& change) {
+        if (change.object() == &view() && change.type() == QAccessible::TextUpdated)
+            told.emplace_back(view().accessibleDescription(),
+                              static_cast<QAccessibleTextUpdateEvent&>(change).textInserted());
+    });
+    press(Qt::Key_PageDown, Qt::ControlModifier);
+    setListener({});
+    EXPECT_THAT(told, ElementsAre(std::pair(QString("Página 2"), view().spokenPage())));
 }
 
 // What was last in sight is still seen; where whole pages are, it goes by these.

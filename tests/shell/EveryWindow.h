@@ -31,6 +31,7 @@
 /// its work: for what holds for all of them.
 class EveryWindow : public ChequeShop {
 protected:
+    using ChequeShop::ChequeShop;
     static void SetUpTestSuite() {
         qputenv("DBUS_SESSION_BUS_ADDRESS", ""); // no desktop changes the colours meanwhile
         aplicarEstilo(*qApp);
@@ -40,6 +41,14 @@ protected:
         ChequeShop::SetUp();
         given("cheques", {received(kAna, "000101", 10), received(kBento, "000102", 250)});
         given("semfundos", {bounced("000901"), bounced("000902")});
+    }
+
+    void TearDown() override {
+        ChequeShop::TearDown();
+        // What the main window's commands have set.
+        Mirtal::aoMostrarMensagem({});
+        FrmLancarCheques::aoLocalizar({});
+        frmRel_ChequesSF::aoMostrar({});
     }
 
     struct State {
@@ -52,6 +61,7 @@ protected:
             {"principal",         [] { return window<MDICheques>(); }      },
             {"bancos",            [] { return window<frmBancos>(); }       },
             {"localizar",         [] { return window<frmlocalizar>(); }    },
+            {"localizar-achados", [] { return found(); }                   },
             {"entrada",           [] { return window<FrmLancarCheques>(); }},
             {"entrada-cheque",    [] { return walked<FrmLancarCheques>(); }},
             {"baixa",             [] { return listed("Baixar"); }          },
@@ -123,6 +133,11 @@ private:
     static Shown walked() {
         auto& form = open<Window>();
         click(form, "btnNavegacao", 0);
+        return form;
+    }
+    static Shown found() {
+        auto& form = open<frmlocalizar>();
+        type(form, "txtpesquisar", "a");
         return form;
     }
     static Shown listed(const char* mode) {

@@ -301,7 +301,7 @@ TEST_F(EveryWindow, ShowsItsTextsWholeAtOneOneAndAHalfAndTwiceTheSize) {
                 const bool text = qobject_cast<QLabel*>(widget) != nullptr ||
                                   qobject_cast<QAbstractButton*>(widget) != nullptr;
                 if (!text || !widget->isVisible() || isPart(*widget) ||
-                    widget->objectName() == "pnlMensagem")
+                    widget->objectName() == "pnlMensagem" || widget->objectName() == "pnlAviso")
                     continue;
                 const QSize needed = widget->minimumSizeHint().expandedTo(QSize(0, 0));
                 if (widget->width() < needed.width() || widget->height() < needed.height())
