@@ -68,6 +68,7 @@ protected:
             {"cheques",           [] { return listed("localizarCH"); }     },
             {"sem-fundos",        [] { return window<FrmLancasSFundos>(); }},
             {"sem-fundos-cheque", [] { return walked<FrmLancasSFundos>(); }},
+            {"sem-fundos-busca",  [] { return searched(); }                },
             {"consulta",          [] { return window<FrmConsultaCH>(); }   },
             {"consulta-cliente",  [] { return consulted(); }               },
             {"renegociar",        [] { return window<FrmRenegociar>(); }   },
@@ -144,6 +145,11 @@ private:
         Mirtal::modo = mode;
         auto& form = open<FrmLocCHTerceiros>();
         click(form, "chkdescontar");
+        return form;
+    }
+    static Shown searched() {
+        auto& form = open<FrmLancasSFundos>();
+        click(form, "CmdBuscar");
         return form;
     }
     static Shown consulted() {

@@ -1,36 +1,18 @@
 // What holds for the keyboard in every window: access keys, and that no button looks as if Enter
 // pressed it.
-#include "cheques/FrmConsultaCH.h"
-#include "cheques/FrmLancarCheques.h"
-#include "collections/FrmLancasSFundos.h"
-#include "collections/FrmLocCHTerceiros.h"
-#include "collections/FrmRenegociar.h"
-#include "controls/Style.h"
-#include "registers/frmBancos.h"
-#include "registers/frmCliFor.h"
-#include "reports/FrmApagar.h"
-#include "reports/FrmFiltroRelat.h"
-#include "shell/MDICheques.h"
-#include "shell/Mirtal.h"
-#include "shell/frmcaminho.h"
-#include "shell/frmlocalizar.h"
+#include "shell/EveryWindow.h"
 #include "support/Colours.h"
 #include "support/FormChecks.h"
-#include "support/ShopTest.h"
 
 #include <QApplication>
-#include <QGroupBox>
 #include <QImage>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
-#include <QSettings>
 #include <QTabWidget>
-#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <functional>
 #include <map>
@@ -39,32 +21,13 @@ namespace {
 
 using testing::IsEmpty;
 
-class Keyboard : public ShopTest {
+class Keyboard : public EveryWindow {
 protected:
-    void SetUp() override {
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings_.path());
-        ShopTest::SetUp();
-    }
-
-    /// Does the work in every window that is typed in, and on each page of it.
-    static void inEveryWindow(const std::function<void(QWidget&)>& work) {
-        Mirtal::modo = "Baixar"; // with all that the cheque list can show
-        for (QWidget* window : std::initializer_list<QWidget*>{
-                 &frmBancos::instance(), &frmCliFor::instance(), &frmlocalizar::instance(),
-                 &FrmLancarCheques::instance(), &FrmLocCHTerceiros::instance(),
-                 &FrmLancasSFundos::instance(), &FrmConsultaCH::instance(),
-                 &FrmRenegociar::instance(), &FrmApagar::instance(), &frmcaminho::instance(),
-                 &FrmFiltroRelat::instance()}) {
-            window->show();
-            if (auto* panel = window->findChild<QGroupBox*>("painelbuscar"))
-                panel->show();
-            auto* tabs = window->findChild<QTabWidget*>();
-            for (int page = 0; page < (tabs ? tabs->count() : 1); ++page) {
-                if (tabs)
-                    tabs->setCurrentIndex(page);
-                work(*window);
-            }
-        }
+    /// Does the work in every window that is a form, in each of its states.
+    static void inEveryForm(const std::function<void(QWidget&)>& work) {
+        for (const State& state : states())
+            if (QWidget& window = state.show(); qobject_cast<Form*>(&window))
+                work(window);
     }
     static std::string called(const QWidget& widget) {
         return (widget.window()->objectName() + "." + widget.objectName()).toStdString();
@@ -87,14 +50,11 @@ protected:
                 all << tabs->tabText(i);
         return all;
     }
-
-    QTemporaryDir settings_; ///< of the main window's place
 };
 
 TEST_F(Keyboard, NoTwoControlsOfAWindowShareAnAccessKey) {
-    inEveryWindow([](QWidget& window) {
-        EXPECT_EQ(sharedAccessKeys(window), QStringList()) << called(window);
-    });
+    for (const State& state : states())
+        EXPECT_EQ(sharedAccessKeys(state.show()), QStringList()) << state.name;
 }
 
 // Deliberate: a purge deletes with a key of its own, as its caption has been designed.
@@ -107,7 +67,7 @@ TEST_F(Keyboard, ACommandHasTheSameKeyInEveryWindow) {
         {"close",  "R"}
     };
     int commands = 0;
-    inEveryWindow([&](QWidget& window) {
+    inEveryForm([&](QWidget& window) {
         for (const auto* button : window.findChildren<QPushButton*>()) {
             const auto key = keys.find(button->property("iconName").toString());
             if (key == keys.end() || called(*button) == "FrmApagar.cmdExcluir")
@@ -121,7 +81,7 @@ TEST_F(Keyboard, ACommandHasTheSameKeyInEveryWindow) {
 
 TEST_F(Keyboard, EveryFieldHasAnAccessKeyUnlessAllLettersOfItsLabelAreTaken) {
     int fields = 0;
-    inEveryWindow([&](QWidget& window) {
+    inEveryForm([&](QWidget& window) {
         QString taken;
         for (const QString& caption : captions(window))
             taken += keyOf(caption);
@@ -175,7 +135,7 @@ TEST_F(Keyboard, AFieldsAccessKeyGoesThere) {
 
 TEST_F(Keyboard, NoButtonLooksAsIfEnterPressedItFromElsewhere) {
     std::vector<std::string> faults;
-    inEveryWindow([&](QWidget& window) {
+    inEveryForm([&](QWidget& window) {
         for (const auto* button : window.findChildren<QPushButton*>())
             if (button->isDefault() || button->autoDefault())
                 faults.push_back(called(*button));
@@ -194,11 +154,10 @@ int telling(QWidget& control, const QImage& without) {
 }
 
 TEST_F(Keyboard, TheFocusIsToldAtAGlanceOnEveryControlOfEveryWindow) {
-    aplicarEstilo(*qApp);
     for (const ColourScheme scheme : {ColourScheme::light, ColourScheme::dark}) {
         applyColours(scheme);
         int controls = 0;
-        inEveryWindow([&](QWidget& window) {
+        inEveryForm([&](QWidget& window) {
             activate(window);
             for (auto* control : window.findChildren<QWidget*>()) {
                 if (!(control->focusPolicy() & Qt::TabFocus) || !control->isVisible() ||
@@ -221,12 +180,14 @@ TEST_F(Keyboard, TheFocusIsToldAtAGlanceOnEveryControlOfEveryWindow) {
 }
 
 TEST_F(Keyboard, NoPromptIsThatOfAControlThatHasLostTheFocus) {
-    inEveryWindow([&](QWidget& window) {
+    inEveryForm([&](QWidget& window) {
         activate(window);
         for (auto* button : window.findChildren<QPushButton*>()) {
             if (!button->isVisible() || !button->isEnabled())
                 continue;
             button->setFocus();
+            if (!button->hasFocus()) // leaving a field may lead elsewhere
+                button->setFocus();
             EXPECT_EQ(prompt(), button->toolTip()) << called(*button);
         }
     });
