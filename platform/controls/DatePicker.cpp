@@ -154,8 +154,8 @@ QString DatePicker::refusal() const {
     if (typed())
         return {};
     const QString wanted =
-        "igite dia, mês e ano, como em " + formatDate(QDate::currentDate()) + ".";
-    return text().isEmpty() ? "D" + wanted : "\"" + text() + "\" não é uma data. D" + wanted;
+        "Digite dia, mês e ano, como em " + formatDate(QDate::currentDate()) + ".";
+    return text().isEmpty() ? wanted : "\"" + text() + "\" não é uma data. " + wanted;
 }
 
 QSize DatePicker::sizeHint() const {
