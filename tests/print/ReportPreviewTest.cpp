@@ -634,6 +634,22 @@ TEST_F(Preview, PrintsWhatIsAskedFor) {
     EXPECT_EQ(linesOfPage(path("paper.pdf"), 1)[0].simplified().split(' ').last(), "3");
 }
 
+TEST_F(Preview, AsksForThePrinterWithNothingInTheWay) {
+    preview_.setPatience(0);
+    ASSERT_TRUE(shop_.begin(inventedRows(5000)));
+    bool asked = false;
+    setPrinterFunctions({[] { return true; },
+                         [&](QPrinter&, int, QWidget*) {
+                             asked = true;
+                             EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+                             for (const QWidget* window : QApplication::topLevelWidgets())
+                                 EXPECT_FALSE(qobject_cast<const QProgressDialog*>(window));
+                             return false;
+                         }});
+    click(preview_, "print");
+    EXPECT_TRUE(asked);
+}
+
 TEST_F(Preview, SaysThatPrintingWasGivenUpOrFailed) {
     begin(30);
     bool choose = false;
