@@ -6,6 +6,7 @@
 #include "controls/Typing.h"
 
 #include <QHeaderView>
+#include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QStyleOptionViewItem>
@@ -86,6 +87,7 @@ ListView::ListView(QWidget* parent) : QTreeView(parent), model_(new ListModel(th
         if (!sharing_ && isVisible()) {
             // The operator dragged it: from now on the columns keep the widths they have.
             firstColumnFit_ = 0;
+            dragged_ = true;
             for (int other = 0; other < model_->columnCount({}); ++other)
                 model_->setWidth(other, other == column ? width : header()->sectionSize(other));
         }
@@ -221,6 +223,12 @@ int ListView::leastFirstWidth() const {
     return model_->hasCheckBoxes() ? box + icon : icon;
 }
 
+int ListView::leastWidth(int column) const {
+    const int own = column == 0 ? leastFirstWidth() : kNarrowestColumn;
+    const bool named = !columnCaption(column).trimmed().isEmpty();
+    return dragged_ || !named ? own : std::max(own, header()->sectionSizeHint(column));
+}
+
 void ListView::shareWidth() {
     const QScopedValueRollback<bool> ours(sharing_, true);
     std::int64_t shares = 0;
@@ -228,18 +236,71 @@ void ListView::shareWidth() {
         shares += column.width;
     if (shares <= 0)
         return;
-    // Each column ends where the shares up to it end, so that roundings don't add up to a gap.
-    const int width =
+    int width =
         std::max(0, maximumViewportSize().width() - verticalScrollBar()->sizeHint().width());
+    // Those that need more than their share first; the others share what is left.
+    const auto count = model_->columns().size();
+    std::vector<bool> given(count, false);
+    const auto share = [&](std::size_t column) { return model_->columns()[column].width; };
+    for (bool found = true; found;) {
+        found = false;
+        for (std::size_t column = 0; column < count; ++column) {
+            const int least = leastWidth(static_cast<int>(column));
+            if (given[column] || width * std::int64_t{share(column)} >= least * shares)
+                continue;
+            header()->resizeSection(static_cast<int>(column), least);
+            given[column] = found = true;
+            width = std::max(0, width - least);
+            shares -= share(column);
+        }
+    }
+    // Each ends where the shares up to it end, so that roundings don't add up to a gap.
     std::int64_t passed = 0;
     int left = 0;
-    for (int column = 0; column < model_->columnCount({}); ++column) {
-        passed += model_->columns()[static_cast<std::size_t>(column)].width;
+    for (std::size_t column = 0; column < count; ++column) {
+        if (given[column])
+            continue;
+        passed += share(column);
         const auto end = static_cast<int>(width * passed / shares);
-        const int right = std::max(end, column == 0 ? leastFirstWidth() : left);
-        header()->resizeSection(column, right - left);
-        left = right;
+        header()->resizeSection(static_cast<int>(column), end - left);
+        left = end;
     }
+}
+
+QModelIndex ListView::indexAt(const QPoint& point) const {
+    const int end = header()->length() - header()->offset();
+    return QTreeView::indexAt({std::min(point.x(), end - 1), point.y()});
+}
+
+// The strip beside the columns too, and the ring of the focus around all.
+void ListView::drawRow(QPainter* painter, const QStyleOptionViewItem& option,
+                       const QModelIndex& index) const {
+    QTreeView::drawRow(painter, option, index);
+    QStyleOptionViewItem strip = option;
+    const int end = header()->length() - header()->offset();
+    if (end >= viewport()->width())
+        return;
+    const bool focused = hasFocus() && index.row() == currentRow();
+    constexpr int kOverRing = 2; // where the ring around the columns ends
+    strip.rect.setLeft(focused ? end - kOverRing : end);
+    strip.rect.setRight(viewport()->width() - 1);
+    if (selectionModel()->isSelected(index))
+        strip.state |= QStyle::State_Selected;
+    strip.features.setFlag(QStyleOptionViewItem::Alternate, index.row() % 2 != 0);
+    painter->save();
+    painter->setClipRect(strip.rect);
+    style()->drawPrimitive(QStyle::PE_PanelItemViewRow, &strip, painter, this);
+    style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &strip, painter, this);
+    if (focused) {
+        QStyleOptionFocusRect ring;
+        ring.QStyleOption::operator=(option);
+        ring.rect.setLeft(-header()->offset());
+        ring.rect.setRight(viewport()->width() - 1);
+        ring.state |= QStyle::State_KeyboardFocusChange;
+        ring.backgroundColor = palette().color(QPalette::Highlight);
+        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &ring, painter, this);
+    }
+    painter->restore();
 }
 
 void ListView::tellClick(const QModelIndex& index) {

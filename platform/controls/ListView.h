@@ -42,9 +42,10 @@ struct ListItem {
 /// current row is always shown as the selected one.
 ///
 /// Columns share the width in proportion to their widths, also when the window grows, until the
-/// operator drags one wider: then in proportion to what he made of them. The first is never too
-/// narrow for its check box and an icon; without room for more, it shows no text. What is listed
-/// moves no column: there is always room for an icon, and for the scroll bar beside the columns.
+/// operator drags one wider: then in proportion to what he made of them. None is narrower than its
+/// heading, and the first never too narrow for its check box and an icon; without room for more, it
+/// shows no text. What is listed moves no column: there is always room for an icon, and for the
+/// scroll bar; as long as that doesn't show, rows and headings go on to the edge all the same.
 class ListView final : public QTreeView {
     Q_OBJECT
 public:
@@ -92,6 +93,8 @@ public:
     /// Where a row's check box stands in viewport(), the row brought into sight first.
     [[nodiscard]] QRect checkBoxRect(int row);
 
+    [[nodiscard]] QModelIndex indexAt(const QPoint& point) const override;
+
 signals:
     void itemClicked(const QString& key, int row);
     /// The operator ticked or unticked the row's check box.
@@ -99,6 +102,8 @@ signals:
     void columnClicked(int column, const QString& caption);
 
 protected:
+    void drawRow(QPainter* painter, const QStyleOptionViewItem& option,
+                 const QModelIndex& index) const override;
     void focusInEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
@@ -111,6 +116,7 @@ private:
     void announceRows();
     /// What the first column must have.
     [[nodiscard]] int leastFirstWidth() const;
+    [[nodiscard]] int leastWidth(int column) const;
     void shareWidth();
     void tellClick(const QModelIndex& index);
     void tellTick(int row, bool checked);
@@ -118,6 +124,7 @@ private:
     ListModel* model_;
     QBasicTimer announceTimer_;
     int firstColumnFit_ = 0; ///< 0: the column just holds what it shows
+    bool dragged_ = false;   ///< by the operator: he may make them as narrow as he likes
     bool sharing_ = false;
     bool ticked_ = false; ///< by the click at work
 };

@@ -103,6 +103,12 @@ public:
                 {side, side}, painter->device()->devicePixelRatioF(), QIcon::Selected));
             return QProxyStyle::drawControl(element, &highlighted, painter, widget);
         }
+        if (element == CE_HeaderEmptyArea) { // headings go on to the edge, as rows do
+            QStyleOptionHeader rest;
+            rest.QStyleOption::operator=(*option);
+            rest.position = QStyleOptionHeader::End;
+            return QProxyStyle::drawControl(CE_HeaderSection, &rest, painter, widget);
+        }
         QProxyStyle::drawControl(element, option, painter, widget);
         // On these it draws next to nothing for the focus.
         constexpr State kFocused = State_HasFocus | State_Enabled;

@@ -1,6 +1,7 @@
 #include "controls/ListView.h"
 
 #include "controls/Icons.h"
+#include "controls/Style.h"
 #include "support/FormTest.h"
 
 #include <QElapsedTimer>
@@ -193,6 +194,57 @@ TEST_F(BankList, WhatIsListedMovesNoColumn) {
         }
         EXPECT_TRUE(list_->verticalScrollBar()->isVisible());
     }
+}
+
+TEST_F(BankList, NoColumnIsNarrowerThanItsHeadingUnlessTheOperatorMakesItSo) {
+    const auto needed = [&](int column) { return list_->header()->sectionSizeHint(column); };
+    list_->setColumns({
+        {"Código do banco", 1 },
+        {"Nome",             40},
+        {"Valor R$",         1 }
+    });
+    EXPECT_EQ(list_->columnWidth(0), needed(0));
+    EXPECT_EQ(list_->columnWidth(2), needed(2));
+    EXPECT_EQ(list_->columnWidth(0) + list_->columnWidth(1) + list_->columnWidth(2), room());
+    window_.resize(60, 300);
+    QCoreApplication::processEvents();
+    for (int column = 0; column < 3; ++column)
+        EXPECT_GE(list_->columnWidth(column), needed(column));
+    EXPECT_GT(list_->horizontalScrollBar()->maximum(), 0);
+    list_->header()->resizeSection(2, 20);
+    window_.resize(500, 300);
+    QCoreApplication::processEvents();
+    EXPECT_LT(list_->columnWidth(2), list_->columnWidth(1));
+}
+
+// Where the scroll bar will stand when there are more rows.
+TEST_F(BankList, RowsAndHeadingsGoOnToTheEdge) {
+    aplicarEstilo(*qApp); // which draws them
+    fill(3);
+    for (int row = 0; row < 3; ++row)
+        list_->setText(row, 2, ""); // only the ground is looked at
+    list_->setCurrentRow(2);
+    QCoreApplication::processEvents();
+    ASSERT_FALSE(list_->verticalScrollBar()->isVisible());
+    const int end = list_->header()->length();
+    const int edge = list_->viewport()->width();
+    ASSERT_GT(edge, end + 8);
+    const QImage rows = list_->viewport()->grab().toImage();
+    for (int row = 0; row < 3; ++row) {
+        const int y = list_->rowRect(row).center().y();
+        for (int x = end - 3; x < edge - 3; ++x) // with the edge of the last column
+            EXPECT_EQ(rows.pixelColor(x, y).name(), rows.pixelColor(end - 4, y).name())
+                << row << ", " << x;
+    }
+    const QImage heads = list_->header()->viewport()->grab().toImage();
+    for (int y = 0; y < heads.height(); ++y)
+        EXPECT_EQ(heads.pixelColor(edge - 3, y).name(), heads.pixelColor(end - 3, y).name()) << y;
+
+    const QSignalSpy clicks(list_, &ListView::itemClicked);
+    QTest::mouseClick(list_->viewport(), Qt::LeftButton, {},
+                      QPoint(edge - 3, list_->rowRect(1).center().y()));
+    ASSERT_EQ(clicks.count(), 1);
+    EXPECT_EQ(clicks[0][1].toInt(), 1);
 }
 
 TEST_F(BankList, AFirstColumnFitForItsCheckBoxAtAShareIsWiderAtAWiderOne) {
