@@ -96,6 +96,7 @@ void MDICheques::resizeEvent(QResizeEvent* event) {
     Toolbar1->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     if (Toolbar1->sizeHint().width() > width())
         Toolbar1->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    statusBar()->setMinimumWidth(statusBar()->minimumSizeHint().width()); // which Qt leaves out
 }
 
 void MDICheques::avisar() {

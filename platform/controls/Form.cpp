@@ -35,7 +35,6 @@ bool Form::load() {
     loaded_ = true;
     Icons::applyTo(*this);
     nameByLabels(*this);
-    arrangeFields(*this);
     if (const auto* heading = findChild<HeadingStrip*>())
         setWindowIcon(Icons::named(heading->iconName()));
     input_.watchControls();
@@ -48,6 +47,7 @@ bool Form::load() {
     loaded_ = guarded([this] { Form_Load(); });
     if (!loaded_)
         retire();
+    arrangeFields(*this); // knowing now how much each can hold
     return loaded_;
 }
 
@@ -123,6 +123,7 @@ void Form::setVisible(bool visible) {
         winId();
         if (owner && owner != this)
             windowHandle()->setTransientParent(owner->windowHandle());
+        place_.open();
     }
     QDialog::setVisible(visible);
 }
@@ -147,6 +148,8 @@ bool Form::event(QEvent* event) {
     const bool done = QDialog::event(event);
     if (event->type() == QEvent::WindowActivate && isVisible())
         place_.settle();
+    if (event->type() == QEvent::LayoutRequest && isVisible())
+        place_.stayWithin();
     return done;
 }
 

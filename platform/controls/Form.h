@@ -26,8 +26,9 @@ class QLineEdit;
 ///
 /// Before Form_Load the window dresses itself: buttons get the icons they name (see Icons.h), the
 /// window that of its HeadingStrip, and each control the accessible name of the label whose buddy
-/// it is, and the fields stand as FieldGrid.h says. Enter presses the button that has the focus and
-/// no other, and no other looks as if. Held down, a key presses none at all (see KeyHabits.h).
+/// it is; after it the fields stand as FieldGrid.h says. It is never larger than its screen (see
+/// CentredPlace.h). Enter presses the button that has the focus and no other, and no other looks as
+/// if. Held down, a key presses none at all (see KeyHabits.h).
 ///
 /// A DatePicker whose text is no date isn't left, but to close the window: the operator is told,
 /// the text is marked, and what he had pressed instead is not done.

@@ -202,11 +202,6 @@ void tellText(QWidget& widget, const QString& text) {
     tell(news);
 }
 
-void describe(QWidget& widget, const QString& words) {
-    if (words != widget.accessibleDescription())
-        widget.setAccessibleDescription(words);
-}
-
 void tell(QAccessibleEvent& change) {
     if (listener())
         listener()(change);

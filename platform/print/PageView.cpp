@@ -34,7 +34,8 @@ PageView::PageView(Relatorio& report, QWidget* parent)
         if (!isHeard())
             return;
         // Said at once, unlike the text, which is read when it is wanted.
-        describe(*this, QString("Página %1").arg(page_));
+        if (const QString at = QString("Página %1").arg(page_); at != accessibleDescription())
+            setAccessibleDescription(at);
         tellText(*this, spokenPage());
     });
     setFrameShape(QFrame::NoFrame);

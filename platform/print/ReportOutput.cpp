@@ -11,7 +11,6 @@
 #include <QWidget>
 
 #include <functional>
-#include <optional>
 
 namespace {
 
@@ -50,15 +49,10 @@ bool ReportOutput::refuseIncomplete(const QString& title) {
 void ReportOutput::print(int page) {
     if (refuseIncomplete("Impressão"))
         return;
-    std::optional<ProgressWindow> shown;
-    const auto progress = [&](qint64 done, qint64 total) {
-        if (!shown)
-            shown.emplace(&window_, "Imprimindo", "página", patienceMs_);
-        return (*shown)(done, total);
-    };
-    const PrintOutcome outcome =
-        printReport(report_, page, &window_, progress, [&] { shown.reset(); });
-    shown.reset();
+    const PrintOutcome outcome = [&] {
+        ProgressWindow progress(&window_, "Imprimindo", "página", patienceMs_);
+        return printReport(report_, page, &window_, std::ref(progress));
+    }();
     switch (outcome) {
     case PrintOutcome::printed:
         return emit said("O relatório foi enviado para a impressora.");

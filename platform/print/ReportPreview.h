@@ -3,7 +3,6 @@
 #include <QString>
 #include <QWidget>
 
-class FocusReturn;
 class PageView;
 class QLabel;
 class QSpinBox;
@@ -47,7 +46,7 @@ protected:
 
 private:
     void addTools();
-    void addWindowKeys();
+    void addKeys();
     [[nodiscard]] QSpinBox* makeNumber();
     [[nodiscard]] QWidget* makeFoot();
 
@@ -56,6 +55,7 @@ private:
     [[nodiscard]] bool takeAll();
 
     void focusNumber();
+    void leaveNumber();
     void began();
     void showPage();
     void showSteps();
@@ -66,7 +66,6 @@ private:
     PageView* view_;
     ReportOutput* output_;
     ToolStrip* tools_;
-    FocusReturn* focus_;
     ReportFinder* find_ = nullptr;
     ZoomBox* zoom_ = nullptr;
     QSpinBox* number_ = nullptr;

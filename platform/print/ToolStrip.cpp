@@ -3,7 +3,6 @@
 #include "controls/Failure.h"
 #include "controls/Icons.h"
 #include "print/ToolRows.h"
-#include "print/WidgetKeys.h"
 
 #include <QAction>
 #include <QToolBar>
@@ -50,11 +49,21 @@ void ToolStrip::add(QToolBar& group, const Tool& tool) {
 }
 
 void ToolStrip::addKey(const QKeySequence& key, const Work& work) {
-    addKeys(window_, {key}, work, true);
+    auto* action = new QAction(this);
+    action->setShortcut(key);
+    action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    connect(action, &QAction::triggered, this, [work] { guarded(work); });
+    window_.addAction(action);
 }
 
 void ToolStrip::setToolEnabled(const QString& name, bool enabled) {
     if (const auto* button = findChild<QToolButton*>(name); !enabled && button->hasFocus())
         shown_.setFocus();
     actions_[name]->setEnabled(enabled);
+}
+
+// What is shown under the rows gives way to them.
+void ToolStrip::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    setMinimumHeight(layout()->heightForWidth(width()));
 }

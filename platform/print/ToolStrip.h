@@ -34,6 +34,9 @@ public:
     void addKey(const QKeySequence& key, const Work& work);
     void setToolEnabled(const QString& name, bool enabled);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     QWidget& window_;
     QWidget& shown_;

@@ -74,4 +74,27 @@ TEST_F(FormChecks, FindTextThatIsCut) {
     EXPECT_EQ(cutTexts(form).size(), 2) << cutTexts(form).join('\n').toStdString();
 }
 
+TEST_F(FormChecks, FindAValueThatIsCut) {
+    auto& form = open<frmExame>();
+    form.txtNome->setText("1234567890");
+    EXPECT_EQ(cutTexts(form), QStringList());
+    form.txtNome->setMinimumWidth(0);
+    form.txtNome->resize(60, form.txtNome->height());
+    EXPECT_EQ(cutTexts(form), QStringList("text is cut: txtNome (QLineEdit)"));
+    form.txtNome->clear();
+    EXPECT_EQ(cutTexts(form), QStringList());
+    form.txtNome->setMaxLength(10);
+    EXPECT_EQ(cutTexts(form), QStringList("text is cut: txtNome (QLineEdit)"));
+}
+
+TEST_F(FormChecks, FindWhatStandsOverAnother) {
+    auto& form = open<frmExame>();
+    EXPECT_EQ(overlaps(form), QStringList());
+    form.lblNome->resize(form.width() / 2, form.lblNome->height());
+    EXPECT_EQ(overlaps(form).size(), 1) << overlaps(form).join('\n').toStdString();
+    form.lblNome->resize(20, form.lblNome->height());
+    form.cmdSalvar->move(form.width() - 10, form.cmdSalvar->y());
+    EXPECT_EQ(overlaps(form), QStringList("reaches out: cmdSalvar (QPushButton)"));
+}
+
 } // namespace
