@@ -111,7 +111,7 @@ void BarraDeStatus::mostrarConsulta() {
     const auto motivo = dbconectar::instance().Automacao.database().readOnlyReason();
     consulta_->setVisible(motivo.has_value());
     consulta_->setToolTip(QString::fromStdString(motivo.value_or("")));
-    consulta_->setAccessibleDescription(consulta_->toolTip());
+    describe(*consulta_, consulta_->toolTip());
     lerAvisos();
 }
 
@@ -134,7 +134,7 @@ void BarraDeStatus::mostrarDano(const std::optional<Dano>& dano) {
     const QString arquivo =
         QString::fromStdString(dbconectar::instance().Automacao.database().path().string());
     dano_->setToolTip(dano->achado);
-    dano_->setAccessibleDescription(dano->achado);
+    describe(*dano_, dano->achado);
     lerAvisos();
     const QString socorro = !dano->copia             ? kProcurandoCopia
                             : dano->copia->isEmpty() ? kSemCopia.arg(arquivo)

@@ -2,6 +2,7 @@
 
 #include "controls/Accents.h"
 #include "controls/Icons.h"
+#include "controls/Spoken.h"
 #include "controls/Typing.h"
 
 #include <QAbstractListModel>
@@ -85,6 +86,9 @@ DropDownList::DropDownList(QWidget* parent) : QComboBox(parent), model_(new Entr
     disconnect(lineEdit(), &QLineEdit::editingFinished, this, nullptr);
     connect(lineEdit(), &QLineEdit::textEdited, this, &DropDownList::chooseNone);
     connect(lineEdit(), &QLineEdit::textChanged, this, &DropDownList::changed);
+    // Qt tells it of the line of text, which for readers is no control of its own.
+    connect(lineEdit(), &QLineEdit::textChanged, this,
+            [this](const QString& now) { tellText(*this, now); });
     connect(this, &QComboBox::activated, this, [this] {
         lineEdit()->setSelection(static_cast<int>(text().size()), -static_cast<int>(text().size()));
         emit clicked();
@@ -156,6 +160,7 @@ bool DropDownList::selectByText(const QString& text) {
 void DropDownList::signUnlisted(const QString& meaning) {
     sign_ = lineEdit()->addAction(Icons::named("warning"), QLineEdit::TrailingPosition);
     sign_->setToolTip(meaning);
+    sign_->setVisible(false);
     connect(this, &DropDownList::changed, this, &DropDownList::updateSign);
     connect(this, &QComboBox::currentIndexChanged, this, &DropDownList::updateSign);
     updateSign();
@@ -163,9 +168,13 @@ void DropDownList::signUnlisted(const QString& meaning) {
 
 void DropDownList::updateSign() {
     const bool unlisted = currentIndex() < 0 && !text().isEmpty();
+    if (unlisted == sign_->isVisible())
+        return;
+    if (unlisted)
+        described_ = accessibleDescription();
     sign_->setVisible(unlisted);
     setToolTip(unlisted ? sign_->toolTip() : QString());
-    setAccessibleDescription(toolTip());
+    describe(*this, unlisted ? (sign_->toolTip() + ' ' + described_).trimmed() : described_);
 }
 
 QString DropDownList::beforeCaret() const {

@@ -79,4 +79,5 @@ private:
 
     EntryModel* model_;
     QAction* sign_ = nullptr; ///< of a text that is of no entry
+    QString described_;       ///< how readers describe it without the sign
 };

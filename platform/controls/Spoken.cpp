@@ -202,6 +202,11 @@ void tellText(QWidget& widget, const QString& text) {
     tell(news);
 }
 
+void describe(QWidget& widget, const QString& words) {
+    if (words != widget.accessibleDescription())
+        widget.setAccessibleDescription(words);
+}
+
 void tell(QAccessibleEvent& change) {
     if (listener())
         listener()(change);

@@ -29,6 +29,9 @@ void tellAtOnce(QLabel& label);
 /// isn't on show nothing is told.
 void tellText(QWidget& widget, const QString& text);
 
+/// Sets what a widget is described by. Set by Qt, the same words would be told again.
+void describe(QWidget& widget, const QString& words);
+
 /// Has a change be told that Qt doesn't tell itself.
 void tell(QAccessibleEvent& change);
 /// Whether anybody hears it: else the work for it may be left out.

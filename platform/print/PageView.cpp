@@ -34,8 +34,7 @@ PageView::PageView(Relatorio& report, QWidget* parent)
         if (!isHeard())
             return;
         // Said at once, unlike the text, which is read when it is wanted.
-        if (const QString at = QString("Página %1").arg(page_); at != accessibleDescription())
-            setAccessibleDescription(at);
+        describe(*this, QString("Página %1").arg(page_));
         tellText(*this, spokenPage());
     });
     setFrameShape(QFrame::NoFrame);

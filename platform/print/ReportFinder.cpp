@@ -3,8 +3,7 @@
 #include "controls/Failure.h"
 #include "print/PageView.h"
 #include "print/ProgressWindow.h"
-
-#include <QAction>
+#include "print/WidgetKeys.h"
 
 #include <functional>
 
@@ -24,26 +23,18 @@ ReportFinder::ReportFinder(Relatorio& report, PageView& view, QWidget* parent)
     setMaximumWidth(fontMetrics().averageCharWidth() * kWidth);
     connectGuarded(this, &QLineEdit::textChanged, this, &ReportFinder::changed);
     connectGuarded(&report_, &Relatorio::rowsReplaced, this, &ReportFinder::forget);
-    const auto addKeys = [this](const QList<QKeySequence>& keys, void (ReportFinder::*handler)()) {
-        auto* action = new QAction(this);
-        action->setShortcuts(keys);
-        action->setShortcutContext(Qt::WidgetShortcut);
-        connectGuarded(action, &QAction::triggered, this, handler);
-        addAction(action);
-    };
-    addKeys({Qt::Key_Return, Qt::Key_Enter}, &ReportFinder::findNext);
-    addKeys({Qt::SHIFT | Qt::Key_Return, Qt::SHIFT | Qt::Key_Enter}, &ReportFinder::findPrevious);
-    addKeys({Qt::Key_Escape}, &ReportFinder::leave);
+    addKeys(*this, {Qt::Key_Return, Qt::Key_Enter}, [this] { findNext(); });
+    addKeys(*this, {Qt::SHIFT | Qt::Key_Return, Qt::SHIFT | Qt::Key_Enter},
+            [this] { findPrevious(); });
+    addKeys(*this, {Qt::Key_Escape}, [this] {
+        clear();
+        emit left();
+    });
 }
 
 void ReportFinder::enter() {
     setFocus(Qt::ShortcutFocusReason);
     selectAll();
-}
-
-void ReportFinder::leave() {
-    clear();
-    view_.setFocus();
 }
 
 void ReportFinder::changed() {

@@ -25,9 +25,10 @@ signals:
     void said(const QString& text);
     /// Which hit of how many is on show, as "2 de 15"; "" for none.
     void counted(const QString& text);
+    /// The operator is done with it.
+    void left();
 
 private:
-    void leave();
     void changed();
     void find(SearchDirection direction);
     void count(const ReportHit& hit, SearchDirection direction, const ReportProgress& progress);

@@ -11,6 +11,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <optional>
 
 namespace {
 
@@ -49,10 +50,15 @@ bool ReportOutput::refuseIncomplete(const QString& title) {
 void ReportOutput::print(int page) {
     if (refuseIncomplete("Impressão"))
         return;
-    const PrintOutcome outcome = [&] {
-        ProgressWindow progress(&window_, "Imprimindo", "página", patienceMs_);
-        return printReport(report_, page, &window_, std::ref(progress));
-    }();
+    std::optional<ProgressWindow> shown;
+    const auto progress = [&](qint64 done, qint64 total) {
+        if (!shown)
+            shown.emplace(&window_, "Imprimindo", "página", patienceMs_);
+        return (*shown)(done, total);
+    };
+    const PrintOutcome outcome =
+        printReport(report_, page, &window_, progress, [&] { shown.reset(); });
+    shown.reset();
     switch (outcome) {
     case PrintOutcome::printed:
         return emit said("O relatório foi enviado para a impressora.");

@@ -3,11 +3,13 @@
 #include "controls/Failure.h"
 #include "controls/Spoken.h"
 #include "print/FailureNotice.h"
+#include "print/FocusReturn.h"
 #include "print/PageView.h"
 #include "print/ProgressWindow.h"
 #include "print/ReportFinder.h"
 #include "print/ReportOutput.h"
 #include "print/ToolStrip.h"
+#include "print/WidgetKeys.h"
 #include "print/ZoomBox.h"
 
 #include <QApplication>
@@ -24,7 +26,8 @@
 
 ReportPreview::ReportPreview(Relatorio& report, QWidget* parent)
     : QWidget(parent), report_(report), view_(new PageView(report, this)),
-      output_(new ReportOutput(report, *this)), tools_(new ToolStrip(*this, *view_)) {
+      output_(new ReportOutput(report, *this)), tools_(new ToolStrip(*this, *view_)),
+      focus_(new FocusReturn(*this, *view_)) {
     auto* notice = new FailureNotice(report, this);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -82,6 +85,8 @@ void ReportPreview::addTools() {
     counted->setObjectName("hits");
     counted->setAlignment(Qt::AlignCenter);
     counted->setMinimumWidth(counted->fontMetrics().horizontalAdvance("9.999 de 9.999 "));
+    connect(find_, &ReportFinder::left, focus_, [this] { focus_->leave(*find_); });
+    focus_->watch(*find_);
     connect(find_, &ReportFinder::counted, counted, &QLabel::setText);
     find.addWidget(find_);
     find.addWidget(counted);
@@ -92,10 +97,10 @@ void ReportPreview::addTools() {
     QToolBar& leave = tools_->addGroup("Sair");
     tools_->add(leave,
                 {"close", "Sair", "Fechar o relatório", "", [this] { emit closeAsked(); }, "Esc"});
-    addKeys();
+    addWindowKeys();
 }
 
-void ReportPreview::addKeys() {
+void ReportPreview::addWindowKeys() {
     tools_->addKey(Qt::Key_PageUp, [this] { view_->turn(-1); });
     tools_->addKey(Qt::Key_PageDown, [this] { view_->turn(1); });
     tools_->addKey(Qt::CTRL | Qt::Key_G, [this] { focusNumber(); });
@@ -119,7 +124,12 @@ QSpinBox* ReportPreview::makeNumber() {
     number_->setToolTip("Ir para a página (Ctrl+G)");
     number_->setMinimumWidth(number_->fontMetrics().horizontalAdvance("00000000"));
     connectGuarded(number_, &QSpinBox::valueChanged, this, &ReportPreview::goToPage);
-    connectGuarded(number_, &QSpinBox::editingFinished, this, &ReportPreview::leaveNumber);
+    connect(number_, &QSpinBox::editingFinished, focus_, [this] { focus_->leave(*number_); });
+    addKeys(*number_, {Qt::Key_Escape}, [this] {
+        showPage();
+        focus_->leave(*number_);
+    });
+    focus_->watch(*number_);
     return number_;
 }
 
@@ -198,11 +208,6 @@ void ReportPreview::copy() {
 void ReportPreview::focusNumber() {
     number_->setFocus(Qt::ShortcutFocusReason);
     number_->selectAll();
-}
-
-void ReportPreview::leaveNumber() {
-    if (number_->hasFocus())
-        view_->setFocus();
 }
 
 void ReportPreview::began() {

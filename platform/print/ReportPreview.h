@@ -3,6 +3,7 @@
 #include <QString>
 #include <QWidget>
 
+class FocusReturn;
 class PageView;
 class QLabel;
 class QSpinBox;
@@ -46,7 +47,7 @@ protected:
 
 private:
     void addTools();
-    void addKeys();
+    void addWindowKeys();
     [[nodiscard]] QSpinBox* makeNumber();
     [[nodiscard]] QWidget* makeFoot();
 
@@ -55,7 +56,6 @@ private:
     [[nodiscard]] bool takeAll();
 
     void focusNumber();
-    void leaveNumber();
     void began();
     void showPage();
     void showSteps();
@@ -66,6 +66,7 @@ private:
     PageView* view_;
     ReportOutput* output_;
     ToolStrip* tools_;
+    FocusReturn* focus_;
     ReportFinder* find_ = nullptr;
     ZoomBox* zoom_ = nullptr;
     QSpinBox* number_ = nullptr;

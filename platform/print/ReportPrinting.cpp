@@ -1,7 +1,13 @@
 #include "print/ReportPrinting.h"
 
+#include "controls/MessageBox.h"
+
+#include <QLibrary>
+#include <QLineEdit>
+#include <QPageRanges>
 #include <QPainter>
 #include <QtPrintSupport/QPrintDialog>
+#include <QtPrintSupport/QPrintEngine>
 #include <QtPrintSupport/QPrinterInfo>
 
 #include <algorithm>
@@ -9,14 +15,53 @@
 
 namespace {
 
+/// What goes to the print server with a job, names and values in turn; of Qt's engine for CUPS.
+constexpr auto kJobOptions = QPrintEngine::PrintEnginePropertyKey(0xfe00);
+constexpr const char* kPageRanges = "page-ranges";
+
+/// Qt's dialog, which stays open until the pages typed into it are pages of the report.
+///
+/// Not for files: "Salvar como PDF" makes these, and leaves no half of one.
+class PrinterDialog final : public QPrintDialog {
+public:
+    PrinterDialog(QPrinter& printer, int pageCount, QWidget* owner)
+        : QPrintDialog(&printer, owner) {
+        setMinMax(1, pageCount);
+        setOptions(PrintPageRange | PrintCurrentPage | PrintCollateCopies | PrintShowPageSize);
+        // Without a range to begin with Qt refuses every one that is typed; with one it takes what
+        // it can't read for all pages.
+        setFromTo(1, pageCount);
+    }
+
+    void accept() override {
+        auto* const typed = findChild<QLineEdit*>("pagesLineEdit"); // Qt's; enabled if it counts
+        if (!typed || !typed->isEnabled() || namesPages(typed->text()))
+            return QPrintDialog::accept();
+        showMessage(QString("\"%1\" não são páginas deste relatório, que vai da página 1 à %2. "
+                            "Digite, por exemplo, 2-3 ou 1,4.")
+                        .arg(typed->text())
+                        .arg(maxPage()),
+                    "Impressão", MessageIcon::exclamation);
+        typed->setFocus();
+        typed->selectAll();
+    }
+
+private:
+    [[nodiscard]] bool namesPages(const QString& text) const {
+        const QPageRanges pages = QPageRanges::fromString(text);
+        return !pages.isEmpty() && pages.firstPage() <= maxPage();
+    }
+};
+
 bool askOperator(QPrinter& printer, int pageCount, QWidget* owner) {
-    QPrintDialog dialog(&printer, owner);
-    dialog.setMinMax(1, pageCount);
-    dialog.setOptions(QAbstractPrintDialog::PrintPageRange |
-                      QAbstractPrintDialog::PrintCurrentPage | QAbstractPrintDialog::PrintToFile |
-                      QAbstractPrintDialog::PrintCollateCopies |
-                      QAbstractPrintDialog::PrintShowPageSize);
-    return dialog.exec() == QDialog::Accepted;
+    if (PrinterDialog(printer, pageCount, owner).exec() != QDialog::Accepted)
+        return false;
+    // The pages are chosen here: the server would choose once more among those that it gets.
+    QStringList options = printer.printEngine()->property(kJobOptions).toStringList();
+    if (const qsizetype range = options.indexOf(kPageRanges); range >= 0)
+        options.remove(range, 2);
+    printer.printEngine()->setProperty(kJobOptions, options);
+    return true;
 }
 
 PrinterFunctions& current() {
@@ -69,6 +114,23 @@ bool fitsOn(const QPrinter& printer, const ReportLayout& layout) {
     return printable.adjusted(-hair, -hair, hair, hair).contains(layout.body());
 }
 
+/// Keeps what has been painted so far from the printer. Qt hands it over when painting ends and
+/// can't be kept from it; so it is handed over with a range of pages that no print server takes.
+void keepBack(QPrinter& printer) {
+    if (!printer.abort())
+        printer.printEngine()->setProperty(kJobOptions, QStringList{kPageRanges, "2-1"});
+}
+
+/// Whether the print server has taken the job, which Qt doesn't tell.
+bool isTaken(const QPrinter& printer) {
+    constexpr int firstFailure = 0x400; // of the protocol's answers
+    if (printer.outputFormat() != QPrinter::NativeFormat)
+        return true;
+    const auto lastAnswer =
+        reinterpret_cast<int (*)()>(QLibrary::resolve("cups", 2, "cupsLastError"));
+    return !lastAnswer || lastAnswer() < firstFailure;
+}
+
 PrintOutcome print(QPrinter& printer, Relatorio& report, int current,
                    const ReportProgress& progress) {
     const std::vector<int> pages = pagesAskedFor(printer, report.pageCount(), current);
@@ -80,11 +142,11 @@ PrintOutcome print(QPrinter& printer, Relatorio& report, int current,
             return PrintOutcome::failed;
         report.paintPage(painter, pages[i], printer.resolution());
         if (!progress(static_cast<qint64>(i) + 1, static_cast<qint64>(pages.size()))) {
-            printer.abort();
+            keepBack(printer);
             return PrintOutcome::givenUp;
         }
     }
-    return painter.end() ? PrintOutcome::printed : PrintOutcome::failed;
+    return painter.end() && isTaken(printer) ? PrintOutcome::printed : PrintOutcome::failed;
 }
 
 } // namespace
@@ -94,7 +156,7 @@ PrinterFunctions setPrinterFunctions(PrinterFunctions functions) {
 }
 
 PrintOutcome printReport(Relatorio& report, int page, QWidget* owner,
-                         const ReportProgress& progress) {
+                         const ReportProgress& progress, const std::function<void()>& asking) {
     const Relatorio::Run run(report);
     if (!run)
         return PrintOutcome::refused;
@@ -119,6 +181,7 @@ PrintOutcome printReport(Relatorio& report, int page, QWidget* owner,
     printer.setCreator("Valtrino");
     printer.setPageSize(QPageSize(report.layout().page, QPageSize::Millimeter));
     printer.setFullPage(true); // counted from the paper's corner, as the layout is
+    asking();
     if (!choosePrinter(printer, report.pageCount(), owner))
         return PrintOutcome::givenUp;
     if (!fitsOn(printer, report.layout())) {

@@ -30,7 +30,9 @@ enum class PrintOutcome : unsigned char {
 };
 
 /// Takes the rows still to come, asks for the printer (not if there is none) and prints the pages
-/// asked for. `progress` is told of rows, of total 0, then of pages.
+/// asked for. `progress` is told of rows, of total 0, then of pages. Given up, nothing comes out.
 /// @param page the one on show, from 1
-[[nodiscard]] PrintOutcome printReport(Relatorio& report, int page, QWidget* owner,
-                                       const ReportProgress& progress);
+/// @param asking is told before the operator is asked, so that nothing stands in the dialog's way
+[[nodiscard]] PrintOutcome printReport(
+    Relatorio& report, int page, QWidget* owner, const ReportProgress& progress,
+    const std::function<void()>& asking = [] {});

@@ -3,6 +3,7 @@
 #include "controls/Failure.h"
 #include "controls/Icons.h"
 #include "print/ToolRows.h"
+#include "print/WidgetKeys.h"
 
 #include <QAction>
 #include <QToolBar>
@@ -49,11 +50,7 @@ void ToolStrip::add(QToolBar& group, const Tool& tool) {
 }
 
 void ToolStrip::addKey(const QKeySequence& key, const Work& work) {
-    auto* action = new QAction(this);
-    action->setShortcut(key);
-    action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    connect(action, &QAction::triggered, this, [work] { guarded(work); });
-    window_.addAction(action);
+    addKeys(window_, {key}, work, true);
 }
 
 void ToolStrip::setToolEnabled(const QString& name, bool enabled) {

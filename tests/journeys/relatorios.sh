@@ -61,6 +61,114 @@ start_queue() {
 # Whether all jobs are done and the printer has sheets for us.
 sheets_are_out() { [ -z "$(lpstat -o "$queue")" ] && pdfinfo "$sheets"; }
 
+# The numbers of the report's pages that came out, sheet by sheet.
+sheet_numbers() {
+    pdftotext -layout "$sheets" - | tr '\f' '|' | grep -o 'Página: *[0-9]*\||' | grep -o '[0-9]*$\||' |
+        xargs
+}
+
+# ask_printer: its dialog, with all its parts.
+ask_printer() {
+    rm -f "$sheets"
+    keys ctrl+p
+    until_window "Imprimir"
+    keys alt+o
+}
+
+# page_range <pages>: in the dialog for the printer. The next field but one has the copies.
+page_range() {
+    keys alt+n Tab Tab Tab Down Down Tab
+    typed "$1"
+}
+
+# refuse_range: that was typed, with a message; the focus is in it again.
+refuse_range() {
+    keys Return
+    until_window "Impressão"       # "... não são páginas deste relatório, ..."
+    keys Return
+    until_window "Imprimir"
+}
+
+# expect_sheets <numbers>: of the pages, "|" after each sheet.
+expect_sheets() {
+    until_window "Valtrino - [$title]"
+    until_true "the printed sheets" sheets_are_out
+    [ "$(sheet_numbers)" = "$1" ] || fail "printed were the pages $(sheet_numbers) instead of $1"
+}
+
+# expect_no_sheets: nor anything on its way.
+expect_no_sheets() {
+    until_window "Valtrino - [$title]"
+    [ -z "$(lpstat -o "$queue")" ] && [ ! -e "$sheets" ] || fail "it was printed after all"
+}
+
+# The dialog's ways to have something else printed than all of the report on show, which has six pages.
+print_some_pages() {
+    ask_printer
+    page_range 2-3
+    keys Tab Tab
+    typed 2
+    keys Return
+    expect_sheets "2 | 3 | 2 | 3 |"
+
+    ask_printer
+    keys alt+r
+    until_window "Propriedades da impressora"
+    keys Tab Tab Tab Tab Tab Tab Tab Tab 2 Return      # two pages a sheet
+    until_window "Imprimir"
+    keys Return
+    expect_sheets "1 2 | 3 4 | 5 6 |"
+
+    ask_printer
+    page_range 3-2
+    refuse_range
+    typed 8-9
+    refuse_range
+    typed 5-9
+    keys Return
+    expect_sheets "5 | 6 |"
+
+    ask_printer
+    keys Escape
+    expect_no_sheets
+
+    cupsreject "$queue"
+    ask_printer
+    keys Return
+    until_window "Impressão"       # "A impressora não aceitou o relatório. ..."
+    keys Return
+    expect_no_sheets
+    cupsaccept "$queue"
+}
+
+# A report long enough to be stopped while it is made for the printer: none of it comes out, and the next
+# one is printed as if nothing had been.
+stop_printing() {
+    rm -rf "$place/data"/*
+    "$programs/valtrino-mdb" sample --jet4 --today 2026-11-20 --clients 40 --banks 6 --cheques 40000 \
+        --bounced 1 "$place/data/automacao.mdb"
+    start_program
+    until_window "Valtrino"
+    title=$cheques
+    open_filter "$title"
+    ask "" "" 2020-01-01 2026-12-31 Vencimento
+    until_window "Valtrino - [$title]"
+    open_filter "$title"           # it has stayed above the report
+    keys Escape
+    until_window "Valtrino - [$title]"
+    ask_printer
+    keys Return
+    until_window "Imprimindo"
+    keys Escape
+    expect_no_sheets
+    ask_printer
+    page_range 2
+    keys Return
+    expect_sheets "2 |"
+    keys alt+a s
+    expect_end 0
+}
+
 # print_report <pdf>: on the printer of the queue; its sheets become this file.
 print_report() {
     rm -f "$sheets"
@@ -440,6 +548,7 @@ for version in jet4 jet3; do
     if [ "$version" = jet4 ]; then
         report "" "" 2026-01-01 2026-12-31 Vencimento
         look_through
+        [ -z "$queue" ] || print_some_pages
     else
         report "$(most_frequent cliente_fornecedor 2 2)" "" 2025-01-01 2026-11-20 Número
     fi
@@ -463,4 +572,8 @@ for version in jet4 jet3; do
     "$programs/valtrino-mdb" check "$place/data/automacao.mdb" || fail "the $version file has faults"
     pictures=''                    # of one round
 done
+if [ -n "$queue" ]; then
+    export CUPS_SERVER=$place/cups/cups.sock
+    stop_printing
+fi
 echo "passed"

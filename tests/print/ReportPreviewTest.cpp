@@ -337,6 +337,54 @@ TEST_F(Preview, GoesToTheTypedPage) {
     EXPECT_EQ(said("pageCount"), "Página 5 de 7");
 }
 
+// Left by its key, a box gives the focus back to the button, the pages or the other box.
+TEST_F(Preview, GivesTheFocusBack) {
+    begin(300);
+    int closed = 0;
+    QObject::connect(&preview_, &ReportPreview::closeAsked, &shop_, [&] { ++closed; });
+    for (const char* from : {"pages", "zoom-in", "pdf", "zoom"}) {
+        enter(preview_, from);
+        press(Qt::Key_F, Qt::ControlModifier);
+        type("ana");
+        press(Qt::Key_G, Qt::ControlModifier);
+        EXPECT_EQ(focus(), "number");
+        type("3");
+        press(Qt::Key_Return);
+        EXPECT_EQ(focus(), "find");
+        press(Qt::Key_Escape);
+        EXPECT_EQ(focus(), from);
+        press(Qt::Key_G, Qt::ControlModifier);
+        press(Qt::Key_Escape);
+        EXPECT_EQ(focus(), from);
+        EXPECT_EQ(closed, 0);
+    }
+    press(Qt::Key_Escape); // in none of them
+    EXPECT_EQ(closed, 1);
+    click(preview_, "close");
+    EXPECT_EQ(closed, 2);
+}
+
+TEST_F(Preview, PutsThePageNumberBack) {
+    begin(300);
+    preview_.goToPage(4);
+    press(Qt::Key_G, Qt::ControlModifier);
+    type("7");
+    press(Qt::Key_Escape);
+    EXPECT_EQ(preview_.page(), 4);
+    EXPECT_EQ(control<QSpinBox>(preview_, "number").text(), "4");
+    EXPECT_EQ(focus(), "pages");
+}
+
+TEST_F(Preview, GivesTheFocusToThePagesWhereItsPlaceTakesNone) {
+    begin(300);
+    enter(preview_, "next");
+    press(Qt::Key_G, Qt::ControlModifier);
+    type("7"); // behind it there is no next one
+    press(Qt::Key_Return);
+    EXPECT_EQ(preview_.page(), 7);
+    EXPECT_EQ(focus(), "pages");
+}
+
 TEST_F(Preview, TellsThePageScrolledTo) {
     begin(300);
     QScrollBar& bar = *view().verticalScrollBar();
@@ -632,6 +680,22 @@ TEST_F(Preview, PrintsWhatIsAskedFor) {
     click(preview_, "print");
     EXPECT_EQ(said("news"), "O relatório foi enviado para a impressora.");
     EXPECT_EQ(linesOfPage(path("paper.pdf"), 1)[0].simplified().split(' ').last(), "3");
+}
+
+TEST_F(Preview, AsksForThePrinterWithNothingInTheWay) {
+    preview_.setPatience(0);
+    ASSERT_TRUE(shop_.begin(inventedRows(5000)));
+    bool asked = false;
+    setPrinterFunctions({[] { return true; },
+                         [&](QPrinter&, int, QWidget*) {
+                             asked = true;
+                             EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+                             for (const QWidget* window : QApplication::topLevelWidgets())
+                                 EXPECT_FALSE(qobject_cast<const QProgressDialog*>(window));
+                             return false;
+                         }});
+    click(preview_, "print");
+    EXPECT_TRUE(asked);
 }
 
 TEST_F(Preview, SaysThatPrintingWasGivenUpOrFailed) {

@@ -84,7 +84,7 @@ TEST_F(ReportFilter, AClientOrBankThatIsNotListedHasASignAtItsField) {
         EXPECT_TRUE(sign()) << field;
         EXPECT_THAT(list.toolTip().toStdString(),
                     testing::StartsWith("Este nome não está na lista"));
-        EXPECT_EQ(list.accessibleDescription(), list.toolTip());
+        EXPECT_EQ(list.accessibleDescription(), list.toolTip() + " " + prompt());
         const QImage signedPicture = picture();
         list.lineEdit()->actions().first()->setVisible(false);
         EXPECT_NE(signedPicture, picture()) << "it can be seen";
@@ -94,6 +94,7 @@ TEST_F(ReportFilter, AClientOrBankThatIsNotListedHasASignAtItsField) {
         type(list.itemText(0).first(1));
         EXPECT_FALSE(sign()) << field;
         EXPECT_EQ(list.toolTip(), "");
+        EXPECT_EQ(list.accessibleDescription(), prompt());
     }
 }
 

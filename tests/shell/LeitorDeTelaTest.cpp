@@ -89,6 +89,29 @@ TEST_F(EverythingSpoken, PromptsAreValuesAndDescriptions) {
                 HasSubstr("banco"));
 }
 
+TEST_F(EverythingSpoken, TheHintOfEachFieldIsItsDescription) {
+    int hints = 0;
+    for (const State& state : states()) {
+        QWidget& window = state.show();
+        activate(window);
+        for (auto* field : window.findChildren<QWidget*>()) {
+            if (!(field->focusPolicy() & Qt::TabFocus) || field->focusProxy() ||
+                !field->isVisible() || !field->isEnabled())
+                continue;
+            field->setFocus();
+            if (!field->hasFocus()) // leaving a field may lead elsewhere
+                field->setFocus();
+            ++hints;
+            EXPECT_THAT(QAccessible::queryAccessibleInterface(field)
+                            ->text(QAccessible::Description)
+                            .toStdString(),
+                        HasSubstr(prompt().toStdString()))
+                << state.name << ": " << field->objectName().toStdString();
+        }
+    }
+    EXPECT_GT(hints, 100);
+}
+
 class StateSpoken : public ScreenReader {
 protected:
     static QAccessibleInterface& shown(const std::string& name) {
@@ -188,6 +211,13 @@ TEST_F(ChangeTold, WhichRecordIsOnShow) {
                 Contains("text Registro: Lançamento 1"));
     EXPECT_THAT(heardOf([&] { click(form, "CmdNovo"); }), Contains("text Registro: Novo"));
     EXPECT_THAT(heardOf([&] { click(form, "CmdNovo"); }), Not(Contains(HasSubstr("Registro"))));
+}
+
+TEST_F(ChangeTold, WhatHasBeenTypedAndCompletedInADropDownList) {
+    auto& form = open<FrmLancarCheques>();
+    enter(form, "txtNome");
+    EXPECT_THAT(heardOf([] { type("c"); }), ElementsAre("text Nome do Cliente: Carla Reis"));
+    EXPECT_THAT(heardOf([] { type("a"); }), IsEmpty());
 }
 
 TEST_F(ChangeTold, ATickInAList) {
