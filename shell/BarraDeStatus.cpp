@@ -59,11 +59,12 @@ BarraDeStatus::BarraDeStatus()
     // A long text is cut at the panel's edge and doesn't widen the window.
     for (QLabel* painel : {mensagem_, noticia_})
         painel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    noticia_->hide();
-    tellAtOnce(*noticia_);
-    tellAtOnce(*aviso_);
     aviso_->setParent(this);
     aviso_->resize(0, 0);
+    for (QLabel* painel : {noticia_, aviso_}) {
+        tellAtOnce(*painel);
+        painel->hide();
+    }
 
     addWidget(mensagem_, kParteDaMensagem);
     addPermanentWidget(noticia_, kParteDaNoticia);
@@ -100,7 +101,6 @@ void BarraDeStatus::mostrarMensagem(const QString& texto) { showStatus(*mensagem
 void BarraDeStatus::mostrarNoticia(const QString& texto) {
     showStatus(*noticia_, texto);
     noticia_->setToolTip(texto); // whole, where the panel is too narrow for it
-    noticia_->show();
 }
 
 // Why nothing can be saved now, as long as that lasts: a program with other rules may come into the

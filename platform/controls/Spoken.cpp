@@ -183,6 +183,8 @@ void showStatus(QLabel& label, const QString& text) { showStatus(label, text, te
 void showStatus(QLabel& label, const QString& text, const QString& shown) {
     label.setText(shown);
     tellText(label, text);
+    if (label.property(kAtOnce).toBool())
+        label.setVisible(!text.isEmpty()); // Qt tells of one that comes up
 }
 
 void tellAtOnce(QLabel& label) { label.setProperty(kAtOnce, true); }

@@ -22,7 +22,8 @@ void installSpoken();
 void showStatus(QLabel& label, const QString& text);
 void showStatus(QLabel& label, const QString& text, const QString& shown);
 
-/// Has a status text be told at once, whatever the reader is at: as a notification.
+/// Has a status text be told at once, whatever the reader is at: as a notification. showStatus()
+/// shows it while there is a text, and hides it when there is none.
 void tellAtOnce(QLabel& label);
 
 /// Has the change of what a widget shows be told, if it is one since the last call. Of one that

@@ -144,6 +144,7 @@ QWidget* ReportPreview::makeFoot() {
     news_->setObjectName("news");
     news_->setAccessibleName("Aviso do relatório");
     tellAtOnce(*news_);
+    news_->hide();
     news_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     news_->setTextFormat(Qt::PlainText);
     news_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -256,7 +257,8 @@ void ReportPreview::showPage() {
 }
 
 void ReportPreview::say(const QString& text) {
-    showStatus(*news_, text,
-               news_->fontMetrics().elidedText(text, Qt::ElideMiddle, news_->width()));
+    showStatus(*news_, text);
+    news_->parentWidget()->layout()->activate();
+    news_->setText(news_->fontMetrics().elidedText(text, Qt::ElideMiddle, news_->width()));
     news_->setToolTip(text);
 }

@@ -241,23 +241,32 @@ TEST_F(ChangeTold, WhatIsWrongWithTheDatabaseAtOnceAndOnce) {
     auto& main = MDICheques::instance();
     main.show();
     auto& bar = control<BarraDeStatus>(main, "StatusBar1");
-    const Dano dano{"A página 7 não pode ser lida.", std::nullopt};
+    QAccessibleInterface& told = window("Valtrino");
+    EXPECT_EQ(seek(told, QAccessible::Notification, "Aviso"), nullptr);
+    bar.mostrarDano(Dano{"A página 7 não pode ser lida.", std::nullopt}); // told by its coming up
+    EXPECT_EQ(read(told, QAccessible::Notification, "Aviso"),
+              "Arquivo com erros. A página 7 não pode ser lida.");
+    const Dano dano{"A página 9 não pode ser lida.", std::nullopt};
     EXPECT_THAT(heardOf([&] { bar.mostrarDano(dano); }),
-                Contains("notification Aviso: Arquivo com erros. A página 7 não pode ser lida."));
+                Contains("notification Aviso: Arquivo com erros. A página 9 não pode ser lida."));
     EXPECT_THAT(heardOf([&] {
                     bar.mostrarDano(dano);
                     bar.mostrarConsulta();
                 }),
                 IsEmpty());
+    bar.mostrarDano(std::nullopt);
+    EXPECT_EQ(seek(told, QAccessible::Notification, "Aviso"), nullptr);
 }
 
 TEST_F(ChangeTold, WhatHasBecomeOfTheReportAtOnce) {
-    shown("relatorio");
+    QAccessibleInterface& report = shown("relatorio");
+    EXPECT_EQ(seek(report, QAccessible::Notification, "Aviso do relatório"), nullptr);
     auto& view = control<PageView>(frmRel_ChequesSF::instance(), "pages");
     view.setFocus();
     view.markAll();
-    EXPECT_THAT(heardOf([] { press(Qt::Key_C, Qt::ControlModifier); }),
-                Contains("notification Aviso do relatório: O texto marcado foi copiado."));
+    press(Qt::Key_C, Qt::ControlModifier); // told by its coming up
+    EXPECT_EQ(read(report, QAccessible::Notification, "Aviso do relatório"),
+              "O texto marcado foi copiado.");
 }
 
 } // namespace

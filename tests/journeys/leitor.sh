@@ -1,0 +1,85 @@
+#!/bin/bash
+# What a clerk hears who doesn't see the screen: the program tells a desktop's screen reader where the
+# focus is and what for, what has been typed and completed, the row that is come to and its tick, the
+# page of a report and what has become of it. What is told is taken from the readers' own bus.
+source "$(dirname "$0")/journey.sh"
+
+listener=$(realpath "$programs/../tests/valtrino_heard")
+for tool in dbus-daemon "$listener" /usr/share/dbus-1/services/org.a11y.Bus.service; do
+    if ! command -v "$tool" > /dev/null && ! [ -e "$tool" ]; then
+        echo "skipped: $tool is not installed"
+        exit 77
+    fi
+done
+
+start_bus() {
+    mkfifo "$place/bus"
+    dbus-daemon --session --nofork --print-address=3 3> "$place/bus" > /dev/null 2>&1 &
+    helpers+=($!)
+    read -r -t 60 DBUS_SESSION_BUS_ADDRESS < "$place/bus" || fail "no bus"
+    export DBUS_SESSION_BUS_ADDRESS QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
+}
+
+start_listener() {
+    "$listener" > "$place/heard" 2> "$place/heard.errors" &
+    helpers+=($!)
+    until_true "the listener" grep -q listening "$place/heard"
+}
+
+# until_heard <line>: said since the last of these lines, as the expression has it.
+until_heard() {
+    until_true "hearing: $1" heard_since "$1"
+    from=$(wc -l < "$place/heard")
+}
+heard_since() { tail -n "+$((from + 1))" "$place/heard" | grep -q "^$1\$"; }
+
+from=0
+start_screen
+start_bus
+start_listener
+install_program
+"$programs/valtrino-mdb" sample "$place/data/automacao.mdb" > /dev/null
+choose_client_and_bank
+start_program
+until_window "Valtrino"
+
+keys alt+m e
+until_window "Cadastro de Cheques Recebidos"
+until_heard 'focus combo box "Nome do Cliente": Digite o nome do cliente'
+typed "$name"
+until_heard "text combo box \"Nome do Cliente\": $name"
+keys Tab
+until_heard 'text label "Mensagem": Digite o código do banco'
+typed "$bank_name"
+until_heard "text combo box \"Banco\": $bank_name"
+keys Escape
+until_window "Mensagem"
+keys alt+s
+until_window "Valtrino"
+
+keys alt+m b
+until_window "Baixa de cheques recebidos"
+typed "$bank_name"
+keys Tab Tab Tab Tab
+until_heard 'focus tree item "Lançamento [0-9]*": Nº Cheque .*, Nome do Cliente .*, Valor R\$ .*'
+keys space
+until_heard 'ticked tree item "Lançamento [0-9]*": '
+keys Escape
+until_window "Valtrino"
+
+keys alt+r c
+until_window "Relatório de Cheques Recebidos"
+keys alt+n
+typed 01012000
+keys Return
+typed 31122099
+keys alt+i
+until_window "Valtrino - [Relatório de Cheques]"
+keys ctrl+Next
+until_heard 'description document "Páginas do relatório": Página 2'
+keys ctrl+a ctrl+c
+until_heard 'news notification "Aviso do relatório": O texto marcado foi copiado.'
+
+keys alt+a s
+expect_end 0
+echo "passed"
