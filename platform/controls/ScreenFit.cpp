@@ -1,14 +1,23 @@
 #include "controls/ScreenFit.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace {
 
-/// What the focus is brought into sight with, so that its label is likely to be seen too.
-constexpr int kAround = 40;
+constexpr int kAround = 12; ///< of what is brought into sight, on all sides
+
+/// A control and the label that says what it is, in `within`.
+QRect placeOf(const QWidget& control, const QWidget& within) {
+    QRect place(control.mapTo(&within, QPoint()), control.size());
+    for (const auto* label : within.findChildren<QLabel*>())
+        if (label->buddy() == &control)
+            place |= QRect(label->mapTo(&within, QPoint()), label->size());
+    return place;
+}
 
 class Scrolled final : public QScrollArea {
 public:
@@ -36,7 +45,7 @@ private:
         const QWidget* focused = QApplication::focusWidget();
         if (!focused || !widget() || !widget()->isAncestorOf(focused))
             return;
-        const QRect place(focused->mapTo(widget(), QPoint()), focused->size());
+        const QRect place = placeOf(*focused, *widget());
         ensureVisible(place.right(), place.bottom(), kAround, kAround);
         ensureVisible(place.left(), place.top(), kAround, kAround);
     }
@@ -83,9 +92,12 @@ bool scrollWhereTooLarge(QWidget& window, const QSize& room) {
     if (!window.layout() || hasRoom(window, room) ||
         dynamic_cast<Scrolled*>(window.layout()->itemAt(0)->widget()))
         return false;
+    QWidget* const focused = window.focusWidget();
     scrollBody(window);
     if (!hasRoom(window, room))
         scrollWhole(window);
     window.layout()->activate();
+    if (focused)
+        focused->setFocus(); // which it loses when it is moved
     return true;
 }

@@ -74,6 +74,15 @@ TEST_F(ScreenFit, ATooHighWindowKeepsItsButtonsInSightAndFollowsTheFocus) {
     EXPECT_EQ(seenOf(*form.fields_[0]).size(), form.fields_[0]->size()) << "back at the top";
 }
 
+TEST_F(ScreenFit, TheFocusStaysWhereTheWindowHasPutIt) {
+    frmLonga form;
+    form.fields_[40]->setFocus();
+    form.show();
+    activate(form);
+    EXPECT_EQ(focus(), "txt40");
+    EXPECT_EQ(seenOf(*form.fields_[40]).size(), form.fields_[40]->size());
+}
+
 TEST_F(ScreenFit, ATooWideFootScrollsWithTheWindow) {
     frmLonga form(QGuiApplication::primaryScreen()->size().width() + 100);
     form.show();
