@@ -76,7 +76,7 @@ protected:
             {"diretorio",         [] { return window<frmcaminho>(); }      },
             {"filtro-recebidos",  [] { return filter("relch"); }           },
             {"filtro-sem-fundos", [] { return filter("relsf"); }           },
-            {"mensagem",          [] { return window<frm_Msg>(); }         },
+            {"mensagem",          [] { return waiting(); }                 },
             {"relatorio",         [] { return report(); }                  },
             {"sobre",             [] { return window<frmAbout>(); }        },
         };
@@ -135,6 +135,10 @@ private:
         auto& form = open<Window>();
         click(form, "btnNavegacao", 0);
         return form;
+    }
+    static Shown waiting() {
+        frm_Msg::instance().setMensagem("Aguarde enquanto o relatório é processado...");
+        return window<frm_Msg>();
     }
     static Shown found() {
         auto& form = open<frmlocalizar>();

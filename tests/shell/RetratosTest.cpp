@@ -1,12 +1,16 @@
 // The windows as they are seen, light and dark: every text stands out clearly from its ground. With
 // VALTRINO_PICTURES set to a folder the pictures are kept there; see scripts/pictures.sh.
+#include "controls/Icons.h"
 #include "shell/EveryWindow.h"
 #include "support/Colours.h"
 
 #include <QAbstractButton>
 #include <QDir>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
+#include <QToolButton>
 
 #include <gmock/gmock.h>
 
@@ -28,10 +32,41 @@ protected:
     static QString textOf(const QWidget& widget) {
         if (const auto* label = qobject_cast<const QLabel*>(&widget))
             return label->text();
+        if (const auto* tool = qobject_cast<const QToolButton*>(&widget))
+            return tool->toolButtonStyle() == Qt::ToolButtonIconOnly ? QString() : tool->text();
         if (const auto* button = qobject_cast<const QAbstractButton*>(&widget))
-            return button->icon().isNull() ? button->text() : QString(); // else the icon stands out
+            return button->text();
         const auto* line = qobject_cast<const QLineEdit*>(&widget);
         return line ? line->text() : QString();
+    }
+
+    /// Where a button's words stand, its icon and its edges left out: they stand out by themselves.
+    static QRect wordsOf(const QAbstractButton& button) {
+        constexpr int kEdge = 4;
+        const QSize words = button.fontMetrics().size(Qt::TextShowMnemonic, button.text());
+        QRect inside = button.rect().adjusted(kEdge, kEdge, -kEdge, -kEdge);
+        const auto* tool = qobject_cast<const QToolButton*>(&button);
+        if (tool && tool->toolButtonStyle() == Qt::ToolButtonTextUnderIcon)
+            inside.setTop(inside.bottom() - words.height());
+        else if (tool)
+            inside.setLeft(inside.left() + tool->iconSize().width());
+        else if (const auto* push = qobject_cast<const QPushButton*>(&button))
+            inside.setLeft(inside.right() + 1 -
+                           (inside.width() + words.width() - push->iconSize().width()) / 2);
+        return inside;
+    }
+
+    static QRect measured(const QWidget& widget) {
+        const auto* button = qobject_cast<const QAbstractButton*>(&widget);
+        return button && !button->icon().isNull() ? wordsOf(*button) : widget.rect();
+    }
+
+    static double contrastOf(const QWidget& widget, const QWidget& window, const QImage& picture) {
+        const QRect seen =
+            measured(widget).translated(widget.mapTo(&window, QPoint())) & window.rect();
+        const qreal scale = picture.devicePixelRatio();
+        return contrastIn(
+            picture.copy(QRectF(seen.topLeft() * scale, seen.size() * scale).toRect()));
     }
 
     /// The clearest contrast to the ground, which is what there is most of.
@@ -78,18 +113,45 @@ TEST_P(Pictures, ShowEveryTextClearlyOnItsGround) {
             if (!widget->isVisibleTo(&window) || !widget->isEnabled() ||
                 textOf(*widget).trimmed().isEmpty())
                 continue;
-            const QRect seen =
-                QRect(widget->mapTo(&window, QPoint()), widget->size()) & window.rect();
-            if (seen.isEmpty() || widget->visibleRegion().isEmpty())
+            if (widget->visibleRegion().isEmpty())
                 continue;
             ++texts;
-            const qreal scale = picture.devicePixelRatio();
-            EXPECT_GE(contrastIn(picture.copy(QRect(seen.topLeft() * scale, seen.size() * scale))),
-                      kLeast)
+            EXPECT_GE(contrastOf(*widget, window, picture), kLeast)
                 << state.name << ": " << widget->objectName().toStdString();
         }
     }
-    EXPECT_GT(texts, 150);
+    EXPECT_GT(texts, 250);
+}
+
+// An icon that stands out mustn't hide that the words don't.
+TEST_P(Pictures, AreMeasuredWithoutTheIconsOfButtons) {
+    QWidget window;
+    auto* row = new QHBoxLayout(&window);
+    QPalette faint = QApplication::palette();
+    faint.setColor(QPalette::ButtonText, faint.color(QPalette::Mid));
+    std::vector<QAbstractButton*> buttons;
+    auto* push = new QPushButton("Salvar");
+    buttons.push_back(push);
+    for (const Qt::ToolButtonStyle place :
+         {Qt::ToolButtonTextBesideIcon, Qt::ToolButtonTextUnderIcon}) {
+        auto* tool = new QToolButton;
+        tool->setToolButtonStyle(place);
+        tool->setText("Salvar");
+        buttons.push_back(tool);
+    }
+    for (QAbstractButton* button : buttons) {
+        button->setIcon(Icons::named("save"));
+        row->addWidget(button);
+    }
+    window.show();
+    QCoreApplication::processEvents();
+    constexpr double kLeast = 4.5;
+    for (const QAbstractButton* button : buttons)
+        EXPECT_GE(contrastOf(*button, window, pictureOf(window)), kLeast);
+    for (QAbstractButton* button : buttons)
+        button->setPalette(faint);
+    for (const QAbstractButton* button : buttons)
+        EXPECT_LT(contrastOf(*button, window, pictureOf(window)), kLeast);
 }
 
 TEST_P(Pictures, FollowTheSchemeOfTheSystem) {
