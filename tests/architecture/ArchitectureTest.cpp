@@ -58,6 +58,7 @@ const std::vector<Layer> kLayers = {
     {"report_samples",    Outside::qt,      {"report_layout"}                                 },
     {"report_bench",      Outside::qt,      {"report_samples"}                                },
     {"test_support",      Outside::qt,      {}                                                },
+    {"valtrino_heard",    Outside::qt,      {}                                                },
     {"rule_test_support", Outside::nothing, {"jet"}                                           },
     {"jet_test_support",  Outside::nothing, {"jet", "rule_test_support"}                      },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
