@@ -4,7 +4,6 @@
 #include "print/PageMouse.h"
 #include "print/SpokenPages.h"
 
-#include <QEvent>
 #include <QPainter>
 #include <QResizeEvent>
 #include <QScopedValueRollback>
@@ -20,15 +19,10 @@ constexpr int kGap = 14; ///< around pages, in pixels
 constexpr int kLine = 40;
 constexpr qreal kMmPerInch = 25.4;
 
-const QColor kHit(0xff, 0xe0, 0x66);
-const QColor kCurrentHit(0xff, 0xa8, 0x3d);
-const QColor kCurrentFrame(0x8a, 0x3c, 0x00);
-const QColor kMarked(0xb4, 0xd5, 0xfe);
-
 } // namespace
 
 PageView::PageView(Relatorio& report, QWidget* parent)
-    : QAbstractScrollArea(parent), report_(report), selection_(report) {
+    : QAbstractScrollArea(parent), report_(report), marks_(report) {
     installSpokenPages();
     connect(this, &PageView::pageChanged, this, [this] {
         if (!isHeard())
@@ -57,6 +51,12 @@ QSize PageView::pageSize() const {
     return (report_.layout().page / kMmPerInch * dotsPerInch()).toSize();
 }
 
+int PageView::pitch() const { return pageSize().height() + kGap; }
+
+int PageView::topOf(int page) const { return (page - 1) * pitch(); }
+
+int PageView::pageAt(int height) const { return std::clamp(height / pitch() + 1, 1, pages_); }
+
 int PageView::percent() const { return qRound(scale_ * 100); }
 
 QString PageView::spokenPage() const {
@@ -81,28 +81,24 @@ QRect PageView::pageRect(int page) const {
     const QSize size = pageSize();
     const int room = viewport()->width() - size.width();
     const int left = room > 0 ? room / 2 : kGap - horizontalScrollBar()->value();
-    const int top = kGap + (page - 1) * (size.height() + kGap) - verticalScrollBar()->value();
-    return {QPoint(left, top), size};
+    return {QPoint(left, kGap + topOf(page) - verticalScrollBar()->value()), size};
 }
 
 std::optional<TextSelection::Point> PageView::pointAt(QPoint point) const {
     if (pages_ == 0)
         return std::nullopt;
-    const int pitch = pageSize().height() + kGap;
-    const int page = std::clamp((verticalScrollBar()->value() + point.y()) / pitch + 1, 1, pages_);
+    const int page = pageAt(verticalScrollBar()->value() + point.y());
     const QPointF inDots = point - pageRect(page).topLeft();
     return TextSelection::Point{page, inDots / dotsPerInch() * kMmPerInch};
 }
 
 void PageView::markAll() {
-    selection_.markAll();
+    marks_.selection().markAll();
     viewport()->update();
 }
 
 void PageView::reset() {
-    text_.clear();
-    selection_.clear();
-    hit_.reset();
+    marks_.clear();
     pages_ = report_.pageCount();
     refit();
     updateRanges();
@@ -116,8 +112,8 @@ void PageView::rowsCame() {
     const bool ended = report_.state() != RowsState::coming;
     if (ended || (pages_ > 0 && pageRect(pages_).intersects(viewport()->rect())))
         viewport()->update();
-    if (ended && !selection_.isAll())
-        selection_.clear();
+    if (ended && !selection().isAll())
+        selection().clear();
     if (pages != pages_ || ended) {
         pages_ = pages;
         updateRanges();
@@ -127,8 +123,7 @@ void PageView::rowsCame() {
 
 /// The operator stays on the page, or on the last, if there are fewer now.
 void PageView::rowsReplaced() {
-    hit_.reset();
-    selection_.clear();
+    marks_.forgetPlaces();
     pages_ = report_.pageCount();
     updateRanges();
     if (page_ > pages_)
@@ -141,26 +136,29 @@ void PageView::updateRanges() {
     const QSize room = viewport()->size();
     const QScopedValueRollback going(going_, true);
     verticalScrollBar()->setPageStep(seenAtOnce());
-    verticalScrollBar()->setRange(
-        0, std::max(0, kGap + pages_ * (size.height() + kGap) - room.height()));
+    verticalScrollBar()->setRange(0, std::max(0, kGap + topOf(pages_ + 1) - room.height()));
     horizontalScrollBar()->setPageStep(room.width());
     horizontalScrollBar()->setRange(
         0, size.width() > room.width() ? size.width() + 2 * kGap - room.width() : 0);
 }
 
-void PageView::goToPage(int page) {
-    page_ = std::clamp(page, 1, std::max(1, pages_));
+void PageView::goTo(int page, int height) {
+    page_ = page;
     {
         const QScopedValueRollback going(going_, true);
-        verticalScrollBar()->setValue((page_ - 1) * (pageSize().height() + kGap));
+        verticalScrollBar()->setValue(height);
     }
     emit pageChanged();
 }
 
+void PageView::goToPage(int page) {
+    const int nearest = std::clamp(page, 1, std::max(1, pages_));
+    goTo(nearest, topOf(nearest));
+}
+
 int PageView::seenAtOnce() const {
-    const int pitch = pageSize().height() + kGap;
-    const int whole = (viewport()->height() - kGap) / pitch;
-    return whole > 0 ? whole * pitch : std::max(kLine, viewport()->height() - kLine);
+    const int whole = (viewport()->height() - kGap) / pitch();
+    return whole > 0 ? whole * pitch() : std::max(kLine, viewport()->height() - kLine);
 }
 
 void PageView::turn(int times) {
@@ -173,29 +171,20 @@ int PageView::endOfText() const {
     if (pages_ == 0)
         return 0;
     const qreal foot = report_.textsOf(pages_).back().place().bottom() / kMmPerInch * dotsPerInch();
-    const int top = (pages_ - 1) * (pageSize().height() + kGap);
+    const int top = topOf(pages_);
     const int needed = top + kGap + qRound(foot) + kLine - viewport()->height();
     return std::min(std::max(top, needed), verticalScrollBar()->maximum());
 }
 
 bool PageView::isAtEnd() const { return verticalScrollBar()->value() >= endOfText(); }
 
-void PageView::goToEnd() {
-    goToPage(pages_);
-    {
-        const QScopedValueRollback going(going_, true);
-        verticalScrollBar()->setValue(endOfText());
-    }
-    emit pageChanged();
-}
+void PageView::goToEnd() { goTo(std::max(1, pages_), endOfText()); }
 
 void PageView::scrollContentsBy(int, int) {
     viewport()->update();
     if (going_ || pages_ == 0)
         return;
-    const int pitch = pageSize().height() + kGap;
-    const int at = verticalScrollBar()->value() + viewport()->height() / 3;
-    const int page = std::clamp(at / pitch + 1, 1, pages_);
+    const int page = pageAt(verticalScrollBar()->value() + viewport()->height() / 3);
     if (page == page_)
         return;
     page_ = page;
@@ -209,12 +198,11 @@ void PageView::setScale(qreal scale) {
         return;
     }
     // What stands in the upper left corner stays there.
-    const qreal pitch = pageSize().height() + kGap;
-    const qreal at = verticalScrollBar()->value() / pitch;
+    const qreal at = static_cast<qreal>(verticalScrollBar()->value()) / pitch();
     scale_ = scale;
     updateRanges();
     const QScopedValueRollback going(going_, true);
-    verticalScrollBar()->setValue(qRound(at * (pageSize().height() + kGap)));
+    verticalScrollBar()->setValue(qRound(at * pitch()));
     viewport()->update();
     emit zoomChanged();
 }
@@ -258,26 +246,16 @@ void PageView::wheelEvent(QWheelEvent* event) {
     event->accept();
 }
 
-void PageView::changeEvent(QEvent* event) {
-    QAbstractScrollArea::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange)
-        viewport()->update();
-}
-
 void PageView::mark(const QString& text, const std::optional<ReportHit>& hit) {
-    text_ = text;
-    hit_ = hit;
+    marks_.look(text, hit);
     if (hit)
-        showPlace(hitRect(*hit));
+        showHit(*hit);
     viewport()->update();
 }
 
-QRectF PageView::hitRect(const ReportHit& hit) const {
-    return report_.placeOf(hit.row, hit.field, hit.start, hit.length);
-}
-
-void PageView::showPlace(const QRectF& place) {
-    const int page = report_.pageOf(hit_->row);
+void PageView::showHit(const ReportHit& hit) {
+    const int page = report_.pageOf(hit.row);
+    const QRectF place = marks_.placeOf(hit);
     const qreal dots = dotsPerInch() / kMmPerInch;
     const QRect rect = QRectF(place.topLeft() * dots, place.size() * dots)
                            .translated(pageRect(page).topLeft())
@@ -298,9 +276,8 @@ void PageView::showPlace(const QRectF& place) {
 void PageView::paintEvent(QPaintEvent* event) {
     QPainter painter(viewport());
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-    const int pitch = pageSize().height() + kGap;
     const int top = verticalScrollBar()->value() + event->rect().top();
-    for (int page = std::max(1, top / pitch); page <= pages_; ++page) {
+    for (int page = std::max(1, top / pitch()); page <= pages_; ++page) {
         const QRect rect = pageRect(page);
         if (rect.top() > event->rect().bottom())
             break;
@@ -316,23 +293,7 @@ void PageView::paintOne(QPainter& painter, int page) {
     painter.save();
     painter.setClipRect(rect, Qt::IntersectClip);
     painter.translate(rect.topLeft());
-    paintMarks(painter, page);
+    marks_.paint(painter, page, dotsPerInch() / kMmPerInch);
     report_.paintPage(painter, page, dotsPerInch());
     painter.restore();
-}
-
-/// Under the texts.
-void PageView::paintMarks(QPainter& painter, int page) const {
-    const qreal dots = dotsPerInch() / kMmPerInch;
-    for (const QRectF& place : selection_.placesOn(page))
-        painter.fillRect(QRectF(place.topLeft() * dots, place.size() * dots), kMarked);
-    for (const ReportHit& hit : hitsOnPage(report_, text_, page)) {
-        const bool isCurrent = hit_ && hit_->row == hit.row && hit_->field == hit.field;
-        const QRectF place = hitRect(hit);
-        // Not by its colour alone: the current one has a frame.
-        painter.setPen(isCurrent ? QPen(kCurrentFrame, 1.5) : QPen(Qt::NoPen));
-        painter.setBrush(isCurrent ? kCurrentHit : kHit);
-        painter.drawRect(QRectF(place.topLeft() * dots, place.size() * dots));
-    }
-    painter.setBrush(Qt::NoBrush);
 }

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "print/ReportSearch.h"
-#include "print/TextSelection.h"
+#include "print/PageMarks.h"
 
 #include <QAbstractScrollArea>
 
@@ -38,14 +37,14 @@ public:
 
     /// Marks the text on the pages, and this hit more than the others; brings it into sight.
     void mark(const QString& text, const std::optional<ReportHit>& hit);
-    [[nodiscard]] const std::optional<ReportHit>& hit() const noexcept { return hit_; }
+    [[nodiscard]] const std::optional<ReportHit>& hit() const noexcept { return marks_.hit(); }
 
     /// Where a page stands on the viewport, which need not show it.
     [[nodiscard]] QRect pageRect(int page) const;
     /// The place on the nearest page of a point of the viewport; nothing where there are no pages.
     [[nodiscard]] std::optional<TextSelection::Point> pointAt(QPoint point) const;
 
-    [[nodiscard]] TextSelection& selection() noexcept { return selection_; }
+    [[nodiscard]] TextSelection& selection() noexcept { return marks_.selection(); }
     void markAll();
 
     /// The text of the page on show, a line for each that stands there; "" if there is none.
@@ -65,31 +64,31 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
     void wheelEvent(QWheelEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
     [[nodiscard]] qreal dotsPerInch() const;
     [[nodiscard]] QSize pageSize() const;
-    [[nodiscard]] QRectF hitRect(const ReportHit& hit) const;
+    /// From a page to the next, and where a page stands below the first's; in pixels.
+    [[nodiscard]] int pitch() const;
+    [[nodiscard]] int topOf(int page) const;
+    [[nodiscard]] int pageAt(int height) const;
     void paintOne(QPainter& painter, int page);
-    void paintMarks(QPainter& painter, int page) const;
     [[nodiscard]] int seenAtOnce() const;
     [[nodiscard]] int endOfText() const;
+    void goTo(int page, int height);
     void reset();
     void rowsCame();
     void rowsReplaced();
     void refit();
     void setScale(qreal scale);
     void updateRanges();
-    void showPlace(const QRectF& place);
+    void showHit(const ReportHit& hit);
 
     Relatorio& report_;
+    PageMarks marks_;
     Zoom zoom_ = Zoom::percent;
     qreal scale_ = 1;
     int page_ = 1;
     int pages_ = 0;      ///< as last told
     bool going_ = false; ///< to a page: scrolling there doesn't choose another
-    QString text_;
-    std::optional<ReportHit> hit_;
-    TextSelection selection_;
 };

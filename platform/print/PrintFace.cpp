@@ -31,19 +31,25 @@ PrintFace::PrintFace(int dots, bool bold)
 }
 
 const PrintFace::Letter* PrintFace::letter(QChar c) const {
-    constexpr QChar softHyphen(0xAD); // is only seen where a line breaks
-    if (c.unicode() >= kLatin || !c.isPrint() || c == softHyphen)
+    if (c.unicode() >= kLatin)
         return nullptr;
     std::optional<Letter>& known = letters_[c.unicode()];
-    if (!known) {
-        known = Letter{};
-        int count = 1;
-        raw.glyphIndexesForChars(&c, 1, &known->glyph, &count);
-        QPointF advance;
-        raw.advancesForGlyphIndexes(&known->glyph, &advance, 1, QRawFont::UseDesignMetrics);
-        known->advance = std::round(advance.x());
-    }
+    if (!known)
+        known = newLetter(c);
     return known->glyph == 0 ? nullptr : &*known;
+}
+
+PrintFace::Letter PrintFace::newLetter(QChar c) const {
+    constexpr QChar softHyphen(0xAD); // is only seen where a line breaks
+    Letter letter;
+    if (!c.isPrint() || c == softHyphen)
+        return letter;
+    int count = 1;
+    raw.glyphIndexesForChars(&c, 1, &letter.glyph, &count);
+    QPointF advance;
+    raw.advancesForGlyphIndexes(&letter.glyph, &advance, 1, QRawFont::UseDesignMetrics);
+    letter.advance = std::round(advance.x());
+    return letter;
 }
 
 bool PrintFace::isPlain(const QString& text) const {

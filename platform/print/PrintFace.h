@@ -31,6 +31,8 @@ public:
     qreal afterComma = 0; ///< what "Standard" has there is that wide
 
 private:
+    [[nodiscard]] Letter newLetter(QChar c) const;
+
     static constexpr std::size_t kLatin = 0x300;
     mutable std::array<std::optional<Letter>, kLatin> letters_; ///< those met so far
     // Measuring other texts takes as long as drawing them; names come again and again.
