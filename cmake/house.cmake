@@ -44,6 +44,12 @@ if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
 endif()
 
+# A test program holds most of the tree: linked the ordinary way, all of them take some minutes.
+find_program(MOLD mold)
+if(MOLD)
+    add_link_options(-fuse-ld=mold)
+endif()
+
 # What a target of ours is compiled with, in one place.
 add_library(house INTERFACE)
 target_compile_options(house INTERFACE -Wall -Wextra -Wconversion -Wshadow
