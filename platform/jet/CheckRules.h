@@ -1,6 +1,9 @@
 #pragma once
 
-#include "jet/Check.h"
+#include "jet/Report.h"
+
+#include <filesystem>
+#include <vector>
 
 namespace jet {
 

@@ -1,6 +1,10 @@
 #pragma once
 
-#include "jet/Salvage.h"
+#include "jet/Disk.h"
+#include "jet/Progress.h"
+
+#include <cstdint>
+#include <filesystem>
 
 namespace jet {
 

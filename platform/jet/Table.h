@@ -1,9 +1,9 @@
 #pragma once
 
-#include "jet/IndexTree.h"
-#include "jet/KeyCodec.h"
-#include "jet/RowCursor.h"
-#include "jet/RowEncoder.h"
+#include "jet/index/IndexTree.h"
+#include "jet/index/KeyCodec.h"
+#include "jet/row/RowCursor.h"
+#include "jet/row/RowEncoder.h"
 
 #include <memory>
 #include <string>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "jet/Collation.h"
-#include "jet/Pager.h"
-#include "jet/TextCodec.h"
+#include "jet/page/Pager.h"
+#include "jet/text/Collation.h"
+#include "jet/text/TextCodec.h"
 
 #include <optional>
 #include <string>

@@ -1,6 +1,6 @@
 // Files whose texts are in the order of a language: its code in the header and in every column.
 #include "ado/Shop.h"
-#include "jet/Header.h"
+#include "jet/TableDefinition.h"
 #include "support/Versions.h"
 
 #include <fstream>

@@ -17,9 +17,11 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 /// The libraries from outside that a target may see; the standard library is open to all.
 enum class Outside : unsigned char { nothing, sqlite, qt };
@@ -33,7 +35,18 @@ struct Layer {
 // Bottom up: a target uses only targets of rows above its own.
 const std::vector<Layer> kLayers = {
     {"assets",            Outside::qt,      {}                                                },
-    {"jet",               Outside::nothing, {}                                                },
+    {"jet_value",         Outside::nothing, {}                                                },
+    {"jet_disk",          Outside::nothing, {"jet_value"}                                     },
+    {"jet_text",          Outside::nothing, {"jet_value"}                                     },
+    {"jet_page",          Outside::nothing, {"jet_disk", "jet_text"}                          },
+    {"jet_share",         Outside::nothing, {"jet_page"}                                      },
+    {"jet_row",           Outside::nothing, {"jet_page"}                                      },
+    {"jet_index",         Outside::nothing, {"jet_row"}                                       },
+    {"jet_rule",          Outside::nothing, {"jet_row"}                                       },
+    {"jet_check",         Outside::nothing, {"jet_share", "jet_index", "jet_rule"}            },
+    {"jet_database",      Outside::nothing, {"jet_check"}                                     },
+    {"jet_copy",          Outside::nothing, {"jet_database"}                                  },
+    {"jet",               Outside::nothing, {"jet_copy"}                                      },
     {"ado",               Outside::sqlite,  {"jet"}                                           },
     {"controls",          Outside::qt,      {"assets"}                                        },
     {"print",             Outside::qt,      {"controls"}                                      },
@@ -75,6 +88,10 @@ const std::vector<Layer> kLayers = {
 const std::vector<std::string> kHelpers = {
     "test_support",      "rule_test_support", "jet_test_support", "shop_schema",
     "form_test_support", "shop_test_support", "report_layout",    "report_samples"};
+
+// Who may look into the rooms of a platform folder from outside, beside the folder's own tests.
+const std::vector<std::string> kRoomGuests = {"rule_test_support", "fuzz_file", "fuzz_journal",
+                                              "fuzz_rules", "fuzz_sql"};
 
 /// Path from the root of the tree, with "/", and the file's text.
 using Files = std::map<std::string, std::string>;
@@ -130,28 +147,45 @@ Owners readOwners(const Files& files) {
             words >> target;
             for (std::string word; words >> word;)
                 if (word.find('.') != std::string::npos)
-                    owners[folder + word] = target;
+                    owners
+                        [std::filesystem::path(folder + word).lexically_normal().generic_string()] =
+                            target;
         }
     }
     return owners;
 }
 
-/// The target whose file the tree's include paths find for `include`, written in `from`.
-std::optional<std::string> targetOfInclude(const std::string& include, const std::string& from,
-                                           const Owners& owners) {
+/// The file that the tree's include paths find for `include`, written in `from`: its place in
+/// `owners`, or the end.
+Owners::const_iterator fileOfInclude(const std::string& include, const std::string& from,
+                                     const Owners& owners) {
     // What uic and moc make belongs to the form or source it is made from.
     static const std::regex generated(R"(ui_(.*)\.h|(.*)\.moc)");
     std::smatch match;
     if (std::regex_match(include, match, generated)) {
         const std::string origin =
             match[1].matched ? match[1].str() + ".ui" : match[2].str() + ".cpp";
-        const auto owner = owners.find(folderOf(from) + "/" + origin);
-        return owner == owners.end() ? std::nullopt : std::optional(owner->second);
+        return owners.find(folderOf(from) + "/" + origin);
     }
     for (const char* prefix : {"", "platform/", "tests/"})
         if (const auto owner = owners.find(prefix + include); owner != owners.end())
-            return owner->second;
-    return std::nullopt;
+            return owner;
+    return owners.end();
+}
+
+/// The platform folder of whose rooms one holds that file; empty for a file in no room.
+std::string folderWithRooms(const std::string& path) {
+    static const std::regex inRoom("platform/([^/]+)/[^/]+/.*");
+    std::smatch match;
+    return std::regex_match(path, match, inRoom) ? match[1].str() : "";
+}
+
+/// Whether a file may include what isn't among the public headers of a platform folder, which lie
+/// beside its rooms.
+bool mayLookInto(const std::string& folder, const std::string& path, const std::string& target) {
+    return path.starts_with("platform/" + folder + "/") ||
+           path.starts_with("tests/" + folder + "/") ||
+           std::ranges::find(kRoomGuests, target) != kRoomGuests.end();
 }
 
 /// The target and all that it uses by the table.
@@ -177,8 +211,9 @@ View viewFrom(const std::string& path, const std::string& target, const Owners& 
     if (layerOf(target) != nullptr || !path.starts_with("tests/"))
         return view;
     const std::string folder = folderOf(path.substr(std::string("tests/").size()));
+    view.targets.merge(reachOf(folder)); // that of a folder with rooms has no files of its own
     for (const auto& [file, owner] : owners) {
-        if (folderOf(file) != folder && folderOf(file) != "platform/" + folder)
+        if (folderOf(file) != folder && !file.starts_with("platform/" + folder + "/"))
             continue;
         view.targets.merge(reachOf(owner));
         if (const Layer* layer = layerOf(owner))
@@ -191,6 +226,23 @@ View viewFrom(const std::string& path, const std::string& target, const Owners& 
             view.targets.insert(helper);
     }
     return view;
+}
+
+/// An include line of a file.
+struct Include {
+    std::string name;
+    bool quoted;
+};
+
+std::vector<Include> includesOf(const std::string& text) {
+    static const std::regex includeLine(R"re(\s*#\s*include\s*([<"])([^>"]+)[>"].*)re");
+    std::vector<Include> includes;
+    std::istringstream lines(text);
+    std::smatch match;
+    for (std::string line; std::getline(lines, line);)
+        if (line.find('#') != std::string::npos && std::regex_match(line, match, includeLine))
+            includes.push_back({match[2].str(), match[1].str() == "\""});
+    return includes;
 }
 
 /// A sentence for each include line of `path` that draws an arrow the table doesn't have.
@@ -206,19 +258,18 @@ std::vector<std::string> wrongIncludes(const std::string& path, const std::strin
     const auto complain = [&](const std::string& include, const std::string& why) {
         wrong.push_back(path + " includes " + include + ": " + why);
     };
-    static const std::regex includeLine(R"re(\s*#\s*include\s*([<"])([^>"]+)[>"].*)re");
-    std::istringstream lines(text);
-    std::smatch match;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.find('#') == std::string::npos || !std::regex_match(line, match, includeLine))
-            continue;
-        const std::string include = match[2].str();
-        if (match[1].str() == "\"") {
-            const auto other = targetOfInclude(include, path, owners);
-            if (!other)
+    for (const auto& [include, quoted] : includesOf(text)) {
+        if (quoted) {
+            const auto other = fileOfInclude(include, path, owners);
+            if (other == owners.end()) {
                 complain(include, "no target lists that path (write it with its folder)");
-            else if (!allowed.targets.contains(*other))
-                complain(include, target + " may not use " + *other);
+                continue;
+            }
+            if (!allowed.targets.contains(other->second))
+                complain(include, target + " may not use " + other->second);
+            const std::string folder = folderWithRooms(other->first);
+            if (!folder.empty() && !mayLookInto(folder, path, target))
+                complain(include, "only what lies in platform/" + folder + " itself is public");
         } else if (include.starts_with('Q') && allowed.outside != Outside::qt) {
             complain(include, target + " may not use Qt");
         } else if (include.starts_with("sqlite3") && allowed.outside != Outside::sqlite) {
@@ -239,9 +290,123 @@ std::vector<std::string> wrongIncludes(const Files& files) {
     return wrong;
 }
 
+/// A class is in its header, its source and, where it has one, the header of its inner parts:
+/// Database.h, Database.cpp, DatabaseParts.h. That name of it, with its target, stands for them
+/// all.
+std::string classOf(const std::string& path, const Owners& owners) {
+    const auto file = owners.find(path);
+    if (file == owners.end())
+        return path;
+    const std::string& target = file->second;
+    const std::string stem = std::filesystem::path(path).stem().string();
+    if (stem.ends_with("Parts")) {
+        const std::string whole = stem.substr(0, stem.size() - std::string("Parts").size());
+        for (const auto& [other, owner] : owners)
+            if (owner == target && std::filesystem::path(other).filename() == whole + ".h")
+                return target + "/" + whole;
+    }
+    return target + "/" + stem;
+}
+
+/// Who includes whom, class by class.
+using Arrows = std::map<std::string, std::set<std::string>>;
+
+Arrows arrowsOf(const Files& files) {
+    const Owners owners = readOwners(files);
+    std::map<std::string, std::string> classes;
+    for (const auto& [path, target] : owners)
+        classes[path] = classOf(path, owners);
+    Arrows arrows;
+    for (const auto& [path, text] : files) {
+        if (!isCode(path) || !classes.contains(path))
+            continue;
+        for (const auto& [include, quoted] : includesOf(text))
+            if (const auto other = fileOfInclude(include, path, owners);
+                quoted && other != owners.end() && classes.at(other->first) != classes.at(path))
+                arrows[classes.at(path)].insert(classes.at(other->first));
+    }
+    return arrows;
+}
+
+/// The names of the classes of each cycle.
+std::vector<std::string> cyclesOf(const Files& files) {
+    const Arrows arrows = arrowsOf(files);
+    std::map<std::string, std::set<std::string>> reach;
+    for (const auto& [from, direct] : arrows) {
+        std::set<std::string>& reached = reach[from];
+        std::vector<std::string> next(direct.begin(), direct.end());
+        while (!next.empty()) {
+            const std::string name = next.back();
+            next.pop_back();
+            if (!reached.insert(name).second)
+                continue;
+            if (const auto more = arrows.find(name); more != arrows.end())
+                next.insert(next.end(), more->second.begin(), more->second.end());
+        }
+    }
+    std::vector<std::string> cycles;
+    std::set<std::string> told;
+    for (const auto& [name, reached] : reach) {
+        if (!reached.contains(name) || told.contains(name))
+            continue;
+        std::string names;
+        for (const std::string& other : reached)
+            if (const auto back = reach.find(other);
+                back != reach.end() && back->second.contains(name)) {
+                told.insert(other);
+                names += (names.empty() ? "" : ", ") + other;
+            }
+        cycles.push_back(names);
+    }
+    return cycles;
+}
+
 TEST(Architecture, EveryIncludeFollowsTheTable) {
     for (const std::string& wrong : wrongIncludes(readTree(VALTRINO_TREE)))
         ADD_FAILURE() << wrong;
+}
+
+// Those that stand; no other may come, and one that has gone leaves the list.
+TEST(Architecture, NoClassesIncludeEachOther) {
+    EXPECT_THAT(cyclesOf(readTree(VALTRINO_TREE)),
+                UnorderedElementsAre(
+                    "ado/Connection, ado/Query, ado/Recordset", "ado/Engine, ado/VirtualTable",
+                    "controls/DesktopSettings, controls/SystemColours",
+                    "controls/Form, controls/FormInput", "controls/ListModel, controls/ListView",
+                    "jet_database/Catalog, jet_database/Consequences, "
+                    "jet_database/Database, jet_database/Relationships, "
+                    "jet_database/SelfCheck, jet_database/Table, "
+                    "jet_database/TableRules",
+                    "print/PageMouse, print/PageView, print/SpokenPages",
+                    "shell_base/Mirtal, shell_base/dbconectar",
+                    "shell_windows/Comandos, shell_windows/MDICheques"));
+}
+
+// What nobody outside includes, by itself or through another public header, belongs into a room.
+TEST(Architecture, EveryPublicHeaderOfAFolderWithRoomsIsUsedOutside) {
+    const Files files = readTree(VALTRINO_TREE);
+    const Owners owners = readOwners(files);
+    std::set<std::string> folders;
+    for (const auto& [path, target] : owners)
+        if (const std::string folder = folderWithRooms(path); !folder.empty())
+            folders.insert("platform/" + folder);
+    const auto isPublic = [&](const std::string& path) {
+        return path.ends_with(".h") && folders.contains(folderOf(path));
+    };
+    std::set<std::string> used;
+    for (const auto& [path, text] : files) {
+        const bool inside = std::ranges::any_of(
+            folders, [&](const std::string& folder) { return path.starts_with(folder + "/"); });
+        if (!isCode(path) || (inside && !isPublic(path)))
+            continue;
+        for (const auto& [include, quoted] : includesOf(text))
+            if (const auto other = fileOfInclude(include, path, owners);
+                quoted && other != owners.end())
+                used.insert(other->first);
+    }
+    for (const auto& [path, text] : files)
+        if (isPublic(path) && !used.contains(path))
+            ADD_FAILURE() << path << " is included by nobody outside";
 }
 
 TEST(Architecture, EveryFormAndResourceIsListed) {
@@ -327,6 +492,39 @@ TEST(ArchitectureRules, RefuseQtAndSqliteWhereTheyDontBelong) {
                 ElementsAre(HasSubstr("ado may not use Qt")));
     EXPECT_THAT(wrongIncludes(changed("registers/frmBancos.h", "  # include <sqlite3.h>\n")),
                 ElementsAre(HasSubstr("registers may not use SQLite")));
+}
+
+/// The small tree with a room in its engine, and a public header whose source is in it.
+Files withRoom(const std::string& reader, const std::string& text) {
+    Files files = kSmallTree;
+    files["platform/jet/page/CMakeLists.txt"] =
+        "house_library(jet_page Map.cpp ../Map.h View.h Walk.h)";
+    files["platform/jet/Map.h"] = "#include \"jet/page/View.h\"\n";
+    files["platform/jet/page/Map.cpp"] = "#include \"jet/Map.h\"\n#include \"jet/page/Walk.h\"\n";
+    files["platform/jet/page/View.h"] = "";
+    files["platform/jet/page/Walk.h"] = "#include \"jet/page/View.h\"\n";
+    files["tests/jet/CMakeLists.txt"] = "house_test(jet_test SOURCES ViewTest.cpp LIBS jet)";
+    files["tests/jet/ViewTest.cpp"] = "";
+    files[reader] = text;
+    return files;
+}
+
+TEST(ArchitectureRules, RefuseToLookIntoARoomFromOutside) {
+    const std::string includes = "#include \"jet/Map.h\"\n#include \"jet/page/View.h\"\n";
+    for (const char* outside : {"platform/ado/Recordset.h", "tests/ado/RecordsetTest.cpp"})
+        EXPECT_THAT(
+            wrongIncludes(withRoom(outside, includes)),
+            ElementsAre(AllOf(HasSubstr(outside), HasSubstr("jet/page/View.h"),
+                              HasSubstr("only what lies in platform/jet itself is public"))));
+    EXPECT_THAT(wrongIncludes(withRoom("tests/jet/ViewTest.cpp", includes)), IsEmpty());
+}
+
+TEST(ArchitectureRules, FindACycleThroughSourcesToo) {
+    EXPECT_THAT(cyclesOf(withRoom("platform/jet/page/View.h", "")), IsEmpty());
+    EXPECT_THAT(cyclesOf(withRoom("platform/jet/page/Walk.h", "#include \"jet/Map.h\"\n")),
+                ElementsAre("jet_page/Map, jet_page/Walk"));
+    EXPECT_THAT(cyclesOf(withRoom("platform/jet/page/View.h", "#include \"jet/page/Walk.h\"\n")),
+                ElementsAre("jet_page/View, jet_page/Walk"));
 }
 
 TEST(ArchitectureRules, RefuseAnIncludeWithoutItsFolder) {

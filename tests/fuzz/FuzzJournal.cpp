@@ -12,10 +12,10 @@
 // then changes of eight bytes each: kind (1), place (3), value (4).
 #include "fuzz/Fuzz.h"
 #include "jet/Error.h"
-#include "jet/Header.h"
-#include "jet/Journal.h"
-#include "jet/Recovery.h"
 #include "jet/ShopWork.h"
+#include "jet/page/Header.h"
+#include "jet/share/Journal.h"
+#include "jet/share/Recovery.h"
 
 #include <algorithm>
 

@@ -7,10 +7,10 @@
 // before a zero, the text for it behind.
 #include "fuzz/Fuzz.h"
 #include "jet/Error.h"
-#include "jet/Like.h"
-#include "jet/Operators.h"
 #include "jet/Tokens.h"
-#include "jet/ValueRules.h"
+#include "jet/rule/Like.h"
+#include "jet/rule/Operators.h"
+#include "jet/rule/ValueRules.h"
 
 #include <algorithm>
 #include <cmath>

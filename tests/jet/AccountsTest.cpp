@@ -5,10 +5,10 @@
 #include "jet/Check.h"
 #include "jet/Compact.h"
 #include "jet/Database.h"
-#include "jet/Journal.h"
 #include "jet/MemoryDisk.h"
 #include "jet/Notes.h"
 #include "jet/Sentences.h"
+#include "jet/share/Journal.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
 

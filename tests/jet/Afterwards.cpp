@@ -1,8 +1,8 @@
 #include "jet/Afterwards.h"
 
 #include "jet/Check.h"
-#include "jet/Journal.h"
-#include "jet/Recovery.h"
+#include "jet/share/Journal.h"
+#include "jet/share/Recovery.h"
 
 using namespace jet;
 

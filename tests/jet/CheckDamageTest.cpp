@@ -1,8 +1,8 @@
 // Damage planted byte by byte in maps, pages, rows and indexes, each kind of it, and what check()
 // says of it.
-#include "jet/CommitPairs.h"
 #include "jet/Damage.h"
-#include "jet/IndexTree.h"
+#include "jet/index/IndexTree.h"
+#include "jet/page/CommitPairs.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "jet/Check.h"
 
-#include "jet/CommitPairs.h"
 #include "jet/DamagedFile.h"
-#include "jet/Journal.h"
+#include "jet/page/CommitPairs.h"
+#include "jet/share/Journal.h"
 #include "support/Samples.h"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
-#include "jet/Collation.h"
+#include "jet/text/Collation.h"
 
-#include "jet/TextCodec.h"
+#include "jet/text/TextCodec.h"
 
 #include <gtest/gtest.h>
 

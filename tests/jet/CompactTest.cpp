@@ -3,10 +3,10 @@
 
 #include "jet/Copies.h"
 #include "jet/DamagedFile.h"
-#include "jet/DefinitionImage.h"
 #include "jet/IndependentReader.h"
-#include "jet/Rewriter.h"
 #include "jet/SampleFiles.h"
+#include "jet/copy/Rewriter.h"
+#include "jet/row/DefinitionImage.h"
 #include "support/MdbTools.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"

@@ -5,9 +5,9 @@
 #include "jet/Check.h"
 #include "jet/Compact.h"
 #include "jet/FileSteps.h"
-#include "jet/Journal.h"
 #include "jet/Move.h"
 #include "jet/Salvage.h"
+#include "jet/share/Journal.h"
 #include "support/Versions.h"
 
 #include <gmock/gmock.h>

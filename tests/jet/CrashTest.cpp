@@ -2,9 +2,9 @@
 // it. Every write, sync and rename of a workload is recorded on a disk in memory; for every place
 // in the record the disks that a power cut there can leave are made, opened, compared and checked.
 #include "jet/Afterwards.h"
-#include "jet/ByteView.h"
-#include "jet/CommitPairs.h"
-#include "jet/Format.h"
+#include "jet/page/ByteView.h"
+#include "jet/page/CommitPairs.h"
+#include "jet/page/Format.h"
 #include "support/Versions.h"
 
 #include <gmock/gmock.h>

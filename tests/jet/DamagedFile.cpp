@@ -1,6 +1,6 @@
 #include "jet/DamagedFile.h"
 
-#include "jet/LongValues.h"
+#include "jet/row/LongValues.h"
 
 #include <algorithm>
 #include <fstream>

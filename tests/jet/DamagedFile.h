@@ -1,8 +1,8 @@
 #pragma once
 
 #include "jet/Check.h"
-#include "jet/DataPage.h"
 #include "jet/Database.h"
+#include "jet/page/DataPage.h"
 #include "support/TemporaryFolder.h"
 
 #include <filesystem>

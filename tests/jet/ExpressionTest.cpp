@@ -1,9 +1,9 @@
 // Rules as the file keeps them, understood and evaluated.
-#include "jet/Expression.h"
+#include "jet/rule/Expression.h"
 
 #include "jet/Error.h"
-#include "jet/Like.h"
-#include "jet/Operators.h"
+#include "jet/rule/Like.h"
+#include "jet/rule/Operators.h"
 
 #include <gtest/gtest.h>
 

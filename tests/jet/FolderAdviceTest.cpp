@@ -1,5 +1,5 @@
 // A database in a folder that a program copies between computers: the operator is told.
-#include "jet/FolderAdvice.h"
+#include "jet/disk/FolderAdvice.h"
 
 #include "jet/Notes.h"
 #include "support/TemporaryFolder.h"

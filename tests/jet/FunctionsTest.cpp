@@ -1,7 +1,7 @@
 // The functions of rules and defaults: each by itself, and in files.
-#include "jet/Expression.h"
-#include "jet/Operators.h"
 #include "jet/People.h"
+#include "jet/rule/Expression.h"
+#include "jet/rule/Operators.h"
 #include "support/Versions.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // Transactions that are written together: each is done or undone on its own, and for the disk and
 // the other stations they are one.
 #include "jet/Check.h"
-#include "jet/LockFile.h"
 #include "jet/MemoryDisk.h"
 #include "jet/ShopWork.h"
+#include "jet/share/LockFile.h"
 #include "support/Versions.h"
 
 #include <gmock/gmock.h>

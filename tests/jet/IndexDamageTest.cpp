@@ -1,6 +1,6 @@
 #include "jet/IndexFile.h"
-#include "jet/IndexPageEditor.h"
-#include "jet/IndexTree.h"
+#include "jet/index/IndexPageEditor.h"
+#include "jet/index/IndexTree.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "jet/DataPage.h"
-#include "jet/IndexTree.h"
+#include "jet/index/IndexTree.h"
+#include "jet/page/DataPage.h"
 #include "support/Versions.h"
 
 #include <gtest/gtest.h>

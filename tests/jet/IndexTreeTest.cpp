@@ -1,7 +1,7 @@
-#include "jet/IndexTree.h"
+#include "jet/index/IndexTree.h"
 
 #include "jet/IndexFile.h"
-#include "jet/IndexPageEditor.h"
+#include "jet/index/IndexPageEditor.h"
 
 #include <gtest/gtest.h>
 

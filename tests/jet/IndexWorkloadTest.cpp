@@ -1,5 +1,5 @@
 #include "jet/IndexFile.h"
-#include "jet/IndexTree.h"
+#include "jet/index/IndexTree.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // Journals that lie beside a file: those that are its own are used, all others are put aside.
-#include "jet/Journal.h"
+#include "jet/share/Journal.h"
 
 #include "jet/Check.h"
-#include "jet/CommitPairs.h"
 #include "jet/MemoryDisk.h"
 #include "jet/ShopWork.h"
+#include "jet/page/CommitPairs.h"
 #include "support/Versions.h"
 
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
-#include "jet/KeyCodec.h"
+#include "jet/index/KeyCodec.h"
 
-#include "jet/Collation.h"
 #include "jet/Error.h"
-#include "jet/TextCodec.h"
+#include "jet/text/Collation.h"
+#include "jet/text/TextCodec.h"
 
 #include <gtest/gtest.h>
 

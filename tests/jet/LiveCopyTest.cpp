@@ -1,9 +1,9 @@
 // Copying a database while others save: the copy is of one state, and nobody is kept from saving.
-#include "jet/LiveCopy.h"
+#include "jet/copy/LiveCopy.h"
 
 #include "jet/Copies.h"
-#include "jet/LockFile.h"
 #include "jet/ShopWork.h"
+#include "jet/share/LockFile.h"
 #include "support/Versions.h"
 
 #include <iostream>

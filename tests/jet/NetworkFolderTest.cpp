@@ -1,9 +1,9 @@
 // A database in a folder of another machine: what a station reads after it has got a lock is what
 // the others have written, not what its own machine remembers.
 #include "jet/Database.h"
-#include "jet/LockFile.h"
 #include "jet/MemoryDisk.h"
 #include "jet/Notes.h"
+#include "jet/share/LockFile.h"
 #include "support/Versions.h"
 
 #include <gmock/gmock.h>

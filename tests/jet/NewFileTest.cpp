@@ -1,10 +1,10 @@
 // The pieces a new file is made of: maps of any size, trees of any height.
-#include "jet/NewFile.h"
+#include "jet/page/NewFile.h"
 
 #include "jet/Copies.h"
-#include "jet/Header.h"
-#include "jet/IndexBuilder.h"
-#include "jet/IndexTree.h"
+#include "jet/index/IndexBuilder.h"
+#include "jet/index/IndexTree.h"
+#include "jet/page/Header.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
 

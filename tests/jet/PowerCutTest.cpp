@@ -1,6 +1,6 @@
 // The disk of the crash tests loses what a real one may lose, and nothing else.
-#include "jet/File.h"
 #include "jet/MemoryDisk.h"
+#include "jet/disk/File.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "jet/Check.h"
 #include "jet/IndependentReader.h"
 #include "jet/RandomRows.h"
-#include "jet/TableRules.h"
+#include "jet/database/TableRules.h"
 #include "support/MdbTools.h"
 #include "support/Samples.h"
 #include "support/TemporaryFolder.h"

@@ -1,5 +1,5 @@
 // Which of the daily copies are kept.
-#include "jet/Rotation.h"
+#include "jet/copy/Rotation.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

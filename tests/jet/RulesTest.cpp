@@ -1,6 +1,6 @@
 // The rules that the back-office keeps in the file: kept by this engine too.
 #include "jet/People.h"
-#include "jet/Properties.h"
+#include "jet/rule/Properties.h"
 #include "support/Versions.h"
 
 #include <gtest/gtest.h>

@@ -3,11 +3,11 @@
 
 #include "jet/Copies.h"
 #include "jet/DamagedFile.h"
-#include "jet/Header.h"
-#include "jet/Journal.h"
 #include "jet/PatientFile.h"
 #include "jet/SampleFiles.h"
 #include "jet/ShopWork.h"
+#include "jet/page/Header.h"
+#include "jet/share/Journal.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
 

@@ -1,9 +1,9 @@
 // The rules of real files, kept.
-#include "jet/Catalog.h"
 #include "jet/Check.h"
 #include "jet/Database.h"
-#include "jet/Properties.h"
-#include "jet/TableRules.h"
+#include "jet/database/Catalog.h"
+#include "jet/database/TableRules.h"
+#include "jet/rule/Properties.h"
 #include "support/Samples.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,14 +1,14 @@
 // Several stations in one file: nobody's work is lost, nobody sees half of another's, a foreign
 // program is noticed, and who dies leaves the file whole.
 #include "jet/Check.h"
-#include "jet/CommitPairs.h"
 #include "jet/Database.h"
-#include "jet/FileAlone.h"
 #include "jet/MemoryDisk.h"
 #include "jet/Process.h"
 #include "jet/Sentences.h"
 #include "jet/ShopWork.h"
 #include "jet/Waiting.h"
+#include "jet/page/CommitPairs.h"
+#include "jet/share/FileAlone.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
 

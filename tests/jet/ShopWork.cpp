@@ -1,8 +1,8 @@
 #include "jet/ShopWork.h"
 
-#include "jet/ByteView.h"
-#include "jet/CommitPairs.h"
-#include "jet/Journal.h"
+#include "jet/page/ByteView.h"
+#include "jet/page/CommitPairs.h"
+#include "jet/share/Journal.h"
 
 #include <stdexcept>
 

@@ -1,13 +1,13 @@
 // What anybody may have put beside a database under the names of its lock file and journal: it is
 // never waited for, written through, taken for ours or deleted, and the data can still be read.
 #include "jet/Check.h"
-#include "jet/CommitPairs.h"
 #include "jet/Database.h"
-#include "jet/FileAlone.h"
-#include "jet/LockFile.h"
 #include "jet/MemoryDisk.h"
 #include "jet/Notes.h"
 #include "jet/Sentences.h"
+#include "jet/page/CommitPairs.h"
+#include "jet/share/FileAlone.h"
+#include "jet/share/LockFile.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
 

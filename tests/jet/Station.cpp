@@ -10,7 +10,7 @@
 //   jet_station foreign <lock file>        holds user byte 1 as a foreign program, until its input
 //   ends jet_station hold <file>                keeps a transaction open until its input ends
 #include "jet/Database.h"
-#include "jet/File.h"
+#include "jet/disk/File.h"
 
 #include <chrono>
 #include <cstdlib>

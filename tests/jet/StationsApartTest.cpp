@@ -1,13 +1,13 @@
 // Stations that don't agree, because they don't meet in one lock file, or in one file: what each
 // can still tell, and that none spoils the other's work.
-#include "jet/CommitPairs.h"
 #include "jet/Database.h"
-#include "jet/FileAlone.h"
-#include "jet/LockFile.h"
 #include "jet/MemoryDisk.h"
 #include "jet/Sentences.h"
 #include "jet/ShopWork.h"
 #include "jet/Waiting.h"
+#include "jet/page/CommitPairs.h"
+#include "jet/share/FileAlone.h"
+#include "jet/share/LockFile.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
 

@@ -1,4 +1,4 @@
-#include "jet/TextCodec.h"
+#include "jet/text/TextCodec.h"
 
 #include "jet/Error.h"
 

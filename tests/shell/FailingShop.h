@@ -2,12 +2,11 @@
 
 #include "controls/Failure.h"
 #include "jet/Error.h"
-#include "jet/File.h"
-#include "jet/LockFile.h"
 #include "reports/FrmApagar.h"
 #include "shell/Mirtal.h"
 #include "support/ChequeShop.h"
 #include "support/FailingDisk.h"
+#include "support/OtherStations.h"
 #include "support/Versions.h"
 
 #include <gmock/gmock.h>
@@ -70,10 +69,7 @@ protected:
     }
     /// Another station saves a bank; it would wait if the file were held.
     void anotherSaves() {
-        {
-            jet::File lock(shop().folder() / "automacao.ldb", jet::File::Mode::readWrite);
-            EXPECT_FALSE(lock.isHeld(jet::LockFile::kWriting)) << "others have to wait";
-        }
+        EXPECT_FALSE(isHeldForWriting(shop().folder() / "automacao.mdb")) << "others have to wait";
         ado::Connection station;
         station.Open(data().Automacao.ConnectionString());
         ado::Recordset rs;

@@ -1,7 +1,7 @@
 #include "support/FileRules.h"
 
-#include "jet/ByteView.h"
-#include "jet/TextCodec.h"
+#include "jet/page/ByteView.h"
+#include "jet/text/TextCodec.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jet/Format.h"
+#include "jet/Types.h"
 
 #include <gtest/gtest.h>
 

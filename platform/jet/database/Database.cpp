@@ -1,0 +1,444 @@
+#include "jet/Database.h"
+
+#include "jet/FileSteps.h"
+#include "jet/Names.h"
+#include "jet/database/Catalog.h"
+#include "jet/database/DatabaseParts.h"
+#include "jet/index/TableBuilder.h"
+#include "jet/page/DataPage.h"
+#include "jet/row/SystemTables.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace jet {
+
+namespace {
+
+/// The file, for writing if that is wanted and allowed.
+File openFile(const std::filesystem::path& path, bool readOnly, Disk& disk,
+              std::optional<std::string>& reason) {
+    if (readOnly) {
+        reason = "O banco de dados foi aberto só para consulta.";
+        return {path, File::Mode::read, disk};
+    }
+    try {
+        return {path, File::Mode::readWrite, disk};
+    } catch (const Error& error) {
+        if (error.code() != Errc::readOnly)
+            throw;
+        reason = "O arquivo \"" + path.string() +
+                 "\" não pode ser alterado: falta permissão de gravação. Os dados podem ser "
+                 "consultados.";
+        return {path, File::Mode::read, disk};
+    }
+}
+
+void checkSize(const File& file, const Format& format) {
+    const std::uint64_t size = file.size();
+    if (size % format.pageSize != 0 || size / format.pageSize <= number(kRightsPage))
+        throw Error(Errc::corrupt, "O arquivo \"" + file.path().string() +
+                                       "\" está incompleto: o seu tamanho (" +
+                                       std::to_string(size) +
+                                       " bytes) não é o de um banco de "
+                                       "dados inteiro.");
+    if (size > format.largestFile)
+        throw Error(Errc::corrupt, "O arquivo \"" + file.path().string() +
+                                       "\" é maior do que o seu formato permite.");
+}
+
+bool validName(std::string_view name) {
+    return !name.empty() && name.front() != ' ' &&
+           std::none_of(name.begin(), name.end(), [](char c) {
+               return static_cast<unsigned char>(c) < 0x20 ||
+                      std::string_view(".![]`").find(c) != std::string_view::npos;
+           });
+}
+
+void requireName(const TextCodec& codec, const std::string& name) {
+    if (!validName(name) || codec.characters(name) > kMaxNameLength)
+        throw Error(Errc::misuse, "\"" + name + "\" não pode ser nome de tabela, campo ou índice.");
+}
+
+NewColumn newColumn(const ColumnSpec& spec, Version version) {
+    const bool isJet3 = version == Version::jet3;
+    NewColumn column{spec.name,
+                     spec.type,
+                     ColumnFlags::userColumn,
+                     fixedLength(spec.type),
+                     spec.compressed && isText(spec.type) && !isJet3,
+                     spec.precision,
+                     spec.scale};
+    switch (spec.type) {
+    case ColumnType::text:
+    case ColumnType::binary:
+        if (spec.width == 0 || spec.width > 255)
+            throw Error(Errc::misuse,
+                        "O campo \"" + spec.name + "\" deve ter de 1 a 255 de largura.");
+        column.length = static_cast<std::uint16_t>(
+            spec.type == ColumnType::text && !isJet3 ? 2 * spec.width : spec.width);
+        break;
+    case ColumnType::memo:
+    case ColumnType::ole:
+        break;
+    case ColumnType::boolean:
+        column.length = 1;
+        column.flags |= ColumnFlags::fixed;
+        break;
+    default:
+        if (column.length == 0 || (spec.type == ColumnType::numeric && isJet3))
+            throw Error(Errc::misuse, "O campo \"" + spec.name +
+                                          "\" é de um tipo que este programa não sabe criar.");
+        column.flags |= ColumnFlags::fixed;
+    }
+    if (spec.autonumber) {
+        if (spec.type != ColumnType::longInteger)
+            throw Error(Errc::misuse, "O campo \"" + spec.name + "\" não pode ser numerado.");
+        column.flags |= ColumnFlags::autonumber;
+    }
+    return column;
+}
+
+NewIndex newIndex(const IndexSpec& spec, const TableSpec& table) {
+    NewIndex index{spec.name, {}, 0, spec.primary};
+    if (spec.columns.empty() || spec.columns.size() > kMaxIndexColumns)
+        throw Error(Errc::misuse, "O índice \"" + spec.name + "\" deve ter de 1 a 10 campos.");
+    for (const IndexSpec::KeyColumn& key : spec.columns) {
+        const auto column =
+            std::find_if(table.columns.begin(), table.columns.end(), [&](const ColumnSpec& c) {
+                return foldedName(c.name) == foldedName(key.name);
+            });
+        if (column == table.columns.end())
+            throw Error(Errc::notFound, "O índice \"" + spec.name + "\" usa o campo \"" + key.name +
+                                            "\", que não existe.");
+        if (column->type == ColumnType::ole)
+            throw Error(Errc::misuse, "O campo \"" + key.name + "\" não pode ter índice.");
+        index.columns.push_back(
+            {static_cast<std::size_t>(column - table.columns.begin()), key.ascending});
+    }
+    if (spec.unique || spec.primary)
+        index.flags |= IndexFlags::unique;
+    if (spec.ignoreNulls)
+        index.flags |= IndexFlags::ignoreNulls;
+    if (spec.required || spec.primary)
+        index.flags |= IndexFlags::required;
+    return index;
+}
+
+} // namespace
+
+Database::Database(const std::filesystem::path& path, const Options& options) {
+    std::optional<std::string> reason;
+    Disk& disk = options.disk ? *options.disk : Disk::system();
+    File file = openFile(path, options.readOnly, disk, reason);
+    Header header = readHeader(file);
+    if (!header.password.empty() && header.password != options.password)
+        throw Error(Errc::password, "O arquivo \"" + path.string() +
+                                        "\" está protegido por uma senha, que não confere.");
+    const TextSettings texts{options.codePage.value_or(header.codePage),
+                             options.codePage.has_value()};
+    const bool writable = !reason;
+    parts_ = std::make_unique<Parts>(path, std::move(header), texts, std::move(file), writable);
+    parts_->readOnly = std::move(reason);
+    if (!(options.unshared && options.readOnly))
+        parts_->share(writable, [this] { noticeNews(); });
+    checkSize(parts_->pager.file(), parts_->pager.format());
+    const Pager::Section section(parts_->pager);
+    loadCatalog();
+}
+
+Database::~Database() {
+    if (!parts_)
+        return;
+    try {
+        if (parts_->explicitTransaction)
+            rollback();
+        parts_->flush();
+    } catch (...) {
+        // Who needs to know calls flush() first; nobody is left to be told here.
+        parts_->pager.rollback();
+    }
+}
+
+void Database::create(const std::filesystem::path& path, Version version, Disk& disk) {
+    const Format& format = formatOf(version);
+    if (disk.exists(path))
+        throw Error(Errc::exists, "O arquivo \"" + path.string() + "\" já existe.");
+    // Made under another name, so that the file is whole whenever it is there.
+    UnnamedFile draft(path, disk);
+    File file(draft.path(), File::Mode::createNew, disk);
+    {
+        file.write(0, buildHeader(version));
+        // Page 1: the map of free pages (all, from page 2 on) and a second, empty one.
+        Bytes maps(format.pageSize);
+        DataPageEditor::format(format, maps, 1);
+        Bytes row(5 + format.mapBitmap);
+        DataPageEditor editor(format, maps, PageNo{1});
+        const Bytes empty = row;
+        std::fill(row.begin() + 5, row.end(), std::byte{0xFF});
+        row[5] = std::byte{0xFC};
+        editor.add(row);
+        editor.add(empty);
+        file.write(format.pageSize, maps);
+
+        const TextSettings texts;
+        Database made;
+        made.parts_ = std::make_unique<Parts>(draft.path(), parseHeader(buildHeader(version)),
+                                              texts, std::move(file), true);
+        Parts& parts = *made.parts_;
+        const std::vector<SystemTable> tables = systemTables(version);
+        parts.pager.begin();
+        parts.explicitTransaction = true;
+        for (const SystemTable& table : tables)
+            if (parts.pages.take() != table.page)
+                throw std::logic_error("system tables have fixed places");
+        for (const SystemTable& table : tables)
+            buildTable(parts.pager, parts.pages, table.page, table.table, parts.header.order,
+                       parts.header.columnMark);
+        Table objects(made, "MSysObjects", kObjectsPage);
+        Table rights(made, "MSysACEs", kRightsPage);
+        completeCatalog(objects, rights, newAccounts(version));
+        made.commit();
+    }
+    requireAbsent(path, disk);
+    draft.takeName();
+}
+
+void Database::loadCatalog() {
+    std::map<std::string, Parts::Entry> catalog;
+    Table objects(*this, "MSysObjects", kObjectsPage);
+    for (CatalogEntry& entry : readCatalog(objects, parts_->pager.pageCount()))
+        catalog.try_emplace(foldedName(entry.name),
+                            Parts::Entry{entry.name, entry.definition, entry.user, nullptr});
+    const auto hasIt = [&](const std::string& key, const Parts::Entry& known) {
+        const auto found = catalog.find(key);
+        return found != catalog.end() && found->second.definition == known.definition;
+    };
+    for (auto& [key, known] : parts_->catalog)
+        if (known.table && !hasIt(key, known))
+            parts_->lose(known, Error(Errc::notFound,
+                                      "A tabela \"" + known.name +
+                                          "\" não está mais no banco de dados: foi excluída ou "
+                                          "mudou de nome enquanto estava em uso. Feche o programa "
+                                          "e abra-o de novo."));
+    for (auto& [key, known] : parts_->catalog)
+        if (known.table)
+            catalog.find(key)->second.table = std::move(known.table);
+    parts_->catalog = std::move(catalog);
+}
+
+/// Another has written. Tables keep their object and their definition, which row changes don't
+/// touch; those that a program has changed in structure, or taken away, are told apart here.
+void Database::noticeNews() {
+    loadCatalog();
+    for (auto& [key, entry] : parts_->catalog) {
+        if (!entry.table)
+            continue;
+        entry.table->forgetRules();
+        try {
+            if (!sameStructure(entry.table->definition(),
+                               parseDefinition(parts_->pager, entry.definition, parts_->texts)))
+                throw Error(Errc::conflict, "A estrutura da tabela \"" + entry.name +
+                                                "\" foi alterada por outro programa. Feche o "
+                                                "programa e abra-o de novo.");
+        } catch (const Error& error) {
+            if (error.code() != Errc::conflict && error.code() != Errc::corrupt &&
+                error.code() != Errc::unsupported)
+                throw;
+            parts_->lose(entry, error);
+        }
+    }
+}
+
+const std::filesystem::path& Database::path() const noexcept { return parts_->path; }
+Version Database::version() const noexcept { return parts_->header.version; }
+const std::optional<std::string>& Database::notice() const noexcept { return parts_->told(); }
+const std::optional<std::string>& Database::damage() const noexcept { return parts_->damage; }
+bool Database::isBroken() const noexcept { return parts_->sharing && parts_->sharing->isBroken(); }
+std::optional<std::string> Database::readOnlyReason() { return parts_->whyNotWritable(); }
+
+std::vector<std::string> Database::tableNames() const {
+    parts_->pager.look([] {}); // notices what others have written
+    std::vector<std::string> names;
+    for (const auto& [key, entry] : parts_->catalog)
+        if (entry.user)
+            names.push_back(entry.name);
+    return names;
+}
+
+std::vector<std::string> Database::allTableNames() const {
+    parts_->pager.look([] {});
+    std::vector<std::string> names;
+    for (const auto& [key, entry] : parts_->catalog)
+        names.push_back(entry.name);
+    return names;
+}
+
+bool Database::hasTable(std::string_view name) const {
+    parts_->pager.look([] {});
+    return parts_->catalog.contains(foldedName(name));
+}
+
+Table& Database::table(std::string_view name) {
+    return parts_->pager.look([&]() -> Table& {
+        const auto found = parts_->catalog.find(foldedName(name));
+        if (found == parts_->catalog.end())
+            throw Error(Errc::notFound, "O banco de dados \"" + parts_->path.string() +
+                                            "\" não tem a tabela \"" + std::string(name) + "\".");
+        Parts::Entry& entry = found->second;
+        if (!entry.table)
+            entry.table = std::make_unique<Table>(*this, entry.name, entry.definition);
+        return *entry.table;
+    });
+}
+
+Table& Database::createTable(const TableSpec& spec) {
+    const TextCodec names(version(), parts_->header.codePage);
+    requireName(names, spec.name);
+    if (spec.columns.empty() || spec.columns.size() > kMaxColumns ||
+        spec.indexes.size() > kMaxIndexes)
+        throw Error(Errc::misuse, "A tabela \"" + spec.name +
+                                      "\" deve ter de 1 a 255 campos e no máximo 32 índices.");
+    NewTable table;
+    for (const ColumnSpec& column : spec.columns) {
+        requireName(names, column.name);
+        for (const NewColumn& other : table.columns)
+            if (foldedName(other.name) == foldedName(column.name))
+                throw Error(Errc::exists, "O campo \"" + column.name + "\" aparece duas vezes.");
+        table.columns.push_back(newColumn(column, version()));
+    }
+    for (const IndexSpec& index : spec.indexes) {
+        requireName(names, index.name);
+        table.indexes.push_back(newIndex(index, spec));
+    }
+
+    const bool own = !parts_->explicitTransaction;
+    if (own)
+        begin();
+    try {
+        claim();
+        if (hasTable(spec.name))
+            throw Error(Errc::exists, "A tabela \"" + spec.name + "\" já existe.");
+        Table& objects = this->table("MSysObjects");
+        Table& rights = this->table("MSysACEs");
+        const PageNo page = parts_->statement([&] {
+            const PageNo first = parts_->pages.take();
+            buildTable(parts_->pager, parts_->pages, first, table, parts_->header.order,
+                       parts_->header.columnMark);
+            return first;
+        });
+        addToCatalog(objects, rights, spec.name, page);
+        parts_->catalogChanged = true;
+        if (own)
+            commit();
+    } catch (...) {
+        if (own)
+            rollback();
+        throw;
+    }
+    const Pager::Section section(parts_->pager);
+    loadCatalog();
+    return this->table(spec.name);
+}
+
+const SortOrder& Database::sortOrder() const noexcept { return parts_->header.order; }
+
+int Database::compareText(std::string_view a, std::string_view b) const {
+    const Collation* order = Collation::find(version(), sortOrder());
+    return (order ? *order : Collation::general(version())).compare(a, b);
+}
+
+void Database::begin() {
+    if (parts_->explicitTransaction)
+        throw Error(Errc::misuse, "Já há uma transação aberta.");
+    if (parts_->readOnly)
+        throw Error(Errc::readOnly, *parts_->readOnly);
+    if (const auto& reason = parts_->sharing->lastingReason())
+        throw Error(Errc::readOnly, *reason);
+    if (parts_->gathersTransactions)
+        parts_->flushIfDue();
+    else
+        parts_->flush();
+    if (parts_->pendingSince)
+        parts_->onGathered.emplace(parts_->pager);
+    else
+        parts_->pager.begin();
+    parts_->explicitTransaction = true;
+}
+
+void Database::commit() {
+    if (!parts_->explicitTransaction)
+        throw Error(Errc::misuse, "Não há transação aberta.");
+    parts_->commit();
+    parts_->catalogChanged = false;
+    parts_->end();
+}
+
+void Database::commitLater() {
+    // Who looks for a table must not find one that may yet be undone.
+    if (!parts_->explicitTransaction || parts_->catalogChanged)
+        return commit();
+    if (!parts_->pager.hasChanges())
+        return parts_->end();
+    if (parts_->onGathered) {
+        parts_->onGathered->keep();
+        parts_->onGathered.reset();
+    }
+    parts_->explicitTransaction = false;
+    parts_->gathersTransactions = true;
+    parts_->gather(std::exchange(parts_->inTransaction, 0));
+    parts_->flushIfDue();
+}
+
+void Database::rollback() {
+    if (!parts_->explicitTransaction)
+        throw Error(Errc::misuse, "Não há transação aberta.");
+    if (parts_->onGathered) {
+        parts_->onGathered.reset();
+        parts_->explicitTransaction = false;
+        parts_->inTransaction = 0;
+    } else {
+        parts_->end();
+    }
+    if (std::exchange(parts_->catalogChanged, false)) {
+        const Pager::Section section(parts_->pager);
+        loadCatalog();
+    }
+}
+
+void Database::claim() { const Parts::Change change(*parts_); }
+
+bool Database::inTransaction() const noexcept { return parts_->explicitTransaction; }
+void Database::flushIfDue() { parts_->flushIfDue(); }
+void Database::flush() { parts_->flush(); }
+void Database::discard() noexcept {
+    if (!parts_->explicitTransaction && parts_->pendingSince)
+        parts_->end();
+}
+Database::Tally Database::tally() const noexcept { return parts_->tally; }
+void Database::setNewsHold(std::chrono::milliseconds time) {
+    if (parts_->sharing)
+        parts_->sharing->setNewsHold(time);
+}
+std::uint64_t Database::news() const noexcept {
+    return parts_->sharing ? parts_->sharing->news() : 1;
+}
+std::vector<std::string> Database::writersSince(std::uint64_t news) const {
+    return parts_->sharing ? parts_->sharing->writersSince(news) : std::vector<std::string>();
+}
+std::uint64_t Database::generation() const noexcept { return parts_->pager.generation(); }
+Pager& Database::pager() noexcept { return parts_->pager; }
+
+Transaction::~Transaction() {
+    if (done_ || !database_.inTransaction())
+        return;
+    try {
+        database_.rollback();
+    } catch (...) {
+        // Rolling back forgets pages in memory; only reading the catalog anew can fail, and whoever
+        // asks for a table next is told.
+    }
+}
+
+} // namespace jet

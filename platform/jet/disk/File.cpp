@@ -1,0 +1,176 @@
+#include "jet/disk/File.h"
+
+#include "jet/Error.h"
+
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace jet {
+
+namespace {
+
+/// Beyond the end of any database, and no byte that anybody locks for another reason.
+constexpr std::uint64_t kLook = 0x7FFFFFF0;
+
+[[noreturn]] void fail(const char* action, const std::filesystem::path& path, std::int64_t result) {
+    const int error = static_cast<int>(-result);
+    const Errc code = error == ENOENT || error == ENOTDIR                    ? Errc::notFound
+                      : error == EEXIST                                      ? Errc::exists
+                      : error == ENOSPC || error == EDQUOT || error == EFBIG ? Errc::full
+                      : error == EACCES || error == EPERM || error == EROFS  ? Errc::readOnly
+                                                                             : Errc::io;
+    const char* reason = code == Errc::notFound ? "o arquivo não existe"
+                         : code == Errc::exists ? "o arquivo já existe"
+                         : code == Errc::full
+                             ? "o disco está cheio; libere espaço nele e tente de novo"
+                         : code == Errc::readOnly ? "sem permissão"
+                         : error == EISDIR        ? "não é um arquivo comum"
+                         : error == ELOOP         ? "é um atalho para outro lugar"
+                                                  : nullptr;
+    throw Error(
+        code, "Não foi possível " + std::string(action) + " o arquivo \"" + path.string() + "\": " +
+                  (reason ? std::string(reason) : std::generic_category().message(error)) + ".");
+}
+
+[[noreturn]] void failFolder(const std::filesystem::path& folder, const char* done, int result) {
+    throw Error(result == -EACCES || result == -EPERM || result == -EROFS ? Errc::readOnly
+                : result == -ENOSPC || result == -EDQUOT                  ? Errc::full
+                                                                          : Errc::io,
+                "A pasta \"" + folder.string() + "\" não pode ser " + done + ": " +
+                    std::generic_category().message(-result) + ".");
+}
+
+/// The result, unless it is an error.
+template <class Result>
+Result checked(const char* action, const std::filesystem::path& path, Result result) {
+    if (result < 0)
+        fail(action, path, result);
+    return result;
+}
+
+} // namespace
+
+File::File(std::filesystem::path path, Mode mode, Disk& disk)
+    : path_(std::move(path)), disk_(&disk) {
+    if (!Disk::isBeside(mode))
+        path_ = disk.resolved(path_);
+    int error = 0;
+    handle_ = disk.open(path_, mode, error);
+    if (!handle_)
+        fail(Disk::makes(mode) ? "criar" : "abrir", path_, -error);
+}
+
+std::uint64_t File::size() const {
+    return static_cast<std::uint64_t>(checked("ler", path_, handle_->size()));
+}
+
+std::int64_t File::changedAt() const { return checked("ler", path_, handle_->changedAt()); }
+
+void File::read(std::uint64_t offset, std::span<std::byte> into) const {
+    while (!into.empty()) {
+        const auto got = checked("ler", path_, handle_->read(offset, into));
+        if (got == 0)
+            throw Error(Errc::io, "O arquivo \"" + path_.string() +
+                                      "\" terminou antes do esperado: ele ficou menor.");
+        into = into.subspan(static_cast<std::size_t>(got));
+        offset += static_cast<std::uint64_t>(got);
+    }
+}
+
+void File::write(std::uint64_t offset, std::span<const std::byte> from) {
+    while (!from.empty()) {
+        const auto put = checked("gravar", path_, handle_->write(offset, from));
+        from = from.subspan(static_cast<std::size_t>(put));
+        offset += static_cast<std::uint64_t>(put);
+    }
+}
+
+void File::truncate(std::uint64_t size) { checked("gravar", path_, handle_->truncate(size)); }
+
+void File::sync() { checked("gravar", path_, handle_->sync()); }
+
+bool File::tryLock(Disk::Lock kind, std::uint64_t offset, std::uint64_t count) {
+    return checked("reservar", path_, handle_->lock(kind, offset, count)) == 1;
+}
+
+void File::unlock(std::uint64_t offset, std::uint64_t count) noexcept {
+    // What can't be given back goes when the file is closed.
+    static_cast<void>(handle_->lock(Disk::Lock::none, offset, count));
+}
+
+std::uint64_t File::firstHeld(std::uint64_t offset, std::uint64_t count) const {
+    return static_cast<std::uint64_t>(
+        checked("reservar", path_, handle_->firstHeld(offset, count)));
+}
+
+Disk::Attributes File::attributes() const {
+    Disk::Attributes found;
+    checked("ler", path_, handle_->attributes(found));
+    return found;
+}
+
+void File::lookAgain() {
+    if (!handle_->remembers())
+        return;
+    // Shared: nobody else is in the way of that, and it needs no permission to write.
+    if (tryLock(Disk::Lock::shared, kLook))
+        unlock(kLook);
+}
+
+bool File::takeRights(const Disk::Rights& rights) noexcept {
+    Disk::Attributes mine;
+    if (handle_->attributes(mine) < 0)
+        return false;
+    const auto& [owner, group, mode] = mine.rights;
+    if (mine.rights == rights)
+        return true;
+    bool sameOwner = owner == rights.owner;
+    bool sameGroup = group == rights.group;
+    if (!sameOwner || !sameGroup) {
+        if (handle_->setOwner(sameOwner ? Disk::kSameOwner : rights.owner, rights.group) == 0)
+            sameOwner = sameGroup = true;
+        else if (!sameGroup)
+            sameGroup = handle_->setOwner(Disk::kSameOwner, rights.group) == 0;
+    }
+    return handle_->setMode(Disk::Rights::allowed(rights.mode, sameGroup)) == 0 && sameOwner &&
+           sameGroup;
+}
+
+void File::rename(Disk& disk, const std::filesystem::path& from, const std::filesystem::path& to) {
+    checked("renomear", from, disk.rename(from, to));
+    syncFolderOf(disk, from);
+}
+
+void File::link(Disk& disk, const std::filesystem::path& file, const std::filesystem::path& name) {
+    checked("dar outro nome para", file, disk.link(file, name));
+    syncFolderOf(disk, name);
+}
+
+void File::remove(Disk& disk, const std::filesystem::path& path) {
+    checked("apagar", path, disk.remove(path));
+    syncFolderOf(disk, path);
+}
+
+std::vector<Disk::Entry> File::list(Disk& disk, const std::filesystem::path& folder) {
+    std::vector<Disk::Entry> entries;
+    const int result = disk.list(folder, entries);
+    if (result < 0 && result != -ENOENT)
+        failFolder(folder, "lida", result);
+    return entries;
+}
+
+void File::makeFolder(Disk& disk, const std::filesystem::path& folder) {
+    const int result = disk.makeFolder(folder);
+    if (result < 0)
+        failFolder(folder, "criada", result);
+    // Where the disk doesn't want that, the folder is there all the same.
+    if (result > 0)
+        static_cast<void>(disk.copyRights(folder.parent_path(), folder));
+}
+
+void File::syncFolderOf(Disk& disk, const std::filesystem::path& path) {
+    checked("gravar", path, disk.syncFolderOf(path));
+}
+
+} // namespace jet

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "jet/TableDefinition.h"
+#include "jet/index/IndexTree.h"
+#include "jet/page/UsageMap.h"
+
+namespace jet {
+
+/// One column of a definition to be written. `length` in bytes, as the file counts it.
+struct NewColumn {
+    std::string name;
+    ColumnType type;
+    std::uint8_t flags;
+    std::uint16_t length;
+    bool compressed = false;
+    std::uint8_t precision = 0;
+    std::uint8_t scale = 0;
+};
+
+struct NewIndex {
+    std::string name;
+    std::vector<RealIndex::KeyColumn> columns;
+    std::uint8_t flags;
+    bool primary = false;
+};
+
+struct NewTable {
+    std::vector<NewColumn> columns;
+    std::vector<NewIndex> indexes;
+    bool system = false;
+};
+
+/// Flag bits of columns and indexes, as stored.
+struct ColumnFlags {
+    static constexpr std::uint8_t fixed = 0x01;
+    static constexpr std::uint8_t userColumn = 0x02;
+    static constexpr std::uint8_t autonumber = 0x04;
+};
+struct IndexFlags {
+    static constexpr std::uint8_t unique = 0x01;
+    static constexpr std::uint8_t ignoreNulls = 0x02;
+    static constexpr std::uint8_t required = 0x08;
+    static constexpr std::uint8_t jet4 = 0x80; ///< always set there, never in Jet 3
+};
+
+/// Bytes of a value of that type in the fixed area of a row; 0 for those that vary or take none.
+[[nodiscard]] std::uint16_t fixedLength(ColumnType type) noexcept;
+
+/// Makes an empty table whose definition starts on `page` (already taken): its maps, the roots of
+/// its indexes, and the definition itself. `order` and `columnMark` are those of the file's header.
+void buildTable(Pager& pager, PageAllocator& pages, PageNo page, const NewTable& table,
+                const SortOrder& order, std::uint16_t columnMark);
+
+/// The four tables that every file has, by page: 2 to 5.
+struct SystemTable {
+    PageNo page;
+    const char* name;
+    NewTable table;
+};
+[[nodiscard]] std::vector<SystemTable> systemTables(Version version);
+
+} // namespace jet

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "jet/page/ByteView.h"
+#include "jet/page/Format.h"
+
+#include <optional>
+
+namespace jet {
+
+/// What a slot of a data page holds.
+enum class SlotKind : std::uint16_t {
+    row = 0x0000,
+    pointer = 0x4000,   ///< its first four bytes say where the row has moved
+    relocated = 0x8000, ///< a row that a pointer leads to; a scan passes over it
+    deleted = 0xC000,
+};
+
+struct Slot {
+    SlotKind kind{};
+    std::size_t offset{};
+    std::span<const std::byte> bytes;
+};
+
+/// A page of slots: table rows, parts of long values, or usage maps. Rows fill the page from its
+/// end downwards in slot order and without holes, so a slot ends where the one before it begins.
+class DataPage {
+public:
+    /// @throws Error{corrupt} if the page isn't a data page or its row table doesn't fit.
+    DataPage(const Format& format, std::span<const std::byte> bytes, PageNo page);
+
+    [[nodiscard]] std::size_t slotCount() const noexcept { return slots_; }
+    /// @throws Error{corrupt} if there is no such slot or its bounds don't fit the page.
+    [[nodiscard]] Slot slot(std::size_t number) const;
+    /// Bytes between the row table and the rows, whatever the page's own field says.
+    [[nodiscard]] std::size_t freeBytes() const;
+    [[nodiscard]] std::uint16_t recordedFreeBytes() const noexcept;
+    /// Whether a new row of `size` bytes fits.
+    [[nodiscard]] bool hasRoom(std::size_t size) const;
+    /// The definition page of the table, kLongValueOwner, or 0 for usage maps.
+    [[nodiscard]] std::uint32_t owner() const noexcept;
+    /// Whether no slot holds anything any more.
+    [[nodiscard]] bool empty() const;
+
+private:
+    friend class DataPageEditor;
+    const Format* format_;
+    std::span<const std::byte> bytes_;
+    PageNo page_;
+    std::size_t slots_;
+};
+
+/// "LVAL": the owner that pages of long values name instead of a table.
+inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C;
+
+/// Changes the slots of a page, keeping rows contiguous and the page's counters true.
+class DataPageEditor {
+public:
+    /// @throws Error{corrupt} if any slot's bounds don't fit: a damaged page is never changed.
+    DataPageEditor(const Format& format, std::span<std::byte> bytes, PageNo page);
+
+    /// Makes zeros into an empty data page.
+    static void format(const Format& format, std::span<std::byte> bytes, std::uint32_t owner);
+
+    /// Requires room.
+    std::size_t add(std::span<const std::byte> row, SlotKind kind = SlotKind::row);
+    /// Gives the slot new bytes; requires that they fit.
+    void replace(std::size_t slot, std::span<const std::byte> row, SlotKind kind);
+    /// Empties the slot and closes its gap. The slot stays: its number may still be in somebody's
+    /// hands.
+    void remove(std::size_t slot);
+    /// Makes the slot `size` bytes long, what is there kept and filled up with zeros.
+    void resize(std::size_t slot, std::size_t size);
+    /// A slot's bytes, to be changed in place.
+    [[nodiscard]] std::span<std::byte> slotBytes(std::size_t slot);
+
+    [[nodiscard]] DataPage view() const { return {format_, bytes_, page_}; }
+
+private:
+    void setSlot(std::size_t slot, std::size_t offset, SlotKind kind);
+
+    const Format& format_;
+    std::span<std::byte> bytes_;
+    PageNo page_;
+};
+
+} // namespace jet

@@ -1,0 +1,283 @@
+#include "jet/page/Pager.h"
+
+#include "jet/Waiting.h"
+#include "jet/page/Checksum.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+namespace jet {
+
+namespace {
+
+/// Enough to keep the upper levels of every index and the pages in work; a scan of a large table
+/// passes through it without growing it.
+constexpr std::size_t kCacheBytes = std::size_t{24} << 20;
+
+} // namespace
+
+Pager::Pager(File file, const Format& format, bool writable)
+    : file_(std::move(file)), format_(format), writable_(writable),
+      pageCount_(static_cast<std::uint32_t>(file_.size() / format.pageSize)),
+      committedPageCount_(pageCount_) {}
+
+void Pager::requireUsable() const {
+    if (turns_ && turns_->isBroken())
+        throw Error(Errc::io, "Uma gravação em \"" + file_.path().string() +
+                                  "\" falhou no meio e não pôde ser desfeita. Feche o programa, "
+                                  "verifique o disco ou a rede, e abra-o de novo: os dados voltam "
+                                  "ao estado de antes dessa gravação.");
+}
+
+Pager::Section::Section(Pager& pager, Kind kind) : turns_(pager.turns_) {
+    if (!turns_)
+        return;
+    if (kind == Kind::repeatable && pager.opensSection())
+        turns_->beginLook();
+    else
+        turns_->beginReading();
+}
+
+Pager::Section::~Section() {
+    if (turns_)
+        turns_->endReading();
+}
+
+bool Pager::opensSection() const noexcept {
+    return turns_ && !turns_->inSection() && !turns_->isWriting();
+}
+
+/// Whether what has failed is to be tried again: a foreign program wrote meanwhile.
+bool Pager::disturbed(int attempt) const {
+    constexpr int kAttempts = 20;
+    if (!turns_->disturbed() || attempt >= kAttempts)
+        return false;
+    if (attempt > 1) // the first time it may have been one of our stations, which is done by now
+        pause(std::chrono::milliseconds(100));
+    return true;
+}
+
+void Pager::breathe() noexcept {
+    if (turns_ && mayBreathe_)
+        turns_->breathe();
+}
+
+PageRef Pager::read(PageNo page) {
+    requireUsable();
+    if (inTransaction_)
+        if (const auto mine = changed_.find(page); mine != changed_.end())
+            return {page, mine->second};
+    return readCommitted(page);
+}
+
+PageRef Pager::readCommitted(PageNo page) {
+    if (const auto known = cache_.find(page); known != cache_.end()) {
+        requireStored(*known->second);
+        recent_.splice(recent_.begin(), recent_, known->second);
+        return {page, known->second->image};
+    }
+    if (number(page) >= committedPageCount_)
+        corrupt(page, "uma referência aponta para fora do arquivo");
+    if (turns_)
+        turns_->beforeRead();
+    auto image = std::make_shared<PageImage>(format_.pageSize);
+    file_.read(std::uint64_t{number(page)} * format_.pageSize, *image);
+    if (turns_)
+        turns_->verifyPage();
+    remember(page, image);
+    return {page, std::move(image)};
+}
+
+/// What is changed is made from pages that the file has at this moment.
+void Pager::requireStored(Cached& known) {
+    if (known.claim == claims_ || !turns_ || !turns_->isWriting())
+        return;
+    PageImage stored(format_.pageSize);
+    file_.read(std::uint64_t{number(known.page)} * format_.pageSize, stored);
+    if (stored != *known.image)
+        turns_->refuseOvertaken();
+    known.claim = claims_;
+}
+
+void Pager::remember(PageNo page, std::shared_ptr<const PageImage> image) {
+    if (const auto known = cache_.find(page); known != cache_.end()) {
+        known->second->image = std::move(image);
+        known->second->claim = claims_;
+        return;
+    }
+    if (recent_.size() * format_.pageSize >= kCacheBytes) {
+        cache_.erase(recent_.back().page);
+        recent_.splice(recent_.begin(), recent_, std::prev(recent_.end()));
+        recent_.front() = {page, std::move(image), claims_};
+    } else {
+        recent_.push_front({page, std::move(image), claims_});
+    }
+    cache_.emplace(page, recent_.begin());
+}
+
+void Pager::refresh() {
+    assert(changed_.empty());
+    const std::uint64_t pages = file_.size() / format_.pageSize;
+    forgetCache();
+    pageCount_ = committedPageCount_ = static_cast<std::uint32_t>(pages);
+    ++generation_;
+    ++refreshes_;
+}
+
+void Pager::forgetCache() noexcept {
+    cache_.clear();
+    recent_.clear();
+}
+
+std::span<std::byte> Pager::change(PageNo page) {
+    assert(inTransaction_);
+    requireUsable();
+    ++generation_;
+    std::shared_ptr<PageImage>& mine = changed_[page];
+    std::shared_ptr<PageImage> before = mine;
+    try {
+        const bool keepBefore = !undo_.empty() && !undo_.back().before.contains(page);
+        if (!mine) {
+            const PageRef committed = readCommitted(page);
+            origins_.insert_or_assign(page, checksumOf(committed.bytes()));
+            mine = std::make_shared<PageImage>(committed.bytes().begin(), committed.bytes().end());
+        } else if (keepBefore || mine.use_count() > 2) {
+            // Somebody may still look at the image as it is: they go on seeing that one.
+            mine = std::make_shared<PageImage>(*mine);
+        }
+        if (keepBefore)
+            undo_.back().before.emplace(page, before);
+    } catch (...) {
+        if (!before)
+            changed_.erase(page);
+        else
+            mine = before;
+        throw;
+    }
+    return *mine;
+}
+
+PageNo Pager::append() {
+    assert(inTransaction_);
+    if ((std::uint64_t{pageCount_} + 1) * format_.pageSize > format_.largestFile)
+        throw Error(Errc::full, "O banco de dados chegou ao tamanho máximo do seu formato (" +
+                                    std::to_string(format_.largestFile >> 30) +
+                                    " GB). Apague registros antigos e compacte o arquivo.");
+    const auto page = static_cast<PageNo>(pageCount_);
+    changed_.emplace(page, std::make_shared<PageImage>(format_.pageSize));
+    if (!undo_.empty())
+        undo_.back().before.emplace(page, nullptr);
+    ++pageCount_;
+    ++generation_;
+    return page;
+}
+
+void Pager::begin() {
+    assert(!inTransaction_ && writable_);
+    inTransaction_ = true;
+}
+
+void Pager::claim() {
+    if (!turns_ || turns_->isWriting())
+        return;
+    turns_->beginWriting();
+    try {
+        ++claims_;
+        if (file_.size() != std::uint64_t{committedPageCount_} * format_.pageSize)
+            turns_->refuseOvertaken();
+    } catch (...) {
+        turns_->endWriting();
+        throw;
+    }
+}
+
+ChangedPages Pager::changedPages() {
+    ChangedPages changed{committedPageCount_, pageCount_, {}, {}};
+    changed.pages.reserve(changed_.size());
+    for (const auto& [page, image] : changed_)
+        changed.pages.push_back({page, *image});
+    std::ranges::sort(changed.pages, {}, &ChangedPages::Page::number);
+    // From the file, whatever the cache says: what may have to be put back is what is there.
+    changed.before = [this, old = PageImage()](PageNo page) mutable {
+        old.resize(format_.pageSize);
+        file_.read(std::uint64_t{number(page)} * format_.pageSize, old);
+        if (turns_ && checksumOf(old) != origins_.at(page))
+            turns_->refuseOvertaken();
+        return std::span<const std::byte>(old);
+    };
+    return changed;
+}
+
+void Pager::commit() {
+    assert(inTransaction_);
+    requireUsable();
+    if (!changed_.empty()) {
+        const ChangedPages changed = changedPages();
+        if (turns_) {
+            turns_->commit(changed);
+        } else {
+            for (const ChangedPages::Page& page : changed.pages)
+                file_.write(std::uint64_t{number(page.number)} * format_.pageSize, page.content);
+            file_.sync();
+        }
+        try {
+            for (auto& [page, image] : changed_)
+                remember(page, std::move(image));
+        } catch (const std::bad_alloc&) {
+            // Written it is: what the cache has no room for is read again.
+            forgetCache();
+        }
+        changed_.clear();
+        origins_.clear();
+    }
+    undo_.clear();
+    committedPageCount_ = pageCount_;
+    inTransaction_ = false;
+}
+
+void Pager::rollback() noexcept {
+    if (!inTransaction_)
+        return;
+    changed_.clear();
+    origins_.clear();
+    undo_.clear();
+    pageCount_ = committedPageCount_;
+    inTransaction_ = false;
+    ++generation_;
+}
+
+Pager::Statement::Statement(Pager& pager) : pager_(pager), depth_(pager.undo_.size()) {
+    assert(pager.inTransaction_);
+    pager.undo_.push_back({pager.pageCount_, {}});
+}
+
+Pager::Statement::~Statement() {
+    if (pager_.undo_.size() <= depth_)
+        return;
+    assert(pager_.undo_.size() == depth_ + 1);
+    Undo& undo = pager_.undo_.back();
+    for (auto& [page, image] : undo.before) {
+        if (image)
+            pager_.changed_[page] = std::move(image);
+        else
+            pager_.changed_.erase(page);
+    }
+    pager_.pageCount_ = undo.pageCount;
+    pager_.undo_.pop_back();
+    ++pager_.generation_;
+}
+
+void Pager::Statement::keep() {
+    if (pager_.undo_.size() <= depth_)
+        return;
+    auto& mine = pager_.undo_.back().before;
+    if (depth_ > 0) {
+        auto& outer = pager_.undo_[depth_ - 1].before;
+        outer.reserve(outer.size() + mine.size());
+        outer.merge(mine); // of a page in both, the outer one's image is the older
+    }
+    pager_.undo_.pop_back();
+}
+
+} // namespace jet

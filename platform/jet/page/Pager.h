@@ -1,0 +1,192 @@
+#pragma once
+
+#include "jet/disk/File.h"
+#include "jet/page/ByteView.h"
+#include "jet/page/Format.h"
+#include "jet/page/Turns.h"
+
+#include <list>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+
+namespace jet {
+
+using PageImage = std::vector<std::byte>;
+
+/// A page as it was when it was read. Later changes of the page don't reach it, and it outlives its
+/// place in the cache: that is why the image is shared.
+class PageRef {
+public:
+    PageRef() = default;
+    PageRef(PageNo page, std::shared_ptr<const PageImage> image) noexcept
+        : page_(page), image_(std::move(image)) {}
+
+    [[nodiscard]] PageNo page() const noexcept { return page_; }
+    [[nodiscard]] std::span<const std::byte> bytes() const noexcept { return *image_; }
+    [[nodiscard]] ByteView view() const noexcept { return {*image_, page_}; }
+    [[nodiscard]] PageKind kind() const noexcept { return static_cast<PageKind>((*image_)[0]); }
+    explicit operator bool() const noexcept { return image_ != nullptr; }
+
+private:
+    PageNo page_{};
+    std::shared_ptr<const PageImage> image_;
+};
+
+/// The pages of one file, and the changes to them that nobody else has seen yet.
+///
+/// Invariants, between any two calls:
+///  1. A page is in changed_ exactly when the open transaction has called change() or append() on
+///  it.
+///  2. Only commit() writes to the file.
+///  3. cache_ holds pages as they are in the file, at most kCacheBytes of them. Somebody who heeds
+///     no lock may have made that untrue: so no change is ever made from a cached page that hasn't
+///     been compared with the file's since claim(), and none is written over a page that has become
+///     another since the change began.
+class Pager {
+public:
+    /// Takes over an open file whose first page has been checked. `writable` is whether change() is
+    /// allowed at all.
+    Pager(File file, const Format& format, bool writable);
+    /// From now on the file is read and written as agreed with the other stations; without that
+    /// pages are written in place at once, as suits a file that nobody knows yet.
+    void share(Turns& turns) noexcept { turns_ = &turns; }
+    [[nodiscard]] File& file() noexcept { return file_; }
+
+    [[nodiscard]] const Format& format() const noexcept { return format_; }
+    [[nodiscard]] bool writable() const noexcept { return writable_; }
+    /// Pages of the file, those appended by the open transaction included.
+    [[nodiscard]] std::uint32_t pageCount() const noexcept { return pageCount_; }
+    /// Grows whenever the content of any page may have become another: cursors compare it to know
+    /// that what they remember of a page has to be read again.
+    [[nodiscard]] std::uint64_t generation() const noexcept { return generation_; }
+
+    /// The file has been changed by another: all that is remembered of it goes. Not inside a
+    /// transaction that has changed something.
+    void refresh();
+
+    /// How often refresh() was called.
+    [[nodiscard]] std::uint64_t refreshes() const noexcept { return refreshes_; }
+
+    /// While one lives nothing in the file changes but by us: what is read inside fits together.
+    /// They nest; the outermost costs a look at the lock file.
+    /// @throws as Turns::beginReading().
+    class Section {
+    public:
+        enum class Kind : std::uint8_t { once, repeatable };
+        explicit Section(Pager& pager, Kind kind = Kind::once);
+        Section(const Section&) = delete;
+        Section& operator=(const Section&) = delete;
+        ~Section();
+
+    private:
+        Turns* turns_;
+    };
+    /// What `look` finds in the file, all of one state. It may be called again, if a foreign
+    /// program has written meanwhile; so it must begin anew each time.
+    template <class Look>
+    decltype(auto) look(Look&& look) {
+        if (!opensSection())
+            return look();
+        for (int attempt = 1;; ++attempt) {
+            try {
+                const Section section(*this, Section::Kind::repeatable);
+                mayBreathe_ = attempt <= kBreathingLooks;
+                return look();
+            } catch (const Error&) {
+                if (!disturbed(attempt))
+                    throw;
+            }
+        }
+    }
+
+    /// In the middle of a look() that takes long: lets other stations write that wait for it to
+    /// end. If one does, the look begins anew; after some times it holds the file to its end.
+    void breathe() noexcept;
+
+    /// @throws Error{corrupt} if the file has no such page, Error{io} if it can't be read.
+    [[nodiscard]] PageRef read(PageNo page);
+
+    /// The page's bytes, to be changed in place until the next call of any function of the pager.
+    /// Requires an open transaction.
+    [[nodiscard]] std::span<std::byte> change(PageNo page);
+    /// A new page of zeros at the end of the file. Requires an open transaction.
+    /// @throws Error{full} at the largest size the format allows.
+    [[nodiscard]] PageNo append();
+
+    [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
+    void begin();
+    /// Nobody of us changes the file from here on but us: see Turns::beginWriting(), whose errors
+    /// it throws. Requires that nothing has been changed yet, unless it has been called before.
+    /// @throws also Error{conflict} if the file has got another length, told to nobody.
+    void claim();
+    /// Writes every changed page and returns when the disk has them.
+    /// @throws Error{full, io, locked, conflict}: nothing has been written, and the transaction is
+    ///         still open.
+    void commit();
+    /// No effect outside a transaction.
+    void rollback() noexcept;
+
+    /// Undoes what has been changed while it lived, if it isn't kept: a transaction goes on after a
+    /// statement that failed as if that statement had never begun. They nest: what an inner one
+    /// keeps the outer may still undo. The transaction's end ends all of them.
+    class Statement {
+    public:
+        explicit Statement(Pager& pager);
+        Statement(const Statement&) = delete;
+        Statement& operator=(const Statement&) = delete;
+        ~Statement();
+        void keep();
+
+    private:
+        Pager& pager_;
+        std::size_t depth_; ///< of those outside it
+    };
+    /// Whether the open transaction has changed anything.
+    [[nodiscard]] bool hasChanges() const noexcept { return !changed_.empty(); }
+
+private:
+    struct Cached {
+        PageNo page;
+        std::shared_ptr<const PageImage> image;
+        std::uint64_t claim; ///< during which it was last known to be the file's
+    };
+    using Order = std::list<Cached>;
+    static constexpr int kBreathingLooks = 3;
+
+    [[nodiscard]] PageRef readCommitted(PageNo page);
+    void remember(PageNo page, std::shared_ptr<const PageImage> image);
+    void requireStored(Cached& known);
+    void forgetCache() noexcept;
+    void requireUsable() const;
+    [[nodiscard]] bool opensSection() const noexcept;
+    [[nodiscard]] bool disturbed(int attempt) const;
+    [[nodiscard]] ChangedPages changedPages();
+
+    File file_;
+    Turns* turns_ = nullptr;
+    const Format& format_;
+    bool writable_;
+    bool inTransaction_ = false;
+    bool mayBreathe_ = true; ///< in the look() at work
+    std::uint32_t pageCount_;
+    std::uint32_t committedPageCount_;
+    std::uint64_t generation_ = 1;
+    std::uint64_t refreshes_ = 0;
+    std::uint64_t claims_ = 0;
+
+    std::unordered_map<PageNo, std::shared_ptr<PageImage>> changed_;
+    /// Checksums of the pages that the changed ones were made from.
+    std::unordered_map<PageNo, std::uint32_t> origins_;
+    struct Undo {
+        std::uint32_t pageCount;
+        /// Each page changed since, as it was before (null: not changed before).
+        std::unordered_map<PageNo, std::shared_ptr<PageImage>> before;
+    };
+    std::vector<Undo> undo_; ///< of the statements at work, the innermost last
+
+    Order recent_; ///< most recently used first
+    std::unordered_map<PageNo, Order::iterator> cache_;
+};
+
+} // namespace jet

@@ -1,0 +1,226 @@
+#include "jet/share/LockFile.h"
+
+#include "jet/Error.h"
+#include "jet/Types.h"
+#include "jet/Waiting.h"
+#include "jet/disk/SideFile.h"
+
+#include <algorithm>
+#include <array>
+#include <unistd.h>
+
+namespace jet {
+
+namespace {
+
+constexpr std::uint64_t kUsersAt = 0x10000000;
+constexpr std::uint64_t kMarksAt = 0x70000000;
+constexpr std::size_t kSlot = 64;
+constexpr std::size_t kName = 32;
+constexpr const char* kAccount = "Admin";
+
+/// A name as it stands in a slot.
+void putName(std::span<std::byte> field, const std::string& name) {
+    const std::size_t used = std::min(name.size(), field.size() - 1);
+    std::transform(name.begin(), name.begin() + static_cast<std::ptrdiff_t>(used), field.begin(),
+                   [](char c) { return static_cast<std::byte>(c); });
+    field[used] = std::byte{0};
+    std::fill(field.begin() + static_cast<std::ptrdiff_t>(used) + 1, field.end(), std::byte{' '});
+}
+
+std::string nameIn(std::span<const std::byte> field) {
+    std::string name;
+    for (const std::byte b : field) {
+        if (b == std::byte{0})
+            break;
+        const auto c = std::to_integer<unsigned char>(b);
+        name += c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?';
+    }
+    name.erase(name.find_last_not_of(' ') + 1);
+    return name;
+}
+
+/// A name, a zero behind it, blanks; or zeros, where nobody has written yet.
+bool isName(std::span<const std::byte> field) {
+    const auto end = std::ranges::find(field, std::byte{0});
+    return end != field.end() &&
+           std::all_of(field.begin(), end, [](std::byte b) { return b >= std::byte{0x20}; }) &&
+           std::all_of(end, field.end(),
+                       [](std::byte b) { return b == std::byte{0} || b == std::byte{' '}; });
+}
+
+std::string machineName() {
+    std::array<char, 256> name{};
+    if (::gethostname(name.data(), name.size() - 1) != 0 || name[0] == 0)
+        return "LOCAL";
+    return name.data();
+}
+
+} // namespace
+
+LockFile::LockFile(const std::filesystem::path& database, Disk& disk)
+    : database_(disk.resolved(database)),
+      path_(std::filesystem::path(database_).replace_extension(".ldb")), disk_(disk) {}
+
+LockFile::~LockFile() {
+    try {
+        leave();
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+        // A lock file left behind does no harm; its locks go with it.
+    }
+}
+
+void LockFile::leave() {
+    if (!file_)
+        return;
+    openGate();
+    // Who is still at it after a second sees to the file itself when leaving.
+    const bool alone = waitFor([&] { return tryLock(kEntering); }, std::chrono::seconds(1));
+    if (user_ != 0) {
+        unlock(kMarksAt + user_);
+        unlock(kUsersAt + user_);
+    }
+    if (alone && isCurrent() &&
+        file_->firstHeld(kUsersAt + 1, kMostUsers) == kUsersAt + 1 + kMostUsers)
+        static_cast<void>(disk_.remove(path_));
+    file_.reset();
+}
+
+void LockFile::open() {
+    file_.reset();
+    if (path_ == database_)
+        throw Error(Errc::readOnly, "O banco de dados \"" + database_.string() +
+                                        "\" tem o nome que esse arquivo teria. Dê-lhe um nome que "
+                                        "termine em .mdb.");
+    // Others may be making it and removing it at the same time.
+    for (int round = 0; round < side::kMostRounds; ++round) {
+        std::optional<File> file = openOrMake();
+        if (!file)
+            continue;
+        file_ = std::move(file);
+        try {
+            requireLockFile();
+        } catch (...) {
+            file_.reset();
+            throw;
+        }
+        side::share(*file_, database_, side::Holds::names);
+        return;
+    }
+    throw Error(Errc::io,
+                "O arquivo \"" + path_.string() + "\" não se deixa abrir: a pasta muda sem parar.");
+}
+
+std::optional<File> LockFile::openOrMake() {
+    try {
+        return side::open(path_, true, disk_);
+    } catch (const Error& error) {
+        if (error.code() != Errc::notFound)
+            throw;
+    }
+    try {
+        return side::make(path_, disk_);
+    } catch (const Error& error) {
+        if (error.code() != Errc::exists)
+            throw;
+    }
+    return std::nullopt;
+}
+
+/// Of a folder where large and small letters are the same the database may have this very name.
+void LockFile::requireLockFile() const {
+    const std::uint64_t size = file_->size();
+    bool isOurs = !file_->isAt(database_) && size <= kMostUsers * kSlot && size % kSlot == 0;
+    if (isOurs && size > 0) {
+        Bytes slots(size);
+        file_->read(0, slots);
+        for (std::size_t at = 0; at < slots.size(); at += kName)
+            isOurs = isOurs && isName(std::span(slots).subspan(at, kName));
+    }
+    if (!isOurs)
+        throw Error(Errc::readOnly,
+                    "O arquivo \"" + path_.string() +
+                        "\" tem esse nome, mas o que há nele é outra coisa: não foi tocado. "
+                        "Dê-lhe outro nome ou ponha-o em outra pasta.");
+}
+
+bool LockFile::takeUser() {
+    for (unsigned user = 1; user <= kMostUsers; ++user) {
+        if (!tryLock(kUsersAt + user))
+            continue;
+        if (!tryLock(kMarksAt + user)) {
+            unlock(kUsersAt + user);
+            continue;
+        }
+        std::array<std::byte, kSlot> slot{};
+        putName(std::span(slot).first(kName), machineName());
+        putName(std::span(slot).subspan(kName), kAccount);
+        try {
+            file_->write(std::uint64_t{user - 1} * kSlot, slot);
+        } catch (const Error& error) {
+            // On a full disk a station is known by its number: the lock is what counts.
+            if (error.code() != Errc::full)
+                throw;
+            file_->truncate(file_->size() / kSlot * kSlot); // half a name is no lock file's
+        }
+        user_ = user;
+        return true;
+    }
+    return false;
+}
+
+bool LockFile::isUser(unsigned user) const { return isHeld(kUsersAt + user); }
+bool LockFile::isForeign(unsigned user) const { return isUser(user) && !isHeld(kMarksAt + user); }
+
+std::vector<unsigned> LockFile::otherUsers() const {
+    std::vector<unsigned> users;
+    for (std::uint64_t user = 1; user <= kMostUsers; ++user) {
+        user = file_->firstHeld(kUsersAt + user, kMostUsers + 1 - user) - kUsersAt;
+        if (user <= kMostUsers)
+            users.push_back(static_cast<unsigned>(user));
+    }
+    return users;
+}
+
+std::string LockFile::nameOf(unsigned user) const {
+    try {
+        std::array<std::byte, kSlot> slot{};
+        file_->read(std::uint64_t{user - 1} * kSlot, slot);
+        const std::string machine = nameIn(std::span(slot).first(kName));
+        const std::string account = nameIn(std::span(slot).subspan(kName));
+        if (!machine.empty())
+            return account.empty() || account == kAccount ? machine
+                                                          : machine + " (" + account + ")";
+    } catch (const Error&) { // NOLINT(bugprone-empty-catch)
+        // A user that has written no name.
+    }
+    return "usuário " + std::to_string(user);
+}
+
+bool LockFile::closeGate() {
+    std::uint64_t next = kUsersAt + 1;
+    const std::uint64_t end = next + kMostUsers;
+    while (next < end) {
+        const std::uint64_t own = kUsersAt + user_;
+        const std::uint64_t stop = next <= own && own < end ? own : end;
+        const std::uint64_t held = file_->firstHeld(next, stop - next);
+        const std::uint64_t count = held - next;
+        if (count > 0) {
+            if (!file_->tryLock(Disk::Lock::exclusive, next, count)) {
+                openGate();
+                return false;
+            }
+            gate_.emplace_back(next, count);
+        }
+        next = held + 1; // over the other's byte, or our own
+    }
+    return true;
+}
+
+void LockFile::openGate() noexcept {
+    for (const auto& [first, count] : gate_)
+        file_->unlock(first, count);
+    gate_.clear();
+}
+
+} // namespace jet

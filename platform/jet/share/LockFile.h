@@ -1,0 +1,95 @@
+#pragma once
+
+#include "jet/disk/File.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace jet {
+
+/// The file beside a database (same name, ending .ldb) by which the stations at work in it know of
+/// each other: what counts are locks on bytes far beyond its end, which go with whoever holds them.
+///
+///   byte              locked by
+///   0x10000000 + n    user n (1 to 255), alone, while the database is open: any program of the
+///                     format
+///   0x70000000 + n    the same by us, as a mark that user n is a copy of this program; a user
+///                     without it is foreign
+///   0x70001000        R: shared while reading, alone while pages are written
+///   0x70001001        W: alone, from the first change of a transaction to its end
+///   0x70001002        O: alone, while entering, leaving, recovering, writing pages
+///   0x70001003        alone, by who waits for R: readers then leave it a moment
+///   0x70001004        shared, by who waits for W: who has it gives it up early, and isn't first
+///   again
+///
+/// The slot of 64 bytes at (n - 1) * 64 names user n: machine and account, 32 bytes each, a zero
+/// and blanks behind. It stays when the user has left.
+///
+/// Under that name may lie anything: the file is only ever used, written or removed if it is a
+/// regular one of a single name, isn't the database itself, and holds nothing but such slots.
+///
+/// W is taken before R, and R before O; who has a later one never waits for an earlier one.
+class LockFile {
+public:
+    static constexpr unsigned kMostUsers = 255;
+    static constexpr std::uint64_t kReading = 0x70001000;
+    static constexpr std::uint64_t kWriting = 0x70001001;
+    static constexpr std::uint64_t kEntering = 0x70001002;
+    static constexpr std::uint64_t kWantsReaders = 0x70001003;
+    static constexpr std::uint64_t kWantsWriting = 0x70001004;
+
+    LockFile(const std::filesystem::path& database, Disk& disk);
+    /// Gives up every lock, and removes the file if no user is left in it.
+    ~LockFile();
+    LockFile(const LockFile&) = delete;
+    LockFile& operator=(const LockFile&) = delete;
+
+    /// Opens the file, or makes it.
+    /// @throws Error{readOnly, io} if it can't be made, or what has its name is no lock file.
+    void open();
+    /// Whether the file opened is still the one of that name.
+    [[nodiscard]] bool isCurrent() const { return file_->isAt(path_); }
+    [[nodiscard]] bool isOpen() const noexcept { return file_.has_value(); }
+    void close() noexcept { file_.reset(); }
+
+    [[nodiscard]] bool tryLock(std::uint64_t what, Disk::Lock kind = Disk::Lock::exclusive) {
+        return file_->tryLock(kind, what);
+    }
+    void unlock(std::uint64_t what) noexcept { file_->unlock(what); }
+    /// By another than us.
+    [[nodiscard]] bool isHeld(std::uint64_t what) const { return file_->isHeld(what); }
+
+    /// Becomes a user. Requires O. False if all 255 are taken.
+    [[nodiscard]] bool takeUser();
+    /// Ours; 0 before takeUser().
+    [[nodiscard]] unsigned user() const noexcept { return user_; }
+    [[nodiscard]] bool isUser(unsigned user) const;    ///< another than us
+    [[nodiscard]] bool isForeign(unsigned user) const; ///< not marked as a copy of this program
+    /// All others, ascending.
+    [[nodiscard]] std::vector<unsigned> otherUsers() const;
+    /// "MAQUINA (Maria)" from the user's slot; just the machine for the user name that everybody
+    /// has who hasn't been given one.
+    [[nodiscard]] std::string nameOf(unsigned user) const;
+
+    /// Takes every free user byte, so that no program can enter. False, and none taken, if somebody
+    /// is just entering.
+    [[nodiscard]] bool closeGate();
+    void openGate() noexcept;
+
+private:
+    using Range = std::pair<std::uint64_t, std::uint64_t>; ///< first byte, count
+    void leave();
+    [[nodiscard]] std::optional<File> openOrMake();
+    void requireLockFile() const;
+
+    std::filesystem::path database_;
+    std::filesystem::path path_;
+    Disk& disk_;
+    std::optional<File> file_;
+    unsigned user_ = 0;
+    std::vector<Range> gate_;
+};
+
+} // namespace jet

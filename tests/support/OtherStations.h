@@ -1,0 +1,46 @@
+#pragma once
+
+#include "jet/page/CommitPairs.h"
+#include "jet/share/LockFile.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+/// Whether somebody has the database to write in it, so that other stations have to wait.
+inline bool isHeldForWriting(const std::filesystem::path& database) {
+    const jet::File lock(std::filesystem::path(database).replace_extension(".ldb"),
+                         jet::File::Mode::readWrite);
+    return lock.isHeld(jet::LockFile::kWriting);
+}
+
+/// A program in the middle of writing the file: nobody can read meanwhile.
+class WritingProgram {
+public:
+    WritingProgram(const std::filesystem::path& database, jet::Version version)
+        : file_(database, jet::File::Mode::readWrite), format_(jet::formatOf(version)),
+          lock_(::open(std::filesystem::path(database).replace_extension(".ldb").c_str(),
+                       O_RDWR | O_CLOEXEC)),
+          before_(jet::CommitPairs(file_, format_)[kUser]) {
+        struct flock lock {};
+        lock.l_type = F_WRLCK;
+        lock.l_start = 0x10000000 + kUser;
+        lock.l_len = 1;
+        EXPECT_EQ(::fcntl(lock_, F_OFD_SETLK, &lock), 0);
+        jet::CommitPairs::write(file_, format_, kUser, jet::CommitPairs::kWriting);
+    }
+    WritingProgram(const WritingProgram&) = delete;
+    WritingProgram& operator=(const WritingProgram&) = delete;
+    ~WritingProgram() {
+        jet::CommitPairs::write(file_, format_, kUser, before_);
+        ::close(lock_);
+    }
+
+private:
+    static constexpr unsigned kUser = 9;
+    jet::File file_;
+    const jet::Format& format_;
+    int lock_;
+    std::uint16_t before_;
+};
