@@ -46,8 +46,8 @@ public:
                                                       : QAccessible::StaticText;
     }
     void* interface_cast(QAccessible::InterfaceType type) override {
-        return isStatus() ? SpokenText::interface_cast(type)
-                          : QAccessibleWidget::interface_cast(type);
+        const bool unread = type == QAccessible::TextInterface && !isStatus(); // its name says all
+        return unread ? nullptr : SpokenText::interface_cast(type);
     }
     [[nodiscard]] QList<std::pair<QAccessibleInterface*, QAccessible::Relation>>
     relations(QAccessible::Relation match) const override {

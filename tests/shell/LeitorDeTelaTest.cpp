@@ -169,6 +169,7 @@ TEST_F(StateSpoken, EachRowOfAListTellsEachColumnsNameAndWhatStandsThere) {
         QAccessibleInterface& list = find(shown(state), QAccessible::Tree, name);
         EXPECT_TRUE(hasRows(list, static_cast<int>(expected.size()))) << state;
         std::vector<std::string> heard;
+        heard.reserve(expected.size());
         for (int i = 0; i < list.tableInterface()->rowCount(); ++i)
             heard.push_back(row(list, i));
         EXPECT_EQ(heard, expected) << state;
