@@ -31,9 +31,9 @@ QString said(QFileDevice::FileError error) {
     case QFileDevice::NoError:
         return {};
     case QFileDevice::OpenError:
-        return "a pasta não existe ou não aceita arquivos novos";
+        return "a pasta não existe ou não aceita arquivos novos. Escolha outra pasta";
     case QFileDevice::PermissionsError:
-        return "falta permissão para gravar nessa pasta";
+        return "falta permissão para gravar nessa pasta. Escolha outra pasta";
     default:
         return kDiskFull;
     }
@@ -46,7 +46,7 @@ NewFile::NewFile(const QString& target)
 
 bool NewFile::open() {
     if (QFileInfo(target_).isDir()) {
-        error_ = "existe uma pasta com esse nome";
+        error_ = "existe uma pasta com esse nome. Escolha outro nome";
         return false;
     }
     return file_.open();
@@ -62,7 +62,8 @@ bool NewFile::commit() {
     std::error_code failure;
     std::filesystem::rename(path().toStdU16String(), target_.toStdU16String(), failure);
     if (failure) {
-        error_ = "o arquivo antigo está em uso ou protegido";
+        error_ = "o arquivo antigo está em uso ou protegido. Feche-o onde está aberto ou escolha "
+                 "outro nome";
         return false;
     }
     file_.setAutoRemove(false);

@@ -4,8 +4,9 @@
 #include <QString>
 #include <QTemporaryFile>
 
-/// Why a file couldn't be written, where nothing more is known.
-constexpr const char* kDiskFull = "o disco está cheio ou não aceita mais dados";
+/// Why a file couldn't be written, where nothing more is known, and what to do.
+constexpr const char* kDiskFull = "o disco está cheio ou não aceita mais dados. "
+                                  "Libere espaço ou escolha outra pasta";
 
 /// A file in the making: written beside its target under another name, it takes the target's place
 /// as a whole when it is complete. Until then, and if that never comes, an old target stays as it

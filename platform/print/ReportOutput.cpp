@@ -7,7 +7,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QStandardPaths>
 #include <QWidget>
 
 #include <functional>
@@ -36,8 +35,7 @@ struct ReportOutput::FileKind {
 };
 
 ReportOutput::ReportOutput(Relatorio& report, QWidget& window)
-    : QObject(&window), report_(report), window_(window),
-      folder_(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)) {}
+    : QObject(&window), report_(report), window_(window) {}
 
 /// Says so if the report isn't whole.
 bool ReportOutput::refuseIncomplete(const QString& title) {
@@ -117,12 +115,12 @@ void ReportOutput::save(const FileKind& kind) {
 QString ReportOutput::askPath(const FileKind& kind) {
     const QString title = QString::fromUtf8(kind.title);
     const QString suffix = QString(".") + kind.suffix;
-    const auto chosen = chooseFile({FileChoice::newFile, title,
-                                    QDir(folder_).filePath(fileName(report_.title()) + suffix),
-                                    QString::fromUtf8(kind.filter)});
+    const auto chosen =
+        chooseFile({FileChoice::newFile, title, folder_ + fileName(report_.title()) + suffix,
+                    QString::fromUtf8(kind.filter)});
     if (!chosen)
         return {};
-    folder_ = QFileInfo(*chosen).absolutePath();
+    folder_ = QFileInfo(*chosen).absolutePath() + '/';
     if (chosen->endsWith(suffix, Qt::CaseInsensitive))
         return *chosen;
     // The dialog has asked about the name as it was typed.

@@ -35,6 +35,6 @@ private:
 
     Relatorio& report_;
     QWidget& window_;
-    QString folder_; ///< where files were last saved
+    QString folder_; ///< where files were last saved, with its "/"; "" leaves it to the dialog
     int patienceMs_ = 1000;
 };

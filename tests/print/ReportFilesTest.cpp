@@ -273,8 +273,9 @@ TEST_F(Files, SayWhyTheyCantBeWritten) {
         const char* reason;
     };
     for (const auto& [target, reason] : {
-             Case{"pasta",         "existe uma pasta com esse nome"                   },
-             Case{"nenhuma/r.pdf", "a pasta não existe ou não aceita arquivos novos"}
+             Case{"pasta",         "existe uma pasta com esse nome. Escolha outro nome"   },
+             Case{"nenhuma/r.pdf",
+                  "a pasta não existe ou não aceita arquivos novos. Escolha outra pasta"}
     })
         for (const Save save : kSaves) {
             const SaveResult result = save(report_, path(target), goOn);
@@ -318,7 +319,7 @@ TEST_F(Files, ThatFillTheDiskLeaveTheOldOneAlone) {
         EXPECT_EQ(result.outcome, SaveOutcome::failed);
         EXPECT_EQ(result.reason,
                   QString("Não foi possível gravar \"%1\": o disco está cheio ou não "
-                          "aceita mais dados.")
+                          "aceita mais dados. Libere espaço ou escolha outra pasta.")
                       .arg(path("r")));
         EXPECT_EQ(bytesOf(path("r")), "old");
         EXPECT_THAT(files(), ElementsAre("r"));

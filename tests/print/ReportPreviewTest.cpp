@@ -18,7 +18,6 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSpinBox>
-#include <QStandardPaths>
 #include <QTimer>
 #include <QToolButton>
 
@@ -51,8 +50,7 @@ protected:
     [[nodiscard]] PageView& view() const { return control<PageView>(preview_, "pages"); }
 
     static FileRequest newFile(const QString& title, const QString& name, const QString& filter) {
-        const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-        return {FileChoice::newFile, title, folder + "/" + name, filter};
+        return {FileChoice::newFile, title, name, filter};
     }
     const FileRequest kPdf =
         newFile("Salvar como PDF", "Relatório de Cheques.pdf", "Documento PDF (*.pdf)");
@@ -619,7 +617,7 @@ TEST_F(Preview, SaysWhyAFileCantBeWritten) {
     expectFile(kPdf, path("nenhuma/a.pdf"));
     expectMessage("Salvar como PDF",
                   QString("Não foi possível gravar \"%1\": a pasta não existe ou não aceita "
-                          "arquivos novos.")
+                          "arquivos novos. Escolha outra pasta.")
                       .arg(path("nenhuma/a.pdf")));
     click(preview_, "pdf");
     EXPECT_THAT(files(), testing::IsEmpty());

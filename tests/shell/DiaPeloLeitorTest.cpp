@@ -3,7 +3,6 @@
 #include "support/Versions.h"
 
 #include <QFileInfo>
-#include <QStandardPaths>
 
 #include <gmock/gmock.h>
 
@@ -106,9 +105,7 @@ TEST_P(DayHeard, AChequeIsEnteredSettledConsultedAndReported) {
                       Not(HasSubstr("000555"))));
     const QTemporaryDir folder;
     const QString path = folder.filePath("Cheques.pdf");
-    expectFile({FileChoice::newFile, "Salvar como PDF",
-                QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
-                    "/Relatório de Cheques.pdf",
+    expectFile({FileChoice::newFile, "Salvar como PDF", "Relatório de Cheques.pdf",
                 "Documento PDF (*.pdf)"},
                path);
     act(main, kButton, "Salvar como PDF");
