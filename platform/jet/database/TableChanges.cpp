@@ -1,0 +1,339 @@
+// What changes the rows of a table, and whether they may be changed: it looks at the whole
+// database.
+#include "jet/SelfCheck.h"
+#include "jet/database/Consequences.h"
+#include "jet/database/DatabaseParts.h"
+#include "jet/database/TableParts.h"
+#include "jet/database/TableRules.h"
+#include "jet/row/RowStore.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace jet {
+
+namespace {
+
+std::string columnList(std::span<const Column> columns, const Index& index) {
+    std::string names;
+    for (const IndexColumn& key : index.columns)
+        names += (names.empty() ? "\"" : ", \"") + columns[key.column].name + "\"";
+    return names;
+}
+
+} // namespace
+
+Table::Parts::Parts(Database& database, PageNo page)
+    : owner(database), pager(database.parts_->pager), pages(database.parts_->pages),
+      definition(parseDefinition(pager, page, database.parts_->texts)) {}
+Table::Parts::~Parts() = default;
+
+Table::~Table() = default;
+
+std::optional<std::string> Table::readOnlyReason() {
+    if (auto reason = parts_->owner.parts_->whyNotWritable())
+        return reason;
+    return ownReadOnlyReason();
+}
+
+std::optional<std::string> Table::ownReadOnlyReason() {
+    Parts& my = *parts_;
+    Database::Parts& file = *my.owner.parts_;
+    my.definition.requireThere();
+    if (!my.verified) {
+        const auto hindrance = my.pager.look([&] { return whyNotWritable(*this, my.pager); });
+        my.verified = true;
+        if (hindrance)
+            my.readOnly = hindrance->sentence;
+        if (hindrance && hindrance->damage)
+            file.damage = hindrance->sentence;
+    }
+    if (my.readOnly)
+        return my.readOnly;
+    if (my.rulesTentative && !file.catalogChanged)
+        forgetRules(); // that transaction has ended, one way or the other
+    if (!std::exchange(my.rulesKnown, true) && !my.definition.system) {
+        try {
+            my.rules = TableRules::load(my.owner, *this);
+        } catch (...) {
+            forgetRules();
+            throw;
+        }
+        my.rulesTentative = file.catalogChanged;
+    }
+    return my.rules ? my.rules->problem() : std::nullopt;
+}
+
+void Table::forgetRules() noexcept {
+    parts_->rules.reset();
+    parts_->rulesKnown = parts_->rulesTentative = false;
+}
+
+void Table::lose(const Error& why) noexcept {
+    forgetRules();
+    parts_->definition.lost = why;
+    for (IndexTree& tree : parts_->trees)
+        tree.lose(why);
+}
+
+void Table::requireWritable() {
+    if (const auto& reason = ownReadOnlyReason())
+        throw Error(Errc::readOnly, *reason);
+}
+
+void Table::requireExpected(RowId id, std::optional<std::uint64_t> expected) const {
+    if (expected && stamp(id) != expected)
+        throw Error(Errc::conflict,
+                    "Este registro foi alterado ou excluído por outra estação depois de lido. Nada "
+                    "foi gravado; localize o registro outra vez e repita a alteração.");
+}
+
+void Table::Parts::requireKeys(const Table& table, const StoredRow& row) const {
+    for (const Index& index : table.indexes_)
+        if (index.required || index.primary)
+            for (const IndexColumn& key : index.columns)
+                if (definition.columns[key.column].type != ColumnType::boolean &&
+                    !row[key.column].present)
+                    throw leftEmpty(table.name_, definition.columns[key.column].name);
+}
+
+void Table::Parts::requireUnique(std::span<const Index> indexes, const StoredRow& row,
+                                 std::optional<RowId> self) const {
+    for (std::size_t i = 0; i < indexes.size(); ++i) {
+        if (!(indexes[i].unique || indexes[i].primary) || allNull(i, row))
+            continue;
+        const std::optional<Bytes> bytes = key(i, row);
+        if (bytes && trees[i].hasKey(*bytes, self))
+            throw Error(Errc::duplicate, "Já existe um registro com o mesmo valor em " +
+                                             columnList(definition.columns, indexes[i]) + ".");
+    }
+}
+
+void Table::Parts::settleLongValues(StoredRow& row) {
+    const bool inRow = rowSize(format(), definition, row, true) <= format().largestRow;
+    if (!inRow)
+        for (std::size_t i = 0; i < row.size(); ++i)
+            // What other long values keep in the row has to go out as well.
+            if (row[i].present && !row[i].content && isLongValue(definition.columns[i].type) &&
+                row[i].bytes.size() > LongValueDefinition::kSize)
+                row[i].content = contentOf(row[i]);
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        if (!row[i].content)
+            continue;
+        const LongValueMaps* maps = definition.longValuesOf(definition.columns[i]);
+        if (!maps)
+            corrupt(definition.page(), "a coluna \"" + definition.columns[i].name +
+                                           "\" não tem lugar para os seus valores");
+        row[i].bytes = LongValueStore(pager, pages, *maps).write(*row[i].content, inRow);
+        row[i].content.reset();
+    }
+}
+
+void Table::Parts::releaseLongValues(const StoredRow& old, const StoredRow* row) {
+    for (std::size_t i = 0; i < old.size(); ++i) {
+        const Column& column = definition.columns[i];
+        if (!isLongValue(column.type) || !old[i].present ||
+            (row && (*row)[i].present && (*row)[i].bytes == old[i].bytes))
+            continue;
+        if (const LongValueMaps* maps = definition.longValuesOf(column))
+            LongValueStore(pager, pages, *maps).release(old[i].bytes, definition.page());
+    }
+}
+
+void Table::Parts::addKey(std::size_t index, const Bytes& key, RowId id) {
+    if (!trees[index].hasKey(key)) {
+        const std::size_t at = distinctKeysAt(index);
+        setCounter<std::uint32_t>(at, counter<std::uint32_t>(at) + 1);
+    }
+    trees[index].insert(pages, key, id);
+}
+
+void Table::Parts::takeNumber(StoredRow& row) {
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        if (definition.columns[i].autoGuid && !row[i].present)
+            row[i] = encodeField(definition.columns[i], Guid::random());
+        if (!definition.columns[i].autonumber)
+            continue;
+        const auto last = counter<std::int32_t>(format().autonumberAt);
+        if (!row[i].present) {
+            if (last == std::numeric_limits<std::int32_t>::max())
+                throw Error(Errc::full, "A numeração do campo \"" + definition.columns[i].name +
+                                            "\" chegou ao fim.");
+            row[i] = encodeField(definition.columns[i], std::int64_t{last} + 1);
+        }
+    }
+    noteNumber(row);
+}
+
+void Table::Parts::noteNumber(const StoredRow& row) {
+    const std::size_t at = format().autonumberAt;
+    for (std::size_t i = 0; i < row.size(); ++i)
+        if (definition.columns[i].autonumber && row[i].present)
+            if (const auto mine = load<std::int32_t>(row[i].bytes.data());
+                mine > counter<std::int32_t>(at))
+                setCounter<std::int32_t>(at, mine);
+}
+
+std::vector<bool> Table::Parts::changedFields(const StoredRow& old, const StoredRow& row) const {
+    std::vector<bool> changed(row.size());
+    for (std::size_t i = 0; i < row.size(); ++i)
+        changed[i] =
+            old[i].present != row[i].present ||
+            (row[i].content ? contentOf(old[i]) != *row[i].content : old[i].bytes != row[i].bytes);
+    return changed;
+}
+
+void Table::Parts::noteCatalogChange() {
+    if (!definition.system)
+        return;
+    Database::Parts& file = *owner.parts_;
+    file.catalogChanged = file.explicitTransaction;
+    for (auto& [name, entry] : file.catalog)
+        if (entry.table)
+            entry.table->forgetRules();
+}
+
+std::optional<std::string> Table::refusal(std::size_t column, const Value& value) {
+    try {
+        static_cast<void>(encodeField(columns()[column], value));
+        if (!readOnlyReason() && parts_->rules)
+            parts_->rules->values().check(column, value);
+        return std::nullopt;
+    } catch (const Error& reason) {
+        return reason.what();
+    }
+}
+
+bool Table::takesEmptyText(std::size_t column) {
+    return readOnlyReason() || !parts_->rules || parts_->rules->values().takesEmptyText(column);
+}
+
+RowId Table::insert(std::span<const Value> values) {
+    if (values.size() != columns().size())
+        throw Error(Errc::misuse, "O registro não tem um valor para cada campo.");
+    const Database::Parts::Change writing(*parts_->owner.parts_);
+    requireWritable();
+    StoredRow row;
+    row.reserve(values.size());
+    for (std::size_t i = 0; i < values.size(); ++i)
+        row.push_back(encodeField(columns()[i], values[i]));
+    return parts_->owner.parts_->statement([&] {
+        Consequences all(parts_->owner);
+        const RowId id = addRow(std::move(row), all);
+        all.settle();
+        return id;
+    });
+}
+
+RowId Table::insert(std::span<const Assignment> given) {
+    const Database::Parts::Change writing(*parts_->owner.parts_);
+    requireWritable();
+    Row values(columns().size());
+    std::vector<bool> isGiven(columns().size());
+    for (const Assignment& assignment : given) {
+        values[assignment.column] = assignment.value;
+        isGiven[assignment.column] = true;
+    }
+    if (parts_->rules)
+        parts_->rules->values().fillIn(values, isGiven);
+    return insert(values);
+}
+
+RowId Table::addRow(StoredRow row, Consequences& all) {
+    Parts& my = *parts_;
+    my.takeNumber(row);
+    my.requireKeys(*this, row);
+    my.requireUnique(indexes_, row, std::nullopt);
+    std::vector<std::optional<Bytes>> keys;
+    for (std::size_t i = 0; i < indexes_.size(); ++i)
+        keys.push_back(my.key(i, row));
+    my.settleLongValues(row);
+    const RowId id = RowStore(my.pager, my.pages, my.definition)
+                         .add(assembleRow(my.format(), my.definition, row));
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        if (keys[i])
+            my.addKey(i, *keys[i], id);
+    my.setCounter<std::uint32_t>(my.format().rowCountAt,
+                                 my.counter<std::uint32_t>(my.format().rowCountAt) + 1);
+    if (my.rules)
+        my.rules->accept(id, std::vector<bool>(row.size(), true), {}, all);
+    my.noteCatalogChange();
+    return id;
+}
+
+std::vector<Cascaded> Table::update(RowId id, std::span<const Assignment> changes,
+                                    std::optional<std::uint64_t> expected) {
+    const Database::Parts::Change writing(*parts_->owner.parts_);
+    requireWritable();
+    requireExpected(id, expected);
+    return parts_->owner.parts_->statement([&] {
+        Consequences all(parts_->owner);
+        changeRow(id, changes, all);
+        all.settle();
+        return all.takeCascaded();
+    });
+}
+
+void Table::changeRow(RowId id, std::span<const Assignment> changes, Consequences& all) {
+    Parts& my = *parts_;
+    requireWritable();
+    const StoredRow old = my.stored(id);
+    StoredRow row = old;
+    for (const Assignment& change : changes)
+        row[change.column] = encodeField(columns()[change.column], change.value);
+    my.requireKeys(*this, row);
+    my.requireUnique(indexes_, row, id);
+    my.noteNumber(row);
+    const auto parentKeys = my.rules ? my.rules->keysOf(id) : TableRules::Keys();
+    const std::vector<bool> changed = my.rules ? my.changedFields(old, row) : std::vector<bool>();
+    std::vector<std::pair<std::optional<Bytes>, std::optional<Bytes>>> keys;
+    for (std::size_t i = 0; i < indexes_.size(); ++i)
+        keys.emplace_back(my.key(i, old), my.key(i, row));
+    my.settleLongValues(row);
+    RowStore(my.pager, my.pages, my.definition)
+        .replace(id, assembleRow(my.format(), my.definition, row));
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        const auto& [before, after] = keys[i];
+        if (before == after)
+            continue;
+        if (before)
+            my.trees[i].erase(my.pages, *before, id);
+        if (after)
+            my.addKey(i, *after, id);
+    }
+    my.releaseLongValues(old, &row);
+    if (my.rules)
+        my.rules->accept(id, changed, parentKeys, all);
+    my.noteCatalogChange();
+}
+
+std::vector<Cascaded> Table::erase(RowId id, std::optional<std::uint64_t> expected) {
+    const Database::Parts::Change writing(*parts_->owner.parts_);
+    requireWritable();
+    requireExpected(id, expected);
+    return parts_->owner.parts_->statement([&] {
+        Consequences all(parts_->owner);
+        eraseRow(id, all);
+        all.settle();
+        return all.takeCascaded();
+    });
+}
+
+void Table::eraseRow(RowId id, Consequences& all) {
+    Parts& my = *parts_;
+    requireWritable();
+    const StoredRow old = my.stored(id);
+    const auto parentKeys = my.rules ? my.rules->keysOf(id) : TableRules::Keys();
+    for (std::size_t i = 0; i < indexes_.size(); ++i)
+        if (const auto key = my.key(i, old))
+            my.trees[i].erase(my.pages, *key, id);
+    RowStore(my.pager, my.pages, my.definition).remove(id);
+    my.releaseLongValues(old, nullptr);
+    const auto rows = my.counter<std::uint32_t>(my.format().rowCountAt);
+    my.setCounter<std::uint32_t>(my.format().rowCountAt, rows - (rows > 0 ? 1 : 0));
+    if (my.rules)
+        my.rules->gone(parentKeys, all);
+    my.noteCatalogChange();
+}
+
+} // namespace jet

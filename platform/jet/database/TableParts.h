@@ -1,0 +1,107 @@
+#pragma once
+
+#include "jet/Table.h"
+#include "jet/row/LongValues.h"
+
+#include <algorithm>
+
+namespace jet {
+
+class TableRules;
+
+/// The parsed definition of a table and what works on it.
+struct Table::Parts {
+    Database& owner;
+    Pager& pager;
+    PageAllocator& pages;
+    TableDefinition definition;
+    std::vector<IndexTree> trees;
+    std::vector<std::vector<KeyColumn>> keyColumns;
+    std::vector<std::string> foldedNames; ///< of the columns
+    std::optional<std::string> readOnly;  ///< why it can't be changed, once verified
+    bool verified = false;
+    std::unique_ptr<const TableRules> rules; ///< null if there are none
+    bool rulesKnown = false;
+    bool rulesTentative = false; ///< read from a catalog that the open transaction has changed
+
+    Parts(Database& database, PageNo page);
+    Parts(const Parts&) = delete;
+    Parts& operator=(const Parts&) = delete;
+    ~Parts();
+
+    [[nodiscard]] const Format& format() const noexcept { return pager.format(); }
+
+    [[nodiscard]] Bytes contentOf(const StoredField& field) const {
+        return field.content ? *field.content
+                             : readLongValue(pager, field.bytes, definition.page());
+    }
+
+    /// The key of a row, or nothing if this index passes over it.
+    [[nodiscard]] std::optional<Bytes> key(std::size_t index, const StoredRow& row) const {
+        const RealIndex& real = definition.realIndexes[index];
+        if (real.ignoreNulls && allNull(index, row))
+            return std::nullopt;
+        Bytes bytes;
+        for (std::size_t i = 0; i < real.columns.size(); ++i) {
+            const std::size_t column = real.columns[i].column;
+            const KeyColumn& part = keyColumns[index][i];
+            const StoredField& field = row[column];
+            if (part.type == ColumnType::boolean)
+                appendBooleanKey(bytes, part, field.present);
+            else if (!field.present)
+                appendNullKey(bytes, part);
+            else if (part.type == ColumnType::memo)
+                appendStoredKey(bytes, part, contentOf(field));
+            else
+                appendStoredKey(bytes, part, field.bytes);
+        }
+        return bytes;
+    }
+
+    [[nodiscard]] bool allNull(std::size_t index, const StoredRow& row) const {
+        const auto& columns = definition.realIndexes[index].columns;
+        return std::all_of(columns.begin(), columns.end(), [&](const auto& key) {
+            return definition.columns[key.column].type != ColumnType::boolean &&
+                   !row[key.column].present;
+        });
+    }
+
+    [[nodiscard]] StoredRow stored(RowId id) const {
+        RowReader reader(pager, definition);
+        const RowView* row = reader.read(id);
+        if (!row)
+            throw Error(Errc::conflict, "O registro foi excluído por outro usuário ou programa.");
+        return storedRow(definition, *row);
+    }
+
+    void requireKeys(const Table& table, const StoredRow& row) const;
+    void requireUnique(std::span<const Index> indexes, const StoredRow& row,
+                       std::optional<RowId> self) const;
+    void settleLongValues(StoredRow& row);
+    /// Gives back the long values of `old` that `row` (if any) no longer has.
+    void releaseLongValues(const StoredRow& old, const StoredRow* row);
+    void addKey(std::size_t index, const Bytes& key, RowId id);
+    void takeNumber(StoredRow& row);
+    /// The counter never stays behind a number that a row has.
+    void noteNumber(const StoredRow& row);
+
+    /// Which fields of `row` (its new contents not yet written) differ from those of `old`.
+    [[nodiscard]] std::vector<bool> changedFields(const StoredRow& old, const StoredRow& row) const;
+    /// The catalog says what rules there are: after a change of it every table reads its own anew.
+    void noteCatalogChange();
+
+    template <class T>
+    [[nodiscard]] T counter(std::size_t at) const {
+        definition.requireThere();
+        return load<T>(pager.read(definition.page()).bytes().data() + at);
+    }
+    template <class T>
+    void setCounter(std::size_t at, T value) {
+        store<T>(pager.change(definition.page()).data() + at, value);
+    }
+    [[nodiscard]] std::size_t distinctKeysAt(std::size_t index) const {
+        return format().definitionHeader + index * format().statisticsSize + 4;
+    }
+};
+
+} // namespace jet
