@@ -10,6 +10,7 @@
 #include "jet/Compact.h"
 #include "jet/MemoryDisk.h"
 #include "jet/PatientFile.h"
+#include "jet/Salvage.h"
 #include "jet/ShopWork.h"
 
 #include <algorithm>
