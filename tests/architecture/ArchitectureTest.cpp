@@ -222,11 +222,13 @@ TEST(Architecture, EveryPublicHeaderOfAFolderWithRoomsIsUsedOutside) {
     const auto isPublic = [&](const std::string& path) {
         return path.ends_with(".h") && folders.contains(folderOf(path));
     };
+    const auto isInside = [&](const std::string& path) {
+        return std::ranges::any_of(
+            folders, [&](const std::string& folder) { return path.starts_with(folder + "/"); });
+    };
     std::set<std::string> used;
     for (const auto& [path, text] : files) {
-        const bool inside = std::ranges::any_of(
-            folders, [&](const std::string& folder) { return path.starts_with(folder + "/"); });
-        if (!isCode(path) || (inside && !isPublic(path)))
+        if (!isCode(path) || (isInside(path) && !isPublic(path)))
             continue;
         for (const auto& [include, quoted] : includesOf(text))
             if (const auto other = fileOfInclude(include, path, owners);
