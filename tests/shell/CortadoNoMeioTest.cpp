@@ -9,6 +9,7 @@
 #include "shell/FailingShop.h"
 
 #include <QRegularExpression>
+#include <QTimer>
 
 #include <cerrno>
 #include <sys/wait.h>
