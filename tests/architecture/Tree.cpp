@@ -97,8 +97,9 @@ std::string classOf(const std::string& path, const Owners& owners) {
     const std::string stem = std::filesystem::path(path).stem().string();
     if (stem.ends_with("Parts")) {
         const std::string whole = stem.substr(0, stem.size() - std::string("Parts").size());
+        const std::string header = whole + ".h";
         for (const auto& [other, owner] : owners)
-            if (owner == target && std::filesystem::path(other).filename() == whole + ".h")
+            if (owner == target && std::filesystem::path(other).filename() == header)
                 return target + "/" + whole;
     }
     return target + "/" + stem;
