@@ -42,7 +42,7 @@ QTreeWidgetItem* childNamed(const QTreeWidgetItem& parent, const QString& name) 
 FolderTree::FolderTree(QWidget* parent)
     : QTreeWidget(parent), reader_(new FolderReader(QDir::Dirs | QDir::NoDotAndDotDot, {}, this)) {
     setHeaderHidden(true);
-    setHeaderLabel("Pasta"); // heard all the same
+    setHeaderLabel("Pasta");                // heard all the same
     header()->setStretchLastSection(false); // a deep folder is scrolled to, not cut
     header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     setUniformRowHeights(true);
