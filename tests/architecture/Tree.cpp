@@ -1,5 +1,6 @@
 #include "architecture/Tree.h"
 
+#include <algorithm>
 #include <fstream>
 #include <regex>
 #include <set>
@@ -94,13 +95,15 @@ std::string classOf(const std::string& path, const Owners& owners) {
     if (file == owners.end())
         return path;
     const std::string& target = file->second;
-    const std::string stem = std::filesystem::path(path).stem().string();
+    std::string stem = std::filesystem::path(path).stem().string();
     if (stem.ends_with("Parts")) {
         const std::string whole = stem.substr(0, stem.size() - std::string("Parts").size());
         const std::string header = whole + ".h";
-        for (const auto& [other, owner] : owners)
-            if (owner == target && std::filesystem::path(other).filename() == header)
-                return target + "/" + whole;
+        if (std::ranges::any_of(owners, [&](const auto& other) {
+                return other.second == target &&
+                       std::filesystem::path(other.first).filename() == header;
+            }))
+            stem = whole;
     }
     return target + "/" + stem;
 }
