@@ -76,6 +76,7 @@ void Form::unload() {
     if (unloading_)
         return;
     unloading_ = true;
+    input_.rest();
     if (std::exchange(loaded_, false))
         guarded([this] { Form_Unload(); });
     showPrompt("");

@@ -137,12 +137,10 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    friend FormInput; // which moves the focus on
-
     void retire();
     [[nodiscard]] bool somethingTyped() const;
 
-    FormInput input_{*this};
+    FormInput input_{*this, [this] { focusNextPrevChild(true); }};
     CentredPlace place_{*this};
     std::optional<EntryValues> untouched_; ///< what the fields held when nothing was typed
     bool loaded_ = false;

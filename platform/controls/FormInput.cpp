@@ -2,7 +2,6 @@
 
 #include "controls/DatePicker.h"
 #include "controls/Failure.h"
-#include "controls/Form.h"
 #include "controls/MessageBox.h"
 #include "controls/Typing.h"
 
@@ -41,10 +40,12 @@ void showPrompt(const QString& text) {
         promptHook()(text);
 }
 
-FormInput::FormInput(Form& form) : form_(form) {}
+FormInput::FormInput(QWidget& window, Handler moveOn)
+    : window_(window), moveOn_(std::move(moveOn)) {}
 
 void FormInput::watchControls() {
-    for (auto* control : form_.findChildren<QWidget*>())
+    working_ = true;
+    for (auto* control : window_.findChildren<QWidget*>())
         control->installEventFilter(this);
 }
 
@@ -72,7 +73,7 @@ void FormInput::whenEnter(QWidget* control, const Handler& handler) {
     onEnter_.insert(control, handler);
 }
 
-bool FormInput::atWork() const { return form_.isLoaded() && form_.isVisible(); }
+bool FormInput::atWork() const { return working_ && window_.isVisible(); }
 
 void FormInput::focusCame(QWidget* control) {
     showPrompt(prompts_.value(control, control->toolTip()));
@@ -122,7 +123,7 @@ bool FormInput::filterKey(QWidget* control, const QKeyEvent& key) {
         for (const Handler& handler : onEnter_.values(control))
             guarded(handler);
     if (isEnter(key) && enterAsTab_.contains(control)) {
-        form_.focusNextPrevChild(true);
+        moveOn_();
         return true;
     }
     if (auto* button = qobject_cast<QAbstractButton*>(control);
@@ -138,7 +139,7 @@ bool FormInput::pressByAccessKey(QAbstractButton& button, const QShortcutEvent& 
         return false; // Qt moves the focus among the candidates
     keptFocus_ = false;
     button.setFocus(Qt::ShortcutFocusReason);
-    if (form_.isVisible() && !keptFocus_)
+    if (window_.isVisible() && !keptFocus_)
         button.click();
     return true;
 }

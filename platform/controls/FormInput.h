@@ -7,7 +7,6 @@
 
 #include <functional>
 
-class Form;
 class QAbstractButton;
 class QFocusEvent;
 class QKeyEvent;
@@ -19,10 +18,13 @@ class FormInput final : public QObject {
 public:
     using Handler = std::function<void()>;
 
-    explicit FormInput(Form& form);
+    /// @param moveOn gives the focus to the next control of the window
+    FormInput(QWidget& window, Handler moveOn);
 
     /// From now on hears of all that reaches the controls that the window has now.
     void watchControls();
+    /// The window is being unloaded: leaving a control means nothing any more.
+    void rest() { working_ = false; }
 
     void setPrompt(QWidget* control, const QString& text);
     void whenGotFocus(QWidget* control, const Handler& handler);
@@ -56,7 +58,9 @@ private:
     bool filterPress(QAbstractButton* button);
     bool pressByAccessKey(QAbstractButton& button, const QShortcutEvent& key);
 
-    Form& form_;
+    QWidget& window_;
+    Handler moveOn_;
+    bool working_ = false;
     QHash<QWidget*, QString> prompts_;
     QMultiHash<QWidget*, Handler> gotFocus_;
     QMultiHash<QWidget*, Handler> lostFocus_;
