@@ -110,7 +110,19 @@ function(house_program name)
     endif()
 endfunction()
 
-# A GoogleTest program in <build>/tests, each of its tests known to ctest by "<name>.<Suite>.<Test>".
+# The tests of a program as so many of ctest's, each some of them one after the other in one
+# process: under the sanitizers the start and end of a process cost as much as a test of a window.
+function(house_test_in_shards name shards)
+    math(EXPR last "${shards} - 1")
+    foreach(shard RANGE ${last})
+        add_test(NAME ${name}.shard_${shard} COMMAND ${name})
+        set_tests_properties(${name}.shard_${shard} PROPERTIES TIMEOUT 900 ENVIRONMENT
+            "QT_QPA_PLATFORM=offscreen;GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${shard}")
+    endforeach()
+endfunction()
+
+# A GoogleTest program in <build>/tests, each of its tests known to ctest by "<name>.<Suite>.<Test>",
+# or, with the address sanitizer, some of them together.
 # With QT it gets its main() from tests/support/QtMain.cpp (a QApplication on the offscreen platform)
 # and Qt Test's simulated keys and clicks; without, GoogleTest's own main().
 function(house_test name)
@@ -129,6 +141,10 @@ function(house_test name)
             # They use the library's functions that the engine does, and are linked before it.
             target_compile_options(${name} PRIVATE -O1)
         endif()
+    endif()
+    if(VALTRINO_SANITIZE STREQUAL "address")
+        house_test_in_shards(${name} 4)
+        return()
     endif()
     include(GoogleTest)
     gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
