@@ -152,12 +152,12 @@ Database::~Database() {
     if (!parts_)
         return;
     try {
-        if (parts_->explicitTransaction)
+        if (inTransaction())
             rollback();
-        parts_->flush();
+        flush();
     } catch (...) {
         // Who needs to know calls flush() first; nobody is left to be told here.
-        parts_->pager.rollback();
+        discard();
     }
 }
 
@@ -188,8 +188,7 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
                                               texts, std::move(file), true);
         Parts& parts = *made.parts_;
         const std::vector<SystemTable> tables = systemTables(version);
-        parts.pager.begin();
-        parts.explicitTransaction = true;
+        parts.work.begin();
         for (const SystemTable& table : tables)
             if (parts.pages.take() != table.page)
                 throw std::logic_error("system tables have fixed places");
@@ -313,7 +312,7 @@ Table& Database::createTable(const TableSpec& spec) {
         table.indexes.push_back(newIndex(index, spec));
     }
 
-    const bool own = !parts_->explicitTransaction;
+    const bool own = !inTransaction();
     if (own)
         begin();
     try {
@@ -322,14 +321,14 @@ Table& Database::createTable(const TableSpec& spec) {
             throw Error(Errc::exists, "A tabela \"" + spec.name + "\" já existe.");
         Table& objects = this->table("MSysObjects");
         Table& rights = this->table("MSysACEs");
-        const PageNo page = parts_->statement([&] {
+        const PageNo page = parts_->work.run([&] {
             const PageNo first = parts_->pages.take();
             buildTable(parts_->pager, parts_->pages, first, table, parts_->header.order,
                        parts_->header.columnMark);
             return first;
         });
         addToCatalog(objects, rights, spec.name, page);
-        parts_->catalogChanged = true;
+        parts_->work.noteCatalogChange();
         if (own)
             commit();
     } catch (...) {
@@ -350,73 +349,32 @@ int Database::compareText(std::string_view a, std::string_view b) const {
 }
 
 void Database::begin() {
-    if (parts_->explicitTransaction)
-        throw Error(Errc::misuse, "Já há uma transação aberta.");
     if (parts_->readOnly)
         throw Error(Errc::readOnly, *parts_->readOnly);
     if (const auto& reason = parts_->sharing->lastingReason())
         throw Error(Errc::readOnly, *reason);
-    if (parts_->gathersTransactions)
-        parts_->flushIfDue();
-    else
-        parts_->flush();
-    if (parts_->pendingSince)
-        parts_->onGathered.emplace(parts_->pager);
-    else
-        parts_->pager.begin();
-    parts_->explicitTransaction = true;
-}
-
-void Database::commit() {
-    if (!parts_->explicitTransaction)
-        throw Error(Errc::misuse, "Não há transação aberta.");
-    parts_->commit();
-    parts_->catalogChanged = false;
-    parts_->end();
-}
-
-void Database::commitLater() {
-    // Who looks for a table must not find one that may yet be undone.
-    if (!parts_->explicitTransaction || parts_->catalogChanged)
-        return commit();
-    if (!parts_->pager.hasChanges())
-        return parts_->end();
-    if (parts_->onGathered) {
-        parts_->onGathered->keep();
-        parts_->onGathered.reset();
-    }
-    parts_->explicitTransaction = false;
-    parts_->gathersTransactions = true;
-    parts_->gather(std::exchange(parts_->inTransaction, 0));
-    parts_->flushIfDue();
+    parts_->work.begin();
 }
 
 void Database::rollback() {
-    if (!parts_->explicitTransaction)
-        throw Error(Errc::misuse, "Não há transação aberta.");
-    if (parts_->onGathered) {
-        parts_->onGathered.reset();
-        parts_->explicitTransaction = false;
-        parts_->inTransaction = 0;
-    } else {
-        parts_->end();
-    }
-    if (std::exchange(parts_->catalogChanged, false)) {
+    const bool catalogChanged = parts_->work.hasChangedCatalog();
+    parts_->work.rollback();
+    if (catalogChanged) {
         const Pager::Section section(parts_->pager);
         loadCatalog();
     }
 }
 
-void Database::claim() { const Parts::Change change(*parts_); }
-
-bool Database::inTransaction() const noexcept { return parts_->explicitTransaction; }
-void Database::flushIfDue() { parts_->flushIfDue(); }
-void Database::flush() { parts_->flush(); }
-void Database::discard() noexcept {
-    if (!parts_->explicitTransaction && parts_->pendingSince)
-        parts_->end();
+void Database::commit() { parts_->work.commit(); }
+void Database::commitLater() { parts_->work.commitLater(); }
+void Database::claim() { const auto change = parts_->change(); }
+bool Database::inTransaction() const noexcept { return parts_->work.isOpen(); }
+void Database::flushIfDue() { parts_->work.flushIfDue(); }
+void Database::flush() { parts_->work.flush(); }
+void Database::discard() noexcept { parts_->work.discard(); }
+Database::Tally Database::tally() const noexcept {
+    return {parts_->work.written(), parts_->work.gathered()};
 }
-Database::Tally Database::tally() const noexcept { return parts_->tally; }
 void Database::setNewsHold(std::chrono::milliseconds time) {
     if (parts_->sharing)
         parts_->sharing->setNewsHold(time);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/Database.h"
+#include "jet/database/UnitOfWork.h"
 #include "jet/page/Header.h"
 #include "jet/share/Sharing.h"
 
@@ -26,20 +27,13 @@ struct Database::Parts {
     std::map<std::string, Entry> catalog; ///< by folded name
     /// Tables that the file has no more: whoever holds one is told so, as long as it is open.
     std::vector<std::unique_ptr<Table>> lost;
-    bool explicitTransaction = false;
-    /// Around an explicit transaction that stands on gathered changes: these stay if it is undone.
-    std::optional<Pager::Statement> onGathered;
-    bool gathersTransactions = false; ///< what is gathered ends with one: see commitLater()
-    bool catalogChanged = false;      ///< by the open transaction
-    std::optional<std::chrono::steady_clock::time_point> pendingSince;
-    Tally tally;
-    std::uint64_t inTransaction = 0; ///< changes of the explicit one
+    UnitOfWork work; ///< ends before the pager
 
     /// Of a file that nobody else knows: Sharing comes with share().
     Parts(std::filesystem::path where, Header head, TextSettings textSettings, File file,
           bool writable)
         : path(std::move(where)), header(std::move(head)), texts(textSettings),
-          pager(std::move(file), formatOf(header.version), writable), pages(pager) {}
+          pager(std::move(file), formatOf(header.version), writable), pages(pager), work(pager) {}
 
     /// `onNews` is called when another has written, after all pages have been forgotten.
     void share(bool mayWrite, std::function<void()> onNews);
@@ -52,64 +46,18 @@ struct Database::Parts {
         return readOnly ? readOnly : sharing ? sharing->whyNotWritable() : std::nullopt;
     }
 
-    /// One change, or several that belong together: while it lives nobody else changes the file,
-    /// and what is read is the newest. Outside an explicit transaction what was changed stays ours
-    /// until it is flushed.
-    class Change {
-    public:
-        /// @throws as Pager::claim().
-        explicit Change(Parts& parts);
-        Change(const Change&) = delete;
-        Change& operator=(const Change&) = delete;
-        ~Change();
-
-    private:
-        Parts& parts_;
-    };
-
-    /// Runs one change: all of it happens or nothing. Outside an explicit transaction it becomes
-    /// part of what the next flush writes.
-    template <class Body>
-    auto statement(Body&& change) {
-        const Change writing(*this);
-        Pager::Statement undo(pager);
-        const auto keep = [&] {
-            undo.keep();
-            if (explicitTransaction)
-                ++inTransaction;
-            else
-                gather(1);
-        };
-        if constexpr (std::is_void_v<decltype(change())>) {
-            change();
-            keep();
-        } else {
-            auto result = change();
-            keep();
-            return result;
-        }
+    /// One change, or several that belong together.
+    /// @throws Error{readOnly} if the file was opened only for reading; as UnitOfWork::Change.
+    [[nodiscard]] UnitOfWork::Change change() {
+        if (readOnly)
+            throw Error(Errc::readOnly, *readOnly);
+        return UnitOfWork::Change(work);
     }
 
-    /// Nothing is gathered and no transaction open any more; what wasn't written is undone.
-    void end() noexcept;
-    /// So many more changes wait to be written.
-    void gather(std::uint64_t changes);
-    /// Writes the changed pages. @throws as Pager::commit().
-    void commit();
-    void flush();
-    void flushIfDue();
-
 private:
-    void dropGathered() noexcept;
-    void setAside() noexcept;
-
     bool lookedAround_ = false;
     std::optional<std::string> advice_; ///< on the folder, once we have looked around
     std::optional<std::string> told_;
-    unsigned changes_ = 0; ///< that live, one inside the other
-    bool flushing_ = false;
-    bool overtaken_ = false; ///< what was gathered has been dropped, and nobody told yet
-    std::chrono::steady_clock::time_point askedForWaiting_{};
 };
 
 } // namespace jet

@@ -50,7 +50,7 @@ std::optional<std::string> Table::ownReadOnlyReason() {
     }
     if (my.readOnly)
         return my.readOnly;
-    if (my.rulesTentative && !file.catalogChanged)
+    if (my.rulesTentative && !file.work.hasChangedCatalog())
         forgetRules(); // that transaction has ended, one way or the other
     if (!std::exchange(my.rulesKnown, true) && !my.definition.system) {
         try {
@@ -59,7 +59,7 @@ std::optional<std::string> Table::ownReadOnlyReason() {
             forgetRules();
             throw;
         }
-        my.rulesTentative = file.catalogChanged;
+        my.rulesTentative = file.work.hasChangedCatalog();
     }
     return my.rules ? my.rules->problem() : std::nullopt;
 }
@@ -187,7 +187,7 @@ void Table::Parts::noteCatalogChange() {
     if (!definition.system)
         return;
     Database::Parts& file = *owner.parts_;
-    file.catalogChanged = file.explicitTransaction;
+    file.work.noteCatalogChange();
     for (auto& [name, entry] : file.catalog)
         if (entry.table)
             entry.table->forgetRules();
@@ -211,13 +211,13 @@ bool Table::takesEmptyText(std::size_t column) {
 RowId Table::insert(std::span<const Value> values) {
     if (values.size() != columns().size())
         throw Error(Errc::misuse, "O registro não tem um valor para cada campo.");
-    const Database::Parts::Change writing(*parts_->owner.parts_);
+    const auto change = parts_->owner.parts_->change();
     requireWritable();
     StoredRow row;
     row.reserve(values.size());
     for (std::size_t i = 0; i < values.size(); ++i)
         row.push_back(encodeField(columns()[i], values[i]));
-    return parts_->owner.parts_->statement([&] {
+    return parts_->owner.parts_->work.run([&] {
         Consequences all(parts_->owner);
         const RowId id = addRow(std::move(row), all);
         all.settle();
@@ -226,7 +226,7 @@ RowId Table::insert(std::span<const Value> values) {
 }
 
 RowId Table::insert(std::span<const Assignment> given) {
-    const Database::Parts::Change writing(*parts_->owner.parts_);
+    const auto change = parts_->owner.parts_->change();
     requireWritable();
     Row values(columns().size());
     std::vector<bool> isGiven(columns().size());
@@ -263,10 +263,10 @@ RowId Table::addRow(StoredRow row, Consequences& all) {
 
 std::vector<Cascaded> Table::update(RowId id, std::span<const Assignment> changes,
                                     std::optional<std::uint64_t> expected) {
-    const Database::Parts::Change writing(*parts_->owner.parts_);
+    const auto change = parts_->owner.parts_->change();
     requireWritable();
     requireExpected(id, expected);
-    return parts_->owner.parts_->statement([&] {
+    return parts_->owner.parts_->work.run([&] {
         Consequences all(parts_->owner);
         changeRow(id, changes, all);
         all.settle();
@@ -308,10 +308,10 @@ void Table::changeRow(RowId id, std::span<const Assignment> changes, Consequence
 }
 
 std::vector<Cascaded> Table::erase(RowId id, std::optional<std::uint64_t> expected) {
-    const Database::Parts::Change writing(*parts_->owner.parts_);
+    const auto change = parts_->owner.parts_->change();
     requireWritable();
     requireExpected(id, expected);
-    return parts_->owner.parts_->statement([&] {
+    return parts_->owner.parts_->work.run([&] {
         Consequences all(parts_->owner);
         eraseRow(id, all);
         all.settle();

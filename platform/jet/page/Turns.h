@@ -41,6 +41,10 @@ public:
     /// What was not committed is no concern of this class.
     virtual void endWriting() noexcept = 0;
     [[nodiscard]] virtual bool isWriting() const noexcept = 0;
+    /// Whether another station waits for the turn to write.
+    [[nodiscard]] virtual bool isAwaited() const = 0;
+    /// Whether another has it at this moment.
+    [[nodiscard]] virtual bool isTakenByOther() const = 0;
     /// All of it reaches the disk, or nothing.
     /// @throws Error{locked} if readers don't leave or a foreign program has come: the transaction
     ///         is as it was; Error{conflict} if one has written meanwhile, heeding our locks or

@@ -498,7 +498,7 @@ void Sharing::verifyUnchanged() {
 // ---- writing ----------------------------------------------------------------------------------
 
 bool Sharing::isAwaited() const { return lock_.isHeld(LockFile::kWantsWriting); }
-bool Sharing::isWrittenByOther() const { return !writing_ && lock_.isHeld(LockFile::kWriting); }
+bool Sharing::isTakenByOther() const { return !writing_ && lock_.isHeld(LockFile::kWriting); }
 
 void Sharing::beginWriting() {
     if (writing_)

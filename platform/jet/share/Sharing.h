@@ -89,10 +89,8 @@ public:
     /// Gives W back.
     void endWriting() noexcept override;
     [[nodiscard]] bool isWriting() const noexcept override { return writing_; }
-    /// Whether another station waits for W.
-    [[nodiscard]] bool isAwaited() const;
-    /// Whether another station has W at this moment.
-    [[nodiscard]] bool isWrittenByOther() const;
+    [[nodiscard]] bool isAwaited() const override;
+    [[nodiscard]] bool isTakenByOther() const override;
     /// As Committer::commit() does it.
     void commit(const ChangedPages& changed) override;
     [[noreturn]] void refuseOvertaken() override;
