@@ -133,7 +133,7 @@ View viewFrom(const std::string& path, const std::string& target, const Owners& 
         view.outside = layer->outside;
     if (layerOf(target) != nullptr || !path.starts_with("tests/"))
         return view;
-    const std::string folder = folderOf(path.substr(std::string("tests/").size()));
+    const std::string folder = (++std::filesystem::path(path).begin())->string();
     view.targets.merge(reachOf(folder)); // that of a folder with rooms has no files of its own
     for (const auto& [file, owner] : owners) {
         if (folderOf(file) != folder && !file.starts_with("platform/" + folder + "/"))

@@ -18,3 +18,15 @@ inline std::string sentenceOf(const std::function<void()>& action, jet::Errc cod
     ADD_FAILURE() << "no error";
     return {};
 }
+
+/// The code of the error that `action` ends in, as it must.
+inline jet::Errc errorOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const jet::Error& error) {
+        EXPECT_STRNE(error.what(), "");
+        return error.code();
+    }
+    ADD_FAILURE() << "no error";
+    return jet::Errc::misuse;
+}

@@ -1,6 +1,7 @@
 // The rules of real files, kept.
 #include "jet/Check.h"
 #include "jet/Database.h"
+#include "jet/Sentences.h"
 #include "jet/database/Catalog.h"
 #include "jet/database/TableRules.h"
 #include "jet/rule/Properties.h"
@@ -37,17 +38,6 @@ protected:
     TemporaryFolder folder_;
     std::filesystem::path path_;
 };
-
-template <class Body>
-Errc errorOf(Body&& body) {
-    try {
-        body();
-    } catch (const Error& error) {
-        return error.code();
-    }
-    ADD_FAILURE() << "nothing was refused";
-    return Errc::misuse;
-}
 
 /// A row whose first column has the value.
 RowId rowWith(const Table& table, std::int64_t value) {

@@ -1,5 +1,6 @@
 #include "jet/Database.h"
 
+#include "jet/Sentences.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
 
@@ -63,19 +64,6 @@ std::int64_t countEntries(Table& table, std::size_t index) {
     for (bool there = entry.first(); there; there = entry.next())
         ++count;
     return count;
-}
-
-/// The code of the error that `action` ends in.
-template <class Action>
-Errc errorOf(Action&& action) {
-    try {
-        action();
-    } catch (const Error& error) {
-        EXPECT_STRNE(error.what(), "");
-        return error.code();
-    }
-    ADD_FAILURE() << "no error";
-    return Errc::misuse;
 }
 
 class DatabaseFile : public testing::TestWithParam<Version> {
