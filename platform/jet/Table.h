@@ -155,7 +155,6 @@ private:
     RowId addRow(StoredRow row, Consequences& all);
     void changeRow(RowId id, std::span<const Assignment> changes, Consequences& all);
     void eraseRow(RowId id, Consequences& all);
-    [[nodiscard]] std::optional<std::string> ownReadOnlyReason();
     void requireExpected(RowId id, std::optional<std::uint64_t> expected) const;
     void appendKey(Bytes& key, std::size_t index, std::size_t place, const Value& value) const;
 

@@ -254,9 +254,7 @@ void Backup::noteDamage(const std::string& sentence) noexcept {
 /// Whether a program died writing in the database, or met a damaged page, and said so in it.
 bool Backup::isSuspect() const {
     File database(database_, File::Mode::read, disk_);
-    Sharing stations(database, formatOf(readHeader(database).version), [] {});
-    stations.enter(false);
-    return stations.isSuspect();
+    return Sharing(database, formatOf(readHeader(database).version), false, [] {}).isSuspect();
 }
 
 // ---- making one -------------------------------------------------------------------------------

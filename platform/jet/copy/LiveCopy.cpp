@@ -29,10 +29,9 @@ class Copying {
 public:
     Copying(const std::filesystem::path& database, File& target)
         : database_(database, File::Mode::read, target.disk()),
-          format_(formatOf(readHeader(database_).version)), stations_(database_, format_, [] {}),
-          target_(target), patience_(kRounds * database_.size()) {
-        stations_.enter(false);
-    }
+          format_(formatOf(readHeader(database_).version)),
+          stations_(database_, format_, false, [] {}), target_(target),
+          patience_(kRounds * database_.size()) {}
 
     /// Copies one part. True when the copy is complete.
     bool part();

@@ -18,9 +18,9 @@ namespace {
 
 /// The file, for writing if that is wanted and allowed.
 File openFile(const std::filesystem::path& path, bool readOnly, Disk& disk,
-              std::optional<std::string>& reason) {
+              std::optional<Hindrance>& reason) {
     if (readOnly) {
-        reason = "O banco de dados foi aberto só para consulta.";
+        reason = {Hindrance::Why::forReading, "O banco de dados foi aberto só para consulta."};
         return {path, File::Mode::read, disk};
     }
     try {
@@ -28,9 +28,10 @@ File openFile(const std::filesystem::path& path, bool readOnly, Disk& disk,
     } catch (const Error& error) {
         if (error.code() != Errc::readOnly)
             throw;
-        reason = "O arquivo \"" + path.string() +
-                 "\" não pode ser alterado: falta permissão de gravação. Os dados podem ser "
-                 "consultados.";
+        reason = {Hindrance::Why::forReading,
+                  "O arquivo \"" + path.string() +
+                      "\" não pode ser alterado: falta permissão de gravação. Os dados podem ser "
+                      "consultados."};
         return {path, File::Mode::read, disk};
     }
 }
@@ -129,7 +130,7 @@ NewIndex newIndex(const IndexSpec& spec, const TableSpec& table) {
 } // namespace
 
 Database::Database(const std::filesystem::path& path, const Options& options) {
-    std::optional<std::string> reason;
+    std::optional<Hindrance> reason;
     Disk& disk = options.disk ? *options.disk : Disk::system();
     File file = openFile(path, options.readOnly, disk, reason);
     Header header = readHeader(file);
@@ -255,7 +256,9 @@ Version Database::version() const noexcept { return parts_->header.version; }
 const std::optional<std::string>& Database::notice() const noexcept { return parts_->told(); }
 const std::optional<std::string>& Database::damage() const noexcept { return parts_->damage; }
 bool Database::isBroken() const noexcept { return parts_->sharing && parts_->sharing->isBroken(); }
-std::optional<std::string> Database::readOnlyReason() { return parts_->whyNotWritable(); }
+std::optional<std::string> Database::readOnlyReason() {
+    return sentenceOf(parts_->hindrance(Presence::Look::around));
+}
 
 std::vector<std::string> Database::tableNames() const {
     parts_->pager.look([] {}); // notices what others have written
@@ -349,10 +352,7 @@ int Database::compareText(std::string_view a, std::string_view b) const {
 }
 
 void Database::begin() {
-    if (parts_->readOnly)
-        throw Error(Errc::readOnly, *parts_->readOnly);
-    if (const auto& reason = parts_->sharing->lastingReason())
-        throw Error(Errc::readOnly, *reason);
+    parts_->requireWritable();
     parts_->work.begin();
 }
 
@@ -377,13 +377,14 @@ Database::Tally Database::tally() const noexcept {
 }
 void Database::setNewsHold(std::chrono::milliseconds time) {
     if (parts_->sharing)
-        parts_->sharing->setNewsHold(time);
+        parts_->sharing->snapshot().setHold(time);
 }
 std::uint64_t Database::news() const noexcept {
-    return parts_->sharing ? parts_->sharing->news() : 1;
+    return parts_->sharing ? parts_->sharing->snapshot().changesByOthers() : 1;
 }
 std::vector<std::string> Database::writersSince(std::uint64_t news) const {
-    return parts_->sharing ? parts_->sharing->writersSince(news) : std::vector<std::string>();
+    return parts_->sharing ? parts_->sharing->snapshot().writersSince(news)
+                           : std::vector<std::string>();
 }
 std::uint64_t Database::generation() const noexcept { return parts_->pager.generation(); }
 Pager& Database::pager() noexcept { return parts_->pager; }

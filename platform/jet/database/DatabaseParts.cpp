@@ -7,13 +7,12 @@
 namespace jet {
 
 void Database::Parts::share(bool mayWrite, std::function<void()> onNews) {
-    sharing.emplace(pager.file(), pager.format(), [this, onNews = std::move(onNews)] {
+    sharing.emplace(pager.file(), pager.format(), mayWrite, [this, onNews = std::move(onNews)] {
         work.overtaken();
         pager.refresh();
         onNews();
         work.tellOvertaken();
     });
-    sharing->enter(mayWrite);
     pager.refresh();
     pager.share(*sharing);
     work.share(*sharing);

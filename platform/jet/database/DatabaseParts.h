@@ -19,8 +19,8 @@ struct Database::Parts {
     std::filesystem::path path;
     Header header;
     TextSettings texts;
-    std::optional<std::string> readOnly; ///< why it was opened only for reading
-    std::optional<std::string> damage;   ///< that a table's own check has found last
+    std::optional<Hindrance> readOnly; ///< why it was opened only for reading
+    std::optional<std::string> damage; ///< that a table's own check has found last
     Pager pager;
     PageAllocator pages;
     std::optional<Sharing> sharing;       ///< leaves before the file is closed
@@ -41,16 +41,20 @@ struct Database::Parts {
     void lose(Entry& entry, const Error& why);
     /// All that the operator must know of the opening; looks around the file the first time.
     [[nodiscard]] const std::optional<std::string>& told() noexcept;
-    /// Why no table can be changed at this moment.
-    [[nodiscard]] std::optional<std::string> whyNotWritable() {
-        return readOnly ? readOnly : sharing ? sharing->whyNotWritable() : std::nullopt;
+    /// Why no table can be changed, or nothing: the one answer to whoever asks.
+    [[nodiscard]] std::optional<Hindrance> hindrance(Presence::Look look) {
+        return readOnly ? readOnly : sharing ? sharing->hindrance(look) : std::nullopt;
+    }
+    /// @throws what keeps the file from being changed as long as it is open.
+    void requireWritable() {
+        if (const auto why = hindrance(Presence::Look::known))
+            throw why->error();
     }
 
     /// One change, or several that belong together.
-    /// @throws Error{readOnly} if the file was opened only for reading; as UnitOfWork::Change.
+    /// @throws as requireWritable() and UnitOfWork::Change.
     [[nodiscard]] UnitOfWork::Change change() {
-        if (readOnly)
-            throw Error(Errc::readOnly, *readOnly);
+        requireWritable();
         return UnitOfWork::Change(work);
     }
 

@@ -102,20 +102,21 @@ std::optional<std::string> compareSample(const Table& table, Pager& pager) {
 
 } // namespace
 
-std::optional<Hindrance> whyNotWritable(const Table& table, Pager& pager) {
+std::optional<Hindrance> selfCheck(const Table& table, Pager& pager) {
+    using enum Hindrance::Why;
     try {
         if (const auto unknown = unknownOrder(table))
-            return Hindrance{refusal(table, *unknown), false};
+            return Hindrance{textOrder, refusal(table, *unknown)};
         const auto wrong =
             table.rowCount() <= kAllRows ? compareAll(table) : compareSample(table, pager);
         if (wrong)
-            return Hindrance{refusal(table, *wrong), true};
+            return Hindrance{damage, refusal(table, *wrong)};
     } catch (const Error& error) {
         if (error.code() != Errc::corrupt && error.code() != Errc::unsupported)
             throw;
-        return Hindrance{"A tabela \"" + table.name() +
-                             "\" pode ser consultada mas não alterada. " + error.what(),
-                         error.code() == Errc::corrupt};
+        return Hindrance{error.code() == Errc::corrupt ? damage : unknownForm,
+                         "A tabela \"" + table.name() +
+                             "\" pode ser consultada mas não alterada. " + error.what()};
     }
     return std::nullopt;
 }

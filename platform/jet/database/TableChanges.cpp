@@ -31,37 +31,35 @@ Table::Parts::~Parts() = default;
 Table::~Table() = default;
 
 std::optional<std::string> Table::readOnlyReason() {
-    if (auto reason = parts_->owner.parts_->whyNotWritable())
-        return reason;
-    return ownReadOnlyReason();
+    const auto file = parts_->owner.parts_->hindrance(Presence::Look::around);
+    return sentenceOf(file ? file : parts_->hindrance(*this));
 }
 
-std::optional<std::string> Table::ownReadOnlyReason() {
-    Parts& my = *parts_;
-    Database::Parts& file = *my.owner.parts_;
-    my.definition.requireThere();
-    if (!my.verified) {
-        const auto hindrance = my.pager.look([&] { return whyNotWritable(*this, my.pager); });
-        my.verified = true;
-        if (hindrance)
-            my.readOnly = hindrance->sentence;
-        if (hindrance && hindrance->damage)
-            file.damage = hindrance->sentence;
+std::optional<Hindrance> Table::Parts::hindrance(Table& table) {
+    Database::Parts& file = *owner.parts_;
+    definition.requireThere();
+    if (!verified) {
+        unsound = pager.look([&] { return selfCheck(table, pager); });
+        verified = true;
+        if (unsound && unsound->why == Hindrance::Why::damage)
+            file.damage = unsound->sentence;
     }
-    if (my.readOnly)
-        return my.readOnly;
-    if (my.rulesTentative && !file.work.hasChangedCatalog())
-        forgetRules(); // that transaction has ended, one way or the other
-    if (!std::exchange(my.rulesKnown, true) && !my.definition.system) {
+    if (unsound)
+        return unsound;
+    if (rulesTentative && !file.work.hasChangedCatalog())
+        table.forgetRules(); // that transaction has ended, one way or the other
+    if (!std::exchange(rulesKnown, true) && !definition.system) {
         try {
-            my.rules = TableRules::load(my.owner, *this);
+            rules = TableRules::load(owner, table);
         } catch (...) {
-            forgetRules();
+            table.forgetRules();
             throw;
         }
-        my.rulesTentative = file.work.hasChangedCatalog();
+        rulesTentative = file.work.hasChangedCatalog();
     }
-    return my.rules ? my.rules->problem() : std::nullopt;
+    if (rules && rules->problem())
+        return Hindrance{Hindrance::Why::rules, *rules->problem()};
+    return std::nullopt;
 }
 
 void Table::forgetRules() noexcept {
@@ -77,8 +75,8 @@ void Table::lose(const Error& why) noexcept {
 }
 
 void Table::requireWritable() {
-    if (const auto& reason = ownReadOnlyReason())
-        throw Error(Errc::readOnly, *reason);
+    if (const auto why = parts_->hindrance(*this))
+        throw why->error();
 }
 
 void Table::requireExpected(RowId id, std::optional<std::uint64_t> expected) const {

@@ -2,6 +2,7 @@
 
 #include "jet/Table.h"
 #include "jet/row/LongValues.h"
+#include "jet/share/Hindrance.h"
 
 #include <algorithm>
 
@@ -18,7 +19,7 @@ struct Table::Parts {
     std::vector<IndexTree> trees;
     std::vector<std::vector<KeyColumn>> keyColumns;
     std::vector<std::string> foldedNames; ///< of the columns
-    std::optional<std::string> readOnly;  ///< why it can't be changed, once verified
+    std::optional<Hindrance> unsound;     ///< what its own check has found, once verified
     bool verified = false;
     std::unique_ptr<const TableRules> rules; ///< null if there are none
     bool rulesKnown = false;
@@ -73,6 +74,9 @@ struct Table::Parts {
             throw Error(Errc::conflict, "O registro foi excluído por outro usuário ou programa.");
         return storedRow(definition, *row);
     }
+
+    /// Why this table can't be changed, the file aside, or nothing. Reads its rules.
+    [[nodiscard]] std::optional<Hindrance> hindrance(Table& table);
 
     void requireKeys(const Table& table, const StoredRow& row) const;
     void requireUnique(std::span<const Index> indexes, const StoredRow& row,

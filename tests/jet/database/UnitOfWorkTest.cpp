@@ -210,7 +210,7 @@ TEST_P(EachUnitCall, DoesInEachStateWhatTheTableSays) {
     bringTo(before);
     const int seenBefore = seen();
     const bool turnBefore = turn.isWriting();
-    const auto error = errorOf([&] { call.make(work); });
+    const auto error = errorOf([&, &made = call] { made.make(work); });
     EXPECT_EQ(UnitOfWork::next(before, call.event),
               after ? std::optional(after->state) : std::nullopt);
     EXPECT_EQ(error, after ? std::nullopt : std::optional(Errc::misuse));
