@@ -9,16 +9,6 @@
 
 namespace jet {
 
-// What readers and writers of a definition's bytes have to agree on.
-inline constexpr std::size_t kDefinitionHeader = 8; ///< bytes of a page ahead of its part of it
-inline constexpr std::size_t kDefinitionLengthAt = 8;
-inline constexpr std::uint8_t kUserTable = 0x4E;
-inline constexpr std::uint8_t kSystemTable = 0x53;
-inline constexpr std::uint16_t kNoColumn = 0xFFFF;
-inline constexpr std::uint8_t kNoCascade = 4;
-inline constexpr std::uint32_t kDefinitionMark = 0x659; ///< Jet 4, again in every block
-inline constexpr std::uint32_t kIndexMark = 0x783;      ///< Jet 4
-
 /// One column of a table, as the file describes it.
 struct Column {
     std::string name;

@@ -46,10 +46,10 @@ protected:
         for (const std::string& name : connection.database().allTableNames()) {
             const jet::TableDefinition& table = connection.database().table(name).definition();
             const std::size_t columns = jet::number(table.page()) * format.pageSize +
-                                        format.definitionHeader +
-                                        table.realIndexes.size() * format.statisticsSize;
+                                        format.definition.size +
+                                        table.realIndexes.size() * format.statistics.size;
             for (std::size_t i = 0; i < table.columns.size(); ++i)
-                places.push_back(columns + i * format.columnSize + format.columnSortAt);
+                places.push_back(columns + i * format.column.size + format.column.language.at);
         }
         connection.Close();
         Patient file(path());

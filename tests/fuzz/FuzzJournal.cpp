@@ -47,11 +47,12 @@ std::span<const std::byte> pageOf(const Bytes& file, std::uint32_t page, const F
 }
 
 CommitPairs pairsOf(const Bytes& file, const Format& format) {
-    return CommitPairs(std::span(file).subspan(format.commitPairsAt).first<CommitPairs::kBytes>());
+    return CommitPairs(
+        std::span(file).subspan(format.header.commitPairs.at).first<CommitPairs::kBytes>());
 }
 
 void setPair(Bytes& file, const Format& format, std::size_t user, std::uint16_t value) {
-    store<std::uint16_t>(file.data() + format.commitPairsAt + 2 * user, value);
+    store<std::uint16_t>(file.data() + format.header.commitPairs.at + 2 * user, value);
 }
 
 Base makeBase(Version version) {

@@ -6,7 +6,7 @@
 ///
 ///     const std::vector<Damage> kDamages = {
 ///         error("row count", "o número de registros está errado", [](DamagedFile& file) {
-///             file.put<std::uint32_t>(file.cheques.page(), file.format().rowCountAt, 62);
+///             file.put<std::uint32_t>(file.cheques.page(), file.format().definition.rows.at, 62);
 ///             return file.cheques.page();
 ///         })};
 ///     TEST(Check, TellsThem) { expectTold(kDamages); }

@@ -110,24 +110,24 @@ PageNo DamagedFile::addPage() {
 }
 
 std::size_t DamagedFile::columnBlock(std::size_t column) const {
-    return format_.definitionHeader + cheques.realIndexes.size() * format_.statisticsSize +
-           column * format_.columnSize;
+    return format_.definition.size + cheques.realIndexes.size() * format_.statistics.size +
+           column * format_.column.size;
 }
 
 std::size_t DamagedFile::realIndexBlock(std::size_t index) {
     const RealIndex& real = cheques.realIndexes[index];
     const auto bytes = page(cheques.page());
-    for (std::size_t at = columnNames(); at + format_.realIndexSize < bytes.size(); ++at)
-        if (jet::load<std::uint32_t>(&bytes[at + format_.realIndexRootAt]) == number(real.root) &&
-            jet::load<std::uint32_t>(&bytes[at + format_.realIndexMapAt]) ==
+    for (std::size_t at = columnNames(); at + format_.realIndex.size < bytes.size(); ++at)
+        if (jet::load<std::uint32_t>(&bytes[at + format_.realIndex.root.at]) == number(real.root) &&
+            jet::load<std::uint32_t>(&bytes[at + format_.realIndex.map.at]) ==
                 static_cast<std::uint32_t>(packed(real.map)))
             return at;
     throw std::logic_error("the index isn't in the definition");
 }
 
 std::size_t DamagedFile::logicalIndexBlock(std::size_t index) {
-    return realIndexBlock(0) + cheques.realIndexes.size() * format_.realIndexSize +
-           index * format_.logicalIndexSize;
+    return realIndexBlock(0) + cheques.realIndexes.size() * format_.realIndex.size +
+           index * format_.logicalIndex.size;
 }
 
 void DamagedFile::setBit(RowId map, PageNo member, bool on) {

@@ -32,7 +32,7 @@ public:
     }
     /// Where a slot's entry stands on its page, and where its bytes.
     [[nodiscard]] std::size_t slotAt(std::size_t slot) const {
-        return format_.rowTableAt + 2 * slot;
+        return format_.dataPage.slot(slot).at;
     }
     [[nodiscard]] jet::Slot slot(jet::RowId id);
     [[nodiscard]] std::span<std::byte> bytesOf(jet::RowId id);
@@ -44,7 +44,7 @@ public:
     [[nodiscard]] std::size_t columnNames() const { return columnBlock(cheques.columns.size()); }
     /// The commit pair of a user (see CommitPairs.h).
     void putPair(std::size_t user, std::uint16_t value) {
-        put<std::uint16_t>(jet::PageNo{0}, format_.commitPairsAt + 2 * user, value);
+        put<std::uint16_t>(jet::PageNo{0}, format_.header.commitPairs.at + 2 * user, value);
     }
     void setBit(jet::RowId map, jet::PageNo page, bool on);
     void resize(std::size_t bytes) { bytes_.resize(bytes); }

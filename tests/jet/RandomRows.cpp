@@ -95,7 +95,7 @@ TableModel::TableModel(Database& database, const Table& table)
     : lastNumber(database.pager()
                      .read(table.definition().page())
                      .view()
-                     .i32(database.pager().format().autonumberAt)),
+                     .load(database.pager().format().definition.lastNumber)),
       indexes_(table.indexes().begin(), table.indexes().end()) {
     for (const Column& column : table.columns())
         types_.push_back(column.type);

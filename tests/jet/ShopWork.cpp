@@ -75,7 +75,7 @@ DiskImage halfDone(const DiskImage& before, const std::function<void(Database&)>
     std::size_t pairAt = 0;
     {
         Database file(kPath, on(disk));
-        pairAt = formatOf(file.version()).commitPairsAt + 2;
+        pairAt = formatOf(file.version()).header.commitPairs.at + 2;
         work(file);
     }
     PowerCut cut(before);

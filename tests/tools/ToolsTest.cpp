@@ -219,7 +219,7 @@ TEST_P(Tools, CheckTellsWhatIsWrongAndWhere) {
         jet::Database database(path);
         definition = database.table("cheques").definition().page();
         const jet::Format& format = database.pager().format();
-        at = number(definition) * format.pageSize + format.rowCountAt;
+        at = number(definition) * format.pageSize + format.definition.rows.at;
     }
     std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
     file.seekp(static_cast<std::streamoff>(at));

@@ -12,9 +12,7 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kPointersAt = 0x18; // where the maps and the system tables are
-constexpr std::size_t kPointersEnd = 0x30;
-constexpr std::uint32_t kFewestPages = 6; // header, map of free pages, four definitions
+constexpr std::uint32_t kFewestPages = kFirstUserDefinition;
 
 class FileCheck {
 public:
@@ -59,8 +57,9 @@ private:
             return;
         }
         const Bytes sound = buildHeader(header->version);
-        if (!std::equal(first.begin() + kPointersAt, first.begin() + kPointersEnd,
-                        sound.begin() + kPointersAt))
+        const Stretch places = format.header.places();
+        if (!std::ranges::equal(std::span(first).subspan(places.at, places.size),
+                                std::span(sound).subspan(places.at, places.size)))
             findings_.error(PageNo{0}, "cabeçalho",
                             "os lugares dos mapas e das tabelas de sistema estão errados");
 

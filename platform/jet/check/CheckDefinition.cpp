@@ -1,6 +1,7 @@
 #include "jet/check/CheckDefinition.h"
 
 #include "jet/Names.h"
+#include "jet/row/DefinitionReader.h"
 
 #include <algorithm>
 #include <set>
@@ -8,17 +9,6 @@
 namespace jet {
 
 namespace {
-
-constexpr std::size_t kNextPageAt = 4;
-constexpr std::size_t kPageHeader = 8;
-constexpr std::size_t kLengthAt = 8;
-constexpr std::size_t kMarkAt = 12; // Jet 4: repeated in every column and logical index
-constexpr std::uint32_t kMark = 0x659;
-constexpr std::uint32_t kIndexMark = 0x783;
-constexpr std::uint16_t kJet3Mark = 0x4356; // "VC"
-constexpr std::uint8_t kUserTable = 0x4E;
-constexpr std::uint8_t kSystemTable = 0x53;
-constexpr std::uint16_t kListEnd = 0xFFFF;
 
 /// The definition's bytes as they stand, read apart from the parser that everybody else uses.
 class RawDefinition {
@@ -34,16 +24,17 @@ public:
                 return false;
             const PageRef page = context_.pager.read(at);
             const ByteView view = page.view();
-            if (page.kind() != PageKind::definition || view.u8(1) != 1) {
+            if (!isPage(page.bytes().data(), PageKind::definition)) {
                 error("a página não é de definição de tabela", {}, at);
                 return false;
             }
-            if (format_.isJet3() && view.u16(2) != kJet3Mark)
+            if (format_.isJet3() &&
+                view.load(DefinitionPageLayout::freeBytes) != kDefinitionPageMark)
                 error("a marca da página de definição está errada", {}, at);
-            const auto part = view.from(pages_ == 0 ? 0 : kPageHeader);
+            const auto part = view.from(pages_ == 0 ? 0 : DefinitionPageLayout::size);
             bytes_.insert(bytes_.end(), part.begin(), part.end());
             ++pages_;
-            at = static_cast<PageNo>(view.u32(kNextPageAt));
+            at = view.load(DefinitionPageLayout::next);
             if (number(at) == 0)
                 return true;
         }
@@ -52,60 +43,44 @@ public:
     /// Walks the blocks from one end to the other.
     /// @throws Error{corrupt} where the definition ends too early.
     void walk() {
+        const DefinitionLayout& layout = format_.definition;
         const ByteView all(bytes_, first_);
-        const std::uint32_t length = all.u32(kLengthAt);
+        const std::uint32_t length = all.load(layout.length);
         const ByteView view(all.sub(0, length), first_);
-        if (!format_.isJet3())
-            requireMark(view.u32(kMarkAt), kMark);
-        const std::uint8_t kind = view.u8(format_.tableKindAt);
+        requireMark(view, layout.mark, kDefinitionMark);
+        const std::uint8_t kind = view.load(layout.kind);
         if (kind != kUserTable && kind != kSystemTable)
             error("a definição não diz se a tabela é do usuário ou do sistema");
-        const std::size_t columns = view.u16(format_.columnsAt);
-        const std::size_t logical = view.u32(format_.logicalIndexesAt);
-        const std::size_t real = view.u32(format_.realIndexesAt);
+        const std::size_t columns = view.load(layout.columns);
+        const std::size_t logical = view.load(layout.logicalIndexes);
+        const std::size_t real = view.load(layout.realIndexes);
 
         // Counts come from the file: every step moves on inside `length`, or throws.
-        std::size_t at = format_.definitionHeader;
-        const auto block = [&](std::size_t size) {
-            const ByteView part(view.sub(at, size), first_);
-            at += size;
-            return part;
-        };
-        const auto skipNames = [&](std::size_t count) {
-            for (std::size_t i = 0; i < count; ++i)
-                (void)block(format_.nameLengthSize == 1 ? block(1).u8(0) : block(2).u16(0));
-        };
+        DefinitionReader reader(format_, view);
+        reader.skip(real, format_.statistics.size);
+        for (std::size_t i = 0; i < columns; ++i)
+            requireMark(reader.block(format_.column.size), format_.column.mark, kDefinitionMark);
+        reader.skipNames(columns);
         for (std::size_t i = 0; i < real; ++i)
-            (void)block(format_.statisticsSize);
-        for (std::size_t i = 0; i < columns; ++i) {
-            const ByteView column = block(format_.columnSize);
-            if (!format_.isJet3())
-                requireMark(column.u32(1), kMark);
-        }
-        skipNames(columns);
-        for (std::size_t i = 0; i < real; ++i) {
-            const ByteView index = block(format_.realIndexSize);
-            if (!format_.isJet3())
-                requireMark(index.u32(0), kIndexMark);
-        }
+            requireMark(reader.block(format_.realIndex.size), format_.realIndex.mark, kIndexMark);
         std::set<std::uint32_t> numbers;
         for (std::size_t i = 0; i < logical; ++i) {
-            const ByteView index = block(format_.logicalIndexSize);
-            if (!format_.isJet3())
-                requireMark(index.u32(0), kMark);
-            if (!numbers.insert(index.u32(format_.logicalIndexAt)).second)
+            const ByteView index = reader.block(format_.logicalIndex.size);
+            requireMark(index, format_.logicalIndex.mark, kDefinitionMark);
+            if (!numbers.insert(index.load(format_.logicalIndex.number)).second)
                 error("dois índices têm o mesmo número");
         }
-        skipNames(logical);
-        while (block(2).u16(0) != kListEnd)
-            (void)block(8);
-        if (at != length)
+        reader.skipNames(logical);
+        while (reader.longValueMaps()) {
+        }
+        if (reader.at() != length)
             error("o tamanho da definição está errado",
-                  "diz " + std::to_string(length) + ", são " + std::to_string(at));
-        if (pages_ > 1 && length <= bytes_.size() - (format_.pageSize - kPageHeader))
+                  "diz " + std::to_string(length) + ", são " + std::to_string(reader.at()));
+        const std::size_t perPage = format_.pageSize - DefinitionPageLayout::size;
+        if (pages_ > 1 && length <= bytes_.size() - perPage)
             context_.findings.warning(first_, where_, "a definição tem páginas de sobra");
         if (!format_.isJet3() && pages_ == 1 &&
-            view.u16(2) != format_.pageSize - kPageHeader - length)
+            view.load(DefinitionPageLayout::freeBytes) != perPage - length)
             context_.findings.warning(first_, where_,
                                       "os bytes livres da página de definição estão errados");
     }
@@ -115,8 +90,9 @@ private:
     void error(const char* what, const std::string& detail, PageNo page) {
         context_.findings.error(page, where_, what, detail);
     }
-    void requireMark(std::uint32_t found, std::uint32_t expected) {
-        if (found != expected)
+    void requireMark(const ByteView& block, MaybeField<std::uint32_t> mark,
+                     std::uint32_t expected) {
+        if (mark && block.load(*mark) != expected)
             error("uma constante da definição está errada");
     }
 
@@ -141,7 +117,7 @@ void checkParsed(const CheckContext& context, const TableDefinition& table,
     std::set<std::string> columns;
     std::set<std::uint16_t> longValues;
     const Format& format = context.pager.format();
-    const std::size_t mostFixed = format.pageSize - format.rowTableAt - 2;
+    const std::size_t mostFixed = format.pageSize - format.dataPage.slot(1).at;
     for (const Column& column : table.columns) {
         requireUnique(columns, column.name, "duas colunas têm o mesmo nome");
         if (isLongValue(column.type))

@@ -9,8 +9,6 @@ namespace jet {
 
 namespace {
 
-constexpr RowId kFreeMap{PageNo{1}, 0};
-constexpr RowId kSecondMap{PageNo{1}, 1};
 constexpr const char* kFreePages = "mapa de páginas livres";
 
 std::string both(std::uint64_t said, std::uint64_t found) {
@@ -26,10 +24,8 @@ std::string placeOf(RowId id) {
 bool checkDataPage(const Format& format, const PageRef& page, std::uint32_t owner,
                    const std::string& where, Findings& findings, std::vector<Slot>& slots) {
     slots.clear();
-    const ByteView view = page.view();
-    const std::size_t count = view.u16(format.slotCountAt);
-    if (page.kind() != PageKind::data || view.u8(1) != 1 ||
-        count > (format.pageSize - format.rowTableAt) / 2) {
+    const std::size_t count = page.view().load(format.dataPage.slotCount);
+    if (!isPage(page.bytes().data(), PageKind::data) || count > format.mostSlots()) {
         findings.error(page.page(), where, "a página não é uma página de dados");
         return false;
     }
@@ -121,8 +117,8 @@ std::optional<PageLedger::Pages> PageLedger::readMap(RowId map, const std::strin
     const PageRef page = pager_.read(map.page);
     if (owners_[number(map.page)] != mapPages_) {
         std::vector<Slot> slots;
-        if (!checkDataPage(pager_.format(), page, map.page == kFreeMap.page ? 1 : 0, where,
-                           findings_, slots) ||
+        const std::uint32_t owner = map.page == kMapsOfFile ? number(kMapsOfFile) : kMapOwner;
+        if (!checkDataPage(pager_.format(), page, owner, where, findings_, slots) ||
             !claim(map.page, mapPages_))
             return std::nullopt;
     }
@@ -132,26 +128,28 @@ std::optional<PageLedger::Pages> PageLedger::readMap(RowId map, const std::strin
     } catch (const Error&) {
         return fail("o mapa de páginas não está no seu lugar");
     }
-    if (slot.kind != SlotKind::row || slot.bytes.size() < kBitmapAt)
+    if (slot.kind != SlotKind::row || slot.bytes.size() < MapRowLayout::bitmap)
         return fail("o mapa de páginas está incompleto");
 
     Pages pages;
-    const std::span<const std::byte> rest = slot.bytes.subspan(1);
-    if (slot.bytes[0] == std::byte{0}) {
-        const auto first = load<std::uint32_t>(rest.data());
-        readBitmap(rest.subspan(4), first, isFreeMap, map.page, where, pages);
+    const std::byte* const row = slot.bytes.data();
+    const MapType type = load(row, MapRowLayout::type);
+    if (type == MapType::bitmap) {
+        const std::uint32_t first = number(load(row, MapRowLayout::first));
+        const auto bits = slot.bytes.subspan(MapRowLayout::bitmap);
+        readBitmap(bits, first, isFreeMap, map.page, where, pages);
         if (isFreeMap)
-            for (std::uint64_t beyond = first + 8 * (rest.size() - 4); beyond < owners_.size();
-                 ++beyond)
+            for (std::uint64_t beyond = first + 8 * bits.size(); beyond < owners_.size(); ++beyond)
                 pages.push_back(static_cast<std::uint32_t>(beyond));
         return pages;
     }
-    if (slot.bytes[0] != std::byte{1} || rest.size() % 4 != 0)
+    const std::size_t parts = MapRowLayout::referencesIn(slot.bytes.size());
+    if (type != MapType::reference || slot.bytes.size() != MapRowLayout::reference(parts).at)
         return fail("o mapa de páginas é de tipo desconhecido");
-    const std::size_t partBits = pager_.format().mapPageBits();
-    for (std::size_t part = 0; part * 4 < rest.size(); ++part) {
+    const std::size_t partBits = MapPageLayout::bits(pager_.format());
+    for (std::size_t part = 0; part < parts; ++part) {
         const std::uint64_t first = part * partBits;
-        const auto at = static_cast<PageNo>(load<std::uint32_t>(rest.data() + 4 * part));
+        const PageNo at = load(row, MapRowLayout::reference(part));
         if (number(at) == 0) {
             for (std::uint64_t k = first;
                  isFreeMap && k < std::min<std::uint64_t>(first + partBits, owners_.size()); ++k)
@@ -161,16 +159,17 @@ std::optional<PageLedger::Pages> PageLedger::readMap(RowId map, const std::strin
         if (!claim(at, mapPages_))
             continue;
         const PageRef bits = pager_.read(at);
-        if (bits.kind() != PageKind::usageMap || bits.view().u8(1) != 1)
+        if (!isPage(bits.bytes().data(), PageKind::usageMap))
             findings_.error(at, where, "a página não é uma página de mapa");
         else
-            readBitmap(bits.bytes().subspan(kMapPageHeader), first, isFreeMap, at, where, pages);
+            readBitmap(bits.bytes().subspan(MapPageLayout::bitmap), first, isFreeMap, at, where,
+                       pages);
     }
     return pages;
 }
 
 void PageLedger::readFreePages() {
-    if (const auto pages = readMap(kFreeMap, kFreePages, true))
+    if (const auto pages = readMap(kFreePagesMap, kFreePages, true))
         for (const std::uint32_t page : *pages)
             free_[page] = true;
     (void)readMap(kSecondMap, "segundo mapa do arquivo", true);

@@ -1,6 +1,5 @@
 #include "jet/check/CheckTable.h"
 
-#include "jet/index/TableBuilder.h"
 #include "jet/page/DataPage.h"
 
 #include <algorithm>
@@ -72,7 +71,8 @@ void TableCheck::checkPage(PageNo page) {
             rows_.push_back(key);
             PageRef other;
             if (const auto row = target(id, slots[i].bytes, other)) {
-                targets_.push_back(load<std::uint32_t>(slots[i].bytes.data()));
+                targets_.push_back(
+                    static_cast<PackedRow>(packed(load(slots[i].bytes.data(), kMovedTo))));
                 checkRow(*row, id);
             } else {
                 error(page, "uma linha mudou para um lugar onde não está",
@@ -87,9 +87,9 @@ void TableCheck::checkPage(PageNo page) {
 
 std::optional<std::span<const std::byte>>
 TableCheck::target(RowId pointer, std::span<const std::byte> row, PageRef& page) {
-    if (row.size() < 4)
+    if (row.size() < kMovedTo.size)
         return std::nullopt;
-    const RowId id = unpacked(load<std::uint32_t>(row.data()));
+    const RowId id = load(row.data(), kMovedTo);
     if (id == pointer || !context_.ledger.has(owner_, id.page))
         return std::nullopt;
     page = context_.pager.read(id.page);
@@ -190,7 +190,7 @@ void TableCheck::compareMoved() {
 void TableCheck::checkCounters() {
     const PageRef page = context_.pager.read(definition_.page());
     const Format& format = context_.pager.format();
-    const std::uint32_t said = page.view().u32(format.rowCountAt);
+    const std::uint32_t said = page.view().load(format.definition.rows);
     if (said != rows_.size()) {
         const std::string detail =
             "diz " + std::to_string(said) + ", são " + std::to_string(rows_.size());
@@ -200,7 +200,7 @@ void TableCheck::checkCounters() {
         else
             context_.findings.warning(definition_.page(), where_, what, detail);
     }
-    const std::int32_t last = page.view().i32(format.autonumberAt);
+    const std::int32_t last = page.view().load(format.definition.lastNumber);
     if (largestNumber_ > last)
         error(definition_.page(), "a numeração está atrasada",
               "está em " + std::to_string(last) + ", o maior número é " +

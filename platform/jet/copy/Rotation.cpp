@@ -50,7 +50,7 @@ std::optional<Extent> extentOf(const std::filesystem::path& database, Disk& disk
         Pager& pager = file.pager();
         for (const std::string& name : file.tableNames()) {
             const PageRef page = pager.read(file.table(name).definition().page());
-            extent.entries += page.view().i32(pager.format().autonumberAt);
+            extent.entries += page.view().load(pager.format().definition.lastNumber);
         }
         const CommitPairs pairs(pager.file(), pager.format());
         for (std::size_t user = 0; user < CommitPairs::kUsers; ++user)

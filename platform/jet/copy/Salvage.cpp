@@ -61,8 +61,8 @@ private:
 void enterUnlisted(const UnnamedFile& copy, const SourceFile& source,
                    const std::vector<RewrittenTable>& tables) {
     Database database(copy.path(), {false, {}, source.header().password, &copy.disk()});
-    Table objects(database, "MSysObjects", PageNo{2});
-    Table rights(database, "MSysACEs", PageNo{3});
+    Table objects(database, "MSysObjects", kObjectsPage);
+    Table rights(database, "MSysACEs", kRightsPage);
     Transaction changes(database);
     completeCatalog(objects, rights, newAccounts(source.header().version));
     for (const RewrittenTable& table : tables)

@@ -12,30 +12,22 @@ namespace jet {
 namespace {
 
 constexpr PageKind kUnreadableKind{0xFF};
-constexpr RowId kFreeMap{PageNo{1}, 0};
-constexpr std::size_t kPointersAt = 0x18; // where the maps and the system tables are: alike in all
-constexpr std::size_t kPointersEnd = 0x30;
-constexpr std::ptrdiff_t kCodePageAt = 0x3C;
-constexpr std::uint32_t kJet3Definition = 0x43560102; // kind 2, 1, "VC"
-
 /// The version of a file whose header is gone: in Jet 3 the first definition stands at 4 kB and
 /// says so.
 Version guessedVersion(const File& file) {
-    const Format& small = formatOf(Version::jet3);
-    std::byte head[4]{};
-    if (file.size() >= 3 * small.pageSize)
-        file.read(2 * small.pageSize, head);
-    return load<std::uint32_t>(head) == kJet3Definition ? Version::jet3 : Version::jet4;
+    const std::uint64_t pageSize = formatOf(Version::jet3).pageSize;
+    std::byte head[DefinitionPageLayout::size]{};
+    if (file.size() >= (number(kObjectsPage) + 1) * pageSize)
+        file.read(number(kObjectsPage) * pageSize, head);
+    return isPage(head, PageKind::definition) &&
+                   load(head, DefinitionPageLayout::freeBytes) == kDefinitionPageMark
+               ? Version::jet3
+               : Version::jet4;
 }
 
-/// Whether the file's beginning says in so many words which program's it is.
-bool namesItsFormat(std::span<const std::byte> first) {
-    constexpr std::size_t kNameAt = 4;
-    for (const std::string_view name : {"Standard Jet DB", "Standard ACE DB", "MSISAM Database"})
-        if (first.size() > kNameAt + name.size() &&
-            std::memcmp(first.data() + kNameAt, name.data(), name.size()) == 0)
-            return true;
-    return false;
+/// Puts a part of one page in the place of the same part of another.
+void copyPart(Stretch part, const Bytes& from, Bytes& to) {
+    std::memcpy(to.data() + part.at, from.data() + part.at, part.size);
 }
 
 } // namespace
@@ -101,10 +93,9 @@ void SourceFile::readHeader(const File& file) {
                       "o arquivo novo pede a mesma senha que o cabeçalho do danificado tem"});
     const Format& format = formatOf(header_.version);
     const Bytes sound = buildHeader(header_.version);
-    std::copy(sound.begin() + kPointersAt, sound.begin() + kPointersEnd,
-              newHeader_.begin() + kPointersAt);
+    copyPart(format.header.places(), sound, newHeader_);
     if (damaged() && !isKnownCodePage()) {
-        std::copy_n(sound.begin() + kCodePageAt, 2, newHeader_.begin() + kCodePageAt);
+        copyPart(format.header.codePage, sound, newHeader_);
         header_.codePage = parseHeader(newHeader_).codePage;
         losses_.tell({Loss::What::note,
                       "",
@@ -113,7 +104,7 @@ void SourceFile::readHeader(const File& file) {
                       "a página de código do arquivo não existe; ficou a 1252"});
     }
     const CommitPairs pairs(std::span<const std::byte>(newHeader_)
-                                .subspan(format.commitPairsAt)
+                                .subspan(format.header.commitPairs.at)
                                 .first<CommitPairs::kBytes>());
     if (damaged() && pairs.find(CommitPairs::kWriting))
         losses_.tell({Loss::What::note,
@@ -123,7 +114,8 @@ void SourceFile::readHeader(const File& file) {
                       "um programa foi interrompido enquanto gravava: o que ele mudava pode estar "
                       "pela metade"});
     for (std::size_t i = 0; i < CommitPairs::kUsers; ++i)
-        store<std::uint16_t>(newHeader_.data() + format.commitPairsAt + 2 * i, CommitPairs::kFirst);
+        store(newHeader_.data() + format.header.commitPairs.at, CommitPairs::pair(i),
+              CommitPairs::kFirst);
 }
 
 bool SourceFile::isKnownCodePage() const {
@@ -154,7 +146,7 @@ void SourceFile::survey() {
     for (std::uint32_t i = 0; i < pager_->pageCount(); ++i)
         if (const auto ref = page(static_cast<PageNo>(i))) {
             kinds_[i] = ref->kind();
-            owners_[i] = ref->view().u32(4);
+            owners_[i] = ref->view().load(format().dataPage.owner);
         } else {
             losses_.tell({Loss::What::note,
                           "",
@@ -166,7 +158,7 @@ void SourceFile::survey() {
 
 void SourceFile::readFreeMap() {
     try {
-        const UsageMap map(*pager_, kFreeMap, UsageMap::Kind::global);
+        const UsageMap map(*pager_, kFreePagesMap, UsageMap::Kind::global);
         for (auto at = map.next(0); at; at = map.next(number(*at) + 1))
             free_[number(*at)] = true;
         // A map that gives the very first pages away is no map.
@@ -175,13 +167,13 @@ void SourceFile::readFreeMap() {
                             std::min<std::ptrdiff_t>(kFirstUserDefinition,
                                                      static_cast<std::ptrdiff_t>(free_.size())),
                         [](bool free) { return free; }))
-            corrupt(kFreeMap.page, "o mapa de páginas livres contém uma página em uso");
+            corrupt(kFreePagesMap.page, "o mapa de páginas livres contém uma página em uso");
     } catch (const Error&) {
         std::fill(free_.begin(), free_.end(), false);
         losses_.tell(
             {Loss::What::note,
              "",
-             kFreeMap.page,
+             kFreePagesMap.page,
              {},
              "o mapa de páginas livres está danificado: registros excluídos podem voltar"});
     }

@@ -1,6 +1,5 @@
 #include "jet/copy/SourceTable.h"
 
-#include "jet/index/TableBuilder.h"
 #include "jet/page/DataPage.h"
 #include "jet/page/UsageMap.h"
 #include "jet/row/RowEncoder.h"
@@ -135,9 +134,9 @@ void SourceTable::visitPointer(RowId id, std::span<const std::byte> pointer) {
     const auto lost = [&] {
         tell(Loss::What::row, id.page, id.slot, "a linha mudou para um lugar onde não está");
     };
-    if (pointer.size() < 4)
+    if (pointer.size() < kMovedTo.size)
         return lost();
-    const RowId target = unpacked(load<std::uint32_t>(pointer.data()));
+    const RowId target = load(pointer.data(), kMovedTo);
     const auto ref = file_.page(target.page);
     if (!ref || ref->kind() != PageKind::data || (file_.damaged() && targets_.contains(target)))
         return lost();

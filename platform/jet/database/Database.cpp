@@ -6,6 +6,7 @@
 #include "jet/database/DatabaseParts.h"
 #include "jet/index/TableBuilder.h"
 #include "jet/page/DataPage.h"
+#include "jet/page/MapLayout.h"
 #include "jet/row/SystemTables.h"
 
 #include <algorithm>
@@ -66,7 +67,7 @@ NewColumn newColumn(const ColumnSpec& spec, Version version) {
     const bool isJet3 = version == Version::jet3;
     NewColumn column{spec.name,
                      spec.type,
-                     ColumnFlags::userColumn,
+                     ColumnFlags::always,
                      fixedLength(spec.type),
                      spec.compressed && isText(spec.type) && !isJet3,
                      spec.precision,
@@ -173,15 +174,15 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
         file.write(0, buildHeader(version));
         // Page 1: the map of free pages (all, from page 2 on) and a second, empty one.
         Bytes maps(format.pageSize);
-        DataPageEditor::format(format, maps, 1);
-        Bytes row(5 + format.mapBitmap);
-        DataPageEditor editor(format, maps, PageNo{1});
+        DataPageEditor::format(format, maps, number(kMapsOfFile));
+        Bytes row = emptyMap(format);
+        DataPageEditor editor(format, maps, kMapsOfFile);
         const Bytes empty = row;
-        std::fill(row.begin() + 5, row.end(), std::byte{0xFF});
-        row[5] = std::byte{0xFC};
+        for (std::size_t page = number(kObjectsPage); page < 8 * format.mapBitmap; ++page)
+            setBit(std::span(row).subspan(MapRowLayout::bitmap), page);
         editor.add(row);
         editor.add(empty);
-        file.write(format.pageSize, maps);
+        file.write(number(kMapsOfFile) * format.pageSize, maps);
 
         const TextSettings texts;
         Database made;

@@ -74,8 +74,7 @@ std::optional<std::size_t> Table::primaryKey() const noexcept {
 }
 
 std::int64_t Table::rowCount() const {
-    return parts_->pager.look(
-        [&] { return parts_->counter<std::uint32_t>(parts_->format().rowCountAt); });
+    return parts_->pager.look([&] { return parts_->counter(parts_->format().definition.rows); });
 }
 
 RowCursor Table::scan() const { return {parts_->pager, parts_->definition}; }

@@ -108,7 +108,7 @@ void Table::Parts::requireUnique(std::span<const Index> indexes, const StoredRow
 }
 
 void Table::Parts::settleLongValues(StoredRow& row) {
-    const bool inRow = rowSize(format(), definition, row, true) <= format().largestRow;
+    const bool inRow = rowSize(format(), definition, row, true) <= format().row.largest;
     if (!inRow)
         for (std::size_t i = 0; i < row.size(); ++i)
             // What other long values keep in the row has to go out as well.
@@ -140,8 +140,8 @@ void Table::Parts::releaseLongValues(const StoredRow& old, const StoredRow* row)
 
 void Table::Parts::addKey(std::size_t index, const Bytes& key, RowId id) {
     if (!trees[index].hasKey(key)) {
-        const std::size_t at = distinctKeysAt(index);
-        setCounter<std::uint32_t>(at, counter<std::uint32_t>(at) + 1);
+        const auto distinct = distinctKeys(index);
+        setCounter(distinct, counter(distinct) + 1);
     }
     trees[index].insert(pages, key, id);
 }
@@ -152,7 +152,7 @@ void Table::Parts::takeNumber(StoredRow& row) {
             row[i] = encodeField(definition.columns[i], Guid::random());
         if (!definition.columns[i].autonumber)
             continue;
-        const auto last = counter<std::int32_t>(format().autonumberAt);
+        const auto last = counter(format().definition.lastNumber);
         if (!row[i].present) {
             if (last == std::numeric_limits<std::int32_t>::max())
                 throw Error(Errc::full, "A numeração do campo \"" + definition.columns[i].name +
@@ -164,12 +164,11 @@ void Table::Parts::takeNumber(StoredRow& row) {
 }
 
 void Table::Parts::noteNumber(const StoredRow& row) {
-    const std::size_t at = format().autonumberAt;
+    const auto last = format().definition.lastNumber;
     for (std::size_t i = 0; i < row.size(); ++i)
         if (definition.columns[i].autonumber && row[i].present)
-            if (const auto mine = load<std::int32_t>(row[i].bytes.data());
-                mine > counter<std::int32_t>(at))
-                setCounter<std::int32_t>(at, mine);
+            if (const auto mine = load<std::int32_t>(row[i].bytes.data()); mine > counter(last))
+                setCounter(last, mine);
 }
 
 std::vector<bool> Table::Parts::changedFields(const StoredRow& old, const StoredRow& row) const {
@@ -251,8 +250,8 @@ RowId Table::addRow(StoredRow row, Consequences& all) {
     for (std::size_t i = 0; i < keys.size(); ++i)
         if (keys[i])
             my.addKey(i, *keys[i], id);
-    my.setCounter<std::uint32_t>(my.format().rowCountAt,
-                                 my.counter<std::uint32_t>(my.format().rowCountAt) + 1);
+    const auto rows = my.format().definition.rows;
+    my.setCounter(rows, my.counter(rows) + 1);
     if (my.rules)
         my.rules->accept(id, std::vector<bool>(row.size(), true), {}, all);
     my.noteCatalogChange();
@@ -327,8 +326,9 @@ void Table::eraseRow(RowId id, Consequences& all) {
             my.trees[i].erase(my.pages, *key, id);
     RowStore(my.pager, my.pages, my.definition).remove(id);
     my.releaseLongValues(old, nullptr);
-    const auto rows = my.counter<std::uint32_t>(my.format().rowCountAt);
-    my.setCounter<std::uint32_t>(my.format().rowCountAt, rows - (rows > 0 ? 1 : 0));
+    const auto rows = my.format().definition.rows;
+    const std::uint32_t count = my.counter(rows);
+    my.setCounter(rows, count - (count > 0 ? 1 : 0));
     if (my.rules)
         my.rules->gone(parentKeys, all);
     my.noteCatalogChange();

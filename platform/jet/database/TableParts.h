@@ -95,16 +95,16 @@ struct Table::Parts {
     void noteCatalogChange();
 
     template <class T>
-    [[nodiscard]] T counter(std::size_t at) const {
+    [[nodiscard]] T counter(Field<T> field) const {
         definition.requireThere();
-        return load<T>(pager.read(definition.page()).bytes().data() + at);
+        return load(pager.read(definition.page()).bytes().data(), field);
     }
     template <class T>
-    void setCounter(std::size_t at, T value) {
-        store<T>(pager.change(definition.page()).data() + at, value);
+    void setCounter(Field<T> field, std::type_identity_t<T> value) {
+        store(pager.change(definition.page()).data(), field, value);
     }
-    [[nodiscard]] std::size_t distinctKeysAt(std::size_t index) const {
-        return format().definitionHeader + index * format().statisticsSize + 4;
+    [[nodiscard]] Field<std::uint32_t> distinctKeys(std::size_t index) const {
+        return {format().statisticsAt(index) + format().statistics.distinctKeys.at};
     }
 };
 

@@ -124,12 +124,14 @@ private:
 
     /// Nodes are linked with those under the same node only.
     void link(std::span<const Child> nodes) {
+        const IndexPageLayout& layout = file_.format().indexPage;
+        const std::size_t at = layout.previous.at;
         for (std::size_t i = 0; i < nodes.size(); ++i) {
-            Bytes links(file_.format().indexTailAt - file_.format().indexPreviousAt);
-            store<std::uint32_t>(links.data(), i > 0 ? number(nodes[i - 1].page) : 0);
-            store<std::uint32_t>(links.data() + 4,
-                                 i + 1 < nodes.size() ? number(nodes[i + 1].page) : 0);
-            file_.writeInto(nodes[i].page, file_.format().indexPreviousAt, links);
+            Bytes links(layout.next.end() - at);
+            store(links.data(), Field<PageNo>{0}, i > 0 ? nodes[i - 1].page : kNoPage);
+            store(links.data(), Field<PageNo>{layout.next.at - at},
+                  i + 1 < nodes.size() ? nodes[i + 1].page : kNoPage);
+            file_.writeInto(nodes[i].page, at, links);
         }
     }
 

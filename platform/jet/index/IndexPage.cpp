@@ -54,22 +54,20 @@ std::strong_ordering compare(const IndexPoint& a, const IndexPoint& b) noexcept 
 
 IndexPage::IndexPage(const Format& format, ByteView page) noexcept
     : format_(&format), bytes_(page.bytes().data()), page_(page.page()) {
-    const std::size_t maskBits = (format.indexDataAt - format.indexMaskAt) * 8;
-    used_ = static_cast<std::uint16_t>(placeAtOrBefore(maskBits - 1));
+    used_ = static_cast<std::uint16_t>(placeAtOrBefore(layout().mask.size * 8 - 1));
     if (used_ != 0)
-        prefix_ = format.indexPrefixSize == 1 ? u8(format.indexPrefixAt)
-                                              : load<std::uint16_t>(bytes_ + format.indexPrefixAt);
+        prefix_ = static_cast<std::uint16_t>(load(bytes_, layout().prefix));
 }
 
 const char* IndexPage::flaw(PageNo owner) const noexcept {
-    const auto kind = static_cast<PageKind>(u8(0));
+    const PageKind kind = load(bytes_, PageHead::kind);
     if (kind != PageKind::indexLeaf && kind != PageKind::indexNode)
         return "era esperada uma página de índice";
-    if (link(4) != owner)
+    if (load(bytes_, layout().owner) != owner)
         return "a página de índice é de outra tabela";
     if (isLeaf() ? level() != 0 : level() > kMaxLevel)
         return "o nível da página de índice não combina com o seu tipo";
-    if (used_ > format_->indexCapacity() || (u8(format_->indexMaskAt) & 1U) != 0)
+    if (used_ > format_->indexCapacity() || hasBit({mask(), 1}, 0))
         return "a máscara de entradas do índice é inválida";
     if (used_ != 0 && prefix_ > after(0))
         return "o prefixo do índice é maior que a primeira entrada";
@@ -87,14 +85,12 @@ IndexPage IndexPage::open(const Format& format, ByteView page, PageNo owner) {
     return found;
 }
 
-std::size_t IndexPage::freeField() const noexcept { return load<std::uint16_t>(bytes_ + 2); }
+std::size_t IndexPage::freeField() const noexcept { return load(bytes_, layout().freeBytes); }
 
-std::size_t IndexPage::after(std::size_t at) const noexcept {
-    return bitAtOrAfter(bytes_ + format_->indexMaskAt, at + 1);
-}
+std::size_t IndexPage::after(std::size_t at) const noexcept { return bitAtOrAfter(mask(), at + 1); }
 
 std::size_t IndexPage::placeAtOrBefore(std::size_t at) const noexcept {
-    return bitAtOrBefore(bytes_ + format_->indexMaskAt, at);
+    return bitAtOrBefore(mask(), at);
 }
 
 std::size_t IndexPage::before(std::size_t at) const noexcept { return placeAtOrBefore(at - 1); }
@@ -115,7 +111,7 @@ std::size_t IndexPage::indexOf(std::size_t at) const noexcept {
 
 std::span<const std::byte> IndexPage::bytesOf(std::size_t at, std::size_t end,
                                               EntryBuffer& buffer) const noexcept {
-    const std::byte* data = bytes_ + format_->indexDataAt;
+    const std::byte* data = entries();
     if (at == 0 || prefix_ == 0)
         return {data + at, end - at};
     std::memcpy(buffer.data(), data, prefix_);
@@ -124,7 +120,7 @@ std::span<const std::byte> IndexPage::bytesOf(std::size_t at, std::size_t end,
 }
 
 void IndexPage::copy(std::size_t at, std::size_t end, Bytes& into) const {
-    const std::byte* data = bytes_ + format_->indexDataAt;
+    const std::byte* data = entries();
     const std::size_t prefix = at == 0 ? 0 : prefix_;
     into.resize(prefix + (end - at));
     std::memcpy(into.data(), data, prefix);
@@ -180,7 +176,7 @@ bool IndexPage::hasRoom(std::size_t at, std::span<const std::byte> entry) const 
     const bool shares =
         at == 0 ? entry.size() >= prefix_ && after(0) > prefix_ : entry.size() > prefix_;
     return shares && entry.size() - prefix_ <= room &&
-           std::memcmp(entry.data(), bytes_ + format_->indexDataAt, prefix_) == 0;
+           std::memcmp(entry.data(), entries(), prefix_) == 0;
 }
 
 } // namespace jet

@@ -34,18 +34,10 @@ using EntryBuffer = std::array<std::byte, 4096>;
 /// One page of an index, read where it stands: nothing is copied or decoded ahead of need. The
 /// bytes must outlive it.
 ///
-///     offset Jet 3 / Jet 4   meaning
-///      0 /  0   u8    kind: 3 node, 4 leaf
-///      1 /  1   u8    1
-///      2 /  2   u16   free bytes: capacity - used
-///      4 /  4   u32   definition page of the table
-///      8 / 12   u32   previous page of the level, 0 none
-///     12 / 16   u32   next page of the level
-///     16 / 20   u32   tail child of a node: the child after all entries
-///     20 / 24   u8 / u16   shared prefix: bytes of the first entry that all the others lack
-///     21 / 26   u8    level: 0 for leaves, 1 above them, ... Some writers leave it 0 everywhere
-///     22 / 27   mask: bit k is set when an entry ends at offset k of the data
-///    248 / 480  data: the entries, without gaps
+/// Its fields are told in IndexPageLayout. The level is 0 for leaves, 1 above them, ...; some
+/// writers leave it 0 everywhere. The shared prefix are the bytes of the first entry that all the
+/// others lack. Bit k of the mask is set when an entry ends at offset k of the entries, which have
+/// no gaps; the tail child of a node is the child after all entries.
 ///
 /// An entry is key bytes, page (3) and slot (1) of the row, and in a node the child page (4), all
 /// big-endian. Entries are known by their place: the offset in the data where they begin, from 0 to
@@ -64,14 +56,14 @@ public:
 
     [[nodiscard]] PageNo page() const noexcept { return page_; }
     [[nodiscard]] bool isLeaf() const noexcept {
-        return static_cast<PageKind>(u8(0)) == PageKind::indexLeaf;
+        return load(bytes_, PageHead::kind) == PageKind::indexLeaf;
     }
     /// 0 for leaves, and for nodes of a writer that left the field out.
-    [[nodiscard]] unsigned level() const noexcept { return u8(format_->indexLevelAt); }
+    [[nodiscard]] unsigned level() const noexcept { return load(bytes_, layout().level); }
     /// 0 for none.
-    [[nodiscard]] PageNo previous() const noexcept { return link(format_->indexPreviousAt); }
-    [[nodiscard]] PageNo next() const noexcept { return link(format_->indexNextAt); }
-    [[nodiscard]] PageNo tail() const noexcept { return link(format_->indexTailAt); }
+    [[nodiscard]] PageNo previous() const noexcept { return load(bytes_, layout().previous); }
+    [[nodiscard]] PageNo next() const noexcept { return load(bytes_, layout().next); }
+    [[nodiscard]] PageNo tail() const noexcept { return load(bytes_, layout().tail); }
     [[nodiscard]] std::size_t used() const noexcept { return used_; }
     [[nodiscard]] bool empty() const noexcept { return used_ == 0; }
     [[nodiscard]] std::size_t prefix() const noexcept { return prefix_; }
@@ -99,7 +91,9 @@ public:
     /// Whether this node may be the parent of `child` by what the level fields of the two say.
     [[nodiscard]] bool isAbove(const IndexPage& child) const noexcept;
     /// What every entry holds beside its key, in bytes.
-    [[nodiscard]] std::size_t fieldsSize() const noexcept { return isLeaf() ? 4 : 8; }
+    [[nodiscard]] std::size_t fieldsSize() const noexcept {
+        return isLeaf() ? kEntryRowSize : kEntryRowSize + kEntryChildSize;
+    }
 
     /// The first place whose entry is not before `point`; used() if there is none.
     [[nodiscard]] std::size_t lowerBound(const IndexPoint& point) const;
@@ -115,12 +109,9 @@ private:
     /// Looks at mask and prefix, and trusts them.
     IndexPage(const Format& format, ByteView page) noexcept;
     [[nodiscard]] const char* flaw(PageNo owner) const noexcept;
-    [[nodiscard]] std::uint8_t u8(std::size_t at) const noexcept {
-        return std::to_integer<std::uint8_t>(bytes_[at]);
-    }
-    [[nodiscard]] PageNo link(std::size_t at) const noexcept {
-        return static_cast<PageNo>(load<std::uint32_t>(bytes_ + at));
-    }
+    [[nodiscard]] const IndexPageLayout& layout() const noexcept { return format_->indexPage; }
+    [[nodiscard]] const std::byte* mask() const noexcept { return bytes_ + layout().mask.at; }
+    [[nodiscard]] const std::byte* entries() const noexcept { return bytes_ + layout().entries; }
     [[nodiscard]] std::size_t placeAtOrBefore(std::size_t at) const noexcept;
 
     const Format* format_ = nullptr;

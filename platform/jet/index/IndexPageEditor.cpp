@@ -93,27 +93,27 @@ void IndexPageEditor::makeEmpty(const Format& format, std::span<std::byte> bytes
                                 unsigned level) noexcept {
     std::fill(bytes.begin(), bytes.end(), std::byte{});
     const PageKind kind = level == 0 ? PageKind::indexLeaf : PageKind::indexNode;
-    store<std::uint8_t>(bytes.data(), static_cast<std::uint8_t>(kind));
-    store<std::uint8_t>(bytes.data() + 1, 1);
-    store<std::uint16_t>(bytes.data() + 2, static_cast<std::uint16_t>(format.indexCapacity()));
-    store<std::uint32_t>(bytes.data() + 4, number(owner));
-    store<std::uint8_t>(bytes.data() + format.indexLevelAt, static_cast<std::uint8_t>(level));
+    const IndexPageLayout& layout = format.indexPage;
+    startPage(bytes.data(), kind);
+    store(bytes.data(), layout.freeBytes, static_cast<std::uint16_t>(format.indexCapacity()));
+    store(bytes.data(), layout.owner, owner);
+    store(bytes.data(), layout.level, static_cast<std::uint8_t>(level));
 }
 
 void IndexPageEditor::setPrevious(PageNo page) noexcept {
-    store<std::uint32_t>(bytes_.data() + format_.indexPreviousAt, number(page));
+    store(bytes_.data(), format_.indexPage.previous, page);
 }
 
 void IndexPageEditor::setNext(PageNo page) noexcept {
-    store<std::uint32_t>(bytes_.data() + format_.indexNextAt, number(page));
+    store(bytes_.data(), format_.indexPage.next, page);
 }
 
 void IndexPageEditor::setTail(PageNo page) noexcept {
-    store<std::uint32_t>(bytes_.data() + format_.indexTailAt, number(page));
+    store(bytes_.data(), format_.indexPage.tail, page);
 }
 
 void IndexPageEditor::setLevel(unsigned level) noexcept {
-    store<std::uint8_t>(bytes_.data() + format_.indexLevelAt, static_cast<std::uint8_t>(level));
+    store(bytes_.data(), format_.indexPage.level, static_cast<std::uint8_t>(level));
 }
 
 void IndexPageEditor::setChild(std::size_t at, PageNo child) {
@@ -129,13 +129,9 @@ void IndexPageEditor::setChild(std::size_t at, PageNo child) {
 void IndexPageEditor::setUsed(std::size_t used, std::size_t prefix) noexcept {
     page_.used_ = static_cast<std::uint16_t>(used);
     page_.prefix_ = static_cast<std::uint16_t>(prefix);
-    store<std::uint16_t>(bytes_.data() + 2,
-                         static_cast<std::uint16_t>(format_.indexCapacity() - used));
-    std::byte* at = bytes_.data() + format_.indexPrefixAt;
-    if (format_.indexPrefixSize == 1)
-        store<std::uint8_t>(at, static_cast<std::uint8_t>(prefix));
-    else
-        store<std::uint16_t>(at, static_cast<std::uint16_t>(prefix));
+    store(bytes_.data(), format_.indexPage.freeBytes,
+          static_cast<std::uint16_t>(format_.indexCapacity() - used));
+    store(bytes_.data(), format_.indexPage.prefix, prefix);
 }
 
 bool IndexPageEditor::insert(std::size_t at, std::span<const std::byte> entry) {
@@ -159,7 +155,7 @@ bool IndexPageEditor::insert(std::size_t at, std::span<const std::byte> entry) {
         const std::size_t end = used + grown;
         mask()[end / 8] |= static_cast<std::byte>(1U << (end % 8));
     } else {
-        Mask ends(mask(), format_.indexDataAt - format_.indexMaskAt);
+        Mask ends(mask(), format_.indexPage.mask.size);
         ends.moveUp(at + 1, grown);
         ends.set(at + own.size());
         ends.store();
@@ -174,7 +170,7 @@ void IndexPageEditor::erase(std::size_t at) {
     const std::size_t end = page_.after(at);
     const std::size_t from = at == 0 && end < used ? page_.prefix() : at;
     std::memmove(data() + from, data() + end, used - end);
-    Mask ends(mask(), format_.indexDataAt - format_.indexMaskAt);
+    Mask ends(mask(), format_.indexPage.mask.size);
     ends.clear(end);
     ends.moveDown(end + 1, end - from);
     ends.store();
@@ -199,7 +195,7 @@ bool IndexPageEditor::assign(const IndexEntries& entries, std::size_t first, std
             common = std::min({common, commonLength(model, entry), entry.size() - 1});
             withinKey = std::min(withinKey, entry.size() - page_.fieldsSize());
         }
-        const std::size_t most = format_.indexPrefixSize == 1 ? 0xFF : 0xFFFF;
+        const std::size_t most = format_.indexPage.prefix.size == 1 ? 0xFF : 0xFFFF;
         prefix = std::min({common, withinKey, most});
         if (!fits(prefix) && intoRow)
             prefix = std::min(common, most);
@@ -207,7 +203,7 @@ bool IndexPageEditor::assign(const IndexEntries& entries, std::size_t first, std
             return false;
     }
 
-    std::memset(mask(), 0, format_.indexDataAt - format_.indexMaskAt);
+    std::memset(mask(), 0, format_.indexPage.mask.size);
     std::size_t at = 0;
     for (std::size_t i = first; i < last; ++i) {
         const std::span<const std::byte> entry = entries[i];

@@ -60,8 +60,12 @@ public:
 
 private:
     void setUsed(std::size_t used, std::size_t prefix) noexcept;
-    [[nodiscard]] std::byte* mask() const noexcept { return bytes_.data() + format_.indexMaskAt; }
-    [[nodiscard]] std::byte* data() const noexcept { return bytes_.data() + format_.indexDataAt; }
+    [[nodiscard]] std::byte* mask() const noexcept {
+        return bytes_.data() + format_.indexPage.mask.at;
+    }
+    [[nodiscard]] std::byte* data() const noexcept {
+        return bytes_.data() + format_.indexPage.entries;
+    }
 
     const Format& format_;
     std::span<std::byte> bytes_;

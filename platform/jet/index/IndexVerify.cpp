@@ -88,7 +88,7 @@ private:
         }
         if (opened.used() + opened.freeField() != pager_.format().indexCapacity())
             problem(page, "os bytes livres da página de índice estão errados");
-        if (ref.view().u8(1) != 1)
+        if (ref.view().load(PageHead::one) != 1)
             problem(page, "o cabeçalho da página de índice está errado");
         for (std::size_t at = 0; at < opened.used();) {
             const std::size_t end = opened.after(at);

@@ -2,6 +2,7 @@
 
 #include "jet/Error.h"
 #include "jet/page/ByteView.h"
+#include "jet/row/StoredNumeric.h"
 #include "jet/text/Collation.h"
 #include "jet/text/TextCodec.h"
 
@@ -220,11 +221,9 @@ void appendStoredKey(Bytes& key, const KeyColumn& column, std::span<const std::b
         return appendGuid(key, column, guid);
     }
     case ColumnType::numeric: {
-        const auto bytes = loaded<std::array<std::byte, 17>>(stored);
-        std::array<std::uint32_t, 4> words{};
-        for (std::size_t i = 0; i < words.size(); ++i)
-            words[i] = load<std::uint32_t>(bytes.data() + 1 + 4 * i);
-        return appendNumeric(key, column, (bytes[0] & std::byte{0x80}) != std::byte{0}, words);
+        const auto bytes = loaded<std::array<std::byte, StoredNumeric::size>>(stored);
+        const Numeric numeric = StoredNumeric::read(bytes, column.scale);
+        return appendNumeric(key, column, numeric.negative, numeric.words);
     }
     }
     notIndexable(column.type);

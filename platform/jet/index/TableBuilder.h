@@ -30,22 +30,6 @@ struct NewTable {
     bool system = false;
 };
 
-/// Flag bits of columns and indexes, as stored.
-struct ColumnFlags {
-    static constexpr std::uint8_t fixed = 0x01;
-    static constexpr std::uint8_t userColumn = 0x02;
-    static constexpr std::uint8_t autonumber = 0x04;
-};
-struct IndexFlags {
-    static constexpr std::uint8_t unique = 0x01;
-    static constexpr std::uint8_t ignoreNulls = 0x02;
-    static constexpr std::uint8_t required = 0x08;
-    static constexpr std::uint8_t jet4 = 0x80; ///< always set there, never in Jet 3
-};
-
-/// Bytes of a value of that type in the fixed area of a row; 0 for those that vary or take none.
-[[nodiscard]] std::uint16_t fixedLength(ColumnType type) noexcept;
-
 /// Makes an empty table whose definition starts on `page` (already taken): its maps, the roots of
 /// its indexes, and the definition itself. `order` and `columnMark` are those of the file's header.
 void buildTable(Pager& pager, PageAllocator& pages, PageNo page, const NewTable& table,

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "jet/Error.h"
-#include "jet/Types.h"
-#include "jet/value/LittleEndian.h"
+#include "jet/page/Field.h"
 
 #include <span>
 #include <string>
@@ -28,6 +27,16 @@ public:
     [[nodiscard]] std::uint32_t u32(std::size_t at) const { return get<std::uint32_t>(at); }
     [[nodiscard]] std::int32_t i32(std::size_t at) const { return get<std::int32_t>(at); }
 
+    template <class T>
+    [[nodiscard]] T load(Field<T> field) const {
+        check(field.at, field.size);
+        return jet::load(bytes_.data(), field);
+    }
+    [[nodiscard]] std::size_t load(ShortField field) const {
+        check(field.at, field.size);
+        return jet::load(bytes_.data(), field);
+    }
+
     /// `count` bytes from `at`.
     [[nodiscard]] std::span<const std::byte> sub(std::size_t at, std::size_t count) const {
         check(at, count);
@@ -43,7 +52,7 @@ private:
     template <class T>
     [[nodiscard]] T get(std::size_t at) const {
         check(at, sizeof(T));
-        return load<T>(bytes_.data() + at);
+        return jet::load<T>(bytes_.data() + at);
     }
     void check(std::size_t at, std::size_t count) const {
         if (at > bytes_.size() || count > bytes_.size() - at)

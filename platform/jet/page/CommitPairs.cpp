@@ -1,7 +1,5 @@
 #include "jet/page/CommitPairs.h"
 
-#include "jet/page/ByteView.h"
-
 #include <algorithm>
 #include <cstring>
 
@@ -12,15 +10,15 @@ CommitPairs::CommitPairs(std::span<const std::byte, kBytes> bytes) {
 }
 
 CommitPairs::CommitPairs(const File& file, const Format& format) {
-    file.read(format.commitPairsAt, bytes_);
+    file.read(format.header.commitPairs.at, bytes_);
 }
 
 std::uint16_t CommitPairs::operator[](std::size_t user) const noexcept {
-    return load<std::uint16_t>(bytes_.data() + 2 * user);
+    return load(bytes_.data(), pair(user));
 }
 
 void CommitPairs::set(std::size_t user, std::uint16_t value) noexcept {
-    store<std::uint16_t>(bytes_.data() + 2 * user, value);
+    store(bytes_.data(), pair(user), value);
 }
 
 std::optional<std::size_t> CommitPairs::find(std::uint16_t value) const noexcept {
@@ -37,9 +35,9 @@ bool CommitPairs::operator==(const CommitPairs& other) const noexcept {
 }
 
 void CommitPairs::write(File& file, const Format& format, std::size_t user, std::uint16_t value) {
-    std::array<std::byte, 2> bytes{};
-    store<std::uint16_t>(bytes.data(), value);
-    file.write(format.commitPairsAt + 2 * user, bytes);
+    std::array<std::byte, pair(0).size> bytes{};
+    store(bytes.data(), pair(0), value);
+    file.write(format.header.commitPairs.at + pair(user).at, bytes);
     file.sync();
 }
 

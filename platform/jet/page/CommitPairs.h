@@ -19,7 +19,11 @@ namespace jet {
 class CommitPairs {
 public:
     static constexpr std::size_t kUsers = 256;
-    static constexpr std::size_t kBytes = 2 * kUsers;
+    /// One of the pairs, among them.
+    [[nodiscard]] static constexpr Field<std::uint16_t> pair(std::size_t user) noexcept {
+        return {Field<std::uint16_t>::size * user};
+    }
+    static constexpr std::size_t kBytes = Field<std::uint16_t>::size * kUsers;
     static constexpr std::uint16_t kWriting = 0x0000;
     static constexpr std::uint16_t kDamaged = 0x0001;
     static constexpr std::uint16_t kFirst = 0x0100;

@@ -7,51 +7,50 @@ namespace jet {
 
 namespace {
 
+// Of an entry of the slot table; the bit between them is free.
 constexpr std::uint16_t kOffsetMask = 0x1FFF;
 constexpr std::uint16_t kKindMask = 0xC000;
-constexpr std::size_t kFreeBytesAt = 2;
-constexpr std::size_t kOwnerAt = 4;
-constexpr std::size_t kSlotSize = 2;
 
 } // namespace
 
 DataPage::DataPage(const Format& format, std::span<const std::byte> bytes, PageNo page)
     : format_(&format), bytes_(bytes), page_(page),
-      slots_(load<std::uint16_t>(bytes.data() + format.slotCountAt)) {
-    if (static_cast<PageKind>(bytes[0]) != PageKind::data)
+      slots_(load(bytes.data(), format.dataPage.slotCount)) {
+    if (load(bytes.data(), PageHead::kind) != PageKind::data)
         corrupt(page, "era esperada uma página de dados");
-    if (slots_ > (format.pageSize - format.rowTableAt) / kSlotSize)
+    if (slots_ > format.mostSlots())
         corrupt(page, "a tabela de linhas não cabe na página");
 }
 
 Slot DataPage::slot(std::size_t number) const {
     if (number >= slots_)
         corrupt(page_, "a linha " + std::to_string(number) + " não existe");
-    const std::byte* entry = bytes_.data() + format_->rowTableAt + kSlotSize * number;
-    const auto word = load<std::uint16_t>(entry);
+    const DataPageLayout& layout = format_->dataPage;
+    const std::uint16_t word = load(bytes_.data(), layout.slot(number));
     const std::size_t begin = word & kOffsetMask;
-    const std::size_t end =
-        number == 0 ? format_->pageSize : load<std::uint16_t>(entry - kSlotSize) & kOffsetMask;
-    if (begin > end || end > format_->pageSize || begin < format_->rowTableAt + kSlotSize * slots_)
+    const std::size_t end = number == 0
+                                ? format_->pageSize
+                                : load(bytes_.data(), layout.slot(number - 1)) & kOffsetMask;
+    if (begin > end || end > format_->pageSize || begin < layout.slot(slots_).at)
         corrupt(page_, "a linha " + std::to_string(number) + " está fora do seu lugar");
     return {static_cast<SlotKind>(word & kKindMask), begin, bytes_.subspan(begin, end - begin)};
 }
 
 std::size_t DataPage::freeBytes() const {
     const std::size_t heap = slots_ == 0 ? format_->pageSize : slot(slots_ - 1).offset;
-    return heap - (format_->rowTableAt + kSlotSize * slots_);
+    return heap - format_->dataPage.slot(slots_).at;
 }
 
 std::uint16_t DataPage::recordedFreeBytes() const noexcept {
-    return load<std::uint16_t>(bytes_.data() + kFreeBytesAt);
+    return load(bytes_.data(), format_->dataPage.freeBytes);
 }
 
 bool DataPage::hasRoom(std::size_t size) const {
-    return slots_ < kMaxSlots && size + kSlotSize <= freeBytes();
+    return slots_ < kMaxSlots && size + DataPageLayout::slotSize <= freeBytes();
 }
 
 std::uint32_t DataPage::owner() const noexcept {
-    return load<std::uint32_t>(bytes_.data() + kOwnerAt);
+    return load(bytes_.data(), format_->dataPage.owner);
 }
 
 bool DataPage::empty() const {
@@ -70,16 +69,16 @@ DataPageEditor::DataPageEditor(const Format& format, std::span<std::byte> bytes,
 
 void DataPageEditor::format(const Format& format, std::span<std::byte> bytes, std::uint32_t owner) {
     std::fill(bytes.begin(), bytes.end(), std::byte{});
-    bytes[0] = std::byte{static_cast<std::uint8_t>(PageKind::data)};
-    bytes[1] = std::byte{1};
-    store<std::uint16_t>(bytes.data() + kFreeBytesAt,
-                         static_cast<std::uint16_t>(format.pageSize - format.rowTableAt));
-    store<std::uint32_t>(bytes.data() + kOwnerAt, owner);
+    const DataPageLayout& layout = format.dataPage;
+    startPage(bytes.data(), PageKind::data);
+    store(bytes.data(), layout.freeBytes,
+          static_cast<std::uint16_t>(format.pageSize - layout.slots));
+    store(bytes.data(), layout.owner, owner);
 }
 
 void DataPageEditor::setSlot(std::size_t slot, std::size_t offset, SlotKind kind) {
-    store<std::uint16_t>(bytes_.data() + format_.rowTableAt + kSlotSize * slot,
-                         static_cast<std::uint16_t>(offset | static_cast<std::uint16_t>(kind)));
+    store(bytes_.data(), format_.dataPage.slot(slot),
+          static_cast<std::uint16_t>(offset | static_cast<std::uint16_t>(kind)));
 }
 
 std::size_t DataPageEditor::add(std::span<const std::byte> row, SlotKind kind) {
@@ -87,12 +86,13 @@ std::size_t DataPageEditor::add(std::span<const std::byte> row, SlotKind kind) {
     assert(page.hasRoom(row.size()));
     const std::size_t slot = page.slotCount();
     const std::size_t free = page.freeBytes();
-    const std::size_t offset = format_.rowTableAt + kSlotSize * slot + free - row.size();
+    const DataPageLayout& layout = format_.dataPage;
+    const std::size_t offset = layout.slot(slot).at + free - row.size();
     std::copy(row.begin(), row.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
     setSlot(slot, offset, kind);
-    store<std::uint16_t>(bytes_.data() + format_.slotCountAt, static_cast<std::uint16_t>(slot + 1));
-    store<std::uint16_t>(bytes_.data() + kFreeBytesAt,
-                         static_cast<std::uint16_t>(free - row.size() - kSlotSize));
+    store(bytes_.data(), layout.slotCount, static_cast<std::uint16_t>(slot + 1));
+    store(bytes_.data(), layout.freeBytes,
+          static_cast<std::uint16_t>(free - row.size() - DataPageLayout::slotSize));
     return slot;
 }
 
@@ -116,14 +116,14 @@ void DataPageEditor::resize(std::size_t slot, std::size_t size) {
                         static_cast<std::ptrdiff_t>(kept),
                     0, size - kept);
     for (std::size_t i = slot; i < page.slotCount(); ++i) {
-        std::byte* entry = base + format_.rowTableAt + kSlotSize * i;
-        const auto word = load<std::uint16_t>(entry);
+        const std::uint16_t word = load(base, format_.dataPage.slot(i));
         const std::ptrdiff_t offset = static_cast<std::ptrdiff_t>(word & kOffsetMask) + delta;
-        store<std::uint16_t>(entry, static_cast<std::uint16_t>((word & ~kOffsetMask) |
-                                                               static_cast<std::uint16_t>(offset)));
+        store(
+            base, format_.dataPage.slot(i),
+            static_cast<std::uint16_t>((word & ~kOffsetMask) | static_cast<std::uint16_t>(offset)));
     }
-    store<std::uint16_t>(base + kFreeBytesAt,
-                         static_cast<std::uint16_t>(static_cast<std::ptrdiff_t>(free) + delta));
+    store(base, format_.dataPage.freeBytes,
+          static_cast<std::uint16_t>(static_cast<std::ptrdiff_t>(free) + delta));
 }
 
 void DataPageEditor::replace(std::size_t slot, std::span<const std::byte> row, SlotKind kind) {

@@ -10,10 +10,13 @@ namespace jet {
 /// What a slot of a data page holds.
 enum class SlotKind : std::uint16_t {
     row = 0x0000,
-    pointer = 0x4000,   ///< its first four bytes say where the row has moved
+    pointer = 0x4000,   ///< to where the row has moved
     relocated = 0x8000, ///< a row that a pointer leads to; a scan passes over it
     deleted = 0xC000,
 };
+
+/// Of a slot of kind pointer: where the row has moved.
+inline constexpr Field<RowId> kMovedTo{0};
 
 struct Slot {
     SlotKind kind{};
@@ -36,7 +39,7 @@ public:
     [[nodiscard]] std::uint16_t recordedFreeBytes() const noexcept;
     /// Whether a new row of `size` bytes fits.
     [[nodiscard]] bool hasRoom(std::size_t size) const;
-    /// The definition page of the table, kLongValueOwner, or 0 for usage maps.
+    /// The definition page of the table, kLongValueOwner, or kMapOwner.
     [[nodiscard]] std::uint32_t owner() const noexcept;
     /// Whether no slot holds anything any more.
     [[nodiscard]] bool empty() const;
@@ -51,6 +54,8 @@ private:
 
 /// "LVAL": the owner that pages of long values name instead of a table.
 inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C;
+/// That of usage maps. Only the page of the maps of the whole file names itself.
+inline constexpr std::uint32_t kMapOwner = 0;
 
 /// Changes the slots of a page, keeping rows contiguous and the page's counters true.
 class DataPageEditor {

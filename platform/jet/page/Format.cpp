@@ -4,110 +4,106 @@ namespace jet {
 
 namespace {
 
-constexpr Format kJet3{
-    .version = Version::jet3,
-    .pageSize = 2048,
-    .largestFile = std::uint64_t{1} << 30,
-    .slotCountAt = 0x08,
-    .rowTableAt = 10,
-    .largestRow = 2012,
-    .columnCountSize = 1,
-    .mapBitmap = 128,
-    .definitionHeader = 43,
-    .rowCountAt = 0x0C,
-    .autonumberAt = 0x10,
-    .tableKindAt = 0x14,
-    .maxColumnsAt = 0x15,
-    .variableColumnsAt = 0x17,
-    .columnsAt = 0x19,
-    .logicalIndexesAt = 0x1B,
-    .realIndexesAt = 0x1F,
-    .ownedMapAt = 0x23,
-    .freeMapAt = 0x27,
-    .statisticsSize = 8,
-    .columnSize = 18,
-    .columnNumberAt = 1,
-    .columnVariableAt = 3,
-    .columnOrdinalAt = 5,
-    .columnSortAt = 9,
-    .columnFlagsAt = 13,
-    .columnFixedAt = 14,
-    .columnLengthAt = 16,
-    .realIndexSize = 39,
-    .realIndexColumnsAt = 0,
-    .realIndexMapAt = 30,
-    .realIndexRootAt = 34,
-    .realIndexFlagsAt = 38,
-    .logicalIndexSize = 20,
-    .logicalIndexAt = 0,
-    .nameLengthSize = 1,
-    .indexPreviousAt = 8,
-    .indexNextAt = 12,
-    .indexTailAt = 16,
-    .indexPrefixAt = 20,
-    .indexPrefixSize = 1,
-    .indexLevelAt = 21,
-    .indexMaskAt = 22,
-    .indexDataAt = 248,
-    .inlineLongValue = 32,
-    .longValuePart = 2036,
-    .commitPairsAt = 0x600,
-};
+constexpr Format kJet3{{Version::jet3}};
+constexpr Format kJet4{{Version::jet4}};
 
-constexpr Format kJet4{
-    .version = Version::jet4,
-    .pageSize = 4096,
-    .largestFile = std::uint64_t{1} << 31,
-    .slotCountAt = 0x0C,
-    .rowTableAt = 14,
-    .largestRow = 4060,
-    .columnCountSize = 2,
-    .mapBitmap = 64,
-    .definitionHeader = 63,
-    .rowCountAt = 0x10,
-    .autonumberAt = 0x14,
-    .tableKindAt = 0x28,
-    .maxColumnsAt = 0x29,
-    .variableColumnsAt = 0x2B,
-    .columnsAt = 0x2D,
-    .logicalIndexesAt = 0x2F,
-    .realIndexesAt = 0x33,
-    .ownedMapAt = 0x37,
-    .freeMapAt = 0x3B,
-    .statisticsSize = 12,
-    .columnSize = 25,
-    .columnNumberAt = 5,
-    .columnVariableAt = 7,
-    .columnOrdinalAt = 9,
-    .columnSortAt = 11,
-    .columnFlagsAt = 15,
-    .columnFixedAt = 21,
-    .columnLengthAt = 23,
-    .realIndexSize = 52,
-    .realIndexColumnsAt = 4,
-    .realIndexMapAt = 34,
-    .realIndexRootAt = 38,
-    .realIndexFlagsAt = 46,
-    .logicalIndexSize = 28,
-    .logicalIndexAt = 4,
-    .nameLengthSize = 2,
-    .indexPreviousAt = 12,
-    .indexNextAt = 16,
-    .indexTailAt = 20,
-    .indexPrefixAt = 24,
-    .indexPrefixSize = 2,
-    .indexLevelAt = 26,
-    .indexMaskAt = 27,
-    .indexDataAt = 480,
-    .inlineLongValue = 64,
-    .longValuePart = 4076,
-    .commitPairsAt = 0xE00,
-};
+constexpr std::size_t kHead = Stretch(PageHead::one).end();
+
+constexpr bool isWhole(const HeaderLayout& h) {
+    // What is between the names and the end of the masked part hasn't got a meaning.
+    const std::size_t between = h.version == Version::jet3 ? h.build.end() : (*h.created).end();
+    const Stretch rest{between, h.masked.end() - between};
+    const Stretch noLanguage{h.at(Structure::none, h.columnMark.end()), 2};
+    const Stretch behindBuild{h.at(Structure::none, h.build.end()), 2};
+    return fill(kHead, h.masked.at, {h.zero, h.name, h.versionByte, h.zeros}) &&
+           fill(h.masked.at, h.masked.end(),
+                {h.freePages, h.secondMap, h.objects, h.rights, h.queries, h.relationships,
+                 h.unknown, h.columnMark, noLanguage, h.language, h.codePage, h.key, h.password,
+                 h.build, behindBuild, h.variant, h.orderVersion, h.created, rest});
+}
+
+constexpr bool isWhole(const DataPageLayout& p) {
+    return fill(kHead, p.slots, {p.freeBytes, p.owner, p.stamp, p.slotCount});
+}
+
+constexpr bool isWhole(const DefinitionLayout& d) {
+    return fill(DefinitionPageLayout::size, d.size,
+                {d.length, d.mark, d.rows, d.lastNumber, d.one, d.unknown, d.kind, d.maxColumns,
+                 d.maxVariables, d.columns, d.logicalIndexes, d.realIndexes, d.ownedMap,
+                 d.freeMap});
+}
+
+constexpr bool isWhole(const StatisticsLayout& s) {
+    return fill(0, s.size, {s.entries, s.distinctKeys, s.zero});
+}
+
+constexpr bool isWhole(const ColumnLayout& c) {
+    return fill(0, c.size,
+                {c.type, c.mark, c.number, c.variable, c.ordinal, c.headerMark, c.language,
+                 c.codePage, c.variant, c.orderVersion, c.flags, c.textFlags, c.zero, c.fixed,
+                 c.length});
+}
+
+constexpr bool isWhole(const RealIndexLayout& r) {
+    return r.keys.size == kMaxIndexColumns * KeyColumnLayout::size &&
+           fill(0, r.size, {r.mark, r.keys, r.map, r.root, r.unknown, r.flags, r.zero});
+}
+
+constexpr bool isWhole(const LogicalIndexLayout& l) {
+    return fill(0, l.size,
+                {l.mark, l.number, l.realIndex, l.side, l.partner, l.otherTable, l.cascadesUpdates,
+                 l.cascadesDeletes, l.kind, l.zero});
+}
+
+constexpr bool isWhole(const IndexPageLayout& p) {
+    return fill(
+        kHead, p.entries,
+        {p.freeBytes, p.owner, p.zero, p.previous, p.next, p.tail, p.prefix, p.level, p.mask});
+}
+
+constexpr bool isWhole(const Format& f) {
+    return isWhole(f.header) && f.header.commitPairs.end() <= f.pageSize && isWhole(f.dataPage) &&
+           isWhole(f.definition) && isWhole(f.statistics) && isWhole(f.column) &&
+           isWhole(f.realIndex) && isWhole(f.logicalIndex) && isWhole(f.indexPage) &&
+           f.indexPage.mask.size * 8 > f.indexCapacity(); // a bit for the end of the last entry
+}
+static_assert(isWhole(kJet3));
+static_assert(isWhole(kJet4));
+
+static_assert(fill(kHead, DefinitionPageLayout::size,
+                   {DefinitionPageLayout::freeBytes, DefinitionPageLayout::next}));
+static_assert(fill(0, KeyColumnLayout::size,
+                   {KeyColumnLayout::column, KeyColumnLayout::direction}));
+static_assert(fill(0, LongValueMapsLayout::size,
+                   {LongValueMapsLayout::column, LongValueMapsLayout::owned,
+                    LongValueMapsLayout::free}));
 
 } // namespace
 
 const Format& formatOf(Version version) noexcept {
     return version == Version::jet3 ? kJet3 : kJet4;
+}
+
+std::uint16_t fixedLength(ColumnType type) noexcept {
+    switch (type) {
+    case ColumnType::byte:
+        return 1;
+    case ColumnType::integer:
+        return 2;
+    case ColumnType::longInteger:
+    case ColumnType::single:
+        return 4;
+    case ColumnType::currency:
+    case ColumnType::real:
+    case ColumnType::date:
+        return 8;
+    case ColumnType::guid:
+        return 16;
+    case ColumnType::numeric:
+        return 17;
+    default:
+        return 0;
+    }
 }
 
 } // namespace jet

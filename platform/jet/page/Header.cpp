@@ -1,5 +1,6 @@
 #include "jet/page/Header.h"
 
+#include "jet/page/CommitPairs.h"
 #include "jet/text/TextCodec.h"
 
 #include <algorithm>
@@ -10,29 +11,23 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kNameAt = 0x04;
+constexpr HeaderLayout kLayout3{{Version::jet3}};
+constexpr HeaderLayout kLayout4{{Version::jet4}};
+
+// What a file says it is, at the same place in every one.
 constexpr std::string_view kEngineName = "Standard Jet DB";
-constexpr std::size_t kVersionAt = 0x14;
-constexpr std::size_t kMaskedAt = 0x18;
-constexpr std::size_t kMasked = 128;
-constexpr std::size_t kMaskedJet3 = 126;
-constexpr std::size_t kColumnMarkAt = 0x38;
-constexpr std::size_t kLcidJet3At = 0x3A;
-constexpr std::size_t kCodePageAt = 0x3C;
-constexpr std::size_t kKeyAt = 0x3E;
-constexpr std::size_t kPasswordAt = 0x42;
-constexpr std::size_t kPasswordJet3 = 20;
-constexpr std::size_t kPasswordJet4 = 40;
-constexpr std::size_t kBuildJet3At = 0x56;
-constexpr std::size_t kBuildJet4At = 0x6A;
-constexpr std::size_t kOrderJet4At = 0x6E;
-constexpr std::size_t kCreatedAt = 0x72;
-constexpr std::size_t kClearJet4At = 0x98;
-constexpr std::size_t kCommitPairs = 256;
+constexpr std::string_view kNewerName = "Standard ACE DB";
+constexpr std::string_view kMoneyName = "MSISAM Database";
+
+constexpr std::uint8_t kJet4Byte = 1; ///< of the version; Jet 3 has 0
 constexpr std::uint16_t kGeneral = 0x0409;
+constexpr std::uint16_t kLatin = 1252;
+constexpr std::uint16_t kColumnMark = 1;
+constexpr std::uint32_t kClearMark = 0x654;
+constexpr std::uint32_t kClearName = 0x00302E34; // "4.0" and a zero
 
 /// Covers the fields from 0x18 on in every file.
-constexpr std::array<std::uint8_t, kMasked> kMask{
+constexpr std::array<std::uint8_t, kLayout4.masked.size> kMask{
     0xb5, 0x6f, 0x03, 0x62, 0x61, 0x08, 0xc2, 0x55, 0xeb, 0xa9, 0x67, 0x72, 0x43, 0x3f, 0x00, 0x9c,
     0x7a, 0x9f, 0x90, 0xff, 0x80, 0x9a, 0x31, 0xc5, 0x79, 0xba, 0xed, 0x30, 0xbc, 0xdf, 0xcc, 0x9d,
     0x63, 0xd9, 0xe4, 0xc3, 0x7b, 0x42, 0xfb, 0x8a, 0xbc, 0x4e, 0x86, 0xfb, 0xec, 0x37, 0x5d, 0x44,
@@ -48,78 +43,83 @@ constexpr std::array<std::uint8_t, 8> kCreatedJet4{0x3e, 0x85, 0xd3, 0x3b, 0x3e,
 constexpr std::uint16_t kBuildJet4 = 0x261C;
 constexpr std::uint16_t kBuildJet3 = 9502;
 
+const HeaderLayout& layoutOf(Version version) { return formatOf(version).header; }
+
 void applyMask(std::span<std::byte> page, Version version) {
-    const std::size_t size = version == Version::jet3 ? kMaskedJet3 : kMasked;
-    for (std::size_t i = 0; i < size; ++i)
-        page[kMaskedAt + i] ^= std::byte{kMask[i]};
+    const Stretch masked = layoutOf(version).masked;
+    for (std::size_t i = 0; i < masked.size; ++i)
+        page[masked.at + i] ^= std::byte{kMask[i]};
 }
 
 /// Jet 4 covers the password once more, with the day of creation repeated.
 void applyDayMask(std::span<std::byte> page) {
-    const auto created = load<double>(page.data() + kCreatedAt);
+    const auto created = load(page.data(), *kLayout4.created);
     std::array<std::byte, 4> mask{};
     if (std::isfinite(created) && std::fabs(created) < 2147483647.0)
         store<std::int32_t>(mask.data(), static_cast<std::int32_t>(created));
-    for (std::size_t i = 0; i < kPasswordJet4; ++i)
-        page[kPasswordAt + i] ^= mask[i % mask.size()];
+    for (std::size_t i = 0; i < kLayout4.password.size; ++i)
+        page[kLayout4.password.at + i] ^= mask[i % mask.size()];
 }
 
-std::string_view ascii(std::span<const std::byte> bytes, std::size_t at, std::size_t length) {
-    return {reinterpret_cast<const char*>(bytes.data() + at), length};
+bool says(std::span<const std::byte> page, std::string_view name) {
+    return page.size() > kLayout3.name.at + name.size() &&
+           std::memcmp(page.data() + kLayout3.name.at, name.data(), name.size()) == 0;
 }
 
 std::string passwordOf(std::span<std::byte> page, Version version) {
     if (version == Version::jet4)
         applyDayMask(page);
+    const Stretch field = layoutOf(version).password;
+    const std::span<const std::byte> password = page.subspan(field.at, field.size);
     const std::size_t step = version == Version::jet3 ? 1 : 2;
-    const std::size_t size = version == Version::jet3 ? kPasswordJet3 : kPasswordJet4;
     std::size_t used = 0;
-    while (used + step <= size &&
-           std::any_of(page.begin() + static_cast<std::ptrdiff_t>(kPasswordAt + used),
-                       page.begin() + static_cast<std::ptrdiff_t>(kPasswordAt + used + step),
-                       [](std::byte b) { return b != std::byte{}; }))
+    while (used + step <= password.size() &&
+           std::ranges::any_of(password.subspan(used, step),
+                               [](std::byte b) { return b != std::byte{}; }))
         used += step;
-    return TextCodec(version).decode(page.subspan(kPasswordAt, used));
+    return TextCodec(version).decode(password.first(used));
 }
 
 [[noreturn]] void refuse(const std::string& sentence) { throw Error(Errc::unsupported, sentence); }
 
 } // namespace
 
+bool namesItsFormat(std::span<const std::byte> page) {
+    return says(page, kEngineName) || says(page, kNewerName) || says(page, kMoneyName);
+}
+
 Header parseHeader(std::span<const std::byte> page) {
-    const auto begins = [&](std::string_view name) {
-        return page.size() > kNameAt + name.size() && ascii(page, kNameAt, name.size()) == name;
-    };
-    if (begins("Standard ACE DB"))
+    if (says(page, kNewerName))
         refuse("O arquivo é de um formato mais novo (.accdb), que este programa não abre. "
                "Salve-o no formato .mdb.");
-    if (begins("MSISAM Database"))
+    if (says(page, kMoneyName))
         refuse("O arquivo é de um programa de finanças e não pode ser aberto.");
-    if (page.size() < formatOf(Version::jet3).pageSize ||
-        load<std::uint32_t>(page.data()) != 0x100 || !begins(kEngineName))
+    if (page.size() < formatOf(Version::jet3).pageSize || !isPage(page.data(), PageKind::header) ||
+        load(page.data(), kLayout3.zero) != 0 || !says(page, kEngineName))
         refuse("O arquivo não é um banco de dados .mdb.");
-    const auto version = std::to_integer<unsigned>(page[kVersionAt]);
-    if (version > 1)
+    const std::uint8_t version = load(page.data(), kLayout3.versionByte);
+    if (version > kJet4Byte)
         refuse("O arquivo é de uma versão mais nova do formato, que este programa não abre. "
                "Salve-o no formato .mdb.");
 
     Header header;
-    header.version = version == 0 ? Version::jet3 : Version::jet4;
+    header.version = version == kJet4Byte ? Version::jet4 : Version::jet3;
     if (page.size() < formatOf(header.version).pageSize)
         corrupt(PageNo{0}, "o arquivo é menor do que uma página");
+    const HeaderLayout& layout = layoutOf(header.version);
     Bytes clear(page.begin(), page.end());
     applyMask(clear, header.version);
-    if (load<std::uint32_t>(clear.data() + kKeyAt) != 0)
+    if (load(clear.data(), layout.key) != 0)
         refuse("O banco de dados está codificado. Decodifique-o com o programa que o criou.");
 
-    header.codePage = load<std::uint16_t>(clear.data() + kCodePageAt);
-    header.columnMark = load<std::uint16_t>(clear.data() + kColumnMarkAt);
+    header.codePage = load(clear.data(), layout.codePage);
+    header.columnMark = load(clear.data(), layout.columnMark);
+    header.order.lcid = load(clear.data(), layout.language);
     if (header.version == Version::jet3) {
-        header.order = {load<std::uint16_t>(clear.data() + kLcidJet3At), 0, header.codePage};
+        header.order.codePage = header.codePage;
     } else {
-        header.order = {load<std::uint16_t>(clear.data() + kOrderJet4At),
-                        load<std::uint8_t>(clear.data() + kOrderJet4At + 3), 1252,
-                        load<std::uint8_t>(clear.data() + kOrderJet4At + 2)};
+        header.order.version = load(clear.data(), *layout.orderVersion);
+        header.order.variant = load(clear.data(), *layout.variant);
     }
     header.password = passwordOf(clear, header.version);
     return header;
@@ -134,34 +134,35 @@ Header readHeader(const File& file) {
 
 Bytes buildHeader(Version version) {
     const Format& format = formatOf(version);
+    const HeaderLayout& layout = format.header;
+    const bool isJet3 = version == Version::jet3;
     Bytes page(format.pageSize);
-    store<std::uint32_t>(page.data(), 0x100);
-    std::memcpy(page.data() + kNameAt, kEngineName.data(), kEngineName.size());
-    page[kVersionAt] = std::byte{version == Version::jet4};
+    std::byte* const at = page.data();
+    startPage(at, PageKind::header);
+    std::memcpy(at + layout.name.at, kEngineName.data(), kEngineName.size());
+    store(at, layout.versionByte, isJet3 ? 0 : kJet4Byte);
 
-    // Where the two page maps and the four system tables are.
-    std::size_t at = kMaskedAt;
-    for (const std::uint32_t place : {0x100U, 0x101U, 2U, 3U, 4U, 5U}) {
-        store<std::uint32_t>(page.data() + at, place);
-        at += 4;
-    }
-    store<std::uint16_t>(page.data() + kCodePageAt, 1252);
-    if (version == Version::jet3) {
-        store<std::uint16_t>(page.data() + kColumnMarkAt, 1);
-        store<std::uint16_t>(page.data() + kLcidJet3At, kGeneral);
-        store<std::uint16_t>(page.data() + kBuildJet3At, kBuildJet3);
-    } else {
-        store<std::uint16_t>(page.data() + kBuildJet4At, kBuildJet4);
-        store<std::uint32_t>(page.data() + kOrderJet4At, kGeneral);
-        std::memcpy(page.data() + kCreatedAt, kCreatedJet4.data(), kCreatedJet4.size());
+    store(at, layout.freePages, kFreePagesMap);
+    store(at, layout.secondMap, kSecondMap);
+    store(at, layout.objects, kObjectsPage);
+    store(at, layout.rights, kRightsPage);
+    store(at, layout.queries, kQueriesPage);
+    store(at, layout.relationships, kRelationshipsPage);
+    store(at, layout.columnMark, isJet3 ? kColumnMark : 0);
+    store(at, layout.language, kGeneral);
+    store(at, layout.codePage, kLatin);
+    store(at, layout.build, isJet3 ? kBuildJet3 : kBuildJet4);
+    if (!isJet3) {
+        std::memcpy(at + (*layout.created).at, kCreatedJet4.data(), kCreatedJet4.size());
         applyDayMask(page); // over the zeros of no password
-        store<std::uint32_t>(page.data() + kClearJet4At, 0x654);
-        std::memcpy(page.data() + kClearJet4At + 4, "4.0", 3);
     }
+    store(at, layout.clearMark, kClearMark);
+    store(at, layout.clearName, kClearName);
     applyMask(page, version);
 
-    for (std::size_t i = 0; i < kCommitPairs; ++i)
-        store<std::uint16_t>(page.data() + format.commitPairsAt + 2 * i, i == 0 ? 0x0101 : 0x0100);
+    for (std::size_t user = 0; user < CommitPairs::kUsers; ++user)
+        store(at + layout.commitPairs.at, CommitPairs::pair(user),
+              user == 0 ? CommitPairs::after(CommitPairs::kFirst) : CommitPairs::kFirst);
     return page;
 }
 

@@ -23,6 +23,10 @@ struct Header {
 ///         its own; Error{corrupt}.
 [[nodiscard]] Header parseHeader(std::span<const std::byte> page);
 
+/// Whether a file's beginning says in so many words which program's it is, this format's or
+/// another's.
+[[nodiscard]] bool namesItsFormat(std::span<const std::byte> page);
+
 /// That of an open file. @throws as parseHeader(), and Error{io}.
 [[nodiscard]] Header readHeader(const File& file);
 

@@ -9,22 +9,13 @@ namespace jet {
 
 namespace {
 
-constexpr std::uint32_t kFirstPages = 6;
-constexpr PageNo kFreeMapPage{1};
-constexpr std::byte kReference{1};
 /// A bitmap longer than this isn't kept in its row.
 constexpr std::size_t kLongestInline = 512;
-
-void setBit(std::span<std::byte> bitmap, std::size_t bit) {
-    bitmap[bit / 8] |= static_cast<std::byte>(1U << (bit % 8));
-}
-
-std::size_t wholeWords(std::size_t bytes) { return (bytes + 3) / 4 * 4; }
 
 } // namespace
 
 NewFile::NewFile(const std::filesystem::path& path, const Format& format, Disk& disk)
-    : format_(format), file_(path, File::Mode::createNew, disk), pages_(kFirstPages) {}
+    : format_(format), file_(path, File::Mode::createNew, disk), pages_(kFirstUserDefinition) {}
 
 void NewFile::takeRightsOf(const std::filesystem::path& other) {
     file_.takeRights(File(other, File::Mode::read, file_.disk()).attributes().rights);
@@ -47,7 +38,7 @@ RowId NewFile::addMapRow(std::span<const std::byte> row) {
         flushMaps();
         mapPage_ = take();
         maps_.resize(format_.pageSize);
-        DataPageEditor::format(format_, maps_, 0);
+        DataPageEditor::format(format_, maps_, kMapOwner);
     }
     return {*mapPage_, static_cast<std::uint16_t>(editor().add(row))};
 }
@@ -59,37 +50,35 @@ void NewFile::flushMaps() {
 
 PageNo NewFile::writeBitmap(std::span<const PageNo> pages, std::uint64_t first) {
     Bytes image(format_.pageSize);
-    image[0] = std::byte{static_cast<std::uint8_t>(PageKind::usageMap)};
-    image[1] = std::byte{1};
+    startPage(image.data(), PageKind::usageMap);
     for (const PageNo page : pages)
-        setBit(std::span(image).subspan(kMapPageHeader), number(page) - first);
+        setBit(std::span(image).subspan(MapPageLayout::bitmap), number(page) - first);
     const PageNo at = take();
     write(at, image);
     return at;
 }
 
 RowId NewFile::addMap(std::span<const PageNo> pages) {
-    Bytes row(kBitmapAt + format_.mapBitmap);
+    Bytes row = emptyMap(format_);
     if (pages.empty())
         return addMapRow(row);
     const std::uint32_t last = number(pages.back());
     const std::uint32_t first = last / 8 < format_.mapBitmap ? 0 : number(pages.front()) / 8 * 8;
     if (const std::size_t needed = (last - first) / 8 + 1; needed <= kLongestInline) {
-        row.resize(kBitmapAt + std::max(format_.mapBitmap, wholeWords(needed)));
-        store<std::uint32_t>(row.data() + 1, first);
+        row.resize(MapRowLayout::bitmap + std::max(format_.mapBitmap, wholeWords(needed)));
+        store(row.data(), MapRowLayout::first, static_cast<PageNo>(first));
         for (const PageNo page : pages)
-            setBit(std::span(row).subspan(kBitmapAt), number(page) - first);
+            setBit(std::span(row).subspan(MapRowLayout::bitmap), number(page) - first);
         return addMapRow(row);
     }
-    row[0] = kReference;
+    store(row.data(), MapRowLayout::type, MapType::reference);
+    const std::size_t bits = MapPageLayout::bits(format_);
     for (auto from = pages.begin(); from != pages.end();) {
-        const std::size_t part = number(*from) / format_.mapPageBits();
-        const auto to = std::find_if(from, pages.end(), [&](PageNo page) {
-            return number(page) / format_.mapPageBits() != part;
-        });
-        store<std::uint32_t>(
-            row.data() + 1 + 4 * part,
-            number(writeBitmap(std::span(from, to), std::uint64_t{part} * format_.mapPageBits())));
+        const std::size_t part = number(*from) / bits;
+        const auto to = std::find_if(from, pages.end(),
+                                     [&](PageNo page) { return number(page) / bits != part; });
+        store(row.data(), MapRowLayout::reference(part),
+              writeBitmap(std::span(from, to), std::uint64_t{part} * bits));
         from = to;
     }
     return addMapRow(row);
@@ -98,37 +87,38 @@ RowId NewFile::addMap(std::span<const PageNo> pages) {
 /// A set bit is a free page: beyond the file's end all are, inside it none.
 void NewFile::writeFreeMap() {
     Bytes page(format_.pageSize);
-    DataPageEditor::format(format_, page, number(kFreeMapPage));
-    DataPageEditor editor(format_, page, kFreeMapPage);
-    const Bytes none(kBitmapAt + format_.mapBitmap);
+    DataPageEditor::format(format_, page, number(kMapsOfFile));
+    DataPageEditor editor(format_, page, kMapsOfFile);
+    const Bytes none = emptyMap(format_);
     Bytes row = none;
 
     const std::size_t mostInline =
-        (editor.view().freeBytes() - row.size() - 2 * sizeof(std::uint32_t)) / 4 * 4 - kBitmapAt;
+        (editor.view().freeBytes() - row.size() - 2 * sizeof(std::uint32_t)) / 4 * 4 -
+        MapRowLayout::bitmap;
     if (const std::size_t needed = wholeWords(pages_ / 8 + 1); needed <= mostInline) {
-        row.resize(kBitmapAt + std::max(format_.mapBitmap, needed));
-        for (std::size_t bit = pages_; bit < 8 * (row.size() - kBitmapAt); ++bit)
-            setBit(std::span(row).subspan(kBitmapAt), bit);
+        row.resize(MapRowLayout::bitmap + std::max(format_.mapBitmap, needed));
+        for (std::size_t bit = pages_; bit < 8 * (row.size() - MapRowLayout::bitmap); ++bit)
+            setBit(std::span(row).subspan(MapRowLayout::bitmap), bit);
     } else {
         // The bitmap's own pages are in use as well: take them before it is drawn.
-        row[0] = kReference;
+        store(row.data(), MapRowLayout::type, MapType::reference);
+        const std::size_t bits = MapPageLayout::bits(format_);
         std::vector<PageNo> parts;
-        while (parts.size() * format_.mapPageBits() < pages_)
+        while (parts.size() * bits < pages_)
             parts.push_back(take());
         for (std::size_t part = 0; part < parts.size(); ++part) {
             Bytes image(format_.pageSize);
-            image[0] = std::byte{static_cast<std::uint8_t>(PageKind::usageMap)};
-            image[1] = std::byte{1};
-            for (std::size_t bit = 0; bit < format_.mapPageBits(); ++bit)
-                if (part * format_.mapPageBits() + bit >= pages_)
-                    setBit(std::span(image).subspan(kMapPageHeader), bit);
+            startPage(image.data(), PageKind::usageMap);
+            for (std::size_t bit = 0; bit < bits; ++bit)
+                if (part * bits + bit >= pages_)
+                    setBit(std::span(image).subspan(MapPageLayout::bitmap), bit);
             write(parts[part], image);
-            store<std::uint32_t>(row.data() + 1 + 4 * part, number(parts[part]));
+            store(row.data(), MapRowLayout::reference(part), parts[part]);
         }
     }
     editor.add(row);
     editor.add(none);
-    write(kFreeMapPage, page);
+    write(kMapsOfFile, page);
 }
 
 void NewFile::finish(std::span<const std::byte> header) {

@@ -11,9 +11,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::size_t kBitmapStep = 4; ///< a growing bitmap keeps to whole 32-bit words
-constexpr RowId kFreePages{PageNo{1}, 0};
-
 /// Bits of a bitmap and the page that the first of them stands for.
 struct Bits {
     std::span<const std::byte> bytes;
@@ -64,25 +61,28 @@ struct MapRow {
     MapType type;
 
     [[nodiscard]] Bits bits() const {
-        return {bytes.subspan(kBitmapAt), load<std::uint32_t>(bytes.data() + kFirstPageAt)};
+        return {bytes.subspan(MapRowLayout::bitmap),
+                number(load(bytes.data(), MapRowLayout::first))};
     }
-    [[nodiscard]] std::size_t references() const noexcept { return (bytes.size() - 1) / 4; }
-    [[nodiscard]] std::uint32_t reference(std::size_t at) const noexcept {
-        return load<std::uint32_t>(bytes.data() + 1 + 4 * at);
+    [[nodiscard]] std::size_t references() const noexcept {
+        return MapRowLayout::referencesIn(bytes.size());
+    }
+    [[nodiscard]] std::uint32_t reference(std::size_t part) const noexcept {
+        return number(load(bytes.data(), MapRowLayout::reference(part)));
     }
 };
 
 MapRow readMap(Pager& pager, RowId at) {
     PageRef page = pager.read(at.page);
     const Slot slot = DataPage(pager.format(), page.bytes(), at.page).slot(at.slot);
-    if (slot.bytes.size() < kBitmapAt || slot.kind == SlotKind::deleted)
+    if (slot.bytes.size() < MapRowLayout::bitmap || slot.kind == SlotKind::deleted)
         corrupt(at.page, "o mapa de páginas " + std::to_string(at.slot) + " está incompleto");
-    const auto type = static_cast<MapType>(slot.bytes[0]);
+    const MapType type = load(slot.bytes.data(), MapRowLayout::type);
     if (type != MapType::bitmap && type != MapType::reference)
         corrupt(at.page,
                 "o mapa de páginas " + std::to_string(at.slot) + " é de tipo desconhecido");
     if (type == MapType::bitmap) {
-        const auto first = load<std::uint32_t>(slot.bytes.data() + kFirstPageAt);
+        const std::uint32_t first = number(load(slot.bytes.data(), MapRowLayout::first));
         if (first > pager.format().largestFile / pager.format().pageSize)
             corrupt(at.page,
                     "o mapa de páginas " + std::to_string(at.slot) + " começa fora do arquivo");
@@ -99,8 +99,8 @@ PageRef readMapPage(Pager& pager, std::uint32_t page) {
 }
 
 Bits mapPageBits(const Format& format, const PageRef& page, std::size_t part) {
-    return {page.bytes().subspan(kMapPageHeader),
-            static_cast<std::uint32_t>(part * format.mapPageBits())};
+    return {page.bytes().subspan(MapPageLayout::bitmap),
+            static_cast<std::uint32_t>(part * MapPageLayout::bits(format))};
 }
 
 } // namespace
@@ -110,7 +110,7 @@ bool UsageMap::contains(PageNo page) const { return next(number(page)) == page; 
 std::optional<PageNo> UsageMap::next(std::uint32_t from) const {
     const std::uint32_t end = pager_->pageCount();
     const MapRow row = readMap(*pager_, at_);
-    const std::size_t partBits = pager_->format().mapPageBits();
+    const std::size_t partBits = MapPageLayout::bits(pager_->format());
     std::optional<std::uint32_t> found;
     if (row.type == MapType::bitmap) {
         found = nextBit(row.bits(), from);
@@ -137,7 +137,7 @@ std::optional<PageNo> UsageMap::previous(std::uint32_t end) const {
     assert(kind_ == Kind::owned);
     end = std::min(end, pager_->pageCount());
     const MapRow row = readMap(*pager_, at_);
-    const std::size_t partBits = pager_->format().mapPageBits();
+    const std::size_t partBits = MapPageLayout::bits(pager_->format());
     std::optional<std::uint32_t> found;
     if (row.type == MapType::bitmap) {
         found = previousBit(row.bits(), end);
@@ -163,12 +163,12 @@ std::vector<PageNo> UsageMap::mapPages() const {
 }
 
 PageAllocator::PageAllocator(Pager& pager) noexcept
-    : pager_(pager), free_(pager, kFreePages, UsageMap::Kind::global) {}
+    : pager_(pager), free_(pager, kFreePagesMap, UsageMap::Kind::global) {}
 
 PageNo PageAllocator::take() {
     if (const auto page = free_.next(0)) {
-        if (number(*page) <= number(kFreePages.page))
-            corrupt(kFreePages.page, "o mapa de páginas livres contém uma página em uso");
+        if (number(*page) <= number(kFreePagesMap.page))
+            corrupt(kFreePagesMap.page, "o mapa de páginas livres contém uma página em uso");
         remove(free_, *page);
         const std::span<std::byte> bytes = pager_.change(*page);
         std::fill(bytes.begin(), bytes.end(), std::byte{});
@@ -191,7 +191,7 @@ PageNo PageAllocator::take(UsageMap& owner) {
 
 void PageAllocator::give(PageNo page) {
     // The kind goes, so that nobody takes what is left there for a page in use.
-    store<std::uint32_t>(pager_.change(page).data(), 0);
+    store(pager_.change(page).data(), PageHead::all, 0);
     add(free_, page);
 }
 
@@ -202,34 +202,22 @@ void PageAllocator::give(PageNo page, UsageMap& owner) {
 
 RowId PageAllocator::createMap() {
     const Format& format = pager_.format();
-    std::vector<std::byte> row(kBitmapAt + format.mapBitmap);
+    const Bytes row = emptyMap(format);
     const auto holdsMaps = [&](PageNo page) {
         const PageRef ref = pager_.read(page);
         if (ref.kind() != PageKind::data)
             return false;
         const DataPage holder(format, ref.bytes(), page);
-        return holder.owner() == 0 && holder.hasRoom(row.size());
+        return holder.owner() == kMapOwner && holder.hasRoom(row.size());
     };
     if (!mapPage_ || number(*mapPage_) >= pager_.pageCount() || !holdsMaps(*mapPage_)) {
         const PageNo page = take();
-        DataPageEditor::format(format, pager_.change(page), 0);
+        DataPageEditor::format(format, pager_.change(page), kMapOwner);
         mapPage_ = page;
     }
     DataPageEditor editor(format, pager_.change(*mapPage_), *mapPage_);
     return {*mapPage_, static_cast<std::uint16_t>(editor.add(row))};
 }
-
-namespace {
-
-void flipBit(std::span<std::byte> bitmap, std::size_t bit, bool on) {
-    const auto mask = std::byte{static_cast<std::uint8_t>(1U << (bit % 8))};
-    if (on)
-        bitmap[bit / 8] |= mask;
-    else
-        bitmap[bit / 8] &= ~mask;
-}
-
-} // namespace
 
 void PageAllocator::add(const UsageMap& map, PageNo page) {
     const std::uint32_t at = number(page);
@@ -247,10 +235,10 @@ void PageAllocator::add(const UsageMap& map, PageNo page) {
     if (row.type == MapType::bitmap) {
         const std::size_t bit = at - row.bits().first;
         DataPageEditor editor(format, pager_.change(map.at_.page), map.at_.page);
-        flipBit(editor.slotBytes(map.at_.slot).subspan(kBitmapAt), bit, true);
+        setBit(editor.slotBytes(map.at_.slot).subspan(MapRowLayout::bitmap), bit);
         return;
     }
-    const std::size_t part = at / format.mapPageBits();
+    const std::size_t part = at / MapPageLayout::bits(format);
     if (part >= row.references())
         corrupt(map.at_.page, "o mapa de páginas não alcança a página " + std::to_string(at));
     std::uint32_t target = row.reference(part);
@@ -258,15 +246,10 @@ void PageAllocator::add(const UsageMap& map, PageNo page) {
         if (map.kind_ == UsageMap::Kind::global)
             return; // a missing part of the map of free pages counts as free
         target = number(take());
-        const std::span<std::byte> bytes = pager_.change(static_cast<PageNo>(target));
-        bytes[0] = std::byte{static_cast<std::uint8_t>(PageKind::usageMap)};
-        bytes[1] = std::byte{1};
-        DataPageEditor editor(format, pager_.change(map.at_.page), map.at_.page);
-        store<std::uint32_t>(editor.slotBytes(map.at_.slot).data() + 1 + 4 * part, target);
+        startPage(pager_.change(static_cast<PageNo>(target)).data(), PageKind::usageMap);
+        setReference(map, part, static_cast<PageNo>(target));
     }
-    (void)readMapPage(pager_, target);
-    flipBit(pager_.change(static_cast<PageNo>(target)).subspan(kMapPageHeader),
-            at % format.mapPageBits(), true);
+    flipOnMapPage(static_cast<PageNo>(target), at, true);
 }
 
 void PageAllocator::remove(const UsageMap& map, PageNo page) {
@@ -286,10 +269,10 @@ void PageAllocator::remove(const UsageMap& map, PageNo page) {
     if (row.type == MapType::bitmap) {
         const std::size_t bit = at - row.bits().first;
         DataPageEditor editor(format, pager_.change(map.at_.page), map.at_.page);
-        flipBit(editor.slotBytes(map.at_.slot).subspan(kBitmapAt), bit, false);
+        setBit(editor.slotBytes(map.at_.slot).subspan(MapRowLayout::bitmap), bit, false);
         return;
     }
-    const std::size_t part = at / format.mapPageBits();
+    const std::size_t part = at / MapPageLayout::bits(format);
     std::uint32_t target = part < row.references() ? row.reference(part) : 0;
     if (target == 0) {
         if (!global)
@@ -300,18 +283,23 @@ void PageAllocator::remove(const UsageMap& map, PageNo page) {
         const PageNo fresh = pager_.append();
         target = number(fresh);
         const std::span<std::byte> bytes = pager_.change(fresh);
-        std::fill(bytes.begin() + kMapPageHeader, bytes.end(), std::byte{0xFF});
-        bytes[0] = std::byte{static_cast<std::uint8_t>(PageKind::usageMap)};
-        bytes[1] = std::byte{1};
-        {
-            DataPageEditor editor(format, pager_.change(map.at_.page), map.at_.page);
-            store<std::uint32_t>(editor.slotBytes(map.at_.slot).data() + 1 + 4 * part, target);
-        }
+        std::fill(bytes.begin() + MapPageLayout::bitmap, bytes.end(), std::byte{0xFF});
+        startPage(bytes.data(), PageKind::usageMap);
+        setReference(map, part, fresh);
         remove(map, fresh);
     }
-    (void)readMapPage(pager_, target);
-    flipBit(pager_.change(static_cast<PageNo>(target)).subspan(kMapPageHeader),
-            at % format.mapPageBits(), false);
+    flipOnMapPage(static_cast<PageNo>(target), at, false);
+}
+
+void PageAllocator::setReference(const UsageMap& map, std::size_t part, PageNo mapPage) {
+    DataPageEditor editor(pager_.format(), pager_.change(map.at_.page), map.at_.page);
+    store(editor.slotBytes(map.at_.slot).data(), MapRowLayout::reference(part), mapPage);
+}
+
+void PageAllocator::flipOnMapPage(PageNo mapPage, std::uint32_t page, bool on) {
+    (void)readMapPage(pager_, number(mapPage));
+    setBit(pager_.change(mapPage).subspan(MapPageLayout::bitmap),
+           page % MapPageLayout::bits(pager_.format()), on);
 }
 
 bool PageAllocator::growInline(const UsageMap& map, std::uint32_t page) {
@@ -330,27 +318,26 @@ bool PageAllocator::growInline(const UsageMap& map, std::uint32_t page) {
         if (high < low + std::uint64_t{length} * 8) {
             std::vector<std::byte> moved(length);
             for (auto bit = nextBit(bits, 0); bit; bit = nextBit(bits, *bit + 1))
-                flipBit(moved, *bit - low, true);
+                setBit(moved, *bit - low);
             DataPageEditor editor(format, pager_.change(map.at_.page), map.at_.page);
             const std::span<std::byte> bytes = editor.slotBytes(map.at_.slot);
-            store<std::uint32_t>(bytes.data() + kFirstPageAt, low);
-            std::copy(moved.begin(), moved.end(), bytes.begin() + kBitmapAt);
+            store(bytes.data(), MapRowLayout::first, static_cast<PageNo>(low));
+            std::copy(moved.begin(), moved.end(), bytes.begin() + MapRowLayout::bitmap);
             return true;
         }
     }
     if (page < bits.first)
         return false;
-    const std::size_t needed =
-        ((page - bits.first) / 8 + 1 + kBitmapStep - 1) / kBitmapStep * kBitmapStep;
+    const std::size_t needed = wholeWords((page - bits.first) / 8 + 1);
     const DataPage holder(format, row.page.bytes(), map.at_.page);
     if (needed - length > holder.freeBytes())
         return false;
     DataPageEditor editor(format, pager_.change(map.at_.page), map.at_.page);
-    editor.resize(map.at_.slot, kBitmapAt + needed);
+    editor.resize(map.at_.slot, MapRowLayout::bitmap + needed);
     if (global) {
         const std::span<std::byte> bytes = editor.slotBytes(map.at_.slot);
-        std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(kBitmapAt + length), bytes.end(),
-                  std::byte{0xFF});
+        std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(MapRowLayout::bitmap + length),
+                  bytes.end(), std::byte{0xFF});
     }
     return true;
 }
@@ -366,9 +353,7 @@ void PageAllocator::makeReference(const UsageMap& map) {
         slotSize = row.bytes.size();
         if (global) {
             for (std::uint32_t at = bits.first; at < bits.end(); ++at)
-                if ((std::to_integer<unsigned>(bits.bytes[(at - bits.first) / 8]) >>
-                         ((at - bits.first) % 8) &
-                     1U) == 0)
+                if (!hasBit(bits.bytes, at - bits.first))
                     members.push_back(at);
         } else {
             for (auto bit = nextBit(bits, 0); bit; bit = nextBit(bits, *bit + 1))
@@ -378,18 +363,16 @@ void PageAllocator::makeReference(const UsageMap& map) {
     {
         // Enough references for the largest file, whatever the bitmap's length was.
         const std::size_t parts =
-            (format.largestFile / format.pageSize + format.mapPageBits() - 1) /
-            format.mapPageBits();
+            (format.largestFile / format.pageSize + MapPageLayout::bits(format) - 1) /
+            MapPageLayout::bits(format);
+        const std::size_t wanted = MapRowLayout::reference(parts).at;
         DataPageEditor editor(format, pager_.change(map.at_.page), map.at_.page);
-        if (slotSize < 1 + 4 * parts) {
-            const std::size_t room = editor.view().freeBytes();
-            slotSize = std::min(1 + 4 * parts, slotSize + room);
-        }
-        slotSize = 1 + (slotSize - 1) / 4 * 4;
+        if (slotSize < wanted)
+            slotSize = std::min(wanted, slotSize + editor.view().freeBytes());
+        slotSize = MapRowLayout::reference(MapRowLayout::referencesIn(slotSize)).at;
         const std::vector<std::byte> empty(slotSize);
         editor.replace(map.at_.slot, empty, SlotKind::row);
-        editor.slotBytes(map.at_.slot)[0] =
-            std::byte{static_cast<std::uint8_t>(MapType::reference)};
+        store(editor.slotBytes(map.at_.slot).data(), MapRowLayout::type, MapType::reference);
     }
     for (const std::uint32_t page : members)
         global ? remove(map, static_cast<PageNo>(page)) : add(map, static_cast<PageNo>(page));

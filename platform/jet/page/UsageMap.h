@@ -61,6 +61,8 @@ public:
 private:
     bool growInline(const UsageMap& map, std::uint32_t page);
     void makeReference(const UsageMap& map);
+    void setReference(const UsageMap& map, std::size_t part, PageNo mapPage);
+    void flipOnMapPage(PageNo mapPage, std::uint32_t page, bool on);
 
     Pager& pager_;
     UsageMap free_;

@@ -11,6 +11,9 @@ namespace jet {
 [[nodiscard]] Bytes definitionPage(const Format& format, std::span<const std::byte> bytes,
                                    std::size_t before, PageNo next);
 
+/// Makes the block of a logical index one that stands for no relationship, and isn't primary.
+void makePlain(std::byte* block, const LogicalIndexLayout& layout) noexcept;
+
 /// The logical bytes of a table's definition, to be written into another file: everything in it
 /// stays as it is, known or not, but for the places that name pages, and the counters.
 class DefinitionImage {
@@ -35,9 +38,9 @@ public:
 
     /// The logical indexes that stand for one end of a relationship.
     struct End {
-        std::size_t logical;  ///< place in TableDefinition::logicalIndexes
-        PageNo otherTable;    ///< the definition of the other end's table
-        std::int32_t partner; ///< number of the logical index there
+        std::size_t logical;   ///< place in TableDefinition::logicalIndexes
+        PageNo otherTable;     ///< the definition of the other end's table
+        std::uint32_t partner; ///< number of the logical index there
     };
     [[nodiscard]] std::vector<End> relationshipEnds() const;
     void setOtherTable(std::size_t logical, PageNo table) noexcept;
@@ -57,12 +60,13 @@ private:
     void makeNamesDiffer(std::size_t from, std::size_t count);
     void repairIndexes();
     void listLongValues(TableDefinition& table);
-    [[nodiscard]] std::size_t behindNames(std::size_t from, std::size_t count) const;
     [[nodiscard]] std::byte* at(std::size_t offset) noexcept { return bytes_.data() + offset; }
-    [[nodiscard]] std::size_t logicalOffset(std::size_t logical) const noexcept;
+    [[nodiscard]] std::byte* column(std::size_t place) noexcept;
+    [[nodiscard]] std::byte* logicalIndex(std::size_t place) noexcept;
 
     const Format* format_;
     Bytes bytes_;
+    std::size_t columns_ = 0;
     std::size_t columnsAt_ = 0;
     std::size_t realIndexesAt_ = 0;
     std::size_t logicalIndexesAt_ = 0;

@@ -23,7 +23,7 @@ LongValueWalk::Outcome LongValueWalk::follow(Pager& pager, std::span<const std::
 
     Bytes content;
     for (RowId at = value.first; content.size() < value.length;) {
-        if (packed(at) == 0)
+        if (at == RowId{})
             return fail(row.page, "um valor longo termina antes do seu tamanho");
         if (!mayUse(at.page))
             return fail(at.page, "um valor longo usa uma página que não é da sua coluna");
@@ -43,10 +43,10 @@ LongValueWalk::Outcome LongValueWalk::follow(Pager& pager, std::span<const std::
         used_[at.page].set(at.slot);
         RowId next{};
         if (value.kind == Kind::chain) {
-            if (part.size() < 4)
+            if (part.size() < LongValueDefinition::kNext.size)
                 return fail(at.page, "uma parte de valor longo é curta demais");
-            next = unpacked(load<std::uint32_t>(part.data()));
-            part = part.subspan(4);
+            next = load(part.data(), LongValueDefinition::kNext);
+            part = part.subspan(LongValueDefinition::kNext.size);
         }
         content.insert(content.end(), part.begin(), part.end());
         at = next;

@@ -10,16 +10,16 @@ namespace {
 
 constexpr std::uint32_t kLengthMask = 0x3FFFFFFF;
 constexpr unsigned kKindShift = 30;
-constexpr std::size_t kNextPointer = 4;
+constexpr std::size_t kNextPointer = LongValueDefinition::kNext.size;
 /// Below this a long-value page isn't worth trying for another value.
 constexpr std::size_t kWorthTrying = 128;
 
-Bytes definition(LongValueDefinition::Kind kind, std::size_t length, std::int64_t first) {
+Bytes definition(LongValueDefinition::Kind kind, std::size_t length, RowId first) {
     Bytes bytes(LongValueDefinition::kSize);
-    store<std::uint32_t>(bytes.data(),
-                         static_cast<std::uint32_t>(length) |
-                             std::uint32_t{static_cast<std::uint8_t>(kind)} << kKindShift);
-    store<std::uint32_t>(bytes.data() + 4, static_cast<std::uint32_t>(first));
+    store(bytes.data(), LongValueDefinition::kHead,
+          static_cast<std::uint32_t>(length) | std::uint32_t{static_cast<std::uint8_t>(kind)}
+                                                   << kKindShift);
+    store(bytes.data(), LongValueDefinition::kFirst, first);
     return bytes;
 }
 
@@ -43,9 +43,9 @@ void eachPart(Pager& pager, const LongValueDefinition& value, PageNo page, Visit
     while (true) {
         const PageRef ref = pager.read(id.page);
         std::span<const std::byte> bytes = part(format, ref, id);
-        std::uint32_t next = 0;
+        RowId next{};
         if (value.kind == LongValueDefinition::Kind::chain) {
-            next = ByteView(bytes, id.page).u32(0);
+            next = ByteView(bytes, id.page).load(LongValueDefinition::kNext);
             bytes = bytes.subspan(kNextPointer);
         }
         if (bytes.size() > left)
@@ -54,9 +54,9 @@ void eachPart(Pager& pager, const LongValueDefinition& value, PageNo page, Visit
         visit(id, bytes);
         if (left == 0)
             return;
-        if (next == 0 || bytes.empty())
+        if (next == RowId{} || bytes.empty())
             corrupt(id.page, "um valor longo termina antes do seu tamanho");
-        id = unpacked(next);
+        id = next;
     }
 }
 
@@ -64,12 +64,12 @@ void eachPart(Pager& pager, const LongValueDefinition& value, PageNo page, Visit
 
 LongValueDefinition LongValueDefinition::parse(std::span<const std::byte> stored, PageNo page) {
     const ByteView view(stored, page);
-    const std::uint32_t head = view.u32(0);
+    const std::uint32_t head = view.load(kHead);
     const std::uint32_t kind = head >> kKindShift;
     (void)view.sub(0, kSize);
     if (kind > static_cast<std::uint32_t>(Kind::inRow))
         corrupt(page, "um valor longo é de tipo desconhecido");
-    LongValueDefinition value{static_cast<Kind>(kind), head & kLengthMask, unpacked(view.u32(4))};
+    LongValueDefinition value{static_cast<Kind>(kind), head & kLengthMask, view.load(kFirst)};
     if (value.kind == Kind::inRow && value.length > stored.size() - kSize)
         corrupt(page, "um valor longo diz ser maior que a sua linha");
     return value;
@@ -92,7 +92,7 @@ Bytes readLongValue(Pager& pager, std::span<const std::byte> stored, PageNo page
 std::vector<RowId> longValueParts(Pager& pager, std::span<const std::byte> stored, PageNo page) {
     const LongValueDefinition value = LongValueDefinition::parse(stored, page);
     std::vector<RowId> parts;
-    if (value.kind != LongValueDefinition::Kind::inRow && packed(value.first) != 0)
+    if (value.kind != LongValueDefinition::Kind::inRow && value.first != RowId{})
         eachPart(pager, value, page,
                  [&](RowId id, std::span<const std::byte>) { parts.push_back(id); });
     return parts;
@@ -110,22 +110,22 @@ Bytes writeLongValue(const Format& format, std::span<const std::byte> content, b
     if (content.size() > kLengthMask)
         throw Error(Errc::tooLong, "O texto é longo demais para ser guardado.");
     if (content.empty() || (mayStay && content.size() <= format.inlineLongValue)) {
-        Bytes bytes = definition(Kind::inRow, content.size(), 0);
+        Bytes bytes = definition(Kind::inRow, content.size(), {});
         bytes.insert(bytes.end(), content.begin(), content.end());
         return bytes;
     }
     if (content.size() <= format.longValuePart)
-        return definition(Kind::single, content.size(), packed(place(content)));
+        return definition(Kind::single, content.size(), place(content));
 
     // From the last part to the first, each naming the one behind it.
     const std::size_t step = format.longValuePart - kNextPointer;
-    std::int64_t next = 0;
+    RowId next{};
     for (std::size_t at = (content.size() - 1) / step * step;; at -= step) {
         const auto piece = content.subspan(at, std::min(step, content.size() - at));
         Bytes bytes(kNextPointer);
-        store<std::uint32_t>(bytes.data(), static_cast<std::uint32_t>(next));
+        store(bytes.data(), LongValueDefinition::kNext, next);
         bytes.insert(bytes.end(), piece.begin(), piece.end());
-        next = packed(place(bytes));
+        next = place(bytes);
         if (at == 0)
             return definition(Kind::chain, content.size(), next);
     }

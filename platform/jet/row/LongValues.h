@@ -11,7 +11,14 @@ namespace jet {
 /// long-value page, or in a chain of slots.
 struct LongValueDefinition {
     enum class Kind : std::uint8_t { chain = 0, single = 1, inRow = 2 };
-    static constexpr std::size_t kSize = 12;
+
+    static constexpr Field<std::uint32_t> kHead{0};  ///< length, and the kind in the top two bits
+    static constexpr Field<RowId> kFirst{4};         ///< 0 if the content is in the row
+    static constexpr Field<std::uint32_t> kStamp{8}; ///< see DataPageLayout; we write 0
+    static constexpr std::size_t kSize = 12;         ///< the content in the row comes behind
+    static_assert(fill(0, kSize, {kHead, kFirst, kStamp}));
+    /// What each part of a chain begins with: where the next one is; 0 in the last.
+    static constexpr Field<RowId> kNext{0};
 
     Kind kind;
     std::uint32_t length; ///< of the content, in bytes as stored

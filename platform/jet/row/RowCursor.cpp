@@ -47,7 +47,7 @@ const RowView* RowReader::read(RowId id, const Slot& slot) {
         row_.place(*pager_, *definition_, slot.bytes, id.page);
         return &row_;
     }
-    const RowId target = unpacked(ByteView(slot.bytes, id.page).u32(0));
+    const RowId target = ByteView(slot.bytes, id.page).load(kMovedTo);
     moved_ = pager_->read(target.page);
     const DataPage there(pager_->format(), moved_.bytes(), target.page);
     const Slot moved = there.slot(target.slot);

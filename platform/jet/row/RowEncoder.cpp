@@ -1,6 +1,8 @@
 #include "jet/row/RowEncoder.h"
 
+#include "jet/page/DataPage.h"
 #include "jet/row/LongValues.h"
+#include "jet/row/StoredNumeric.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,8 +12,8 @@ namespace jet {
 
 namespace {
 
-/// A row may have to become a pointer to where it has moved, which takes four bytes.
-constexpr std::size_t kSmallestRow = 4;
+/// A row may have to become a pointer to where it has moved.
+constexpr std::size_t kSmallestRow = kMovedTo.size;
 
 [[noreturn]] void wrongType(const Column& column) {
     throw Error(Errc::outOfRange,
@@ -128,12 +130,7 @@ Bytes numeric(const Column& column, const Value& value) {
     const auto* number = std::get_if<Numeric>(&value);
     if (!number || number->scale != column.scale)
         wrongType(column);
-    Bytes bytes{number->negative ? std::byte{0x80} : std::byte{}};
-    for (const std::uint32_t word : number->words) {
-        const Bytes part = bytesOf(word);
-        bytes.insert(bytes.end(), part.begin(), part.end());
-    }
-    return bytes;
+    return StoredNumeric::bytesOf(*number);
 }
 
 Bytes encode(const Column& column, const Value& value) {
@@ -175,7 +172,7 @@ struct Layout {
 };
 
 Layout layoutOf(const Format& format, const TableDefinition& table) {
-    return {format.columnCountSize + table.fixedSize, (table.maxColumns + std::size_t{7}) / 8};
+    return {format.row.countSize + table.fixedSize, RowLayout::maskSize(table.maxColumns)};
 }
 
 /// The jump table of a row whose values begin or end at `positions`; the row grows with it.
@@ -194,23 +191,20 @@ Bytes jumpTable(const std::vector<std::size_t>& positions, std::size_t sizeWitho
     return jumps;
 }
 
+/// What RowOffsets reads.
 void appendOffsets(Bytes& row, const std::vector<std::size_t>& positions, std::size_t maskSize,
-                   bool isJet3) {
-    const std::size_t variables = positions.size() - 1;
-    if (!isJet3) {
-        const auto append = [&](std::size_t number) {
-            const Bytes two = bytesOf(static_cast<std::uint16_t>(number));
-            row.insert(row.end(), two.begin(), two.end());
-        };
-        std::for_each(positions.rbegin(), positions.rend(), append);
-        append(variables);
-        return;
-    }
-    const Bytes jumps = jumpTable(positions, row.size() + positions.size() + 1 + maskSize);
-    for (auto at = positions.rbegin(); at != positions.rend(); ++at)
-        row.push_back(static_cast<std::byte>(*at & 0xFF));
+                   const Format& format) {
+    const auto append = [&](std::size_t number) {
+        const ShortField field{row.size(), format.row.countSize};
+        row.resize(field.at + field.size);
+        store(row.data(), field, number);
+    };
+    Bytes jumps;
+    if (format.isJet3())
+        jumps = jumpTable(positions, row.size() + positions.size() + 1 + maskSize);
+    std::for_each(positions.rbegin(), positions.rend(), append);
     row.insert(row.end(), jumps.rbegin(), jumps.rend());
-    row.push_back(static_cast<std::byte>(variables));
+    append(positions.size() - 1);
 }
 
 } // namespace
@@ -253,23 +247,20 @@ Bytes assembleRow(const Format& format, const TableDefinition& table, const Stor
     const auto [fixedEnd, maskSize] = layoutOf(format, table);
     Bytes row(fixedEnd);
     Bytes mask(maskSize);
-    if (format.columnCountSize == 1)
-        store<std::uint8_t>(row.data(), static_cast<std::uint8_t>(table.maxColumns));
-    else
-        store<std::uint16_t>(row.data(), table.maxColumns);
+    store(row.data(), format.row.count(), table.maxColumns);
 
     std::vector<const Bytes*> variables(table.maxVariables);
     for (std::size_t i = 0; i < fields.size(); ++i) {
         const Column& column = table.columns[i];
         if (!fields[i].present)
             continue;
-        mask[column.number / 8] |= static_cast<std::byte>(1U << (column.number % 8));
+        setBit(mask, column.number);
         if (column.type == ColumnType::boolean)
             continue;
         if (column.fixed)
             std::copy(fields[i].bytes.begin(), fields[i].bytes.end(),
                       row.begin() +
-                          static_cast<std::ptrdiff_t>(format.columnCountSize + column.fixedOffset));
+                          static_cast<std::ptrdiff_t>(format.row.countSize + column.fixedOffset));
         else
             variables[column.variableIndex] = &fields[i].bytes;
     }
@@ -283,12 +274,12 @@ Bytes assembleRow(const Format& format, const TableDefinition& table, const Stor
         positions.push_back(row.size());
         if (row.size() > format.pageSize)
             throw Error(Errc::tooLong, "O registro é grande demais para o banco de dados.");
-        appendOffsets(row, positions, maskSize, format.isJet3());
+        appendOffsets(row, positions, maskSize, format);
     } else if (row.size() + maskSize < kSmallestRow) {
         row.resize(kSmallestRow - maskSize);
     }
     row.insert(row.end(), mask.begin(), mask.end());
-    if (row.size() > format.largestRow)
+    if (row.size() > format.row.largest)
         throw Error(Errc::tooLong, "O registro é grande demais para o banco de dados.");
     return row;
 }
@@ -298,7 +289,7 @@ std::size_t rowSize(const Format& format, const TableDefinition& table, const St
     const auto [fixedEnd, maskSize] = layoutOf(format, table);
     std::size_t size = fixedEnd + maskSize;
     if (table.maxVariables > 0)
-        size += (table.maxVariables + std::size_t{2}) * format.columnCountSize;
+        size += (table.maxVariables + std::size_t{2}) * format.row.countSize;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (fields[i].content) {
             size += LongValueDefinition::kSize;

@@ -1,5 +1,7 @@
 #include "jet/row/RowParts.h"
 
+#include "jet/row/RowOffsets.h"
+
 #include <algorithm>
 
 namespace jet {
@@ -24,13 +26,13 @@ void RowParts::cut(std::span<const std::byte> row) {
     row_ = row;
     flaw_ = nullptr;
     offsets_.clear();
-    const std::size_t base = format_.columnCountSize;
+    const std::size_t base = format_.row.countSize;
     if (row.size() < base) {
         flaw_ = "a linha está vazia";
         return;
     }
-    count_ = base == 1 ? load<std::uint8_t>(row.data()) : load<std::uint16_t>(row.data());
-    const std::size_t mask = (count_ + 7) / 8;
+    count_ = load(row.data(), format_.row.count());
+    const std::size_t mask = RowLayout::maskSize(count_);
     if (count_ > table_.maxColumns) {
         flaw_ = "a linha tem mais colunas do que a tabela";
         return;
@@ -46,11 +48,11 @@ void RowParts::cut(std::span<const std::byte> row) {
 }
 
 void RowParts::cutVariables() {
-    if (!(format_.isJet3() ? readOffsetsJet3() : readOffsetsJet4())) {
+    if (!readOffsets()) {
         flaw_ = "a tabela de posições da linha não cabe nela";
         return;
     }
-    if (offsets_.front() < format_.columnCountSize + fixedEnds_[count_])
+    if (offsets_.front() < format_.row.countSize + fixedEnds_[count_])
         flaw_ = "os valores da linha cobrem os campos fixos";
     else if (!std::is_sorted(offsets_.begin(), offsets_.end()))
         flaw_ = "as posições da linha estão fora de ordem";
@@ -60,36 +62,13 @@ void RowParts::cutVariables() {
         flaw_ = "a linha tem mais campos variáveis do que a tabela";
 }
 
-bool RowParts::readOffsetsJet3() {
-    const auto byteAt = [&](std::size_t at) { return std::to_integer<std::size_t>(row_[at]); };
-    // Offsets are single bytes; the jump table says from which entry on another 256 are added.
-    const std::size_t jumps = (row_.size() - 1) / 256;
-    if (maskAt_ < format_.columnCountSize + 2 + jumps)
+bool RowParts::readOffsets() {
+    const RowOffsets offsets(format_, row_, maskAt_);
+    if (!offsets.hasCount() || !offsets.fit())
         return false;
-    const std::size_t variables = byteAt(maskAt_ - 1);
-    const std::size_t first = maskAt_ - 2 - jumps;
-    if (first < format_.columnCountSize + variables)
-        return false;
-    const std::size_t used = (first - variables) / 256 < jumps ? jumps - 1 : jumps;
-    tableAt_ = first - variables;
-    std::size_t add = 0;
-    for (std::size_t entry = 0, jump = 0; entry <= variables; ++entry) {
-        for (; jump < used && byteAt(maskAt_ - 2 - jump) == entry; ++jump)
-            add += 256;
-        offsets_.push_back(byteAt(first - entry) + add);
-    }
-    return true;
-}
-
-bool RowParts::readOffsetsJet4() {
-    if (maskAt_ < format_.columnCountSize + 4)
-        return false;
-    const std::size_t variables = load<std::uint16_t>(row_.data() + maskAt_ - 2);
-    if (maskAt_ < format_.columnCountSize + 4 + 2 * variables)
-        return false;
-    tableAt_ = maskAt_ - 4 - 2 * variables;
-    for (std::size_t entry = 0; entry <= variables; ++entry)
-        offsets_.push_back(load<std::uint16_t>(row_.data() + maskAt_ - 4 - 2 * entry));
+    tableAt_ = offsets.begin();
+    for (std::size_t value = 0; value <= offsets.count(); ++value)
+        offsets_.push_back(offsets[value]);
     return true;
 }
 
@@ -98,16 +77,14 @@ bool RowParts::hasStrayBits() const noexcept {
 }
 
 bool RowParts::bit(const Column& column) const noexcept {
-    return column.number < count_ &&
-           (std::to_integer<unsigned>(row_[maskAt_ + column.number / 8]) >> (column.number % 8) &
-            1U) != 0;
+    return column.number < count_ && hasBit(row_.subspan(maskAt_), column.number);
 }
 
 std::optional<std::span<const std::byte>> RowParts::field(const Column& column) const {
     if (column.type == ColumnType::boolean || !bit(column))
         return std::nullopt;
     if (column.fixed)
-        return row_.subspan(format_.columnCountSize + column.fixedOffset, column.length);
+        return row_.subspan(format_.row.countSize + column.fixedOffset, column.length);
     const std::size_t at = column.variableIndex;
     if (at + 1 >= offsets_.size())
         return std::nullopt; // the column is younger than the row

@@ -26,8 +26,7 @@ public:
 
 private:
     void cutVariables();
-    [[nodiscard]] bool readOffsetsJet3();
-    [[nodiscard]] bool readOffsetsJet4();
+    [[nodiscard]] bool readOffsets();
 
     const Format& format_;
     const TableDefinition& table_;

@@ -6,7 +6,6 @@ namespace {
 
 /// Pages with room that are looked at before the table grows.
 constexpr int kTries = 16;
-constexpr std::size_t kPointerSize = 4;
 
 /// With less room than this a page isn't worth trying.
 std::size_t worthTrying(const Format& format) { return format.isJet3() ? 60 : 100; }
@@ -57,7 +56,7 @@ std::optional<RowId> RowStore::movedTo(RowId id) {
     const Slot slot = DataPage(pager_.format(), page.bytes(), id.page).slot(id.slot);
     if (slot.kind != SlotKind::pointer)
         return std::nullopt;
-    const RowId target = unpacked(ByteView(slot.bytes, id.page).u32(0));
+    const RowId target = ByteView(slot.bytes, id.page).load(kMovedTo);
     const PageRef targetPage = pager_.read(target.page);
     const DataPage there(pager_.format(), targetPage.bytes(), target.page);
     if (there.owner() != number(definition_.page()) ||
@@ -90,9 +89,8 @@ void RowStore::replace(RowId id, std::span<const std::byte> row) {
     }
     if (moved)
         removeSlot(*moved);
-    const std::int64_t target = packed(place(row, SlotKind::relocated));
-    Bytes pointer(kPointerSize);
-    store<std::uint32_t>(pointer.data(), static_cast<std::uint32_t>(target));
+    Bytes pointer(kMovedTo.size);
+    store(pointer.data(), kMovedTo, place(row, SlotKind::relocated));
     if (!replaceInPlace(id, pointer, SlotKind::pointer))
         throw Error(Errc::full, "O registro não pode crescer: a sua página está cheia.");
 }

@@ -2,6 +2,8 @@
 
 #include "jet/Numbers.h"
 #include "jet/row/LongValues.h"
+#include "jet/row/RowOffsets.h"
+#include "jet/row/StoredNumeric.h"
 
 namespace jet {
 
@@ -30,17 +32,10 @@ double realOf(ColumnType type, std::span<const std::byte> bytes, PageNo page) {
                                       : scalar<double>(bytes, page);
 }
 
-constexpr std::size_t kStoredNumeric = 17;
-
 Numeric numericOf(const Column& column, std::span<const std::byte> bytes, PageNo page) {
-    if (bytes.size() != kStoredNumeric)
+    if (bytes.size() != StoredNumeric::size)
         corrupt(page, "um valor não tem o tamanho do seu tipo");
-    Numeric value;
-    value.negative = bytes[0] != std::byte{};
-    for (std::size_t i = 0; i < value.words.size(); ++i)
-        value.words[i] = load<std::uint32_t>(bytes.data() + 1 + 4 * i);
-    value.scale = column.scale;
-    return value;
+    return StoredNumeric::read(bytes, column.scale);
 }
 
 Guid guidOf(std::span<const std::byte> bytes, PageNo page) {
@@ -60,12 +55,12 @@ void RowView::place(Pager& pager, const TableDefinition& definition,
     definition_ = &definition;
     bytes_ = bytes;
     page_ = page;
-    base_ = definition.isJet3 ? 1 : 2;
+    const RowLayout& layout = pager.format().row;
+    base_ = layout.countSize;
     if (bytes.size() < base_)
         corrupt(page, "uma linha está vazia");
-    count_ =
-        definition.isJet3 ? load<std::uint8_t>(bytes.data()) : load<std::uint16_t>(bytes.data());
-    const std::size_t mask = (count_ + 7) / 8;
+    count_ = load(bytes.data(), layout.count());
+    const std::size_t mask = RowLayout::maskSize(count_);
     if (count_ > definition.maxColumns || base_ + mask > bytes.size())
         corrupt(page, "uma linha tem mais colunas do que a tabela");
     maskAt_ = bytes.size() - mask;
@@ -82,43 +77,18 @@ Bytes RowView::longValue(std::span<const std::byte> definition) const {
 }
 
 bool RowView::bit(const Column& column) const noexcept {
-    return column.number < count_ &&
-           (std::to_integer<unsigned>(bytes_[maskAt_ + column.number / 8]) >> (column.number % 8) &
-            1U) != 0;
+    return column.number < count_ && hasBit(bytes_.subspan(maskAt_), column.number);
 }
 
-std::pair<std::size_t, std::size_t> RowView::extentJet3(std::size_t index) const {
-    // Offsets are single bytes; the jump table says from which entry on another 256 are added.
-    const std::size_t jumps = (bytes_.size() - 1) / 256;
-    if (maskAt_ < base_ + 1 + jumps)
+std::pair<std::size_t, std::size_t> RowView::extent(std::size_t index) const {
+    const RowOffsets offsets(pager_->format(), bytes_, maskAt_);
+    if (!offsets.hasCount())
         corrupt(page_, "a tabela de posições de uma linha não cabe nela");
-    const auto variables = std::to_integer<std::size_t>(bytes_[maskAt_ - 1]);
-    if (index >= variables)
+    if (index >= offsets.count())
         return {0, 0};
-    const std::size_t first = maskAt_ - 2 - jumps; // where the position of value 0 is
-    if (first < base_ + variables)
+    if (!offsets.fit())
         corrupt(page_, "a tabela de posições de uma linha não cabe nela");
-    const std::size_t used = (first - variables) / 256 < jumps ? jumps - 1 : jumps;
-    const auto position = [&](std::size_t entry) {
-        auto at = std::to_integer<std::size_t>(bytes_[first - entry]);
-        for (std::size_t k = 0; k < used; ++k)
-            if (std::to_integer<std::size_t>(bytes_[maskAt_ - 2 - k]) <= entry)
-                at += 256;
-        return at;
-    };
-    return {position(index), position(index + 1)};
-}
-
-std::pair<std::size_t, std::size_t> RowView::extentJet4(std::size_t index) const {
-    if (maskAt_ < base_ + 2)
-        corrupt(page_, "a tabela de posições de uma linha não cabe nela");
-    const std::size_t variables = load<std::uint16_t>(bytes_.data() + maskAt_ - 2);
-    if (index >= variables)
-        return {0, 0};
-    if (maskAt_ < base_ + 4 + 2 * variables)
-        corrupt(page_, "a tabela de posições de uma linha não cabe nela");
-    const std::byte* entry = bytes_.data() + maskAt_ - 4 - 2 * index;
-    return {load<std::uint16_t>(entry), load<std::uint16_t>(entry - 2)};
+    return {offsets[index], offsets[index + 1]};
 }
 
 std::optional<std::span<const std::byte>> RowView::field(const Column& column) const {
@@ -130,8 +100,7 @@ std::optional<std::span<const std::byte>> RowView::field(const Column& column) c
             corrupt(page_, "uma linha é mais curta do que as suas colunas");
         return bytes_.subspan(at, column.length);
     }
-    const auto [begin, end] =
-        definition_->isJet3 ? extentJet3(column.variableIndex) : extentJet4(column.variableIndex);
+    const auto [begin, end] = extent(column.variableIndex);
     if (begin == 0 && end == 0)
         return std::nullopt; // the column is younger than the row
     if (begin < base_ || begin > end || end > maskAt_)

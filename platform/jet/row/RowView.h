@@ -39,8 +39,7 @@ private:
     [[nodiscard]] std::optional<std::span<const std::byte>> field(const Column& column) const;
     [[nodiscard]] bool bit(const Column& column) const noexcept;
     /// Begin and end of a variable value in the row; both 0 if the row is older than the column.
-    [[nodiscard]] std::pair<std::size_t, std::size_t> extentJet3(std::size_t index) const;
-    [[nodiscard]] std::pair<std::size_t, std::size_t> extentJet4(std::size_t index) const;
+    [[nodiscard]] std::pair<std::size_t, std::size_t> extent(std::size_t index) const;
 
     [[nodiscard]] Bytes longValue(std::span<const std::byte> definition) const;
 

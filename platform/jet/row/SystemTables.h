@@ -1,17 +1,9 @@
 #pragma once
 
-#include "jet/Types.h"
+#include "jet/page/Format.h"
 
 /// What the system's own tables have alike in every file of the format.
 namespace jet {
-
-// The pages of their definitions. Those of all other tables come behind.
-inline constexpr PageNo kObjectsPage{2}; ///< MSysObjects, the catalog
-inline constexpr PageNo kRightsPage{3};  ///< MSysACEs
-inline constexpr PageNo kQueriesPage{4};
-inline constexpr PageNo kRelationshipsPage{5};
-inline constexpr std::uint32_t kFirstDefinition = 2;
-inline constexpr std::uint32_t kFirstUserDefinition = 6;
 
 /// A table's number in the catalog is the page of its definition, in these bits.
 inline constexpr std::uint32_t kObjectPageMask = 0x00FFFFFF;

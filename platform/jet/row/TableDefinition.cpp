@@ -1,21 +1,15 @@
 #include "jet/TableDefinition.h"
 
+#include "jet/row/DefinitionReader.h"
+
 #include <algorithm>
 
 namespace jet {
 
 namespace {
 
-enum ColumnFlag : std::uint8_t { fixedFlag = 0x01, autonumberFlag = 0x04, autoGuidFlag = 0x40 };
-constexpr std::uint8_t kCompressedFlag = 0x01;
-enum IndexFlag : std::uint8_t { uniqueFlag = 0x01, ignoreNullsFlag = 0x02, requiredFlag = 0x08 };
-
-constexpr std::size_t kNextPageAt = 4;
-constexpr std::size_t kIndexColumnSize = 3;
 /// Far above what 255 columns and their indexes can need.
 constexpr std::size_t kLargestDefinition = std::size_t{1} << 19;
-
-RowId rowId(std::uint32_t pointer) { return unpacked(pointer); }
 
 /// All bytes of a definition in one piece, and the pages they came from.
 std::vector<std::byte> gather(Pager& pager, PageNo first, std::vector<PageNo>& pages) {
@@ -26,58 +20,40 @@ std::vector<std::byte> gather(Pager& pager, PageNo first, std::vector<PageNo>& p
             corrupt(page.page(), "era esperada a definição de uma tabela");
         if (bytes.size() > kLargestDefinition)
             corrupt(first, "a definição da tabela não termina");
-        const auto part = page.view().from(pages.empty() ? 0 : kDefinitionHeader);
+        const auto part = page.view().from(pages.empty() ? 0 : DefinitionPageLayout::size);
         bytes.insert(bytes.end(), part.begin(), part.end());
         pages.push_back(page.page());
-        next = page.view().u32(kNextPageAt);
+        next = number(page.view().load(DefinitionPageLayout::next));
     }
     return bytes;
 }
 
-/// Reads the parts of a definition one after the other.
-class Reader {
-public:
-    Reader(ByteView bytes, std::size_t at) : bytes_(bytes), at_(at) {}
-    ByteView block(std::size_t size) {
-        const ByteView part(bytes_.sub(at_, size), bytes_.page());
-        at_ += size;
-        return part;
-    }
-    std::uint16_t u16() { return block(2).u16(0); }
-    std::string name(const Format& format, const TextCodec& codec) {
-        const std::size_t length = format.nameLengthSize == 1 ? block(1).u8(0) : std::size_t{u16()};
-        return codec.decode(block(length).bytes());
-    }
-
-private:
-    ByteView bytes_;
-    std::size_t at_;
-};
-
 Column parseColumn(const ByteView& block, const Format& format, const TextSettings& texts) {
+    const ColumnLayout& layout = format.column;
     Column column;
-    column.type = static_cast<ColumnType>(block.u8(0));
-    column.number = block.u16(format.columnNumberAt);
-    column.variableIndex = block.u16(format.columnVariableAt);
-    column.fixedOffset = block.u16(format.columnFixedAt);
-    column.length = block.u16(format.columnLengthAt);
-    const std::uint8_t flags = block.u8(format.columnFlagsAt);
-    column.fixed = (flags & fixedFlag) != 0;
-    column.autonumber = (flags & autonumberFlag) != 0 && column.type == ColumnType::longInteger;
-    column.autoGuid = (flags & autoGuidFlag) != 0 && column.type == ColumnType::guid;
+    column.type = static_cast<ColumnType>(block.load(layout.type));
+    column.number = block.load(layout.number);
+    column.variableIndex = block.load(layout.variable);
+    column.fixedOffset = block.load(layout.fixed);
+    column.length = block.load(layout.length);
+    const std::uint8_t flags = block.load(layout.flags);
+    column.fixed = (flags & ColumnFlags::fixed) != 0;
+    column.autonumber =
+        (flags & ColumnFlags::autonumber) != 0 && column.type == ColumnType::longInteger;
+    column.autoGuid = (flags & ColumnFlags::autoGuid) != 0 && column.type == ColumnType::guid;
     if (column.type == ColumnType::numeric) {
-        column.precision = block.u8(format.columnSortAt + (format.isJet3() ? 2 : 0));
-        column.scale = block.u8(format.columnSortAt + (format.isJet3() ? 3 : 1));
+        column.precision = block.load(layout.precision);
+        column.scale = block.load(layout.scale);
     }
     if (isText(column.type)) {
-        column.order.lcid = block.u16(format.columnSortAt);
+        column.order.lcid = block.load(layout.language);
         if (format.isJet3()) {
-            const std::uint16_t page = block.u16(format.columnSortAt + 2);
+            const std::uint16_t page = block.load(*layout.codePage);
             column.order.codePage = texts.overridden || page == 0 ? texts.codePage : page;
         } else {
-            column.order.variant = block.u8(format.columnSortAt + 2);
-            column.order.version = block.u8(format.columnSortAt + 3);
-            column.compressed = (block.u8(format.columnFlagsAt + 1) & kCompressedFlag) != 0;
+            column.order.variant = block.load(*layout.variant);
+            column.order.version = block.load(*layout.orderVersion);
+            column.compressed = (block.load(*layout.textFlags) & kMayCompress) != 0;
         }
         column.codec = TextCodec(format.version, column.order.codePage);
         column.collation = Collation::find(format.version, column.order);
@@ -87,10 +63,11 @@ Column parseColumn(const ByteView& block, const Format& format, const TextSettin
 
 RealIndex parseRealIndex(const ByteView& block, const Format& format,
                          const TableDefinition& table) {
+    const RealIndexLayout& layout = format.realIndex;
     RealIndex index;
     for (std::size_t i = 0; i < kMaxIndexColumns; ++i) {
-        const std::size_t at = format.realIndexColumnsAt + i * kIndexColumnSize;
-        const std::uint16_t columnNumber = block.u16(at);
+        const ByteView key(block.sub(layout.key(i), KeyColumnLayout::size), block.page());
+        const std::uint16_t columnNumber = key.load(KeyColumnLayout::column);
         if (columnNumber == kNoColumn)
             continue;
         const auto column = std::find_if(table.columns.begin(), table.columns.end(),
@@ -98,16 +75,33 @@ RealIndex parseRealIndex(const ByteView& block, const Format& format,
         if (column == table.columns.end())
             corrupt(block.page(), "um índice usa uma coluna que não existe");
         index.columns.push_back({static_cast<std::size_t>(column - table.columns.begin()),
-                                 (block.u8(at + 2) & 1) != 0});
+                                 (key.load(KeyColumnLayout::direction) & kAscending) != 0});
     }
     if (index.columns.empty())
         corrupt(block.page(), "um índice não tem colunas");
-    index.map = rowId(block.u32(format.realIndexMapAt));
-    index.root = static_cast<PageNo>(block.u32(format.realIndexRootAt));
-    const std::uint8_t flags = block.u8(format.realIndexFlagsAt);
-    index.unique = (flags & uniqueFlag) != 0;
-    index.ignoreNulls = (flags & ignoreNullsFlag) != 0;
-    index.required = (flags & requiredFlag) != 0;
+    index.map = block.load(layout.map);
+    index.root = block.load(layout.root);
+    const std::uint8_t flags = block.load(layout.flags);
+    index.unique = (flags & IndexFlags::unique) != 0;
+    index.ignoreNulls = (flags & IndexFlags::ignoreNulls) != 0;
+    index.required = (flags & IndexFlags::required) != 0;
+    return index;
+}
+
+LogicalIndex parseLogicalIndex(const ByteView& block, const LogicalIndexLayout& layout) {
+    LogicalIndex index;
+    index.number = block.load(layout.number);
+    index.realIndex = block.load(layout.realIndex);
+    index.kind = static_cast<LogicalIndex::Kind>(block.load(layout.kind));
+    if (index.kind == LogicalIndex::Kind::relationship) {
+        index.side = static_cast<LogicalIndex::Side>(block.load(layout.side));
+        index.partner = block.load(layout.partner);
+        index.partnerTable = block.load(layout.otherTable);
+        index.cascadesUpdates = (block.load(layout.cascadesUpdates) & CascadeFlags::cascades) != 0;
+        const std::uint8_t deletes = block.load(layout.cascadesDeletes);
+        index.cascadesDeletes = (deletes & CascadeFlags::cascades) != 0;
+        index.nullsOnDelete = (deletes & CascadeFlags::nulls) != 0;
+    }
     return index;
 }
 
@@ -160,61 +154,48 @@ TableDefinition parseDefinition(Pager& pager, PageNo page, const TextSettings& t
     const std::vector<std::byte> all = gather(pager, page, table.pages);
     const ByteView bytes(all, page);
 
-    const std::uint32_t length = bytes.u32(kDefinitionLengthAt);
-    const ByteView body(bytes.sub(0, length), page);
-    table.system = body.u8(format.tableKindAt) == kSystemTable;
-    table.maxColumns = body.u16(format.maxColumnsAt);
-    table.maxVariables = body.u16(format.variableColumnsAt);
-    const std::size_t columns = body.u16(format.columnsAt);
-    const std::size_t logical = body.u32(format.logicalIndexesAt);
-    const std::size_t real = body.u32(format.realIndexesAt);
-    table.ownedMap = rowId(body.u32(format.ownedMapAt));
-    table.freeMap = rowId(body.u32(format.freeMapAt));
+    const DefinitionLayout& layout = format.definition;
+    const ByteView body(bytes.sub(0, bytes.load(layout.length)), page);
+    table.system = body.load(layout.kind) == kSystemTable;
+    table.maxColumns = body.load(layout.maxColumns);
+    table.maxVariables = body.load(layout.maxVariables);
+    const std::size_t columns = body.load(layout.columns);
+    const std::size_t logical = body.load(layout.logicalIndexes);
+    const std::size_t real = body.load(layout.realIndexes);
+    table.ownedMap = body.load(layout.ownedMap);
+    table.freeMap = body.load(layout.freeMap);
     if (table.maxColumns > kMaxColumns || columns > table.maxColumns ||
         table.maxVariables > table.maxColumns || real > kMaxColumns || logical > kMaxColumns)
         corrupt(page, "as contagens da definição da tabela são inválidas");
 
-    Reader reader(body, format.definitionHeader);
-    (void)reader.block(real * format.statisticsSize);
+    DefinitionReader reader(format, body);
+    reader.skip(real, format.statistics.size);
     for (std::size_t i = 0; i < columns; ++i)
-        table.columns.push_back(parseColumn(reader.block(format.columnSize), format, texts));
+        table.columns.push_back(parseColumn(reader.block(format.column.size), format, texts));
     const TextCodec names(format.version, texts.codePage);
     for (Column& column : table.columns)
-        column.name = reader.name(format, names);
+        column.name = names.decode(reader.name().bytes());
     std::stable_sort(table.columns.begin(), table.columns.end(),
                      [](const Column& a, const Column& b) { return a.number < b.number; });
     checkColumns(table, format);
 
     for (std::size_t i = 0; i < real; ++i)
         table.realIndexes.push_back(
-            parseRealIndex(reader.block(format.realIndexSize), format, table));
+            parseRealIndex(reader.block(format.realIndex.size), format, table));
     for (std::size_t i = 0; i < logical; ++i) {
-        const ByteView block = reader.block(format.logicalIndexSize);
-        LogicalIndex index;
-        index.number = block.u32(format.logicalIndexAt);
-        index.realIndex = block.u32(format.logicalIndexAt + 4);
-        index.kind = static_cast<LogicalIndex::Kind>(block.u8(format.logicalIndexAt + 19));
-        if (index.kind == LogicalIndex::Kind::relationship) {
-            index.side = static_cast<LogicalIndex::Side>(block.u8(format.logicalIndexAt + 8));
-            index.partner = block.u32(format.logicalIndexAt + 9);
-            index.partnerTable = static_cast<PageNo>(block.u32(format.logicalIndexAt + 13));
-            index.cascadesUpdates = (block.u8(format.logicalIndexAt + 17) & 1) != 0;
-            index.cascadesDeletes = (block.u8(format.logicalIndexAt + 18) & 1) != 0;
-            index.nullsOnDelete = (block.u8(format.logicalIndexAt + 18) & 2) != 0;
-        }
-        if (index.realIndex >= real)
+        table.logicalIndexes.push_back(
+            parseLogicalIndex(reader.block(format.logicalIndex.size), format.logicalIndex));
+        if (table.logicalIndexes.back().realIndex >= real)
             corrupt(page, "um índice não tem árvore");
-        table.logicalIndexes.push_back(std::move(index));
     }
     for (LogicalIndex& index : table.logicalIndexes)
-        index.name = reader.name(format, names);
+        index.name = names.decode(reader.name().bytes());
 
-    for (std::uint16_t columnNumber = reader.u16(); columnNumber != kNoColumn;
-         columnNumber = reader.u16()) {
-        const ByteView maps = reader.block(8);
-        const std::uint32_t free = maps.u32(4);
-        table.longValues.push_back(
-            {columnNumber, rowId(maps.u32(0)), free ? std::optional(rowId(free)) : std::nullopt});
+    while (const auto maps = reader.longValueMaps()) {
+        const RowId free = maps->load(LongValueMapsLayout::free);
+        table.longValues.push_back({maps->load(LongValueMapsLayout::column),
+                                    maps->load(LongValueMapsLayout::owned),
+                                    free == RowId{} ? std::nullopt : std::optional(free)});
     }
     return table;
 }

@@ -13,10 +13,38 @@ namespace jet {
 namespace {
 
 constexpr std::string_view kMagic = "JETUNDO1";
+
+// The header: what kMagic is followed by.
+constexpr Field<std::uint32_t> kPageSize{8};
+constexpr Field<std::uint32_t> kUser{12};
+constexpr Field<std::uint32_t> kAnnounced{16};
+constexpr Field<std::uint32_t> kFileBefore{20};
+constexpr Field<std::uint32_t> kFileAfter{24};
+constexpr Field<std::uint32_t> kChanges{28};
+constexpr Field<std::uint64_t> kIdentity{32};
+constexpr Stretch kZeros{40, 16};
+constexpr Field<std::uint64_t> kHeaderSum{56}; ///< of all before it
 constexpr std::size_t kHeader = 64;
-constexpr std::size_t kHeaderSum = 56;
+static_assert(fill(kMagic.size(), kHeader,
+                   {kPageSize, kUser, kAnnounced, kFileBefore, kFileAfter, kChanges, kIdentity,
+                    kZeros, kHeaderSum}));
 constexpr std::size_t kPrefix = kHeader + CommitPairs::kBytes;
-constexpr std::size_t kEntryHead = 8;
+
+/// What each change begins with; a checksum for each sector of the page follows.
+struct EntryLayout {
+    static constexpr Field<PageNo> page{0};
+    static constexpr Field<std::uint32_t> hasBefore{4};
+    static constexpr std::size_t sums = hasBefore.end();
+    [[nodiscard]] static constexpr Field<std::uint32_t> sum(std::size_t sector) noexcept {
+        return {sums + Field<std::uint32_t>::size * sector};
+    }
+    [[nodiscard]] static std::size_t size(const Format& format) noexcept {
+        return sum(format.pageSize / Journal::kSector).at;
+    }
+};
+/// What the journal ends with: the checksum of everything.
+constexpr Field<std::uint64_t> kSum{0};
+
 /// Written and read in portions of this size.
 constexpr std::size_t kPortion = std::size_t{256} << 10;
 /// A journal that has grown beyond this is cut, not kept for the next transaction.
@@ -34,8 +62,8 @@ public:
         buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
     }
     void finish() {
-        std::array<std::byte, 8> sum{};
-        store<std::uint64_t>(sum.data(), sum_.value());
+        std::array<std::byte, kSum.size> sum{};
+        store(sum.data(), kSum, sum_.value());
         put(sum);
         flush();
     }
@@ -52,19 +80,21 @@ private:
     Checksum sum_;
 };
 
+std::uint64_t headerSum(const Bytes& bytes) {
+    return Checksum::of(std::span(bytes).first(kHeaderSum.at));
+}
+
 Bytes prefixOf(const JournalHeader& header, const Format& format) {
     Bytes bytes(kPrefix);
     std::memcpy(bytes.data(), kMagic.data(), kMagic.size());
-    std::size_t at = kMagic.size();
-    for (const std::uint32_t number :
-         {static_cast<std::uint32_t>(format.pageSize), header.user, std::uint32_t{header.announced},
-          header.fileBefore, header.fileAfter, header.changes}) {
-        store<std::uint32_t>(bytes.data() + at, number);
-        at += 4;
-    }
-    store<std::uint64_t>(bytes.data() + at, header.identity);
-    store<std::uint64_t>(bytes.data() + kHeaderSum,
-                         Checksum::of(std::span(bytes).first(kHeaderSum)));
+    store(bytes.data(), kPageSize, static_cast<std::uint32_t>(format.pageSize));
+    store(bytes.data(), kUser, header.user);
+    store(bytes.data(), kAnnounced, header.announced);
+    store(bytes.data(), kFileBefore, header.fileBefore);
+    store(bytes.data(), kFileAfter, header.fileAfter);
+    store(bytes.data(), kChanges, header.changes);
+    store(bytes.data(), kIdentity, header.identity);
+    store(bytes.data(), kHeaderSum, headerSum(bytes));
     std::ranges::copy(header.pairs.bytes(), bytes.begin() + kHeader);
     return bytes;
 }
@@ -80,7 +110,7 @@ std::filesystem::path Journal::pathFor(const std::filesystem::path& database) {
 std::uint64_t Journal::identityOf(const File& database, const Format& format) {
     Bytes page(format.pageSize);
     database.read(0, page);
-    const auto pairs = page.begin() + static_cast<std::ptrdiff_t>(format.commitPairsAt);
+    const auto pairs = page.begin() + static_cast<std::ptrdiff_t>(format.header.commitPairs.at);
     std::fill(pairs, pairs + CommitPairs::kBytes, std::byte{});
     return Checksum::of(page);
 }
@@ -145,14 +175,14 @@ void Journal::write(const JournalHeader& header, const ChangedPages& changed) {
     try {
         Writer writer(*file_);
         writer.put(prefixOf(header, format_));
-        Bytes head(kEntryHead + format_.pageSize / kSector * 4);
+        Bytes head(EntryLayout::size(format_));
         for (const ChangedPages::Page& page : changed.pages) {
             const bool hasBefore = number(page.number) < changed.fileBefore;
-            store<std::uint32_t>(head.data(), number(page.number));
-            store<std::uint32_t>(head.data() + 4, hasBefore ? 1 : 0);
+            store(head.data(), EntryLayout::page, page.number);
+            store(head.data(), EntryLayout::hasBefore, hasBefore ? 1 : 0);
             for (std::size_t i = 0; i < format_.pageSize / kSector; ++i)
-                store<std::uint32_t>(head.data() + kEntryHead + 4 * i,
-                                     checksumOf(page.content.subspan(i * kSector, kSector)));
+                store(head.data(), EntryLayout::sum(i),
+                      checksumOf(page.content.subspan(i * kSector, kSector)));
             writer.put(head);
             if (hasBefore)
                 writer.put(changed.before(page.number));
@@ -209,17 +239,16 @@ Journal::Reader::Reader(const std::filesystem::path& path, const Format& format,
     isJournal_ = bytes.size() >= kMagic.size() &&
                  std::memcmp(bytes.data(), kMagic.data(), kMagic.size()) == 0;
     if (!isJournal_ || bytes.size() < kPrefix ||
-        load<std::uint64_t>(bytes.data() + kHeaderSum) !=
-            Checksum::of(std::span(bytes).first(kHeaderSum)) ||
-        load<std::uint32_t>(bytes.data() + 8) != format.pageSize)
+        load(bytes.data(), kHeaderSum) != headerSum(bytes) ||
+        load(bytes.data(), kPageSize) != format.pageSize)
         return;
     JournalHeader header;
-    header.user = load<std::uint32_t>(bytes.data() + 12);
-    header.announced = static_cast<std::uint16_t>(load<std::uint32_t>(bytes.data() + 16));
-    header.fileBefore = load<std::uint32_t>(bytes.data() + 20);
-    header.fileAfter = load<std::uint32_t>(bytes.data() + 24);
-    header.changes = load<std::uint32_t>(bytes.data() + 28);
-    header.identity = load<std::uint64_t>(bytes.data() + 32);
+    header.user = load(bytes.data(), kUser);
+    header.announced = static_cast<std::uint16_t>(load(bytes.data(), kAnnounced));
+    header.fileBefore = load(bytes.data(), kFileBefore);
+    header.fileAfter = load(bytes.data(), kFileAfter);
+    header.changes = load(bytes.data(), kChanges);
+    header.identity = load(bytes.data(), kIdentity);
     header.pairs = CommitPairs(std::span(bytes).subspan<kHeader, CommitPairs::kBytes>());
     if (header.user < CommitPairs::kUsers && header.fileBefore > 0 &&
         header.fileBefore <= header.fileAfter)
@@ -251,15 +280,15 @@ bool Journal::Reader::readAll(const std::function<void(const Entry&)>& visit) {
     };
     sum.add(prefix());
     at = kPrefix;
-    Bytes head(kEntryHead + format_.pageSize / kSector * 4);
+    Bytes head(EntryLayout::size(format_));
     Bytes page(format_.pageSize);
     const std::uint32_t oldEnd = header_->fileBefore;
     std::uint32_t next = 1; // the lowest page that may follow
     for (std::uint32_t i = 0; i < header_->changes; ++i) {
         if (!take(head))
             return false;
-        const auto changed = load<std::uint32_t>(head.data());
-        const bool hasBefore = load<std::uint32_t>(head.data() + 4) == 1;
+        const std::uint32_t changed = number(load(head.data(), EntryLayout::page));
+        const bool hasBefore = load(head.data(), EntryLayout::hasBefore) == 1;
         // Of the new pages, which undoing cuts off, all are there.
         const bool inOrder = hasBefore ? changed >= next : changed == std::max(next, oldEnd);
         if (!inOrder || changed >= header_->fileAfter || hasBefore != (changed < oldEnd) ||
@@ -267,14 +296,14 @@ bool Journal::Reader::readAll(const std::function<void(const Entry&)>& visit) {
             return false;
         visit({static_cast<PageNo>(changed),
                hasBefore ? std::span<const std::byte>(page) : std::span<const std::byte>(),
-               std::span(head).subspan(kEntryHead)});
+               std::span(head).subspan(EntryLayout::sums)});
         next = changed + 1;
     }
     if (std::max(next, oldEnd) != header_->fileAfter)
         return false;
     const std::uint64_t expected = sum.value();
-    Bytes trailer(8);
-    return take(trailer) && load<std::uint64_t>(trailer.data()) == expected;
+    Bytes trailer(kSum.size);
+    return take(trailer) && load(trailer.data(), kSum) == expected;
 }
 
 } // namespace jet

@@ -89,7 +89,11 @@ public:
     struct Entry {
         PageNo page;
         std::span<const std::byte> before;    ///< empty for a page new at the end
-        std::span<const std::byte> checksums; ///< 4 bytes for each sector of the new page
+        std::span<const std::byte> checksums; ///< one for each sector of the new page
+        [[nodiscard]] std::uint32_t checksum(std::size_t sector) const noexcept {
+            constexpr std::size_t kSize = Field<std::uint32_t>::size;
+            return load(checksums.data(), Field<std::uint32_t>{kSize * sector});
+        }
     };
     /// Reads the journal that is there.
     class Reader {

@@ -34,7 +34,7 @@ Comparison compare(Journal::Reader& journal, const File& database, const Format&
         database.read(at, page);
         for (std::size_t i = 0; i * Journal::kSector < format.pageSize; ++i) {
             const auto sector = std::span(page).subspan(i * Journal::kSector, Journal::kSector);
-            if (checksumOf(sector) == load<std::uint32_t>(entry.checksums.data() + 4 * i))
+            if (checksumOf(sector) == entry.checksum(i))
                 continue;
             // What a disk shows at the end of a file that was growing is nobody's data.
             if (!entry.before.empty() &&

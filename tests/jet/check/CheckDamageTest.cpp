@@ -32,7 +32,7 @@ void changeSlotWord(DamagedFile& file, RowId id, std::uint16_t andBits, std::uin
 std::span<std::byte> clientEntry(DamagedFile& file, std::size_t at) {
     constexpr std::size_t kEntry = 5 + 4; // flag and long; page and slot
     return file.page(file.cheques.realIndexes[1].root)
-        .subspan(file.format().indexDataAt + at * kEntry, kEntry);
+        .subspan(file.format().indexPage.entries + at * kEntry, kEntry);
 }
 
 const std::vector<Damage> kDamages = {
@@ -101,7 +101,7 @@ const std::vector<Damage> kDamages = {
           }),
     error("map: shared by two tables", "o mapa de páginas serve a dois donos",
           [](DamagedFile& file) {
-              file.put<std::uint32_t>(file.other.page(), file.format().freeMapAt,
+              file.put<std::uint32_t>(file.other.page(), file.format().definition.freeMap.at,
                                       static_cast<std::uint32_t>(packed(file.cheques.freeMap)));
               return file.cheques.freeMap.page;
           }),
@@ -113,12 +113,13 @@ const std::vector<Damage> kDamages = {
           }),
     error("row count", "o número de registros está errado (diz 62, são 63)",
           [](DamagedFile& file) {
-              file.put<std::uint32_t>(file.cheques.page(), file.format().rowCountAt, 62);
+              file.put<std::uint32_t>(file.cheques.page(), file.format().definition.rows.at, 62);
               return file.cheques.page();
           }),
     error("numbering", "a numeração está atrasada",
           [](DamagedFile& file) {
-              file.put<std::int32_t>(file.cheques.page(), file.format().autonumberAt, 62);
+              file.put<std::int32_t>(file.cheques.page(), file.format().definition.lastNumber.at,
+                                     62);
               return file.cheques.page();
           }),
     error("data page: free bytes", "os bytes livres da página estão errados",
@@ -140,20 +141,20 @@ const std::vector<Damage> kDamages = {
           }),
     error("data page: more slots than fit", "não é uma página de dados",
           [](DamagedFile& file) {
-              file.put<std::uint16_t>(firstPage(file), file.format().slotCountAt, 60000);
+              file.put<std::uint16_t>(firstPage(file), file.format().dataPage.slotCount.at, 60000);
               return firstPage(file);
           }),
     error("data page: more slots than rows can be told apart by",
           "a página tem linhas demais (300)",
           [](DamagedFile& file) {
               const PageNo page = file.otherPage;
-              const auto count = file.get<std::uint16_t>(page, file.format().slotCountAt);
+              const auto count = file.get<std::uint16_t>(page, file.format().dataPage.slotCount.at);
               const auto free = file.get<std::uint16_t>(page, kFreeBytesAt);
               const auto last = file.get<std::uint16_t>(page, file.slotAt(count - 1U));
               for (std::size_t slot = count; slot < 300; ++slot)
                   file.put<std::uint16_t>(page, file.slotAt(slot),
                                           static_cast<std::uint16_t>(last | 0xC000U));
-              file.put<std::uint16_t>(page, file.format().slotCountAt, 300);
+              file.put<std::uint16_t>(page, file.format().dataPage.slotCount.at, 300);
               file.put<std::uint16_t>(page, kFreeBytesAt,
                                       static_cast<std::uint16_t>(free - 2 * (300 - count)));
               return page;
@@ -219,7 +220,7 @@ const std::vector<Damage> kDamages = {
           }),
     warning("row: date beyond the calendar", "uma data está fora do calendário",
             [](DamagedFile& file) {
-                const std::size_t base = file.format().columnCountSize;
+                const std::size_t base = file.format().row.countSize;
                 store<double>(file.bytesOf(file.plain).data() + base + 8, 1e9);
                 return file.plain.page;
             }),
@@ -331,8 +332,8 @@ const std::vector<Damage> kDamages = {
           }),
     error("index: key that isn't the row's", "a chave do índice não é a da linha",
           [](DamagedFile& file) {
-              store<std::int32_t>(
-                  file.bytesOf(file.plain).data() + file.format().columnCountSize + 4, 99);
+              store<std::int32_t>(file.bytesOf(file.plain).data() + file.format().row.countSize + 4,
+                                  99);
               return file.plain.page;
           }),
     error("index: row that isn't there", "o índice contém uma linha que não existe",
@@ -364,8 +365,8 @@ const std::vector<Damage> kDamages = {
           }),
     error("index: root with a neighbour", "do índice aponta para outra",
           [](DamagedFile& file) {
-              file.put<std::uint32_t>(file.cheques.realIndexes[1].root, file.format().indexNextAt,
-                                      3);
+              file.put<std::uint32_t>(file.cheques.realIndexes[1].root,
+                                      file.format().indexPage.next.at, 3);
               return file.cheques.realIndexes[1].root;
           }),
 };

@@ -50,7 +50,7 @@ RowId addObject(DamagedFile& file, std::int64_t id, std::int64_t parent, const s
 
 /// Changes a fixed column of an object byte by byte, so that no index refuses it.
 PageNo patchObject(DamagedFile& file, RowId object, std::size_t column, std::uint32_t value) {
-    store<std::uint32_t>(file.bytesOf(object).data() + file.format().columnCountSize + 4 * column,
+    store<std::uint32_t>(file.bytesOf(object).data() + file.format().row.countSize + 4 * column,
                          value);
     return object.page;
 }
@@ -95,7 +95,7 @@ PageNo setChequesProperties(DamagedFile& file, const Bytes& bytes) {
 /// Makes a plain index of "Cheques" say that it stands for a relationship.
 PageNo makeRelationship(DamagedFile& file, std::uint8_t side, PageNo other) {
     std::byte* const block = file.page(file.cheques.page()).data() + file.logicalIndexBlock(0) +
-                             file.format().logicalIndexAt;
+                             file.format().logicalIndex.number.at;
     store<std::uint8_t>(block + kKindAt, 2);
     store<std::uint8_t>(block + 8, side);
     store<std::uint32_t>(block + 9, 0);
@@ -111,7 +111,7 @@ void put(DamagedFile& file, std::size_t at, const std::string& text) {
 
 /// Where the text of the n-th name from `at` on begins.
 std::size_t nameText(DamagedFile& file, std::size_t at, std::size_t n) {
-    const std::size_t head = file.format().nameLengthSize;
+    const std::size_t head = file.format().nameLength.size;
     const auto length = [&] {
         return head == 1 ? std::size_t{file.get<std::uint8_t>(file.cheques.page(), at)}
                          : std::size_t{file.get<std::uint16_t>(file.cheques.page(), at)};
@@ -150,12 +150,13 @@ const std::vector<Damage> kDefinitionDamages = {
                 }),
     error("definition: kind of table", "do usuário ou do sistema",
           [](DamagedFile& file) {
-              file.put<std::uint8_t>(file.other.page(), file.format().tableKindAt, 7);
+              file.put<std::uint8_t>(file.other.page(), file.format().definition.kind.at, 7);
               return file.other.page();
           }),
     error("definition: counts", "a definição da tabela não pode ser lida",
           [](DamagedFile& file) {
-              file.put<std::uint32_t>(file.other.page(), file.format().realIndexesAt, 0x7FFFFFFF);
+              file.put<std::uint32_t>(file.other.page(), file.format().definition.realIndexes.at,
+                                      0x7FFFFFFF);
               return file.other.page();
           }),
     warning("definition: more pages than it needs", "a definição tem páginas de sobra",
@@ -184,19 +185,19 @@ const std::vector<Damage> kDefinitionDamages = {
     error("definition: two columns of one number", "o número da coluna",
           [](DamagedFile& file) {
               file.put<std::uint16_t>(file.cheques.page(),
-                                      file.columnBlock(1) + file.format().columnNumberAt, 0);
+                                      file.columnBlock(1) + file.format().column.number.at, 0);
               return file.cheques.page();
           }),
     error("definition: two columns in one place", "cobre outra",
           [](DamagedFile& file) {
               file.put<std::uint16_t>(file.cheques.page(),
-                                      file.columnBlock(2) + file.format().columnFixedAt, 2);
+                                      file.columnBlock(2) + file.format().column.fixed.at, 2);
               return file.cheques.page();
           }),
     error("definition: column beyond the longest row", "uma coluna não cabe na linha",
           [](DamagedFile& file) {
               file.put<std::uint16_t>(file.cheques.page(),
-                                      file.columnBlock(2) + file.format().columnFixedAt,
+                                      file.columnBlock(2) + file.format().column.fixed.at,
                                       static_cast<std::uint16_t>(file.format().pageSize - 8));
               return file.cheques.page();
           }),
@@ -204,26 +205,27 @@ const std::vector<Damage> kDefinitionDamages = {
           "um valor não tem o tamanho do seu tipo (linha 1, coluna \"quando\")",
           [](DamagedFile& file) {
               file.put<std::uint16_t>(file.cheques.page(),
-                                      file.columnBlock(2) + file.format().columnLengthAt, 4);
+                                      file.columnBlock(2) + file.format().column.length.at, 4);
               return file.plain.page;
           }),
     warning("definition: column shorter than its texts",
             "um valor é mais longo do que a sua coluna (linha 1, coluna \"nome\")",
             [](DamagedFile& file) {
                 file.put<std::uint16_t>(file.cheques.page(),
-                                        file.columnBlock(3) + file.format().columnLengthAt, 20);
+                                        file.columnBlock(3) + file.format().column.length.at, 20);
                 return file.plain.page;
             }),
     warning("definition: order of texts that nobody knows",
             "a ordem de texto não é conhecida e as chaves não foram conferidas",
             [](DamagedFile& file) {
                 file.put<std::uint16_t>(file.cheques.page(),
-                                        file.columnBlock(3) + file.format().columnSortAt, 0x7777);
+                                        file.columnBlock(3) + file.format().column.language.at,
+                                        0x7777);
                 return file.cheques.realIndexes[2].root;
             }),
     error("definition: two indexes of one number", "dois índices têm o mesmo número",
           [](DamagedFile& file) {
-              const std::size_t at = file.format().logicalIndexAt;
+              const std::size_t at = file.format().logicalIndex.number.at;
               file.put<std::uint32_t>(
                   file.cheques.page(), file.logicalIndexBlock(1) + at,
                   file.get<std::uint32_t>(file.cheques.page(), file.logicalIndexBlock(0) + at));
@@ -231,7 +233,7 @@ const std::vector<Damage> kDefinitionDamages = {
           }),
     warning("definition: tree without a name", "um índice não tem nome",
             [](DamagedFile& file) {
-                const std::size_t at = file.format().logicalIndexAt + kRealIndexAt;
+                const std::size_t at = file.format().logicalIndex.number.at + kRealIndexAt;
                 file.put<std::uint32_t>(
                     file.cheques.page(), file.logicalIndexBlock(1) + at,
                     file.get<std::uint32_t>(file.cheques.page(), file.logicalIndexBlock(0) + at));
@@ -250,7 +252,7 @@ const std::vector<Damage> kDefinitionDamages = {
           [](DamagedFile& file) {
               file.put<std::uint8_t>(
                   file.cheques.page(),
-                  file.logicalIndexBlock(0) + file.format().logicalIndexAt + kKindAt, 9);
+                  file.logicalIndexBlock(0) + file.format().logicalIndex.number.at + kKindAt, 9);
               return file.cheques.page();
           }),
     error("definition: maps of long values of a column that has none",

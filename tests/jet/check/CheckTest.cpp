@@ -75,7 +75,7 @@ TEST(Check, AUniqueIndexHasEachKeyOnce) {
         SCOPED_TRACE(nameOf(version));
         DamagedFile file(version);
         // The index on the client, whose numbers repeat, is declared unique.
-        const std::size_t flags = file.realIndexBlock(1) + file.format().realIndexFlagsAt;
+        const std::size_t flags = file.realIndexBlock(1) + file.format().realIndex.flags.at;
         file.page(file.cheques.page())[flags] |= std::byte{1};
         const Report report = file.check();
         EXPECT_THAT(listed(report), HasSubstr("uma chave aparece duas vezes num índice único"));

@@ -220,10 +220,10 @@ TEST_P(Compact, NobodyIsAtWorkInTheNewFile) {
     std::string before = contentOf(source_).substr(0, format.pageSize);
     const std::string after = contentOf(target_).substr(0, format.pageSize);
     for (std::size_t pair = 0; pair < 256; ++pair) {
-        EXPECT_EQ(after[format.commitPairsAt + 2 * pair], '\0');
-        EXPECT_EQ(after[format.commitPairsAt + 2 * pair + 1], '\1');
+        EXPECT_EQ(after[format.header.commitPairs.at + 2 * pair], '\0');
+        EXPECT_EQ(after[format.header.commitPairs.at + 2 * pair + 1], '\1');
     }
-    before.replace(format.commitPairsAt, 512, after, format.commitPairsAt, 512);
+    before.replace(format.header.commitPairs.at, 512, after, format.header.commitPairs.at, 512);
     EXPECT_TRUE(before == after) << "the rest of the header";
 }
 
@@ -255,9 +255,9 @@ TEST_P(Compact, RefusesAnIndexWhoseOrderOfTextsItDoesntKnow) {
     DamagedFile file(GetParam());
     const Format& format = file.format();
     const std::size_t name = 3; // the place of the column "nome" among the descriptors
-    const std::size_t at = format.definitionHeader +
-                           file.cheques.realIndexes.size() * format.statisticsSize +
-                           name * format.columnSize + format.columnSortAt;
+    const std::size_t at = format.definition.size +
+                           file.cheques.realIndexes.size() * format.statistics.size +
+                           name * format.column.size + format.column.language.at;
     file.put<std::uint16_t>(file.cheques.page(), at, 0x041F);
     file.save();
     expectError(Errc::unsupported, "o campo \"nome\" tem índice e usa a ordem de texto 1055",

@@ -126,17 +126,17 @@ TEST_P(DamagedIndex, CheckNamesWhatIsWrong) {
     expectAfter([](auto page) { page[4] ^= std::byte{1}; }, "a página de índice é de outra tabela");
     expectAfter([](auto page) { page[2] ^= std::byte{1}; },
                 "os bytes livres da página de índice estão errados");
-    expectAfter([&](auto page) { page[format.indexLevelAt] = std::byte{1}; },
+    expectAfter([&](auto page) { page[format.indexPage.level.at] = std::byte{1}; },
                 "o nível da página de índice não combina com o seu tipo");
-    expectAfter([&](auto page) { page[format.indexMaskAt] |= std::byte{1}; },
+    expectAfter([&](auto page) { page[format.indexPage.mask.at] |= std::byte{1}; },
                 "a máscara de entradas do índice é inválida");
-    expectAfter([&](auto page) { page[format.indexPrefixAt] = std::byte{20}; },
+    expectAfter([&](auto page) { page[format.indexPage.prefix.at] = std::byte{20}; },
                 "o prefixo do índice é maior que a primeira entrada");
-    expectAfter([&](auto page) { page[format.indexNextAt] ^= std::byte{1}; },
+    expectAfter([&](auto page) { page[format.indexPage.next.at] ^= std::byte{1}; },
                 "a ligação com a próxima página do índice está errada");
-    expectAfter([&](auto page) { page[format.indexPreviousAt] ^= std::byte{1}; },
+    expectAfter([&](auto page) { page[format.indexPage.previous.at] ^= std::byte{1}; },
                 "a ligação com a página anterior do índice está errada");
-    expectAfter([&](auto page) { page[format.indexDataAt + second] = std::byte{0xFF}; },
+    expectAfter([&](auto page) { page[format.indexPage.entries + second] = std::byte{0xFF}; },
                 "as entradas do índice estão fora de ordem");
     const auto edit = [&](std::span<std::byte> page) {
         return IndexPageEditor(format, page, root, file.owner());
@@ -151,7 +151,7 @@ TEST_P(DamagedIndex, CheckNamesWhatIsWrong) {
         root, [&](auto page) { edit(page).setLevel(2); },
         "o nível da página de índice não segue o da página acima");
     expectAfterOn(
-        root, [&](auto page) { page[format.indexDataAt] = std::byte{0}; },
+        root, [&](auto page) { page[format.indexPage.entries] = std::byte{0}; },
         "um separador do índice é menor que as suas entradas");
     expectAfterOn(
         root, [&](auto page) { IndexPageEditor::makeEmpty(format, page, file.owner(), 1); },
@@ -174,7 +174,7 @@ TEST_P(DamagedIndex, CheckNamesWhatIsWrong) {
 
 TEST_P(DamagedIndex, CheckNamesAnEntryTooShortForItsFields) {
     file.insert(numberKey(1), 256);
-    file.pager().change(file.tree().root())[file.format().indexMaskAt] |= std::byte{4};
+    file.pager().change(file.tree().root())[file.format().indexPage.mask.at] |= std::byte{4};
     EXPECT_EQ(problems(), std::vector<std::string>{"uma entrada do índice é curta demais"});
     EXPECT_EQ(failure([&] { static_cast<void>(IndexTree::Cursor(file.tree()).first()); }),
               Errc::corrupt);
@@ -185,7 +185,7 @@ TEST_P(DamagedIndex, AnyChangedByteIsAnErrorAtWorst) {
     Random random{99};
     for (const PageNo page : file.members()) {
         // Behind the used bytes nothing is read: the last page's garbage is tried once, coarsely.
-        const std::size_t end = file.format().indexDataAt + file.page(page).used();
+        const std::size_t end = file.format().indexPage.entries + file.page(page).used();
         for (std::size_t at = 0; at < file.format().pageSize; at += at < end ? 1 : 97) {
             const auto damage = static_cast<std::byte>(
                 below(random, 2) == 0 ? 1U << below(random, 8) : 1 + below(random, 255));
@@ -212,9 +212,9 @@ TEST_P(DamagedIndex, ManyChangedBytesAreAnErrorAtWorst) {
             for (std::uint32_t n = below(random, 6); n > 0; --n) {
                 // Links and levels to other members, masks and data to anything.
                 if (below(random, 3) == 0) {
-                    const std::size_t field[] = {file.format().indexNextAt,
-                                                 file.format().indexPreviousAt,
-                                                 file.format().indexTailAt};
+                    const std::size_t field[] = {file.format().indexPage.next.at,
+                                                 file.format().indexPage.previous.at,
+                                                 file.format().indexPage.tail.at};
                     const auto chosen = below(random, static_cast<std::uint32_t>(members.size()));
                     store<std::uint32_t>(bytes.data() + field[below(random, 3)],
                                          number(members[chosen]));

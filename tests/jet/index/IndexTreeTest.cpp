@@ -159,8 +159,8 @@ TEST_P(IndexTreeOf, FollowsAStatementThatIsUndone) {
 /// Other writers let the shared prefix go on into the row.
 TEST_P(IndexTreeOf, WorksOnAPageWhosePrefixReachesIntoTheRow) {
     const std::span<std::byte> page = file.pager().change(file.tree().root());
-    std::byte* data = page.data() + file.format().indexDataAt;
-    std::byte* mask = page.data() + file.format().indexMaskAt;
+    std::byte* data = page.data() + file.format().indexPage.entries;
+    std::byte* mask = page.data() + file.format().indexPage.mask.at;
     const Bytes key = numberKey(77);
     const auto end = [&](std::size_t at) {
         mask[at / 8] |= static_cast<std::byte>(1U << (at % 8));
@@ -182,7 +182,7 @@ TEST_P(IndexTreeOf, WorksOnAPageWhosePrefixReachesIntoTheRow) {
     }
     store<std::uint16_t>(page.data() + 2,
                          static_cast<std::uint16_t>(file.format().indexCapacity() - at));
-    page[file.format().indexPrefixAt] = std::byte{7};
+    page[file.format().indexPage.prefix.at] = std::byte{7};
     file.expectSound();
 
     const std::vector<Entry> entries(file.model().begin(), file.model().end());
@@ -276,7 +276,7 @@ TEST_P(IndexTreeOf, ErasesTheLastChildOfANodeWithoutATailChild) {
 TEST_P(IndexTreeOf, WorksWithNodesThatDoNotTellTheirLevel) {
     const auto forget = [&] {
         for (const PageNo page : file.members())
-            file.pager().change(page)[file.format().indexLevelAt] = std::byte{0};
+            file.pager().change(page)[file.format().indexPage.level.at] = std::byte{0};
     };
     grow(60);
     ASSERT_GE(file.level(), 2U);

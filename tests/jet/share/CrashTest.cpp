@@ -65,7 +65,7 @@ void expectAllowed(const Afterwards::Outcome& outcome, const std::vector<std::ui
 bool isMarked(const DiskImage& image) {
     const Format& format =
         formatOf(image.at(kPath)[0x14] == std::byte{0} ? Version::jet3 : Version::jet4);
-    return load<std::uint16_t>(image.at(kPath).data() + format.commitPairsAt + 2) ==
+    return load<std::uint16_t>(image.at(kPath).data() + format.header.commitPairs.at + 2) ==
            CommitPairs::kWriting;
 }
 

@@ -165,7 +165,7 @@ TEST_P(Foreign, ATableThatHasAnotherStructureIsAnErrorForWhoHasItOpen) {
         std::array<std::byte, 2> columns{};
         store<std::uint16_t>(columns.data(), definition.maxColumns + 1);
         raw.write(std::uint64_t{number(definition.page())} * formatOf(GetParam()).pageSize +
-                      formatOf(GetParam()).maxColumnsAt,
+                      formatOf(GetParam()).definition.maxColumns.at,
                   columns);
         other.table("bancos").insert(rowOf(0));
     }

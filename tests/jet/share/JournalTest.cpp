@@ -45,7 +45,7 @@ protected:
     }
 
     [[nodiscard]] const Format& format() const { return formatOf(GetParam()); }
-    [[nodiscard]] std::size_t pairAt() const { return format().commitPairsAt + 2; }
+    [[nodiscard]] std::size_t pairAt() const { return format().header.commitPairs.at + 2; }
     /// The pages that differ, header aside.
     [[nodiscard]] std::vector<std::size_t> changedPages(const DiskImage& a,
                                                         const DiskImage& b) const {
