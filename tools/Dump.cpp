@@ -77,7 +77,7 @@ int runTables(const Arguments& arguments) {
     std::vector<std::string> reasons;
     for (const std::string& name : database.tableNames()) {
         const jet::Table& table = database.table(name);
-        const auto reason = jet::selfCheck(table, database.pager());
+        const auto reason = jet::selfCheck(table, database);
         rows.push_back({name, std::to_string(table.rowCount()),
                         std::to_string(table.columns().size()), reason ? "sim" : ""});
         if (reason)

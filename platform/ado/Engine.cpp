@@ -136,7 +136,7 @@ void Statement::bind(int number, const jet::Value& value) {
 bool Statement::step() {
     jet::Database& database = engine_->database_;
     if (sqlite3_stmt_busy(statement_.get()) == 0)
-        return database.pager().look([this] {
+        return database.look([this] {
             reset();
             return stepInside(nullptr);
         });
@@ -338,7 +338,7 @@ int Engine::lookAtRun(void* self) {
         return 1;
     const bool goesOn = engine.trap_.run([&, held = reading] {
         if (held == nullptr)
-            return engine.database_.pager().breathe();
+            return engine.database_.breathe();
         held->reset();
         held->emplace(engine.database_);
     });

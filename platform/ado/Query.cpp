@@ -333,7 +333,7 @@ std::unique_ptr<Rows> Query::rows() {
         return std::make_unique<ComputedRows>(std::move(rows));
     if (tables_.size() > 1)
         return std::make_unique<JoinRows>(std::move(rows));
-    return database_.pager().look([&]() -> std::unique_ptr<Rows> {
+    return database_.look([&]() -> std::unique_ptr<Rows> {
         auto list = std::make_unique<RowList>();
         rows.reset();
         while (rows.step())

@@ -94,7 +94,7 @@ void Recordset::Parts::checkPlace() {
 }
 
 bool Recordset::Parts::isSameRow() {
-    return session.database().pager().look([&] {
+    return session.database().look([&] {
         if (const auto* const walk = dynamic_cast<TableWalk*>(rows.get()))
             return walk->isSame();
         const jet::RowView* const row = readers[0].read(static_cast<LiveRows&>(*rows).row(0));
@@ -173,7 +173,7 @@ void Recordset::Parts::findInWalk(TableWalk& walk, Statement statement) {
 
 void Recordset::Parts::findInList(RowList& list, Statement statement) {
     std::unordered_set<std::int64_t> candidates;
-    session.database().pager().look([&] {
+    session.database().look([&] {
         candidates.clear();
         statement.reset();
         while (statement.step())
@@ -192,7 +192,7 @@ void Recordset::Parts::findInList(RowList& list, Statement statement) {
 
 void Recordset::Parts::findInJoin(JoinRows& joined, Statement statement) {
     std::vector<std::vector<std::int64_t>> candidates;
-    session.database().pager().look([&] {
+    session.database().look([&] {
         candidates.clear();
         statement.reset();
         while (statement.step()) {

@@ -88,7 +88,7 @@ const jet::RowView& Recordset::Parts::look() {
 bool Recordset::Parts::asSeen() { return !seen || *seen == hashOf(*view(0)); }
 
 Shown Recordset::Parts::shown(std::size_t table) {
-    return session.database().pager().look([&]() -> Shown {
+    return session.database().look([&]() -> Shown {
         takeNews();
         checkPlace();
         requireRow();
@@ -127,7 +127,7 @@ Value Recordset::Parts::value(std::size_t field) {
         return *assigned[place.column];
     if (edit == ado::EditMode::Add)
         return {};
-    return session.database().pager().look([&]() -> Value {
+    return session.database().look([&]() -> Value {
         takeNews();
         checkPlace();
         requireRow();

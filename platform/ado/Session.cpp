@@ -23,24 +23,24 @@ jet::Database::Options on(jet::Disk* disk) {
 
 Session::Session(const std::filesystem::path& path, jet::Disk* disk)
     : database_(path, on(disk)), engine_(database_), generation_(database_.generation()),
-      refreshes_(database_.pager().refreshes()) {}
+      refreshes_(database_.refreshes()) {}
 
 void Session::lookForStrangers() {
-    database_.pager().look([] {}); // notices what other stations have written
+    database_.look([] {}); // notices what other stations have written
     if (database_.generation() != generation_)
         beginEpoch();
 }
 
 /// After something of our own. Other stations' work may have been noticed on the way.
 void Session::settle() {
-    if (database_.pager().refreshes() != refreshes_)
+    if (database_.refreshes() != refreshes_)
         beginEpoch();
     generation_ = database_.generation();
 }
 
 void Session::beginEpoch() {
     generation_ = database_.generation();
-    refreshes_ = database_.pager().refreshes();
+    refreshes_ = database_.refreshes();
     ++epoch_;
     dropped_ += news_.size();
     news_.clear();

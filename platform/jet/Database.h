@@ -131,13 +131,27 @@ public:
 
     /// Grows whenever any row, index or table may have changed, by whomever.
     [[nodiscard]] std::uint64_t generation() const noexcept;
-    [[nodiscard]] Pager& pager() noexcept;
+    /// Grows when another has written, told or found out.
+    [[nodiscard]] std::uint64_t refreshes() const noexcept;
+
+    /// What `look` finds in the file, all of one state. It may be called again, if a foreign
+    /// program has written meanwhile; so it must begin anew each time.
+    template <class Look>
+    decltype(auto) look(Look&& look) {
+        return pager().look(std::forward<Look>(look));
+    }
+    /// In the middle of a look() that takes long: lets other stations write that wait for it to
+    /// end. If one does, the look begins anew; after some times it holds the file to its end.
+    void breathe() noexcept;
 
 private:
+    friend class DatabasePager;
+    friend class Reading;
     friend class Table;
     struct Parts;
 
     Database() = default;
+    [[nodiscard]] Pager& pager() noexcept;
     void loadCatalog();
     void noticeNews();
 

@@ -1,5 +1,6 @@
 #include "jet/DamagedFile.h"
 
+#include "jet/database/DatabasePager.h"
 #include "jet/row/LongValues.h"
 
 #include <algorithm>
@@ -58,18 +59,18 @@ void DamagedFile::study() {
     cheques = table.definition();
     other = database.table("Outra").definition();
     wide = database.table("Larga").definition();
-    const UsageMap owned(database.pager(), cheques.ownedMap);
+    const UsageMap owned(DatabasePager::of(database), cheques.ownedMap);
     for (auto page = owned.next(0); page; page = owned.next(number(*page) + 1))
         pages.push_back(*page);
     RowReader reader = table.reader();
     const auto memoOf = [&](RowId id, std::size_t& field) {
         const RowView* row = reader.read(id);
         field = static_cast<std::size_t>(row->stored(4).data() - row->bytes().data());
-        return longValueParts(database.pager(), row->stored(4), id.page);
+        return longValueParts(DatabasePager::of(database), row->stored(4), id.page);
     };
     singlePart = memoOf(single, singleField).front();
     chainParts = memoOf(chain, chainField);
-    otherPage = UsageMap(database.pager(), other.ownedMap).next(0).value();
+    otherPage = UsageMap(DatabasePager::of(database), other.ownedMap).next(0).value();
     if (pages.size() < 2 || chainParts.size() < 3)
         throw std::logic_error("the file is too small for its purpose");
 }

@@ -1,5 +1,7 @@
 #include "jet/RandomRows.h"
 
+#include "jet/database/DatabasePager.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -92,10 +94,10 @@ std::size_t RandomRows::longSize() {
 }
 
 TableModel::TableModel(Database& database, const Table& table)
-    : lastNumber(database.pager()
+    : lastNumber(DatabasePager::of(database)
                      .read(table.definition().page())
                      .view()
-                     .load(database.pager().format().definition.lastNumber)),
+                     .load(DatabasePager::of(database).format().definition.lastNumber)),
       indexes_(table.indexes().begin(), table.indexes().end()) {
     for (const Column& column : table.columns())
         types_.push_back(column.type);

@@ -218,7 +218,7 @@ TEST_P(Tools, CheckTellsWhatIsWrongAndWhere) {
     {
         jet::Database database(path);
         definition = database.table("cheques").definition().page();
-        const jet::Format& format = database.pager().format();
+        const jet::Format& format = jet::formatOf(database.version());
         at = number(definition) * format.pageSize + format.definition.rows.at;
     }
     std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
@@ -424,7 +424,7 @@ TEST_P(Tools, SalvageSavesWhatCanBeReadAndSaysWhatIsMissing) {
     std::size_t pageSize = 0;
     {
         jet::Database database(path);
-        pageSize = database.pager().format().pageSize;
+        pageSize = jet::formatOf(database.version()).pageSize;
         jet::RowCursor row = database.table("cheques").scan();
         ASSERT_TRUE(row.first());
         lost = row.id().page;

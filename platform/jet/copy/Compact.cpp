@@ -4,6 +4,7 @@
 #include "jet/Database.h"
 #include "jet/FileSteps.h"
 #include "jet/copy/CopyPlan.h"
+#include "jet/database/DatabasePager.h"
 #include "jet/row/LongValues.h"
 #include "jet/row/RowEncoder.h"
 #include "jet/share/FileAlone.h"
@@ -60,8 +61,8 @@ private:
                     before.name() == after.name(),
                 "as colunas " + table_);
         compareIndexes(before, after);
-        Pager& was = before_.pager();
-        Pager& is = after_.pager();
+        Pager& was = DatabasePager::of(before_);
+        Pager& is = DatabasePager::of(after_);
         require(DefinitionImage(was, before.definition()).lastNumber() ==
                     DefinitionImage(is, after.definition()).lastNumber(),
                 "as numerações " + table_);
@@ -84,8 +85,10 @@ private:
                                    }) &&
                     before.indexes().size() == after.indexes().size(),
                 "os índices " + table_);
-        const auto ends = DefinitionImage(before_.pager(), before.definition()).relationshipEnds();
-        const auto now = DefinitionImage(after_.pager(), after.definition()).relationshipEnds();
+        const auto ends =
+            DefinitionImage(DatabasePager::of(before_), before.definition()).relationshipEnds();
+        const auto now =
+            DefinitionImage(DatabasePager::of(after_), after.definition()).relationshipEnds();
         require(std::ranges::equal(ends, now,
                                    [&](const auto& a, const auto& b) {
                                        return a.logical == b.logical && a.partner == b.partner &&
@@ -109,8 +112,8 @@ private:
             if (!was[i].present)
                 continue;
             if (isLongValue(column.type)) {
-                if (readLongValue(before_.pager(), was[i].bytes, row.id().page) !=
-                    readLongValue(after_.pager(), is[i].bytes, copy.id().page))
+                if (readLongValue(DatabasePager::of(before_), was[i].bytes, row.id().page) !=
+                    readLongValue(DatabasePager::of(after_), is[i].bytes, copy.id().page))
                     return false;
                 continue;
             }

@@ -2,6 +2,7 @@
 
 #include "jet/Database.h"
 #include "jet/Error.h"
+#include "jet/database/DatabasePager.h"
 #include "jet/page/CommitPairs.h"
 
 #include <algorithm>
@@ -47,7 +48,7 @@ std::optional<Extent> extentOf(const std::filesystem::path& database, Disk& disk
         Database file(database, {true, {}, {}, &disk, unshared});
         const Reading reading(file);
         Extent extent;
-        Pager& pager = file.pager();
+        Pager& pager = DatabasePager::of(file);
         for (const std::string& name : file.tableNames()) {
             const PageRef page = pager.read(file.table(name).definition().page());
             extent.entries += page.view().load(pager.format().definition.lastNumber);

@@ -292,6 +292,8 @@ std::vector<std::string> Database::writersSince(std::uint64_t news) const {
                            : std::vector<std::string>();
 }
 std::uint64_t Database::generation() const noexcept { return parts_->pager.generation(); }
+std::uint64_t Database::refreshes() const noexcept { return parts_->pager.refreshes(); }
+void Database::breathe() noexcept { parts_->pager.breathe(); }
 Pager& Database::pager() noexcept { return parts_->pager; }
 
 Transaction::~Transaction() {

@@ -3,6 +3,7 @@
 #include "jet/Database.h"
 #include "jet/Names.h"
 #include "jet/database/Catalog.h"
+#include "jet/database/DatabasePager.h"
 #include "jet/rule/Operators.h"
 
 #include <algorithm>
@@ -210,7 +211,8 @@ std::vector<Relationship> relationshipsOf(Database& database, const Table& table
         if (index.kind != LogicalIndex::Kind::relationship)
             continue;
         if (tables.empty())
-            tables = readCatalog(database.table("MSysObjects"), database.pager().pageCount());
+            tables =
+                readCatalog(database.table("MSysObjects"), DatabasePager::of(database).pageCount());
         for (const CatalogEntry& entry : tables) {
             if (entry.definition != index.partnerTable)
                 continue;

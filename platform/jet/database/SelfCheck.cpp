@@ -1,5 +1,7 @@
 #include "jet/SelfCheck.h"
 
+#include "jet/database/DatabasePager.h"
+
 #include <algorithm>
 
 namespace jet {
@@ -102,13 +104,14 @@ std::optional<std::string> compareSample(const Table& table, Pager& pager) {
 
 } // namespace
 
-std::optional<Hindrance> selfCheck(const Table& table, Pager& pager) {
+std::optional<Hindrance> selfCheck(const Table& table, Database& database) {
     using enum Hindrance::Why;
     try {
         if (const auto unknown = unknownOrder(table))
             return Hindrance{textOrder, refusal(table, *unknown)};
-        const auto wrong =
-            table.rowCount() <= kAllRows ? compareAll(table) : compareSample(table, pager);
+        const auto wrong = table.rowCount() <= kAllRows
+                               ? compareAll(table)
+                               : compareSample(table, DatabasePager::of(database));
         if (wrong)
             return Hindrance{damage, refusal(table, *wrong)};
     } catch (const Error& error) {

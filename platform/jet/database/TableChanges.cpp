@@ -39,7 +39,7 @@ std::optional<Hindrance> Table::Parts::hindrance(Table& table) {
     Database::Parts& file = *owner.parts_;
     definition.requireThere();
     if (!verified) {
-        unsound = pager.look([&] { return selfCheck(table, pager); });
+        unsound = pager.look([&] { return selfCheck(table, owner); });
         verified = true;
         if (unsound && unsound->why == Hindrance::Why::damage)
             file.damage = unsound->sentence;

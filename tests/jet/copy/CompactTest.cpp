@@ -6,6 +6,7 @@
 #include "jet/IndependentReader.h"
 #include "jet/SampleFiles.h"
 #include "jet/copy/Rewriter.h"
+#include "jet/database/DatabasePager.h"
 #include "jet/row/DefinitionImage.h"
 #include "support/MdbTools.h"
 #include "support/TemporaryFolder.h"
@@ -37,8 +38,9 @@ std::multiset<std::pair<std::string, std::string>> ends(Database& database) {
         names[database.table(name).definition().page()] = name;
     std::multiset<std::pair<std::string, std::string>> found;
     for (const auto& [page, name] : names)
-        for (const auto& end : DefinitionImage(database.pager(), database.table(name).definition())
-                                   .relationshipEnds())
+        for (const auto& end :
+             DefinitionImage(DatabasePager::of(database), database.table(name).definition())
+                 .relationshipEnds())
             found.emplace(name, names.at(end.otherTable));
     return found;
 }

@@ -6,6 +6,7 @@
 #include "jet/PatientFile.h"
 #include "jet/SampleFiles.h"
 #include "jet/ShopWork.h"
+#include "jet/database/DatabasePager.h"
 #include "jet/page/Header.h"
 #include "jet/share/Journal.h"
 #include "support/TemporaryFolder.h"
@@ -159,7 +160,8 @@ TEST_P(Salvage, WithoutAnySystemTablesDefinition) {
 TEST_P(Salvage, WithoutTheCatalogsRowsTablesAreKnownByTheirPages) {
     {
         Database database(file_.path(), {true, {}, {}});
-        const UsageMap pages(database.pager(), database.table("MSysObjects").definition().ownedMap);
+        const UsageMap pages(DatabasePager::of(database),
+                             database.table("MSysObjects").definition().ownedMap);
         for (auto page = pages.next(0); page; page = pages.next(number(*page) + 1))
             wipe(*page);
     }

@@ -8,6 +8,7 @@
 #include "jet/MemoryDisk.h"
 #include "jet/Notes.h"
 #include "jet/Sentences.h"
+#include "jet/database/DatabasePager.h"
 #include "jet/share/Journal.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
@@ -90,7 +91,7 @@ protected:
             file.table("notas").update(ids.front(), change);
             file.table("notas").update(ids.back(), change);
             const auto end =
-                std::uint64_t{number(ids.back().page)} * file.pager().format().pageSize;
+                std::uint64_t{number(ids.back().page)} * DatabasePager::of(file).format().pageSize;
             const struct rlimit most { end, end };
             if (::setrlimit(RLIMIT_FSIZE, &most) != 0)
                 throw std::runtime_error("no limit");

@@ -1,6 +1,7 @@
 #include "jet/Database.h"
 
 #include "jet/Sentences.h"
+#include "jet/database/DatabasePager.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
 
@@ -152,7 +153,7 @@ TEST_P(DatabaseFile, RefusedRowsLeaveEverythingAsItWas) {
     Table& table = file.createTable(shopCheques());
     table.insert(cheque(1, "1"));
     file.flush();
-    const std::uint32_t pages = file.pager().pageCount();
+    const std::uint32_t pages = DatabasePager::of(file).pageCount();
 
     Row twice = cheque(1, "2");
     twice[kLancamentoAt] = std::int64_t{1};
@@ -176,7 +177,7 @@ TEST_P(DatabaseFile, RefusedRowsLeaveEverythingAsItWas) {
 
     file.flush();
     EXPECT_EQ(table.rowCount(), 1);
-    EXPECT_EQ(file.pager().pageCount(), pages);
+    EXPECT_EQ(DatabasePager::of(file).pageCount(), pages);
     EXPECT_EQ(countEntries(table, 1), 1);
     table.insert(cheque(1, "2"));
     EXPECT_THAT(column(table, kLancamentoAt), testing::ElementsAre(1, 2));
@@ -254,8 +255,8 @@ TEST_P(DatabaseFile, LongTextsOfEveryLengthComeBackAndGiveTheirPagesBack) {
             EXPECT_EQ((*table.read(id))[kObsAt], Value(text)) << length;
         }
         if (round == 0)
-            largest = file.pager().pageCount();
-        EXPECT_EQ(file.pager().pageCount(), largest);
+            largest = DatabasePager::of(file).pageCount();
+        EXPECT_EQ(DatabasePager::of(file).pageCount(), largest);
     }
     const std::string accents = "ção — “aspas”";
     const Assignment change[] = {
@@ -381,12 +382,12 @@ TEST_P(DatabaseFile, SpaceOfErasedRowsIsUsedAgain) {
     fill();
     empty();
     fill();
-    const std::uint32_t pages = file.pager().pageCount();
+    const std::uint32_t pages = DatabasePager::of(file).pageCount();
     for (int round = 0; round < 4; ++round) {
         empty();
         fill();
     }
-    EXPECT_EQ(file.pager().pageCount(), pages);
+    EXPECT_EQ(DatabasePager::of(file).pageCount(), pages);
 }
 
 TEST_P(DatabaseFile, MapsGrowPastTheirFirstBitmaps) {
@@ -405,7 +406,7 @@ TEST_P(DatabaseFile, MapsGrowPastTheirFirstBitmaps) {
             table.insert(std::vector<Value>{{}, text});
         open.commit();
     }
-    EXPECT_GT(file.pager().pageCount(), 1500U);
+    EXPECT_GT(DatabasePager::of(file).pageCount(), 1500U);
     EXPECT_EQ(static_cast<int>(column(table, 0).size()), kRows);
     EXPECT_EQ(countEntries(table, 0), kRows);
 }
@@ -476,7 +477,7 @@ TEST_P(DatabaseFile, ALongTextOfARowThatAnotherHasChangedMeanwhileIsAConflict) {
     };
     second.table("cheques").update(id, change);
     second.flush();
-    first.pager().look([] {}); // takes the news in
+    first.look([] {}); // takes the news in
     EXPECT_EQ(errorOf([&] { static_cast<void>(seen->value(kObsAt)); }), Errc::conflict);
     EXPECT_EQ(reader.read(id)->value(kObsAt), Value(std::string(9000, 'n')));
 }

@@ -3,6 +3,7 @@
 #include "jet/Check.h"
 #include "jet/IndependentReader.h"
 #include "jet/RandomRows.h"
+#include "jet/database/DatabasePager.h"
 #include "jet/database/TableRules.h"
 #include "support/MdbTools.h"
 #include "support/Samples.h"
@@ -332,9 +333,9 @@ TEST_P(PropertyFiles, AFileThatStaysAtTheSameNumberOfRowsStopsGrowing) {
         }
         database.flush();
         if (round == 60)
-            settled = database.pager().pageCount();
+            settled = DatabasePager::of(database).pageCount();
     }
-    EXPECT_LE(database.pager().pageCount(), settled + settled / 50);
+    EXPECT_LE(DatabasePager::of(database).pageCount(), settled + settled / 50);
     EXPECT_TRUE(check(path).clean());
 }
 

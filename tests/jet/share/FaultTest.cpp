@@ -5,6 +5,7 @@
 #include "jet/Check.h"
 #include "jet/MemoryDisk.h"
 #include "jet/ShopWork.h"
+#include "jet/database/DatabasePager.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -74,7 +75,7 @@ TEST_P(Faults, EachEndsInASentenceAndASoundFile) {
                     if (file.inTransaction())
                         file.rollback();
                     const std::uint64_t content = contentOf(file);
-                    if (file.pager().inTransaction())
+                    if (DatabasePager::of(file).inTransaction())
                         throw Error(Errc::io, "Há alterações ainda não gravadas.");
                     ASSERT_THAT(contents, testing::Contains(content));
                 } catch (const Error& next) {
