@@ -1,4 +1,5 @@
 #include "ado/Connection.h"
+#include "ado/Recordset.h"
 #include "bench/BenchData.h"
 #include "bench/Ratios.h"
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "ado/Recordset.h"
+#include "ado/RecordsetTypes.h"
+#include "ado/Text.h"
 #include "jet/Database.h"
 
 #include <memory>
@@ -8,6 +9,7 @@
 
 namespace ado {
 
+class Recordset;
 class Session;
 
 /// The way to one database file: opens it, holds its transaction, and is what recordsets open on.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ado/Text.h"
 #include "jet/Types.h"
 
 #include <concepts>
@@ -8,7 +9,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace ado {
 
@@ -17,25 +17,6 @@ using jet::Date;
 using jet::Value;
 
 class Recordset;
-
-/// Text handed to this layer: UTF-8, or anything that can turn itself into it (a QString).
-/// Converts silently, so that windows write names and criteria as they have them.
-class Text {
-public:
-    Text(const char* utf8) : utf8_(utf8) {}
-    Text(std::string utf8) : utf8_(std::move(utf8)) {}
-    Text(std::string_view utf8) : utf8_(utf8) {}
-    template <class Other>
-    requires requires(const Other& other) {
-        { other.toStdString() } -> std::same_as<std::string>;
-    }
-    Text(const Other& other) : utf8_(other.toStdString()) {}
-
-    [[nodiscard]] const std::string& utf8() const noexcept { return utf8_; }
-
-private:
-    std::string utf8_;
-};
 
 /// A character that a column has no way to store, in a text.
 struct Unstorable {
@@ -106,7 +87,7 @@ protected:
 /// Recordset::Update(). The value is converted to the column's type at once:
 ///  - text to a number: digits, with or without sign and blanks around; a decimal comma, with
 ///    points between thousands, or a decimal point ("104", "1.234,56", "1234.56");
-///  - text to a date: day/month/year, with or without a time; text to yes/no: see Convert.h;
+///  - text to a date: day/month/year, with or without a time; text to yes/no: see WrittenForm.h;
 ///  - numbers among each other where nothing is lost; a number or a date to text as text() shows
 ///    it.
 /// An empty text is null in a column of which the file says that it takes none.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ado/Connection.h"
+#include "ado/Recordset.h"
 #include "jet/Database.h"
 #include "jet/Error.h"
 #include "support/TemporaryFolder.h"

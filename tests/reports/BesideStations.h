@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ado/Connection.h"
+#include "ado/Recordset.h"
 #include "reports/ReportFilter.h"
 #include "support/OtherStations.h"
 #include "support/Versions.h"

@@ -1,0 +1,169 @@
+#include "ado/engine/Engine.h"
+
+#include "ado/dialect/SqlFunctions.h"
+#include "ado/engine/SqlError.h"
+#include "ado/engine/VirtualTable.h"
+#include "jet/Error.h"
+#include "jet/Names.h"
+#include "jet/Tokens.h"
+
+#include <sqlite3.h>
+
+namespace ado {
+
+namespace {
+
+using jet::Errc;
+using jet::Error;
+
+/// What a statement may ask of SQLite. Far beyond what the windows need, and small enough that a
+/// hostile text ends in an error rather than in the machine's memory.
+struct Limit {
+    int id;
+    int value;
+};
+constexpr Limit kLimits[] = {
+    {SQLITE_LIMIT_ATTACHED,            0       },
+    {SQLITE_LIMIT_COMPOUND_SELECT,     20      },
+    {SQLITE_LIMIT_EXPR_DEPTH,          400     },
+    {SQLITE_LIMIT_FUNCTION_ARG,        8       },
+    {SQLITE_LIMIT_LENGTH,              64 << 20},
+    {SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 100     },
+    {SQLITE_LIMIT_SQL_LENGTH,          1 << 20 },
+    {SQLITE_LIMIT_TRIGGER_DEPTH,       0       },
+    {SQLITE_LIMIT_VARIABLE_NUMBER,     32      },
+    {SQLITE_LIMIT_VDBE_OP,             250000  },
+    {SQLITE_LIMIT_WORKER_THREADS,      0       },
+};
+
+} // namespace
+
+void Engine::Closer::operator()(sqlite3* handle) const { sqlite3_close(handle); }
+
+Engine::Engine(jet::Database& database, const Bounds& bounds)
+    : database_(database), runs_(database, trap_, bounds.steps) {
+    // Of all that SQLite has in the program, which is little but the statements at work.
+    sqlite3_hard_heap_limit64(static_cast<sqlite3_int64>(bounds.bytes));
+    sqlite3* handle = nullptr;
+    const int result =
+        sqlite3_open_v2(":memory:", &handle,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX, nullptr);
+    handle_.reset(handle);
+    if (result != SQLITE_OK)
+        throw Error(Errc::io, "Não há memória para abrir o banco de dados.");
+    // Sorting stays in memory: the shop's temporary folder has no business with its data.
+    sqlite3_exec(handle, "pragma temp_store=memory", nullptr, nullptr, nullptr);
+    // A name between double quotes that no column has is an error, not a text.
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    addFunctions(handle);
+    sqlite3_create_collation_v2(handle, kTextOrder, SQLITE_UTF8, this, compareTexts, nullptr);
+    for (const Limit& limit : kLimits)
+        sqlite3_limit(handle, limit.id, limit.value);
+    sqlite3_set_authorizer(handle, authorize, this);
+    runs_.watch(handle);
+}
+
+Engine::~Engine() = default;
+
+PreparedStatement Engine::prepare(const std::string& sql) {
+    sqlite3_stmt* statement = nullptr;
+    const int result = sqlite3_prepare_v2(handle_.get(), sql.c_str(),
+                                          static_cast<int>(sql.size() + 1), &statement, nullptr);
+    PreparedStatement prepared(statement, runs_);
+    trap_.rethrow();
+    if (result != SQLITE_OK)
+        throwSqlError(handle_.get(), result);
+    return prepared;
+}
+
+Spelling Engine::spelling() {
+    return {[this](std::string_view name) { return knownTable(name); },
+            [this](std::string_view name, std::span<const std::string> tables) {
+                return columnOf(name, tables);
+            },
+            [](std::string_view name) { return std::string(name); }};
+}
+
+std::string Engine::knownTable(std::string_view name) {
+    const std::string wanted = jet::foldedName(name);
+    if (!database_.hasTable(wanted))
+        return std::string(name);
+    jet::Table& table = database_.table(wanted);
+    const auto known = tables_.find(table.name());
+    if (known == tables_.end() || &known->second->table != &table)
+        addTable(table);
+    return table.name();
+}
+
+std::string Engine::columnOf(std::string_view name, std::span<const std::string> tables) const {
+    for (const std::string& table : tables) {
+        const auto known = tables_.find(table);
+        const auto column =
+            known != tables_.end() ? known->second->table.findColumn(name) : std::nullopt;
+        if (column)
+            return known->second->table.columns()[*column].name;
+    }
+    return std::string(name);
+}
+
+void Engine::addTable(jet::Table& table) {
+    // SQLite would show its own tables under such a name.
+    if (jet::lowerAscii(table.name()).starts_with("sqlite_"))
+        throw Error(Errc::unsupported, "A tabela \"" + table.name() +
+                                           "\" tem um nome que não pode ser usado num comando.");
+    auto source = std::make_unique<TableSource>(TableSource{table, trap_});
+    auto& known = tables_[table.name()];
+    if (known)
+        former_.push_back(std::move(known));
+    known = std::move(source);
+    if (sqlite3_create_module_v2(handle_.get(), table.name().c_str(), virtualTableModule(),
+                                 known.get(), nullptr) != SQLITE_OK) {
+        tables_.erase(table.name());
+        throw Error(Errc::full,
+                    "Não há memória bastante para abrir a tabela " + table.name() + ".");
+    }
+    // SQLite declares the columns of a table to itself when a statement first names it, with
+    // actions that no statement may have: let that be now.
+    declaring_ = true;
+    try {
+        static_cast<void>(prepare("select 1 from " + quotedName(table.name())));
+    } catch (...) {
+        declaring_ = false;
+        throw;
+    }
+    declaring_ = false;
+}
+
+int Engine::compareTexts(void* self, int sizeA, const void* a, int sizeB, const void* b) {
+    auto& engine = *static_cast<Engine*>(self);
+    int order = 0;
+    engine.trap_.run([&] {
+        order = engine.database_.compareText(
+            {static_cast<const char*>(a), static_cast<std::size_t>(sizeA)},
+            {static_cast<const char*>(b), static_cast<std::size_t>(sizeB)});
+    });
+    return order;
+}
+
+int Engine::authorize(void* self, int action, const char* first, const char* second,
+                      const char* /*database*/, const char* /*trigger*/) {
+    const auto& engine = *static_cast<Engine*>(self);
+    if (engine.declaring_)
+        return SQLITE_OK;
+    switch (action) {
+    case SQLITE_SELECT:
+        return SQLITE_OK;
+    case SQLITE_READ:
+        // SQLite asks with an empty column for a table of which no column is read.
+        return engine.tables_.contains(first) ? SQLITE_OK : SQLITE_DENY;
+    case SQLITE_FUNCTION:
+        return isAllowedFunction(second) ? SQLITE_OK : SQLITE_DENY;
+    default:
+        return SQLITE_DENY;
+    }
+}
+
+} // namespace ado

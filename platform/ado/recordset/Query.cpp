@@ -1,0 +1,142 @@
+#include "ado/recordset/Query.h"
+
+#include "ado/engine/Engine.h"
+#include "ado/recordset/FetchedRows.h"
+#include "ado/recordset/RowList.h"
+#include "ado/recordset/TableWalk.h"
+#include "jet/Error.h"
+#include "jet/Names.h"
+#include "jet/Tokens.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ado {
+
+using jet::Errc;
+using jet::Error;
+
+namespace {
+
+bool isOneName(const std::string& source) {
+    const std::vector<jet::Token> tokens = jet::tokenize(source);
+    return tokens.size() == 1 && (tokens[0].kind == jet::Token::Kind::word ||
+                                  tokens[0].kind == jet::Token::Kind::bracketed);
+}
+
+/// The select that a source means: a table's name means all of it.
+Select selectOf(const std::string& source, CommandType command, jet::Database& database,
+                const Spelling& spelling) {
+    std::string name = source;
+    name.erase(0, std::min(name.find_first_not_of(" \t\r\n"), name.size()));
+    if (name.size() > 2 && name.front() == '[' && name.back() == ']')
+        name = name.substr(1, name.size() - 2);
+    const bool isTable = command != CommandType::Text && database.hasTable(jet::foldedName(name));
+    const bool mustBe = command == CommandType::Table ||
+                        (command == CommandType::Unknown && !isTable && isOneName(source));
+    if (mustBe && !isTable)
+        throw Error(Errc::notFound, "Não existe a tabela \"" + name + "\".");
+    return parseSelect(isTable ? "select * from [" + spelling.table(name) + "]" : source, spelling);
+}
+
+bool isEmpty(const std::string& criterion) { return jet::foldedName(criterion).empty(); }
+
+} // namespace
+
+Query::Query(jet::Database& database, Engine& engine, const std::string& source,
+             CommandType command)
+    : database_(database), engine_(engine) {
+    const Select select = selectOf(source, command, database, engine.spelling());
+    if (select.plain && describeLive(select))
+        return;
+    sql_ = QuerySql::ofAnswer(select);
+    tried_ = engine_.prepare(sql_.all());
+    fields_ = QueryFields(select, *tried_);
+}
+
+/// False if its rows can't be named by ids: then it can be read all the same.
+bool Query::describeLive(const Select& select) {
+    std::vector<jet::Table*> tables;
+    for (const SelectedTable& from : select.tables) {
+        if (!database_.hasTable(from.table))
+            return false;
+        tables.push_back(&database_.table(from.table));
+    }
+    const jet::Table* const single = tables.size() == 1 ? tables.front() : nullptr;
+    auto fields = QueryFields::of(select, std::move(tables));
+    if (!fields)
+        return false;
+    if (fields->isAmbiguous())
+        static_cast<void>(engine_.prepare(select.text)); // it may be an error in a list of columns
+    QuerySql sql = QuerySql::ofRows(select, single);
+    try {
+        tried_ = engine_.prepare(sql.all());
+    } catch (const Error&) {
+        return false; // joins nested to the right: SQLite hides the ids inside
+    }
+    fields_ = std::move(*fields);
+    sql_ = std::move(sql);
+    return true;
+}
+
+// ---- filter and sort --------------------------------------------------------------------------
+
+/// @throws what Engine::prepare() throws, and leaves all as it was then.
+void Query::restrict(QuerySql::Restriction to) {
+    QuerySql sql = sql_;
+    sql.restrict(std::move(to));
+    tried_.reset();
+    if (!sql.isWholeTable()) // which is walked without one
+        tried_ = engine_.prepare(sql.all());
+    sql_ = std::move(sql);
+}
+
+void Query::setFilter(const std::string& condition) {
+    const bool none = isEmpty(condition);
+    QuerySql::Restriction to = sql_.restriction();
+    to.condition = none ? "" : parseCondition(condition, fields_.spelling(engine_.spelling()));
+    restrict(std::move(to));
+    filter_ = none ? "" : condition;
+}
+
+void Query::setSort(const std::string& fields) {
+    const bool none = isEmpty(fields);
+    QuerySql::Restriction to = sql_.restriction();
+    to.order =
+        none ? std::vector<SortTerm>() : parseSort(fields, fields_.spelling(engine_.spelling()));
+    restrict(std::move(to));
+    sort_ = none ? "" : fields;
+}
+
+// ---- rows -------------------------------------------------------------------------------------
+
+PreparedStatement Query::takeStatement() {
+    auto tried = std::exchange(tried_, std::nullopt);
+    return tried ? std::move(*tried) : engine_.prepare(sql_.all());
+}
+
+std::unique_ptr<Rows> Query::rows() {
+    if (sql_.isWholeTable()) {
+        tried_.reset();
+        return std::make_unique<TableWalk>(*tables().front());
+    }
+    if (!live())
+        return std::make_unique<ComputedRows>(takeStatement());
+    if (tables().size() > 1)
+        return std::make_unique<JoinRows>(takeStatement());
+    return std::make_unique<RowList>(ListSource{database_, engine_, *tables().front(), sql_.all(),
+                                                sql_.belongs(), sql_.order(), sql_.isByRow()},
+                                     takeStatement());
+}
+
+PreparedStatement Query::finder(const std::string& criterion) {
+    if (!live())
+        throw Error(Errc::misuse,
+                    "A procura só se aplica aos registros das próprias tabelas, e este "
+                    "conjunto é um resultado calculado.");
+    const std::string condition = parseCondition(criterion, fields_.spelling(engine_.spelling()));
+    return engine_.prepare(sql_.isWholeTable() ? sql_.firstFrom(condition)
+                                               : sql_.meeting(condition));
+}
+
+} // namespace ado

@@ -1,0 +1,168 @@
+#include "ado/recordset/Session.h"
+
+#include "jet/Error.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace ado {
+
+namespace {
+
+/// News kept at most. A recordset that has missed more than half of them reads everything again,
+/// which then costs about the same.
+constexpr std::size_t kMostNews = 8192;
+
+jet::Database::Options on(jet::Disk* disk) {
+    jet::Database::Options options;
+    options.disk = disk;
+    return options;
+}
+
+} // namespace
+
+Session::Session(const std::filesystem::path& path, jet::Disk* disk)
+    : database_(path, on(disk)), engine_(database_), generation_(database_.generation()),
+      refreshes_(database_.refreshes()) {}
+
+void Session::closeUsers() {
+    while (!users_.empty())
+        users_.back()->close();
+}
+
+void Session::lookForStrangers() {
+    database_.look([] {}); // notices what other stations have written
+    if (database_.generation() != generation_)
+        beginEpoch();
+}
+
+/// After something of our own. Other stations' work may have been noticed on the way.
+void Session::settle() {
+    if (database_.refreshes() != refreshes_)
+        beginEpoch();
+    generation_ = database_.generation();
+}
+
+void Session::beginEpoch() {
+    generation_ = database_.generation();
+    refreshes_ = database_.refreshes();
+    ++epoch_;
+    dropped_ += news_.size();
+    news_.clear();
+}
+
+void Session::note(const RowChange& change) {
+    settle();
+    if (news_.size() == kMostNews) {
+        dropped_ += kMostNews / 2;
+        news_.erase(news_.begin(), news_.begin() + kMostNews / 2);
+    }
+    news_.push_back(change);
+    if (database_.inTransaction())
+        undo_.push_back(change);
+}
+
+void Session::note(const std::vector<jet::Cascaded>& others) {
+    for (const jet::Cascaded& other : others)
+        note({other.table, other.row,
+              other.erased ? RowChange::Kind::erased : RowChange::Kind::changed});
+}
+
+jet::RowId Session::insert(jet::Table& table, std::span<const jet::Assignment> given) {
+    lookForStrangers();
+    const jet::RowId row = table.insert(given);
+    note({&table, row, RowChange::Kind::added});
+    return row;
+}
+
+void Session::update(jet::Table& table, jet::RowId row, std::span<const jet::Assignment> changes,
+                     std::optional<std::uint64_t> expected) {
+    lookForStrangers();
+    const auto others = table.update(row, changes, expected);
+    note({&table, row, RowChange::Kind::changed});
+    note(others);
+}
+
+void Session::erase(jet::Table& table, jet::RowId row, std::optional<std::uint64_t> expected) {
+    lookForStrangers();
+    const auto others = table.erase(row, expected);
+    note({&table, row, RowChange::Kind::erased});
+    note(others);
+}
+
+void Session::begin() {
+    lookForStrangers();
+    database_.begin();
+    undone_ = false;
+    undo_.clear();
+    settle();
+}
+
+void Session::end(void (jet::Database::*way)()) {
+    lookForStrangers();
+    (database_.*way)();
+    settle();
+}
+
+void Session::rollback() {
+    // Without asking the file for news: were they not to be had, nothing would be undone.
+    undone_ = undone_ || !undo_.empty();
+    if (database_.generation() != generation_)
+        beginEpoch();
+    database_.rollback();
+    settle();
+    for (auto change = undo_.rbegin(); change != undo_.rend(); ++change) {
+        RowChange opposite = *change;
+        if (change->kind == RowChange::Kind::added)
+            opposite.kind = RowChange::Kind::erased;
+        else if (change->kind == RowChange::Kind::erased)
+            opposite.kind = RowChange::Kind::added;
+        note(opposite);
+    }
+}
+
+void Session::flushIfDue() {
+    lookForStrangers();
+    database_.flushIfDue();
+    settle();
+}
+
+void Session::flush() {
+    lookForStrangers();
+    database_.flush();
+    settle();
+}
+
+void Session::discard() {
+    database_.discard();
+    beginEpoch();
+}
+
+/// A long work that only reads keeps nobody from writing. That it can't be written now is no matter
+/// of who reads: the program's clock tries again, and says so. What is dropped, since another
+/// program has put its own in the place, is said at once.
+void Session::flushWhileReading() {
+    try {
+        database_.flushIfDue();
+        settle();
+    } catch (const jet::Error& error) {
+        if (error.code() == jet::Errc::conflict)
+            throw;
+    }
+}
+
+NewsPlace Session::now() {
+    lookForStrangers();
+    flushWhileReading();
+    return {epoch_, dropped_ + news_.size()};
+}
+
+std::optional<std::vector<RowChange>> Session::since(NewsPlace& place) {
+    const NewsPlace from = std::exchange(place, now());
+    if (from.epoch != place.epoch || from.number < dropped_)
+        return std::nullopt;
+    return std::vector(news_.begin() + static_cast<std::ptrdiff_t>(from.number - dropped_),
+                       news_.end());
+}
+
+} // namespace ado

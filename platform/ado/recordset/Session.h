@@ -1,0 +1,104 @@
+#pragma once
+
+#include "ado/engine/Engine.h"
+#include "jet/Database.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <utility>
+#include <vector>
+
+namespace ado {
+
+/// One change of one row, made through this connection.
+struct RowChange {
+    enum class Kind : std::uint8_t { added, changed, erased };
+    const jet::Table* table;
+    jet::RowId row;
+    Kind kind;
+};
+
+/// A place in the news of a session: everything before it is known to its holder. News of an older
+/// `epoch` are lost, as the file has changed in ways that nobody has told of.
+struct NewsPlace {
+    std::uint64_t epoch = 0;
+    std::uint64_t number = 0;
+};
+
+/// Who works on a session, and lets go of it before it ends.
+class SessionUser {
+public:
+    /// Has left the session when it returns.
+    virtual void close() = 0;
+
+protected:
+    ~SessionUser() = default;
+};
+
+/// What a connection has while it is open: the file, SQLite over it, the recordsets, and the news:
+/// the changes made through it, which spare a recordset reading everything again.
+///
+/// The file's generation tells of changes that didn't come through here (another program, or the
+/// engine's own users): then a new epoch begins, and every recordset's next Requery() reads all.
+class Session {
+public:
+    /// `disk` is null for the system's.
+    Session(const std::filesystem::path& path, jet::Disk* disk);
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    [[nodiscard]] jet::Database& database() noexcept { return database_; }
+    [[nodiscard]] Engine& engine() noexcept { return engine_; }
+
+    /// Changes of rows; throw as the functions of jet::Table do.
+    /// Columns that aren't given take their defaults.
+    jet::RowId insert(jet::Table& table, std::span<const jet::Assignment> given);
+    void update(jet::Table& table, jet::RowId row, std::span<const jet::Assignment> changes,
+                std::optional<std::uint64_t> expected = std::nullopt);
+    void erase(jet::Table& table, jet::RowId row,
+               std::optional<std::uint64_t> expected = std::nullopt);
+
+    void begin();
+    void commit() { end(&jet::Database::commit); }
+    void commitLater() { end(&jet::Database::commitLater); }
+    /// The news then tell of the opposite of what the transaction did.
+    void rollback();
+    void flushIfDue();
+    void flush();
+    void discard();
+    [[nodiscard]] bool hasUndone() noexcept { return std::exchange(undone_, false); }
+
+    /// Where the news end now.
+    [[nodiscard]] NewsPlace now();
+    /// What has come since `place`, which moves to the end. Nothing if that can't be told.
+    [[nodiscard]] std::optional<std::vector<RowChange>> since(NewsPlace& place);
+
+    void enter(SessionUser& user) { users_.push_back(&user); }
+    void leave(SessionUser& user) noexcept { std::erase(users_, &user); }
+    /// Closes all who work on it.
+    void closeUsers();
+
+private:
+    void lookForStrangers();
+    void flushWhileReading();
+    void beginEpoch();
+    void end(void (jet::Database::*way)());
+    void settle();
+    void note(const RowChange& change);
+    void note(const std::vector<jet::Cascaded>& others);
+
+    jet::Database database_;
+    Engine engine_;
+    std::vector<SessionUser*> users_; ///< in the order in which they came
+
+    std::uint64_t generation_; ///< of the file when last looked at
+    std::uint64_t refreshes_;  ///< the same: grows when another station has written
+    std::uint64_t epoch_ = 1;
+    std::vector<RowChange> news_; ///< the newest; those before were dropped
+    std::uint64_t dropped_ = 0;   ///< how many
+    std::vector<RowChange> undo_; ///< of the open transaction
+    bool undone_ = false;         ///< changes of the last transaction, not asked for yet
+};
+
+} // namespace ado
