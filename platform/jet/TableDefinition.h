@@ -31,16 +31,13 @@ struct Column {
     [[nodiscard]] std::size_t maxCharacters() const noexcept;
 };
 
-/// One column of an index, in key order.
-struct IndexColumn {
-    std::size_t column; ///< place in TableDefinition::columns
-    bool ascending;
-    friend bool operator==(const IndexColumn&, const IndexColumn&) = default;
-};
-
-/// One tree of keys.
+/// One tree of keys: columns are places in TableDefinition::columns.
 struct RealIndex {
-    std::vector<IndexColumn> columns;
+    struct KeyColumn {
+        std::size_t column;
+        bool ascending;
+    };
+    std::vector<KeyColumn> columns;
     RowId map;
     PageNo root{};
     bool unique{};

@@ -72,7 +72,7 @@ void DataPageEditor::format(const Format& format, std::span<std::byte> bytes, st
     const DataPageLayout& layout = format.dataPage;
     startPage(bytes.data(), PageKind::data);
     store(bytes.data(), layout.freeBytes,
-          static_cast<std::uint16_t>(format.pageSize - layout.slots));
+          static_cast<std::uint16_t>(format.pageSize - layout.slotTable));
     store(bytes.data(), layout.owner, owner);
 }
 

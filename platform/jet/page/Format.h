@@ -97,11 +97,11 @@ struct DataPageLayout : Structure {
     Field<std::uint32_t> owner{4};
     MaybeField<std::uint32_t> stamp{at(none, 8)};
     Field<std::uint16_t> slotCount{at(8, 12)};
-    std::size_t slots{at(10, 14)}; ///< the slot table
+    std::size_t slotTable{at(10, 14)};
     static constexpr std::size_t slotSize = Field<std::uint16_t>::size;
 
     [[nodiscard]] constexpr Field<std::uint16_t> slot(std::size_t number) const noexcept {
-        return {slots + slotSize * number};
+        return {slotTable + slotSize * number};
     }
 };
 
@@ -280,7 +280,7 @@ struct Format : Structure {
     std::size_t longValuePart{at(2036, 4076)}; ///< the longest that one part holds
 
     [[nodiscard]] constexpr std::size_t mostSlots() const noexcept {
-        return (pageSize - dataPage.slots) / DataPageLayout::slotSize;
+        return (pageSize - dataPage.slotTable) / DataPageLayout::slotSize;
     }
     /// Where in a definition the statistics of that real index are. They are followed by the
     /// columns.
@@ -300,12 +300,7 @@ inline constexpr std::size_t kMaxIndexes = 32;
 inline constexpr std::size_t kMaxIndexColumns = 10;
 inline constexpr std::size_t kMaxNameLength = 64;
 
-inline constexpr Format kJet3Format{{Version::jet3}};
-inline constexpr Format kJet4Format{{Version::jet4}};
-
-[[nodiscard]] constexpr const Format& formatOf(Version version) noexcept {
-    return version == Version::jet3 ? kJet3Format : kJet4Format;
-}
+[[nodiscard]] const Format& formatOf(Version version) noexcept;
 
 /// Bytes of a value of that type in the fixed area of a row; 0 for those that vary or take none.
 [[nodiscard]] std::uint16_t fixedLength(ColumnType type) noexcept;

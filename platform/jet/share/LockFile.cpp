@@ -15,8 +15,8 @@ namespace {
 
 constexpr std::uint64_t kUsersAt = 0x10000000;
 constexpr std::uint64_t kMarksAt = 0x70000000;
+constexpr std::size_t kSlot = 64;
 constexpr std::size_t kName = 32;
-constexpr std::size_t kSlot = 2 * kName; ///< machine, account
 constexpr const char* kAccount = "Admin";
 
 /// A name as it stands in a slot.
