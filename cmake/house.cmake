@@ -22,7 +22,8 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 # Sources are compiled several at once: most of the time goes into reading headers of Qt and the
-# test library. So two files of a target don't use one name for two things, even unnamed.
+# test library. So two files of a target don't use one name for two things, even unnamed: the
+# sanitizers' build compiles all files of a target as one, and stops where they do.
 set(CMAKE_UNITY_BUILD ON)
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 16)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
@@ -37,6 +38,9 @@ option(VALTRINO_FUZZ "Build for scripts/fuzz.sh: the fuzzers see each comparison
 if(VALTRINO_SANITIZE STREQUAL "ON")
     # What a build folder made before remembers.
     set_property(CACHE VALTRINO_SANITIZE PROPERTY VALUE address)
+endif()
+if(VALTRINO_SANITIZE)
+    set(CMAKE_UNITY_BUILD_BATCH_SIZE 0)
 endif()
 
 find_program(CCACHE ccache)
@@ -116,7 +120,7 @@ function(house_test_in_shards name shards)
     math(EXPR last "${shards} - 1")
     foreach(shard RANGE ${last})
         add_test(NAME ${name}.shard_${shard} COMMAND ${name})
-        set_tests_properties(${name}.shard_${shard} PROPERTIES TIMEOUT 900 ENVIRONMENT
+        set_tests_properties(${name}.shard_${shard} PROPERTIES TIMEOUT 1800 ENVIRONMENT
             "QT_QPA_PLATFORM=offscreen;GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${shard}")
     endforeach()
 endfunction()

@@ -4,9 +4,11 @@
 #include "jet/MemoryDisk.h"
 
 #include <random>
+#include <string>
 
 /// Where the tests' databases are on their disks in memory.
 inline constexpr const char* kPath = "/loja/automacao.mdb";
+inline const std::string kJournal = std::string(kPath) + "-journal";
 
 [[nodiscard]] inline jet::Database::Options on(jet::Disk& disk) {
     jet::Database::Options options;

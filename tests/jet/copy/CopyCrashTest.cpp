@@ -23,7 +23,6 @@ namespace {
 
 const std::string kSmall = "/loja/menor.mdb";
 const std::string kCopy = "/loja/backup/automacao-2026-11-19.mdb";
-const std::string kJournal = std::string(kPath) + "-journal";
 /// So often a cut is followed by another try.
 constexpr std::size_t kTriedAgain = 29;
 /// These take few steps: so many disks more are looked at for each.

@@ -18,8 +18,6 @@ using testing::HasSubstr;
 
 namespace {
 
-const std::string kJournal = std::string(kPath) + "-journal";
-
 /// A shop's file whose station died while it wrote pages; and how it was before.
 class LeftJournal : public testing::TestWithParam<Version> {
 protected:

@@ -1,5 +1,6 @@
 #include "jet/text/Collation.h"
 
+#include "jet/Hex.h"
 #include "jet/text/TextCodec.h"
 
 #include <gtest/gtest.h>
@@ -12,16 +13,6 @@ namespace jet {
 namespace {
 
 int sign(int value) { return (value > 0) - (value < 0); }
-
-std::string hex(const Bytes& bytes) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    std::string text;
-    for (const std::byte byte : bytes) {
-        text += kDigits[std::to_integer<unsigned>(byte) >> 4];
-        text += kDigits[std::to_integer<unsigned>(byte) & 0xF];
-    }
-    return text;
-}
 
 Bytes key(Version version, std::u16string_view units) {
     Bytes bytes;
@@ -76,30 +67,30 @@ TEST(Orders, OfOtherLanguagesAreNotKnown) {
 }
 
 TEST(Jet4Keys, OfTextsFromRealFiles) {
-    EXPECT_EQ(key4(u"Beverages"), "4C517151694A55516B0100");
-    EXPECT_EQ(key4(u"Frankfurt a.M. "), "53694A625C536F696D074A1C601C0100");
-    EXPECT_EQ(key4(u"México D.F."), "605175594D64074F1C531C01020E00");
-    EXPECT_EQ(key4(u"G'day, Mate"), "554F4A761A07604A6D5101010101800B068000");
+    EXPECT_EQ(key4(u"Beverages"), "4c517151694a55516b0100");
+    EXPECT_EQ(key4(u"Frankfurt a.M. "), "53694a625c536f696d074a1c601c0100");
+    EXPECT_EQ(key4(u"México D.F."), "605175594d64074f1c531c01020e00");
+    EXPECT_EQ(key4(u"G'day, Mate"), "554f4a761a07604a6d5101010101800b068000");
     EXPECT_EQ(key4(u"HILARIÓN-Abastos"),
-              "57595E4A695964624A4C4A6B6D646B010202020202020E01010180270682"
+              "57595e4a695964624a4c4a6b6d646b010202020202020e01010180270682"
               "00");
     EXPECT_EQ(key4(u"Heli Süßwaren GmbH & Co. KG"),
-              "57515E59076B6F6B6B734A6951620755604C570712074D641C075C55010202020202021300");
+              "57515e59076b6f6b6b734a6951620755604c570712074d641c075c55010202020202021300");
     EXPECT_EQ(key4(u""), "0100");
 }
 
 TEST(Jet4Keys, OfMarksKanaAndSurrogates) {
     EXPECT_EQ(key4(u"e\u0301"), key4(u"é")); // a mark adds to the accent it follows
-    EXPECT_EQ(key4(u"\u0301e"), "51010C00");
-    EXPECT_EQ(key4(u"\U00010000"), "B002B4F8013F3F00");
-    EXPECT_EQ(key4(u"\xD800"), "B002013F00");
-    EXPECT_EQ(key4(u"\xDC08\xDFFF"), "B502B8FF013F3F00");
+    EXPECT_EQ(key4(u"\u0301e"), "51010c00");
+    EXPECT_EQ(key4(u"\U00010000"), "b002b4f8013f3f00");
+    EXPECT_EQ(key4(u"\xD800"), "b002013f00");
+    EXPECT_EQ(key4(u"\xDC08\xDFFF"), "b502b8ff013f3f00");
     EXPECT_EQ(key4(u"\xDC07\xDD05\xDD06\xDE03\xDE04\xDF01\xDF02"),
-              "B4FFB5FFB602B6FFB702B7FFB802013F3F3F3F3F3F3F00");
+              "b4ffb5ffb602b6ffb702b7ffb802013f3f3f3f3f3f3f00");
     // Small and large kana differ behind the accents only.
-    EXPECT_EQ(key4(u"\u30A1").substr(4), "010101A0FF0280FF8000");
-    EXPECT_EQ(key4(u"\u30A2").substr(4), "010101FF0280FF8000");
-    EXPECT_EQ(key4(u"\u30A2-").substr(4), "010101FF0280FF80FF01800B068200");
+    EXPECT_EQ(key4(u"\u30A1").substr(4), "010101a0ff0280ff8000");
+    EXPECT_EQ(key4(u"\u30A2").substr(4), "010101ff0280ff8000");
+    EXPECT_EQ(key4(u"\u30A2-").substr(4), "010101ff0280ff80ff01800b068200");
     EXPECT_EQ(key4(u"\u30A1").substr(0, 4), key4(u"\u30A2").substr(0, 4));
 }
 
@@ -109,9 +100,9 @@ TEST(Jet4Keys, IgnoreUnitsWithoutWeight) {
 }
 
 TEST(Jet3Keys, OfTextsFromRealFiles) {
-    EXPECT_EQ(key3(u"AAA-\u00C1"), "6060601E60022240");
-    EXPECT_EQ(key3(u"AA"), "606000");
-    EXPECT_EQ(key3(u"05432-043"), "565B5A59581E565A5900");
+    EXPECT_EQ(key3(u"AAA-\u00C1"), "6060601e60022240");
+    EXPECT_EQ(key3(u"aa"), "606000");
+    EXPECT_EQ(key3(u"05432-043"), "565b5a59581e565a5900");
     EXPECT_EQ(key3(u"a\u0081"), "601000");
     EXPECT_EQ(key3(u""), "00");
 }
@@ -174,7 +165,7 @@ TEST(Comparison, ExpandsLetters) {
     EXPECT_EQ(compare(Version::jet4, "Süß", "SÜSS"), 0);
     EXPECT_LT(compare(Version::jet4, "ß", "st"), 0);
     EXPECT_LT(compare(Version::jet4, "sa", "ß"), 0);
-    EXPECT_EQ(compare(Version::jet4, "æ", "AE"), 0);
+    EXPECT_EQ(compare(Version::jet4, "æ", "ae"), 0);
 }
 
 TEST(Comparison, TakesAnyText) {

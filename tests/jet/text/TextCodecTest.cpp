@@ -1,6 +1,6 @@
 #include "jet/text/TextCodec.h"
 
-#include "jet/Error.h"
+#include "jet/Sentences.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,19 +27,6 @@ Bytes bytes(std::initializer_list<unsigned> values) {
 
 std::string decoded(std::uint16_t page, std::initializer_list<unsigned> values) {
     return TextCodec(Version::jet3, page).decode(bytes(values));
-}
-
-template <class Call>
-Errc codeOf(Call&& call, std::string* sentence = nullptr) {
-    try {
-        call();
-    } catch (const Error& error) {
-        if (sentence != nullptr)
-            *sentence = error.what();
-        return error.code();
-    }
-    ADD_FAILURE() << "no error";
-    return {};
 }
 
 const TextCodec kJet3(Version::jet3);
@@ -126,18 +113,17 @@ TEST(CodePages, WidthCountsBytes) {
 }
 
 TEST(CodePages, RefuseWhatTheyLackAndNameIt) {
-    std::string sentence;
-    EXPECT_EQ(codeOf([] { (void)kJet3.encode("preço Ω", false, false); }, &sentence),
-              Errc::outOfRange);
+    const std::string sentence =
+        sentenceOf([] { (void)kJet3.encode("preço Ω", false, false); }, Errc::outOfRange);
     EXPECT_THAT(sentence, HasSubstr("\"Ω\" (U+03A9)"));
     EXPECT_THAT(sentence, HasSubstr("1252"));
-    EXPECT_EQ(codeOf([] { (void)kJet3.encode("😀", false, false); }), Errc::outOfRange);
-    EXPECT_EQ(codeOf([] { (void)kJet3.characters("Ω"); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([] { (void)kJet3.encode("😀", false, false); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([] { (void)kJet3.characters("Ω"); }), Errc::outOfRange);
 }
 
 TEST(CodePages, UnknownOnesAreRefused) {
     for (const int page : {1, 437, 1200, 1259, 65001})
-        EXPECT_EQ(codeOf([&] { TextCodec(Version::jet3, static_cast<std::uint16_t>(page)); }),
+        EXPECT_EQ(errorOf([&] { TextCodec(Version::jet3, static_cast<std::uint16_t>(page)); }),
                   Errc::unsupported);
     EXPECT_NO_THROW(TextCodec(Version::jet4, 437)); // means nothing there
 }
@@ -178,7 +164,7 @@ TEST(Jet4Text, ZeroSwitchesCompressionOffAndOn) {
 TEST(Jet4Text, ThatEndsInsideACharacterIsDamaged) {
     for (const Bytes& stored : {bytes({0x61}), bytes({0xFF}), bytes({0x61, 0, 0x62}),
                                 bytes({0xFF, 0xFE, 0x61, 0x00, 0xAC})})
-        EXPECT_EQ(codeOf([&] { (void)kJet4.decode(stored); }), Errc::corrupt);
+        EXPECT_EQ(errorOf([&] { (void)kJet4.decode(stored); }), Errc::corrupt);
 }
 
 TEST(Jet4Text, PairsOfSurrogatesAreOneCharacterAndLoneOnesSurvive) {
@@ -220,7 +206,7 @@ TEST(Jet4Text, AnyUnitsComeBack) {
 }
 
 TEST(Jet4Text, RefusesTheMarkOfCompressionAsFirstCharacter) {
-    EXPECT_EQ(codeOf([] { (void)kJet4.encode("\uFEFFabc", true, false); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([] { (void)kJet4.encode("\uFEFFabc", true, false); }), Errc::outOfRange);
     EXPECT_NO_THROW((void)kJet4.encode("a\uFEFF", true, false));
 }
 
@@ -236,8 +222,8 @@ TEST(Text, ThatIsNotUtf8IsRefused) {
                                       "\xC3(",
                                       "\xF8\x88\x80\x80\x80"};
     for (const std::string_view text : wrong) {
-        EXPECT_EQ(codeOf([&] { (void)kJet4.encode(text, false, false); }), Errc::outOfRange);
-        EXPECT_EQ(codeOf([&] { (void)kJet3.characters(text); }), Errc::outOfRange);
+        EXPECT_EQ(errorOf([&] { (void)kJet4.encode(text, false, false); }), Errc::outOfRange);
+        EXPECT_EQ(errorOf([&] { (void)kJet3.characters(text); }), Errc::outOfRange);
     }
 }
 

@@ -96,18 +96,38 @@ TEST(Guids, PrintTheirNumbersHighestByteFirst) {
     EXPECT_EQ(Guid{}.text(), "{00000000-0000-0000-0000-000000000000}");
 }
 
-Numeric numeric(bool negative, const std::array<std::uint32_t, 4>& words, std::uint8_t scale) {
-    return {negative, words, scale};
-}
-
 TEST(Numerics, PrintAllTheirDecimals) {
-    EXPECT_EQ(numeric(true, {0, 0, 0, 1250}, 2).text(), "-12.50");
-    EXPECT_EQ(numeric(false, {0, 0, 0, 5}, 2).text(), "0.05");
-    EXPECT_EQ(numeric(true, {0, 0, 0, 5}, 0).text(), "-5");
-    EXPECT_EQ(numeric(false, {}, 0).text(), "0");
-    EXPECT_EQ(numeric(true, {}, 3).text(), "0.000");
-    EXPECT_EQ(numeric(false, {0, 0, 1, 0}, 0).text(), "4294967296");
-    EXPECT_EQ(numeric(false, {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF}, 28).text(),
+    EXPECT_EQ((Numeric{
+                   true, {0, 0, 0, 1250},
+                    2
+    })
+                  .text(),
+              "-12.50");
+    EXPECT_EQ((Numeric{
+                   false, {0, 0, 0, 5},
+                    2
+    })
+                  .text(),
+              "0.05");
+    EXPECT_EQ((Numeric{
+                   true, {0, 0, 0, 5},
+                    0
+    })
+                  .text(),
+              "-5");
+    EXPECT_EQ((Numeric{false, {}, 0}).text(), "0");
+    EXPECT_EQ((Numeric{true, {}, 3}).text(), "0.000");
+    EXPECT_EQ((Numeric{
+                   false, {0, 0, 1, 0},
+                    0
+    })
+                  .text(),
+              "4294967296");
+    EXPECT_EQ((Numeric{
+                   false, {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF},
+                    28
+    })
+                  .text(),
               "34028236692.0938463463374607431768211455");
 }
 
