@@ -1,10 +1,10 @@
 #include "support/FormTest.h"
 
-#include "controls/DropDownList.h"
-#include "controls/Failure.h"
-#include "controls/Form.h"
-#include "controls/ListView.h"
-#include "controls/NavigationBar.h"
+#include "controls/box/DropDownList.h"
+#include "controls/box/ListView.h"
+#include "controls/window/Failure.h"
+#include "controls/window/Form.h"
+#include "controls/window/NavigationBar.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -14,12 +14,23 @@
 #include <QTimer>
 #include <QToolButton>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
 
-/// Where keys go.
+/// Where keys go. When a window has gone, a desktop gives the keys to the one in front; where there
+/// is none that does, the first that can take them gets them.
 QWidget& keyTarget() {
+    if (!QApplication::activeWindow()) {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        const auto front = std::ranges::find_if(
+            windows, [](const QWidget* window) { return window->isVisible(); });
+        if (front != windows.end()) {
+            (*front)->activateWindow();
+            static_cast<void>(QTest::qWaitForWindowActive(*front));
+        }
+    }
     QWidget* target = QApplication::focusWidget();
     if (!target)
         target = QApplication::activeWindow();
