@@ -1,7 +1,7 @@
 #include "bench/BenchWindows.h"
 
-#include "controls/Failure.h"
-#include "controls/Style.h"
+#include "controls/look/Style.h"
+#include "controls/window/Failure.h"
 
 #include <exception>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/MessageBox.h"
+#include "controls/window/MessageBox.h"
 
 #include <QApplication>
 #include <QWidget>

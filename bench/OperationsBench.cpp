@@ -4,9 +4,9 @@
 #include "bench/BenchWindows.h"
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLocCHTerceiros.h"
-#include "controls/ListView.h"
-#include "controls/NavigationBar.h"
-#include "controls/WindowList.h"
+#include "controls/box/ListView.h"
+#include "controls/window/NavigationBar.h"
+#include "controls/window/WindowList.h"
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 

@@ -1,8 +1,8 @@
 #include "cheques/FrmLancarCheques.h"
 
-#include "controls/ClearControls.h"
-#include "controls/MessageBox.h"
-#include "controls/WindowList.h"
+#include "controls/box/ClearControls.h"
+#include "controls/window/MessageBox.h"
+#include "controls/window/WindowList.h"
 #include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"

@@ -2,8 +2,8 @@
 
 #include "ado/Shown.h"
 #include "cheques/TelaDeCheque.h"
-#include "controls/Form.h"
-#include "controls/Formato.h"
+#include "controls/typing/Formato.h"
+#include "controls/window/Form.h"
 #include "ui_FrmLancarCheques.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 #include "cheques/TelaDeCheque.h"
 
 #include "ado/Recordset.h"
-#include "controls/MessageBox.h"
+#include "controls/window/MessageBox.h"
 
 namespace TelaDeCheque {
 

@@ -2,7 +2,7 @@
 
 #include "ado/Shown.h"
 #include "cheques/TelaDeCheque.h"
-#include "controls/Form.h"
+#include "controls/window/Form.h"
 #include "ui_FrmLancasSFundos.h"
 
 /// Register of the cheques that came back unpaid: they are typed in, or copied from the received

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "ado/Shown.h"
-#include "controls/Form.h"
-#include "controls/Formato.h"
+#include "controls/typing/Formato.h"
+#include "controls/window/Form.h"
 #include "ui_FrmLocCHTerceiros.h"
 
 #include <QStringList>

@@ -2,9 +2,9 @@
 
 #include "collections/FrmLocCHTerceiros.h"
 #include "collections/Juros.h"
-#include "controls/ClearControls.h"
-#include "controls/ShowOnly.h"
-#include "controls/WindowList.h"
+#include "controls/box/ClearControls.h"
+#include "controls/box/ShowOnly.h"
+#include "controls/window/WindowList.h"
 #include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ado/Shown.h"
-#include "controls/Form.h"
+#include "controls/window/Form.h"
 #include "jet/Types.h"
 #include "shell/Campos.h"
 #include "ui_FrmRenegociar.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/Formato.h"
+#include "controls/typing/Formato.h"
 #include "jet/Types.h"
 
 /// What a cheque costs that is moved to another due date: the interest of a renegotiation.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/Formato.h"
+#include "controls/typing/Formato.h"
 
 #include <QString>
 

@@ -1,9 +1,9 @@
 #include "registers/frmBancos.h"
 
-#include "controls/ClearControls.h"
-#include "controls/Icons.h"
-#include "controls/MessageBox.h"
-#include "controls/WindowList.h"
+#include "controls/box/ClearControls.h"
+#include "controls/look/Icons.h"
+#include "controls/window/MessageBox.h"
+#include "controls/window/WindowList.h"
 #include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"

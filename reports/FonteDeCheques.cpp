@@ -1,6 +1,6 @@
 #include "reports/FonteDeCheques.h"
 
-#include "controls/BusyCursor.h"
+#include "controls/look/BusyCursor.h"
 #include "jet/Database.h"
 #include "reports/LayoutDoRelatorio.h"
 #include "shell/Valores.h"

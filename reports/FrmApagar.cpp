@@ -1,9 +1,9 @@
 #include "reports/FrmApagar.h"
 
-#include "controls/BusyCursor.h"
-#include "controls/MessageBox.h"
-#include "controls/Repainting.h"
-#include "controls/WindowList.h"
+#include "controls/look/BusyCursor.h"
+#include "controls/window/MessageBox.h"
+#include "controls/window/Repainting.h"
+#include "controls/window/WindowList.h"
 #include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"

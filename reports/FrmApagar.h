@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/Form.h"
+#include "controls/window/Form.h"
 #include "ui_FrmApagar.h"
 
 /// The purge: deletes the received cheques that fall due from one day to another, both included, of

@@ -1,6 +1,6 @@
 #include "reports/FrmFiltroRelat.h"
 
-#include "controls/WindowList.h"
+#include "controls/window/WindowList.h"
 #include "reports/frmRel_ChequesSF.h"
 #include "shell/Estrutura.h"
 #include "shell/Mirtal.h"

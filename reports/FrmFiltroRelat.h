@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/Form.h"
+#include "controls/window/Form.h"
 #include "reports/Relatorios.h"
 #include "ui_FrmFiltroRelat.h"
 

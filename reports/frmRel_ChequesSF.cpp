@@ -1,9 +1,9 @@
 #include "reports/frmRel_ChequesSF.h"
 
-#include "controls/BusyCursor.h"
-#include "controls/Failure.h"
-#include "controls/Icons.h"
-#include "controls/WindowList.h"
+#include "controls/look/BusyCursor.h"
+#include "controls/look/Icons.h"
+#include "controls/window/Failure.h"
+#include "controls/window/WindowList.h"
 #include "jet/Error.h"
 #include "print/ReportPreview.h"
 #include "reports/FonteDeCheques.h"

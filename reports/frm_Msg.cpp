@@ -1,8 +1,8 @@
 #include "reports/frm_Msg.h"
 
-#include "controls/Icons.h"
-#include "controls/Style.h"
-#include "controls/WindowList.h"
+#include "controls/look/Icons.h"
+#include "controls/look/Style.h"
+#include "controls/window/WindowList.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

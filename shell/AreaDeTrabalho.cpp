@@ -1,6 +1,6 @@
 #include "shell/AreaDeTrabalho.h"
 
-#include "controls/Icons.h"
+#include "controls/look/Icons.h"
 
 #include <QEvent>
 #include <QPainter>

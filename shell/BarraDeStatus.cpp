@@ -1,9 +1,9 @@
 #include "shell/BarraDeStatus.h"
 
-#include "controls/Failure.h"
-#include "controls/Icons.h"
-#include "controls/MessageBox.h"
-#include "controls/Spoken.h"
+#include "controls/look/Icons.h"
+#include "controls/look/Spoken.h"
+#include "controls/window/Failure.h"
+#include "controls/window/MessageBox.h"
 #include "shell/CopiaDeSeguranca.h"
 #include "shell/dbconectar.h"
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "controls/ActiveText.h"
-#include "controls/DatePicker.h"
-#include "controls/DropDownList.h"
-#include "controls/MemoEdit.h"
-#include "controls/MoneyEdit.h"
+#include "controls/box/ActiveText.h"
+#include "controls/box/DatePicker.h"
+#include "controls/box/DropDownList.h"
+#include "controls/box/MemoEdit.h"
+#include "controls/box/MoneyEdit.h"
 
 #include <QCheckBox>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "shell/Documento.h"
 
-#include "controls/MessageBox.h"
+#include "controls/window/MessageBox.h"
 
 namespace Documento {
 

@@ -1,7 +1,7 @@
 #include "shell/Estrutura.h"
 
 #include "ado/Recordset.h"
-#include "controls/MessageBox.h"
+#include "controls/window/MessageBox.h"
 
 #include <QWidget>
 

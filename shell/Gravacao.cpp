@@ -1,7 +1,7 @@
 #include "shell/Gravacao.h"
 
-#include "controls/Failure.h"
-#include "controls/MessageBox.h"
+#include "controls/window/Failure.h"
+#include "controls/window/MessageBox.h"
 #include "jet/Error.h"
 #include "shell/dbconectar.h"
 

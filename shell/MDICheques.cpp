@@ -1,9 +1,9 @@
 #include "shell/MDICheques.h"
 
-#include "controls/Form.h"
-#include "controls/Icons.h"
-#include "controls/MessageBox.h"
-#include "controls/WindowList.h"
+#include "controls/look/Icons.h"
+#include "controls/window/Form.h"
+#include "controls/window/MessageBox.h"
+#include "controls/window/WindowList.h"
 #include "jet/Error.h"
 #include "shell/AreaDeTrabalho.h"
 #include "shell/BarraDeStatus.h"

@@ -1,9 +1,9 @@
 #include "shell/Mirtal.h"
 
 #include "ado/Recordset.h"
-#include "controls/DropDownList.h"
-#include "controls/MessageBox.h"
-#include "controls/Repainting.h"
+#include "controls/box/DropDownList.h"
+#include "controls/window/MessageBox.h"
+#include "controls/window/Repainting.h"
 #include "jet/Error.h"
 #include "shell/dbconectar.h"
 

@@ -1,8 +1,8 @@
 #include "shell/OutraVersao.h"
 
-#include "controls/EntryValues.h"
-#include "controls/Form.h"
-#include "controls/MessageBox.h"
+#include "controls/box/EntryValues.h"
+#include "controls/window/Form.h"
+#include "controls/window/MessageBox.h"
 
 #include <QApplication>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ado/Field.h"
-#include "controls/Formato.h"
+#include "controls/typing/Formato.h"
 #include "jet/Error.h"
 
 #include <QDate>

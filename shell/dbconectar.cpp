@@ -1,7 +1,7 @@
 #include "shell/dbconectar.h"
 
 #include "ado/ConnectionString.h"
-#include "controls/MessageBox.h"
+#include "controls/window/MessageBox.h"
 #include "jet/Error.h"
 #include "shell/Configuracao.h"
 #include "shell/Mirtal.h"

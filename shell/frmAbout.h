@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/Form.h"
+#include "controls/window/Form.h"
 #include "ui_frmAbout.h"
 
 /// The product's picture. Esc or the close box closes it.

@@ -1,6 +1,6 @@
 #include "shell/frmcaminho.h"
 
-#include "controls/WindowList.h"
+#include "controls/window/WindowList.h"
 #include "shell/Configuracao.h"
 #include "shell/Mirtal.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/Form.h"
+#include "controls/window/Form.h"
 #include "ui_frmcaminho.h"
 
 /// Chooses the folder of the shop's database and writes it into init.ini. Counts from the next

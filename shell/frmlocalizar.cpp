@@ -1,9 +1,9 @@
 #include "shell/frmlocalizar.h"
 
-#include "controls/Accents.h"
-#include "controls/Icons.h"
-#include "controls/MessageBox.h"
-#include "controls/WindowList.h"
+#include "controls/look/Icons.h"
+#include "controls/typing/Accents.h"
+#include "controls/window/MessageBox.h"
+#include "controls/window/WindowList.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"

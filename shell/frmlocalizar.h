@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/Form.h"
+#include "controls/window/Form.h"
 #include "ui_frmlocalizar.h"
 
 /// Finds a client by the beginning of the name: the list follows each key. Shown by the client

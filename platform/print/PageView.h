@@ -1,12 +1,12 @@
 #pragma once
 
-#include "print/PageMarks.h"
+#include "print/preview/PageMarks.h"
 
 #include <QAbstractScrollArea>
 
 /// The pages of a report below each other on a grey ground, white whatever the program's colours.
 /// Each is painted from its rows when it is seen, and marked where it shows the text looked for.
-/// The mouse moves them and marks their texts (PageMouse).
+/// What the mouse does with them is PageMouse's, how they are read aloud SpokenPages'.
 class PageView final : public QAbstractScrollArea {
     Q_OBJECT
 public:

@@ -2,8 +2,8 @@
 #include "cheques/FrmConsultaCH.h"
 
 #include "collections/FrmLancasSFundos.h"
-#include "controls/DropDownList.h"
-#include "controls/ListView.h"
+#include "controls/box/DropDownList.h"
+#include "controls/box/ListView.h"
 #include "shell/Mirtal.h"
 #include "support/CpuTimer.h"
 #include "support/FormChecks.h"

@@ -1,5 +1,5 @@
 #include "cheques/ChequeEntry.h"
-#include "controls/DropDownList.h"
+#include "controls/box/DropDownList.h"
 #include "jet/Error.h"
 #include "shell/Mirtal.h"
 #include "support/FormChecks.h"

@@ -3,7 +3,7 @@
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "collections/FrmRenegociar.h"
-#include "controls/DropDownList.h"
+#include "controls/box/DropDownList.h"
 #include "shell/Mirtal.h"
 #include "support/ChequeShop.h"
 #include "support/Versions.h"

@@ -2,8 +2,8 @@
 #include "collections/FrmLancasSFundos.h"
 
 #include "collections/FrmLocCHTerceiros.h"
-#include "controls/DatePicker.h"
-#include "controls/DropDownList.h"
+#include "controls/box/DatePicker.h"
+#include "controls/box/DropDownList.h"
 #include "shell/Mirtal.h"
 #include "support/ChequeShop.h"
 #include "support/FormChecks.h"

@@ -2,7 +2,7 @@
 
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLocCHTerceiros.h"
-#include "controls/HeadingStrip.h"
+#include "controls/window/HeadingStrip.h"
 #include "shell/Mirtal.h"
 #include "support/FormChecks.h"
 #include "support/ShopTest.h"

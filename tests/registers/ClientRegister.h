@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/DropDownList.h"
+#include "controls/box/DropDownList.h"
 #include "registers/frmCliFor.h"
 #include "support/ShopTest.h"
 

@@ -1,5 +1,5 @@
 // What the client register shows of a row and saves of it.
-#include "controls/MemoEdit.h"
+#include "controls/box/MemoEdit.h"
 #include "registers/ClientRegister.h"
 #include "support/CpuTimer.h"
 

@@ -1,6 +1,6 @@
 #include "registers/frmBancos.h"
 
-#include "controls/ListView.h"
+#include "controls/box/ListView.h"
 #include "support/ShopTest.h"
 
 #include <QLabel>

@@ -1,8 +1,8 @@
 // The purge of old cheques, on databases of both versions.
 #include "reports/FrmApagar.h"
 
-#include "controls/DatePicker.h"
-#include "controls/DropDownList.h"
+#include "controls/box/DatePicker.h"
+#include "controls/box/DropDownList.h"
 #include "shell/Mirtal.h"
 #include "support/ShopTest.h"
 #include "support/Versions.h"

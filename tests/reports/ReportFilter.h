@@ -1,7 +1,7 @@
 #pragma once
 
-#include "controls/DatePicker.h"
-#include "controls/DropDownList.h"
+#include "controls/box/DatePicker.h"
+#include "controls/box/DropDownList.h"
 #include "print/ReportFiles.h"
 #include "reports/FrmFiltroRelat.h"
 #include "reports/frmRel_ChequesSF.h"

@@ -1,7 +1,7 @@
 // A table that isn't as it should be, which only the look before its first change finds out: told
 // as of this table, marked in the status bar at once, and noted for the other stations.
 #include "cheques/FrmLancarCheques.h"
-#include "controls/Failure.h"
+#include "controls/window/Failure.h"
 #include "jet/Backup.h"
 #include "registers/frmBancos.h"
 #include "shell/MDICheques.h"

@@ -4,7 +4,7 @@
 #include "cheques/FrmConsultaCH.h"
 #include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
-#include "controls/ListView.h"
+#include "controls/box/ListView.h"
 #include "jet/Check.h"
 #include "shell/FailingShop.h"
 

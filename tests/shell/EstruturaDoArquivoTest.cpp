@@ -4,7 +4,7 @@
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLancasSFundos.h"
 #include "collections/FrmRenegociar.h"
-#include "controls/Failure.h"
+#include "controls/window/Failure.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmFiltroRelat.h"

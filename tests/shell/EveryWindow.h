@@ -5,7 +5,7 @@
 #include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "collections/FrmRenegociar.h"
-#include "controls/Style.h"
+#include "controls/look/Style.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"

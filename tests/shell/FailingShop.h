@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/Failure.h"
+#include "controls/window/Failure.h"
 #include "jet/Error.h"
 #include "reports/FrmApagar.h"
 #include "shell/Mirtal.h"

@@ -1,7 +1,7 @@
 // What the operator is told when the disk doesn't take what was deleted or settled, and what the
 // other stations notice of it.
 #include "collections/FrmLocCHTerceiros.h"
-#include "controls/ListView.h"
+#include "controls/box/ListView.h"
 #include "shell/FailingShop.h"
 #include "shell/Gravacao.h"
 #include "shell/MDICheques.h"

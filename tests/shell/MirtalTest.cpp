@@ -1,6 +1,6 @@
 #include "shell/Mirtal.h"
 
-#include "controls/DropDownList.h"
+#include "controls/box/DropDownList.h"
 #include "jet/Error.h"
 #include "support/QtPrinters.h"
 #include "support/ShopTest.h"

@@ -5,7 +5,7 @@
 // What the action has opened gets the keys of OBSERVED_KEYS ("|" for Enter, "&s" for Alt+S), each
 // where the focus is then. OBSERVED_DISK, "write automacao.mdb 3" or "read automacao.mdb 0", is a
 // disk that fails from the action on, after so many calls.
-#include "controls/MessageBox.h"
+#include "controls/window/MessageBox.h"
 #include "shell/Mirtal.h"
 #include "shell/Programa.h"
 #include "shell/dbconectar.h"

@@ -1,5 +1,5 @@
 // The program beside others: what they keep it from saving is told, undone, and can be tried again.
-#include "controls/Failure.h"
+#include "controls/window/Failure.h"
 #include "jet/Error.h"
 #include "shell/MDICheques.h"
 #include "shell/Programa.h"

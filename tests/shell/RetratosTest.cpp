@@ -1,6 +1,6 @@
 // The windows as they are seen, light and dark: every text stands out clearly from its ground. With
 // VALTRINO_PICTURES set to a folder the pictures are kept there; see scripts/pictures.sh.
-#include "controls/Icons.h"
+#include "controls/look/Icons.h"
 #include "shell/EveryWindow.h"
 #include "support/Colours.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/Spoken.h"
+#include "controls/look/Spoken.h"
 #include "shell/EveryWindow.h"
 
 #include <QAccessible>

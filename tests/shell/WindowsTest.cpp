@@ -1,8 +1,8 @@
 // What holds for every window of the program: it can be told aloud, and its texts are whole.
-#include "controls/ActiveText.h"
-#include "controls/DatePicker.h"
-#include "controls/HeadingStrip.h"
-#include "controls/MoneyEdit.h"
+#include "controls/box/ActiveText.h"
+#include "controls/box/DatePicker.h"
+#include "controls/box/MoneyEdit.h"
+#include "controls/window/HeadingStrip.h"
 #include "shell/EveryWindow.h"
 
 #include <QAbstractButton>

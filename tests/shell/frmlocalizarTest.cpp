@@ -1,6 +1,6 @@
 #include "shell/frmlocalizar.h"
 
-#include "controls/Failure.h"
+#include "controls/window/Failure.h"
 #include "shell/Programa.h"
 #include "support/CpuTimer.h"
 #include "support/FormChecks.h"

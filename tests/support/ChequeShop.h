@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/NavigationBar.h"
+#include "controls/window/NavigationBar.h"
 #include "support/ShopTest.h"
 
 #include <initializer_list>

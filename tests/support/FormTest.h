@@ -1,8 +1,8 @@
 #pragma once
 
-#include "controls/FileChooser.h"
-#include "controls/MessageBox.h"
-#include "controls/WindowList.h"
+#include "controls/folder/FileChooser.h"
+#include "controls/window/MessageBox.h"
+#include "controls/window/WindowList.h"
 #include "support/QtPrinters.h"
 
 #include <QTest>

@@ -1,0 +1,3 @@
+#pragma once
+
+enum class ColourScheme : unsigned char { light, dark };

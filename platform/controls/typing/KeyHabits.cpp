@@ -1,0 +1,61 @@
+#include "controls/typing/KeyHabits.h"
+
+#include "controls/typing/Typing.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPointer>
+
+namespace {
+
+/// Whether the object would take Enter or Space for being pressed.
+bool pressesButton(const QObject& watched, const QKeyEvent& key) {
+    if (const auto* button = qobject_cast<const QAbstractButton*>(&watched))
+        return (isEnter(key) && !button->isCheckable()) || key.key() == Qt::Key_Space;
+    return isEnter(key) && qobject_cast<const QDialog*>(&watched); // its default button
+}
+
+/// Menus know what a letter means, with Alt and without.
+bool isMenu(const QObject& watched) {
+    return qobject_cast<const QMenu*>(&watched) || qobject_cast<const QMenuBar*>(&watched);
+}
+
+} // namespace
+
+void KeyHabits::install() {
+    static QPointer<KeyHabits> installed;
+    if (installed)
+        return;
+    installed = new KeyHabits(qApp);
+    qApp->installEventFilter(installed);
+}
+
+void KeyHabits::notice(const QKeyEvent& key) {
+    if (key.type() == QEvent::KeyRelease) {
+        releasedKey_ = key.key();
+        releasedAt_ = key.timestamp();
+        return;
+    }
+    held_ = key.isAutoRepeat() ||
+            (releasedAt_ != 0 && key.key() == releasedKey_ && key.timestamp() == releasedAt_);
+}
+
+bool KeyHabits::eventFilter(QObject* watched, QEvent* event) {
+    const auto type = event->type();
+    if (type != QEvent::KeyPress && type != QEvent::KeyRelease && type != QEvent::ShortcutOverride)
+        return false;
+    const auto& key = *static_cast<QKeyEvent*>(event);
+    notice(key);
+    if (type == QEvent::KeyRelease || !watched->isWidgetType())
+        return false;
+    if (type == QEvent::ShortcutOverride) {
+        if (!held_ || !commandsByAlt(key) || isMenu(*watched))
+            return false;
+        event->accept(); // the access key's button isn't asked
+        return true;
+    }
+    return (held_ && pressesButton(*watched, key)) || (commandsByAlt(key) && !isMenu(*watched));
+}

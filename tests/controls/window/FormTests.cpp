@@ -1,0 +1,690 @@
+// The life of a window, its handlers and the guard, on small windows made for it.
+#include "controls/look/Icons.h"
+#include "controls/window/Form.h"
+#include "controls/window/HeadingStrip.h"
+#include "controls/window/NavigationBar.h"
+#include "support/FormTest.h"
+
+#include <QCheckBox>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <gtest/gtest-spi.h>
+
+#include <functional>
+#include <initializer_list>
+#include <stdexcept>
+
+namespace {
+
+/// What the windows under test did, in order; emptied by each test.
+QStringList journal;
+
+class frmTeste final : public Form {
+public:
+    frmTeste() {
+        auto* column = new QVBoxLayout(this);
+        const auto add = [&](auto* control, const char* name) {
+            control->setObjectName(name);
+            column->addWidget(control);
+        };
+        add(txtCodigo, "txtCodigo");
+        add(txtNome, "txtNome");
+        add(txtLivre, "txtLivre");
+        add(btnNavegacao, "btnNavegacao");
+        add(cmdSalvar, "cmdSalvar");
+        add(cmdFechar, "cmdFechar");
+        cmdSalvar->setDefault(true); // as a design may have it
+
+        prompts({
+            {txtCodigo, "Código."},
+            {txtNome,   "Nome."   }
+        });
+        enterAsTab({txtNome});
+        digitsOnly(txtCodigo);
+        onEnter(txtLivre, &frmTeste::txtLivre_Enter);
+        connect(txtLivre, &QLineEdit::returnPressed, this, [] { journal << "recebeu Enter"; });
+        closesWith(cmdFechar);
+        on(cmdSalvar, &QPushButton::clicked, &frmTeste::cmdSalvar_Click);
+        on(cmdFechar, &QPushButton::clicked, &frmTeste::cmdFechar_Click);
+        on(btnNavegacao, &NavigationBar::clicked, &frmTeste::btnNavegacao_Click);
+        gotFocus(txtNome, &frmTeste::txtNome_GotFocus);
+        lostFocus(txtNome, &frmTeste::txtNome_LostFocus);
+        ++built;
+    }
+    static frmTeste& instance() { return WindowList::instance().one<frmTeste>(); }
+
+    QLineEdit* txtCodigo = new QLineEdit;
+    QLineEdit* txtNome = new QLineEdit;
+    QLineEdit* txtLivre = new QLineEdit;
+    NavigationBar* btnNavegacao = new NavigationBar;
+    QPushButton* cmdSalvar = new QPushButton("&Salvar");
+    QPushButton* cmdFechar = new QPushButton("&Fechar");
+
+    inline static int built = 0;
+    std::function<void()> onLoad, onSave, onLeave, onEntered;
+
+private:
+    void Form_Load() override {
+        journal << "load";
+        if (onLoad)
+            onLoad();
+    }
+    void Form_Unload() override { journal << "unload"; }
+    void cmdSalvar_Click() {
+        journal << "salvar";
+        if (onSave)
+            onSave();
+    }
+    void cmdFechar_Click() {
+        journal << "fechar";
+        unload();
+    }
+    void btnNavegacao_Click(int index) { journal << QString("navegar %1").arg(index); }
+    void txtLivre_Enter() {
+        if (onEntered)
+            onEntered();
+    }
+    void txtNome_GotFocus() { journal << "entrou"; }
+    void txtNome_LostFocus() {
+        journal << "saiu";
+        if (onLeave)
+            onLeave();
+    }
+};
+
+class FormLife : public FormTest {
+protected:
+    FormLife() {
+        journal.clear();
+        frmTeste::built = 0;
+    }
+    static frmTeste& opened() {
+        auto& form = open<frmTeste>();
+        journal.clear();
+        return form;
+    }
+    using Journal = QStringList;
+};
+
+TEST_F(FormLife, IsBuiltOnFirstUseAndLoadedOnFirstShow) {
+    auto& form = frmTeste::instance();
+    EXPECT_EQ(&form, &frmTeste::instance());
+    EXPECT_EQ(frmTeste::built, 1);
+    EXPECT_FALSE(form.isLoaded());
+    form.show();
+    EXPECT_EQ(journal, Journal{"load"});
+    EXPECT_TRUE(form.isLoaded());
+}
+
+TEST_F(FormLife, LoadsOnceAlsoWithoutBeingShown) {
+    auto& form = frmTeste::instance();
+    EXPECT_TRUE(form.load());
+    form.show();
+    EXPECT_EQ(journal, Journal{"load"});
+}
+
+TEST_F(FormLife, IsKeptWhenHidden) {
+    auto& form = opened();
+    type(form, "txtLivre", "abc");
+    form.hide();
+    form.show();
+    EXPECT_EQ(journal, Journal{});
+    EXPECT_EQ(text(frmTeste::instance(), "txtLivre"), "abc");
+}
+
+TEST_F(FormLife, IsBuiltAnewAfterItCouldNotBeLoaded) {
+    auto& failed = frmTeste::instance();
+    failed.onLoad = [&failed] {
+        failed.txtLivre->setEnabled(false);
+        throw std::runtime_error("sem dados");
+    };
+    expectFailure("sem dados");
+    failed.showModal();
+    EXPECT_FALSE(failed.isVisible());
+    EXPECT_FALSE(failed.isLoaded());
+    auto& next = open<frmTeste>();
+    EXPECT_EQ(frmTeste::built, 2);
+    EXPECT_TRUE(next.txtLivre->isEnabled());
+    EXPECT_EQ(journal, (Journal{"load", "load"}));
+}
+
+TEST_F(FormLife, StartsAnewAfterUnloading) {
+    auto& form = opened();
+    type(form, "txtLivre", "abc");
+    form.unload();
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_EQ(prompt(), "");
+    auto& next = open<frmTeste>();
+    EXPECT_EQ(frmTeste::built, 2);
+    EXPECT_EQ(journal, (Journal{"unload", "load"}));
+    EXPECT_EQ(text(next, "txtLivre"), "");
+}
+
+TEST_F(FormLife, TheCloseBoxUnloads) {
+    opened().close();
+    EXPECT_EQ(journal, Journal{"unload"});
+}
+
+TEST_F(FormLife, EscPressesTheCloseButton) {
+    opened();
+    press(Qt::Key_Escape);
+    EXPECT_EQ(journal, (Journal{"fechar", "unload"}));
+}
+
+TEST_F(FormLife, UnloadingBeforeLoadingRunsNoHandler) {
+    frmTeste::instance().unload();
+    EXPECT_EQ(journal, Journal{});
+    frmTeste::instance();
+    EXPECT_EQ(frmTeste::built, 2);
+}
+
+TEST_F(FormLife, ARetiredWindowOutlivesTheHandlerThatRetiredItAndNoMore) {
+    const QPointer<frmTeste> form = &opened();
+    click(*form, "cmdFechar");
+    EXPECT_TRUE(form);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(form);
+}
+
+TEST_F(FormLife, AModalWindowHoldsItsCallerUntilItIsUnloaded) {
+    whileModal<frmTeste>([](frmTeste& form) {
+        EXPECT_TRUE(form.isModal());
+        journal << "aberta";
+        click(form, "cmdFechar");
+    });
+    auto& form = frmTeste::instance();
+    form.showModal();
+    journal << "de volta";
+    EXPECT_EQ(journal, (Journal{"load", "aberta", "fechar", "unload", "de volta"}));
+    EXPECT_EQ(form.txtCodigo->text(), "") << "still valid here";
+}
+
+TEST_F(FormLife, AModalWindowMayOpenAnother) {
+    class frmOutro final : public Form {
+    public:
+        static frmOutro& instance() { return WindowList::instance().one<frmOutro>(); }
+        void Form_Load() override { journal << "load 2"; }
+        void Form_Unload() override { journal << "unload 2"; }
+    };
+    whileModal<frmTeste>([&](frmTeste& form) {
+        form.onSave = [] {
+            frmOutro::instance().showModal();
+            journal << "depois";
+        };
+        whileModal<frmOutro>([](frmOutro& other) { other.close(); });
+        click(form, "cmdSalvar");
+        form.hide();
+    });
+    frmTeste::instance().showModal();
+    EXPECT_EQ(journal, (Journal{"load", "salvar", "load 2", "unload 2", "depois"}));
+    EXPECT_TRUE(frmTeste::instance().isLoaded());
+}
+
+TEST_F(FormLife, AnEmptiedListDestroysItsWindows) {
+    const QPointer<frmTeste> retired = &opened();
+    retired->unload();
+    const QPointer<frmTeste> next = &frmTeste::instance();
+    WindowList::instance().clear();
+    EXPECT_FALSE(retired);
+    EXPECT_FALSE(next);
+}
+
+TEST_F(FormLife, AFailingHandlerIsReportedAndGoesNoFurther) {
+    auto& form = opened();
+    form.onSave = [] { throw std::runtime_error("arquivo travado"); };
+    expectFailure("travado");
+    click(form, "cmdSalvar");
+}
+
+TEST_F(FormLife, AFailingLoadShowsNoWindow) {
+    auto& form = frmTeste::instance();
+    form.onLoad = [] { throw std::runtime_error("sem tabela"); };
+    expectFailure("sem tabela");
+    form.showModal();
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_FALSE(form.isLoaded());
+    expectFailure("sem tabela");
+    form.showModeless();
+    EXPECT_FALSE(form.isVisible());
+}
+
+TEST_F(FormLife, WhileAFailureIsReportedNoOtherHandlerRuns) {
+    auto& form = opened();
+    int reports = 0;
+    const FailureHandler tests = setFailureHandler([&](const std::exception_ptr&) {
+        ++reports;
+        click(form, "btnNavegacao", 1);
+        type(form, "txtNome", "x");
+    });
+    form.onSave = [] { throw 1; };
+    click(form, "cmdSalvar");
+    setFailureHandler(tests);
+    EXPECT_EQ(reports, 1);
+    EXPECT_EQ(journal, Journal{"salvar"});
+}
+
+TEST_F(FormLife, OpensWithTheFocusInItsFirstField) {
+    opened();
+    EXPECT_EQ(focus(), "txtCodigo");
+    EXPECT_EQ(prompt(), "Código.");
+}
+
+TEST_F(FormLife, ThePromptIsAlwaysThatOfTheControlThatHasTheFocus) {
+    auto& form = opened();
+    enter(form, "txtNome");
+    EXPECT_EQ(prompt(), "Nome.");
+    enter(form, "txtLivre");
+    EXPECT_EQ(prompt(), "") << "of the field before";
+    enter(form, "txtNome");
+    form.btnNavegacao->button(2)->setFocus();
+    EXPECT_EQ(prompt(), "Próximo Registro");
+    enter(form, "cmdSalvar");
+    EXPECT_EQ(prompt(), "");
+    enter(form, "txtNome");
+    click(form, "cmdFechar");
+    EXPECT_EQ(prompt(), "");
+}
+
+TEST_F(FormLife, BehindAnotherWindowNoFieldPrompts) {
+    auto& form = opened();
+    QMessageBox box(QMessageBox::Warning, "Mensagem", "Outra estação alterou o registro.");
+    box.show();
+    activate(box);
+    EXPECT_EQ(prompt(), "");
+    box.hide();
+    activate(form);
+    EXPECT_EQ(prompt(), "Código.");
+}
+
+TEST_F(FormLife, EnterMovesOnWhereTheTableSaysSo) {
+    auto& form = opened();
+    enter(form, "txtNome");
+    press(Qt::Key_Return);
+    EXPECT_EQ(focus(), "txtLivre");
+    enter(form, "txtNome");
+    press(Qt::Key_Enter, Qt::KeypadModifier);
+    EXPECT_EQ(focus(), "txtLivre");
+}
+
+TEST_F(FormLife, EnterElsewherePressesNothing) {
+    auto& form = opened();
+    enter(form, "txtLivre");
+    press(Qt::Key_Return);
+    EXPECT_EQ(focus(), "txtLivre");
+    EXPECT_EQ(journal, Journal{"recebeu Enter"});
+}
+
+TEST_F(FormLife, EnterRunsItsHandlerAndThenGoesOnToTheControl) {
+    auto& form = opened();
+    form.onEntered = [&] {
+        journal << "Enter";
+        form.cmdSalvar->setFocus();
+    };
+    enter(form, "txtLivre");
+    press(Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(focus(), "txtLivre");
+    journal.clear();
+    press(Qt::Key_Enter, Qt::KeypadModifier);
+    EXPECT_EQ(focus(), "cmdSalvar");
+    EXPECT_EQ(journal, (Journal{"Enter", "recebeu Enter"}));
+}
+
+TEST_F(FormLife, EnterOnAButtonPressesIt) {
+    auto& form = opened();
+    enter(form, "cmdSalvar");
+    press(Qt::Key_Return);
+    EXPECT_EQ(journal, Journal{"salvar"});
+    form.btnNavegacao->button(3)->setFocus();
+    press(Qt::Key_Enter, Qt::KeypadModifier);
+    EXPECT_EQ(journal, (Journal{"salvar", "navegar 3"}));
+}
+
+TEST_F(FormLife, EnterDoesNotTickACheckBox) {
+    class frmMarca final : public Form {
+    public:
+        frmMarca() { box->setObjectName("chkMarca"); }
+        static frmMarca& instance() { return WindowList::instance().one<frmMarca>(); }
+        QCheckBox* box = new QCheckBox("&Marcar", this);
+    };
+    auto& form = open<frmMarca>();
+    enter(form, "chkMarca");
+    press(Qt::Key_Return);
+    EXPECT_FALSE(form.box->isChecked());
+    press(Qt::Key_M, Qt::AltModifier);
+    EXPECT_TRUE(form.box->isChecked());
+}
+
+TEST_F(FormLife, NoButtonLooksAsIfEnterPressedItFromElsewhere) {
+    auto& form = opened();
+    EXPECT_FALSE(form.cmdSalvar->isDefault());
+    enter(form, "cmdFechar");
+    EXPECT_FALSE(form.cmdFechar->isDefault());
+}
+
+/// As the screen sends it while a key stays down.
+void repeatKey(QWidget& control, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
+               const QString& text = {}) {
+    QTest::simulateEvent(&control, true, key, modifiers, text, true, 0);
+}
+
+TEST_F(FormLife, AKeyHeldDownPressesNoButton) {
+    auto& form = opened();
+    for (QWidget* button :
+         std::initializer_list<QWidget*>{form.cmdSalvar, form.btnNavegacao->button(2)}) {
+        button->setFocus();
+        repeatKey(*button, Qt::Key_Return);
+        repeatKey(*button, Qt::Key_Enter, Qt::KeypadModifier);
+        repeatKey(*button, Qt::Key_Space, Qt::NoModifier, " ");
+    }
+    enter(form, "txtLivre");
+    repeatKey(*form.txtLivre, Qt::Key_S, Qt::AltModifier, "s");
+    EXPECT_EQ(journal, Journal{});
+    EXPECT_EQ(focus(), "txtLivre");
+    EXPECT_EQ(text(form, "txtLivre"), "");
+    press(Qt::Key_S, Qt::AltModifier);
+    EXPECT_EQ(journal, Journal{"salvar"});
+}
+
+TEST_F(FormLife, AKeyPressedAgainInTheMomentInWhichItWasLetGoIsHeldDown) {
+    auto& form = opened();
+    form.cmdSalvar->setFocus();
+    const auto send = [&](QEvent::Type type, quint64 when) {
+        QKeyEvent key(type, Qt::Key_Return, Qt::NoModifier);
+        key.setTimestamp(when);
+        QCoreApplication::sendEvent(form.cmdSalvar, &key);
+    };
+    send(QEvent::KeyPress, 100);
+    EXPECT_EQ(journal, Journal{"salvar"});
+    for (const quint64 when : {600U, 630U, 660U}) {
+        send(QEvent::KeyRelease, when);
+        send(QEvent::KeyPress, when);
+    }
+    EXPECT_EQ(journal, Journal{"salvar"});
+    send(QEvent::KeyRelease, 700);
+    send(QEvent::KeyPress, 780);
+    EXPECT_EQ(journal, (Journal{"salvar", "salvar"}));
+}
+
+TEST_F(FormLife, ALetterWithAltThatIsNoAccessKeyTypesNothing) {
+    auto& form = opened();
+    type(form, "txtLivre", "Ana");
+    QTest::sendKeyEvent(QTest::Click, form.txtLivre, Qt::Key_K, QString("k"), Qt::AltModifier);
+    EXPECT_EQ(text(form, "txtLivre"), "Ana");
+    constexpr auto kAltGr = Qt::ControlModifier | Qt::AltModifier;
+    QTest::sendKeyEvent(QTest::Click, form.txtLivre, Qt::Key_Q, QString("/"), kAltGr);
+    EXPECT_EQ(text(form, "txtLivre"), "Ana/") << "AltGr does type";
+}
+
+TEST_F(FormLife, WhatADigitsBoxRefusesLeavesItAsItWas) {
+    auto& form = opened();
+    type(form, "txtCodigo", "104");
+    const auto untouched = [&] {
+        form.txtCodigo->selectAll();
+        return [&form] {
+            return form.txtCodigo->text() == "104" && form.txtCodigo->selectedText() == "104";
+        };
+    }();
+    type("a");
+    EXPECT_TRUE(untouched());
+    QTest::sendKeyEvent(QTest::Click, form.txtCodigo, Qt::Key_K, QString("k"), Qt::AltModifier);
+    EXPECT_TRUE(untouched());
+    QInputMethodEvent composed;
+    composed.setCommitString("á");
+    QCoreApplication::sendEvent(form.txtCodigo, &composed);
+    EXPECT_TRUE(untouched());
+    QGuiApplication::clipboard()->setText("banco");
+    press(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_TRUE(untouched());
+    type("3");
+    EXPECT_EQ(text(form, "txtCodigo"), "3");
+}
+
+TEST_F(FormLife, AClickIntoADigitsBoxMarksAllOfItOnce) {
+    auto& form = opened();
+    type(form, "txtCodigo", "104");
+    enter(form, "txtNome");
+    const auto clickIn = [&] { QTest::mouseClick(form.txtCodigo, Qt::LeftButton); };
+    clickIn();
+    EXPECT_EQ(form.txtCodigo->selectedText(), "104");
+    clickIn();
+    EXPECT_EQ(form.txtCodigo->selectedText(), "") << "the second click places the caret";
+}
+
+class frmPerda final : public Form {
+public:
+    frmPerda() {
+        auto* column = new QVBoxLayout(this);
+        for (QLineEdit* box : {txtNome, txtSoma}) {
+            box->setAccessibleName("Campo");
+            column->addWidget(box);
+        }
+        txtNome->setObjectName("txtNome");
+        txtSoma->setReadOnly(true);
+    }
+    static frmPerda& instance() { return WindowList::instance().one<frmPerda>(); }
+    using Form::nothingTyped;
+
+    QLineEdit* txtNome = new QLineEdit;
+    QLineEdit* txtSoma = new QLineEdit;
+
+private:
+    void Form_Load() override { nothingTyped(); }
+};
+
+TEST_F(FormLife, EscAsksBeforeWhatWasTypedIsLost) {
+    auto& form = open<frmPerda>();
+    const auto esc = [&](MessageAnswer answer) {
+        expectMessage("Mensagem", "O que foi digitado ainda não foi salvo.\n\nSair sem salvar?",
+                      MessageIcon::question, MessageButtons::yesNo, answer);
+        press(Qt::Key_Escape);
+    };
+    type(form, "txtNome", "Ana");
+    esc(MessageAnswer::no);
+    EXPECT_TRUE(form.isVisible());
+    EXPECT_EQ(text(form, "txtNome"), "Ana");
+    esc(MessageAnswer::yes);
+    EXPECT_FALSE(form.isVisible());
+}
+
+TEST_F(FormLife, EscDoesNotAskWhereNothingCanBeLost) {
+    auto& form = open<frmPerda>();
+    type(form, "txtNome", "Ana");
+    form.nothingTyped();             // stored
+    form.txtSoma->setText("150,00"); // worked out
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(form.isVisible());
+    type(opened(), "txtLivre", "a window that stores nothing");
+    press(Qt::Key_Escape);
+    EXPECT_EQ(journal, (Journal{"fechar", "unload"}));
+}
+
+TEST_F(FormLife, ADigitsBoxTakesDigitsAndEditingKeysOnly) {
+    auto& form = opened();
+    type(form, "txtCodigo", "1a0-4 ç");
+    EXPECT_EQ(text(form, "txtCodigo"), "104");
+    press(Qt::Key_Home);
+    press(Qt::Key_Delete);
+    press(Qt::Key_Right);
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(text(form, "txtCodigo"), "4");
+    press(Qt::Key_Return);
+    EXPECT_EQ(focus(), "txtNome");
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(focus(), "txtCodigo");
+}
+
+TEST_F(FormLife, ADigitsBoxTakesTheDigitsOfWhatIsPasted) {
+    auto& form = opened();
+    type(form, "txtCodigo", "99");
+    press(Qt::Key_Left);
+    QGuiApplication::clipboard()->setText("nº 1-04");
+    press(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(text(form, "txtCodigo"), "91049");
+    EXPECT_EQ(form.txtCodigo->cursorPosition(), 4);
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "91049");
+}
+
+TEST_F(FormLife, ADigitsBoxKeepsWhatTheProgramSets) {
+    auto& form = opened();
+    form.txtCodigo->setText("123.456.789-09");
+    EXPECT_EQ(text(form, "txtCodigo"), "123.456.789-09");
+}
+
+TEST_F(FormLife, TellsWhenTheFocusComesAndGoes) {
+    auto& form = opened();
+    enter(form, "txtNome");
+    EXPECT_EQ(journal, Journal{"entrou"});
+    enter(form, "txtLivre");
+    EXPECT_EQ(journal, (Journal{"entrou", "saiu"}));
+}
+
+TEST_F(FormLife, AHandlerOfLostFocusMaySendTheFocusElsewhere) {
+    auto& form = opened();
+    form.onLeave = [&] { form.cmdSalvar->setFocus(); };
+    enter(form, "txtNome");
+    press(Qt::Key_Return);
+    EXPECT_EQ(focus(), "cmdSalvar");
+}
+
+TEST_F(FormLife, AnotherWindowInFrontIsNotLeaving) {
+    auto& form = opened();
+    enter(form, "txtNome");
+    QWidget other;
+    other.show();
+    activate(other);
+    activate(form);
+    EXPECT_EQ(journal, Journal{"entrou"});
+    EXPECT_EQ(focus(), "txtNome");
+}
+
+TEST_F(FormLife, AFocusSetBehindAnotherWindowIsToldOnComingBack) {
+    auto& form = opened();
+    enter(form, "txtNome");
+    QWidget other;
+    other.show();
+    activate(other);
+    form.txtLivre->setFocus();
+    EXPECT_EQ(journal, Journal{"entrou"});
+    activate(form);
+    EXPECT_EQ(journal, (Journal{"entrou", "saiu"}));
+}
+
+TEST_F(FormLife, HidingAndUnloadingAreNotLeaving) {
+    auto& form = opened();
+    enter(form, "txtNome");
+    form.hide();
+    form.show();
+    activate(form);
+    form.unload();
+    EXPECT_FALSE(journal.contains("saiu"));
+}
+
+TEST_F(FormLife, ClickingAndAccessKeysLeaveTheFieldFirst) {
+    auto& form = opened();
+    enter(form, "txtNome");
+    press(Qt::Key_S, Qt::AltModifier);
+    EXPECT_EQ(journal, (Journal{"entrou", "saiu", "salvar"}));
+    EXPECT_EQ(focus(), "cmdSalvar");
+    journal.clear();
+    enter(form, "txtNome");
+    click(form, "cmdSalvar");
+    EXPECT_EQ(journal, (Journal{"entrou", "saiu", "salvar"}));
+}
+
+TEST_F(FormLife, AWarningOnLeavingDoesNotSwallowTheClickThatLeft) {
+    auto& form = opened();
+    enter(form, "txtNome");
+    const QPoint at = form.cmdSalvar->mapTo(&form, form.cmdSalvar->rect().center());
+    // As a message box does: the button is let go while it is open.
+    form.onLeave = [&] {
+        QTest::mouseRelease(form.windowHandle(), Qt::LeftButton, {}, QPoint(1, 1));
+    };
+    QTest::mousePress(form.windowHandle(), Qt::LeftButton, {}, at);
+    EXPECT_EQ(journal, (Journal{"entrou", "saiu", "salvar"}));
+    EXPECT_FALSE(form.cmdSalvar->isDown());
+}
+
+TEST_F(FormLife, WarnsAndPutsTheFocusOnTheControl) {
+    class frmAviso final : public Form {
+    public:
+        frmAviso() {
+            box->setObjectName("txtNome");
+            on(button, &QPushButton::clicked, &frmAviso::button_Click);
+        }
+        static frmAviso& instance() { return WindowList::instance().one<frmAviso>(); }
+        QPushButton* button = new QPushButton(this);
+        QLineEdit* box = new QLineEdit(this);
+
+    private:
+        void button_Click() { return advertir(box, "O nome deve ser preenchido."); }
+    };
+    auto& form = open<frmAviso>();
+    expectMessage("Advertência", "O nome deve ser preenchido.");
+    form.button->click();
+    EXPECT_EQ(focus(), "txtNome");
+}
+
+TEST_F(FormLife, StandsInTheMiddleOfTheScreen) {
+    class frmCentro final : public Form {
+    public:
+        static frmCentro& instance() { return WindowList::instance().one<frmCentro>(); }
+        void Form_Load() override {
+            resize(300, 200);
+            centre();
+        }
+    };
+    auto& form = open<frmCentro>();
+    const QRect screen = form.screen()->availableGeometry();
+    const QRect whole = form.frameGeometry();
+    ASSERT_NE(whole.size(), form.size()) << "a frame stands around it";
+    EXPECT_NEAR(whole.left() - screen.left(), screen.right() - whole.right(), 1);
+    EXPECT_NEAR(whole.top() - screen.top(), screen.bottom() - whole.bottom(), 1);
+    // Moved by the operator, it stays there when it comes to the front again.
+    form.move(10, 20);
+    QWidget other;
+    other.show();
+    activate(other);
+    activate(form);
+    EXPECT_EQ(form.pos(), QPoint(10, 20));
+}
+
+TEST_F(FormLife, TakesItsWindowIconFromTheHeadingAndGivesButtonsTheirs) {
+    class frmIcone final : public Form {
+    public:
+        frmIcone() {
+            strip->setIconName("banco");
+            button->setProperty("iconName", "save");
+        }
+        static frmIcone& instance() { return WindowList::instance().one<frmIcone>(); }
+        HeadingStrip* strip = new HeadingStrip(this);
+        QPushButton* button = new QPushButton(this);
+    };
+    auto& form = open<frmIcone>();
+    EXPECT_EQ(form.windowIcon().name(), "banco");
+    EXPECT_EQ(form.button->icon().name(), "save");
+}
+
+// The fixture itself: it must notice what nobody announced.
+
+TEST_F(FormLife, TheFixtureFailsOnAMessageNobodyAnnounced) {
+    EXPECT_NONFATAL_FAILURE(showMessage("Texto", "Título", MessageIcon::question),
+                            "nobody announced");
+}
+
+TEST_F(FormLife, TheFixtureFailsOnAMessageThatDiffersInAnything) {
+    expectMessage("Mensagem", "Texto", MessageIcon::information);
+    EXPECT_NONFATAL_FAILURE(showMessage("Texto", "Mensagem", MessageIcon::exclamation),
+                            "exclamation");
+}
+
+} // namespace
