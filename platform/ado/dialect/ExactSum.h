@@ -16,7 +16,7 @@ struct ExactSum {
 
     void add(std::int64_t number) {
         ++count;
-        if (__builtin_add_overflow(wholes, number, &wholes)) {
+        if (!addTo(wholes, number)) {
             rest += static_cast<double>(number);
             fractions = true;
         }
@@ -26,11 +26,9 @@ struct ExactSum {
         ++count;
         fractions = true;
         const double scaled = std::nearbyint(number * 10000.0);
-        if (std::fabs(scaled) < kExact && scaled / 10000.0 == number &&
-            !__builtin_add_overflow(tenThousandths, static_cast<std::int64_t>(scaled),
-                                    &tenThousandths))
-            return;
-        rest += number;
+        if (!(std::fabs(scaled) < kExact && scaled / 10000.0 == number &&
+              addTo(tenThousandths, static_cast<std::int64_t>(scaled))))
+            rest += number;
     }
     [[nodiscard]] double total() const {
         std::int64_t together = 0;
@@ -41,6 +39,14 @@ struct ExactSum {
     }
 
 private:
+    /// False, and nothing is added, if the sum doesn't fit.
+    static bool addTo(std::int64_t& sum, std::int64_t number) {
+        std::int64_t together = 0;
+        const bool fits = !__builtin_add_overflow(sum, number, &together);
+        if (fits)
+            sum = together;
+        return fits;
+    }
     static double inUnits(std::int64_t tenThousandths) {
         return static_cast<double>(tenThousandths) / 10000.0;
     }

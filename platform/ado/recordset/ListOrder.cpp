@@ -56,12 +56,7 @@ std::optional<ListOrder> ListOrder::by(std::span<const SortTerm> terms, const je
 bool ListOrder::isTablesOwn() const {
     const auto all = std::span(columns_);
     const auto terms = all.first(all.size() - ofKey_);
-    return terms.empty() ||
-           std::ranges::equal(terms, all.last(ofKey_),
-                              [](const jet::IndexColumn& term, const jet::IndexColumn& key) {
-                                  return term.column == key.column &&
-                                         term.ascending == key.ascending;
-                              });
+    return terms.empty() || std::ranges::equal(terms, all.last(ofKey_));
 }
 
 bool ListOrder::isComparable() const {

@@ -163,6 +163,19 @@ TEST_P(ShopStatements, SumsOfAmountsAreExact) {
     EXPECT_TRUE(rows.field(0).isNull());
 }
 
+TEST_P(ShopStatements, ASumThatFitsNoWholeNumberIsNearTheRightOne) {
+    Recordset rows;
+    rows.Open("select sum(9223372036854775807), avg(9223372036854775807) from bancos", connection);
+    EXPECT_DOUBLE_EQ(rows.field(0).number(), 3 * 9223372036854775807.0);
+    EXPECT_DOUBLE_EQ(rows.field(1).number(), 9223372036854775807.0);
+    rows.Close();
+    // Their ten-thousandths fit 1024 times.
+    rows.Open(
+        "select sum(900719925474.0991) from cheques, cheques as b, cheques as c, cheques as d",
+        connection);
+    EXPECT_NEAR(rows.field(0).number(), 1296 * 900719925474.0991, 1000);
+}
+
 TEST_P(ShopStatements, AmountsCompareWithLiterals) {
     EXPECT_EQ(column("select * from cheques where valor > 100.5", "lancamento"),
               (Strings{"2", "4"}));
