@@ -8,22 +8,6 @@
 
 namespace jet {
 
-namespace {
-
-constexpr PageNo kCoreTables[] = {kObjectsPage, kRightsPage, kQueriesPage, kRelationshipsPage};
-
-struct Container {
-    std::uint32_t id;
-    const char* name;
-};
-constexpr Container kContainers[] = {
-    {kTablesObject,        "Tables"       },
-    {kDatabasesObject,     "Databases"    },
-    {kRelationshipsObject, "Relationships"}
-};
-
-} // namespace
-
 CatalogCheck::CatalogCheck(const CheckContext& context, const TableCheck& objects)
     : context_(context) {
     readObjects(objects);
@@ -95,29 +79,27 @@ void CatalogCheck::compareObjects(const TableCheck& objects) {
         if (object.type != tableObject)
             continue;
         const auto page = static_cast<PageNo>(object.id & kObjectPageMask);
-        if (number(page) < 2 || number(page) >= context_.pager.pageCount())
+        if (number(page) < kFirstDefinition || number(page) >= context_.pager.pageCount())
             error(object, "a definição de uma tabela está fora do arquivo");
         else if (!definitions.insert(page).second)
             error(object, "duas tabelas têm a mesma definição");
         else
-            tables_.push_back({object.name, page,
-                               (object.flags & (kSystemFlag | kHiddenFlag)) == 0 &&
-                                   !object.name.starts_with("MSys")});
+            tables_.push_back({object.name, page, isUserTable(object.flags, object.name)});
     }
     for (const Object& object : objects_)
         if (object.parent != kRootObject && !ids_.contains(object.parent))
             error(object, "o objeto está numa pasta que não existe");
-    for (const Container& container : kContainers)
-        if (!ids_.contains(container.id))
-            context_.findings.error(objects.definition().page(), kWhere, "falta um objeto",
-                                    inQuotes(container.name));
-    for (const PageNo page : kCoreTables)
-        if (!definitions.contains(page)) {
-            context_.findings.error(objects.definition().page(), kWhere,
-                                    "falta uma tabela de sistema",
-                                    "página " + std::to_string(number(page)));
-            tables_.push_back({"página " + std::to_string(number(page)), page, false});
+    const PageNo here = objects.definition().page();
+    for (const CoreObject& core : kCoreObjects) {
+        const auto page = static_cast<PageNo>(core.id);
+        if (core.type == containerObject && !ids_.contains(core.id)) {
+            context_.findings.error(here, kWhere, "falta um objeto", inQuotes(core.name));
+        } else if (core.type == tableObject && !definitions.contains(page)) {
+            const std::string name = "página " + std::to_string(number(page));
+            context_.findings.error(here, kWhere, "falta uma tabela de sistema", name);
+            tables_.push_back({name, page, false});
         }
+    }
 }
 
 void CatalogCheck::checkRights(const TableCheck& rights) const {

@@ -17,23 +17,6 @@ namespace jet {
 
 namespace {
 
-/// What every catalog has.
-struct CoreObject {
-    std::uint32_t id;
-    std::uint32_t parent;
-    const char* name;
-};
-constexpr CoreObject kCoreObjects[] = {
-    {kTablesObject,              kRootObject,      "Tables"           },
-    {kDatabasesObject,           kRootObject,      "Databases"        },
-    {kRelationshipsObject,       kRootObject,      "Relationships"    },
-    {kDatabaseObject,            kDatabasesObject, "MSysDb"           },
-    {number(kObjectsPage),       kTablesObject,    "MSysObjects"      },
-    {number(kRightsPage),        kTablesObject,    "MSysACEs"         },
-    {number(kQueriesPage),       kTablesObject,    "MSysQueries"      },
-    {number(kRelationshipsPage), kTablesObject,    "MSysRelationships"}
-};
-
 /// A row of the catalog.
 struct Object {
     RowId row;
@@ -44,9 +27,7 @@ struct Object {
     std::uint32_t flags = 0;
 
     [[nodiscard]] PageNo definition() const { return static_cast<PageNo>(id & kObjectPageMask); }
-    [[nodiscard]] bool user() const {
-        return (flags & (kSystemFlag | kHiddenFlag)) == 0 && !name.starts_with("MSys");
-    }
+    [[nodiscard]] bool user() const { return isUserTable(flags, name); }
 };
 
 /// The fields of rows of one table, by the names of its columns.

@@ -132,23 +132,11 @@ void completeCatalog(Table& objects, Table& rights, const Accounts& accounts) {
         for (bool found = object.first(); found; found = object.next())
             there.insert(object.row().integer(at.id));
     }
-    const auto addMissing = [&](std::int64_t id, std::int64_t parent, const char* name,
-                                std::int64_t type, const Bytes& owner) {
-        if (!there.contains(id))
-            addObject(objects, id, parent, name, type, owner,
+    for (const CoreObject& core : kCoreObjects)
+        if (!there.contains(core.id))
+            addObject(objects, core.id, core.parent, core.name, core.type,
+                      core.type == databaseObject ? accounts.admin : accounts.engine,
                       static_cast<std::int32_t>(kSystemFlag));
-    };
-    const auto container = [&](std::int64_t id, const char* name) {
-        addMissing(id, kRootObject, name, containerObject, accounts.engine);
-    };
-    container(kTablesObject, "Tables");
-    container(kDatabasesObject, "Databases");
-    container(kRelationshipsObject, "Relationships");
-    addMissing(kDatabaseObject, kDatabasesObject, "MSysDb", databaseObject, accounts.admin);
-    const char* const tables[] = {"MSysObjects", "MSysACEs", "MSysQueries", "MSysRelationships"};
-    std::int64_t page = 2;
-    for (const char* name : tables)
-        addMissing(page++, kTablesObject, name, tableObject, accounts.engine);
 
     const struct {
         std::int64_t object;
@@ -156,22 +144,22 @@ void completeCatalog(Table& objects, Table& rights, const Accounts& accounts) {
         std::int64_t mask;
         bool inherited;
     } rows[] = {
-        {2,                    accounts.admin,   kReadDefinition, false},
-        {3,                    accounts.admin,   kReadDefinition, false},
-        {4,                    accounts.admin,   kReadDefinition, false},
-        {5,                    accounts.admin,   917504,          false},
-        {kTablesObject,        accounts.creator, 983294,          true },
-        {kTablesObject,        accounts.admin,   393217,          false},
-        {kRelationshipsObject, accounts.creator, 983294,          true },
-        {kRelationshipsObject, accounts.admin,   393217,          false},
-        {kDatabasesObject,     accounts.admin,   kReadDefinition, false},
-        {kDatabaseObject,      accounts.admin,   393230,          false},
-        {kDatabaseObject,      accounts.users,   14,              false},
-        {4,                    accounts.users,   kUsersRead,      false},
-        {5,                    accounts.users,   kUsersRead,      false},
-        {2,                    accounts.users,   kUsersRead,      false},
-        {kTablesObject,        accounts.users,   kFullTable,      true },
-        {kRelationshipsObject, accounts.users,   1048575,         true }
+        {number(kObjectsPage),       accounts.admin,   kReadDefinition, false},
+        {number(kRightsPage),        accounts.admin,   kReadDefinition, false},
+        {number(kQueriesPage),       accounts.admin,   kReadDefinition, false},
+        {number(kRelationshipsPage), accounts.admin,   917504,          false},
+        {kTablesObject,              accounts.creator, 983294,          true },
+        {kTablesObject,              accounts.admin,   393217,          false},
+        {kRelationshipsObject,       accounts.creator, 983294,          true },
+        {kRelationshipsObject,       accounts.admin,   393217,          false},
+        {kDatabasesObject,           accounts.admin,   kReadDefinition, false},
+        {kDatabaseObject,            accounts.admin,   393230,          false},
+        {kDatabaseObject,            accounts.users,   14,              false},
+        {number(kQueriesPage),       accounts.users,   kUsersRead,      false},
+        {number(kRelationshipsPage), accounts.users,   kUsersRead,      false},
+        {number(kObjectsPage),       accounts.users,   kUsersRead,      false},
+        {kTablesObject,              accounts.users,   kFullTable,      true },
+        {kRelationshipsObject,       accounts.users,   1048575,         true }
     };
     for (const auto& row : rows)
         if (!there.contains(row.object))

@@ -2,6 +2,8 @@
 
 #include "jet/page/Format.h"
 
+#include <string_view>
+
 /// What the system's own tables have alike in every file of the format.
 namespace jet {
 
@@ -29,5 +31,28 @@ enum ObjectType : std::int16_t {
 // Column Flags of the catalog.
 inline constexpr std::uint32_t kSystemFlag = 0x80000000;
 inline constexpr std::uint32_t kHiddenFlag = 0x00000002;
+
+/// Whether a table is one of the user, by its row in the catalog.
+[[nodiscard]] constexpr bool isUserTable(std::uint32_t flags, std::string_view name) noexcept {
+    return (flags & (kSystemFlag | kHiddenFlag)) == 0 && !name.starts_with("MSys");
+}
+
+/// What every catalog has, in the order in which a new file gets it.
+struct CoreObject {
+    std::uint32_t id;
+    std::uint32_t parent;
+    const char* name;
+    ObjectType type;
+};
+inline constexpr CoreObject kCoreObjects[] = {
+    {kTablesObject,              kRootObject,      "Tables",            containerObject},
+    {kDatabasesObject,           kRootObject,      "Databases",         containerObject},
+    {kRelationshipsObject,       kRootObject,      "Relationships",     containerObject},
+    {kDatabaseObject,            kDatabasesObject, "MSysDb",            databaseObject },
+    {number(kObjectsPage),       kTablesObject,    "MSysObjects",       tableObject    },
+    {number(kRightsPage),        kTablesObject,    "MSysACEs",          tableObject    },
+    {number(kQueriesPage),       kTablesObject,    "MSysQueries",       tableObject    },
+    {number(kRelationshipsPage), kTablesObject,    "MSysRelationships", tableObject    }
+};
 
 } // namespace jet

@@ -7,7 +7,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::uint64_t kStationsAt = 0x80000000;
 /// The system takes the locks of who dies from one file after the other.
 constexpr std::chrono::milliseconds kLongestDying{250};
 
@@ -15,19 +14,18 @@ constexpr std::chrono::milliseconds kLongestDying{250};
 
 Attendance::~Attendance() {
     if (marked_ != 0)
-        database_.unlock(kStationsAt + marked_);
+        database_.unlock(kStations + marked_);
 }
 
 void Attendance::mark() {
     // Shared: a file that may only be read takes no other lock.
-    if (database_.tryLock(Disk::Lock::shared, kStationsAt + lock_.user()))
+    if (database_.tryLock(Disk::Lock::shared, kStations + lock_.user()))
         marked_ = lock_.user();
 }
 
 bool Attendance::unaccounted() const {
     for (std::uint64_t user = 1; user <= LockFile::kMostUsers; ++user) {
-        user =
-            database_.firstHeld(kStationsAt + user, LockFile::kMostUsers + 1 - user) - kStationsAt;
+        user = database_.firstHeld(kStations + user, LockFile::kMostUsers + 1 - user) - kStations;
         if (user > LockFile::kMostUsers)
             return false;
         if (user == lock_.user() || !lock_.isUser(static_cast<unsigned>(user)))

@@ -9,7 +9,7 @@ namespace jet {
 /// The stations agree by locks in the lock file, which goes by the database's name: who has come to
 /// the same file by another name (a second link to it), or after somebody has deleted the lock file
 /// from under those at work, agrees with nobody. So each station also leaves a mark where no name
-/// can deceive: user n of the lock file has byte 0x80000000 + n of the database locked, shared,
+/// can deceive: user n of the lock file has byte kStations + n of the database locked, shared,
 /// beyond the end of the largest file. A mark that the lock file's users can't account for is a
 /// stranger's.
 class Attendance {
@@ -27,6 +27,7 @@ public:
     [[nodiscard]] bool hasStranger() const;
 
 private:
+    static constexpr std::uint64_t kStations = 0x80000000;
     [[nodiscard]] bool unaccounted() const;
 
     File& database_;

@@ -13,10 +13,6 @@ namespace jet {
 
 namespace {
 
-constexpr std::uint64_t kUsersAt = 0x10000000;
-constexpr std::uint64_t kMarksAt = 0x70000000;
-constexpr std::size_t kSlot = 64;
-constexpr std::size_t kName = 32;
 constexpr const char* kAccount = "Admin";
 
 /// A name as it stands in a slot.
@@ -77,11 +73,10 @@ void LockFile::leave() {
     // Who is still at it after a second sees to the file itself when leaving.
     const bool alone = waitFor([&] { return tryLock(kEntering); }, std::chrono::seconds(1));
     if (user_ != 0) {
-        unlock(kMarksAt + user_);
-        unlock(kUsersAt + user_);
+        unlock(kMarks + user_);
+        unlock(kUsers + user_);
     }
-    if (alone && isCurrent() &&
-        file_->firstHeld(kUsersAt + 1, kMostUsers) == kUsersAt + 1 + kMostUsers)
+    if (alone && isCurrent() && file_->firstHeld(kUsers + 1, kMostUsers) == kUsers + 1 + kMostUsers)
         static_cast<void>(disk_.remove(path_));
     file_.reset();
 }
@@ -146,10 +141,10 @@ void LockFile::requireLockFile() const {
 
 bool LockFile::takeUser() {
     for (unsigned user = 1; user <= kMostUsers; ++user) {
-        if (!tryLock(kUsersAt + user))
+        if (!tryLock(kUsers + user))
             continue;
-        if (!tryLock(kMarksAt + user)) {
-            unlock(kUsersAt + user);
+        if (!tryLock(kMarks + user)) {
+            unlock(kUsers + user);
             continue;
         }
         std::array<std::byte, kSlot> slot{};
@@ -169,13 +164,13 @@ bool LockFile::takeUser() {
     return false;
 }
 
-bool LockFile::isUser(unsigned user) const { return isHeld(kUsersAt + user); }
-bool LockFile::isForeign(unsigned user) const { return isUser(user) && !isHeld(kMarksAt + user); }
+bool LockFile::isUser(unsigned user) const { return isHeld(kUsers + user); }
+bool LockFile::isForeign(unsigned user) const { return isUser(user) && !isHeld(kMarks + user); }
 
 std::vector<unsigned> LockFile::otherUsers() const {
     std::vector<unsigned> users;
     for (std::uint64_t user = 1; user <= kMostUsers; ++user) {
-        user = file_->firstHeld(kUsersAt + user, kMostUsers + 1 - user) - kUsersAt;
+        user = file_->firstHeld(kUsers + user, kMostUsers + 1 - user) - kUsers;
         if (user <= kMostUsers)
             users.push_back(static_cast<unsigned>(user));
     }
@@ -198,10 +193,10 @@ std::string LockFile::nameOf(unsigned user) const {
 }
 
 bool LockFile::closeGate() {
-    std::uint64_t next = kUsersAt + 1;
+    std::uint64_t next = kUsers + 1;
     const std::uint64_t end = next + kMostUsers;
     while (next < end) {
-        const std::uint64_t own = kUsersAt + user_;
+        const std::uint64_t own = kUsers + user_;
         const std::uint64_t stop = next <= own && own < end ? own : end;
         const std::uint64_t held = file_->firstHeld(next, stop - next);
         const std::uint64_t count = held - next;

@@ -12,20 +12,7 @@ namespace jet {
 /// The file beside a database (same name, ending .ldb) by which the stations at work in it know of
 /// each other: what counts are locks on bytes far beyond its end, which go with whoever holds them.
 ///
-///   byte              locked by
-///   0x10000000 + n    user n (1 to 255), alone, while the database is open: any program of the
-///                     format
-///   0x70000000 + n    the same by us, as a mark that user n is a copy of this program; a user
-///                     without it is foreign
-///   0x70001000        R: shared while reading, alone while pages are written
-///   0x70001001        W: alone, from the first change of a transaction to its end
-///   0x70001002        O: alone, while entering, leaving, recovering, writing pages
-///   0x70001003        alone, by who waits for R: readers then leave it a moment
-///   0x70001004        shared, by who waits for W: who has it gives it up early, and isn't first
-///   again
-///
-/// The slot of 64 bytes at (n - 1) * 64 names user n: machine and account, 32 bytes each, a zero
-/// and blanks behind. It stays when the user has left.
+/// A slot for each user names machine and account. It stays when the user has left.
 ///
 /// Under that name may lie anything: the file is only ever used, written or removed if it is a
 /// regular one of a single name, isn't the database itself, and holds nothing but such slots.
@@ -34,11 +21,26 @@ namespace jet {
 class LockFile {
 public:
     static constexpr unsigned kMostUsers = 255;
+
+    // The bytes that are locked.
+    /// User n's is n bytes on: alone, while the database is open, by any program of the format.
+    static constexpr std::uint64_t kUsers = 0x10000000;
+    /// The same by us, as a mark that the user is a copy of this program; without it he is foreign.
+    static constexpr std::uint64_t kMarks = 0x70000000;
+    /// R: shared while reading, alone while pages are written.
     static constexpr std::uint64_t kReading = 0x70001000;
+    /// W: alone, from the first change of a transaction to its end.
     static constexpr std::uint64_t kWriting = 0x70001001;
+    /// O: alone, while entering, leaving, recovering, writing pages.
     static constexpr std::uint64_t kEntering = 0x70001002;
+    /// Alone, by who waits for R: readers then leave it a moment.
     static constexpr std::uint64_t kWantsReaders = 0x70001003;
+    /// Shared, by who waits for W: who has it gives it up early, and isn't first again.
     static constexpr std::uint64_t kWantsWriting = 0x70001004;
+
+    // The slot of user n is the (n - 1)-th of the file.
+    static constexpr std::size_t kName = 32; ///< of machine or account: a zero and blanks behind
+    static constexpr std::size_t kSlot = 2 * kName;
 
     LockFile(const std::filesystem::path& database, Disk& disk);
     /// Gives up every lock, and removes the file if no user is left in it.
