@@ -1,45 +1,13 @@
 #pragma once
 
 #include "jet/Table.h"
+#include "jet/TableSpec.h"
 
 #include <chrono>
 #include <filesystem>
 #include <map>
 
 namespace jet {
-
-/// What createTable() makes of one column.
-struct ColumnSpec {
-    std::string name;
-    ColumnType type;
-    /// Text: most characters. Binary: most bytes. Other types: left at 0.
-    std::uint16_t width = 0;
-    bool autonumber = false;
-    std::uint8_t precision = 18; ///< numeric
-    std::uint8_t scale = 0;      ///< numeric
-    /// Jet 4 text and memo: store what fits in one byte a character so.
-    bool compressed = true;
-};
-
-/// What createTable() makes of one index.
-struct IndexSpec {
-    std::string name;
-    struct KeyColumn {
-        std::string name;
-        bool ascending = true;
-    };
-    std::vector<KeyColumn> columns;
-    bool primary = false; ///< then unique and required too
-    bool unique = false;
-    bool ignoreNulls = false;
-    bool required = false;
-};
-
-struct TableSpec {
-    std::string name;
-    std::vector<ColumnSpec> columns;
-    std::vector<IndexSpec> indexes;
-};
 
 /// An open database file.
 ///
@@ -104,7 +72,7 @@ public:
     /// so, and the next call here gives what has the name now.
     /// @throws Error{notFound}.
     [[nodiscard]] Table& table(std::string_view name);
-    /// @throws Error{exists, misuse, readOnly, full}.
+    /// @throws Error{exists, misuse, notFound, readOnly, full}.
     Table& createTable(const TableSpec& spec);
 
     /// The order of texts in this file: that of new columns.

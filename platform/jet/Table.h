@@ -14,12 +14,6 @@ namespace jet {
 class Consequences;
 class Database;
 
-/// One column of an index, in key order.
-struct IndexColumn {
-    std::size_t column; ///< place in Table::columns()
-    bool ascending;
-};
-
 /// One tree of keys over a table. Logical indexes that share a tree are one Index.
 struct Index {
     std::string name;

@@ -31,13 +31,16 @@ struct Column {
     [[nodiscard]] std::size_t maxCharacters() const noexcept;
 };
 
-/// One tree of keys: columns are places in TableDefinition::columns.
+/// One column of an index, in key order.
+struct IndexColumn {
+    std::size_t column; ///< place in TableDefinition::columns
+    bool ascending;
+    friend bool operator==(const IndexColumn&, const IndexColumn&) = default;
+};
+
+/// One tree of keys.
 struct RealIndex {
-    struct KeyColumn {
-        std::size_t column;
-        bool ascending;
-    };
-    std::vector<KeyColumn> columns;
+    std::vector<IndexColumn> columns;
     RowId map;
     PageNo root{};
     bool unique{};

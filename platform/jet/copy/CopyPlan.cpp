@@ -94,9 +94,10 @@ public:
         TableDefinition definition = parseDefinition(pager, wanted.page, {});
         DefinitionImage image(pager, definition);
         definition.ownedMap = {}; // where the rows are isn't known: there is no map on page 0
-        return {.source = std::make_shared<SourceTable>(source, wanted.name, std::move(definition)),
+        return {.source =
+                    std::make_shared<SourceTable>(source, wanted.table.name, std::move(definition)),
                 .image = std::move(image),
-                .name = wanted.name};
+                .name = wanted.table.name};
     }
 
 private:
@@ -152,15 +153,15 @@ private:
         if (found) {
             const Fields fields(*found);
             const bool whole =
-                std::ranges::all_of(wanted.table.columns, [&](const NewColumn& column) {
+                std::ranges::all_of(wanted.table.columns, [&](const ColumnSpec& column) {
                     const Column* there = fields.find(column.name.c_str());
                     return there != nullptr && there->type == column.type;
                 });
             if (whole && found->realIndexes.size() >= wanted.table.indexes.size())
-                return rewritten(source_, wanted.name, false, std::move(*found));
+                return rewritten(source_, wanted.table.name, false, std::move(*found));
         }
         claimed_.insert(wanted.page);
-        tell(Loss::What::note, wanted.name, wanted.page,
+        tell(Loss::What::note, wanted.table.name, wanted.page,
              "a definição da tabela de sistema estava danificada e foi refeita");
         if (!standard_)
             standard_.emplace(scratch_, source_.header().version, source_.disk());

@@ -50,84 +50,6 @@ void checkSize(const File& file, const Format& format) {
                                        "\" é maior do que o seu formato permite.");
 }
 
-bool validName(std::string_view name) {
-    return !name.empty() && name.front() != ' ' &&
-           std::none_of(name.begin(), name.end(), [](char c) {
-               return static_cast<unsigned char>(c) < 0x20 ||
-                      std::string_view(".![]`").find(c) != std::string_view::npos;
-           });
-}
-
-void requireName(const TextCodec& codec, const std::string& name) {
-    if (!validName(name) || codec.characters(name) > kMaxNameLength)
-        throw Error(Errc::misuse, "\"" + name + "\" não pode ser nome de tabela, campo ou índice.");
-}
-
-NewColumn newColumn(const ColumnSpec& spec, Version version) {
-    const bool isJet3 = version == Version::jet3;
-    NewColumn column{spec.name,
-                     spec.type,
-                     ColumnFlags::always,
-                     fixedLength(spec.type),
-                     spec.compressed && isText(spec.type) && !isJet3,
-                     spec.precision,
-                     spec.scale};
-    switch (spec.type) {
-    case ColumnType::text:
-    case ColumnType::binary:
-        if (spec.width == 0 || spec.width > 255)
-            throw Error(Errc::misuse,
-                        "O campo \"" + spec.name + "\" deve ter de 1 a 255 de largura.");
-        column.length = static_cast<std::uint16_t>(
-            spec.type == ColumnType::text && !isJet3 ? 2 * spec.width : spec.width);
-        break;
-    case ColumnType::memo:
-    case ColumnType::ole:
-        break;
-    case ColumnType::boolean:
-        column.length = 1;
-        column.flags |= ColumnFlags::fixed;
-        break;
-    default:
-        if (column.length == 0 || (spec.type == ColumnType::numeric && isJet3))
-            throw Error(Errc::misuse, "O campo \"" + spec.name +
-                                          "\" é de um tipo que este programa não sabe criar.");
-        column.flags |= ColumnFlags::fixed;
-    }
-    if (spec.autonumber) {
-        if (spec.type != ColumnType::longInteger)
-            throw Error(Errc::misuse, "O campo \"" + spec.name + "\" não pode ser numerado.");
-        column.flags |= ColumnFlags::autonumber;
-    }
-    return column;
-}
-
-NewIndex newIndex(const IndexSpec& spec, const TableSpec& table) {
-    NewIndex index{spec.name, {}, 0, spec.primary};
-    if (spec.columns.empty() || spec.columns.size() > kMaxIndexColumns)
-        throw Error(Errc::misuse, "O índice \"" + spec.name + "\" deve ter de 1 a 10 campos.");
-    for (const IndexSpec::KeyColumn& key : spec.columns) {
-        const auto column =
-            std::find_if(table.columns.begin(), table.columns.end(), [&](const ColumnSpec& c) {
-                return foldedName(c.name) == foldedName(key.name);
-            });
-        if (column == table.columns.end())
-            throw Error(Errc::notFound, "O índice \"" + spec.name + "\" usa o campo \"" + key.name +
-                                            "\", que não existe.");
-        if (column->type == ColumnType::ole)
-            throw Error(Errc::misuse, "O campo \"" + key.name + "\" não pode ter índice.");
-        index.columns.push_back(
-            {static_cast<std::size_t>(column - table.columns.begin()), key.ascending});
-    }
-    if (spec.unique || spec.primary)
-        index.flags |= IndexFlags::unique;
-    if (spec.ignoreNulls)
-        index.flags |= IndexFlags::ignoreNulls;
-    if (spec.required || spec.primary)
-        index.flags |= IndexFlags::required;
-    return index;
-}
-
 } // namespace
 
 Database::Database(const std::filesystem::path& path, const Options& options) {
@@ -195,7 +117,7 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
             if (parts.pages.take() != table.page)
                 throw std::logic_error("system tables have fixed places");
         for (const SystemTable& table : tables)
-            buildTable(parts.pager, parts.pages, table.page, table.table, parts.header.order,
+            buildTable(parts.pager, parts.pages, table, parts.header.order,
                        parts.header.columnMark);
         Table objects(made, "MSysObjects", kObjectsPage);
         Table rights(made, "MSysACEs", kRightsPage);
@@ -297,25 +219,7 @@ Table& Database::table(std::string_view name) {
 }
 
 Table& Database::createTable(const TableSpec& spec) {
-    const TextCodec names(version(), parts_->header.codePage);
-    requireName(names, spec.name);
-    if (spec.columns.empty() || spec.columns.size() > kMaxColumns ||
-        spec.indexes.size() > kMaxIndexes)
-        throw Error(Errc::misuse, "A tabela \"" + spec.name +
-                                      "\" deve ter de 1 a 255 campos e no máximo 32 índices.");
-    NewTable table;
-    for (const ColumnSpec& column : spec.columns) {
-        requireName(names, column.name);
-        for (const NewColumn& other : table.columns)
-            if (foldedName(other.name) == foldedName(column.name))
-                throw Error(Errc::exists, "O campo \"" + column.name + "\" aparece duas vezes.");
-        table.columns.push_back(newColumn(column, version()));
-    }
-    for (const IndexSpec& index : spec.indexes) {
-        requireName(names, index.name);
-        table.indexes.push_back(newIndex(index, spec));
-    }
-
+    spec.requireMakeable(TextCodec(version(), parts_->header.codePage));
     const bool own = !inTransaction();
     if (own)
         begin();
@@ -327,7 +231,7 @@ Table& Database::createTable(const TableSpec& spec) {
         Table& rights = this->table("MSysACEs");
         const PageNo page = parts_->work.run([&] {
             const PageNo first = parts_->pages.take();
-            buildTable(parts_->pager, parts_->pages, first, table, parts_->header.order,
+            buildTable(parts_->pager, parts_->pages, first, spec, parts_->header.order,
                        parts_->header.columnMark);
             return first;
         });

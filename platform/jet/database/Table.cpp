@@ -34,7 +34,7 @@ Table::Table(Database& database, std::string name, PageNo definition)
         parts_->foldedNames.push_back(foldedName(column.name));
     for (std::size_t i = 0; i < table.realIndexes.size(); ++i) {
         const RealIndex& real = table.realIndexes[i];
-        Index index{{}, {}, real.unique, real.ignoreNulls, real.required, false};
+        Index index{{}, real.columns, real.unique, real.ignoreNulls, real.required, false};
         for (const LogicalIndex& logical : table.logicalIndexes)
             if (logical.realIndex == i) {
                 const bool primary = logical.kind == LogicalIndex::Kind::primary;
@@ -42,14 +42,6 @@ Table::Table(Database& database, std::string name, PageNo definition)
                     index.name = logical.name;
                 index.primary = index.primary || primary;
             }
-        std::vector<KeyColumn> keys;
-        for (const RealIndex::KeyColumn& key : real.columns) {
-            const Column& column = table.columns[key.column];
-            index.columns.push_back({key.column, key.ascending});
-            keys.push_back(
-                {column.type, key.ascending, column.collation, &column.codec, column.scale});
-        }
-        parts_->keyColumns.push_back(std::move(keys));
         parts_->trees.emplace_back(parts_->pager, table.page(), real.root, real.map);
         indexes_.push_back(std::move(index));
     }
@@ -141,18 +133,18 @@ KeyRange Table::keysBetween(std::size_t index, std::span<const Value> equal,
 }
 
 void Table::appendKey(Bytes& key, std::size_t index, std::size_t place, const Value& value) const {
-    const KeyColumn& part = parts_->keyColumns[index][place];
+    const bool ascending = indexes_[index].columns[place].ascending;
     const Column& column = columns()[indexes_[index].columns[place].column];
-    if (jet::isNull(value) && part.type != ColumnType::boolean)
-        return appendNullKey(key, part);
+    if (jet::isNull(value) && column.type != ColumnType::boolean)
+        return appendNullKey(key, ascending);
     // A text may be searched for that is longer than the column takes.
-    if (isText(part.type) && std::holds_alternative<std::string>(value))
-        return jet::appendKey(key, part, value);
+    if (isText(column.type) && std::holds_alternative<std::string>(value))
+        return jet::appendKey(key, column, ascending, value);
     const StoredField field = encodeField(column, value);
-    if (part.type == ColumnType::boolean)
-        appendBooleanKey(key, part, field.present);
+    if (column.type == ColumnType::boolean)
+        appendBooleanKey(key, ascending, field.present);
     else
-        appendStoredKey(key, part, field.content ? *field.content : field.bytes);
+        appendStoredKey(key, column, ascending, field.content ? *field.content : field.bytes);
 }
 
 std::optional<Bytes> Table::keyOf(std::size_t index, RowId id) const {

@@ -17,7 +17,6 @@ struct Table::Parts {
     PageAllocator& pages;
     TableDefinition definition;
     std::vector<IndexTree> trees;
-    std::vector<std::vector<KeyColumn>> keyColumns;
     std::vector<std::string> foldedNames; ///< of the columns
     std::optional<Hindrance> unsound;     ///< what its own check has found, once verified
     bool verified = false;
@@ -43,18 +42,17 @@ struct Table::Parts {
         if (real.ignoreNulls && allNull(index, row))
             return std::nullopt;
         Bytes bytes;
-        for (std::size_t i = 0; i < real.columns.size(); ++i) {
-            const std::size_t column = real.columns[i].column;
-            const KeyColumn& part = keyColumns[index][i];
-            const StoredField& field = row[column];
-            if (part.type == ColumnType::boolean)
-                appendBooleanKey(bytes, part, field.present);
+        for (const auto& [place, ascending] : real.columns) {
+            const Column& column = definition.columns[place];
+            const StoredField& field = row[place];
+            if (column.type == ColumnType::boolean)
+                appendBooleanKey(bytes, ascending, field.present);
             else if (!field.present)
-                appendNullKey(bytes, part);
-            else if (part.type == ColumnType::memo)
-                appendStoredKey(bytes, part, contentOf(field));
+                appendNullKey(bytes, ascending);
+            else if (column.type == ColumnType::memo)
+                appendStoredKey(bytes, column, ascending, contentOf(field));
             else
-                appendStoredKey(bytes, part, field.bytes);
+                appendStoredKey(bytes, column, ascending, field.bytes);
         }
         return bytes;
     }

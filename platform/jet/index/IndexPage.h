@@ -29,7 +29,7 @@ struct IndexEntry {
 };
 
 /// Where an entry is put together when it doesn't stand in the page whole.
-using EntryBuffer = std::array<std::byte, 4096>;
+using EntryBuffer = std::array<std::byte, kJet4Format.pageSize>;
 
 /// One page of an index, read where it stands: nothing is copied or decoded ahead of need. The
 /// bytes must outlive it.

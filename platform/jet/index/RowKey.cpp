@@ -7,10 +7,8 @@ namespace jet {
 RowKey rowKey(const TableDefinition& table, const RealIndex& index, const RowParts& row,
               const MemoContent& memo) {
     RowKey found{Bytes(), false, true};
-    for (const RealIndex::KeyColumn& part : index.columns) {
-        const Column& column = table.columns[part.column];
-        const KeyColumn coded{column.type, part.ascending, column.collation, &column.codec,
-                              column.scale};
+    for (const auto& [place, ascending] : index.columns) {
+        const Column& column = table.columns[place];
         const auto stored = row.field(column);
         const bool isNull = column.type != ColumnType::boolean && !stored;
         found.anyNull = found.anyNull || isNull;
@@ -21,13 +19,13 @@ RowKey rowKey(const TableDefinition& table, const RealIndex& index, const RowPar
         }
         try {
             if (column.type == ColumnType::boolean)
-                appendBooleanKey(*found.key, coded, row.bit(column));
+                appendBooleanKey(*found.key, ascending, row.bit(column));
             else if (isNull)
-                appendNullKey(*found.key, coded);
+                appendNullKey(*found.key, ascending);
             else if (column.type == ColumnType::memo)
-                appendStoredKey(*found.key, coded, memo(column, *stored));
+                appendStoredKey(*found.key, column, ascending, memo(column, *stored));
             else
-                appendStoredKey(*found.key, coded, *stored);
+                appendStoredKey(*found.key, column, ascending, *stored);
         } catch (const Error& error) {
             if (error.code() == Errc::io)
                 throw;
@@ -38,7 +36,7 @@ RowKey rowKey(const TableDefinition& table, const RealIndex& index, const RowPar
 }
 
 const Column* columnOfUnknownOrder(const TableDefinition& table, const RealIndex& index) noexcept {
-    for (const RealIndex::KeyColumn& part : index.columns)
+    for (const IndexColumn& part : index.columns)
         if (const Column& column = table.columns[part.column];
             isText(column.type) && column.collation == nullptr)
             return &column;

@@ -40,7 +40,7 @@ struct Places {
     std::vector<PageNo> roots;
 };
 
-Places takePlaces(Pager& pager, PageAllocator& pages, PageNo page, const NewTable& table) {
+Places takePlaces(Pager& pager, PageAllocator& pages, PageNo page, const TableSpec& table) {
     Places places;
     places.owned = pages.createMap();
     places.free = pages.createMap();
@@ -56,19 +56,55 @@ Places takePlaces(Pager& pager, PageAllocator& pages, PageNo page, const NewTabl
     return places;
 }
 
-void writeHeader(std::byte* head, const Format& format, const NewTable& table,
+bool isFixed(const ColumnSpec& column) {
+    return column.type == ColumnType::boolean || fixedLength(column.type) != 0;
+}
+
+/// In bytes, as the file counts it.
+std::uint16_t lengthOf(const ColumnSpec& column, Version version) {
+    if (column.type == ColumnType::boolean)
+        return 1;
+    if (column.type == ColumnType::text && version == Version::jet4)
+        return static_cast<std::uint16_t>(2 * column.width);
+    return isFixed(column) ? fixedLength(column.type) : column.width;
+}
+
+std::uint8_t flagsOf(const ColumnSpec& column, const SystemTable* system) {
+    unsigned flags = ColumnFlags::always;
+    if (isFixed(column))
+        flags |= ColumnFlags::fixed;
+    if (column.autonumber)
+        flags |= ColumnFlags::autonumber;
+    if (system != nullptr)
+        flags |= ColumnFlags::system;
+    if (system != nullptr && system->account != nullptr && column.name == system->account)
+        flags |= ColumnFlags::account;
+    return static_cast<std::uint8_t>(flags);
+}
+
+/// The format's own tables don't have their primary keys marked as required.
+std::uint8_t flagsOf(const IndexSpec& index, const SystemTable* system, Version version) {
+    unsigned flags = version == Version::jet4 ? IndexFlags::jet4 : 0U;
+    if (index.unique || index.primary)
+        flags |= IndexFlags::unique;
+    if (index.ignoreNulls)
+        flags |= IndexFlags::ignoreNulls;
+    if (index.required || (index.primary && system == nullptr))
+        flags |= IndexFlags::required;
+    return static_cast<std::uint8_t>(flags);
+}
+
+void writeHeader(std::byte* head, const Format& format, const TableSpec& table, bool system,
                  const Places& places) {
-    const auto variables =
-        std::count_if(table.columns.begin(), table.columns.end(),
-                      [](const NewColumn& c) { return (c.flags & ColumnFlags::fixed) == 0; });
+    const auto fixed = std::ranges::count_if(table.columns, isFixed);
     const auto columns = static_cast<std::uint16_t>(table.columns.size());
-    const DefinitionLayout& layout = format.definition;
     const auto indexes = static_cast<std::uint32_t>(table.indexes.size());
+    const DefinitionLayout& layout = format.definition;
     store(head, layout.mark, kDefinitionMark);
     store(head, layout.one, 1);
-    store(head, layout.kind, table.system ? kSystemTable : kUserTable);
+    store(head, layout.kind, system ? kSystemTable : kUserTable);
     store(head, layout.maxColumns, columns);
-    store(head, layout.maxVariables, static_cast<std::uint16_t>(variables));
+    store(head, layout.maxVariables, static_cast<std::uint16_t>(columns - fixed));
     store(head, layout.columns, columns);
     store(head, layout.logicalIndexes, indexes);
     store(head, layout.realIndexes, indexes);
@@ -76,14 +112,14 @@ void writeHeader(std::byte* head, const Format& format, const NewTable& table,
     store(head, layout.freeMap, places.free);
 }
 
-void writeColumns(Writer& out, const Format& format, const NewTable& table, const SortOrder& order,
-                  std::uint16_t columnMark) {
+void writeColumns(Writer& out, const Format& format, const TableSpec& table,
+                  const SystemTable* system, const SortOrder& order, std::uint16_t columnMark) {
     const ColumnLayout& layout = format.column;
     std::uint16_t fixedAt = 0;
     std::uint16_t variable = 0;
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
-        const NewColumn& column = table.columns[i];
-        const bool fixed = (column.flags & ColumnFlags::fixed) != 0;
+        const ColumnSpec& column = table.columns[i];
+        const std::uint16_t length = lengthOf(column, format.version);
         std::byte* at = out.block(layout.size);
         store(at, layout.type, static_cast<std::uint8_t>(column.type));
         store(at, layout.mark, kDefinitionMark);
@@ -100,38 +136,38 @@ void writeColumns(Writer& out, const Format& format, const NewTable& table, cons
             store(at, layout.variant, order.variant);
             store(at, layout.orderVersion, order.version);
         }
-        store(at, layout.flags, column.flags);
-        store(at, layout.textFlags, column.compressed ? kMayCompress : 0);
-        store(at, layout.length, column.length);
-        if (!fixed)
+        store(at, layout.flags, flagsOf(column, system));
+        store(at, layout.textFlags, column.compressed && isText(column.type) ? kMayCompress : 0);
+        store(at, layout.length, length);
+        if (!isFixed(column))
             ++variable;
         else if (column.type != ColumnType::boolean) {
             store(at, layout.fixed, fixedAt);
-            fixedAt = static_cast<std::uint16_t>(fixedAt + column.length);
+            fixedAt = static_cast<std::uint16_t>(fixedAt + length);
         }
     }
 }
 
-void writeIndexes(Writer& out, const Format& format, const NewTable& table, const Places& places,
-                  const TextCodec& names) {
+void writeIndexes(Writer& out, const Format& format, const TableSpec& table,
+                  const SystemTable* system, const Places& places, const TextCodec& names) {
     const RealIndexLayout& layout = format.realIndex;
     const LogicalIndexLayout& logical = format.logicalIndex;
     for (std::size_t i = 0; i < table.indexes.size(); ++i) {
-        const NewIndex& index = table.indexes[i];
+        const IndexSpec& index = table.indexes[i];
         std::byte* at = out.block(layout.size);
         store(at, layout.mark, kIndexMark);
         for (std::size_t k = 0; k < kMaxIndexColumns; ++k) {
-            std::byte* key = at + layout.key(k);
             const bool used = k < index.columns.size();
+            std::byte* key = at + layout.key(k);
             store(key, KeyColumnLayout::column,
-                  used ? static_cast<std::uint16_t>(index.columns[k].column) : kNoColumn);
+                  used ? static_cast<std::uint16_t>(table.placeOf(index.columns[k].name))
+                       : kNoColumn);
             store(key, KeyColumnLayout::direction,
                   used && index.columns[k].ascending ? kAscending : 0);
         }
         store(at, layout.map, places.indexMaps[i]);
         store(at, layout.root, places.roots[i]);
-        const std::uint8_t always = format.isJet3() ? 0 : IndexFlags::jet4;
-        store(at, layout.flags, static_cast<std::uint8_t>(index.flags | always));
+        store(at, layout.flags, flagsOf(index, system, format.version));
     }
 
     // Blocks and names of the logical ones stand in the order of the names.
@@ -176,99 +212,89 @@ void writePages(Pager& pager, PageAllocator& pages, PageNo first, const Bytes& b
     }
 }
 
-} // namespace
-
-void buildTable(Pager& pager, PageAllocator& pages, PageNo page, const NewTable& table,
-                const SortOrder& order, std::uint16_t columnMark) {
+/// `system` is null for a table of the user.
+void build(Pager& pager, PageAllocator& pages, PageNo page, const TableSpec& table,
+           const SystemTable* system, const SortOrder& order, std::uint16_t columnMark) {
     const Format& format = pager.format();
     const TextCodec names(format.version, order.codePage);
     const Places places = takePlaces(pager, pages, page, table);
 
     Writer out(format);
-    writeHeader(out.block(format.definition.size), format, table, places);
+    writeHeader(out.block(format.definition.size), format, table, system != nullptr, places);
     (void)out.block(table.indexes.size() * format.statistics.size);
-    writeColumns(out, format, table, order, columnMark);
-    for (const NewColumn& column : table.columns)
+    writeColumns(out, format, table, system, order, columnMark);
+    for (const ColumnSpec& column : table.columns)
         out.name(column.name, names);
-    writeIndexes(out, format, table, places, names);
+    writeIndexes(out, format, table, system, places, names);
     writeLongValueMaps(out, places.longValues);
     store(out.bytes().data(), format.definition.length,
           static_cast<std::uint32_t>(out.bytes().size()));
     writePages(pager, pages, page, out.bytes());
 }
 
+} // namespace
+
+void buildTable(Pager& pager, PageAllocator& pages, PageNo page, const TableSpec& table,
+                const SortOrder& order, std::uint16_t columnMark) {
+    build(pager, pages, page, table, nullptr, order, columnMark);
+}
+
+void buildTable(Pager& pager, PageAllocator& pages, const SystemTable& table,
+                const SortOrder& order, std::uint16_t columnMark) {
+    build(pager, pages, table.page, table.table, &table, order, columnMark);
+}
+
 std::vector<SystemTable> systemTables(Version version) {
     using enum ColumnType;
-    constexpr std::uint8_t kVariable = ColumnFlags::always | ColumnFlags::system;
-    constexpr std::uint8_t kFixed = kVariable | ColumnFlags::fixed;
-    constexpr std::uint8_t kAccount = kVariable | ColumnFlags::account;
     const bool isJet3 = version == Version::jet3;
-    const auto column = [&](const char* name, ColumnType type, std::uint8_t flags) {
-        const bool sized = type == text || type == binary;
-        const std::uint16_t width = isJet3 ? 255 : 510;
-        return NewColumn{name, type, flags,
-                         sized             ? width
-                         : type == boolean ? std::uint16_t{1}
-                                           : fixedLength(type)};
-    };
-    const auto index = [](const char* name, const std::vector<std::size_t>& columns,
-                          std::uint8_t flags, bool primary = false) {
-        NewIndex made{name, {}, flags, primary};
-        for (const std::size_t c : columns)
-            made.columns.push_back({c, true});
+    const auto column = [&](const char* name, ColumnType type) {
+        ColumnSpec made{.name = name, .type = type, .compressed = false};
+        if (type == text || type == binary)
+            made.width = isJet3 || type == text ? 255 : 510;
         return made;
     };
-
-    std::vector<SystemTable> tables(4);
-    tables[0] = {
-        kObjectsPage,
-        "MSysObjects",
-        {{column("Id", longInteger, kFixed), column("ParentId", longInteger, kFixed),
-          column("Name", text, kVariable), column("Type", integer, kFixed),
-          column("DateCreate", date, kFixed), column("DateUpdate", date, kFixed),
-          column("Owner", binary, kAccount), column("Flags", longInteger, kFixed),
-          column("Database", memo, kVariable), column("Connect", memo, kVariable),
-          column("ForeignName", text, kVariable), column("RmtInfoShort", binary, kVariable),
-          column("RmtInfoLong", ole, kVariable), column("Lv", ole, kVariable),
-          column("LvProp", ole, kVariable), column("LvModule", ole, kVariable),
-          column("LvExtra", ole, kVariable)},
-          {index("ParentIdName", {1, 2}, IndexFlags::unique),
-          index("Id", {0}, IndexFlags::unique, true)},
-          true}
-    };
-    tables[1] = {
-        kRightsPage,
-        "MSysACEs",
-        {{column("ObjectId", longInteger, kFixed), column("SID", binary, kAccount),
-          column("ACM", longInteger, kFixed), column("FInheritable", boolean, kFixed)},
-          {index("ObjectId", {0}, IndexFlags::required)},
-          true}
-    };
-    tables[2] = {
-        kQueriesPage,
-        "MSysQueries",
-        {{column("ObjectId", longInteger, kFixed), column("Attribute", byte, kFixed),
-          column("Order", binary, kVariable), column("Name1", text, kVariable),
-          column("Name2", text, kVariable), column("Expression", memo, kVariable),
-          column("Flag", integer, kFixed)},
-          {index("ObjectIdAttribute", {0, 1, 2}, IndexFlags::unique, true)},
-          true}
+    std::vector<SystemTable> tables{
+        {.page = kObjectsPage,
+         .table = {"MSysObjects",
+                   {column("Id", longInteger), column("ParentId", longInteger),
+                    column("Name", text), column("Type", integer), column("DateCreate", date),
+                    column("DateUpdate", date), column("Owner", binary),
+                    column("Flags", longInteger), column("Database", memo), column("Connect", memo),
+                    column("ForeignName", text), column("RmtInfoShort", binary),
+                    column("RmtInfoLong", ole), column("Lv", ole), column("LvProp", ole),
+                    column("LvModule", ole), column("LvExtra", ole)},
+                   {{.name = "ParentIdName", .columns = {{"ParentId"}, {"Name"}}, .unique = true},
+                    {.name = "Id", .columns = {{"Id"}}, .primary = true}}},
+         .account = "Owner"},
+        {.page = kRightsPage,
+         .table = {"MSysACEs",
+                   {column("ObjectId", longInteger), column("SID", binary),
+                    column("ACM", longInteger), column("FInheritable", boolean)},
+                   {{.name = "ObjectId", .columns = {{"ObjectId"}}, .required = true}}},
+         .account = "SID"},
+        {.page = kQueriesPage,
+         .table = {"MSysQueries",
+                   {column("ObjectId", longInteger), column("Attribute", byte),
+                    column("Order", binary), column("Name1", text), column("Name2", text),
+                    column("Expression", memo), column("Flag", integer)},
+                   {{.name = "ObjectIdAttribute",
+                     .columns = {{"ObjectId"}, {"Attribute"}, {"Order"}},
+                     .primary = true}}}                                               },
+        {.page = kRelationshipsPage,
+         .table = {
+             "MSysRelationships",
+             {column("szRelationship", text), column("grbit", longInteger),
+              column("ccolumn", longInteger), column("icolumn", longInteger),
+              column("szObject", text), column("szColumn", text),
+              column("szReferencedObject", text), column("szReferencedColumn", text)},
+             {{.name = "szRelationship", .columns = {{"szRelationship"}}, .ignoreNulls = true},
+              {.name = "szObject", .columns = {{"szObject"}}, .ignoreNulls = true},
+              {.name = "szReferencedObject",
+               .columns = {{"szReferencedObject"}},
+               .ignoreNulls = true}}}}
     };
     if (!isJet3)
-        tables[2].table.columns.push_back(column("LvExtra", longInteger, kFixed));
-    tables[3] = {
-        kRelationshipsPage,
-        "MSysRelationships",
-        {{column("szRelationship", text, kVariable), column("grbit", longInteger, kFixed),
-          column("ccolumn", longInteger, kFixed), column("icolumn", longInteger, kFixed),
-          column("szObject", text, kVariable), column("szColumn", text, kVariable),
-          column("szReferencedObject", text, kVariable),
-          column("szReferencedColumn", text, kVariable)},
-          {index("szRelationship", {0}, IndexFlags::ignoreNulls),
-          index("szObject", {4}, IndexFlags::ignoreNulls),
-          index("szReferencedObject", {6}, IndexFlags::ignoreNulls)},
-          true}
-    };
+        tables[2].table.columns.push_back(column("LvExtra", longInteger));
     return tables;
 }
 

@@ -22,11 +22,6 @@ public:
     [[nodiscard]] PageNo page() const noexcept { return page_; }
     [[nodiscard]] std::span<const std::byte> bytes() const noexcept { return bytes_; }
 
-    [[nodiscard]] std::uint8_t u8(std::size_t at) const { return get<std::uint8_t>(at); }
-    [[nodiscard]] std::uint16_t u16(std::size_t at) const { return get<std::uint16_t>(at); }
-    [[nodiscard]] std::uint32_t u32(std::size_t at) const { return get<std::uint32_t>(at); }
-    [[nodiscard]] std::int32_t i32(std::size_t at) const { return get<std::int32_t>(at); }
-
     template <class T>
     [[nodiscard]] T load(Field<T> field) const {
         check(field.at, field.size);
@@ -49,11 +44,6 @@ public:
     }
 
 private:
-    template <class T>
-    [[nodiscard]] T get(std::size_t at) const {
-        check(at, sizeof(T));
-        return jet::load<T>(bytes_.data() + at);
-    }
     void check(std::size_t at, std::size_t count) const {
         if (at > bytes_.size() || count > bytes_.size() - at)
             corrupt(page_, "um valor aponta para fora da página");

@@ -4,9 +4,6 @@ namespace jet {
 
 namespace {
 
-constexpr Format kJet3{{Version::jet3}};
-constexpr Format kJet4{{Version::jet4}};
-
 constexpr std::size_t kHead = Stretch(PageHead::one).end();
 
 constexpr bool isWhole(const HeaderLayout& h) {
@@ -67,8 +64,8 @@ constexpr bool isWhole(const Format& f) {
            isWhole(f.realIndex) && isWhole(f.logicalIndex) && isWhole(f.indexPage) &&
            f.indexPage.mask.size * 8 > f.indexCapacity(); // a bit for the end of the last entry
 }
-static_assert(isWhole(kJet3));
-static_assert(isWhole(kJet4));
+static_assert(isWhole(kJet3Format));
+static_assert(isWhole(kJet4Format));
 
 static_assert(fill(kHead, DefinitionPageLayout::size,
                    {DefinitionPageLayout::freeBytes, DefinitionPageLayout::next}));
@@ -79,10 +76,6 @@ static_assert(fill(0, LongValueMapsLayout::size,
                     LongValueMapsLayout::free}));
 
 } // namespace
-
-const Format& formatOf(Version version) noexcept {
-    return version == Version::jet3 ? kJet3 : kJet4;
-}
 
 std::uint16_t fixedLength(ColumnType type) noexcept {
     switch (type) {

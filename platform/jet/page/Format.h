@@ -300,7 +300,12 @@ inline constexpr std::size_t kMaxIndexes = 32;
 inline constexpr std::size_t kMaxIndexColumns = 10;
 inline constexpr std::size_t kMaxNameLength = 64;
 
-[[nodiscard]] const Format& formatOf(Version version) noexcept;
+inline constexpr Format kJet3Format{{Version::jet3}};
+inline constexpr Format kJet4Format{{Version::jet4}};
+
+[[nodiscard]] constexpr const Format& formatOf(Version version) noexcept {
+    return version == Version::jet3 ? kJet3Format : kJet4Format;
+}
 
 /// Bytes of a value of that type in the fixed area of a row; 0 for those that vary or take none.
 [[nodiscard]] std::uint16_t fixedLength(ColumnType type) noexcept;

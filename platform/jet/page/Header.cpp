@@ -11,8 +11,8 @@ namespace jet {
 
 namespace {
 
-constexpr HeaderLayout kLayout3{{Version::jet3}};
-constexpr HeaderLayout kLayout4{{Version::jet4}};
+constexpr const HeaderLayout& kLayout3 = kJet3Format.header;
+constexpr const HeaderLayout& kLayout4 = kJet4Format.header;
 
 // What a file says it is, at the same place in every one.
 constexpr std::string_view kEngineName = "Standard Jet DB";

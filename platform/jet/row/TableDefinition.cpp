@@ -218,13 +218,9 @@ bool sameStructure(const TableDefinition& a, const TableDefinition& b) {
                x.fixedOffset == y.fixedOffset && x.fixed == y.fixed &&
                x.autonumber == y.autonumber && x.scale == y.scale;
     };
-    const auto sameKey = [](const RealIndex::KeyColumn& x, const RealIndex::KeyColumn& y) {
-        return x.column == y.column && x.ascending == y.ascending;
-    };
-    const auto sameIndex = [&](const RealIndex& x, const RealIndex& y) {
+    const auto sameIndex = [](const RealIndex& x, const RealIndex& y) {
         return x.root == y.root && x.map == y.map && x.unique == y.unique &&
-               x.ignoreNulls == y.ignoreNulls && x.required == y.required &&
-               std::ranges::equal(x.columns, y.columns, sameKey);
+               x.ignoreNulls == y.ignoreNulls && x.required == y.required && x.columns == y.columns;
     };
     const auto sameMaps = [](const LongValueMaps& x, const LongValueMaps& y) {
         return x.columnNumber == y.columnNumber && x.owned == y.owned && x.free == y.free;

@@ -6,16 +6,8 @@
 
 /// The properties that the catalog keeps of a table beside its definition (column LvProp): which
 /// columns must be filled in, their defaults, their rules, and much that only other programs use.
-///
-/// Layout: a mark of 4 bytes, then blocks.
-///
-///     block      0  u32  length, all of it    4  u16  kind     6  ...
-///     kind 0x80  names of properties, each a u16 of bytes and the name
-///     kind 0, 1  those of the table, of a column:
-///                6  u32  length of the name part, itself included   10  u16 bytes, name
-///                then values
-///     value      0  u16  length, all of it    2  u8   mark        3  u8   type
-///                4  u16  place of its name    6  u16  bytes       8  data
+/// Stored as a mark and blocks: one of names, then one for the table and each column with values
+/// that refer to these names.
 namespace jet {
 
 struct Property {
