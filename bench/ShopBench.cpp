@@ -33,7 +33,7 @@ class Station : public ado::Connection {
 public:
     explicit Station(const ShopFiles& files) {
         Open(connectionString(files.mdb));
-        database().setNewsHold(std::chrono::milliseconds(5));
+        database().setSnapshotHold(std::chrono::milliseconds(5));
     }
 };
 

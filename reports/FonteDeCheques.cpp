@@ -31,7 +31,7 @@ FonteDeCheques::FonteDeCheques(const Relatorios::Escolha& escolha, ado::Connecti
     : conexao_(conexao), valor_(static_cast<std::size_t>(
                              LayoutDoRelatorio::colunas().indexOf(LayoutDoRelatorio::kValor))) {
     jet::Database& arquivo = conexao.database();
-    arquivo.pager().look([] {}); // so that what others have saved by now is no change
+    arquivo.onSnapshot([] {}); // so that what others have saved by now is no change
     estado_ = arquivo.generation();
     rs_.Open(Relatorios::instrucao(escolha), conexao, ado::CursorType::ForwardOnly,
              ado::LockType::ReadOnly);
@@ -74,7 +74,7 @@ bool FonteDeCheques::ler() {
     bool continua = true;
     // Twice if we had something to save ourselves: then nobody was kept from it meanwhile.
     do {
-        arquivo.pager().look([&] {
+        arquivo.onSnapshot([&] {
             if (arquivo.generation() != estado_ || !inteira_) {
                 continua = false;
                 recomecar();

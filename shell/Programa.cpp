@@ -39,7 +39,7 @@ namespace {
 constexpr auto kFlushInterval = 100ms;
 // What another station has stored shows by so much later at most, which nobody notices; in return a
 // list of many rows doesn't ask for it at each field.
-constexpr auto kNewsHold = 5ms;
+constexpr auto kSnapshotHold = 5ms;
 
 QString descricao(const std::exception_ptr& falha) {
     try {
@@ -287,7 +287,7 @@ int executarPrograma(int argc, char** argv) {
         std::atexit(&fecharSemTela);
         const PedidoDeFim pedido;
         gravacao.emplace(kFlushInterval);
-        dbconectar::instance().Automacao.database().setNewsHold(kNewsHold);
+        dbconectar::instance().Automacao.database().setSnapshotHold(kSnapshotHold);
         status = QApplication::exec();
     }
     gravacao.reset();

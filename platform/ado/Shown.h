@@ -15,9 +15,9 @@ public:
 
 private:
     friend class Recordset;
-    Shown(std::uint64_t stamp, std::uint64_t news) : stamp_(stamp), news_(news) {}
-    std::uint64_t stamp_ = 0; ///< of the whole row, long texts too
-    std::uint64_t news_ = 0;  ///< jet::Database::news() at that time, 0 if of no row
+    Shown(std::uint64_t version, std::uint64_t changes) : version_(version), changes_(changes) {}
+    std::uint64_t version_ = 0; ///< of the whole row, long texts too
+    std::uint64_t changes_ = 0; ///< jet::Database::changesByOthers() at that time, 0 if of no row
 };
 
 } // namespace ado

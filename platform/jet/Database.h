@@ -116,32 +116,32 @@ public:
     };
     [[nodiscard]] Tally tally() const noexcept;
 
-    /// For how long what was last heard of other stations holds: what is read may then be older by
-    /// as much than what they have written by now, though still all of one state of the file, and
+    /// For how long a snapshot is taken for the newest: what is read may then be older by as much
+    /// than what other stations have written by now, though still all of one state of the file, and
     /// many readings in a row cost no more calls of the system than one. Zero at first: every
     /// reading asks anew. What is changed is always compared with the newest.
-    void setNewsHold(std::chrono::milliseconds time);
+    void setSnapshotHold(std::chrono::milliseconds time);
 
     /// A moment, for writersSince(): how often it was found so far that other stations have
     /// written.
-    [[nodiscard]] std::uint64_t news() const noexcept;
+    [[nodiscard]] std::uint64_t changesByOthers() const noexcept;
     /// The names of the stations that have written since that moment, as far as it has been
     /// noticed: "CAIXA2", "CAIXA2 (Maria)".
-    [[nodiscard]] std::vector<std::string> writersSince(std::uint64_t news) const;
+    [[nodiscard]] std::vector<std::string> writersSince(std::uint64_t changes) const;
 
     /// Grows whenever any row, index or table may have changed, by whomever.
     [[nodiscard]] std::uint64_t generation() const noexcept;
     /// Grows when another has written, told or found out.
     [[nodiscard]] std::uint64_t refreshes() const noexcept;
 
-    /// What `look` finds in the file, all of one state. It may be called again, if a foreign
+    /// What `body` finds in the file, all of one state. It may be called again, if a foreign
     /// program has written meanwhile; so it must begin anew each time.
-    template <class Look>
-    decltype(auto) look(Look&& look) {
-        return pager().look(std::forward<Look>(look));
+    template <class Body>
+    decltype(auto) onSnapshot(Body&& body) {
+        return pager().onSnapshot(std::forward<Body>(body));
     }
-    /// In the middle of a look() that takes long: lets other stations write that wait for it to
-    /// end. If one does, the look begins anew; after some times it holds the file to its end.
+    /// In the middle of an onSnapshot() that takes long: lets other stations write that wait for it
+    /// to end. If one does, it begins anew; after some times it holds the file to its end.
     void breathe() noexcept;
 
 private:
@@ -153,7 +153,7 @@ private:
     Database() = default;
     [[nodiscard]] Pager& pager() noexcept;
     void loadCatalog();
-    void noticeNews();
+    void noticeChanges();
 
     std::unique_ptr<Parts> parts_;
 };

@@ -89,8 +89,8 @@ public:
     [[nodiscard]] std::optional<Row> read(RowId id) const;
     /// A fingerprint of everything stored for the row, long values included; nothing if it has been
     /// erased. Two different fingerprints mean that the row was changed between.
-    [[nodiscard]] std::optional<std::uint64_t> stamp(RowId id) const;
-    [[nodiscard]] std::uint64_t stamp(const RowView& row) const;
+    [[nodiscard]] std::optional<std::uint64_t> rowVersion(RowId id) const;
+    [[nodiscard]] std::uint64_t rowVersion(const RowView& row) const;
 
     /// Walks an index; start with first(), last() or seek().
     [[nodiscard]] IndexTree::Cursor walk(std::size_t index) const;
@@ -125,8 +125,8 @@ public:
     /// @throws as the other insert().
     RowId insert(std::span<const Assignment> given);
     /// Changes some columns of a row.
-    /// `expected`, if given, is the stamp() of the row as who changes it has seen it: what another
-    /// station has stored since is not overwritten.
+    /// `expected`, if given, is the rowVersion() of the row as who changes it has seen it: what
+    /// another station has stored since is not overwritten.
     /// @return the other rows, of any table, that changed or went with it.
     /// @throws as insert(), and Error{conflict} if the row has gone or isn't as expected.
     std::vector<Cascaded> update(RowId id, std::span<const Assignment> changes,

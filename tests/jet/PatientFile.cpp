@@ -102,7 +102,7 @@ void readTable(Table& table, const std::vector<RowId>& rows) {
     for (const RowId id : rows)
         tolerant([&] {
             (void)table.read(id);
-            (void)table.stamp(id);
+            (void)table.rowVersion(id);
         });
     tolerant([&] { (void)table.readOnlyReason(); });
     if (steps >= kMostSteps)

@@ -32,7 +32,7 @@ void PreparedStatement::bind(int number, const jet::Value& value) {
 
 bool PreparedStatement::step() {
     if (sqlite3_stmt_busy(statement_.get()) == 0)
-        return runs_->database().look([this] {
+        return runs_->database().onSnapshot([this] {
             reset();
             return runs_->step(statement_.get(), steps_, nullptr);
         });
@@ -56,7 +56,7 @@ bool PreparedStatement::steps(std::size_t most, const std::function<void()>& row
 }
 
 void PreparedStatement::all(const std::function<void()>& begin, const std::function<void()>& row) {
-    runs_->database().look([&] {
+    runs_->database().onSnapshot([&] {
         begin();
         reset();
         while (step())

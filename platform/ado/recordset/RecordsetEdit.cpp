@@ -21,22 +21,22 @@ std::string by(const std::vector<std::string>& writers) {
 // ---- as it was shown --------------------------------------------------------------------------
 
 Shown Recordset::Parts::shown(std::size_t table) {
-    return session.database().look([&]() -> Shown {
+    return session.database().onSnapshot([&]() -> Shown {
         takeNews();
         checkPlace();
         requireRow();
         const jet::RowView* const row = view(table);
         if (row == nullptr)
             return {};
-        return {query.tables()[table]->stamp(*row), session.database().news()};
+        return {query.tables()[table]->rowVersion(*row), session.database().changesByOthers()};
     });
 }
 
 /// Of the one table's current row, as it is stored; nothing if there is none.
-std::optional<std::uint64_t> Recordset::Parts::currentStamp() {
+std::optional<std::uint64_t> Recordset::Parts::currentVersion() {
     if (at != At::row)
         return std::nullopt;
-    return table().stamp(liveRows().row(0));
+    return table().rowVersion(liveRows().row(0));
 }
 
 void Recordset::Parts::requireAs(const Shown& asShown) {
@@ -45,10 +45,10 @@ void Recordset::Parts::requireAs(const Shown& asShown) {
     if (session.database().inTransaction())
         session.database().claim();
     catchUp();
-    const auto current = currentStamp();
-    if (current && asShown.news_ != 0 && *current == asShown.stamp_)
+    const auto current = currentVersion();
+    if (current && asShown.changes_ != 0 && *current == asShown.version_)
         return;
-    const std::string who = by(session.database().writersSince(asShown.news_));
+    const std::string who = by(session.database().writersSince(asShown.changes_));
     throw Error(current ? Errc::conflict : Errc::gone,
                 "Este registro foi " + std::string(current ? "alterado" : "excluído") + who +
                     " depois de mostrado nesta tela. Nada foi gravado.");
@@ -74,13 +74,13 @@ void Recordset::Parts::assign(std::size_t field, const Value& value) {
         checkPlace();
         requireRow();
         static_cast<void>(look());
-        beginEdit(asSeen() ? currentStamp() : std::nullopt);
+        beginEdit(asSeen() ? currentVersion() : std::nullopt);
     }
     assigned[place.column] = std::move(stored);
 }
 
 void Recordset::Parts::beginEdit(std::optional<std::uint64_t> as) {
-    stamp = as;
+    version = as;
     assigned.assign(table().columns().size(), std::nullopt);
     edit = ado::EditMode::InProgress;
 }
@@ -88,7 +88,7 @@ void Recordset::Parts::beginEdit(std::optional<std::uint64_t> as) {
 void Recordset::Parts::forgetEdit() {
     edit = ado::EditMode::None;
     assigned.clear();
-    stamp.reset();
+    version.reset();
     seen.reset();
 }
 
@@ -119,9 +119,9 @@ void Recordset::Parts::storeNew() {
 void Recordset::Parts::storeChanges() {
     catchUp();
     const jet::RowId row = liveRows().row(0);
-    if (at != At::row || !stamp)
+    if (at != At::row || !version)
         goneOrChanged();
-    session.update(table(), row, assignments(), stamp);
+    session.update(table(), row, assignments(), version);
     forgetEdit();
 }
 
@@ -139,9 +139,9 @@ void Recordset::Parts::erase(const Shown* asShown) {
     if (asShown == nullptr && !asSeen())
         goneOrChanged();
     const jet::RowId row = liveRows().row(0);
-    const auto expected = asShown != nullptr                   ? std::optional(asShown->stamp_)
+    const auto expected = asShown != nullptr                   ? std::optional(asShown->version_)
                           : session.database().inTransaction() ? std::nullopt
-                                                               : table().stamp(row);
+                                                               : table().rowVersion(row);
     forgetEdit();
     session.erase(table(), row, expected);
     takeNews();
@@ -173,21 +173,21 @@ Shown Recordset::shown(std::string_view table) const {
 }
 
 std::string Recordset::byWhom(const Shown& shown) const {
-    return by(open().session.database().writersSince(shown.news_));
+    return by(open().session.database().writersSince(shown.changes_));
 }
 
 bool Recordset::isOther(const Shown& shown) const {
     Parts& parts = open();
     parts.catchUp();
-    const auto stamp = parts.currentStamp();
-    return stamp && (shown.news_ == 0 || *stamp != shown.stamp_);
+    const auto version = parts.currentVersion();
+    return version && (shown.changes_ == 0 || *version != shown.version_);
 }
 
 void Recordset::Edit(const Shown& shown) {
     Update();
     Parts& parts = open();
     parts.requireAs(shown);
-    parts.beginEdit(shown.stamp_);
+    parts.beginEdit(shown.version_);
 }
 
 EditMode Recordset::EditMode() const { return open().edit; }

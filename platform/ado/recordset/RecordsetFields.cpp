@@ -60,7 +60,7 @@ Value Recordset::Parts::value(std::size_t field) {
         return *assigned[place.column];
     if (edit == ado::EditMode::Add)
         return {};
-    return session.database().look([&]() -> Value {
+    return session.database().onSnapshot([&]() -> Value {
         takeNews();
         checkPlace();
         requireRow();

@@ -100,7 +100,7 @@ void Recordset::Parts::checkPlace() {
 }
 
 bool Recordset::Parts::isSameRow() {
-    return session.database().look([&] {
+    return session.database().onSnapshot([&] {
         return tableRows().isSame(readers[0], seen ? std::span<const Value>(seenKey)
                                                    : std::span<const Value>());
     });

@@ -54,7 +54,7 @@ struct Recordset::Parts final : SessionUser {
 
     // Editing (RecordsetEdit.cpp)
     [[nodiscard]] Shown shown(std::size_t table);
-    [[nodiscard]] std::optional<std::uint64_t> currentStamp();
+    [[nodiscard]] std::optional<std::uint64_t> currentVersion();
     void requireChangeable() const;
     void requireAs(const Shown& asShown);
     void beginEdit(std::optional<std::uint64_t> as);
@@ -93,7 +93,8 @@ struct Recordset::Parts final : SessionUser {
     std::vector<Value> seenKey;      ///< its key's values, as of then
     ado::EditMode edit = ado::EditMode::None;
     std::vector<std::optional<Value>> assigned; ///< by column of the table
-    std::optional<std::uint64_t> stamp; ///< of the row when its edit began; nothing: changed since
+    /// Of the row when its edit began; nothing: changed since.
+    std::optional<std::uint64_t> version;
 };
 
 } // namespace ado

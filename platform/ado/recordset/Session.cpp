@@ -31,7 +31,7 @@ void Session::closeUsers() {
 }
 
 void Session::lookForStrangers() {
-    database_.look([] {}); // notices what other stations have written
+    database_.onSnapshot([] {}); // notices what other stations have written
     if (database_.generation() != generation_)
         beginEpoch();
 }

@@ -66,7 +66,7 @@ Database::Database(const std::filesystem::path& path, const Options& options) {
     parts_ = std::make_unique<Parts>(path, std::move(header), texts, std::move(file), writable);
     parts_->readOnly = std::move(reason);
     if (!(options.unshared && options.readOnly))
-        parts_->share(writable, [this] { noticeNews(); });
+        parts_->share(writable, [this] { noticeChanges(); });
     checkSize(parts_->pager.file(), parts_->pager.format());
     const Pager::Section section(parts_->pager);
     loadCatalog();
@@ -153,7 +153,7 @@ void Database::loadCatalog() {
 
 /// Another has written. Tables keep their object and their definition, which row changes don't
 /// touch; those that a program has changed in structure, or taken away, are told apart here.
-void Database::noticeNews() {
+void Database::noticeChanges() {
     loadCatalog();
     for (auto& [key, entry] : parts_->catalog) {
         if (!entry.table)
@@ -184,7 +184,7 @@ std::optional<std::string> Database::readOnlyReason() {
 }
 
 std::vector<std::string> Database::tableNames() const {
-    parts_->pager.look([] {}); // notices what others have written
+    parts_->pager.onSnapshot([] {}); // notices what others have written
     std::vector<std::string> names;
     for (const auto& [key, entry] : parts_->catalog)
         if (entry.user)
@@ -193,7 +193,7 @@ std::vector<std::string> Database::tableNames() const {
 }
 
 std::vector<std::string> Database::allTableNames() const {
-    parts_->pager.look([] {});
+    parts_->pager.onSnapshot([] {});
     std::vector<std::string> names;
     for (const auto& [key, entry] : parts_->catalog)
         names.push_back(entry.name);
@@ -201,12 +201,12 @@ std::vector<std::string> Database::allTableNames() const {
 }
 
 bool Database::hasTable(std::string_view name) const {
-    parts_->pager.look([] {});
+    parts_->pager.onSnapshot([] {});
     return parts_->catalog.contains(foldedName(name));
 }
 
 Table& Database::table(std::string_view name) {
-    return parts_->pager.look([&]() -> Table& {
+    return parts_->pager.onSnapshot([&]() -> Table& {
         const auto found = parts_->catalog.find(foldedName(name));
         if (found == parts_->catalog.end())
             throw Error(Errc::notFound, "O banco de dados \"" + parts_->path.string() +
@@ -280,15 +280,15 @@ void Database::discard() noexcept { parts_->work.discard(); }
 Database::Tally Database::tally() const noexcept {
     return {parts_->work.written(), parts_->work.gathered()};
 }
-void Database::setNewsHold(std::chrono::milliseconds time) {
+void Database::setSnapshotHold(std::chrono::milliseconds time) {
     if (parts_->sharing)
         parts_->sharing->snapshot().setHold(time);
 }
-std::uint64_t Database::news() const noexcept {
+std::uint64_t Database::changesByOthers() const noexcept {
     return parts_->sharing ? parts_->sharing->snapshot().changesByOthers() : 1;
 }
-std::vector<std::string> Database::writersSince(std::uint64_t news) const {
-    return parts_->sharing ? parts_->sharing->snapshot().writersSince(news)
+std::vector<std::string> Database::writersSince(std::uint64_t changes) const {
+    return parts_->sharing ? parts_->sharing->snapshot().writersSince(changes)
                            : std::vector<std::string>();
 }
 std::uint64_t Database::generation() const noexcept { return parts_->pager.generation(); }

@@ -6,11 +6,11 @@
 
 namespace jet {
 
-void Database::Parts::share(bool mayWrite, std::function<void()> onNews) {
-    sharing.emplace(pager.file(), pager.format(), mayWrite, [this, onNews = std::move(onNews)] {
+void Database::Parts::share(bool mayWrite, std::function<void()> onChange) {
+    sharing.emplace(pager.file(), pager.format(), mayWrite, [this, onChange = std::move(onChange)] {
         work.overtaken();
         pager.refresh();
-        onNews();
+        onChange();
         work.tellOvertaken();
     });
     pager.refresh();

@@ -35,8 +35,8 @@ struct Database::Parts {
         : path(std::move(where)), header(std::move(head)), texts(textSettings),
           pager(std::move(file), formatOf(header.version), writable), pages(pager), work(pager) {}
 
-    /// `onNews` is called when another has written, after all pages have been forgotten.
-    void share(bool mayWrite, std::function<void()> onNews);
+    /// `onChange` is called when another has written, after all pages have been forgotten.
+    void share(bool mayWrite, std::function<void()> onChange);
     /// Takes a table out of use.
     void lose(Entry& entry, const Error& why);
     /// All that the operator must know of the opening; looks around the file the first time.

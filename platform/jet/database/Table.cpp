@@ -66,29 +66,30 @@ std::optional<std::size_t> Table::primaryKey() const noexcept {
 }
 
 std::int64_t Table::rowCount() const {
-    return parts_->pager.look([&] { return parts_->counter(parts_->format().definition.rows); });
+    return parts_->pager.onSnapshot(
+        [&] { return parts_->counter(parts_->format().definition.rows); });
 }
 
 RowCursor Table::scan() const { return {parts_->pager, parts_->definition}; }
 RowReader Table::reader() const { return {parts_->pager, parts_->definition}; }
 
 std::optional<Row> Table::read(RowId id) const {
-    return parts_->pager.look([&] {
+    return parts_->pager.onSnapshot([&] {
         RowReader source = reader();
         const RowView* row = source.read(id);
         return row ? std::optional(row->values()) : std::nullopt;
     });
 }
 
-std::optional<std::uint64_t> Table::stamp(RowId id) const {
-    return parts_->pager.look([&] {
+std::optional<std::uint64_t> Table::rowVersion(RowId id) const {
+    return parts_->pager.onSnapshot([&] {
         RowReader source = reader();
         const RowView* row = source.read(id);
-        return row ? std::optional(stamp(*row)) : std::nullopt;
+        return row ? std::optional(rowVersion(*row)) : std::nullopt;
     });
 }
 
-std::uint64_t Table::stamp(const RowView& row) const {
+std::uint64_t Table::rowVersion(const RowView& row) const {
     std::uint64_t hash = hashed(0xCBF29CE484222325U, row.bytes());
     for (std::size_t i = 0; i < columns().size(); ++i)
         if (isLongValue(columns()[i].type) && !row.isNull(i))
@@ -148,7 +149,7 @@ void Table::appendKey(Bytes& key, std::size_t index, std::size_t place, const Va
 }
 
 std::optional<Bytes> Table::keyOf(std::size_t index, RowId id) const {
-    return parts_->pager.look([&] {
+    return parts_->pager.onSnapshot([&] {
         RowReader source = reader();
         const RowView* row = source.read(id);
         return row ? parts_->key(index, storedRow(parts_->definition, *row)) : std::nullopt;

@@ -39,7 +39,7 @@ std::optional<Hindrance> Table::Parts::hindrance(Table& table) {
     Database::Parts& file = *owner.parts_;
     definition.requireThere();
     if (!verified) {
-        unsound = pager.look([&] { return selfCheck(table, owner); });
+        unsound = pager.onSnapshot([&] { return selfCheck(table, owner); });
         verified = true;
         if (unsound && unsound->why == Hindrance::Why::damage)
             file.damage = unsound->sentence;
@@ -80,7 +80,7 @@ void Table::requireWritable() {
 }
 
 void Table::requireExpected(RowId id, std::optional<std::uint64_t> expected) const {
-    if (expected && stamp(id) != expected)
+    if (expected && rowVersion(id) != expected)
         throw Error(Errc::conflict,
                     "Este registro foi alterado ou excluído por outra estação depois de lido. Nada "
                     "foi gravado; localize o registro outra vez e repita a alteração.");

@@ -3,28 +3,28 @@
 namespace jet {
 
 bool IndexTree::Cursor::first() {
-    return tree_->pager_->look([&] {
+    return tree_->pager_->onSnapshot([&] {
         place_ = tree_->lowerBound({});
         return forward(Order::any);
     });
 }
 
 bool IndexTree::Cursor::last() {
-    return tree_->pager_->look([&] {
+    return tree_->pager_->onSnapshot([&] {
         place_ = tree_->end();
         return backward(Order::any);
     });
 }
 
 bool IndexTree::Cursor::seek(std::span<const std::byte> key, RowId row) {
-    return tree_->pager_->look([&] {
+    return tree_->pager_->onSnapshot([&] {
         place_ = tree_->lowerBound({key, static_cast<std::uint64_t>(packed(row))});
         return forward(Order::any);
     });
 }
 
 bool IndexTree::Cursor::seekBefore(std::span<const std::byte> key, RowId row) {
-    return tree_->pager_->look([&] {
+    return tree_->pager_->onSnapshot([&] {
         place_ = tree_->lowerBound({key, static_cast<std::uint64_t>(packed(row))});
         return backward(Order::any);
     });
@@ -39,7 +39,7 @@ bool IndexTree::Cursor::next() {
     case Stands::on:
         break;
     }
-    return tree_->pager_->look([&] {
+    return tree_->pager_->onSnapshot([&] {
         if (current()) {
             place_.at = end_;
         } else {
@@ -60,7 +60,7 @@ bool IndexTree::Cursor::previous() {
     case Stands::on:
         break;
     }
-    return tree_->pager_->look([&] {
+    return tree_->pager_->onSnapshot([&] {
         if (!current())
             place_ = tree_->lowerBound(point());
         return backward(Order::less);

@@ -207,7 +207,7 @@ IndexTree::Path IndexTree::descend(const IndexPoint& point) const {
 }
 
 double IndexTree::partBefore(std::span<const std::byte> key) const {
-    return pager_->look([&] {
+    return pager_->onSnapshot([&] {
         const Path path = descend({key, 0});
         double before = 0;
         double width = 1;

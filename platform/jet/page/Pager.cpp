@@ -34,7 +34,7 @@ Pager::Section::Section(Pager& pager, Kind kind) : turns_(pager.turns_) {
     if (!turns_)
         return;
     if (kind == Kind::repeatable && pager.opensSection())
-        turns_->beginLook();
+        turns_->beginOnSnapshot();
     else
         turns_->beginReading();
 }

@@ -82,17 +82,17 @@ public:
     private:
         Turns* turns_;
     };
-    /// What `look` finds in the file, all of one state. It may be called again, if a foreign
+    /// What `body` finds in the file, all of one state. It may be called again, if a foreign
     /// program has written meanwhile; so it must begin anew each time.
-    template <class Look>
-    decltype(auto) look(Look&& look) {
+    template <class Body>
+    decltype(auto) onSnapshot(Body&& body) {
         if (!opensSection())
-            return look();
+            return body();
         for (int attempt = 1;; ++attempt) {
             try {
                 const Section section(*this, Section::Kind::repeatable);
-                mayBreathe_ = attempt <= kBreathingLooks;
-                return look();
+                mayBreathe_ = attempt <= kBreathingAttempts;
+                return body();
             } catch (const Error&) {
                 if (!disturbed(attempt))
                     throw;
@@ -100,8 +100,8 @@ public:
         }
     }
 
-    /// In the middle of a look() that takes long: lets other stations write that wait for it to
-    /// end. If one does, the look begins anew; after some times it holds the file to its end.
+    /// In the middle of an onSnapshot() that takes long: lets other stations write that wait for it
+    /// to end. If one does, it begins anew; after some times it holds the file to its end.
     void breathe() noexcept;
 
     /// @throws Error{corrupt} if the file has no such page, Error{io} if it can't be read.
@@ -152,7 +152,7 @@ private:
         std::uint64_t claim; ///< during which it was last known to be the file's
     };
     using Order = std::list<Cached>;
-    static constexpr int kBreathingLooks = 3;
+    static constexpr int kBreathingAttempts = 3;
 
     [[nodiscard]] PageRef readCommitted(PageNo page);
     void remember(PageNo page, std::shared_ptr<const PageImage> image);
@@ -168,7 +168,7 @@ private:
     const Format& format_;
     bool writable_;
     bool inTransaction_ = false;
-    bool mayBreathe_ = true; ///< in the look() at work
+    bool mayBreathe_ = true; ///< in the onSnapshot() at work
     std::uint32_t pageCount_;
     std::uint32_t committedPageCount_;
     std::uint64_t generation_ = 1;

@@ -17,16 +17,16 @@ public:
     ///         another has written.
     virtual void beginReading() = 0;
     virtual void endReading() noexcept = 0;
-    /// A section that takes no lock as long as the cache has what is looked at: it is enough then
-    /// that nobody has written since the cache was filled. Only for what can be done again from its
+    /// A section that takes no lock as long as the cache has what is read: it is enough then that
+    /// nobody has written since the cache was filled. Only for what can be done again from its
     /// beginning: see beforeRead(). Requires that none is open.
-    virtual void beginLook() = 0;
-    /// In the middle of a section of beginLook(): lets those write who wait for the readers to
-    /// leave. From here on it takes no lock again until a page is read from the file.
+    virtual void beginOnSnapshot() = 0;
+    /// In the middle of a section of beginOnSnapshot(): lets those write who wait for the readers
+    /// to leave. From here on it takes no lock again until a page is read from the file.
     virtual void breathe() noexcept = 0;
     /// Before a page is read from the file.
     /// @throws Error{locked}, and disturbed() is true, if another station has written since
-    ///         beginLook().
+    ///         beginOnSnapshot().
     virtual void beforeRead() = 0;
     /// After a page was read from the file: it belongs to what the section has seen so far.
     /// @throws Error{locked}, and disturbed() is true until the next section, if a foreign program

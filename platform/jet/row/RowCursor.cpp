@@ -34,7 +34,7 @@ const DataPage& RowReader::page(PageNo page) {
 }
 
 const RowView* RowReader::read(RowId id) {
-    return pager_->look([&]() -> const RowView* {
+    return pager_->onSnapshot([&]() -> const RowView* {
         const DataPage* own = ownPage(id.page);
         return own && id.slot < own->slotCount() ? read(id, own->slot(id.slot)) : nullptr;
     });
@@ -105,13 +105,13 @@ bool RowCursor::backwardFrom(std::uint32_t page, std::size_t endSlot) {
 }
 
 bool RowCursor::first() {
-    return pager_->look([&] { return forwardFrom(0, 0); });
+    return pager_->onSnapshot([&] { return forwardFrom(0, 0); });
 }
 bool RowCursor::last() {
-    return pager_->look([&] { return backwardFrom(pager_->pageCount(), 0); });
+    return pager_->onSnapshot([&] { return backwardFrom(pager_->pageCount(), 0); });
 }
 bool RowCursor::seek(RowId id) {
-    return pager_->look([&] { return forwardFrom(number(id.page), id.slot); });
+    return pager_->onSnapshot([&] { return forwardFrom(number(id.page), id.slot); });
 }
 
 // While nothing has changed the page in hand is still the table's; else the map has to say so
@@ -120,7 +120,7 @@ bool RowCursor::seek(RowId id) {
 bool RowCursor::next() {
     if (!row_)
         return false;
-    return pager_->look([this, from = id_] {
+    return pager_->onSnapshot([this, from = id_] {
         if (!reader_.isFresh())
             return forwardFrom(number(from.page), from.slot + std::size_t{1});
         return forwardOn(from.page, from.slot + std::size_t{1}) ||
@@ -131,7 +131,7 @@ bool RowCursor::next() {
 bool RowCursor::previous() {
     if (!row_)
         return false;
-    return pager_->look([this, from = id_] {
+    return pager_->onSnapshot([this, from = id_] {
         if (!reader_.isFresh())
             return backwardFrom(number(from.page), from.slot);
         return backwardOn(from.page, from.slot) || backwardFrom(number(from.page) - 1, kMaxSlots);

@@ -67,7 +67,7 @@ void RowView::place(Pager& pager, const TableDefinition& definition,
 }
 
 Bytes RowView::longValue(std::span<const std::byte> definition) const {
-    return pager_->look([&] {
+    return pager_->onSnapshot([&] {
         if (refreshes_ != pager_->refreshes() &&
             LongValueDefinition::parse(definition, page_).kind != LongValueDefinition::Kind::inRow)
             throw Error(Errc::conflict, "O registro foi alterado por outra estação enquanto era "

@@ -122,7 +122,7 @@ void Sharing::openSection() {
     }
 }
 
-void Sharing::beginLook() {
+void Sharing::beginOnSnapshot() {
     const auto now = steady_clock::now();
     if (!presence_.isCareful() && !reading_.isDisturbed() && !presence_.isLookDue(now) &&
         snapshot_.holds(now))

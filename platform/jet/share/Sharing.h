@@ -43,7 +43,7 @@ public:
     // Reading. Only the outermost section costs anything, and none while writing.
     void beginReading() override;
     void endReading() noexcept override { reading_.close(); }
-    void beginLook() override;
+    void beginOnSnapshot() override;
     void breathe() noexcept override { reading_.breathe(); }
     void beforeRead() override { reading_.protect(); }
     void verifyPage() override;

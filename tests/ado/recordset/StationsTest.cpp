@@ -306,10 +306,10 @@ TEST_P(StationsTest, NewsMayBeLateForAsLongAsTheyHold) {
     std::string seen;
     // Twice a second a station looks around and hears of all: news are late between two looks.
     for (int attempt = 0; attempt < 50 && seen != "Antes"; ++attempt) {
-        connection.database().setNewsHold({});
+        connection.database().setSnapshotHold({});
         save(other, theirs, "2", "Antes");
         EXPECT_EQ(shown(mine, "2"), "Antes");
-        connection.database().setNewsHold(std::chrono::hours(1));
+        connection.database().setSnapshotHold(std::chrono::hours(1));
         before = show(mine, "2");
         save(other, theirs, "2", "Deles");
         seen = shown(mine, "2");
@@ -319,14 +319,14 @@ TEST_P(StationsTest, NewsMayBeLateForAsLongAsTheyHold) {
     EXPECT_EQ(errorOf([&] { save(connection, mine, "2", "Meu", before); }), Errc::conflict);
     EXPECT_EQ(shown(mine, "2"), "Deles");
     save(other, theirs, "2", "Outra vez");
-    connection.database().setNewsHold({});
+    connection.database().setSnapshotHold({});
     EXPECT_EQ(shown(mine, "2"), "Outra vez");
 }
 
 TEST_P(StationsTest, WhatIsNotRememberedIsNewsEvenWhileNewsHold) {
     Connection late;
     late.Open(connectionString());
-    late.database().setNewsHold(std::chrono::hours(1));
+    late.database().setSnapshotHold(std::chrono::hours(1));
     Recordset banks;
     mine.Open("bancos", late);
     EXPECT_EQ(shown(mine, "2"), "Banco do Sul");

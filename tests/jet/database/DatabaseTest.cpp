@@ -308,14 +308,14 @@ TEST_P(DatabaseFile, AnErasedRowIsAConflictForWhoStillHasItsId) {
     Table& table = file.createTable(shopCheques());
     table.insert(cheque(1, "1"));
     const RowId id = table.insert(cheque(1, "1"));
-    const auto stamp = table.stamp(id);
+    const auto version = table.rowVersion(id);
     const Assignment change[] = {
         {kClienteAt, std::int64_t{2}}
     };
     table.update(id, change);
-    EXPECT_NE(table.stamp(id), stamp);
+    EXPECT_NE(table.rowVersion(id), version);
     table.erase(id);
-    EXPECT_EQ(table.stamp(id), std::nullopt);
+    EXPECT_EQ(table.rowVersion(id), std::nullopt);
     EXPECT_EQ(table.read(id), std::nullopt);
     EXPECT_EQ(errorOf([&] { table.update(id, change); }), Errc::conflict);
     EXPECT_EQ(errorOf([&] { table.erase(id); }), Errc::conflict);
@@ -477,7 +477,7 @@ TEST_P(DatabaseFile, ALongTextOfARowThatAnotherHasChangedMeanwhileIsAConflict) {
     };
     second.table("cheques").update(id, change);
     second.flush();
-    first.look([] {}); // takes the news in
+    first.onSnapshot([] {}); // notices what the other has written
     EXPECT_EQ(errorOf([&] { static_cast<void>(seen->value(kObsAt)); }), Errc::conflict);
     EXPECT_EQ(reader.read(id)->value(kObsAt), Value(std::string(9000, 'n')));
 }

@@ -43,7 +43,7 @@ public:
 
     void beginReading() override {}
     void endReading() noexcept override {}
-    void beginLook() override {}
+    void beginOnSnapshot() override {}
     void breathe() noexcept override {}
     void beforeRead() override {}
     void verifyPage() override {}
@@ -274,6 +274,7 @@ TEST_P(InEachState, AnotherWhoWritesFirstUndoesOnlyWhatIsGathered) {
         EXPECT_EQ(work.state(), isOpen ? State::open : State::idle);
         EXPECT_EQ(seen(), 0);
         EXPECT_EQ(work.gathered(), 0U);
+        EXPECT_EQ(pager.inTransaction(), isOpen);
         set(3); // told once, and work goes on
     }
     isOpen ? work.commit() : work.flush();

@@ -85,7 +85,7 @@ protected:
     static void expectGone(Table& table, RowId id) {
         expectGone([&] { static_cast<void>(table.rowCount()); });
         expectGone([&] { static_cast<void>(table.read(id)); });
-        expectGone([&] { static_cast<void>(table.stamp(id)); });
+        expectGone([&] { static_cast<void>(table.rowVersion(id)); });
         expectGone([&] { static_cast<void>(table.keyOf(0, id)); });
         expectGone([&] { table.scan().first(); });
         expectGone([&] { table.scan().last(); });

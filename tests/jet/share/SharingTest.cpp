@@ -417,8 +417,8 @@ TEST_P(TwoStations, TheSecondOfTwoEditorsIsRefused) {
     Table& here = first.table("contador");
     Table& there = second.table("contador");
     const RowId id = firstRow(here);
-    const auto seenHere = here.stamp(id);
-    const auto seenThere = there.stamp(id);
+    const auto seenHere = here.rowVersion(id);
+    const auto seenThere = there.rowVersion(id);
     set(here, id, 10, seenHere);
     first.flush();
     EXPECT_THAT(sentenceOf([&] { set(there, id, 20, seenThere); }, Errc::conflict),
@@ -426,7 +426,7 @@ TEST_P(TwoStations, TheSecondOfTwoEditorsIsRefused) {
     EXPECT_THAT(sentenceOf([&] { there.erase(id, seenThere); }, Errc::conflict),
                 HasSubstr("alterado ou excluído por outra estação"));
     EXPECT_EQ(valueOf(there, id), 10);
-    set(there, id, 20, there.stamp(id));
+    set(there, id, 20, there.rowVersion(id));
     second.flush();
     EXPECT_EQ(valueOf(here, id), 20);
     here.erase(id);

@@ -54,9 +54,13 @@ protected:
     const Format& format = formatOf(Version::jet4);
     File file;
     Presence presence{file, format};
-    Snapshot snapshot{presence, [this] { ++forgotten; }};
+    Snapshot snapshot{presence, [this] {
+                          if (++forgotten == failForgetting)
+                              throw Error(Errc::io, "the disk");
+                      }};
     ReadingTurn reading{presence, snapshot};
     int forgotten = 0;
+    int failForgetting = 0; ///< for the how-manieth time
 };
 
 // ---- whether anybody may write ----------------------------------------------------------------
@@ -73,6 +77,47 @@ TEST_F(ShareParts, KnowAForeignProgramAsLongAsItIsThere) {
     }
     EXPECT_EQ(why(around), std::nullopt);
     EXPECT_FALSE(presence.isCareful());
+}
+
+// A copy of this program that is just entering has its number before its mark.
+TEST_F(ShareParts, TakeNobodyForForeignWhoIsJustEntering) {
+    std::optional<File> entering = other(LockFile::kEntering);
+    File newcomer = other(0x10000007);
+    setWaitHook([&] {
+        static_cast<void>(newcomer.tryLock(Disk::Lock::exclusive, 0x70000007));
+        entering.reset();
+    });
+    EXPECT_EQ(why(Presence::Look::around), std::nullopt);
+    EXPECT_FALSE(presence.isCareful());
+}
+
+// Whoever holds O then, its number alone proves nothing yet: only that it stays without a mark.
+TEST_F(ShareParts, LookAgainWhereSomebodyTakesLongToEnter) {
+    const File entering = other(LockFile::kEntering);
+    File newcomer = other(0x10000007);
+    EXPECT_EQ(why(Presence::Look::around), Hindrance::Why::foreign);
+    setWaitHook([&] { static_cast<void>(newcomer.tryLock(Disk::Lock::exclusive, 0x70000007)); });
+    EXPECT_EQ(why(Presence::Look::around), std::nullopt);
+}
+
+TEST_F(ShareParts, LookAgainOnlyWhereItCouldHelp) {
+    int looks = 0;
+    disk.onLock = [&](std::uint64_t byte) { looks += byte == LockFile::kEntering ? 1 : 0; };
+    EXPECT_EQ(presence.foreigner(Presence::Look::around), std::nullopt);
+    const File foreign = other(0x10000007);
+    EXPECT_EQ(presence.foreigner(Presence::Look::entranceClosed), std::optional(7U));
+    EXPECT_EQ(looks, 0);
+    EXPECT_EQ(presence.foreigner(Presence::Look::around), std::optional(7U));
+    EXPECT_GT(looks, 0);
+}
+
+TEST_F(ShareParts, LookForForeignProgramsTwiceASecond) {
+    using namespace std::chrono_literals;
+    const auto before = std::chrono::steady_clock::now();
+    presence.lookAround(Presence::Look::around);
+    const auto after = std::chrono::steady_clock::now();
+    EXPECT_FALSE(presence.isLookDue(before + 499ms));
+    EXPECT_TRUE(presence.isLookDue(after + 500ms));
 }
 
 TEST_F(ShareParts, KnowTheFileThatAnotherHasReplaced) {
@@ -117,6 +162,20 @@ TEST_F(ShareParts, ProtectASectionByTheLockToTheEndOfTheOutermost) {
     reading.close();
     EXPECT_FALSE(reading.isOpen());
     EXPECT_FALSE(isHeld(LockFile::kReading));
+}
+
+TEST_F(ShareParts, LetAWriterGoFirstWhoWaitsForTheReaders) {
+    std::optional<File> writer = other(LockFile::kWantsReaders);
+    bool waited = false;
+    setWaitHook([&] {
+        EXPECT_FALSE(isHeld(LockFile::kReading));
+        waited = true;
+        writer.reset();
+    });
+    reading.open();
+    EXPECT_TRUE(waited);
+    EXPECT_TRUE(isHeld(LockFile::kReading));
+    reading.close();
 }
 
 TEST_F(ShareParts, ProtectASectionByTheSnapshotUntilTheFileIsRead) {
@@ -191,6 +250,18 @@ TEST_F(ShareParts, ForgetWhatOthersHaveChangedAndKnowWhoItWas) {
     EXPECT_EQ(snapshot.changesByOthers(), before + 1);
     EXPECT_THAT(snapshot.writersSince(before), testing::SizeIs(1));
     EXPECT_THAT(snapshot.writersSince(before + 1), testing::IsEmpty());
+}
+
+TEST_F(ShareParts, TryAgainToForgetWhereThatFails) {
+    writePair(7, 0x0150);
+    failForgetting = 1;
+    sentenceOf([&] { snapshot.replace(snapshot.inFile()); }, Errc::io);
+    EXPECT_FALSE(snapshot.isCurrent());
+    EXPECT_THAT(snapshot.writersSince(0), testing::IsEmpty());
+    snapshot.replace(snapshot.inFile());
+    EXPECT_EQ(forgotten, 2);
+    EXPECT_TRUE(snapshot.isCurrent());
+    EXPECT_THAT(snapshot.writersSince(0), testing::SizeIs(1));
 }
 
 TEST_F(ShareParts, RelyOnWhatWasHeardAsLongAsTheyAreTold) {
@@ -271,6 +342,47 @@ TEST_F(TheTurnToWrite, CommitsAndCountsItself) {
     writing.commit(nothing());
     EXPECT_EQ(snapshot.inFile()[1], before + 1);
     EXPECT_TRUE(snapshot.isCurrent());
+    for (const std::uint64_t byte : {LockFile::kReading, LockFile::kEntering})
+        EXPECT_FALSE(isHeld(byte));
+}
+
+TEST_F(TheTurnToWrite, CommitsWithTheFileForItself) {
+    ASSERT_TRUE(writing.take());
+    std::optional<File> reader = other(LockFile::kReading, Disk::Lock::shared);
+    bool announced = false;
+    setWaitHook([&] {
+        announced = isHeld(LockFile::kWantsReaders);
+        reader.reset();
+    });
+    Bytes page(format.pageSize);
+    file.read(0, page);
+    ChangedPages changed = nothing();
+    changed.pages.push_back({PageNo{0}, page});
+    bool alone = false;
+    changed.before = [&](PageNo) {
+        alone = isHeld(LockFile::kReading) && isHeld(LockFile::kEntering) && isHeld(0x10000002) &&
+                isHeld(0x100000FF) && !isHeld(LockFile::kWantsReaders);
+        return std::span<const std::byte>(page);
+    };
+    writing.commit(changed);
+    EXPECT_TRUE(announced);
+    EXPECT_TRUE(alone);
+    for (const std::uint64_t byte : {LockFile::kReading, LockFile::kEntering,
+                                     std::uint64_t{0x10000002}, std::uint64_t{0x100000FF}})
+        EXPECT_FALSE(isHeld(byte));
+    writing.giveBack();
+}
+
+TEST_F(TheTurnToWrite, CommitsNothingWhileAForeignProgramIsComingIn) {
+    ASSERT_TRUE(writing.take());
+    std::optional<File> coming;
+    disk.onLock = [&](std::uint64_t byte) {
+        if (byte == 0x10000002 && !coming) // the gate is just being closed
+            coming = other(0x10000004);
+    };
+    sentenceOf([&] { writing.commit(nothing()); }, Errc::locked);
+    EXPECT_TRUE(coming);
+    disk.onLock = {};
     for (const std::uint64_t byte : {LockFile::kReading, LockFile::kEntering})
         EXPECT_FALSE(isHeld(byte));
 }
