@@ -25,7 +25,6 @@ namespace {
 
 constexpr int kMostChanges = 48;
 constexpr std::size_t kUser = 1;
-const std::filesystem::path kJournal = Journal::pathFor(kPath);
 
 struct Entry {
     std::uint32_t page;
@@ -215,7 +214,7 @@ Bytes journalOf(const Case& subject, const Format& format) {
     };
     Journal journal(kPath, format, disk);
     journal.write(subject.header, changed);
-    return disk.image().at(kJournal.string());
+    return disk.image().at(kJournal);
 }
 
 /// What recovery has to leave of the file, if the journal came as it was written: the rules of
@@ -277,7 +276,7 @@ void requireLeft(const MemoryDisk& disk, const Bytes& file, const Bytes& journal
     fuzz::require(left.at(kPath) == file);
     if (recovery.outcome == Recovery::Outcome::none)
         return;
-    fuzz::require(!left.contains(kJournal.string()));
+    fuzz::require(!left.contains(kJournal));
     if (recovery.outcome == Recovery::Outcome::setAside)
         fuzz::require(left.at(recovery.aside.string()) == journal && !recovery.reason.empty());
 }
@@ -335,8 +334,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
 
     MemoryDisk disk({
-        {kPath,             subject.file},
-        {kJournal.string(), journal     }
+        {kPath,    subject.file},
+        {kJournal, journal     }
     });
     if ((choice & 0x10) != 0) {
         openDatabase(disk, subject.file, left, format);

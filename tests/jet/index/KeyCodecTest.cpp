@@ -2,6 +2,7 @@
 
 #include "jet/Hex.h"
 #include "jet/Sentences.h"
+#include "jet/row/StoredNumeric.h"
 #include "jet/text/Collation.h"
 #include "jet/text/TextCodec.h"
 
@@ -215,6 +216,19 @@ TEST(Keys, OfNumericsKeepTheirSignByteInBothDirections) {
               "7fff0000000100000002000000030a0b0c0d");
     EXPECT_EQ(storedKeyOf(asc, fromHex("8001000000020000000300000004000000")),
               keyOf(asc, numeric(true, {1, 2, 3, 4}, 2)));
+}
+
+// One bit of its first byte says that a number is negative; rows and keys read the same bytes.
+TEST(Keys, OfStoredNumericsHaveTheSignThatTheirRowReads) {
+    for (const auto& [digits, isNegative] : {std::pair("00", false), std::pair("01", false),
+                                             std::pair("80", true), std::pair("81", true)}) {
+        const Bytes stored = fromHex(digits + std::string("00000000000000000000000001000000"));
+        const Numeric read = StoredNumeric::read(stored, 0);
+        EXPECT_EQ(read.negative, isNegative) << digits;
+        EXPECT_EQ(storedKeyOf(column(ColumnType::numeric), stored),
+                  keyOf(column(ColumnType::numeric), read))
+            << digits;
+    }
 }
 
 TEST(Keys, OfMemosAreThoseOfTexts) {
