@@ -6,10 +6,11 @@ packages_build="g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libsqlite3
 packages_test="git mold clang clang-format clang-tidy libclang-rt-dev libgtest-dev libgmock-dev
     libbenchmark-dev mdbtools dbus-daemon at-spi2-core imagemagick xvfb x11-xkb-utils openbox xdotool
     poppler-utils python3-openpyxl cups cups-client"
+packages_coverage="llvm"
 packages_screen="xvfb openbox x11vnc"
 
-# need <group>...: has every package of the groups (build, test, screen) installed, or ends telling
-# how to install it.
+# need <group>...: has every package of the groups (build, test, coverage, screen) installed, or ends
+# telling how to install it.
 need() {
     local group package missing=()
     for group in "$@"; do
