@@ -26,12 +26,23 @@
 #include <algorithm>
 #include <functional>
 
+namespace {
+
+/// The pages, with a mouse and a voice: that first, as what a screen reader knows of a view is
+/// asked for when it is made.
+PageView* makePages(Relatorio& report, QWidget* parent) {
+    installSpokenPages();
+    auto* pages = new PageView(report, parent);
+    new PageMouse(*pages);
+    return pages;
+}
+
+} // namespace
+
 ReportPreview::ReportPreview(Relatorio& report, QWidget* parent)
-    : QWidget(parent), report_(report), view_(new PageView(report, this)),
+    : QWidget(parent), report_(report), view_(makePages(report, this)),
       output_(new ReportOutput(report, *this)), tools_(new ToolStrip(*this, *view_)),
       focus_(new FocusReturn(*this, *view_)) {
-    installSpokenPages();
-    new PageMouse(*view_);
     auto* notice = new FailureNotice(report, this);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -266,3 +277,5 @@ void ReportPreview::say(const QString& text) {
     news_->setText(news_->fontMetrics().elidedText(text, Qt::ElideMiddle, news_->width()));
     news_->setToolTip(text);
 }
+
+#include "print/moc_ReportPreview.cpp"

@@ -109,6 +109,7 @@ TEST_F(ShareParts, LookAgainOnlyWhereItCouldHelp) {
     EXPECT_EQ(looks, 0);
     EXPECT_EQ(presence.foreigner(Presence::Look::around), std::optional(7U));
     EXPECT_GT(looks, 0);
+    disk.onLock = {};
 }
 
 TEST_F(ShareParts, LookForForeignProgramsTwiceASecond) {
