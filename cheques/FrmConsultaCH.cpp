@@ -165,3 +165,5 @@ void FrmConsultaCH::CmdNovo_Click() {
 }
 
 void FrmConsultaCH::CmdSair_Click() { unload(); }
+
+#include "cheques/moc_FrmConsultaCH.cpp"

@@ -272,3 +272,5 @@ void FrmLancarCheques::btnNavegacao_Click(int indice) {
     if (Mirtal::navegar(cheques(), indice))
         mostrarCheque(static_cast<qint32>(cheques()["lancamento"].integer()));
 }
+
+#include "cheques/moc_FrmLancarCheques.cpp"

@@ -12,18 +12,20 @@
 #
 # and links what else it needs: PUBLIC what its headers show, PRIVATE what its sources use.
 #
-# Includes are written with their folder, own folder included: "jet/Types.h", "controls/Form.h" for
+# Includes are written with their folder, own folder included: "jet/Types.h", "ado/Field.h" for
 # the folders under platform/, "shell/Mirtal.h", "registers/frmBancos.h", "support/Samples.h" (tests)
 # for the others. "ui_frmX.h" is made from the frmX.ui beside the header or source that includes it,
-# and whoever links the library can include that header as well.
+# and whoever links the library can include that header as well. The source of a class with Q_OBJECT
+# ends with an include of what moc makes of its header, "controls/window/moc_Form.cpp": by itself
+# that would be compiled apart, with all of Qt's headers once more.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 # Sources are compiled several at once: most of the time goes into reading headers of Qt and the
-# test library. So two files of a target don't use one name for two things, even unnamed: the
-# sanitizers' build compiles all files of a target as one, and stops where they do.
+# test library. So two files that are compiled alike don't use one name for two things, even
+# unnamed: ./test has clang-tidy read them all as one, and fails where they do.
 set(CMAKE_UNITY_BUILD ON)
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 16)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
@@ -39,9 +41,6 @@ option(VALTRINO_FUZZ "Build for scripts/fuzz.sh: the fuzzers see each comparison
 if(VALTRINO_SANITIZE STREQUAL "ON")
     # What a build folder made before remembers.
     set_property(CACHE VALTRINO_SANITIZE PROPERTY VALUE address)
-endif()
-if(VALTRINO_SANITIZE)
-    set(CMAKE_UNITY_BUILD_BATCH_SIZE 0)
 endif()
 
 find_program(CCACHE ccache)

@@ -235,3 +235,5 @@ void FrmLancasSFundos::btnNavegacao_Click(int indice) {
 
 // The last field leads straight to the save.
 void FrmLancasSFundos::txtobservacao_LostFocus() { CmdIncluir->setFocus(); }
+
+#include "collections/moc_FrmLancasSFundos.cpp"

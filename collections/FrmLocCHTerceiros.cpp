@@ -261,3 +261,5 @@ bool FrmLocCHTerceiros::baixar(const QString& lancamento, const ado::Shown& vist
 }
 
 void FrmLocCHTerceiros::cmdsair_Click() { unload(); }
+
+#include "collections/moc_FrmLocCHTerceiros.cpp"

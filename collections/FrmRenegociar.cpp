@@ -137,3 +137,5 @@ void FrmRenegociar::CmdIncluir_Click() {
 }
 
 void FrmRenegociar::CmdSair_Click() { unload(); }
+
+#include "collections/moc_FrmRenegociar.cpp"

@@ -207,3 +207,5 @@ bool frmBancos::jaCadastrado() {
     bancos().clearFilter();
     return achado;
 }
+
+#include "registers/moc_frmBancos.cpp"

@@ -291,3 +291,5 @@ void frmCliFor::txtNomePessoa02_Enter() { irPara(txtPai); }
 void frmCliFor::txtObservação_Enter() { irPara(txtBancos01); }
 // The quick way for most clients: the rest of the register is seldom filled in.
 void frmCliFor::txtEMailCli_Enter() { cmdSalvar->setFocus(); }
+
+#include "registers/moc_frmCliFor.cpp"

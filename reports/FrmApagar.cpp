@@ -92,3 +92,5 @@ void FrmApagar::excluir(const QString& comando) {
 }
 
 void FrmApagar::cmdsair_Click() { unload(); }
+
+#include "reports/moc_FrmApagar.cpp"

@@ -87,3 +87,5 @@ void FrmFiltroRelat::darVista() {
 }
 
 void FrmFiltroRelat::cmdsair_Click() { unload(); }
+
+#include "reports/moc_FrmFiltroRelat.cpp"

@@ -147,3 +147,5 @@ void frmRel_ChequesSF::closeEvent(QCloseEvent* event) {
         antes_->setFocus();
     }
 }
+
+#include "reports/moc_frmRel_ChequesSF.cpp"

@@ -38,3 +38,5 @@ Espera::Espera(const QString& texto) {
         pintar();
     pintar();
 }
+
+#include "reports/moc_frm_Msg.cpp"

@@ -36,3 +36,5 @@ void AreaDeTrabalho::paintEvent(QPaintEvent* event) {
     mark.moveCenter(viewport()->rect().center());
     Icons::named("valtrino").paint(&painter, mark);
 }
+
+#include "shell/moc_AreaDeTrabalho.cpp"

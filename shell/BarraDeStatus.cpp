@@ -149,3 +149,5 @@ void BarraDeStatus::Relogio_Timer() {
     if (++segundos_ % kEntreVistorias == 0)
         mostrarConsulta();
 }
+
+#include "shell/moc_BarraDeStatus.cpp"

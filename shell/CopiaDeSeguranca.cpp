@@ -90,3 +90,5 @@ void CopiaDeSeguranca::dizer() {
     for (const auto& dito : ditos)
         dito();
 }
+
+#include "shell/moc_CopiaDeSeguranca.cpp"

@@ -216,3 +216,5 @@ void MDICheques::closeEvent(QCloseEvent* event) {
     guarded([this] { encerrar(); });
     event->setAccepted(encerrado_);
 }
+
+#include "shell/moc_MDICheques.cpp"

@@ -11,3 +11,5 @@ frmAbout::frmAbout() {
 }
 
 frmAbout& frmAbout::instance() { return WindowList::instance().one<frmAbout>(); }
+
+#include "shell/moc_frmAbout.cpp"

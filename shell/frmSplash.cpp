@@ -61,3 +61,5 @@ void frmSplash::Timer1_Timer() {
     MDICheques::instance().cuidarDaCopia();
     MDICheques::instance().avisar();
 }
+
+#include "shell/moc_frmSplash.cpp"

@@ -70,3 +70,5 @@ void frmcaminho::cmdcancelar_Click() {
 }
 
 void frmcaminho::cmdsair_Click() { unload(); }
+
+#include "shell/moc_frmcaminho.cpp"

@@ -104,3 +104,5 @@ void frmlocalizar::LstEncontrado_ItemClick(const QString& chave) {
 }
 
 void frmlocalizar::cmdsair_Click() { unload(); }
+
+#include "shell/moc_frmlocalizar.cpp"

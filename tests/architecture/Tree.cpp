@@ -60,7 +60,8 @@ Owners readOwners(const Files& files) {
 
 Owners::const_iterator fileOfInclude(const std::string& include, const std::string& from,
                                      const Owners& owners) {
-    // What uic and moc make belongs to the form or source it is made from.
+    // What uic and moc make belongs to the form, source or header it is made from.
+    static const std::regex madeOfHeader(R"((.*)moc_(.*)\.cpp)");
     static const std::regex generated(R"(ui_(.*)\.h|(.*)\.moc)");
     std::smatch match;
     if (std::regex_match(include, match, generated)) {
@@ -68,6 +69,8 @@ Owners::const_iterator fileOfInclude(const std::string& include, const std::stri
             match[1].matched ? match[1].str() + ".ui" : match[2].str() + ".cpp";
         return owners.find(folderOf(from) + "/" + origin);
     }
+    if (std::regex_match(include, match, madeOfHeader))
+        return fileOfInclude(match[1].str() + match[2].str() + ".h", from, owners);
     for (const char* prefix : {"", "platform/", "tests/"})
         if (const auto owner = owners.find(prefix + include); owner != owners.end())
             return owner;

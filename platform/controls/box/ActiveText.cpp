@@ -72,3 +72,5 @@ void ActiveText::keyPressEvent(QKeyEvent* event) {
     }
     QLineEdit::keyPressEvent(event);
 }
+
+#include "controls/box/moc_ActiveText.cpp"

@@ -304,3 +304,5 @@ void DatePicker::keyPressEvent(QKeyEvent* event) {
     else if (QStringLiteral("/.-, ").contains(typed.front()))
         typeBar();
 }
+
+#include "controls/box/moc_DatePicker.cpp"

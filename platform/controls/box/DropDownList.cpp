@@ -234,3 +234,5 @@ void DropDownList::focusOutEvent(QFocusEvent* event) {
 void DropDownList::wheelEvent(QWheelEvent* event) {
     event->ignore(); // turning the wheel over a field must not change a cheque's client
 }
+
+#include "controls/box/moc_DropDownList.cpp"

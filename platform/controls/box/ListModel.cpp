@@ -159,3 +159,5 @@ Qt::ItemFlags ListModel::flags(const QModelIndex& index) const {
         flags |= Qt::ItemIsUserCheckable;
     return flags;
 }
+
+#include "controls/box/moc_ListModel.cpp"

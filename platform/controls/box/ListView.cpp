@@ -347,3 +347,5 @@ void ListView::keyPressEvent(QKeyEvent* event) {
         model_->setData(current.siblingAtColumn(0),
                         isChecked(current.row()) ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
 }
+
+#include "controls/box/moc_ListView.cpp"

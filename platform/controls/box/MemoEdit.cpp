@@ -29,3 +29,5 @@ void MemoEdit::keyPressEvent(QKeyEvent* event) {
     insertPlainText("\n");
     ensureCursorVisible();
 }
+
+#include "controls/box/moc_MemoEdit.cpp"

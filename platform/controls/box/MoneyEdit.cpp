@@ -111,3 +111,5 @@ void MoneyEdit::keyPressEvent(QKeyEvent* event) {
     }
     QLineEdit::keyPressEvent(event);
 }
+
+#include "controls/box/moc_MoneyEdit.cpp"

@@ -29,3 +29,5 @@ void DriveList::setDriveOf(const QString& folder) {
     }
     setCurrentIndex(nearest);
 }
+
+#include "controls/folder/moc_DriveList.cpp"

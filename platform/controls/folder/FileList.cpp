@@ -44,3 +44,5 @@ void FileList::keyPressEvent(QKeyEvent* event) {
     if (currentItem() && !event->isAutoRepeat())
         emit fileClicked();
 }
+
+#include "controls/folder/moc_FileList.cpp"

@@ -68,3 +68,5 @@ void FolderReader::deliver() {
         if (self)
             emit answered(answer.folder, answer.names);
 }
+
+#include "controls/folder/moc_FolderReader.cpp"

@@ -138,3 +138,5 @@ void FolderTree::keyPressEvent(QKeyEvent* event) {
     if (currentItem() && !event->isAutoRepeat())
         emit folderClicked();
 }
+
+#include "controls/folder/moc_FolderTree.cpp"

@@ -56,3 +56,5 @@ void DesktopSettings::tell(const QVariant& value) {
     else if (plain.toUInt() == preferLight)
         emit schemeTold(ColourScheme::light);
 }
+
+#include "controls/look/moc_DesktopSettings.cpp"

@@ -50,3 +50,5 @@ void SystemColours::take(ColourScheme scheme) {
     if (std::exchange(scheme_, scheme) != scheme)
         emit changed();
 }
+
+#include "controls/look/moc_SystemColours.cpp"

@@ -30,3 +30,5 @@ void Foot::paintEvent(QPaintEvent* event) {
     painter.setPen(palette().color(QPalette::Mid));
     painter.drawLine(0, 0, width(), 0);
 }
+
+#include "controls/window/moc_Foot.cpp"

@@ -186,3 +186,5 @@ void Form::advertir(QWidget* control, const QString& text) {
     showMessage(text, "Advertência", MessageIcon::exclamation);
     control->setFocus();
 }
+
+#include "controls/window/moc_Form.cpp"

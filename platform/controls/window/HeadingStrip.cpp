@@ -78,3 +78,5 @@ void HeadingStrip::refresh() {
     if (!iconName_.isEmpty())
         picture_->setPixmap(Icons::named(iconName_).pixmap(QSize(side, side), devicePixelRatioF()));
 }
+
+#include "controls/window/moc_HeadingStrip.cpp"

@@ -47,3 +47,5 @@ NavigationBar::NavigationBar(QWidget* parent) : QWidget(parent) {
 QToolButton* NavigationBar::button(int index) const {
     return buttons_.at(static_cast<std::size_t>(index));
 }
+
+#include "controls/window/moc_NavigationBar.cpp"

@@ -132,3 +132,5 @@ QString ReportOutput::askPath(const FileKind& kind) {
         return {};
     return path;
 }
+
+#include "print/output/moc_ReportOutput.cpp"

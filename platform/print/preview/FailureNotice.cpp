@@ -53,3 +53,5 @@ void FailureNotice::showState() {
     QAccessibleEvent alert(failed_, QAccessible::Alert);
     QAccessible::updateAccessibility(&alert);
 }
+
+#include "print/preview/moc_FailureNotice.cpp"

@@ -27,3 +27,5 @@ void FocusReturn::moved(QWidget* from, QWidget* to) {
     if (box != before_.end() && from && !leaving_)
         *box = within_.isAncestorOf(from) ? from : nullptr;
 }
+
+#include "print/preview/moc_FocusReturn.cpp"

@@ -86,3 +86,5 @@ void PageMouse::showCursor(QPoint at) {
     const bool text = point && view_.selection().isOnText(*point);
     view_.viewport()->setCursor(text ? Qt::IBeamCursor : Qt::OpenHandCursor);
 }
+
+#include "print/preview/moc_PageMouse.cpp"

@@ -293,3 +293,5 @@ void PageView::paintOne(QPainter& painter, int page) {
     report_.paintPage(painter, page, dotsPerInch());
     painter.restore();
 }
+
+#include "print/moc_PageView.cpp"

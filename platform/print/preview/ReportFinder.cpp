@@ -92,3 +92,5 @@ void ReportFinder::find(SearchDirection direction) {
                       ? "A busca chegou ao fim do relatório e continuou do início."
                       : "A busca chegou ao início do relatório e continuou do fim.");
 }
+
+#include "print/preview/moc_ReportFinder.cpp"

@@ -67,3 +67,5 @@ int ToolRows::arrange(const QRect& rect, bool move) const {
     }
     return at.y() + high - rect.top() + contentsMargins().bottom();
 }
+
+#include "print/preview/moc_ToolRows.cpp"

@@ -64,3 +64,5 @@ void ToolStrip::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     setMinimumHeight(layout()->heightForWidth(width()));
 }
+
+#include "print/preview/moc_ToolStrip.cpp"

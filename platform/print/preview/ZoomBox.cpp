@@ -53,3 +53,5 @@ void ZoomBox::showZoom() {
         return setCurrentIndex(findData(view_.percent()));
     }
 }
+
+#include "print/preview/moc_ZoomBox.cpp"

@@ -157,3 +157,5 @@ RowsState Relatorio::takeAll(const Run&, const ReportProgress& progress) {
     }
     return state();
 }
+
+#include "print/moc_Relatorio.cpp"
