@@ -24,8 +24,8 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 # Sources are compiled several at once: most of the time goes into reading headers of Qt and the
-# test library. So two files that are compiled alike don't use one name for two things, even
-# unnamed: ./test has clang-tidy read them all as one, and fails where they do.
+# test library. So two files of a target don't use one name for two things, even unnamed:
+# ./test has clang-tidy read all files of a target as one, and fails where they do.
 set(CMAKE_UNITY_BUILD ON)
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 16)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)

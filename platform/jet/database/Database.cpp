@@ -180,7 +180,7 @@ const std::optional<std::string>& Database::notice() const noexcept { return par
 const std::optional<std::string>& Database::damage() const noexcept { return parts_->damage; }
 bool Database::isBroken() const noexcept { return parts_->sharing && parts_->sharing->isBroken(); }
 std::optional<std::string> Database::readOnlyReason() {
-    return sentenceOf(parts_->hindrance(Presence::Look::around));
+    return Hindrance::told(parts_->hindrance(Presence::Look::around));
 }
 
 std::vector<std::string> Database::tableNames() const {

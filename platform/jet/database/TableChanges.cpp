@@ -32,7 +32,7 @@ Table::~Table() = default;
 
 std::optional<std::string> Table::readOnlyReason() {
     const auto file = parts_->owner.parts_->hindrance(Presence::Look::around);
-    return sentenceOf(file ? file : parts_->hindrance(*this));
+    return Hindrance::told(file ? file : parts_->hindrance(*this));
 }
 
 std::optional<Hindrance> Table::Parts::hindrance(Table& table) {

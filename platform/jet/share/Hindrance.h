@@ -32,10 +32,10 @@ struct Hindrance {
         const bool byOthers = why == Why::foreign || why == Why::otherName || why == Why::replaced;
         return {byOthers ? Errc::locked : Errc::readOnly, sentence};
     }
+    /// Its sentence, if there is one.
+    [[nodiscard]] static std::optional<std::string> told(const std::optional<Hindrance>& why) {
+        return why ? std::optional(why->sentence) : std::nullopt;
+    }
 };
-
-[[nodiscard]] inline std::optional<std::string> sentenceOf(const std::optional<Hindrance>& why) {
-    return why ? std::optional(why->sentence) : std::nullopt;
-}
 
 } // namespace jet
