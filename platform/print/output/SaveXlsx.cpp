@@ -240,12 +240,19 @@ SaveResult close(Workbook book, qint64 sheetBytes, QFile& packed, qint64 count,
     return {goOn ? SaveOutcome::saved : SaveOutcome::cancelled};
 }
 
-/// Copies what was packed; what the device refuses it knows itself.
-void copy(QFile& packed, QIODevice& file) {
+/// Copies what was packed; false if it can't be read again. What the device refuses it knows
+/// itself.
+bool copy(QFile& packed, QIODevice& file) {
     constexpr qint64 atOnce = 1 << 20;
     packed.seek(0);
-    while (!packed.atEnd() && file.write(packed.read(atOnce)) > 0) {
+    for (qint64 left = packed.size(); left > 0;) {
+        const QByteArray part = packed.read(atOnce);
+        if (part.isEmpty())
+            return false;
+        file.write(part);
+        left -= part.size();
     }
+    return true;
 }
 
 /// Writes the rows and all around them; false if `progress` stopped it.
@@ -301,8 +308,8 @@ SaveResult saveXlsx(Relatorio& report, const QString& path, const ReportProgress
         if (!bytes)
             return {SaveOutcome::failed, kDiskFull};
         SaveResult result = close(std::move(book), *bytes, packed, count, progress);
-        if (result.outcome == SaveOutcome::saved)
-            copy(packed, file);
+        if (result.outcome == SaveOutcome::saved && !copy(packed, file))
+            return {SaveOutcome::failed, kDiskFull};
         return result;
     });
 }
