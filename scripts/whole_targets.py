@@ -33,6 +33,8 @@ def main(build: Path, out: Path) -> None:
                 "arguments": arguments[arguments[0].endswith("ccache") :],
             }
         )
+    if not whole:
+        sys.exit(f"{build} compiles no sources several at once: there would be nothing to check")
     (out / "compile_commands.json").write_text(json.dumps(whole, indent=1))
 
 
