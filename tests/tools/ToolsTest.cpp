@@ -254,7 +254,7 @@ TEST_P(Tools, CheckTellsRowsThatBreakTheFilesRules) {
 
 TEST_P(Tools, CheckTellsWarningsApartFromErrors) {
     const std::string path = sample();
-    std::ofstream(path + "-journal", std::ios::binary) << "JETUNDO1";
+    std::ofstream(path + "-journal", std::ios::binary) << "JETUNDO2";
     const ProgramResult result = run({"check", path});
     EXPECT_EQ(result.code, 3);
     EXPECT_THAT(result.out, AllOf(StartsWith("aviso, página 0: arquivo: ao lado do arquivo"),

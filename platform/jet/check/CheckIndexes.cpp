@@ -2,6 +2,7 @@
 #include "jet/index/IndexTree.h"
 #include "jet/index/RowKey.h"
 #include "jet/row/LongValues.h"
+#include "jet/value/Checksum.h"
 
 #include <algorithm>
 
@@ -12,11 +13,8 @@ namespace {
 /// Expected entries held in memory at a time; indexes beyond that cost another pass over the rows.
 constexpr std::size_t kEntriesAtOnce = std::size_t{6} << 20;
 
-std::uint64_t hashOf(std::span<const std::byte> key, std::uint64_t least) noexcept {
-    std::uint64_t hash = 0xCBF29CE484222325U;
-    for (const std::byte b : key)
-        hash = (hash ^ std::to_integer<std::uint64_t>(b)) * 0x100000001B3U;
-    return std::max(hash, least);
+std::uint64_t sumOf(std::span<const std::byte> key, std::uint64_t least) noexcept {
+    return std::max(checksum(key), least);
 }
 
 } // namespace
@@ -36,7 +34,7 @@ std::uint64_t TableCheck::expectedEntry(std::size_t index, RowId id) {
               "linha " + std::to_string(id.slot) + ", índice \"" + indexName(index) + "\"");
     if (real.ignoreNulls && found.allNull)
         return kNoEntry;
-    return found.key ? hashOf(*found.key, kLeastHash) : std::uint64_t{kAnyKey};
+    return found.key ? sumOf(*found.key, kLeastSum) : std::uint64_t{kAnyKey};
 }
 
 void TableCheck::computeEntries(std::size_t first, std::size_t count,
@@ -116,7 +114,7 @@ std::uint64_t TableCheck::checkIndex(std::size_t index,
             findings.error(id.page, where, "o índice contém duas vezes a mesma linha", placeOf(id));
         met[at] = true;
         if (expected[at] == kNoEntry ||
-            (expected[at] >= kLeastHash && expected[at] != hashOf(key, kLeastHash)))
+            (expected[at] >= kLeastSum && expected[at] != sumOf(key, kLeastSum)))
             findings.error(id.page, where, "a chave do índice não é a da linha", placeOf(id));
     };
     const auto problem = [&](PageNo page, const std::string& reason) {

@@ -30,8 +30,8 @@ public:
 
 private:
     using PackedRow = std::uint32_t; ///< packed() of a RowId: there may be many millions
-    /// What an index must hold for a row: the hash of its key, or one of these.
-    enum : std::uint64_t { kNoEntry, kAnyKey, kUnknown, kLeastHash };
+    /// What an index must hold for a row: the checksum of its key, or one of these.
+    enum : std::uint64_t { kNoEntry, kAnyKey, kUnknown, kLeastSum };
 
     void checkPage(PageNo page);
     void checkRow(std::span<const std::byte> row, RowId id);

@@ -2,6 +2,7 @@
 
 #include "jet/Names.h"
 #include "jet/database/TableParts.h"
+#include "jet/value/Checksum.h"
 
 #include <algorithm>
 
@@ -17,12 +18,6 @@ std::optional<Bytes> behind(Bytes prefix) {
         return std::nullopt;
     prefix.back() = static_cast<std::byte>(std::to_integer<unsigned>(prefix.back()) + 1);
     return prefix;
-}
-
-std::uint64_t hashed(std::uint64_t hash, std::span<const std::byte> bytes) noexcept {
-    for (const std::byte b : bytes)
-        hash = (hash ^ std::to_integer<std::uint64_t>(b)) * 0x100000001B3U;
-    return hash;
 }
 
 } // namespace
@@ -90,11 +85,12 @@ std::optional<std::uint64_t> Table::rowVersion(RowId id) const {
 }
 
 std::uint64_t Table::rowVersion(const RowView& row) const {
-    std::uint64_t hash = hashed(0xCBF29CE484222325U, row.bytes());
+    std::uint64_t version = checksum(row.bytes());
     for (std::size_t i = 0; i < columns().size(); ++i)
         if (isLongValue(columns()[i].type) && !row.isNull(i))
-            hash = hashed(hash, readLongValue(parts_->pager, row.stored(i), definition().page()));
-    return hash;
+            version =
+                checksum(readLongValue(parts_->pager, row.stored(i), definition().page()), version);
+    return version;
 }
 
 IndexTree::Cursor Table::walk(std::size_t index) const {

@@ -1,7 +1,7 @@
 #include "jet/page/Pager.h"
 
 #include "jet/Waiting.h"
-#include "jet/page/Checksum.h"
+#include "jet/value/Checksum.h"
 
 #include <algorithm>
 #include <cassert>
@@ -140,7 +140,7 @@ std::span<std::byte> Pager::change(PageNo page) {
         const bool keepBefore = !undo_.empty() && !undo_.back().before.contains(page);
         if (!mine) {
             const PageRef committed = readCommitted(page);
-            origins_.insert_or_assign(page, checksumOf(committed.bytes()));
+            origins_.insert_or_assign(page, checksum(committed.bytes()));
             mine = std::make_shared<PageImage>(committed.bytes().begin(), committed.bytes().end());
         } else if (keepBefore || mine.use_count() > 2) {
             // Somebody may still look at the image as it is: they go on seeing that one.
@@ -202,7 +202,7 @@ ChangedPages Pager::changedPages() {
     changed.before = [this, old = PageImage()](PageNo page) mutable {
         old.resize(format_.pageSize);
         file_.read(std::uint64_t{number(page)} * format_.pageSize, old);
-        if (turns_ && checksumOf(old) != origins_.at(page))
+        if (turns_ && checksum(old) != origins_.at(page))
             turns_->refuseOvertaken();
         return std::span<const std::byte>(old);
     };

@@ -177,7 +177,7 @@ private:
 
     std::unordered_map<PageNo, std::shared_ptr<PageImage>> changed_;
     /// Checksums of the pages that the changed ones were made from.
-    std::unordered_map<PageNo, std::uint32_t> origins_;
+    std::unordered_map<PageNo, std::uint64_t> origins_;
     struct Undo {
         std::uint32_t pageCount;
         /// Each page changed since, as it was before (null: not changed before).

@@ -2,7 +2,7 @@
 
 #include "jet/Error.h"
 #include "jet/disk/SideFile.h"
-#include "jet/page/Checksum.h"
+#include "jet/value/Checksum.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,7 +12,8 @@ namespace jet {
 
 namespace {
 
-constexpr std::string_view kMagic = "JETUNDO1";
+/// The name and, last, the version: another one's sums or fields may be others.
+constexpr std::string_view kMagic = "JETUNDO2";
 
 // The header: what kMagic is followed by.
 constexpr Field<std::uint32_t> kPageSize{8};
@@ -56,14 +57,14 @@ public:
     explicit Writer(File& file) : file_(file) { buffer_.reserve(kPortion); }
 
     void put(std::span<const std::byte> bytes) {
-        sum_.add(bytes);
+        sum_ = checksum(bytes, sum_);
         if (buffer_.size() + bytes.size() > kPortion)
             flush();
         buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
     }
     void finish() {
         std::array<std::byte, kSum.size> sum{};
-        store(sum.data(), kSum, sum_.value());
+        store(sum.data(), kSum, sum_);
         put(sum);
         flush();
     }
@@ -77,11 +78,11 @@ private:
     File& file_;
     Bytes buffer_;
     std::uint64_t at_ = 0;
-    Checksum sum_;
+    std::uint64_t sum_ = 0;
 };
 
 std::uint64_t headerSum(const Bytes& bytes) {
-    return Checksum::of(std::span(bytes).first(kHeaderSum.at));
+    return checksum(std::span(bytes).first(kHeaderSum.at));
 }
 
 Bytes prefixOf(const JournalHeader& header, const Format& format) {
@@ -112,7 +113,11 @@ std::uint64_t Journal::identityOf(const File& database, const Format& format) {
     database.read(0, page);
     const auto pairs = page.begin() + static_cast<std::ptrdiff_t>(format.header.commitPairs.at);
     std::fill(pairs, pairs + CommitPairs::kBytes, std::byte{});
-    return Checksum::of(page);
+    return checksum(page);
+}
+
+std::uint32_t Journal::sectorSum(std::span<const std::byte> sector) noexcept {
+    return static_cast<std::uint32_t>(checksum(sector));
 }
 
 Journal::Journal(const std::filesystem::path& database, const Format& format, Disk& disk)
@@ -182,7 +187,7 @@ void Journal::write(const JournalHeader& header, const ChangedPages& changed) {
             store(head.data(), EntryLayout::hasBefore, hasBefore ? 1 : 0);
             for (std::size_t i = 0; i < format_.pageSize / kSector; ++i)
                 store(head.data(), EntryLayout::sum(i),
-                      checksumOf(page.content.subspan(i * kSector, kSector)));
+                      sectorSum(page.content.subspan(i * kSector, kSector)));
             writer.put(head);
             if (hasBefore)
                 writer.put(changed.before(page.number));
@@ -236,9 +241,8 @@ void Journal::remove() {
 Journal::Reader::Reader(const std::filesystem::path& path, const Format& format, Disk& disk, Of of)
     : file_(side::open(path, false, disk)), format_(format), of_(of) {
     const Bytes bytes = prefix();
-    isJournal_ = bytes.size() >= kMagic.size() &&
-                 std::memcmp(bytes.data(), kMagic.data(), kMagic.size()) == 0;
-    if (!isJournal_ || bytes.size() < kPrefix ||
+    kind_ = kindOf(bytes);
+    if (kind_ != Kind::journal || bytes.size() < kPrefix ||
         load(bytes.data(), kHeaderSum) != headerSum(bytes) ||
         load(bytes.data(), kPageSize) != format.pageSize)
         return;
@@ -255,6 +259,13 @@ Journal::Reader::Reader(const std::filesystem::path& path, const Format& format,
         header_ = header;
 }
 
+Journal::Reader::Kind Journal::Reader::kindOf(std::span<const std::byte> bytes) noexcept {
+    constexpr std::size_t kName = kMagic.size() - 1;
+    if (bytes.size() < kMagic.size() || std::memcmp(bytes.data(), kMagic.data(), kName) != 0)
+        return Kind::stranger;
+    return bytes[kName] == std::byte{kMagic.back()} ? Kind::journal : Kind::ofAnotherVersion;
+}
+
 /// As it was written: of an empty journal the beginning is missing.
 Bytes Journal::Reader::prefix() const {
     Bytes bytes(std::min<std::uint64_t>(file_.size(), kPrefix));
@@ -268,18 +279,16 @@ Bytes Journal::Reader::prefix() const {
 
 bool Journal::Reader::readAll(const std::function<void(const Entry&)>& visit) {
     const std::uint64_t size = file_.size();
-    std::uint64_t at = 0;
-    Checksum sum;
+    std::uint64_t at = kPrefix;
+    std::uint64_t sum = checksum(prefix());
     const auto take = [&](std::span<std::byte> into) {
         if (into.size() > size - at)
             return false;
         file_.read(at, into);
         at += into.size();
-        sum.add(into);
+        sum = checksum(into, sum);
         return true;
     };
-    sum.add(prefix());
-    at = kPrefix;
     Bytes head(EntryLayout::size(format_));
     Bytes page(format_.pageSize);
     const std::uint32_t oldEnd = header_->fileBefore;
@@ -301,7 +310,7 @@ bool Journal::Reader::readAll(const std::function<void(const Entry&)>& visit) {
     }
     if (std::max(next, oldEnd) != header_->fileAfter)
         return false;
-    const std::uint64_t expected = sum.value();
+    const std::uint64_t expected = sum;
     Bytes trailer(kSum.size);
     return take(trailer) && load(trailer.data(), kSum) == expected;
 }

@@ -26,7 +26,7 @@ struct JournalHeader {
 /// and on the disk before the first byte of the database changes; empty when none is being written.
 ///
 ///   offset  size
-///        0     8  "JETUNDO1"; zeros: empty, and what follows is of a transaction that is finished
+///        0     8  "JETUNDO2"; zeros: empty, and what follows is of a transaction that is finished
 ///        8     4  page size
 ///       12     4  user
 ///       16     4  announced pair
@@ -35,15 +35,16 @@ struct JournalHeader {
 ///       28     4  changes that follow
 ///       32     8  identity of the file
 ///       40    16  zero
-///       56     8  checksum of the 56 bytes before
+///       56     8  checksum() of the 56 bytes before
 ///       64   512  the commit pairs before
 ///   then for each change, in page order, every page new at the end of the file among them:
 ///              4  page number
 ///              4  1 if the old page follows, 0 for a page new at the end of the file
-///      4 for each 512 bytes of a page: checksum of its new content
+///      4 for each 512 bytes of a page: low half of the checksum() of its new content
 ///      page size  the old page
 ///   at the end
-///              8  checksum of everything before
+///              8  checksum() of everything before, part by part: the first 576 bytes, then of
+///                 each change what is ahead of the old page, and the old page
 ///
 /// The file stays, emptied by zeros over its beginning, while the database is open: then a
 /// transaction costs no change of names in the folder, and who copies the file meanwhile learns
@@ -55,6 +56,7 @@ public:
     [[nodiscard]] static std::filesystem::path pathFor(const std::filesystem::path& database);
     /// Of the first page, commit pairs aside: what a file keeps all its life.
     [[nodiscard]] static std::uint64_t identityOf(const File& database, const Format& format);
+    [[nodiscard]] static std::uint32_t sectorSum(std::span<const std::byte> sector) noexcept;
 
     /// What lies where a database's journal would.
     struct Found {
@@ -88,11 +90,11 @@ public:
 
     struct Entry {
         PageNo page;
-        std::span<const std::byte> before;    ///< empty for a page new at the end
-        std::span<const std::byte> checksums; ///< one for each sector of the new page
-        [[nodiscard]] std::uint32_t checksum(std::size_t sector) const noexcept {
+        std::span<const std::byte> before; ///< empty for a page new at the end
+        std::span<const std::byte> sums;   ///< one for each sector of the new page
+        [[nodiscard]] std::uint32_t sum(std::size_t sector) const noexcept {
             constexpr std::size_t kSize = Field<std::uint32_t>::size;
-            return load(checksums.data(), Field<std::uint32_t>{kSize * sector});
+            return load(sums.data(), Field<std::uint32_t>{kSize * sector});
         }
     };
     /// Reads the journal that is there.
@@ -107,20 +109,22 @@ public:
         [[nodiscard]] const std::optional<JournalHeader>& header() const noexcept {
             return header_;
         }
-        /// Whether its first bytes say that it is, or was to become, a journal.
-        [[nodiscard]] bool isJournal() const noexcept { return isJournal_; }
+        /// What its first bytes say that it is, or was to become.
+        enum class Kind : std::uint8_t { stranger, journal, ofAnotherVersion };
+        [[nodiscard]] Kind kind() const noexcept { return kind_; }
         /// Calls `visit` for each change. False, when all have been visited, if the bytes aren't
         /// those that were written: it was cut off.
         bool readAll(const std::function<void(const Entry&)>& visit);
 
     private:
+        [[nodiscard]] static Kind kindOf(std::span<const std::byte> bytes) noexcept;
         [[nodiscard]] Bytes prefix() const;
 
         File file_;
         const Format& format_;
         Of of_;
         std::optional<JournalHeader> header_;
-        bool isJournal_ = false;
+        Kind kind_ = Kind::stranger;
     };
 
 private:

@@ -1,6 +1,5 @@
 #include "jet/share/Recovery.h"
 
-#include "jet/page/Checksum.h"
 #include "jet/page/Header.h"
 
 #include <algorithm>
@@ -34,7 +33,7 @@ Comparison compare(Journal::Reader& journal, const File& database, const Format&
         database.read(at, page);
         for (std::size_t i = 0; i * Journal::kSector < format.pageSize; ++i) {
             const auto sector = std::span(page).subspan(i * Journal::kSector, Journal::kSector);
-            if (checksumOf(sector) == entry.checksum(i))
+            if (Journal::sectorSum(sector) == entry.sum(i))
                 continue;
             // What a disk shows at the end of a file that was growing is nobody's data.
             if (!entry.before.empty() &&
@@ -102,20 +101,24 @@ Recovery recover(File& database, const Format& format) {
 
     const CommitPairs pairs(database, format);
     const bool writing = pairs.find(CommitPairs::kWriting).has_value();
-    if (found.what == Journal::Found::What::unusable) {
+    const auto unusable = [&](const std::string& why) {
         if (writing)
             throw Error(Errc::readOnly, "Uma gravação foi interrompida e precisa ser desfeita "
                                         "antes que os dados possam ser lidos. " +
-                                            found.why);
-        return setAside(found.why);
-    }
+                                            why);
+        return setAside(why);
+    };
+    if (found.what == Journal::Found::What::unusable)
+        return unusable(found.why);
     Journal::Reader journal(path, format, disk);
+    if (journal.kind() == Journal::Reader::Kind::ofAnotherVersion)
+        return unusable("O registro dela é de outra versão deste programa, e só ela pode usá-lo.");
     Comparison state;
     if (journal.header())
         state = compare(journal, database, format);
     if (!journal.header() || !state.whole) {
         // Cut off while it was written: the file hadn't been touched yet.
-        if (!journal.isJournal())
+        if (journal.kind() != Journal::Reader::Kind::journal)
             return setAside("ele não é o registro de uma gravação.");
         if (!writing)
             return done(Recovery::Outcome::discarded);

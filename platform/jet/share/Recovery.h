@@ -33,8 +33,9 @@ struct Recovery {
 /// of that name, or what some other program has written since, are never overwritten with older
 /// pages: such a journal is renamed and reported.
 ///
-/// A journal that can't be used (see Journal::Found) is needed only if a pair says that somebody
-/// was writing; otherwise it is set aside like one that isn't this file's, or left.
+/// A journal that can't be used (see Journal::Found; or another version's) is needed only if a pair
+/// says that somebody was writing; otherwise it is set aside like one that isn't this file's, or
+/// left.
 ///
 /// @throws Error{io, full, readOnly} if the file can't be brought back now.
 [[nodiscard]] Recovery recover(File& database, const Format& format);

@@ -102,7 +102,7 @@ TEST(Check, TellsOfAJournalBesideTheFile) {
         SCOPED_TRACE(nameOf(version));
         DamagedFile file(version);
         const auto journal = Journal::pathFor(file.path());
-        std::ofstream(journal, std::ios::binary) << "JETUNDO1";
+        std::ofstream(journal, std::ios::binary) << "JETUNDO2";
         Report report = file.check();
         EXPECT_TRUE(report.sound());
         EXPECT_THAT(listed(report),

@@ -162,6 +162,27 @@ TEST_P(LeftJournal, CutOffIsSetAsideOnlyIfItWasNeeded) {
     EXPECT_EQ(contentOf(file), content);
 }
 
+// As older programs left them: their sums, too, were others.
+TEST_P(LeftJournal, OfAnotherVersionIsLeftForItIfItIsNeeded) {
+    DiskImage image = halfDone;
+    image[kJournal].at(7) = std::byte{'1'};
+    for (std::size_t at = 56; at < 64; ++at)
+        image[kJournal].at(at) ^= std::byte{0xFF};
+    MemoryDisk disk(image);
+    try {
+        Database file(kPath, on(disk));
+        FAIL();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.code(), Errc::readOnly);
+        EXPECT_THAT(error.what(), HasSubstr("O registro dela é de outra versão"));
+    }
+    EXPECT_EQ(disk.image().at(kPath), image.at(kPath));
+    EXPECT_EQ(disk.image().at(kJournal), image.at(kJournal));
+    // Before its transaction changed anything.
+    image[kPath] = before.at(kPath);
+    expectSetAside(image, "é de outra versão", true);
+}
+
 TEST_P(LeftJournal, OfAFinishedTransactionDoesNothing) {
     DiskImage image = halfDone;
     image[kPath] = after.at(kPath);

@@ -146,7 +146,7 @@ TEST_P(OneFile, BeingWrittenByWhoseLockFileWasDeletedIsNotRecovered) {
     // As in the middle of a transaction.
     File file(path, File::Mode::readWrite);
     CommitPairs::write(file, formatOf(GetParam()), 1, CommitPairs::kWriting);
-    std::ofstream(folder / "loja.mdb-journal") << "JETUNDO1";
+    std::ofstream(folder / "loja.mdb-journal") << "JETUNDO2";
     sentenceOf([&] { const Database second(path); }, Errc::locked);
     EXPECT_TRUE(there("loja.mdb-journal"));
 }
