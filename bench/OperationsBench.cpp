@@ -7,6 +7,7 @@
 #include "controls/box/ListView.h"
 #include "controls/window/NavigationBar.h"
 #include "controls/window/WindowList.h"
+#include "shell/Configuracao.h"
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
@@ -173,7 +174,7 @@ std::map<std::string, double> measure(std::int64_t cheques) {
     const auto folder = benchFolder() / std::to_string(cheques);
     std::filesystem::create_directory(folder);
     makeShop(folder / "automacao.mdb", {kClients, kBanks, cheques, 0});
-    Mirtal::DatabaseFolder = QString::fromStdString(folder.string());
+    Configuracao::DatabaseFolder = QString::fromStdString(folder.string());
     dbconectar::instance().abrir();
     addMeasuredClients(cheques);
     std::map<std::string, double> medians;

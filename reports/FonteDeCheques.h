@@ -2,8 +2,8 @@
 
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
+#include "print/ReportRows.h"
 #include "print/RowSource.h"
-#include "print/RowStore.h"
 #include "reports/Relatorios.h"
 
 /// The rows that a report's statement selects, in its columns, all of one state of the file,
@@ -40,7 +40,7 @@ private:
     bool fim_ = false;         ///< the last one has
     bool inteira_ = true;      ///< the part was read to its end
 
-    RowStore parte_;
+    ReportRows parte_;
     qint64 proxima_ = 0;                            ///< of the part's rows
     std::vector<std::vector<ReportValue>> abertas_; ///< some of them, that one among them
 };

@@ -9,8 +9,6 @@
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
 #include "reports/FrmFiltroRelat.h"
-#include "reports/frmRel_ChequesSF.h"
-#include "shell/MDICheques.h"
 #include "shell/frmAbout.h"
 #include "shell/frmcaminho.h"
 
@@ -24,22 +22,16 @@ void abrirEntrada() {
     FrmLancarCheques::instance().showModal();
 }
 
-void abrirFiltro() {
-    frmRel_ChequesSF::aoMostrar(
-        [](QWidget& relatorio) { MDICheques::instance().mostrarDentro(relatorio); });
-    FrmFiltroRelat::mostrar();
-}
-
 constexpr Comando kClientes{nullptr, [] { frmCliFor::instance().showModal(); }};
 constexpr Comando kBancos{nullptr, [] { frmBancos::instance().showModal(); }};
-constexpr Comando kSair{nullptr, [] { MDICheques::instance().encerrar(); }};
+constexpr Comando kSair{nullptr, nullptr};
 constexpr Comando kEntrada{nullptr, &abrirEntrada};
 constexpr Comando kBaixa{"Baixar", [] { FrmLocCHTerceiros::instance().showModal(); }};
 constexpr Comando kRenegociar{nullptr, [] { FrmRenegociar::instance().showModal(); }};
 constexpr Comando kSemFundos{nullptr, [] { FrmLancasSFundos::instance().showModal(); }};
 constexpr Comando kConsultar{nullptr, [] { FrmConsultaCH::instance().showModal(); }};
-constexpr Comando kRelCheques{"relch", &abrirFiltro};
-constexpr Comando kRelSemFundos{"relsf", &abrirFiltro};
+constexpr Comando kRelCheques{"relch", &FrmFiltroRelat::mostrar};
+constexpr Comando kRelSemFundos{"relsf", &FrmFiltroRelat::mostrar};
 constexpr Comando kApagar{nullptr, [] { FrmApagar::instance().showModal(); }};
 constexpr Comando kDiretorio{nullptr, [] { frmcaminho::instance().showModal(); }};
 constexpr Comando kSobre{nullptr, [] { frmAbout::instance().showModal(); }};

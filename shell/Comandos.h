@@ -9,7 +9,7 @@ namespace Comandos {
 /// Entry and button of the same choice share one.
 struct Comando {
     const char* modo;
-    void (*abrir)();
+    void (*abrir)(); ///< null: the program ends
 };
 
 struct Entrada {

@@ -14,6 +14,8 @@
 
 namespace Configuracao {
 
+QString DatabaseFolder;
+
 namespace {
 
 // A line longer than any path: a file that isn't ours must not fill the memory.

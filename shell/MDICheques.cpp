@@ -5,6 +5,7 @@
 #include "controls/window/MessageBox.h"
 #include "controls/window/WindowList.h"
 #include "jet/Error.h"
+#include "reports/frmRel_ChequesSF.h"
 #include "shell/AreaDeTrabalho.h"
 #include "shell/BarraDeStatus.h"
 #include "shell/Comandos.h"
@@ -44,9 +45,10 @@ MDICheques::MDICheques() : StatusBar1(new BarraDeStatus) {
     montarFerramentas();
     setStatusBar(StatusBar1);
     lembrarLugar();
+    frmRel_ChequesSF::aoMostrar([this](QWidget& relatorio) { mostrarDentro(relatorio); });
 }
 
-MDICheques::~MDICheques() = default;
+MDICheques::~MDICheques() { frmRel_ChequesSF::aoMostrar({}); }
 
 MDICheques& MDICheques::instance() { return WindowList::instance().one<MDICheques>(); }
 
@@ -126,7 +128,7 @@ void MDICheques::executar(const Comandos::Comando* comando) {
         if (comando->modo)
             Mirtal::modo = comando->modo;
         const auto antes = tentadoCom_;
-        comando->abrir();
+        comando->abrir ? comando->abrir() : encerrar();
         if (tentadoCom_ == antes)
             tentadoCom_.reset(); // it wasn't the end
     });

@@ -17,7 +17,6 @@ using namespace std::chrono_literals;
 namespace Mirtal {
 
 QString modo;
-QString DatabaseFolder;
 bool registroEscolhido = false;
 qint32 lancamentoEscolhido = 0;
 

@@ -21,8 +21,6 @@ namespace Mirtal {
 /// Which of its uses the next shared window is opened for: "Baixar", "localizarCH", "localizarSF",
 /// "Consulta", "relch", "relsf", or "" for none.
 extern QString modo;
-/// The folder of the database, as init.ini has it. Set once, at the start.
-extern QString DatabaseFolder;
 
 /// Whether the operator has chosen a cheque in the list, and its `lancamento`.
 extern bool registroEscolhido;

@@ -158,9 +158,9 @@ QString desfecho() {
 
 /// While the engine waits for another station the windows stay painted, the hourglass is on show
 /// and, when it takes longer, the status bar says what is waited for. Nothing else happens.
-class Espera {
+class EsperaPorEstacao {
 public:
-    Espera() {
+    EsperaPorEstacao() {
         fim_.setSingleShot(true);
         fim_.setInterval(kDepois);
         QObject::connect(&fim_, &QTimer::timeout, [this] { terminar(); });
@@ -276,7 +276,7 @@ int executarPrograma(int argc, char** argv) {
     aplicarEstilo(aplicacao);
     QApplication::setWindowIcon(Icons::named("valtrino"));
     setFailureHandler(&atenderFalha);
-    Espera espera;
+    EsperaPorEstacao espera;
     jet::setWaitHook([&espera] { espera.mostrar(); });
     MDICheques::mostrarMensagens();
 

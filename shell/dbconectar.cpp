@@ -4,7 +4,6 @@
 #include "controls/window/MessageBox.h"
 #include "jet/Error.h"
 #include "shell/Configuracao.h"
-#include "shell/Mirtal.h"
 
 #include <iterator>
 #include <memory>
@@ -90,7 +89,7 @@ void dbconectar::descartar() { unico().reset(); }
 // Deliberate: nothing is put between folder and file name and nothing taken away, so a folder that
 // ends in a backslash gives two. Only one that would break the string is put in quotes.
 dbconectar::dbconectar() {
-    const QString arquivo = Mirtal::DatabaseFolder + kArquivo;
+    const QString arquivo = Configuracao::DatabaseFolder + kArquivo;
     Automacao.setConnectionString(kProvedor + ado::quotedValue(arquivo.toStdString()));
 }
 

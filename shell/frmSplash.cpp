@@ -5,7 +5,6 @@
 #include "controls/window/WindowList.h"
 #include "shell/Configuracao.h"
 #include "shell/MDICheques.h"
-#include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
 #include <QCloseEvent>
@@ -36,7 +35,7 @@ void frmSplash::Form_Load() {
     centre();
     show();
     pintar();
-    Mirtal::DatabaseFolder = Configuracao::pastaDosDados(Configuracao::pastaDoPrograma());
+    Configuracao::DatabaseFolder = Configuracao::pastaDosDados(Configuracao::pastaDoPrograma());
     dbconectar::instance().abrir();
     Timer1.start();
 }

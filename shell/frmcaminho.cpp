@@ -2,7 +2,6 @@
 
 #include "controls/window/WindowList.h"
 #include "shell/Configuracao.h"
-#include "shell/Mirtal.h"
 
 #include <QApplication>
 #include <QDir>
@@ -35,7 +34,7 @@ frmcaminho& frmcaminho::instance() { return WindowList::instance().one<frmcaminh
 
 void frmcaminho::Form_Load() {
     posicionar();
-    const QString& pasta = Mirtal::DatabaseFolder;
+    const QString& pasta = Configuracao::DatabaseFolder;
     Drive1->setDriveOf(pasta.isEmpty() ? QDir::currentPath() : pasta);
     if (!pasta.isEmpty())
         Dir1->setPath(pasta);

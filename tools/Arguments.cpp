@@ -23,7 +23,7 @@ std::optional<std::int64_t> wholeNumber(std::string_view text) {
 
 } // namespace
 
-Arguments::Arguments(const Command& command, std::span<const std::string_view> words) {
+Arguments::Arguments(const ToolCommand& command, std::span<const std::string_view> words) {
     bool onlyOperands = false;
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string_view word = words[i];

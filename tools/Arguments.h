@@ -22,7 +22,7 @@ struct Option {
 class Arguments;
 
 /// One of the things the program does.
-struct Command {
+struct ToolCommand {
     const char* name;
     const char* operands; ///< their names as the help shows them, one word each
     const char* summary;
@@ -42,7 +42,7 @@ class Arguments {
 public:
     /// `words` is what stands behind the command's name; an option's value follows it, or stands
     /// behind a "=". After "--" all words are operands.
-    Arguments(const Command& command, std::span<const std::string_view> words);
+    Arguments(const ToolCommand& command, std::span<const std::string_view> words);
 
     [[nodiscard]] const std::string& operand(std::size_t place) const { return operands_[place]; }
     [[nodiscard]] std::filesystem::path path() const { return operands_.front(); }

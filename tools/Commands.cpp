@@ -22,7 +22,7 @@ constexpr Option kDumpOptions[] = {
     {"--csv", nullptr, "em CSV (RFC 4180), e não em colunas alinhadas"},
 };
 
-constexpr Command kCreate{
+constexpr ToolCommand kCreate{
     "create",
     "ARQUIVO",
     "Cria um banco de dados vazio",
@@ -31,7 +31,7 @@ constexpr Command kCreate{
     kCreateOptions,
     runCreate};
 
-constexpr Command kSample{
+constexpr ToolCommand kSample{
     "sample",
     "ARQUIVO",
     "Cria um banco de dados com registros inventados",
@@ -42,7 +42,7 @@ constexpr Command kSample{
     kSampleOptions,
     runSample};
 
-constexpr Command kCheck{
+constexpr ToolCommand kCheck{
     "check",
     "ARQUIVO",
     "Verifica um banco de dados inteiro, e as regras dele",
@@ -57,7 +57,7 @@ constexpr Command kCheck{
     {},
     runCheck};
 
-constexpr Command kDump{
+constexpr ToolCommand kDump{
     "dump",
     "ARQUIVO TABELA",
     "Mostra os registros de uma tabela",
@@ -68,7 +68,7 @@ constexpr Command kDump{
     kDumpOptions,
     runDump};
 
-constexpr Command kTables{
+constexpr ToolCommand kTables{
     "tables",
     "ARQUIVO",
     "Lista as tabelas de um banco de dados",
@@ -77,7 +77,7 @@ constexpr Command kTables{
     {},
     runTables};
 
-constexpr Command kCompact{
+constexpr ToolCommand kCompact{
     "compact",
     "ORIGEM DESTINO",
     "Copia um banco de dados sem o espaço que ninguém usa",
@@ -87,7 +87,7 @@ constexpr Command kCompact{
     {},
     runCompact};
 
-constexpr Command kSalvage{
+constexpr ToolCommand kSalvage{
     "salvage",
     "ORIGEM DESTINO",
     "Salva o que se lê de um banco de dados danificado",
@@ -99,7 +99,7 @@ constexpr Command kSalvage{
     {},
     runSalvage};
 
-constexpr Command kRestore{
+constexpr ToolCommand kRestore{
     "restore",
     "CÓPIA ARQUIVO",
     "Põe uma cópia de segurança no lugar do banco de dados",
@@ -108,7 +108,7 @@ constexpr Command kRestore{
     {},
     runRestore};
 
-constexpr Command kMove{
+constexpr ToolCommand kMove{
     "move",
     "ARQUIVO PASTA",
     "Muda um banco de dados de pasta, com as cópias de segurança dele",
@@ -117,9 +117,9 @@ constexpr Command kMove{
     {},
     runMove};
 
-constexpr Command kCommands[] = {kCreate,  kSample,  kCheck,   kDump, kTables,
-                                 kCompact, kSalvage, kRestore, kMove};
+constexpr ToolCommand kCommands[] = {kCreate,  kSample,  kCheck,   kDump, kTables,
+                                     kCompact, kSalvage, kRestore, kMove};
 
 } // namespace
 
-std::span<const Command> commands() { return kCommands; }
+std::span<const ToolCommand> commands() { return kCommands; }

@@ -9,7 +9,7 @@ inline constexpr int kWrongUsage = 2;
 inline constexpr int kWarnings = 3; ///< a check found something, but no error
 
 /// Everything the program does, in the order of its help.
-[[nodiscard]] std::span<const Command> commands();
+[[nodiscard]] std::span<const ToolCommand> commands();
 
 /// What the commands do; each is described where commands() lists it. All of them may throw
 /// jet::Error and UsageError.

@@ -81,7 +81,7 @@ private:
               void (Filler::*make)(RowMaker&, std::int64_t)) {
         RowMaker row(database_.table(table));
         for (std::int64_t done = 0; done < count;) {
-            jet::Transaction transaction(database_);
+            jet::DatabaseTransaction transaction(database_);
             for (const std::int64_t end = std::min(count, done + kRowsAtOnce); done < end; ++done) {
                 row.clear();
                 (this->*make)(row, done);

@@ -28,7 +28,7 @@ void printPair(const std::string& left, std::string_view right, std::size_t widt
 void printHelp() {
     std::cout << "Ferramenta do técnico para o arquivo automacao.mdb.\n\n"
               << "Uso: " << kProgram << " COMANDO ARQUIVO ... [opções]\n\nComandos:\n";
-    for (const Command& command : commands())
+    for (const ToolCommand& command : commands())
         printPair(command.name, command.summary, 8);
     std::cout
         << "\n\"" << kProgram << " COMANDO --help\" explica cada um.\n\n"
@@ -36,7 +36,7 @@ void printHelp() {
            "3 se uma verificação não achou erros, mas algo a avisar.\n";
 }
 
-void printHelp(const Command& command) {
+void printHelp(const ToolCommand& command) {
     std::cout << "Uso: " << kProgram << ' ' << command.name << ' ' << command.operands
               << (command.options.empty() ? "" : " [opções]") << "\n\n"
               << command.summary << ".\n\n"
@@ -61,7 +61,7 @@ int run(std::span<const std::string_view> words) {
         printHelp();
         return kDone;
     }
-    const auto command = std::ranges::find(commands(), words[0], &Command::name);
+    const auto command = std::ranges::find(commands(), words[0], &ToolCommand::name);
     if (command == commands().end())
         throw UsageError("O comando \"" + std::string(words[0]) + "\" não existe.");
     const auto rest = words.subspan(1);

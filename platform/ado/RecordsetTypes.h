@@ -18,8 +18,8 @@ namespace ado {
 ///
 /// A list is what has a condition, a filter or an order other than the key's. "Is there" is meant
 /// for Find(), every move, setFilter(), setSort() and RecordCount(): whichever comes first after
-/// the news takes them in. The place stays with its row; when that has been deleted, MoveNext()
-/// goes to the row after it and MovePrevious() to the one before. Taking in the news costs a list
+/// a change takes it in. The place stays with its row; when that has been deleted, MoveNext()
+/// goes to the row after it and MovePrevious() to the one before. Taking it in costs a list
 /// one new reading of its rows, and nothing when nobody else has written.
 ///
 /// Of a join all types see the rows that there were when they were fetched, with their fields as

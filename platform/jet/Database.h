@@ -170,12 +170,12 @@ private:
 };
 
 /// All changes made while it lives, or none.
-class Transaction {
+class DatabaseTransaction {
 public:
-    explicit Transaction(Database& database) : database_(database) { database_.begin(); }
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-    ~Transaction();
+    explicit DatabaseTransaction(Database& database) : database_(database) { database_.begin(); }
+    DatabaseTransaction(const DatabaseTransaction&) = delete;
+    DatabaseTransaction& operator=(const DatabaseTransaction&) = delete;
+    ~DatabaseTransaction();
     void commit() {
         database_.commit();
         done_ = true;

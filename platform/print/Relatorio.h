@@ -1,8 +1,8 @@
 #pragma once
 
 #include "print/ReportLayout.h"
+#include "print/ReportRows.h"
 #include "print/RowSource.h"
-#include "print/RowStore.h"
 
 #include <QHash>
 #include <QList>
@@ -93,7 +93,7 @@ public:
     [[nodiscard]] RowsState state() const noexcept { return shown_.state; }
     [[nodiscard]] bool isComplete() const noexcept { return state() == RowsState::complete; }
     /// The rows that the pages show.
-    [[nodiscard]] const RowStore& rows() const noexcept { return shown_.rows; }
+    [[nodiscard]] const ReportRows& rows() const noexcept { return shown_.rows; }
     /// How many have been taken in so far; fewer than those on show while they come anew.
     [[nodiscard]] qint64 taken() const noexcept {
         return shown_.again ? shown_.again->size() : shown_.rows.size();
@@ -190,8 +190,8 @@ private:
         RowsState state = RowsState::complete;
         QStringList columns;
         QList<qsizetype> detailColumns;
-        RowStore rows;
-        std::optional<RowStore> again; ///< the rows that come anew, as long as they are fewer
+        ReportRows rows;
+        std::optional<ReportRows> again; ///< the rows that come anew, as long as they are fewer
     };
 
     [[nodiscard]] Content contentOver(std::unique_ptr<RowSource> source) const;

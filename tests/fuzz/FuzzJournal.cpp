@@ -66,7 +66,7 @@ Base makeBase(Version version) {
     const Format& format = base.format;
     {
         Database file(kPath, on(disk));
-        Transaction all(file);
+        DatabaseTransaction all(file);
         file.table("Cheques").insert(Row{Value(), std::int64_t{1}, Value(), Value(), Value(),
                                          std::string(3 * format.pageSize, 'o'), true});
         all.commit();

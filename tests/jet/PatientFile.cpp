@@ -50,7 +50,7 @@ std::vector<RowId> makePatient(Database& database) {
     });
     std::vector<RowId> rows;
     rows.reserve(kRows);
-    Transaction all(database);
+    DatabaseTransaction all(database);
     for (std::int64_t i = 0; i < kClients; ++i)
         clients.insert(Row{i, "Cliente " + std::to_string(i)});
     for (int i = 0; i < kRows; ++i)

@@ -43,7 +43,7 @@ std::uint64_t hashOf(const Row& row) {
 
 template <class Change>
 void inTransaction(Database& file, Change&& change) {
-    Transaction transaction(file);
+    DatabaseTransaction transaction(file);
     change();
     transaction.commit();
 }

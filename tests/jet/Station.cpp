@@ -47,7 +47,7 @@ void count(Database& file, int times) {
     Table& table = file.table("contador");
     const RowId id = firstRow(table);
     for (int i = 0; i < times; ++i) {
-        Transaction transaction(file);
+        DatabaseTransaction transaction(file);
         file.claim();
         set(table, id, valueOf(table, id) + 1);
         transaction.commit();
@@ -79,7 +79,7 @@ void transfer(Database& file, Table& table, const std::vector<RowId>& ids, unsig
     random = random * 1103515245U + 12345U;
     const RowId from = ids[(random >> 16) % ids.size()];
     const RowId to = ids[(random >> 8) % ids.size()];
-    Transaction transaction(file);
+    DatabaseTransaction transaction(file);
     file.claim();
     set(table, from, valueOf(table, from) - 5);
     set(table, to, valueOf(table, to) + 5);
@@ -174,7 +174,7 @@ void make(const std::string& path, const std::string& version) {
 
 void hold(Database& file) {
     Table& table = file.table("contador");
-    Transaction transaction(file);
+    DatabaseTransaction transaction(file);
     set(table, firstRow(table), 1000);
     untilInputEnds();
 }

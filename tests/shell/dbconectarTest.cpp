@@ -2,7 +2,6 @@
 
 #include "jet/Error.h"
 #include "shell/Configuracao.h"
-#include "shell/Mirtal.h"
 #include "support/ShopTest.h"
 
 #include <gmock/gmock.h>
@@ -22,7 +21,7 @@ protected:
     /// A connection made anew for a folder.
     static dbconectar& restart(const QString& folder) {
         dbconectar::descartar();
-        Mirtal::DatabaseFolder = folder;
+        Configuracao::DatabaseFolder = folder;
         return data();
     }
     static std::string openingFailure() {

@@ -1,6 +1,7 @@
 #include "support/ShopTest.h"
 
 #include "jet/Check.h"
+#include "shell/Configuracao.h"
 #include "shell/Mirtal.h"
 #include "tools/ShopSchema.h"
 
@@ -9,7 +10,7 @@ void ShopTest::SetUp() {
     Mirtal::modo.clear();
     Mirtal::registroEscolhido = false;
     Mirtal::lancamentoEscolhido = 0;
-    Mirtal::DatabaseFolder = QString::fromStdString(shop_.folder().string());
+    Configuracao::DatabaseFolder = QString::fromStdString(shop_.folder().string());
     data().abrir();
 }
 

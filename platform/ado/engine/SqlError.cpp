@@ -15,12 +15,12 @@ using jet::Error;
 namespace {
 
 /// How SQLite says that a name is unknown, and how the operator is told.
-struct Message {
+struct KnownError {
     std::string_view beginning;
     Errc code;
     const char* portuguese;
 };
-constexpr Message kMessages[] = {
+constexpr KnownError kKnownErrors[] = {
     {"no such column: ",        Errc::notFound, "Não existe o campo "      },
     {"no such table: ",         Errc::notFound, "Não existe a tabela "     },
     {"no such function: ",      Errc::notFound, "Não existe a função "   },
@@ -39,7 +39,7 @@ void throwSqlError(sqlite3* handle, int result) {
     if (result == SQLITE_AUTH || message == "not authorized")
         throw Error(Errc::notFound,
                     "Foi pedida uma tabela ou função que não existe neste banco de dados.");
-    for (const Message& known : kMessages) {
+    for (const KnownError& known : kKnownErrors) {
         if (message.starts_with(known.beginning))
             throw Error(known.code, known.portuguese + std::string("\"") +
                                         std::string(message.substr(known.beginning.size())) +

@@ -22,7 +22,7 @@ std::string by(const std::vector<std::string>& writers) {
 
 Shown Recordset::Parts::shown(std::size_t table) {
     return session.database().onSnapshot([&]() -> Shown {
-        takeNews();
+        applyChanges();
         checkPlace();
         requireRow();
         const jet::RowView* const row = view(table);
@@ -70,10 +70,10 @@ void Recordset::Parts::assign(std::size_t field, const Value& value) {
     Value stored = storable(place, value);
     if (edit == ado::EditMode::None) {
         const jet::Reading reading(session.database());
-        takeNews();
+        applyChanges();
         checkPlace();
         requireRow();
-        static_cast<void>(look());
+        static_cast<void>(see());
         beginEdit(asSeen() ? currentVersion() : std::nullopt);
     }
     assigned[place.column] = std::move(stored);
@@ -144,7 +144,7 @@ void Recordset::Parts::erase(const Shown* asShown) {
                                                                : table().rowVersion(row);
     forgetEdit();
     session.erase(table(), row, expected);
-    takeNews();
+    applyChanges();
     at = At::gone;
 }
 

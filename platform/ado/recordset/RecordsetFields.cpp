@@ -40,7 +40,7 @@ const jet::RowView* Recordset::Parts::view(std::size_t table) {
     return found;
 }
 
-const jet::RowView& Recordset::Parts::look() {
+const jet::RowView& Recordset::Parts::see() {
     const jet::RowView& row = *view(0);
     if (!seen) {
         seen = hashOf(row);
@@ -61,13 +61,13 @@ Value Recordset::Parts::value(std::size_t field) {
     if (edit == ado::EditMode::Add)
         return {};
     return session.database().onSnapshot([&]() -> Value {
-        takeNews();
+        applyChanges();
         checkPlace();
         requireRow();
         if (!query.live())
             return static_cast<const ComputedRows&>(*rows).cell(place.column);
         if (query.updatable())
-            return look().value(place.column);
+            return see().value(place.column);
         const jet::RowView* row = view(place.table);
         return row != nullptr ? row->value(place.column) : Value{};
     });

@@ -50,10 +50,10 @@ void goneOrChanged() {
         "lido. Nada foi gravado; localize o registro outra vez e repita a alteração.");
 }
 
-// ---- news -------------------------------------------------------------------------------------
+// ---- changes ----------------------------------------------------------------------------------
 
 void Recordset::Parts::reload() {
-    known = session.now();
+    applied = session.logEnd();
     knowsAll = true;
     outdated = false;
     changed.clear();
@@ -62,7 +62,7 @@ void Recordset::Parts::reload() {
 }
 
 void Recordset::Parts::refresh() {
-    takeNews();
+    applyChanges();
     if (!rows->refresh(knowsAll ? &changed : nullptr))
         return reload();
     knowsAll = true;
@@ -72,7 +72,7 @@ void Recordset::Parts::refresh() {
 }
 
 void Recordset::Parts::catchUp() {
-    takeNews();
+    applyChanges();
     if (outdated && dynamic && rows->isRenewable())
         renew();
     checkPlace();
@@ -80,7 +80,7 @@ void Recordset::Parts::catchUp() {
 
 void Recordset::Parts::renew() {
     const bool same = at == At::row && isSameRow();
-    known = session.now();
+    applied = session.logEnd();
     const bool stays = rows->renew(same);
     if (at == At::row && !stays) {
         at = At::gone;
@@ -106,18 +106,18 @@ bool Recordset::Parts::isSameRow() {
     });
 }
 
-void Recordset::Parts::takeNews() {
-    const auto news = session.since(known);
-    if (!news) {
+void Recordset::Parts::applyChanges() {
+    const auto changes = session.changesSince(applied);
+    if (!changes) {
         knowsAll = false;
         outdated = unsure = true;
         return;
     }
-    if (news->empty())
+    if (changes->empty())
         return;
     for (std::size_t i = 0; i < query.tables().size(); ++i) {
         std::unordered_set<std::int64_t> erased;
-        for (const RowChange& change : *news) {
+        for (const RowChange& change : *changes) {
             if (query.tables()[i] != change.table)
                 continue;
             if (change.kind == RowChange::Kind::erased)

@@ -27,7 +27,7 @@ struct Recordset::Parts final : SessionUser {
     /// The same, for the changed rows only where that can be told.
     void refresh();
     /// Takes in what has happened through the connection since last time: rows erased go at once.
-    void takeNews();
+    void applyChanges();
     /// The same, and what others have done, as the kind of cursor promises.
     void catchUp();
     /// Asks for the rows anew; the place stays with its row.
@@ -44,8 +44,8 @@ struct Recordset::Parts final : SessionUser {
     [[nodiscard]] Value value(std::size_t field);
     /// The row of a table at the place it stands on, or null where an outer join has none.
     [[nodiscard]] const jet::RowView* view(std::size_t table);
-    /// The same of the one table of an updatable recordset, and remembers how it looked.
-    [[nodiscard]] const jet::RowView& look();
+    /// The same of the one table of an updatable recordset, from here on `seen`.
+    [[nodiscard]] const jet::RowView& see();
     /// Whether the current row is still as it was when it was first read.
     [[nodiscard]] bool asSeen();
     /// As the field's column is to hold it. An empty box stands for null where the file takes no
@@ -82,7 +82,7 @@ struct Recordset::Parts final : SessionUser {
     std::vector<jet::RowReader> readers; ///< one for each table
     At at = At::afterLast;
 
-    NewsPlace known;                 ///< the news taken in
+    LogPosition applied;             ///< the changes taken in
     bool knowsAll = true;            ///< none were missed since the rows were asked for
     bool outdated = false;           ///< others have written since the rows were asked for
     bool unsure = false;             ///< and since the place was last checked

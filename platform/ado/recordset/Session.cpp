@@ -9,9 +9,9 @@ namespace ado {
 
 namespace {
 
-/// News kept at most. A recordset that has missed more than half of them reads everything again,
+/// Changes kept at most. A recordset that has missed more than half of them reads everything again,
 /// which then costs about the same.
-constexpr std::size_t kMostNews = 8192;
+constexpr std::size_t kLongestLog = 8192;
 
 jet::Database::Options on(jet::Disk* disk) {
     jet::Database::Options options;
@@ -47,17 +47,17 @@ void Session::beginEpoch() {
     generation_ = database_.generation();
     refreshes_ = database_.refreshes();
     ++epoch_;
-    dropped_ += news_.size();
-    news_.clear();
+    dropped_ += log_.size();
+    log_.clear();
 }
 
 void Session::note(const RowChange& change) {
     settle();
-    if (news_.size() == kMostNews) {
-        dropped_ += kMostNews / 2;
-        news_.erase(news_.begin(), news_.begin() + kMostNews / 2);
+    if (log_.size() == kLongestLog) {
+        dropped_ += kLongestLog / 2;
+        log_.erase(log_.begin(), log_.begin() + kLongestLog / 2);
     }
-    news_.push_back(change);
+    log_.push_back(change);
     if (database_.inTransaction())
         undo_.push_back(change);
 }
@@ -105,7 +105,7 @@ void Session::end(void (jet::Database::*way)()) {
 }
 
 void Session::rollback() {
-    // Without asking the file for news: were they not to be had, nothing would be undone.
+    // Without asking what others have done: could that not be told, nothing would be undone.
     undone_ = undone_ || !undo_.empty();
     if (database_.generation() != generation_)
         beginEpoch();
@@ -151,18 +151,18 @@ void Session::flushWhileReading() {
     }
 }
 
-NewsPlace Session::now() {
+LogPosition Session::logEnd() {
     lookForStrangers();
     flushWhileReading();
-    return {epoch_, dropped_ + news_.size()};
+    return {epoch_, dropped_ + log_.size()};
 }
 
-std::optional<std::vector<RowChange>> Session::since(NewsPlace& place) {
-    const NewsPlace from = std::exchange(place, now());
-    if (from.epoch != place.epoch || from.number < dropped_)
+std::optional<std::vector<RowChange>> Session::changesSince(LogPosition& position) {
+    const LogPosition from = std::exchange(position, logEnd());
+    if (from.epoch != position.epoch || from.number < dropped_)
         return std::nullopt;
-    return std::vector(news_.begin() + static_cast<std::ptrdiff_t>(from.number - dropped_),
-                       news_.end());
+    return std::vector(log_.begin() + static_cast<std::ptrdiff_t>(from.number - dropped_),
+                       log_.end());
 }
 
 } // namespace ado

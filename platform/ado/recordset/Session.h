@@ -19,9 +19,9 @@ struct RowChange {
     Kind kind;
 };
 
-/// A place in the news of a session: everything before it is known to its holder. News of an older
-/// `epoch` are lost, as the file has changed in ways that nobody has told of.
-struct NewsPlace {
+/// A position in the change log of a session: everything before it is known to its holder. The log
+/// of an older `epoch` is lost, as the file has changed in ways that nobody has told of.
+struct LogPosition {
     std::uint64_t epoch = 0;
     std::uint64_t number = 0;
 };
@@ -36,8 +36,8 @@ protected:
     ~SessionUser() = default;
 };
 
-/// What a connection has while it is open: the file, SQLite over it, the recordsets, and the news:
-/// the changes made through it, which spare a recordset reading everything again.
+/// What a connection has while it is open: the file, SQLite over it, the recordsets, and the
+/// log of the changes made through it, which spares a recordset reading everything again.
 ///
 /// The file's generation tells of changes that didn't come through here (another program, or the
 /// engine's own users): then a new epoch begins, and every recordset's next Requery() reads all.
@@ -62,17 +62,17 @@ public:
     void begin();
     void commit() { end(&jet::Database::commit); }
     void commitLater() { end(&jet::Database::commitLater); }
-    /// The news then tell of the opposite of what the transaction did.
+    /// The log then tells of the opposite of what the transaction did.
     void rollback();
     void flushIfDue();
     void flush();
     void discard();
     [[nodiscard]] bool hasUndone() noexcept { return std::exchange(undone_, false); }
 
-    /// Where the news end now.
-    [[nodiscard]] NewsPlace now();
-    /// What has come since `place`, which moves to the end. Nothing if that can't be told.
-    [[nodiscard]] std::optional<std::vector<RowChange>> since(NewsPlace& place);
+    /// Where the log ends now.
+    [[nodiscard]] LogPosition logEnd();
+    /// What has come since `position`, which moves to the end. Nothing if that can't be told.
+    [[nodiscard]] std::optional<std::vector<RowChange>> changesSince(LogPosition& position);
 
     void enter(SessionUser& user) { users_.push_back(&user); }
     void leave(SessionUser& user) noexcept { std::erase(users_, &user); }
@@ -95,7 +95,7 @@ private:
     std::uint64_t generation_; ///< of the file when last looked at
     std::uint64_t refreshes_;  ///< the same: grows when another station has written
     std::uint64_t epoch_ = 1;
-    std::vector<RowChange> news_; ///< the newest; those before were dropped
+    std::vector<RowChange> log_;  ///< the newest; those before were dropped
     std::uint64_t dropped_ = 0;   ///< how many
     std::vector<RowChange> undo_; ///< of the open transaction
     bool undone_ = false;         ///< changes of the last transaction, not asked for yet

@@ -14,14 +14,14 @@
 namespace {
 
 /// The text of a control and what puts its value back.
-struct Held {
+struct Restorable {
     QString text;
     bool changeable = true;
     std::function<void()> restore;
 };
 
 // The special boxes before the text box that they are as well.
-Held held(QWidget& widget) {
+Restorable restorable(QWidget& widget) {
     if (auto* money = qobject_cast<MoneyEdit*>(&widget))
         return {formatMoneyExactly(money->valor()), !money->isReadOnly(),
                 [money, valor = money->valor()] { money->setValor(valor); }};
@@ -60,7 +60,7 @@ EntryValues::EntryValues(const QWidget& window) {
          widget = widget->nextInFocusChain()) {
         if (isPartOfControl(*widget))
             continue;
-        Held now = held(*widget);
+        Restorable now = restorable(*widget);
         if (now.restore)
             entries_.push_back(
                 {widget, nameOf(*widget), now.text, now.changeable, std::move(now.restore)});

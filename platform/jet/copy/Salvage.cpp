@@ -63,7 +63,7 @@ void enterUnlisted(const UnnamedFile& copy, const SourceFile& source,
     Database database(copy.path(), {false, {}, source.header().password, &copy.disk()});
     Table objects(database, "MSysObjects", kObjectsPage);
     Table rights(database, "MSysACEs", kRightsPage);
-    Transaction changes(database);
+    DatabaseTransaction changes(database);
     completeCatalog(objects, rights, newAccounts(source.header().version));
     for (const RewrittenTable& table : tables)
         if (!table.listed && (table.user || table.beside))

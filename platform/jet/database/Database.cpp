@@ -296,7 +296,7 @@ std::uint64_t Database::refreshes() const noexcept { return parts_->pager.refres
 void Database::breathe() noexcept { parts_->pager.breathe(); }
 Pager& Database::pager() noexcept { return parts_->pager; }
 
-Transaction::~Transaction() {
+DatabaseTransaction::~DatabaseTransaction() {
     if (done_ || !database_.inTransaction())
         return;
     try {

@@ -9,7 +9,7 @@ namespace jet {
 
 namespace {
 
-enum class Sign : std::uint8_t {
+enum class FolderSign : std::uint8_t {
     folder,      ///< a folder around the database has this name
     folderStart, ///< or one that begins so
     inside,      ///< in a folder around the database there is this name
@@ -18,57 +18,57 @@ enum class Sign : std::uint8_t {
 };
 /// By what the folder of a program that copies files between computers is known.
 struct Marker {
-    Sign is;
+    FolderSign is;
     const char* name;
     const char* program;
 };
 constexpr Marker kMarkers[] = {
-    {Sign::file,        ".dropbox",                              "Dropbox"     }, // at home: its settings
-    {Sign::inside,      ".dropbox.cache",                        "Dropbox"     }, // what it is carrying
-    {Sign::folder,      "Dropbox",                               "Dropbox"     }, // as it is made
-    {Sign::folderStart, "Dropbox (",                             "Dropbox"     }, // a firm's
-    {Sign::folder,      "OneDrive",                              "OneDrive"    }, // as it is made
-    {Sign::folderStart, "OneDrive - ",                           "OneDrive"    }, // a firm's
-    {Sign::inside,      ".849C9593-D756-4E56-8D6E-42412F2A707B", "OneDrive"    }, // in its root
-    {Sign::folder,      "Google Drive",                          "Google Drive"}, // as it is made
-    {Sign::folder,      "GoogleDrive",                           "Google Drive"}, // by other clients
-    {Sign::folder,      "Meu Drive",                             "Google Drive"}, // in its own disk
-    {Sign::folder,      "My Drive",                              "Google Drive"}, // in English
-    {Sign::inside,      ".tmp.drivedownload",                    "Google Drive"}, // what it fetches
-    {Sign::inside,      ".tmp.driveupload",                      "Google Drive"}, // what it sends
-    {Sign::folder,      "Nextcloud",                             "Nextcloud"   }, // as it is made
-    {Sign::folder,      "ownCloud",                              "ownCloud"    }, // as it is made
-    {Sign::insideStart, ".sync_",                                "Nextcloud"   }, // its list of files
-    {Sign::insideStart, "._sync_",                               "ownCloud"    }, // of older clients
-    {Sign::inside,      ".nextcloudsync.log",                    "Nextcloud"   }, // what it has done
-    {Sign::inside,      ".owncloudsync.log",                     "ownCloud"    }, // what it has done
-    {Sign::inside,      ".stfolder",                             "Syncthing"   }, // each of its folders
-    {Sign::inside,      ".sync/ID",                              "Resilio Sync"}, // each of its folders
-    {Sign::inside,      ".SynologyWorkingDirectory",             "Synology"    }, // what it is carrying
-    {Sign::folder,      "SynologyDrive",                         "Synology"    }, // as it is made
-    {Sign::folder,      "MEGAsync",                              "MEGA"        }, // as it is made
-    {Sign::inside,      ".megaignore",                           "MEGA"        }, // what it leaves out
-    {Sign::folder,      "iCloudDrive",                           "iCloud"      }, // as it is made
-    {Sign::folder,      "com~apple~CloudDocs",                   "iCloud"      }, // its own name for it
-    {Sign::folder,      "pCloudDrive",                           "pCloud"      }, // in its own disk
-    {Sign::folder,      "Seafile",                               "Seafile"     }, // as it is made
+    {FolderSign::file,        ".dropbox",                              "Dropbox"     }, // at home: its settings
+    {FolderSign::inside,      ".dropbox.cache",                        "Dropbox"     }, // what it is carrying
+    {FolderSign::folder,      "Dropbox",                               "Dropbox"     }, // as it is made
+    {FolderSign::folderStart, "Dropbox (",                             "Dropbox"     }, // a firm's
+    {FolderSign::folder,      "OneDrive",                              "OneDrive"    }, // as it is made
+    {FolderSign::folderStart, "OneDrive - ",                           "OneDrive"    }, // a firm's
+    {FolderSign::inside,      ".849C9593-D756-4E56-8D6E-42412F2A707B", "OneDrive"    }, // in its root
+    {FolderSign::folder,      "Google Drive",                          "Google Drive"}, // as it is made
+    {FolderSign::folder,      "GoogleDrive",                           "Google Drive"}, // by other clients
+    {FolderSign::folder,      "Meu Drive",                             "Google Drive"}, // in its own disk
+    {FolderSign::folder,      "My Drive",                              "Google Drive"}, // in English
+    {FolderSign::inside,      ".tmp.drivedownload",                    "Google Drive"}, // what it fetches
+    {FolderSign::inside,      ".tmp.driveupload",                      "Google Drive"}, // what it sends
+    {FolderSign::folder,      "Nextcloud",                             "Nextcloud"   }, // as it is made
+    {FolderSign::folder,      "ownCloud",                              "ownCloud"    }, // as it is made
+    {FolderSign::insideStart, ".sync_",                                "Nextcloud"   }, // its list of files
+    {FolderSign::insideStart, "._sync_",                               "ownCloud"    }, // of older clients
+    {FolderSign::inside,      ".nextcloudsync.log",                    "Nextcloud"   }, // what it has done
+    {FolderSign::inside,      ".owncloudsync.log",                     "ownCloud"    }, // what it has done
+    {FolderSign::inside,      ".stfolder",                             "Syncthing"   }, // each of its folders
+    {FolderSign::inside,      ".sync/ID",                              "Resilio Sync"}, // each of its folders
+    {FolderSign::inside,      ".SynologyWorkingDirectory",             "Synology"    }, // what it is carrying
+    {FolderSign::folder,      "SynologyDrive",                         "Synology"    }, // as it is made
+    {FolderSign::folder,      "MEGAsync",                              "MEGA"        }, // as it is made
+    {FolderSign::inside,      ".megaignore",                           "MEGA"        }, // what it leaves out
+    {FolderSign::folder,      "iCloudDrive",                           "iCloud"      }, // as it is made
+    {FolderSign::folder,      "com~apple~CloudDocs",                   "iCloud"      }, // its own name for it
+    {FolderSign::folder,      "pCloudDrive",                           "pCloud"      }, // in its own disk
+    {FolderSign::folder,      "Seafile",                               "Seafile"     }, // as it is made
 };
 
 bool isMarked(const std::filesystem::path& folder, const std::vector<Disk::Entry>& names,
               const Marker& marker, Disk& disk) {
     const std::string name = folder.filename().string();
     switch (marker.is) {
-    case Sign::folder:
+    case FolderSign::folder:
         return name == marker.name;
-    case Sign::folderStart:
+    case FolderSign::folderStart:
         return name.starts_with(marker.name);
-    case Sign::inside:
+    case FolderSign::inside:
         return disk.exists(folder / marker.name);
-    case Sign::file:
+    case FolderSign::file:
         return std::ranges::any_of(names, [&](const Disk::Entry& entry) {
             return entry.name == marker.name && entry.isFile;
         });
-    case Sign::insideStart:
+    case FolderSign::insideStart:
         return std::ranges::any_of(
             names, [&](const Disk::Entry& entry) { return entry.name.starts_with(marker.name); });
     }

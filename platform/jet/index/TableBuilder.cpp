@@ -11,9 +11,9 @@ namespace jet {
 namespace {
 
 /// The logical bytes of a definition, block after block.
-class Writer {
+class DefinitionWriter {
 public:
-    explicit Writer(const Format& format) : format_(format) {}
+    explicit DefinitionWriter(const Format& format) : format_(format) {}
 
     /// `size` zeros at the end; `at()` is where they begin.
     std::byte* block(std::size_t size) {
@@ -112,7 +112,7 @@ void writeHeader(std::byte* head, const Format& format, const TableSpec& table, 
     store(head, layout.freeMap, places.free);
 }
 
-void writeColumns(Writer& out, const Format& format, const TableSpec& table,
+void writeColumns(DefinitionWriter& out, const Format& format, const TableSpec& table,
                   const SystemTable* system, const SortOrder& order, std::uint16_t columnMark) {
     const ColumnLayout& layout = format.column;
     std::uint16_t fixedAt = 0;
@@ -148,7 +148,7 @@ void writeColumns(Writer& out, const Format& format, const TableSpec& table,
     }
 }
 
-void writeIndexes(Writer& out, const Format& format, const TableSpec& table,
+void writeIndexes(DefinitionWriter& out, const Format& format, const TableSpec& table,
                   const SystemTable* system, const Places& places, const TextCodec& names) {
     const RealIndexLayout& layout = format.realIndex;
     const LogicalIndexLayout& logical = format.logicalIndex;
@@ -189,7 +189,7 @@ void writeIndexes(Writer& out, const Format& format, const TableSpec& table,
         out.name(table.indexes[i].name, names);
 }
 
-void writeLongValueMaps(Writer& out, const std::vector<LongValueMaps>& list) {
+void writeLongValueMaps(DefinitionWriter& out, const std::vector<LongValueMaps>& list) {
     using Maps = LongValueMapsLayout;
     for (const LongValueMaps& maps : list) {
         std::byte* at = out.block(Maps::size);
@@ -219,7 +219,7 @@ void build(Pager& pager, PageAllocator& pages, PageNo page, const TableSpec& tab
     const TextCodec names(format.version, order.codePage);
     const Places places = takePlaces(pager, pages, page, table);
 
-    Writer out(format);
+    DefinitionWriter out(format);
     writeHeader(out.block(format.definition.size), format, table, system != nullptr, places);
     (void)out.block(table.indexes.size() * format.statistics.size);
     writeColumns(out, format, table, system, order, columnMark);

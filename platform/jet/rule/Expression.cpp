@@ -22,11 +22,11 @@ constexpr std::size_t kDeepest = 200;
     throw Error(Errc::syntax, "A expressão não pode ser avaliada por este programa.");
 }
 
-struct Named {
+struct NamedOp {
     std::string_view name;
     Op op;
 };
-constexpr Named kComparisons[] = {
+constexpr NamedOp kComparisons[] = {
     {"=",  Op::equal         },
     {"<>", Op::notEqual      },
     {"<",  Op::less          },
@@ -35,24 +35,24 @@ constexpr Named kComparisons[] = {
     {">=", Op::greaterOrEqual}
 };
 /// The loosest first.
-constexpr Named kLogical[] = {
+constexpr NamedOp kLogical[] = {
     {"xor", Op::exclusion  },
     {"or",  Op::disjunction},
     {"and", Op::conjunction}
 };
 /// The loosest level first.
-constexpr Named kJoining[] = {
+constexpr NamedOp kJoining[] = {
     {"&", Op::join}
 };
-constexpr Named kAdding[] = {
+constexpr NamedOp kAdding[] = {
     {"+", Op::add     },
     {"-", Op::subtract}
 };
-constexpr Named kMultiplying[] = {
+constexpr NamedOp kMultiplying[] = {
     {"*", Op::multiply},
     {"/", Op::divide  }
 };
-constexpr std::span<const Named> kArithmetic[] = {kJoining, kAdding, kMultiplying};
+constexpr std::span<const NamedOp> kArithmetic[] = {kJoining, kAdding, kMultiplying};
 
 struct Word {
     std::string_view name;
@@ -127,11 +127,11 @@ private:
             refuse();
     }
     /// The operator of `table` that comes next, taken; null if none does.
-    const Named* takeSignOf(std::span<const Named> table) {
+    const NamedOp* takeSignOf(std::span<const NamedOp> table) {
         const Token* token = peek();
         if (token == nullptr || token->kind != Token::Kind::sign)
             return nullptr;
-        const Named* const found = named(table, token->text);
+        const NamedOp* const found = named(table, token->text);
         at_ += found != nullptr ? 1 : 0;
         return found;
     }
@@ -206,7 +206,7 @@ private:
         const Token* token = peek();
         return token != nullptr &&
                ((token->kind == Token::Kind::sign &&
-                 named(std::span<const Named>(kComparisons), token->text) != nullptr) ||
+                 named(std::span<const NamedOp>(kComparisons), token->text) != nullptr) ||
                 isWord("like") || isWord("in") || isWord("between") || isWord("is"));
     }
 
@@ -216,7 +216,7 @@ private:
         else
             arithmetic(0);
         while (true) {
-            if (const Named* const sign = takeSignOf(kComparisons)) {
+            if (const NamedOp* const sign = takeSignOf(kComparisons)) {
                 arithmetic(0);
                 emit(sign->op);
             } else if (takeWord("is")) {
@@ -269,7 +269,7 @@ private:
         if (level == std::size(kArithmetic))
             return signedOperand();
         arithmetic(level + 1);
-        while (const Named* const sign = takeSignOf(kArithmetic[level])) {
+        while (const NamedOp* const sign = takeSignOf(kArithmetic[level])) {
             arithmetic(level + 1);
             emit(sign->op);
         }

@@ -13,11 +13,11 @@ namespace jet::functions {
 namespace {
 
 /// Patterns that go by a name.
-struct Named {
+struct NamedPattern {
     std::string_view name;
     std::string_view pattern;
 };
-constexpr Named kNamed[] = {
+constexpr NamedPattern kNamed[] = {
     {"currency",     "\"R$ \"#,##0.00"                     },
     {"fixed",        "0.00"                                },
     {"standard",     "#,##0.00"                            },
@@ -175,7 +175,7 @@ Value format(const Call& call) {
     if (weeks.firstWeek > 3)
         refuse("uma função não conhece este modo de contar as semanas");
     const std::string name = lowerAscii(pattern);
-    const auto* const named = std::ranges::find(kNamed, name, &Named::name);
+    const auto* const named = std::ranges::find(kNamed, name, &NamedPattern::name);
     const std::string_view known =
         named != std::end(kNamed) ? named->pattern : std::string_view(pattern);
     call.effort.spend(40 * known.size()); // more than anything that a sign of it can become

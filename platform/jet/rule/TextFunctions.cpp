@@ -25,16 +25,16 @@ Value partOf(const Call& call, Part&& part) {
 }
 
 /// How two texts are compared: as the file does, or character by character.
-enum class Comparison { ofFile, exact };
+enum class TextComparison { ofFile, exact };
 
-Comparison comparisonOf(const Call& call, std::size_t i) {
+TextComparison comparisonOf(const Call& call, std::size_t i) {
     switch (wholeOr(call, i, -1)) {
     case 0:
-        return Comparison::exact;
+        return TextComparison::exact;
     case -1: // as the surroundings say, and a rule has those of its file
     case 1:
     case 2:
-        return Comparison::ofFile;
+        return TextComparison::ofFile;
     default:
         refuse("uma função não conhece este modo de comparar textos");
     }
@@ -85,7 +85,7 @@ Value len(const Call& call) {
 Value inStr(const Call& call) {
     const std::size_t first = call.arguments.size() > 2 ? 1 : 0;
     const std::int64_t start = first == 0 ? 1 : countFrom(call, 0, 1);
-    const Comparison comparison = comparisonOf(call, 3);
+    const TextComparison comparison = comparisonOf(call, 3);
     const auto text = textOf(call[first]);
     const auto part = textOf(call[first + 1]);
     if (!text || !part)
@@ -96,7 +96,7 @@ Value inStr(const Call& call) {
         return start;
     const std::size_t from = placeOf(*text, start - 1);
     std::optional<std::size_t> at;
-    if (comparison == Comparison::ofFile)
+    if (comparison == TextComparison::ofFile)
         at = found(*text, *part, from, call);
     else if (const std::size_t exact = text->find(*part, from); exact != std::string::npos)
         at = exact;
@@ -106,12 +106,13 @@ Value inStr(const Call& call) {
 
 /// -1, 0 or 1.
 Value strComp(const Call& call) {
-    const Comparison comparison = comparisonOf(call, 2);
+    const TextComparison comparison = comparisonOf(call, 2);
     const auto a = textOf(call[0]);
     const auto b = textOf(call[1]);
     if (!a || !b)
         return {};
-    const int order = comparison == Comparison::exact ? a->compare(*b) : call.order.compare(*a, *b);
+    const int order =
+        comparison == TextComparison::exact ? a->compare(*b) : call.order.compare(*a, *b);
     return std::int64_t{(order > 0) - (order < 0)};
 }
 

@@ -52,9 +52,9 @@ constexpr std::size_t kPortion = std::size_t{256} << 10;
 constexpr std::uint64_t kLargestKept = std::uint64_t{1} << 20;
 
 /// Writes a file from its beginning, in portions.
-class Writer {
+class PortionWriter {
 public:
-    explicit Writer(File& file) : file_(file) { buffer_.reserve(kPortion); }
+    explicit PortionWriter(File& file) : file_(file) { buffer_.reserve(kPortion); }
 
     void put(std::span<const std::byte> bytes) {
         sum_ = checksum(bytes, sum_);
@@ -178,7 +178,7 @@ bool Journal::openOrMake() {
 void Journal::write(const JournalHeader& header, const ChangedPages& changed) {
     open();
     try {
-        Writer writer(*file_);
+        PortionWriter writer(*file_);
         writer.put(prefixOf(header, format_));
         Bytes head(EntryLayout::size(format_));
         for (const ChangedPages::Page& page : changed.pages) {

@@ -15,13 +15,13 @@ std::uint64_t placeOf(PageNo page, const Format& format) {
 }
 
 /// How a file stands to a journal.
-struct Comparison {
+struct Match {
     bool whole = true; ///< the journal was written to its end
     bool own = true;   ///< every sector is the old or the new one
 };
 
-Comparison compare(Journal::Reader& journal, const File& database, const Format& format) {
-    Comparison result;
+Match compare(Journal::Reader& journal, const File& database, const Format& format) {
+    Match result;
     const std::uint64_t size = database.size();
     Bytes page(format.pageSize);
     result.whole = journal.readAll([&](const Journal::Entry& entry) {
@@ -113,7 +113,7 @@ Recovery recover(File& database, const Format& format) {
     Journal::Reader journal(path, format, disk);
     if (journal.kind() == Journal::Reader::Kind::ofAnotherVersion)
         return unusable("O registro dela é de outra versão deste programa, e só ela pode usá-lo.");
-    Comparison state;
+    Match state;
     if (journal.header())
         state = compare(journal, database, format);
     if (!journal.header() || !state.whole) {

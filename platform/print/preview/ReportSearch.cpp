@@ -53,8 +53,8 @@ public:
             (isFooter(row) ? layout.footer : layout.detail).fields.size());
     }
 
-    /// As RowStore::visit(); the footer has no values.
-    void visit(qint64 first, qint64 end, const RowStore::Work& work) const {
+    /// As ReportRows::visit(); the footer has no values.
+    void visit(qint64 first, qint64 end, const ReportRows::Work& work) const {
         const qint64 count = report_.rows().size();
         bool goOn = true;
         if (first < count)

@@ -11,12 +11,12 @@ constexpr std::int64_t kUnit = 10'000;
 /// around.
 constexpr int kMostMarks = 2;
 
-struct Named {
+struct NamedFormat {
     const char* name;
     ValueFormat format;
 };
 
-constexpr std::array<Named, 3> kFormats = {
+constexpr std::array<NamedFormat, 3> kFormats = {
     {{"", ValueFormat::general},
      {"Short Date", ValueFormat::shortDate},
      {"Standard", ValueFormat::standard}}
@@ -76,7 +76,7 @@ struct Printed {
 } // namespace
 
 std::optional<ValueFormat> formatNamed(const QString& name) {
-    for (const Named& known : kFormats)
+    for (const NamedFormat& known : kFormats)
         if (name == QLatin1String(known.name))
             return known.format;
     return std::nullopt;

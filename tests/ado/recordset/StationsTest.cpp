@@ -442,7 +442,7 @@ INSTANTIATE_TEST_SUITE_P(, ManyRowsTest, testing::Values(jet::Version::jet4), ve
 TEST_P(ManyRowsTest, HoweverManyRowsAreReadMeanwhileWhatWasShownCounts) {
     constexpr int kRows = 100'001;
     {
-        jet::Transaction many(connection.database());
+        jet::DatabaseTransaction many(connection.database());
         const std::size_t name = *table("bancos").findColumn("nome");
         const std::vector<jet::Assignment> given{
             {name, std::string("Agência")}

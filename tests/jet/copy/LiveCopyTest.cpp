@@ -138,7 +138,7 @@ TEST_P(LiveCopies, AProgramThatHeedsNoLockIsNoticed) {
 TEST_P(LiveCopies, TheFileMayGrowMeanwhile) {
     fill(1 << 20);
     betweenParts([this] {
-        Transaction transaction(*station_);
+        DatabaseTransaction transaction(*station_);
         for (int i = 0; i < 60; ++i)
             station_->table("Notas").insert(Row{Value{}, std::string(1500, 'n')});
         transaction.commit();

@@ -271,7 +271,7 @@ TEST_P(DatabaseFile, TransactionsAreAllOrNothing) {
     Table& table = file.createTable(shopCheques());
     table.insert(cheque(1, "1"));
     {
-        Transaction open(file);
+        DatabaseTransaction open(file);
         for (int i = 0; i < 500; ++i)
             table.insert(cheque(i, std::to_string(i)));
         EXPECT_EQ(table.rowCount(), 501);
@@ -279,7 +279,7 @@ TEST_P(DatabaseFile, TransactionsAreAllOrNothing) {
     EXPECT_EQ(table.rowCount(), 1);
     EXPECT_EQ(countEntries(table, 2), 1);
     {
-        Transaction open(file);
+        DatabaseTransaction open(file);
         table.insert(cheque(5, "5"));
         EXPECT_EQ(errorOf([&] { table.insert(cheque(1, std::string(99, '1'))); }), Errc::tooLong);
         open.commit();
@@ -294,7 +294,7 @@ TEST_P(DatabaseFile, TransactionsAreAllOrNothing) {
 TEST_P(DatabaseFile, ATableMadeInATransactionThatIsTakenBackIsGone) {
     Database file(path);
     {
-        Transaction open(file);
+        DatabaseTransaction open(file);
         file.createTable(shopCheques()).insert(cheque(1, "1"));
         EXPECT_TRUE(file.hasTable("cheques"));
     }
@@ -367,13 +367,13 @@ TEST_P(DatabaseFile, SpaceOfErasedRowsIsUsedAgain) {
     Database file(path);
     Table& table = file.createTable(shopCheques());
     const auto fill = [&] {
-        Transaction open(file);
+        DatabaseTransaction open(file);
         for (int i = 0; i < 3000; ++i)
             table.insert(cheque(i, std::to_string(i)));
         open.commit();
     };
     const auto empty = [&] {
-        Transaction open(file);
+        DatabaseTransaction open(file);
         RowCursor row = table.scan();
         while (row.first())
             table.erase(row.id());
@@ -400,7 +400,7 @@ TEST_P(DatabaseFile, MapsGrowPastTheirFirstBitmaps) {
     });
     constexpr int kRows = 24000;
     {
-        Transaction open(file);
+        DatabaseTransaction open(file);
         const std::string text = std::string(250, 'x');
         for (int i = 0; i < kRows; ++i)
             table.insert(std::vector<Value>{{}, text});

@@ -33,7 +33,7 @@ protected:
         where.table("Cheques").insert(row);
     }
     void addLater(std::int64_t client) {
-        Transaction transaction(*file);
+        DatabaseTransaction transaction(*file);
         add(*file, client);
         transaction.commitLater();
     }
@@ -88,7 +88,7 @@ TEST_P(GatheredTransactions, AreWrittenAtOnceWhenAnotherStationWaits) {
 TEST_P(GatheredTransactions, AreWrittenByTheNextThatIsCommittedInFull) {
     addLater(1);
     {
-        Transaction transaction(*file);
+        DatabaseTransaction transaction(*file);
         add(*file, 2);
         transaction.commit();
     }
@@ -102,7 +102,7 @@ TEST_P(GatheredTransactions, StayWhenTheNextIsUndone) {
     addLater(1);
     const std::uint64_t before = contentOf(*file);
     {
-        Transaction undone(*file);
+        DatabaseTransaction undone(*file);
         Table& table = file->table("Cheques");
         RowCursor row = table.scan();
         ASSERT_TRUE(row.first());
@@ -204,14 +204,14 @@ TEST_P(GatheredTransactions, AreCountedUntilTheyAreWritten) {
     addLater(1);
     add(*file, 2);
     {
-        Transaction undone(*file);
+        DatabaseTransaction undone(*file);
         add(*file, 3);
     }
     EXPECT_EQ(file->tally().gathered + file->tally().written, 2U);
     file->flush();
     EXPECT_EQ(file->tally().written, 2U);
     {
-        Transaction both(*file);
+        DatabaseTransaction both(*file);
         add(*file, 4);
         add(*file, 5);
         both.commit();
@@ -221,11 +221,11 @@ TEST_P(GatheredTransactions, AreCountedUntilTheyAreWritten) {
 
 TEST_P(GatheredTransactions, ThatChangeNothingHoldNobodyUp) {
     {
-        Transaction nothing(*file);
+        DatabaseTransaction nothing(*file);
         nothing.commitLater();
     }
     {
-        Transaction claimed(*file);
+        DatabaseTransaction claimed(*file);
         file->claim();
         claimed.commitLater();
     }
@@ -237,7 +237,7 @@ TEST_P(GatheredTransactions, ThatChangeNothingHoldNobodyUp) {
 TEST_P(GatheredTransactions, ATableMadeInOneIsThereForAllAtOnce) {
     addLater(1);
     {
-        Transaction transaction(*file);
+        DatabaseTransaction transaction(*file);
         file->createTable({"nova", {{"codigo", ColumnType::longInteger}}, {}});
         transaction.commitLater();
     }
@@ -262,7 +262,7 @@ TEST_P(GatheredTransactions, EndAsIfEachHadBeenWrittenByItself) {
     };
     for (int i = 0; i < 150; ++i) {
         const std::uint64_t before = contentOf(*file);
-        Transaction transaction(*file);
+        DatabaseTransaction transaction(*file);
         for (unsigned changes = random() % 4; changes > 0; --changes)
             change(file->table("Cheques"));
         const std::uint64_t after = contentOf(*file);

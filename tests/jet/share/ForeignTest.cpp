@@ -323,7 +323,7 @@ TEST_P(Intruder, AFileThatWasCutIsNotWrittenAsIfItWereWhole) {
         const Bytes before = stored();
         EXPECT_THAT(sentenceOf(
                         [&] {
-                            const Transaction all(station);
+                            const DatabaseTransaction all(station);
                             for (int i = 0; i < 3000; ++i)
                                 station.table("contas").insert(rowOf(i));
                         },

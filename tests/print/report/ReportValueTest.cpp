@@ -1,6 +1,6 @@
 #include "print/ReportValue.h"
 
-#include "print/RowStore.h"
+#include "print/ReportRows.h"
 #include "support/QtPrinters.h"
 
 #include <QLocale>
@@ -80,7 +80,7 @@ TEST(ReportColumns, AreFoundWithoutCaseAndBlanksAtTheEnd) {
     EXPECT_EQ(columnNamed(columns, " numero"), -1);
 }
 
-TEST(RowStore, GivesBackWhatItTook) {
+TEST(ReportRows, GivesBackWhatItTook) {
     const std::vector<ReportValue> values = {{},
                                              QString(),
                                              QString("Açougue 😀"),
@@ -94,7 +94,7 @@ TEST(RowStore, GivesBackWhatItTook) {
                                              qint64{127},
                                              qint64{128},
                                              std::numeric_limits<qint64>::min()};
-    RowStore rows;
+    ReportRows rows;
     rows.clear(static_cast<qsizetype>(values.size()));
     for (int i = 0; i < 3; ++i)
         rows.add(values);
@@ -106,8 +106,8 @@ TEST(RowStore, GivesBackWhatItTook) {
     });
 }
 
-TEST(RowStore, KeepsAnInvalidDateAsNothing) {
-    RowStore rows;
+TEST(ReportRows, KeepsAnInvalidDateAsNothing) {
+    ReportRows rows;
     rows.clear(1);
     rows.add({QDate()});
     rows.visit(0, 1, [](qint64, const std::vector<ReportValue>& values) {
@@ -116,8 +116,8 @@ TEST(RowStore, KeepsAnInvalidDateAsNothing) {
     });
 }
 
-TEST(RowStore, FindsAnyRowAndStopsWhenToldTo) {
-    RowStore rows;
+TEST(ReportRows, FindsAnyRowAndStopsWhenToldTo) {
+    ReportRows rows;
     rows.clear(2);
     for (qint64 i = 0; i < 1000; ++i)
         rows.add({i, QString(static_cast<qsizetype>(i % 7), 'x')});
@@ -135,8 +135,8 @@ TEST(RowStore, FindsAnyRowAndStopsWhenToldTo) {
     });
 }
 
-TEST(RowStore, TakesLittleMoreThanTheRows) {
-    RowStore rows;
+TEST(ReportRows, TakesLittleMoreThanTheRows) {
+    ReportRows rows;
     rows.clear(2);
     for (int i = 0; i < 64 * 100; ++i)
         rows.add({QString(40, 'x'), Amount{100}});

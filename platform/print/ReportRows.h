@@ -7,7 +7,7 @@
 #include <functional>
 
 /// The rows a report has taken in, kept in little more room than their texts and digits need.
-class RowStore {
+class ReportRows {
 public:
     void clear(qsizetype columns);
     void add(const std::vector<ReportValue>& values);

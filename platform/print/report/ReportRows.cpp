@@ -1,4 +1,4 @@
-#include "print/RowStore.h"
+#include "print/ReportRows.h"
 
 #include <algorithm>
 
@@ -92,12 +92,12 @@ struct StoredForm {
 
 } // namespace
 
-void RowStore::clear(qsizetype columns) {
-    *this = RowStore();
+void ReportRows::clear(qsizetype columns) {
+    *this = ReportRows();
     columns_ = columns;
 }
 
-void RowStore::add(const std::vector<ReportValue>& values) {
+void ReportRows::add(const std::vector<ReportValue>& values) {
     Q_ASSERT(static_cast<qsizetype>(values.size()) == columns_);
     for (const ReportValue& value : values)
         std::visit(StoredForm{open_}, value);
@@ -108,7 +108,7 @@ void RowStore::add(const std::vector<ReportValue>& values) {
     open_.resize(0);
 }
 
-void RowStore::visit(qint64 first, qint64 end, const Work& work) const {
+void ReportRows::visit(qint64 first, qint64 end, const Work& work) const {
     Q_ASSERT(first >= 0 && end <= size_);
     std::vector<ReportValue> values(static_cast<std::size_t>(columns_));
     for (qint64 row = first - first % kRowsPerChunk; row < end; row += kRowsPerChunk) {
