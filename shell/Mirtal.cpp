@@ -72,6 +72,7 @@ void excluirMuitos(const char* feito, const std::function<void()>& trabalho) {
         trabalho();
         dados.Automacao.flush();
     } catch (const jet::Error& erro) {
+        // What was done until then is as good as done by hand: it stays if it can be written.
         if (!dados.gravarPendentes())
             dados.Automacao.discard();
         mensagem("");

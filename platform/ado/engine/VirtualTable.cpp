@@ -22,6 +22,7 @@ TableSource& sourceOf(sqlite3_vtab_cursor* cursor) {
     return static_cast<VirtualTable*>(cursor->pVtab)->source;
 }
 
+/// Of what ran in the trap, which keeps what it threw: SQLite is C and knows numbers only.
 int result(bool done) { return done ? SQLITE_OK : SQLITE_ERROR; }
 
 int connect(sqlite3* handle, void* client, int /*count*/, const char* const* /*arguments*/,
@@ -111,6 +112,7 @@ void plan(TableSource& source, sqlite3_index_info& info) {
     };
     const AccessPlan best = choosePlan(source.table, constraints, order, partOf);
     int operands = 0;
+    // SQLite goes on to check each row itself, so that an index may give some too many.
     const auto use = [&](std::size_t constraint) {
         info.aConstraintUsage[places[constraint]].argvIndex = ++operands;
     };

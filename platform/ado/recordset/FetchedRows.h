@@ -9,7 +9,9 @@
 
 namespace ado {
 
-/// What a statement gives, fetched as far as it has been walked and somewhat beyond, and kept.
+/// What a statement gives, fetched as far as it has been walked and somewhat beyond, and kept: a
+/// window shows its first row before the last is known. `Cell`: what is kept of each column. Where
+/// the statement fails, the rows before come first, and the failure when the walk comes to it.
 template <class Cell, class Base>
 class Fetched : public Base {
     static constexpr std::size_t kLargestBatch = 64;
@@ -20,6 +22,7 @@ public:
     }
 
     bool first() override { return goTo(0); }
+    /// Fetches all.
     bool last() override {
         while (fetch()) {
         }
@@ -28,12 +31,14 @@ public:
     bool next() override { return goTo(at_ + 1); }
     bool previous() override { return at_ > 0 && goTo(at_ - 1); }
     bool empty() override { return fetched_ == 0 && !fetch(); }
+    /// Fetches all.
     std::int64_t count() override {
         while (fetch()) {
         }
         return static_cast<std::int64_t>(fetched_);
     }
 
+    /// Of the row stood on.
     [[nodiscard]] const Cell& cell(std::size_t column) const {
         return cells_[at_ * width_ + column];
     }
@@ -122,7 +127,8 @@ public:
     static constexpr std::int64_t kErased = 1;
 };
 
-/// Values computed by a statement.
+/// Values computed by a statement. Which rows they came from isn't known, so that nothing that
+/// happens to those is noticed.
 class ComputedRows final : public Fetched<jet::Value, Rows> {
 public:
     using Fetched::Fetched;

@@ -32,7 +32,7 @@ void Recordset::Open(const Text& source, Connection& connection, CursorType curs
                                          command);
         failure_.reset();
     } catch (const Error& failure) {
-        failure_ = failure;
+        failure_ = failure; // who uses it nevertheless is told this, not that it is closed
         throw;
     }
 }
@@ -58,6 +58,7 @@ void Recordset::Requery() {
     parts.refresh();
 }
 
+// Who leaves a row stores what was assigned to it: so the record-set model has it.
 void Recordset::MoveFirst() {
     Update();
     Parts& parts = open();
@@ -98,6 +99,7 @@ void Recordset::MovePrevious() {
     parts.arrive(found, Parts::At::beforeFirst);
 }
 
+// A new row stands nowhere among the others, so at neither end.
 bool Recordset::BOF() const {
     Parts& parts = open();
     if (parts.edit == ado::EditMode::Add)

@@ -26,7 +26,7 @@ constexpr std::size_t kCurrencyDecimals = 4;
 
 std::optional<std::int64_t> wholePart(double number) {
     constexpr double kLimit = 9223372036854775808.0; // 2 to the 63rd
-    if (!(number >= -kLimit && number < kLimit))
+    if (!(number >= -kLimit && number < kLimit))     // nor is NaN
         return std::nullopt;
     return static_cast<std::int64_t>(number);
 }
@@ -62,7 +62,7 @@ std::optional<Currency> exactCurrency(const Value& value) {
         return exactly(writtenNumber(*text));
     if (const auto* decimal = std::get_if<jet::Numeric>(&value))
         return exactly(writtenNumber(*decimal));
-    if (std::holds_alternative<double>(value))
+    if (std::holds_alternative<double>(value)) // near an amount, and nobody can tell which
         return std::nullopt;
     constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / kOneReal;
     const auto whole = exactInteger(value);

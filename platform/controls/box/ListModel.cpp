@@ -23,6 +23,7 @@ void ListModel::setWidth(int column, int width) {
     columns_.at(static_cast<std::size_t>(column)).width = width;
 }
 
+// The first column grows or shrinks by the box, in every row.
 void ListModel::setCheckBoxes(bool shown) {
     if (checkBoxes_ == shown)
         return;
@@ -31,6 +32,7 @@ void ListModel::setCheckBoxes(bool shown) {
     emit layoutChanged();
 }
 
+// Told to the view in one piece, by announce(): of a list of thousands it would take each for news.
 int ListModel::add(ListItem item) {
     items_.push_back(std::move(item));
     return count() - 1;
@@ -134,7 +136,7 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
 bool ListModel::setData(const QModelIndex& index, const QVariant& value, int role) {
     if (role != Qt::CheckStateRole || index.column() != 0)
         return false;
-    const bool checked = value.toInt() == Qt::Checked;
+    const bool checked = value.toInt() == Qt::Checked; // only the operator's click comes this way
     setChecked(index.row(), checked);
     emit checkedByOperator(index.row(), checked);
     return true;

@@ -110,6 +110,7 @@ std::optional<PageLedger::Pages> PageLedger::readMap(RowId map, const std::strin
         findings_.error(map.page, where, what, placeOf(map));
         return std::nullopt;
     };
+    // From a stranger's definition: it may point anywhere, also twice at one map.
     if (number(map.page) == 0 || number(map.page) >= owners_.size())
         return fail("o mapa de páginas está fora do arquivo");
     if (!maps_.insert(map).second)
@@ -150,7 +151,7 @@ std::optional<PageLedger::Pages> PageLedger::readMap(RowId map, const std::strin
     for (std::size_t part = 0; part < parts; ++part) {
         const std::uint64_t first = part * partBits;
         const PageNo at = load(row, MapRowLayout::reference(part));
-        if (number(at) == 0) {
+        if (number(at) == 0) { // a part of the file without a page of bits: none, or all free
             for (std::uint64_t k = first;
                  isFreeMap && k < std::min<std::uint64_t>(first + partBits, owners_.size()); ++k)
                 pages.push_back(static_cast<std::uint32_t>(k));

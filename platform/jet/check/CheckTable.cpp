@@ -11,6 +11,8 @@ TableCheck::TableCheck(const CheckContext& context, std::string name, TableDefin
     : context_(context), name_(std::move(name)), where_("tabela \"" + name_ + "\""),
       definition_(std::move(definition)), user_(user), owner_(context.ledger.newOwner(where_)),
       parts_(context.pager.format(), definition_) {
+    // All claims come before any row is read: a page that two say is theirs is told once, and its
+    // rows are looked at by the first only.
     PageLedger& ledger = context_.ledger;
     pages_ = ledger.claimMap(definition_.ownedMap, owner_).value_or(std::vector<PageNo>());
     ledger.readSubset(definition_.freeMap, owner_);
@@ -60,7 +62,7 @@ void TableCheck::checkPage(PageNo page) {
         switch (slots[i].kind) {
         case SlotKind::deleted:
             break;
-        case SlotKind::relocated:
+        case SlotKind::relocated: // a row where its pointer stands, not here
             moved_.push_back(key);
             break;
         case SlotKind::row:
@@ -90,6 +92,7 @@ TableCheck::target(RowId pointer, std::span<const std::byte> row, PageRef& page)
     if (row.size() < kMovedTo.size)
         return std::nullopt;
     const RowId id = load(row.data(), kMovedTo);
+    // In another's page may lie a row as good as ours: whose page it is tells.
     if (id == pointer || !context_.ledger.has(owner_, id.page))
         return std::nullopt;
     page = context_.pager.read(id.page);

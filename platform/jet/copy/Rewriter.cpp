@@ -201,6 +201,7 @@ Rewriter::Rewriter(SourceFile& source, NewFile& target, std::vector<RewrittenTab
 
 void Rewriter::takePages() {
     for (RewrittenTable& table : tables_) {
+        // Every program looks for the system's tables where they always are.
         const bool core = number(table.before()) < kFirstUserDefinition && !table.beside;
         const std::size_t count = definitionPageCount(target_.format(), table.image.bytes().size());
         for (std::size_t i = 0; i < count; ++i)

@@ -138,6 +138,7 @@ void SourceTable::visitPointer(RowId id, std::span<const std::byte> pointer) {
         return lost();
     const RowId target = load(pointer.data(), kMovedTo);
     const auto ref = file_.page(target.page);
+    // Of a damaged file two pointers may lead to one row: it is there once.
     if (!ref || ref->kind() != PageKind::data || (file_.damaged() && targets_.contains(target)))
         return lost();
     Slot slot;

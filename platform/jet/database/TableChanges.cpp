@@ -128,6 +128,7 @@ void Table::Parts::settleLongValues(StoredRow& row) {
 }
 
 void Table::Parts::releaseLongValues(const StoredRow& old, const StoredRow* row) {
+    // The same bytes name the same pages: a value that wasn't given anew has stayed where it was.
     for (std::size_t i = 0; i < old.size(); ++i) {
         const Column& column = definition.columns[i];
         if (!isLongValue(column.type) || !old[i].present ||
@@ -139,6 +140,7 @@ void Table::Parts::releaseLongValues(const StoredRow& old, const StoredRow* row)
 }
 
 void Table::Parts::addKey(std::size_t index, const Bytes& key, RowId id) {
+    // As the format counts them: up with each new key, never down again.
     if (!trees[index].hasKey(key)) {
         const auto distinct = distinctKeys(index);
         setCounter(distinct, counter(distinct) + 1);
@@ -273,7 +275,7 @@ std::vector<Cascaded> Table::update(RowId id, std::span<const Assignment> change
 
 void Table::changeRow(RowId id, std::span<const Assignment> changes, Consequences& all) {
     Parts& my = *parts_;
-    requireWritable();
+    requireWritable(); // a relationship comes here from another table's change
     const StoredRow old = my.stored(id);
     StoredRow row = old;
     for (const Assignment& change : changes)
@@ -318,7 +320,7 @@ std::vector<Cascaded> Table::erase(RowId id, std::optional<std::uint64_t> expect
 
 void Table::eraseRow(RowId id, Consequences& all) {
     Parts& my = *parts_;
-    requireWritable();
+    requireWritable(); // as in changeRow()
     const StoredRow old = my.stored(id);
     const auto parentKeys = my.rules ? my.rules->keysOf(id) : TableRules::Keys();
     for (std::size_t i = 0; i < indexes_.size(); ++i)
@@ -328,7 +330,7 @@ void Table::eraseRow(RowId id, Consequences& all) {
     my.releaseLongValues(old, nullptr);
     const auto rows = my.format().definition.rows;
     const std::uint32_t count = my.counter(rows);
-    my.setCounter(rows, count - (count > 0 ? 1 : 0));
+    my.setCounter(rows, count - (count > 0 ? 1 : 0)); // in others' files it may have been too low
     if (my.rules)
         my.rules->gone(parentKeys, all);
     my.noteCatalogChange();

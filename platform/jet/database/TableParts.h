@@ -31,6 +31,7 @@ struct Table::Parts {
 
     [[nodiscard]] const Format& format() const noexcept { return pager.format(); }
 
+    /// Of a long value, wherever it lies.
     [[nodiscard]] Bytes contentOf(const StoredField& field) const {
         return field.content ? *field.content
                              : readLongValue(pager, field.bytes, definition.page());
@@ -57,6 +58,7 @@ struct Table::Parts {
         return bytes;
     }
 
+    /// Of the columns of an index. A yes/no is never null.
     [[nodiscard]] bool allNull(std::size_t index, const StoredRow& row) const {
         const auto& columns = definition.realIndexes[index].columns;
         return std::all_of(columns.begin(), columns.end(), [&](const auto& key) {
@@ -65,6 +67,7 @@ struct Table::Parts {
         });
     }
 
+    /// The row as it lies in the file. @throws Error{conflict} if it is gone.
     [[nodiscard]] StoredRow stored(RowId id) const {
         RowReader reader(pager, definition);
         const RowView* row = reader.read(id);
@@ -76,13 +79,17 @@ struct Table::Parts {
     /// Why this table can't be changed, the file aside, or nothing. Reads its rules.
     [[nodiscard]] std::optional<Hindrance> hindrance(Table& table);
 
+    /// That no column of a key is left empty. @throws Error{nullValue}.
     void requireKeys(const Table& table, const StoredRow& row) const;
+    /// That no other row than `self` has the same key. @throws Error{duplicate}.
     void requireUnique(std::span<const Index> indexes, const StoredRow& row,
                        std::optional<RowId> self) const;
+    /// Writes the long values that are given and not written yet; in the row itself if it has room.
     void settleLongValues(StoredRow& row);
     /// Gives back the long values of `old` that `row` (if any) no longer has.
     void releaseLongValues(const StoredRow& old, const StoredRow* row);
     void addKey(std::size_t index, const Bytes& key, RowId id);
+    /// Gives the numbers that count by themselves, where none is given. @throws Error{full}.
     void takeNumber(StoredRow& row);
     /// The counter never stays behind a number that a row has.
     void noteNumber(const StoredRow& row);
@@ -92,6 +99,7 @@ struct Table::Parts {
     /// The catalog says what rules there are: after a change of it every table reads its own anew.
     void noteCatalogChange();
 
+    /// A number of the definition's first page.
     template <class T>
     [[nodiscard]] T counter(Field<T> field) const {
         definition.requireThere();

@@ -27,6 +27,7 @@ Slot DataPage::slot(std::size_t number) const {
         corrupt(page_, "a linha " + std::to_string(number) + " não existe");
     const DataPageLayout& layout = format_->dataPage;
     const std::uint16_t word = load(bytes_.data(), layout.slot(number));
+    // Rows fill the page from its end: each goes to where the one before it begins.
     const std::size_t begin = word & kOffsetMask;
     const std::size_t end = number == 0
                                 ? format_->pageSize
@@ -62,6 +63,7 @@ bool DataPage::empty() const {
 
 DataPageEditor::DataPageEditor(const Format& format, std::span<std::byte> bytes, PageNo page)
     : format_(format), bytes_(bytes), page_(page) {
+    // Every slot once, so that what moves rows about needn't look where it writes.
     const DataPage checked = view();
     for (std::size_t i = 0; i < checked.slotCount(); ++i)
         (void)checked.slot(i);
@@ -107,6 +109,7 @@ void DataPageEditor::resize(std::size_t slot, std::size_t size) {
     const auto delta = // by how much this and all later rows move towards the page's end
         static_cast<std::ptrdiff_t>(old.bytes.size()) - static_cast<std::ptrdiff_t>(size);
 
+    // The rows behind go along in one piece: between them there is never a gap.
     std::byte* base = bytes_.data();
     const std::size_t kept = std::min(size, old.bytes.size());
     std::memmove(base + static_cast<std::ptrdiff_t>(heap) + delta, base + heap,

@@ -170,6 +170,7 @@ void DefinitionImage::makeNamesDiffer(std::size_t from, std::size_t count) {
         const bool isLong = name.size() >= 2 * character;
         if (all.count(before) < 2 || name.size() < character)
             continue;
+        // In place, since a longer name would move all that follows it in the definition.
         for (unsigned i = 0; i < (isLong ? 256U : '~' - '0'); ++i) {
             if (isLong)
                 name[name.size() - 2 * character] = static_cast<std::byte>('0' + i / 16);
@@ -189,6 +190,7 @@ void DefinitionImage::repairIndexes() {
     std::uint32_t next = 0;
     for (std::size_t i = 0; i < logicalIndexes_; ++i) {
         std::byte* block = logicalIndex(i);
+        // Relationships name their partners by it.
         while (!numbers.insert(load(block, layout.number)).second)
             store(block, layout.number, next++);
         if (load(block, layout.kind) > static_cast<std::uint8_t>(LogicalIndex::Kind::relationship))

@@ -20,6 +20,8 @@ public:
         }
         agree_ = places_.insert(place).second && agree_;
     }
+    /// Whether they are all there, once each, and say the same: a relationship of which a part is
+    /// lost is kept by nobody.
     [[nodiscard]] bool whole() const {
         const auto pairs = static_cast<std::int64_t>(places_.size());
         return agree_ && pairs > 0 && count_ == pairs && *places_.begin() == 0 &&

@@ -37,7 +37,7 @@ Bytes integer(const Column& column, const Value& value) {
     if (const auto* whole = std::get_if<std::int64_t>(&value))
         number = *whole;
     else if (const auto* yes = std::get_if<bool>(&value))
-        number = *yes ? -1 : 0;
+        number = *yes ? -1 : 0; // as the format's own programs take a yes for a number
     else
         wrongType(column);
     if (number < std::numeric_limits<T>::min() || number > std::numeric_limits<T>::max())

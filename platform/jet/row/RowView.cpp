@@ -59,6 +59,7 @@ void RowView::place(Pager& pager, const TableDefinition& definition,
     base_ = layout.countSize;
     if (bytes.size() < base_)
         corrupt(page, "uma linha está vazia");
+    // Fewer than the table has in a row that is older than the last columns.
     count_ = load(bytes.data(), layout.count());
     const std::size_t mask = RowLayout::maskSize(count_);
     if (count_ > definition.maxColumns || base_ + mask > bytes.size())
@@ -68,6 +69,7 @@ void RowView::place(Pager& pager, const TableDefinition& definition,
 
 Bytes RowView::longValue(std::span<const std::byte> definition) const {
     return pager_->onSnapshot([&] {
+        // The row's own bytes are held; the pages of its long values may be another row's by now.
         if (refreshes_ != pager_->refreshes() &&
             LongValueDefinition::parse(definition, page_).kind != LongValueDefinition::Kind::inRow)
             throw Error(Errc::conflict, "O registro foi alterado por outra estação enquanto era "
@@ -108,6 +110,7 @@ std::optional<std::span<const std::byte>> RowView::field(const Column& column) c
     return bytes_.subspan(begin, end - begin);
 }
 
+// A yes/no has no bytes: the bit that says of others whether they are there is its value.
 bool RowView::isNull(std::size_t column) const {
     const Column& c = definition_->columns[column];
     return c.type != ColumnType::boolean && !field(c);

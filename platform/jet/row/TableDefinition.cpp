@@ -164,6 +164,7 @@ TableDefinition parseDefinition(Pager& pager, PageNo page, const TextSettings& t
     const std::size_t real = body.load(layout.realIndexes);
     table.ownedMap = body.load(layout.ownedMap);
     table.freeMap = body.load(layout.freeMap);
+    // Before anything is made as large as they say.
     if (table.maxColumns > kMaxColumns || columns > table.maxColumns ||
         table.maxVariables > table.maxColumns || real > kMaxColumns || logical > kMaxColumns)
         corrupt(page, "as contagens da definição da tabela são inválidas");
