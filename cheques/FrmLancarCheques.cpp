@@ -51,19 +51,21 @@ bool naoMostrado(const QString& motivo) {
 
 FrmLancarCheques::FrmLancarCheques() {
     setupUi(this);
+    // clang-format off
     prompts({
-        {txtNome,       "Digite o nome do cliente"                                             },
-        {txtbanco,      "Digite o código do banco"                                            },
-        {txtagencia,    "Digite o nº da Agência"                                             },
-        {txtnumero,     "Digite o número do cheque"                                           },
-        {txtdata,       "Digite a data de emissão do cheque"                                  },
-        {txtbompara,    "Digite a data de vencimento do cheque"                                },
-        {txtvalor,      "Digite o valor do cheque"                                             },
-        {txtautorizou,  "Digite o nome da pessoa que autorizou"                                },
-        {txtobservacao, "Digite alguma observação a respeito do cliente ou cheque"           },
+        {txtNome,       "Digite o nome do cliente"},
+        {txtbanco,      "Digite o código do banco"},
+        {txtagencia,    "Digite o nº da Agência"},
+        {txtnumero,     "Digite o número do cheque"},
+        {txtdata,       "Digite a data de emissão do cheque"},
+        {txtbompara,    "Digite a data de vencimento do cheque"},
+        {txtvalor,      "Digite o valor do cheque"},
+        {txtautorizou,  "Digite o nome da pessoa que autorizou"},
+        {txtobservacao, "Digite alguma observação a respeito do cliente ou cheque"},
         {txtdescontar,  "Informe se o cliente vem trocar o cheque na empresa ou é p/descontar"},
-        {cmbcheques,    "Marque se deseja lançar vários cheques do mesmo cliente"            },
+        {cmbcheques,    "Marque se deseja lançar vários cheques do mesmo cliente"},
     });
+    // clang-format on
     campos_ = Campos(Campos::Nulo::esvazia,
                      {
                          {"cliente",    Campos::ListaDeCodigos{txtNome, &dados().rsCliente}},

@@ -27,16 +27,18 @@ FrmLancasSFundos::FrmLancasSFundos() {
     lugar.setRetainSizeWhenHidden(true);
     painelbuscar->setSizePolicy(lugar);
     painelbuscar->hide();
+    // clang-format off
     prompts({
-        {txtcliente,    "Digite o nome do cliente"                      },
-        {txtbanco,      "Digite o código do banco"                     },
-        {txtdata,       "Digite a data de emissão do cheque"           },
-        {txtnumero,     "Digite o número do cheque"                    },
-        {txtvalor,      "Informe o valor do cheque"                     },
-        {txtagencia,    "Informe nº da agência"                       },
-        {txtEmpresa,    "Nome da empresa que cadastrou cliente"         },
+        {txtcliente,    "Digite o nome do cliente"},
+        {txtbanco,      "Digite o código do banco"},
+        {txtdata,       "Digite a data de emissão do cheque"},
+        {txtnumero,     "Digite o número do cheque"},
+        {txtvalor,      "Informe o valor do cheque"},
+        {txtagencia,    "Informe nº da agência"},
+        {txtEmpresa,    "Nome da empresa que cadastrou cliente"},
         {txtobservacao, "Digite observações sobre o cliente ou cheque"},
     });
+    // clang-format on
     campos_ = Campos(Campos::Nulo::esvazia,
                      {
                          {"cliente",    Campos::ListaDeCodigos{txtcliente, &dados().rsCliente}},

@@ -45,14 +45,16 @@ qint32 emPrecisaoSimples(const QString& lancamento) {
 
 FrmLocCHTerceiros::FrmLocCHTerceiros() {
     setupUi(this);
+    // clang-format off
     lstterceiros->setColumns({
-        {"",                kPrimeiraAoLocalizar, Qt::AlignLeft   },
-        {"Nº  Cheque",     1300,                 Qt::AlignLeft   },
-        {"Nome do Cliente", 4000,                 Qt::AlignLeft   },
-        {"Agência",        1000,                 Qt::AlignLeft   },
+        {"",                kPrimeiraAoLocalizar, Qt::AlignLeft},
+        {"Nº  Cheque",      1300,                 Qt::AlignLeft},
+        {"Nome do Cliente", 4000,                 Qt::AlignLeft},
+        {"Agência",         1000,                 Qt::AlignLeft},
         {"Dt.Vencto",       1250,                 Qt::AlignHCenter},
-        {"Valor R$",        1500,                 Qt::AlignRight  }
+        {"Valor R$",        1500,                 Qt::AlignRight}
     });
+    // clang-format on
     lstterceiros->setColumnName(kLancamento, "Lançamento");
     lstterceiros->setFirstColumnFit(kPrimeiraAoBaixar);
     lbltotal->setFont(headingFont());

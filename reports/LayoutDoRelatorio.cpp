@@ -11,14 +11,16 @@ constexpr qreal kAlturaDoTexto = 4.8; ///< between the rules
 
 const QColor kFio(0xc8, 0xcf, 0xd1);
 
+// clang-format off
 const ReportColumn kColunas[] = {
-    {"Cheque",       "numero",                  16, Qt::AlignLeft,    ""        },
-    {"Nome",         "Cliente_Fornecedor.nome", 50, Qt::AlignLeft,    ""        },
-    {"Dt. Emissão", "data",                    21, Qt::AlignHCenter, ""        },
+    {"Cheque",       "numero",                  16, Qt::AlignLeft,    ""},
+    {"Nome",         "Cliente_Fornecedor.nome", 50, Qt::AlignLeft,    ""},
+    {"Dt. Emissão",  "data",                    21, Qt::AlignHCenter, ""},
     {"Valor Cheque", kValor,                    24, Qt::AlignRight,   "Standard"},
-    {"Banco",        "bancos.nome",             31, Qt::AlignLeft,    ""        },
-    {"Bom Para",     kVencimento,               18, Qt::AlignHCenter, ""        },
+    {"Banco",        "bancos.nome",             31, Qt::AlignLeft,    ""},
+    {"Bom Para",     kVencimento,               18, Qt::AlignHCenter, ""},
 };
+// clang-format on
 constexpr int kColunaDoValor = 3;
 constexpr qreal kLarguraDoTotal = 48; ///< more than a value has
 

@@ -9,19 +9,23 @@ namespace {
 
 constexpr int kPorCliente = 2; ///< in both tables
 
+// clang-format off
 constexpr Ordem kOrdensRecebidos[] = {
-    {"Banco",      " ORDER BY bancos.nome,bompara"            },
-    {"Número",    " ORDER BY numero,bompara"                 },
+    {"Banco",      " ORDER BY bancos.nome,bompara"},
+    {"Número",     " ORDER BY numero,bompara"},
     {"Cliente",    " ORDER BY cliente_fornecedor.nome,bompara"},
-    {"Emissão",   " ORDER BY data,bompara"                   },
+    {"Emissão",    " ORDER BY data,bompara"},
     {"Vencimento", " ORDER BY bompara,cliente_fornecedor.nome"},
 };
+// clang-format on
+// clang-format off
 constexpr Ordem kOrdensSemFundos[] = {
-    {"Banco",   " ORDER BY bancos.nome,data"            },
-    {"Número", " ORDER BY numero,data"                 },
+    {"Banco",   " ORDER BY bancos.nome,data"},
+    {"Número",  " ORDER BY numero,data"},
     {"Cliente", " ORDER BY cliente_fornecedor.nome,data"},
     {"Data",    " ORDER BY data,cliente_fornecedor.nome"},
 };
+// clang-format on
 
 struct Tipo {
     const char* legenda;

@@ -53,10 +53,12 @@ constexpr Entrada kRelatorios[] = {
     {"mnurrec",     "&Cheques recebidos",  "relcheque",   &kRelCheques  },
     {"mnursfundos", "Cheques sem &fundos", "relsemfundo", &kRelSemFundos},
 };
+// clang-format off
 constexpr Entrada kUtilitarios[] = {
-    {"mnuapagar",  "&Apagar Cheques ",     "apagar",    &kApagar   }, // deliberate: the trailing blank
+    {"mnuapagar",  "&Apagar Cheques ",    "apagar",    &kApagar}, // deliberate: the trailing blank
     {"mnucaminho", "&Diretório de dados", "diretorio", &kDiretorio},
 };
+// clang-format on
 // Deliberate: the last two stay off for good. The first never did anything; the second would work
 // on lists that nobody opens, and end the program.
 constexpr Entrada kAjuda[] = {
@@ -64,13 +66,15 @@ constexpr Entrada kAjuda[] = {
     {"mnuimportar", "&Importar Arquivos", nullptr, nullptr, false},
     {"mnuverif",    "&Verifica Clientes", nullptr, nullptr, false},
 };
+// clang-format off
 constexpr Menu kMenus[] = {
-    {"mnuar",    "&Arquivos",     kArquivos   },
-    {"mnumov",   "&Movimentos",   kMovimentos },
-    {"mnurelat", "&Relatórios",  kRelatorios },
+    {"mnuar",    "&Arquivos",    kArquivos},
+    {"mnumov",   "&Movimentos",  kMovimentos},
+    {"mnurelat", "&Relatórios",  kRelatorios},
     {"mnuutil",  "&Utilitários", kUtilitarios},
-    {"mnusobre", "A&juda",        kAjuda      },
+    {"mnusobre", "A&juda",       kAjuda},
 };
+// clang-format on
 
 // Deliberate: "Relatorio de Cheques" has no accent; the tool-tips stand as the shop knows them.
 constexpr Botao kBotoes[] = {

@@ -24,37 +24,21 @@ struct Conjunto {
     std::vector<const char*> dispensaveis;
 };
 
+// clang-format off
 const Conjunto kConjuntos[] = {
-    {&dbconectar::rsBancos,    "bancos",                 {}                                                                    },
+    {&dbconectar::rsBancos, "bancos", {}},
     {&dbconectar::rsCliente,
-     "select * from cliente_fornecedor where tipo=true", {"endereco",
-      "bairro",
-      "cidade",
-      "cep",
-      "estado",
-      "cgc_cpf",
-      "inscricao_rg",
-      "fone",
-      "fax",
-      "ultima_compra_venda",
-      "dt_nascimento",
-      "renuneração_mensal",
-      "limite_credito",
-      "bancos_trabalha01",
-      "bancos_trabalha02",
-      "pessoa_autorizada01",
-      "pessoa_autorizada02",
-      "pai",
-      "mae",
-      "ocupacao",
-      "empresa",
-      "fone_empresa",
-      "emailcli",
-      "observacao"}                                                    },
+     "select * from cliente_fornecedor where tipo=true",
+     {"endereco", "bairro", "cidade", "cep", "estado", "cgc_cpf", "inscricao_rg", "fone", "fax",
+      "ultima_compra_venda", "dt_nascimento", "renuneração_mensal", "limite_credito",
+      "bancos_trabalha01", "bancos_trabalha02", "pessoa_autorizada01", "pessoa_autorizada02", "pai",
+      "mae", "ocupacao", "empresa", "fone_empresa", "emailcli", "observacao"}},
     {&dbconectar::rsCheques,
-     "Cheques",                                          {"agencia", "data", "bompara", "observacao", "autorizou", "descontar"}},
-    {&dbconectar::rsSemFundos, "semfundos",              {"agencia", "data", "empresa", "observacao"}                          },
+     "Cheques",
+     {"agencia", "data", "bompara", "observacao", "autorizou", "descontar"}},
+    {&dbconectar::rsSemFundos, "semfundos", {"agencia", "data", "empresa", "observacao"}},
 };
+// clang-format on
 
 std::unique_ptr<dbconectar>& unico() {
     static std::unique_ptr<dbconectar> objeto;

@@ -22,6 +22,7 @@ IndexSpec index(const char* column) { return {column, {{column}}}; }
 
 } // namespace
 
+// clang-format off
 const std::vector<TableSpec>& shopTables() {
     static const std::vector<TableSpec> tables{
         {"cliente_fornecedor",
@@ -30,22 +31,22 @@ const std::vector<TableSpec>& shopTables() {
           of(ColumnType::currency, "renuneração_mensal"),
           of(ColumnType::currency, "limite_credito"), text("vender", 5), text("emailcli", 60),
           of(ColumnType::memo, "observacao")},
-         {key("codigo"), index("nome")}                                                                   },
-        {"bancos",             {counter("codigo"), number("cod_banco"), text("nome", 50)}, {key("codigo")}},
+         {key("codigo"), index("nome")}},
+        {"bancos", {counter("codigo"), number("cod_banco"), text("nome", 50)}, {key("codigo")}},
         {"cheques",
          {counter("lancamento"), number("cliente"), number("banco"), text("agencia", 10),
           text("numero", 20), of(ColumnType::date, "data"), of(ColumnType::date, "bompara"),
           of(ColumnType::currency, "valor"), text("observacao", 255), text("autorizou", 50),
           of(ColumnType::boolean, "descontar")},
-         {key("lancamento"), index("cliente"), index("bompara"), index("numero")}                         },
+         {key("lancamento"), index("cliente"), index("bompara"), index("numero")}},
         {"semfundos",
          {counter("lancamento"), number("cliente"), number("banco"), text("agencia", 10),
           text("numero", 20), of(ColumnType::date, "data"), of(ColumnType::currency, "valor"),
           text("empresa", 50), text("observacao", 255)},
-         {key("lancamento")}                                                                              }
-    };
+         {key("lancamento")}}};
     return tables;
 }
+// clang-format on
 
 Shop::Shop() {
     const auto path = folder / "automacao.mdb";
@@ -78,40 +79,17 @@ jet::RowId Shop::add(const char* name, Fields fields) {
     return into.insert(row);
 }
 
+// clang-format off
 void Shop::addSomeOfEach() {
     const auto reais = [](std::int64_t amount) { return Currency{amount * 10000}; };
     using namespace std::string_literals;
-    add("cliente_fornecedor",
-        {
-            {"nome",           "Ana"s     },
-            {"tipo",           true       },
-            {"limite_credito", reais(1000)}
-    });
-    add("cliente_fornecedor", {
-                                  {"nome",    "JOÃO"s      },
-                                  {"tipo",    true          },
-                                  {"cgc_cpf", "12345678901"s}
-    });
-    add("cliente_fornecedor", {
-                                  {"nome", "joão pequeno"s},
-                                  {"tipo", true            }
-    });
-    add("cliente_fornecedor", {
-                                  {"nome", "Zé"s},
-                                  {"tipo", false }
-    });
-    add("bancos", {
-                      {"cod_banco", std::int64_t{104}},
-                      {"nome",      "Banco do Norte"s}
-    });
-    add("bancos", {
-                      {"cod_banco", std::int64_t{1}},
-                      {"nome",      "Banco do Sul"s}
-    });
-    add("bancos", {
-                      {"cod_banco", std::int64_t{33}},
-                      {"nome",      "Agrário"s     }
-    });
+    add("cliente_fornecedor", {{"nome", "Ana"s}, {"tipo", true}, {"limite_credito", reais(1000)}});
+    add("cliente_fornecedor", {{"nome", "JOÃO"s}, {"tipo", true}, {"cgc_cpf", "12345678901"s}});
+    add("cliente_fornecedor", {{"nome", "joão pequeno"s}, {"tipo", true}});
+    add("cliente_fornecedor", {{"nome", "Zé"s}, {"tipo", false}});
+    add("bancos", {{"cod_banco", std::int64_t{104}}, {"nome", "Banco do Norte"s}});
+    add("bancos", {{"cod_banco", std::int64_t{1}}, {"nome", "Banco do Sul"s}});
+    add("bancos", {{"cod_banco", std::int64_t{33}}, {"nome", "Agrário"s}});
     struct Cheque {
         std::int64_t client, bank;
         const char* number;
@@ -119,34 +97,29 @@ void Shop::addSomeOfEach() {
         std::int64_t value;
         bool deposit;
     };
-    const Cheque cheques[] = {
-        {1, 1, "000123", day(2024, 1, 10), 1005000,  true },
-        {2, 2, "000200", day(2024, 1, 31), 2000001,  false},
-        {1, 3, "000123", day(2024, 2, 1),  100000,   true },
-        {3, 1, "A-77",   day(2024, 2, 29), 15000000, false},
-        {2, 1, "000201", day(2024, 3, 1),  5000,     true },
-        {1, 2, "000300", day(2024, 1, 1),  333333,   true }
-    };
+    const Cheque cheques[] = {{1, 1, "000123", day(2024, 1, 10), 1005000, true},
+                              {2, 2, "000200", day(2024, 1, 31), 2000001, false},
+                              {1, 3, "000123", day(2024, 2, 1), 100000, true},
+                              {3, 1, "A-77", day(2024, 2, 29), 15000000, false},
+                              {2, 1, "000201", day(2024, 3, 1), 5000, true},
+                              {1, 2, "000300", day(2024, 1, 1), 333333, true}};
     for (const Cheque& cheque : cheques)
-        add("cheques", {
-                           {"cliente",               cheque.client             },
-                           {"banco",                 cheque.bank               },
-                           {"numero",                std::string(cheque.number)},
-                           {"data",                  day(2024,                   1, 1)},
-                           {"bompara",                     cheque.due                                              },
-                           {"valor",Currency{cheque.value}},
-                           {"descontar",         cheque.deposit                                                              }
-        });
+        add("cheques", {{"cliente", cheque.client},
+                        {"banco", cheque.bank},
+                        {"numero", std::string(cheque.number)},
+                        {"data", day(2024, 1, 1)},
+                        {"bompara", cheque.due},
+                        {"valor", Currency{cheque.value}},
+                        {"descontar", cheque.deposit}});
     for (const std::int64_t client : {2, 1})
-        add("semfundos", {
-                             {"cliente",                  client         },
-                             {"banco",                    std::int64_t{1}},
-                             {"numero",                   "9"s           },
-                             {"data",                     day(2023,        12, static_cast<int>(client))},
-                             {"valor", reais(50)               },
-                             {"empresa",                 "Loja"s                }
-        });
+        add("semfundos", {{"cliente", client},
+                          {"banco", std::int64_t{1}},
+                          {"numero", "9"s},
+                          {"data", day(2023, 12, static_cast<int>(client))},
+                          {"valor", reais(50)},
+                          {"empresa", "Loja"s}});
 }
+// clang-format on
 
 std::vector<std::string> Shop::column(ado::Recordset& rows, const char* field) {
     std::vector<std::string> values;

@@ -20,15 +20,17 @@ DamagedFile::DamagedFile(Version version)
 void DamagedFile::make(Version version) {
     Database::create(path_, version);
     Database database(path_);
+    // clang-format off
     Table& table = database.createTable({
         "Cheques",
         {{"numero", ColumnType::longInteger, 0, true},
-          {"cliente", ColumnType::longInteger},
-          {"quando", ColumnType::date},
-          {"nome", ColumnType::text, 200, false, 18, 0, false},
-          {"obs", ColumnType::memo}},
-        {{"PrimaryKey", {{"numero"}}, true},                    {"cliente", {{"cliente"}}},          {"nome", {{"nome"}}}}
+         {"cliente", ColumnType::longInteger},
+         {"quando", ColumnType::date},
+         {"nome", ColumnType::text, 200, false, 18, 0, false},
+         {"obs", ColumnType::memo}},
+        {{"PrimaryKey", {{"numero"}}, true}, {"cliente", {{"cliente"}}}, {"nome", {{"nome"}}}}
     });
+    // clang-format on
     const auto row = [&](std::size_t i, std::string name, Value memo) {
         return table.insert(Row{Value(), static_cast<std::int64_t>(i % 7),
                                 Date::of({2004, 5, static_cast<int>(1 + i % 28)}), std::move(name),

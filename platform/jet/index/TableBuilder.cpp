@@ -253,6 +253,7 @@ std::vector<SystemTable> systemTables(Version version) {
             made.width = isJet3 || type == text ? 255 : 510;
         return made;
     };
+    // clang-format off
     std::vector<SystemTable> tables{
         {.page = kObjectsPage,
          .table = {"MSysObjects",
@@ -279,7 +280,7 @@ std::vector<SystemTable> systemTables(Version version) {
                     column("Expression", memo), column("Flag", integer)},
                    {{.name = "ObjectIdAttribute",
                      .columns = {{"ObjectId"}, {"Attribute"}, {"Order"}},
-                     .primary = true}}}                                               },
+                     .primary = true}}}},
         {.page = kRelationshipsPage,
          .table = {
              "MSysRelationships",
@@ -293,6 +294,7 @@ std::vector<SystemTable> systemTables(Version version) {
                .columns = {{"szReferencedObject"}},
                .ignoreNulls = true}}}}
     };
+    // clang-format on
     if (!isJet3)
         tables[2].table.columns.push_back(column("LvExtra", longInteger));
     return tables;

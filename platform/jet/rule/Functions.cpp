@@ -42,33 +42,36 @@ Value nz(const Call& call) {
     return call.has(1) ? call[1] : Value(std::string());
 }
 
+// Rows of several lengths, which it would push apart.
+// clang-format off
 constexpr Function kFunctions[] = {
-    {"date",     0,    0,       today     },
-    {"dateadd",  3,    3,       dateAdd   },
-    {"datediff", 3,    5,       dateDiff  },
-    {"day",      1,    1,       day       },
-    {"format",   1,    4,       format,     true},
-    {"genguid",          0,      0,   newGuid      },
-    {"instr",          2,        4,     inStr},
-    {"isnull",          1,       1,    isNullFunction      },
-    {"isnumeric",          1,    1, isNumeric},
-    {"lcase",          1,        1,     lCase,       true},
-    {"left",      2,          2,            left,          true},
-    {"len",      1,      1,  len},
-    {"ltrim",         1,     1,           lTrim,                 true},
-    {"mid",         2,    3,mid,true},
-    {"month", 1, 1,         month                        },
-    {"now",    0,       0,             now         },
-    {"nz",      1,      2,      nz},
-    {"right",       2,     2,      right,         true},
-    {"rtrim",    1, 1,   rTrim,   true},
-    {"strcomp",          2,        3,           strComp                   },
-    {"time",      0,          0,         timeOfDay      },
-    {"trim",   1,       1,trim,true},
-    {"ucase", 1,     1,uCase,true},
-    {"val",      1,      1,               val                                   },
-    {"year",         1,    1,         year                   }
+    {"date",      0, 0, today},
+    {"dateadd",   3, 3, dateAdd},
+    {"datediff",  3, 5, dateDiff},
+    {"day",       1, 1, day},
+    {"format",    1, 4, format, true},
+    {"genguid",   0, 0, newGuid},
+    {"instr",     2, 4, inStr},
+    {"isnull",    1, 1, isNullFunction},
+    {"isnumeric", 1, 1, isNumeric},
+    {"lcase",     1, 1, lCase,  true},
+    {"left",      2, 2, left,   true},
+    {"len",       1, 1, len},
+    {"ltrim",     1, 1, lTrim,  true},
+    {"mid",       2, 3, mid,    true},
+    {"month",     1, 1, month},
+    {"now",       0, 0, now},
+    {"nz",        1, 2, nz},
+    {"right",     2, 2, right,  true},
+    {"rtrim",     1, 1, rTrim,  true},
+    {"strcomp",   2, 3, strComp},
+    {"time",      0, 0, timeOfDay},
+    {"trim",      1, 1, trim,   true},
+    {"ucase",     1, 1, uCase,  true},
+    {"val",       1, 1, val},
+    {"year",      1, 1, year}
 };
+// clang-format on
 
 } // namespace
 

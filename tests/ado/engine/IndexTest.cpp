@@ -15,30 +15,29 @@ using Strings = std::vector<std::string>;
 /// An index may only ever make an answer come sooner.
 class IndexTest : public Shop {
 protected:
+    // clang-format off
     IndexTest() {
-        connection.database().createTable({
-            "t",
-            {{"id", ColumnType::longInteger, 0, true},
-              {"pequeno", ColumnType::byte},
-              {"curto", ColumnType::integer},
-              {"longo", ColumnType::longInteger},
-              {"dinheiro", ColumnType::currency},
-              {"simples", ColumnType::single},
-              {"duplo", ColumnType::real},
-              {"dia", ColumnType::date},
-              {"nome", ColumnType::text, 20},
-              {"sim", ColumnType::boolean}},
-            {{"PrimaryKey", {{"id"}}, true},
-              {"i1", {{"pequeno"}}},
-              {"i2", {{"curto", false}}},
-              {"i3", {{"longo"}, {"nome"}}},
-              {"i4", {{"dinheiro"}}},
-              {"i5", {{"simples"}}},
-              {"i6", {{"duplo", false}}, false, false, true},
-              {"i7", {{"dia"}, {"curto", false}}},
-              {"i8", {{"nome"}, {"longo"}}},
-              {"i9", {{"sim"}, {"dia"}}}  }
-        });
+        connection.database().createTable({"t",
+                                           {{"id", ColumnType::longInteger, 0, true},
+                                            {"pequeno", ColumnType::byte},
+                                            {"curto", ColumnType::integer},
+                                            {"longo", ColumnType::longInteger},
+                                            {"dinheiro", ColumnType::currency},
+                                            {"simples", ColumnType::single},
+                                            {"duplo", ColumnType::real},
+                                            {"dia", ColumnType::date},
+                                            {"nome", ColumnType::text, 20},
+                                            {"sim", ColumnType::boolean}},
+                                           {{"PrimaryKey", {{"id"}}, true},
+                                            {"i1", {{"pequeno"}}},
+                                            {"i2", {{"curto", false}}},
+                                            {"i3", {{"longo"}, {"nome"}}},
+                                            {"i4", {{"dinheiro"}}},
+                                            {"i5", {{"simples"}}},
+                                            {"i6", {{"duplo", false}}, false, false, true},
+                                            {"i7", {{"dia"}, {"curto", false}}},
+                                            {"i8", {{"nome"}, {"longo"}}},
+                                            {"i9", {{"sim"}, {"dia"}}}}});
         std::mt19937 random(3);
         const auto pick = [&](int most) {
             return static_cast<std::int64_t>(random() % static_cast<unsigned>(most));
@@ -48,20 +47,19 @@ protected:
         };
         connection.BeginTrans();
         for (int i = 0; i < 600; ++i)
-            add("t", {
-                         {"pequeno",  orNull(pick(6))                                          },
-                         {"curto",    orNull(pick(9) - 4)                                      },
-                         {"longo",    orNull(pick(12) - 5)                                     },
-                         {"dinheiro", orNull(jet::Currency{(pick(40) - 20) * 2500})            },
-                         {"simples",  orNull(static_cast<double>(pick(20)) / 10)               },
-                         {"duplo",    orNull(static_cast<double>(pick(20)) / 10)               },
-                         {"dia",      orNull(jet::Date{static_cast<double>(pick(30) - 10) / 2})},
-                         {"nome",     orNull(std::string(1,                                      static_cast<char>('A' + pick(3))) +
-                                         std::string(static_cast<std::size_t>(pick(3)), 'b'))},
-                         {"sim",     pick(2) == 0                                                             }
-            });
+            add("t", {{"pequeno", orNull(pick(6))},
+                      {"curto", orNull(pick(9) - 4)},
+                      {"longo", orNull(pick(12) - 5)},
+                      {"dinheiro", orNull(jet::Currency{(pick(40) - 20) * 2500})},
+                      {"simples", orNull(static_cast<double>(pick(20)) / 10)},
+                      {"duplo", orNull(static_cast<double>(pick(20)) / 10)},
+                      {"dia", orNull(jet::Date{static_cast<double>(pick(30) - 10) / 2})},
+                      {"nome", orNull(std::string(1, static_cast<char>('A' + pick(3))) +
+                                      std::string(static_cast<std::size_t>(pick(3)), 'b'))},
+                      {"sim", pick(2) == 0}});
         connection.CommitTrans();
     }
+    // clang-format on
     Strings ids(const std::string& condition, const std::string& order = "id") {
         return column("select id from t where " + condition + " order by " + order, "id");
     }

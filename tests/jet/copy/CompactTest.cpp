@@ -122,14 +122,16 @@ protected:
 
     /// A table whose rows come and go.
     Table& fill(Database& database, int rows) const {
+        // clang-format off
         Table& table = database.createTable({
             "Cheques",
             {{"numero", ColumnType::longInteger, 0, true},
-              {"nome", ColumnType::text, 60},
-              {"valor", ColumnType::currency},
-              {"obs", ColumnType::memo}},
-            {{"PrimaryKey", {{"numero"}}, true},                    {"nome", {{"nome", false}, {"valor"}}}   }
+             {"nome", ColumnType::text, 60},
+             {"valor", ColumnType::currency},
+             {"obs", ColumnType::memo}},
+            {{"PrimaryKey", {{"numero"}}, true}, {"nome", {{"nome", false}, {"valor"}}}}
         });
+        // clang-format on
         database.begin();
         for (int i = 0; i < rows; ++i)
             table.insert(Row{Value(), "Nome " + std::to_string(i * 7919 % 1000),

@@ -17,20 +17,22 @@ using namespace std::string_literals;
 namespace {
 
 TableSpec shopCheques() {
+    // clang-format off
     return {
         "Cheques",
         {{"lancamento", ColumnType::longInteger, 0, true},
-          {"cliente", ColumnType::longInteger},
-          {"numero", ColumnType::text, 20},
-          {"bompara ", ColumnType::date},
-          {"valor", ColumnType::currency},
-          {"renuneração", ColumnType::currency},
-          {"obs", ColumnType::memo},
-          {"descontar", ColumnType::boolean}},
+         {"cliente", ColumnType::longInteger},
+         {"numero", ColumnType::text, 20},
+         {"bompara ", ColumnType::date},
+         {"valor", ColumnType::currency},
+         {"renuneração", ColumnType::currency},
+         {"obs", ColumnType::memo},
+         {"descontar", ColumnType::boolean}},
         {{"PrimaryKey", {{"lancamento"}}, true},
-          {"cliente", {{"cliente"}}},
-          {"numero", {{"numero", false}}}       }
+         {"cliente", {{"cliente"}}},
+         {"numero", {{"numero", false}}}}
     };
+    // clang-format on
 }
 
 constexpr std::size_t kLancamentoAt = 0;

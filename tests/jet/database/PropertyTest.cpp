@@ -235,31 +235,33 @@ bool changeAndCompare(const std::filesystem::path& file, std::uint64_t seed, int
 void makeFile(const std::filesystem::path& path, Version version) {
     Database::create(path, version);
     Database database(path);
+    // clang-format off
     TableSpec wide{
         "Largo",
         {{"numero", ColumnType::longInteger, 0, true},
-          {"nome", ColumnType::text, 60},
-          {"codigo", ColumnType::integer},
-          {"grupo", ColumnType::byte},
-          {"valor", ColumnType::currency},
-          {"simples", ColumnType::single},
-          {"duplo", ColumnType::real},
-          {"data", ColumnType::date},
-          {"bytes", ColumnType::binary, 40},
-          {"guid", ColumnType::guid},
-          {"sim", ColumnType::boolean},
-          {"obs", ColumnType::memo},
-          {"foto", ColumnType::ole}},
+         {"nome", ColumnType::text, 60},
+         {"codigo", ColumnType::integer},
+         {"grupo", ColumnType::byte},
+         {"valor", ColumnType::currency},
+         {"simples", ColumnType::single},
+         {"duplo", ColumnType::real},
+         {"data", ColumnType::date},
+         {"bytes", ColumnType::binary, 40},
+         {"guid", ColumnType::guid},
+         {"sim", ColumnType::boolean},
+         {"obs", ColumnType::memo},
+         {"foto", ColumnType::ole}},
         {{"PrimaryKey", {{"numero"}}, true},
-          {"nome", {{"nome"}}, false, true},
-          {"codigo", {{"codigo", false}, {"grupo"}}, false, true, true},
-          {"valor", {{"valor"}, {"simples", false}}},
-          {"duplo", {{"duplo", false}}},
-          {"data", {{"data"}, {"nome", false}, {"sim"}}},
-          {"bytes", {{"bytes", false}}},
-          {"guid", {{"guid"}}, false, true},
-          {"sim", {{"sim"}}}    }
+         {"nome", {{"nome"}}, false, true},
+         {"codigo", {{"codigo", false}, {"grupo"}}, false, true, true},
+         {"valor", {{"valor"}, {"simples", false}}},
+         {"duplo", {{"duplo", false}}},
+         {"data", {{"data"}, {"nome", false}, {"sim"}}},
+         {"bytes", {{"bytes", false}}},
+         {"guid", {{"guid"}}, false, true},
+         {"sim", {{"sim"}}}}
     };
+    // clang-format on
     if (version == Version::jet4) {
         wide.columns.push_back({"decimal", ColumnType::numeric, 0, false, 18, 2});
         wide.indexes.push_back({"decimal", {{"decimal"}}});

@@ -19,24 +19,28 @@ protected:
     Relationships() {
         // Children with an index on their parent's key, and without one.
         for (const bool indexed : {true, false}) {
+            // clang-format off
             TableSpec child{
                 indexed ? "cheques" : "avulsos",
                 {{"numero", ColumnType::longInteger},
-                                          {"cliente", ColumnType::longInteger},
-                                          {"uf", ColumnType::text, 2}},
-                {{"PrimaryKey", {{"numero"}}, true}        }
+                 {"cliente", ColumnType::longInteger},
+                 {"uf", ColumnType::text, 2}},
+                {{"PrimaryKey", {{"numero"}}, true}}
             };
+            // clang-format on
             if (indexed)
                 child.indexes.push_back({"cliente", {{"cliente"}}});
             database_->createTable(child);
         }
+        // clang-format off
         database_->createTable({
             "clientes",
             {{"codigo", ColumnType::longInteger},
-              {"uf", ColumnType::text, 2},
-              {"pai", ColumnType::longInteger}                                         },
-            {{"PrimaryKey", {{"codigo"}}, true},  {"uf", {{"uf"}}}, {"pai", {{"pai"}}}}
+             {"uf", ColumnType::text, 2},
+             {"pai", ColumnType::longInteger}},
+            {{"PrimaryKey", {{"codigo"}}, true}, {"uf", {{"uf"}}}, {"pai", {{"pai"}}}}
         });
+        // clang-format on
         database_->createTable(
             {"estados", {{"uf", ColumnType::text, 2}}, {{"PrimaryKey", {{"uf"}}, true}}});
     }

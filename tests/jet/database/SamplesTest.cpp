@@ -103,23 +103,25 @@ TEST(Samples, TheChineseFileReadsUnderItsOwnCodePage) {
 std::vector<Row> makeFileOfAllTypes(const std::filesystem::path& path, Version version) {
     Database::create(path, version);
     Database database(path);
+    // clang-format off
     TableSpec spec{
         "Tipos",
         {{"numero", ColumnType::longInteger, 0, true},
-          {"byte", ColumnType::byte},
-          {"inteiro", ColumnType::integer},
-          {"valor", ColumnType::currency},
-          {"simples", ColumnType::single},
-          {"duplo", ColumnType::real},
-          {"data", ColumnType::date},
-          {"bytes", ColumnType::binary, 30},
-          {"texto", ColumnType::text, 255},
-          {"memo", ColumnType::memo},
-          {"ole", ColumnType::ole},
-          {"guid", ColumnType::guid},
-          {"sim", ColumnType::boolean}},
-        {{"PrimaryKey", {{"numero"}}, true}            }
+         {"byte", ColumnType::byte},
+         {"inteiro", ColumnType::integer},
+         {"valor", ColumnType::currency},
+         {"simples", ColumnType::single},
+         {"duplo", ColumnType::real},
+         {"data", ColumnType::date},
+         {"bytes", ColumnType::binary, 30},
+         {"texto", ColumnType::text, 255},
+         {"memo", ColumnType::memo},
+         {"ole", ColumnType::ole},
+         {"guid", ColumnType::guid},
+         {"sim", ColumnType::boolean}},
+        {{"PrimaryKey", {{"numero"}}, true}}
     };
+    // clang-format on
     if (version == Version::jet4)
         spec.columns.push_back({"decimal", ColumnType::numeric, 0, false, 18, 3});
     Table& table = database.createTable(spec);

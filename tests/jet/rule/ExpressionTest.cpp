@@ -133,35 +133,37 @@ TEST(Expression, ConditionsHaveThreeOutcomes) {
 }
 
 TEST(Expression, OperatorsBindAsTheyShould) {
+    // clang-format off
     const struct {
         const char* text;
         const char* outcome;
     } cases[] = {
-        {"True Or False And False",          "sim" },
+        {"True Or False And False",          "sim"},
         {"(True Or False) And False",        "não"},
         {"Not False And False",              "não"},
-        {"Not (False And False)",            "sim" },
+        {"Not (False And False)",            "sim"},
         {"True Xor True Or True",            "não"},
-        {"Not 1=2",                          "sim" },
-        {"1+2*3=7",                          "sim" },
-        {"(1+2)*3=9",                        "sim" },
-        {"10-4-3=3",                         "sim" },
-        {"12/3/2=2",                         "sim" },
-        {"-2*-3=6",                          "sim" },
-        {"1 & 2 = '12'",                     "sim" },
-        {"1+1 & 'x' = '2x'",                 "sim" },
-        {"'a' + 'b' = 'ab'",                 "sim" },
-        {"'a' & Null = 'a'",                 "sim" },
-        {"'1' + 1 = 2",                      "sim" },
-        {"5 Between 2+2 And 3*2 And 1=1",    "sim" },
-        {"Len('ação')=4",                  "sim" },
-        {"Len('')=0",                        "sim" },
-        {"#1/1/2026#+1=#1/2/2026#",          "sim" },
-        {"#1/2/2026#-#1/1/2026#=1",          "sim" },
-        {"Date()<=Now() And Date()+1>Now()", "sim" },
-        {"Time()<1",                         "sim" },
-        {"GenGUID()<>GenGUID()",             "sim" },
+        {"Not 1=2",                          "sim"},
+        {"1+2*3=7",                          "sim"},
+        {"(1+2)*3=9",                        "sim"},
+        {"10-4-3=3",                         "sim"},
+        {"12/3/2=2",                         "sim"},
+        {"-2*-3=6",                          "sim"},
+        {"1 & 2 = '12'",                     "sim"},
+        {"1+1 & 'x' = '2x'",                 "sim"},
+        {"'a' + 'b' = 'ab'",                 "sim"},
+        {"'a' & Null = 'a'",                 "sim"},
+        {"'1' + 1 = 2",                      "sim"},
+        {"5 Between 2+2 And 3*2 And 1=1",    "sim"},
+        {"Len('ação')=4",                    "sim"},
+        {"Len('')=0",                        "sim"},
+        {"#1/1/2026#+1=#1/2/2026#",          "sim"},
+        {"#1/2/2026#-#1/1/2026#=1",          "sim"},
+        {"Date()<=Now() And Date()+1>Now()", "sim"},
+        {"Time()<1",                         "sim"},
+        {"GenGUID()<>GenGUID()",             "sim"},
     };
+    // clang-format on
     for (const auto& [text, outcome] : cases)
         EXPECT_EQ(said(text), outcome) << text;
 }
@@ -194,41 +196,43 @@ TEST(Expression, ColumnsAreNamedWithOrWithoutBrackets) {
 }
 
 TEST(Expression, AColumnsRuleMayBeginWithItsOperator) {
+    // clang-format off
     const struct {
         const char* text;
         Value value;
         const char* outcome;
     } cases[] = {
-        {">0",                    whole(1),  "sim" },
+        {">0",                    whole(1),  "sim"},
         {">0",                    whole(0),  "não"},
         {">0",                    {},        "nulo"},
-        {">=0 And <100",          whole(99), "sim" },
+        {">=0 And <100",          whole(99), "sim"},
         {">=0 And <100",          whole(-1), "não"},
-        {"<0 Or >100 Or Is Null", {},        "sim" },
+        {"<0 Or >100 Or Is Null", {},        "sim"},
         {"Is Not Null",           {},        "não"},
         {"Not Null",              {},        "não"},
-        {"Not Null",              whole(0),  "sim" },
-        {"Null",                  {},        "sim" },
-        {"In (1,3)",              whole(3),  "sim" },
+        {"Not Null",              whole(0),  "sim"},
+        {"Null",                  {},        "sim"},
+        {"In (1,3)",              whole(3),  "sim"},
         {"Not In (1,3)",          whole(3),  "não"},
-        {"Between 1 And 3",       whole(2),  "sim" },
+        {"Between 1 And 3",       whole(2),  "sim"},
         {"Not Between 1 And 3",   whole(2),  "não"},
-        {"Like 'a?c'",            "ABC"s,    "sim" },
+        {"Like 'a?c'",            "ABC"s,    "sim"},
         {"Not Like 'a?c'",        "ABC"s,    "não"},
-        {"'M' Or 'F'",            "f"s,      "sim" },
+        {"'M' Or 'F'",            "f"s,      "sim"},
         {"'M' Or 'F'",            "x"s,      "não"},
-        {"('M' Or 'F')",          "f"s,      "sim" },
-        {"='M' Or ='F'",          "f"s,      "sim" },
-        {"= ('M')",               "m"s,      "sim" },
-        {"5",                     whole(5),  "sim" },
+        {"('M' Or 'F')",          "f"s,      "sim"},
+        {"='M' Or ='F'",          "f"s,      "sim"},
+        {"= ('M')",               "m"s,      "sim"},
+        {"5",                     whole(5),  "sim"},
         {"-5",                    whole(5),  "não"},
-        {"True",                  true,      "sim" },
+        {"True",                  true,      "sim"},
         {"True",                  false,     "não"},
         {"Not 5",                 whole(5),  "não"},
-        {"[a]>3 And a<9",         whole(5),  "sim" },
-        {"<=Date()",              Date{1.},  "sim" },
-        {"Len([a])=4",            "ação"s, "sim" },
+        {"[a]>3 And a<9",         whole(5),  "sim"},
+        {"<=Date()",              Date{1.},  "sim"},
+        {"Len([a])=4",            "ação"s,   "sim"},
     };
+    // clang-format on
     for (const auto& [text, value, outcome] : cases)
         EXPECT_EQ(said(text, {value}, 0), outcome) << text;
     EXPECT_TRUE(isRefused(">0")) << "a table's rule has no column of its own";
@@ -325,46 +329,48 @@ TEST(Expression, HostileTextsEndSoon) {
 // ---- Like -------------------------------------------------------------------------------------
 
 TEST(Like, KnowsEverySign) {
+    // clang-format off
     const struct {
         const char* text;
         const char* pattern;
         bool fits;
     } cases[] = {
-        {"",          "",          true },
-        {"",          "*",         true },
+        {"",          "",          true},
+        {"",          "*",         true},
         {"",          "?",         false},
-        {"abc",       "ABC",       true },
-        {"abc",       "a*",        true },
-        {"abc",       "*c",        true },
-        {"abc",       "*b*",       true },
+        {"abc",       "ABC",       true},
+        {"abc",       "a*",        true},
+        {"abc",       "*c",        true},
+        {"abc",       "*b*",       true},
         {"abc",       "*d*",       false},
-        {"abc",       "a?c",       true },
+        {"abc",       "a?c",       true},
         {"abc",       "a??c",      false},
-        {"a1c",       "a#c",       true },
+        {"a1c",       "a#c",       true},
         {"abc",       "a#c",       false},
-        {"abc",       "[a-c]bc",   true },
+        {"abc",       "[a-c]bc",   true},
         {"dbc",       "[a-c]bc",   false},
-        {"dbc",       "[!a-c]bc",  true },
-        {"ABC",       "[a-c]??",   true },
-        {"a*c",       "a[*]c",     true },
+        {"dbc",       "[!a-c]bc",  true},
+        {"ABC",       "[a-c]??",   true},
+        {"a*c",       "a[*]c",     true},
         {"abc",       "a[*]c",     false},
-        {"a?c",       "a[?]c",     true },
-        {"a#c",       "a[#]c",     true },
-        {"a[c",       "a[[]c",     true },
-        {"a]c",       "a]c",       true },
-        {"a-c",       "a[-x]c",    true },
-        {"a-c",       "a[x-]c",    true },
-        {"a!c",       "a[!]c",     true },
-        {"abc",       "a[]bc",     true },
-        {"ação",    "aç?o",     true },
-        {"AÇÃO",    "ação",    true },
-        {"acao",      "ação",    false},
-        {"01310-100", "#####-###", true },
+        {"a?c",       "a[?]c",     true},
+        {"a#c",       "a[#]c",     true},
+        {"a[c",       "a[[]c",     true},
+        {"a]c",       "a]c",       true},
+        {"a-c",       "a[-x]c",    true},
+        {"a-c",       "a[x-]c",    true},
+        {"a!c",       "a[!]c",     true},
+        {"abc",       "a[]bc",     true},
+        {"ação",      "aç?o",      true},
+        {"AÇÃO",      "ação",      true},
+        {"acao",      "ação",      false},
+        {"01310-100", "#####-###", true},
         {"01310100",  "#####-###", false},
-        {"aaab",      "*ab",       true },
-        {"abab",      "*ab",       true },
-        {"abc",       "***",       true },
+        {"aaab",      "*ab",       true},
+        {"abab",      "*ab",       true},
+        {"abc",       "***",       true},
     };
+    // clang-format on
     for (const auto& [text, pattern, fits] : cases)
         EXPECT_EQ(isLike(text, pattern, order()), fits) << text << " / " << pattern;
     EXPECT_FALSE(isPattern("a[b"));
