@@ -17,15 +17,17 @@ protected:
     }
 
     static Row cheque(int clientCode, const char* numero, std::int64_t reais, int cents = 0) {
+        // clang-format off
         return {
-            {"cliente", number(clientCode)},
-            {"banco",   number(1)         },
-            {"numero",  words(numero)     },
-            {"data",    day(2026,           3, 1)},
-            {"bompara",       day(2026,                         4, 1)},
-            {"valor",money(reais,cents)},
-            {"descontar",         yes(true)                    }
+            {"cliente",   number(clientCode)},
+            {"banco",     number(1)},
+            {"numero",    words(numero)},
+            {"data",      day(2026, 3, 1)},
+            {"bompara",   day(2026, 4, 1)},
+            {"valor",     money(reais, cents)},
+            {"descontar", yes(true)}
         };
+        // clang-format on
     }
 
     static std::vector<std::string> stored() {

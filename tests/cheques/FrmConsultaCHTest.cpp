@@ -61,14 +61,16 @@ protected:
     }
     static Row bounced(int clientCode, int bankCode, const char* numero,
                        std::int64_t tenThousandths, const char* company) {
+        // clang-format off
         return {
-            {"cliente", number(clientCode)                       },
-            {"banco",   number(bankCode)                         },
-            {"numero",  words(numero)                            },
+            {"cliente", number(clientCode)},
+            {"banco",   number(bankCode)},
+            {"numero",  words(numero)},
             {"valor",   jet::Value(jet::Currency{tenThousandths})},
-            {"data",    day(2026,                                  3, 1)},
-            {"empresa",       words(company)                                               }
+            {"data",    day(2026, 3, 1)},
+            {"empresa", words(company)}
         };
+        // clang-format on
     }
 
     static ListView& list(const QWidget& form) { return control<ListView>(form, "Lstcheques"); }

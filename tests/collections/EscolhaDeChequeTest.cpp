@@ -33,15 +33,17 @@ protected:
         ChequeShop::TearDown();
     }
     static Row cheque(int client, const char* numero) {
+        // clang-format off
         return {
-            {"cliente", number(client)},
-            {"banco",   number(kNorte)},
-            {"numero",  words(numero) },
-            {"data",    day(2026,       3, 1)},
-            {"bompara",       day(2026,                     4, 1)},
-            {"valor",money(10)},
-            {"descontar",         yes(true)                }
+            {"cliente",   number(client)},
+            {"banco",     number(kNorte)},
+            {"numero",    words(numero)},
+            {"data",      day(2026, 3, 1)},
+            {"bompara",   day(2026, 4, 1)},
+            {"valor",     money(10)},
+            {"descontar", yes(true)}
         };
+        // clang-format on
     }
 
     /// What another station does, stored when this returns.

@@ -28,30 +28,34 @@ protected:
     BouncedCheques() : ChequeShop(GetParam()) {}
 
     static Row bounced(int clientCode, const char* numero, std::int64_t reais) {
+        // clang-format off
         return {
-            {"cliente",                                  number(clientCode)},
-            {"banco",                                    number(kNorte)},
-            {"agencia",                                  words("0001")},
-            {"numero",                                   words(numero)},
-            {"data",                                     day(2026,3, 1)},
-            {"valor",                                        jet::Value(jet::Currency{reais * 10'000})},
-            {"empresa",words("Loja Um")},
-            {"observacao",                                                                 words("sem fundos")                                                                              }
+            {"cliente",    number(clientCode)},
+            {"banco",      number(kNorte)},
+            {"agencia",    words("0001")},
+            {"numero",     words(numero)},
+            {"data",       day(2026, 3, 1)},
+            {"valor",      jet::Value(jet::Currency{reais * 10'000})},
+            {"empresa",    words("Loja Um")},
+            {"observacao", words("sem fundos")}
         };
+        // clang-format on
     }
     static Row received(int clientCode, int bankCode, const char* numero, const char* remark) {
+        // clang-format off
         return {
-            {"cliente", number(clientCode)},
-            {"banco",   number(bankCode)  },
-            {"agencia", words("0042-1")   },
-            {"numero",  words(numero)     },
-            {"data",    day(2026,           2, 3)},
-            {"bompara",       day(2026,                         4, 5)},
-            {"valor",jet::Value(jet::Currency{12'345'600})},
-            {"observacao",         words(remark)                    },
-            {"autorizou",         words("Rita")                            },
-            {"descontar",         yes(true)}
+            {"cliente",    number(clientCode)},
+            {"banco",      number(bankCode)},
+            {"agencia",    words("0042-1")},
+            {"numero",     words(numero)},
+            {"data",       day(2026, 2, 3)},
+            {"bompara",    day(2026, 4, 5)},
+            {"valor",      jet::Value(jet::Currency{12'345'600})},
+            {"observacao", words(remark)},
+            {"autorizou",  words("Rita")},
+            {"descontar",  yes(true)}
         };
+        // clang-format on
     }
 
     static std::vector<std::string> stored() {

@@ -36,16 +36,18 @@ protected:
     }
     static Row cheque(int client, const char* numero, std::int64_t tenThousandths,
                       const jet::Value& due) {
+        // clang-format off
         return {
-            {"cliente", number(client)                           },
-            {"banco",   number(1)                                },
-            {"numero",  words(numero)                            },
-            {"agencia", words("0001")                            },
-            {"valor",   jet::Value(jet::Currency{tenThousandths})},
-            {"data",    day(2026,                                  2, 1)},
-            {"bompara",       due                                               },
-            {"descontar",yes(true)}
+            {"cliente",   number(client)},
+            {"banco",     number(1)},
+            {"numero",    words(numero)},
+            {"agencia",   words("0001")},
+            {"valor",     jet::Value(jet::Currency{tenThousandths})},
+            {"data",      day(2026, 2, 1)},
+            {"bompara",   due},
+            {"descontar", yes(true)}
         };
+        // clang-format on
     }
 
     /// Picks a cheque in the list, by its entry number.

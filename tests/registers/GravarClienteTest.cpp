@@ -298,23 +298,25 @@ TEST_F(ClientRegister, NoMoreCanBeTypedThanAFieldHolds) {
     auto& form = open<frmCliFor>();
     click(form, "cmdNovo");
     fill(form, "txtLimiteDeCrédito", "1");
+    // clang-format off
     const std::pair<const char*, int> boxes[] = {
-        {"txtNome",          60},
+        {"txtNome",         60},
         {"txtEndereço",     60},
-        {"txtBairro",        40},
-        {"txtCidade",        40},
-        {"txtInscriçãoRG", 20},
-        {"txtBancos01",      40},
-        {"txtBancos02",      40},
-        {"txtNomePessoa01",  50},
-        {"txtNomePessoa02",  50},
-        {"txtPai",           50},
-        {"txtMae",           50},
-        {"txtEmpresa",       50},
-        {"txtOcupacao",      40},
-        {"txtEMailCli",      60},
-        {"cmbEstado",        2 },
+        {"txtBairro",       40},
+        {"txtCidade",       40},
+        {"txtInscriçãoRG",  20},
+        {"txtBancos01",     40},
+        {"txtBancos02",     40},
+        {"txtNomePessoa01", 50},
+        {"txtNomePessoa02", 50},
+        {"txtPai",          50},
+        {"txtMae",          50},
+        {"txtEmpresa",      50},
+        {"txtOcupacao",     40},
+        {"txtEMailCli",     60},
+        {"cmbEstado",       2},
     };
+    // clang-format on
     for (const auto& [name, width] : boxes) {
         fill(form, name, QString(width + 5, u'ü'));
         EXPECT_EQ(text(form, name), QString(width, u'ü')) << name;
@@ -433,12 +435,14 @@ TEST_F(ClientRegisterOfTheOldFormat, SavesSixtyAccentedCharacters) {
 }
 
 TEST_F(ClientRegisterOfTheOldFormat, RefusesASignThatTheFileHasNotGotAndLosesNothing) {
+    // clang-format off
     const std::pair<const char*, int> boxes[] = {
-        {"txtNome",         0},
+        {"txtNome",       0},
         {"txtObservação", 0},
-        {"txtEMailCli",     0},
-        {"txtPai",          2},
+        {"txtEMailCli",   0},
+        {"txtPai",        2},
     };
+    // clang-format on
     auto& form = open<frmCliFor>();
     for (const auto& [name, place] : boxes) {
         click(form, "cmdNovo");

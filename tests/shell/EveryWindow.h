@@ -101,29 +101,33 @@ private:
     using Shown = std::reference_wrapper<QWidget>;
 
     static Row received(int client, const char* numero, std::int64_t reais) {
+        // clang-format off
         return {
-            {"cliente", number(client)},
-            {"banco",   number(kNorte)},
-            {"agencia", words("0042") },
-            {"numero",  words(numero) },
-            {"data",    day(2026,       3, 1)},
-            {"bompara",       day(2026,                     4, 1)},
-            {"valor",money(reais)},
-            {"descontar",         yes(true)                },
-            {"autorizou",         words("Rita")                         },
-            {"observacao",         words("nada consta")},
+            {"cliente",    number(client)},
+            {"banco",      number(kNorte)},
+            {"agencia",    words("0042")},
+            {"numero",     words(numero)},
+            {"data",       day(2026, 3, 1)},
+            {"bompara",    day(2026, 4, 1)},
+            {"valor",      money(reais)},
+            {"descontar",  yes(true)},
+            {"autorizou",  words("Rita")},
+            {"observacao", words("nada consta")},
         };
+        // clang-format on
     }
     static Row bounced(const char* numero) {
+        // clang-format off
         return {
-            {"cliente",  number(kAna) },
-            {"banco",    number(kAgro)},
-            {"agencia",  words("0042")},
-            {"numero",   words(numero)},
-            {"data",     day(2026,      3, 1)},
-            {"valor",        money(75)                    },
-            {"empresa",words("Loja Um")},
+            {"cliente", number(kAna)},
+            {"banco",   number(kAgro)},
+            {"agencia", words("0042")},
+            {"numero",  words(numero)},
+            {"data",    day(2026, 3, 1)},
+            {"valor",   money(75)},
+            {"empresa", words("Loja Um")},
         };
+        // clang-format on
     }
 
     template <class Window>

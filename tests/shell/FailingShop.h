@@ -41,14 +41,16 @@ protected:
         ChequeShop::TearDown();
     }
     static Row cheque(int dayOfMonth) {
+        // clang-format off
         return {
-            {"cliente",    number(kAna)   },
-            {"banco",      number(kNorte) },
-            {"numero",     words("000001")},
-            {"bompara",    day(2024,        1, dayOfMonth)},
-            {"valor", money(10)               },
-            {"descontar",   yes(true)  }
+            {"cliente",   number(kAna)},
+            {"banco",     number(kNorte)},
+            {"numero",    words("000001")},
+            {"bompara",   day(2024, 1, dayOfMonth)},
+            {"valor",     money(10)},
+            {"descontar", yes(true)}
         };
+        // clang-format on
     }
 
     void fail(int error, int spared = 0) {

@@ -46,24 +46,28 @@ protected:
     }
 
     static Row cheque(const char* numero) {
+        // clang-format off
         return {
-            {"cliente", number(kAna)  },
+            {"cliente", number(kAna)},
             {"banco",   number(kNorte)},
-            {"numero",  words(numero) },
-            {"data",    day(2026,       3, 1)},
-            {"bompara",       day(2026,                     4, 1)},
-            {"valor",money(10)}
+            {"numero",  words(numero)},
+            {"data",    day(2026, 3, 1)},
+            {"bompara", day(2026, 4, 1)},
+            {"valor",   money(10)}
         };
+        // clang-format on
     }
     static Row bounced(const char* numero) {
+        // clang-format off
         return {
-            {"cliente",  number(kAna)  },
-            {"banco",    number(kNorte)},
-            {"numero",   words(numero) },
-            {"data",     day(2026,       3, 1)},
-            {"valor",        money(10)                     },
-            {"empresa",words("Loja Um")}
+            {"cliente", number(kAna)},
+            {"banco",   number(kNorte)},
+            {"numero",  words(numero)},
+            {"data",    day(2026, 3, 1)},
+            {"valor",   money(10)},
+            {"empresa", words("Loja Um")}
         };
+        // clang-format on
     }
 
     // ---- the other station

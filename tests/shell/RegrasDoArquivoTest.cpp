@@ -36,16 +36,18 @@ protected:
     }
 
     static Row cheque(const char* numero, std::int64_t reais) {
+        // clang-format off
         return {
-            {"cliente", number(1)    },
-            {"banco",   number(1)    },
-            {"agencia", words("0001")},
-            {"numero",  words(numero)},
-            {"data",    day(2026,      3, 1)},
-            {"bompara",       day(2026,                    4, 1)},
-            {"valor",money(reais)},
-            {"descontar",         yes(true)               }
+            {"cliente",   number(1)},
+            {"banco",     number(1)},
+            {"agencia",   words("0001")},
+            {"numero",    words(numero)},
+            {"data",      day(2026, 3, 1)},
+            {"bompara",   day(2026, 4, 1)},
+            {"valor",     money(reais)},
+            {"descontar", yes(true)}
         };
+        // clang-format on
     }
 
     static jet::Database& file() { return data().Automacao.database(); }

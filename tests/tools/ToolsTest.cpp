@@ -466,12 +466,14 @@ TEST_P(Tools, WhatIsInterruptedLeavesNothing) {
     const std::string path = sample({"--cheques", "4000"});
     const std::string copy = sample({"--cheques", "3000"}, "copia.mdb");
     const std::vector<std::string> there = filesIn(folder());
+    // clang-format off
     const std::vector<std::vector<std::string>> runs = {
-        {"sample",           file("nova.mdb"), GetParam(),         "--cheques", "20000"},
-        {"compact",           path,                           file("menor.mdb")                                    },
-        {"salvage", path,file("salvo.mdb")},
-        {"restore", copy,                           path                                                                        },
+        {"sample",  file("nova.mdb"), GetParam(), "--cheques", "20000"},
+        {"compact", path,             file("menor.mdb")},
+        {"salvage", path,             file("salvo.mdb")},
+        {"restore", copy,             path},
     };
+    // clang-format on
     for (const int signal : {SIGINT, SIGTERM})
         for (const auto& words : runs) {
             SCOPED_TRACE(words.front());

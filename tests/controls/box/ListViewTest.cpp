@@ -23,11 +23,13 @@ protected:
         auto* column = new QVBoxLayout(&window_);
         column->setContentsMargins(0, 0, 0, 0);
         column->addWidget(list_);
+        // clang-format off
         list_->setColumns({
-            {"Código",       1000},
-            {        "Nome",           3000    },
-            { "Valor ", 1000,     Qt::AlignRight}
+            {"Código", 1000},
+            {"Nome",   3000},
+            {"Valor ", 1000, Qt::AlignRight}
         });
+        // clang-format on
         window_.resize(500, 300);
         window_.show();
         activate(window_);
@@ -198,11 +200,13 @@ TEST_F(BankList, WhatIsListedMovesNoColumn) {
 
 TEST_F(BankList, NoColumnIsNarrowerThanItsHeadingUnlessTheOperatorMakesItSo) {
     const auto needed = [&](int column) { return list_->header()->sectionSizeHint(column); };
+    // clang-format off
     list_->setColumns({
-        {"Código do banco", 1 },
-        {"Nome",             40},
-        {"Valor R$",         1 }
+        {"Código do banco", 1},
+        {"Nome",            40},
+        {"Valor R$",        1}
     });
+    // clang-format on
     EXPECT_EQ(list_->columnWidth(0), needed(0));
     EXPECT_EQ(list_->columnWidth(2), needed(2));
     EXPECT_EQ(list_->columnWidth(0) + list_->columnWidth(1) + list_->columnWidth(2), room());

@@ -60,11 +60,13 @@ TEST_P(RuleCheck, TellsTheRowAndTheRuleOfEachKind) {
     add("clientes", {whole(3), ""s, {}, Currency{-1}});
     add("clientes", {whole(4), "x"s, "XX"s, Currency{20000}});
     EXPECT_THAT(found(), IsEmpty());
+    // clang-format off
     keep("clientes", {
-                         {.column = "nome",          .required = true, .allowZeroLength = false},
-                         {.column = "limite", .rule = ">=0", .message = "Sem limite."},
-                         {.rule = "[uf]<>'XX' Or [limite]<2"       }
+        {.column = "nome",   .required = true, .allowZeroLength = false},
+        {.column = "limite", .rule = ">=0",    .message = "Sem limite."},
+        {.rule = "[uf]<>'XX' Or [limite]<2"}
     });
+    // clang-format on
     const std::vector<Finding> findings = found();
     ASSERT_EQ(findings.size(), 4U);
     EXPECT_EQ(findings[0].page, empty.page);

@@ -80,11 +80,13 @@ TEST_P(Rules, EmptyTextIsRefusedWhereItIsNotAllowed) {
 }
 
 TEST_P(Rules, AColumnsRuleIsKeptOnInsertAndUpdate) {
+    // clang-format off
     keep({
         {.column = "idade", .rule = ">=0 And <150", .message = "A idade vai de 0 a 149 anos."},
-        {.column = "nome",                 .rule = "Like '[a-z]*'"                       },
-        {.column = "data",                 .rule = "<=Date() Or Is Null"}
+        {.column = "nome",  .rule = "Like '[a-z]*'"},
+        {.column = "data",  .rule = "<=Date() Or Is Null"}
     });
+    // clang-format on
     Error error = refusal([&] {
         add({
             {kIdade, whole(150)}
