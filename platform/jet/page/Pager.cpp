@@ -72,16 +72,18 @@ PageRef Pager::read(PageNo page) {
 }
 
 PageRef Pager::readCommitted(PageNo page) {
-    if (const auto known = cache_.find(page); known != cache_.end()) {
-        requireStored(*known->second);
-        recent_.splice(recent_.begin(), recent_, known->second);
-        return {page, known->second->image};
+    if (Cached* const known = cached(page)) {
+        requireStored(*known);
+        known->wanted = true;
+        return {page, known->image};
     }
     if (number(page) >= committedPageCount_)
         corrupt(page, "uma referência aponta para fora do arquivo");
     if (turns_)
         turns_->beforeRead();
-    auto image = std::make_shared<PageImage>(format_.pageSize);
+    auto image = std::move(spare_);
+    if (image.use_count() != 1) // there is none, or somebody looks at it still
+        image = std::make_shared<PageImage>(format_.pageSize);
     file_.read(std::uint64_t{number(page)} * format_.pageSize, *image);
     if (turns_)
         turns_->verifyPage();
@@ -100,20 +102,39 @@ void Pager::requireStored(Cached& known) {
     known.claim = claims_;
 }
 
-void Pager::remember(PageNo page, std::shared_ptr<const PageImage> image) {
-    if (const auto known = cache_.find(page); known != cache_.end()) {
-        known->second->image = std::move(image);
-        known->second->claim = claims_;
+Pager::Cached* Pager::cached(PageNo page) noexcept {
+    const std::uint32_t place = number(page) < places_.size() ? places_[number(page)] : 0;
+    return place != 0 ? &cache_[place - 1] : nullptr;
+}
+
+void Pager::remember(PageNo page, std::shared_ptr<PageImage> image) {
+    if (Cached* const known = cached(page)) {
+        known->image = std::move(image);
+        known->claim = claims_;
         return;
     }
-    if (recent_.size() * format_.pageSize >= kCacheBytes) {
-        cache_.erase(recent_.back().page);
-        recent_.splice(recent_.begin(), recent_, std::prev(recent_.end()));
-        recent_.front() = {page, std::move(image), claims_};
-    } else {
-        recent_.push_front({page, std::move(image), claims_});
+    if (number(page) >= places_.size())
+        places_.resize(number(page) + std::size_t{1});
+    if (cache_.size() * format_.pageSize < kCacheBytes) {
+        cache_.push_back({page, std::move(image), claims_, false});
+        places_[number(page)] = static_cast<std::uint32_t>(cache_.size());
+        return;
     }
-    cache_.emplace(page, recent_.begin());
+    const std::uint32_t place = leastWanted();
+    places_[number(cache_[place].page)] = 0;
+    places_[number(page)] = place + 1;
+    spare_ = std::exchange(cache_[place].image, std::move(image));
+    cache_[place] = {page, std::move(cache_[place].image), claims_, false};
+}
+
+/// Each is spared once for having been asked for, so that what a scan passes goes before what is
+/// used again and again.
+std::uint32_t Pager::leastWanted() noexcept {
+    for (;; ++hand_) {
+        hand_ = hand_ < cache_.size() ? hand_ : 0;
+        if (!std::exchange(cache_[hand_].wanted, false))
+            return hand_++;
+    }
 }
 
 void Pager::refresh() {
@@ -127,7 +148,7 @@ void Pager::refresh() {
 
 void Pager::forgetCache() noexcept {
     cache_.clear();
-    recent_.clear();
+    places_.clear();
 }
 
 std::span<std::byte> Pager::change(PageNo page) {

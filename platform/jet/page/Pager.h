@@ -5,7 +5,6 @@
 #include "jet/page/Format.h"
 #include "jet/page/Turns.h"
 
-#include <list>
 #include <memory>
 #include <optional>
 #include <unordered_map>
@@ -148,14 +147,16 @@ public:
 private:
     struct Cached {
         PageNo page;
-        std::shared_ptr<const PageImage> image;
+        std::shared_ptr<PageImage> image;
         std::uint64_t claim; ///< during which it was last known to be the file's
+        bool wanted;         ///< asked for again since it came, or since it was last spared
     };
-    using Order = std::list<Cached>;
     static constexpr int kBreathingAttempts = 3;
 
     [[nodiscard]] PageRef readCommitted(PageNo page);
-    void remember(PageNo page, std::shared_ptr<const PageImage> image);
+    [[nodiscard]] Cached* cached(PageNo page) noexcept;
+    void remember(PageNo page, std::shared_ptr<PageImage> image);
+    [[nodiscard]] std::uint32_t leastWanted() noexcept;
     void requireStored(Cached& known);
     void forgetCache() noexcept;
     void requireUsable() const;
@@ -185,8 +186,11 @@ private:
     };
     std::vector<Undo> undo_; ///< of the statements at work, the innermost last
 
-    Order recent_; ///< most recently used first
-    std::unordered_map<PageNo, Order::iterator> cache_;
+    std::vector<Cached> cache_;
+    std::vector<std::uint32_t>
+        places_;             ///< in the cache, by page: one more than that, 0 if not there
+    std::uint32_t hand_ = 0; ///< in the cache: where the next one to go is looked for
+    std::shared_ptr<PageImage> spare_; ///< of the last one that went
 };
 
 } // namespace jet
