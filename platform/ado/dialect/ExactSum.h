@@ -25,10 +25,13 @@ struct ExactSum {
         constexpr double kExact = 9007199254740992.0; // 2 to the 53rd
         ++count;
         fractions = true;
-        const double scaled = std::nearbyint(number * 10000.0);
-        if (!(std::fabs(scaled) < kExact && scaled / 10000.0 == number &&
-              addTo(tenThousandths, static_cast<std::int64_t>(scaled))))
-            rest += number;
+        const double scaled = number * 10000.0;
+        if (std::fabs(scaled) < kExact) {
+            const auto whole = static_cast<std::int64_t>(scaled + std::copysign(0.5, scaled));
+            if (static_cast<double>(whole) / 10000.0 == number && addTo(tenThousandths, whole))
+                return;
+        }
+        rest += number;
     }
     [[nodiscard]] double total() const {
         std::int64_t together = 0;

@@ -75,7 +75,10 @@ void TableCursor::settleScan(bool found) {
 
 void TableCursor::beginWalk(const PackedPlan& plan, std::span<sqlite3_value*> operands) {
     range_ = rangeOf(table_, plan, operands);
-    walk_.emplace(table_.walk(plan.index));
+    // A join comes here for every row of the other table, always for the same index.
+    if (!walk_ || index_ != plan.index)
+        walk_.emplace(table_.walk(plan.index));
+    index_ = plan.index;
     if (!backwards_)
         settleWalk(range_.lower.empty() ? walk_->first() : walk_->seek(range_.lower));
     else

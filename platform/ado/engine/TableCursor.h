@@ -38,6 +38,7 @@ private:
     bool backwards_ = false;
     std::optional<jet::RowCursor> scan_;
     std::optional<jet::IndexTree::Cursor> walk_;
+    std::size_t index_ = 0; ///< that walk_ is over
     jet::KeyRange range_;
     jet::RowReader reader_;
     const jet::RowView* row_ = nullptr;

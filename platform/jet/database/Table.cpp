@@ -104,10 +104,13 @@ double Table::partBetween(std::size_t index, const KeyRange& range) const {
 }
 
 KeyRange Table::keysEqual(std::size_t index, std::span<const Value> values) const {
+    constexpr std::size_t kOrdinary = 16; // the key of a number or a date
     Bytes prefix;
+    prefix.reserve(kOrdinary);
     for (std::size_t i = 0; i < values.size(); ++i)
         appendKey(prefix, index, i, values[i]);
-    return {prefix, behind(prefix)};
+    std::optional<Bytes> upper = behind(prefix);
+    return {std::move(prefix), std::move(upper)};
 }
 
 KeyRange Table::keysBetween(std::size_t index, std::span<const Value> equal,

@@ -313,6 +313,15 @@ std::size_t lengthWithoutBlanks(auto text) noexcept {
     return length;
 }
 
+/// Of what stands at the beginning of both, as far as it is ASCII.
+std::size_t lengthAlike(std::string_view a, std::string_view b) noexcept {
+    const std::size_t most = std::min(a.size(), b.size());
+    std::size_t length = 0;
+    while (length < most && a[length] == b[length] && static_cast<unsigned char>(a[length]) < 0x80)
+        ++length;
+    return length;
+}
+
 } // namespace
 
 const Collation* Collation::find(Version version, const SortOrder& order) {
@@ -379,9 +388,11 @@ int Collation::compare(std::string_view a, std::string_view b) const {
         return blanksA < blanksB ? -1 : int{blanksA > blanksB};
     };
 
-    // Mostly the letters alone decide, and no key has to be made.
-    Utf8Weights weightsA(version_, byCharacter_, textA);
-    Utf8Weights weightsB(version_, byCharacter_, textB);
+    // Mostly the letters alone decide, and no key has to be made. Where both begin alike nothing
+    // is decided.
+    const std::size_t alike = lengthAlike(textA, textB);
+    Utf8Weights weightsA(version_, byCharacter_, textA.substr(alike));
+    Utf8Weights weightsB(version_, byCharacter_, textB.substr(alike));
     bool more = false;
     for (;;) {
         const Weight* weightA = weightsA.nextPrimary(more);
