@@ -39,7 +39,7 @@ jet::CivilTime today() {
     return {.year = local.tm_year + 1900, .month = local.tm_mon + 1, .day = local.tm_mday};
 }
 
-constexpr std::int64_t kMostRows = 10'000'000;
+constexpr std::int64_t kMostRows = 100'000'000;
 
 } // namespace
 
