@@ -1,5 +1,6 @@
-// How long the operator waits for each operation of a shop's day, in a shop of 20,000 clients with
-// few cheques and with a million. Nothing may take longer because the table is larger.
+// What each operation of a shop's day takes of the processor, in a shop of 20,000 clients with few
+// cheques and with a million, or in a given one. Nothing may take longer because the table is
+// larger.
 #include "bench/BenchData.h"
 #include "bench/BenchWindows.h"
 #include "cheques/FrmLancarCheques.h"
@@ -15,7 +16,8 @@
 #include <QToolButton>
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <string>
@@ -73,7 +75,6 @@ void choose(DropDownList& list, const QString& name) {
 // ---- the operations: each does what comes before unmeasured, and returns what is measured
 
 using Operation = std::function<void()>;
-using Clock = std::chrono::steady_clock;
 
 struct Measured {
     const char* name;
@@ -161,28 +162,70 @@ double medianMs(const Measured& measured) {
     std::vector<double> times;
     for (int i = 0; i < measured.times; ++i) {
         const Operation operation = measured.prepare(i);
-        const auto begin = Clock::now();
+        const std::clock_t begin = std::clock();
         operation();
-        times.push_back(std::chrono::duration<double, std::milli>(Clock::now() - begin).count());
+        times.push_back(1e3 * static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC);
     }
     std::ranges::nth_element(times, times.begin() + measured.times / 2);
     return times[static_cast<std::size_t>(measured.times) / 2];
 }
 
-/// The medians by operation.
-std::map<std::string, double> measure(std::int64_t cheques) {
-    const auto folder = benchFolder() / std::to_string(cheques);
-    std::filesystem::create_directory(folder);
-    makeShop(folder / "automacao.mdb", {kClients, kBanks, cheques, 0});
+using Medians = std::map<std::string, double>;
+
+/// By operation, in the database of a folder.
+Medians measure(const std::filesystem::path& folder) {
     Configuracao::DatabaseFolder = QString::fromStdString(folder.string());
     dbconectar::instance().abrir();
-    addMeasuredClients(cheques);
-    std::map<std::string, double> medians;
+    addMeasuredClients(dbconectar::instance().rsCheques.RecordCount());
+    Medians medians;
     for (const Measured& operation : kOperations)
         medians[operation.name] = medianMs(operation);
     WindowList::instance().clear();
     dbconectar::descartar();
     return medians;
+}
+
+std::filesystem::path folderOf(const std::string& name) {
+    const auto folder = benchFolder() / name;
+    std::filesystem::create_directory(folder);
+    return folder;
+}
+
+double largestMegabytes() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("VmHWM:"))
+            return std::stod(line.substr(6)) / 1024;
+    return 0;
+}
+
+void measureFile(const std::filesystem::path& file) {
+    const auto folder = folderOf("given");
+    std::filesystem::copy_file(file, folder / "automacao.mdb");
+    std::printf("%-40s %9s\n", "median (processor ms):", "");
+    for (const auto& [operation, ms] : measure(folder))
+        std::printf("%-40s %9.3f\n", operation.c_str(), ms);
+    std::printf("%-40s %9.0f\n", "wanted, at most", kWantedMs);
+    std::printf("%-40s %9.1f\n%-40s %9d\n", "largest memory (MB)", largestMegabytes(),
+                "wanted, at most", 200);
+}
+
+void measureSizes() {
+    std::map<std::int64_t, Medians> medians;
+    for (const std::int64_t cheques : kSizes) {
+        const auto folder = folderOf(std::to_string(cheques));
+        makeShop(folder / "automacao.mdb", {kClients, kBanks, cheques, 0});
+        medians[cheques] = measure(folder);
+    }
+    std::printf("%-40s %9lld %9lld %8s\n",
+                "median (processor ms) with cheques:", static_cast<long long>(kSizes[0]),
+                static_cast<long long>(kSizes[1]), "ratio");
+    for (const Measured& operation : kOperations) {
+        const double few = medians[kSizes[0]][operation.name];
+        const double many = medians[kSizes[1]][operation.name];
+        std::printf("%-40s %9.3f %9.3f %7.2fx\n", operation.name, few, many, many / few);
+    }
+    std::printf("%-40s %9s %9.0f %7.0fx\n", "wanted, at most", "", kWantedMs, kWantedRatio);
 }
 
 MessageAnswer refuse(const Message& message) {
@@ -197,19 +240,6 @@ int main(int argc, char** argv) {
     QApplication application(argc, argv);
     prepareWindows(application, &refuse);
 
-    std::map<std::string, std::map<std::int64_t, double>> medians;
-    for (const std::int64_t cheques : kSizes)
-        for (const auto& [operation, ms] : measure(cheques))
-            medians[operation][cheques] = ms;
-
-    std::printf("%-40s %9lld %9lld %8s\n",
-                "median (ms) with cheques:", static_cast<long long>(kSizes[0]),
-                static_cast<long long>(kSizes[1]), "ratio");
-    for (const Measured& operation : kOperations) {
-        const double few = medians[operation.name][kSizes[0]];
-        const double many = medians[operation.name][kSizes[1]];
-        std::printf("%-40s %9.3f %9.3f %7.2fx\n", operation.name, few, many, many / few);
-    }
-    std::printf("%-40s %9s %9.0f %7.0fx\n", "wanted, at most", "", kWantedMs, kWantedRatio);
+    argc == 2 ? measureFile(argv[1]) : measureSizes();
     return EXIT_SUCCESS;
 }
