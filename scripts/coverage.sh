@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Shows how much of the engine and of the recordsets their own tests reach, file by file, and writes
-# which lines none of them does into build/coverage. Takes some ten minutes with the build.
+# what none of them does into build/coverage. Its last lines are the totals; it fails where they are
+# below what coverage_totals.py wants. Takes some ten minutes with the build.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/setup.sh
@@ -10,19 +11,26 @@ build=build/coverage
 cmake --preset coverage
 cmake --build --preset coverage --parallel "$(nproc)" --target jet_test ado_test
 
-# measure <test> <folder>
+# measure <layer> <test> [<program that it starts>]...
 measure() {
-    local test=$build/tests/$1 profile=$build/$1.profdata
-    rm -f "$build/$1"-*.profraw
-    LLVM_PROFILE_FILE="$build/$1-%p.profraw" "$test" --gtest_brief=1
-    llvm-profdata merge -sparse "$build/$1"-*.profraw -o "$profile"
-    rm -f "$build/$1"-*.profraw
-    llvm-cov export "$test" -instr-profile="$profile" -format=lcov "$2" |
-        awk -F '[:,]' -v root="$PWD/" '/^SF:/ { file = substr($2, length(root) + 1) }
-            /^DA:/ && $3 == 0 { print file ":" $2 }' >"$build/$1-missed.txt"
-    llvm-cov report "$test" -instr-profile="$profile" "$2"
-    printf 'Lines that no test reaches: %s\n\n' "$build/$1-missed.txt"
+    local layer=$1 data=$build/$1 test=$build/tests/$2 programs=()
+    shift 2
+    rm -f "$data"-*.profraw
+    LLVM_PROFILE_FILE="$data-%m.profraw" "$test" --gtest_brief=1
+    llvm-profdata merge -sparse "$data"-*.profraw -o "$data.profdata"
+    for program; do
+        programs+=(-object "$build/tests/$program")
+    done
+    llvm-cov export "$test" "${programs[@]}" -instr-profile="$data.profdata" -skip-functions \
+        "$PWD/platform/$layer" >"$data.json"
+    python3 scripts/coverage_totals.py "$data.json" "$PWD" "platform/$layer" "$data-missed.txt" \
+        >"$data.txt" || failed=1
+    head -n -2 "$data.txt"
+    printf 'What no test reaches: %s\n\n' "$data-missed.txt"
 }
 
-measure jet_test platform/jet
-measure ado_test platform/ado
+failed=0
+measure jet jet_test jet_station
+measure ado ado_test
+tail -q -n 2 "$build"/{jet,ado}.txt
+exit "$failed"

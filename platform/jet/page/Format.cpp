@@ -6,7 +6,7 @@ namespace {
 
 constexpr std::size_t kHead = Stretch(PageHead::one).end();
 
-constexpr bool isWhole(const HeaderLayout& h) {
+consteval bool isWhole(const HeaderLayout& h) {
     // What is between the names and the end of the masked part hasn't got a meaning.
     const std::size_t between = h.version == Version::jet3 ? h.build.end() : (*h.created).end();
     const Stretch rest{between, h.masked.end() - between};
@@ -19,46 +19,46 @@ constexpr bool isWhole(const HeaderLayout& h) {
                  h.build, behindBuild, h.variant, h.orderVersion, h.created, rest});
 }
 
-constexpr bool isWhole(const DataPageLayout& p) {
+consteval bool isWhole(const DataPageLayout& p) {
     return fill(kHead, p.slotTable, {p.freeBytes, p.owner, p.stamp, p.slotCount});
 }
 
-constexpr bool isWhole(const DefinitionLayout& d) {
+consteval bool isWhole(const DefinitionLayout& d) {
     return fill(DefinitionPageLayout::size, d.size,
                 {d.length, d.mark, d.rows, d.lastNumber, d.one, d.unknown, d.kind, d.maxColumns,
                  d.maxVariables, d.columns, d.logicalIndexes, d.realIndexes, d.ownedMap,
                  d.freeMap});
 }
 
-constexpr bool isWhole(const StatisticsLayout& s) {
+consteval bool isWhole(const StatisticsLayout& s) {
     return fill(0, s.size, {s.entries, s.distinctKeys, s.zero});
 }
 
-constexpr bool isWhole(const ColumnLayout& c) {
+consteval bool isWhole(const ColumnLayout& c) {
     return fill(0, c.size,
                 {c.type, c.mark, c.number, c.variable, c.ordinal, c.headerMark, c.language,
                  c.codePage, c.variant, c.orderVersion, c.flags, c.textFlags, c.zero, c.fixed,
                  c.length});
 }
 
-constexpr bool isWhole(const RealIndexLayout& r) {
+consteval bool isWhole(const RealIndexLayout& r) {
     return r.keys.size == kMaxIndexColumns * KeyColumnLayout::size &&
            fill(0, r.size, {r.mark, r.keys, r.map, r.root, r.unknown, r.flags, r.zero});
 }
 
-constexpr bool isWhole(const LogicalIndexLayout& l) {
+consteval bool isWhole(const LogicalIndexLayout& l) {
     return fill(0, l.size,
                 {l.mark, l.number, l.realIndex, l.side, l.partner, l.otherTable, l.cascadesUpdates,
                  l.cascadesDeletes, l.kind, l.zero});
 }
 
-constexpr bool isWhole(const IndexPageLayout& p) {
+consteval bool isWhole(const IndexPageLayout& p) {
     return fill(
         kHead, p.entries,
         {p.freeBytes, p.owner, p.zero, p.previous, p.next, p.tail, p.prefix, p.level, p.mask});
 }
 
-constexpr bool isWhole(const Format& f) {
+consteval bool isWhole(const Format& f) {
     return isWhole(f.header) && f.header.commitPairs.end() <= f.pageSize && isWhole(f.dataPage) &&
            isWhole(f.definition) && isWhole(f.statistics) && isWhole(f.column) &&
            isWhole(f.realIndex) && isWhole(f.logicalIndex) && isWhole(f.indexPage) &&

@@ -152,16 +152,6 @@ std::optional<PageNo> UsageMap::previous(std::uint32_t end) const {
     return found ? std::optional(static_cast<PageNo>(*found)) : std::nullopt;
 }
 
-std::vector<PageNo> UsageMap::mapPages() const {
-    const MapRow row = readMap(*pager_, at_);
-    std::vector<PageNo> pages;
-    if (row.type == MapType::reference)
-        for (std::size_t i = 0; i < row.references(); ++i)
-            if (row.reference(i) != 0)
-                pages.push_back(static_cast<PageNo>(row.reference(i)));
-    return pages;
-}
-
 PageAllocator::PageAllocator(Pager& pager) noexcept
     : pager_(pager), free_(pager, kFreePagesMap, UsageMap::Kind::global) {}
 

@@ -26,9 +26,6 @@ public:
     /// The highest page of the set that is below `end`.
     [[nodiscard]] std::optional<PageNo> previous(std::uint32_t end) const;
 
-    /// Pages of kind usageMap that the set is spread over; empty while it is inline.
-    [[nodiscard]] std::vector<PageNo> mapPages() const;
-
 private:
     friend class PageAllocator;
     Pager* pager_;
