@@ -42,10 +42,19 @@ def lines_of(segments):
     return counts
 
 
-def branches_of(branches):
+def is_constant(source, branch):
+    """Whether a condition is decided when it is compiled: it is never counted."""
+    line, column, _, end = branch[:4]
+    text = source[line - 1]
+    return text[column - 1 : end - 1] in ("true", "false") or "if constexpr" in text
+
+
+def branches_of(branches, source):
     """How often each condition was true and false, by its place."""
     counts = {}
     for branch in branches:
+        if is_constant(source, branch):
+            continue
         place = tuple(branch[:4])
         true, false = counts.get(place, (0, 0))
         counts[place] = (true + branch[4], false + branch[5])
@@ -81,7 +90,7 @@ def main(export, root, layer, missed_file):
         name = str(Path(entry["filename"]).relative_to(root))
         source = Path(entry["filename"]).read_text(encoding="utf-8").splitlines()
         counts = lines_of(entry["segments"])
-        branches = branches_of(entry["branches"])
+        branches = branches_of(entry["branches"], source)
         out, unused = left_out(source, counts, branches)
         idle += [f"{name}:{line}" for line in unused]
         lines = {line: count for line, count in counts.items() if line not in out}

@@ -183,4 +183,88 @@ TEST(Convert, NumbersAreReadFromWhatIsStored) {
     EXPECT_TRUE(ado::asBoolean(Value{std::int64_t{-1}}));
 }
 
+TEST(Convert, WhatIsNullIsNothingOfEachType) {
+    EXPECT_EQ(ado::asInteger({}), 0);
+    EXPECT_EQ(ado::asCurrency({}), Currency{});
+    EXPECT_EQ(ado::asNumber({}), 0);
+    EXPECT_EQ(ado::asDate({}), jet::Date{});
+    EXPECT_FALSE(ado::asBoolean({}));
+    EXPECT_EQ(to(ColumnType::text, Value{}), Value{});
+}
+
+TEST(Convert, WhatIsNoneIsRefusedAsSuch) {
+    const Value bytes = jet::Bytes(3);
+    const Value word = std::string("abc");
+    EXPECT_EQ(errorOf([&] { (void)ado::asInteger(word); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([&] { (void)ado::asInteger(1e300); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([&] { (void)ado::asCurrency(word); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([&] { (void)ado::asCurrency(1e300); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([&] { (void)ado::asNumber(word); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([&] { (void)ado::asNumber(bytes); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([&] { (void)ado::asDate(word); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([&] { (void)ado::asDate(1e9); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([&] { (void)ado::asBoolean(word); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([&] { (void)ado::asBoolean(bytes); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([&] { (void)ado::asText(bytes); }), Errc::outOfRange);
+}
+
+TEST(Convert, ARefusalSaysWhatTheFieldAsksForAndWhatItGot) {
+    const struct {
+        ColumnType type;
+        const char* asks;
+    } cases[] = {
+        {ColumnType::boolean,     "sim ou não"                    },
+        {ColumnType::byte,        "um número inteiro"             },
+        {ColumnType::integer,     "um número inteiro"             },
+        {ColumnType::longInteger, "um número inteiro"             },
+        {ColumnType::currency,    "um valor em dinheiro"           },
+        {ColumnType::single,      "até sete algarismos"           },
+        {ColumnType::real,        "até quinze algarismos"         },
+        {ColumnType::date,        "uma data (dia/mês/ano)"        },
+        {ColumnType::text,        "um texto"                       },
+        {ColumnType::memo,        "um texto"                       },
+        {ColumnType::numeric,     "um número de até 0 algarismos"},
+    };
+    for (const auto& [type, asks] : cases) {
+        try {
+            (void)to(type, Value{jet::Bytes(2)});
+            ADD_FAILURE() << asks;
+        } catch (const jet::Error& error) {
+            const std::string said = error.what();
+            EXPECT_NE(said.find(asks), std::string::npos) << said;
+            EXPECT_NE(said.find("um valor binário"), std::string::npos) << said;
+        }
+    }
+    // Other types take what they are given, and the table decides.
+    EXPECT_EQ(to(ColumnType::binary, Value{jet::Bytes(2)}), Value{jet::Bytes(2)});
+    EXPECT_EQ(to(ColumnType::guid, Value{jet::Guid{}}), Value{jet::Guid{}});
+}
+
+TEST(Convert, NumbersBecomeEachOtherWhereNothingIsLost) {
+    EXPECT_EQ(to(ColumnType::byte, Value{true}), Value{std::int64_t{-1}}); // the table refuses it
+    EXPECT_EQ(to(ColumnType::integer, Value{false}), Value{std::int64_t{0}});
+    EXPECT_EQ(to(ColumnType::longInteger, Value{7.0}), Value{std::int64_t{7}});
+    EXPECT_EQ(to(ColumnType::longInteger, decimal("70", 1)), Value{std::int64_t{7}});
+    EXPECT_EQ(to(ColumnType::real, decimal("75", 1)), Value{7.5});
+    EXPECT_EQ(to(ColumnType::real, day(2024, 1, 1)), Value{45292.0});
+    EXPECT_EQ(to(ColumnType::real, "7,5"), Value{7.5});
+    EXPECT_EQ(to(ColumnType::date, Value{45292.5}), Value{jet::Date{45292.5}});
+    EXPECT_EQ(to(ColumnType::date, Value{std::int64_t{45292}}), Value{day(2024, 1, 1)});
+    EXPECT_EQ(to(ColumnType::boolean, Value{Currency{1}}), Value{true});
+    EXPECT_EQ(to(ColumnType::boolean, Value{0.0}), Value{false});
+    EXPECT_EQ(ado::converted(decimal("125", 2), decimalColumn(8, 3)), decimal("1250", 3));
+    EXPECT_EQ(to(ColumnType::currency, Value{std::int64_t{922337203685477}}),
+              Value{Currency{9'223'372'036'854'770'000}});
+    for (const Value& wrong :
+         {Value{std::int64_t{922337203685478}}, Value{std::int64_t{-922337203685478}}})
+        EXPECT_EQ(errorOf([&] { (void)to(ColumnType::currency, wrong); }), Errc::outOfRange);
+    for (const Value& wrong : {Value{7.5}, Value{1e300}, Value{Currency{1}}, decimal("75", 1)})
+        EXPECT_EQ(errorOf([&] { (void)to(ColumnType::longInteger, wrong); }), Errc::outOfRange);
+    EXPECT_EQ(errorOf([&] { (void)to(ColumnType::real, "abc"); }), Errc::outOfRange);
+    EXPECT_EQ(ado::asCurrency(decimal("123444", 6)), Currency{1'234});
+    EXPECT_EQ(errorOf([] { (void)ado::asCurrency(decimal("92233720368547758079", 5)); }),
+              Errc::outOfRange);
+    EXPECT_EQ(ado::asText(jet::Guid{}), "{00000000-0000-0000-0000-000000000000}");
+}
+
 } // namespace

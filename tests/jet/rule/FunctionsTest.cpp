@@ -1,72 +1,15 @@
 // The functions of rules and defaults: each by itself, and in files.
 #include "jet/People.h"
-#include "jet/rule/Expression.h"
-#include "jet/rule/Operators.h"
+#include "jet/rule/Answers.h"
 #include "support/Versions.h"
 
 #include <gtest/gtest.h>
 
-#include <span>
 
 using namespace jet;
 using namespace std::string_literals;
 
 namespace {
-
-const std::vector<Column>& answerColumns() {
-    static const std::vector<Column> all = [] {
-        std::vector<Column> made(2);
-        made[0].name = "a";
-        made[1].name = "b";
-        return made;
-    }();
-    return all;
-}
-
-Value answerOf(const std::string& text, const Row& row = {}) {
-    static const Collation& order = Collation::general(Version::jet4);
-    return Expression(text, {"tabela", answerColumns(), {}}, order)
-        .evaluate([&](std::size_t column) { return column < row.size() ? row[column] : Value{}; });
-}
-
-/// A value as one would write it in the expression; a date by its days.
-std::string inWords(const Value& value) {
-    if (isNull(value))
-        return "Null";
-    if (const auto* yes = std::get_if<bool>(&value))
-        return *yes ? "True" : "False";
-    if (const auto* text = std::get_if<std::string>(&value))
-        return "'" + *text + "'";
-    if (const auto* date = std::get_if<Date>(&value))
-        return "#" + textOf(*date).value() + "#";
-    return textOf(value).value();
-}
-
-struct Answer {
-    const char* text;
-    const char* value;
-};
-
-void expectAnswers(std::span<const Answer> cases, const Row& row = {}) {
-    for (const auto& [text, value] : cases) {
-        try {
-            EXPECT_EQ(inWords(answerOf(text, row)), value) << text;
-        } catch (const Error& error) {
-            ADD_FAILURE() << text << ": " << error.what();
-        }
-    }
-}
-
-void expectErrors(std::initializer_list<const char*> texts) {
-    for (const char* text : texts) {
-        try {
-            ADD_FAILURE() << text << " is " << inWords(answerOf(text));
-        } catch (const Error& error) {
-            EXPECT_EQ(error.code(), Errc::outOfRange) << text;
-            EXPECT_STRNE(error.what(), "");
-        }
-    }
-}
 
 TEST(Functions, TakeTextsApart) {
     // clang-format off

@@ -4,6 +4,7 @@
 #include "jet/Error.h"
 #include "jet/Types.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 using namespace jet;
@@ -23,6 +24,68 @@ TEST(Tokens, AWordMayFollowATextOrANumberAtOnce) {
                               "1e3", "x"}));
 }
 
+Strings textsOf(std::string_view statement) {
+    Strings texts;
+    for (const auto& token : tokenize(statement))
+        texts.push_back(token.text);
+    return texts;
+}
+
+TEST(Tokens, EndWhereTheyCantGoOn) {
+    const struct {
+        const char* statement;
+        Strings tokens;
+    } cases[] = {
+        {"a\tb\r\nc",     {"a", "b", "c"}         },
+        {"_a_1Z",         {"_a_1Z"}               },
+        {"1.5E+3-2e-1",   {"1.5E+3", "-", "2e-1"} },
+        {"1e+x",          {"1", "e", "+", "x"}    },
+        {".5.",           {".5", "."}             },
+        {"a.5",           {"a", ".5"}             },
+        {"ça<>'d''e'",   {"ça", "<>", "d'e"}    },
+        {"Left$(a)",      {"Left$", "(", "a", ")"}},
+        {"[dia do mês]", {"dia do mês"}         },
+    };
+    for (const auto& [statement, tokens] : cases)
+        EXPECT_EQ(textsOf(statement), tokens) << statement;
+}
+
+/// What is told of a statement that isn't accepted.
+std::string refusalOf(std::string_view statement) {
+    try {
+        (void)tokenize(statement);
+    } catch (const Error& error) {
+        EXPECT_EQ(error.code(), Errc::syntax);
+        return error.what();
+    }
+    ADD_FAILURE() << "accepted: " << statement;
+    return {};
+}
+
+TEST(Tokens, WhatIsNoneIsRefusedAndShown) {
+    using namespace std::string_literals;
+    using testing::HasSubstr;
+    EXPECT_THAT(refusalOf("a -- b"), HasSubstr("comentários"));
+    EXPECT_THAT(refusalOf("a /* b"), HasSubstr("comentários"));
+    EXPECT_THAT(refusalOf("a{b"), HasSubstr("o sinal { "));
+    EXPECT_THAT(refusalOf("a@b"), HasSubstr("o sinal @ "));
+    EXPECT_THAT(refusalOf("a ? b"), HasSubstr("o sinal ? "));
+    EXPECT_THAT(refusalOf("a \x01 b"), HasSubstr("o sinal ? "));
+    EXPECT_THAT(refusalOf("a\0b"s), HasSubstr("não são texto"));
+    EXPECT_THAT(refusalOf("a\xFF"), HasSubstr("não são texto"));
+    EXPECT_THAT(refusalOf("[]"), HasSubstr("falta o que deveria estar"));
+    // Of a long one its beginning, cut between two characters.
+    for (const std::size_t blanks : {0, 1}) {
+        std::string text = "'" + std::string(blanks, ' ');
+        for (int i = 0; i < 200; ++i)
+            text += "ç";
+        const std::string told = refusalOf(text);
+        EXPECT_THAT(told, HasSubstr("ç…"));
+        EXPECT_THAT(told, Not(HasSubstr("\xC3…")));
+        EXPECT_LT(told.size(), 200U);
+    }
+}
+
 TEST(Tokens, DatesHaveTheMonthFirst) {
     EXPECT_EQ(parseDateLiteral("12/31/2024"), day(2024, 12, 31));
     EXPECT_EQ(parseDateLiteral(" 1/2/2024 "), day(2024, 1, 2));
@@ -36,11 +99,13 @@ TEST(Tokens, DatesHaveTheMonthFirst) {
     EXPECT_EQ(parseDateLiteral("12:00 AM"), 0);
     EXPECT_EQ(parseDateLiteral("12:00 PM"), 0.5);
     EXPECT_EQ(parseDateLiteral("12/29/1899 12:00"), -1.5);
-    for (const char* wrong :
-         {"",          "31/12/2024", "02/30/2024",     "1/2",        "1/2/3/4",
-          "a/b/c",     "1/2/2024 x", "1/2/2024 24:00", "12:60",      "1/2/20244",
-          "-1/2/2024", "1//2024",    "00/01/2024",     "01/00/2024", "1/2/2024  06:00 x",
-          ":",         "13:00 PM",   "0:00 AM",        "6:00 XM",    "PM"})
+    for (const char* wrong : {"",           "31/12/2024", "02/30/2024",        "1/2",
+                              "1/2/3/4",    "a/b/c",      "1/2/2024 x",        "1/2/2024 24:00",
+                              "12:60",      "1/2/20244",  "-1/2/2024",         "1//2024",
+                              "00/01/2024", "01/00/2024", "1/2/2024  06:00 x", "12:30:60",
+                              "1:2:3:4",    "12",         "1/-2/2024",         "12345:00",
+                              ":",          "13:00 PM",   "0:00 AM",           "6:00 XM",
+                              "PM"})
         try {
             (void)parseDateLiteral(wrong);
             ADD_FAILURE() << wrong;

@@ -1,0 +1,131 @@
+// What statements can call, function by function.
+#include "ado/Shop.h"
+#include "support/Versions.h"
+
+namespace {
+
+using jet::Currency;
+using jet::Errc;
+using namespace std::string_literals;
+using Strings = std::vector<std::string>;
+
+class SqlFunctionsTest : public Shop {
+protected:
+    SqlFunctionsTest() {
+        add("bancos", {
+                          {"cod_banco", std::int64_t{-7}},
+                          {"nome",      "  ação  "s   }
+        });
+        add("cheques", {
+                           {"valor", Currency{-75'000}},
+                           {"data",  jet::Date{-1.25} }
+        });
+    }
+    /// Of the only bank: its name is "  ação  ", its number -7.
+    std::string of(const std::string& expression) {
+        return column("select " + expression + " as r from bancos", "r").at(0);
+    }
+    /// Of the only cheque: -7.5 reais, at six on the day before the first, no number.
+    std::string ofCheque(const std::string& expression) {
+        return column("select " + expression + " as r from cheques", "r").at(0);
+    }
+};
+INSTANTIATE_TEST_SUITE_P(, SqlFunctionsTest, bothVersions(), versionName);
+
+TEST_P(SqlFunctionsTest, WorkOnTexts) {
+    const struct {
+        const char* expression;
+        const char* value;
+    } cases[] = {
+        {"mid(nome,3,2)",            "aç"       },
+        {"mid(nome,3)",              "ação  "  },
+        {"mid(nome,99,2)",           ""          },
+        {"left(nome,4)",             "  aç"     },
+        {"left(nome,0)",             ""          },
+        {"right(nome,4)",            "ão  "     },
+        {"right(nome,99)",           "  ação  "},
+        {"len(nome)",                "8"         },
+        {"len(cod_banco)",           "2"         },
+        {"instr(nome,'ão')",        "5"         },
+        {"instr(nome,'x')",          "0"         },
+        {"instr(nome,'')",           "1"         },
+        {"ucase(nome)",              "  AÇÃO  "},
+        {"lcase('ÉA')",             "éa"       },
+        {"trim(nome)",               "ação"    },
+        {"ltrim(nome)",              "ação  "  },
+        {"rtrim(nome)",              "  ação"  },
+        {"trim(nome) & cod_banco",   "ação-7"  },
+        {"iif(len(nome)>3,'s','n')", "s"         },
+        {"abs(cod_banco)",           "7"         },
+        {"codigo & (cod_banco/2.0)",   "1-3.5"     },
+        {"10.0 & ''",                "10"        },
+    };
+    for (const auto& [expression, value] : cases)
+        EXPECT_EQ(of(expression), value) << expression;
+}
+
+TEST_P(SqlFunctionsTest, OfNullAreNull) {
+    for (const char* expression :
+         {"mid(numero,1,2)",     "mid(numero,1)",   "mid('abc',cliente)", "left(numero,1)",
+          "left('abc',cliente)", "right(numero,1)", "len(numero)",        "instr(numero,'a')",
+          "instr('a',numero)",   "ucase(numero)",   "lcase(numero)",      "trim(numero)",
+          "ltrim(numero)",       "rtrim(numero)",   "int(cliente)",       "fix(cliente)",
+          "year(bompara)",       "month(bompara)",  "day(bompara)",       "numero & cliente",
+          "nz(numero,cliente)",  "sum(cliente)",    "avg(cliente)",       "numero like '%'"}) {
+        ado::Recordset rows;
+        rows.Open("select "s + expression + " as r from cheques", connection);
+        EXPECT_TRUE(rows["r"].isNull()) << expression;
+    }
+    EXPECT_EQ(ofCheque("nz(numero,'sem')"), "sem");
+    EXPECT_EQ(ofCheque("nz('com','sem')"), "com");
+    EXPECT_EQ(ofCheque("isnull(numero)"), "-1");
+    EXPECT_EQ(ofCheque("isnull(lancamento)"), "0");
+    EXPECT_EQ(ofCheque("'a' & numero"), "a");
+    EXPECT_EQ(ofCheque("numero & 'a'"), "a");
+}
+
+TEST_P(SqlFunctionsTest, WorkOnNumbersAndDates) {
+    EXPECT_EQ(ofCheque("int(valor)"), "-8");
+    EXPECT_EQ(ofCheque("fix(valor)"), "-7");
+    EXPECT_EQ(ofCheque("int(lancamento)"), "1");
+    EXPECT_EQ(ofCheque("fix(lancamento)"), "1");
+    EXPECT_EQ(ofCheque("int('7.9')"), "7");
+    EXPECT_EQ(ofCheque("year(data)"), "1899");
+    EXPECT_EQ(ofCheque("month(data)"), "12");
+    EXPECT_EQ(ofCheque("day(data)"), "29");
+    EXPECT_EQ(ofCheque("date()-int(now())"), "0");
+    EXPECT_EQ(ofCheque("now()>=date()"), "1");
+    EXPECT_EQ(ofCheque("now()<date()+1"), "1");
+}
+
+TEST_P(SqlFunctionsTest, RefuseLengthsAndPlacesThatCantBe) {
+    for (const char* expression :
+         {"left(nome,-1)", "right(nome,-1)", "mid(nome,0)", "mid(nome,-1,2)", "mid(nome,1,-1)"})
+        EXPECT_EQ(errorOf([&] { of(expression); }), Errc::syntax) << expression;
+}
+
+TEST_P(SqlFunctionsTest, SumWholesAndAmountsExactly) {
+    add("cheques", {
+                       {"valor",   Currency{1}    },
+                       {"cliente", std::int64_t{4}}
+    });
+    add("cheques", {
+                       {"valor",   Currency{2}     },
+                       {"cliente", std::int64_t{-1}}
+    });
+    ado::Recordset rows;
+    rows.Open("select sum(valor) as v, avg(valor) as m, sum(cliente) as c, avg(cliente) as a, "
+              "sum(lancamento) as l from cheques",
+              connection);
+    EXPECT_EQ(rows["v"].currency(), Currency{-74'997});
+    EXPECT_EQ(rows["m"].number(), -7.4997 / 3);
+    EXPECT_EQ(rows["c"].value(), jet::Value(std::int64_t{3})) << "a whole number stays one";
+    EXPECT_EQ(rows["a"].number(), 1.5) << "nulls don't count";
+    EXPECT_EQ(rows["l"].value(), jet::Value(std::int64_t{6}));
+    rows.Close();
+    rows.Open("select sum(valor) as v, avg(valor) as m from cheques where valor>5", connection);
+    EXPECT_TRUE(rows["v"].isNull());
+    EXPECT_TRUE(rows["m"].isNull());
+}
+
+} // namespace

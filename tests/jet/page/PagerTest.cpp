@@ -1,0 +1,119 @@
+#include "jet/page/Pager.h"
+
+#include "jet/Sentences.h"
+#include "support/TemporaryFolder.h"
+#include "support/Versions.h"
+
+#include <gmock/gmock.h>
+
+using namespace jet;
+
+namespace {
+
+/// A file of so many pages that takes no room on the disk, and nobody else at it.
+class PagesOf : public testing::TestWithParam<Version> {
+protected:
+    [[nodiscard]] Pager open(std::uint64_t pages) {
+        File file(folder / "paginas.mdb", File::Mode::createNew);
+        file.truncate(pages * format.pageSize);
+        return {std::move(file), format, true};
+    }
+    static void mark(Pager& pager, std::uint32_t page, std::uint8_t value) {
+        pager.change(static_cast<PageNo>(page))[0] = std::byte{value};
+    }
+    static int markOf(Pager& pager, std::uint32_t page) {
+        return std::to_integer<int>(pager.read(static_cast<PageNo>(page)).bytes()[0]);
+    }
+
+    TemporaryFolder folder;
+    const Format& format = formatOf(GetParam());
+};
+
+INSTANTIATE_TEST_SUITE_P(, PagesOf, bothVersions(), versionName);
+
+TEST_P(PagesOf, MoreThanAreKeptInMemoryAreReadAgain) {
+    const std::uint32_t pages =
+        (std::uint32_t{26} << 20) / static_cast<std::uint32_t>(format.pageSize);
+    Pager pager = open(pages);
+    pager.begin();
+    for (const std::uint32_t page : {std::uint32_t{3}, pages - 1})
+        mark(pager, page, 7);
+    pager.commit();
+    for (int round = 0; round < 2; ++round)
+        for (std::uint32_t page = 0; page < pages; ++page)
+            ASSERT_EQ(markOf(pager, page), page == 3 || page == pages - 1 ? 7 : 0) << page;
+}
+
+TEST_P(PagesOf, AFileOfTheLongestThatTheFormatHasTakesNoMore) {
+    const std::uint64_t most = format.largestFile / format.pageSize;
+    Pager pager = open(most - 1);
+    pager.begin();
+    EXPECT_EQ(number(pager.append()), most - 1);
+    const std::string gigabytes = GetParam() == Version::jet3 ? "1 GB" : "2 GB";
+    EXPECT_THAT(sentenceOf([&] { (void)pager.append(); }, Errc::full),
+                testing::HasSubstr(gigabytes));
+    EXPECT_EQ(pager.pageCount(), most);
+    pager.rollback();
+    EXPECT_EQ(pager.pageCount(), most - 1);
+    pager.rollback(); // nothing is open
+}
+
+TEST_P(PagesOf, AStatementThatIsNotKeptIsUndoneAndWhatWasBeforeItStays) {
+    Pager pager = open(5);
+    pager.begin();
+    mark(pager, 1, 1);
+    {
+        const Pager::Statement statement(pager);
+        mark(pager, 1, 2);
+        mark(pager, 2, 2);
+        mark(pager, number(pager.append()), 2);
+        EXPECT_EQ(pager.pageCount(), 6U);
+    }
+    EXPECT_EQ(pager.pageCount(), 5U);
+    EXPECT_EQ(markOf(pager, 1), 1);
+    EXPECT_EQ(markOf(pager, 2), 0);
+    {
+        Pager::Statement outer(pager);
+        mark(pager, 3, 3);
+        {
+            Pager::Statement inner(pager);
+            mark(pager, 3, 4);
+            mark(pager, 4, 4);
+            inner.keep();
+        }
+        EXPECT_EQ(markOf(pager, 3), 4);
+        EXPECT_EQ(markOf(pager, 4), 4);
+        // What was kept inside goes with what is around it.
+    }
+    EXPECT_EQ(markOf(pager, 3), 0);
+    EXPECT_EQ(markOf(pager, 4), 0);
+    EXPECT_EQ(markOf(pager, 1), 1);
+    pager.commit();
+    EXPECT_EQ(markOf(pager, 1), 1);
+}
+
+TEST_P(PagesOf, WhoLooksAtAPageGoesOnSeeingItAsItWas) {
+    Pager pager = open(3);
+    pager.begin();
+    const PageRef before = pager.read(PageNo{2});
+    mark(pager, 2, 1);
+    const PageRef changed = pager.read(PageNo{2});
+    mark(pager, 2, 2);
+    EXPECT_EQ(before.bytes()[0], std::byte{0});
+    EXPECT_EQ(changed.bytes()[0], std::byte{1});
+    EXPECT_EQ(markOf(pager, 2), 2);
+    pager.rollback();
+    EXPECT_EQ(markOf(pager, 2), 0);
+}
+
+TEST_P(PagesOf, WhatLiesBehindTheEndIsDamage) {
+    Pager pager = open(3);
+    EXPECT_EQ(errorOf([&] { (void)pager.read(PageNo{3}); }), Errc::corrupt);
+    pager.begin();
+    EXPECT_EQ(errorOf([&] { (void)pager.change(PageNo{3}); }), Errc::corrupt);
+    mark(pager, 2, 1); // and nothing of it is left
+    pager.commit();
+    EXPECT_EQ(markOf(pager, 2), 1);
+}
+
+} // namespace
