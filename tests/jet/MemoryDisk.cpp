@@ -260,6 +260,8 @@ int MemoryDisk::rename(const std::filesystem::path& from, const std::filesystem:
         return -ENOENT;
     if (!mayTouch(from.string()))
         return -EPERM;
+    if (foldersApart && from.parent_path() != to.parent_path())
+        return -EXDEV;
     record_.push_back({Operation::Kind::rename, known->second, 0, {}, from.string(), to.string()});
     names_[to.string()] = known->second;
     names_.erase(from.string());

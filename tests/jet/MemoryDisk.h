@@ -59,6 +59,8 @@ public:
     bool eachItsOwn = false;
     /// Whether the disk is of another machine, and what is read may be old.
     bool remembers = false;
+    /// Whether each folder is on a disk of its own, so that nothing is renamed from one to another.
+    bool foldersApart = false;
 
     /// As programs see it.
     [[nodiscard]] DiskImage image() const;

@@ -29,7 +29,7 @@ template <class Body>
 void guarded(Context context, Body&& body) noexcept {
     try {
         body();
-    } catch (const std::bad_alloc&) {
+    } catch (const std::bad_alloc&) { // unreached: memory for a text is there
         sqlite3_result_error_nomem(context);
     } catch (const std::exception& error) {
         sqlite3_result_error(context, error.what(), -1);
@@ -218,7 +218,7 @@ void datePart(Context context, int /*count*/, Arguments arguments) {
 
 void addToSum(Context context, int /*count*/, Arguments arguments) {
     auto* sum = static_cast<ExactSum*>(sqlite3_aggregate_context(context, sizeof(ExactSum)));
-    if (sum == nullptr)
+    if (sum == nullptr) // unreached: memory for a sum is there
         return sqlite3_result_error_nomem(context);
     switch (sqlite3_value_numeric_type(arguments[0])) {
     case SQLITE_NULL:

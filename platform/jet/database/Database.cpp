@@ -114,7 +114,7 @@ void Database::create(const std::filesystem::path& path, Version version, Disk& 
         const std::vector<SystemTable> tables = systemTables(version);
         parts.work.begin();
         for (const SystemTable& table : tables)
-            if (parts.pages.take() != table.page)
+            if (parts.pages.take() != table.page) // unreached: an empty file has them
                 throw std::logic_error("system tables have fixed places");
         for (const SystemTable& table : tables)
             buildTable(parts.pager, parts.pages, table, parts.header.order,

@@ -24,7 +24,7 @@ constexpr std::size_t kChunk = std::size_t{1} << 20;
 
 std::string machineLetters() {
     std::array<char, 256> name{};
-    if (::gethostname(name.data(), name.size() - 1) != 0)
+    if (::gethostname(name.data(), name.size() - 1) != 0) // unreached: there is room for any name
         return "local";
     std::string letters(name.data());
     std::erase_if(letters, [](unsigned char c) { return std::isalnum(c) == 0; });

@@ -58,7 +58,7 @@ constexpr Network kNetworks[] = {
 
 const Network* networkOf(int handle) {
     struct statfs info {};
-    if (::fstatfs(handle, &info) != 0)
+    if (::fstatfs(handle, &info) != 0) // unreached: only a share loses an open file
         return nullptr;
     const auto type = static_cast<std::int64_t>(static_cast<std::uint32_t>(info.f_type));
     const auto* found = std::ranges::find(kNetworks, type, &Network::type);
@@ -78,7 +78,7 @@ int openAtOnce(const char* path, int flags) {
 }
 
 /// The same file, but a write returns when the server has it; as it was where that can't be had.
-int writeThrough(int handle, int flags) {
+int writeThrough(int handle, int flags) { // unreached: see shares.sh
     const std::string same = "/proc/self/fd/" + std::to_string(handle);
     const int through =
         openAtOnce(same.c_str(), (flags & ~(O_CREAT | O_EXCL | O_NOFOLLOW)) | O_DSYNC);
@@ -97,7 +97,9 @@ public:
 
     std::int64_t size() override {
         struct stat info {};
-        return ::fstat(handle_, &info) != 0 ? -errno : std::int64_t{info.st_size};
+        if (::fstat(handle_, &info) != 0) // unreached: only a share loses an open file
+            return -errno;
+        return info.st_size;
     }
     std::int64_t read(std::uint64_t offset, std::span<std::byte> into) override {
         return retried(
@@ -140,7 +142,9 @@ public:
     }
     std::int64_t changedAt() override {
         struct stat info {};
-        return ::fstat(handle_, &info) != 0 ? -errno : changeOf(info);
+        if (::fstat(handle_, &info) != 0) // unreached: only a share loses an open file
+            return -errno;
+        return changeOf(info);
     }
     bool isAt(const std::filesystem::path& path) override {
         struct stat mine {};
@@ -150,7 +154,7 @@ public:
     }
     int attributes(Disk::Attributes& into) override {
         struct stat info {};
-        if (::fstat(handle_, &info) != 0)
+        if (::fstat(handle_, &info) != 0) // unreached: only a share loses an open file
             return -errno;
         into = {
             {info.st_uid, info.st_gid, info.st_mode & 07777U},
@@ -190,7 +194,8 @@ public:
         }
         const Network* network = networkOf(handle);
         // A file that is made in one go is synced at its end, and nobody looks at it before.
-        if (network != nullptr && writes(mode) && mode != Mode::createNew)
+        const bool atOnce = writes(mode) && mode != Mode::createNew;
+        if (atOnce && network != nullptr) // unreached: see shares.sh
             handle = writeThrough(handle, flags);
         static_cast<void>(::fcntl(handle, F_SETFL, ::fcntl(handle, F_GETFL) & ~O_NONBLOCK));
         return std::make_unique<SystemHandle>(handle, network != nullptr && network->remembers);

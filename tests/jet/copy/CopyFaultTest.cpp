@@ -186,4 +186,25 @@ TEST_P(CopyFaults, AMoveThatFailsLosesNothing) {
         10);
 }
 
+TEST_P(CopyFaults, AMoveToAnotherDiskThatFailsLosesNothing) {
+    const std::string moved = "/nova/automacao.mdb";
+    everyFault(
+        before_,
+        [](MemoryDisk& disk) {
+            disk.foldersApart = true;
+            moveDatabase(kPath, "/nova", disk);
+        },
+        [&](MemoryDisk& disk, bool done) {
+            const bool there = disk.exists(moved);
+            const bool still = disk.exists(kPath);
+            EXPECT_TRUE(done ? there && !still : there || still);
+            // Where it can't be taken away any more, it is in both places, and the same.
+            if (there)
+                expectSound(disk, moved, content_);
+            if (still)
+                expectSound(disk, kPath, content_);
+        },
+        10);
+}
+
 } // namespace
