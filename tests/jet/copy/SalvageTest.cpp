@@ -1,11 +1,10 @@
 // What is left of a damaged file is in the new one, and what isn't there is told.
-#include "jet/Salvage.h"
-
 #include "jet/Copies.h"
 #include "jet/DamagedFile.h"
 #include "jet/PatientFile.h"
 #include "jet/SampleFiles.h"
 #include "jet/ShopWork.h"
+#include "jet/copy/SalvageFile.h"
 #include "jet/database/DatabasePager.h"
 #include "jet/page/Header.h"
 #include "jet/share/Journal.h"
@@ -21,84 +20,7 @@ using namespace jet;
 
 namespace {
 
-class Salvage : public testing::TestWithParam<Version> {
-protected:
-    Salvage() {
-        Database database(file_.path(), {true, {}, {}});
-        for (const RowId id : file_.rows)
-            cheques_.push_back(*database.table("Cheques").read(id));
-        others_ = rowsOf(database, "Outra");
-    }
-
-    /// Saves the damage, and what can be saved of the file.
-    SalvageReport& salvageIt() {
-        file_.save();
-        const std::string damaged = contentOf(file_.path());
-        std::filesystem::remove(target_);
-        report_ = salvage(file_.path(), target_);
-        EXPECT_TRUE(contentOf(file_.path()) == damaged) << "the source is only read";
-        EXPECT_TRUE(check(target_).sound()) << listed(check(target_));
-        EXPECT_EQ(filesIn(folder_.path()), std::vector<std::string>{"salvo.mdb"});
-        return report_;
-    }
-
-    /// Every row of "Cheques" is in the new file as it was, or told to be missing, or to have lost
-    /// the field it differs in.
-    void expectNothingDroppedSilently(const std::string& table = "Cheques") {
-        Database database(target_);
-        std::map<std::int64_t, Row> saved;
-        for (const std::string& name : {table, table + "_separados"})
-            if (database.hasTable(name))
-                for (Row& row : rowsOf(database, name))
-                    saved.emplace(std::get<std::int64_t>(row.front()), std::move(row));
-        for (std::size_t i = 0; i < cheques_.size(); ++i) {
-            SCOPED_TRACE("row " + std::to_string(i));
-            const auto number = std::get<std::int64_t>(cheques_[i].front());
-            const auto found = saved.find(number);
-            if (found == saved.end()) {
-                EXPECT_TRUE(isTold(file_.rows[i], {Loss::What::row, Loss::What::page}))
-                    << told(report_);
-                continue;
-            }
-            for (std::size_t column = 0; column < cheques_[i].size(); ++column)
-                if (found->second[column] != cheques_[i][column]) {
-                    EXPECT_TRUE(isNull(found->second[column]));
-                    EXPECT_TRUE(isTold(file_.rows[i], {Loss::What::value})) << told(report_);
-                }
-        }
-    }
-
-    /// A loss of one of these kinds names the row or its page.
-    [[nodiscard]] bool isTold(RowId row, const std::vector<Loss::What>& kinds) const {
-        return std::ranges::any_of(report_.losses, [&](const Loss& loss) {
-            return std::ranges::count(kinds, loss.what) > 0 && loss.page == row.page &&
-                   (!loss.slot || *loss.slot == row.slot);
-        });
-    }
-    [[nodiscard]] static std::string told(const SalvageReport& report) {
-        std::string text;
-        for (const Loss& loss : report.losses)
-            text += std::to_string(static_cast<int>(loss.what)) + " " + loss.table + " " +
-                    std::to_string(number(loss.page)) + ": " + loss.reason + "\n";
-        return text;
-    }
-    void expectAll(const std::string& table = "Cheques", const std::string& other = "Outra") {
-        Database database(target_);
-        EXPECT_TRUE(rowsOf(database, table) == cheques_);
-        EXPECT_TRUE(rowsOf(database, other) == others_);
-    }
-
-    void wipe(PageNo page) { std::ranges::fill(file_.page(page), std::byte{}); }
-    void wipe(RowId map) { std::ranges::fill(file_.bytesOf(map), std::byte{0xEE}); }
-
-    DamagedFile file_{GetParam()};
-    std::vector<Row> cheques_; ///< in the order of DamagedFile::rows
-    std::vector<Row> others_;
-    TemporaryFolder folder_;
-    std::filesystem::path target_ = folder_ / "salvo.mdb";
-    SalvageReport report_;
-};
-
+class Salvage : public SalvageFile {};
 INSTANTIATE_TEST_SUITE_P(, Salvage, bothVersions(), versionName);
 
 TEST_P(Salvage, OfASoundFileIsComplete) {

@@ -14,8 +14,8 @@ const Numeric kDecimal{
     true, {0, 0, 0, 1250},
      2
 }; // -12.50
-const Guid kGuid{};
-const char* const kGuidText = "'{00000000-0000-0000-0000-000000000000}'";
+const Guid kNoId{};
+const char* const kNoIdText = "'{00000000-0000-0000-0000-000000000000}'";
 
 void expectErrorsOf(const Row& row, std::initializer_list<const char*> texts) {
     for (const char* text : texts)
@@ -49,14 +49,14 @@ TEST(RareValues, DecimalsAreReckonedWithAsNumbers) {
 
 TEST(RareValues, IdentifiersAreTextsAndBytesAreCompared) {
     const Answer kCases[] = {
-        {"a & ''",       kGuidText},
-        {"Format(a)",    kGuidText},
+        {"a & ''",       kNoIdText},
+        {"Format(a)",    kNoIdText},
         {"a=b",          "True"   },
         {"b='x'",        "False"  },
         {"IsNumeric(a)", "False"  },
     };
-    expectAnswers(kCases, {kGuid, Value(kGuid)});
-    expectErrorsOf({kGuid, Value(kGuid)}, {"a+1", "a<1"});
+    expectAnswers(kCases, {kNoId, Value(kNoId)});
+    expectErrorsOf({kNoId, Value(kNoId)}, {"a+1", "a<1"});
     const Row bytes{
         Bytes{std::byte{1}, std::byte{2}},
         Bytes{std::byte{1}, std::byte{3}}

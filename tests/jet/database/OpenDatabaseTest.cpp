@@ -11,9 +11,9 @@ using namespace std::string_literals;
 
 namespace {
 
-class State : public testing::TestWithParam<Version> {
+class OpenDatabase : public testing::TestWithParam<Version> {
 protected:
-    State() {
+    OpenDatabase() {
         Database file(kPath, on(disk));
         file.createTable({
             "contas",
@@ -26,9 +26,9 @@ protected:
     MemoryDisk disk{emptyShop(GetParam())};
 };
 
-INSTANTIATE_TEST_SUITE_P(, State, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, OpenDatabase, bothVersions(), versionName);
 
-TEST_P(State, OfASoundFile) {
+TEST_P(OpenDatabase, OfASoundFile) {
     Database file(kPath, on(disk));
     EXPECT_EQ(file.path(), kPath);
     EXPECT_EQ(file.version(), GetParam());
@@ -38,7 +38,7 @@ TEST_P(State, OfASoundFile) {
     EXPECT_FALSE(file.inTransaction());
 }
 
-TEST_P(State, TextsAreComparedInTheFilesOrder) {
+TEST_P(OpenDatabase, TextsAreComparedInTheFilesOrder) {
     const Database file(kPath, on(disk));
     EXPECT_EQ(file.compareText("joão", "JOÃO"), 0);
     EXPECT_LT(file.compareText("joao", "joão"), 0);
@@ -47,7 +47,7 @@ TEST_P(State, TextsAreComparedInTheFilesOrder) {
     EXPECT_NE(file.compareText("ana", "ana "), 0);
 }
 
-TEST_P(State, TellsWhoElseHasWrittenAndHowOften) {
+TEST_P(OpenDatabase, TellsWhoElseHasWrittenAndHowOften) {
     Database file(kPath, on(disk));
     Database other(kPath, on(disk));
     EXPECT_EQ(file.table("contas").rowCount(), 0);
@@ -65,7 +65,7 @@ TEST_P(State, TellsWhoElseHasWrittenAndHowOften) {
     EXPECT_THAT(file.writersSince(file.changesByOthers()), testing::IsEmpty());
 }
 
-TEST_P(State, OfAFileThatNobodySharesNobodyElseWrites) {
+TEST_P(OpenDatabase, OfAFileThatNobodySharesNobodyElseWrites) {
     auto options = on(disk);
     options.readOnly = options.unshared = true;
     Database file(kPath, options);
@@ -78,7 +78,7 @@ TEST_P(State, OfAFileThatNobodySharesNobodyElseWrites) {
     file.onSnapshot([&] { file.breathe(); });
 }
 
-TEST_P(State, ASnapshotIsHeldAsLongAsAskedFor) {
+TEST_P(OpenDatabase, ASnapshotIsHeldAsLongAsAskedFor) {
     Database file(kPath, on(disk));
     Database other(kPath, on(disk));
     const auto rows = [&] { return file.table("contas").rowCount(); };
@@ -97,7 +97,7 @@ TEST_P(State, ASnapshotIsHeldAsLongAsAskedFor) {
     EXPECT_EQ(rows(), 3);
 }
 
-TEST_P(State, OthersMayWriteWhileALongReadingBreathes) {
+TEST_P(OpenDatabase, OthersMayWriteWhileALongReadingBreathes) {
     Database file(kPath, on(disk));
     Database other(kPath, on(disk));
     other.table("contas").insert(named("a"));
@@ -118,10 +118,10 @@ TEST_P(State, OthersMayWriteWhileALongReadingBreathes) {
     file.breathe(); // outside of any it is nothing
 }
 
-class Beforehand : public People {};
-INSTANTIATE_TEST_SUITE_P(, Beforehand, bothVersions(), versionName);
+class ToldBeforehand : public People {};
+INSTANTIATE_TEST_SUITE_P(, ToldBeforehand, bothVersions(), versionName);
 
-TEST_P(Beforehand, ATableTellsWhetherAColumnTakesEmptyText) {
+TEST_P(ToldBeforehand, ATableTellsWhetherAColumnTakesEmptyText) {
     EXPECT_TRUE(table().takesEmptyText(kNome)) << "where the file says nothing";
     keep({
         {.column = "nome", .allowZeroLength = false},
@@ -132,7 +132,7 @@ TEST_P(Beforehand, ATableTellsWhetherAColumnTakesEmptyText) {
     EXPECT_TRUE(table().takesEmptyText(kIdade));
 }
 
-TEST_P(Beforehand, ATableTellsWhatAColumnRefuses) {
+TEST_P(ToldBeforehand, ATableTellsWhatAColumnRefuses) {
     keep({
         {.column = "idade", .required = true, .rule = ">=0", .message = "Idade inválida."}
     });
@@ -146,7 +146,7 @@ TEST_P(Beforehand, ATableTellsWhatAColumnRefuses) {
                 testing::HasSubstr("40"));
 }
 
-TEST_P(Beforehand, TheNumberingEndsWhereTheColumnDoes) {
+TEST_P(ToldBeforehand, TheNumberingEndsWhereTheColumnDoes) {
     add({
         {kId, whole(2147483646)}
     });
