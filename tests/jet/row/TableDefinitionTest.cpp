@@ -85,7 +85,7 @@ TEST(Definitions, OfOtherCountersAndTextsAreReadTheSame) {
     EXPECT_TRUE(sameStructure(definition(), other));
 }
 
-TEST(Relationships, HaveTwoEndsThatNameEachOther) {
+TEST(LogicalIndexes, OfARelationshipNameEachOther) {
     using Kind = LogicalIndex::Kind;
     using Side = LogicalIndex::Side;
     const TableDefinition parents = definition(); // on page 7
