@@ -1,6 +1,7 @@
 // The largest file that a format allows: what doesn't fit any more is refused as a whole.
 #include "jet/Check.h"
 #include "jet/database/DatabasePager.h"
+#include "jet/page/DataPage.h"
 #include "jet/page/MapLayout.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
@@ -65,7 +66,12 @@ private:
         for (std::uint32_t page = most - kRoom - 1; page > pager.pageCount();
              page -= std::min(page, bits))
             PageAllocator(pager).remove(free, static_cast<PageNo>(page)); // makes its part
-        const std::vector<PageNo> parts = free.mapPages();
+        std::vector<PageNo> parts;
+        const PageRef holder = pager.read(kFreePagesMap.page);
+        const auto row =
+            DataPage(format, holder.bytes(), kFreePagesMap.page).slot(kFreePagesMap.slot);
+        for (std::size_t part = 0; part < MapRowLayout::referencesIn(row.bytes.size()); ++part)
+            parts.push_back(load(row.bytes.data(), MapRowLayout::reference(part)));
         for (std::uint32_t page = pager.pageCount(); page < most - kRoom; ++page)
             setBit(pager.change(parts[page / bits]).subspan(MapPageLayout::bitmap), page % bits,
                    false);
