@@ -145,7 +145,7 @@ TEST_P(Values, ThatTheColumnCantHoldAreRefusedInItsName) {
         if (column == "decimal"s && GetParam() == Version::jet3)
             continue; // has none
         SCOPED_TRACE(column);
-        EXPECT_THAT(sentenceOf([&] { with(column, value); }, code),
+        EXPECT_THAT(sentenceOf([&, name = column, &given = value] { with(name, given); }, code),
                     HasSubstr("\""s + column + "\""));
         EXPECT_EQ(all().rowCount(), 0);
     }

@@ -57,7 +57,7 @@ TEST_F(LockFiles, NameTheMachineAndTheAccountOfEachUser) {
     ASSERT_FALSE(machine.empty());
     const Database first(kPath, on(disk));
     const Database second(kPath, on(disk));
-    for (const std::size_t user : {1, 2})
+    for (const std::size_t user : {1U, 2U})
         EXPECT_EQ(slot(user), field(machine) + field("Admin"));
     LockFile lock(kPath, disk);
     lock.open();

@@ -75,7 +75,7 @@ TEST(Tokens, WhatIsNoneIsRefusedAndShown) {
     EXPECT_THAT(refusalOf("a\xFF"), HasSubstr("não são texto"));
     EXPECT_THAT(refusalOf("[]"), HasSubstr("falta o que deveria estar"));
     // Of a long one its beginning, cut between two characters.
-    for (const std::size_t blanks : {0, 1}) {
+    for (const std::size_t blanks : {0U, 1U}) {
         std::string text = "'" + std::string(blanks, ' ');
         for (int i = 0; i < 200; ++i)
             text += "ç";
