@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 #include <utility>
 
 namespace jet {
@@ -97,7 +98,7 @@ void Pager::requireStored(Cached& known) {
         return;
     PageImage stored(format_.pageSize);
     file_.read(std::uint64_t{number(known.page)} * format_.pageSize, stored);
-    if (stored != *known.image)
+    if (std::memcmp(stored.data(), known.image->data(), stored.size()) != 0)
         turns_->refuseOvertaken();
     known.claim = claims_;
 }
