@@ -109,7 +109,7 @@ TEST_P(Maps, ThatOfFreePagesGrowsWhereItStandsAndCountsWhatItDidntReachAsFree) {
 
 TEST_P(Maps, ThatOfFreePagesGoesToPagesOfItsOwnWhereThereIsNoRoomToGrow) {
     crowd(kHolder);
-    const std::uint32_t reach = static_cast<std::uint32_t>(format.mapBitmap * 8);
+    const auto reach = static_cast<std::uint32_t>(format.mapBitmap * 8);
     std::set<std::uint32_t> used;
     for (std::uint32_t i = 0; i < reach + 100; ++i)
         ASSERT_TRUE(used.insert(number(allocator.take())).second);
