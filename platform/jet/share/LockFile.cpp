@@ -72,10 +72,7 @@ void LockFile::leave() {
     openGate();
     // Who is still at it after a second sees to the file itself when leaving.
     const bool alone = waitFor([&] { return tryLock(kEntering); }, std::chrono::seconds(1));
-    if (user_ != 0) {
-        unlock(kMarks + user_);
-        unlock(kUsers + user_);
-    }
+    giveUpUser();
     if (alone && isCurrent() && file_->firstHeld(kUsers + 1, kMostUsers) == kUsers + 1 + kMostUsers)
         static_cast<void>(disk_.remove(path_));
     file_.reset();
@@ -162,6 +159,14 @@ bool LockFile::takeUser() {
         return true;
     }
     return false;
+}
+
+void LockFile::giveUpUser() noexcept {
+    if (user_ == 0)
+        return;
+    unlock(kUsers + user_);
+    unlock(kMarks + user_);
+    user_ = 0;
 }
 
 bool LockFile::isUser(unsigned user) const { return isHeld(kUsers + user); }

@@ -65,7 +65,9 @@ public:
 
     /// Becomes a user. Requires O. False if all 255 are taken.
     [[nodiscard]] bool takeUser();
-    /// Ours; 0 before takeUser().
+    /// Is none any more. The mark goes last: it never lacks, so that nobody takes us for foreign.
+    void giveUpUser() noexcept;
+    /// Ours; 0 for none.
     [[nodiscard]] unsigned user() const noexcept { return user_; }
     [[nodiscard]] bool isUser(unsigned user) const;    ///< another than us
     [[nodiscard]] bool isForeign(unsigned user) const; ///< not marked as a copy of this program

@@ -13,6 +13,8 @@ namespace {
 
 /// So long it is left to who waited for it, and may just be asleep.
 constexpr std::chrono::milliseconds kForNext{200};
+/// Who has it longer is writing, and sees to the journal when leaving.
+constexpr std::chrono::milliseconds kForOneThatLeaves{100};
 
 } // namespace
 
@@ -22,11 +24,13 @@ WritingTurn::~WritingTurn() {
     LockFile& lock = presence_.lock();
     try {
         // The journal of somebody else's transaction isn't ours to remove: only with W, which we
-        // have if nobody writes, and as the last one.
-        if (!held_ && !lock.tryLock(LockFile::kWriting))
+        // have if nobody writes, and as the last one. Two that leave at once do it one after the
+        // other, and the second is the last.
+        if (!held_ && !waitFor([&] { return lock.tryLock(LockFile::kWriting); }, kForOneThatLeaves))
             return;
         if (lock.otherUsers().empty())
             committer_->leave();
+        lock.giveUpUser();
         lock.unlock(LockFile::kWriting);
     } catch (...) { // NOLINT(bugprone-empty-catch)
         // An empty journal left behind does no harm.

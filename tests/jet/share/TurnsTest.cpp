@@ -288,6 +288,36 @@ TEST_F(ShareParts, TrustNothingAfterSomebodyWroteUntold) {
 
 // ---- writing ----------------------------------------------------------------------------------
 
+// Of two that left at once each took the other for one who stays.
+TEST_F(ShareParts, TheJournalGoesWithTheLastThoughAnotherWasJustLeaving) {
+    std::optional<WritingTurn> writing(std::in_place, presence, snapshot);
+    writing->allow();
+    ASSERT_TRUE(writing->take());
+    const auto pages = static_cast<std::uint32_t>(file.size() / format.pageSize);
+    writing->commit({pages, pages, {}, {}});
+    writing->giveBack();
+    ASSERT_TRUE(disk.exists(kJournal));
+
+    std::optional<File> another = other(LockFile::kWriting);
+    setWaitHook([&] { another.reset(); });
+    writing.reset();
+    EXPECT_FALSE(disk.exists(kJournal));
+    EXPECT_FALSE(isHeld(0x10000001) || isHeld(0x70000001)) << "whoever leaves next is the last";
+}
+
+TEST_F(ShareParts, TheJournalStaysForWhoIsWriting) {
+    std::optional<WritingTurn> writing(std::in_place, presence, snapshot);
+    writing->allow();
+    ASSERT_TRUE(writing->take());
+    const auto pages = static_cast<std::uint32_t>(file.size() / format.pageSize);
+    writing->commit({pages, pages, {}, {}});
+    writing->giveBack();
+
+    const File another = other(LockFile::kWriting);
+    writing.reset();
+    EXPECT_TRUE(disk.exists(kJournal));
+}
+
 class TheTurnToWrite : public ShareParts {
 protected:
     TheTurnToWrite() { writing.allow(); }
