@@ -1,6 +1,7 @@
 #include "ado/engine/Engine.h"
 
 #include "ado/dialect/SqlFunctions.h"
+#include "ado/engine/SortFiles.h"
 #include "ado/engine/SqlError.h"
 #include "ado/engine/VirtualTable.h"
 #include "jet/Error.h"
@@ -36,23 +37,37 @@ constexpr Limit kLimits[] = {
     {SQLITE_LIMIT_WORKER_THREADS,      0       },
 };
 
+/// 0 of one that is in memory.
+std::uint64_t sizeOf(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(file, error);
+    return error ? 0 : size;
+}
+
 } // namespace
 
 void Engine::Closer::operator()(sqlite3* handle) const { sqlite3_close(handle); }
 
+Engine::Engine(jet::Database& database)
+    : Engine(database, Bounds::forFileOf(sizeOf(database.path()))) {}
+
 Engine::Engine(jet::Database& database, const Bounds& bounds)
-    : database_(database), runs_(database, trap_, bounds.steps) {
+    : database_(database), runs_(database, trap_, bounds.steps),
+      sortFiles_(std::make_unique<SortFiles>(bounds.sorted)) {
     // Of all that SQLite has in the program, which is little but the statements at work.
     sqlite3_hard_heap_limit64(static_cast<sqlite3_int64>(bounds.bytes));
     sqlite3* handle = nullptr;
-    const int result =
-        sqlite3_open_v2(":memory:", &handle,
-                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int result = sqlite3_open_v2(
+        ":memory:", &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX,
+        sortFiles_->name());
     handle_.reset(handle);
     if (result != SQLITE_OK)
         throw Error(Errc::io, "Não há memória para abrir o banco de dados.");
-    // Sorting stays in memory: the shop's temporary folder has no business with its data.
-    sqlite3_exec(handle, "pragma temp_store=memory", nullptr, nullptr, nullptr);
+    // What is sorted stays in memory, up to half of the bound: only the lists of a very large file
+    // are ever seen by the disk.
+    const std::string most = std::to_string(bounds.bytes / 2 / 1024);
+    sqlite3_exec(handle, ("pragma temp_store=file; pragma cache_size=-" + most).c_str(), nullptr,
+                 nullptr, nullptr);
     // A name between double quotes that no column has is an error, not a text.
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
@@ -67,6 +82,8 @@ Engine::Engine(jet::Database& database, const Bounds& bounds)
 }
 
 Engine::~Engine() = default;
+
+std::uint64_t Engine::mostSorted() const noexcept { return sortFiles_->largest(); }
 
 PreparedStatement Engine::prepare(const std::string& sql) {
     sqlite3_stmt* statement = nullptr;

@@ -8,6 +8,7 @@
 
 namespace ado {
 
+class SortFiles;
 struct TableSource;
 
 /// SQLite over one open file: an empty database in memory in which every table of the file is a
@@ -15,7 +16,8 @@ struct TableSource;
 /// authorizer refuses all other actions, whatever the dialect might let through.
 class Engine {
 public:
-    explicit Engine(jet::Database& database, const Bounds& bounds = {});
+    explicit Engine(jet::Database& database);
+    Engine(jet::Database& database, const Bounds& bounds);
     ~Engine();
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
@@ -31,6 +33,8 @@ public:
 
     /// How many steps the run of a statement has taken that took the most.
     [[nodiscard]] std::uint64_t longestRun() const noexcept { return runs_.longest(); }
+    /// The most bytes that have been on the disk to be sorted.
+    [[nodiscard]] std::uint64_t mostSorted() const noexcept;
 
 private:
     struct Closer {
@@ -51,6 +55,7 @@ private:
     std::unordered_map<std::string, std::unique_ptr<TableSource>> tables_; ///< by stored name
     /// Of tables that the file has no more: statements prepared before still know their address.
     std::vector<std::unique_ptr<TableSource>> former_;
+    std::unique_ptr<SortFiles> sortFiles_;
     std::unique_ptr<sqlite3, Closer> handle_; ///< last, so first to go: it uses all the others
 };
 

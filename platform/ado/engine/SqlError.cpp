@@ -35,6 +35,10 @@ void throwSqlError(sqlite3* handle, int result) {
     if (result == SQLITE_NOMEM || result == SQLITE_TOOBIG || result == SQLITE_FULL ||
         result == SQLITE_INTERRUPT)
         tooMuch();
+    if (result == SQLITE_IOERR || result == SQLITE_CANTOPEN)
+        throw Error(Errc::io, "A lista é grande demais para a memória, e não foi possível usar o "
+                              "disco para ordená-la. Procure por menos, ou verifique se há espaço "
+                              "na pasta temporária do computador.");
     // The second for tables that SQLite would make about itself.
     if (result == SQLITE_AUTH || message == "not authorized")
         throw Error(Errc::notFound,

@@ -13,11 +13,21 @@ struct sqlite3_stmt;
 namespace ado {
 
 /// What one run of a statement, or what is kept of its rows, may take. Far beyond the work of the
-/// windows over a million rows; what goes beyond it, because a join was typed where a name was
-/// asked for, ends in Error{full} instead of holding up the shop.
+/// windows over all rows of the file; what goes beyond it, because a join was typed where a name
+/// was asked for, ends in Error{full} instead of holding up the shop.
 struct Bounds {
     std::uint64_t steps = 200'000'000; ///< of SQLite's machine; some tens for each row
     std::size_t bytes = std::size_t{256} << 20;
+    std::uint64_t sorted = std::uint64_t{256}
+                           << 20; ///< bytes on the disk, where memory is too little
+
+    /// For all rows of a file of so many bytes: a row of a few fields is a hundred of them.
+    [[nodiscard]] static constexpr Bounds forFileOf(std::uint64_t size) noexcept {
+        Bounds bounds;
+        bounds.steps += size;
+        bounds.sorted += 2 * size;
+        return bounds;
+    }
 };
 
 /// The statements at work over one file: keeps each within its bounds, and lets other stations

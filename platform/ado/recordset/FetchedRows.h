@@ -4,6 +4,7 @@
 #include "ado/recordset/Rows.h"
 
 #include <algorithm>
+#include <deque>
 #include <exception>
 #include <utility>
 
@@ -46,13 +47,13 @@ public:
 protected:
     [[nodiscard]] std::size_t place() const noexcept { return at_; }
     [[nodiscard]] std::size_t width() const noexcept { return width_; }
-    [[nodiscard]] std::vector<Cell>& cells() noexcept { return cells_; }
+    [[nodiscard]] std::deque<Cell>& cells() noexcept { return cells_; }
 
 private:
     /// @throws Error{full} if that is more than is kept of one statement.
     void keep(Cell&& cell) {
         kept_ += sizeof(Cell);
-        if constexpr (!std::is_same_v<Cell, std::int64_t>) {
+        if constexpr (!std::is_same_v<Cell, RowNumber>) {
             if (const auto* text = std::get_if<std::string>(&cell))
                 kept_ += text->size();
             else if (const auto* bytes = std::get_if<jet::Bytes>(&cell))
@@ -95,16 +96,16 @@ private:
         return true;
     }
     static Cell read(const PreparedStatement& statement, int column) {
-        if constexpr (std::is_same_v<Cell, std::int64_t>)
-            return statement.integer(column);
+        if constexpr (std::is_same_v<Cell, RowNumber>)
+            return static_cast<RowNumber>(statement.integer(column));
         else
             return statement.value(column);
     }
 
     PreparedStatement statement_;
     std::size_t width_;
-    std::vector<Cell> cells_;
-    std::size_t kept_ = 0; ///< bytes
+    std::deque<Cell> cells_; // which never has to be moved as a whole
+    std::size_t kept_ = 0;   ///< bytes
     std::size_t fetched_ = 0;
     std::size_t at_ = 0;
     std::size_t batch_ = 1; ///< rows to fetch next: the first shows at once, a long list costs less
@@ -113,7 +114,7 @@ private:
 };
 
 /// Rows of a join: the statement gives one row id for each table.
-class JoinRows final : public Fetched<std::int64_t, LiveRows> {
+class JoinRows final : public Fetched<RowNumber, LiveRows> {
 public:
     using Fetched::Fetched;
     bool erased(std::size_t table, const std::unordered_set<std::int64_t>& ids) override;
@@ -124,7 +125,7 @@ public:
               const std::function<const jet::RowView*()>& current) override;
 
     /// In place of the id of a row that was erased: a page and slot that no row has.
-    static constexpr std::int64_t kErased = 1;
+    static constexpr RowNumber kErased = 1;
 };
 
 /// Values computed by a statement. Which rows they came from isn't known, so that nothing that

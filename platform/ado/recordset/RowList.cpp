@@ -20,7 +20,7 @@ RowList::RowList(ListSource source, PreparedStatement all)
 
 RowList::Ids RowList::fetch(PreparedStatement all) {
     Ids rows;
-    all.all([&] { rows.clear(); }, [&] { rows.push_back(all.integer(0)); });
+    all.all([&] { rows.clear(); }, [&] { rows.push_back(static_cast<RowNumber>(all.integer(0))); });
     return rows;
 }
 
@@ -102,7 +102,7 @@ bool RowList::erased(std::size_t /*table*/, const std::unordered_set<std::int64_
 }
 
 void RowList::add(jet::RowId row) {
-    rows_.push_back(jet::packed(row));
+    rows_.push_back(static_cast<RowNumber>(jet::packed(row)));
     gone_ = false;
     at_ = rows_.size() - 1;
 }
@@ -146,7 +146,7 @@ bool RowList::putIn(std::int64_t id, jet::RowReader& reader) {
         else
             high = middle;
     }
-    rows_.insert(rows_.begin() + static_cast<std::ptrdiff_t>(low), id);
+    rows_.insert(rows_.begin() + static_cast<std::ptrdiff_t>(low), static_cast<RowNumber>(id));
     if (low <= at_)
         ++at_;
     return true;
@@ -160,7 +160,7 @@ bool RowList::renew(bool same) {
         place = std::ranges::find(std::as_const(newer), *stood());
     const bool stays = place != newer.cend();
     if (!stays && onRow) { // behind the nearest of those before it that is there
-        std::unordered_map<std::int64_t, std::size_t> places;
+        std::unordered_map<RowNumber, std::size_t> places;
         for (std::size_t i = 0; i < newer.size(); ++i)
             places.emplace(newer[i], i);
         place = newer.cbegin();

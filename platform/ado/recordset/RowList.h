@@ -49,7 +49,7 @@ public:
 
 private:
     // A deque, because a purge deletes row after row near the beginning.
-    using Ids = std::deque<std::int64_t>; ///< packed: 8 bytes each
+    using Ids = std::deque<RowNumber>;
 
     [[nodiscard]] static Ids fetch(PreparedStatement all);
     [[nodiscard]] Ids::const_iterator stood() const;

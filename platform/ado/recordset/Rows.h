@@ -3,6 +3,7 @@
 #include "ado/engine/PreparedStatement.h"
 #include "jet/Table.h"
 
+#include <cstdint>
 #include <span>
 #include <unordered_set>
 
@@ -10,6 +11,9 @@
 /// (TableWalk), a list of rows of one table (RowList), rows of a join (JoinRows), computed values
 /// (ComputedRows).
 namespace ado {
+
+/// A row's id as kept of lists of many millions: its packed() has no more bits.
+using RowNumber = std::uint32_t;
 
 /// Any kind.
 class Rows {

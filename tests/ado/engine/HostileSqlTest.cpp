@@ -147,15 +147,55 @@ TEST_P(HostileSql, AJoinWithoutEndStopsAfterItsSteps) {
     EXPECT_TRUE(next.step());
 }
 
-TEST_P(HostileSql, ASortIsBoundedInMemory) {
-    ado::Engine engine(connection.database(), {.bytes = std::size_t{8} << 20});
+TEST_P(HostileSql, ASortIsBoundedInMemoryAndOnTheDisk) {
+    ado::Engine engine(connection.database(),
+                       {.bytes = std::size_t{8} << 20, .sorted = std::uint64_t{32} << 20});
     static_cast<void>(engine.spelling().table("bancos"));
     auto wide = engine.prepare("select b1.nome, '" + std::string(10'000, 'x') + "' as x from " +
                                banksTimes(9) + " order by x, b1.nome");
     EXPECT_EQ(errorOf([&] { (void)wide.step(); }), Errc::full);
     auto next = engine.prepare("select codigo from bancos");
     EXPECT_TRUE(next.step());
+    EXPECT_LE(engine.mostSorted(), std::uint64_t{32} << 20);
+    EXPECT_GT(engine.mostSorted(), std::uint64_t{16} << 20);
     const ado::Engine asEver(connection.database());
+}
+
+TEST_P(HostileSql, WhatIsTooLargeForMemoryIsSortedOnTheDisk) {
+    ado::Engine engine(connection.database(), {.bytes = std::size_t{8} << 20});
+    static_cast<void>(engine.spelling().table("bancos"));
+    // b1 falls while what it is read by grows.
+    auto wide =
+        engine.prepare("select b1.codigo, b2.codigo, '" + std::string(10'000, 'x') +
+                       "' as x from " + banksTimes(7) + " order by x, b1.codigo desc, b2.codigo");
+    std::vector<std::pair<std::int64_t, std::int64_t>> order;
+    while (wide.step())
+        order.emplace_back(-wide.integer(0), wide.integer(1));
+    EXPECT_EQ(order.size(), 2187U);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+    EXPECT_GT(engine.mostSorted(), std::uint64_t{16} << 20);
+
+    auto narrow = engine.prepare("select codigo from bancos order by nome");
+    const std::uint64_t before = engine.mostSorted();
+    while (narrow.step()) {
+    }
+    EXPECT_EQ(engine.mostSorted(), before);
+}
+
+TEST_P(HostileSql, ASmallListIsSortedInMemory) {
+    ado::Engine engine(connection.database());
+    static_cast<void>(engine.spelling().table("bancos"));
+    auto list = engine.prepare("select distinct b1.nome, b2.nome, b3.codigo from " + banksTimes(6) +
+                               " order by b1.nome desc");
+    while (list.step()) {
+    }
+    EXPECT_EQ(engine.mostSorted(), 0U);
+}
+
+TEST_P(HostileSql, ALargeFilesListMayTakeMore) {
+    EXPECT_GE(ado::Bounds::forFileOf(2'000'000'000).steps, 13'000'000U * 100);
+    EXPECT_GE(ado::Bounds::forFileOf(2'000'000'000).sorted, 2'000'000'000U);
+    EXPECT_EQ(ado::Bounds::forFileOf(0).steps, ado::Bounds().steps);
 }
 
 TEST_P(HostileSql, WhatIsKeptOfAnAnswerIsBounded) {
