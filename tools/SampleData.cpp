@@ -13,8 +13,12 @@ namespace {
 using jet::Value;
 using namespace words;
 
-/// Rows made durable at a time: keeps the pages that a transaction holds in memory few.
-constexpr std::int64_t kRowsAtOnce = 20'000;
+/// Rows made durable at a time: few, as a transaction holds its pages in memory, but not so few
+/// that the indexes of a large table, which each transaction changes everywhere, are written all
+/// the time.
+constexpr std::int64_t rowsAtOnce(std::int64_t count) {
+    return std::max<std::int64_t>(20'000, count / 16);
+}
 
 /// The draw. The standard fixes the numbers of the engine but not what its distributions make of
 /// them, so these are our own: the same file on every machine.
@@ -82,7 +86,8 @@ private:
         RowMaker row(database_.table(table));
         for (std::int64_t done = 0; done < count;) {
             jet::DatabaseTransaction transaction(database_);
-            for (const std::int64_t end = std::min(count, done + kRowsAtOnce); done < end; ++done) {
+            for (const std::int64_t end = std::min(count, done + rowsAtOnce(count)); done < end;
+                 ++done) {
                 row.clear();
                 (this->*make)(row, done);
                 row.insert();
