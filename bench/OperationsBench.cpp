@@ -186,7 +186,7 @@ Medians measure(const std::filesystem::path& folder) {
 }
 
 std::filesystem::path folderOf(const std::string& name) {
-    const auto folder = benchFolder() / name;
+    auto folder = benchFolder() / name;
     std::filesystem::create_directory(folder);
     return folder;
 }

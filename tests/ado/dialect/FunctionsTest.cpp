@@ -57,7 +57,7 @@ TEST_P(SqlFunctionsTest, WorkOnTexts) {
         {"trim(nome) & cod_banco",   "ação-7"  },
         {"iif(len(nome)>3,'s','n')", "s"         },
         {"abs(cod_banco)",           "7"         },
-        {"codigo & (cod_banco/2.0)",   "1-3.5"     },
+        {"codigo & (cod_banco/2.0)", "1-3.5"     },
         {"10.0 & ''",                "10"        },
     };
     for (const auto& [expression, value] : cases)
