@@ -1,16 +1,24 @@
 #!/usr/bin/env python3
 """Makes of a build's compile commands those in which all sources of a target are one.
 
-whole_targets.py <build> <out>: writes <out>/compile_commands.json and the sources that it names.
+whole_targets.py <build> <out>: writes <out>/compile_commands.json and the sources that it names, and
+prints these, the largest first: whoever works on several at a time isn't left with one at the end.
 Whoever checks by it reads the headers once for each target, and finds names that mean two things in
 two files of it: the build, which compiles some sources at once, sees only those that happen to meet.
 """
 
 import json
+import re
 import shlex
 import sys
 from collections import defaultdict
 from pathlib import Path
+
+
+def length(command: dict) -> int:
+    """Of the sources that are compiled at once."""
+    sources = re.findall(r'#include "(.*)"', Path(command["file"]).read_text())
+    return sum(Path(source).stat().st_size for source in sources)
 
 
 def main(build: Path, out: Path) -> None:
@@ -21,7 +29,8 @@ def main(build: Path, out: Path) -> None:
         if file.parent.name == "Unity":
             targets[file.parent.parent.stem].append(command)
     whole = []
-    for target, commands in targets.items():
+    lengths = {target: sum(map(length, commands)) for target, commands in targets.items()}
+    for target, commands in sorted(targets.items(), key=lambda item: -lengths[item[0]]):
         source = out.resolve() / f"{target}.cxx"
         source.write_text("".join(f'#include "{command["file"]}"\n' for command in commands))
         arguments = shlex.split(commands[0]["command"])
@@ -36,6 +45,7 @@ def main(build: Path, out: Path) -> None:
     if not whole:
         sys.exit(f"{build} compiles no sources several at once: there would be nothing to check")
     (out / "compile_commands.json").write_text(json.dumps(whole, indent=1))
+    print(*(command["file"] for command in whole), sep="\n")
 
 
 main(Path(sys.argv[1]), Path(sys.argv[2]))
