@@ -5,6 +5,7 @@
 #include "jet/share/Journal.h"
 
 #include <stdexcept>
+#include <string_view>
 
 using namespace jet;
 
@@ -18,7 +19,7 @@ std::vector<RowId> rowsOf(const Table& table) {
     return ids;
 }
 
-/// Of the kinds of values that the shop's tables have.
+/// Of any kind: in a damaged file a field may have become one that no shop has.
 std::uint64_t hashOf(const Value& value) {
     return std::visit(
         []<class T>(const T& held) -> std::uint64_t {
@@ -26,10 +27,13 @@ std::uint64_t hashOf(const Value& value) {
                 return static_cast<std::uint64_t>(held.tenThousandths);
             else if constexpr (std::is_same_v<T, Date>)
                 return std::hash<double>{}(held.days);
-            else if constexpr (requires { std::hash<T>{}(held); })
-                return std::hash<T>{}(held);
+            else if constexpr (std::is_same_v<T, Bytes>)
+                return std::hash<std::string_view>{}(
+                    {reinterpret_cast<const char*>(held.data()), held.size()});
+            else if constexpr (requires { held.text(); })
+                return std::hash<std::string>{}(held.text());
             else
-                throw std::logic_error("the shop has no such values");
+                return std::hash<T>{}(held);
         },
         value);
 }
