@@ -7,7 +7,6 @@
 #include "controls/box/ListView.h"
 #include "controls/window/WindowList.h"
 #include "reports/FrmApagar.h"
-#include "shell/Configuracao.h"
 #include "shell/MDICheques.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
@@ -106,7 +105,7 @@ void measure(const Measured& measured, std::int64_t wanted, double& first) {
     std::filesystem::create_directory(folder);
     std::filesystem::copy_file(benchFolder() / "shop.mdb", folder / "automacao.mdb",
                                std::filesystem::copy_options::overwrite_existing);
-    Configuracao::DatabaseFolder = QString::fromStdString(folder.string());
+    Mirtal::DatabaseFolder = QString::fromStdString(folder.string());
     dbconectar::instance().abrir();
     shown<MDICheques>();
     const Period period = periodOf(wanted);

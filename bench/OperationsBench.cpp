@@ -8,7 +8,6 @@
 #include "controls/box/ListView.h"
 #include "controls/window/NavigationBar.h"
 #include "controls/window/WindowList.h"
-#include "shell/Configuracao.h"
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
@@ -174,7 +173,7 @@ using Medians = std::map<std::string, double>;
 
 /// By operation, in the database of a folder.
 Medians measure(const std::filesystem::path& folder) {
-    Configuracao::DatabaseFolder = QString::fromStdString(folder.string());
+    Mirtal::DatabaseFolder = QString::fromStdString(folder.string());
     dbconectar::instance().abrir();
     addMeasuredClients(dbconectar::instance().rsCheques.RecordCount());
     Medians medians;

@@ -14,8 +14,6 @@
 
 namespace Configuracao {
 
-QString DatabaseFolder;
-
 namespace {
 
 // A line longer than any path: a file that isn't ours must not fill the memory.

@@ -7,9 +7,6 @@
 /// Written by the folder chooser.
 namespace Configuracao {
 
-/// What was read. Set once, at the start.
-extern QString DatabaseFolder;
-
 /// The folder of the program's executable, written as the system writes paths.
 [[nodiscard]] QString pastaDoPrograma();
 

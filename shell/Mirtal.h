@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ado/Shown.h"
+#include "shell/DatabaseFolder.h"
 
 #include <QString>
 

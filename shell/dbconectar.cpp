@@ -4,6 +4,7 @@
 #include "controls/window/MessageBox.h"
 #include "jet/Error.h"
 #include "shell/Configuracao.h"
+#include "shell/DatabaseFolder.h"
 
 #include <iterator>
 #include <memory>
@@ -73,7 +74,7 @@ void dbconectar::descartar() { unico().reset(); }
 // Deliberate: nothing is put between folder and file name and nothing taken away, so a folder that
 // ends in a backslash gives two. Only one that would break the string is put in quotes.
 dbconectar::dbconectar() {
-    const QString arquivo = Configuracao::DatabaseFolder + kArquivo;
+    const QString arquivo = Mirtal::DatabaseFolder + kArquivo;
     Automacao.setConnectionString(kProvedor + ado::quotedValue(arquivo.toStdString()));
 }
 

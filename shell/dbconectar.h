@@ -10,7 +10,7 @@
 /// life of the program. Windows move, find, filter and write through these; for anything else they
 /// open a recordset of their own on `Automacao`.
 ///
-/// Made on first use from Configuracao::DatabaseFolder, which must be known by then; a folder
+/// Made on first use from Mirtal::DatabaseFolder, which must be known by then; a folder
 /// chosen later counts from the next start on.
 class dbconectar final {
 public:

@@ -4,6 +4,7 @@
 #include "controls/look/Style.h"
 #include "controls/window/WindowList.h"
 #include "shell/Configuracao.h"
+#include "shell/DatabaseFolder.h"
 #include "shell/MDICheques.h"
 #include "shell/dbconectar.h"
 
@@ -35,7 +36,7 @@ void frmSplash::Form_Load() {
     centre();
     show();
     pintar();
-    Configuracao::DatabaseFolder = Configuracao::pastaDosDados(Configuracao::pastaDoPrograma());
+    Mirtal::DatabaseFolder = Configuracao::pastaDosDados(Configuracao::pastaDoPrograma());
     dbconectar::instance().abrir();
     Timer1.start();
 }

@@ -2,6 +2,7 @@
 
 #include "controls/window/WindowList.h"
 #include "shell/Configuracao.h"
+#include "shell/DatabaseFolder.h"
 
 #include <QApplication>
 #include <QDir>
@@ -34,7 +35,7 @@ frmcaminho& frmcaminho::instance() { return WindowList::instance().one<frmcaminh
 
 void frmcaminho::Form_Load() {
     posicionar();
-    const QString& pasta = Configuracao::DatabaseFolder;
+    const QString& pasta = Mirtal::DatabaseFolder;
     Drive1->setDriveOf(pasta.isEmpty() ? QDir::currentPath() : pasta);
     if (!pasta.isEmpty())
         Dir1->setPath(pasta);

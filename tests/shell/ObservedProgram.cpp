@@ -6,7 +6,7 @@
 // where the focus is then. OBSERVED_DISK, "write automacao.mdb 3" or "read automacao.mdb 0", is a
 // disk that fails from the action on, after so many calls.
 #include "controls/window/MessageBox.h"
-#include "shell/Configuracao.h"
+#include "shell/DatabaseFolder.h"
 #include "shell/Programa.h"
 #include "shell/dbconectar.h"
 #include "support/FailingDisk.h"
@@ -60,7 +60,7 @@ private:
         if (window.objectName() != "MDICheques")
             return;
         tell(QString("after %1 ms").arg(sinceSplash_.elapsed()));
-        tell("folder " + Configuracao::DatabaseFolder);
+        tell("folder " + Mirtal::DatabaseFolder);
         if (qEnvironmentVariableIsSet("OBSERVED_DISK"))
             changeDisk();
         const QString name = qEnvironmentVariable("OBSERVED_ACTION");

@@ -2,6 +2,7 @@
 
 #include "jet/Error.h"
 #include "shell/Configuracao.h"
+#include "shell/DatabaseFolder.h"
 #include "support/ShopTest.h"
 
 #include <gmock/gmock.h>
@@ -21,7 +22,7 @@ protected:
     /// A connection made anew for a folder.
     static dbconectar& restart(const QString& folder) {
         dbconectar::descartar();
-        Configuracao::DatabaseFolder = folder;
+        Mirtal::DatabaseFolder = folder;
         return data();
     }
     static std::string openingFailure() {

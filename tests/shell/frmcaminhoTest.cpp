@@ -97,7 +97,7 @@ TEST_F(FolderChooser, StandsAtItsPlaceOnTheScreen) {
 }
 
 TEST_F(FolderChooser, OpensOnTheFolderInUseAndItsDrive) {
-    Configuracao::DatabaseFolder = shop();
+    Mirtal::DatabaseFolder = shop();
     auto& form = open<frmcaminho>();
     EXPECT_EQ(text(form, "txtcaminho"), shop());
     EXPECT_EQ(control<DriveList>(form, "Drive1").drive(), QDir::homePath());
@@ -107,14 +107,14 @@ TEST_F(FolderChooser, OpensOnTheFolderInUseAndItsDrive) {
 }
 
 TEST_F(FolderChooser, OpensWithoutAFolderToo) {
-    Configuracao::DatabaseFolder.clear();
+    Mirtal::DatabaseFolder.clear();
     auto& form = open<frmcaminho>();
     EXPECT_EQ(text(form, "txtcaminho"), "");
     EXPECT_NE(control<DriveList>(form, "Drive1").drive(), "");
 }
 
 TEST_F(FolderChooser, AnotherDriveShowsItsFoldersAndFilesAndChoosesNothing) {
-    Configuracao::DatabaseFolder = "/";
+    Mirtal::DatabaseFolder = "/";
     auto& form = open<frmcaminho>();
     EXPECT_EQ(control<FolderTree>(form, "Dir1").path(), "/");
     enter(form, "Drive1");
@@ -189,11 +189,11 @@ TEST_F(FolderChooser, AnEmptyPathIsAnEmptyLine) {
 
 TEST_F(FolderChooser, TheProgramKeepsItsFolderUntilItIsStartedAgain) {
     auto& form = open<frmcaminho>();
-    const QString folder = Configuracao::DatabaseFolder;
+    const QString folder = Mirtal::DatabaseFolder;
     type(form, "txtcaminho", "/outra");
     click(form, "cmdemitir");
     click(form, "cmdsair");
-    EXPECT_EQ(Configuracao::DatabaseFolder, folder);
+    EXPECT_EQ(Mirtal::DatabaseFolder, folder);
     EXPECT_TRUE(data().aberto());
     EXPECT_EQ(data().rsCheques.RecordCount(), 0);
     EXPECT_EQ(text(open<frmcaminho>(), "txtcaminho"), folder);

@@ -1,7 +1,6 @@
 #include "support/ShopTest.h"
 
 #include "jet/Check.h"
-#include "shell/Configuracao.h"
 #include "shell/Mirtal.h"
 #include "tools/ShopSchema.h"
 
@@ -10,7 +9,7 @@ void ShopTest::SetUp() {
     Mirtal::modo.clear();
     Mirtal::registroEscolhido = false;
     Mirtal::lancamentoEscolhido = 0;
-    Configuracao::DatabaseFolder = QString::fromStdString(shop_.folder().string());
+    Mirtal::DatabaseFolder = QString::fromStdString(shop_.folder().string());
     data().abrir();
 }
 
