@@ -27,7 +27,7 @@ struct SortFiles::File : sqlite3_file {
         const auto end = static_cast<std::uint64_t>(at) + static_cast<std::uint64_t>(count);
         const std::uint64_t grown = std::max(of(file).size, end) - of(file).size;
         if (grown > of(file).files->most_ - of(file).files->used_)
-            return SQLITE_FULL;
+            return SQLITE_TOOBIG; // of SQLITE_FULL the disk tells
         of(file).resize(of(file).size + grown);
         return of(file).below()->pMethods->xWrite(of(file).below(), bytes, count, at);
     }

@@ -32,10 +32,9 @@ constexpr KnownError kKnownErrors[] = {
 
 void throwSqlError(sqlite3* handle, int result) {
     const std::string_view message = sqlite3_errmsg(handle);
-    if (result == SQLITE_NOMEM || result == SQLITE_TOOBIG || result == SQLITE_FULL ||
-        result == SQLITE_INTERRUPT)
+    if (result == SQLITE_NOMEM || result == SQLITE_TOOBIG || result == SQLITE_INTERRUPT)
         tooMuch();
-    if (result == SQLITE_IOERR || result == SQLITE_CANTOPEN)
+    if (result == SQLITE_FULL || result == SQLITE_IOERR || result == SQLITE_CANTOPEN)
         throw Error(Errc::io, "A lista é grande demais para a memória, e não foi possível usar o "
                               "disco para ordená-la. Procure por menos, ou verifique se há espaço "
                               "na pasta temporária do computador.");

@@ -18,10 +18,11 @@ namespace ado {
 struct Bounds {
     std::uint64_t steps = 200'000'000; ///< of SQLite's machine; some tens for each row
     std::size_t bytes = std::size_t{256} << 20;
-    std::uint64_t sorted = std::uint64_t{256}
-                           << 20; ///< bytes on the disk, where memory is too little
+    /// Bytes on the disk, of what is sorted and is too much for memory.
+    std::uint64_t sorted = std::uint64_t{256} << 20;
 
-    /// For all rows of a file of so many bytes: a row of a few fields is a hundred of them.
+    /// Where the file has so many bytes, of which each row takes a hundred or so: a list of them
+    /// all needs fewer steps than that, and no more room than the file when it is sorted.
     [[nodiscard]] static constexpr Bounds forFileOf(std::uint64_t size) noexcept {
         Bounds bounds;
         bounds.steps += size;

@@ -1,7 +1,9 @@
 #include "ado/Shop.h"
 #include "ado/engine/Engine.h"
 
+#include <csignal>
 #include <random>
+#include <sys/resource.h>
 
 namespace {
 
@@ -180,6 +182,33 @@ TEST_P(HostileSql, WhatIsTooLargeForMemoryIsSortedOnTheDisk) {
     while (narrow.step()) {
     }
     EXPECT_EQ(engine.mostSorted(), before);
+}
+
+TEST_P(HostileSql, WhereTheDiskTakesNoMoreTheOperatorIsToldSo) {
+    ado::Engine engine(connection.database(), {.bytes = std::size_t{8} << 20});
+    static_cast<void>(engine.spelling().table("bancos"));
+    auto wide = engine.prepare("select '" + std::string(10'000, 'x') + "' as x, b1.codigo from " +
+                               banksTimes(7) + " order by x, b1.codigo");
+    const auto ignored = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small{rlim_t{1} << 20, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    std::string told;
+    EXPECT_EQ(errorOf([&] {
+                  try {
+                      (void)wide.step();
+                  } catch (const jet::Error& error) {
+                      told = error.what();
+                      throw;
+                  }
+              }),
+              Errc::io);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, ignored);
+    EXPECT_NE(told.find("espaço na pasta temporária"), std::string::npos) << told;
+    auto next = engine.prepare("select codigo from bancos");
+    EXPECT_TRUE(next.step());
 }
 
 TEST_P(HostileSql, ASmallListIsSortedInMemory) {
