@@ -33,6 +33,10 @@ protected:
         EXPECT_TRUE(lock.tryLock(kind, byte));
         return lock;
     }
+    [[nodiscard]] ChangedPages nothing() const {
+        const auto pages = static_cast<std::uint32_t>(file.size() / format.pageSize);
+        return {pages, pages, {}, {}};
+    }
     [[nodiscard]] bool isHeld(std::uint64_t byte) {
         return File("/loja/automacao.ldb", File::Mode::read, disk).isHeld(byte);
     }
@@ -288,44 +292,9 @@ TEST_F(ShareParts, TrustNothingAfterSomebodyWroteUntold) {
 
 // ---- writing ----------------------------------------------------------------------------------
 
-// Of two that left at once each took the other for one who stays.
-TEST_F(ShareParts, TheJournalGoesWithTheLastThoughAnotherWasJustLeaving) {
-    std::optional<WritingTurn> writing(std::in_place, presence, snapshot);
-    writing->allow();
-    ASSERT_TRUE(writing->take());
-    const auto pages = static_cast<std::uint32_t>(file.size() / format.pageSize);
-    writing->commit({pages, pages, {}, {}});
-    writing->giveBack();
-    ASSERT_TRUE(disk.exists(kJournal));
-
-    std::optional<File> another = other(LockFile::kWriting);
-    setWaitHook([&] { another.reset(); });
-    writing.reset();
-    EXPECT_FALSE(disk.exists(kJournal));
-    EXPECT_FALSE(isHeld(0x10000001) || isHeld(0x70000001)) << "whoever leaves next is the last";
-}
-
-TEST_F(ShareParts, TheJournalStaysForWhoIsWriting) {
-    std::optional<WritingTurn> writing(std::in_place, presence, snapshot);
-    writing->allow();
-    ASSERT_TRUE(writing->take());
-    const auto pages = static_cast<std::uint32_t>(file.size() / format.pageSize);
-    writing->commit({pages, pages, {}, {}});
-    writing->giveBack();
-
-    const File another = other(LockFile::kWriting);
-    writing.reset();
-    EXPECT_TRUE(disk.exists(kJournal));
-}
-
 class TheTurnToWrite : public ShareParts {
 protected:
     TheTurnToWrite() { writing.allow(); }
-
-    [[nodiscard]] ChangedPages nothing() const {
-        const auto pages = static_cast<std::uint32_t>(file.size() / format.pageSize);
-        return {pages, pages, {}, {}};
-    }
 
     WritingTurn writing{presence, snapshot};
 };
@@ -435,6 +404,44 @@ TEST_F(TheTurnToWrite, CommitsNothingBesideOthers) {
     EXPECT_THAT(sentenceOf([&] { writing.commit(nothing()); }, Errc::conflict),
                 HasSubstr("foi substituído"));
     EXPECT_EQ(snapshot.inFile()[1], before);
+}
+
+// ---- leaving ----------------------------------------------------------------------------------
+
+/// One that has written, and what is to become of its journal.
+class TheLastToWrite : public ShareParts {
+protected:
+    TheLastToWrite() {
+        writing.emplace(presence, snapshot);
+        writing->allow();
+        EXPECT_TRUE(writing->take());
+        writing->commit(nothing());
+        writing->giveBack();
+        EXPECT_TRUE(disk.exists(kJournal));
+    }
+
+    std::optional<WritingTurn> writing;
+};
+
+// Of two that left at once each took the other for one who stays.
+TEST_F(TheLastToWrite, TakesTheJournalAlongThoughAnotherWasJustLeaving) {
+    std::optional<File> another = other(LockFile::kWriting);
+    setWaitHook([&] { another.reset(); });
+    writing.reset();
+    EXPECT_FALSE(disk.exists(kJournal));
+    EXPECT_FALSE(isHeld(0x10000001) || isHeld(0x70000001)) << "whoever leaves next is the last";
+}
+
+TEST_F(TheLastToWrite, LeavesTheJournalToWhoIsWriting) {
+    const File another = other(LockFile::kWriting);
+    writing.reset();
+    EXPECT_TRUE(disk.exists(kJournal));
+}
+
+TEST_F(TheLastToWrite, LeavesTheJournalToWhoStays) {
+    const File another = other(0x10000007);
+    writing.reset();
+    EXPECT_TRUE(disk.exists(kJournal));
 }
 
 } // namespace
