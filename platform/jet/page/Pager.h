@@ -187,9 +187,9 @@ private:
     std::vector<Undo> undo_; ///< of the statements at work, the innermost last
 
     std::vector<Cached> cache_;
-    std::vector<std::uint32_t>
-        places_;             ///< in the cache, by page: one more than that, 0 if not there
-    std::uint32_t hand_ = 0; ///< in the cache: where the next one to go is looked for
+    /// By page: its place in the cache and one more, 0 if it isn't there.
+    std::vector<std::uint32_t> places_;
+    std::uint32_t hand_ = 0;           ///< the place where the next one to go is looked for
     std::shared_ptr<PageImage> spare_; ///< of the last one that went
 };
 
