@@ -8,10 +8,17 @@ namespace ado {
 
 using Kind = jet::Token::Kind;
 
+namespace {
+
+constexpr const char* kRemainder = "%"; ///< SQLite's `mod`
+
+} // namespace
+
 Command::Command(std::string_view text, const Spelling& spelling) : tokens_(text) {
     const SelectScopes scopes(tokens_, spelling); // first: a column may stand before its table
     for (std::size_t i = 0; i < tokens_.size(); ++i)
         spell(i, scopes);
+    encloseOperands();
 }
 
 std::string Command::text(std::size_t begin, std::size_t end) const {
@@ -52,9 +59,9 @@ void Command::spellWord(std::size_t i, const SelectScopes& scopes) {
         std::string_view word;
         const char* sql;
     } kWords[] = {
-        {"true",  "-1"},
-        {"false", "0" },
-        {"mod",   "%" }
+        {"true",  "-1"      },
+        {"false", "0"       },
+        {"mod",   kRemainder}
     };
 
     if (const std::string_view keyword = tokens_.keyword(i); !keyword.empty()) {
@@ -108,6 +115,55 @@ bool Command::opensCall() const {
     const std::size_t at = spelled_.size();
     return at > 0 && tokens_[at - 1].kind == Kind::word && tokens_.keyword(at - 1).empty() &&
            names_[at - 1].empty() && spelled_[at - 1].front() == '"';
+}
+
+// ---- what `&` joins ---------------------------------------------------------------------------
+
+bool Command::isValue(std::size_t i) const {
+    const std::string_view keyword = tokens_.keyword(i);
+    return tokens_[i].kind != Kind::sign && !isArithmetic(i) &&
+           (keyword.empty() || keyword == "null");
+}
+
+bool Command::isArithmetic(std::size_t i) const {
+    return tokens_[i].kind == Kind::sign
+               ? std::string_view("+-*/").find(tokens_[i].text) != std::string_view::npos
+               : spelled_[i] == kRemainder;
+}
+
+/// `->>` binds tighter than all arithmetic, `&` less: what is computed on either side of it gets
+/// parentheses.
+void Command::encloseOperands() {
+    struct Operand {
+        std::size_t begin;
+        bool computed = false; ///< more than one value
+        bool joined = false;   ///< by a `&` before it
+    };
+    std::vector<Operand> open{{0}}; // of each open parenthesis the last one
+    const auto end = [&](std::size_t i, std::size_t next, bool joins) {
+        Operand& operand = open.back();
+        if (operand.computed && (operand.joined || joins)) {
+            spelled_[operand.begin].insert(0, "( ");
+            spelled_[i - 1] += " )";
+        }
+        operand = {next, false, joins};
+    };
+    for (std::size_t i = 0; i < size(); ++i) {
+        if (isSign(i, "(")) {
+            open.push_back({i + 1});
+        } else if (isSign(i, ")")) {
+            end(i, i + 1, false);
+            open.pop_back();
+        } else if (isArithmetic(i)) {
+            open.back().computed = true;
+        } else if (isValue(i)) {
+            if (i > 0 && (isValue(i - 1) || isSign(i - 1, ")"))) // the name that a column is given
+                end(i, i, false);
+        } else if (!isSign(i, ".")) {
+            end(i, i + 1, isSign(i, "&"));
+        }
+    }
+    end(size(), size(), false);
 }
 
 } // namespace ado

@@ -35,6 +35,9 @@ private:
     void spellName(std::size_t i, const SelectScopes& scopes);
     [[nodiscard]] std::string spelledSign(const jet::Token& token);
     [[nodiscard]] bool opensCall() const;
+    [[nodiscard]] bool isValue(std::size_t i) const;
+    [[nodiscard]] bool isArithmetic(std::size_t i) const;
+    void encloseOperands();
 
     CommandTokens tokens_;
     std::vector<std::string> names_;

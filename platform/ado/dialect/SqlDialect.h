@@ -14,7 +14,8 @@
 ///  - 'text' and "text", a quote inside doubled; a word may follow at once ("'jo'order by NOME");
 ///  - `[name]`; names without regard to case and trailing blanks, accented letters included;
 ///  - the functions listed in SqlFunctions.h, with or without a `$` after the name ("mid$");
-///  - `&` joins texts, null counting as empty; `mod`; `/` is never a division of whole numbers.
+///  - `&` joins texts, null counting as empty, after all arithmetic and before any comparison;
+///    `mod`; `/` is never a division of whole numbers.
 ///
 /// What is not taken: any other statement, a second statement, comments, parameters. Every word is
 /// a keyword of the list in CommandTokens.cpp, a listed function, or a name, which is quoted: a

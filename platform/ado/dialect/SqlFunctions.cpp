@@ -131,7 +131,7 @@ void appendOperand(std::string& joined, sqlite3_value* value) {
 }
 
 /// `a & b`, which the dialect hands to SQLite as `->>`: the one operator of its that is a function
-/// by name and whose place suits.
+/// by name and stands before all comparisons.
 void concatenate(Context context, int /*count*/, Arguments arguments) {
     if (isNull(arguments[0]) && isNull(arguments[1]))
         return;

@@ -64,6 +64,36 @@ TEST_P(SqlFunctionsTest, WorkOnTexts) {
         EXPECT_EQ(of(expression), value) << expression;
 }
 
+TEST_P(SqlFunctionsTest, JoinTextsAfterAllArithmeticAndBeforeComparisons) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"'a' & 1+1",                              "a2"   },
+        {"1+1 & 'a'",                              "2a"   },
+        {"1 & 2+3 & 4*5",                          "1520" },
+        {"9-2 & 7 mod 4 & 10/4",                   "732.5"},
+        {"-cod_banco & -1",                        "7-1"  },
+        {"bancos.codigo+1 & bancos.[codigo]*3",    "23"   },
+        {"null & 1+1 & null",                      "2"    },
+        {"1 & (2 & 3+4) & (5-4)*2",                "1272" },
+        {"2*(1+1 & 1)",                            "42"   },
+        {"len(10+5 & 'x') & abs(cod_banco)+1",     "38"   },
+        {"iif('a' & 1+1='a2','s','n') & 1+1",      "s2"   },
+        {"iif('A2'='a' & 1+1,'s','n')",            "s"    },
+        {"iif(1+1 & 'a' like '2' & '_','s','n')",  "s"    },
+        {"iif('a' & 1+1 in ('a1','a' & 3-1),1,0)", "1"    },
+        {"iif(not 1-1 & '' = '0','s','n')",        "n"    },
+    };
+    for (const auto& [expression, value] : cases) {
+        EXPECT_EQ(of(expression), value) << expression;
+        EXPECT_EQ(column(std::string("select distinct ") + expression + " r from bancos", "r"),
+                  Strings{value})
+            << expression;
+    }
+    EXPECT_EQ(
+        column("select nome from bancos where 'c' & cod_banco-1='C-8' order by 'c' & codigo+1",
+               "nome"),
+        Strings{"  ação  "});
+}
+
 TEST_P(SqlFunctionsTest, OfNullAreNull) {
     for (const char* expression :
          {"mid(numero,1,2)",     "mid(numero,1)",   "mid('abc',cliente)", "left(numero,1)",
