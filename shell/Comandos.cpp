@@ -1,5 +1,6 @@
 #include "shell/Comandos.h"
 
+#include "agenda/FrmHistorico.h"
 #include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLancasSFundos.h"
@@ -35,6 +36,8 @@ constexpr Comando kRelSemFundos{"relsf", &FrmFiltroRelat::mostrar};
 constexpr Comando kApagar{nullptr, [] { FrmApagar::instance().showModal(); }};
 constexpr Comando kDiretorio{nullptr, [] { frmcaminho::instance().showModal(); }};
 constexpr Comando kSobre{nullptr, [] { frmAbout::instance().showModal(); }};
+
+constexpr Comando kHistorico{nullptr, [] { FrmHistorico::instance().showModal(); }};
 
 constexpr Entrada kArquivos[] = {
     {"mnucli",    "&Clientes", "cliente", &kClientes},
@@ -91,9 +94,14 @@ constexpr Botao kBotoes[] = {
     {"sair",          "Sair",            "Sair do Sistema",                 "Sair",        &kSair,       true },
 };
 
+constexpr Tecla kTeclas[] = {
+    {Qt::Key_F8, &kHistorico},
+};
+
 } // namespace
 
 std::span<const Menu> menus() { return kMenus; }
 std::span<const Botao> botoes() { return kBotoes; }
+std::span<const Tecla> teclas() { return kTeclas; }
 
 } // namespace Comandos

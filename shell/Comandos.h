@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Qt>
+
 #include <span>
 
 /// What the operator can choose in the main window and what each choice does, as tables.
@@ -35,7 +37,14 @@ struct Botao {
     bool iniciaGrupo; ///< parted from the one before it
 };
 
+/// A key that opens a window from any other; on no menu, so that these stay as the shop knows them.
+struct Tecla {
+    Qt::Key tecla;
+    const Comando* comando;
+};
+
 [[nodiscard]] std::span<const Menu> menus();
 [[nodiscard]] std::span<const Botao> botoes();
+[[nodiscard]] std::span<const Tecla> teclas();
 
 } // namespace Comandos

@@ -1,6 +1,7 @@
 #include "shell/MDICheques.h"
 
 #include "controls/look/Icons.h"
+#include "controls/typing/KeyHabits.h"
 #include "controls/window/Form.h"
 #include "controls/window/MessageBox.h"
 #include "controls/window/WindowList.h"
@@ -13,8 +14,9 @@
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
+#include <QApplication>
 #include <QCloseEvent>
-#include <QCoreApplication>
+#include <QKeyEvent>
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QSettings>
@@ -45,6 +47,7 @@ MDICheques::MDICheques() : StatusBar1(new BarraDeStatus) {
     montarFerramentas();
     setStatusBar(StatusBar1);
     lembrarLugar();
+    qApp->installEventFilter(this);
     frmRel_ChequesSF::aoMostrar([this](QWidget& relatorio) { mostrarDentro(relatorio); });
 }
 
@@ -140,6 +143,22 @@ void MDICheques::Toolbar1_ButtonClick(const QString& chave) {
         std::ranges::find_if(botoes, [&](const Comandos::Botao& b) { return chave == b.chave; });
     if (botao != botoes.end())
         executar(botao->comando);
+}
+
+// A question must be answered first, a file chosen.
+bool MDICheques::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::KeyPress || !watched->isWidgetType())
+        return QMainWindow::eventFilter(watched, event);
+    const auto& pressed = *static_cast<QKeyEvent*>(event);
+    const auto teclas = Comandos::teclas();
+    const auto tecla = std::ranges::find(teclas, pressed.key(), &Comandos::Tecla::tecla);
+    const QWidget* const naFrente = QApplication::activeModalWidget();
+    if (tecla == teclas.end() || pressed.modifiers() != Qt::NoModifier ||
+        QApplication::activePopupWidget() || (naFrente && !qobject_cast<const Form*>(naFrente)))
+        return QMainWindow::eventFilter(watched, event);
+    if (!KeyHabits::isHeld())
+        executar(tecla->comando);
+    return true;
 }
 
 void MDICheques::mostrarDentro(QWidget& janela) {

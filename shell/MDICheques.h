@@ -20,7 +20,8 @@ struct Comando;
 /// prompts of the entry windows in its status bar and ends the program in good order.
 ///
 /// What stands in the menus and on the toolbar, and what each choice does, are the tables of
-/// Comandos.h. Place and size are remembered from one run to the next in the user's own settings.
+/// Comandos.h; so are the keys that open a window from any other. Place and size are remembered
+/// from one run to the next in the user's own settings.
 class MDICheques final : public QMainWindow {
     Q_OBJECT
 public:
@@ -51,6 +52,7 @@ public:
     void encerrar();
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 

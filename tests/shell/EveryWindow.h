@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agenda/FrmHistorico.h"
 #include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLancasSFundos.h"
@@ -73,6 +74,7 @@ protected:
             {"consulta-cliente",  [] { return consulted(); }               },
             {"renegociar",        [] { return window<FrmRenegociar>(); }   },
             {"apagar",            [] { return window<FrmApagar>(); }       },
+            {"historico",         [] { return window<FrmHistorico>(); }    },
             {"diretorio",         [] { return window<frmcaminho>(); }      },
             {"filtro-recebidos",  [] { return filter("relch"); }           },
             {"filtro-sem-fundos", [] { return filter("relsf"); }           },

@@ -1,5 +1,6 @@
 #include "shell/MDICheques.h"
 
+#include "agenda/FrmHistorico.h"
 #include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLancasSFundos.h"
@@ -154,6 +155,27 @@ TEST_F(MainWindow, OpensTheBanksModallyFromMenuAndToolbar) {
         action(name).trigger();
         EXPECT_TRUE(seen) << name;
     }
+}
+
+TEST_F(MainWindow, F8OpensTheHistoryFromAnyWindow) {
+    int seen = 0;
+    const auto look = [&] {
+        whileModal<FrmHistorico>([&](const FrmHistorico&) {
+            ++seen;
+            press(Qt::Key_F8); // it is there
+            press(Qt::Key_Escape);
+        });
+        press(Qt::Key_F8);
+    };
+    openMain();
+    look();
+    whileModal<frmBancos>([&](frmBancos& form) {
+        look();
+        activate(form);
+        click(form, "cmdFechar");
+    });
+    action("mnubancos").trigger();
+    EXPECT_EQ(seen, 2);
 }
 
 TEST_F(MainWindow, OpensTheClientsModallyFromMenuAndToolbar) {
