@@ -1,5 +1,7 @@
 #include "cheques/FrmLancarCheques.h"
 
+#include "cheques/ChequeRepetido.h"
+#include "cheques/Cmc7.h"
 #include "controls/box/ClearControls.h"
 #include "controls/window/MessageBox.h"
 #include "controls/window/WindowList.h"
@@ -86,8 +88,11 @@ FrmLancarCheques::FrmLancarCheques() {
     txtbompara->setNotBefore(txtdata);
     closesWith(CmdSair);
     lostFocus(txtNome, &FrmLancarCheques::txtNome_LostFocus);
+    for (QWidget* caixa : std::initializer_list<QWidget*>{txtbanco, txtagencia, txtnumero})
+        lostFocus(caixa, &FrmLancarCheques::numeracao_LostFocus);
     lostFocus(txtvalor, &FrmLancarCheques::txtvalor_LostFocus);
     lostFocus(txtobservacao, &FrmLancarCheques::txtobservacao_LostFocus);
+    on(&leitor_, &ChequeReader::lineRead, &FrmLancarCheques::leitor_Lido);
     on(btnNavegacao, &NavigationBar::clicked, &FrmLancarCheques::btnNavegacao_Click);
     on(CmdNovo, &QPushButton::clicked, &FrmLancarCheques::CmdNovo_Click);
     on(CmdIncluir, &QPushButton::clicked, &FrmLancarCheques::CmdIncluir_Click);
@@ -120,7 +125,10 @@ void FrmLancarCheques::Form_Load() {
     nothingTyped();
 }
 
-void FrmLancarCheques::Form_Unload() { Mirtal::modo.clear(); }
+void FrmLancarCheques::Form_Unload() {
+    Mirtal::modo.clear();
+    avisarRepetido("");
+}
 
 // ---- the cheque on the screen
 
@@ -145,6 +153,7 @@ void FrmLancarCheques::mostrarRegistro() {
     campos_.mostrar(rs);
     visto_ = visto; // only now: what was shown in part isn't seen
     nothingTyped();
+    avisarRepetido("");
 }
 
 bool FrmLancarCheques::mostrarGravado() {
@@ -158,6 +167,7 @@ void FrmLancarCheques::esvaziar() {
     limparControles(*this);
     campos_.esquecer();
     visto_ = {};
+    avisarRepetido("");
 }
 
 void FrmLancarCheques::limpar() {
@@ -179,6 +189,20 @@ void FrmLancarCheques::txtNome_LostFocus() {
     ado::Recordset& clientes = dados().rsCliente;
     if (txtNome->listIndex() >= 0 && Mirtal::localizar(clientes, "codigo=" + codigo(*txtNome)))
         limite_ = Valores::valor(clientes["limite_credito"]);
+}
+
+void FrmLancarCheques::numeracao_LostFocus() {
+    if (txtbanco->listIndex() < 0)
+        return avisarRepetido("");
+    avisarRepetido(ChequeRepetido::aviso({.banco = txtbanco->itemData(txtbanco->listIndex()),
+                                          .agencia = txtagencia->text(),
+                                          .numero = txtnumero->text(),
+                                          .lancamento = txtlancamento->text()}));
+}
+
+void FrmLancarCheques::avisarRepetido(const QString& aviso) {
+    if (aviso != avisado_)
+        Mirtal::noticia(avisado_ = aviso);
 }
 
 // Warns when the client's cheques with this one pass his limit. Deliberate: a stored cheque counts
@@ -207,6 +231,41 @@ void FrmLancarCheques::txtvalor_LostFocus() {
 
 // The last field leads straight to the save.
 void FrmLancarCheques::txtobservacao_LostFocus() { CmdIncluir->setFocus(); }
+
+// ---- the cheque reader
+
+void FrmLancarCheques::leitor_Lido(const QString& digitos) {
+    const auto cheque = Cmc7::ler(digitos);
+    if (!cheque)
+        return advertir(txtnumero, "O leitor não leu bem a linha deste cheque: os dígitos de "
+                                   "controle não conferem. Passe o cheque outra vez ou digite "
+                                   "banco, agência e número.");
+    if (!escolherBanco(cheque->banco))
+        return advertir(txtbanco, QString("O cheque é do banco %1, que não está cadastrado. "
+                                          "Cadastre-o na janela de bancos e passe o cheque outra "
+                                          "vez.")
+                                      .arg(cheque->banco, 3, 10, QChar('0')));
+    txtagencia->setText(cheque->agencia);
+    txtnumero->setText(cheque->numero);
+    numeracao_LostFocus();
+    QWidget& proximo = txtNome->listIndex() < 0 ? static_cast<QWidget&>(*txtNome) : *txtdata;
+    proximo.setFocus();
+}
+
+// Of two banks with the same number, the one that is chosen already.
+bool FrmLancarCheques::escolherBanco(int codigoOficial) {
+    ado::Recordset bancos;
+    bancos.Open("select codigo from bancos where cod_banco=" + QString::number(codigoOficial),
+                dados().Automacao);
+    if (bancos.EOF())
+        return false;
+    const std::int64_t primeiro = bancos["codigo"].integer();
+    for (; !bancos.EOF() && txtbanco->listIndex() >= 0; bancos.MoveNext())
+        if (bancos["codigo"].integer() == txtbanco->itemData(txtbanco->listIndex()))
+            return true;
+    Campos::escolher({txtbanco, &dados().rsBancos}, primeiro);
+    return true;
+}
 
 // ---- commands
 
@@ -245,6 +304,7 @@ void FrmLancarCheques::CmdIncluir_Click() {
     txtbompara->setValue(txtbompara->value().addDays(kPrazo));
     txtnumero->clear();
     nothingTyped();
+    avisarRepetido("");
     txtnumero->setFocus();
 }
 

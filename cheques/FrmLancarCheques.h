@@ -2,6 +2,7 @@
 
 #include "ado/Shown.h"
 #include "cheques/TelaDeCheque.h"
+#include "controls/typing/ChequeReader.h"
 #include "controls/typing/Formato.h"
 #include "controls/window/Form.h"
 #include "ui_FrmLancarCheques.h"
@@ -47,11 +48,19 @@ private:
     void CmdLocalizar_Click();
     void CmdSair_Click();
     void txtNome_LostFocus();
+    void numeracao_LostFocus();
     void txtvalor_LostFocus();
     void txtobservacao_LostFocus();
 
     /// The current row of rsCheques.
     void mostrarRegistro();
+    /// A cheque reader has typed the line at the foot of a cheque.
+    void leitor_Lido(const QString& digitos);
+    /// Lets bank, branch and number be taken from it. @return nothing if that bank isn't known.
+    [[nodiscard]] bool escolherBanco(int codigoOficial);
+    /// Says in the status bar that the shop has this cheque already; "" takes it back.
+    void avisarRepetido(const QString& aviso);
+
     /// Says what is missing or can't be stored and goes there; true if nothing is.
     [[nodiscard]] bool validar();
     /// For a new cheque: every control as in an empty window.
@@ -63,5 +72,7 @@ private:
 
     Campos campos_; ///< all but the key
     ado::Shown visto_;
-    Amount limite_; ///< credit limit of the client last chosen
+    ChequeReader leitor_{*this};
+    QString avisado_; ///< of a cheque that the shop has already
+    Amount limite_;   ///< credit limit of the client last chosen
 };

@@ -9,7 +9,7 @@ struct Dano;
 class QLabel;
 class QToolButton;
 
-/// Foot of the main window: the prompt of the field in use, the news of the daily copy, what is
+/// Foot of the main window: the prompt of the field in use, news, what is
 /// wrong with the database and why nothing can be saved, as long as that is so, date and time.
 class BarraDeStatus final : public QStatusBar {
     Q_OBJECT
@@ -30,7 +30,7 @@ private:
     void Relogio_Timer();
 
     QLabel* mensagem_;
-    QLabel* noticia_; ///< of the copy of the day; on show once there is any
+    QLabel* noticia_; ///< on show once there is any
     QLabel* aviso_;   ///< heard, not seen: what those below say by coming up
     QLabel* data_;
     QToolButton* dano_ = nullptr;     ///< on show while the database has errors; says which

@@ -54,16 +54,7 @@ void mostrar(MoneyEdit* valor, const ado::FieldValue& campo) {
 // the list was filled gets his entry. Where the row is missing none is chosen, so that no save
 // hands the record to whoever was on show before.
 void mostrar(Codigos codigos, const ado::FieldValue& campo) {
-    auto& [lista, registros] = codigos;
-    const std::int64_t codigo = campo.integer();
-    lista->setListIndex(-1);
-    if (!Mirtal::localizar(*registros, "CODIGO=" + QString::number(codigo)))
-        return;
-    for (int i = 0; i < lista->count(); ++i)
-        if (lista->itemData(i) == codigo)
-            return lista->setListIndex(i);
-    lista->addItem(Valores::texto((*registros)["nome"]), codigo);
-    lista->setListIndex(lista->count() - 1);
+    Campos::escolher(codigos, campo.integer());
 }
 
 // ---- holds now
@@ -169,6 +160,18 @@ std::optional<QString> recusa(const Campos::Campo& /*campo*/, Codigos /*codigos*
 }
 
 } // namespace
+
+void Campos::escolher(ListaDeCodigos codigos, std::int64_t codigo) {
+    auto& [lista, registros] = codigos;
+    lista->setListIndex(-1);
+    if (!Mirtal::localizar(*registros, "CODIGO=" + QString::number(codigo)))
+        return;
+    for (int i = 0; i < lista->count(); ++i)
+        if (lista->itemData(i) == codigo)
+            return lista->setListIndex(i);
+    lista->addItem(Valores::texto((*registros)["nome"]), codigo);
+    lista->setListIndex(lista->count() - 1);
+}
 
 Campos::Campos(Nulo nulo, const std::vector<Campo>& campos) : nulo_(nulo) {
     linhas_.reserve(campos.size());

@@ -11,6 +11,7 @@
 #include <QVariant>
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <variant>
 #include <vector>
@@ -55,6 +56,10 @@ public:
     Campos() = default;
     /// The fields in the order in which they are shown, checked and saved.
     Campos(Nulo nulo, const std::vector<Campo>& campos);
+
+    /// Chooses the entry of a client or bank, which the list gets if it has been registered since;
+    /// none if there is none.
+    static void escolher(ListaDeCodigos codigos, std::int64_t codigo);
 
     /// Switches off the controls whose fields the table lacks, and says which these are.
     void dispensar(const ado::Recordset& rs) const;

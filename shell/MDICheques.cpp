@@ -58,6 +58,8 @@ MDICheques& MDICheques::instance() { return WindowList::instance().one<MDICheque
 void MDICheques::mostrarMensagens() {
     Mirtal::aoMostrarMensagem(
         [](const QString& texto) { instance().StatusBar1->mostrarMensagem(texto); });
+    Mirtal::aoMostrarNoticia(
+        [](const QString& texto) { instance().StatusBar1->mostrarNoticia(texto); });
     setPromptHook(&Mirtal::mensagem);
 }
 

@@ -37,8 +37,15 @@ constexpr const char* kErrosDeRelatorio[] = {
     "Já existe um relatório em andamento.",
 };
 
-std::function<void(const QString&)>& mostrador() {
-    static std::function<void(const QString&)> mostrar;
+using Mostrador = std::function<void(const QString&)>;
+
+Mostrador& mostrador() {
+    static Mostrador mostrar;
+    return mostrar;
+}
+
+Mostrador& mostradorDeNoticias() {
+    static Mostrador mostrar;
     return mostrar;
 }
 
@@ -51,6 +58,15 @@ void mensagem(const QString& texto) {
 
 void aoMostrarMensagem(std::function<void(const QString&)> mostrar) {
     mostrador() = std::move(mostrar);
+}
+
+void noticia(const QString& texto) {
+    if (mostradorDeNoticias())
+        mostradorDeNoticias()(texto);
+}
+
+void aoMostrarNoticia(std::function<void(const QString&)> mostrar) {
+    mostradorDeNoticias() = std::move(mostrar);
 }
 
 void apagarPorChave(const QString& tabela, const QString& campo, const QString& valor, bool texto,

@@ -32,6 +32,11 @@ void mensagem(const QString& texto);
 /// Where mensagem() shows its text. Without it, nowhere.
 void aoMostrarMensagem(std::function<void(const QString&)> mostrar);
 
+/// Shows news in the panel beside it, where they stay while the focus moves; "" clears it.
+void noticia(const QString& texto);
+/// Where noticia() shows its text. Without it, nowhere.
+void aoMostrarNoticia(std::function<void(const QString&)> mostrar);
+
 /// Deletes the first row of `tabela` whose `campo` equals `valor`; a value that is text is put
 /// between single quotes. Deliberate: the value goes in as it stands, an apostrophe in it breaks
 /// the search. With `visto` the row must be as it was shown.
