@@ -64,14 +64,17 @@ public:
             failure = ENOSPC;
         if (failure)
             from = from.first(from.size() / 2 / kSector * kSector);
+        Bytes written(from.begin(), from.end());
+        if (disk_.onWrite)
+            disk_.onWrite(written);
         Bytes& bytes = content_->bytes;
         bytes.resize(std::max<std::size_t>(bytes.size(), offset + from.size()));
         ++content_->changes;
-        std::ranges::copy(from, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+        std::ranges::copy(written, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
         disk_.record_.push_back({MemoryDisk::Operation::Kind::write,
                                  content_->number,
                                  offset,
-                                 Bytes(from.begin(), from.end()),
+                                 std::move(written),
                                  {},
                                  {}});
         return failure ? -failure : static_cast<std::int64_t>(from.size());

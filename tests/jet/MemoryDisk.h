@@ -78,6 +78,8 @@ public:
     /// Called before a lock is tried for, with its first byte, and before a read, with its place.
     std::function<void(std::uint64_t)> onLock;
     std::function<void(std::uint64_t)> onRead;
+    /// May alter what is about to be written, as a bad cable does.
+    std::function<void(jet::Bytes&)> onWrite;
     /// Files that can't be opened for writing, or made.
     std::function<bool(const std::string&)> failing;
     /// A file for which there is no room: no write to it succeeds.

@@ -109,3 +109,15 @@ void addRelationship(jet::Database& database, const FileRelationship& relationsh
         table.insert(given);
     }
 }
+
+jet::RowId enterObject(jet::Database& database, std::int64_t id, const std::string& name,
+                       std::int64_t type, std::int64_t parent) {
+    jet::Table& objects = database.table("MSysObjects");
+    const auto at = [&](const char* column) { return objects.findColumn(column).value(); };
+    return objects.insert(std::vector<jet::Assignment>{
+        {at("Id"),       id    },
+        {at("ParentId"), parent},
+        {at("Name"),     name  },
+        {at("Type"),     type  }
+    });
+}

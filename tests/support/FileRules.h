@@ -45,3 +45,7 @@ void setProperties(jet::Database& database, const std::string& table, const jet:
 void setRules(jet::Database& database, const std::string& table,
               const std::vector<FileRule>& rules);
 void addRelationship(jet::Database& database, const FileRelationship& relationship);
+
+/// Enters an object into the catalog, in the folder of tables and queries unless said otherwise.
+jet::RowId enterObject(jet::Database& database, std::int64_t id, const std::string& name,
+                       std::int64_t type, std::int64_t parent = 0x0F000001);

@@ -51,9 +51,9 @@ void TableCheck::computeEntries(std::size_t first, std::size_t count,
         if (!page || page.page() != id.page)
             page = context_.pager.read(id.page);
         const Slot slot = DataPage(context_.pager.format(), page.bytes(), id.page).slot(id.slot);
-        const auto bytes = slot.kind == SlotKind::pointer ? target(id, slot.bytes, other)
-                                                          : std::optional(slot.bytes);
-        if (!bytes)
+        const auto bytes =
+            slot.kind == SlotKind::pointer ? target(slot.bytes, other) : std::optional(slot.bytes);
+        if (!bytes) // unreached: it was there a moment ago
             continue;
         parts_.cut(*bytes);
         for (std::size_t i = first; i < first + count; ++i)

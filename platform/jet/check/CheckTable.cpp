@@ -72,7 +72,7 @@ void TableCheck::checkPage(PageNo page) {
         case SlotKind::pointer: {
             rows_.push_back(key);
             PageRef other;
-            if (const auto row = target(id, slots[i].bytes, other)) {
+            if (const auto row = target(slots[i].bytes, other)) {
                 targets_.push_back(
                     static_cast<PackedRow>(packed(load(slots[i].bytes.data(), kMovedTo))));
                 checkRow(*row, id);
@@ -87,13 +87,13 @@ void TableCheck::checkPage(PageNo page) {
     }
 }
 
-std::optional<std::span<const std::byte>>
-TableCheck::target(RowId pointer, std::span<const std::byte> row, PageRef& page) {
-    if (row.size() < kMovedTo.size)
+std::optional<std::span<const std::byte>> TableCheck::target(std::span<const std::byte> pointer,
+                                                             PageRef& page) {
+    if (pointer.size() < kMovedTo.size)
         return std::nullopt;
-    const RowId id = load(row.data(), kMovedTo);
+    const RowId id = load(pointer.data(), kMovedTo);
     // In another's page may lie a row as good as ours: whose page it is tells.
-    if (id == pointer || !context_.ledger.has(owner_, id.page))
+    if (!context_.ledger.has(owner_, id.page))
         return std::nullopt;
     page = context_.pager.read(id.page);
     try {

@@ -37,7 +37,7 @@ private:
     void checkRow(std::span<const std::byte> row, RowId id);
     void checkValue(const Column& column, std::span<const std::byte> stored, RowId id);
     void checkText(const Column& column, std::span<const std::byte> text, RowId id);
-    std::optional<std::span<const std::byte>> target(RowId pointer, std::span<const std::byte> row,
+    std::optional<std::span<const std::byte>> target(std::span<const std::byte> pointer,
                                                      PageRef& page);
     void compareMoved();
     void checkCounters();

@@ -57,8 +57,10 @@ private:
 
     void compare(Table& before, Table& after) {
         table_ = "da tabela \"" + before.name() + "\"";
-        require(before.definition().columns.size() == after.definition().columns.size() &&
-                    before.name() == after.name(),
+        require(std::ranges::equal(before.columns(), after.columns(),
+                                   [](const Column& a, const Column& b) {
+                                       return a.name == b.name && a.type == b.type;
+                                   }),
                 "as colunas " + table_);
         compareIndexes(before, after);
         Pager& was = DatabasePager::of(before_);
@@ -105,9 +107,7 @@ private:
         const StoredRow is = storedRow(after.definition(), copy.row());
         for (std::size_t i = 0; i < was.size(); ++i) {
             const Column& column = table.columns[i];
-            if (column.name != after.definition().columns[i].name ||
-                column.type != after.definition().columns[i].type ||
-                was[i].present != is[i].present)
+            if (was[i].present != is[i].present)
                 return false;
             if (!was[i].present)
                 continue;

@@ -35,10 +35,7 @@ TableRules::TableRules(Database& database, const Table& table)
 
 void TableRules::read(Database& database) {
     const Table& objects = database.table("MSysObjects");
-    const auto name = objects.findColumn("Name");
-    if (!name)
-        corrupt(objects.definition().page(), "o catálogo não tem a coluna Name");
-    const TextCodec& codec = objects.columns()[*name].codec;
+    const TextCodec& codec = objects.columns()[objects.findColumn("Name").value()].codec;
     const PageNo page = table_.definition().page();
     values_.read(parseProperties(tableProperties(objects, page), codec, page), codec);
     bonds_ = relationshipsOf(database, table_);

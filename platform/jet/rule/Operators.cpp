@@ -67,14 +67,14 @@ double asReal(const Value& number) {
 
 bool isReal(const Value& number) { return std::holds_alternative<double>(number); }
 
-/// A whole number or an amount in 1/10000; nothing for a real or what doesn't fit.
+/// A whole number or an amount in 1/10000, which a real isn't; nothing if it doesn't fit.
 std::optional<std::int64_t> tenThousandths(const Value& number) {
     if (const auto* amount = std::get_if<Currency>(&number))
         return amount->tenThousandths;
-    const auto* whole = std::get_if<std::int64_t>(&number);
-    if (!whole || *whole > Limits::max() / kScale || *whole < Limits::min() / kScale)
+    const auto whole = std::get<std::int64_t>(number);
+    if (whole > Limits::max() / kScale || whole < Limits::min() / kScale)
         return std::nullopt;
-    return *whole * kScale;
+    return whole * kScale;
 }
 
 struct Pair {

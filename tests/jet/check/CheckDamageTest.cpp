@@ -27,6 +27,24 @@ void changeSlotWord(DamagedFile& file, RowId id, std::uint16_t andBits, std::uin
                             static_cast<std::uint16_t>((word & andBits) | orBits));
 }
 
+/// Makes a map one of pages of bits, all of them missing but the first. A map ends where the one
+/// before it begins.
+void referTo(DamagedFile& file, RowId map, PageNo page) {
+    const std::span<std::byte> row = file.bytesOf(map);
+    std::ranges::fill(row, std::byte{});
+    row[0] = std::byte{1};
+    store<std::uint32_t>(row.data() + 1, number(page));
+}
+
+/// The row begins one byte further on, with what it began with.
+void cutFirstByte(DamagedFile& file, RowId row) {
+    const std::byte first = file.bytesOf(row)[0];
+    file.put<std::uint16_t>(
+        row.page, file.slotAt(row.slot),
+        static_cast<std::uint16_t>(file.get<std::uint16_t>(row.page, file.slotAt(row.slot)) + 1));
+    file.bytesOf(row)[0] = first;
+}
+
 /// The first and second entry of the leaf that is the root of the index on "cliente": key bytes and
 /// row.
 std::span<std::byte> clientEntry(DamagedFile& file, std::size_t at) {
@@ -96,8 +114,44 @@ const std::vector<Damage> kDamages = {
           }),
     error("map: page beyond the file's end", "páginas que o arquivo não tem",
           [](DamagedFile& file) {
-              file.setBit(file.cheques.ownedMap, PageNo{500}, true);
+              const auto pages = std::filesystem::file_size(file.path()) / file.format().pageSize;
+              file.setBit(file.cheques.ownedMap, static_cast<PageNo>(pages), true);
               return file.cheques.ownedMap.page;
+          }),
+    error("map: on the header's page", "o mapa de páginas está fora do arquivo",
+          [](DamagedFile& file) {
+              file.put<std::uint32_t>(file.other.page(), file.format().definition.freeMap.at, 0);
+              return kHeader;
+          }),
+    error("map: of pages of bits, one of which is none", "a página não é uma página de mapa",
+          [](DamagedFile& file) {
+              const PageNo page = file.addPage();
+              referTo(file, file.other.freeMap, page);
+              return page;
+          }),
+    error("map: of a page of bits that is another's", "a página já tem outro dono",
+          [](DamagedFile& file) {
+              referTo(file, file.other.freeMap, kFreeMapPage);
+              return kFreeMapPage;
+          }),
+    error("map of free pages: one that knows of none in use",
+          "a página está em uso e consta como livre",
+          [](DamagedFile& file) {
+              referTo(file, kFreeMap, kHeader);
+              return firstPage(file);
+          }),
+    error("map: of a length that none has", "o mapa de páginas é de tipo desconhecido",
+          [](DamagedFile& file) {
+              referTo(file, kFreeMap, kHeader);
+              cutFirstByte(file, kFreeMap);
+              return kFreeMapPage;
+          }),
+    error("map: too short to be one", "o mapa de páginas está incompleto",
+          [](DamagedFile& file) {
+              const std::size_t word = file.slotAt(kFreeMap.slot);
+              file.put<std::uint16_t>(kFreeMapPage, word,
+                                      static_cast<std::uint16_t>(file.format().pageSize - 4));
+              return kFreeMapPage;
           }),
     error("map: shared by two tables", "o mapa de páginas serve a dois donos",
           [](DamagedFile& file) {
@@ -254,6 +308,46 @@ const std::vector<Damage> kDamages = {
               changeSlotWord(file, file.plain, 0x1FFF, 0x4000);
               return target.page;
           }),
+    error("moved row: pointer cut short", "uma linha mudou para um lugar onde não está (linha 1)",
+          [](DamagedFile& file) {
+              const auto end = file.get<std::uint16_t>(firstPage(file), file.slotAt(0)) & 0x1FFFU;
+              file.put<std::uint16_t>(firstPage(file), file.slotAt(1),
+                                      static_cast<std::uint16_t>((end - 2) | 0x4000U));
+              return firstPage(file);
+          }),
+    error("moved row: to a place that its page hasn't got",
+          "uma linha mudou para um lugar onde não está (linha 0)",
+          [](DamagedFile& file) {
+              store(file.bytesOf(file.moved).data(), kMovedTo, RowId{file.plain.page, 250});
+              return file.moved.page;
+          }),
+    error("moved row: to itself", "uma linha mudou para um lugar onde não está (linha 0)",
+          [](DamagedFile& file) {
+              store(file.bytesOf(file.moved).data(), kMovedTo, file.moved);
+              return file.moved.page;
+          }),
+    error("moved row: to a page that says it is another's",
+          "uma linha mudou para um lugar onde não está (linha 0)",
+          [](DamagedFile& file) {
+              const RowId target = load(file.bytesOf(file.moved).data(), kMovedTo);
+              file.put<std::uint32_t>(target.page, kOwnerAt, number(file.other.page()));
+              return file.moved.page;
+          }),
+    warning("row: bytes longer than their column",
+            "um valor é mais longo do que a sua coluna (linha 0, coluna \"cru\")",
+            [](DamagedFile& file) {
+                PageNo definition{};
+                PageNo rows{};
+                file.withDatabase([&](Database& database) {
+                    Table& table =
+                        database.createTable({"Bytes", {{"cru", ColumnType::binary, 30}}, {}});
+                    definition = table.definition().page();
+                    rows = table.insert(Row{Bytes(20, std::byte{7})}).page;
+                });
+                file.put<std::uint16_t>(
+                    definition, file.format().statisticsAt(0) + file.format().column.length.at, 10);
+                return rows;
+            }),
     error("long value: kind", "a definição de um valor longo está errada",
           [](DamagedFile& file) {
               file.bytesOf(file.chain)[file.chainField + 3] = std::byte{0xC0};
@@ -335,6 +429,18 @@ const std::vector<Damage> kDamages = {
               store<std::int32_t>(file.bytesOf(file.plain).data() + file.format().row.countSize + 4,
                                   99);
               return file.plain.page;
+          }),
+    error("index: entry of a row that has none", "a chave do índice não é a da linha",
+          [](DamagedFile& file) {
+              PageNo page{};
+              file.withDatabase([&](Database& database) {
+                  page = database.table("Cheques").insert(Row(5)).page;
+              });
+              file.put<std::uint8_t>(
+                  file.cheques.page(), file.realIndexBlock(1) + file.format().realIndex.flags.at,
+                  static_cast<std::uint8_t>(IndexFlags::ignoreNulls |
+                                            (file.format().isJet3() ? 0U : IndexFlags::jet4)));
+              return page;
           }),
     error("index: row that isn't there", "o índice contém uma linha que não existe",
           [](DamagedFile& file) {

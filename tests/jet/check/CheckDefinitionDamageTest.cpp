@@ -21,8 +21,6 @@ constexpr std::size_t kRealIndexAt = 4;
 // Columns of MSysObjects.
 constexpr std::size_t kId = 0;
 constexpr std::size_t kParent = 1;
-constexpr std::size_t kName = 2;
-constexpr std::size_t kType = 3;
 constexpr std::int64_t kTables = 0x0F000001;
 
 RowId objectOf(Database& database, std::int64_t id) {
@@ -36,15 +34,8 @@ RowId objectOf(Database& database, std::int64_t id) {
 RowId addObject(DamagedFile& file, std::int64_t id, std::int64_t parent, const std::string& name,
                 std::int64_t type) {
     RowId found;
-    file.withDatabase([&](Database& database) {
-        found = database.table("MSysObjects")
-                    .insert(std::vector<Assignment>{
-                        {kId,     id    },
-                        {kParent, parent},
-                        {kName,   name  },
-                        {kType,   type  }
-        });
-    });
+    file.withDatabase(
+        [&](Database& database) { found = enterObject(database, id, name, type, parent); });
     return found;
 }
 
@@ -263,6 +254,25 @@ const std::vector<Damage> kDefinitionDamages = {
               file.put<std::uint16_t>(file.cheques.page(), end, 1);
               return file.cheques.page();
           }),
+    error(
+        "definition: maps of long values of one column twice",
+        "a lista dos mapas de valores longos repete uma coluna (0)",
+        [](DamagedFile& file) {
+            PageNo page{};
+            file.withDatabase([&](Database& database) {
+                page =
+                    database
+                        .createTable({
+                            "Textos", {{"um", ColumnType::memo},       {"outro", ColumnType::memo}},
+                             {                              }
+                })
+                        .definition()
+                        .page();
+            });
+            const std::size_t end = file.get<std::uint32_t>(page, kLengthAt) - 2 - 10;
+            file.put<std::uint16_t>(page, end, 0);
+            return page;
+        }),
     error("relationship: index without a partner in the other table",
           "o índice de um relacionamento não tem par na outra tabela",
           [](DamagedFile& file) { return makeRelationship(file, 1, file.other.page()); }),

@@ -1,8 +1,10 @@
 #include "jet/Check.h"
 
 #include "jet/DamagedFile.h"
+#include "jet/ShopWork.h"
 #include "jet/page/CommitPairs.h"
 #include "jet/share/Journal.h"
+#include "support/FileRules.h"
 #include "support/Samples.h"
 
 #include <gmock/gmock.h>
@@ -62,6 +64,60 @@ TEST(Check, FindsNoErrorInRealFiles) {
             << path << "\n"
             << listed(report);
         EXPECT_GT(report.rows, 0U);
+    }
+}
+
+TEST(Check, ADefinitionInAnOldFileHasItsMark) {
+    DamagedFile file(Version::jet3);
+    file.put<std::uint16_t>(file.other.page(), DefinitionPageLayout::freeBytes.at, 0);
+    EXPECT_THAT(listed(file.check()), HasSubstr("a marca da página de definição está errada"));
+}
+
+TEST(Check, ARelationshipWithATableInAnotherFileIsLeftAlone) {
+    for (const Version version : kVersions)
+        for (const std::int64_t type : {4, 6}) {
+            SCOPED_TRACE(nameOf(version));
+            DamagedFile file(version);
+            file.withDatabase([&](Database& database) {
+                enterObject(database, -2147483000, "Fora", type);
+                addRelationship(database, {"rel", "Cheques", {"cliente"}, "Fora", {"codigo"}});
+            });
+            EXPECT_TRUE(file.check().clean()) << listed(file.check());
+        }
+}
+
+TEST(Check, WhatTheMapOfFreePagesDoesntReachIsFree) {
+    for (const Version version : kVersions) {
+        SCOPED_TRACE(nameOf(version));
+        DamagedFile file(version);
+        file.resize((8 * file.format().mapBitmap + 2) * file.format().pageSize);
+        const Report report = file.check();
+        EXPECT_TRUE(report.clean()) << listed(report);
+    }
+}
+
+/// What can't be read is no damage: the disk may give it tomorrow.
+TEST(Check, ADiskThatFailsIsAnErrorOfItsOwn) {
+    for (const Version version : kVersions) {
+        MemoryDisk disk(emptyShop(version));
+        {
+            Database file(kPath, on(disk));
+            ShopWork(3).step(file, 1);
+        }
+        const DiskImage shop = disk.image();
+        std::uint64_t number = 1;
+        for (bool failed = true; failed; ++number) {
+            SCOPED_TRACE(nameOf(version) + ", call " + std::to_string(number));
+            MemoryDisk failing(shop);
+            failing.failFrom(number, false, EIO);
+            try {
+                EXPECT_TRUE(check(kPath, failing).sound());
+            } catch (const Error& error) {
+                EXPECT_EQ(error.code(), Errc::io) << error.what();
+            }
+            failed = failing.calls() >= number;
+        }
+        EXPECT_GT(number, 20U);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "jet/DamagedFile.h"
 #include "jet/IndependentReader.h"
 #include "jet/SampleFiles.h"
+#include "jet/ShopWork.h"
 #include "jet/copy/Rewriter.h"
 #include "jet/database/DatabasePager.h"
 #include "jet/row/DefinitionImage.h"
@@ -281,6 +282,61 @@ TEST_P(Compact, RefusesASourceThatChangesMeanwhile) {
     expectError(Errc::conflict, "foi alterado durante a compactação",
                 [&] { (void)compact(source_, target_, change); });
     EXPECT_EQ(filesIn(folder_.path()), std::vector<std::string>{"automacao.mdb"});
+}
+
+/// A bad cable: wherever `word` goes by, its first letter becomes another.
+void garble(Bytes& bytes, std::string_view word, char letter) {
+    for (const std::size_t width : {1U, 2U}) { // a letter is one byte, or two
+        Bytes sought(word.size() * width);
+        for (std::size_t i = 0; i < word.size(); ++i)
+            sought[i * width] = static_cast<std::byte>(word[i]);
+        for (auto at = bytes.begin();
+             (at = std::search(at, bytes.end(), sought.begin(), sought.end())) != bytes.end();)
+            *at = static_cast<std::byte>(letter);
+    }
+}
+
+TEST_P(Compact, ACopyThatIsSoundButNotTheSameIsRefused) {
+    MemoryDisk whole;
+    Database::create(kPath, GetParam(), whole);
+    {
+        Database database(kPath, on(whole));
+        // clang-format off
+        Table& table = database.createTable({
+            "Cheques",
+            {{"numero", ColumnType::longInteger, 0, true},
+             {"nome", ColumnType::text, 60},
+             {"valor", ColumnType::currency},
+             {"obs", ColumnType::memo}},
+            {{"PrimaryKey", {{"numero"}}, true}}
+        });
+        // clang-format on
+        table.insert(Row{std::int64_t{0x34333231}, "Ana Maria", // the number is "1234" on disk
+                         Currency{0x3837363534333231}, "Devolvido"}); // the amount "12345678"
+    }
+    const struct {
+        const char* word;
+        char letter;
+        const char* told;
+    } slips[] = {
+        {"Cheques",    'c', "as tabelas"                           },
+        {"valor",      'V', "as colunas da tabela \"Cheques\""     },
+        {"PrimaryKey", 'p', "os índices da tabela \"Cheques\""    },
+        {"1234",       '0', "as numerações da tabela \"Cheques\""},
+        {"Ana Maria",  'a', "as linhas da tabela \"Cheques\""      },
+        {"2345678",    '9', "as linhas da tabela \"Cheques\""      },
+        {"Devolvido",  'd', "as linhas da tabela \"Cheques\""      },
+    };
+    for (const auto& [word, letter, told] : slips) {
+        SCOPED_TRACE(word);
+        MemoryDisk disk(whole.image());
+        disk.onWrite = [&, sought = word, other = letter](Bytes& bytes) {
+            garble(bytes, sought, other);
+        };
+        expectError(Errc::corrupt, std::string("A cópia não foi aproveitada: ") + told,
+                    [&] { (void)compact(kPath, "/loja/menor.mdb", {}, disk); });
+        EXPECT_TRUE(disk.image() == whole.image()) << "the original, and nothing beside it";
+    }
 }
 
 TEST_P(Compact, LeavesNothingWhenTheDiskIsFull) {

@@ -144,14 +144,21 @@ TEST_P(Defaults, OfTheRarerTypes) {
     EXPECT_EQ(row[2], Value(-0.5));
     EXPECT_TRUE(std::holds_alternative<Guid>(row[3]));
     EXPECT_TRUE(GetParam() == Version::jet3 || std::get<Numeric>(row[4]).text() == "-1.25");
-    setRules(*database_, "raros",
-             {
-                 {.column = "byte", .defaultValue = "256"}
-    });
-    EXPECT_THROW(rare.insert(std::vector<Assignment>{
-                     {0, whole(2)}
-    }),
-                 Error);
+    std::vector<FileRule> tooLarge{
+        {.column = "byte", .defaultValue = "256" },
+        {.column = "n",    .defaultValue = "1e19"}
+    };
+    if (GetParam() == Version::jet4) // with its decimals 2 to the 64th: one beyond a whole number
+        tooLarge.push_back({.column = "decimal", .defaultValue = "184467440737095516.16"});
+    for (const FileRule& rule : tooLarge) {
+        setRules(*database_, "raros", {rule});
+        const std::size_t other = rule.column == "n" ? 1 : 0;
+        EXPECT_THROW(rare.insert(std::vector<Assignment>{
+                         {other, whole(2)}
+        }),
+                     Error)
+            << rule.column;
+    }
 }
 
 TEST_P(Defaults, ThatCannotBeUsedStopOnlyRowsThatNeedThem) {

@@ -124,17 +124,25 @@ INSTANTIATE_TEST_SUITE_P(, ToldBeforehand, bothVersions(), versionName);
 TEST_P(ToldBeforehand, ATableTellsWhetherAColumnTakesEmptyText) {
     EXPECT_TRUE(table().takesEmptyText(kNome)) << "where the file says nothing";
     keep({
-        {.column = "nome", .allowZeroLength = false},
-        {.column = "obs",  .allowZeroLength = true }
+        {.column = "nome",  .allowZeroLength = false},
+        {.column = "obs",   .allowZeroLength = true },
+        {.column = "valor", .allowZeroLength = false, .rule = ">0"}, // it has no texts
+        {.column = "peso",                 .rule = ">0"                         }
     });
     EXPECT_FALSE(table().takesEmptyText(kNome));
-    EXPECT_TRUE(table().takesEmptyText(kObs));
-    EXPECT_TRUE(table().takesEmptyText(kIdade));
+    for (const std::size_t column : {kObs, kIdade, kValor, kPeso})
+        EXPECT_TRUE(table().takesEmptyText(column)) << column;
+    keep({
+        {.column = "nome", .allowZeroLength = false, .rule = "Desconhecida()"}
+    });
+    EXPECT_TRUE(table().takesEmptyText(kNome)) << "nothing is taken at all";
 }
 
 TEST_P(ToldBeforehand, ATableTellsWhatAColumnRefuses) {
     keep({
-        {.column = "idade", .required = true, .rule = ">=0", .message = "Idade inválida."}
+        {.column = "idade",              .required = true, .rule = ">=0", .message = "Idade inválida."},
+        {.column = "peso", .rule = "<=[idade]"                },
+        {.column = "ativo",           .required = true          }
     });
     EXPECT_EQ(table().refusal(kIdade, whole(7)), std::nullopt);
     EXPECT_THAT(table().refusal(kIdade, whole(-1)).value_or(""),
@@ -142,6 +150,8 @@ TEST_P(ToldBeforehand, ATableTellsWhatAColumnRefuses) {
     EXPECT_THAT(table().refusal(kIdade, Value{}).value_or(""), testing::HasSubstr("\"idade\""));
     EXPECT_THAT(table().refusal(kIdade, "x"s).value_or(""), testing::HasSubstr("\"idade\""));
     EXPECT_EQ(table().refusal(kNome, Value{}), std::nullopt);
+    EXPECT_EQ(table().refusal(kPeso, 9.0), std::nullopt) << "what the other is can't be told yet";
+    EXPECT_EQ(table().refusal(kAtivo, Value{}), std::nullopt) << "no yes is a no";
     EXPECT_THAT(table().refusal(kNome, std::string(41, 'x')).value_or(""),
                 testing::HasSubstr("40"));
 }

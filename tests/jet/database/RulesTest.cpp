@@ -226,6 +226,31 @@ TEST_P(Rules, ARowFromBeforeTheRuleCanBeCorrectedFieldByField) {
               Errc::rule);
 }
 
+TEST_P(Rules, AColumnsRuleIsKeptWhenAnotherThatItReadsChanges) {
+    const RowId row = add({
+        {kIdade, whole(70)},
+        {kPeso,  80.0     }
+    });
+    keep({
+        {.column = "idade", .rule = "<[peso]"}
+    });
+    EXPECT_EQ(refusal([&] {
+                  change(row, {
+                                  {kPeso, 60.0}
+                  });
+              }).code(),
+              Errc::rule);
+    change(row, {
+                    {kPeso, 75.0}
+    });
+    keep({
+        {.column = "idade", .rule = "<[peso]-10"}
+    });
+    change(row, {
+                    {kNome, "Ana"s}
+    }); // no part of it
+}
+
 TEST_P(Rules, ATablesRuleSpansColumns) {
     keep({
         {.rule = "[valor]>=0 And (Not [ativo] Or [peso]>[idade]*0.5)",
@@ -325,6 +350,11 @@ TEST_P(Rules, ARuleThatCannotBeUnderstoodMakesTheTableReadOnly) {
         }
         EXPECT_EQ(value(row, kIdade), whole(1));
     }
+    keep({
+        {.column = "idade", .rule = "Primeira()>1"},
+        {.column = "nome",  .rule = "Segunda()>1" }
+    });
+    EXPECT_NE(table().readOnlyReason().value_or("").find("Primeira()"), std::string::npos);
     keep({
         {.column = "outro", .required = true, .rule = "DMax('x','y')>1"}
     }); // no such column
@@ -433,6 +463,21 @@ TEST_P(Rules, PropertiesReadAsWritten) {
     EXPECT_EQ(groups[1].column, "");
     EXPECT_TRUE(groups[1].properties.empty());
     EXPECT_TRUE(parseProperties({}, codec, PageNo{9}).empty());
+}
+
+TEST_P(Rules, APropertyWithoutANameIsDamage) {
+    Bytes bytes = propertyBytes(GetParam(), {
+                                                {.column = "nome", .rule = "<>''"}
+    });
+    constexpr std::ptrdiff_t kMark = 4; // the names' block follows, with its own length
+    bytes.erase(bytes.begin() + kMark,
+                bytes.begin() + kMark + load<std::int32_t>(bytes.data() + kMark));
+    try {
+        (void)parseProperties(bytes, TextCodec(GetParam()), PageNo{9});
+        ADD_FAILURE();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.code(), Errc::corrupt);
+    }
 }
 
 TEST_P(Rules, DamagedPropertiesNeverDoMoreThanFail) {

@@ -2,6 +2,7 @@
 #include "jet/Account.h"
 #include "jet/FileSteps.h"
 #include "jet/Notes.h"
+#include "jet/Process.h"
 #include "jet/Sentences.h"
 #include "jet/disk/File.h"
 #include "support/TemporaryFolder.h"
@@ -164,7 +165,7 @@ TEST_F(SystemDisks, FilesThatAProgramHasOnlyForItsWorkGoWhenASignalEndsIt) {
         std::ofstream(part.path()) << "meio";
         std::ofstream(folder / "pronto") << "inteiro";
         Unfinished::removeAll();
-        ::_exit(0);
+        endFork(0);
     }
     int status = 0;
     ::waitpid(child, &status, 0);
@@ -181,7 +182,7 @@ TEST_F(SystemDisks, WhatADeadProgramOfThisMachineHasLeftGoesWithTheNext) {
     machine.resize(std::min<std::size_t>(machine.size(), 32));
     const pid_t dead = ::fork();
     if (dead == 0)
-        ::_exit(0);
+        endFork(0);
     ::waitpid(dead, nullptr, 0);
     const auto part = [&](const std::string& of) {
         return made(("automacao.parcial-" + of + "-7.mdb").c_str());

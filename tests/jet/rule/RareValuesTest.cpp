@@ -81,10 +81,17 @@ TEST(RareValues, AmountsAreExactToTheirLimitsAndBeyondThemAnError) {
         {"a*1=a",              "True" },
         {"1*b=b",              "True" },
         {"a*2>a",              "True" }, // as a real
+        {"922337203685478>a",  "True" },
+        {"a*a>a",              "True" },
         {"2*a>a",              "True" },
     };
     expectAnswers(kCases, limits);
     expectErrorsOf(limits, {"a+1", "b-1", "a+922337203685478", "a-(-922337203685478)", "-b"});
+    constexpr Answer kNeighbours[] = {
+        {"a>b", "True" }, // as reals they would be the same
+        {"a=b", "False"},
+    };
+    expectAnswers(kNeighbours, {Currency{kMost}, Currency{kMost - 1}});
     const Row wholes{Value(kMost), Value(kLeast)};
     constexpr Answer kWholes[] = {
         {"a+1>=a", "True"}, // a real from there on
@@ -102,6 +109,7 @@ TEST(RareValues, DatesBeforeTheFirstDayAreReckonedForward) {
         {"Format(a-1,'d h')",  "'28 6'"},
         {"Format(a+0.5,'h')",  "'18'"  },
         {"a+1<#12/31/1899#",   "True"  },
+        {"5-#1/2/1900#",       "2"     }, // no date: only one less some days is
         {"Year(b)",            "100"   },
         {"Format(b,'ww',1,2)", "'1'"   }, // there is no year before it
     };
@@ -145,8 +153,24 @@ TEST(RareValues, NumbersAreReadInTheWaysOneWritesThem) {
         {"IsNumeric(b)",          "True"   },
         {"IsNumeric(#1/1/2024#)", "False"  },
         {"'1e400' & ''",          "'1e400'"},
+        {"+5",                    "5"      },
+        {"-+5",                   "-5"     },
+        {"-'5'",                  "-5"     },
     };
     expectAnswers(kCases, {Currency{1}, Value(0.5)});
+    constexpr Answer kOthers[] = {
+        {"Val(a)",    "12"  }, // whatever blank is between
+        {"Format(b)", "'0'" },
+        {"b=b",       "True"},
+    };
+    expectAnswers(kOthers, {std::string("1\r\n2"), Value(-0.0)});
+    EXPECT_EQ(answerOf("UCase(a)", {std::string("a\xFF")}), Value(std::string("A\xFF")));
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    constexpr Answer kNone[] = {
+        {"a=a", "Null"},
+        {"a<b", "Null"},
+    };
+    expectAnswers(kNone, {Value(none), Value(1.0)});
     expectErrors({"Val('1e400')", "'1e400'+1", "'12x'*2", "''+1"});
 }
 
@@ -172,6 +196,8 @@ TEST(RareValues, PatternsOfNumbers) {
         {"Format('abc','General Number')", "'abc'"                   },
         {"Format(False)",                  "'Falso'"                 },
         {"Format('','@;')",                "' '"                     },
+        {"Format('','@')",                 "' '"                     },
+        {"Format(1.5,'0.0e+0x')",          "'1,5e+0x'"               },
         {"Format(5,'0\\')",                "'5\\'"                   },
         {"Format(5,'0\"x')",               "'5x'"                    },
     };
@@ -190,6 +216,7 @@ TEST(RareValues, PatternsOfDates) {
         {"Format(#3/5/2024 0:07:00#,'c')",     "'05/03/2024 00:07:00'"},
         {"Format(#0:00:00#,'c')",              "'00:00:00'"           },
         {"Format(#3/5/2024 8:07:09#,'ttttt')", "'08:07:09'"           },
+        {"Format(#3/5/2024 8:07:09#,'tt')",    "'tt'"                 },
         {"Format(#1/1/2020#,'ww',1,2)",        "'1'"                  }, // four days of the week are in it
         {"Format(#1/1/2021#,'ww',1,2)",        "'53'"                 }, // two days are
         {"Format(#1/1/2021#,'ww',1,3)",        "'52'"                 },
@@ -200,17 +227,18 @@ TEST(RareValues, PatternsOfDates) {
 
 TEST(RareValues, StepsAndBordersOfDates) {
     constexpr Answer kCases[] = {
-        {"DateDiff('d',#1/1/2024#,Null)", "Null"},
-        {"DateDiff('d',Null,#1/1/2024#)", "Null"},
-        {"DateAdd('d',1,Null)",           "Null"},
-        {"Format(#1/6/2024#,'w',0)",      "'7'" },
-        {"Format(#1/7/2024#,'w',1)",      "'1'" },
-        {"Format(#1/7/2024#,'w',2)",      "'7'" },
-        {"Format(#1/7/2024#,'w',7)",      "'2'" },
+        {"DateDiff('d',#1/1/2024#,Null)",          "Null"},
+        {"DateDiff('d',Null,#1/1/2024#)",          "Null"},
+        {"DateAdd('d',1,Null)",                    "Null"},
+        {"Year(DateAdd('yyyy',-1800,#1/1/1900#))", "100" },
+        {"Format(#1/6/2024#,'w',0)",               "'7'" },
+        {"Format(#1/7/2024#,'w',1)",               "'1'" },
+        {"Format(#1/7/2024#,'w',2)",               "'7'" },
+        {"Format(#1/7/2024#,'w',7)",               "'2'" },
     };
     expectAnswers(kCases);
-    expectErrors(
-        {"Format(#1/7/2024#,'w',8)", "Format(#1/7/2024#,'w',-1)", "DateAdd('x',1,#1/1/2024#)"});
+    expectErrors({"Format(#1/7/2024#,'w',8)", "Format(#1/7/2024#,'w',-1)",
+                  "DateAdd('x',1,#1/1/2024#)", "DateAdd('yyyy',-1801,#1/1/1900#)"});
 }
 
 } // namespace

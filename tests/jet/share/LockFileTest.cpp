@@ -2,6 +2,7 @@
 #include "jet/share/LockFile.h"
 
 #include "jet/Error.h"
+#include "jet/Process.h"
 #include "jet/Sentences.h"
 #include "jet/ShopWork.h"
 #include "jet/share/Presence.h"
@@ -69,9 +70,9 @@ bool isCalledFor(const std::string& name, const std::function<void()>& work) {
     const pid_t child = ::fork();
     if (child == 0) {
         if (::unshare(CLONE_NEWUTS) != 0 || ::sethostname(name.data(), name.size()) != 0)
-            ::_exit(2);
+            endFork(2);
         work();
-        ::_exit(testing::Test::HasFailure() ? 1 : 0);
+        endFork(testing::Test::HasFailure() ? 1 : 0);
     }
     int status = 0;
     ::waitpid(child, &status, 0);

@@ -82,6 +82,8 @@ TEST(Jet4Keys, OfTextsFromRealFiles) {
 TEST(Jet4Keys, OfMarksKanaAndSurrogates) {
     EXPECT_EQ(key4(u"e\u0301"), key4(u"é")); // a mark adds to the accent it follows
     EXPECT_EQ(key4(u"\u0301e"), "51010c00");
+    EXPECT_EQ(key4(u"\u0301-").substr(4), key4(u"-").substr(2)); // the hyphen comes first of all
+    EXPECT_EQ(key4(u"e" + std::u16string(64, u'\u0301')), key4(u"e")); // they add up to no accent
     EXPECT_EQ(key4(u"\U00010000"), "b002b4f8013f3f00");
     EXPECT_EQ(key4(u"\xD800"), "b002013f00");
     EXPECT_EQ(key4(u"\xDC08\xDFFF"), "b502b8ff013f3f00");
@@ -147,6 +149,7 @@ TEST(Comparison, CountsTrailingBlanks) {
         EXPECT_EQ(compare(version, "ana ", "ANA "), 0);
         EXPECT_LT(compare(version, "ana  ", "ana b"), 0);
         EXPECT_LT(compare(version, "é", "É "), 0);
+        EXPECT_LT(compare(version, "é", "é "), 0);
         EXPECT_LT(compare(version, "", " "), 0);
         EXPECT_LT(compare(version, "ana ", "aná"), 0);
     }

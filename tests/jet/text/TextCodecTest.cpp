@@ -105,6 +105,7 @@ TEST(CodePages, CharactersWithTwoPlacesGoToTheUsualOne) {
     const TextCodec codec(Version::jet3, 932);
     EXPECT_EQ(codec.decode(bytes({0x81, 0xCA})), codec.decode(bytes({0xFA, 0x54})));
     EXPECT_EQ(codec.encode(codec.decode(bytes({0xFA, 0x54})), false, false), bytes({0x81, 0xCA}));
+    EXPECT_EQ(codec.encode("纊", false, false), bytes({0xFA, 0x5C})) << "not the first, 0xED40";
 }
 
 TEST(CodePages, WidthCountsBytes) {
@@ -248,6 +249,15 @@ TEST(Text, GivesItsFirstUnitsToKeys) {
     EXPECT_EQ(given(kJet4.unitsOf(bytes({0xAC, 0x20}), units)), u"€");
     EXPECT_EQ(given(kJet3.unitsOf(std::string_view("€abc"), units)), u"\u0080ab");
     EXPECT_EQ(given(kJet3.unitsOf(bytes({0x80, 0x61}), units)), u"\u0080a");
+    // As many as there is room for, wherever that ends.
+    EXPECT_EQ(given(kJet4.unitsOf(std::string_view("ab😀"), units)), u"ab\xD83D");
+    EXPECT_EQ(given(kJet4.unitsOf(std::string_view("abc😀"), units)), u"abc");
+    EXPECT_EQ(given(kJet4.unitsOf(bytes({0x61, 0, 0x62, 0, 0x63, 0, 0x64, 0}), units)), u"abc");
+    EXPECT_EQ(
+        given(kJet4.unitsOf(bytes({0xFF, 0xFE, 0, 0x61, 0, 0x62, 0, 0x63, 0, 0x64, 0}), units)),
+        u"abc");
+    const TextCodec japanese(Version::jet3, 932);
+    EXPECT_EQ(given(japanese.unitsOf(std::string_view("abcあ"), units)), u"abc");
 }
 
 } // namespace

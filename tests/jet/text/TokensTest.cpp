@@ -2,6 +2,7 @@
 #include "jet/Tokens.h"
 
 #include "jet/Error.h"
+#include "jet/Names.h"
 #include "jet/Types.h"
 
 #include <gmock/gmock.h>
@@ -74,6 +75,8 @@ TEST(Tokens, WhatIsNoneIsRefusedAndShown) {
     EXPECT_THAT(refusalOf("a\0b"s), HasSubstr("não são texto"));
     EXPECT_THAT(refusalOf("a\xFF"), HasSubstr("não são texto"));
     EXPECT_THAT(refusalOf("[]"), HasSubstr("falta o que deveria estar"));
+    EXPECT_EQ(textsOf(std::string(64'000, 'a')).size(), 1U) << "as long as may be";
+    EXPECT_THAT(refusalOf(std::string(64'001, 'a')), HasSubstr("mais de 64000 caracteres"));
     // Of a long one its beginning, cut between two characters.
     for (const std::size_t blanks : {0U, 1U}) {
         std::string text = "'" + std::string(blanks, ' ');
@@ -84,6 +87,13 @@ TEST(Tokens, WhatIsNoneIsRefusedAndShown) {
         EXPECT_THAT(told, Not(HasSubstr("\xC3…")));
         EXPECT_LT(told.size(), 200U);
     }
+}
+
+TEST(Names, AreTheSameInCapitalsAndWithBlanksBehind) {
+    EXPECT_EQ(foldedName("AÇÃO  "), foldedName("ação"));
+    EXPECT_EQ(foldedName(" a"), " a");
+    for (const char* same : {"×", "÷", "a\xC3", "\xC3(", "ÿ"}) // what is no capital, or no text
+        EXPECT_EQ(foldedName(same), same);
 }
 
 TEST(Tokens, DatesHaveTheMonthFirst) {
@@ -99,13 +109,15 @@ TEST(Tokens, DatesHaveTheMonthFirst) {
     EXPECT_EQ(parseDateLiteral("12:00 AM"), 0);
     EXPECT_EQ(parseDateLiteral("12:00 PM"), 0.5);
     EXPECT_EQ(parseDateLiteral("12/29/1899 12:00"), -1.5);
-    for (const char* wrong : {"",           "31/12/2024", "02/30/2024",        "1/2",
-                              "1/2/3/4",    "a/b/c",      "1/2/2024 x",        "1/2/2024 24:00",
-                              "12:60",      "1/2/20244",  "-1/2/2024",         "1//2024",
-                              "00/01/2024", "01/00/2024", "1/2/2024  06:00 x", "12:30:60",
-                              "1:2:3:4",    "12",         "1/-2/2024",         "12345:00",
-                              ":",          "13:00 PM",   "0:00 AM",           "6:00 XM",
-                              "PM"})
+    for (const char* wrong : {"",           "31/12/2024",     "02/30/2024",
+                              "1/2",        "1/2/3/4",        "a/b/c",
+                              "1/2/2024 x", "1/2/2024 24:00", "12:60",
+                              "1/2/20244",  "-1/2/2024",      "1//2024",
+                              "00/01/2024", "01/00/2024",     "1/2/2024  06:00 x",
+                              "12:30:60",   "1:2:3:4",        "12",
+                              "1/-2/2024",  "12345:00",       ":",
+                              "13:00 PM",   "0:00 AM",        "6:00 XM",
+                              "10:-5",      "1/2/2024 10",    "PM"})
         try {
             (void)parseDateLiteral(wrong);
             ADD_FAILURE() << wrong;
