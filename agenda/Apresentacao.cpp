@@ -41,11 +41,11 @@ QString texto(Aviso aviso) {
     case Aviso::ultimoDia:
         return "⚠ Último dia (30)";
     case Aviso::passouDaMesmaPraca:
-        return "! Passou de 30 dias";
+        return "! Mais de 30 dias";
     case Aviso::ultimoDiaDeOutra:
         return "⚠ Último dia (60)";
     case Aviso::passouDosDois:
-        return "! Passou de 60 dias";
+        return "! Mais de 60 dias";
     case Aviso::nenhum:
         break;
     }

@@ -1,5 +1,6 @@
 #include "shell/Comandos.h"
 
+#include "agenda/FrmAgenda.h"
 #include "agenda/FrmHistorico.h"
 #include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
@@ -37,6 +38,7 @@ constexpr Comando kApagar{nullptr, [] { FrmApagar::instance().showModal(); }};
 constexpr Comando kDiretorio{nullptr, [] { frmcaminho::instance().showModal(); }};
 constexpr Comando kSobre{nullptr, [] { frmAbout::instance().showModal(); }};
 
+constexpr Comando kAgenda{nullptr, [] { FrmAgenda::instance().showModal(); }};
 constexpr Comando kHistorico{nullptr, [] { FrmHistorico::instance().showModal(); }};
 
 constexpr Entrada kArquivos[] = {
@@ -95,6 +97,7 @@ constexpr Botao kBotoes[] = {
 };
 
 constexpr Tecla kTeclas[] = {
+    {Qt::Key_F7, &kAgenda   },
     {Qt::Key_F8, &kHistorico},
 };
 

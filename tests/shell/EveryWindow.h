@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agenda/FrmAgenda.h"
 #include "agenda/FrmHistorico.h"
 #include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
@@ -74,6 +75,7 @@ protected:
             {"consulta-cliente",  [] { return consulted(); }               },
             {"renegociar",        [] { return window<FrmRenegociar>(); }   },
             {"apagar",            [] { return window<FrmApagar>(); }       },
+            {"agenda",            [] { return scheduled(); }               },
             {"historico",         [] { return window<FrmHistorico>(); }    },
             {"diretorio",         [] { return window<frmcaminho>(); }      },
             {"filtro-recebidos",  [] { return filter("relch"); }           },
@@ -160,6 +162,15 @@ private:
     static Shown searched() {
         auto& form = open<FrmLancasSFundos>();
         click(form, "CmdBuscar");
+        return form;
+    }
+    static Shown scheduled() {
+        auto& form = open<FrmAgenda>();
+        type(form, "cmbperiodo", "De");
+        type(form, "txtinicio", "01012026");
+        type(form, "txtfim", "31122026");
+        press(Qt::Key_Return);
+        clickCheckBox(form, "lstcheques", 0);
         return form;
     }
     static Shown consulted() {

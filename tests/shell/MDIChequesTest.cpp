@@ -1,5 +1,6 @@
 #include "shell/MDICheques.h"
 
+#include "agenda/FrmAgenda.h"
 #include "agenda/FrmHistorico.h"
 #include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
@@ -157,25 +158,31 @@ TEST_F(MainWindow, OpensTheBanksModallyFromMenuAndToolbar) {
     }
 }
 
-TEST_F(MainWindow, F8OpensTheHistoryFromAnyWindow) {
+TEST_F(MainWindow, F7OpensTheAgendaAndF8TheHistoryFromAnyWindow) {
     int seen = 0;
-    const auto look = [&] {
+    const auto look = [&](QWidget& from) {
+        whileModal<FrmAgenda>([&](const FrmAgenda&) {
+            ++seen;
+            press(Qt::Key_F7); // it is there
+            press(Qt::Key_Escape);
+        });
+        press(Qt::Key_F7);
+        activate(from);
         whileModal<FrmHistorico>([&](const FrmHistorico&) {
             ++seen;
-            press(Qt::Key_F8); // it is there
+            press(Qt::Key_F8);
             press(Qt::Key_Escape);
         });
         press(Qt::Key_F8);
     };
-    openMain();
-    look();
+    look(openMain());
     whileModal<frmBancos>([&](frmBancos& form) {
-        look();
+        look(form);
         activate(form);
         click(form, "cmdFechar");
     });
     action("mnubancos").trigger();
-    EXPECT_EQ(seen, 2);
+    EXPECT_EQ(seen, 4);
 }
 
 TEST_F(MainWindow, OpensTheClientsModallyFromMenuAndToolbar) {

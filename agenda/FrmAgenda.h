@@ -1,0 +1,66 @@
+#pragma once
+
+#include "agenda/ListaDaAgenda.h"
+#include "agenda/Vencimentos.h"
+#include "controls/window/Form.h"
+#include "ui_FrmAgenda.h"
+
+/// The agenda: cheques in hand by due date, with what each day comes to, when banks work, and the
+/// marks of what would be handed in too early or soon too late. Cheques are ticked to be summed.
+///
+/// The list is as the file was when it was last asked: by a choice in the fields, by F5, and after
+/// a cheque was opened from here. Ticks stay with their cheques as long as these are listed.
+///
+/// Invariants: cheque i of cheques_ stands in row i of the list; dias_ holds their sums by due
+/// date, in the order of the rows of lstdias, and total_ those of all days.
+class FrmAgenda final : public Form, private Ui::FrmAgenda {
+    Q_OBJECT
+public:
+    FrmAgenda();
+    static FrmAgenda& instance();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void Form_Load() override;
+
+    void filtro_Change();
+    void escolha_LostFocus();
+    void cmbordem_Click();
+    void lstcheques_ColumnClick(int coluna);
+    void lstcheques_ItemCheck(int linha, bool marcado);
+    void lstcheques_Enter();
+    void cmdmarcar_Click();
+    void cmdatualizar_Click();
+    void cmdsair_Click();
+
+    [[nodiscard]] Vencimentos::Procura procura() const;
+    /// Asks the file for what the fields say.
+    void procurar();
+    void somar(const std::vector<Vencimentos::Cheque>& cheques);
+    /// Shows the cheques in their order, the one of this key as the current one.
+    void ordenar(const QString& atual);
+    void mostrarOrdem();
+    [[nodiscard]] QString chaveAtual() const;
+    void mostrarCheques();
+    void mostrarDias();
+    void mostrarSomas();
+    void abrirDepois(int linha);
+    /// Opens a cheque in the entry of cheques, which says why where it can't.
+    void abrir(qint32 lancamento);
+
+    bool pronta_ = false; ///< the fields have their entries
+    Vencimentos::Periodo periodo_ = Vencimentos::Periodo::semana;
+    Vencimentos::Procura procurado_; ///< what the cheques were asked for with
+    std::vector<Vencimentos::Cheque> cheques_;
+    struct Dia {
+        QDate vencimento;
+        Vencimentos::SomaDoDia soma;
+    };
+    std::vector<Dia> dias_;
+    Vencimentos::SomaDoDia total_;
+    ListaDaAgenda::ColunaDaAgenda coluna_ =
+        ListaDaAgenda::kVencimento; ///< that the list is ordered by
+    bool aoContrario_ = false;
+};

@@ -1,0 +1,140 @@
+#include "agenda/ListaDaAgenda.h"
+
+#include "agenda/Apresentacao.h"
+
+#include <QCollator>
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+namespace ListaDaAgenda {
+
+using Vencimentos::Cheque;
+
+namespace {
+
+constexpr Ordenacao kOrdens[] = {
+    {"Vencimento", kVencimento},
+    {"Cliente",    kCliente   },
+    {"Banco",      kBanco     },
+    {"Agência",   kAgencia   },
+    {"Número",    kNumero    },
+    {"Emissão",   kEmissao   },
+    {"Valor",      kValor     },
+};
+
+const QString& textoDe(const Cheque& cheque, ColunaDaAgenda coluna) {
+    switch (coluna) {
+    case kCliente:
+        return cheque.cliente;
+    case kBanco:
+        return cheque.banco;
+    case kAgencia:
+        return cheque.agencia;
+    default:
+        return cheque.numero;
+    }
+}
+
+/// As a dictionary has them, whatever their case and accents.
+template <class Sentido>
+void ordenarPorTexto(std::vector<Cheque>& cheques, ColunaDaAgenda coluna, Sentido sentido) {
+    QCollator ordem(QLocale(QLocale::Portuguese, QLocale::Brazil));
+    ordem.setCaseSensitivity(Qt::CaseInsensitive);
+    ordem.setNumericMode(true);
+    std::vector<std::pair<QCollatorSortKey, std::size_t>> chaves;
+    chaves.reserve(cheques.size());
+    for (std::size_t i = 0; i < cheques.size(); ++i)
+        chaves.emplace_back(ordem.sortKey(textoDe(cheques[i], coluna)), i);
+    std::ranges::stable_sort(
+        chaves, [&](const auto& a, const auto& b) { return sentido(a.first.compare(b.first), 0); });
+    std::vector<Cheque> ordenados;
+    ordenados.reserve(cheques.size());
+    for (const auto& [chave, i] : chaves)
+        ordenados.push_back(std::move(cheques[i]));
+    cheques = std::move(ordenados);
+}
+
+template <class Sentido>
+void ordenarPor(std::vector<Cheque>& cheques, ColunaDaAgenda coluna, Sentido sentido) {
+    switch (coluna) {
+    case kEmissao:
+        std::ranges::stable_sort(cheques, sentido, &Cheque::emissao);
+        break;
+    case kVencimento:
+        std::ranges::stable_sort(cheques, sentido, &Cheque::vencimento);
+        break;
+    case kValor:
+        std::ranges::stable_sort(cheques, sentido, &Cheque::valor);
+        break;
+    default:
+        ordenarPorTexto(cheques, coluna, sentido);
+    }
+}
+
+} // namespace
+
+std::vector<ListColumn> colunas() {
+    // clang-format off
+    return {
+        {"Nº  Cheque",     1200, Qt::AlignLeft},
+        {"Cliente",        2100, Qt::AlignLeft},
+        {"Banco",          1400, Qt::AlignLeft},
+        {"Agência",         750, Qt::AlignLeft},
+        {"Emissão",        1050, Qt::AlignHCenter},
+        {"Dt.Vencto",      1150, Qt::AlignHCenter},
+        {"Dia útil",        900, Qt::AlignHCenter, "Dia útil do banco"},
+        {"Vence",          1100, Qt::AlignLeft},
+        {"Valor R$",       1150, Qt::AlignRight},
+        {"Apresentar até", 1350, Qt::AlignHCenter},
+        {"Aviso",          1850, Qt::AlignLeft}
+    };
+    // clang-format on
+}
+
+ListItem linha(const Cheque& cheque, const QDate& hoje) {
+    const auto [mesmaPraca, outraPraca] = Apresentacao::prazos(cheque.emissao);
+    const QString prazos = cheque.emissao.isValid() ? mesmaPraca.toString("dd/MM") + " ou " +
+                                                          outraPraca.toString("dd/MM")
+                                                    : QString();
+    ListItem item;
+    item.key = QString::number(cheque.lancamento);
+    item.text = cheque.numero;
+    item.subItems = {
+        cheque.cliente,
+        cheque.banco,
+        cheque.agencia,
+        formatDate(cheque.emissao),
+        formatDate(cheque.vencimento),
+        Vencimentos::outroDiaUtil(cheque.vencimento),
+        Vencimentos::distancia(cheque.vencimento, hoje),
+        formatMoney(cheque.valor),
+        prazos,
+        Apresentacao::texto(Apresentacao::aviso(cheque.emissao, cheque.vencimento, hoje)),
+    };
+    item.checked = cheque.marcado;
+    return item;
+}
+
+std::span<const Ordenacao> ordens() { return kOrdens; }
+
+ColunaDaAgenda ordenavel(int coluna) {
+    switch (coluna) {
+    case kDiaUtil:
+    case kDistancia:
+    case kAviso:
+        return kVencimento;
+    case kPrazos:
+        return kEmissao;
+    default:
+        return static_cast<ColunaDaAgenda>(coluna);
+    }
+}
+
+void ordenar(std::vector<Cheque>& cheques, ColunaDaAgenda coluna, bool aoContrario) {
+    aoContrario ? ordenarPor(cheques, coluna, std::ranges::greater())
+                : ordenarPor(cheques, coluna, std::ranges::less());
+}
+
+} // namespace ListaDaAgenda

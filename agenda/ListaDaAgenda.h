@@ -1,0 +1,43 @@
+#pragma once
+
+#include "agenda/Vencimentos.h"
+#include "controls/box/ListRows.h"
+
+#include <span>
+#include <vector>
+
+/// How cheques stand in the agenda's list: its columns, and the orders that it offers.
+namespace ListaDaAgenda {
+
+enum ColunaDaAgenda {
+    kNumero, ///< with the check box
+    kCliente,
+    kBanco,
+    kAgencia,
+    kEmissao,
+    kVencimento,
+    kDiaUtil,
+    kDistancia,
+    kValor,
+    kPrazos,
+    kAviso
+};
+[[nodiscard]] std::vector<ListColumn> colunas();
+
+/// A cheque's row, as it is to be read on a day.
+[[nodiscard]] ListItem linha(const Vencimentos::Cheque& cheque, const QDate& hoje);
+
+struct Ordenacao {
+    const char* nome;
+    ColunaDaAgenda coluna;
+};
+[[nodiscard]] std::span<const Ordenacao> ordens();
+/// Which of these orders a column of the list asks for: some say the same of a cheque in other
+/// words.
+[[nodiscard]] ColunaDaAgenda ordenavel(int coluna);
+
+/// Puts them in the order of a column that ordenavel() gives; equal ones stay as they stand. Texts
+/// come as in a dictionary, whatever their case and accents, with numbers in them by their value.
+void ordenar(std::vector<Vencimentos::Cheque>& cheques, ColunaDaAgenda coluna, bool aoContrario);
+
+} // namespace ListaDaAgenda

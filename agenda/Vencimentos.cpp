@@ -1,0 +1,166 @@
+#include "agenda/Vencimentos.h"
+
+#include "agenda/DiasUteis.h"
+#include "jet/Database.h"
+#include "shell/Valores.h"
+#include "shell/dbconectar.h"
+
+#include <QHash>
+
+#include <limits>
+
+namespace Vencimentos {
+
+namespace {
+
+constexpr int kSemana = 7;
+constexpr int kMes = 30;
+constexpr char kSoma[] = "A soma dos cheques";
+
+/// A moment of the last day counts too, so the end is the midnight after it; of the calendar's last
+/// day there is none.
+QString condicao(const Procura& procura) {
+    constexpr int kUltimoAno = 9999;
+    const auto& [primeiro, ultimo] = procura.dias;
+    const QDate depois = ultimo.addDays(1);
+    QString onde =
+        depois.year() > kUltimoAno ? "bompara is not null" : "bompara<" + Valores::literal(depois);
+    if (primeiro.isValid())
+        onde += " and bompara>=" + Valores::literal(primeiro);
+    if (procura.cliente)
+        onde += " and cliente=" + QString::number(*procura.cliente);
+    if (procura.banco)
+        onde += " and banco=" + QString::number(*procura.banco);
+    if (procura.descontar)
+        onde += *procura.descontar ? " and descontar=true" : " and descontar=false";
+    return onde;
+}
+
+/// Names by codes. Not joined with the cheques: a code that a table has twice, or not at all, would
+/// double a cheque or drop it.
+class Nomes {
+public:
+    Nomes(const char* tabela, const char* campo, const QString& onde) : campo_(campo) {
+        ado::Recordset rs;
+        rs.Open(QString("select codigo,nome from %1 where codigo in (select %2 from cheques where "
+                        "%3)")
+                    .arg(tabela, campo, onde),
+                dbconectar::instance().Automacao, ado::CursorType::ForwardOnly,
+                ado::LockType::ReadOnly);
+        for (const ado::Recordset& lido = rs; !rs.EOF(); rs.MoveNext())
+            porCodigo_.insert(lido["codigo"].integer(), Valores::texto(lido["nome"]));
+    }
+
+    [[nodiscard]] QString de(const ado::Recordset& cheque) const {
+        const ado::FieldValue codigo = cheque[campo_];
+        if (codigo.isNull())
+            return "";
+        const auto nome = porCodigo_.constFind(codigo.integer());
+        return nome != porCodigo_.cend()
+                   ? *nome
+                   : "(não cadastrado: código " + Valores::texto(codigo) + ")";
+    }
+
+private:
+    const char* campo_;
+    QHash<std::int64_t, QString> porCodigo_;
+};
+
+std::vector<Cheque> ler(const QString& onde) {
+    const Nomes clientes("cliente_fornecedor", "cliente", onde);
+    const Nomes bancos("bancos", "banco", onde);
+    ado::Recordset lista;
+    lista.Open("select * from cheques where " + onde + " order by bompara,lancamento",
+               dbconectar::instance().Automacao, ado::CursorType::ForwardOnly,
+               ado::LockType::ReadOnly);
+    for (const char* campo : {"agencia", "data"})
+        lista.addOptional(campo);
+    const ado::Recordset& rs = lista;
+    std::vector<Cheque> cheques;
+    for (; !lista.EOF(); lista.MoveNext())
+        cheques.push_back({.lancamento = rs["lancamento"].integer(),
+                           .numero = Valores::texto(rs["numero"]),
+                           .cliente = clientes.de(rs),
+                           .banco = bancos.de(rs),
+                           .agencia = Valores::texto(rs["agencia"]),
+                           .emissao = Valores::dia(rs["data"]),
+                           .vencimento = Valores::dia(rs["bompara"]),
+                           .valor = Valores::valor(rs["valor"])});
+    return cheques;
+}
+
+QString contados(qint64 quantos, const char* um, const char* varios) {
+    return QString("%1 %2").arg(quantos).arg(quantos == 1 ? um : varios);
+}
+
+} // namespace
+
+Dias dias(Periodo periodo, const QDate& hoje) {
+    switch (periodo) {
+    case Periodo::amanha:
+        return {hoje.addDays(1), hoje.addDays(1)};
+    case Periodo::semana:
+        return {hoje, hoje.addDays(kSemana - 1)};
+    case Periodo::mes:
+        return {hoje, hoje.addDays(kMes - 1)};
+    case Periodo::atrasados:
+        return {{}, hoje.addDays(-1)};
+    case Periodo::hoje:
+    case Periodo::deAte:
+        break;
+    }
+    return {hoje, hoje};
+}
+
+std::vector<Cheque> procurar(const Procura& procura) {
+    return dbconectar::instance().Automacao.database().onSnapshot(
+        [onde = condicao(procura)] { return ler(onde); });
+}
+
+void Soma::mais(const Amount& cheque) { mais(Soma{1, cheque}); }
+
+void Soma::mais(const Soma& outra) {
+    valor = Valores::soma(valor, outra.valor, kSoma);
+    cheques += outra.cheques;
+}
+
+void Soma::menos(const Amount& cheque) {
+    if (cheque.tenThousandths == std::numeric_limits<std::int64_t>::min())
+        Valores::grandeDemais(kSoma);
+    mais(Soma{-1, {-cheque.tenThousandths}});
+}
+
+std::map<QDate, SomaDoDia> porDia(std::span<const Cheque> cheques) {
+    std::map<QDate, SomaDoDia> dias;
+    for (const Cheque& cheque : cheques) {
+        SomaDoDia& dia = dias[cheque.vencimento];
+        dia.todos.mais(cheque.valor);
+        if (cheque.marcado)
+            dia.marcados.mais(cheque.valor);
+    }
+    return dias;
+}
+
+QString texto(const Soma& soma) {
+    return contados(soma.cheques, "cheque", "cheques") + ", R$ " + formatMoney(soma.valor);
+}
+
+QString distancia(const QDate& vencimento, const QDate& hoje) {
+    const qint64 dias = hoje.daysTo(vencimento);
+    if (dias == 0)
+        return "hoje";
+    if (dias == 1)
+        return "amanhã";
+    return dias > 0 ? "em " + contados(dias, "dia", "dias")
+                    : "há " + contados(-dias, "dia", "dias");
+}
+
+QString outroDiaUtil(const QDate& vencimento) {
+    static constexpr const char* kDias[] = {"seg", "ter", "qua", "qui", "sex", "sáb", "dom"};
+    const QDate util = DiasUteis::aPartirDe(vencimento);
+    if (!util.isValid() || util == vencimento)
+        return "";
+    return QString("%1 %2").arg(kDias[util.dayOfWeek() - 1], util.toString("dd/MM"));
+}
+
+} // namespace Vencimentos
