@@ -2,6 +2,9 @@
 
 #include "jet/Check.h"
 
+#include <fstream>
+#include <iterator>
+
 namespace {
 
 using jet::ColumnType;
@@ -71,6 +74,16 @@ std::string Shop::connectionString() const {
            folder.path().string() + "\\automacao.mdb";
 }
 
+void Shop::changeBytes(const std::function<void(std::string& bytes)>& change) {
+    connection.Close();
+    const auto path = folder / "automacao.mdb";
+    std::ifstream in(path, std::ios::binary);
+    std::string bytes(std::istreambuf_iterator<char>(in), {});
+    change(bytes);
+    std::ofstream(path, std::ios::binary) << bytes;
+    connection.Open(connectionString());
+}
+
 jet::RowId Shop::add(const char* name, Fields fields) {
     jet::Table& into = table(name);
     jet::Row row(into.columns().size());
@@ -134,6 +147,13 @@ std::vector<std::string> Shop::column(const std::string& statement, const char* 
     ado::Recordset rows;
     rows.Open(statement, connection);
     return column(rows, field);
+}
+
+const ado::Spelling& asWritten() {
+    static const auto same = [](std::string_view name) { return std::string(name); };
+    static const ado::Spelling spelling{
+        same, [](std::string_view name, std::span<const std::string>) { return same(name); }, same};
+    return spelling;
 }
 
 jet::Date day(int year, int month, int dayOfMonth) {

@@ -2,6 +2,7 @@
 
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
+#include "ado/dialect/Spelling.h"
 #include "jet/Database.h"
 #include "jet/Error.h"
 #include "support/TemporaryFolder.h"
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 #include <initializer_list>
 #include <ostream>
 #include <string>
@@ -31,6 +33,8 @@ protected:
     void addSomeOfEach();
 
     [[nodiscard]] std::string connectionString() const;
+    /// Closes, has what the file holds changed, and opens again.
+    void changeBytes(const std::function<void(std::string& bytes)>& change);
     jet::Table& table(const char* name) { return connection.database().table(name); }
 
     /// One field of all rows, in order, as text. The recordset ends at EOF.
@@ -44,6 +48,9 @@ protected:
 
 /// The tables as the shop has them.
 [[nodiscard]] const std::vector<jet::TableSpec>& shopTables();
+
+/// Names stay as a statement has them.
+[[nodiscard]] const ado::Spelling& asWritten();
 
 /// The value of a date.
 [[nodiscard]] jet::Date day(int year, int month, int dayOfMonth);

@@ -114,7 +114,7 @@ std::string Command::spelledSign(const jet::Token& token) {
 bool Command::opensCall() const {
     const std::size_t at = spelled_.size();
     return at > 0 && tokens_[at - 1].kind == Kind::word && tokens_.keyword(at - 1).empty() &&
-           names_[at - 1].empty() && spelled_[at - 1].front() == '"';
+           spelled_[at - 1].front() == '"';
 }
 
 // ---- what `&` joins ---------------------------------------------------------------------------

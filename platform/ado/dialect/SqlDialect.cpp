@@ -66,8 +66,7 @@ std::optional<std::vector<SelectedTable>> plainTables(const Command& command, st
         if (command.isSign(at, "(")) {
             joins.push_back(expected);
         } else if (command.isSign(at, ")")) {
-            if (!joins.empty())
-                joins.pop_back();
+            joins.pop_back();
         } else if (expected) {
             if (!command.isName(at))
                 return std::nullopt;

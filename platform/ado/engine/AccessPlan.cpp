@@ -78,10 +78,8 @@ private:
     [[nodiscard]] AccessPlan scan() const {
         AccessPlan plan;
         plan.rows = plan.cost = rows_;
-        plan.ordered = order_.size() == 1 && !order_[0].column;
-        plan.backwards = plan.ordered && order_[0].descending;
-        if (!plan.backwards)
-            plan.low = find(std::nullopt, Constraint::Kind::atLeast);
+        plan.ordered = order_.size() == 1 && !order_[0].column && !order_[0].descending;
+        plan.low = find(std::nullopt, Constraint::Kind::atLeast);
         if (plan.low)
             plan.cost = plan.rows = rows_ / kHalfOpenPart;
         return plan;

@@ -34,7 +34,7 @@ struct AccessPlan {
     /// Those of its next column. A scan may have a lower bound for the row's id.
     std::optional<std::size_t> low;
     std::optional<std::size_t> high;
-    bool backwards = false;
+    bool backwards = false; ///< of an index
     bool ordered = false; ///< rows come as the statement wants them
     bool unique = false;  ///< one row at most
     double rows = 0;      ///< guessed

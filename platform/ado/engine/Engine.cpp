@@ -136,8 +136,9 @@ void Engine::addTable(jet::Table& table) {
     if (known)
         former_.push_back(std::move(known));
     known = std::move(source);
-    if (sqlite3_create_module_v2(handle_.get(), table.name().c_str(), virtualTableModule(),
-                                 known.get(), nullptr) != SQLITE_OK) {
+    const int made = sqlite3_create_module_v2(handle_.get(), table.name().c_str(),
+                                              virtualTableModule(), known.get(), nullptr);
+    if (made != SQLITE_OK) { // unreached: SQLite has some bytes in reserve
         tables_.erase(table.name());
         throw Error(Errc::full,
                     "Não há memória bastante para abrir a tabela " + table.name() + ".");

@@ -84,7 +84,7 @@ std::optional<Value> operandFor(const Column& column, sqlite3_value* operand, Ro
         const jet::Date date{sqlite3_value_double(operand)};
         return date.inRange() ? std::optional<Value>(date) : std::nullopt;
     }
-    default:
+    default: // unreached: columns of other types aren't searched
         return std::nullopt;
     }
 }

@@ -31,10 +31,6 @@ struct SortFiles::File : sqlite3_file {
         of(file).resize(of(file).size + grown);
         return of(file).below()->pMethods->xWrite(of(file).below(), bytes, count, at);
     }
-    static int truncate(sqlite3_file* file, sqlite3_int64 size) {
-        of(file).resize(std::min(of(file).size, static_cast<std::uint64_t>(size)));
-        return of(file).below()->pMethods->xTruncate(of(file).below(), size);
-    }
 
     /// What needs no look at it.
     template <auto Method, class... Arguments>
@@ -49,7 +45,7 @@ struct SortFiles::File : sqlite3_file {
         .xClose = close,
         .xRead = pass<&Methods::xRead>,
         .xWrite = write,
-        .xTruncate = truncate,
+        .xTruncate = pass<&Methods::xTruncate>,
         .xSync = pass<&Methods::xSync>,
         .xFileSize = pass<&Methods::xFileSize>,
         .xLock = pass<&Methods::xLock>,

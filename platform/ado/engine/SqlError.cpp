@@ -49,11 +49,11 @@ void throwSqlError(sqlite3* handle, int result) {
                                         "\".");
     }
     // What else SQLite says is in English and of no use at the counter, but for the place.
-    constexpr std::string_view kNear = "near \"";
+    constexpr std::string_view kNear = "near ";
     std::string place;
-    if (const auto end = message.rfind('"'); message.starts_with(kNear) && end >= kNear.size())
-        place =
-            ", perto de \"" + std::string(message.substr(kNear.size(), end - kNear.size())) + "\"";
+    if (message.starts_with(kNear))
+        place = ", perto de " +
+                std::string(message.substr(kNear.size(), message.rfind('"') + 1 - kNear.size()));
     throw Error(Errc::syntax, "O pedido não foi entendido pelo banco de dados" + place +
                                   ". Um apóstrofo ou outro sinal no que foi digitado pode ser a "
                                   "causa.");

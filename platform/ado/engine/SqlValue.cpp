@@ -53,14 +53,26 @@ void giveText(sqlite3_context* context, std::string_view text) {
     sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
 
+void giveBytes(sqlite3_context* context, std::span<const std::byte> bytes) {
+    sqlite3_result_blob64(context, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
+}
+
 /// Of the types that the shop's tables hardly have.
 void giveRareValue(sqlite3_context* context, const Value& value) {
     if (const auto* decimal = std::get_if<jet::Numeric>(&value))
         sqlite3_result_double(context, approximate(*decimal));
     else if (const auto* id = std::get_if<jet::Guid>(&value))
         giveText(context, id->text());
-    else if (const auto* bytes = std::get_if<jet::Bytes>(&value))
-        sqlite3_result_blob64(context, bytes->data(), bytes->size(), SQLITE_TRANSIENT);
+    else
+        giveBytes(context, std::get<jet::Bytes>(value));
+}
+
+/// Of a text or bytes.
+template <class Result>
+Result columnAs(sqlite3_stmt* statement, int column) {
+    const void* const first = sqlite3_column_blob(statement, column);
+    const auto* const bytes = static_cast<const typename Result::value_type*>(first);
+    return Result(bytes, bytes + sqlite3_column_bytes(statement, column));
 }
 
 } // namespace
@@ -124,14 +136,10 @@ Value columnValue(sqlite3_stmt* statement, int column) {
         return std::int64_t{sqlite3_column_int64(statement, column)};
     case SQLITE_FLOAT:
         return sqlite3_column_double(statement, column);
-    case SQLITE_TEXT: {
-        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-        return std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
-    }
-    case SQLITE_BLOB: {
-        const auto* bytes = static_cast<const std::byte*>(sqlite3_column_blob(statement, column));
-        return jet::Bytes(bytes, bytes + sqlite3_column_bytes(statement, column));
-    }
+    case SQLITE_TEXT:
+        return columnAs<std::string>(statement, column);
+    case SQLITE_BLOB:
+        return columnAs<jet::Bytes>(statement, column);
     default:
         return {};
     }

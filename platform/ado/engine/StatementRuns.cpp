@@ -37,7 +37,7 @@ bool StatementRuns::step(sqlite3_stmt* statement, std::uint64_t& steps,
 /// In the middle of a step: whether it has to stop.
 int StatementRuns::lookAtRun(void* self) {
     auto& runs = *static_cast<StatementRuns*>(self);
-    if (runs.run_ == nullptr)
+    if (runs.run_ == nullptr) // unreached: nothing else takes so many steps
         return 0;
     const auto [steps, reading] = *runs.run_;
     steps += kStepsPerLook;

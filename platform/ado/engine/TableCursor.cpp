@@ -33,7 +33,7 @@ void TableCursor::search(const PackedPlan& plan, std::span<sqlite3_value*> opera
 void TableCursor::next() {
     switch (way_) {
     case AccessPlan::Way::scan:
-        settleScan(backwards_ ? scan_->previous() : scan_->next());
+        settleScan(scan_->next());
         break;
     case AccessPlan::Way::row:
         row_ = nullptr;
@@ -56,8 +56,6 @@ bool TableCursor::exists(jet::RowId id) {
 
 void TableCursor::beginScan(std::span<sqlite3_value*> operands) {
     scan_.emplace(table_.scan());
-    if (backwards_)
-        return settleScan(scan_->last());
     if (operands.empty() || sqlite3_value_type(operands[0]) != SQLITE_INTEGER)
         return settleScan(scan_->first());
     const std::int64_t low = sqlite3_value_int64(operands[0]);
@@ -100,9 +98,8 @@ void TableCursor::settleWalk(bool found) {
 bool TableCursor::insideRange() const {
     const auto key = walk_->key();
     const auto before = [](std::span<const std::byte> a, std::span<const std::byte> b) {
-        const int order = a.empty() || b.empty()
-                              ? 0
-                              : std::memcmp(a.data(), b.data(), std::min(a.size(), b.size()));
+        const int order =
+            b.empty() ? 0 : std::memcmp(a.data(), b.data(), std::min(a.size(), b.size()));
         return order < 0 || (order == 0 && a.size() < b.size());
     };
     if (backwards_)

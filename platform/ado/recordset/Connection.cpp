@@ -80,7 +80,7 @@ Transaction::~Transaction() {
     try {
         connection_.RollbackTrans();
     } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
-        // A file that can't undo refuses every later call itself, with the reason.
+        // unreached: undoing asks nothing of the disk
     }
 }
 

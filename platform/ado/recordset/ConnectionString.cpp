@@ -20,6 +20,8 @@ using jet::Error;
 
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kQuotes = "\"'";
+/// Two at the very beginning of a path name a machine, where the system knows such names.
+constexpr std::size_t kFirstSeparators = fs::path::preferred_separator == '/' ? 1 : 2;
 
 std::string_view trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(kBlanks);
@@ -117,9 +119,7 @@ fs::path dataSource(std::string_view connectionString) {
     for (char c : *source) {
         if (c == '\\')
             c = '/';
-        // Two at the very beginning name a machine, where the system knows such names.
-        const bool machine = fs::path::preferred_separator != '/' && path.size() == 1;
-        if (c == '/' && !path.empty() && path.back() == '/' && !machine)
+        if (c == '/' && path.size() >= kFirstSeparators && path.back() == '/')
             continue;
         path += c;
     }

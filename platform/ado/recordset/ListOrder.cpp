@@ -9,8 +9,7 @@ namespace {
 using jet::ColumnType;
 using jet::Value;
 
-/// As SQLite orders the values that a virtual table gives for these; types without an order are
-/// equal.
+/// As SQLite orders the values that a virtual table gives for these, of a type with an order.
 int compareValues(const jet::Database& database, const Value& a, const Value& b) {
     const auto sign = [](auto x, auto y) { return x < y ? -1 : (y < x ? 1 : 0); };
     if (jet::isNull(a) || jet::isNull(b))
@@ -25,9 +24,7 @@ int compareValues(const jet::Database& database, const Value& a, const Value& b)
         return sign(*number, std::get<double>(b));
     if (const auto* date = std::get_if<jet::Date>(&a))
         return sign(date->days, std::get<jet::Date>(b).days);
-    if (const auto* text = std::get_if<std::string>(&a))
-        return database.compareText(*text, std::get<std::string>(b));
-    return 0;
+    return database.compareText(std::get<std::string>(a), std::get<std::string>(b));
 }
 
 bool hasOrder(ColumnType type) {
@@ -84,7 +81,7 @@ int ListOrder::compare(const jet::Database& database, std::span<const Value> a,
         if (order != 0)
             return i < columns_.size() && !columns_[i].ascending ? -order : order;
     }
-    return 0;
+    return 0; // unreached: no two rows have one key
 }
 
 } // namespace ado

@@ -71,7 +71,9 @@ bool Query::describeLive(const Select& select) {
     QuerySql sql = QuerySql::ofRows(select, single);
     try {
         tried_ = engine_.prepare(sql.all());
-    } catch (const Error&) {
+    } catch (const Error& error) {
+        if (error.code() != Errc::notFound && error.code() != Errc::syntax)
+            throw;
         return false; // joins nested to the right: SQLite hides the ids inside
     }
     fields_ = std::move(*fields);

@@ -110,7 +110,7 @@ std::string QuerySql::notBefore(std::size_t place) const {
 
 std::optional<ListOrder> QuerySql::order() const {
     const auto& terms = restriction_.order.empty() ? select_.sortTerms : restriction_.order;
-    if (single_ == nullptr || (terms.empty() && !select_.orderBy.empty()))
+    if (terms.empty() && !select_.orderBy.empty())
         return std::nullopt;
     return ListOrder::by(terms, *single_);
 }

@@ -170,11 +170,8 @@ std::string nameOf(const jet::Column& column) {
                std::to_string(column.scale) + " deles depois da vírgula";
     case ColumnType::date:
         return "uma data (dia/mês/ano)";
-    case ColumnType::text:
-    case ColumnType::memo:
-        return "um texto";
     default:
-        return "um valor de outro tipo";
+        return "um texto";
     }
 }
 

@@ -137,9 +137,9 @@ std::optional<std::int64_t> scaled(const WrittenNumber& number, std::size_t plac
     std::string digits = (number.negative ? "-" : "") + number.whole + number.decimals;
     digits.append(places - number.decimals.size(), '0');
     std::int64_t result = 0;
-    const char* const end = digits.data() + digits.size();
-    const auto [stop, error] = std::from_chars(digits.data(), end, result);
-    if (error != std::errc{} || stop != end)
+    const auto [stop, error] =
+        std::from_chars(digits.data(), digits.data() + digits.size(), result);
+    if (error != std::errc{})
         return std::nullopt;
     return result;
 }

@@ -74,6 +74,7 @@ TEST_P(SqlFunctionsTest, JoinTextsAfterAllArithmeticAndBeforeComparisons) {
         {"bancos.codigo+1 & bancos.[codigo]*3",    "23"   },
         {"null & 1+1 & null",                      "2"    },
         {"1 & (2 & 3+4) & (5-4)*2",                "1272" },
+        {"17 mod (2+3)",                           "2"    },
         {"2*(1+1 & 1)",                            "42"   },
         {"len(10+5 & 'x') & abs(cod_banco)+1",     "38"   },
         {"iif('a' & 1+1='a2','s','n') & 1+1",      "s2"   },

@@ -3,9 +3,6 @@
 #include "ado/Shop.h"
 #include "support/Versions.h"
 
-#include <fstream>
-#include <iterator>
-
 namespace {
 
 using ado::Recordset;
@@ -49,16 +46,6 @@ protected:
         rows["nome"] = "Banco do Sul";
         rows.Update();
     }
-
-    [[nodiscard]] std::filesystem::path path() const { return folder / "automacao.mdb"; }
-    [[nodiscard]] std::vector<char> bytes() const {
-        std::ifstream in(path(), std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
-    void write(const std::vector<char>& bytes) const {
-        std::ofstream(path(), std::ios::binary)
-            .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    }
 };
 INSTANTIATE_TEST_SUITE_P(, NamesTest, bothVersions(), versionName);
 
@@ -75,26 +62,23 @@ TEST_P(NamesTest, DamagedTablesThatNoStatementUsesBreakNone) {
         definitions.push_back(jet::number(connection.database().table(name).definition().page()) *
                               pageSize);
     }
-    connection.Close();
-    const std::vector<char> sound = bytes();
-    std::vector<char> damaged = sound;
-    for (const std::size_t at : definitions)
-        std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(at), pageSize, '\xA5');
-    write(damaged);
-    connection.Open(connectionString());
+    std::string sound;
+    changeBytes([&](std::string& bytes) {
+        sound = bytes;
+        for (const std::size_t at : definitions)
+            bytes.replace(at, pageSize, pageSize, '\xA5');
+    });
     expectTheShopsAnswers();
     for (const std::string& name : kWords) {
         Recordset rows;
         EXPECT_EQ(errorOf([&] { rows.Open("[" + name + "]", connection); }), Errc::corrupt) << name;
     }
     expectTheShopsAnswers();
-    connection.Close();
 
-    std::vector<char> repaired = bytes(); // with what was written meanwhile
-    for (const std::size_t at : definitions)
-        std::copy_n(sound.begin() + static_cast<std::ptrdiff_t>(at), pageSize,
-                    repaired.begin() + static_cast<std::ptrdiff_t>(at));
-    write(repaired);
+    changeBytes([&](std::string& bytes) { // which keep what was written meanwhile
+        for (const std::size_t at : definitions)
+            bytes.replace(at, pageSize, sound, at, pageSize);
+    });
 }
 
 TEST_P(NamesTest, OddlyNamedTablesBreakNoneAndCanBeAsked) {

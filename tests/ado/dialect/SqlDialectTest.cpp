@@ -8,11 +8,7 @@ using ado::parseSelect;
 using jet::Errc;
 using Strings = std::vector<std::string>;
 
-const ado::Spelling same{
-    [](std::string_view name) { return std::string(name); },
-    [](std::string_view name, std::span<const std::string>) { return std::string(name); },
-    [](std::string_view name) { return std::string(name); }};
-ado::Select parsed(std::string_view text) { return parseSelect(text, same); }
+ado::Select parsed(std::string_view text) { return parseSelect(text, asWritten()); }
 
 TEST(SqlDialect, TextsKeepWhatStandsInThem) {
     EXPECT_EQ(ado::quotedText("D'Avila"), "'D''Avila' collate texto");
@@ -68,22 +64,24 @@ TEST(SqlDialect, GroupedDistinctAndComputedSelectsAreNotPlain) {
 }
 
 TEST(SqlDialect, ConditionsStayConditions) {
-    EXPECT_EQ(ado::parseCondition("cod_banco=104 And nome='x'", same),
+    EXPECT_EQ(ado::parseCondition("cod_banco=104 And nome='x'", asWritten()),
               "\"cod_banco\" = 104 and \"nome\" = 'x' collate texto");
     for (const char* text : {"a=1) or (1=1", "a=1; b=2", "", "a=1 order by b", "a=1 union select 1",
                              "select 1", "((a=1)", "a=1 -- ", "a=1 from t"})
-        EXPECT_EQ(errorOf([&] { (void)ado::parseCondition(text, same); }), Errc::syntax) << text;
+        EXPECT_EQ(errorOf([&] { (void)ado::parseCondition(text, asWritten()); }), Errc::syntax)
+            << text;
 }
 
 TEST(SqlDialect, ASortIsAListOfNames) {
-    const auto terms = ado::parseSort("nome, bancos.codigo DESC,[a b] asc", same);
+    const auto terms = ado::parseSort("nome, bancos.codigo DESC,[a b] asc", asWritten());
     ASSERT_EQ(terms.size(), 3U);
     EXPECT_EQ(terms[1].qualifier, "bancos");
     EXPECT_TRUE(terms[1].descending);
     EXPECT_EQ(terms[2].column, "a b");
     for (const char* text : {"nome,", ",", "nome desc asc", "nome+1", "1", "*", "a.*",
                              "mid(nome,1)", "nome; x", "nome codigo"})
-        EXPECT_NE(errorOf([&] { (void)ado::parseSort(text, same); }), Errc::unsupported) << text;
+        EXPECT_NE(errorOf([&] { (void)ado::parseSort(text, asWritten()); }), Errc::unsupported)
+            << text;
 }
 
 } // namespace

@@ -69,10 +69,10 @@ INSTANTIATE_TEST_SUITE_P(, IndexTest, bothVersions(), versionName);
 TEST_P(IndexTest, EveryComparisonAnswersAsWithoutIndex) {
     const char* const columns[] = {"id",      "pequeno", "curto", "longo", "dinheiro",
                                    "simples", "duplo",   "dia",   "sim"};
-    const char* const operands[] = {"0",     "1",    "-1",      "2.5",       "0.3",
-                                    "0.25",  "-0.5", "-3.75",   "1.9",       "300",
-                                    "1e300", "-1e9", "32768",   "-32769",    "#12/31/1899#",
-                                    "true",  "null", "1.00001", "3000000000"};
+    const char* const operands[] = {
+        "0",    "1",       "-1",         "2.5",   "0.3",          "0.25",   "-0.5",         "-3.75",
+        "1.9",  "300",     "1e300",      "-1e9",  "32768",        "-32769", "#12/31/1899#", "true",
+        "null", "1.00001", "3000000000", "'abc'", "0.30000000012"};
     for (const char* column : columns) {
         for (const char* sign : {"=", "<", "<=", ">", ">=", "<>"}) {
             for (const char* operand : operands) {
@@ -89,6 +89,33 @@ TEST_P(IndexTest, EveryComparisonAnswersAsWithoutIndex) {
          {"='AB'", "<'ab'", ">='abb'", " between 'a' and 'b'", " in ('A','cB')", ">''", "='a '"})
         EXPECT_EQ(ids(std::string("nome") + rest), ids(std::string("mid$(nome,1,99)") + rest))
             << rest;
+    const std::string longer(60'000, 'b'); // than any key
+    for (const char* sign : {"=", "<", ">"})
+        EXPECT_EQ(ids("nome" + (sign + ("'" + longer + "'"))),
+                  ids("mid$(nome,1,99)" + (sign + ("'" + longer + "'"))))
+            << sign;
+}
+
+TEST_P(IndexTest, ARowsOwnNumberComparesLikeAnyOther) {
+    const std::int64_t some = jet::packed([&] {
+        auto scan = table("t").scan();
+        EXPECT_TRUE(scan.first());
+        for (int i = 0; i < 200; ++i)
+            EXPECT_TRUE(scan.next());
+        return scan.id();
+    }());
+    const std::string number = std::to_string(some);
+    for (const std::string& operand :
+         {number, number + ".5", std::string("-5"), std::string("0"), std::string("1e30"),
+          std::string("99999999999999"), std::string("'x'"), std::string("null")}) {
+        for (const char* sign : {"=", "<", "<=", ">", ">="}) {
+            const std::string rest = sign + operand;
+            EXPECT_EQ(ids("_rowid_" + rest), ids("+_rowid_" + rest)) << rest;
+        }
+    }
+    for (const char* way : {"", " desc"})
+        EXPECT_EQ(ids("_rowid_>" + number, std::string("_rowid_") + way),
+                  ids("_rowid_>" + number, std::string("+_rowid_") + way));
 }
 
 TEST_P(IndexTest, SeveralColumnsOfAnIndexNarrowTogether) {
@@ -112,7 +139,7 @@ TEST_P(IndexTest, SeveralColumnsOfAnIndexNarrowTogether) {
 
 TEST_P(IndexTest, EveryOrderIsTheOneThatSortingGives) {
     for (const char* order :
-         {"curto, id", "curto desc, id", "dia, curto desc, id", "dia desc, curto, id",
+         {"id desc", "curto, id", "curto desc, id", "dia, curto desc, id", "dia desc, curto, id",
           "dia, curto, id", "duplo desc, id", "duplo, id", "longo, nome, id", "sim, dia, id",
           "dinheiro desc, id desc", "simples, id", "pequeno desc, id"}) {
         const std::string text = order;
@@ -122,8 +149,8 @@ TEST_P(IndexTest, EveryOrderIsTheOneThatSortingGives) {
                 sorted.empty() || sorted.back() == ' ' ? std::string("+") + c : std::string(1, c);
         for (std::size_t at = 0; (at = sorted.find("+desc", at)) != std::string::npos;)
             sorted.erase(at, 1);
-        for (const char* condition :
-             {"id>0", "curto>0", "dia=1", "sim=true", "longo=1 and nome='a'"})
+        for (const char* condition : {"id>0", "id between 100 and 140", "id<=20", "id>=590",
+                                      "curto>0", "dia=1", "sim=true", "longo=1 and nome='a'"})
             EXPECT_EQ(ids(condition, text), ids(condition, sorted))
                 << text << " where " << condition;
     }

@@ -3,41 +3,20 @@
 #include "jet/TableDefinition.h"
 #include "support/Versions.h"
 
-#include <fstream>
-#include <iterator>
-
 namespace {
 
 using ado::Recordset;
 using jet::Errc;
 using Strings = std::vector<std::string>;
 
-/// The bytes of a file, changed in place.
-class Patient {
-public:
-    explicit Patient(std::filesystem::path path) : path_(std::move(path)) {
-        std::ifstream in(path_, std::ios::binary);
-        bytes_.assign(std::istreambuf_iterator<char>(in), {});
-    }
-    void save() const {
-        std::ofstream(path_, std::ios::binary)
-            .write(bytes_.data(), static_cast<std::streamsize>(bytes_.size()));
-    }
-    /// Flips bits; the same whether the byte is masked or not.
-    void flip(std::size_t at, unsigned bits) {
-        bytes_.at(at) = static_cast<char>(static_cast<unsigned char>(bytes_.at(at)) ^ bits);
-    }
-
-private:
-    std::filesystem::path path_;
-    std::vector<char> bytes_;
-};
+/// Flips bits; the same whether the byte is masked or not.
+void flip(char& byte, unsigned bits) {
+    byte = static_cast<char>(static_cast<unsigned char>(byte) ^ bits);
+}
 
 class OrdersTest : public Shop {
 protected:
     OrdersTest() { addSomeOfEach(); }
-
-    [[nodiscard]] std::filesystem::path path() const { return folder / "automacao.mdb"; }
 
     /// The whole file in that language, as if it had been made in it.
     void speak(std::uint16_t lcid, std::uint8_t variant = 0) {
@@ -51,17 +30,15 @@ protected:
             for (std::size_t i = 0; i < table.columns.size(); ++i)
                 places.push_back(columns + i * format.column.size + format.column.language.at);
         }
-        connection.Close();
-        Patient file(path());
-        for (const std::size_t place : places) {
-            const auto change = static_cast<unsigned>(spoken_ ^ lcid);
-            file.flip(place, change & 0xFFU);
-            file.flip(place + 1, change >> 8);
-            file.flip(place + 2, variant);
-        }
-        file.save();
+        changeBytes([&](std::string& bytes) {
+            for (const std::size_t place : places) {
+                const auto change = static_cast<unsigned>(spoken_ ^ lcid);
+                flip(bytes.at(place), change & 0xFFU);
+                flip(bytes.at(place + 1), change >> 8);
+                flip(bytes.at(place + 2), variant);
+            }
+        });
         spoken_ = lcid;
-        connection.Open(connectionString());
         ASSERT_EQ(connection.database().sortOrder().lcid, lcid);
         ASSERT_EQ(table("cliente_fornecedor").columns()[1].order.lcid, lcid);
     }

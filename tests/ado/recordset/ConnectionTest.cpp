@@ -20,6 +20,7 @@ TEST(ConnectionString, OnlyTheDataSourceCounts) {
     EXPECT_EQ(ado::dataSource(" DATA SOURCE = /a b/c.mdb ; Provider=X"), "/a b/c.mdb");
     EXPECT_EQ(ado::dataSource("data source=\"/a;b/c.mdb\";x=y"), "/a;b/c.mdb");
     EXPECT_EQ(ado::dataSource("Data Source=/one;Data Source=/two"), "/two");
+    EXPECT_EQ(ado::dataSource("Provider;Data Source=/a/b.mdb;Secure"), "/a/b.mdb");
     for (const char* none : {"", "Provider=X", "Data Source", "Data Source=;", "Data Source= "})
         EXPECT_EQ(errorOf([&] { (void)ado::dataSource(none); }), Errc::misuse) << none;
 }
@@ -39,6 +40,7 @@ TEST(ConnectionString, AnyPathGoesThroughItInQuotesWhereItNeedsThem) {
         {"\"",                      "\"\"\"\""                    },
         {";",                       "\";\""                       },
     };
+    EXPECT_EQ(ado::quotedValue(""), "");
     for (const auto& [path, written] : cases) {
         EXPECT_EQ(ado::quotedValue(path), written);
         const std::string value = ado::quotedValue(path);
@@ -85,10 +87,31 @@ TEST(ConnectionString, AFileIsFoundWhoseNameDiffersInCaseOnly) {
         std::ofstream(folder.path() / "Dados Ção" / name) << "x";
     };
     touch("AUTOMACAO.MDB");
+    touch("automacao.mdb-journal");
     const auto wanted = folder.path() / "DADOS ÇÃO" / "automacao.mdb";
     EXPECT_EQ(ado::existingFile(wanted), folder.path() / "Dados Ção" / "AUTOMACAO.MDB");
     touch("automacao.mdb");
     EXPECT_EQ(ado::existingFile(wanted), folder.path() / "Dados Ção" / "automacao.mdb");
+    EXPECT_EQ(errorOf([&] { (void)ado::existingFile(wanted / "automacao.mdb"); }), Errc::notFound)
+        << "in a file there is none";
+}
+
+TEST(ConnectionString, OfSeveralNamesThatDifferInCaseOnlyTheFirstIsTaken) {
+    TemporaryFolder folder;
+    // In whatever order the system lists them.
+    for (const char* name : {"AUTOMACAO.mdb", "Automacao.MDB", "AUTOMACAO.MDB", "automacao.MDB"})
+        std::ofstream(folder.path() / name) << "x";
+    EXPECT_EQ(ado::existingFile(folder.path() / "automacao.mdb"), folder.path() / "AUTOMACAO.MDB");
+}
+
+TEST(ConnectionString, APathWithoutAFolderIsOfTheCurrentOne) {
+    TemporaryFolder folder;
+    std::ofstream(folder.path() / "Automacao.mdb") << "x";
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.path());
+    EXPECT_EQ(ado::existingFile("AUTOMACAO.MDB"), "Automacao.mdb");
+    EXPECT_EQ(errorOf([] { (void)ado::existingFile("outro.mdb"); }), Errc::notFound);
+    fs::current_path(before);
 }
 #endif
 
@@ -174,6 +197,49 @@ TEST_P(ConnectionTest, ATransactionIsUndoneUnlessCommitted) {
     EXPECT_EQ(errorOf([&] { connection.RollbackTrans(); }), Errc::misuse);
     connection.BeginTrans();
     EXPECT_EQ(errorOf([&] { connection.BeginTrans(); }), Errc::misuse);
+}
+
+TEST_P(ConnectionTest, WhatATransactionHasUndoneIsToldOnce) {
+    addSomeOfEach();
+    Recordset rows;
+    rows.Open("bancos", connection);
+    EXPECT_FALSE(connection.hasUndone());
+    { ado::Transaction transaction(connection); }
+    EXPECT_FALSE(connection.hasUndone()) << "nothing had been changed";
+    {
+        ado::Transaction transaction(connection);
+        rows["nome"] = "perdido";
+        rows.Update();
+    }
+    EXPECT_TRUE(connection.hasUndone());
+    EXPECT_FALSE(connection.hasUndone());
+    {
+        ado::Transaction transaction(connection);
+        rows["nome"] = "perdido";
+        rows.Update();
+        EXPECT_TRUE(connection.inTransaction());
+        connection.Close();
+    }
+    EXPECT_FALSE(connection.inTransaction());
+    EXPECT_FALSE(connection.hasUndone());
+    connection.Open();
+    EXPECT_EQ(column("bancos", "nome").front(), "Banco do Norte");
+}
+
+TEST_P(ConnectionTest, WhatIsGatheredCanBeDiscarded) {
+    addSomeOfEach();
+    connection.flush();
+    Recordset list;
+    list.Open("select * from bancos where codigo>0", connection);
+    list["nome"] = "nunca gravado";
+    list.Update();
+    list.MoveNext();
+    list.Delete();
+    connection.discard();
+    list.Requery();
+    EXPECT_EQ(column(list, "nome"),
+              (std::vector<std::string>{"Banco do Norte", "Banco do Sul", "Agrário"}));
+    EXPECT_EQ(connection.database().tally().gathered, 0U);
 }
 
 TEST_P(ConnectionTest, ClosingUndoesATransactionLeftOpen) {

@@ -60,6 +60,9 @@ TEST_P(EditTest, ANewRowInAnEmptyTableIsCurrent) {
     EXPECT_TRUE(rows.EOF());
     rows.AddNew();
     EXPECT_FALSE(rows.EOF());
+    EXPECT_FALSE(rows.BOF());
+    EXPECT_EQ(errorOf([&] { rows.Delete(); }), Errc::misuse) << "it isn't stored yet";
+    EXPECT_EQ(rows.EditMode(), EditMode::Add);
     rows["numero"] = 5;
     rows.Update();
     EXPECT_FALSE(rows.EOF());
@@ -225,6 +228,14 @@ TEST_P(EditTest, ARowChangedByAnotherIsAConflict) {
     EXPECT_EQ(errorOf([&] { mine.Update(); }), Errc::conflict);
     EXPECT_EQ(other["cod_banco"].integer(), 6);
     mine.CancelUpdate();
+
+    // Changed after it was read, before it is deleted.
+    EXPECT_EQ(mine["cod_banco"].integer(), 6);
+    other["cod_banco"] = 8;
+    other.Update();
+    EXPECT_EQ(errorOf([&] { mine.Delete(); }), Errc::conflict);
+    EXPECT_EQ(mine.RecordCount(), 3);
+    mine.MoveFirst();
 
     // Read again: no conflict.
     mine["cod_banco"] = 5;

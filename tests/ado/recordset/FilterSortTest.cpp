@@ -114,6 +114,8 @@ TEST_P(FilterSortTest, JoinsAndComputedResultsHaveThemToo) {
     EXPECT_EQ(column(rows, "cliente"), (Strings{"3", "2", "1"}));
     rows.setFilter("total < 1000");
     EXPECT_EQ(column(rows, "cliente"), (Strings{"2", "1"}));
+    EXPECT_EQ(errorOf([&] { rows.setFilter("valor < 1000"); }), jet::Errc::notFound);
+    EXPECT_EQ(rows.Filter(), "total < 1000");
 }
 
 } // namespace

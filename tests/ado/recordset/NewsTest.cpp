@@ -74,6 +74,71 @@ TEST_P(NewsTest, ARollBackIsNewsToo) {
     EXPECT_EQ(column(some, "nome"), (Strings{"Agrário", "Banco do Norte", "Banco do Sul"}));
 }
 
+TEST_P(NewsTest, ARollBackUndoesChangesPastTheConnectionToo) {
+    Recordset some;
+    some.Open("select * from bancos where cod_banco>0 order by nome", connection);
+    connection.BeginTrans();
+    some["nome"] = "Zulu";
+    some.Update();
+    add("bancos", {
+                      {"cod_banco", std::int64_t{9}}
+    });
+    connection.RollbackTrans();
+    some.Requery();
+    EXPECT_EQ(column(some, "nome"), (Strings{"Agrário", "Banco do Norte", "Banco do Sul"}));
+}
+
+TEST_P(NewsTest, ATableWithoutAKeyIsWalkedAndListedInTheOrderOfItsRows) {
+    connection.database().createTable({
+        "avulsos", {{"n", jet::ColumnType::longInteger}, {"letra", jet::ColumnType::text, 1}},
+         {                                   }
+    });
+    Recordset whole;
+    whole.Open("avulsos", connection);
+    EXPECT_TRUE(whole.EOF());
+    EXPECT_EQ(errorOf([&] { whole.MoveLast(); }), jet::Errc::noCurrentRow);
+    EXPECT_TRUE(whole.BOF());
+    const std::pair<int, const char*> rows[] = {
+        {3, "a"},
+        {1, "b"},
+        {2, "c"},
+        {1, "d"}
+    };
+    for (const auto& [n, letter] : rows) {
+        whole.AddNew();
+        whole["n"] = n;
+        whole["letra"] = letter;
+        whole.Update();
+        EXPECT_EQ(whole["letra"].text(), letter);
+    }
+    Strings backwards;
+    for (whole.MoveLast(); !whole.BOF(); whole.MovePrevious())
+        backwards.push_back(whole["letra"].text());
+    EXPECT_EQ(backwards, (Strings{"d", "c", "b", "a"}));
+    EXPECT_FALSE(whole.EOF());
+
+    Recordset falling;
+    falling.Open("select * from avulsos where n>0 order by n desc", connection);
+    EXPECT_EQ(column(falling, "letra"), (Strings{"a", "c", "b", "d"}));
+    const auto set = [&](const char* letter, int n) {
+        whole.MoveFirst();
+        whole.Find("letra='" + std::string(letter) + "'");
+        whole["n"] = n;
+        whole.Update();
+        falling.Requery();
+    };
+    set("b", 2);
+    EXPECT_EQ(column(falling, "letra"), (Strings{"a", "b", "c", "d"}));
+    set("d", 3);
+    EXPECT_EQ(column(falling, "letra"), (Strings{"a", "d", "b", "c"}));
+    set("a", 2);
+    EXPECT_EQ(column(falling, "letra"), (Strings{"d", "a", "b", "c"}));
+    whole.Delete();
+    EXPECT_EQ(column(falling, "letra"), (Strings{"d", "b", "c"}));
+    whole.MoveNext();
+    EXPECT_EQ(whole["letra"].text(), "b");
+}
+
 TEST_P(NewsTest, ChangesPastTheConnectionAreSeenByRequery) {
     Recordset some;
     some.Open("select * from bancos where cod_banco>0", connection);

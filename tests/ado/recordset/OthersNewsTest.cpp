@@ -212,6 +212,62 @@ TEST_P(OthersNewsTest, AllMayBeDeletedAndOthersCome) {
     }
 }
 
+TEST_P(OthersNewsTest, BeforeTheFirstOfNoRowsIsBehindTheLastToo) {
+    for (Recordset* mine : open) {
+        mine->MoveFirst();
+        mine->MovePrevious();
+        EXPECT_FALSE(mine->EOF());
+    }
+    for (const char* row : {"codigo=1", "codigo=2", "codigo=3"})
+        deleted(row);
+    for (Recordset* mine : open) {
+        EXPECT_EQ(mine->RecordCount(), 0);
+        EXPECT_TRUE(mine->BOF());
+        EXPECT_TRUE(mine->EOF());
+    }
+}
+
+TEST_P(OthersNewsTest, ATableWithoutAKeyKeepsItsPlaceByTheRow) {
+    connection.database().createTable({"avulsos", {{"n", jet::ColumnType::longInteger}}, {}});
+    for (const std::int64_t n : {1, 2, 3})
+        add("avulsos", {
+                           {"n", n}
+        });
+    connection.flush();
+    Recordset mine;
+    mine.Open("avulsos", connection);
+    Recordset yours;
+    yours.Open("avulsos", other);
+    const auto deleteTheirs = [&](const char* row) {
+        yours.MoveFirst();
+        yours.Find(row);
+        yours.Delete();
+        other.flush();
+    };
+    mine.Find("n=2");
+    deleteTheirs("n=1");
+    EXPECT_EQ(mine["n"].integer(), 2);
+    deleteTheirs("n=2");
+    EXPECT_EQ(errorOf([&] { (void)mine["n"].value(); }), Errc::conflict);
+    mine.MoveNext();
+    EXPECT_EQ(mine["n"].integer(), 3);
+}
+
+TEST_P(OthersNewsTest, WhatIsLateIsTakenInWithAChangeOfOnesOwn) {
+    connection.database().setSnapshotHold(std::chrono::hours(1));
+    EXPECT_EQ(some.RecordCount(), 3);
+    added("Cerrado");
+    Recordset editor;
+    editor.Open("bancos", connection);
+    editor.AddNew();
+    editor["cod_banco"] = 8;
+    editor["nome"] = "Litoral";
+    editor.Update();
+    some.Requery();
+    EXPECT_EQ(column(some, "nome"),
+              (Strings{"Banco do Norte", "Banco do Sul", "Agrário", "Cerrado", "Litoral"}));
+}
+
 TEST_P(OthersNewsTest, AWalkGoesOnWhileOthersWrite) {
     int at = 0;
     Strings met;

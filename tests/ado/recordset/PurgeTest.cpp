@@ -192,6 +192,20 @@ TEST_P(PurgeTest, AJoinTakesManyDeletionsInAtOnce) {
     EXPECT_EQ(errorOf([&] { (void)joined["numero"].value(); }), Errc::noCurrentRow);
     joined.Requery();
     EXPECT_EQ(number(joined), 3);
+
+    // Those that it doesn't stand on are met where they were.
+    EXPECT_EQ(joined.RecordCount(), 4);
+    Recordset two;
+    two.Open("select * from cheques where lancamento=4 or lancamento=5", connection);
+    for (; !two.EOF(); two.MoveNext())
+        two.Delete();
+    EXPECT_EQ(number(joined), 3);
+    for (int i = 0; i < 2; ++i) {
+        joined.MoveNext();
+        EXPECT_EQ(errorOf([&] { (void)number(joined); }), Errc::conflict);
+    }
+    joined.MoveNext();
+    EXPECT_EQ(number(joined), 6);
 }
 
 TEST_P(PurgeTest, ANewRowInThePlaceOfADeletedOneIsNotTakenForIt) {

@@ -75,6 +75,7 @@ TEST_P(RecordsetTest, WalksBothWaysAndStopsOneBeyondEachEnd) {
         EXPECT_TRUE(rows.BOF());
         EXPECT_FALSE(rows.EOF());
         EXPECT_EQ(errorOf([&] { rows.MovePrevious(); }), Errc::noCurrentRow);
+        EXPECT_EQ(errorOf([&] { (void)rows["codigo"].value(); }), Errc::noCurrentRow);
         rows.MoveNext();
         EXPECT_EQ(at(), 1);
         rows.MoveLast();
@@ -118,6 +119,22 @@ TEST_P(RecordsetTest, AFieldThatTwoTablesHaveAsksForTheTable) {
               connection);
     EXPECT_EQ(rows["Cliente_Fornecedor.nome"].text(), "Ana");
     EXPECT_EQ(errorOf([&] { (void)rows["nome"]; }), Errc::notFound);
+    rows.Close();
+    EXPECT_EQ(
+        errorOf([&] { rows.Open("select nome from bancos, cliente_fornecedor", connection); }),
+        Errc::syntax);
+}
+
+TEST_P(RecordsetTest, AFieldMayBeAskedForWithItsTablesName) {
+    addSomeOfEach();
+    for (const char* source : {"select * from bancos as b order by codigo",
+                               "select distinct nome from bancos order by nome desc"}) {
+        Recordset rows;
+        rows.Open(source, connection);
+        rows.MoveLast();
+        EXPECT_EQ(rows["Bancos.Nome"].text(), "Agrário") << source;
+        EXPECT_EQ(errorOf([&] { (void)rows["cheques.nome"]; }), Errc::notFound) << source;
+    }
 }
 
 TEST_P(RecordsetTest, SeveralNamesForOneTableAreToldApart) {
@@ -173,6 +190,17 @@ TEST_P(RecordsetTest, AClosedRecordsetRefusesEverythingButOpening) {
     EXPECT_EQ(errorOf([&] { rows.Open("bancos", connection); }), Errc::misuse);
 }
 
+TEST_P(RecordsetTest, WhoUsesOneThatCouldntBeOpenedIsToldWhy) {
+    Recordset rows;
+    EXPECT_EQ(errorOf([&] { rows.Open("fornecedores", connection); }), Errc::notFound);
+    EXPECT_EQ(errorOf([&] { rows.MoveNext(); }), Errc::notFound);
+    EXPECT_EQ(errorOf([&] { (void)rows["nome"]; }), Errc::notFound);
+    rows.Open("bancos", connection);
+    EXPECT_TRUE(rows.EOF());
+    rows.Close();
+    EXPECT_EQ(errorOf([&] { rows.MoveNext(); }), Errc::misuse) << "which is long ago";
+}
+
 TEST_P(RecordsetTest, ACommandIsATableOrOneSelect) {
     for (const char* source : {"delete from bancos",
                                "update bancos set nome='x'",
@@ -213,6 +241,7 @@ TEST_P(RecordsetTest, ACommandIsATableOrOneSelect) {
     EXPECT_EQ(errorOf([&] { rows.Open("select * from pragma_table_list", connection); }),
               Errc::notFound);
     EXPECT_EQ(errorOf([&] { rows.Open("fornecedores", connection); }), Errc::notFound);
+    EXPECT_EQ(errorOf([&] { rows.Open("[de fora]", connection); }), Errc::notFound);
     EXPECT_EQ(errorOf([&] { rows.Open("select * from fornecedores", connection); }),
               Errc::notFound);
     EXPECT_EQ(errorOf([&] { rows.Open("select fantasia from bancos", connection); }),
@@ -231,6 +260,10 @@ TEST_P(RecordsetTest, ACommandIsATableOrOneSelect) {
               }),
               Errc::notFound);
     rows.Open("select * from bancos ; ", connection);
+    rows.Close();
+    rows.Open("[Bancos]", connection, ado::CursorType::Dynamic, ado::LockType::Optimistic,
+              ado::CommandType::Table);
+    EXPECT_EQ(rows.FieldCount(), 3U);
 }
 
 } // namespace

@@ -48,6 +48,29 @@ TEST_P(RulesTest, ANewRowTakesTheDefaultsOfFieldsNotAssigned) {
     EXPECT_FALSE(rows["cod_banco"].isNull());
 }
 
+TEST_P(RulesTest, AnEmptyBoxIsNullWhereTheFileTakesNoEmptyText) {
+    setRules(file(), "bancos",
+             {
+                 {.column = "nome", .allowZeroLength = false}
+    });
+    setRules(file(), "cheques",
+             {
+                 {.column = "agencia", .allowZeroLength = true}
+    });
+    Recordset rows;
+    rows.Open("bancos", connection);
+    rows["nome"] = "";
+    EXPECT_TRUE(rows["nome"].isNull());
+    EXPECT_EQ(rows["nome"].refusal(""), std::nullopt);
+    rows.Update();
+    EXPECT_TRUE(rows["nome"].isNull());
+    Recordset cheques;
+    cheques.Open("cheques", connection);
+    cheques["agencia"] = "";
+    cheques.Update();
+    EXPECT_EQ(cheques["agencia"].value(), jet::Value{std::string()});
+}
+
 TEST_P(RulesTest, ARefusedNewRowCanBeCorrectedOrGivenUp) {
     setRules(file(), "bancos",
              {
@@ -162,6 +185,67 @@ TEST_P(RulesTest, RowsThatGoByACascadeAreGoneForEveryRecordset) {
         EXPECT_NE(list["cliente"].integer(), 1);
     list.Requery();
     EXPECT_EQ(list.RecordCount(), before - static_cast<std::int64_t>(mine.size()));
+}
+
+/// In one format: what is remembered of changes has nothing to do with it.
+class ManyChangesTest : public RulesTest {};
+INSTANTIATE_TEST_SUITE_P(, ManyChangesTest, testing::Values(jet::Version::jet4), versionName);
+
+/// However many rows one change takes along, and so whether it is remembered which or not.
+TEST_P(ManyChangesTest, ListsShowAllRowsThatWentWithOne) {
+    file().createTable({"donos",
+                        {{"codigo", jet::ColumnType::longInteger}},
+                        {{"PrimaryKey", {{"codigo"}}, true}}});
+    file().createTable({
+        "itens",
+        {{"numero", jet::ColumnType::longInteger, 0, true}, {"dono", jet::ColumnType::longInteger}},
+        {{"PrimaryKey", {{"numero"}}, true},                {"dono", {{"dono"}}}                  }
+    });
+    addRelationship(file(), {"r",
+                             "itens",
+                             {"dono"},
+                             "donos",
+                             {"codigo"},
+                             FileRelationship::kCascadeUpdate | FileRelationship::kCascadeDelete});
+    add("donos", {
+                     {"codigo", std::int64_t{1}}
+    });
+    Recordset owner;
+    owner.Open("donos", connection);
+    Recordset whole;
+    whole.Open("itens", connection);
+    Recordset ordered;
+    ordered.Open("select * from itens where dono>0 order by dono, numero desc", connection);
+    int there = 0;
+    for (const int rows : {1'200, 4'500, 8'300}) {
+        SCOPED_TRACE(rows);
+        connection.BeginTrans();
+        for (; there < rows; ++there)
+            add("itens", {
+                             {"dono", owner["codigo"].value()}
+            });
+        connection.CommitTrans();
+        ordered.Requery();
+        owner["codigo"] = owner["codigo"].integer() + 1;
+        owner.Update();
+        owner.Requery();
+        const std::string of = "dono=" + owner["codigo"].text();
+        ordered.Requery();
+        EXPECT_EQ(ordered.RecordCount(), rows);
+        EXPECT_EQ(ordered["numero"].integer(), rows);
+        ordered.Find("not " + of);
+        EXPECT_TRUE(ordered.EOF());
+        whole.MoveFirst();
+        whole.Find("not " + of);
+        EXPECT_TRUE(whole.EOF());
+    }
+    ordered.MoveFirst();
+    whole.MoveFirst();
+    owner.Delete();
+    EXPECT_EQ(ordered.RecordCount(), 0);
+    EXPECT_EQ(whole.RecordCount(), 0);
+    ordered.Requery();
+    EXPECT_TRUE(ordered.EOF());
 }
 
 } // namespace

@@ -184,8 +184,46 @@ TEST_P(StationsTest, ARecordThatAnotherStationHasDeletedIsGone) {
     EXPECT_EQ(theirs.RecordCount(), 3);
 }
 
+TEST_P(StationsTest, AllWhoHaveWrittenSinceAreNamed) {
+    openBanks();
+    Connection stations[2];
+    for (Connection& station : stations)
+        station.Open(connectionString());
+    std::fstream lock(std::filesystem::path(connection.database().path()).replace_extension(".ldb"),
+                      std::ios::binary | std::ios::in | std::ios::out);
+    for (int user = 2; user <= 4; ++user) { // as if each were on a machine of its own
+        const std::string name = "CAIXA" + std::to_string(user);
+        lock.seekp((user - 1) * 64);
+        lock.write(name.c_str(), static_cast<std::streamsize>(name.size() + 1));
+    }
+    lock.flush();
+    const Shown before = show(mine, "2");
+    EXPECT_EQ(mine.byWhom(before), " por outra janela ou por outro programa");
+    const auto saveAt = [](Connection& station, const char* name) {
+        Recordset banks;
+        banks.Open("bancos", station);
+        save(station, banks, "2", name);
+    };
+    saveAt(other, "Dois");
+    EXPECT_TRUE(mine.isOther(before));
+    EXPECT_EQ(mine.byWhom(before), " por CAIXA2");
+    saveAt(stations[0], "Três");
+    EXPECT_TRUE(mine.isOther(before));
+    EXPECT_EQ(mine.byWhom(before), " por CAIXA2 ou CAIXA3");
+    saveAt(stations[1], "Quatro");
+    EXPECT_TRUE(mine.isOther(before));
+    EXPECT_EQ(mine.byWhom(before), " por CAIXA2, CAIXA3 ou CAIXA4");
+    EXPECT_FALSE(mine.isOther(mine.shown()));
+}
+
 TEST_P(StationsTest, WhatWasNeverShownIsNotChangedAsShown) {
     mine.Open("bancos", connection);
+    EXPECT_TRUE(mine.isOther(Shown()));
+    Recordset clients;
+    clients.Open("select * from cliente_fornecedor left join semfundos on "
+                 "semfundos.cliente=cliente_fornecedor.codigo where codigo=4",
+                 connection);
+    EXPECT_EQ(clients.shown("semfundos"), Shown()) << "she has none";
     EXPECT_EQ(errorOf([&] { mine.Edit({}); }), Errc::conflict);
     EXPECT_EQ(errorOf([&] { mine.Delete(Shown()); }), Errc::conflict);
     EXPECT_EQ(mine.EditMode(), ado::EditMode::None);

@@ -129,8 +129,11 @@ TEST(Convert, TextBecomesADate) {
               Value{jet::Date{day(2024, 2, 1).days + 0.25}});
     EXPECT_EQ(to(ColumnType::date, "01/02/2024 12:00:00"),
               Value{jet::Date{day(2024, 2, 1).days + 0.5}});
-    for (const char* wrong : {"", "12/31/2024", "30/02/2024", "01/02/24", "01/02/2024 25:00",
-                              "hoje", "01/02/2024x", "01/02/2024 10:00x", "01/02/2024 10"})
+    for (const char* wrong :
+         {"", "12/31/2024", "30/02/2024", "01/02/24", "01/02/2024 25:00", "hoje", "01/02/2024x",
+          "01/02/2024 10:00x", "01/02/2024 10", "01/02/2024 -1:00", "01/02/2024 10:-1",
+          "01/02/2024 10:60", "01/02/2024 10:00:-1", "01/02/2024 10:00:60", "-1/02/2024",
+          "01/02/-024"})
         EXPECT_EQ(errorOf([&] { (void)to(ColumnType::date, wrong); }), Errc::outOfRange) << wrong;
     EXPECT_EQ(errorOf([] { (void)to(ColumnType::date, Value{1e9}); }), Errc::outOfRange);
 }
@@ -147,6 +150,10 @@ TEST(Convert, OtherTypesBecomeEachOtherWhereNothingIsLost) {
     EXPECT_EQ(to(ColumnType::text, Value{std::int64_t{12}}), Value{std::string("12")});
     EXPECT_EQ(to(ColumnType::text, Value{}), Value{});
     EXPECT_EQ(to(ColumnType::real, "1.234,5"), Value{1234.5});
+    EXPECT_EQ(to(ColumnType::real, "-0,5"), Value{-0.5});
+    EXPECT_EQ(errorOf([] { (void)to(ColumnType::real, std::string(400, '9').c_str()); }),
+              Errc::outOfRange)
+        << "more than a number can be";
 }
 
 TEST(Convert, TextIsAsTheOperatorReadsIt) {
@@ -157,6 +164,10 @@ TEST(Convert, TextIsAsTheOperatorReadsIt) {
               "-922337203685477,5808");
     EXPECT_EQ(ado::asText(Value{day(2024, 2, 1)}), "01/02/2024");
     EXPECT_EQ(ado::asText(Value{jet::Date{day(2024, 2, 1).days + 0.5}}), "01/02/2024 12:00:00");
+    EXPECT_EQ(ado::asText(Value{jet::Date{day(2024, 2, 1).days + 5.0 / 1440}}),
+              "01/02/2024 00:05:00");
+    EXPECT_EQ(ado::asText(Value{jet::Date{day(2024, 2, 1).days + 7.0 / 86400}}),
+              "01/02/2024 00:00:07");
     EXPECT_EQ(ado::asText(Value{0.5}), "0,5");
     EXPECT_EQ(ado::asText(Value{true}), "Verdadeiro");
 }

@@ -1,0 +1,287 @@
+// What recordsets make of a disk that fails, and of another station that writes, at whatever
+// moment.
+#include "ado/Shop.h"
+#include "jet/MemoryDisk.h"
+
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <set>
+
+namespace {
+
+using ado::Connection;
+using ado::Recordset;
+using jet::Errc;
+using Strings = std::vector<std::string>;
+
+/// The shop's file on a disk in memory. In one format: what a disk does has nothing to do with it.
+class DiskTroubleTest : public Shop {
+protected:
+    DiskTroubleTest() {
+        addSomeOfEach();
+        connection.Close();
+        std::ifstream in(folder / "automacao.mdb", std::ios::binary);
+        const std::string bytes(std::istreambuf_iterator<char>(in), {});
+        jet::Bytes& copy = image[path()];
+        for (const char c : bytes)
+            copy.push_back(static_cast<std::byte>(c));
+    }
+    [[nodiscard]] std::string path() const { return (folder / "automacao.mdb").string(); }
+    void open(Connection& station, MemoryDisk& disk) const {
+        station.setDisk(disk);
+        station.Open(connectionString());
+    }
+    static Strings answer(Connection& station, const std::string& statement, const char* field) {
+        Recordset rows;
+        rows.Open(statement, station);
+        return column(rows, field);
+    }
+
+    DiskImage image;
+};
+INSTANTIATE_TEST_SUITE_P(, DiskTroubleTest, testing::Values(jet::Version::jet4));
+
+TEST_P(DiskTroubleTest, WhatIsReadIsRightOrAnErrorWhicheverCallOfTheDiskFails) {
+    const std::pair<const char*, std::function<Strings(Connection&)>> readings[] = {
+        {"a whole table, searched",
+         [](Connection& station) {
+             Recordset rows;
+             rows.Open("cheques", station);
+             rows.Find("numero='A-77'");
+             Strings found{rows["lancamento"].text()};
+             rows.MoveLast();
+             found.push_back(rows["numero"].text());
+             rows.MovePrevious();
+             found.push_back(rows["numero"].text());
+             return found;
+         }},
+        {"a list, filtered, sorted and asked for anew",
+         [](Connection& station) {
+             Recordset rows;
+             rows.Open("select * from cheques where bompara>#01/05/2024#", station);
+             rows.setFilter("valor>1");
+             rows.setSort("numero desc");
+             rows.Requery();
+             rows.Find("cliente=1");
+             return Strings{rows["lancamento"].text(), std::to_string(rows.RecordCount())};
+         }},
+        {"a join",
+         [](Connection& station) {
+             return answer(station,
+                           "select * from cheques inner join bancos on "
+                           "cheques.banco=bancos.codigo order by lancamento",
+                           "bancos.nome");
+         }},
+        {"sums",
+         [](Connection& station) {
+             return answer(station,
+                           "select cliente, sum(valor) as total from cheques group by cliente",
+                           "total");
+         }},
+        {"rows of which the second is long in coming",
+         [](Connection& station) {
+             return answer(station,
+                           "select b1.codigo from bancos as b1, bancos as b2, bancos as b3, bancos "
+                           "as b4, bancos as b5, bancos as b6, bancos as b7, bancos as b8, bancos "
+                           "as b9 where +b2.codigo+b3.codigo+b4.codigo+b5.codigo+b6.codigo+"
+                           "b7.codigo+b8.codigo+b9.codigo=8 and +b1.codigo<>2",
+                           "codigo");
+         }},
+    };
+    for (const auto& [name, read] : readings) {
+        SCOPED_TRACE(name);
+        Strings expected;
+        {
+            MemoryDisk disk(image);
+            Connection station;
+            open(station, disk);
+            expected = read(station);
+        }
+        bool met = true;
+        for (std::uint64_t call = 1; met; ++call) {
+            MemoryDisk disk(image);
+            Connection station;
+            open(station, disk);
+            const std::uint64_t before = disk.calls();
+            disk.failFrom(before + call, false, EIO);
+            try {
+                EXPECT_EQ(read(station), expected) << call;
+            } catch (const jet::Error& error) {
+                EXPECT_EQ(error.code(), Errc::io) << call << ": " << error.what();
+            }
+            met = disk.calls() >= before + call;
+            disk.failNoMore();
+            EXPECT_EQ(read(station), expected) << "afterwards, " << call;
+        }
+    }
+}
+
+TEST_P(DiskTroubleTest, AConnectionThatCantWriteAtItsEndGoesInSilence) {
+    MemoryDisk disk(image);
+    {
+        Connection station;
+        open(station, disk);
+        Recordset rows;
+        rows.Open("bancos", station);
+        rows["nome"] = "perdido";
+        rows.Update();
+        disk.failFrom(disk.calls() + 1, true, EIO);
+    }
+    disk.failNoMore();
+    Connection station;
+    open(station, disk);
+    EXPECT_EQ(answer(station, "bancos", "nome").front(), "Banco do Norte");
+}
+
+TEST_P(DiskTroubleTest, WhoOnlyReadsIsNotToldThatWhatIsDueCantBeWritten) {
+    MemoryDisk disk(image);
+    Connection station;
+    open(station, disk);
+    Recordset rows;
+    rows.Open("bancos", station);
+    rows["nome"] = "Meu";
+    rows.Update();
+    int tried = 0;
+    disk.failing = [&](const std::string& name) {
+        const bool journal = name.ends_with("-journal");
+        tried += journal ? 1 : 0;
+        return journal;
+    };
+    while (tried == 0) // until it is old enough to be due
+        rows.MoveFirst();
+    EXPECT_EQ(rows["nome"].text(), "Meu");
+    EXPECT_NE(errorOf([&] { station.flush(); }), Errc::conflict);
+    disk.failing = {};
+    station.flush();
+    Connection other;
+    open(other, disk);
+    EXPECT_EQ(answer(other, "bancos", "nome").front(), "Meu");
+}
+
+/// Two stations on one disk: the second does something just when the first, in the middle of its
+/// own work, is about to look at the file for the n-th time.
+class AtAnyMoment : public DiskTroubleTest {
+protected:
+    using Work = std::function<void(Recordset&)>;
+    static constexpr const char* kList = "select * from bancos where cod_banco<1000 order by nome";
+
+    void expectTheNewest(const Work& theirs, const Work& mine) const {
+        bool met = true;
+        for (int look = 1; met; ++look) {
+            SCOPED_TRACE(look);
+            MemoryDisk disk(image);
+            Connection station;
+            open(station, disk);
+            Connection other;
+            open(other, disk);
+            Recordset list;
+            list.Open(kList, station);
+            Recordset whole;
+            whole.Open("bancos", station);
+            whole["nome"] = "Aa";
+            whole.Update();
+            station.flush();
+            met = false;
+            atLook(disk, look, [&] {
+                met = true;
+                Recordset banks;
+                banks.Open("bancos", other);
+                theirs(banks);
+                other.flush();
+            });
+            try {
+                mine(list);
+            } catch (const jet::Error& error) {
+                EXPECT_EQ(error.code(), Errc::conflict) << error.what();
+                list.CancelUpdate();
+            }
+            disk.onRead = {};
+            disk.onLock = {};
+            station.flush();
+            list.Requery();
+            const Strings stored = answer(other, kList, "nome");
+            EXPECT_EQ(column(list, "nome"), stored);
+            EXPECT_EQ(answer(station, kList, "nome"), stored);
+            EXPECT_EQ(answer(other, "bancos", "nome").size(),
+                      static_cast<std::size_t>(whole.RecordCount()));
+        }
+    }
+
+private:
+    /// Before the `look`-th look at the file or for a lock of those that hold nothing of the file.
+    static void atLook(MemoryDisk& disk, int look, const std::function<void()>& work) {
+        struct State {
+            std::set<std::uint64_t> held;
+            int looks = 0;
+        };
+        const auto state = std::make_shared<State>();
+        const auto pass = [=] {
+            if (state->looks < look && state->held.empty() && ++state->looks == look)
+                work();
+        };
+        disk.onRead = [=](std::uint64_t) { pass(); };
+        disk.onLock = [=](std::uint64_t byte) {
+            pass();
+            if (!state->held.insert(byte).second)
+                state->held.erase(byte);
+        };
+    }
+};
+INSTANTIATE_TEST_SUITE_P(, AtAnyMoment, testing::Values(jet::Version::jet4));
+
+TEST_P(AtAnyMoment, WhatAnotherStationDoesIsSeenOrAConflict) {
+    const std::pair<const char*, Work> theirs[] = {
+        {"a row is deleted",
+         [](Recordset& banks) {
+             banks.Find("codigo=2");
+             banks.Delete();
+         }},
+        {"a row gets another place",
+         [](Recordset& banks) {
+             banks.Find("codigo=3");
+             banks["nome"] = "Zz";
+             banks.Update();
+         }},
+        {"a row is added",
+         [](Recordset& banks) {
+             banks.AddNew();
+             banks["cod_banco"] = 5;
+             banks["nome"] = "Bb";
+             banks.Update();
+         }},
+    };
+    const std::pair<const char*, Work> mine[] = {
+        {"asks anew",        [](Recordset& list) { list.Requery(); }                },
+        {"walks to the end",
+         [](Recordset& list) {
+             for (; !list.EOF(); list.MoveNext())
+                 EXPECT_FALSE(list["nome"].text().empty());
+         }                                                                          },
+        {"looks for a row",
+         [](Recordset& list) {
+             list.Find("nome='Agrário'");
+             if (!list.EOF())
+                 list["cod_banco"] = 34;
+             list.Update();
+         }                                                                          },
+        {"deletes the last", [](Recordset& list) { list.MoveLast(), list.Delete(); }},
+        {"adds one",
+         [](Recordset& list) {
+             list.AddNew();
+             list["cod_banco"] = 6;
+             list["nome"] = "Cc";
+             list.Update();
+         }                                                                          },
+    };
+    for (const auto& [what, work] : theirs) {
+        SCOPED_TRACE(what);
+        for (const auto& [ours, reaction] : mine) {
+            SCOPED_TRACE(ours);
+            expectTheNewest(work, reaction);
+        }
+    }
+}
+
+} // namespace
