@@ -197,7 +197,7 @@ void FrmLocCHTerceiros::lstterceiros_ItemClick(const QString& /*chave*/, int lin
 // Deliberate: nothing is asked before and nothing is said afterwards.
 void FrmLocCHTerceiros::cmdsalvar_Click() {
     Alterados alterados;
-    Mirtal::excluirMuitos("baixado", [&] { alterados = baixarMarcados(); });
+    Mirtal::excluirMuitos("baixado", Historico::kBaixa, [&] { alterados = baixarMarcados(); });
     if (!alterados.lancamentos.isEmpty())
         return mostrarAlterados(alterados);
     // An emptied list says that all of it is stored.

@@ -125,6 +125,8 @@ void FrmRenegociar::CmdIncluir_Click() {
     ado::Recordset& rs = dbconectar::instance().rsCheques;
     rs.Find("lancamento=" + txtlancamento->text());
     if (!rs.EOF()) {
+        const Historico::Operacao operacao(dbconectar::instance().historico,
+                                           Historico::kRenegociacao);
         ado::Transaction gravacao(dbconectar::instance().Automacao);
         rs.Edit(visto_);
         rs["bompara "] = Valores::data(txtnovo_vencto->value()); // the shop's name for it: bompara

@@ -64,7 +64,7 @@ void FrmApagar::cmdExcluir_Click() {
         }
         comando += " and banco=" + QString::number(*codigo);
     }
-    Mirtal::excluirMuitos("excluído", [&] { excluir(comando); });
+    Mirtal::excluirMuitos("excluído", Historico::kExpurgo, [&] { excluir(comando); });
     Mirtal::mensagem("");
     showMessage("Operação concluída !", "Mensagem", MessageIcon::information);
     txtdtinicial->setValue(QDate::currentDate());

@@ -19,6 +19,7 @@
 #include <QKeyEvent>
 #include <QMdiSubWindow>
 #include <QMenuBar>
+#include <QPointer>
 #include <QSettings>
 #include <QToolBar>
 #include <QWindow>
@@ -108,6 +109,10 @@ void MDICheques::resizeEvent(QResizeEvent* event) {
 
 void MDICheques::avisar() {
     StatusBar1->mostrarConsulta();
+    dbconectar::instance().historico.aoAvisar([barra = QPointer(StatusBar1)](const QString& texto) {
+        if (barra)
+            barra->mostrarNoticia(texto);
+    });
     jet::Database& base = dbconectar::instance().Automacao.database();
     for (const auto& aviso : {base.notice(), base.readOnlyReason()})
         if (aviso)

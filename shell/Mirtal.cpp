@@ -80,7 +80,8 @@ void apagarPorChave(const QString& tabela, const QString& campo, const QString& 
     exclusao.commit();
 }
 
-void excluirMuitos(const char* feito, const std::function<void()>& trabalho) {
+void excluirMuitos(const char* feito, const char* operacao, const std::function<void()>& trabalho) {
+    const Historico::Operacao juntos(dbconectar::instance().historico, operacao);
     dbconectar& dados = dbconectar::instance();
     dados.Automacao.flush(); // what waits from before isn't part of it
     const std::uint64_t antes = dados.Automacao.database().tally().written;

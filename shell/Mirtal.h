@@ -47,9 +47,9 @@ void apagarPorChave(const QString& tabela, const QString& campo, const QString& 
 
 /// Runs work that deletes many cheques one by one and returns when the disk has all of it. Where it
 /// can't go on, what isn't on the disk is undone, and the error says how many cheques are gone.
-/// `feito` is what was done with them: "excluído".
+/// `feito` is what was done with them: "excluído"; `operacao` is what the history calls it.
 /// @throws what the work or the writing throws.
-void excluirMuitos(const char* feito, const std::function<void()>& trabalho);
+void excluirMuitos(const char* feito, const char* operacao, const std::function<void()>& trabalho);
 
 /// Lists a recordset: an entry for each row, showing `campo`, with the whole number of `campoChave`
 /// as its item data. Sorts the recordset by `campo` and leaves it past its end. Lets the windows

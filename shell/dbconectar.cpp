@@ -76,6 +76,7 @@ void dbconectar::descartar() { unico().reset(); }
 dbconectar::dbconectar() {
     const QString arquivo = Mirtal::DatabaseFolder + kArquivo;
     Automacao.setConnectionString(kProvedor + ado::quotedValue(arquivo.toStdString()));
+    Automacao.setRecorder(&historico);
 }
 
 dbconectar::~dbconectar() { setBeforeMessages({}); }

@@ -2,6 +2,7 @@
 
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
+#include "shell/Historico.h"
 
 #include <QString>
 #include <QStringList>
@@ -46,6 +47,8 @@ public:
     /// Closes rsCheques, rsCliente, rsBancos, rsSemFundos and the connection, in this order.
     void fechar();
 
+    // Before what records in it.
+    Historico historico{Automacao};
     // Before the recordsets: these go first.
     ado::Connection Automacao;
     ado::Recordset

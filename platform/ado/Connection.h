@@ -9,6 +9,7 @@
 
 namespace ado {
 
+class Recorder;
 class Recordset;
 class Session;
 
@@ -64,6 +65,10 @@ public:
     /// idle, every half second or so. Does nothing if closed.
     void flushIfDue();
 
+    /// Who keeps a record of what is changed through this connection from the next Open() on, or
+    /// null for nobody; outlives it. See Recorder.h.
+    void setRecorder(Recorder* recorder) noexcept { recorder_ = recorder; }
+
     /// The open file. @throws Error{misuse} if closed.
     [[nodiscard]] jet::Database& database() const;
 
@@ -73,6 +78,7 @@ private:
 
     std::string string_;
     jet::Disk* disk_ = nullptr;        ///< null: the system's
+    Recorder* recorder_ = nullptr;
     std::unique_ptr<Session> session_; ///< null when closed
 };
 

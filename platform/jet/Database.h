@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <map>
 
 namespace jet {
@@ -96,6 +97,10 @@ public:
     /// @throws Error{locked, readOnly}.
     void claim();
     [[nodiscard]] bool inTransaction() const noexcept;
+    /// Several changes as one, in a transaction or outside: all of them are kept or none, they are
+    /// written together, and they count as one (see Tally).
+    /// @throws what `changes` throws, and as claim().
+    void asOne(const std::function<void()>& changes);
 
     /// Changes made outside an explicit transaction are gathered and written together, at the
     /// latest when they are half a second old: by the next change, or by this function, which who

@@ -84,6 +84,14 @@ protected:
             }
             return found;
         }
+        /// How many cheques are gone by the history.
+        std::size_t recorded() {
+            if (!base_.database().hasTable(Historico::kTabela))
+                return 0;
+            ado::Recordset history;
+            history.Open(Historico::kTabela, base_);
+            return static_cast<std::size_t>(history.RecordCount());
+        }
         /// Begins to save and doesn't end: others wait for ten seconds, then give up.
         void hold() {
             base_.BeginTrans();
@@ -141,6 +149,7 @@ protected:
         Station other(*this);
         const Strings all = other.cheques();
         std::size_t partly = 0;
+        std::size_t goneInAll = 0;
         for (int write = 0;; ++write) {
             SCOPED_TRACE("write " + std::to_string(write));
             failed_.clear();
@@ -148,6 +157,8 @@ protected:
             work();
             disk_.refused.clear();
             const Strings left = other.cheques();
+            goneInAll += all.size() - left.size();
+            EXPECT_EQ(other.recorded(), goneInAll);
             expectSound();
             restart();
             if (failed_.empty()) {
@@ -196,11 +207,14 @@ protected:
     template <class Work>
     void killAtEachWrite(Work&& work) {
         Station other(*this);
+        std::size_t goneInAll = 0;
         for (int write = 0;; ++write) {
             SCOPED_TRACE("write " + std::to_string(write));
             const bool killed = killAt(write, work);
             const Strings left = other.cheques();
             EXPECT_THAT(left, testing::IsSubsetOf({"1", "2", "3", "4", "5"}));
+            goneInAll += 5 - left.size();
+            EXPECT_EQ(other.recorded(), goneInAll);
             expectSound();
             if (!killed) {
                 EXPECT_GT(write, 3);

@@ -185,6 +185,20 @@ TEST_F(MainWindow, F7OpensTheAgendaAndF8TheHistoryFromAnyWindow) {
     EXPECT_EQ(seen, 4);
 }
 
+TEST_F(MainWindow, TellsAmongTheNewsThatNoHistoryIsKept) {
+    auto& window = openMain();
+    window.avisar();
+    data().Automacao.database().createTable(
+        {.name = Historico::kTabela,
+         .columns = {{.name = "id", .type = jet::ColumnType::longInteger}},
+         .indexes = {}});
+    given("cheques", {{{"numero", words("1")}}});
+    data().rsCheques.MoveFirst();
+    data().rsCheques.Delete();
+    EXPECT_EQ(text(window, "pnlNoticia"), "O histórico não está sendo gravado: a tabela "
+                                          "\"valtrino_historico\" é de outro programa.");
+}
+
 TEST_F(MainWindow, OpensTheClientsModallyFromMenuAndToolbar) {
     openMain();
     for (const char* name : {"mnucli", "clientes"}) {

@@ -25,7 +25,7 @@ void Connection::setConnectionString(const Text& text) { string_ = text.utf8(); 
 void Connection::Open() {
     if (session_)
         throw Error(Errc::misuse, "A conexão com o banco de dados já está aberta.");
-    session_ = std::make_unique<Session>(existingFile(dataSource(string_)), disk_);
+    session_ = std::make_unique<Session>(existingFile(dataSource(string_)), disk_, recorder_);
 }
 
 void Connection::Open(const Text& connectionString) {

@@ -21,8 +21,8 @@ jet::Database::Options on(jet::Disk* disk) {
 
 } // namespace
 
-Session::Session(const std::filesystem::path& path, jet::Disk* disk)
-    : database_(path, on(disk)), engine_(database_), generation_(database_.generation()),
+Session::Session(const std::filesystem::path& path, jet::Disk* disk, Recorder* recorder)
+    : database_(path, on(disk)), engine_(database_), recorder_(recorder), generation_(database_.generation()),
       refreshes_(database_.refreshes()) {}
 
 void Session::closeUsers() {
@@ -68,9 +68,26 @@ void Session::note(const std::vector<jet::Cascaded>& others) {
               other.erased ? RowChange::Kind::erased : RowChange::Kind::changed});
 }
 
+/// Makes one row's change, which says where the row is afterwards, and has it recorded.
+template <class Change>
+void Session::recorded(const jet::Table& table, std::optional<jet::RowId> before, Change&& change) {
+    if (!recorder_ || !recorder_->keeps(table, !before)) {
+        change();
+        return;
+    }
+    database_.asOne([&] {
+        const auto was = before ? table.read(*before) : std::nullopt;
+        const std::optional<jet::RowId> after = change();
+        settle(); // so that the record isn't taken for a stranger's work
+        const auto is = after ? table.read(*after) : std::nullopt;
+        recorder_->changed(table, was ? &*was : nullptr, is ? &*is : nullptr);
+    });
+}
+
 jet::RowId Session::insert(jet::Table& table, std::span<const jet::Assignment> given) {
     lookForStrangers();
-    const jet::RowId row = table.insert(given);
+    jet::RowId row;
+    recorded(table, std::nullopt, [&] { return std::optional(row = table.insert(given)); });
     note({&table, row, RowChange::Kind::added});
     return row;
 }
@@ -78,14 +95,22 @@ jet::RowId Session::insert(jet::Table& table, std::span<const jet::Assignment> g
 void Session::update(jet::Table& table, jet::RowId row, std::span<const jet::Assignment> changes,
                      std::optional<std::uint64_t> expected) {
     lookForStrangers();
-    const auto others = table.update(row, changes, expected);
+    std::vector<jet::Cascaded> others;
+    recorded(table, row, [&] {
+        others = table.update(row, changes, expected);
+        return std::optional(row);
+    });
     note({&table, row, RowChange::Kind::changed});
     note(others);
 }
 
 void Session::erase(jet::Table& table, jet::RowId row, std::optional<std::uint64_t> expected) {
     lookForStrangers();
-    const auto others = table.erase(row, expected);
+    std::vector<jet::Cascaded> others;
+    recorded(table, row, [&]() -> std::optional<jet::RowId> {
+        others = table.erase(row, expected);
+        return std::nullopt;
+    });
     note({&table, row, RowChange::Kind::erased});
     note(others);
 }

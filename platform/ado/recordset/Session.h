@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ado/Recorder.h"
 #include "ado/engine/Engine.h"
 #include "jet/Database.h"
 
@@ -43,8 +44,8 @@ protected:
 /// engine's own users): then a new epoch begins, and every recordset's next Requery() reads all.
 class Session {
 public:
-    /// `disk` is null for the system's.
-    Session(const std::filesystem::path& path, jet::Disk* disk);
+    /// `disk` is null for the system's, `recorder` for none.
+    Session(const std::filesystem::path& path, jet::Disk* disk, Recorder* recorder);
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
@@ -85,11 +86,14 @@ private:
     void beginEpoch();
     void end(void (jet::Database::*way)());
     void settle();
+    template <class Change>
+    void recorded(const jet::Table& table, std::optional<jet::RowId> before, Change&& change);
     void note(const RowChange& change);
     void note(const std::vector<jet::Cascaded>& others);
 
     jet::Database database_;
     Engine engine_;
+    Recorder* recorder_;
     std::vector<SessionUser*> users_; ///< in the order in which they came
 
     std::uint64_t generation_; ///< of the file when last looked at

@@ -225,6 +225,7 @@ Table& Database::createTable(const TableSpec& spec) {
         begin();
     try {
         claim();
+        const UnitOfWork::Part uncounted(parts_->work); // it is no row
         if (hasTable(spec.name))
             throw Error(Errc::exists, "A tabela \"" + spec.name + "\" já existe.");
         Table& objects = this->table("MSysObjects");
@@ -274,6 +275,10 @@ void Database::commit() { parts_->work.commit(); }
 void Database::commitLater() { parts_->work.commitLater(); }
 void Database::claim() { const auto change = parts_->change(); }
 bool Database::inTransaction() const noexcept { return parts_->work.isOpen(); }
+void Database::asOne(const std::function<void()>& changes) {
+    const auto change = parts_->change();
+    parts_->work.run(changes);
+}
 void Database::flushIfDue() { parts_->work.flushIfDue(); }
 void Database::flush() { parts_->work.flush(); }
 void Database::discard() noexcept { parts_->work.discard(); }

@@ -68,6 +68,8 @@ UnitOfWork::Change::~Change() {
 
 void UnitOfWork::keep(Pager::Statement& undo) {
     undo.keep();
+    if (running_ > 1)
+        return;
     if (isOpen())
         ++changes_;
     else

@@ -102,10 +102,24 @@ public:
         UnitOfWork& work_;
     };
 
-    /// Runs one change: all of it happens and is kept, or nothing.
+    /// While one lives, changes are parts of another one and not counted.
+    class Part {
+    public:
+        explicit Part(UnitOfWork& work) noexcept : work_(work) { ++work.running_; }
+        Part(const Part&) = delete;
+        Part& operator=(const Part&) = delete;
+        ~Part() { --work_.running_; }
+
+    private:
+        UnitOfWork& work_;
+    };
+
+    /// Runs one change: all of it happens and is kept, or nothing. One inside another is a part of
+    /// that: the outer one may still undo it.
     template <class Body>
     auto run(Body&& change) {
         const Change changing(*this);
+        const Part part(*this);
         Pager::Statement undo(pager_);
         if constexpr (std::is_void_v<decltype(change())>) {
             change();
@@ -161,6 +175,7 @@ private:
     bool untold_ = false; ///< see tellOvertaken()
     bool flushing_ = false;
     unsigned changing_ = 0; ///< changes that live, one inside the other
+    unsigned running_ = 0;  ///< those that are run
     std::chrono::steady_clock::time_point gatheredSince_{};
     std::chrono::steady_clock::time_point askedForWaiting_{};
 };

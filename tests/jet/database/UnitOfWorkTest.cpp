@@ -252,6 +252,33 @@ TEST_P(InEachState, AChangeThatFailsLeavesEverythingAsItWas) {
     EXPECT_EQ(pager.inTransaction(), GetParam() != State::idle);
 }
 
+TEST_P(InEachState, ChangesThatMakeUpOneAreKeptOrUndoneTogetherAndCountAsOne) {
+    bringTo(GetParam(), false);
+    const int before = seen();
+    const std::uint64_t gathered = work.gathered();
+    EXPECT_EQ(errorOf([&] {
+                  work.run([&] {
+                      set(3);
+                      throw Error(Errc::rule, "no");
+                  });
+              }),
+              Errc::rule);
+    EXPECT_EQ(seen(), before);
+    EXPECT_EQ(work.state(), GetParam());
+    EXPECT_EQ(work.gathered(), gathered);
+    work.run([&] {
+        set(3);
+        set(4);
+    });
+    EXPECT_EQ(seen(), 4);
+    if (work.isOpen())
+        work.commit();
+    else
+        work.flush();
+    EXPECT_EQ(work.written(), gathered + 1);
+    EXPECT_EQ(stored(), 4);
+}
+
 TEST_P(InEachState, AnotherWhoWritesFirstUndoesOnlyWhatIsGathered) {
     const bool isOpen = GetParam() == State::open || GetParam() == State::openOnGathered;
     const bool loses = GetParam() != State::idle && GetParam() != State::open;

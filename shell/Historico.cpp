@@ -1,0 +1,199 @@
+#include "shell/Historico.h"
+
+#include "ado/Connection.h"
+#include "jet/Error.h"
+#include "jet/Names.h"
+#include "shell/RegistroEmTexto.h"
+
+#include <QSysInfo>
+
+#include <algorithm>
+#include <limits>
+#include <random>
+#include <utility>
+
+namespace {
+
+using jet::ColumnType;
+using jet::Errc;
+
+constexpr char kRecebidos[] = "cheques";
+constexpr char kDevolvidos[] = "semfundos";
+
+/// What is copied out of the row, where the table has it.
+constexpr const char* kCopiados[] = {"lancamento", "cliente", "banco",  "numero",
+                                     "valor",      "data",    "bompara"};
+
+const jet::TableSpec& estrutura() {
+    static const jet::TableSpec spec{
+        .name = Historico::kTabela,
+        .columns = {{.name = "id", .type = ColumnType::longInteger, .autonumber = true},
+                    {.name = "grupo", .type = ColumnType::longInteger},
+                    {.name = "quando", .type = ColumnType::date},
+                    {.name = "estacao", .type = ColumnType::text, .width = 64},
+                    {.name = "operacao", .type = ColumnType::text, .width = 20},
+                    {.name = "tabela", .type = ColumnType::text, .width = 64},
+                    {.name = "lancamento", .type = ColumnType::longInteger},
+                    {.name = "cliente", .type = ColumnType::longInteger},
+                    {.name = "banco", .type = ColumnType::longInteger},
+                    {.name = "numero", .type = ColumnType::text, .width = 255},
+                    {.name = "valor", .type = ColumnType::currency},
+                    {.name = "data", .type = ColumnType::date},
+                    {.name = "bompara", .type = ColumnType::date},
+                    {.name = "antes", .type = ColumnType::memo},
+                    {.name = "depois", .type = ColumnType::memo},
+                    {.name = "desfeito_por", .type = ColumnType::longInteger}},
+        .indexes = {{.name = "PrimaryKey", .columns = {{"id"}}, .primary = true},
+                    {.name = "grupo", .columns = {{"grupo"}}},
+                    {.name = "quando", .columns = {{"quando"}}}}
+    };
+    return spec;
+}
+
+bool temEstrutura(const jet::Table& tabela) {
+    return std::ranges::all_of(estrutura().columns, [&](const jet::ColumnSpec& campo) {
+        const auto onde = tabela.findColumn(campo.name);
+        return onde && tabela.columns()[*onde].type == campo.type;
+    });
+}
+
+/// Whether the shop's work can go on where that keeps its history from being kept. What the disk or
+/// another station refuse, they will refuse the work as well.
+bool soDoHistorico(Errc causa) {
+    switch (causa) {
+    case Errc::io:
+    case Errc::full:
+    case Errc::locked:
+    case Errc::conflict:
+    case Errc::gone:
+        return false;
+    default:
+        return true;
+    }
+}
+
+} // namespace
+
+Historico::Operacao::Operacao(Historico& historico, const char* nome) : historico_(historico) {
+    historico.operacao_ = nome;
+    historico.grupo_ = 0;
+}
+
+Historico::Operacao::~Operacao() {
+    historico_.operacao_ = nullptr;
+    historico_.grupo_ = 0;
+}
+
+void Historico::aoAvisar(std::function<void(const QString&)> avisar) {
+    avisar_ = std::move(avisar);
+}
+
+bool Historico::legivel() const {
+    jet::Database& base = base_.database();
+    return base.hasTable(kTabela) && temEstrutura(base.table(kTabela));
+}
+
+// ---- what keeps it from being kept
+
+/// Does what is the history's alone. @return false if that can't be done, which is told then.
+template <class Trabalho>
+bool Historico::semParar(Trabalho&& trabalho) {
+    try {
+        trabalho();
+        return true;
+    } catch (const jet::Error& erro) {
+        if (!soDoHistorico(erro.code()) || base_.database().readOnlyReason())
+            throw;
+        impedimento_ = QString("O histórico não está sendo gravado: %1").arg(erro.what());
+        if (avisar_)
+            avisar_(impedimento_);
+        return false;
+    }
+}
+
+bool Historico::keeps(const jet::Table& table, bool isNew) {
+    const std::string nome = jet::foldedName(table.name());
+    // A received cheque that comes in is none of it; one that comes back is.
+    const bool guardada = nome == kDevolvidos || (nome == kRecebidos && (!isNew || operacao_));
+    if (!guardada || !impedimento_.isEmpty() || base_.database().hasTable(kDesligado))
+        return false;
+    return semParar([this] { preparar(); });
+}
+
+/// The table, and the recordset on it. Another station may have made it meanwhile, and a
+/// transaction that was undone may have taken it along.
+void Historico::preparar() {
+    jet::Database& base = base_.database();
+    if (!base.hasTable(kTabela)) {
+        std::optional<ado::Transaction> propria;
+        if (!base.inTransaction())
+            propria.emplace(base_);
+        base.claim();
+        if (!base.hasTable(kTabela))
+            base.createTable(estrutura());
+        if (propria)
+            propria->commit();
+    }
+    jet::Table& tabela = base.table(kTabela);
+    if (tabela_ != &tabela || rs_.State() == ado::State::Closed) {
+        rs_.Close();
+        if (!temEstrutura(tabela))
+            throw jet::Error(
+                Errc::misuse,
+                QString("a tabela \"%1\" é de outro programa.").arg(kTabela).toStdString());
+        rs_.Open(kTabela, base_);
+        tabela_ = &tabela;
+    }
+    if (const auto motivo = tabela.readOnlyReason())
+        throw jet::Error(Errc::readOnly, *motivo);
+}
+
+// ---- what is recorded
+
+void Historico::changed(const jet::Table& table, const jet::Row* before, const jet::Row* after) {
+    if (before && after && *before == *after)
+        return;
+    const bool feito = semParar([&] { gravar(table, before, after); });
+    if (!feito && rs_.State() == ado::State::Open)
+        rs_.CancelUpdate();
+}
+
+void Historico::gravar(const jet::Table& table, const jet::Row* before, const jet::Row* after) {
+    const std::int32_t grupo = grupo_ != 0 ? grupo_ : novoGrupo();
+    const jet::Row& registro = before ? *before : *after;
+    rs_.AddNew();
+    rs_["grupo"] = grupo;
+    rs_["quando"] = jet::Date::now();
+    rs_["estacao"] = QSysInfo::machineHostName().left(64).toStdString();
+    rs_["operacao"] = operacao_         ? operacao_
+                      : before && after ? kAlteracao
+                      : before          ? kExclusao
+                                        : kSemFundos;
+    rs_["tabela"] = table.name();
+    for (const char* campo : kCopiados)
+        if (const auto onde = table.findColumn(campo))
+            rs_[campo] = registro[*onde];
+    if (before)
+        rs_["antes"] = RegistroEmTexto::escrever(table.columns(), *before);
+    if (after)
+        rs_["depois"] = RegistroEmTexto::escrever(table.columns(), *after);
+    rs_.Update();
+    if (operacao_)
+        grupo_ = grupo;
+}
+
+/// A number that no other operation has, also none whose rows another station is about to write.
+std::int32_t Historico::novoGrupo() {
+    static std::mt19937 sorteio{std::random_device{}()};
+    std::uniform_int_distribution<std::int32_t> numeros(1,
+                                                        std::numeric_limits<std::int32_t>::max());
+    for (;;) {
+        const std::int32_t grupo = numeros(sorteio);
+        ado::Recordset iguais;
+        iguais.Open("select id from " + std::string(kTabela) +
+                        " where grupo=" + std::to_string(grupo),
+                    base_);
+        if (iguais.EOF())
+            return grupo;
+    }
+}

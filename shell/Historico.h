@@ -1,0 +1,85 @@
+#pragma once
+
+#include "ado/Recorder.h"
+#include "ado/Recordset.h"
+
+#include <QString>
+
+#include <array>
+#include <functional>
+#include <optional>
+
+namespace ado {
+class Connection;
+}
+
+/// What was done with the cheques, row by row, in a table of the same file: who, when, what, and
+/// the whole row before and after it. It is stored with the change itself or not at all.
+///
+/// Recorded are received cheques that are changed or deleted, and bounced ones, new ones too. Rows
+/// that one Operacao has changed share a number, `grupo`.
+///
+/// The table is made by the first such change. Where the file doesn't let the history be kept (a
+/// table of that name is another program's, or may not be changed) the shop's work goes on without,
+/// and that is told once; a full disk or another station refuse both.
+class Historico final : public ado::Recorder {
+public:
+    static constexpr char kTabela[] = "valtrino_historico";
+    /// A file that has this table keeps no history: see valtrino-mdb.
+    static constexpr char kDesligado[] = "valtrino_sem_historico";
+
+    // What can be done with a cheque.
+    static constexpr char kAlteracao[] = "alteração";
+    static constexpr char kBaixa[] = "baixa";
+    static constexpr char kDesfazer[] = "desfazer";
+    static constexpr char kExclusao[] = "exclusão";
+    static constexpr char kExpurgo[] = "expurgo";
+    static constexpr char kRenegociacao[] = "renegociação";
+    static constexpr char kSemFundos[] = "sem fundos";
+
+    /// Outlives the connection's being open.
+    explicit Historico(ado::Connection& base) : base_(base) {}
+    Historico(const Historico&) = delete;
+    Historico& operator=(const Historico&) = delete;
+
+    /// All that is changed through the connection while one lives is called so, and belongs
+    /// together. Without one each row stands for itself, and is called by what happens to it. Not
+    /// nested.
+    class Operacao {
+    public:
+        Operacao(Historico& historico, const char* nome);
+        Operacao(const Operacao&) = delete;
+        Operacao& operator=(const Operacao&) = delete;
+        ~Operacao();
+        /// The number of what it has changed; 0 if that is nothing yet.
+        [[nodiscard]] std::int32_t grupo() const { return historico_.grupo_; }
+
+    private:
+        Historico& historico_;
+    };
+
+    /// Where it is told why no history is kept.
+    void aoAvisar(std::function<void(const QString&)> avisar);
+    /// Why none is kept by this program, since it has tried; "" if that isn't so.
+    [[nodiscard]] const QString& impedimento() const noexcept { return impedimento_; }
+    /// Whether the table is there and has all of its fields.
+    [[nodiscard]] bool legivel() const;
+
+    [[nodiscard]] bool keeps(const jet::Table& table, bool isNew) override;
+    void changed(const jet::Table& table, const jet::Row* before, const jet::Row* after) override;
+
+private:
+    void preparar();
+    void gravar(const jet::Table& table, const jet::Row* before, const jet::Row* after);
+    template <class Trabalho>
+    bool semParar(Trabalho&& trabalho);
+    [[nodiscard]] std::int32_t novoGrupo();
+
+    ado::Connection& base_;
+    ado::Recordset rs_;                  ///< the history, to add to
+    const jet::Table* tabela_ = nullptr; ///< that it is open on
+    const char* operacao_ = nullptr;     ///< of the Operacao that lives
+    std::int32_t grupo_ = 0;             ///< its rows', once there are any
+    QString impedimento_;
+    std::function<void(const QString&)> avisar_;
+};
