@@ -123,6 +123,7 @@ void Recordset::Parts::storeChanges() {
         goneOrChanged();
     session.update(table(), row, assignments(), version);
     forgetEdit();
+    tableRows().changed(row);
 }
 
 void Recordset::Parts::erase(const Shown* asShown) {

@@ -31,8 +31,7 @@ const jet::RowView* Recordset::Parts::view(std::size_t table) {
     try {
         found = readers[table].read(row);
     } catch (const Error& error) {
-        // Where a stranger changes the file, the page of an erased row may belong to another table.
-        if (error.code() != Errc::corrupt || knowsAll)
+        if (!meansErased(error))
             throw;
     }
     if (found == nullptr)

@@ -100,10 +100,20 @@ void Recordset::Parts::checkPlace() {
 }
 
 bool Recordset::Parts::isSameRow() {
-    return session.database().onSnapshot([&] {
-        return tableRows().isSame(readers[0], seen ? std::span<const Value>(seenKey)
-                                                   : std::span<const Value>());
-    });
+    try {
+        return session.database().onSnapshot([&] {
+            return tableRows().isSame(readers[0], seen ? std::span<const Value>(seenKey)
+                                                       : std::span<const Value>());
+        });
+    } catch (const Error& error) {
+        if (!meansErased(error))
+            throw;
+        return false;
+    }
+}
+
+bool Recordset::Parts::meansErased(const Error& error) const {
+    return error.code() == Errc::corrupt && !knowsAll;
 }
 
 void Recordset::Parts::applyChanges() {

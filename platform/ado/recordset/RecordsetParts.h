@@ -36,6 +36,9 @@ struct Recordset::Parts final : SessionUser {
     void checkPlace();
     /// Whether the row is there and, if its key is known, has it still.
     [[nodiscard]] bool isSameRow();
+    /// Of an error of reading the row: where others change the file, the page of an erased row may
+    /// belong to another table.
+    [[nodiscard]] bool meansErased(const jet::Error& error) const;
     void arrive(bool found, At otherwise);
     void requireRow() const;
     void find(const std::string& criterion);

@@ -147,8 +147,6 @@ bool RowList::putIn(std::int64_t id, jet::RowReader& reader) {
             high = middle;
     }
     rows_.insert(rows_.begin() + static_cast<std::ptrdiff_t>(low), static_cast<RowNumber>(id));
-    if (low <= at_)
-        ++at_;
     return true;
 }
 

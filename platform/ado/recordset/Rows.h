@@ -38,8 +38,9 @@ public:
     /// stood on is among them.
     virtual bool erased(std::size_t table, const std::unordered_set<std::int64_t>& ids) = 0;
 
-    /// Takes in rows that have been changed or added, `changed` if it is known which. False if that
-    /// can't be done, or costs more than asking for all rows anew: these are of no use then.
+    /// Takes in rows that have been changed or added, `changed` if it is known which; first() or
+    /// last() must come next. False if that can't be done, or costs more than asking for all rows
+    /// anew: these are of no use then.
     virtual bool refresh(const std::vector<jet::RowId>* /*changed*/) { return false; }
 
     /// Whether renew() can take in what others have done.
@@ -68,6 +69,8 @@ class TableRows : public LiveRows {
 public:
     /// A row has been added through the recordset: to it, wherever it belongs.
     virtual void add(jet::RowId row) = 0;
+    /// The row stood on has been changed through the recordset.
+    virtual void changed(jet::RowId /*row*/) {}
     /// Whether the row stood on is still there, with the key that it had: `key`, if it isn't empty.
     [[nodiscard]] virtual bool isSame(jet::RowReader& reader,
                                       std::span<const jet::Value> key) const = 0;

@@ -26,6 +26,8 @@ public:
               const std::function<const jet::RowView*()>& current) override;
 
     void add(jet::RowId row) override { goTo(row); }
+    /// Its place goes by its key, which may be another now.
+    void changed(jet::RowId row) override { goTo(row); }
     [[nodiscard]] bool isSame(jet::RowReader& reader,
                               std::span<const jet::Value> key) const override;
 

@@ -178,7 +178,7 @@ std::optional<Date> writtenDate(std::string_view text) {
                     &time.year, &end, &time.hour, &time.minute, &timeEnd, &time.second, &timeEnd);
     const auto length = static_cast<int>(terminated.size());
     const bool complete = (found == 3 && end == length) || (found >= 5 && timeEnd == length);
-    if (!complete || time.year < 100)
+    if (!complete)
         return std::nullopt;
     const std::chrono::year_month_day calendar(
         std::chrono::year{time.year}, std::chrono::month{static_cast<unsigned>(time.month)},

@@ -161,6 +161,16 @@ TEST_P(ShopStatements, SumsOfAmountsAreExact) {
     rows.Close();
     rows.Open("select sum(valor) from cheques where cliente=77", connection);
     EXPECT_TRUE(rows.field(0).isNull());
+    rows.Close();
+    // Beside the largest the smallest would be lost, or counted for more.
+    constexpr std::int64_t kLargest = 9'000'000'000'000'000;
+    for (const std::int64_t amount : std::vector<std::int64_t>{kLargest, 1, 1, 1, 1, 1, -kLargest})
+        add("semfundos", {
+                             {"cliente", std::int64_t{10}},
+                             {"valor",   Currency{amount}}
+        });
+    rows.Open("select sum(valor) from semfundos where cliente=10", connection);
+    EXPECT_EQ(rows.field(0).currency(), Currency{5});
 }
 
 TEST_P(ShopStatements, ASumThatFitsNoWholeNumberIsNearTheRightOne) {

@@ -63,6 +63,14 @@ TEST(SqlDialect, GroupedDistinctAndComputedSelectsAreNotPlain) {
         EXPECT_TRUE(parsed(text).plain) << text;
 }
 
+TEST(SqlDialect, ParenthesesGoSixtyDeep) {
+    const auto nested = [](std::size_t depth) {
+        return "select " + std::string(depth, '(') + "1" + std::string(depth, ')') + " from t";
+    };
+    EXPECT_NE(parsed(nested(60)).text, "");
+    EXPECT_EQ(errorOf([&] { (void)parsed(nested(61)); }), Errc::syntax);
+}
+
 TEST(SqlDialect, ConditionsStayConditions) {
     EXPECT_EQ(ado::parseCondition("cod_banco=104 And nome='x'", asWritten()),
               "\"cod_banco\" = 104 and \"nome\" = 'x' collate texto");

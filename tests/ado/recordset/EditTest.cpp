@@ -107,6 +107,37 @@ TEST_P(EditTest, ACancelledEditLeavesNothing) {
     EXPECT_EQ(rows.RecordCount(), 3);
 }
 
+TEST_P(EditTest, ARowStaysCurrentWhenItsKeyChanges) {
+    connection.database().createTable(
+        {"chaves", {{"n", jet::ColumnType::longInteger}}, {{"PrimaryKey", {{"n"}}, true}}});
+    for (const std::int64_t n : {1, 2, 3})
+        add("chaves", {
+                          {"n", n}
+        });
+    for (const char* source : {"chaves", "select * from chaves where n>0"}) {
+        Recordset rows;
+        rows.Open(source, connection);
+        const auto first = rows["n"].integer();
+        rows["n"] = 9;
+        rows.Update();
+        EXPECT_EQ(rows["n"].integer(), 9) << source;
+        add("chaves", {
+                          {"n", first}
+        }); // past the connection
+        EXPECT_EQ(rows["n"].integer(), 9) << source;
+        rows.MoveLast();
+        EXPECT_EQ(rows["n"].integer(), 9) << source;
+        rows.Delete();
+    }
+    Recordset whole;
+    whole.Open("chaves", connection);
+    whole["n"] = 5;
+    whole.Update();
+    EXPECT_FALSE(whole.EOF());
+    whole.MovePrevious();
+    EXPECT_EQ(whole["n"].integer(), 3) << "the neighbour of its new place";
+}
+
 TEST_P(EditTest, MovingStoresAPendingEdit) {
     Recordset rows;
     rows.Open("bancos", connection);

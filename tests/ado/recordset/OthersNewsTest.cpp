@@ -1,6 +1,9 @@
 // What recordsets that stay open see of the rows that another station adds, changes and deletes.
 #include "ado/Shop.h"
+#include "jet/TableDefinition.h"
 #include "support/Versions.h"
+
+#include <fstream>
 
 namespace {
 
@@ -296,6 +299,38 @@ TEST_P(OthersNewsTest, InATransactionToo) {
     EXPECT_EQ(theirs.RecordCount(), 4);
     goTo("nome='Meu'");
     EXPECT_FALSE(theirs.EOF());
+}
+
+TEST_P(OthersNewsTest, ARowWhosePageIsAnotherTablesByNowIsAConflictNotDamage) {
+    Recordset keyset;
+    keyset.Open("select * from bancos order by nome", connection, ado::CursorType::Keyset);
+    Recordset joined;
+    joined.Open("select bancos.nome from cheques inner join bancos on cheques.banco=bancos.codigo",
+                connection);
+    Recordset cheques;
+    cheques.Open("cheques", other);
+    auto scan = table("bancos").scan();
+    ASSERT_TRUE(scan.first());
+    const jet::Format& format = jet::formatOf(GetParam());
+    const std::size_t owner =
+        jet::number(scan.id().page) * format.pageSize + format.dataPage.owner.at;
+    std::fstream file(connection.database().path(),
+                      std::ios::binary | std::ios::in | std::ios::out);
+    const auto give = [&](const char* newOwner, const char* agency) {
+        const std::uint32_t page = jet::number(table(newOwner).definition().page());
+        const char bytes[] = {static_cast<char>(page), static_cast<char>(page >> 8), 0, 0};
+        file.seekp(static_cast<std::streamoff>(owner));
+        file.write(bytes, sizeof bytes).flush();
+        cheques["agencia"] = agency;
+        cheques.Update();
+        other.flush();
+    };
+    give("cheques", "1");
+    for (Recordset* mine : {&keyset, &joined})
+        EXPECT_EQ(errorOf([&] { (void)name(*mine); }), Errc::conflict);
+    give("bancos", "2");
+    keyset.Requery();
+    EXPECT_EQ(name(keyset), "Agrário");
 }
 
 TEST_P(OthersNewsTest, TheOtherTypesListWhatThereWasUntilRequery) {

@@ -216,6 +216,8 @@ TEST_P(ManyChangesTest, ListsShowAllRowsThatWentWithOne) {
     whole.Open("itens", connection);
     Recordset ordered;
     ordered.Open("select * from itens where dono>0 order by dono, numero desc", connection);
+    Recordset odd;
+    odd.Open("select * from itens where dono mod 2=1", connection);
     int there = 0;
     for (const int rows : {1'200, 4'500, 8'300}) {
         SCOPED_TRACE(rows);
@@ -226,13 +228,15 @@ TEST_P(ManyChangesTest, ListsShowAllRowsThatWentWithOne) {
             });
         connection.CommitTrans();
         ordered.Requery();
+        odd.Requery();
         owner["codigo"] = owner["codigo"].integer() + 1;
         owner.Update();
-        owner.Requery();
         const std::string of = "dono=" + owner["codigo"].text();
         ordered.Requery();
         EXPECT_EQ(ordered.RecordCount(), rows);
         EXPECT_EQ(ordered["numero"].integer(), rows);
+        odd.Requery();
+        EXPECT_EQ(odd.RecordCount(), owner["codigo"].integer() % 2 == 1 ? rows : 0);
         ordered.Find("not " + of);
         EXPECT_TRUE(ordered.EOF());
         whole.MoveFirst();

@@ -39,12 +39,14 @@ TEST(Convert, TextBecomesAWholeNumber) {
 TEST(Convert, TextBecomesAnExactAmount) {
     EXPECT_EQ(to(ColumnType::currency, "1.234,56"), Value{Currency{12345600}});
     EXPECT_EQ(to(ColumnType::currency, "1234.56"), Value{Currency{12345600}});
+    EXPECT_EQ(to(ColumnType::currency, "12.34"), Value{Currency{123400}});
+    EXPECT_EQ(to(ColumnType::currency, "1.5"), Value{Currency{15000}});
     EXPECT_EQ(to(ColumnType::currency, "1.234"), Value{Currency{12340000}});
     EXPECT_EQ(to(ColumnType::currency, "0.500"), Value{Currency{5000}});
     EXPECT_EQ(to(ColumnType::currency, ",0001"), Value{Currency{1}});
     EXPECT_EQ(to(ColumnType::currency, "-922337203685477,5808"),
               Value{Currency{std::numeric_limits<std::int64_t>::min()}});
-    for (const char* wrong : {"0,00001", "922337203685477,5808", "", "R$ 1"})
+    for (const char* wrong : {"0,00001", "922337203685477,5808", "", "R$ 1", "1.23,4", "1.234.5"})
         EXPECT_EQ(errorOf([&] { (void)to(ColumnType::currency, wrong); }), Errc::outOfRange)
             << wrong;
 }
