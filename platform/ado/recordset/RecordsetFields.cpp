@@ -25,8 +25,6 @@ const jet::RowView* Recordset::Parts::view(std::size_t table) {
     const jet::RowId row = liveRows().row(table);
     if (row == jet::RowId{})
         return nullptr;
-    if (jet::packed(row) == JoinRows::kErased)
-        goneOrChanged();
     const jet::RowView* found = nullptr;
     try {
         found = readers[table].read(row);

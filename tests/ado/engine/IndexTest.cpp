@@ -156,6 +156,32 @@ TEST_P(IndexTest, EveryOrderIsTheOneThatSortingGives) {
     }
 }
 
+TEST_P(IndexTest, AKeyOfTwoColumnsOrdersOnlyAsItGoes) {
+    connection.database().createTable({
+        "pares",
+        {{"a", ColumnType::longInteger}, {"b", ColumnType::longInteger}},
+        {{"PrimaryKey", {{"a"}, {"b", false}}, true}                             }
+    });
+    for (const std::int64_t a : {3, 1, 4, 2})
+        for (const std::int64_t b : {2, 3, 1})
+            add("pares", {
+                             {"a", a},
+                             {"b", b}
+            });
+    for (const char* condition : {"a>0", "a between 2 and 3", "a=2", "a=2 and b>1"}) {
+        for (const char* a : {"a", "a desc"}) {
+            for (const char* b : {"b", "b desc"}) {
+                const auto walked = [&](const std::string& plus) {
+                    return column("select a*10+b as n from pares where " + std::string(condition) +
+                                      " order by " + plus + a + ", " + plus + b,
+                                  "n");
+                };
+                EXPECT_EQ(walked(""), walked("+")) << condition << ": " << a << ", " << b;
+            }
+        }
+    }
+}
+
 TEST_P(IndexTest, ThePlanIsTheOneThatReadsLeast) {
     const jet::Table& t = table("t");
     const auto at = [&](const char* name) { return t.findColumn(name); };

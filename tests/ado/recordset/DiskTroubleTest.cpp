@@ -135,6 +135,35 @@ TEST_P(DiskTroubleTest, AConnectionThatCantWriteAtItsEndGoesInSilence) {
     EXPECT_EQ(answer(station, "bancos", "nome").front(), "Banco do Norte");
 }
 
+TEST_P(DiskTroubleTest, ClosingTellsThatWhatIsGatheredCantBeWritten) {
+    for (const bool fails : {false, true}) {
+        MemoryDisk disk(image);
+        Connection station;
+        open(station, disk);
+        Recordset rows;
+        rows.Open("bancos", station);
+        const auto rename = [&](const char* name) {
+            rows["nome"] = name;
+            rows.Update();
+        };
+        station.BeginTrans();
+        rename("guardado");
+        station.commitLater();
+        station.BeginTrans();
+        rename("perdido");
+        if (fails) {
+            disk.failFrom(disk.calls() + 1, true, EIO);
+            EXPECT_NE(errorOf([&] { station.Close(); }), Errc::misuse);
+        } else {
+            station.Close();
+        }
+        EXPECT_EQ(station.State(), ado::State::Closed);
+        disk.failNoMore();
+        open(station, disk);
+        EXPECT_EQ(answer(station, "bancos", "nome").front(), fails ? "Banco do Norte" : "guardado");
+    }
+}
+
 TEST_P(DiskTroubleTest, WhoOnlyReadsIsNotToldThatWhatIsDueCantBeWritten) {
     MemoryDisk disk(image);
     Connection station;

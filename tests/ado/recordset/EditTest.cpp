@@ -1,6 +1,7 @@
 #include "ado/Shop.h"
 #include "support/Versions.h"
 
+#include <functional>
 #include <limits>
 
 namespace {
@@ -149,6 +150,28 @@ TEST_P(EditTest, MovingStoresAPendingEdit) {
     rows["nome"] = "Quatro";
     rows.MoveFirst();
     EXPECT_EQ(column("bancos", "nome"), (Strings{"Um", "Dois", "Agrário", "Quatro"}));
+}
+
+TEST_P(EditTest, EveryWayToLeaveARowStoresIt) {
+    const std::pair<const char*, std::function<void(Recordset&)>> ways[] = {
+        {"to the first", [](Recordset& rows) { rows.MoveFirst(); }                  },
+        {"to the last",  [](Recordset& rows) { rows.MoveLast(); }                   },
+        {"onwards",      [](Recordset& rows) { rows.MoveNext(); }                   },
+        {"back",         [](Recordset& rows) { rows.MovePrevious(); }               },
+        {"to be found",  [](Recordset& rows) { rows.Find("codigo=3"); }             },
+        {"to a filter",  [](Recordset& rows) { rows.setFilter("codigo=1"); }        },
+        {"to an order",  [](Recordset& rows) { rows.setSort("nome desc"); }         },
+        {"to a new one", [](Recordset& rows) { rows.AddNew(), rows.CancelUpdate(); }},
+    };
+    for (const auto& [way, leave] : ways) {
+        Recordset rows;
+        rows.Open("bancos", connection);
+        rows.MoveNext();
+        rows["nome"] = way;
+        leave(rows);
+        EXPECT_EQ(rows.EditMode(), EditMode::None) << way;
+        EXPECT_EQ(column("bancos", "nome").at(1), way);
+    }
 }
 
 TEST_P(EditTest, RequeryRefusesWhileAnEditIsPending) {

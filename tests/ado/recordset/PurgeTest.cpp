@@ -221,6 +221,18 @@ TEST_P(PurgeTest, ANewRowInThePlaceOfADeletedOneIsNotTakenForIt) {
     EXPECT_EQ(number(list), 6);
     EXPECT_EQ(list.RecordCount(), 5);
     EXPECT_EQ(column(list, "lancamento"), (Strings{"1", "2", "3", "4", "6"}));
+    // On a page of its own.
+    for (list.MoveFirst(); !list.EOF(); list.MoveNext())
+        if (number(list) != 3)
+            list.Delete();
+    other.Close();
+    other.Open("cheques", connection);
+    list.Requery();
+    other.Delete();
+    list.AddNew();
+    list["cliente"] = 1;
+    list.Update();
+    EXPECT_EQ(column(list, "lancamento"), Strings{"7"});
 }
 
 TEST_P(PurgeTest, AConditionOnOtherRowsIsAskedAnewAfterEachDeletion) {

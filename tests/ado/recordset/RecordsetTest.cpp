@@ -180,6 +180,19 @@ TEST_P(RecordsetTest, AJoinOrAComputedResultCannotBeChanged) {
     EXPECT_EQ(table("bancos").rowCount(), 3);
 }
 
+TEST_P(RecordsetTest, ARowThatCantBeComputedFailsWhereTheWalkComesToIt) {
+    addSomeOfEach();
+    Recordset rows;
+    rows.Open("select left('abc', 2-codigo) as inicio from bancos", connection);
+    EXPECT_EQ(rows["inicio"].text(), "a");
+    rows.MoveNext();
+    EXPECT_EQ(rows["inicio"].text(), "");
+    EXPECT_EQ(errorOf([&] { rows.MoveNext(); }), Errc::syntax);
+    EXPECT_EQ(
+        errorOf([&] { Recordset().Open("select left('abc', -codigo) from bancos", connection); }),
+        Errc::syntax);
+}
+
 TEST_P(RecordsetTest, AClosedRecordsetRefusesEverythingButOpening) {
     Recordset rows;
     EXPECT_EQ(errorOf([&] { rows.MoveNext(); }), Errc::misuse);
