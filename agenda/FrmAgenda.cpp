@@ -39,12 +39,6 @@ constexpr Destino kDestinos[] = {
     {"Trocar na loja",     false       }
 };
 
-std::optional<std::int64_t> escolhido(const DropDownList& lista) {
-    if (lista.listIndex() < 0)
-        return std::nullopt;
-    return lista.itemData(lista.listIndex());
-}
-
 } // namespace
 
 FrmAgenda::FrmAgenda() {
@@ -132,8 +126,8 @@ Vencimentos::Procura FrmAgenda::procura() const {
     const int destino = std::max(0, cmbdestino->listIndex());
     return {.dias = periodo_ == Periodo::deAte ? digitados
                                                : Vencimentos::dias(periodo_, QDate::currentDate()),
-            .cliente = escolhido(*txtcliente),
-            .banco = escolhido(*txtbanco),
+            .cliente = txtcliente->chosenData(),
+            .banco = txtbanco->chosenData(),
             .descontar = kDestinos[destino].descontar};
 }
 
@@ -227,6 +221,12 @@ void FrmAgenda::mostrarOrdem() {
 }
 
 // ---- the lists
+
+std::optional<std::int64_t> FrmAgenda::clienteMostrado() const {
+    const int linha = lstcheques->currentRow();
+    return linha < 0 ? txtcliente->chosenData()
+                     : cheques_[static_cast<std::size_t>(linha)].codigoDoCliente;
+}
 
 QString FrmAgenda::chaveAtual() const {
     const int linha = lstcheques->currentRow();

@@ -3,6 +3,7 @@
 #include "agenda/ListaDaAgenda.h"
 #include "agenda/Vencimentos.h"
 #include "controls/window/Form.h"
+#include "shell/ClienteMostrado.h"
 #include "ui_FrmAgenda.h"
 
 /// The agenda: cheques in hand by due date, with what each day comes to, when banks work, and the
@@ -13,11 +14,14 @@
 ///
 /// Invariants: cheque i of cheques_ stands in row i of the list; dias_ holds their sums by due
 /// date, in the order of the rows of lstdias, and total_ those of all days.
-class FrmAgenda final : public Form, private Ui::FrmAgenda {
+class FrmAgenda final : public Form, public ClienteMostrado, private Ui::FrmAgenda {
     Q_OBJECT
 public:
     FrmAgenda();
     static FrmAgenda& instance();
+
+    /// That of the current cheque; where none is current, the one in the field.
+    [[nodiscard]] std::optional<std::int64_t> clienteMostrado() const override;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -80,6 +80,9 @@ std::vector<Cheque> ler(const QString& onde) {
     for (; !lista.EOF(); lista.MoveNext())
         cheques.push_back({.lancamento = rs["lancamento"].integer(),
                            .numero = Valores::texto(rs["numero"]),
+                           .codigoDoCliente = rs["cliente"].isNull()
+                                                  ? std::nullopt
+                                                  : std::optional(rs["cliente"].integer()),
                            .cliente = clientes.de(rs),
                            .banco = bancos.de(rs),
                            .agencia = Valores::texto(rs["agencia"]),

@@ -47,6 +47,7 @@ struct Procura {
 struct Cheque {
     std::int64_t lancamento = 0;
     QString numero;
+    std::optional<std::int64_t> codigoDoCliente;
     QString cliente; ///< the name; where there is none, which code is missing
     QString banco;
     QString agencia;

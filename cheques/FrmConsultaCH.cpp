@@ -57,6 +57,8 @@ FrmConsultaCH::FrmConsultaCH() {
 
 FrmConsultaCH& FrmConsultaCH::instance() { return WindowList::instance().one<FrmConsultaCH>(); }
 
+std::optional<std::int64_t> FrmConsultaCH::clienteMostrado() const { return txtNome->chosenData(); }
+
 void FrmConsultaCH::Form_Load() {
     centre();
     dbconectar& dados = dbconectar::instance();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controls/window/Form.h"
+#include "shell/ClienteMostrado.h"
 #include "ui_FrmConsultaCH.h"
 
 #include <cstdint>
@@ -11,11 +12,12 @@
 ///
 /// A search runs when the client's name is left. Deliberate: it leaves rsSemFundos restricted to
 /// the client's cheques.
-class FrmConsultaCH final : public Form, private Ui::FrmConsultaCH {
+class FrmConsultaCH final : public Form, public ClienteMostrado, private Ui::FrmConsultaCH {
     Q_OBJECT
 public:
     FrmConsultaCH();
     static FrmConsultaCH& instance();
+    [[nodiscard]] std::optional<std::int64_t> clienteMostrado() const override;
 
 private:
     void Form_Load() override;

@@ -105,6 +105,10 @@ FrmLancarCheques& FrmLancarCheques::instance() {
     return WindowList::instance().one<FrmLancarCheques>();
 }
 
+std::optional<std::int64_t> FrmLancarCheques::clienteMostrado() const {
+    return txtNome->chosenData();
+}
+
 void FrmLancarCheques::aoLocalizar(std::function<void()> mostrarLista) {
     lista() = std::move(mostrarLista);
 }
@@ -192,9 +196,10 @@ void FrmLancarCheques::txtNome_LostFocus() {
 }
 
 void FrmLancarCheques::numeracao_LostFocus() {
-    if (txtbanco->listIndex() < 0)
+    const auto banco = txtbanco->chosenData();
+    if (!banco)
         return avisarRepetido("");
-    avisarRepetido(ChequeRepetido::aviso({.banco = txtbanco->itemData(txtbanco->listIndex()),
+    avisarRepetido(ChequeRepetido::aviso({.banco = *banco,
                                           .agencia = txtagencia->text(),
                                           .numero = txtnumero->text(),
                                           .lancamento = txtlancamento->text()}));
@@ -260,8 +265,8 @@ bool FrmLancarCheques::escolherBanco(int codigoOficial) {
     if (bancos.EOF())
         return false;
     const std::int64_t primeiro = bancos["codigo"].integer();
-    for (; !bancos.EOF() && txtbanco->listIndex() >= 0; bancos.MoveNext())
-        if (bancos["codigo"].integer() == txtbanco->itemData(txtbanco->listIndex()))
+    for (; !bancos.EOF(); bancos.MoveNext())
+        if (bancos["codigo"].integer() == txtbanco->chosenData())
             return true;
     Campos::escolher({txtbanco, &dados().rsBancos}, primeiro);
     return true;

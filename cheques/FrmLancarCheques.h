@@ -5,6 +5,7 @@
 #include "controls/typing/ChequeReader.h"
 #include "controls/typing/Formato.h"
 #include "controls/window/Form.h"
+#include "shell/ClienteMostrado.h"
 #include "ui_FrmLancarCheques.h"
 
 #include <functional>
@@ -17,7 +18,7 @@
 ///
 /// Invariant: txtlancamento holds the key of the stored cheque on show, or "" for a new one; visto_
 /// is how that cheque was when it was shown, or as it was saved from here since.
-class FrmLancarCheques final : public Form, private Ui::FrmLancarCheques {
+class FrmLancarCheques final : public Form, public ClienteMostrado, private Ui::FrmLancarCheques {
     Q_OBJECT
 public:
     FrmLancarCheques();
@@ -32,6 +33,7 @@ public:
     bool mostrarCheque(qint32 lancamento);
 
     bool mostrarGravado() override;
+    [[nodiscard]] std::optional<std::int64_t> clienteMostrado() const override;
 
     /// Sets what shows the cheque list, modally, for CmdLocalizar. The list stands above this
     /// window, because it calls mostrarCheque(). Without it nothing is shown.

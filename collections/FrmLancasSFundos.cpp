@@ -70,6 +70,10 @@ FrmLancasSFundos& FrmLancasSFundos::instance() {
     return WindowList::instance().one<FrmLancasSFundos>();
 }
 
+std::optional<std::int64_t> FrmLancasSFundos::clienteMostrado() const {
+    return txtcliente->chosenData();
+}
+
 void FrmLancasSFundos::Form_Load() {
     centre();
     Estrutura::exigir(semFundos(),

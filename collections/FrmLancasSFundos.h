@@ -3,6 +3,7 @@
 #include "ado/Shown.h"
 #include "cheques/TelaDeCheque.h"
 #include "controls/window/Form.h"
+#include "shell/ClienteMostrado.h"
 #include "ui_FrmLancasSFundos.h"
 
 /// Register of the cheques that came back unpaid: they are typed in, or copied from the received
@@ -11,7 +12,7 @@
 ///
 /// Invariant: txtlancamento holds the key of the stored cheque on show, or "" for a new one; visto_
 /// is how that cheque was when it was shown.
-class FrmLancasSFundos final : public Form, private Ui::FrmLancasSFundos {
+class FrmLancasSFundos final : public Form, public ClienteMostrado, private Ui::FrmLancasSFundos {
     Q_OBJECT
 public:
     FrmLancasSFundos();
@@ -23,6 +24,7 @@ public:
     void consultar();
 
     bool mostrarGravado() override;
+    [[nodiscard]] std::optional<std::int64_t> clienteMostrado() const override;
 
 private:
     void Form_Load() override;

@@ -169,6 +169,12 @@ void frmCliFor::mostrarRegistro() {
     nothingTyped();
 }
 
+std::optional<std::int64_t> frmCliFor::clienteMostrado() const {
+    bool gravado = false;
+    const qint64 codigo = txtCódigo->text().toLongLong(&gravado);
+    return gravado ? std::optional<std::int64_t>(codigo) : std::nullopt;
+}
+
 bool frmCliFor::mostrarGravado() {
     if (!Mirtal::foiAlterado(clientes(), "codigo=" + txtCódigo->text(), visto_))
         return false;

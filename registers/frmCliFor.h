@@ -3,6 +3,7 @@
 #include "ado/Shown.h"
 #include "controls/window/Form.h"
 #include "shell/Campos.h"
+#include "shell/ClienteMostrado.h"
 #include "ui_frmCliFor.h"
 
 /// Client register: one client on three tabs, walked with the navigation bar or found by name. Adds
@@ -10,13 +11,14 @@
 ///
 /// Invariant: txtCódigo holds the code of the stored client on show, or "" for a new one; visto_ is
 /// how that client was when he was shown.
-class frmCliFor final : public Form, private Ui::frmCliFor {
+class frmCliFor final : public Form, public ClienteMostrado, private Ui::frmCliFor {
     Q_OBJECT
 public:
     frmCliFor();
     static frmCliFor& instance();
 
     bool mostrarGravado() override;
+    [[nodiscard]] std::optional<std::int64_t> clienteMostrado() const override;
 
 private:
     void Form_Load() override;

@@ -1,6 +1,7 @@
 #include "shell/Comandos.h"
 
 #include "agenda/FrmAgenda.h"
+#include "agenda/FrmFicha.h"
 #include "agenda/FrmHistorico.h"
 #include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
@@ -39,6 +40,7 @@ constexpr Comando kDiretorio{nullptr, [] { frmcaminho::instance().showModal(); }
 constexpr Comando kSobre{nullptr, [] { frmAbout::instance().showModal(); }};
 
 constexpr Comando kAgenda{nullptr, [] { FrmAgenda::instance().showModal(); }};
+constexpr Comando kFicha{nullptr, &FrmFicha::mostrar};
 constexpr Comando kHistorico{nullptr, [] { FrmHistorico::instance().showModal(); }};
 
 constexpr Entrada kArquivos[] = {
@@ -97,6 +99,7 @@ constexpr Botao kBotoes[] = {
 };
 
 constexpr Tecla kTeclas[] = {
+    {Qt::Key_F6, &kFicha    },
     {Qt::Key_F7, &kAgenda   },
     {Qt::Key_F8, &kHistorico},
 };

@@ -63,6 +63,11 @@ read_one() {
     local official
     official=$(rows bancos | awk -F'|' -v bank="$bank" '$1 == bank { print $2 }')
     typed "$name"
+    keys F6
+    until_window "Ficha do cliente"
+    picture FrmFicha active
+    keys Escape
+    until_window "Cadastro de Cheques Recebidos"
     reader "$official" 1234 000104  # from the client's field on to the date of issue
     picture FrmLancarCheques-leitor root
     fill 05122026 10052027

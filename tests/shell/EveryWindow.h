@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agenda/FrmAgenda.h"
+#include "agenda/FrmFicha.h"
 #include "agenda/FrmHistorico.h"
 #include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
@@ -76,6 +77,8 @@ protected:
             {"renegociar",        [] { return window<FrmRenegociar>(); }   },
             {"apagar",            [] { return window<FrmApagar>(); }       },
             {"agenda",            [] { return scheduled(); }               },
+            {"ficha",             [] { return window<FrmFicha>(); }        },
+            {"ficha-cliente",     [] { return sheet(); }                   },
             {"historico",         [] { return window<FrmHistorico>(); }    },
             {"diretorio",         [] { return window<frmcaminho>(); }      },
             {"filtro-recebidos",  [] { return filter("relch"); }           },
@@ -176,6 +179,12 @@ private:
     static Shown consulted() {
         auto& form = open<FrmConsultaCH>();
         type(form, "txtNome", "ana");
+        press(Qt::Key_Return);
+        return form;
+    }
+    static Shown sheet() {
+        auto& form = open<FrmFicha>();
+        type(form, "txtcliente", "ana");
         press(Qt::Key_Return);
         return form;
     }

@@ -117,6 +117,10 @@ std::int64_t DropDownList::itemData(int index) const {
     return model_->entries().at(static_cast<std::size_t>(index)).data;
 }
 
+std::optional<std::int64_t> DropDownList::chosenData() const {
+    return listIndex() < 0 ? std::nullopt : std::optional(itemData(listIndex()));
+}
+
 void DropDownList::setListIndex(int index) {
     setCurrentIndex(index);
     setEditText(index < 0 ? QString() : itemText(index));

@@ -29,6 +29,8 @@ public:
     [[nodiscard]] std::int64_t itemData(int index) const;
 
     [[nodiscard]] int listIndex() const { return currentIndex(); }
+    /// The number of the chosen entry; nothing if none is.
+    [[nodiscard]] std::optional<std::int64_t> chosenData() const;
     /// Chooses an entry and shows its text; -1 chooses none and empties the text. Tells no click.
     void setListIndex(int index);
 

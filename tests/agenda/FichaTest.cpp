@@ -1,0 +1,195 @@
+#include "agenda/FrmAgenda.h"
+#include "agenda/FrmFicha.h"
+#include "cheques/FrmConsultaCH.h"
+#include "cheques/FrmLancarCheques.h"
+#include "collections/FrmLancasSFundos.h"
+#include "controls/box/BarChart.h"
+#include "controls/box/DropDownList.h"
+#include "controls/box/ListView.h"
+#include "registers/frmCliFor.h"
+#include "shell/Valores.h"
+#include "support/ChequeShop.h"
+#include "support/FormChecks.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Sheet : public ChequeShop, public testing::WithParamInterface<jet::Version> {
+protected:
+    Sheet() : ChequeShop(GetParam()) {}
+
+    // clang-format off
+    static Row due(int client, int days, std::int64_t reais, int cents = 0) {
+        return {
+            {"cliente", number(client)},
+            {"banco",   number(kAgro)},
+            {"bompara", Valores::data(QDate::currentDate().addDays(days))},
+            {"valor",   money(reais, cents)},
+        };
+    }
+    static Row bounced(const char* numero, int dayOfMay, std::int64_t reais) {
+        return {
+            {"cliente", number(kAna)},
+            {"banco",   number(kAgro)},
+            {"numero",  words(numero)},
+            {"data",    day(2026, 5, dayOfMay)},
+            {"valor",   money(reais)},
+        };
+    }
+    // clang-format on
+    static FrmFicha& sheetOf(const char* name) {
+        auto& form = open<FrmFicha>();
+        type(form, "txtcliente", name);
+        press(Qt::Key_Return);
+        return form;
+    }
+    static std::vector<std::string> listed(const QWidget& form, const char* name) {
+        const auto& list = control<ListView>(form, name);
+        std::vector<std::string> lines;
+        for (int row = 0; row < list.count(); ++row)
+            lines.push_back(
+                (list.item(row).text + "|" + list.item(row).subItems.join('|')).toStdString());
+        return lines;
+    }
+    static std::string figures(const QWidget& form) {
+        return (text(form, "txtemmaos") + "|" + text(form, "txtlimite") + "|" +
+                text(form, "txtlivre"))
+            .toStdString();
+    }
+    static std::string inDays(int days) {
+        return formatDate(QDate::currentDate().addDays(days)).toStdString();
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Jet3, Sheet, testing::Values(jet::Version::jet3));
+INSTANTIATE_TEST_SUITE_P(Jet4, Sheet, testing::Values(jet::Version::jet4));
+
+} // namespace
+
+TEST_P(Sheet, TellsWhatIsInHandTheLimitAndWhatIsFree) {
+    given("cheques",
+          {due(kCarla, 5, 1000), due(kCarla, -5, 200, 1), due(kAna, 1, 150), due(kBento, 1, 7)});
+    EXPECT_EQ(figures(sheetOf("carla")), "2 cheques, R$ 1.200,01|R$ 1.500,00|R$ 299,99");
+    EXPECT_EQ(figures(sheetOf("ana")), "1 cheque, R$ 150,00|R$ 100,00|nada: passou R$ 50,00");
+    auto& form = sheetOf("bento");
+    EXPECT_EQ(figures(form), "1 cheque, R$ 7,00|R$ 0,00|sem limite");
+    EXPECT_EQ(control<HeadingStrip>(form, "titulo").record(), "Bento Dias");
+}
+
+TEST_P(Sheet, PartsThemByHowOldAndHowFarOffTheyAre) {
+    given("cheques", {due(kAna, -400, 1), due(kAna, -1, 2), due(kAna, 0, 4), due(kAna, 30, 8),
+                      due(kAna, 31, 16), due(kAna, 60, 32), due(kAna, 61, 64), due(kAna, 90, 128),
+                      due(kAna, 91, 256), due(kBento, 0, 512)});
+    auto& form = sheetOf("ana");
+    EXPECT_THAT(listed(form, "lstprazos"),
+                ElementsAre("Atrasados|2|3,00", "Até 30 dias|2|12,00", "31 a 60 dias|2|48,00",
+                            "61 a 90 dias|2|192,00", "Mais de 90|1|256,00"));
+    const auto& chart = control<BarChart>(form, "grfprazos");
+    ASSERT_EQ(chart.bars().size(), 5U);
+    EXPECT_EQ(chart.bars()[1].words, "Até 30 dias: 2 cheques, R$ 12,00");
+    EXPECT_EQ(chart.bars()[1].height, 12);
+    EXPECT_THAT(listed(form, "lstavencer"), testing::Contains(inDays(31) + "|em 31 dias|1|16,00"));
+    EXPECT_EQ(listed(form, "lstavencer").size(), 7U);
+}
+
+TEST_P(Sheet, SumsWhatFallsDueOnOneDay) {
+    given("cheques", {due(kAna, 1, 10), due(kAna, 0, 1), due(kAna, 1, 20)});
+    EXPECT_THAT(listed(sheetOf("ana"), "lstavencer"),
+                ElementsAre(inDays(0) + "|hoje|1|1,00", inDays(1) + "|amanhã|2|30,00"));
+}
+
+TEST_P(Sheet, KeepsChequesWithoutADueDateApart) {
+    given("cheques", {
+                         {{"cliente", number(kAna)}, {"valor", money(9)}}
+    });
+    auto& form = sheetOf("ana");
+    EXPECT_EQ(listed(form, "lstprazos").back(), "Sem vencimento|1|9,00");
+    EXPECT_THAT(listed(form, "lstavencer"), IsEmpty());
+}
+
+TEST_P(Sheet, ListsTheBouncedOnesTheLatestFirst) {
+    given("semfundos", {bounced("11", 3, 10), bounced("12", 9, 20), bounced("13", 1, 30)});
+    EXPECT_THAT(listed(sheetOf("ana"), "lstsemfundos"),
+                ElementsAre("12|09/05/2026|Agrobanco|20,00", "11|03/05/2026|Agrobanco|10,00",
+                            "13|01/05/2026|Agrobanco|30,00"));
+}
+
+TEST_P(Sheet, IsEmptyWithoutAClient) {
+    given("cheques", {due(kAna, 1, 10)});
+    auto& form = sheetOf("ana");
+    type(form, "txtcliente", "ninguém");
+    press(Qt::Key_Return);
+    EXPECT_EQ(figures(form), "||");
+    for (const char* list : {"lstprazos", "lstavencer", "lstsemfundos"})
+        EXPECT_THAT(listed(form, list), IsEmpty()) << list;
+    EXPECT_EQ(control<HeadingStrip>(form, "titulo").record(), "Nenhum cliente");
+    EXPECT_TRUE(control<BarChart>(form, "grfprazos").bars().empty());
+}
+
+TEST_P(Sheet, IsReadAnewByF5) {
+    auto& form = sheetOf("ana");
+    given("cheques", {due(kAna, 1, 10)});
+    EXPECT_EQ(figures(form), "0 cheques, R$ 0,00|R$ 100,00|R$ 100,00");
+    press(Qt::Key_F5);
+    EXPECT_EQ(figures(form), "1 cheque, R$ 10,00|R$ 100,00|R$ 90,00");
+}
+
+TEST_P(Sheet, IsOfTheClientInTheWindowInFront) {
+    given("cheques", {due(kCarla, 1, 10)});
+    given("semfundos", {bounced("11", 3, 10)});
+    const auto of = [this](QWidget& form) {
+        activate(form);
+        QString shown;
+        whileModal<FrmFicha>([&](FrmFicha& sheet) {
+            shown = control<DropDownList>(sheet, "txtcliente").text();
+            click(sheet, "cmdsair");
+        });
+        FrmFicha::mostrar();
+        return shown;
+    };
+    auto& entry = open<FrmLancarCheques>();
+    click(entry, "btnNavegacao", 0);
+    EXPECT_EQ(of(entry), "Carla Reis");
+    auto& returned = open<FrmLancasSFundos>();
+    click(returned, "btnNavegacao", 0);
+    EXPECT_EQ(of(returned), "Ana Costa");
+    auto& consulted = open<FrmConsultaCH>();
+    type(consulted, "txtNome", "bento");
+    EXPECT_EQ(of(consulted), "Bento Dias");
+    auto& agenda = open<FrmAgenda>();
+    type(agenda, "txtcliente", "bento");
+    EXPECT_EQ(of(agenda), "Bento Dias");
+    activate(agenda);
+    control<DropDownList>(agenda, "txtcliente").setListIndex(-1);
+    press(Qt::Key_F5);
+    control<ListView>(agenda, "lstcheques").setCurrentRow(0);
+    EXPECT_EQ(of(agenda), "Carla Reis");
+    auto& client = open<frmCliFor>();
+    click(client, "btnNavegacao", 3);
+    EXPECT_EQ(of(client), text(client, "txtNome"));
+    click(client, "cmdNovo");
+    EXPECT_EQ(of(client), ""); // not stored yet
+}
+
+TEST_P(Sheet, OfMoreThanCanBeSummedSaysSo) {
+    const jet::Value most = jet::Currency{std::numeric_limits<std::int64_t>::max()};
+    given("cheques", {
+                         {{"cliente", number(kAna)}, {"valor", most}},
+                         {{"cliente", number(kAna)}, {"valor", most}}
+    });
+    open<FrmFicha>();
+    expectFailure("A soma dos cheques passa do maior valor possível.");
+    type("ana");
+    press(Qt::Key_Return);
+}
+
+TEST_P(Sheet, HasANameForEachControlNoSharedKeysAndNoCutText) {
+    given("cheques", {due(kAna, -1, 9999), due(kAna, 45, 123456)});
+    EXPECT_EQ(faultsOf(sheetOf("ana")), QStringList());
+}
