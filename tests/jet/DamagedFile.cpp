@@ -112,6 +112,18 @@ PageNo DamagedFile::addPage() {
     return page;
 }
 
+void DamagedFile::addSlots(PageNo page, std::uint16_t wanted) {
+    const DataPageLayout& layout = format_.dataPage;
+    const auto count = get<std::uint16_t>(page, layout.slotCount.at);
+    const auto last = get<std::uint16_t>(page, slotAt(count - 1U));
+    for (std::size_t slot = count; slot < wanted; ++slot)
+        put<std::uint16_t>(page, slotAt(slot), static_cast<std::uint16_t>(last | 0xC000U));
+    put<std::uint16_t>(page, layout.slotCount.at, wanted);
+    put<std::uint16_t>(page, layout.freeBytes.at,
+                       static_cast<std::uint16_t>(get<std::uint16_t>(page, layout.freeBytes.at) -
+                                                  2 * (wanted - count)));
+}
+
 std::size_t DamagedFile::columnBlock(std::size_t column) const {
     return format_.definition.size + cheques.realIndexes.size() * format_.statistics.size +
            column * format_.column.size;

@@ -50,6 +50,8 @@ public:
     void resize(std::size_t bytes) { bytes_.resize(bytes); }
     /// An empty page at the end, in use and nobody's.
     jet::PageNo addPage();
+    /// The page says that it has so many slots; those it hasn't got are deleted ones.
+    void addSlots(jet::PageNo page, std::uint16_t count);
     /// Takes all damage back.
     void restore() { bytes_ = sound_; }
 

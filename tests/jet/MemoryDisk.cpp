@@ -48,6 +48,9 @@ public:
             return -failure;
         if (disk_.onRead)
             disk_.onRead(offset);
+        if (const auto& lost = disk_.lost; lost && lost->second >= offset &&
+                                           lost->second < offset + into.size() && isAt(lost->first))
+            return -EIO;
         const Bytes& bytes = content_->bytes;
         if (offset >= bytes.size())
             return 0;
@@ -303,8 +306,8 @@ int MemoryDisk::list(const std::filesystem::path& folder, std::vector<Entry>& en
         return -failure;
     for (const auto& [name, file] : names_)
         if (const std::filesystem::path path(name); path.parent_path() == folder)
-            entries.push_back({path.filename().string(), true, files_[file]->bytes.size(),
-                               files_[file]->changes});
+            entries.push_back({path.filename().string(), files_[file]->kind == Kind::file,
+                               files_[file]->bytes.size(), files_[file]->changes});
     return 0;
 }
 

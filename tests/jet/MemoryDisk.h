@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -78,6 +79,8 @@ public:
     /// Called before a lock is tried for, with its first byte, and before a read, with its place.
     std::function<void(std::uint64_t)> onLock;
     std::function<void(std::uint64_t)> onRead;
+    /// A place of a file that the disk doesn't give any more.
+    std::optional<std::pair<std::string, std::uint64_t>> lost;
     /// May alter what is about to be written, as a bad cable does.
     std::function<void(jet::Bytes&)> onWrite;
     /// Files that can't be opened for writing, or made.

@@ -87,7 +87,7 @@ private:
         for (const SourceRow::Content& content : row.contents) {
             const std::uint16_t column = definition_.columns[content.column].number;
             const auto filler = fillers_.find(column);
-            if (filler == fillers_.end())
+            if (filler == fillers_.end()) // unreached: check() tells of it, salvage mends it
                 corrupt(row.id.page, "um valor longo está numa coluna sem mapas");
             const Bytes stored = writeLongValue(
                 owner_.target_.format(), content.bytes, false,
@@ -161,7 +161,7 @@ private:
                                         });
             if (index.ignoreNulls && found.allNull)
                 continue;
-            if (!found.key)
+            if (!found.key) // unreached: check() has told of it, or it was set apart
                 throw Error(Errc::corrupt, "A tabela \"" + table_.name +
                                                "\" tem um valor que não cabe no seu índice.");
             entries.add(*found.key, {page, static_cast<std::uint16_t>(slot)});
@@ -170,7 +170,8 @@ private:
 
     void requireUnique(const IndexEntriesSorter& entries, const RealIndex& index) const {
         for (std::size_t i = 1; i < entries.size(); ++i)
-            if (entries.repeats(i) && !isAllNull(entries.key(i), index.columns.size()))
+            if (entries.repeats(i) && // unreached: as above
+                !isAllNull(entries.key(i), index.columns.size()))
                 throw Error(Errc::corrupt, "A tabela \"" + table_.name +
                                                "\" tem dois registros com a mesma chave única.");
     }

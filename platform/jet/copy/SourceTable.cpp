@@ -93,7 +93,7 @@ void SourceTable::eachRow(bool tells, const Visit& visit,
 
 void SourceTable::visitPage(PageNo page) {
     const auto ref = file_.page(page);
-    if (!ref)
+    if (!ref) // unreached: it could be read before; a file larger than what is kept may lose it
         return tell(Loss::What::page, page, {}, kUnreadable);
     std::optional<DataPage> data;
     try {
@@ -162,7 +162,7 @@ void SourceTable::visitOrphans() {
         if (targets_.contains(id))
             continue;
         const auto ref = file_.page(id.page);
-        if (!ref)
+        if (!ref) // unreached: it has just been visited
             continue;
         tell(Loss::What::note, id.page, id.slot,
              "nenhum lugar apontava para esta linha; foi aproveitada");

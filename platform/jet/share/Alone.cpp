@@ -11,7 +11,7 @@ Alone::Alone(Presence& presence) : lock_(presence.lock()) {
         const Announced wish(lock_, LockFile::kWantsReaders, Disk::Lock::exclusive);
         return waitFor([&] { return lock_.tryLock(LockFile::kReading); }, patience::kForTurn);
     }();
-    if (!got)
+    if (!got) // unreached: ten seconds of waiting, as for the turn to write
         throw Error(Errc::locked, "Outra estação está lendo o banco de dados há muito tempo" +
                                       presence.others() + patience::kNotSaved);
     try {

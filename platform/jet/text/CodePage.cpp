@@ -282,7 +282,7 @@ void CodePage::readDoubleBytes() {
     const std::string name = "CP" + std::to_string(number_);
     Converter decoder("UTF-16BE", name);
     Converter encoder(name, "UTF-16BE");
-    if (!decoder.works() || !encoder.works())
+    if (!decoder.works() || !encoder.works()) // unreached: the systems that we run on have them
         unsupported(number_);
 
     const auto characterOf = [&](const std::string& bytes) -> char16_t {

@@ -202,15 +202,7 @@ const std::vector<Damage> kDamages = {
           "a página tem linhas demais (300)",
           [](DamagedFile& file) {
               const PageNo page = file.otherPage;
-              const auto count = file.get<std::uint16_t>(page, file.format().dataPage.slotCount.at);
-              const auto free = file.get<std::uint16_t>(page, kFreeBytesAt);
-              const auto last = file.get<std::uint16_t>(page, file.slotAt(count - 1U));
-              for (std::size_t slot = count; slot < 300; ++slot)
-                  file.put<std::uint16_t>(page, file.slotAt(slot),
-                                          static_cast<std::uint16_t>(last | 0xC000U));
-              file.put<std::uint16_t>(page, file.format().dataPage.slotCount.at, 300);
-              file.put<std::uint16_t>(page, kFreeBytesAt,
-                                      static_cast<std::uint16_t>(free - 2 * (300 - count)));
+              file.addSlots(page, 300);
               return page;
           }),
     error("slot: offset of the one before", "a linha está vazia (linha 1)",

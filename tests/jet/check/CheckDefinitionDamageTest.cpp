@@ -254,6 +254,14 @@ const std::vector<Damage> kDefinitionDamages = {
               file.put<std::uint16_t>(file.cheques.page(), end, 1);
               return file.cheques.page();
           }),
+    error("definition: index of no columns", "um índice não tem colunas",
+          [](DamagedFile& file) {
+              for (std::size_t i = 0; i < kMaxIndexColumns; ++i)
+                  file.put<std::uint16_t>(file.cheques.page(),
+                                          file.realIndexBlock(0) + file.format().realIndex.key(i),
+                                          kNoColumn);
+              return file.cheques.page();
+          }),
     error(
         "definition: maps of long values of one column twice",
         "a lista dos mapas de valores longos repete uma coluna (0)",

@@ -121,18 +121,21 @@ class Compact : public testing::TestWithParam<Version> {
 protected:
     Compact() { Database::create(source_, GetParam()); }
 
-    /// A table whose rows come and go.
-    Table& fill(Database& database, int rows) const {
+    static TableSpec cheques() {
         // clang-format off
-        Table& table = database.createTable({
+        return {
             "Cheques",
             {{"numero", ColumnType::longInteger, 0, true},
              {"nome", ColumnType::text, 60},
              {"valor", ColumnType::currency},
              {"obs", ColumnType::memo}},
             {{"PrimaryKey", {{"numero"}}, true}, {"nome", {{"nome", false}, {"valor"}}}}
-        });
+        };
         // clang-format on
+    }
+    /// A table whose rows come and go.
+    Table& fill(Database& database, int rows) const {
+        Table& table = database.createTable(cheques());
         database.begin();
         for (int i = 0; i < rows; ++i)
             table.insert(Row{Value(), "Nome " + std::to_string(i * 7919 % 1000),
@@ -284,6 +287,24 @@ TEST_P(Compact, RefusesASourceThatChangesMeanwhile) {
     EXPECT_EQ(filesIn(folder_.path()), std::vector<std::string>{"automacao.mdb"});
 }
 
+TEST_P(Compact, RefusesAFileThatWasCut) {
+    const std::size_t page = formatOf(GetParam()).pageSize;
+    const struct {
+        std::uint64_t left;
+        const char* words;
+    } cases[] = {
+        {std::filesystem::file_size(source_) - 100, "a última página está incompleta"},
+        {3 * page,                                  "o arquivo está incompleto"        },
+    };
+    for (const auto& [left, words] : cases) {
+        std::filesystem::resize_file(source_, left);
+        const std::string before = contentOf(source_);
+        expectError(Errc::corrupt, words, [&] { (void)compact(source_, target_); });
+        EXPECT_TRUE(contentOf(source_) == before);
+        EXPECT_EQ(filesIn(folder_.path()), std::vector<std::string>{"automacao.mdb"});
+    }
+}
+
 /// A bad cable: wherever `word` goes by, its first letter becomes another.
 void garble(Bytes& bytes, std::string_view word, char letter) {
     for (const std::size_t width : {1U, 2U}) { // a letter is one byte, or two
@@ -301,16 +322,7 @@ TEST_P(Compact, ACopyThatIsSoundButNotTheSameIsRefused) {
     Database::create(kPath, GetParam(), whole);
     {
         Database database(kPath, on(whole));
-        // clang-format off
-        Table& table = database.createTable({
-            "Cheques",
-            {{"numero", ColumnType::longInteger, 0, true},
-             {"nome", ColumnType::text, 60},
-             {"valor", ColumnType::currency},
-             {"obs", ColumnType::memo}},
-            {{"PrimaryKey", {{"numero"}}, true}}
-        });
-        // clang-format on
+        Table& table = database.createTable(cheques());
         table.insert(Row{std::int64_t{0x34333231}, "Ana Maria", // the number is "1234" on disk
                          Currency{0x3837363534333231}, "Devolvido"}); // the amount "12345678"
     }

@@ -3,10 +3,13 @@
 
 #include "jet/Copies.h"
 #include "jet/ShopWork.h"
+#include "jet/page/CommitPairs.h"
 #include "jet/share/LockFile.h"
 #include "support/Versions.h"
 
+#include <functional>
 #include <iostream>
+#include <map>
 
 using namespace jet;
 
@@ -133,6 +136,57 @@ TEST_P(LiveCopies, AProgramThatHeedsNoLockIsNoticed) {
     copy();
     EXPECT_TRUE(written);
     EXPECT_TRUE(disk_.image().at(kTarget) == disk_.image().at(kPath));
+}
+
+/// Then it isn't known what has been saved: all is copied anew.
+TEST_P(LiveCopies, WhereTheJournalDoesntTellItBeginsAnew) {
+    fill(1 << 20);
+    const auto journal = [&] { return File(kJournal, File::Mode::readWrite, disk_); };
+    const std::map<std::string, std::function<void()>> cases{
+        {"there is none",             [&] { File::remove(disk_, kJournal); }                            },
+        {"nothing is in it",          [&] { journal().truncate(0); }                                    },
+        {"its end is missing",        [&] { journal().truncate(disk_.image().at(kJournal).size() / 2); }},
+        {"another program has saved",
+         [&] {
+             File file(kPath, File::Mode::readWrite, disk_);
+             CommitPairs::write(file, formatOf(GetParam()), 9, 0x0150);
+         }                                                                                              },
+        {"the file got shorter",
+         [&] {
+             File file(kPath, File::Mode::readWrite, disk_);
+             file.truncate(file.size() - formatOf(GetParam()).pageSize);
+         }                                                                                              },
+    };
+    const DiskImage sound = disk_.image();
+    for (const auto& [what, does] : cases) {
+        SCOPED_TRACE(what);
+        bool happened = false;
+        parts_ = 0;
+        betweenParts([&, &happens = does] {
+            if (parts_ != 3)
+                return;
+            save();
+            happens();
+            happened = true;
+        });
+        copy();
+        EXPECT_TRUE(happened);
+        EXPECT_TRUE(disk_.image().at(kTarget) == disk_.image().at(kPath));
+        File::remove(disk_, kTarget);
+        File(kPath, File::Mode::readWrite, disk_).truncate(sound.at(kPath).size());
+    }
+}
+
+TEST_P(LiveCopies, OfAFileThatAStrangerNeverLeavesAloneThereIsNone) {
+    fill(3 << 20);
+    File stranger(kPath, File::Mode::readWrite, disk_);
+    std::uint8_t mark = 0;
+    disk_.onRead = [&](std::uint64_t offset) {
+        if (offset % formatOf(GetParam()).pageSize == 0) // what is copied, not what is looked at
+            stranger.write(disk_.image().at(kPath).size() - 16, Bytes(16, std::byte{++mark}));
+    };
+    expectError(Errc::locked, "sem pausa", [this] { copy(); });
+    disk_.onRead = {};
 }
 
 TEST_P(LiveCopies, TheFileMayGrowMeanwhile) {

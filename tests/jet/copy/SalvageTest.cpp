@@ -8,6 +8,7 @@
 #include "jet/database/DatabasePager.h"
 #include "jet/page/Header.h"
 #include "jet/share/Journal.h"
+#include "support/FileRules.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
 
@@ -213,12 +214,21 @@ TEST_P(Salvage, ARelationshipWithALostTableIsDissolved) {
                                      std::string("Larga") == other ? std::string("coluna numero 3")
                                                                    : std::string("texto"),
                                      std::string("Larga"), std::string("coluna numero 1")});
+        addRelationship(database, {"SemCampo", "Larga", {"coluna numero 1"}, "Larga", {"nenhuma"}});
+        enterObject(database, -2147483000, "ChequesDeOutra", 8, 0x0F000003);
+        enterObject(database, -2147483001, "ChequesDeLarga", 8, 0x0F000003);
     });
     wipe(file_.other.page());
     salvageIt();
-    EXPECT_EQ(report_.count(Loss::What::structure), 1U) << told(report_);
+    EXPECT_EQ(report_.count(Loss::What::structure), 2U) << told(report_);
     Database database(target_);
     EXPECT_EQ(database.table("MSysRelationships").rowCount(), 1);
+    std::string objects;
+    for (const Row& object : rowsOf(database, "MSysObjects"))
+        if (const auto* name = std::get_if<std::string>(&object[2]))
+            objects += *name + " ";
+    EXPECT_NE(objects.find("ChequesDeLarga"), std::string::npos);
+    EXPECT_EQ(objects.find("ChequesDeOutra"), std::string::npos);
 }
 
 TEST_P(Salvage, ColumnsOfOneNameGetNamesThatNoOtherHas) {

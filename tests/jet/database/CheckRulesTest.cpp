@@ -192,6 +192,15 @@ TEST(RuleCheckOfSamples, FindsNothingInRealFiles) {
     }
 }
 
+TEST(RuleCheckOfSamples, WhatIsNoDatabaseIsSaidAndNotThrown) {
+    const TemporaryFolder folder;
+    const auto path = folder / "texto.mdb";
+    std::ofstream(path) << std::string(9000, 'x');
+    const auto findings = checkRules(path);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_NE(findings[0].sentence.find("as regras não puderam ser conferidas"), std::string::npos);
+}
+
 TEST(RuleCheckOfSamples, AMissingFileIsAnErrorOfItsOwn) {
     const TemporaryFolder folder;
     EXPECT_THROW((void)checkRules(folder / "nada.mdb"), Error);

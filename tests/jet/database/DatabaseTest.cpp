@@ -1,5 +1,6 @@
 #include "jet/Database.h"
 
+#include "jet/Check.h"
 #include "jet/Sentences.h"
 #include "jet/database/DatabasePager.h"
 #include "support/TemporaryFolder.h"
@@ -347,6 +348,107 @@ TEST_P(DatabaseFile, KeyRangesFindTheRowsBetween) {
     // The index on numero descends.
     EXPECT_THAT(found(2, table.keysBetween(2, {}, Value("1001"s), Value("1003"s)), kNumeroAt),
                 testing::ElementsAre(Value("1003"s), Value("1002"s), Value("1001"s)));
+}
+
+TEST_P(DatabaseFile, RowsAreFoundByWhateverTheirColumnsAre) {
+    Database file(path);
+    // clang-format off
+    Table& table = file.createTable({
+        "tudo",
+        {{"sim", ColumnType::boolean},
+         {"numero", ColumnType::longInteger},
+         {"obs", ColumnType::memo},
+         {"guid", ColumnType::guid}},
+        {{"sim", {{"sim"}}}, {"numero", {{"numero"}}}, {"obs", {{"obs"}}}, {"guid", {{"guid"}}},
+         {"numero abaixo", {{"numero", false}}}, {"sim abaixo", {{"sim", false}}},
+         {"dois", {{"sim"}, {"numero"}}}}
+    });
+    // clang-format on
+    Guid guid;
+    guid.bytes.fill(std::byte{0xFF});
+    const std::string text(3000, 'x');
+    const std::int64_t largest = 2147483647;
+    table.insert(Row{true, largest, text, guid});
+    table.insert(Row{false, Value{}, Value{}, Value{}});
+    const auto found = [&](std::size_t index, const KeyRange& range) {
+        std::int64_t count = 0;
+        IndexTree::Cursor entry = table.walk(index);
+        for (bool there = entry.seek(range.lower);
+             there && (!range.upper ||
+                       std::lexicographical_compare(entry.key().begin(), entry.key().end(),
+                                                    range.upper->begin(), range.upper->end()));
+             there = entry.next())
+            ++count;
+        return count;
+    };
+    const struct {
+        std::size_t index;
+        std::vector<Value> key;
+    } cases[] = {
+        {0, {true}          },
+        {0, {false}         },
+        {1, {largest}       },
+        {1, {Value{}}       },
+        {2, {text}          },
+        {2, {Value{}}       },
+        {3, {guid}          },
+        {3, {Value{}}       },
+        {4, {largest}       },
+        {4, {Value{}}       },
+        {5, {true}          },
+        {5, {false}         },
+        {6, {true, largest} },
+        {6, {false, Value{}}},
+        {6, {true}          },
+    };
+    for (const auto& [index, key] : cases)
+        EXPECT_EQ(found(index, table.keysEqual(index, key)), 1) << index;
+    const Value yes = true;
+    EXPECT_EQ(found(6, table.keysBetween(6, {&yes, 1}, Value(std::int64_t{5}), std::nullopt)), 1);
+    EXPECT_EQ(found(6, table.keysBetween(6, {&yes, 1}, std::nullopt, Value(std::int64_t{5}))), 0);
+    EXPECT_EQ(found(1, table.keysBetween(1, {}, std::nullopt, Value(largest))), 2);
+    EXPECT_EQ(table.partBetween(1, {Bytes(1, std::byte{0xFF}), Bytes(1, std::byte{0})}), 0);
+}
+
+TEST_P(DatabaseFile, LongTextsGiveWayInARowThatGetsTooLong) {
+    Database file(path);
+    const std::size_t stays = formatOf(GetParam()).inlineLongValue / 2; // the longest, as text
+    TableSpec spec{"textos", {}, {}};
+    for (int i = 0; i < 50; ++i)
+        spec.columns.push_back(
+            {"obs" + std::to_string(i), ColumnType::memo, 0, false, 18, 0, false});
+    for (int i = 0; i < 4; ++i)
+        spec.columns.push_back(
+            {"nome" + std::to_string(i), ColumnType::text, 255, false, 18, 0, false});
+    Table& table = file.createTable(spec);
+    Row row(54);
+    for (std::size_t i = 0; i < 30; ++i)
+        row[i] = std::string(stays, static_cast<char>('a' + i % 26));
+    const RowId id = table.insert(row);
+    // Now they no longer fit beside it, though none of them is given anew.
+    std::vector<Assignment> changes;
+    for (std::size_t i = 50; i < 54; ++i)
+        changes.push_back({i, row[i] = std::string(250, 'n')});
+    for (std::size_t i = 30; i < 50; ++i)
+        changes.push_back({i, row[i] = std::string(stays, 'z')});
+    table.update(id, changes);
+    EXPECT_EQ(table.read(id), std::optional(row));
+    table.erase(id);
+    file.flush();
+    EXPECT_TRUE(check(path).clean());
+}
+
+TEST_P(DatabaseFile, AKeyMayHaveAYesOrNoInIt) {
+    Database file(path);
+    Table& table = file.createTable({
+        "chaves",
+        {{"n", ColumnType::longInteger}, {"sim", ColumnType::boolean}},
+        {{"PrimaryKey", {{"n"}, {"sim"}}, true}                             }
+    });
+    table.insert(Row{std::int64_t{1}, false});
+    table.insert(Row{std::int64_t{1}, true});
+    EXPECT_EQ(errorOf([&] { table.insert(Row{std::int64_t{1}, false}); }), Errc::duplicate);
+    EXPECT_EQ(errorOf([&] { table.insert(Row{Value{}, false}); }), Errc::nullValue);
 }
 
 TEST_P(DatabaseFile, TextKeysIgnoreCaseInAUniqueIndex) {

@@ -78,6 +78,28 @@ TEST_P(OpenDatabase, OfAFileThatNobodySharesNobodyElseWrites) {
     file.onSnapshot([&] { file.breathe(); });
 }
 
+TEST_P(OpenDatabase, ToBeWrittenIsSharedWhateverWasAskedFor) {
+    auto options = on(disk);
+    options.unshared = true;
+    Database file(kPath, options);
+    Database other(kPath, on(disk));
+    file.table("contas").insert(named("a"));
+    file.flush();
+    EXPECT_EQ(other.table("contas").rowCount(), 1);
+}
+
+TEST_P(OpenDatabase, ATableThatIsThereAlreadyIsRefusedWithinATransactionToo) {
+    Database file(kPath, on(disk));
+    const TableSpec again{"CONTAS", {{"id", ColumnType::longInteger}}, {}};
+    EXPECT_EQ(errorOf([&] { file.createTable(again); }), Errc::exists);
+    file.begin();
+    file.table("contas").insert(named("a"));
+    EXPECT_EQ(errorOf([&] { file.createTable(again); }), Errc::exists);
+    EXPECT_TRUE(file.inTransaction());
+    file.commit();
+    EXPECT_EQ(file.table("contas").rowCount(), 1);
+}
+
 TEST_P(OpenDatabase, ASnapshotIsHeldAsLongAsAskedFor) {
     Database file(kPath, on(disk));
     Database other(kPath, on(disk));

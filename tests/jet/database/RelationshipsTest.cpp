@@ -497,6 +497,8 @@ TEST_P(Relationships, OnesThatAreNotToBeEnforcedOrNameUnknownThingsAreLeftAlone)
     relate("cheques", "cliente", "clientes", "codigo", Flags::kNotEnforced);
     relate("avulsos", "cliente", "naoexiste", "codigo");
     relate("clientes", "uf", "estados", "naoexiste");
+    relate("naoexiste", "cliente", "clientes", "codigo");
+    addRelationship(*database_, {"outra", "cheques", {"naoexiste"}, "clientes", {"codigo"}});
     const RowId client = add("clientes", {whole(1), "XX"s, {}});
     add("cheques", {whole(1), whole(1), {}});
     add("cheques", {whole(2), whole(77), {}});
@@ -504,6 +506,122 @@ TEST_P(Relationships, OnesThatAreNotToBeEnforcedOrNameUnknownThingsAreLeftAlone)
     table("clientes").erase(client);
 
     forgetRelationships();
+}
+
+TEST_P(Relationships, OfSeveralColumnsAreKeptWithoutAnIndexToo) {
+    database_->createTable({
+        "contas",
+        {{"agencia", ColumnType::text, 10}, {"banco", ColumnType::longInteger}},
+        {{"PrimaryKey", {{"banco"}, {"agencia"}}, true}                                }
+    });
+    database_->createTable({
+        "folhas", {{"banco", ColumnType::longInteger}, {"agencia", ColumnType::text, 10}},
+         {                                  }
+    });
+    addRelationship(*database_, {
+                                    "contasfolhas",
+                                    "folhas",
+                                    {"agencia", "banco"},
+                                    "contas",
+                                    {"agencia", "banco"},
+                                    Flags::kCascadeUpdate
+    });
+    const RowId account = add("contas", {"12"s, whole(1)});
+    add("contas", {"12"s, whole(2)});
+    add("contas", {"34"s, whole(1)});
+    for (const auto& [bank, branch] : {
+             std::pair(1, "12"s), {2, "12"s},
+               {1, "34"s}
+    })
+        add("folhas", {whole(bank), branch});
+    refusal([&] { add("folhas", {whole(2), "34"s}); });
+    refusal([&] { table("contas").erase(account); });
+    EXPECT_EQ(change("contas", account,
+                     {
+                         {0, "56"s}
+    })
+                  .size(),
+              1U);
+    EXPECT_EQ(column("folhas", 1), (std::vector<Value>{"56"s, "12"s, "34"s}));
+}
+
+TEST_P(Relationships, AKeyThatTheChildCouldNeverHoldHasNoChildren) {
+    database_->createTable(
+        {"curtos", {{"cliente", ColumnType::integer}}, {{"cliente", {{"cliente"}}}}});
+    relate("curtos", "cliente", "clientes", "codigo");
+    const RowId client = add("clientes", {whole(70'000), {}, {}});
+    add("clientes", {whole(7), {}, {}});
+    add("curtos", {whole(7)});
+    table("clientes").erase(client);
+    EXPECT_EQ(table("clientes").rowCount(), 1);
+}
+
+TEST_P(Relationships, AKeyThatIsNoNumberAndNoTextIsNotShown) {
+    database_->createTable(
+        {"dias", {{"dia", ColumnType::date}}, {{"PrimaryKey", {{"dia"}}, true}}});
+    database_->createTable({"vencimentos", {{"dia", ColumnType::date}}, {{"dia", {{"dia"}}}}});
+    relate("vencimentos", "dia", "dias", "dia");
+    const std::string told = refusal([&] { add("vencimentos", {Date{45000}}); });
+    EXPECT_NE(told.find("o valor de \"dia\" não existe em \"dia\" da tabela \"dias\""),
+              std::string::npos)
+        << told;
+    const RowId day = add("dias", {Date{45000}});
+    add("vencimentos", {Date{45000}});
+    EXPECT_EQ(refusal([&] { table("dias").erase(day); }).substr(0, 23), "O registro da tabela \"d");
+}
+
+TEST_P(Relationships, ARowThatTwoOfThemReachGoesOnce) {
+    // Its two states are the same one: the one way empties a field of the row that the other takes.
+    database_->createTable({
+        "viagens", {{"de", ColumnType::text, 2}, {"para", ColumnType::text, 2}},
+         {                           }
+    });
+    const std::pair<std::int64_t, std::int64_t> ways[] = {
+        {Flags::kCascadeDelete, Flags::kCascadeDelete},
+        {Flags::kCascadeDelete, Flags::kCascadeNull  },
+        {Flags::kCascadeNull,   Flags::kCascadeDelete}
+    };
+    for (const auto& [from, to] : ways) {
+        forgetRelationships();
+        relate("viagens", "de", "estados", "uf", from);
+        addRelationship(*database_, {"ida", "viagens", {"para"}, "estados", {"uf"}, to});
+        const RowId state = add("estados", {"SP"s});
+        add("viagens", {"SP"s, "SP"s});
+        table("estados").erase(state);
+        EXPECT_EQ(table("viagens").rowCount(), 0);
+        EXPECT_EQ(table("estados").rowCount(), 0);
+    }
+}
+
+TEST_P(Relationships, OneWhosePairsDontBelongTogetherMakesItsTablesReadOnly) {
+    const struct {
+        const char* column;
+        Value wrong;
+    } cases[] = {
+        {"ccolumn",            whole(3)  },
+        {"icolumn",            whole(5)  },
+        {"szObject",           "avulsos"s},
+        {"szReferencedObject", "cheques"s},
+    };
+    for (const auto& [column, wrong] : cases) {
+        SCOPED_TRACE(column);
+        addRelationship(*database_,
+                        {
+                            "partida", "cheques", {"cliente", "uf"},
+                              "clientes", {"codigo",  "uf"}
+        });
+        Table& relationships = table("MSysRelationships");
+        RowCursor row = relationships.scan();
+        ASSERT_TRUE(row.first() && row.next());
+        const Assignment change[] = {
+            {relationships.findColumn(column).value(), wrong}
+        };
+        relationships.update(row.id(), change);
+        EXPECT_NE(table("cheques").readOnlyReason().value_or("").find("partida"),
+                  std::string::npos);
+        forgetRelationships();
+        EXPECT_FALSE(table("cheques").readOnlyReason());
+    }
 }
 
 TEST_P(Relationships, OneThatIsNotWholeMakesItsTablesReadOnly) {

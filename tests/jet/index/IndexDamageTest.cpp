@@ -104,6 +104,28 @@ TEST_P(DamagedIndex, LeavesLinkedInACircleAreAnErrorAndNoEndlessWalk) {
     EXPECT_EQ(failure([&] { static_cast<void>(cursor.seekBefore(numberKey(1))); }), Errc::corrupt);
 }
 
+TEST_P(DamagedIndex, APageThatIsNotWhereItShouldBeIsNotGivenBack) {
+    build();
+    const IndexPage root = file.page(file.tree().root());
+    const PageNo first = root.child(0);
+    const PageNo second = root.child(root.after(0));
+    const auto eraseAllOf = [&](PageNo page) {
+        const Pager::Statement undone(file.pager());
+        while (true) {
+            const IndexPage leaf = file.page(page);
+            EntryBuffer buffer;
+            const IndexPoint point = leaf.entry(0, buffer).point;
+            file.tree().erase(file.pages(), Bytes(point.key.begin(), point.key.end()),
+                              unpacked(static_cast<std::int64_t>(point.row)));
+        }
+    };
+    file.pages().remove(file.tree().map(), first);
+    EXPECT_EQ(failure([&] { eraseAllOf(first); }), Errc::corrupt);
+    IndexPageEditor(file.format(), file.pager().change(first), first, file.owner())
+        .setNext(file.tree().root());
+    EXPECT_EQ(failure([&] { eraseAllOf(second); }), Errc::corrupt);
+}
+
 TEST_P(DamagedIndex, CheckNamesWhatIsWrong) {
     for (std::uint32_t n = 0; n < 3000; ++n)
         file.insert(numberKey(n), 256 + n);

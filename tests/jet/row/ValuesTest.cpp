@@ -99,6 +99,9 @@ TEST_P(Values, ComeBackInTheTypeOfTheColumn) {
             EXPECT_EQ(view->real(at(column)), *real);
         } else if (const auto* date = std::get_if<Date>(&stored)) {
             EXPECT_EQ(view->date(at(column)), *date);
+        } else if (const auto* text = std::get_if<std::string>(&stored)) {
+            std::string buffer;
+            EXPECT_EQ(view->text(at(column), buffer), *text);
         }
     }
 }

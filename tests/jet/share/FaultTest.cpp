@@ -4,6 +4,7 @@
 
 #include "jet/Check.h"
 #include "jet/MemoryDisk.h"
+#include "jet/Sentences.h"
 #include "jet/ShopWork.h"
 #include "jet/database/DatabasePager.h"
 
@@ -103,6 +104,57 @@ TEST_P(Faults, EachEndsInASentenceAndASoundFile) {
     std::cout << "calls made to fail: " << number - 2 << ", told to the operator: " << failures
               << '\n';
     EXPECT_GT(failures, 100U);
+}
+
+/// Some of a save is in the file, and the disk fails. Who has it open neither sees nor writes
+/// anything more; the next opening finds all of it or nothing.
+TEST_P(Faults, AfterASaveThatCouldNotBeUndoneNothingIsReadUntilTheFileIsOpenedAgain) {
+    const Fault fault = GetParam();
+    if (!fault.forever)
+        return;
+    const DiskImage shop = usedShop(fault.version);
+    std::size_t broken = 0;
+    std::uint64_t number = 1;
+    for (bool failed = true; failed; ++number) {
+        SCOPED_TRACE("call " + std::to_string(number));
+        MemoryDisk disk(shop);
+        std::uint64_t before = 0;
+        std::uint64_t after = 0;
+        {
+            Database file(kPath, on(disk));
+            before = contentOf(file);
+            file.begin();
+            Table& table = file.table("Cheques");
+            RowCursor row = table.scan();
+            ASSERT_TRUE(row.first());
+            table.erase(row.id());
+            after = contentOf(file);
+            const std::uint64_t begin = disk.calls();
+            disk.failFrom(begin + number, true, fault.error);
+            try {
+                file.commit();
+            } catch (const Error& error) {
+                EXPECT_STRNE(error.what(), "");
+            }
+            failed = disk.calls() >= begin + number;
+            disk.failNoMore();
+            if (file.isBroken()) {
+                ++broken;
+                const auto expectTold = [&](const std::function<void()>& action) {
+                    EXPECT_THAT(sentenceOf(action, Errc::io),
+                                testing::HasSubstr("falhou no meio e não pôde ser desfeita"));
+                };
+                expectTold([&] { (void)contentOf(file); });
+                expectTold([&] { file.commit(); });
+                expectTold([&] { table.insert(Row(table.columns().size())); });
+            }
+        }
+        Database file(kPath, on(disk));
+        const std::uint64_t content = contentOf(file);
+        EXPECT_TRUE(content == before || content == after);
+        EXPECT_TRUE(check(kPath, disk).sound());
+    }
+    EXPECT_GT(broken, 2U);
 }
 
 /// What a sync hasn't brought to the disk the next one doesn't bring either, though it succeeds:

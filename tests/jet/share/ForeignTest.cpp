@@ -4,6 +4,7 @@
 #include "jet/MemoryDisk.h"
 #include "jet/Sentences.h"
 #include "jet/ShopWork.h"
+#include "jet/share/LockFile.h"
 #include "support/Versions.h"
 
 #include <gmock/gmock.h>
@@ -192,6 +193,51 @@ TEST_P(Foreign, ATableOfATransactionThatWasUndoneIsAnErrorForWhoHasIt) {
 }
 
 // ---- a program that writes and tells nobody ---------------------------------------------------
+
+TEST_P(Foreign, AFileThatIsReplacedWhileItIsBeingOpenedIsRefused) {
+    const Bytes whole = disk.image().at(kPath);
+    bool replaced = false;
+    disk.onLock = [&](std::uint64_t byte) {
+        if (byte != LockFile::kEntering || std::exchange(replaced, true))
+            return;
+        File(std::string("/loja/copia.mdb"), File::Mode::createNew, disk).write(0, whole);
+        File::rename(disk, "/loja/copia.mdb", kPath);
+    };
+    EXPECT_THAT(sentenceOf([&] { Database(kPath, on(disk)); }, Errc::locked),
+                HasSubstr("acaba de ser substituído"));
+    EXPECT_EQ(Database(kPath, on(disk)).table("contas").rowCount(), kRows);
+}
+
+TEST_P(Foreign, ATableThatWasDroppedAndMadeAgainIsAnErrorForWhoHasTheOldOne) {
+    Database file(kPath, on(disk));
+    Table& table = file.table("contas");
+    RowCursor scan = table.scan();
+    ASSERT_TRUE(scan.first());
+    drop("contas");
+    {
+        Database other(kPath, on(disk));
+        other.createTable(numbers("contas")).insert(rowOf(5));
+        other.flush();
+    }
+    expectGone(table, scan.id());
+    EXPECT_EQ(file.table("contas").rowCount(), 1);
+}
+
+TEST_P(Foreign, ATableWhoseDefinitionWasDamagedIsAnErrorForWhoHasItOpen) {
+    Database file(kPath, on(disk));
+    Table& table = file.table("contas");
+    ASSERT_EQ(table.rowCount(), kRows);
+    {
+        Database other(kPath, on(disk));
+        File(kPath, File::Mode::readWrite, disk)
+            .write(std::uint64_t{number(table.definition().page())} * formatOf(GetParam()).pageSize,
+                   Bytes(1, std::byte{9}));
+        other.table("bancos").insert(rowOf(0));
+        other.flush();
+    }
+    EXPECT_EQ(errorOf([&] { table.insert(rowOf(1)); }), Errc::corrupt);
+    EXPECT_EQ(file.table("bancos").rowCount(), kRows + 1);
+}
 
 /// One station, and a program that writes into its file as into any other.
 class Intruder : public Foreign {

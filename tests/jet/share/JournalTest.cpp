@@ -3,8 +3,11 @@
 
 #include "jet/Check.h"
 #include "jet/MemoryDisk.h"
+#include "jet/Sentences.h"
 #include "jet/ShopWork.h"
+#include "jet/Waiting.h"
 #include "jet/page/CommitPairs.h"
+#include "jet/share/LockFile.h"
 #include "support/Versions.h"
 
 #include <gmock/gmock.h>
@@ -111,6 +114,56 @@ TEST_P(LeftJournal, WhereNobodyMayWriteTheFileIsNotOpened) {
         EXPECT_EQ(error.code(), Errc::readOnly);
         EXPECT_THAT(error.what(), HasSubstr("Uma gravação foi interrompida"));
     }
+}
+
+TEST_P(LeftJournal, ThatAnotherStationIsUsingIsWaitedFor) {
+    MemoryDisk disk(halfDone);
+    File other("/loja/automacao.ldb", File::Mode::readWrite, disk);
+    ASSERT_TRUE(other.tryLock(Disk::Lock::exclusive, LockFile::kWriting));
+    bool waited = false;
+    setWaitHook([&] {
+        waited = true;
+        other.unlock(LockFile::kWriting);
+    });
+    Database file(kPath, on(disk));
+    setWaitHook({});
+    EXPECT_TRUE(waited);
+    EXPECT_EQ(contentOf(file), content);
+}
+
+TEST_P(LeftJournal, IsNotUsedBesideAForeignProgram) {
+    const auto comes = [](MemoryDisk& disk) {
+        File foreign("/loja/automacao.ldb", File::Mode::readWrite, disk);
+        EXPECT_TRUE(foreign.tryLock(Disk::Lock::exclusive, LockFile::kUsers + 7));
+        return foreign;
+    };
+    {
+        MemoryDisk disk(halfDone);
+        const File foreign = comes(disk);
+        EXPECT_THAT(sentenceOf([&] { Database(kPath, on(disk)); }, Errc::locked),
+                    HasSubstr("Feche-o lá e tente de novo"));
+        EXPECT_EQ(disk.image().at(kPath), halfDone.at(kPath));
+    }
+    DiskImage finished = halfDone;
+    finished[kPath] = after.at(kPath);
+    MemoryDisk disk(finished);
+    const File foreign = comes(disk);
+    Database file(kPath, on(disk));
+    EXPECT_EQ(contentOf(file), contentAfter);
+    EXPECT_EQ(disk.image().at(kJournal), finished.at(kJournal)) << "nor needed";
+}
+
+TEST_P(LeftJournal, ThatFindsNoNameToBeSetAsideUnderIsLeftThere) {
+    DiskImage image = halfDone;
+    image[kPath] = before.at(kPath);
+    store<std::uint16_t>(image[kPath].data() + pairAt(), 0x0155);
+    for (int i = 1; i <= 1000; ++i)
+        image[kJournal + ".old" + (i == 1 ? "" : std::to_string(i))] = {};
+    MemoryDisk disk(image);
+    Database file(kPath, on(disk));
+    EXPECT_THAT(file.readOnlyReason().value_or(""), HasSubstr("já há 1000 guardados"));
+    EXPECT_EQ(contentOf(file), content);
+    EXPECT_EQ(disk.image().at(kJournal), image.at(kJournal));
 }
 
 TEST_P(LeftJournal, BesideACopyPutBackIsSetAside) {
