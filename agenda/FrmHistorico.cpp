@@ -1,26 +1,261 @@
 #include "agenda/FrmHistorico.h"
 
+#include "agenda/Desfazer.h"
+#include "controls/look/BusyCursor.h"
+#include "controls/window/MessageBox.h"
+#include "controls/window/Repainting.h"
 #include "controls/window/WindowList.h"
+#include "shell/Historico.h"
+#include "shell/Mirtal.h"
+#include "shell/Valores.h"
+#include "shell/dbconectar.h"
+
+#include <QTime>
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+using Valores::texto;
+using Valores::valor;
+
+constexpr int kDias = 30; ///< of the period at first
+constexpr auto kEntreRepinturas = 100ms;
+constexpr char kTotal[] = "O total do histórico";
+
+constexpr const char* kOperacoes[] = {
+    Historico::kAlteracao, Historico::kBaixa,        Historico::kDesfazer, Historico::kExclusao,
+    Historico::kExpurgo,   Historico::kRenegociacao, Historico::kSemFundos};
+
+enum SomaPor { kNenhuma, kCliente, kBanco, kOperacao, kMes };
+constexpr const char* kSomas[] = {"", "Cliente", "Banco", "Operação", "Mês"};
+
+// clang-format off
+const std::vector<ListColumn> kColunas = {
+    {"Data e hora", 2300, Qt::AlignLeft},
+    {"Operação",    1500, Qt::AlignLeft},
+    {"Nº  Cheque",  1200, Qt::AlignLeft},
+    {"Cliente",     2400, Qt::AlignLeft},
+    {"Banco",       1300, Qt::AlignLeft},
+    {"Dt.Vencto",   1500, Qt::AlignLeft},
+    {"Valor R$",    1500, Qt::AlignRight},
+    {"Estação",     1000, Qt::AlignLeft}
+};
+const std::vector<ListColumn> kColunasDasSomas = {
+    {"",                        4000, Qt::AlignLeft},
+    {"Cheques",                 1200, Qt::AlignRight},
+    {"Valor R$",                1800, Qt::AlignRight},
+    {"Atraso médio das baixas", 2200, Qt::AlignRight}
+};
+// clang-format on
+
+std::map<std::int64_t, QString> nomesDe(const char* tabela) {
+    ado::Recordset rs;
+    rs.Open("select codigo, nome from " + std::string(tabela), dbconectar::instance().Automacao);
+    std::map<std::int64_t, QString> nomes;
+    for (; !rs.EOF(); rs.MoveNext())
+        nomes.emplace(rs["codigo"].integer(), texto(rs["nome"]));
+    return nomes;
+}
+
+QString nomeEm(const std::map<std::int64_t, QString>& nomes, const ado::FieldValue& codigo) {
+    const auto achado = nomes.find(codigo.integer());
+    return achado != nomes.end() ? achado->second : texto(codigo);
+}
+
+QString cheques(int quantos) {
+    return QString::number(quantos) + (quantos == 1 ? " cheque" : " cheques");
+}
+
+/// To the minute.
+QString momento(jet::Date data) {
+    const jet::CivilTime em = data.civil();
+    return formatDate({em.year, em.month, em.day}) + QTime(em.hour, em.minute).toString(" HH:mm");
+}
+
+QString feito(const QString& operacao, bool desfeita) {
+    return desfeita ? operacao + " (desfeita)" : operacao;
+}
+
+} // namespace
 
 FrmHistorico::FrmHistorico() {
     setupUi(this);
-    // clang-format off
-    lsthistorico->setColumns({
-        {"Data e hora", 1600, Qt::AlignHCenter},
-        {"Operação",    1400, Qt::AlignLeft},
-        {"Nº  Cheque",  1100, Qt::AlignLeft},
-        {"Cliente",     3000, Qt::AlignLeft},
-        {"Banco",       1900, Qt::AlignLeft},
-        {"Dt.Vencto",   1250, Qt::AlignHCenter},
-        {"Valor R$",    1400, Qt::AlignRight},
-        {"Estação",     1300, Qt::AlignLeft}
-    });
-    // clang-format on
-    enterAsTab({txtinicio, txtfim, txtoperacao, txtcliente, txttexto});
+    for (const char* operacao : kOperacoes)
+        txtoperacao->addItem(operacao);
+    for (const char* soma : kSomas)
+        if (*soma)
+            txtsoma->addItem(soma);
+    enterAsTab({txtinicio, txtfim, txtoperacao, txtcliente, txttexto, txtsoma});
     closesWith(cmdsair);
+    lostFocus(txtfim, &FrmHistorico::listar);
+    lostFocus(txttexto, &FrmHistorico::listar);
+    on(txtoperacao, &DropDownList::clicked, &FrmHistorico::listar);
+    on(txtcliente, &DropDownList::clicked, &FrmHistorico::listar);
+    on(txtsoma, &DropDownList::clicked, &FrmHistorico::listar);
+    on(cmdlocalizar, &QPushButton::clicked, &FrmHistorico::listar);
+    on(cmddesfazer, &QPushButton::clicked, &FrmHistorico::cmddesfazer_Click);
     on(cmdsair, &QPushButton::clicked, &FrmHistorico::cmdsair_Click);
 }
 
 FrmHistorico& FrmHistorico::instance() { return WindowList::instance().one<FrmHistorico>(); }
+
+void FrmHistorico::Form_Load() {
+    centre();
+    txtinicio->setValue(QDate::currentDate().addDays(-kDias));
+    Mirtal::preencherLista(*txtcliente, dbconectar::instance().rsCliente, "nome", "codigo");
+    listar();
+}
+
+// ---- the list
+
+QString FrmHistorico::onde() const {
+    QString onde = QString(" where quando>=%1 and quando<%2")
+                       .arg(Valores::literal(txtinicio->value()),
+                            Valores::literal(txtfim->value().addDays(1)));
+    if (txtoperacao->listIndex() >= 0)
+        onde += " and operacao='" + txtoperacao->text() + "'";
+    if (txtcliente->listIndex() >= 0)
+        onde += " and cliente=" + QString::number(txtcliente->itemData(txtcliente->listIndex()));
+    return onde;
+}
+
+bool FrmHistorico::procurado(const ado::Recordset& rs) const {
+    const QString procura = txttexto->text();
+    if (procura.isEmpty())
+        return true;
+    const auto tem = [&](const QString& texto) {
+        return texto.contains(procura, Qt::CaseInsensitive);
+    };
+    return tem(nomeEm(clientes_, rs["cliente"])) || tem(nomeEm(bancos_, rs["banco"])) ||
+           tem(texto(rs["estacao"])) || tem(texto(rs["antes"])) || tem(texto(rs["depois"]));
+}
+
+void FrmHistorico::listar() {
+    const BusyCursor ocupado;
+    Repainting repintura(kEntreRepinturas);
+    const bool somando = txtsoma->listIndex() >= 0;
+    lsthistorico->setColumns(somando ? kColunasDasSomas : kColunas);
+    if (somando)
+        lsthistorico->setColumnCaption(0, txtsoma->text());
+    linhas_.clear();
+    somas_.clear();
+    const Historico& historico = dbconectar::instance().historico;
+    if (!historico.legivel())
+        return lblsoma->setText(historico.impedimento().isEmpty() ? "Ainda não há histórico."
+                                                                  : historico.impedimento());
+    clientes_ = nomesDe("cliente_fornecedor");
+    bancos_ = nomesDe("bancos");
+    ado::Recordset rs;
+    rs.Open("select * from " + QString(Historico::kTabela) + onde() + " order by id desc",
+            dbconectar::instance().Automacao);
+    int quantos = 0;
+    Amount total;
+    for (; !rs.EOF(); rs.MoveNext()) {
+        repintura.repaintIfDue();
+        const bool valeu =
+            rs["desfeito_por"].isNull() && rs["operacao"].text() != Historico::kDesfazer;
+        if ((somando && !valeu) || !procurado(rs))
+            continue;
+        somando ? acrescentarSoma(rs) : acrescentarLinha(rs);
+        ++quantos;
+        total = Valores::soma(total, valor(rs["valor"]), kTotal);
+    }
+    if (somando)
+        mostrarSomas();
+    lblsoma->setText(cheques(quantos) + (somando ? ", sem o que foi desfeito" : "") +
+                     ". Total: " + formatMoney(total));
+}
+
+void FrmHistorico::acrescentarLinha(const ado::Recordset& rs) {
+    Linha linha{static_cast<std::int32_t>(rs["grupo"].integer()), texto(rs["operacao"]),
+                !rs["desfeito_por"].isNull()};
+    ListItem item;
+    item.text = momento(rs["quando"].date());
+    item.subItems = {feito(linha.operacao, linha.desfeita),
+                     texto(rs["numero"]),
+                     nomeEm(clientes_, rs["cliente"]),
+                     nomeEm(bancos_, rs["banco"]),
+                     formatDate(Valores::dia(rs["bompara"])),
+                     formatMoney(valor(rs["valor"])),
+                     texto(rs["estacao"])};
+    lsthistorico->addItem(std::move(item));
+    linhas_.push_back(std::move(linha));
+}
+
+void FrmHistorico::acrescentarSoma(const ado::Recordset& rs) {
+    const QDate quando = Valores::dia(rs["quando"]);
+    QString de;
+    switch (txtsoma->listIndex() + 1) {
+    case kCliente:
+        de = nomeEm(clientes_, rs["cliente"]);
+        break;
+    case kBanco:
+        de = nomeEm(bancos_, rs["banco"]);
+        break;
+    case kOperacao:
+        de = texto(rs["operacao"]);
+        break;
+    default:
+        de = quando.toString("yyyy/MM");
+    }
+    Parcela& soma = somas_[de];
+    ++soma.cheques;
+    soma.valor = Valores::soma(soma.valor, valor(rs["valor"]), kTotal);
+    const QDate vencto = Valores::dia(rs["bompara"]);
+    if (vencto.isValid() && rs["operacao"].text() == Historico::kBaixa) {
+        ++soma.vencidos;
+        soma.atraso += vencto.daysTo(quando);
+    }
+}
+
+void FrmHistorico::mostrarSomas() {
+    for (const auto& [de, soma] : somas_) {
+        const QString atraso =
+            soma.vencidos == 0
+                ? ""
+                : QString::number(static_cast<double>(soma.atraso) / soma.vencidos, 'f', 1)
+                          .replace('.', ',') +
+                      " dias";
+        ListItem item;
+        item.text = de;
+        item.subItems = {QString::number(soma.cheques), formatMoney(soma.valor), atraso};
+        lsthistorico->addItem(std::move(item));
+    }
+}
+
+// ---- the way back
+
+void FrmHistorico::cmddesfazer_Click() {
+    const int escolhida = lsthistorico->currentRow();
+    if (escolhida < 0 || linhas_.empty())
+        return advertir(lsthistorico, "Escolha na lista o que deve ser desfeito.");
+    const Linha linha = linhas_[static_cast<std::size_t>(escolhida)];
+    ado::Recordset todos;
+    todos.Open("select count(*) as quantos from " + QString(Historico::kTabela) +
+                   " where grupo=" + QString::number(linha.grupo),
+               dbconectar::instance().Automacao);
+    const int quantos = static_cast<int>(todos["quantos"].integer());
+    todos.Close();
+    if (showMessage(QString("Deseja realmente desfazer a operação \"%1\" de %2 ?")
+                        .arg(linha.operacao, cheques(quantos)),
+                    "Desfazer", MessageIcon::question, MessageButtons::yesNo) != MessageAnswer::yes)
+        return;
+    const QString motivo = [&] {
+        const BusyCursor ocupado;
+        return Desfazer::desfazer(linha.grupo);
+    }();
+    if (!motivo.isEmpty())
+        showMessage(motivo, "Desfazer", MessageIcon::exclamation);
+    dbconectar::instance().rsCheques.Requery();
+    dbconectar::instance().rsSemFundos.Requery();
+    listar();
+    lsthistorico->setFocus();
+}
 
 #include "agenda/moc_FrmHistorico.cpp"

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <random>
 #include <utility>
 
@@ -48,6 +49,11 @@ const jet::TableSpec& estrutura() {
                     {.name = "quando", .columns = {{"quando"}}}}
     };
     return spec;
+}
+
+const std::string& estacao() {
+    static const std::string nome = QSysInfo::machineHostName().left(64).toStdString();
+    return nome;
 }
 
 bool temEstrutura(const jet::Table& tabela) {
@@ -141,11 +147,14 @@ void Historico::preparar() {
             throw jet::Error(
                 Errc::misuse,
                 QString("a tabela \"%1\" é de outro programa.").arg(kTabela).toStdString());
+        if (const auto motivo = tabela.readOnlyReason())
+            throw jet::Error(Errc::readOnly, *motivo);
         rs_.Open(kTabela, base_);
+        campos_.clear();
+        for (const jet::ColumnSpec& campo : estrutura().columns)
+            campos_.emplace(campo.name, rs_[campo.name]);
         tabela_ = &tabela;
     }
-    if (const auto motivo = tabela.readOnlyReason())
-        throw jet::Error(Errc::readOnly, *motivo);
 }
 
 // ---- what is recorded
@@ -161,22 +170,23 @@ void Historico::changed(const jet::Table& table, const jet::Row* before, const j
 void Historico::gravar(const jet::Table& table, const jet::Row* before, const jet::Row* after) {
     const std::int32_t grupo = grupo_ != 0 ? grupo_ : novoGrupo();
     const jet::Row& registro = before ? *before : *after;
+    const auto campo = [this](const char* nome) -> ado::Field& { return campos_.at(nome); };
     rs_.AddNew();
-    rs_["grupo"] = grupo;
-    rs_["quando"] = jet::Date::now();
-    rs_["estacao"] = QSysInfo::machineHostName().left(64).toStdString();
-    rs_["operacao"] = operacao_         ? operacao_
-                      : before && after ? kAlteracao
-                      : before          ? kExclusao
-                                        : kSemFundos;
-    rs_["tabela"] = table.name();
-    for (const char* campo : kCopiados)
-        if (const auto onde = table.findColumn(campo))
-            rs_[campo] = registro[*onde];
+    campo("grupo") = grupo;
+    campo("quando") = jet::Date::now();
+    campo("estacao") = estacao();
+    campo("operacao") = operacao_         ? operacao_
+                        : before && after ? kAlteracao
+                        : before          ? kExclusao
+                                          : kSemFundos;
+    campo("tabela") = table.name();
+    for (const char* nome : kCopiados)
+        if (const auto onde = table.findColumn(nome))
+            campo(nome) = registro[*onde];
     if (before)
-        rs_["antes"] = RegistroEmTexto::escrever(table.columns(), *before);
+        campo("antes") = RegistroEmTexto::escrever(table.columns(), *before);
     if (after)
-        rs_["depois"] = RegistroEmTexto::escrever(table.columns(), *after);
+        campo("depois") = RegistroEmTexto::escrever(table.columns(), *after);
     rs_.Update();
     if (operacao_)
         grupo_ = grupo;

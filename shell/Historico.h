@@ -5,9 +5,9 @@
 
 #include <QString>
 
-#include <array>
 #include <functional>
-#include <optional>
+#include <map>
+#include <string>
 
 namespace ado {
 class Connection;
@@ -76,10 +76,11 @@ private:
     [[nodiscard]] std::int32_t novoGrupo();
 
     ado::Connection& base_;
-    ado::Recordset rs_;                  ///< the history, to add to
-    const jet::Table* tabela_ = nullptr; ///< that it is open on
-    const char* operacao_ = nullptr;     ///< of the Operacao that lives
-    std::int32_t grupo_ = 0;             ///< its rows', once there are any
+    ado::Recordset rs_;                                     ///< the history, to add to
+    std::map<std::string, ado::Field, std::less<>> campos_; ///< of that
+    const jet::Table* tabela_ = nullptr;                    ///< that it is open on
+    const char* operacao_ = nullptr;                        ///< of the Operacao that lives
+    std::int32_t grupo_ = 0;                                ///< its rows', once there are any
     QString impedimento_;
     std::function<void(const QString&)> avisar_;
 };

@@ -253,6 +253,7 @@ jet::Value valorDe(jet::ColumnType tipo, const std::string& texto, bool entreAsp
 
 std::string escrever(std::span<const jet::Column> campos, const jet::Row& registro) {
     std::string texto;
+    texto.reserve(32 * campos.size());
     for (std::size_t i = 0; i < campos.size(); ++i) {
         texto += (i == 0 ? "[" : " [");
         texto += campos[i].name;

@@ -79,7 +79,7 @@ protected:
             {"agenda",            [] { return scheduled(); }               },
             {"ficha",             [] { return window<FrmFicha>(); }        },
             {"ficha-cliente",     [] { return sheet(); }                   },
-            {"historico",         [] { return window<FrmHistorico>(); }    },
+            {"historico",         [] { return past(); }                    },
             {"diretorio",         [] { return window<frmcaminho>(); }      },
             {"filtro-recebidos",  [] { return filter("relch"); }           },
             {"filtro-sem-fundos", [] { return filter("relsf"); }           },
@@ -155,6 +155,12 @@ private:
         auto& form = open<frmlocalizar>();
         type(form, "txtpesquisar", "a");
         return form;
+    }
+    static Shown past() {
+        data().rsCheques.MoveFirst();
+        data().rsCheques["autorizou"] = "Rita Moura";
+        data().rsCheques.Update();
+        return window<FrmHistorico>();
     }
     static Shown listed(const char* mode) {
         Mirtal::modo = mode;

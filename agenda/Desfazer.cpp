@@ -1,0 +1,126 @@
+#include "agenda/Desfazer.h"
+
+#include "shell/Historico.h"
+#include "shell/RegistroEmTexto.h"
+#include "shell/Valores.h"
+#include "shell/dbconectar.h"
+
+#include <map>
+#include <memory>
+#include <utility>
+
+namespace {
+
+/// One undoing, from its first row to its last.
+class Volta {
+public:
+    /// Undoes what the history's row tells. @return why not, or "".
+    QString linha(const ado::Recordset& historico) {
+        const std::string tabela = historico["tabela"].text();
+        if (!base_.database().hasTable(tabela))
+            return "a tabela \"" + QString::fromStdString(tabela) + "\" não existe mais.";
+        ado::Recordset& rs = conjunto(tabela);
+        const auto campos = base_.database().table(tabela).columns();
+        const bool havia = !historico["antes"].isNull();
+        const bool ficou = !historico["depois"].isNull();
+        const bool existe = achar(rs, historico["lancamento"].text());
+        if (ficou && !existe)
+            return "ele foi excluído ou baixado depois.";
+        if (!ficou && existe)
+            return "o lançamento foi dado a outro cheque.";
+        if (ficou && comoEsta(rs, campos) != historico["depois"].text())
+            return "ele foi alterado depois.";
+        if (!havia) {
+            rs.Delete();
+            return {};
+        }
+        if (!ficou)
+            rs.AddNew();
+        for (const auto& [campo, valor] : RegistroEmTexto::ler(campos, historico["antes"].text()))
+            rs[campos[campo].name] = valor;
+        if (!existe_("cliente_fornecedor", rs["cliente"]))
+            return "o cliente não está mais cadastrado.";
+        if (!existe_("bancos", rs["banco"]))
+            return "o banco não está mais cadastrado.";
+        rs.Update();
+        return {};
+    }
+
+private:
+    ado::Recordset& conjunto(const std::string& tabela) {
+        auto& rs = conjuntos_[tabela];
+        if (!rs) {
+            rs = std::make_unique<ado::Recordset>();
+            rs->Open(tabela, base_);
+        }
+        return *rs;
+    }
+
+    static bool achar(ado::Recordset& rs, const std::string& lancamento) {
+        if (rs.RecordCount() == 0)
+            return false;
+        rs.MoveFirst();
+        rs.Find("lancamento=" + lancamento);
+        return !rs.EOF();
+    }
+
+    static std::string comoEsta(const ado::Recordset& rs, std::span<const jet::Column> campos) {
+        jet::Row registro;
+        for (const jet::Column& campo : campos)
+            registro.push_back(rs[campo.name].value());
+        return RegistroEmTexto::escrever(campos, registro);
+    }
+
+    /// Of many cheques few have another client or bank than those before.
+    bool existe_(const char* tabela, const ado::FieldValue& codigo) {
+        if (codigo.isNull())
+            return true;
+        const auto [achado, novo] = existem_.try_emplace({tabela, codigo.integer()}, false);
+        if (novo) {
+            ado::Recordset rs;
+            rs.Open("select codigo from " + std::string(tabela) +
+                        " where codigo=" + std::to_string(codigo.integer()),
+                    base_);
+            achado->second = !rs.EOF();
+        }
+        return achado->second;
+    }
+
+    ado::Connection& base_ = dbconectar::instance().Automacao;
+    std::map<std::string, std::unique_ptr<ado::Recordset>> conjuntos_;
+    std::map<std::pair<std::string, std::int64_t>, bool> existem_;
+};
+
+QString recusa(const ado::Recordset& historico, const QString& motivo) {
+    return QString("O cheque Nº %1, lançamento %2, não pode voltar: %3\n\nNada foi desfeito.")
+        .arg(Valores::texto(historico["numero"]), Valores::texto(historico["lancamento"]), motivo);
+}
+
+} // namespace
+
+QString Desfazer::desfazer(std::int32_t grupo) {
+    ado::Connection& base = dbconectar::instance().Automacao;
+    const Historico::Operacao operacao(dbconectar::instance().historico, Historico::kDesfazer);
+    ado::Transaction tudo(base);
+    base.database().claim(); // from here on nobody else changes anything
+    ado::Recordset historico;
+    historico.Open("select * from " + std::string(Historico::kTabela) +
+                       " where grupo=" + std::to_string(grupo) + " order by id desc",
+                   base);
+    Volta volta;
+    for (; !historico.EOF(); historico.MoveNext()) {
+        if (historico["operacao"].text() == Historico::kDesfazer)
+            return "Isto já é o que desfez outra operação, e não pode ser desfeito.";
+        if (!historico["desfeito_por"].isNull())
+            return "Isto já foi desfeito.";
+        if (const QString motivo = volta.linha(historico); !motivo.isEmpty())
+            return recusa(historico, motivo);
+        if (operacao.grupo() == 0)
+            return "O histórico desta base de dados não está sendo gravado, e por isso nada é "
+                   "desfeito.";
+        historico["desfeito_por"] = operacao.grupo();
+        historico.Update();
+    }
+    tudo.commit();
+    return {};
+}
