@@ -117,8 +117,25 @@ constexpr ToolCommand kMove{
     {},
     runMove};
 
+constexpr Option kHistoryOptions[] = {
+    {"--off",    nullptr, "deixa de gravar o histórico nesse arquivo; o que há fica"},
+    {"--on",     nullptr, "volta a gravá-lo"                                         },
+    {"--remove", nullptr, "tira do arquivo o que foi gravado até agora, para sempre" },
+};
+
+constexpr ToolCommand kHistory{
+    "history",
+    "ARQUIVO",
+    "Diz se o histórico dos cheques é gravado, liga, desliga ou o tira",
+    "O programa grava num banco de dados o que se fez com os cheques, na tabela\n"
+    "\"valtrino_historico\". Sem opção, diz se ela existe, quantos registros tem e se é gravada.\n"
+    "Desligado, o arquivo tem a tabela \"valtrino_sem_historico\". Pode ser usado com o programa\n"
+    "aberto; o que se tira não pode mais ser desfeito nas estações.",
+    kHistoryOptions,
+    runHistory};
+
 constexpr ToolCommand kCommands[] = {kCreate,  kSample,  kCheck,   kDump, kTables,
-                                     kCompact, kSalvage, kRestore, kMove};
+                                     kCompact, kSalvage, kRestore, kMove, kHistory};
 
 } // namespace
 

@@ -95,6 +95,25 @@ protected:
         return file(name);
     }
 
+    /// So many rows of history, long ones now and then; the table is made if there is none.
+    static void addHistory(const std::string& path, int rows) {
+        using jet::ColumnType;
+        jet::Database database(path);
+        if (!database.hasTable("valtrino_historico"))
+            database.createTable({
+                .name = "valtrino_historico",
+                .columns = {{.name = "id", .type = ColumnType::longInteger, .autonumber = true},
+                            {.name = "grupo", .type = ColumnType::longInteger},
+                            {.name = "antes", .type = ColumnType::memo}},
+                .indexes = {{.name = "PrimaryKey", .columns = {{"id"}}, .primary = true},
+                            {.name = "grupo", .columns = {{"grupo"}}}}
+            });
+        jet::Table& history = database.table("valtrino_historico");
+        for (int row = 0; row < rows; ++row)
+            history.insert(std::vector<jet::Value>{
+                {}, std::int64_t{row / 7}, std::string(row % 100 == 0 ? 9'000 : 200, 'x')});
+    }
+
 private:
     TemporaryFolder folder_;
 };
@@ -452,6 +471,39 @@ TEST_P(Tools, RestorePutsACopyInPlace) {
     const ProgramResult result = run({"restore", copy, path});
     EXPECT_EQ(result.code, 1);
     EXPECT_THAT(result.err, HasSubstr("está aberto em outro programa"));
+}
+
+TEST_P(Tools, HistoryIsSwitchedOffAndOnAndTakenOut) {
+    const std::string file = sample();
+    EXPECT_EQ(outputOf({"history", file}), "Não há histórico.\nEstá ligado.\n");
+    addHistory(file, 3'000);
+    const Records cheques = dumped(file, "cheques");
+    EXPECT_EQ(outputOf({"history", file, "--off"}),
+              "Histórico: 3000 registros.\nEstá desligado: nada é gravado nele.\n");
+    EXPECT_EQ(outputOf({"history", file, "--off"}), outputOf({"history", file}));
+    EXPECT_EQ(outputOf({"history", file, "--on"}), "Histórico: 3000 registros.\nEstá ligado.\n");
+    EXPECT_EQ(outputOf({"history", file, "--remove"}), "Não há histórico.\nEstá ligado.\n");
+    EXPECT_EQ(outputOf({"history", file, "--remove", "--on"}), outputOf({"history", file}));
+    EXPECT_EQ(run({"history", file, "--on", "--off"}).code, 2);
+    EXPECT_THAT(outputOf({"check", file}), HasSubstr("Nenhum problema."));
+    EXPECT_EQ(dumped(file, "cheques"), cheques);
+    // Its pages serve the next one.
+    const auto size = std::filesystem::file_size(file);
+    addHistory(file, 3'000);
+    EXPECT_EQ(std::filesystem::file_size(file), size);
+}
+
+TEST_P(Tools, WhatCopiesAFileKeepsItsHistory) {
+    const std::string file = sample();
+    addHistory(file, 300);
+    const Records history = dumped(file, "valtrino_historico");
+    EXPECT_EQ(history.size(), 301U);
+    for (const char* command : {"compact", "salvage"}) {
+        const std::string copy = folder() / (std::string(command) + ".mdb");
+        static_cast<void>(outputOf({command, file, copy}));
+        EXPECT_EQ(dumped(copy, "valtrino_historico"), history) << command;
+        EXPECT_THAT(outputOf({"check", copy}), HasSubstr("Nenhum problema."));
+    }
 }
 
 TEST_P(Tools, CreateLeavesTheFilesOfOthersAlone) {
