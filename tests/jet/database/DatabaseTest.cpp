@@ -70,6 +70,19 @@ std::int64_t countEntries(Table& table, std::size_t index) {
     return count;
 }
 
+/// The rows to which the entries of an index between two keys lead.
+std::vector<RowId> rowsBetween(Table& table, std::size_t index, const KeyRange& range) {
+    std::vector<RowId> rows;
+    IndexTree::Cursor entry = table.walk(index);
+    for (bool there = entry.seek(range.lower);
+         there &&
+         (!range.upper || std::lexicographical_compare(entry.key().begin(), entry.key().end(),
+                                                       range.upper->begin(), range.upper->end()));
+         there = entry.next())
+        rows.push_back(entry.row());
+    return rows;
+}
+
 class DatabaseFile : public testing::TestWithParam<Version> {
 protected:
     DatabaseFile() : path(folder / "loja.mdb") { Database::create(path, GetParam()); }
@@ -331,13 +344,8 @@ TEST_P(DatabaseFile, KeyRangesFindTheRowsBetween) {
         table.insert(cheque(i % 50, std::to_string(1000 + i)));
     const auto found = [&](std::size_t index, const KeyRange& range, std::size_t shown) {
         std::vector<Value> values;
-        IndexTree::Cursor entry = table.walk(index);
-        for (bool there = entry.seek(range.lower);
-             there && (!range.upper ||
-                       std::lexicographical_compare(entry.key().begin(), entry.key().end(),
-                                                    range.upper->begin(), range.upper->end()));
-             there = entry.next())
-            values.push_back((*table.read(entry.row()))[shown]);
+        for (const RowId row : rowsBetween(table, index, range))
+            values.push_back((*table.read(row))[shown]);
         return values;
     };
     const Value client = std::int64_t{7};
@@ -371,15 +379,7 @@ TEST_P(DatabaseFile, RowsAreFoundByWhateverTheirColumnsAre) {
     table.insert(Row{true, largest, text, guid});
     table.insert(Row{false, Value{}, Value{}, Value{}});
     const auto found = [&](std::size_t index, const KeyRange& range) {
-        std::int64_t count = 0;
-        IndexTree::Cursor entry = table.walk(index);
-        for (bool there = entry.seek(range.lower);
-             there && (!range.upper ||
-                       std::lexicographical_compare(entry.key().begin(), entry.key().end(),
-                                                    range.upper->begin(), range.upper->end()));
-             there = entry.next())
-            ++count;
-        return count;
+        return rowsBetween(table, index, range).size();
     };
     const struct {
         std::size_t index;
@@ -402,11 +402,11 @@ TEST_P(DatabaseFile, RowsAreFoundByWhateverTheirColumnsAre) {
         {6, {true}          },
     };
     for (const auto& [index, key] : cases)
-        EXPECT_EQ(found(index, table.keysEqual(index, key)), 1) << index;
+        EXPECT_EQ(found(index, table.keysEqual(index, key)), 1U) << index;
     const Value yes = true;
-    EXPECT_EQ(found(6, table.keysBetween(6, {&yes, 1}, Value(std::int64_t{5}), std::nullopt)), 1);
-    EXPECT_EQ(found(6, table.keysBetween(6, {&yes, 1}, std::nullopt, Value(std::int64_t{5}))), 0);
-    EXPECT_EQ(found(1, table.keysBetween(1, {}, std::nullopt, Value(largest))), 2);
+    EXPECT_EQ(found(6, table.keysBetween(6, {&yes, 1}, Value(std::int64_t{5}), std::nullopt)), 1U);
+    EXPECT_EQ(found(6, table.keysBetween(6, {&yes, 1}, std::nullopt, Value(std::int64_t{5}))), 0U);
+    EXPECT_EQ(found(1, table.keysBetween(1, {}, std::nullopt, Value(largest))), 2U);
     EXPECT_EQ(table.partBetween(1, {Bytes(1, std::byte{0xFF}), Bytes(1, std::byte{0})}), 0);
 }
 

@@ -54,6 +54,25 @@ protected:
         addRelationship(*database_, {child + parent, child, {column}, parent, {key}, flags});
     }
 
+    /// The accounts of banks and their leaves, whose keys are of two columns.
+    void relateAccounts(const std::vector<IndexSpec>& indexesOfLeaves) {
+        // clang-format off
+        database_->createTable({
+            "contas",
+            {{"agencia", ColumnType::text, 10}, {"banco", ColumnType::longInteger}},
+            {{"PrimaryKey", {{"banco"}, {"agencia"}}, true}}
+        });
+        database_->createTable({
+            "folhas",
+            {{"banco", ColumnType::longInteger}, {"agencia", ColumnType::text, 10}},
+            indexesOfLeaves
+        });
+        addRelationship(*database_,
+                        {"contasfolhas", "folhas", {"agencia", "banco"},
+                         "contas", {"agencia", "banco"}, Flags::kCascadeUpdate});
+        // clang-format on
+    }
+
     /// For a test of broken ones: the check of the file, in the end, would rightly tell of them.
     void forgetRelationships() {
         Table& declared = table("MSysRelationships");
@@ -438,23 +457,8 @@ TEST_P(Relationships, TextsAreTheSameWhateverTheirCapitals) {
 }
 
 TEST_P(Relationships, KeysOfSeveralColumnsGoTogether) {
-    database_->createTable({
-        "contas",
-        {{"agencia", ColumnType::text, 10}, {"banco", ColumnType::longInteger}},
-        {{"PrimaryKey", {{"banco"}, {"agencia"}}, true}                                }
-    });
-    database_->createTable({
-        "folhas",
-        {{"banco", ColumnType::longInteger}, {"agencia", ColumnType::text, 10}},
-        {{"chave", {{"agencia", false}, {"banco"}}}                                 }
-    });
-    addRelationship(*database_, {
-                                    "contasfolhas",
-                                    "folhas",
-                                    {"agencia", "banco"},
-                                    "contas",
-                                    {"agencia", "banco"},
-                                    Flags::kCascadeUpdate
+    relateAccounts({
+        {"chave", {{"agencia", false}, {"banco"}}}
     });
     const RowId account = add("contas", {"12"s, whole(1)});
     add("contas", {"34"s, whole(2)});
@@ -509,23 +513,7 @@ TEST_P(Relationships, OnesThatAreNotToBeEnforcedOrNameUnknownThingsAreLeftAlone)
 }
 
 TEST_P(Relationships, OfSeveralColumnsAreKeptWithoutAnIndexToo) {
-    database_->createTable({
-        "contas",
-        {{"agencia", ColumnType::text, 10}, {"banco", ColumnType::longInteger}},
-        {{"PrimaryKey", {{"banco"}, {"agencia"}}, true}                                }
-    });
-    database_->createTable({
-        "folhas", {{"banco", ColumnType::longInteger}, {"agencia", ColumnType::text, 10}},
-         {                                  }
-    });
-    addRelationship(*database_, {
-                                    "contasfolhas",
-                                    "folhas",
-                                    {"agencia", "banco"},
-                                    "contas",
-                                    {"agencia", "banco"},
-                                    Flags::kCascadeUpdate
-    });
+    relateAccounts({});
     const RowId account = add("contas", {"12"s, whole(1)});
     add("contas", {"12"s, whole(2)});
     add("contas", {"34"s, whole(1)});
