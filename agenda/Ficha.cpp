@@ -60,27 +60,17 @@ void lerEmMaos(Cliente& ficha, const QString& codigo, const QDate& hoje) {
     }
 }
 
-QString nomeDoBanco(const ado::FieldValue& codigo) {
-    if (codigo.isNull())
-        return "";
-    ado::Recordset rs;
-    abrir(rs, "select nome from bancos where codigo=" + Valores::texto(codigo));
-    return rs.EOF() ? "(não cadastrado: código " + Valores::texto(codigo) + ")"
-                    : Valores::texto(rs["nome"]);
-}
-
 void lerSemFundos(Cliente& ficha, const QString& codigo) {
     const ado::Recordset& tabela = dbconectar::instance().rsSemFundos;
     if (tabela.State() == ado::State::Closed) // a file without it
         return;
     ado::Recordset rs;
     abrir(rs, "select * from semfundos where cliente=" + codigo);
-    for (const char* campo : {"numero", "data", "banco"})
+    for (const char* campo : {"numero", "data"})
         rs.addOptional(campo);
     for (const ado::Recordset& lido = rs; !rs.EOF(); rs.MoveNext()) {
         ficha.semFundos.push_back({.numero = Valores::texto(lido["numero"]),
                                    .data = Valores::dia(lido["data"]),
-                                   .banco = nomeDoBanco(lido["banco"]),
                                    .valor = Valores::valor(lido["valor"])});
         ficha.devolvidos.mais(ficha.semFundos.back().valor);
     }

@@ -32,7 +32,6 @@ enum Prazo : unsigned char {
 struct SemFundos {
     QString numero;
     QDate data;
-    QString banco; ///< its name
     Amount valor;
 };
 

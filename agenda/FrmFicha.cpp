@@ -17,6 +17,7 @@
 namespace {
 
 constexpr double kDecimosDeMilesimo = 10'000;
+constexpr int kDatasNaLista = 4; ///< as wide as so many
 
 ListItem linha(const QString& primeira, const QStringList& outras) {
     ListItem linha;
@@ -37,18 +38,20 @@ FrmFicha::FrmFicha() {
         {"Soma R$", 1700, Qt::AlignRight, "Soma do prazo"}
     });
     lstavencer->setColumns({
-        {"Dt.Vencto", 1700, Qt::AlignHCenter},
-        {"Falta",     1500, Qt::AlignLeft},
-        {"Cheques",   1000, Qt::AlignRight, "Cheques do dia"},
-        {"Soma R$",   1500, Qt::AlignRight, "Soma do dia"}
+        {"Dt.Vencto", 2000, Qt::AlignHCenter},
+        {"Cheques",   1200, Qt::AlignRight, "Cheques do dia"},
+        {"Soma R$",   1600, Qt::AlignRight, "Soma do dia"}
     });
     lstsemfundos->setColumns({
-        {"Nº Cheque", 1200, Qt::AlignLeft},
-        {"Data",      1700, Qt::AlignHCenter},
-        {"Banco",     1500, Qt::AlignLeft},
+        {"Data",      2000, Qt::AlignHCenter},
+        {"Nº Cheque", 1300, Qt::AlignLeft},
         {"Valor R$",  1500, Qt::AlignRight}
     });
     // clang-format on
+    // Dates and amounts are read whole, however narrow the window is made.
+    for (ListView* lista : {lstprazos, lstavencer, lstsemfundos})
+        lista->setMinimumWidth(kDatasNaLista * fontMetrics().horizontalAdvance("00/00/0000"));
+    txtemmaos->setMinimumWidth(fontMetrics().horizontalAdvance("0.000 cheques, R$ 000.000,00"));
     prompts({
         {txtcliente, "Digite o nome do cliente"                 },
         {grfprazos,  "As setas dizem quanto está em cada prazo"},
@@ -134,14 +137,12 @@ void FrmFicha::mostrarPrazos(const Ficha::Cliente& cliente) {
 }
 
 void FrmFicha::mostrarListas(const Ficha::Cliente& cliente) {
-    const QDate hoje = QDate::currentDate();
     for (const auto& [vencimento, soma] : cliente.aVencer)
         lstavencer->addItem(linha(formatDate(vencimento),
-                                  {Vencimentos::distancia(vencimento, hoje),
-                                   QString::number(soma.cheques), formatMoney(soma.valor)}));
+                                  {QString::number(soma.cheques), formatMoney(soma.valor)}));
     for (const Ficha::SemFundos& cheque : cliente.semFundos)
-        lstsemfundos->addItem(linha(
-            cheque.numero, {formatDate(cheque.data), cheque.banco, formatMoney(cheque.valor)}));
+        lstsemfundos->addItem(
+            linha(formatDate(cheque.data), {cheque.numero, formatMoney(cheque.valor)}));
 }
 
 #include "agenda/moc_FrmFicha.cpp"
