@@ -111,6 +111,8 @@ QString Desfazer::desfazer(std::int32_t grupo) {
     for (; !historico.EOF(); historico.MoveNext()) {
         if (historico["operacao"].text() == Historico::kDesfazer)
             return "Isto já é o que desfez outra operação, e não pode ser desfeito.";
+        if (historico["operacao"].text() == Historico::kBordero)
+            return "Um borderô não altera nenhum cheque: não há o que desfazer.";
         if (!historico["desfeito_por"].isNull())
             return "Isto já foi desfeito.";
         if (const QString motivo = volta.linha(historico); !motivo.isEmpty())

@@ -1,17 +1,26 @@
 #include "agenda/FrmAgenda.h"
 
+#include "agenda/Calendario.h"
+#include "agenda/FrmBordero.h"
+#include "agenda/Impressos.h"
+#include "agenda/JanelaDeImpressao.h"
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLocCHTerceiros.h"
+#include "controls/folder/FileChooser.h"
 #include "controls/look/BusyCursor.h"
 #include "controls/look/Spoken.h"
 #include "controls/look/Style.h"
+#include "controls/window/MessageBox.h"
 #include "controls/window/WindowList.h"
+#include "jet/Database.h"
 #include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
-#include <QHeaderView>
+#include <QDir>
+#include <QFileInfo>
 #include <QMouseEvent>
+#include <QSaveFile>
 #include <QShortcut>
 #include <QTimer>
 
@@ -55,7 +64,6 @@ FrmAgenda::FrmAgenda() {
     });
     // clang-format on
     lstcheques->setCheckBoxes(true);
-    lstcheques->header()->setSortIndicatorShown(true);
     lstcheques->viewport()->installEventFilter(this);
     lblsoma->setFont(headingFont());
     lblsoma->setAccessibleName("Somas");
@@ -68,12 +76,14 @@ FrmAgenda::FrmAgenda() {
         {txtcliente, "Digite o nome do cliente (opcional)"},
         {txtbanco,   "Digite o nome do banco (opcional)"},
         {cmbordem,   "Escolha a ordem da lista"},
+        {chkinvertida, "Marque para ver o maior ou o último primeiro"},
         {lstcheques, "Espaço marca o cheque, Enter ou dois cliques o abrem na entrada de cheques"},
     });
     // clang-format on
     txtcliente->signUnlisted("Nenhum cliente tem este nome: são mostrados os cheques de todos.");
     txtbanco->signUnlisted("Nenhum banco tem este nome: são mostrados os cheques de todos.");
-    enterAsTab({cmbperiodo, txtinicio, txtfim, cmbdestino, txtcliente, txtbanco, cmbordem});
+    enterAsTab(
+        {cmbperiodo, txtinicio, txtfim, cmbdestino, txtcliente, txtbanco, cmbordem, chkinvertida});
     closesWith(cmdsair);
     for (auto* lista : {cmbperiodo, cmbdestino, txtcliente, txtbanco})
         on(lista, &DropDownList::changed, &FrmAgenda::filtro_Change);
@@ -82,11 +92,15 @@ FrmAgenda::FrmAgenda() {
     for (auto* escolha : {cmbperiodo, cmbdestino, cmbordem})
         lostFocus(escolha, &FrmAgenda::escolha_LostFocus);
     on(cmbordem, &DropDownList::clicked, &FrmAgenda::cmbordem_Click);
+    on(chkinvertida, &QCheckBox::clicked, &FrmAgenda::chkinvertida_Click);
     on(lstcheques, &ListView::columnClicked, &FrmAgenda::lstcheques_ColumnClick);
     on(lstcheques, &ListView::itemChecked, &FrmAgenda::lstcheques_ItemCheck);
     onEnter(lstcheques, &FrmAgenda::lstcheques_Enter);
     on(cmdmarcar, &QPushButton::clicked, &FrmAgenda::cmdmarcar_Click);
     on(cmdatualizar, &QPushButton::clicked, &FrmAgenda::cmdatualizar_Click);
+    on(cmdimprimir, &QPushButton::clicked, &FrmAgenda::cmdimprimir_Click);
+    on(cmdbordero, &QPushButton::clicked, &FrmAgenda::cmdbordero_Click);
+    on(cmdcalendario, &QPushButton::clicked, &FrmAgenda::cmdcalendario_Click);
     on(new QShortcut(Qt::Key_F5, this), &QShortcut::activated, &FrmAgenda::cmdatualizar_Click);
     on(cmdsair, &QPushButton::clicked, &FrmAgenda::cmdsair_Click);
 }
@@ -190,21 +204,22 @@ void FrmAgenda::cmdatualizar_Click() { procurar(); }
 
 void FrmAgenda::cmbordem_Click() {
     coluna_ = ListaDaAgenda::ordens()[static_cast<std::size_t>(cmbordem->listIndex())].coluna;
-    aoContrario_ = false;
     ordenar(chaveAtual());
 }
 
+void FrmAgenda::chkinvertida_Click() { ordenar(chaveAtual()); }
+
 // The header that the list is ordered by already turns it round.
 void FrmAgenda::lstcheques_ColumnClick(int coluna) {
-    const ListaDaAgenda::ColunaDaAgenda nova = ListaDaAgenda::ordenavel(coluna);
-    aoContrario_ = nova == coluna_ && !aoContrario_;
+    const auto nova = ListaDaAgenda::ordenavel(coluna);
+    chkinvertida->setChecked(nova == coluna_ && !chkinvertida->isChecked());
     coluna_ = nova;
     ordenar(chaveAtual());
 }
 
 void FrmAgenda::ordenar(const QString& atual) {
     const BusyCursor ocupado;
-    ListaDaAgenda::ordenar(cheques_, coluna_, aoContrario_);
+    ListaDaAgenda::ordenar(cheques_, coluna_, chkinvertida->isChecked());
     mostrarOrdem();
     mostrarCheques();
     if (!atual.isEmpty())
@@ -212,8 +227,6 @@ void FrmAgenda::ordenar(const QString& atual) {
 }
 
 void FrmAgenda::mostrarOrdem() {
-    lstcheques->header()->setSortIndicator(coluna_,
-                                           aoContrario_ ? Qt::DescendingOrder : Qt::AscendingOrder);
     const auto ordens = ListaDaAgenda::ordens();
     const auto ordem = std::ranges::find(ordens, coluna_, &ListaDaAgenda::Ordenacao::coluna);
     if (const auto qual = static_cast<int>(ordem - ordens.begin()); cmbordem->listIndex() != qual)
@@ -234,10 +247,10 @@ QString FrmAgenda::chaveAtual() const {
 }
 
 void FrmAgenda::mostrarCheques() {
-    const QDate hoje = QDate::currentDate();
+    ListaDaAgenda::Linhas linhas;
     lstcheques->clear();
     for (const Cheque& cheque : cheques_)
-        lstcheques->addItem(ListaDaAgenda::linha(cheque, hoje));
+        lstcheques->addItem(linhas.de(cheque));
 }
 
 void FrmAgenda::mostrarDias() {
@@ -323,6 +336,85 @@ void FrmAgenda::abrir(qint32 lancamento) {
         entrada.unload(); // loaded for nothing
     }
     procurar();
+}
+
+// ---- on paper and for other programs
+
+QString FrmAgenda::escolha() const {
+    const auto& [primeiro, ultimo] = procurado_.dias;
+    QStringList partes{primeiro.isValid()
+                           ? "Vencem de " + formatDate(primeiro) + " a " + formatDate(ultimo)
+                           : "Vencidos até " + formatDate(ultimo)};
+    if (procurado_.cliente)
+        partes += txtcliente->text();
+    if (procurado_.banco)
+        partes += txtbanco->text();
+    if (procurado_.descontar)
+        partes += cmbdestino->text();
+    return partes.join("; ");
+}
+
+void FrmAgenda::cmdimprimir_Click() {
+    JanelaDeImpressao::instance().mostrar(Impressos::vencimentos(cheques_, escolha(), total_));
+}
+
+// What is printed is the cheques as they are now, not as they were listed.
+void FrmAgenda::cmdbordero_Click() {
+    constexpr char kTitulo[] = "Borderô";
+    std::vector<std::int64_t> marcados;
+    for (const Cheque& cheque : cheques_)
+        if (cheque.marcado)
+            marcados.push_back(cheque.lancamento);
+    if (marcados.empty()) {
+        showMessage("Marque na lista os cheques que vão ser depositados.", kTitulo,
+                    MessageIcon::exclamation);
+        return lstcheques->setFocus();
+    }
+    std::vector<Cheque> cheques = Vencimentos::reler(marcados);
+    const std::size_t sumidos = marcados.size() - cheques.size();
+    const std::size_t aVencer = std::erase_if(cheques, [hoje = QDate::currentDate()](auto& c) {
+        return !c.vencimento.isValid() || c.vencimento > hoje;
+    });
+    QStringList fora;
+    if (sumidos > 0)
+        fora += QString("Não estão mais cadastrados, por terem sido baixados ou excluídos: %1.")
+                    .arg(sumidos);
+    if (aVencer > 0)
+        fora +=
+            QString("Ainda não venceram, e o banco não deve recebê-los antes: %1.").arg(aVencer);
+    if (!fora.isEmpty())
+        showMessage("Dos cheques marcados, ficam fora do borderô:\n\n" + fora.join('\n'), kTitulo,
+                    MessageIcon::exclamation);
+    if (sumidos > 0)
+        procurar();
+    if (cheques.empty())
+        return lstcheques->setFocus();
+    FrmBordero::instance().preparar(std::move(cheques));
+    FrmBordero::instance().showModal();
+}
+
+void FrmAgenda::cmdcalendario_Click() {
+    constexpr char kTitulo[] = "Salvar o calendário";
+    const auto caminho =
+        chooseFile({FileChoice::newFile, kTitulo, "Vencimentos.ics", "Calendário (*.ics)"});
+    if (!caminho)
+        return;
+    const QString arquivo =
+        QString::fromStdString(dbconectar::instance().Automacao.database().path().string());
+    const QByteArray ics =
+        Calendario::ics(Vencimentos::porDia(cheques_), QFileInfo(arquivo).canonicalFilePath(),
+                        QDateTime::currentDateTimeUtc());
+    QSaveFile novo(*caminho);
+    const bool gravado =
+        novo.open(QIODevice::WriteOnly) && novo.write(ics) == ics.size() && novo.commit();
+    const QString nome = QDir::toNativeSeparators(*caminho);
+    if (gravado)
+        showMessage("O calendário foi salvo em " + nome + ".", kTitulo, MessageIcon::information);
+    else
+        showMessage("Não foi possível gravar \"" + nome +
+                        "\": a pasta não aceita o arquivo ou o disco está cheio. Escolha outra "
+                        "pasta.",
+                    kTitulo, MessageIcon::exclamation);
 }
 
 void FrmAgenda::cmdsair_Click() { unload(); }

@@ -32,14 +32,20 @@ private:
     void filtro_Change();
     void escolha_LostFocus();
     void cmbordem_Click();
+    void chkinvertida_Click();
     void lstcheques_ColumnClick(int coluna);
     void lstcheques_ItemCheck(int linha, bool marcado);
     void lstcheques_Enter();
     void cmdmarcar_Click();
     void cmdatualizar_Click();
+    void cmdimprimir_Click();
+    void cmdcalendario_Click();
+    void cmdbordero_Click();
     void cmdsair_Click();
 
     [[nodiscard]] Vencimentos::Procura procura() const;
+    /// The same in words, for who reads the list on paper.
+    [[nodiscard]] QString escolha() const;
     /// Asks the file for what the fields say.
     void procurar();
     void somar(const std::vector<Vencimentos::Cheque>& cheques);
@@ -66,5 +72,4 @@ private:
     Vencimentos::SomaDoDia total_;
     ListaDaAgenda::ColunaDaAgenda coluna_ =
         ListaDaAgenda::kVencimento; ///< that the list is ordered by
-    bool aoContrario_ = false;
 };

@@ -29,8 +29,8 @@ constexpr auto kEntreRepinturas = 100ms;
 constexpr char kTotal[] = "O total do histórico";
 
 constexpr const char* kOperacoes[] = {
-    Historico::kAlteracao, Historico::kBaixa,        Historico::kDesfazer, Historico::kExclusao,
-    Historico::kExpurgo,   Historico::kRenegociacao, Historico::kSemFundos};
+    Historico::kAlteracao, Historico::kBaixa,   Historico::kBordero,      Historico::kDesfazer,
+    Historico::kExclusao,  Historico::kExpurgo, Historico::kRenegociacao, Historico::kSemFundos};
 
 enum SomaPor { kNenhuma, kCliente, kBanco, kOperacao, kMes };
 constexpr const char* kSomas[] = {"", "Cliente", "Banco", "Operação", "Mês"};

@@ -81,9 +81,9 @@ std::vector<ListColumn> colunas() {
         {"Nº  Cheque",     1200, Qt::AlignLeft},
         {"Cliente",        2100, Qt::AlignLeft},
         {"Banco",          1400, Qt::AlignLeft},
-        {"Agência",         750, Qt::AlignLeft},
-        {"Emissão",        1050, Qt::AlignHCenter},
-        {"Dt.Vencto",      1150, Qt::AlignHCenter},
+        {"Agência",         700, Qt::AlignLeft},
+        {"Dt. Emissão",    1150, Qt::AlignHCenter},
+        {"Vencimento",     1150, Qt::AlignHCenter, "Vencimento do cheque"},
         {"Dia útil",        900, Qt::AlignHCenter, "Dia útil do banco"},
         {"Vence",          1100, Qt::AlignLeft},
         {"Valor R$",       1150, Qt::AlignRight},
@@ -93,28 +93,34 @@ std::vector<ListColumn> colunas() {
     // clang-format on
 }
 
-ListItem linha(const Cheque& cheque, const QDate& hoje) {
-    const auto [mesmaPraca, outraPraca] = Apresentacao::prazos(cheque.emissao);
-    const QString prazos = cheque.emissao.isValid() ? mesmaPraca.toString("dd/MM") + " ou " +
-                                                          outraPraca.toString("dd/MM")
-                                                    : QString();
-    ListItem item;
-    item.key = QString::number(cheque.lancamento);
-    item.text = cheque.numero;
-    item.subItems = {
+ListItem Linhas::de(const Cheque& cheque) {
+    Vencimento& vencimento = vencimentos_[cheque.vencimento];
+    if (vencimento.data.isEmpty())
+        vencimento = {formatDate(cheque.vencimento), Vencimentos::outroDiaUtil(cheque.vencimento),
+                      Vencimentos::distancia(cheque.vencimento, hoje_)};
+    Emissao& emissao = emissoes_[cheque.emissao];
+    if (cheque.emissao.isValid() && emissao.data.isEmpty()) {
+        const auto [mesmaPraca, outraPraca] = Apresentacao::prazos(cheque.emissao);
+        emissao = {formatDate(cheque.emissao),
+                   mesmaPraca.toString("dd/MM") + " ou " + outraPraca.toString("dd/MM")};
+    }
+    ListItem linha;
+    linha.key = QString::number(cheque.lancamento);
+    linha.text = cheque.numero;
+    linha.subItems = {
         cheque.cliente,
         cheque.banco,
         cheque.agencia,
-        formatDate(cheque.emissao),
-        formatDate(cheque.vencimento),
-        Vencimentos::outroDiaUtil(cheque.vencimento),
-        Vencimentos::distancia(cheque.vencimento, hoje),
+        emissao.data,
+        vencimento.data,
+        vencimento.diaUtil,
+        vencimento.distancia,
         formatMoney(cheque.valor),
-        prazos,
-        Apresentacao::texto(Apresentacao::aviso(cheque.emissao, cheque.vencimento, hoje)),
+        emissao.prazos,
+        Apresentacao::texto(Apresentacao::aviso(cheque.emissao, cheque.vencimento, hoje_)),
     };
-    item.checked = cheque.marcado;
-    return item;
+    linha.checked = cheque.marcado;
+    return linha;
 }
 
 std::span<const Ordenacao> ordens() { return kOrdens; }

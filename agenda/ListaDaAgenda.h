@@ -3,6 +3,9 @@
 #include "agenda/Vencimentos.h"
 #include "controls/box/ListRows.h"
 
+#include <QDate>
+#include <QHash>
+
 #include <span>
 #include <vector>
 
@@ -24,8 +27,23 @@ enum ColunaDaAgenda {
 };
 [[nodiscard]] std::vector<ListColumn> colunas();
 
-/// A cheque's row, as it is to be read on a day.
-[[nodiscard]] ListItem linha(const Vencimentos::Cheque& cheque, const QDate& hoje);
+/// The rows of cheques, as they are to be read today. Keeps what it has worked out of a due date or
+/// an issue: of 100,000 cheques most share theirs with others.
+class Linhas {
+public:
+    [[nodiscard]] ListItem de(const Vencimentos::Cheque& cheque);
+
+private:
+    struct Vencimento {
+        QString data, diaUtil, distancia;
+    };
+    struct Emissao {
+        QString data, prazos;
+    };
+    QDate hoje_ = QDate::currentDate();
+    QHash<QDate, Vencimento> vencimentos_;
+    QHash<QDate, Emissao> emissoes_;
+};
 
 struct Ordenacao {
     const char* nome;

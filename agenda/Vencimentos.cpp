@@ -6,8 +6,12 @@
 #include "shell/dbconectar.h"
 
 #include <QHash>
+#include <QStringList>
 
+#include <algorithm>
+#include <iterator>
 #include <limits>
+#include <utility>
 
 namespace Vencimentos {
 
@@ -70,9 +74,8 @@ std::vector<Cheque> ler(const QString& onde) {
     const Nomes clientes("cliente_fornecedor", "cliente", onde);
     const Nomes bancos("bancos", "banco", onde);
     ado::Recordset lista;
-    lista.Open("select * from cheques where " + onde + " order by bompara,lancamento",
-               dbconectar::instance().Automacao, ado::CursorType::ForwardOnly,
-               ado::LockType::ReadOnly);
+    lista.Open("select * from cheques where " + onde, dbconectar::instance().Automacao,
+               ado::CursorType::ForwardOnly, ado::LockType::ReadOnly);
     for (const char* campo : {"agencia", "data"})
         lista.addOptional(campo);
     const ado::Recordset& rs = lista;
@@ -90,6 +93,12 @@ std::vector<Cheque> ler(const QString& onde) {
                            .vencimento = Valores::dia(rs["bompara"]),
                            .valor = Valores::valor(rs["valor"])});
     return cheques;
+}
+
+void porVencimento(std::vector<Cheque>& cheques) {
+    std::ranges::sort(cheques, {}, [](const Cheque& cheque) {
+        return std::pair(cheque.vencimento, cheque.lancamento);
+    });
 }
 
 QString contados(qint64 quantos, const char* um, const char* varios) {
@@ -116,8 +125,29 @@ Dias dias(Periodo periodo, const QDate& hoje) {
 }
 
 std::vector<Cheque> procurar(const Procura& procura) {
-    return dbconectar::instance().Automacao.database().onSnapshot(
+    std::vector<Cheque> cheques = dbconectar::instance().Automacao.database().onSnapshot(
         [onde = condicao(procura)] { return ler(onde); });
+    porVencimento(cheques);
+    return cheques;
+}
+
+std::vector<Cheque> reler(std::span<const std::int64_t> lancamentos) {
+    constexpr std::size_t kPorInstrucao = 500;
+    std::vector<Cheque> cheques = dbconectar::instance().Automacao.database().onSnapshot([&] {
+        std::vector<Cheque> lidos;
+        for (auto resto = lancamentos; !resto.empty();) {
+            const auto estes = resto.first(std::min(kPorInstrucao, resto.size()));
+            resto = resto.subspan(estes.size());
+            QStringList numeros;
+            for (const std::int64_t lancamento : estes)
+                numeros += QString::number(lancamento);
+            std::ranges::move(ler("lancamento in (" + numeros.join(',') + ")"),
+                              std::back_inserter(lidos));
+        }
+        return lidos;
+    });
+    porVencimento(cheques);
+    return cheques;
 }
 
 void Soma::mais(const Amount& cheque) { mais(Soma{1, cheque}); }

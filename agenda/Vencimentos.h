@@ -63,6 +63,10 @@ struct Cheque {
 /// @throws jet::Error.
 [[nodiscard]] std::vector<Cheque> procurar(const Procura& procura);
 
+/// These cheques as they are stored now; those that are no longer there are left out. In the same
+/// order, all of one state of the file. @throws jet::Error.
+[[nodiscard]] std::vector<Cheque> reler(std::span<const std::int64_t> lancamentos);
+
 /// A count of cheques and what they come to.
 struct Soma {
     qint64 cheques = 0;

@@ -24,41 +24,46 @@ const ReportColumn kColunas[] = {
 constexpr int kColunaDoValor = 3;
 constexpr qreal kLarguraDoTotal = 48; ///< more than a value has
 
+} // namespace
+
 TextLook aDireita(TextLook aspecto) {
     aspecto.align = Qt::AlignRight;
     return aspecto;
 }
 
-ReportBand cabecalho() {
+ReportBand cabecalho(const std::vector<ReportField>& aEsquerda) {
     const TextLook titulo = {14, true};
-    const TextLook texto = {9};
-    const TextLook direita = aDireita(texto);
+    const TextLook direita = aDireita({9});
     ReportBand faixa = {22};
     faixa.frames = {{{0, 0, kLargura, 19}}};
     faixa.lines = {
         {"", {0, 11}, {kLargura, 11}}
     };
-    constexpr auto umaVez = FieldKind::computedFirst;
     faixa.fields = {
-        {FieldKind::title,    "",          {4, 1.5, 120, 8},   titulo,  "",           "", ""                      },
-        {FieldKind::computed, "Pagina",    {130, 3, 46, 5},    direita, "",           "", "Página:"              },
-        {umaVez,              "DTInicial", {4, 12.5, 55, 5},   texto,   "Short Date", "", "Referente ao período:"},
-        {umaVez,              "DTFinal",   {59, 12.5, 40, 5},  texto,   "Short Date", "", "a"                     },
-        {umaVez,              "Data",      {130, 12.5, 46, 5}, direita, "Short Date", "", "Data:"                 },
+        {FieldKind::title,    "",       {4, 1.5, 120, 8}, titulo,  "", "", ""        },
+        {FieldKind::computed, "Pagina", {130, 3, 46, 5},  direita, "", "", "Página:"},
     };
+    faixa.fields.insert(faixa.fields.end(), aEsquerda.begin(), aEsquerda.end());
+    const ReportField data = {
+        FieldKind::computedFirst, "Data", {130, 12.5, 46, 5},
+          direita, "Short Date", "", "Data:"
+    };
+    faixa.fields.push_back(data);
     return faixa;
 }
 
-} // namespace
-
 ReportLayout leiaute() {
+    constexpr auto umaVez = FieldKind::computedFirst;
     const TextLook texto = {8};
     const TextLook titulo = {8, true};
     const TextLook total = aDireita(titulo);
     const QLineF soma = linhaDoTotal();
 
     ReportLayout leiaute;
-    leiaute.pageHeader = cabecalho();
+    leiaute.pageHeader = cabecalho({
+        {umaVez, "DTInicial", {4, 12.5, 55, 5},  {9}, "Short Date", "", "Referente ao período:"},
+        {umaVez, "DTFinal",   {59, 12.5, 40, 5}, {9}, "Short Date", "", "a"                     },
+    });
     leiaute.columnHeadings = {7};
     leiaute.columnHeadings.lines = {
         {"", {0, 6.6}, {kLargura, 6.6}, 0.35}

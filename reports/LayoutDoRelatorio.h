@@ -5,6 +5,8 @@
 #include <QLineF>
 #include <QStringList>
 
+#include <vector>
+
 /// How the reports of cheques stand on paper, both of them: A4 upright, a header with title, page,
 /// date and period, six columns, the total below the values.
 namespace LayoutDoRelatorio {
@@ -20,5 +22,10 @@ inline constexpr char kVencimento[] = "bompara"; ///< the one that bounced chequ
 /// The line that is drawn with the total: its name, and where it stands then, as wide as the total.
 inline constexpr char kLinhaDoTotal[] = "total";
 [[nodiscard]] QLineF linhaDoTotal();
+
+/// The header that all of the shop's reports have: the title, the page ("Pagina"), and below them
+/// the fields of the second line, on the left what it is about and on the right the date ("Data").
+[[nodiscard]] ReportBand cabecalho(const std::vector<ReportField>& aEsquerda);
+[[nodiscard]] TextLook aDireita(TextLook aspecto);
 
 } // namespace LayoutDoRelatorio

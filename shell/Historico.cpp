@@ -167,18 +167,44 @@ void Historico::changed(const jet::Table& table, const jet::Row* before, const j
         rs_.CancelUpdate();
 }
 
+void Historico::abrirRegistro(std::int32_t grupo, const char* operacao) {
+    rs_.CancelUpdate(); // of one that has failed
+    rs_.AddNew();
+    campos_.at("grupo") = grupo;
+    campos_.at("quando") = jet::Date::now();
+    campos_.at("estacao") = estacao();
+    campos_.at("operacao") = operacao;
+}
+
+void Historico::anotarBordero(const QString& numero, ado::Currency soma,
+                              const std::optional<std::int64_t>& banco) {
+    jet::Database& base = base_.database();
+    if (!impedimento_.isEmpty() || base.hasTable(kDesligado) || base.readOnlyReason())
+        return;
+    ado::Transaction nota(base_);
+    const bool feito = semParar([&] {
+        preparar();
+        abrirRegistro(novoGrupo(), kBordero);
+        campos_.at("numero") = ado::Text(numero);
+        campos_.at("valor") = soma;
+        if (banco)
+            campos_.at("banco") = *banco;
+        rs_.Update();
+    });
+    if (feito)
+        nota.commit();
+    else if (rs_.State() == ado::State::Open)
+        rs_.CancelUpdate();
+}
+
 void Historico::gravar(const jet::Table& table, const jet::Row* before, const jet::Row* after) {
     const std::int32_t grupo = grupo_ != 0 ? grupo_ : novoGrupo();
     const jet::Row& registro = before ? *before : *after;
     const auto campo = [this](const char* nome) -> ado::Field& { return campos_.at(nome); };
-    rs_.AddNew();
-    campo("grupo") = grupo;
-    campo("quando") = jet::Date::now();
-    campo("estacao") = estacao();
-    campo("operacao") = operacao_         ? operacao_
-                        : before && after ? kAlteracao
-                        : before          ? kExclusao
-                                          : kSemFundos;
+    abrirRegistro(grupo, operacao_         ? operacao_
+                         : before && after ? kAlteracao
+                         : before          ? kExclusao
+                                           : kSemFundos);
     campo("tabela") = table.name();
     for (const char* nome : kCopiados)
         if (const auto onde = table.findColumn(nome))

@@ -31,6 +31,7 @@ public:
     // What can be done with a cheque.
     static constexpr char kAlteracao[] = "alteração";
     static constexpr char kBaixa[] = "baixa";
+    static constexpr char kBordero[] = "borderô"; ///< of which no row is changed
     static constexpr char kDesfazer[] = "desfazer";
     static constexpr char kExclusao[] = "exclusão";
     static constexpr char kExpurgo[] = "expurgo";
@@ -65,11 +66,18 @@ public:
     /// Whether the table is there and has all of its fields.
     [[nodiscard]] bool legivel() const;
 
+    /// Keeps that a deposit slip was made: its number, its sum and, if it is in the file, the bank.
+    /// Not where no history is kept, or the file is only read. @throws what storing throws.
+    void anotarBordero(const QString& numero, ado::Currency soma,
+                       const std::optional<std::int64_t>& banco);
+
     [[nodiscard]] bool keeps(const jet::Table& table, bool isNew) override;
     void changed(const jet::Table& table, const jet::Row* before, const jet::Row* after) override;
 
 private:
     void preparar();
+    /// Begins a record, whoever made it and when in it.
+    void abrirRegistro(std::int32_t grupo, const char* operacao);
     void gravar(const jet::Table& table, const jet::Row* before, const jet::Row* after);
     template <class Trabalho>
     bool semParar(Trabalho&& trabalho);

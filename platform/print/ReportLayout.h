@@ -85,6 +85,7 @@ struct ReportLayout {
     QSizeF page = {210, 297}; ///< A4 upright
     /// Above and below what printers that keep half an inch can take; see printReport().
     QMarginsF margins = {15, 12.4, 15, 12.4};
+    int copies = 1; ///< that are proposed when it is printed
     ReportBand pageHeader = {};
     ReportBand columnHeadings = {};
     ReportBand detail = {};

@@ -1,12 +1,9 @@
 #include "agenda/Agenda.h"
 #include "cheques/FrmLancarCheques.h"
-#include "shell/Estrutura.h"
 
-#include <QHeaderView>
+#include <QCheckBox>
 
 #include <gmock/gmock.h>
-
-#include <filesystem>
 
 namespace {
 
@@ -140,9 +137,11 @@ TEST_P(Agenda, KeepsMarksAndRowInEveryOrderAndWhenItReadsAnew) {
     EXPECT_THAT(numeros(form), ElementsAre("000104", "000103", "000105", "000106"));
     clickColumn(form, "lstcheques", ListaDaAgenda::kValor);
     EXPECT_THAT(numeros(form), ElementsAre("000106", "000105", "000103", "000104"));
-    EXPECT_EQ(lista.header()->sortIndicatorOrder(), Qt::DescendingOrder);
+    EXPECT_TRUE(control<QCheckBox>(form, "chkinvertida").isChecked());
+    click(form, "chkinvertida");
+    EXPECT_THAT(numeros(form), ElementsAre("000104", "000103", "000105", "000106"));
     clickColumn(form, "lstcheques", ListaDaAgenda::kCliente);
-    EXPECT_THAT(numeros(form), ElementsAre("000103", "000104", "000106", "000105"));
+    EXPECT_THAT(numeros(form), ElementsAre("000104", "000103", "000106", "000105"));
     EXPECT_EQ(text(form, "cmbordem"), "Cliente");
     escolher(form, "cmbordem", "Ban");
     EXPECT_THAT(numeros(form), ElementsAre("000104", "000105", "000103", "000106"));

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "agenda/FrmAgenda.h"
+#include "agenda/FrmBordero.h"
 #include "agenda/FrmFicha.h"
 #include "agenda/FrmHistorico.h"
+#include "agenda/JanelaDeImpressao.h"
 #include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLancasSFundos.h"
@@ -79,6 +81,8 @@ protected:
             {"agenda",            [] { return scheduled(); }               },
             {"ficha",             [] { return window<FrmFicha>(); }        },
             {"ficha-cliente",     [] { return sheet(); }                   },
+            {"agenda-impressa",   [] { return scheduleOnPaper(); }         },
+            {"bordero",           [] { return window<FrmBordero>(); }      },
             {"historico",         [] { return past(); }                    },
             {"diretorio",         [] { return window<frmcaminho>(); }      },
             {"filtro-recebidos",  [] { return filter("relch"); }           },
@@ -181,6 +185,12 @@ private:
         press(Qt::Key_Return);
         clickCheckBox(form, "lstcheques", 0);
         return form;
+    }
+    static Shown scheduleOnPaper() {
+        click(scheduled(), "cmdimprimir");
+        auto& window = JanelaDeImpressao::instance();
+        activate(window);
+        return window;
     }
     static Shown consulted() {
         auto& form = open<FrmConsultaCH>();

@@ -179,6 +179,7 @@ PrintOutcome printReport(Relatorio& report, int page, QWidget* owner,
     QPrinter printer(QPrinter::HighResolution);
     printer.setDocName(report.title());
     printer.setCreator("Valtrino");
+    printer.setCopyCount(report.layout().copies);
     printer.setPageSize(QPageSize(report.layout().page, QPageSize::Millimeter));
     printer.setFullPage(true); // counted from the paper's corner, as the layout is
     asking();
