@@ -1,13 +1,18 @@
 #include "agenda/Desfazer.h"
 
+#include "controls/window/Repainting.h"
 #include "shell/Historico.h"
+#include "shell/Mirtal.h"
 #include "shell/RegistroEmTexto.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <utility>
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -108,7 +113,8 @@ QString Desfazer::desfazer(std::int32_t grupo) {
                        " where grupo=" + std::to_string(grupo) + " order by id desc",
                    base);
     Volta volta;
-    for (; !historico.EOF(); historico.MoveNext()) {
+    Repainting repintura(100ms);
+    for (int contagem = 1; !historico.EOF(); historico.MoveNext(), ++contagem) {
         if (historico["operacao"].text() == Historico::kDesfazer)
             return "Isto já é o que desfez outra operação, e não pode ser desfeito.";
         if (historico["operacao"].text() == Historico::kBordero)
@@ -122,7 +128,12 @@ QString Desfazer::desfazer(std::int32_t grupo) {
                    "desfeito.";
         historico["desfeito_por"] = operacao.grupo();
         historico.Update();
+        if (repintura.due()) {
+            Mirtal::mensagem("Registros desfeitos..:" + QString::number(contagem));
+            repintura.repaint();
+        }
     }
     tudo.commit();
+    Mirtal::mensagem("");
     return {};
 }
