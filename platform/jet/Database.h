@@ -81,6 +81,8 @@ public:
     /// Compares texts in UTF-8 as the file's own order does: without regard to case, with regard to
     /// accents and trailing blanks.
     [[nodiscard]] int compareText(std::string_view a, std::string_view b) const;
+    /// Appends the bytes by which texts are ordered so, for who sorts many.
+    void appendTextKey(Bytes& key, std::string_view text) const;
 
     /// Explicit transactions; not nested. commit() returns when the disk has everything.
     /// @throws Error{misuse} if one is open (begin) or none is (commit, rollback); Error{readOnly}.

@@ -9,6 +9,9 @@ namespace ado {
 
 /// The collation by which SQLite knows the file's own order of texts.
 inline constexpr const char* kTextOrder = "texto";
+/// The function that gives, of a text, one that SQLite's own order of bytes puts in its place: what
+/// is sorted is compared again and again.
+inline constexpr const char* kTextKey = "jet_textkey";
 
 /// How the file spells the names of a statement; each gives the name itself if there is none like
 /// it. Only a table that the statement reads is asked for as one: what else the file holds, under

@@ -75,6 +75,8 @@ Engine::Engine(jet::Database& database, const Bounds& bounds)
     sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     addFunctions(handle);
     sqlite3_create_collation_v2(handle, kTextOrder, SQLITE_UTF8, this, compareTexts, nullptr);
+    sqlite3_create_function_v2(handle, kTextKey, 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC, this,
+                               giveTextKey, nullptr, nullptr, nullptr);
     for (const Limit& limit : kLimits)
         sqlite3_limit(handle, limit.id, limit.value);
     sqlite3_set_authorizer(handle, authorize, this);
@@ -166,6 +168,24 @@ int Engine::compareTexts(void* self, int sizeA, const void* a, int sizeB, const 
     return order;
 }
 
+void Engine::giveTextKey(sqlite3_context* context, int /*count*/, sqlite3_value** arguments) {
+    auto& engine = *static_cast<Engine*>(sqlite3_user_data(context));
+    const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(arguments[0]));
+    if (text == nullptr)
+        return;
+    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]));
+    const bool done = engine.trap_.run([&] {
+        jet::Bytes& key = engine.textKey_;
+        key.clear();
+        engine.database_.appendTextKey(key, {text, size});
+        // A text, not a blob: those SQLite sorts the fastest.
+        sqlite3_result_text64(context, reinterpret_cast<const char*>(key.data()), key.size(),
+                              SQLITE_TRANSIENT, SQLITE_UTF8);
+    });
+    if (!done) // unreached: memory for a key is there
+        sqlite3_result_error_nomem(context);
+}
+
 int Engine::authorize(void* self, int action, const char* first, const char* second,
                       const char* /*database*/, const char* /*trigger*/) {
     const auto& engine = *static_cast<Engine*>(self);
@@ -178,7 +198,8 @@ int Engine::authorize(void* self, int action, const char* first, const char* sec
         // SQLite asks with an empty column for a table of which no column is read.
         return engine.tables_.contains(first) ? SQLITE_OK : SQLITE_DENY;
     case SQLITE_FUNCTION:
-        return isAllowedFunction(second) ? SQLITE_OK : SQLITE_DENY;
+        return isAllowedFunction(second) || std::string_view(second) == kTextKey ? SQLITE_OK
+                                                                                 : SQLITE_DENY;
     default:
         return SQLITE_DENY;
     }

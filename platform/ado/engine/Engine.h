@@ -6,6 +6,9 @@
 #include <unordered_map>
 #include <vector>
 
+struct sqlite3_context;
+struct sqlite3_value;
+
 namespace ado {
 
 class SortFiles;
@@ -45,6 +48,7 @@ private:
     [[nodiscard]] std::string columnOf(std::string_view name,
                                        std::span<const std::string> tables) const;
     static int compareTexts(void* self, int sizeA, const void* a, int sizeB, const void* b);
+    static void giveTextKey(sqlite3_context* context, int count, sqlite3_value** arguments);
     static int authorize(void* self, int action, const char* first, const char* second,
                          const char* database, const char* trigger);
 
@@ -52,6 +56,7 @@ private:
     Trap trap_;
     StatementRuns runs_;
     bool declaring_ = false; ///< a table is being made known
+    jet::Bytes textKey_;     ///< the last one, for its memory
     std::unordered_map<std::string, std::unique_ptr<TableSource>> tables_; ///< by stored name
     /// Of tables that the file has no more: statements prepared before still know their address.
     std::vector<std::unique_ptr<TableSource>> former_;

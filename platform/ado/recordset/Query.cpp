@@ -62,13 +62,12 @@ bool Query::describeLive(const Select& select) {
             return false;
         tables.push_back(&database_.table(from.table));
     }
-    const jet::Table* const single = tables.size() == 1 ? tables.front() : nullptr;
     auto fields = QueryFields::of(select, std::move(tables));
     if (!fields)
         return false;
     if (fields->isAmbiguous())
         static_cast<void>(engine_.prepare(select.text)); // it may be an error in a list of columns
-    QuerySql sql = QuerySql::ofRows(select, single);
+    QuerySql sql = QuerySql::ofRows(select, fields->tables());
     try {
         tried_ = engine_.prepare(sql.all());
     } catch (const Error& error) {

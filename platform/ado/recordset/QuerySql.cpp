@@ -8,15 +8,17 @@ QuerySql QuerySql::ofAnswer(Select select) {
     QuerySql sql;
     sql.select_ = std::move(select);
     sql.select_.plain = false;
+    sql.select_.sortTerms.clear(); // the text has them
     return sql;
 }
 
-QuerySql QuerySql::ofRows(Select select, const jet::Table* single) {
+QuerySql QuerySql::ofRows(Select select, const std::vector<jet::Table*>& tables) {
     QuerySql sql;
     sql.select_ = std::move(select);
-    sql.single_ = single;
-    if (const auto key = single != nullptr ? single->primaryKey() : std::nullopt)
-        sql.key_ = single->indexes()[*key].columns;
+    sql.tables_ = tables;
+    sql.single_ = tables.size() == 1 ? tables.front() : nullptr;
+    if (const auto key = sql.single_ != nullptr ? sql.single_->primaryKey() : std::nullopt)
+        sql.key_ = sql.single_->indexes()[*key].columns;
     return sql;
 }
 
@@ -69,10 +71,12 @@ std::string QuerySql::orderBy() const {
     const auto add = [&](const std::string& term, bool descending) {
         order += (order.empty() ? "" : ", ") + term + (descending ? " desc" : "");
     };
-    for (const SortTerm& term : restriction_.order)
-        add((term.qualifier.empty() ? "" : quotedName(term.qualifier) + ".") +
-                quotedName(term.column),
-            term.descending);
+    for (const SortTerm& term : sortTerms()) {
+        const std::string column =
+            (term.qualifier.empty() ? "" : quotedName(term.qualifier) + ".") +
+            quotedName(term.column);
+        add(isText(term) ? std::string(kTextKey) + "(" + column + ")" : column, term.descending);
+    }
     if (order.empty() && live())
         order = select_.orderBy;
     if (single_ != nullptr) {
@@ -83,6 +87,26 @@ std::string QuerySql::orderBy() const {
             add(singleTable() + "_rowid_", false);
     }
     return order.empty() ? order : " order by " + order;
+}
+
+/// Those that decide, if they are known.
+const std::vector<SortTerm>& QuerySql::sortTerms() const {
+    return restriction_.order.empty() ? select_.sortTerms : restriction_.order;
+}
+
+/// Whether it names a column of texts, in whichever of the tables.
+bool QuerySql::isText(const SortTerm& term) const {
+    bool text = false;
+    for (std::size_t i = 0; i < tables_.size(); ++i) {
+        if (!term.qualifier.empty() && term.qualifier != select_.tables[i].alias)
+            continue;
+        if (const auto column = tables_[i]->findColumn(term.column)) {
+            text = jet::isText(tables_[i]->columns()[*column].type);
+            if (!text)
+                return false;
+        }
+    }
+    return text;
 }
 
 std::string QuerySql::singleTable() const { return quotedName(select_.tables.front().alias) + "."; }
@@ -109,7 +133,7 @@ std::string QuerySql::notBefore(std::size_t place) const {
 // ---- what they ask ----------------------------------------------------------------------------
 
 std::optional<ListOrder> QuerySql::order() const {
-    const auto& terms = restriction_.order.empty() ? select_.sortTerms : restriction_.order;
+    const auto& terms = sortTerms();
     if (terms.empty() && !select_.orderBy.empty())
         return std::nullopt;
     return ListOrder::by(terms, *single_);

@@ -12,9 +12,9 @@ public:
     QuerySql() = default;
     /// Of a source whose rows are computed by SQLite.
     [[nodiscard]] static QuerySql ofAnswer(Select select);
-    /// Of one whose rows are rows of tables, given by their ids. `single` is the table if it is
-    /// only one, and outlives this; else null.
-    [[nodiscard]] static QuerySql ofRows(Select select, const jet::Table* single);
+    /// Of one whose rows are rows of tables, given by their ids. `tables`: those of the select,
+    /// which outlive this.
+    [[nodiscard]] static QuerySql ofRows(Select select, const std::vector<jet::Table*>& tables);
 
     /// Whether its rows are rows of tables.
     [[nodiscard]] bool live() const noexcept { return select_.plain; }
@@ -49,11 +49,14 @@ private:
     [[nodiscard]] std::string rowIds() const;
     [[nodiscard]] std::string where(const std::string& more = {}) const;
     [[nodiscard]] std::string orderBy() const;
+    [[nodiscard]] const std::vector<SortTerm>& sortTerms() const;
+    [[nodiscard]] bool isText(const SortTerm& term) const;
     [[nodiscard]] std::string singleTable() const;
     [[nodiscard]] std::string keyColumn(const jet::IndexColumn& key) const;
     [[nodiscard]] std::string notBefore(std::size_t place) const;
 
     Select select_;
+    std::vector<jet::Table*> tables_; ///< none of a source whose rows are computed
     const jet::Table* single_ = nullptr;
     std::vector<jet::IndexColumn> key_; ///< primary, of the single table
     Restriction restriction_;

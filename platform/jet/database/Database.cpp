@@ -253,8 +253,11 @@ Table& Database::createTable(const TableSpec& spec) {
 const SortOrder& Database::sortOrder() const noexcept { return parts_->header.order; }
 
 int Database::compareText(std::string_view a, std::string_view b) const {
-    const Collation* order = Collation::find(version(), sortOrder());
-    return (order ? *order : Collation::general(version())).compare(a, b);
+    return parts_->textOrder.compare(a, b);
+}
+
+void Database::appendTextKey(Bytes& key, std::string_view text) const {
+    parts_->textOrder.appendSortKey(key, text);
 }
 
 void Database::begin() {

@@ -18,6 +18,7 @@ struct Database::Parts {
 
     std::filesystem::path path;
     Header header;
+    const Collation& textOrder; ///< of texts that no column orders
     TextSettings texts;
     std::optional<Hindrance> readOnly; ///< why it was opened only for reading
     std::optional<std::string> damage; ///< that a table's own check has found last
@@ -32,7 +33,8 @@ struct Database::Parts {
     /// Of a file that nobody else knows: Sharing comes with share().
     Parts(std::filesystem::path where, Header head, TextSettings textSettings, File file,
           bool writable)
-        : path(std::move(where)), header(std::move(head)), texts(textSettings),
+        : path(std::move(where)), header(std::move(head)),
+          textOrder(Collation::closest(header.version, header.order)), texts(textSettings),
           pager(std::move(file), formatOf(header.version), writable), pages(pager), work(pager) {}
 
     /// `onChange` is called when another has written, after all pages have been forgotten.

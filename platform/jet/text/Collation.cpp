@@ -418,13 +418,19 @@ int Collation::compare(std::string_view a, std::string_view b) const {
     thread_local Bytes keyB;
     keyA.clear();
     keyB.clear();
-    appendWeights(
-        keyA, [all = Utf8Weights(version_, byCharacter_, textA)]() mutable { return all.next(); });
-    appendWeights(
-        keyB, [all = Utf8Weights(version_, byCharacter_, textB)]() mutable { return all.next(); });
-    if (keyA != keyB)
-        return keyA < keyB ? -1 : 1;
-    return byBlanks();
+    appendSortKey(keyA, a);
+    appendSortKey(keyB, b);
+    return keyA == keyB ? 0 : keyA < keyB ? -1 : 1;
+}
+
+void Collation::appendSortKey(Bytes& key, std::string_view text) const {
+    const std::size_t length = lengthWithoutBlanks(text);
+    appendWeights(key,
+                  [all = Utf8Weights(version_, byCharacter_, text.substr(0, length))]() mutable {
+                      return all.next();
+                  });
+    // No key begins with another: so these decide only where the texts are the same without.
+    key.insert(key.end(), text.size() - length, std::byte{1});
 }
 
 } // namespace jet

@@ -15,8 +15,7 @@ TEST(QuerySql, KnowsWhetherARowAloneDecidesIfItBelongsAndWhere) {
         {"select * from t where [date]=1 and [now]=2",   true },
     };
     for (const auto& [source, byRow] : cases)
-        EXPECT_EQ(ado::QuerySql::ofRows(ado::parseSelect(source, asWritten()), nullptr).isByRow(),
-                  byRow)
+        EXPECT_EQ(ado::QuerySql::ofRows(ado::parseSelect(source, asWritten()), {}).isByRow(), byRow)
             << source;
 }
 

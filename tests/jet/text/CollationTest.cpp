@@ -22,8 +22,16 @@ Bytes key(Version version, std::u16string_view units) {
 std::string key4(std::u16string_view units) { return hex(key(Version::jet4, units)); }
 std::string key3(std::u16string_view units) { return hex(key(Version::jet3, units)); }
 
+/// Which of two texts comes first, told by comparing as by sorting.
 int compare(Version version, std::string_view a, std::string_view b) {
-    return Collation::general(version).compare(a, b);
+    const Collation& collation = Collation::general(version);
+    const int order = collation.compare(a, b);
+    Bytes keyA;
+    Bytes keyB;
+    collation.appendSortKey(keyA, a);
+    collation.appendSortKey(keyB, b);
+    EXPECT_EQ(keyA < keyB ? -1 : int{keyB < keyA}, sign(order)) << a << " | " << b;
+    return order;
 }
 
 constexpr Version kVersions[] = {Version::jet3, Version::jet4};
