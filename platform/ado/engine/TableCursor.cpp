@@ -7,6 +7,13 @@
 
 namespace ado {
 
+namespace {
+
+/// Rows remembered of one cursor, at most: of all clients of a shop, and some megabytes.
+constexpr std::size_t kMostFound = 50'000;
+
+} // namespace
+
 void TableCursor::search(const PackedPlan& plan, std::span<sqlite3_value*> operands) {
     way_ = plan.way;
     backwards_ = plan.backwards;
@@ -25,7 +32,10 @@ void TableCursor::search(const PackedPlan& plan, std::span<sqlite3_value*> opera
             row_ = reader_.read(id_);
         break;
     case AccessPlan::Way::index:
-        beginWalk(plan, operands);
+        if (const auto column = numbered(plan, operands))
+            findNumbered(*column, plan, operands);
+        else
+            beginWalk(plan, operands);
         break;
     }
 }
@@ -45,7 +55,7 @@ void TableCursor::next() {
 }
 
 void TableCursor::give(sqlite3_context* context, std::size_t column) {
-    giveField(context, table_.columns()[column], *row_, column, buffer_);
+    giveField(context, columns_[column], *row_, column, buffer_);
 }
 
 /// A row's id from a statement may be any number: only the scan knows which pages hold rows.
@@ -81,6 +91,36 @@ void TableCursor::beginWalk(const PackedPlan& plan, std::span<sqlite3_value*> op
         settleWalk(range_.lower.empty() ? walk_->first() : walk_->seek(range_.lower));
     else
         settleWalk(range_.upper ? walk_->seekBefore(*range_.upper) : walk_->last());
+}
+
+/// The column, if the plan looks for the one row that has a whole number there.
+std::optional<std::size_t> TableCursor::numbered(const PackedPlan& plan,
+                                                 std::span<sqlite3_value*> operands) const {
+    const jet::Index& index = table_.indexes()[plan.index];
+    if (!index.unique || index.columns.size() != 1 || plan.equal != 1 ||
+        sqlite3_value_type(operands[0]) != SQLITE_INTEGER)
+        return std::nullopt;
+    const std::size_t column = index.columns[0].column;
+    const jet::ColumnType type = columns_[column].type;
+    const bool whole = type == jet::ColumnType::byte || type == jet::ColumnType::integer ||
+                       type == jet::ColumnType::longInteger;
+    return whole ? std::optional(column) : std::nullopt;
+}
+
+void TableCursor::findNumbered(std::size_t column, const PackedPlan& plan,
+                               std::span<sqlite3_value*> operands) {
+    const std::int64_t wanted = sqlite3_value_int64(operands[0]);
+    if (const auto known = found_.find(wanted); known != found_.end()) {
+        id_ = known->second;
+        row_ = reader_.read(id_);
+    }
+    // Where it was found another row may be by now.
+    if (row_ == nullptr || row_->isNull(column) || row_->integer(column) != wanted) {
+        beginWalk(plan, operands);
+        if (row_ != nullptr && found_.size() < kMostFound)
+            found_.insert_or_assign(wanted, id_);
+    }
+    way_ = AccessPlan::Way::row; // there is no other
 }
 
 void TableCursor::settleWalk(bool found) {

@@ -5,6 +5,7 @@
 #include <sqlite3.h>
 
 #include <string>
+#include <unordered_map>
 
 namespace ado {
 
@@ -13,7 +14,8 @@ namespace ado {
 class TableCursor : public sqlite3_vtab_cursor {
 public:
     explicit TableCursor(const jet::Table& table)
-        : sqlite3_vtab_cursor{}, table_(table), reader_(table.reader()) {}
+        : sqlite3_vtab_cursor{}, table_(table), columns_(table.columns()), reader_(table.reader()) {
+    }
 
     /// Begins the walk that the plan says; operands as rangeOf() takes them, of a scan or for one
     /// row the id that it begins at or has.
@@ -33,13 +35,21 @@ private:
     void settleWalk(bool found);
     [[nodiscard]] bool insideRange() const;
 
+    [[nodiscard]] std::optional<std::size_t> numbered(const PackedPlan& plan,
+                                                      std::span<sqlite3_value*> operands) const;
+    void findNumbered(std::size_t column, const PackedPlan& plan,
+                      std::span<sqlite3_value*> operands);
+
     const jet::Table& table_;
+    std::span<const jet::Column> columns_;
     AccessPlan::Way way_ = AccessPlan::Way::scan;
     bool backwards_ = false;
     std::optional<jet::RowCursor> scan_;
     std::optional<jet::IndexTree::Cursor> walk_;
     std::size_t index_ = 0; ///< that walk_ is over
     jet::KeyRange range_;
+    /// Where findNumbered() has found rows: a join asks for the same ones again and again.
+    std::unordered_map<std::int64_t, jet::RowId> found_;
     jet::RowReader reader_;
     const jet::RowView* row_ = nullptr;
     jet::RowId id_;

@@ -149,6 +149,34 @@ TEST_P(NewsTest, ChangesPastTheConnectionAreSeenByRequery) {
     EXPECT_EQ(some.RecordCount(), 4);
 }
 
+TEST_P(NewsTest, AJoinFindsAClientByWhatItsCodeIsByThen) {
+    Recordset joined;
+    joined.Open("select * from cheques inner join cliente_fornecedor on "
+                "cheques.cliente=cliente_fornecedor.codigo",
+                connection);
+    const auto client = [&] { return joined["lancamento"].text() + " " + joined["nome"].text(); };
+    EXPECT_EQ(client(), "1 Ana");
+    joined.MoveNext();
+    joined.MoveNext();
+    EXPECT_EQ(client(), "3 Ana");
+    // Two clients change their codes: the last cheque of client 1 hasn't been come to yet.
+    jet::Table& clients = table("cliente_fornecedor");
+    jet::RowCursor ana = clients.scan();
+    ASSERT_TRUE(ana.first());
+    const jet::RowId first = ana.id();
+    ASSERT_TRUE(ana.next());
+    const jet::RowId second = ana.id();
+    const auto code = [&](jet::RowId row, std::int64_t number) {
+        const jet::Assignment change{*clients.findColumn("codigo"), number};
+        static_cast<void>(clients.update(row, {&change, 1}));
+    };
+    code(first, 99);
+    code(second, 1);
+    code(first, 2);
+    joined.MoveLast();
+    EXPECT_EQ(client(), "6 JOÃO");
+}
+
 /// After any changes, the quick Requery gives what asking anew gives.
 TEST_P(NewsTest, RequeryGivesWhatAskingAnewGives) {
     const std::vector<std::pair<std::string, std::string>> kinds{
