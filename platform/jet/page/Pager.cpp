@@ -16,12 +16,17 @@ namespace {
 /// passes through it without growing it.
 constexpr std::size_t kCacheBytes = std::size_t{24} << 20;
 
+/// Images kept for the next pages; no change of one row needs more.
+constexpr std::size_t kMostSpares = 32;
+
 } // namespace
 
 Pager::Pager(File file, const Format& format, bool writable)
     : file_(std::move(file)), format_(format), writable_(writable),
       pageCount_(static_cast<std::uint32_t>(file_.size() / format.pageSize)),
-      committedPageCount_(pageCount_) {}
+      committedPageCount_(pageCount_) {
+    spares_.reserve(kMostSpares);
+}
 
 void Pager::requireUsable() const {
     if (turns_ && turns_->isBroken())
@@ -43,10 +48,6 @@ Pager::Section::Section(Pager& pager, Kind kind) : turns_(pager.turns_) {
 Pager::Section::~Section() {
     if (turns_)
         turns_->endReading();
-}
-
-bool Pager::opensSection() const noexcept {
-    return turns_ && !turns_->inSection() && !turns_->isWriting();
 }
 
 /// Whether what has failed is to be tried again: a foreign program wrote meanwhile.
@@ -82,14 +83,32 @@ PageRef Pager::readCommitted(PageNo page) {
         corrupt(page, "uma referência aponta para fora do arquivo");
     if (turns_)
         turns_->beforeRead();
-    auto image = std::move(spare_);
-    if (image.use_count() != 1) // there is none, or somebody looks at it still
-        image = std::make_shared<PageImage>(format_.pageSize);
+    auto image = this->image();
     file_.read(std::uint64_t{number(page)} * format_.pageSize, *image);
     if (turns_)
         turns_->verifyPage();
     remember(page, image);
     return {page, std::move(image)};
+}
+
+/// A page's worth of memory, whatever is in it.
+std::shared_ptr<PageImage> Pager::image() {
+    if (spares_.empty())
+        return std::make_shared<PageImage>(format_.pageSize);
+    auto spare = std::move(spares_.back());
+    spares_.pop_back();
+    return spare;
+}
+
+std::shared_ptr<PageImage> Pager::copyOf(std::span<const std::byte> page) {
+    auto copy = image();
+    std::ranges::copy(page, copy->begin());
+    return copy;
+}
+
+void Pager::giveBack(std::shared_ptr<PageImage> image) noexcept {
+    if (image.use_count() == 1 && spares_.size() < kMostSpares) // else somebody looks at it still
+        spares_.push_back(std::move(image));
 }
 
 /// What is changed is made from pages that the file has at this moment.
@@ -124,8 +143,8 @@ void Pager::remember(PageNo page, std::shared_ptr<PageImage> image) {
     const std::uint32_t place = leastWanted();
     places_[number(cache_[place].page)] = 0;
     places_[number(page)] = place + 1;
-    spare_ = std::exchange(cache_[place].image, std::move(image));
-    cache_[place] = {page, std::move(cache_[place].image), claims_, false};
+    giveBack(std::move(cache_[place].image));
+    cache_[place] = {page, std::move(image), claims_, false};
 }
 
 /// Each is spared once for having been asked for, so that what a scan passes goes before what is
@@ -163,10 +182,10 @@ std::span<std::byte> Pager::change(PageNo page) {
         if (!mine) {
             const PageRef committed = readCommitted(page);
             origins_.insert_or_assign(page, checksum(committed.bytes()));
-            mine = std::make_shared<PageImage>(committed.bytes().begin(), committed.bytes().end());
+            mine = copyOf(committed.bytes());
         } else if (keepBefore || mine.use_count() > 2) {
             // Somebody may still look at the image as it is: they go on seeing that one.
-            mine = std::make_shared<PageImage>(*mine);
+            mine = copyOf(*mine);
         }
         if (keepBefore)
             undo_.back().before.emplace(page, before);
@@ -299,6 +318,8 @@ void Pager::Statement::keep() {
         outer.reserve(outer.size() + mine.size());
         outer.merge(mine); // of a page in both, the outer one's image is the older
     }
+    for (auto& [page, image] : mine)
+        pager_.giveBack(std::move(image));
     pager_.undo_.pop_back();
 }
 

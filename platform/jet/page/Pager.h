@@ -155,12 +155,17 @@ private:
 
     [[nodiscard]] PageRef readCommitted(PageNo page);
     [[nodiscard]] Cached* cached(PageNo page) noexcept;
+    [[nodiscard]] std::shared_ptr<PageImage> image();
+    [[nodiscard]] std::shared_ptr<PageImage> copyOf(std::span<const std::byte> page);
+    void giveBack(std::shared_ptr<PageImage> image) noexcept;
     void remember(PageNo page, std::shared_ptr<PageImage> image);
     [[nodiscard]] std::uint32_t leastWanted() noexcept;
     void requireStored(Cached& known);
     void forgetCache() noexcept;
     void requireUsable() const;
-    [[nodiscard]] bool opensSection() const noexcept;
+    [[nodiscard]] bool opensSection() const noexcept {
+        return turns_ && !turns_->inSection() && !turns_->isWriting();
+    }
     [[nodiscard]] bool disturbed(int attempt) const;
     [[nodiscard]] ChangedPages changedPages();
 
@@ -189,8 +194,10 @@ private:
     std::vector<Cached> cache_;
     /// By page: its place in the cache and one more, 0 if it isn't there.
     std::vector<std::uint32_t> places_;
-    std::uint32_t hand_ = 0;           ///< the place where the next one to go is looked for
-    std::shared_ptr<PageImage> spare_; ///< of the last one that went
+    std::uint32_t hand_ = 0; ///< the place where the next one to go is looked for
+    /// Images that nobody looks at any more, for the next pages: a scan passes thousands, and a
+    /// purge changes some pages with each row.
+    std::vector<std::shared_ptr<PageImage>> spares_;
 };
 
 } // namespace jet
