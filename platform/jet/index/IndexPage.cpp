@@ -143,15 +143,26 @@ IndexEntry IndexPage::entry(std::size_t at, EntryBuffer& buffer) const {
 }
 
 std::size_t IndexPage::lowerBound(const IndexPoint& point) const {
+    // What the entries share is compared once.
+    const std::size_t common = std::min<std::size_t>(prefix_, point.key.size());
+    const int ofPrefix = common == 0 ? 0 : std::memcmp(entries(), point.key.data(), common);
+    const IndexPoint rest{point.key.subspan(common), point.row};
+    const auto isBefore = [&](std::size_t at, std::size_t end) {
+        EntryBuffer buffer;
+        // Where the prefix reaches beyond the key sought, or into an entry's fields, all counts.
+        if (at == 0 || common < prefix_ || end - at < fieldsSize())
+            return std::is_lt(compare(fields(bytesOf(at, end, buffer)).point, point));
+        return ofPrefix != 0 ? ofPrefix < 0
+                             : std::is_lt(compare(fields({entries() + at, end - at}).point, rest));
+    };
     // Halves the bytes, not the entries: any offset leads to the entry it lies in by the mask
     // alone.
-    EntryBuffer buffer;
     std::size_t low = 0;
     std::size_t high = used_;
     while (low < high) {
         const std::size_t at = placeAtOrBefore(low + (high - low) / 2);
         const std::size_t end = after(at);
-        if (std::is_lt(compare(fields(bytesOf(at, end, buffer)).point, point)))
+        if (isBefore(at, end))
             low = end;
         else
             high = at;

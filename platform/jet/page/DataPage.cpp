@@ -5,14 +5,6 @@
 
 namespace jet {
 
-namespace {
-
-// Of an entry of the slot table; the bit between them is free.
-constexpr std::uint16_t kOffsetMask = 0x1FFF;
-constexpr std::uint16_t kKindMask = 0xC000;
-
-} // namespace
-
 DataPage::DataPage(const Format& format, std::span<const std::byte> bytes, PageNo page)
     : format_(&format), bytes_(bytes), page_(page),
       slots_(load(bytes.data(), format.dataPage.slotCount)) {
@@ -22,19 +14,9 @@ DataPage::DataPage(const Format& format, std::span<const std::byte> bytes, PageN
         corrupt(page, "a tabela de linhas não cabe na página");
 }
 
-Slot DataPage::slot(std::size_t number) const {
-    if (number >= slots_)
-        corrupt(page_, "a linha " + std::to_string(number) + " não existe");
-    const DataPageLayout& layout = format_->dataPage;
-    const std::uint16_t word = load(bytes_.data(), layout.slot(number));
-    // Rows fill the page from its end: each goes to where the one before it begins.
-    const std::size_t begin = word & kOffsetMask;
-    const std::size_t end = number == 0
-                                ? format_->pageSize
-                                : load(bytes_.data(), layout.slot(number - 1)) & kOffsetMask;
-    if (begin > end || end > format_->pageSize || begin < layout.slot(slots_).at)
-        corrupt(page_, "a linha " + std::to_string(number) + " está fora do seu lugar");
-    return {static_cast<SlotKind>(word & kKindMask), begin, bytes_.subspan(begin, end - begin)};
+void DataPage::refuseSlot(std::size_t number) const {
+    corrupt(page_, "a linha " + std::to_string(number) +
+                       (number >= slots_ ? " não existe" : " está fora do seu lugar"));
 }
 
 std::size_t DataPage::freeBytes() const {
@@ -120,10 +102,10 @@ void DataPageEditor::resize(std::size_t slot, std::size_t size) {
                     0, size - kept);
     for (std::size_t i = slot; i < page.slotCount(); ++i) {
         const std::uint16_t word = load(base, format_.dataPage.slot(i));
-        const std::ptrdiff_t offset = static_cast<std::ptrdiff_t>(word & kOffsetMask) + delta;
-        store(
-            base, format_.dataPage.slot(i),
-            static_cast<std::uint16_t>((word & ~kOffsetMask) | static_cast<std::uint16_t>(offset)));
+        const std::ptrdiff_t offset = static_cast<std::ptrdiff_t>(word & Slot::kOffsetMask) + delta;
+        store(base, format_.dataPage.slot(i),
+              static_cast<std::uint16_t>((word & ~Slot::kOffsetMask) |
+                                         static_cast<std::uint16_t>(offset)));
     }
     store(base, format_.dataPage.freeBytes,
           static_cast<std::uint16_t>(static_cast<std::ptrdiff_t>(free) + delta));

@@ -19,6 +19,10 @@ enum class SlotKind : std::uint16_t {
 inline constexpr Field<RowId> kMovedTo{0};
 
 struct Slot {
+    // Of an entry of the slot table; the bit between them is free.
+    static constexpr std::uint16_t kOffsetMask = 0x1FFF;
+    static constexpr std::uint16_t kKindMask = 0xC000;
+
     SlotKind kind{};
     std::size_t offset{};
     std::span<const std::byte> bytes;
@@ -46,11 +50,29 @@ public:
 
 private:
     friend class DataPageEditor;
+    [[noreturn]] void refuseSlot(std::size_t number) const;
+
     const Format* format_;
     std::span<const std::byte> bytes_;
     PageNo page_;
     std::size_t slots_;
 };
+
+inline Slot DataPage::slot(std::size_t number) const {
+    if (number >= slots_)
+        refuseSlot(number);
+    const DataPageLayout& layout = format_->dataPage;
+    const std::uint16_t word = load(bytes_.data(), layout.slot(number));
+    // Rows fill the page from its end: each goes to where the one before it begins.
+    const std::size_t begin = word & Slot::kOffsetMask;
+    const std::size_t end = number == 0
+                                ? format_->pageSize
+                                : load(bytes_.data(), layout.slot(number - 1)) & Slot::kOffsetMask;
+    if (begin > end || end > format_->pageSize || begin < layout.slot(slots_).at)
+        refuseSlot(number);
+    return {static_cast<SlotKind>(word & Slot::kKindMask), begin,
+            bytes_.subspan(begin, end - begin)};
+}
 
 /// "LVAL": the owner that pages of long values name instead of a table.
 inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C;

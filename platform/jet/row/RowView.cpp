@@ -93,21 +93,26 @@ std::pair<std::size_t, std::size_t> RowView::extent(std::size_t index) const {
     return {offsets[index], offsets[index + 1]};
 }
 
-std::optional<std::span<const std::byte>> RowView::field(const Column& column) const {
-    if (!bit(column))
-        return std::nullopt;
-    if (column.fixed) {
-        const std::size_t at = base_ + column.fixedOffset;
-        if (at + column.length > maskAt_)
-            corrupt(page_, "uma linha é mais curta do que as suas colunas");
-        return bytes_.subspan(at, column.length);
-    }
+std::span<const std::byte> RowView::fixedField(const Column& column) const {
+    const std::size_t at = base_ + column.fixedOffset;
+    if (at + column.length > maskAt_)
+        corrupt(page_, "uma linha é mais curta do que as suas colunas");
+    return {bytes_.data() + at, column.length};
+}
+
+std::optional<std::span<const std::byte>> RowView::variableField(const Column& column) const {
     const auto [begin, end] = extent(column.variableIndex);
     if (begin == 0 && end == 0)
         return std::nullopt; // the column is younger than the row
     if (begin < base_ || begin > end || end > maskAt_)
         corrupt(page_, "um valor está fora da sua linha");
     return bytes_.subspan(begin, end - begin);
+}
+
+std::optional<std::span<const std::byte>> RowView::field(const Column& column) const {
+    if (!bit(column))
+        return std::nullopt;
+    return column.fixed ? fixedField(column) : variableField(column);
 }
 
 // A yes/no has no bytes: the bit that says of others whether they are there is its value.

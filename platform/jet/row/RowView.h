@@ -37,6 +37,9 @@ private:
     void place(Pager& pager, const TableDefinition& definition, std::span<const std::byte> bytes,
                PageNo page);
     [[nodiscard]] std::optional<std::span<const std::byte>> field(const Column& column) const;
+    [[nodiscard]] std::span<const std::byte> fixedField(const Column& column) const;
+    [[nodiscard]] std::optional<std::span<const std::byte>>
+    variableField(const Column& column) const;
     [[nodiscard]] bool bit(const Column& column) const noexcept;
     /// Begin and end of a variable value in the row; both 0 if the row is older than the column.
     [[nodiscard]] std::pair<std::size_t, std::size_t> extent(std::size_t index) const;

@@ -73,29 +73,50 @@ void eachStoredUnit(std::span<const std::byte> stored, Sink&& sink) {
     }
 }
 
-/// Most text of a Brazilian shop is ASCII throughout: true if this was, and is in `text` now.
-bool decodedAscii(std::string& text, std::span<const std::byte> stored) {
-    unsigned beyond = 0;
+/// Characters up to U+00FF, one a byte, into UTF-8: each beyond ASCII becomes two bytes.
+void widenLatin(std::string& text) {
+    std::size_t from = text.size();
+    const auto isWide = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
+    std::size_t to = from + static_cast<std::size_t>(std::ranges::count_if(text, isWide));
+    text.resize(to);
+    while (to != from) { // from the end on, so that nothing is written over before it is read
+        const auto character = static_cast<unsigned char>(text[--from]);
+        if (character < 0x80) {
+            text[--to] = static_cast<char>(character);
+        } else {
+            text[--to] = static_cast<char>(0x80U | (character & 0x3FU));
+            text[--to] = static_cast<char>(0xC0U | (character >> 6));
+        }
+    }
+}
+
+/// Nearly all text of a Brazilian shop has no character beyond U+00FF: true if this hasn't, and is
+/// in `text` now.
+bool decodedLatin(std::string& text, std::span<const std::byte> stored) {
+    unsigned all = 0; // the bits that any of the characters has
     if (isCompressed(stored)) {
         const auto bytes = stored.subspan(2);
         text.resize(bytes.size());
         for (std::size_t i = 0; i < bytes.size(); ++i) {
             const auto byte = std::to_integer<unsigned>(bytes[i]);
-            beyond |= byte - 1U; // zero, the switch, becomes all ones
-            beyond |= byte;
+            all |= byte == 0 ? ~0U : byte; // zero is the switch to plain units
             text[i] = static_cast<char>(byte);
         }
-        return (beyond & ~0x7FU) == 0;
+    } else {
+        if (stored.size() % 2 != 0)
+            return false;
+        text.resize(stored.size() / 2);
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const unsigned unit = unitAt(stored, 2 * i);
+            all |= unit;
+            text[i] = static_cast<char>(unit);
+        }
     }
-    if (stored.size() % 2 != 0)
+    if (all > 0xFF)
         return false;
-    text.resize(stored.size() / 2);
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const unsigned unit = unitAt(stored, 2 * i);
-        beyond |= unit;
-        text[i] = static_cast<char>(unit);
-    }
-    return (beyond & ~0x7FU) == 0;
+    if (all > 0x7F)
+        widenLatin(text);
+    return true;
 }
 
 } // namespace
@@ -115,7 +136,7 @@ void TextCodec::decodeTo(std::string& text, std::span<const std::byte> stored) c
         text.reserve(stored.size());
         return page_->appendText(text, stored);
     }
-    if (decodedAscii(text, stored))
+    if (decodedLatin(text, stored))
         return;
     text.clear();
     char16_t high = 0; // the first half of a pair, kept until the unit after it is known
