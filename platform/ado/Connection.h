@@ -77,7 +77,7 @@ private:
     [[nodiscard]] Session& session() const;
 
     std::string string_;
-    jet::Disk* disk_ = nullptr;        ///< null: the system's
+    jet::Disk* disk_ = nullptr; ///< null: the system's
     Recorder* recorder_ = nullptr;
     std::unique_ptr<Session> session_; ///< null when closed
 };

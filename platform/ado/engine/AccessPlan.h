@@ -35,10 +35,10 @@ struct AccessPlan {
     std::optional<std::size_t> low;
     std::optional<std::size_t> high;
     bool backwards = false; ///< of an index
-    bool ordered = false; ///< rows come as the statement wants them
-    bool unique = false;  ///< one row at most
-    double rows = 0;      ///< guessed
-    double cost = 0;      ///< in rows of a scan
+    bool ordered = false;   ///< rows come as the statement wants them
+    bool unique = false;    ///< one row at most
+    double rows = 0;        ///< guessed
+    double cost = 0;        ///< in rows of a scan
 };
 
 /// How large a part of the table, 0 to 1, lies in the stretch of its index that a plan walks;

@@ -59,7 +59,8 @@ void PreparedStatement::all(const std::function<void()>& begin, const std::funct
     runs_->database().onSnapshot([&] {
         begin();
         reset();
-        while (step())
+        // In its middle too it can be begun anew, should another station have written.
+        while (runs_->step(statement_.get(), steps_, nullptr))
             row();
     });
 }

@@ -31,7 +31,7 @@ public:
     /// writing for a few thousandths of a second. False after the last row.
     bool steps(std::size_t most, const std::function<void()>& row);
     /// All rows, of one state of the file: calls `begin`, then `row` on each; and both again from
-    /// the first row if others have written meanwhile.
+    /// the first row if others have written meanwhile, which they can while it takes long.
     void all(const std::function<void()>& begin, const std::function<void()>& row);
     /// Back to before the first row.
     void reset();

@@ -154,7 +154,7 @@ bool RowList::renew(bool same) {
     Ids newer = fetch(source_.engine.prepare(source_.all));
     const bool onRow = stood() != rows_.cend();
     auto place = newer.cend();
-    if (onRow && !gone_ && same)
+    if (onRow && same)
         place = std::ranges::find(std::as_const(newer), *stood());
     const bool stays = place != newer.cend();
     if (!stays && onRow) { // behind the nearest of those before it that is there

@@ -22,8 +22,8 @@ jet::Database::Options on(jet::Disk* disk) {
 } // namespace
 
 Session::Session(const std::filesystem::path& path, jet::Disk* disk, Recorder* recorder)
-    : database_(path, on(disk)), engine_(database_), recorder_(recorder), generation_(database_.generation()),
-      refreshes_(database_.refreshes()) {}
+    : database_(path, on(disk)), engine_(database_), recorder_(recorder),
+      generation_(database_.generation()), refreshes_(database_.refreshes()) {}
 
 void Session::closeUsers() {
     while (!users_.empty())
@@ -121,6 +121,7 @@ void Session::begin() {
     undone_ = false;
     undo_.clear();
     settle();
+    begunIn_ = epoch_;
 }
 
 void Session::end(void (jet::Database::*way)()) {
@@ -132,9 +133,9 @@ void Session::end(void (jet::Database::*way)()) {
 void Session::rollback() {
     // Without asking what others have done: could that not be told, nothing would be undone.
     undone_ = undone_ || !undo_.empty();
-    if (database_.generation() != generation_)
-        beginEpoch();
     database_.rollback();
+    if (epoch_ != begunIn_) // a list may have seen what is undone and nobody has told of
+        beginEpoch();
     settle();
     for (auto change = undo_.rbegin(); change != undo_.rend(); ++change) {
         RowChange opposite = *change;

@@ -99,6 +99,7 @@ private:
     std::uint64_t generation_; ///< of the file when last looked at
     std::uint64_t refreshes_;  ///< the same: grows when another station has written
     std::uint64_t epoch_ = 1;
+    std::uint64_t begunIn_ = 0;   ///< the epoch in which the last transaction began
     std::vector<RowChange> log_;  ///< the newest; those before were dropped
     std::uint64_t dropped_ = 0;   ///< how many
     std::vector<RowChange> undo_; ///< of the open transaction

@@ -133,6 +133,9 @@ TEST_P(EngineTest, ADamagedIndexIsToldOfWhereItIsWalkedAndHarmsNothingElse) {
         errorOf([&] { column("select * from cheques where bompara=#02/29/2024#", "lancamento"); }),
         Errc::corrupt);
     EXPECT_EQ(column("select * from cheques where numero='A-77'", "lancamento"), Strings{"4"});
+    EXPECT_EQ(
+        column("select * from cheques where bompara=#02/29/2024# and lancamento=4", "lancamento"),
+        Strings{"4"});
     EXPECT_EQ(column("cheques", "lancamento").size(), 6U);
     changeBytes([&](std::string& bytes) { bytes = sound; });
     EXPECT_EQ(column("select * from cheques where bompara=#02/29/2024#", "lancamento"),

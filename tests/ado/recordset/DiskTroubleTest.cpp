@@ -2,6 +2,7 @@
 // moment.
 #include "ado/Shop.h"
 #include "jet/MemoryDisk.h"
+#include "jet/TableDefinition.h"
 
 #include <cerrno>
 #include <fstream>
@@ -194,31 +195,36 @@ TEST_P(DiskTroubleTest, WhoOnlyReadsIsNotToldThatWhatIsDueCantBeWritten) {
 class AtAnyMoment : public DiskTroubleTest {
 protected:
     using Work = std::function<void(Recordset&)>;
+    struct Both {
+        explicit Both(const AtAnyMoment& shop) : disk(shop.image) {
+            shop.open(station, disk);
+            shop.open(other, disk);
+        }
+        MemoryDisk disk;
+        Connection station;
+        Connection other;
+    };
     static constexpr const char* kList = "select * from bancos where cod_banco<1000 order by nome";
 
     void expectTheNewest(const Work& theirs, const Work& mine) const {
         bool met = true;
         for (int look = 1; met; ++look) {
             SCOPED_TRACE(look);
-            MemoryDisk disk(image);
-            Connection station;
-            open(station, disk);
-            Connection other;
-            open(other, disk);
+            Both both(*this);
             Recordset list;
-            list.Open(kList, station);
+            list.Open(kList, both.station);
             Recordset whole;
-            whole.Open("bancos", station);
+            whole.Open("bancos", both.station);
             whole["nome"] = "Aa";
             whole.Update();
-            station.flush();
+            both.station.flush();
             met = false;
-            atLook(disk, look, [&] {
+            atLook(both.disk, look, [&] {
                 met = true;
                 Recordset banks;
-                banks.Open("bancos", other);
+                banks.Open("bancos", both.other);
                 theirs(banks);
-                other.flush();
+                both.other.flush();
             });
             try {
                 mine(list);
@@ -226,19 +232,18 @@ protected:
                 EXPECT_EQ(error.code(), Errc::conflict) << error.what();
                 list.CancelUpdate();
             }
-            disk.onRead = {};
-            disk.onLock = {};
-            station.flush();
+            both.disk.onRead = {};
+            both.disk.onLock = {};
+            both.station.flush();
             list.Requery();
-            const Strings stored = answer(other, kList, "nome");
+            const Strings stored = answer(both.other, kList, "nome");
             EXPECT_EQ(column(list, "nome"), stored);
-            EXPECT_EQ(answer(station, kList, "nome"), stored);
-            EXPECT_EQ(answer(other, "bancos", "nome").size(),
+            EXPECT_EQ(answer(both.station, kList, "nome"), stored);
+            EXPECT_EQ(answer(both.other, "bancos", "nome").size(),
                       static_cast<std::size_t>(whole.RecordCount()));
         }
     }
 
-private:
     /// Before the `look`-th look at the file or for a lock of those that hold nothing of the file.
     static void atLook(MemoryDisk& disk, int look, const std::function<void()>& work) {
         struct State {
@@ -310,6 +315,132 @@ TEST_P(AtAnyMoment, WhatAnotherStationDoesIsSeenOrAConflict) {
             SCOPED_TRACE(ours);
             expectTheNewest(work, reaction);
         }
+    }
+}
+
+TEST_P(AtAnyMoment, WhatWasShownIsNotChangedInAnotherState) {
+    const std::pair<const char*, std::function<void(Recordset&, const ado::Shown&)>> mine[] = {
+        {"deleted", [](Recordset& banks, const ado::Shown& shown) { banks.Delete(shown); }},
+        {"edited",
+         [](Recordset& banks,            const ado::Shown& shown) {
+             banks.Edit(shown);
+             banks["nome"] = "Meu";
+             banks.Update();
+         }                                                   },
+    };
+    for (const auto& [what, change] : mine) {
+        SCOPED_TRACE(what);
+        bool met = true;
+        for (int look = 1; met; ++look) {
+            SCOPED_TRACE(look);
+            Both both(*this);
+            Recordset banks;
+            banks.Open("bancos", both.station);
+            banks.Find("codigo=2");
+            const ado::Shown shown = banks.shown();
+            met = false;
+            atLook(both.disk, look, [&] {
+                met = true;
+                Recordset theirs;
+                theirs.Open("bancos", both.other);
+                theirs.Find("codigo=2");
+                theirs["cod_banco"] = 77;
+                theirs.Update();
+                both.other.flush();
+            });
+            bool done = true;
+            try {
+                change(banks, shown);
+            } catch (const jet::Error& error) {
+                EXPECT_EQ(error.code(), Errc::conflict) << error.what();
+                banks.CancelUpdate();
+                done = false;
+            }
+            both.disk.onRead = {};
+            both.disk.onLock = {};
+            both.station.flush();
+            EXPECT_NE(done, met);
+            if (met) {
+                EXPECT_EQ(answer(both.other, "bancos", "cod_banco").at(1), "77");
+            }
+        }
+    }
+}
+
+/// A list of cheques on two pages, of which the second row takes long to be looked at.
+class LongList : public AtAnyMoment {
+protected:
+    LongList() {
+        MemoryDisk disk(image);
+        Connection station;
+        open(station, disk);
+        Recordset cheques;
+        cheques.Open("cheques", station);
+        for (int i = 0; i < 14; ++i) {
+            cheques.AddNew();
+            cheques["observacao"] = std::string(250, 'x');
+            cheques.Update();
+        }
+        expected = column(cheques, "lancamento");
+        auto scan = station.database().table("cheques").scan();
+        EXPECT_TRUE(scan.first());
+        first = scan.id().page;
+        EXPECT_TRUE(scan.last());
+        last = scan.id().page;
+        EXPECT_NE(first, last);
+        station.Close();
+        image = disk.image();
+    }
+    static constexpr const char* kLong =
+        "select * from cheques where lancamento<>2 or (select count(*) from bancos as b1, bancos "
+        "as b2, bancos as b3, bancos as b4, bancos as b5, bancos as b6, bancos as b7, bancos as "
+        "b8, bancos as b9)>0";
+
+    Strings expected;
+    jet::PageNo first{};
+    jet::PageNo last{};
+};
+INSTANTIATE_TEST_SUITE_P(, LongList, testing::Values(jet::Version::jet4));
+
+TEST_P(LongList, LetsOthersWriteInBetween) {
+    MemoryDisk disk(image);
+    Connection station;
+    open(station, disk);
+    std::string events; // of the pages read, and of what keeps others from writing meanwhile
+    disk.onRead = [&](std::uint64_t at) {
+        const auto page = static_cast<jet::PageNo>(at / jet::formatOf(GetParam()).pageSize);
+        events += page == first ? "1" : page == last ? "2" : "";
+    };
+    disk.onLock = [&](std::uint64_t byte) {
+        constexpr std::uint64_t kReading = 0x70001000;
+        events += byte == kReading ? "r" : "";
+    };
+    Recordset list;
+    list.Open(kLong, station);
+    disk.onRead = {};
+    disk.onLock = {};
+    EXPECT_NE(events.find("1rr2"), std::string::npos) << events;
+}
+
+TEST_P(LongList, HasEachRowOnceWheneverOthersWrite) {
+    bool met = true;
+    for (int look = 1; met; ++look) {
+        SCOPED_TRACE(look);
+        Both both(*this);
+        met = false;
+        atLook(both.disk, look, [&] {
+            met = true;
+            Recordset banks;
+            banks.Open("bancos", both.other);
+            banks["nome"] = "Aa";
+            banks.Update();
+            both.other.flush();
+        });
+        Recordset list;
+        list.Open(kLong, both.station);
+        both.disk.onRead = {};
+        both.disk.onLock = {};
+        EXPECT_EQ(column(list, "lancamento"), expected);
     }
 }
 

@@ -86,6 +86,16 @@ TEST_P(NewsTest, ARollBackUndoesChangesPastTheConnectionToo) {
     connection.RollbackTrans();
     some.Requery();
     EXPECT_EQ(column(some, "nome"), (Strings{"Agrário", "Banco do Norte", "Banco do Sul"}));
+    // Those that a list has seen, too.
+    connection.BeginTrans();
+    add("bancos", {
+                      {"cod_banco", std::int64_t{9}}
+    });
+    some.Requery();
+    EXPECT_EQ(some.RecordCount(), 4);
+    connection.RollbackTrans();
+    some.Requery();
+    EXPECT_EQ(some.RecordCount(), 3);
 }
 
 TEST_P(NewsTest, ATableWithoutAKeyIsWalkedAndListedInTheOrderOfItsRows) {

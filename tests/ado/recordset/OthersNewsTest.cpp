@@ -181,6 +181,9 @@ TEST_P(OthersNewsTest, ARowDeletedCantBeReadNorChanged) {
         EXPECT_EQ(errorOf([&] { (*mine)["nome"] = "Meu"; }), Errc::conflict);
         EXPECT_EQ(errorOf([&] { mine->Delete(); }), Errc::conflict);
     }
+    whole.MoveFirst();
+    whole.Delete();
+    EXPECT_EQ(errorOf([&] { (void)name(whole); }), Errc::noCurrentRow) << "that was nobody else";
 }
 
 TEST_P(OthersNewsTest, ANewRowInTheDeletedOnesPlaceIsNotTakenForIt) {

@@ -143,6 +143,7 @@ TEST(Convert, TextBecomesADate) {
 TEST(Convert, OtherTypesBecomeEachOtherWhereNothingIsLost) {
     EXPECT_EQ(to(ColumnType::longInteger, Value{true}), Value{std::int64_t{-1}});
     EXPECT_EQ(to(ColumnType::longInteger, Value{Currency{20000}}), Value{std::int64_t{2}});
+    EXPECT_EQ(to(ColumnType::longInteger, Value{Currency{-20000}}), Value{std::int64_t{-2}});
     EXPECT_EQ(errorOf([] { (void)to(ColumnType::longInteger, Value{Currency{20001}}); }),
               Errc::outOfRange);
     EXPECT_EQ(to(ColumnType::boolean, "Não"), Value{false});
