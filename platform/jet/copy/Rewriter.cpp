@@ -170,8 +170,8 @@ private:
 
     void requireUnique(const IndexEntriesSorter& entries, const RealIndex& index) const {
         for (std::size_t i = 1; i < entries.size(); ++i)
-            if (entries.repeats(i) && // unreached: as above
-                !isAllNull(entries.key(i), index.columns.size()))
+            if (entries.repeats(i) &&
+                !isAllNull(entries.key(i), index.columns.size())) // unreached: as above
                 throw Error(Errc::corrupt, "A tabela \"" + table_.name +
                                                "\" tem dois registros com a mesma chave única.");
     }

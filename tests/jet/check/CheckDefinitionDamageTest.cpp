@@ -301,7 +301,10 @@ const std::vector<Damage> kDefinitionDamages = {
             }),
     error("catalog: definition outside the file",
           "a definição de uma tabela está fora do arquivo (\"Fantasma\"",
-          [](DamagedFile& file) { return addObject(file, 9999, kTables, "Fantasma", 1).page; }),
+          [](DamagedFile& file) {
+              const auto pages = std::filesystem::file_size(file.path()) / file.format().pageSize;
+              return addObject(file, static_cast<std::int64_t>(pages), kTables, "Fantasma", 1).page;
+          }),
     error("catalog: object in a folder that isn't there", "o objeto está numa pasta que não existe",
           [](DamagedFile& file) { return addObject(file, -2147483000, 77, "Perdido", 5).page; }),
     error("catalog: relationship of a column that isn't there",

@@ -96,6 +96,23 @@ TEST(Check, WhatTheMapOfFreePagesDoesntReachIsFree) {
     }
 }
 
+TEST(Check, ATextMayBeAsLongAsItsColumn) {
+    for (const Version version : kVersions) {
+        SCOPED_TRACE(nameOf(version));
+        DamagedFile file(version);
+        std::string name;
+        while (name.size() < 400)
+            name += "ç"; // two bytes of ours, one character of two hundred
+        file.withDatabase([&](Database& database) {
+            Row row(5);
+            row[3] = name;
+            database.table("Cheques").insert(row);
+        });
+        const Report report = file.check();
+        EXPECT_TRUE(report.clean()) << listed(report);
+    }
+}
+
 /// What can't be read is no damage: the disk may give it tomorrow.
 TEST(Check, ADiskThatFailsIsAnErrorOfItsOwn) {
     for (const Version version : kVersions) {

@@ -50,6 +50,18 @@ TEST_P(SalvageDamage, APointerCutShortIsToldAndItsRowFound) {
     expectTold(Loss::What::row, "a linha mudou para um lugar onde não está");
 }
 
+TEST_P(SalvageDamage, ARowToWhichTwoPointIsThereOnce) {
+    const RowId target = load(file_.bytesOf(file_.moved).data(), kMovedTo);
+    store(file_.bytesOf(file_.plain).data(), kMovedTo, target);
+    const std::size_t word = file_.slotAt(file_.plain.slot);
+    file_.put<std::uint16_t>(
+        file_.plain.page, word,
+        static_cast<std::uint16_t>((file_.get<std::uint16_t>(file_.plain.page, word) & 0x1FFFU) |
+                                   0x4000U));
+    expectTold(Loss::What::row, "a linha mudou para um lugar onde não está");
+    EXPECT_EQ(report_.count(Loss::What::apart), 0U) << told(report_);
+}
+
 TEST_P(SalvageDamage, AValueOfAnotherSizeThanItsTypesIsLeftEmpty) {
     file_.put<std::uint16_t>(file_.cheques.page(),
                              file_.columnBlock(2) + file_.format().column.length.at, 4);

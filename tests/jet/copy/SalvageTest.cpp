@@ -21,7 +21,25 @@ using namespace jet;
 
 namespace {
 
-class Salvage : public SalvageFile {};
+class Salvage : public SalvageFile {
+protected:
+    /// In the catalog these tables get pages that the file hasn't got.
+    void misplace(const std::vector<PageNo>& definitions) {
+        file_.withDatabase([&](Database& database) {
+            Table& objects = database.table("MSysObjects");
+            const std::size_t id = objects.findColumn("Id").value();
+            std::vector<RowId> rows;
+            RowCursor row = objects.scan();
+            for (bool there = row.first(); there; there = row.next())
+                if (std::ranges::count(definitions, static_cast<PageNo>(row.row().integer(id))) > 0)
+                    rows.push_back(row.id());
+            for (std::int64_t page = 900'000; const RowId misplaced : rows)
+                objects.update(misplaced, std::vector<Assignment>{
+                                              {id, page++}
+                });
+        });
+    }
+};
 INSTANTIATE_TEST_SUITE_P(, Salvage, bothVersions(), versionName);
 
 TEST_P(Salvage, OfASoundFileIsComplete) {
@@ -103,20 +121,21 @@ TEST_P(Salvage, ATableWhoseDefinitionIsLostIsTold) {
 }
 
 TEST_P(Salvage, ATableOfWhichTheCatalogHasTheWrongPageKeepsItsName) {
-    // The number in the catalog's row, found by the table's name beside it.
-    file_.withDatabase([&](Database& database) {
-        Table& objects = database.table("MSysObjects");
-        RowCursor row = objects.scan();
-        for (bool there = row.first(); there; there = row.next())
-            if (row.row().integer(*objects.findColumn("Id")) == number(file_.cheques.page())) {
-                objects.update(row.id(), std::vector<Assignment>{
-                                             {*objects.findColumn("Id"), std::int64_t{900'000}}
-                });
-                break;
-            }
-    });
+    misplace({file_.cheques.page()});
     salvageIt();
     expectAll();
+}
+
+TEST_P(Salvage, OfTwoSuchNoneIsTakenForTheOther) {
+    misplace({file_.other.page(), file_.cheques.page()});
+    wipe(file_.other.page());
+    salvageIt();
+    EXPECT_EQ(report_.count(Loss::What::table), 2U) << told(report_);
+    Database database(target_);
+    EXPECT_TRUE(rowsOf(database, "recuperada_" + std::to_string(number(file_.cheques.page()))) ==
+                cheques_);
+    for (const char* name : {"Cheques", "Outra"})
+        EXPECT_FALSE(database.hasTable(name)) << name;
 }
 
 TEST_P(Salvage, ALostPageIsToldAndTheRestSaved) {
