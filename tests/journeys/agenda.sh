@@ -50,16 +50,6 @@ days_saved() {
         /^SUMMARY/ { print day, $2, $NF }'
 }
 
-# save <keys> <title of the dialog> <file>
-save() {
-    keys "$1"
-    until_window "$2"
-    keys ctrl+a
-    typed "$3"
-    keys Return
-    until_true "the file $3" [ -s "$3" ]
-}
-
 list_the_period() {
     keys F7
     until_window "Agenda de vencimentos"
@@ -73,7 +63,7 @@ list_the_period() {
 }
 
 compare_the_calendar() {
-    save alt+a "Salvar o calendário" "$place/dias.ics"
+    save_as alt+a "Salvar o calendário" "$place/dias.ics"
     until_window "Salvar o calendário"      # "O calendário foi salvo em ..."
     keys Return
     until_window "Agenda de vencimentos"
@@ -86,9 +76,9 @@ compare_the_list() {
     keys alt+m alt+i
     until_window "Cheques por vencimento"
     picture agenda-impressa active
-    save ctrl+shift+e "Salvar como CSV" "$place/lista.csv"
+    save_as ctrl+shift+e "Salvar como CSV" "$place/lista.csv"
     until_window "Cheques por vencimento"
-    save ctrl+s "Salvar como PDF" "$place/lista.pdf"
+    save_as ctrl+s "Salvar como PDF" "$place/lista.pdf"
     until_window "Cheques por vencimento"
     keys Escape
     until_window "Agenda de vencimentos"
@@ -112,7 +102,7 @@ compare_the_slip() {
     keys Return Return Return       # over the account, on Imprimir
     until_window "Borderô de depósito"
     picture bordero-impresso active
-    save ctrl+s "Salvar como PDF" "$place/bordero.pdf"
+    save_as ctrl+s "Salvar como PDF" "$place/bordero.pdf"
     until_window "Borderô de depósito"
     keys Escape
     until_window "Agenda de vencimentos"

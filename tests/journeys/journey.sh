@@ -132,6 +132,16 @@ fill() {
     done
 }
 
+# save_as <keys> <title of the dialog> <file>: what is on show, as a file.
+save_as() {
+    keys "$1"
+    until_window "$2"
+    keys ctrl+a
+    typed "$3"
+    keys Return
+    until_true "the file $3" [ -s "$3" ]
+}
+
 # The rows of a table as an independent reader of the file sees them.
 rows() { mdb-export -H -d '|' -Q -T '%Y-%m-%d' "$place/data/automacao.mdb" "$1"; }
 rows_are() { [ "$(rows "$1" | sort)" = "$2" ]; }

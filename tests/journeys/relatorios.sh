@@ -216,13 +216,8 @@ ask() {
 
 # save <key> <title of the dialog> <file>: the report on show.
 save() {
-    keys "$1"
-    until_window "$2"
-    keys ctrl+a
-    typed "$3"
-    keys Return
+    save_as "$@"
     until_window "Valtrino - [$title]"
-    until_true "the file $3" [ -s "$3" ]
 }
 
 # compare <client> <bank> <first> <last> <order> <file>...: the files of the report on show against the
