@@ -438,6 +438,37 @@ TEST_P(DatabaseFile, LongTextsGiveWayInARowThatGetsTooLong) {
     EXPECT_TRUE(check(path).clean());
 }
 
+TEST_P(DatabaseFile, AnotherLongTextInTheSamePlaceIsAnotherVersionOfTheRow) {
+    Database file(path);
+    Table& table = file.createTable(shopCheques());
+    Row row = cheque(1, "1");
+    row[kObsAt] = std::string(1500, 'a');
+    const RowId id = table.insert(row);
+    const auto version = table.rowVersion(id);
+    for (const char letter : {'b', 'c'}) { // the second stands where the first stood
+        table.update(id, std::vector<Assignment>{
+                             {kObsAt, std::string(1500, letter)}
+        });
+        EXPECT_NE(table.rowVersion(id), version) << letter;
+    }
+}
+
+TEST_P(DatabaseFile, AnIndexMayRequireItsColumns) {
+    Database file(path);
+    TableSpec spec{"notas", {{"n", ColumnType::longInteger}}, {{"n", {{"n"}}}}};
+    spec.indexes.front().required = true;
+    Table& table = file.createTable(spec);
+    const RowId id = table.insert(Row{std::int64_t{1}});
+    EXPECT_EQ(errorOf([&] { table.insert(Row(1)); }), Errc::nullValue);
+    EXPECT_EQ(errorOf([&] {
+                  table.update(id, std::vector<Assignment>{
+                                       {0, Value{}}
+                  });
+              }),
+              Errc::nullValue);
+    EXPECT_EQ(table.rowCount(), 1);
+}
+
 TEST_P(DatabaseFile, AKeyMayHaveAYesOrNoInIt) {
     Database file(path);
     Table& table = file.createTable({
