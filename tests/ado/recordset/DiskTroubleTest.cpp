@@ -437,7 +437,7 @@ TEST_P(LongList, HasEachRowOnceWheneverOthersWrite) {
             both.other.flush();
         });
         Recordset list;
-        list.Open(kLong, both.station);
+        list.Open(kLong, both.station, ado::CursorType::Keyset); // which isn't asked for anew
         both.disk.onRead = {};
         both.disk.onLock = {};
         EXPECT_EQ(column(list, "lancamento"), expected);
