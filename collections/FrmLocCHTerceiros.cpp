@@ -253,6 +253,7 @@ bool FrmLocCHTerceiros::baixar(const QString& lancamento, const ado::Shown& vist
     cheques.Requery();
     if (!Mirtal::localizar(cheques, "lancamento=" + lancamento))
         return true; // another has deleted it since it was listed
+    dbconectar::instance().historico.comecar();
     ado::Transaction baixa(dbconectar::instance().Automacao);
     if (cheques.isOther(visto))
         return false;

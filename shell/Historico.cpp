@@ -126,6 +126,12 @@ bool Historico::keeps(const jet::Table& table, bool isNew) {
     return semParar([this] { preparar(); });
 }
 
+void Historico::comecar() {
+    jet::Database& base = base_.database();
+    if (impedimento_.isEmpty() && !base.hasTable(kDesligado) && !base.readOnlyReason())
+        semParar([this] { preparar(); });
+}
+
 /// The table, and the recordset on it. Another station may have made it meanwhile, and a
 /// transaction that was undone may have taken it along.
 void Historico::preparar() {

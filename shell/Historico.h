@@ -59,6 +59,9 @@ public:
         Historico& historico_;
     };
 
+    /// Makes the table where the file has none yet. That is written at once, which a transaction
+    /// that may be written later would be with it: before such a one begins.
+    void comecar();
     /// Where it is told why no history is kept.
     void aoAvisar(std::function<void(const QString&)> avisar);
     /// Why none is kept by this program, since it has tried; "" if that isn't so.

@@ -81,6 +81,8 @@ protected:
         rs.Update();
         station.Close();
     }
+    /// The history has its table, which is written at once: what is changed later may wait.
+    static void beginHistory() { data().historico.comecar(); }
     static void deleteOutsideATransaction() {
         data().rsCheques.MoveFirst();
         data().rsCheques.Delete();

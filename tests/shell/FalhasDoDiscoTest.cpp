@@ -115,6 +115,7 @@ TEST_P(FailingShop, BeforeAMessageIsShownWhatWaitsIsWritten) {
 }
 
 TEST_P(FailingShop, WhatCantBeWrittenIsSaidOnceAndWrittenWhileTheMessageIsOnShow) {
+    beginHistory();
     const Gravacao gravacao(10ms);
     Strings boxes;
     setMessageFunction([&](const Message& message) {
@@ -135,6 +136,7 @@ TEST_P(FailingShop, WhatCantBeWrittenIsSaidOnceAndWrittenWhileTheMessageIsOnShow
 }
 
 TEST_P(FailingShop, OverAMessageOnShowNoOtherIsPut) {
+    beginHistory();
     const Gravacao gravacao(10ms);
     int deepest = 0;
     int depth = 0;
@@ -164,6 +166,7 @@ TEST_P(FailingShop, OverAMessageOnShowNoOtherIsPut) {
 // ---- the end of the program
 
 TEST_P(FailingShop, EachFailedEndOfTheProgramGetsItsSecondChance) {
+    beginHistory();
     auto& window = MDICheques::instance();
     window.show();
     auto& end = *window.findChild<QAction*>("mnusair");
