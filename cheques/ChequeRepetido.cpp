@@ -31,7 +31,7 @@ QString outroEm(const char* tabela, const ChequeRepetido::Procurado& cheque) {
             dbconectar::instance().Automacao);
     rs.addOptional("agencia");
     for (; !rs.EOF(); rs.MoveNext()) {
-        const QString lancamento = Valores::texto(rs["lancamento"]);
+        QString lancamento = Valores::texto(rs["lancamento"]);
         if (lancamento != cheque.lancamento &&
             Cmc7::semZeros(Valores::texto(rs["agencia"])) == Cmc7::semZeros(cheque.agencia))
             return lancamento;

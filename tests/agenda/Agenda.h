@@ -52,6 +52,7 @@ protected:
     static std::vector<std::string> coluna(const QWidget& form, const char* lista, int qual) {
         const auto& list = control<ListView>(form, lista);
         std::vector<std::string> todas;
+        todas.reserve(static_cast<std::size_t>(list.count()));
         for (int linha = 0; linha < list.count(); ++linha)
             todas.push_back(list.text(linha, qual).toStdString());
         return todas;

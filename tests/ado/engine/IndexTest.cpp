@@ -172,9 +172,12 @@ TEST_P(IndexTest, AKeyOfTwoColumnsOrdersOnlyAsItGoes) {
         for (const char* a : {"a", "a desc"}) {
             for (const char* b : {"b", "b desc"}) {
                 const auto walked = [&](const std::string& plus) {
-                    return column("select a*10+b as n from pares where " + std::string(condition) +
-                                      " order by " + plus + a + ", " + plus + b,
-                                  "n");
+                    std::string select = "select a*10+b as n from pares where ";
+                    for (const std::string& part :
+                         {std::string(condition), std::string(" order by "), plus, std::string(a),
+                          std::string(", "), plus, std::string(b)})
+                        select += part;
+                    return column(select, "n");
                 };
                 EXPECT_EQ(walked(""), walked("+")) << condition << ": " << a << ", " << b;
             }

@@ -137,7 +137,7 @@ TEST_P(ColumnTypes, ARowThatIsChangedGoesToItsPlaceInAList) {
         const auto set = [&](const char* row, const Value& value) {
             editor.MoveFirst();
             editor.Find("nome='"s + row + "'");
-            const Value before = editor[field].value();
+            Value before = editor[field].value();
             editor[field] = value;
             editor.Update();
             expectInOrder();

@@ -193,7 +193,7 @@ TEST_P(StationsTest, AllWhoHaveWrittenSinceAreNamed) {
                       std::ios::binary | std::ios::in | std::ios::out);
     for (int user = 2; user <= 4; ++user) { // as if each were on a machine of its own
         const std::string name = "CAIXA" + std::to_string(user);
-        lock.seekp((user - 1) * 64);
+        lock.seekp(std::streamoff{64} * (user - 1));
         lock.write(name.c_str(), static_cast<std::streamsize>(name.size() + 1));
     }
     lock.flush();

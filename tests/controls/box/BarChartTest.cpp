@@ -26,8 +26,9 @@ protected:
         activate(chart_);
         chart_.setFocus();
     }
-    std::vector<int> told() const {
+    [[nodiscard]] std::vector<int> told() const {
         std::vector<int> bars;
+        bars.reserve(static_cast<std::size_t>(said_.size()));
         for (const QList<QVariant>& each : said_)
             bars.push_back(each.front().toInt());
         return bars;
@@ -125,6 +126,7 @@ TEST_F(Bars, ShowWhichOneIsCurrentWhileTheyHaveTheFocus) {
 
 TEST_F(Bars, LeaveOutLabelsThatHaveNoRoom) {
     std::vector<BarChart::Bar> many;
+    many.reserve(30);
     for (int i = 0; i < 30; ++i)
         many.push_back({QString("%1/11").arg(i + 1, 2, 10, QChar('0')), "", 1.0 + i});
     chart_.setBars(many);

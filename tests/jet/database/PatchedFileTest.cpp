@@ -24,7 +24,7 @@ protected:
         file.save();
         Database database(file.path());
         Table& table = database.table("Cheques");
-        const std::string reason = table.readOnlyReason().value_or("");
+        std::string reason = table.readOnlyReason().value_or("");
         try {
             table.insert(Row(5));
             ADD_FAILURE() << "not refused";
