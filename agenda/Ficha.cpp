@@ -1,6 +1,7 @@
 #include "agenda/Ficha.h"
 
 #include "jet/Database.h"
+#include "shell/Historico.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
@@ -14,6 +15,8 @@ namespace Ficha {
 namespace {
 
 using Vencimentos::Soma;
+
+constexpr int kMeses = 12; ///< of the past that is told
 
 struct NomesDoPrazo {
     const char* inteiro;
@@ -77,6 +80,32 @@ void lerSemFundos(Cliente& ficha, const QString& codigo) {
     std::ranges::stable_sort(ficha.semFundos, std::ranges::greater{}, &SemFundos::data);
 }
 
+void lerPassado(Cliente& ficha, const QString& codigo, const QDate& hoje) {
+    if (!dbconectar::instance().historico.legivel())
+        return;
+    ficha.passado.emplace();
+    Cliente::Passado& passado = *ficha.passado;
+    ado::Recordset rs;
+    abrir(rs, QString("select * from %1 where quando>=%2 and cliente=%3")
+                  .arg(Historico::kTabela, Valores::literal(hoje.addMonths(-kMeses)), codigo));
+    for (const ado::Recordset& lido = rs; !rs.EOF(); rs.MoveNext()) {
+        if (!lido["desfeito_por"].isNull())
+            continue;
+        const std::string operacao = lido["operacao"].text();
+        const Amount valor = Valores::valor(lido["valor"]);
+        if (operacao == Historico::kExclusao &&
+            Valores::texto(lido["tabela"]).compare("semfundos", Qt::CaseInsensitive) == 0)
+            passado.devolvidosExcluidos.mais(valor);
+        if (operacao != Historico::kBaixa)
+            continue;
+        passado.baixados.mais(valor);
+        if (const QDate vencimento = Valores::dia(lido["bompara"]); vencimento.isValid()) {
+            ++passado.vencidos;
+            passado.atraso += vencimento.daysTo(Valores::dia(lido["quando"]));
+        }
+    }
+}
+
 } // namespace
 
 Prazo prazo(const QDate& vencimento, const QDate& hoje) {
@@ -106,6 +135,7 @@ Cliente ler(std::int64_t codigo, const QDate& hoje) {
         lerCadastro(ficha, numero);
         lerEmMaos(ficha, numero, hoje);
         lerSemFundos(ficha, numero);
+        lerPassado(ficha, numero, hoje);
         return ficha;
     });
 }
@@ -120,6 +150,23 @@ QString livre(const Cliente& cliente) {
         Valores::soma(cliente.limite, {-emMaos.tenThousandths}, "O que o cliente tem livre");
     return livre < Amount{} ? "nada: passou R$ " + formatMoney({-livre.tenThousandths})
                             : "R$ " + formatMoney(livre);
+}
+
+QString baixados(const Cliente& cliente) {
+    if (!cliente.passado)
+        return "ainda não há histórico";
+    const Cliente::Passado& passado = *cliente.passado;
+    const QString atraso = Vencimentos::atrasoMedio(passado.atraso, passado.vencidos);
+    return Vencimentos::texto(passado.baixados) +
+           (atraso.isEmpty() ? "" : ", atraso médio " + atraso);
+}
+
+QString devolvidos(const Cliente& cliente) {
+    QString todos = Vencimentos::texto(cliente.devolvidos);
+    if (cliente.passado && cliente.passado->devolvidosExcluidos.cheques > 0)
+        todos +=
+            "; excluídos em 12 meses: " + Vencimentos::texto(cliente.passado->devolvidosExcluidos);
+    return todos;
 }
 
 } // namespace Ficha

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <vector>
 
 /// All that the shop knows of a client's cheques on a day.
@@ -43,6 +44,15 @@ struct Cliente {
     std::map<QDate, Vencimentos::Soma> aVencer; ///< by due date, from today on
     std::vector<SemFundos> semFundos;           ///< the latest first
     Vencimentos::Soma devolvidos;               ///< these
+    /// What the history tells of the last twelve months, but for what was undone; nothing where the
+    /// file has none.
+    struct Passado {
+        Vencimentos::Soma baixados;
+        qint64 vencidos = 0; ///< those of them that had a due date
+        qint64 atraso = 0;   ///< days from that to the settlement, of all of these
+        Vencimentos::Soma devolvidosExcluidos;
+    };
+    std::optional<Passado> passado;
 };
 
 /// All of one state of the file; costs what the client's cheques cost. Of a client who isn't in the
@@ -52,5 +62,9 @@ struct Cliente {
 
 /// What may still be taken of him: "R$ 10,00", "nada: passou R$ 5,00 do limite", "sem limite".
 [[nodiscard]] QString livre(const Cliente& cliente);
+/// "2 cheques, R$ 30,00, atraso médio 3,2 dias".
+[[nodiscard]] QString baixados(const Cliente& cliente);
+/// "1 cheque, R$ 10,00; excluídos em 12 meses: 2 cheques, R$ 30,00".
+[[nodiscard]] QString devolvidos(const Cliente& cliente);
 
 } // namespace Ficha

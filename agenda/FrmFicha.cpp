@@ -1,5 +1,6 @@
 #include "agenda/FrmFicha.h"
 
+#include "agenda/JanelaDeImpressao.h"
 #include "controls/box/ShowOnly.h"
 #include "controls/look/BusyCursor.h"
 #include "controls/window/WindowList.h"
@@ -30,7 +31,7 @@ ListItem linha(const QString& primeira, const QStringList& outras) {
 
 FrmFicha::FrmFicha() {
     setupUi(this);
-    showOnly({txtemmaos, txtlimite, txtlivre});
+    showOnly({txtemmaos, txtlimite, txtlivre, txtbaixados, txtdevolvidos});
     // clang-format off
     lstprazos->setColumns({
         {"Prazo",   2000, Qt::AlignLeft},
@@ -60,6 +61,7 @@ FrmFicha::FrmFicha() {
     closesWith(cmdsair);
     lostFocus(txtcliente, &FrmFicha::txtcliente_LostFocus);
     on(txtcliente, &DropDownList::clicked, &FrmFicha::txtcliente_Click);
+    on(cmdimprimir, &QPushButton::clicked, &FrmFicha::cmdimprimir_Click);
     on(cmdatualizar, &QPushButton::clicked, &FrmFicha::cmdatualizar_Click);
     on(new QShortcut(Qt::Key_F5, this), &QShortcut::activated, &FrmFicha::cmdatualizar_Click);
     on(cmdsair, &QPushButton::clicked, &FrmFicha::cmdsair_Click);
@@ -86,13 +88,18 @@ void FrmFicha::Form_Load() {
     Estrutura::exigir(dados.rsCliente, {"codigo", "nome"});
     Estrutura::exigir(dados.rsCheques, {"cliente", "valor"});
     Mirtal::preencherLista(*txtcliente, dados.rsCliente, "nome", "codigo");
-    mostrarFiguras(std::nullopt);
+    mostrarFiguras();
 }
 
 void FrmFicha::txtcliente_Click() { mostrarFicha(); }
 void FrmFicha::txtcliente_LostFocus() {
     if (txtcliente->chosenData() != pedido_)
         mostrarFicha();
+}
+void FrmFicha::cmdimprimir_Click() {
+    if (!mostrado_)
+        return advertir(txtcliente, "Escolha o cliente cuja ficha deve ser impressa.");
+    JanelaDeImpressao::instance().mostrar(Impressos::ficha(*mostrado_));
 }
 void FrmFicha::cmdatualizar_Click() { mostrarFicha(); }
 void FrmFicha::cmdsair_Click() { unload(); }
@@ -102,20 +109,25 @@ void FrmFicha::mostrarFicha() {
     for (ListView* lista : {lstprazos, lstavencer, lstsemfundos})
         lista->clear();
     grfprazos->setBars({});
+    mostrado_.reset();
     pedido_ = txtcliente->chosenData();
-    if (!pedido_)
-        return mostrarFiguras(std::nullopt);
-    const Ficha::Cliente cliente = Ficha::ler(*pedido_, QDate::currentDate());
-    mostrarFiguras(cliente);
-    mostrarPrazos(cliente);
-    mostrarListas(cliente);
+    if (pedido_)
+        mostrado_ = Ficha::ler(*pedido_, QDate::currentDate());
+    mostrarFiguras();
+    if (!mostrado_)
+        return;
+    mostrarPrazos(*mostrado_);
+    mostrarListas(*mostrado_);
 }
 
-void FrmFicha::mostrarFiguras(const std::optional<Ficha::Cliente>& cliente) {
+void FrmFicha::mostrarFiguras() {
+    const auto& cliente = mostrado_;
     titulo->setRecord(cliente ? cliente->nome : "Nenhum cliente");
     txtemmaos->setText(cliente ? Vencimentos::texto(cliente->emMaos) : "");
     txtlimite->setText(!cliente ? "" : "R$ " + formatMoney(cliente->limite));
     txtlivre->setText(cliente ? Ficha::livre(*cliente) : "");
+    txtbaixados->setText(cliente ? Ficha::baixados(*cliente) : "");
+    txtdevolvidos->setText(cliente ? Ficha::devolvidos(*cliente) : "");
 }
 
 void FrmFicha::mostrarPrazos(const Ficha::Cliente& cliente) {

@@ -22,14 +22,16 @@ private:
 
     void txtcliente_Click();
     void txtcliente_LostFocus();
+    void cmdimprimir_Click();
     void cmdatualizar_Click();
     void cmdsair_Click();
 
     /// Asks the file for the sheet of the chosen client; without one the window is empty.
     void mostrarFicha();
-    void mostrarFiguras(const std::optional<Ficha::Cliente>& cliente);
+    void mostrarFiguras();
     void mostrarPrazos(const Ficha::Cliente& cliente);
     void mostrarListas(const Ficha::Cliente& cliente);
 
+    std::optional<Ficha::Cliente> mostrado_;
     std::optional<std::int64_t> pedido_; ///< whose sheet was asked for last
 };

@@ -1,6 +1,7 @@
 #include "agenda/FrmHistorico.h"
 
 #include "agenda/Desfazer.h"
+#include "agenda/Vencimentos.h"
 #include "controls/look/BusyCursor.h"
 #include "controls/window/MessageBox.h"
 #include "controls/window/Repainting.h"
@@ -216,15 +217,10 @@ void FrmHistorico::acrescentarSoma(const ado::Recordset& rs) {
 
 void FrmHistorico::mostrarSomas() {
     for (const auto& [de, soma] : somas_) {
-        const QString atraso =
-            soma.vencidos == 0
-                ? ""
-                : QString::number(static_cast<double>(soma.atraso) / soma.vencidos, 'f', 1)
-                          .replace('.', ',') +
-                      " dias";
         ListItem item;
         item.text = de;
-        item.subItems = {QString::number(soma.cheques), formatMoney(soma.valor), atraso};
+        item.subItems = {QString::number(soma.cheques), formatMoney(soma.valor),
+                         Vencimentos::atrasoMedio(soma.atraso, soma.vencidos)};
         lsthistorico->addItem(std::move(item));
     }
 }

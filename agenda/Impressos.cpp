@@ -38,7 +38,18 @@ const ReportColumn kBordero[] = {
     {"Vencimento", "bompara",    18, Qt::AlignHCenter, ""},
     {"Valor",      "valor",      24, Qt::AlignRight,   "Standard"},
 };
+const ReportColumn kFicha[] = {
+    {"Assunto",    "assunto",    45, Qt::AlignLeft,    ""},
+    {"Quando",     "quando",     35, Qt::AlignLeft,    ""},
+    {"Cheque",     "numero",     30, Qt::AlignLeft,    ""},
+    {"Cheques",    "cheques",    20, Qt::AlignRight,   ""},
+    {"Valor",      "valor",      30, Qt::AlignRight,   "Standard"},
+};
 // clang-format on
+
+// So many days and bounced cheques go on a page with all the rest.
+constexpr qint64 kDiasNaFicha = 20;
+constexpr qint64 kDevolvidosNaFicha = 12;
 
 /// The header, these columns, and below them how many they are and what they come to.
 ReportLayout leiaute(std::span<const ReportColumn> colunas, qreal alturaDoRodape) {
@@ -116,6 +127,50 @@ Impresso vencimentos(const std::vector<Cheque>& cheques, const QString& escolha,
                                 cheque.emissao, cheque.vencimento,
                                 Vencimentos::outroDiaUtil(cheque.vencimento),
                                 Vencimentos::distancia(cheque.vencimento, hoje), cheque.valor});
+    return feito;
+}
+
+Impresso ficha(const Ficha::Cliente& cliente) {
+    using Vencimentos::Soma;
+    Impresso feito = impresso(kFicha, 15);
+    feito.titulo = "Ficha do cliente";
+    feito.campos = {
+        {"Escolha", cliente.nome + "     Limite: R$ " + formatMoney(cliente.limite) +
+                        "     Livre: " + Ficha::livre(cliente)},
+        {"Data",    QDate::currentDate()                                         },
+        {"Quantos", cliente.emMaos.cheques                                       },
+        {"Total",   cliente.emMaos.valor                                         },
+    };
+    const auto linha = [&](const char* assunto, const QString& quando, const Soma& soma,
+                           const QString& numero = {}) {
+        feito.linhas.push_back({QString(assunto), quando, numero, soma.cheques, soma.valor});
+    };
+    for (int i = 0; i < Ficha::kPrazos; ++i)
+        if (cliente.porPrazo[i].cheques > 0)
+            linha("Em mãos", Ficha::nome(static_cast<Ficha::Prazo>(i)), cliente.porPrazo[i]);
+    Soma depois;
+    for (qint64 dias = 0; const auto& [vencimento, soma] : cliente.aVencer)
+        if (++dias <= kDiasNaFicha)
+            linha("A vencer", formatDate(vencimento), soma);
+        else
+            depois.mais(soma);
+    if (depois.cheques > 0)
+        linha("A vencer", "depois", depois);
+    Soma antigos;
+    for (qint64 quantos = 0; const Ficha::SemFundos& cheque : cliente.semFundos)
+        if (++quantos <= kDevolvidosNaFicha)
+            linha("Devolvido sem fundos", formatDate(cheque.data), {1, cheque.valor},
+                  cheque.numero);
+        else
+            antigos.mais(cheque.valor);
+    if (antigos.cheques > 0)
+        linha("Devolvidos sem fundos", "antes", antigos);
+    if (cliente.passado && cliente.passado->baixados.cheques > 0) {
+        const auto& [baixados, vencidos, atraso, excluidos] = *cliente.passado;
+        linha("Baixados em 12 meses",
+              vencidos == 0 ? "" : "atraso " + Vencimentos::atrasoMedio(atraso, vencidos),
+              baixados);
+    }
     return feito;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agenda/Ficha.h"
 #include "agenda/Vencimentos.h"
 #include "print/ReportLayout.h"
 #include "print/ReportValue.h"
@@ -24,6 +25,10 @@ struct Impresso {
 /// The agenda's list, in its order. `escolha` says in words which cheques these are.
 [[nodiscard]] Impresso vencimentos(const std::vector<Vencimentos::Cheque>& cheques,
                                    const QString& escolha, const Vencimentos::SomaDoDia& total);
+
+/// A client's sheet, on one page: of what falls due the first days, of what bounced the latest are
+/// told one by one, the others together.
+[[nodiscard]] Impresso ficha(const Ficha::Cliente& cliente);
 
 /// A deposit slip: what is taken to the bank with the cheques, and what the shop keeps of it.
 struct Deposito {

@@ -178,6 +178,13 @@ QString texto(const Soma& soma) {
     return contados(soma.cheques, "cheque", "cheques") + ", R$ " + formatMoney(soma.valor);
 }
 
+QString atrasoMedio(qint64 dias, qint64 cheques) {
+    if (cheques == 0)
+        return "";
+    const double media = static_cast<double>(dias) / static_cast<double>(cheques);
+    return QString::number(media, 'f', 1).replace('.', ',') + " dias";
+}
+
 QString distancia(const QDate& vencimento, const QDate& hoje) {
     const qint64 dias = hoje.daysTo(vencimento);
     if (dias == 0)

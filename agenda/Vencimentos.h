@@ -88,6 +88,9 @@ struct SomaDoDia {
 /// "1 cheque, R$ 10,00", "2 cheques, R$ 20,00".
 [[nodiscard]] QString texto(const Soma& soma);
 
+/// So many days late on average, "3,2 dias"; "" of no cheques.
+[[nodiscard]] QString atrasoMedio(qint64 dias, qint64 cheques);
+
 /// How far off the due date is: "hoje", "amanhã", "em 3 dias", "há 1 dia".
 [[nodiscard]] QString distancia(const QDate& vencimento, const QDate& hoje);
 /// The banking day of a due date that isn't one, "seg 23/11"; "" where the two are the same.

@@ -1,5 +1,7 @@
+#include "agenda/Desfazer.h"
 #include "agenda/FrmAgenda.h"
 #include "agenda/FrmFicha.h"
+#include "agenda/JanelaDeImpressao.h"
 #include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
 #include "collections/FrmLancasSFundos.h"
@@ -7,6 +9,7 @@
 #include "controls/box/DropDownList.h"
 #include "controls/box/ListView.h"
 #include "registers/frmCliFor.h"
+#include "shell/Historico.h"
 #include "shell/Valores.h"
 #include "support/ChequeShop.h"
 #include "support/FormChecks.h"
@@ -43,6 +46,15 @@ protected:
         };
     }
     // clang-format on
+    /// Deletes rows as a window does under that name. @return the number of what it did.
+    static std::int32_t erase(const char* operation, const char* table, const char* where) {
+        const Historico::Operacao named(data().historico, operation);
+        ado::Recordset rs;
+        rs.Open(QString("select * from %1 where %2").arg(table, where), data().Automacao);
+        for (; !rs.EOF(); rs.MoveNext())
+            rs.Delete();
+        return named.grupo();
+    }
     static FrmFicha& sheetOf(const char* name) {
         auto& form = open<FrmFicha>();
         type(form, "txtcliente", name);
@@ -52,6 +64,7 @@ protected:
     static std::vector<std::string> listed(const QWidget& form, const char* name) {
         const auto& list = control<ListView>(form, name);
         std::vector<std::string> lines;
+        lines.reserve(static_cast<std::size_t>(list.count()));
         for (int row = 0; row < list.count(); ++row)
             lines.push_back(
                 (list.item(row).text + "|" + list.item(row).subItems.join('|')).toStdString());
@@ -62,6 +75,7 @@ protected:
                 text(form, "txtlivre"))
             .toStdString();
     }
+    static std::string today() { return Valores::literal(QDate::currentDate()).toStdString(); }
     static std::string inDays(int days) {
         return formatDate(QDate::currentDate().addDays(days)).toStdString();
     }
@@ -174,6 +188,71 @@ TEST_P(Sheet, IsOfTheClientInTheWindowInFront) {
     EXPECT_EQ(of(client), text(client, "txtNome"));
     click(client, "cmdNovo");
     EXPECT_EQ(of(client), ""); // not stored yet
+}
+
+TEST_P(Sheet, TellsWhatWasSettledInAYearAndHowLate) {
+    given("cheques", {due(kAna, -5, 10), due(kAna, -2, 20), due(kAna, 1, 40), due(kBento, -9, 80)});
+    auto& form = sheetOf("ana");
+    EXPECT_EQ(text(form, "txtbaixados"), "ainda não há histórico");
+    erase(Historico::kBaixa, "cheques", ("bompara<" + today()).c_str());
+    press(Qt::Key_F5);
+    EXPECT_EQ(text(form, "txtbaixados"), "2 cheques, R$ 30,00, atraso médio 3,5 dias");
+    EXPECT_EQ(text(form, "txtemmaos"), "1 cheque, R$ 40,00");
+}
+
+TEST_P(Sheet, LeavesOutWhatWasUndone) {
+    given("cheques", {due(kAna, -5, 10)});
+    auto& form = sheetOf("ana");
+    ASSERT_EQ(Desfazer::desfazer(erase(Historico::kBaixa, "cheques", "cliente=2")), "");
+    press(Qt::Key_F5);
+    EXPECT_EQ(text(form, "txtbaixados"), "0 cheques, R$ 0,00");
+    EXPECT_EQ(text(form, "txtemmaos"), "1 cheque, R$ 10,00");
+}
+
+TEST_P(Sheet, TellsBouncedOnesOpenAndOld) {
+    given("semfundos", {bounced("11", 3, 10), bounced("12", 9, 20)});
+    auto& form = sheetOf("ana");
+    EXPECT_EQ(text(form, "txtdevolvidos"), "2 cheques, R$ 30,00");
+    erase(Historico::kExclusao, "semfundos", "numero='11'");
+    press(Qt::Key_F5);
+    EXPECT_EQ(text(form, "txtdevolvidos"),
+              "1 cheque, R$ 20,00; excluídos em 12 meses: 1 cheque, R$ 10,00");
+}
+
+TEST_P(Sheet, IsPrintedOnOnePage) {
+    auto& form = sheetOf("ana");
+    expectMessage("Impressão", "Não há registros a imprimir.", MessageIcon::exclamation);
+    click(form, "cmdimprimir");
+    for (int i = 0; i < 60; ++i)
+        given("cheques", {due(kAna, i, 1)});
+    for (int i = 1; i <= 30; ++i)
+        given("semfundos", {bounced(std::to_string(i).c_str(), i, 2)});
+    erase(Historico::kBaixa, "cheques", ("bompara=" + today()).c_str());
+    press(Qt::Key_F5);
+    click(form, "cmdimprimir");
+    auto& window = JanelaDeImpressao::instance();
+    ASSERT_TRUE(window.isVisible());
+    auto& report = *window.findChild<Relatorio*>("Relatorio");
+    EXPECT_EQ(report.pageCount(), 1);
+    QStringList texts;
+    for (const Relatorio::Text& each : report.textsOf(1))
+        texts += each.text;
+    const std::string page = texts.join('|').toStdString();
+    for (const std::string part :
+         {"Ana Costa     Limite: R$ 100,00     Livre: R$ 41,00", "Em mãos|Até 30 dias||30|30,00",
+          "A vencer|depois||39|39,00", "Devolvido sem fundos|30/05/2026|30|1|2,00",
+          "Devolvidos sem fundos|antes||18|36,00", "Baixados em 12 meses|atraso 0,0 dias||1|1,00",
+          "59,00"})
+        EXPECT_THAT(page, testing::HasSubstr(part));
+    window.close();
+}
+
+TEST_P(Sheet, OfNobodyIsNotPrinted) {
+    auto& form = open<FrmFicha>();
+    expectMessage("Advertência", "Escolha o cliente cuja ficha deve ser impressa.",
+                  MessageIcon::exclamation);
+    click(form, "cmdimprimir");
+    EXPECT_EQ(focus(), "txtcliente");
 }
 
 TEST_P(Sheet, OfMoreThanCanBeSummedSaysSo) {
