@@ -84,7 +84,7 @@ void lerPassado(Cliente& ficha, const QString& codigo, const QDate& hoje) {
     if (!dbconectar::instance().historico.legivel())
         return;
     ficha.passado.emplace();
-    Cliente::Passado& passado = *ficha.passado;
+    Passado& passado = *ficha.passado;
     ado::Recordset rs;
     abrir(rs, QString("select * from %1 where quando>=%2 and cliente=%3")
                   .arg(Historico::kTabela, Valores::literal(hoje.addMonths(-kMeses)), codigo));
@@ -155,7 +155,7 @@ QString livre(const Cliente& cliente) {
 QString baixados(const Cliente& cliente) {
     if (!cliente.passado)
         return "ainda não há histórico";
-    const Cliente::Passado& passado = *cliente.passado;
+    const Passado& passado = *cliente.passado;
     const QString atraso = Vencimentos::atrasoMedio(passado.atraso, passado.vencidos);
     return Vencimentos::texto(passado.baixados) +
            (atraso.isEmpty() ? "" : ", atraso médio " + atraso);

@@ -36,6 +36,14 @@ struct SemFundos {
     Amount valor;
 };
 
+/// What the history tells of the last twelve months, but for what was undone.
+struct Passado {
+    Vencimentos::Soma baixados;
+    qint64 vencidos = 0; ///< those of them that had a due date
+    qint64 atraso = 0;   ///< days from that to the settlement, of all of these
+    Vencimentos::Soma devolvidosExcluidos;
+};
+
 struct Cliente {
     QString nome;
     Amount limite; ///< 0: he has none
@@ -44,15 +52,7 @@ struct Cliente {
     std::map<QDate, Vencimentos::Soma> aVencer; ///< by due date, from today on
     std::vector<SemFundos> semFundos;           ///< the latest first
     Vencimentos::Soma devolvidos;               ///< these
-    /// What the history tells of the last twelve months, but for what was undone; nothing where the
-    /// file has none.
-    struct Passado {
-        Vencimentos::Soma baixados;
-        qint64 vencidos = 0; ///< those of them that had a due date
-        qint64 atraso = 0;   ///< days from that to the settlement, of all of these
-        Vencimentos::Soma devolvidosExcluidos;
-    };
-    std::optional<Passado> passado;
+    std::optional<Passado> passado;             ///< nothing where the file has no history
 };
 
 /// All of one state of the file; costs what the client's cheques cost. Of a client who isn't in the

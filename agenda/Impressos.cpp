@@ -145,9 +145,11 @@ Impresso ficha(const Ficha::Cliente& cliente) {
                            const QString& numero = {}) {
         feito.linhas.push_back({QString(assunto), quando, numero, soma.cheques, soma.valor});
     };
-    for (int i = 0; i < Ficha::kPrazos; ++i)
-        if (cliente.porPrazo[i].cheques > 0)
-            linha("Em mãos", Ficha::nome(static_cast<Ficha::Prazo>(i)), cliente.porPrazo[i]);
+    for (int i = 0; i < Ficha::kPrazos; ++i) {
+        const auto prazo = static_cast<Ficha::Prazo>(i);
+        if (cliente.porPrazo[prazo].cheques > 0)
+            linha("Em mãos", Ficha::nome(prazo), cliente.porPrazo[prazo]);
+    }
     Soma depois;
     for (qint64 dias = 0; const auto& [vencimento, soma] : cliente.aVencer)
         if (++dias <= kDiasNaFicha)
