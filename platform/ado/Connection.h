@@ -12,6 +12,7 @@ namespace ado {
 class Recorder;
 class Recordset;
 class Session;
+class Follower;
 
 /// The way to one database file: opens it, holds its transaction, and is what recordsets open on.
 ///
@@ -74,6 +75,7 @@ public:
 
 private:
     friend class Recordset;
+    friend class Follower;
     [[nodiscard]] Session& session() const;
 
     std::string string_;

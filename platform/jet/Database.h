@@ -132,6 +132,9 @@ public:
     /// A moment, for writersSince(): how often it was found so far that other stations have
     /// written.
     [[nodiscard]] std::uint64_t changesByOthers() const noexcept;
+    /// Whether another station is about to write, or does: who only wants to read, and has time,
+    /// spares itself the wait. One call of the system.
+    [[nodiscard]] bool isTakenByOther() const;
     /// The names of the stations that have written since that moment, as far as it has been
     /// noticed: "CAIXA2", "CAIXA2 (Maria)".
     [[nodiscard]] std::vector<std::string> writersSince(std::uint64_t changes) const;

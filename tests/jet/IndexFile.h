@@ -45,8 +45,8 @@ public:
     jet::Pager& pager() { return pager_; }
     jet::PageAllocator& pages() { return pages_; }
     jet::IndexTree& tree() { return *tree_; }
-    jet::PageNo owner() const { return owner_; }
-    const jet::Format& format() const { return pager_.format(); }
+    [[nodiscard]] jet::PageNo owner() const { return owner_; }
+    [[nodiscard]] const jet::Format& format() const { return pager_.format(); }
     Model& model() { return model_; }
 
     /// False, and nothing done, if the entry is there already.

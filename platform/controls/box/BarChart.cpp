@@ -44,6 +44,7 @@ BarChart::BarChart(QWidget* parent) : QWidget(parent) {
 void BarChart::setBars(std::vector<Bar> bars) {
     bars_ = std::move(bars);
     pressed_ = -1;
+    updateGeometry(); // as wide as its bars
     setCurrentBar(std::clamp(current_, bars_.empty() ? -1 : 0, static_cast<int>(bars_.size()) - 1));
 }
 
@@ -52,6 +53,7 @@ void BarChart::setCurrentBar(int bar) {
     if (bar >= 0)
         tellText(*this, bars_[static_cast<std::size_t>(bar)].words);
     update();
+    emit currentBarChanged(bar);
 }
 
 QRect BarChart::columnRect(int bar) const {

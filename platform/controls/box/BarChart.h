@@ -36,6 +36,8 @@ public:
 
 signals:
     void barClicked(int bar);
+    /// Another bar is the current one, or it stands for something else; -1 for none.
+    void currentBarChanged(int bar);
 
 protected:
     bool event(QEvent* event) override;

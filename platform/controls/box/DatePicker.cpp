@@ -110,7 +110,7 @@ DatePicker::DatePicker(QWidget* parent) : QLineEdit(parent) {
     open_ = addAction(Icons::named("calendar"), TrailingPosition);
     open_->setToolTip("Calendário (F4)");
     connect(open_, &QAction::triggered, this, &DatePicker::openCalendar);
-    connect(this, &QLineEdit::textEdited, this, &DatePicker::readText);
+    connect(this, &QLineEdit::textEdited, this, &DatePicker::readWholeText);
     show(value_);
 }
 
@@ -129,10 +129,13 @@ void DatePicker::take(QDate value) {
 void DatePicker::show(QDate value) { setText(formatDate(value)); }
 
 void DatePicker::readText() {
-    if (text().size() < kWholeDate)
-        return;
     if (const auto date = typed())
         take(*date);
+}
+
+void DatePicker::readWholeText() {
+    if (text().size() >= kWholeDate)
+        readText();
 }
 
 std::optional<QDate> DatePicker::typed() const {
@@ -201,11 +204,12 @@ void DatePicker::focusOutEvent(QFocusEvent* event) {
         show(value_);
 }
 
-// Comes before the windows hear of the leaving: they are to find the date that was typed.
+// Comes before the windows hear of the leaving: they are to find the date that was typed. The text
+// stays as it is: the same is told when another window comes in front.
 bool DatePicker::event(QEvent* event) {
     if (event->type() == QEvent::FocusAboutToChange && entered_ &&
         leavesControl(*static_cast<QFocusEvent*>(event)))
-        settle();
+        readText();
     return QLineEdit::event(event);
 }
 
@@ -229,8 +233,7 @@ DatePicker::Part DatePicker::partAtCaret() const {
 }
 
 void DatePicker::step(Part part, int by) {
-    if (const auto date = typed())
-        take(*date);
+    readText();
     const int caret = cursorPosition();
     const bool whole = hasSelectedText();
     switch (part) {
@@ -267,7 +270,7 @@ void DatePicker::typeDigit(const QString& digit) {
     const QString dressed = withBars(text());
     if (cursorPosition() == text().size() && dressed != text()) {
         setText(dressed);
-        readText();
+        readWholeText();
     }
 }
 

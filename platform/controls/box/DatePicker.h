@@ -67,6 +67,7 @@ private:
     void take(QDate value);
     void show(QDate value);
     void readText();
+    void readWholeText();
     /// The date that the text is.
     [[nodiscard]] std::optional<QDate> typed() const;
     /// Takes and shows the date that the text is. @return false if it is none.

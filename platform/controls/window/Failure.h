@@ -50,6 +50,21 @@ bool guarded(Work&& work) {
     }
 }
 
+/// The same for what nobody has asked for, such as figures that are kept up with: that it can't be
+/// done is told by whatever is on show then, and breaks in on nobody's work.
+/// @return whether it ran to its end.
+template <class Work>
+bool quietly(Work&& work) {
+    if (isFailing() || HandlersPaused::anyLives())
+        return false;
+    try {
+        work();
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
 /// Connects a signal to a private member function of a window, under the guard. The handler may
 /// take fewer arguments than the signal has.
 ///

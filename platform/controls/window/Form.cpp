@@ -53,7 +53,7 @@ bool Form::load() {
 
 void Form::showModal() {
     if (isVisible())
-        return showModeless();
+        return returnTo();
     if (!load())
         return;
     const QPointer<Form> self = this;
@@ -64,6 +64,17 @@ void Form::showModal() {
     modal_ = false;
     if (retired_)
         deleteLater();
+}
+
+void Form::returnTo() {
+    while (auto* inFront = qobject_cast<Form*>(QApplication::activeModalWidget())) {
+        if (inFront == this || !isModal())
+            break;
+        inFront->reject();
+        if (inFront->isVisible())
+            return; // what is typed there isn't given up
+    }
+    showModeless();
 }
 
 void Form::showModeless() {

@@ -47,7 +47,8 @@ public:
     [[nodiscard]] bool isLoaded() const noexcept { return loaded_; }
 
     /// Shows the window in front of the active one and returns when it is hidden or unloaded; the
-    /// rest of the program waits. A window already on show is only brought to the front.
+    /// rest of the program waits. To a window already on show is only returned: the ones that were
+    /// opened from it are closed as by Esc, unless one of them has something to ask first.
     void showModal();
     /// Shows the window, or brings it to the front, and returns at once.
     void showModeless();
@@ -137,6 +138,8 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    /// Closes what stands in front of this modal window, as far as that lets itself be closed.
+    void returnTo();
     void retire();
     [[nodiscard]] bool somethingTyped() const;
 

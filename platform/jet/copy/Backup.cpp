@@ -254,7 +254,8 @@ void Backup::noteDamage(const std::string& sentence) noexcept {
 /// Whether a program died writing in the database, or met a damaged page, and said so in it.
 bool Backup::isSuspect() const {
     File database(database_, File::Mode::read, disk_);
-    return Sharing(database, formatOf(readHeader(database).version), false, [] {}).isSuspect();
+    return Sharing(database, formatOf(readHeader(database).version), false, [](const auto&) {})
+        .isSuspect();
 }
 
 // ---- making one -------------------------------------------------------------------------------

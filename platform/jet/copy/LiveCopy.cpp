@@ -5,6 +5,7 @@
 #include "jet/share/Sharing.h"
 
 #include <algorithm>
+#include <limits>
 #include <set>
 #include <vector>
 
@@ -30,7 +31,7 @@ public:
     Copying(const std::filesystem::path& database, File& target)
         : database_(database, File::Mode::read, target.disk()),
           format_(formatOf(readHeader(database_).version)),
-          stations_(database_, format_, false, [] {}), target_(target),
+          stations_(database_, format_, false, [](const auto&) {}), target_(target),
           patience_(kRounds * database_.size()) {}
 
     /// Copies one part. True when the copy is complete.
@@ -119,28 +120,16 @@ bool Copying::learnFromJournal(const Moment& now) {
         return true;
     if (now.size < now_.size)
         return false;
-    try {
-        using Reader = Journal::Reader;
-        Reader journal(Journal::pathFor(database_.path()), format_, database_.disk(),
-                       Reader::Of::finished);
-        const auto& header = journal.header();
-        if (!header || header->pairs != now_.pairs)
-            return false;
-        CommitPairs after = header->pairs;
-        after.set(header->user, header->announced);
-        if (after != now.pairs)
-            return false;
-        std::vector<std::uint64_t> changed{0}; // the pairs are on the first page
-        if (!journal.readAll([&](const Journal::Entry& entry) {
-                changed.push_back(std::uint64_t{number(entry.page)} * format_.pageSize);
-            }))
-            return false;
-        std::erase_if(changed, [&](std::uint64_t at) { return at >= next_; });
-        again_.insert(changed.begin(), changed.end());
-        return true;
-    } catch (const Error&) {
-        return false; // there is none, or none that could tell
-    }
+    const auto changed =
+        Journal::changesBetween(now_.pairs, now.pairs, database_.path(), format_, database_.disk(),
+                                std::numeric_limits<std::uint32_t>::max());
+    if (!changed)
+        return false;
+    again_.insert(0); // the pairs are on the first page
+    for (const PageNo page : *changed)
+        if (const std::uint64_t at = std::uint64_t{number(page)} * format_.pageSize; at < next_)
+            again_.insert(at);
+    return true;
 }
 
 /// How much of the rest is read without a pause for those who want to write.

@@ -295,6 +295,9 @@ void Database::setSnapshotHold(std::chrono::milliseconds time) {
 std::uint64_t Database::changesByOthers() const noexcept {
     return parts_->sharing ? parts_->sharing->snapshot().changesByOthers() : 1;
 }
+bool Database::isTakenByOther() const {
+    return parts_->sharing && parts_->sharing->isTakenByOther();
+}
 std::vector<std::string> Database::writersSince(std::uint64_t changes) const {
     return parts_->sharing ? parts_->sharing->snapshot().writersSince(changes)
                            : std::vector<std::string>();

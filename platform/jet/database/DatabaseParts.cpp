@@ -7,12 +7,13 @@
 namespace jet {
 
 void Database::Parts::share(bool mayWrite, std::function<void()> onChange) {
-    sharing.emplace(pager.file(), pager.format(), mayWrite, [this, onChange = std::move(onChange)] {
-        work.overtaken();
-        pager.refresh();
-        onChange();
-        work.tellOvertaken();
-    });
+    sharing.emplace(pager.file(), pager.format(), mayWrite,
+                    [this, onChange = std::move(onChange)](const Snapshot::TellChanged& changed) {
+                        work.overtaken();
+                        pager.refresh(pager.log().isKept() ? changed() : std::nullopt);
+                        onChange();
+                        work.tellOvertaken();
+                    });
     pager.refresh();
     pager.share(*sharing);
     work.share(*sharing);

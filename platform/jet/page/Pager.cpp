@@ -67,14 +67,13 @@ void Pager::breathe() noexcept {
 
 PageRef Pager::read(PageNo page) {
     requireUsable();
-    if (inTransaction_)
-        if (const auto mine = changed_.find(page); mine != changed_.end())
-            return {page, mine->second};
+    if (const Changed* const mine = changed_.find(page))
+        return {page, mine->image};
     return readCommitted(page);
 }
 
 PageRef Pager::readCommitted(PageNo page) {
-    if (Cached* const known = cached(page)) {
+    if (Cached* const known = cache_.find(page)) {
         requireStored(*known);
         known->wanted = true;
         return {page, known->image};
@@ -89,6 +88,28 @@ PageRef Pager::readCommitted(PageNo page) {
         turns_->verifyPage();
     remember(page, image);
     return {page, std::move(image)};
+}
+
+void Pager::read(PageNo first, std::span<std::byte> into) {
+    requireUsable();
+    const std::size_t size = format_.pageSize;
+    const std::uint64_t end = number(first) + into.size() / size;
+    if (end > pageCount_)
+        corrupt(first, "uma referência aponta para fora do arquivo");
+    if (number(first) < committedPageCount_) {
+        const std::uint64_t stored = std::min<std::uint64_t>(end, committedPageCount_);
+        if (turns_)
+            turns_->beforeRead();
+        file_.read(std::uint64_t{number(first)} * size,
+                   into.first(static_cast<std::size_t>(stored - number(first)) * size));
+        if (turns_)
+            turns_->verifyPage();
+    }
+    for (std::size_t at = 0; !changed_.empty() && at < into.size(); at += size) {
+        const auto page = static_cast<PageNo>(number(first) + at / size);
+        if (const Changed* const mine = changed_.find(page))
+            std::ranges::copy(*mine->image, into.subspan(at).begin());
+    }
 }
 
 /// A page's worth of memory, whatever is in it.
@@ -122,81 +143,72 @@ void Pager::requireStored(Cached& known) {
     known.claim = claims_;
 }
 
-Pager::Cached* Pager::cached(PageNo page) noexcept {
-    const std::uint32_t place = number(page) < places_.size() ? places_[number(page)] : 0;
-    return place != 0 ? &cache_[place - 1] : nullptr;
-}
-
 void Pager::remember(PageNo page, std::shared_ptr<PageImage> image) {
-    if (Cached* const known = cached(page)) {
+    if (Cached* const known = cache_.find(page)) {
         known->image = std::move(image);
         known->claim = claims_;
         return;
     }
-    if (number(page) >= places_.size())
-        places_.resize(number(page) + std::size_t{1});
     if (cache_.size() * format_.pageSize < kCacheBytes) {
-        cache_.push_back({page, std::move(image), claims_, false});
-        places_[number(page)] = static_cast<std::uint32_t>(cache_.size());
+        cache_.add({page, std::move(image), claims_, false});
         return;
     }
-    const std::uint32_t place = leastWanted();
-    places_[number(cache_[place].page)] = 0;
-    places_[number(page)] = place + 1;
-    giveBack(std::move(cache_[place].image));
-    cache_[place] = {page, std::move(image), claims_, false};
+    Cached& last = leastWanted();
+    giveBack(std::move(last.image));
+    cache_.replace(last, {page, std::move(image), claims_, false});
 }
 
 /// Each is spared once for having been asked for, so that what a scan passes goes before what is
 /// used again and again.
-std::uint32_t Pager::leastWanted() noexcept {
+Pager::Cached& Pager::leastWanted() noexcept {
     for (;; ++hand_) {
         hand_ = hand_ < cache_.size() ? hand_ : 0;
         if (!std::exchange(cache_[hand_].wanted, false))
-            return hand_++;
+            return cache_[hand_++];
     }
 }
 
-void Pager::refresh() {
+void Pager::refresh(const std::optional<std::vector<PageNo>>& changed) {
     assert(changed_.empty());
+    if (!changed)
+        log_.lose();
+    else
+        for (const PageNo page : *changed)
+            log_.note(page);
     const std::uint64_t pages = file_.size() / format_.pageSize;
-    forgetCache();
+    cache_.clear();
     pageCount_ = committedPageCount_ = static_cast<std::uint32_t>(pages);
     ++generation_;
     ++refreshes_;
-}
-
-void Pager::forgetCache() noexcept {
-    cache_.clear();
-    places_.clear();
 }
 
 std::span<std::byte> Pager::change(PageNo page) {
     assert(inTransaction_);
     requireUsable();
     ++generation_;
-    std::shared_ptr<PageImage>& mine = changed_[page];
-    std::shared_ptr<PageImage> before = mine;
-    try {
-        const bool keepBefore = !undo_.empty() && !undo_.back().before.contains(page);
-        if (!mine) {
-            const PageRef committed = readCommitted(page);
-            origins_.insert_or_assign(page, checksum(committed.bytes()));
-            mine = copyOf(committed.bytes());
-        } else if (keepBefore || mine.use_count() > 2) {
-            // Somebody may still look at the image as it is: they go on seeing that one.
-            mine = copyOf(*mine);
-        }
-        if (keepBefore)
-            undo_.back().before.emplace(page, before);
-    } catch (...) {
-        if (!before)
-            changed_.erase(page);
-        else
-            mine = before;
-        throw;
+    log_.note(page);
+    Changed* mine = changed_.find(page);
+    if (mine == nullptr) {
+        const PageRef committed = readCommitted(page);
+        mine = &changed_.add({page, copyOf(committed.bytes()), checksum(committed.bytes()),
+                              keepBefore({page, nullptr, 0})});
+    } else if (!undo_.empty() && mine->keptFor < undo_.back().statement) {
+        auto copy = copyOf(*mine->image);
+        mine->keptFor = keepBefore({page, mine->image, mine->keptFor});
+        mine->image = std::move(copy);
+    } else if (mine->image.use_count() > 1) {
+        // Somebody may still look at the image as it is: they go on seeing that one.
+        mine->image = copyOf(*mine->image);
     }
-    return *mine;
+    return *mine->image;
+}
+
+/// For the innermost statement, whose number it returns; 0 if there is none.
+std::uint64_t Pager::keepBefore(Before before) {
+    if (undo_.empty())
+        return 0;
+    undo_.back().before.push_back(std::move(before));
+    return undo_.back().statement;
 }
 
 PageNo Pager::append() {
@@ -206,11 +218,11 @@ PageNo Pager::append() {
                                     std::to_string(format_.largestFile >> 30) +
                                     " GB). Apague registros antigos e compacte o arquivo.");
     const auto page = static_cast<PageNo>(pageCount_);
-    changed_.emplace(page, std::make_shared<PageImage>(format_.pageSize));
-    if (!undo_.empty())
-        undo_.back().before.emplace(page, nullptr);
+    changed_.add(
+        {page, std::make_shared<PageImage>(format_.pageSize), 0, keepBefore({page, nullptr, 0})});
     ++pageCount_;
     ++generation_;
+    log_.note(page);
     return page;
 }
 
@@ -236,14 +248,14 @@ void Pager::claim() {
 ChangedPages Pager::changedPages() {
     ChangedPages changed{committedPageCount_, pageCount_, {}, {}};
     changed.pages.reserve(changed_.size());
-    for (const auto& [page, image] : changed_)
-        changed.pages.push_back({page, *image});
+    for (const Changed& mine : changed_)
+        changed.pages.push_back({mine.page, *mine.image});
     std::ranges::sort(changed.pages, {}, &ChangedPages::Page::number);
     // From the file, whatever the cache says: what may have to be put back is what is there.
     changed.before = [this, old = PageImage()](PageNo page) mutable {
         old.resize(format_.pageSize);
         file_.read(std::uint64_t{number(page)} * format_.pageSize, old);
-        if (turns_ && checksum(old) != origins_.at(page))
+        if (turns_ && checksum(old) != changed_.find(page)->origin)
             turns_->refuseOvertaken();
         return std::span<const std::byte>(old);
     };
@@ -263,14 +275,13 @@ void Pager::commit() {
             file_.sync();
         }
         try {
-            for (auto& [page, image] : changed_)
-                remember(page, std::move(image));
+            for (Changed& mine : changed_)
+                remember(mine.page, std::move(mine.image));
         } catch (const std::bad_alloc&) {
             // Written it is: what the cache has no room for is read again.
-            forgetCache();
+            cache_.clear();
         }
         changed_.clear();
-        origins_.clear();
     }
     undo_.clear();
     committedPageCount_ = pageCount_;
@@ -280,8 +291,9 @@ void Pager::commit() {
 void Pager::rollback() noexcept {
     if (!inTransaction_)
         return;
+    for (const Changed& mine : changed_)
+        log_.note(mine.page);
     changed_.clear();
-    origins_.clear();
     undo_.clear();
     pageCount_ = committedPageCount_;
     inTransaction_ = false;
@@ -290,7 +302,7 @@ void Pager::rollback() noexcept {
 
 Pager::Statement::Statement(Pager& pager) : pager_(pager), depth_(pager.undo_.size()) {
     assert(pager.inTransaction_);
-    pager.undo_.push_back({pager.pageCount_, {}});
+    pager.undo_.push_back({++pager.statements_, pager.pageCount_, {}});
 }
 
 Pager::Statement::~Statement() {
@@ -298,11 +310,15 @@ Pager::Statement::~Statement() {
         return;
     assert(pager_.undo_.size() == depth_ + 1);
     Undo& undo = pager_.undo_.back();
-    for (auto& [page, image] : undo.before) {
-        if (image)
-            pager_.changed_[page] = std::move(image);
-        else
-            pager_.changed_.erase(page);
+    for (Before& before : undo.before) {
+        pager_.log_.note(before.page);
+        if (!before.image) {
+            pager_.changed_.remove(before.page);
+        } else {
+            Changed& mine = *pager_.changed_.find(before.page);
+            mine.image = std::move(before.image);
+            mine.keptFor = before.keptFor;
+        }
     }
     pager_.pageCount_ = undo.pageCount;
     pager_.undo_.pop_back();
@@ -312,14 +328,13 @@ Pager::Statement::~Statement() {
 void Pager::Statement::keep() {
     if (pager_.undo_.size() <= depth_)
         return;
-    auto& mine = pager_.undo_.back().before;
-    if (depth_ > 0) {
-        auto& outer = pager_.undo_[depth_ - 1].before;
-        outer.reserve(outer.size() + mine.size());
-        outer.merge(mine); // of a page in both, the outer one's image is the older
+    Undo* const outer = depth_ > 0 ? &pager_.undo_[depth_ - 1] : nullptr;
+    for (Before& before : pager_.undo_.back().before) {
+        if (outer != nullptr && before.keptFor < outer->statement)
+            outer->before.push_back(before); // a copy: memory may end, and then this is undone
+        else                                 // nobody wants it, or the outer one has an older one
+            pager_.giveBack(std::move(before.image));
     }
-    for (auto& [page, image] : mine)
-        pager_.giveBack(std::move(image));
     pager_.undo_.pop_back();
 }
 

@@ -1,13 +1,14 @@
 #pragma once
 
 #include "jet/disk/File.h"
+#include "jet/page/ByPage.h"
 #include "jet/page/ByteView.h"
 #include "jet/page/Format.h"
+#include "jet/page/PageLog.h"
 #include "jet/page/Turns.h"
 
 #include <memory>
 #include <optional>
-#include <unordered_map>
 
 namespace jet {
 
@@ -60,9 +61,9 @@ public:
     /// that what they remember of a page has to be read again.
     [[nodiscard]] std::uint64_t generation() const noexcept { return generation_; }
 
-    /// The file has been changed by another: all that is remembered of it goes. Not inside a
-    /// transaction that has changed something.
-    void refresh();
+    /// The file has been changed by another, in these pages at most if they are given: all that is
+    /// remembered of it goes. Not inside a transaction that has changed something.
+    void refresh(const std::optional<std::vector<PageNo>>& changed = std::nullopt);
 
     /// How often refresh() was called.
     [[nodiscard]] std::uint64_t refreshes() const noexcept { return refreshes_; }
@@ -105,6 +106,12 @@ public:
 
     /// @throws Error{corrupt} if the file has no such page, Error{io} if it can't be read.
     [[nodiscard]] PageRef read(PageNo page);
+
+    /// So many pages from `first` on as `into` has room for, all of the file; what the cache has
+    /// and lacks stays as it is. @throws as the other read().
+    void read(PageNo first, std::span<std::byte> into);
+    /// What has become another of all that read() gives.
+    [[nodiscard]] PageLog& log() noexcept { return log_; }
 
     /// The page's bytes, to be changed in place until the next call of any function of the pager.
     /// Requires an open transaction.
@@ -151,17 +158,32 @@ private:
         std::uint64_t claim; ///< during which it was last known to be the file's
         bool wanted;         ///< asked for again since it came, or since it was last spared
     };
+    struct Changed {
+        PageNo page;
+        std::shared_ptr<PageImage> image;
+        std::uint64_t origin;  ///< checksum of what it was made from; of an appended one nothing
+        std::uint64_t keptFor; ///< the last statement, by number, that can put back what was before
+    };
+    struct Before {
+        PageNo page;
+        std::shared_ptr<PageImage> image; ///< null: not changed before
+        std::uint64_t keptFor;
+    };
+    struct Undo {
+        std::uint64_t statement; ///< its number: they are counted from 1
+        std::uint32_t pageCount;
+        std::vector<Before> before; ///< each page changed since, as it was
+    };
     static constexpr int kBreathingAttempts = 3;
 
     [[nodiscard]] PageRef readCommitted(PageNo page);
-    [[nodiscard]] Cached* cached(PageNo page) noexcept;
     [[nodiscard]] std::shared_ptr<PageImage> image();
     [[nodiscard]] std::shared_ptr<PageImage> copyOf(std::span<const std::byte> page);
     void giveBack(std::shared_ptr<PageImage> image) noexcept;
     void remember(PageNo page, std::shared_ptr<PageImage> image);
-    [[nodiscard]] std::uint32_t leastWanted() noexcept;
+    [[nodiscard]] Cached& leastWanted() noexcept;
+    [[nodiscard]] std::uint64_t keepBefore(Before before);
     void requireStored(Cached& known);
-    void forgetCache() noexcept;
     void requireUsable() const;
     [[nodiscard]] bool opensSection() const noexcept {
         return turns_ && !turns_->inSection() && !turns_->isWriting();
@@ -177,23 +199,16 @@ private:
     bool mayBreathe_ = true; ///< in the onSnapshot() at work
     std::uint32_t pageCount_;
     std::uint32_t committedPageCount_;
+    PageLog log_;
     std::uint64_t generation_ = 1;
     std::uint64_t refreshes_ = 0;
     std::uint64_t claims_ = 0;
 
-    std::unordered_map<PageNo, std::shared_ptr<PageImage>> changed_;
-    /// Checksums of the pages that the changed ones were made from.
-    std::unordered_map<PageNo, std::uint64_t> origins_;
-    struct Undo {
-        std::uint32_t pageCount;
-        /// Each page changed since, as it was before (null: not changed before).
-        std::unordered_map<PageNo, std::shared_ptr<PageImage>> before;
-    };
+    ByPage<Changed> changed_;
     std::vector<Undo> undo_; ///< of the statements at work, the innermost last
+    std::uint64_t statements_ = 0;
 
-    std::vector<Cached> cache_;
-    /// By page: its place in the cache and one more, 0 if it isn't there.
-    std::vector<std::uint32_t> places_;
+    ByPage<Cached> cache_;
     std::uint32_t hand_ = 0; ///< the place where the next one to go is looked for
     /// Images that nobody looks at any more, for the next pages: a scan passes thousands, and a
     /// purge changes some pages with each row.

@@ -16,6 +16,7 @@ public:
     [[nodiscard]] const RowView* read(RowId id);
 
 private:
+    friend class PageRows;
     friend class RowCursor;
     /// The page, or null if it isn't one of this table's (any more).
     [[nodiscard]] const DataPage* ownPage(PageNo page);

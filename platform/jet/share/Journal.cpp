@@ -238,6 +238,28 @@ void Journal::remove() {
         remove(path_, disk_);
 }
 
+std::optional<std::vector<PageNo>> Journal::changesBetween(const CommitPairs& before,
+                                                           const CommitPairs& after,
+                                                           const std::filesystem::path& database,
+                                                           const Format& format, Disk& disk,
+                                                           std::uint32_t most) {
+    try {
+        Reader journal(pathFor(database), format, disk, Reader::Of::finished);
+        const auto& header = journal.header();
+        if (!header || header->pairs != before || header->changes > most)
+            return std::nullopt;
+        CommitPairs made = header->pairs;
+        made.set(header->user, header->announced);
+        std::vector<PageNo> changed;
+        if (made != after ||
+            !journal.readAll([&](const Entry& entry) { changed.push_back(entry.page); }))
+            return std::nullopt;
+        return changed;
+    } catch (const Error&) {
+        return std::nullopt; // there is none, or none that could tell
+    }
+}
+
 Journal::Reader::Reader(const std::filesystem::path& path, const Format& format, Disk& disk, Of of)
     : file_(side::open(path, false, disk)), format_(format), of_(of) {
     const Bytes bytes = prefix();

@@ -127,6 +127,14 @@ public:
         Kind kind_ = Kind::stranger;
     };
 
+    /// Which pages the last transaction has changed, if it is all that was written between two
+    /// states of a file: its empty journal tells. Nothing if that can't be told, or they are more
+    /// than `most`.
+    [[nodiscard]] static std::optional<std::vector<PageNo>>
+    changesBetween(const CommitPairs& before, const CommitPairs& after,
+                   const std::filesystem::path& database, const Format& format, Disk& disk,
+                   std::uint32_t most);
+
 private:
     void open();
     [[nodiscard]] bool openOrMake();

@@ -26,7 +26,7 @@ constexpr milliseconds kForeignRound{100};
 
 // ---- entering ---------------------------------------------------------------------------------
 
-Sharing::Sharing(File& database, const Format& format, bool mayWrite, std::function<void()> forget)
+Sharing::Sharing(File& database, const Format& format, bool mayWrite, Snapshot::Forget forget)
     : presence_(database, format), snapshot_(presence_, std::move(forget)),
       rescue_(presence_, mayWrite), reading_(presence_, snapshot_), writing_(presence_, snapshot_) {
     presence_.open();

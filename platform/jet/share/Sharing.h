@@ -26,7 +26,7 @@ public:
     /// error but a reason to read only. `forget` is called when all that is remembered of the file
     /// has to go; it may throw.
     /// @throws Error{locked, io, readOnly} if a transaction that was cut off can't be undone now.
-    Sharing(File& database, const Format& format, bool mayWrite, std::function<void()> forget);
+    Sharing(File& database, const Format& format, bool mayWrite, Snapshot::Forget forget);
 
     /// Why nobody may write, or nothing.
     [[nodiscard]] std::optional<Hindrance> hindrance(Presence::Look look) {

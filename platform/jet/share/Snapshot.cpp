@@ -1,5 +1,7 @@
 #include "jet/share/Snapshot.h"
 
+#include "jet/share/Journal.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -30,13 +32,22 @@ bool Snapshot::confirm(const CommitPairs& pairs,
 void Snapshot::replace(const CommitPairs& pairs) {
     const CommitPairs known = std::exchange(pairs_, pairs);
     try {
-        forget_();
+        forget_([&] { return changedSince(known); });
         overtaken_ = false;
     } catch (...) {
         pairs_ = known;
         throw;
     }
     noteWriters(known);
+}
+
+Snapshot::Changed Snapshot::changedSince(const CommitPairs& known) const {
+    constexpr std::uint32_t kMost = 256; // beyond it to read of them costs more than it spares
+    if (overtaken_)
+        return std::nullopt;
+    const File& file = presence_.database();
+    return Journal::changesBetween(known, pairs_, file.path(), presence_.format(), file.disk(),
+                                   kMost);
 }
 
 void Snapshot::count() noexcept {

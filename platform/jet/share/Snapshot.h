@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,9 +15,14 @@ namespace jet {
 /// nobody has written, and what is remembered of the file holds.
 class Snapshot {
 public:
+    /// Which pages of the file have become others, as far as that can be told.
+    using Changed = std::optional<std::vector<PageNo>>;
+    /// Reads the journal for it.
+    using TellChanged = std::function<Changed()>;
+    using Forget = std::function<void(const TellChanged&)>;
+
     /// `forget` is called when all that is remembered of the file has to go; it may throw.
-    Snapshot(Presence& presence, std::function<void()> forget)
-        : presence_(presence), forget_(std::move(forget)) {}
+    Snapshot(Presence& presence, Forget forget) : presence_(presence), forget_(std::move(forget)) {}
 
     /// Whether the file's pairs are still ours. One call of the system. @throws Error{io}.
     [[nodiscard]] bool isCurrent() const { return inFile() == pairs_; }
@@ -47,6 +53,7 @@ public:
     [[nodiscard]] std::vector<std::string> writersSince(std::uint64_t changes) const;
 
 private:
+    [[nodiscard]] Changed changedSince(const CommitPairs& known) const;
     void noteWriters(const CommitPairs& before);
 
     struct Writer {
@@ -55,7 +62,7 @@ private:
     };
 
     Presence& presence_;
-    std::function<void()> forget_;
+    Forget forget_;
     CommitPairs pairs_;
     bool overtaken_ = false; ///< see refuse()
     std::uint64_t changes_ = 1;

@@ -80,7 +80,8 @@ TEST(CompactSamples, ReadAsBeforeByTheIndependentReader) {
     const auto files = sampleFiles(folder);
     if (files.empty() || !hasMdbTools())
         GTEST_SKIP() << "no sample databases or no independent reader here";
-    for (const auto& file : files) {
+    for (std::size_t i = 0; i < files.size(); i += JET_ONE_IN) {
+        const auto& file = files[i];
         SCOPED_TRACE(file.filename().string());
         const auto small = folder / file.filename().c_str();
         (void)compact(file, small);
@@ -107,7 +108,8 @@ TEST(CompactSamples, CompactedAgainAreTheSameFile) {
     const auto files = sampleFiles(folder);
     if (files.empty())
         GTEST_SKIP() << "no sample databases here";
-    for (const auto& file : files) {
+    for (std::size_t i = 0; i < files.size(); i += JET_ONE_IN) {
+        const auto& file = files[i];
         SCOPED_TRACE(file.filename().string());
         (void)compact(file, folder / "um.mdb");
         (void)compact(folder / "um.mdb", folder / "dois.mdb");

@@ -72,6 +72,15 @@ TEST_P(Salvage, WithoutAMapThatKnowsAllPagesTheOthersAreFound) {
     expectAll();
 }
 
+TEST_P(Salvage, AMapOfFreePagesThatGivesAwayTheFirstOnesIsNotBelieved) {
+    wipe(file_.cheques.ownedMap);
+    for (const PageNo page : file_.pages)
+        file_.setBit(kFreePagesMap, page, true);
+    file_.setBit(kFreePagesMap, kObjectsPage, true);
+    salvageIt();
+    expectAll();
+}
+
 TEST_P(Salvage, WithoutTheMapOfFreePages) {
     wipe(PageNo{1});
     salvageIt();

@@ -164,6 +164,17 @@ TEST_P(DatabaseFile, NumbersGoOnAfterTheLargestEvenIfItWasErased) {
     EXPECT_THAT(column(table, kLancamentoAt), testing::ElementsAre(1, 40, 41));
 }
 
+TEST_P(DatabaseFile, NumbersGoOnAfterOneThatARowWasGivenLater) {
+    Database file(path);
+    Table& table = file.createTable(shopCheques());
+    const Assignment other[] = {
+        {kLancamentoAt, std::int64_t{40}}
+    };
+    table.update(table.insert(cheque(1, "1")), other);
+    table.insert(cheque(1, "2"));
+    EXPECT_THAT(column(table, kLancamentoAt), testing::ElementsAre(40, 41));
+}
+
 TEST_P(DatabaseFile, RefusedRowsLeaveEverythingAsItWas) {
     Database file(path);
     Table& table = file.createTable(shopCheques());
@@ -518,7 +529,7 @@ TEST_P(DatabaseFile, SpaceOfErasedRowsIsUsedAgain) {
     empty();
     fill();
     const std::uint32_t pages = DatabasePager::of(file).pageCount();
-    for (int round = 0; round < 4; ++round) {
+    for (int round = 0; round < (JET_ONE_IN == 1 ? 4 : 1); ++round) {
         empty();
         fill();
     }

@@ -134,6 +134,15 @@ TEST_P(PatchedFile, WhosePagesAreNotWhereItsMapsSayTakesNoMore) {
     EXPECT_EQ(table.rowCount(), rows);
 }
 
+TEST_P(PatchedFile, ThatCountsTooFewRowsNeverCountsLessThanNone) {
+    file.put<std::uint32_t>(file.cheques.page(), file.format().definition.rows.at, 0);
+    file.save();
+    Database database(file.path());
+    Table& table = database.table("Cheques");
+    table.erase(file.rows.back());
+    EXPECT_EQ(table.rowCount(), 0);
+}
+
 TEST_P(PatchedFile, NumbersItsRowsByChanceWhereTheColumnSaysSo) {
     PageNo page{};
     file.withDatabase([&](Database& database) {

@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+
 using namespace jet;
 
 namespace {
@@ -90,6 +92,42 @@ TEST_P(PagesOf, AStatementThatIsNotKeptIsUndoneAndWhatWasBeforeItStays) {
     EXPECT_EQ(markOf(pager, 1), 1);
     pager.commit();
     EXPECT_EQ(markOf(pager, 1), 1);
+}
+
+TEST_P(PagesOf, AStatementIsUndoneWhateverBecameOfThoseInsideIt) {
+    Pager pager = open(5);
+    const auto marks = [&pager] {
+        return std::array{markOf(pager, 1), markOf(pager, 2), markOf(pager, 3)};
+    };
+    pager.begin();
+    mark(pager, 1, 1);
+    {
+        const Pager::Statement outer(pager);
+        {
+            const Pager::Statement undone(pager);
+            mark(pager, 1, 2);
+            mark(pager, 2, 2);
+        }
+        EXPECT_THAT(marks(), testing::ElementsAre(1, 0, 0));
+        mark(pager, 1, 3);
+        mark(pager, 2, 3);
+        for (std::uint8_t value = 4; value < 6; ++value) {
+            Pager::Statement kept(pager);
+            mark(pager, 1, 6);
+            {
+                Pager::Statement inner(pager);
+                mark(pager, 1, value);
+                mark(pager, 3, 6);
+                inner.keep();
+            }
+            mark(pager, 3, value);
+            kept.keep();
+        }
+        EXPECT_THAT(marks(), testing::ElementsAre(5, 3, 5));
+    }
+    EXPECT_THAT(marks(), testing::ElementsAre(1, 0, 0));
+    pager.commit();
+    EXPECT_THAT(marks(), testing::ElementsAre(1, 0, 0));
 }
 
 TEST_P(PagesOf, WhoLooksAtAPageGoesOnSeeingItAsItWas) {

@@ -5,6 +5,7 @@
 #include "jet/ShopWork.h"
 #include "jet/Waiting.h"
 #include "jet/page/Header.h"
+#include "jet/share/Journal.h"
 #include "jet/share/ReadingTurn.h"
 #include "jet/share/WritingTurn.h"
 
@@ -58,7 +59,7 @@ protected:
     const Format& format = formatOf(Version::jet4);
     File file;
     Presence presence{file, format};
-    Snapshot snapshot{presence, [this] {
+    Snapshot snapshot{presence, [this](const auto&) {
                           if (++forgotten == failForgetting)
                               throw Error(Errc::io, "the disk");
                       }};
@@ -267,6 +268,23 @@ TEST_F(ShareParts, TryAgainToForgetWhereThatFails) {
     EXPECT_EQ(forgotten, 2);
     EXPECT_TRUE(snapshot.isCurrent());
     EXPECT_THAT(snapshot.writersSince(0), testing::SizeIs(1));
+}
+
+TEST_F(ShareParts, TellWhichPagesTheLastTransactionChangedIfItIsAllThatWasWritten) {
+    const auto told = [&](const CommitPairs& before, const CommitPairs& after,
+                          std::uint32_t most = 1000) {
+        return Journal::changesBetween(before, after, kPath, format, disk, most).has_value();
+    };
+    Database station(kPath, on(disk));
+    const CommitPairs before = snapshot.inFile();
+    ShopWork(3).step(station, 4); // cheques come in
+    const CommitPairs after = snapshot.inFile();
+    EXPECT_TRUE(told(before, after));
+    EXPECT_FALSE(told(before, after, 1)) << "more than are asked for";
+    EXPECT_FALSE(told(after, after)) << "none";
+    CommitPairs more = after;
+    more.set(7, CommitPairs::after(more[7]));
+    EXPECT_FALSE(told(before, more)) << "a program without a journal wrote behind it";
 }
 
 TEST_F(ShareParts, RelyOnWhatWasHeardAsLongAsTheyAreTold) {
