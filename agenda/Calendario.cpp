@@ -48,6 +48,8 @@ QByteArray ics(const std::map<QDate, Vencimentos::SomaDoDia>& dias, const QStrin
     linha(texto, "VERSION:2.0");
     linha(texto, "PRODID:-//Valtrino//Agenda de vencimentos//PT");
     for (const auto& [dia, soma] : dias) {
+        if (!dia.isValid())
+            continue; // on no page of it
         const QString util = Vencimentos::outroDiaUtil(dia);
         linha(texto, "BEGIN:VEVENT");
         linha(texto, "UID:" + data(dia) + '-' + loja + "@valtrino");

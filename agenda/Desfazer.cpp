@@ -7,6 +7,8 @@
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
+#include <QScopeGuard>
+
 #include <chrono>
 #include <map>
 #include <memory>
@@ -28,7 +30,8 @@ public:
         const auto campos = base_.database().table(tabela).columns();
         const bool havia = !historico["antes"].isNull();
         const bool ficou = !historico["depois"].isNull();
-        const bool existe = achar(rs, historico["lancamento"].text());
+        const bool existe =
+            Mirtal::localizar(rs, "lancamento=" + Valores::texto(historico["lancamento"]));
         if (ficou && !existe)
             return "ele foi excluído ou baixado depois.";
         if (!ficou && existe)
@@ -43,9 +46,9 @@ public:
             rs.AddNew();
         for (const auto& [campo, valor] : RegistroEmTexto::ler(campos, historico["antes"].text()))
             rs[campos[campo].name] = valor;
-        if (!existe_("cliente_fornecedor", rs["cliente"]))
+        if (!cadastrado("cliente_fornecedor", rs["cliente"]))
             return "o cliente não está mais cadastrado.";
-        if (!existe_("bancos", rs["banco"]))
+        if (!cadastrado("bancos", rs["banco"]))
             return "o banco não está mais cadastrado.";
         rs.Update();
         return {};
@@ -61,26 +64,19 @@ private:
         return *rs;
     }
 
-    static bool achar(ado::Recordset& rs, const std::string& lancamento) {
-        if (rs.RecordCount() == 0)
-            return false;
-        rs.MoveFirst();
-        rs.Find("lancamento=" + lancamento);
-        return !rs.EOF();
-    }
-
     static std::string comoEsta(const ado::Recordset& rs, std::span<const jet::Column> campos) {
         jet::Row registro;
+        registro.reserve(campos.size());
         for (const jet::Column& campo : campos)
             registro.push_back(rs[campo.name].value());
         return RegistroEmTexto::escrever(campos, registro);
     }
 
     /// Of many cheques few have another client or bank than those before.
-    bool existe_(const char* tabela, const ado::FieldValue& codigo) {
+    bool cadastrado(const char* tabela, const ado::FieldValue& codigo) {
         if (codigo.isNull())
             return true;
-        const auto [achado, novo] = existem_.try_emplace({tabela, codigo.integer()}, false);
+        const auto [achado, novo] = cadastrados_.try_emplace({tabela, codigo.integer()}, false);
         if (novo) {
             ado::Recordset rs;
             rs.Open("select codigo from " + std::string(tabela) +
@@ -93,7 +89,7 @@ private:
 
     ado::Connection& base_ = dbconectar::instance().Automacao;
     std::map<std::string, std::unique_ptr<ado::Recordset>> conjuntos_;
-    std::map<std::pair<std::string, std::int64_t>, bool> existem_;
+    std::map<std::pair<std::string, std::int64_t>, bool> cadastrados_;
 };
 
 QString recusa(const ado::Recordset& historico, const QString& motivo) {
@@ -114,6 +110,7 @@ QString Desfazer::desfazer(std::int32_t grupo) {
                    base);
     Volta volta;
     Repainting repintura(100ms);
+    const auto contado = qScopeGuard([] { Mirtal::mensagem(""); });
     for (int contagem = 1; !historico.EOF(); historico.MoveNext(), ++contagem) {
         if (historico["operacao"].text() == Historico::kDesfazer)
             return "Isto já é o que desfez outra operação, e não pode ser desfeito.";
@@ -134,6 +131,5 @@ QString Desfazer::desfazer(std::int32_t grupo) {
         }
     }
     tudo.commit();
-    Mirtal::mensagem("");
     return {};
 }

@@ -140,6 +140,12 @@ Cliente ler(std::int64_t codigo, const QDate& hoje) {
     });
 }
 
+Cliente cadastro(std::int64_t codigo) {
+    Cliente ficha;
+    lerCadastro(ficha, QString::number(codigo));
+    return ficha;
+}
+
 QString livre(const Cliente& cliente) {
     if (cliente.limite <= Amount{})
         return "sem limite";

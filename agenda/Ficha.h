@@ -59,6 +59,8 @@ struct Cliente {
 /// file any more the cheques are told all the same.
 /// @throws jet::Error.
 [[nodiscard]] Cliente ler(std::int64_t codigo, const QDate& hoje);
+/// Only his name and his limit. @throws jet::Error.
+[[nodiscard]] Cliente cadastro(std::int64_t codigo);
 
 /// What may still be taken of him: "R$ 10,00", "nada: passou R$ 5,00 do limite", "sem limite".
 [[nodiscard]] QString livre(const Cliente& cliente);

@@ -35,8 +35,8 @@ using Vencimentos::Periodo;
 
 enum ColunaDoDia { kMarcadosDoDia = 4, kSomaMarcadaDoDia };
 
-constexpr const char* kPeriodos[] = {"Hoje",          "Amanhã",    "Semana (7 dias)",
-                                     "Mês (30 dias)", "Atrasados", "De - até"};
+constexpr const char* kPeriodos[] = {"Hoje",      "Amanhã",   "Semana (7 dias)", "Mês (30 dias)",
+                                     "Atrasados", "De - até", "Sem vencimento"};
 
 struct Destino {
     const char* nome;
@@ -107,6 +107,15 @@ FrmAgenda::FrmAgenda() {
 
 FrmAgenda& FrmAgenda::instance() { return WindowList::instance().one<FrmAgenda>(); }
 
+void FrmAgenda::mostrar(const Vencimentos::Dias& dias) {
+    FrmAgenda& agenda = instance();
+    agenda.pedidos_ = dias; // else it would be asked for its own period first
+    if (!agenda.load())
+        return;
+    agenda.escolher(dias);
+    agenda.showModal();
+}
+
 void FrmAgenda::Form_Load() {
     centre();
     dbconectar& dados = dbconectar::instance();
@@ -127,6 +136,8 @@ void FrmAgenda::Form_Load() {
     for (const ListaDaAgenda::Ordenacao& ordem : ListaDaAgenda::ordens())
         cmbordem->addItem(ordem.nome);
     escolha_LostFocus();
+    if (pedidos_)
+        escolher(*pedidos_);
     Mirtal::preencherLista(*txtcliente, dados.rsCliente, "nome", "codigo");
     Mirtal::preencherLista(*txtbanco, dados.rsBancos, "nome", "codigo");
     pronta_ = true;
@@ -134,6 +145,19 @@ void FrmAgenda::Form_Load() {
 }
 
 // ---- what is asked for
+
+void FrmAgenda::escolher(const Vencimentos::Dias& dias) {
+    const QDate hoje = QDate::currentDate();
+    int qual = 0;
+    while (qual < static_cast<int>(Periodo::deAte) &&
+           !(Vencimentos::dias(static_cast<Periodo>(qual), hoje) == dias))
+        ++qual;
+    cmbperiodo->setListIndex(qual);
+    if (qual != static_cast<int>(Periodo::deAte))
+        return;
+    txtinicio->setValue(dias.primeiro);
+    txtfim->setValue(dias.ultimo);
+}
 
 Vencimentos::Procura FrmAgenda::procura() const {
     const Vencimentos::Dias digitados{txtinicio->value(), txtfim->value()};
@@ -173,7 +197,7 @@ void FrmAgenda::procurar() {
         cheque.marcado = marcados.contains(cheque.lancamento);
     somar(achados);
     procurado_ = procura;
-    if (periodo_ != Periodo::deAte) {
+    if (periodo_ != Periodo::deAte && periodo_ != Periodo::semVencimento) {
         const QDate& ultimo = procura.dias.ultimo;
         const QDate primeiro = achados.empty() ? ultimo : achados.front().vencimento;
         txtinicio->setValue(procura.dias.primeiro.isValid() ? procura.dias.primeiro : primeiro);
@@ -257,7 +281,7 @@ void FrmAgenda::mostrarDias() {
     lstdias->clear();
     for (const auto& [vencimento, soma] : dias_) {
         ListItem linha;
-        linha.text = formatDate(vencimento);
+        linha.text = vencimento.isValid() ? formatDate(vencimento) : "Nenhum";
         linha.subItems = {Vencimentos::outroDiaUtil(vencimento),
                           QString::number(soma.todos.cheques), formatMoney(soma.todos.valor),
                           QString::number(soma.marcados.cheques), formatMoney(soma.marcados.valor)};
@@ -344,7 +368,8 @@ QString FrmAgenda::escolha() const {
     const auto& [primeiro, ultimo] = procurado_.dias;
     QStringList partes{primeiro.isValid()
                            ? "Vencem de " + formatDate(primeiro) + " a " + formatDate(ultimo)
-                           : "Vencidos até " + formatDate(ultimo)};
+                       : ultimo.isValid() ? "Vencidos até " + formatDate(ultimo)
+                                          : QString("Sem vencimento")};
     if (procurado_.cliente)
         partes += txtcliente->text();
     if (procurado_.banco)
@@ -355,7 +380,8 @@ QString FrmAgenda::escolha() const {
 }
 
 void FrmAgenda::cmdimprimir_Click() {
-    JanelaDeImpressao::instance().mostrar(Impressos::vencimentos(cheques_, escolha(), total_));
+    JanelaDeImpressao::instance().mostrar(
+        Impressos::vencimentos(cheques_, escolha(), total_, coluna_ == ListaDaAgenda::kVencimento));
 }
 
 // What is printed is the cheques as they are now, not as they were listed.

@@ -19,6 +19,8 @@ class FrmAgenda final : public Form, public ClienteMostrado, private Ui::FrmAgen
 public:
     FrmAgenda();
     static FrmAgenda& instance();
+    /// Shows it with what falls due on these days.
+    static void mostrar(const Vencimentos::Dias& dias);
 
     /// That of the current cheque; where none is current, the one in the field.
     [[nodiscard]] std::optional<std::int64_t> clienteMostrado() const override;
@@ -43,6 +45,8 @@ private:
     void cmdbordero_Click();
     void cmdsair_Click();
 
+    /// Puts these days into the fields: as a period if they are one.
+    void escolher(const Vencimentos::Dias& dias);
     [[nodiscard]] Vencimentos::Procura procura() const;
     /// The same in words, for who reads the list on paper.
     [[nodiscard]] QString escolha() const;
@@ -62,7 +66,8 @@ private:
 
     bool pronta_ = false; ///< the fields have their entries
     Vencimentos::Periodo periodo_ = Vencimentos::Periodo::semana;
-    Vencimentos::Procura procurado_; ///< what the cheques were asked for with
+    std::optional<Vencimentos::Dias> pedidos_; ///< that it is opened for
+    Vencimentos::Procura procurado_;           ///< what the cheques were asked for with
     std::vector<Vencimentos::Cheque> cheques_;
     struct Dia {
         QDate vencimento;

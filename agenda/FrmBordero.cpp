@@ -8,8 +8,6 @@
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
-#include <cstdint>
-#include <optional>
 #include <utility>
 
 FrmBordero::FrmBordero() {
@@ -49,11 +47,8 @@ void FrmBordero::cmdimprimir_Click() {
                                        .conta = txtconta->text().trimmed(),
                                        .momento = QDateTime::currentDateTime(),
                                        .cheques = cheques_};
-    std::optional<std::int64_t> cadastrado;
-    if (txtbanco->listIndex() >= 0)
-        cadastrado = txtbanco->itemData(txtbanco->listIndex());
-    dbconectar::instance().historico.anotarBordero(Impressos::numero(deposito),
-                                                   Valores::moeda(soma_.valor), cadastrado);
+    dbconectar::instance().historico.anotarBordero(
+        Impressos::numero(deposito), Valores::moeda(soma_.valor), txtbanco->chosenData());
     unload();
     JanelaDeImpressao::instance().mostrar(Impressos::bordero(deposito));
 }

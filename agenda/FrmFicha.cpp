@@ -60,10 +60,10 @@ FrmFicha::FrmFicha() {
     enterAsTab({txtcliente});
     closesWith(cmdsair);
     lostFocus(txtcliente, &FrmFicha::txtcliente_LostFocus);
-    on(txtcliente, &DropDownList::clicked, &FrmFicha::txtcliente_Click);
+    on(txtcliente, &DropDownList::clicked, &FrmFicha::mostrarFicha);
     on(cmdimprimir, &QPushButton::clicked, &FrmFicha::cmdimprimir_Click);
-    on(cmdatualizar, &QPushButton::clicked, &FrmFicha::cmdatualizar_Click);
-    on(new QShortcut(Qt::Key_F5, this), &QShortcut::activated, &FrmFicha::cmdatualizar_Click);
+    on(cmdatualizar, &QPushButton::clicked, &FrmFicha::mostrarFicha);
+    on(new QShortcut(Qt::Key_F5, this), &QShortcut::activated, &FrmFicha::mostrarFicha);
     on(cmdsair, &QPushButton::clicked, &FrmFicha::cmdsair_Click);
 }
 
@@ -72,6 +72,8 @@ FrmFicha& FrmFicha::instance() { return WindowList::instance().one<FrmFicha>(); 
 void FrmFicha::mostrar() {
     const auto* naFrente = dynamic_cast<const ClienteMostrado*>(QApplication::activeWindow());
     const auto cliente = naFrente ? naFrente->clienteMostrado() : std::nullopt;
+    if (FrmFicha& antes = instance(); antes.isVisible() && !antes.isActiveWindow())
+        antes.unload(); // behind the one from which it is asked for: that one stays open
     FrmFicha& ficha = instance();
     if (!ficha.load())
         return;
@@ -91,7 +93,6 @@ void FrmFicha::Form_Load() {
     mostrarFiguras();
 }
 
-void FrmFicha::txtcliente_Click() { mostrarFicha(); }
 void FrmFicha::txtcliente_LostFocus() {
     if (txtcliente->chosenData() != pedido_)
         mostrarFicha();
@@ -101,7 +102,6 @@ void FrmFicha::cmdimprimir_Click() {
         return advertir(txtcliente, "Escolha o cliente cuja ficha deve ser impressa.");
     JanelaDeImpressao::instance().mostrar(Impressos::ficha(*mostrado_));
 }
-void FrmFicha::cmdatualizar_Click() { mostrarFicha(); }
 void FrmFicha::cmdsair_Click() { unload(); }
 
 void FrmFicha::mostrarFicha() {

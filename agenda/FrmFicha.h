@@ -20,10 +20,8 @@ public:
 private:
     void Form_Load() override;
 
-    void txtcliente_Click();
     void txtcliente_LostFocus();
     void cmdimprimir_Click();
-    void cmdatualizar_Click();
     void cmdsair_Click();
 
     /// Asks the file for the sheet of the chosen client; without one the window is empty.

@@ -33,8 +33,8 @@ constexpr const char* kOperacoes[] = {
     Historico::kAlteracao, Historico::kBaixa,   Historico::kBordero,      Historico::kDesfazer,
     Historico::kExclusao,  Historico::kExpurgo, Historico::kRenegociacao, Historico::kSemFundos};
 
-enum SomaPor { kNenhuma, kCliente, kBanco, kOperacao, kMes };
-constexpr const char* kSomas[] = {"", "Cliente", "Banco", "Operação", "Mês"};
+enum SomaPor { kCliente, kBanco, kOperacao, kMes };
+constexpr const char* kSomas[] = {"Cliente", "Banco", "Operação", "Mês"};
 
 // clang-format off
 const std::vector<ListColumn> kColunas = {
@@ -55,24 +55,6 @@ const std::vector<ListColumn> kColunasDasSomas = {
 };
 // clang-format on
 
-std::map<std::int64_t, QString> nomesDe(const char* tabela) {
-    ado::Recordset rs;
-    rs.Open("select codigo, nome from " + std::string(tabela), dbconectar::instance().Automacao);
-    std::map<std::int64_t, QString> nomes;
-    for (; !rs.EOF(); rs.MoveNext())
-        nomes.emplace(rs["codigo"].integer(), texto(rs["nome"]));
-    return nomes;
-}
-
-QString nomeEm(const std::map<std::int64_t, QString>& nomes, const ado::FieldValue& codigo) {
-    const auto achado = nomes.find(codigo.integer());
-    return achado != nomes.end() ? achado->second : texto(codigo);
-}
-
-QString cheques(int quantos) {
-    return QString::number(quantos) + (quantos == 1 ? " cheque" : " cheques");
-}
-
 /// To the minute.
 QString momento(jet::Date data) {
     const jet::CivilTime em = data.civil();
@@ -90,8 +72,7 @@ FrmHistorico::FrmHistorico() {
     for (const char* operacao : kOperacoes)
         txtoperacao->addItem(operacao);
     for (const char* soma : kSomas)
-        if (*soma)
-            txtsoma->addItem(soma);
+        txtsoma->addItem(soma);
     enterAsTab({txtinicio, txtfim, txtoperacao, txtcliente, txttexto, txtsoma});
     closesWith(cmdsair);
     lostFocus(txtfim, &FrmHistorico::listar);
@@ -113,17 +94,23 @@ void FrmHistorico::Form_Load() {
     listar();
 }
 
+std::optional<std::int64_t> FrmHistorico::clienteMostrado() const {
+    const int linha = lsthistorico->currentRow();
+    return linha < 0 || linhas_.empty() ? txtcliente->chosenData()
+                                        : linhas_[static_cast<std::size_t>(linha)].cliente;
+}
+
 // ---- the list
 
-QString FrmHistorico::onde() const {
-    QString onde = QString(" where quando>=%1 and quando<%2")
-                       .arg(Valores::literal(txtinicio->value()),
-                            Valores::literal(txtfim->value().addDays(1)));
+QString FrmHistorico::linhasProcuradas() const {
+    QString linhas = QString("%1 where quando>=%2 and quando<%3")
+                         .arg(Historico::kTabela, Valores::literal(txtinicio->value()),
+                              Valores::literal(txtfim->value().addDays(1)));
     if (txtoperacao->listIndex() >= 0)
-        onde += " and operacao='" + txtoperacao->text() + "'";
-    if (txtcliente->listIndex() >= 0)
-        onde += " and cliente=" + QString::number(txtcliente->itemData(txtcliente->listIndex()));
-    return onde;
+        linhas += " and operacao='" + txtoperacao->text() + "'";
+    if (const auto cliente = txtcliente->chosenData())
+        linhas += " and cliente=" + QString::number(*cliente);
+    return linhas;
 }
 
 bool FrmHistorico::procurado(const ado::Recordset& rs) const {
@@ -133,8 +120,8 @@ bool FrmHistorico::procurado(const ado::Recordset& rs) const {
     const auto tem = [&](const QString& texto) {
         return texto.contains(procura, Qt::CaseInsensitive);
     };
-    return tem(nomeEm(clientes_, rs["cliente"])) || tem(nomeEm(bancos_, rs["banco"])) ||
-           tem(texto(rs["estacao"])) || tem(texto(rs["antes"])) || tem(texto(rs["depois"]));
+    return tem(clientes_->de(rs)) || tem(bancos_->de(rs)) || tem(texto(rs["estacao"])) ||
+           tem(texto(rs["antes"])) || tem(texto(rs["depois"]));
 }
 
 void FrmHistorico::listar() {
@@ -150,12 +137,13 @@ void FrmHistorico::listar() {
     if (!historico.legivel())
         return lblsoma->setText(historico.impedimento().isEmpty() ? "Ainda não há histórico."
                                                                   : historico.impedimento());
-    clientes_ = nomesDe("cliente_fornecedor");
-    bancos_ = nomesDe("bancos");
+    const QString linhas = linhasProcuradas();
+    // The rows first: of one that another station adds meanwhile the names would be missing.
     ado::Recordset rs;
-    rs.Open("select * from " + QString(Historico::kTabela) + onde() + " order by id desc",
-            dbconectar::instance().Automacao);
-    int quantos = 0;
+    rs.Open("select * from " + linhas + " order by id desc", dbconectar::instance().Automacao);
+    clientes_.emplace("cliente_fornecedor", "cliente", linhas);
+    bancos_.emplace("bancos", "banco", linhas);
+    qint64 quantos = 0;
     Amount total;
     for (; !rs.EOF(); rs.MoveNext()) {
         repintura.repaintIfDue();
@@ -169,19 +157,21 @@ void FrmHistorico::listar() {
     }
     if (somando)
         mostrarSomas();
-    lblsoma->setText(cheques(quantos) + (somando ? ", sem o que foi desfeito" : "") +
+    lblsoma->setText(Vencimentos::quantos({quantos, {}}) +
+                     (somando ? ", sem o que foi desfeito" : "") +
                      ". Total: " + formatMoney(total));
 }
 
 void FrmHistorico::acrescentarLinha(const ado::Recordset& rs) {
     Linha linha{static_cast<std::int32_t>(rs["grupo"].integer()), texto(rs["operacao"]),
-                !rs["desfeito_por"].isNull()};
+                !rs["desfeito_por"].isNull(),
+                rs["cliente"].isNull() ? std::nullopt : std::optional(rs["cliente"].integer())};
     ListItem item;
     item.text = momento(rs["quando"].date());
     item.subItems = {feito(linha.operacao, linha.desfeita),
                      texto(rs["numero"]),
-                     nomeEm(clientes_, rs["cliente"]),
-                     nomeEm(bancos_, rs["banco"]),
+                     clientes_->de(rs),
+                     bancos_->de(rs),
                      formatDate(Valores::dia(rs["bompara"])),
                      formatMoney(valor(rs["valor"])),
                      texto(rs["estacao"])};
@@ -192,12 +182,12 @@ void FrmHistorico::acrescentarLinha(const ado::Recordset& rs) {
 void FrmHistorico::acrescentarSoma(const ado::Recordset& rs) {
     const QDate quando = Valores::dia(rs["quando"]);
     QString de;
-    switch (txtsoma->listIndex() + 1) {
+    switch (txtsoma->listIndex()) {
     case kCliente:
-        de = nomeEm(clientes_, rs["cliente"]);
+        de = clientes_->de(rs);
         break;
     case kBanco:
-        de = nomeEm(bancos_, rs["banco"]);
+        de = bancos_->de(rs);
         break;
     case kOperacao:
         de = texto(rs["operacao"]);
@@ -236,10 +226,10 @@ void FrmHistorico::cmddesfazer_Click() {
     todos.Open("select count(*) as quantos from " + QString(Historico::kTabela) +
                    " where grupo=" + QString::number(linha.grupo),
                dbconectar::instance().Automacao);
-    const int quantos = static_cast<int>(todos["quantos"].integer());
+    const Vencimentos::Soma quantos{todos["quantos"].integer(), {}};
     todos.Close();
     if (showMessage(QString("Deseja realmente desfazer a operação \"%1\" de %2 ?")
-                        .arg(linha.operacao, cheques(quantos)),
+                        .arg(linha.operacao, Vencimentos::quantos(quantos)),
                     "Desfazer", MessageIcon::question, MessageButtons::yesNo) != MessageAnswer::yes)
         return;
     const QString motivo = [&] {

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "agenda/Nomes.h"
 #include "controls/typing/Formato.h"
 #include "controls/window/Form.h"
+#include "shell/ClienteMostrado.h"
 #include "ui_FrmHistorico.h"
 
 #include <map>
+#include <optional>
 #include <vector>
 
 namespace ado {
@@ -17,18 +20,21 @@ class Recordset;
 ///
 /// Invariant: linhas_ has what isn't shown of each row of the list; it is empty where the list
 /// shows sums.
-class FrmHistorico final : public Form, private Ui::FrmHistorico {
+class FrmHistorico final : public Form, public ClienteMostrado, private Ui::FrmHistorico {
     Q_OBJECT
 public:
     FrmHistorico();
     static FrmHistorico& instance();
 
+    /// That of the current row; where none is current, the one in the field.
+    [[nodiscard]] std::optional<std::int64_t> clienteMostrado() const override;
+
 private:
-    using Nomes = std::map<std::int64_t, QString>;
     struct Linha {
         std::int32_t grupo;
         QString operacao;
         bool desfeita;
+        std::optional<std::int64_t> cliente;
     };
     struct Parcela {
         int cheques = 0;
@@ -43,15 +49,16 @@ private:
     void cmddesfazer_Click();
     void cmdsair_Click() { unload(); }
 
-    [[nodiscard]] QString onde() const;
+    /// The history's rows that are asked for, but for the text: "<table> where <condition>".
+    [[nodiscard]] QString linhasProcuradas() const;
     /// Whether one of the row's texts has what was typed.
     [[nodiscard]] bool procurado(const ado::Recordset& rs) const;
     void acrescentarLinha(const ado::Recordset& rs);
     void acrescentarSoma(const ado::Recordset& rs);
     void mostrarSomas();
 
-    Nomes clientes_;
-    Nomes bancos_;
+    std::optional<Nomes> clientes_; ///< of what is listed
+    std::optional<Nomes> bancos_;
     std::vector<Linha> linhas_;
     std::map<QString, Parcela> somas_;
 };

@@ -105,7 +105,7 @@ Impresso impresso(std::span<const ReportColumn> colunas, qreal alturaDoRodape) {
 } // namespace
 
 Impresso vencimentos(const std::vector<Cheque>& cheques, const QString& escolha,
-                     const Vencimentos::SomaDoDia& total) {
+                     const Vencimentos::SomaDoDia& total, bool porDia) {
     const QDate hoje = QDate::currentDate();
     Impresso feito = impresso(kVencimentos, 15);
     feito.titulo = "Cheques por vencimento";
@@ -122,11 +122,23 @@ Impresso vencimentos(const std::vector<Cheque>& cheques, const QString& escolha,
         {"Marcados", Vencimentos::texto(total.marcados)},
     };
     feito.linhas.reserve(cheques.size());
-    for (const Cheque& cheque : cheques)
+    Vencimentos::Soma doDia;
+    for (std::size_t i = 0; i < cheques.size(); ++i) {
+        const Cheque& cheque = cheques[i];
         feito.linhas.push_back({cheque.numero, cheque.cliente, cheque.banco, cheque.agencia,
                                 cheque.emissao, cheque.vencimento,
                                 Vencimentos::outroDiaUtil(cheque.vencimento),
                                 Vencimentos::distancia(cheque.vencimento, hoje), cheque.valor});
+        if (!porDia || cheques.front().vencimento == cheques.back().vencimento)
+            continue;
+        doDia.mais(cheque.valor);
+        if (i + 1 < cheques.size() && cheques[i + 1].vencimento == cheque.vencimento)
+            continue;
+        feito.linhas.push_back({QString(), "Soma: " + Vencimentos::quantos(doDia), QString(),
+                                QString(), QString(), cheque.vencimento, QString(), QString(),
+                                doDia.valor});
+        doDia = {};
+    }
     return feito;
 }
 

@@ -22,9 +22,11 @@ struct Impresso {
     std::vector<std::vector<ReportValue>> linhas;
 };
 
-/// The agenda's list, in its order. `escolha` says in words which cheques these are.
+/// The agenda's list, in its order. `escolha` says in words which cheques these are. With `porDia`
+/// they come by their due dates, and where these are several a sum follows those of each.
 [[nodiscard]] Impresso vencimentos(const std::vector<Vencimentos::Cheque>& cheques,
-                                   const QString& escolha, const Vencimentos::SomaDoDia& total);
+                                   const QString& escolha, const Vencimentos::SomaDoDia& total,
+                                   bool porDia);
 
 /// A client's sheet, on one page: of what falls due the first days, of what bounced the latest are
 /// told one by one, the others together.

@@ -1,11 +1,11 @@
 #include "agenda/Vencimentos.h"
 
 #include "agenda/DiasUteis.h"
+#include "agenda/Nomes.h"
 #include "jet/Database.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
-#include <QHash>
 #include <QStringList>
 
 #include <algorithm>
@@ -27,8 +27,9 @@ QString condicao(const Procura& procura) {
     constexpr int kUltimoAno = 9999;
     const auto& [primeiro, ultimo] = procura.dias;
     const QDate depois = ultimo.addDays(1);
-    QString onde =
-        depois.year() > kUltimoAno ? "bompara is not null" : "bompara<" + Valores::literal(depois);
+    QString onde = !ultimo.isValid()            ? "bompara is null"
+                   : depois.year() > kUltimoAno ? "bompara is not null"
+                                                : "bompara<" + Valores::literal(depois);
     if (primeiro.isValid())
         onde += " and bompara>=" + Valores::literal(primeiro);
     if (procura.cliente)
@@ -40,39 +41,9 @@ QString condicao(const Procura& procura) {
     return onde;
 }
 
-/// Names by codes. Not joined with the cheques: a code that a table has twice, or not at all, would
-/// double a cheque or drop it.
-class Nomes {
-public:
-    Nomes(const char* tabela, const char* campo, const QString& onde) : campo_(campo) {
-        ado::Recordset rs;
-        rs.Open(QString("select codigo,nome from %1 where codigo in (select %2 from cheques where "
-                        "%3)")
-                    .arg(tabela, campo, onde),
-                dbconectar::instance().Automacao, ado::CursorType::ForwardOnly,
-                ado::LockType::ReadOnly);
-        for (const ado::Recordset& lido = rs; !rs.EOF(); rs.MoveNext())
-            porCodigo_.insert(lido["codigo"].integer(), Valores::texto(lido["nome"]));
-    }
-
-    [[nodiscard]] QString de(const ado::Recordset& cheque) const {
-        const ado::FieldValue codigo = cheque[campo_];
-        if (codigo.isNull())
-            return "";
-        const auto nome = porCodigo_.constFind(codigo.integer());
-        return nome != porCodigo_.cend()
-                   ? *nome
-                   : "(não cadastrado: código " + Valores::texto(codigo) + ")";
-    }
-
-private:
-    const char* campo_;
-    QHash<std::int64_t, QString> porCodigo_;
-};
-
 std::vector<Cheque> ler(const QString& onde) {
-    const Nomes clientes("cliente_fornecedor", "cliente", onde);
-    const Nomes bancos("bancos", "banco", onde);
+    const Nomes clientes("cliente_fornecedor", "cliente", "cheques where " + onde);
+    const Nomes bancos("bancos", "banco", "cheques where " + onde);
     ado::Recordset lista;
     lista.Open("select * from cheques where " + onde, dbconectar::instance().Automacao,
                ado::CursorType::ForwardOnly, ado::LockType::ReadOnly);
@@ -117,6 +88,8 @@ Dias dias(Periodo periodo, const QDate& hoje) {
         return {hoje, hoje.addDays(kMes - 1)};
     case Periodo::atrasados:
         return {{}, hoje.addDays(-1)};
+    case Periodo::semVencimento:
+        return {};
     case Periodo::hoje:
     case Periodo::deAte:
         break;
@@ -174,9 +147,9 @@ std::map<QDate, SomaDoDia> porDia(std::span<const Cheque> cheques) {
     return dias;
 }
 
-QString texto(const Soma& soma) {
-    return contados(soma.cheques, "cheque", "cheques") + ", R$ " + formatMoney(soma.valor);
-}
+QString quantos(const Soma& soma) { return contados(soma.cheques, "cheque", "cheques"); }
+
+QString texto(const Soma& soma) { return quantos(soma) + ", R$ " + formatMoney(soma.valor); }
 
 QString atrasoMedio(qint64 dias, qint64 cheques) {
     if (cheques == 0)
@@ -186,6 +159,8 @@ QString atrasoMedio(qint64 dias, qint64 cheques) {
 }
 
 QString distancia(const QDate& vencimento, const QDate& hoje) {
+    if (!vencimento.isValid())
+        return "";
     const qint64 dias = hoje.daysTo(vencimento);
     if (dias == 0)
         return "hoje";

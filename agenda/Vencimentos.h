@@ -22,12 +22,18 @@ enum class Periodo : unsigned char {
     mes,    ///< today and the 29 days after it
     atrasados,
     deAte, ///< the two days that are typed
+    semVencimento,
 };
 
-/// A first day and a last one, both included; without the first one, all up to the last.
+/// A first day and a last one, both included; without the first one, all up to the last. Without
+/// both, no day: what has no due date.
 struct Dias {
     QDate primeiro;
     QDate ultimo;
+
+    friend bool operator==(const Dias& a, const Dias& b) {
+        return a.primeiro == b.primeiro && a.ultimo == b.ultimo;
+    }
 };
 /// `deAte` has no days of its own: it is today.
 [[nodiscard]] Dias dias(Periodo periodo, const QDate& hoje);
@@ -39,8 +45,8 @@ struct Procura {
     std::optional<bool> descontar; ///< to be cashed at a bank, or exchanged in the shop
 
     friend bool operator==(const Procura& a, const Procura& b) {
-        return a.dias.primeiro == b.dias.primeiro && a.dias.ultimo == b.dias.ultimo &&
-               a.cliente == b.cliente && a.banco == b.banco && a.descontar == b.descontar;
+        return a.dias == b.dias && a.cliente == b.cliente && a.banco == b.banco &&
+               a.descontar == b.descontar;
     }
 };
 
@@ -78,6 +84,11 @@ struct Soma {
     void menos(const Amount& cheque);
 };
 
+struct DeUmCliente {
+    std::int64_t codigo = 0;
+    Soma emMaos;
+};
+
 struct SomaDoDia {
     Soma todos;
     Soma marcados;
@@ -85,13 +96,15 @@ struct SomaDoDia {
 /// By due date. @throws as Soma::mais().
 [[nodiscard]] std::map<QDate, SomaDoDia> porDia(std::span<const Cheque> cheques);
 
+/// "1 cheque", "2 cheques".
+[[nodiscard]] QString quantos(const Soma& soma);
 /// "1 cheque, R$ 10,00", "2 cheques, R$ 20,00".
 [[nodiscard]] QString texto(const Soma& soma);
 
 /// So many days late on average, "3,2 dias"; "" of no cheques.
 [[nodiscard]] QString atrasoMedio(qint64 dias, qint64 cheques);
 
-/// How far off the due date is: "hoje", "amanhã", "em 3 dias", "há 1 dia".
+/// How far off the due date is: "hoje", "amanhã", "em 3 dias", "há 1 dia"; "" without one.
 [[nodiscard]] QString distancia(const QDate& vencimento, const QDate& hoje);
 /// The banking day of a due date that isn't one, "seg 23/11"; "" where the two are the same.
 [[nodiscard]] QString outroDiaUtil(const QDate& vencimento);

@@ -99,9 +99,9 @@ constexpr Botao kBotoes[] = {
 };
 
 constexpr Tecla kTeclas[] = {
-    {Qt::Key_F6, &kFicha    },
-    {Qt::Key_F7, &kAgenda   },
-    {Qt::Key_F8, &kHistorico},
+    {Qt::Key_F6, &kFicha,     "FrmFicha",     "&Ficha do cliente"},
+    {Qt::Key_F7, &kAgenda,    "FrmAgenda",    "&Agenda"          },
+    {Qt::Key_F8, &kHistorico, "FrmHistorico", "&Histórico"      },
 };
 
 } // namespace

@@ -41,6 +41,8 @@ struct Botao {
 struct Tecla {
     Qt::Key tecla;
     const Comando* comando;
+    const char* janela;  ///< the name of the window that it opens
+    const char* legenda; ///< in the menus of lists; "&" marks the access key
 };
 
 [[nodiscard]] std::span<const Menu> menus();

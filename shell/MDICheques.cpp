@@ -1,5 +1,6 @@
 #include "shell/MDICheques.h"
 
+#include "agenda/PainelDoDia.h"
 #include "controls/look/Icons.h"
 #include "controls/typing/KeyHabits.h"
 #include "controls/window/Form.h"
@@ -11,6 +12,7 @@
 #include "shell/BarraDeStatus.h"
 #include "shell/Comandos.h"
 #include "shell/CopiaDeSeguranca.h"
+#include "shell/MenuDaLista.h"
 #include "shell/Mirtal.h"
 #include "shell/dbconectar.h"
 
@@ -32,6 +34,7 @@
 namespace {
 
 constexpr char kPlaceKey[] = "MDICheques/lugar";
+constexpr char kPainelKey[] = "MDICheques/painel";
 
 QSettings userSettings() {
     return QSettings(QSettings::IniFormat, QSettings::UserScope, "Valtrino", "Valtrino");
@@ -39,11 +42,15 @@ QSettings userSettings() {
 
 } // namespace
 
-MDICheques::MDICheques() : StatusBar1(new BarraDeStatus) {
+MDICheques::MDICheques() : area_(new AreaDeTrabalho), StatusBar1(new BarraDeStatus) {
     setObjectName("MDICheques");
     setWindowTitle("Valtrino");
     setContextMenuPolicy(Qt::NoContextMenu); // Qt's own menu would hide the toolbar
-    setCentralWidget(new AreaDeTrabalho(this));
+    setCentralWidget(area_);
+    area_->ligarPainel(userSettings().value(kPainelKey, true).toBool());
+    connect(area_, &AreaDeTrabalho::painelTrocado, this,
+            [](bool ligado) { userSettings().setValue(kPainelKey, ligado); });
+    setFocus(); // and not the first button of the panel: who presses Tab goes there
     montarMenus();
     montarFerramentas();
     setStatusBar(StatusBar1);
@@ -154,6 +161,8 @@ void MDICheques::Toolbar1_ButtonClick(const QString& chave) {
 
 // A question must be answered first, a file chosen.
 bool MDICheques::eventFilter(QObject* watched, QEvent* event) {
+    if (MenuDaLista::mostrar(*watched, *event, [this](const auto* comando) { executar(comando); }))
+        return true;
     if (event->type() != QEvent::KeyPress || !watched->isWidgetType())
         return QMainWindow::eventFilter(watched, event);
     const auto& pressed = *static_cast<QKeyEvent*>(event);
@@ -171,7 +180,7 @@ bool MDICheques::eventFilter(QObject* watched, QEvent* event) {
 void MDICheques::mostrarDentro(QWidget& janela) {
     auto* quadro = qobject_cast<QMdiSubWindow*>(janela.parentWidget());
     if (!quadro)
-        quadro = static_cast<AreaDeTrabalho*>(centralWidget())->addSubWindow(&janela);
+        quadro = area_->addSubWindow(&janela);
     quadro->setWindowIcon(janela.windowIcon());
     quadro->showMaximized();
     virParaFrente();
@@ -191,6 +200,10 @@ void MDICheques::virParaFrente() {
     activateWindow();
     for (QWindow* outra : diante)
         outra->setTransientParent(windowHandle());
+}
+
+std::optional<std::int64_t> MDICheques::clienteMostrado() const {
+    return area_->painel().isVisible() ? area_->painel().clienteMostrado() : std::nullopt;
 }
 
 void MDICheques::cuidarDaCopia() {

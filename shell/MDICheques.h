@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controls/window/Failure.h"
+#include "shell/ClienteMostrado.h"
 
 #include <QMainWindow>
 
@@ -8,6 +9,7 @@
 #include <memory>
 #include <optional>
 
+class AreaDeTrabalho;
 class BarraDeStatus;
 class CopiaDeSeguranca;
 class QToolBar;
@@ -20,9 +22,10 @@ struct Comando;
 /// prompts of the entry windows in its status bar and ends the program in good order.
 ///
 /// What stands in the menus and on the toolbar, and what each choice does, are the tables of
-/// Comandos.h; so are the keys that open a window from any other. Place and size are remembered
-/// from one run to the next in the user's own settings.
-class MDICheques final : public QMainWindow {
+/// Comandos.h; so are the keys that open a window from any other. Place, size and
+/// whether the day's panel is on show are remembered from one run to the next in the user's own
+/// settings.
+class MDICheques final : public QMainWindow, public ClienteMostrado {
     Q_OBJECT
 public:
     MDICheques();
@@ -35,6 +38,9 @@ public:
 
     /// Shows a window inside this one, filling the work area, and brings it to the front.
     void mostrarDentro(QWidget& janela);
+
+    /// That of the day's panel.
+    [[nodiscard]] std::optional<std::int64_t> clienteMostrado() const override;
 
     /// From now on looks after the daily copy of the open database; its news are shown in the
     /// status bar, and errors in the database as long as there are any.
@@ -66,6 +72,7 @@ private:
     /// Whether the program may end now: all is written, or that has been tried in vain before.
     [[nodiscard]] bool podeEncerrar();
 
+    AreaDeTrabalho* area_;
     QToolBar* Toolbar1;
     BarraDeStatus* StatusBar1;
     std::unique_ptr<CopiaDeSeguranca> copia_;

@@ -33,12 +33,14 @@ namespace Valores {
     return *total;
 }
 
-/// The day of a moment, without its time; no date for an empty field.
+/// The day of a moment, without its time.
+[[nodiscard]] inline QDate dia(const jet::Date& momento) {
+    const jet::CivilTime civil = momento.civil();
+    return {civil.year, civil.month, civil.day};
+}
+/// The same; no date for an empty field.
 [[nodiscard]] inline QDate dia(const ado::FieldValue& campo) {
-    if (campo.isNull())
-        return {};
-    const jet::CivilTime momento = campo.date().civil();
-    return {momento.year, momento.month, momento.day};
+    return campo.isNull() ? QDate() : dia(campo.date());
 }
 [[nodiscard]] inline jet::Date data(const QDate& dia) {
     return jet::Date::of({.year = dia.year(), .month = dia.month(), .day = dia.day()});

@@ -41,8 +41,10 @@ public:
     /// no other station waiting, and is tried again by Gravacao.
     /// @return whether nothing is left to be written.
     bool gravarPendentes() noexcept;
-    /// What gravarPendentes() has found undone for good and the operator hasn't been told yet; ""
-    /// for nothing. Once.
+    /// That changes were undone for good was found by one who has nobody to tell it to.
+    void anotarPerdido(const QString& motivo) { perdido_ = motivo; }
+    /// What gravarPendentes() or another has found undone for good and the operator hasn't been
+    /// told yet; "" for nothing. Once.
     [[nodiscard]] QString perdido();
     /// Closes rsCheques, rsCliente, rsBancos, rsSemFundos and the connection, in this order.
     void fechar();

@@ -86,6 +86,11 @@ void frmlocalizar::txtpesquisar_Change() {
     txtpesquisar->setFocus();
 }
 
+std::optional<std::int64_t> frmlocalizar::clienteMostrado() const {
+    const int linha = LstEncontrado->currentRow();
+    return linha < 0 ? std::nullopt : std::optional(LstEncontrado->item(linha).key.toLongLong());
+}
+
 // The first click chooses the row, the second one the client. Deliberate: a new search doesn't
 // forget which row was clicked.
 void frmlocalizar::LstEncontrado_ItemClick(const QString& chave) {
