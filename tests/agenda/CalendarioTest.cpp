@@ -96,4 +96,13 @@ TEST(Calendar, IsOneWithoutEventsIfNothingFallsDue) {
     EXPECT_THAT(ics({}, "a"), EndsWith("PT\r\nEND:VCALENDAR\r\n"));
 }
 
+TEST(Calendar, LeavesOutWhatHasNoDueDate) {
+    EXPECT_EQ(ics(
+                  {
+                      {QDate(), {}}
+    },
+                  "/loja/automacao.mdb"),
+              ics({}, "/loja/automacao.mdb"));
+}
+
 } // namespace

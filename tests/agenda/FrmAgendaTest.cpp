@@ -46,6 +46,22 @@ TEST_P(Agenda, ShowsTheChequesOfAPeriod) {
     EXPECT_EQ(numeros(form).size(), 5U);
 }
 
+TEST_P(Agenda, ShowsTheChequesThatHaveNoDueDate) {
+    givenCheques();
+    auto& form = open<FrmAgenda>();
+    escolher(form, "cmbperiodo", "Sem v");
+    EXPECT_EQ(text(form, "cmbperiodo"), "Sem vencimento");
+    EXPECT_THAT(numeros(form), ElementsAre("000110"));
+    EXPECT_EQ(linha(form, "lstcheques", 0),
+              "000110|Carla Reis|Banco Norte|0042|" + formatDate(daqui(-10)).toStdString() +
+                  "||||32.000,00|" + coluna(form, "lstcheques", ListaDaAgenda::kPrazos)[0] + '|');
+    EXPECT_EQ(linha(form, "lstdias", 0), "Nenhum||1|32.000,00|0|0,00");
+    clickCheckBox(form, "lstcheques", 0);
+    EXPECT_EQ(linha(form, "lstdias", 0), "Nenhum||1|32.000,00|1|32.000,00");
+    escolher(form, "cmbperiodo", "De");
+    EXPECT_THAT(numeros(form), ElementsAre("000103", "000104", "000105", "000106"));
+}
+
 TEST_P(Agenda, TakesATextThatIsNoPeriodForTheLastOne) {
     givenCheques();
     auto& form = open<FrmAgenda>();

@@ -16,6 +16,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 class AgendaOnPaper : public Agenda {
 protected:
@@ -76,6 +77,28 @@ TEST_P(AgendaOnPaper, PrintsTheListAsItStands) {
     activate(JanelaDeImpressao::instance());
     press(Qt::Key_Escape);
     EXPECT_FALSE(JanelaDeImpressao::instance().isVisible());
+}
+
+TEST_P(AgendaOnPaper, PrintsTheSumOfEachDayWhereDaysFollowOneAnother) {
+    auto& form = open<FrmAgenda>(); // 000103 and 000104 today, 000105, 000106
+    const auto impressa = [&] {
+        click(form, "cmdimprimir");
+        std::string texto = pagina(1);
+        activate(JanelaDeImpressao::instance());
+        press(Qt::Key_Escape);
+        activate(form);
+        return texto;
+    };
+    const std::string porDia = impressa();
+    EXPECT_THAT(porDia,
+                HasSubstr("Soma: 2 cheques " + formatDate(daqui(0)).toStdString() + " 100,99"));
+    EXPECT_THAT(porDia, HasSubstr("Soma: 1 cheque "));
+    EXPECT_THAT(porDia, HasSubstr("Cheques: 4"));
+    clickColumn(form, "lstcheques", ListaDaAgenda::kCliente);
+    EXPECT_THAT(impressa(), Not(HasSubstr("Soma: ")));
+    clickColumn(form, "lstcheques", ListaDaAgenda::kVencimento);
+    escolher(form, "cmbperiodo", "Hoje"); // its sum is that of all
+    EXPECT_THAT(impressa(), Not(HasSubstr("Soma: ")));
 }
 
 TEST_P(AgendaOnPaper, PrintsNoEmptyList) {

@@ -17,27 +17,6 @@ last=$(date -d "$today + 60 days" +%F)
 # typed_day <yyyy-mm-dd>: as a clerk types it, day first.
 typed_day() { typed "${1:8:2}${1:5:2}${1:0:4}"; }
 
-# cheques_due <first> <last>: their due days and values, both days included; dates compare as text.
-cheques_due() {
-    rows cheques | LC_ALL=C awk -F'|' -v first="$1" -v last="$2" \
-        '$7 >= first && $7 <= last { print substr($7, 1, 10), $8 }'
-}
-
-# As the program writes amounts, from lines of a day and a value with four decimals: "2 1.234,56".
-in_words() {
-    LC_ALL=C awk '
-        function reais(cents,    text, whole) {
-            whole = sprintf("%d", int(cents / 100))
-            while (length(whole) > 3) {
-                text = "." substr(whole, length(whole) - 2) text
-                whole = substr(whole, 1, length(whole) - 3)
-            }
-            return whole text sprintf(",%02d", cents % 100)
-        }
-        { split($2, value, "."); cents += value[1] * 100 + substr(value[2], 1, 2) }
-        END { print NR, reais(cents) }'
-}
-
 # The days of the calendar, in its words: "20261122 2 1.234,56".
 days_expected() {
     cheques_due "$first" "$last" | cut -d ' ' -f 1 | sort -u | while read -r day; do

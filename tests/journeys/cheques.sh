@@ -70,7 +70,11 @@ read_one() {
     until_window "Cadastro de Cheques Recebidos"
     reader "$official" 1234 000104  # from the client's field on to the date of issue
     picture FrmLancarCheques-leitor root
-    fill 05122026 10052027
+    keys F6
+    until_window "Ficha do cliente"
+    keys Escape
+    until_window "Cadastro de Cheques Recebidos"
+    fill 05122026 10052027   # the date is still marked
     typed "20,00"
     keys alt+s
     fifth="5|$client|$bank|1234|000104|2026-12-05|2027-05-10|20.0000|||1"

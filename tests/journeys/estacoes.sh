@@ -41,15 +41,6 @@ let_go() {
 cheque() { echo "$1|$client|$bank|1234|$2|2026-12-05|2027-01-10|10.0000||Gerente|1"; }
 expect_cheques() { expect_rows cheques "$(printf '%s\n' "$@")"; }
 
-# Its main window is in front, not the splash.
-is_ready() {
-    local window
-    window=$(xdotool getactivewindow)
-    [ "$(xdotool getwindowpid "$window")" = "$1" ] || return 1
-    eval "$(xdotool getwindowgeometry --shell "$window")"
-    [ "$WIDTH" -gt 1000 ]
-}
-
 # at <station> <title>: goes to the newest window of a program.
 at() {
     xdotool windowactivate --sync "$(xdotool search --onlyvisible --pid "$1" | tail -n 1)"

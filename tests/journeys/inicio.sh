@@ -13,7 +13,6 @@ start_program
 until_true "the splash" on_show
 picture frmSplash "$(on_show | tail -1)"
 until_window "Valtrino"
-picture MDICheques
 main=$(xdotool getactivewindow)
 keys alt+j s
 until_true "the about box" not active_is "$main"

@@ -65,6 +65,15 @@ start_program() {
     program=$!
 }
 
+# is_ready <process>: the main window of that program is in front, not the splash.
+is_ready() {
+    local window
+    window=$(xdotool getactivewindow)
+    [ "$(xdotool getwindowpid "$window")" = "$1" ] || return 1
+    eval "$(xdotool getwindowgeometry --shell "$window")"
+    [ "$WIDTH" -gt 1000 ]
+}
+
 # Waits for the program's end; its exit status must be this one.
 expect_end() {
     local status=0
@@ -171,4 +180,61 @@ picture() {
     local window=${2:-root}
     [ "$window" != active ] || window=$(xdotool getactivewindow)
     import -window "$window" -strip "$pictures/$1.png"
+}
+
+# ---- what a screen reader hears
+
+listener=$programs/../tests/valtrino_heard
+
+# Skips a journey where the machine has no bus for screen readers.
+needs_hearing() {
+    for tool in dbus-daemon "$listener" /usr/share/dbus-1/services/org.a11y.Bus.service; do
+        if ! command -v "$tool" > /dev/null && ! [ -e "$tool" ]; then
+            echo "skipped: $tool is not installed"
+            exit 77
+        fi
+    done
+}
+
+# A bus of the journey's own; what programs tell there goes to a file, a line each.
+start_hearing() {
+    mkfifo "$place/bus"
+    dbus-daemon --session --nofork --print-address=3 3> "$place/bus" > /dev/null 2>&1 &
+    helpers+=($!)
+    read -r -t 60 DBUS_SESSION_BUS_ADDRESS < "$place/bus" || fail "no bus"
+    export DBUS_SESSION_BUS_ADDRESS QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
+    "$listener" > "$place/heard" 2> "$place/heard.errors" &
+    helpers+=($!)
+    until_true "the listener" grep -q listening "$place/heard"
+    heard=0
+}
+
+# until_heard <line>: said since the last of these lines, as the expression has it.
+until_heard() {
+    until_true "hearing: $1" heard_since "$1"
+    heard=$(wc -l < "$place/heard")
+}
+heard_since() { tail -n "+$((heard + 1))" "$place/heard" | grep -q "^$1\$"; }
+
+# ---- sums of the cheques, worked out anew
+
+# cheques_due <first> <last>: their due days and values, both days included; dates compare as text.
+cheques_due() {
+    rows cheques | LC_ALL=C awk -F'|' -v first="$1" -v last="$2" \
+        '$7 >= first && $7 <= last { print substr($7, 1, 10), $8 }'
+}
+
+# As the program writes amounts, from lines of a day and a value with four decimals: "2 1.234,56".
+in_words() {
+    LC_ALL=C awk '
+        function reais(cents,    text, whole) {
+            whole = sprintf("%d", int(cents / 100))
+            while (length(whole) > 3) {
+                text = "." substr(whole, length(whole) - 2) text
+                whole = substr(whole, 1, length(whole) - 3)
+            }
+            return whole text sprintf(",%02d", cents % 100)
+        }
+        { split($2, value, "."); cents += value[1] * 100 + substr(value[2], 1, 2) }
+        END { print NR, reais(cents) }'
 }

@@ -4,35 +4,6 @@
 # page of a report and what has become of it. What is told is taken from the readers' own bus.
 source "$(dirname "$0")/journey.sh"
 
-listener=$(realpath "$programs/../tests/valtrino_heard")
-for tool in dbus-daemon "$listener" /usr/share/dbus-1/services/org.a11y.Bus.service; do
-    if ! command -v "$tool" > /dev/null && ! [ -e "$tool" ]; then
-        echo "skipped: $tool is not installed"
-        exit 77
-    fi
-done
-
-start_bus() {
-    mkfifo "$place/bus"
-    dbus-daemon --session --nofork --print-address=3 3> "$place/bus" > /dev/null 2>&1 &
-    helpers+=($!)
-    read -r -t 60 DBUS_SESSION_BUS_ADDRESS < "$place/bus" || fail "no bus"
-    export DBUS_SESSION_BUS_ADDRESS QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
-}
-
-start_listener() {
-    "$listener" > "$place/heard" 2> "$place/heard.errors" &
-    helpers+=($!)
-    until_true "the listener" grep -q listening "$place/heard"
-}
-
-# until_heard <line>: said since the last of these lines, as the expression has it.
-until_heard() {
-    until_true "hearing: $1" heard_since "$1"
-    from=$(wc -l < "$place/heard")
-}
-heard_since() { tail -n "+$((from + 1))" "$place/heard" | grep -q "^$1\$"; }
-
 # While it is being made known to the readers the program has no ear for keys, for some seconds on a
 # machine that does much else.
 open_entry() {
@@ -45,10 +16,9 @@ open_entry() {
     return 1
 }
 
-from=0
+needs_hearing
 start_screen
-start_bus
-start_listener
+start_hearing
 install_program
 "$programs/valtrino-mdb" sample "$place/data/automacao.mdb" > /dev/null
 choose_client_and_bank

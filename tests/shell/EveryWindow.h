@@ -10,6 +10,7 @@
 #include "collections/FrmLancasSFundos.h"
 #include "collections/FrmLocCHTerceiros.h"
 #include "collections/FrmRenegociar.h"
+#include "controls/box/ListView.h"
 #include "controls/look/Style.h"
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
@@ -63,7 +64,8 @@ protected:
     /// Each is shown from the beginning: all other windows are gone.
     static std::vector<State> states() {
         std::vector<State> all = {
-            {"principal",         [] { return window<MDICheques>(); }      },
+            {"principal",         [] { return atAGlance(); }               },
+            {"principal-vazia",   [] { return panelPutAway(); }            },
             {"bancos",            [] { return window<frmBancos>(); }       },
             {"localizar",         [] { return window<frmlocalizar>(); }    },
             {"localizar-achados", [] { return found(); }                   },
@@ -150,6 +152,22 @@ private:
         auto& form = open<Window>();
         click(form, "btnNavegacao", 0);
         return form;
+    }
+    /// With the sums of the day. Put away before, the panel is fetched again.
+    static Shown atAGlance() {
+        auto& main = open<MDICheques>();
+        if (control(main, "cmdpainel").isVisible())
+            click(main, "cmdpainel");
+        const auto& clients = control<ListView>(main, "lstclientes");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return clients.count() > 0; }));
+        QCoreApplication::sendPostedEvents(); // laid out anew for what it shows
+        QCoreApplication::processEvents();
+        return main;
+    }
+    static Shown panelPutAway() {
+        QWidget& main = atAGlance();
+        click(main, "cmdocultar");
+        return main;
     }
     static Shown waiting() {
         frm_Msg::instance().setMensagem("Aguarde enquanto o relatório é processado...");

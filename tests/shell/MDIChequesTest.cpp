@@ -1,6 +1,7 @@
 #include "shell/MDICheques.h"
 
 #include "agenda/FrmAgenda.h"
+#include "agenda/FrmFicha.h"
 #include "agenda/FrmHistorico.h"
 #include "cheques/FrmConsultaCH.h"
 #include "cheques/FrmLancarCheques.h"
@@ -183,6 +184,69 @@ TEST_F(MainWindow, F7OpensTheAgendaAndF8TheHistoryFromAnyWindow) {
     });
     action("mnubancos").trigger();
     EXPECT_EQ(seen, 4);
+}
+
+// Behind another modal window it couldn't be used: what is in front of it goes, as by Esc.
+TEST_F(MainWindow, TheKeyOfAnOpenWindowReturnsToIt) {
+    openMain();
+    bool returned = false;
+    whileModal<FrmAgenda>([&](FrmAgenda& agenda) {
+        whileModal<FrmHistorico>([](const FrmHistorico& history) {
+            press(Qt::Key_F7);
+            EXPECT_FALSE(history.isVisible());
+        });
+        press(Qt::Key_F8);
+        EXPECT_EQ(QApplication::activeModalWidget(), &agenda);
+        activate(agenda);
+        returned = true;
+        press(Qt::Key_Escape);
+    });
+    press(Qt::Key_F7);
+    EXPECT_TRUE(returned);
+}
+
+TEST_F(MainWindow, TheKeyOfAnOpenWindowTakesNothingThatIsTypedInFrontOfIt) {
+    openMain();
+    whileModal<FrmAgenda>([&](const FrmAgenda& agenda) {
+        whileModal<frmBancos>([&](frmBancos& banks) {
+            type(banks, "txtNome", "Banco do Cais");
+            expectMessage("Mensagem", "O que foi digitado ainda não foi salvo.\n\nSair sem salvar?",
+                          MessageIcon::question, MessageButtons::yesNo, MessageAnswer::no);
+            press(Qt::Key_F7);
+            EXPECT_TRUE(banks.isVisible());
+            EXPECT_EQ(text(banks, "txtNome"), "Banco do Cais");
+            EXPECT_EQ(QApplication::activeModalWidget(), &banks);
+            banks.unload();
+        });
+        frmBancos::instance().showModal();
+        activate(const_cast<FrmAgenda&>(agenda));
+        press(Qt::Key_Escape);
+    });
+    press(Qt::Key_F7);
+}
+
+TEST_F(MainWindow, F6ShowsTheSheetInFrontAlsoWhereOneIsOpenBehind) {
+    openMain();
+    int sheets = 0;
+    whileModal<FrmFicha>([&](const FrmFicha& first) {
+        whileModal<FrmAgenda>([&](FrmAgenda& agenda) {
+            whileModal<FrmFicha>([&](const FrmFicha& second) {
+                EXPECT_NE(&second, &first);
+                EXPECT_EQ(QApplication::activeModalWidget(), &second);
+                ++sheets;
+                press(Qt::Key_Escape);
+            });
+            press(Qt::Key_F6);
+            EXPECT_EQ(QApplication::activeModalWidget(), &agenda);
+            activate(agenda);
+            press(Qt::Key_Escape);
+        });
+        press(Qt::Key_F7);
+        EXPECT_FALSE(first.isVisible());
+        ++sheets;
+    });
+    press(Qt::Key_F6);
+    EXPECT_EQ(sheets, 2);
 }
 
 TEST_F(MainWindow, TellsAmongTheNewsThatNoHistoryIsKept) {

@@ -74,6 +74,15 @@ TEST_F(Bars, AreWorkedByKeys) {
     EXPECT_THAT(told(), ElementsAre(1, 2, 0));
 }
 
+TEST_F(Bars, TellWhichOneIsCurrent) {
+    const QSignalSpy current(&chart_, &BarChart::currentBarChanged);
+    press(Qt::Key_Right);
+    chart_.setBars({});
+    ASSERT_EQ(current.size(), 2);
+    EXPECT_EQ(current[0].front().toInt(), 1);
+    EXPECT_EQ(current[1].front().toInt(), -1);
+}
+
 TEST_F(Bars, AreWorkedByTheMouse) {
     QTest::mouseClick(&chart_, Qt::LeftButton, {}, chart_.columnRect(2).center());
     EXPECT_EQ(chart_.currentBar(), 2);

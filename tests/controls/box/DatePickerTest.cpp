@@ -272,4 +272,22 @@ TEST_F(DateBox, HoldsTheTypedDateWhenAWindowHearsOfTheLeaving) {
     EXPECT_EQ(date_.text(), "01/02/2026");
 }
 
+// As the screen tells it when another window comes in front: without the reason.
+TEST_F(DateBox, IsTypedOnInWhenAnotherWindowHasGoneAgain) {
+    const auto anotherComesAndGoes = [&] {
+        QFocusEvent about(QEvent::FocusAboutToChange);
+        QFocusEvent out(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+        QFocusEvent in(QEvent::FocusIn, Qt::ActiveWindowFocusReason);
+        for (QFocusEvent* event : {&about, &out, &in})
+            QApplication::sendEvent(&date_, event);
+    };
+    anotherComesAndGoes();
+    EXPECT_EQ(date_.selectedText(), "24/12/2025");
+    type("0102");
+    anotherComesAndGoes();
+    type("2026");
+    EXPECT_EQ(date_.text(), "01/02/2026");
+    EXPECT_EQ(date_.value(), QDate(2026, 2, 1));
+}
+
 } // namespace

@@ -244,6 +244,15 @@ TEST_F(FormLife, AFailingHandlerIsReportedAndGoesNoFurther) {
     click(form, "cmdSalvar");
 }
 
+// No failure is announced: a message about it would fail the test.
+TEST_F(FormLife, WhatNobodyHasAskedForFailsInSilenceAndWaitsLikeTheRest) {
+    EXPECT_FALSE(quietly([] { throw std::runtime_error("sem rede"); }));
+    bool ran = false;
+    EXPECT_TRUE(quietly([&] { ran = true; }));
+    EXPECT_TRUE(ran);
+    const HandlersPaused paused;
+    EXPECT_FALSE(quietly([] { ADD_FAILURE() << "in the middle of work"; }));
+}
 TEST_F(FormLife, AFailingLoadShowsNoWindow) {
     auto& form = frmTeste::instance();
     form.onLoad = [] { throw std::runtime_error("sem tabela"); };
