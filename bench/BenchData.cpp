@@ -1,11 +1,13 @@
 #include "bench/BenchData.h"
 
 #include "jet/Database.h"
+#include "jet/Disk.h"
 #include "tools/SampleData.h"
 #include "tools/ShopSchema.h"
 
 #include <sqlite3.h>
 
+#include <fstream>
 #include <map>
 #include <random>
 #include <stdexcept>
@@ -75,14 +77,18 @@ ShopFiles make(std::int64_t cheques) {
     ShopFiles files{benchFolder() / (name + ".mdb"), benchFolder() / (name + ".sqlite"),
                     std::max<std::int64_t>(20, cheques / kChequesOfAClient)};
     makeShop(files.mdb, {files.clients, 20, cheques, cheques / 100});
-    jet::Database database(files.mdb);
-    Sqlite target(files.sqlite);
-    target.run("begin");
-    for (const std::string& table : database.tableNames())
-        copyTable(database.table(table), target);
-    target.run("commit");
-    target.run("analyze");
+    copyToSqlite(files.mdb, files.sqlite);
     return files;
+}
+
+/// A copy that is on the disk: else the first durable commit that is measured would wait for all of
+/// it.
+void copyToDisk(const std::filesystem::path& from, const std::filesystem::path& to) {
+    std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing);
+    int error = 0;
+    const auto file = jet::Disk::system().open(to, jet::Disk::Mode::readWrite, error);
+    if (!file || file->sync() != 0)
+        throw std::runtime_error("could not write " + to.string());
 }
 
 } // namespace
@@ -108,18 +114,35 @@ void makeShop(const std::filesystem::path& mdb, const SampleSize& size) {
     fillWithSamples(database, size, kSeed, jet::Date::of({2026, 3, 31}));
 }
 
+void copyToSqlite(const std::filesystem::path& mdb, const std::filesystem::path& sqlite) {
+    jet::Database database(mdb);
+    Sqlite target(sqlite);
+    target.run("begin");
+    for (const std::string& table : database.tableNames())
+        copyTable(database.table(table), target);
+    target.run("commit");
+    target.run("analyze");
+}
+
 const ShopFiles& shopFiles(std::int64_t cheques) {
     static std::map<std::int64_t, ShopFiles> made;
     const auto known = made.find(cheques);
     return known != made.end() ? known->second : made.emplace(cheques, make(cheques)).first->second;
 }
 
+double memoryOf(const char* which) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with(which))
+            return std::stod(line.substr(std::string(which).size() + 1)) / 1024;
+    return 0;
+}
+
 ShopFiles shopCopy(std::int64_t cheques) {
     const ShopFiles& original = shopFiles(cheques);
     ShopFiles copy{benchFolder() / "copy.mdb", benchFolder() / "copy.sqlite", original.clients};
-    constexpr auto kOver = std::filesystem::copy_options::overwrite_existing;
-    std::filesystem::copy_file(original.mdb, copy.mdb, kOver);
-    std::filesystem::copy_file(original.sqlite, copy.sqlite, kOver);
+    copyToDisk(original.mdb, copy.mdb);
+    copyToDisk(original.sqlite, copy.sqlite);
     return copy;
 }
 

@@ -14,6 +14,9 @@ const std::filesystem::path& benchFolder();
 /// A new database file of the shop with invented rows.
 void makeShop(const std::filesystem::path& mdb, const SampleSize& size);
 
+/// A new database of SQLite with the same tables, columns, keys and indexes.
+void copyToSqlite(const std::filesystem::path& mdb, const std::filesystem::path& sqlite);
+
 /// The same invented shop twice: as our database and as one of SQLite, with the same columns, keys
 /// and indexes. Made when first asked for, in a temporary folder that goes with the program.
 struct ShopFiles {
@@ -22,6 +25,9 @@ struct ShopFiles {
     std::int64_t clients;
 };
 const ShopFiles& shopFiles(std::int64_t cheques);
+
+/// What the program takes, in MB: "VmRSS" at this moment, "VmHWM" the most so far.
+double memoryOf(const char* which);
 
 /// Copies of both, to be written to.
 ShopFiles shopCopy(std::int64_t cheques);

@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <ctime>
-#include <fstream>
 #include <functional>
 #include <map>
 #include <string>
@@ -190,14 +189,6 @@ std::filesystem::path folderOf(const std::string& name) {
     return folder;
 }
 
-double largestMegabytes() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with("VmHWM:"))
-            return std::stod(line.substr(6)) / 1024;
-    return 0;
-}
-
 void measureFile(const std::filesystem::path& file) {
     const auto folder = folderOf("given");
     std::filesystem::copy_file(file, folder / "automacao.mdb");
@@ -205,7 +196,7 @@ void measureFile(const std::filesystem::path& file) {
     for (const auto& [operation, ms] : measure(folder))
         std::printf("%-40s %9.3f\n", operation.c_str(), ms);
     std::printf("%-40s %9.0f\n", "wanted, at most", kWantedMs);
-    std::printf("%-40s %9.1f\n%-40s %9d\n", "largest memory (MB)", largestMegabytes(),
+    std::printf("%-40s %9.1f\n%-40s %9d\n", "largest memory (MB)", memoryOf("VmHWM"),
                 "wanted, at most", 200);
 }
 

@@ -3,10 +3,11 @@
 #
 #   scripts/bench.sh              with a million cheques; some minutes
 #   scripts/bench.sh windows      also what the operator waits for in the windows, with few cheques
-#                                 and with a million, when many are deleted, and with reports
-#   scripts/bench.sh FILE         the windows alone, on a copy of a file made by "valtrino-mdb
-#                                 sample": near the largest size of its format making it and
-#                                 measuring it takes an hour
+#                                 and with a million, what the panel's sums cost, when many are
+#                                 deleted, and with reports
+#   scripts/bench.sh FILE         the windows, and what is listed of all cheques, on a copy of a file
+#                                 made by "valtrino-mdb sample": near the largest size of its format
+#                                 making it and measuring it takes an hour
 set -euo pipefail
 file=
 [[ ! -f ${1:-} ]] || file=$(realpath "$1")
@@ -15,9 +16,9 @@ source scripts/setup.sh
 
 programs=(shop_bench)
 if [[ -n $file ]]; then
-    programs=(operations_bench)
+    programs=(operations_bench limits_bench)
 elif [[ ${1:-} == windows ]]; then
-    programs+=(operations_bench deletion_bench report_bench)
+    programs+=(operations_bench portfolio_bench deletion_bench report_bench)
 fi
 
 need build test
