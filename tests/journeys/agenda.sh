@@ -51,6 +51,9 @@ compare_the_calendar() {
     ! grep -v $'\r$' "$place/dias.ics" || fail "a line without CR LF"
 }
 
+# The list as it was saved: each day's cheques, and below them, with no number, their sum.
+listed() { tail -n +2 "$place/lista.csv" | tr -d '\r'; }
+
 compare_the_list() {
     keys alt+m alt+i
     until_window "Cheques por vencimento"
@@ -62,8 +65,11 @@ compare_the_list() {
     keys Escape
     until_window "Agenda de vencimentos"
     diff <(cheques_due "$first" "$last" | sed 's/\([0-9]*\)-\([0-9]*\)-\([0-9]*\)/\3\/\2\/\1/; s/00$//' |
-        sort) <(tail -n +2 "$place/lista.csv" | tr -d '\r' |
-        awk -F';' '{ sub(",", ".", $9); print $6, $9 }' | sort) || fail "the rows of the list"
+        sort) <(listed | awk -F';' '$1 != "" { sub(",", ".", $9); print $6, $9 }' | sort) ||
+        fail "the rows of the list"
+    diff <(days_expected | sed 's/\.//g') <(listed | awk -F';' '$1 == "" {
+        split($2, sum, " "); split($6, day, "/"); print day[3] day[2] day[1], sum[2], $9 }') ||
+        fail "the sums within the list"
     read -r count sum < <(cheques_due "$first" "$last" | in_words)
     pdftotext -layout "$place/lista.pdf" - | tr -s ' ' > "$place/lista.txt"
     grep -q "Cheques: $count Total: $sum" "$place/lista.txt" || fail "the list's sum $sum of $count"
