@@ -162,6 +162,19 @@ void FrmLocCHTerceiros::acrescentarLinha(const char* campoNome, const QIcon& ico
     lstterceiros->addItem(std::move(linha));
 }
 
+std::optional<std::int64_t> FrmLocCHTerceiros::clienteMostrado() const {
+    const int linha = lstterceiros->currentRow();
+    if (linha < 0)
+        return std::nullopt;
+    ado::Recordset cheque;
+    cheque.Open(
+        ListaDeCheques::comandoDoCliente(Mirtal::modo, lstterceiros->text(linha, kLancamento)),
+        dbconectar::instance().Automacao);
+    if (cheque.EOF() || cheque["cliente"].isNull())
+        return std::nullopt;
+    return cheque["cliente"].integer();
+}
+
 void FrmLocCHTerceiros::lstterceiros_ItemCheck(int linha, bool marcado) {
     const QString mostrado = lstterceiros->text(linha, kValor);
     const Amount mais = marcado ? ListaDeCheques::somaAoMarcar(mostrado)

@@ -3,11 +3,14 @@
 #include "ado/Shown.h"
 #include "controls/typing/Formato.h"
 #include "controls/window/Form.h"
+#include "shell/ClienteMostrado.h"
 #include "ui_FrmLocCHTerceiros.h"
 
 #include <QStringList>
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,7 +29,7 @@ class Recordset;
 /// shown the window says so and stays. The list is empty until a filter is used, and each filter
 /// replaces it. The mode is read at load, at each filling and at each pick, so it must stay the
 /// same while the window is open.
-class FrmLocCHTerceiros final : public Form, private Ui::FrmLocCHTerceiros {
+class FrmLocCHTerceiros final : public Form, public ClienteMostrado, private Ui::FrmLocCHTerceiros {
     Q_OBJECT
 public:
     FrmLocCHTerceiros();
@@ -35,6 +38,9 @@ public:
 
     /// For who lists bounced cheques, of which none is to be deposited. Until the window closes.
     void ocultarDescontar();
+
+    /// That of the current row's cheque, as long as that is in the file.
+    [[nodiscard]] std::optional<std::int64_t> clienteMostrado() const override;
 
 private:
     void Form_Load() override;

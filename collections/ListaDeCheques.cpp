@@ -31,6 +31,10 @@ QString comando(const QString& modo, const QString& onde) {
     return Mirtal::comClienteEBanco(tabela(modo).nome) + onde + tabela(modo).ordem;
 }
 
+QString comandoDoCliente(const QString& modo, const QString& lancamento) {
+    return QString("select cliente from %1 where lancamento=%2").arg(tabela(modo).nome, lancamento);
+}
+
 QString ondeDescontar(bool descontar) {
     return descontar ? " where descontar=true " : " where descontar=false ";
 }

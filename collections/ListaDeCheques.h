@@ -14,6 +14,9 @@ namespace ListaDeCheques {
 /// then by date. `onde` is one of the where clauses below, or "" for all cheques.
 [[nodiscard]] QString comando(const QString& modo, const QString& onde);
 
+/// The statement for the client of one cheque, by its entry number.
+[[nodiscard]] QString comandoDoCliente(const QString& modo, const QString& lancamento);
+
 /// The received cheques that the shop deposits itself, or those that clients come to exchange.
 [[nodiscard]] QString ondeDescontar(bool descontar);
 [[nodiscard]] QString ondeBanco(std::int64_t codigo);

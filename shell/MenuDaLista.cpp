@@ -14,8 +14,8 @@ namespace MenuDaLista {
 namespace {
 
 /// Those whose rows are of one client each; not those of sums.
-constexpr const char* kListas[] = {"lstcheques", "lsthistorico", "Lstcheques", "LstEncontrado",
-                                   "lstclientes"};
+constexpr const char* kListas[] = {"lstcheques",  "lsthistorico", "Lstcheques",
+                                   "lstclientes", "lstterceiros", "LstEncontrado"};
 
 ListView* listaDe(QObject& watched) {
     auto* lista = qobject_cast<ListView*>(&watched);

@@ -4,8 +4,10 @@
 #include "agenda/FrmAgenda.h"
 #include "agenda/FrmFicha.h"
 #include "agenda/FrmHistorico.h"
+#include "collections/FrmLocCHTerceiros.h"
 #include "controls/box/ListView.h"
 #include "shell/MDICheques.h"
+#include "shell/Mirtal.h"
 #include "shell/frmlocalizar.h"
 #include "support/ChequeShop.h"
 
@@ -136,6 +138,45 @@ TEST_F(ListMenu, OfTheClientsFoundOpensTheSheetAndChoosesNone) {
     askByMouse(list, list.rowRect(0).center());
     EXPECT_EQ(sheetAfter([] { choose(Qt::Key_F); }), "Carla Reis");
     EXPECT_TRUE(finder.isVisible());
+}
+
+TEST_F(ListMenu, OfTheChequesToSettleOpensTheSheetOfTheRowsClient) {
+    given("semfundos", {
+                           {{"cliente", number(kCarla)},
+                            {"banco", number(kNorte)},
+                            {"numero", words("000900")},
+                            {"valor", money(10)}}
+    });
+    const std::pair<const char*, const char*> kWhoseIsLast[] = {
+        {"Baixar",      "Bento Dias"},
+        {"localizarCH", "Bento Dias"},
+        {"localizarSF", "Carla Reis"},
+    };
+    for (const auto& [mode, whose] : kWhoseIsLast) {
+        SCOPED_TRACE(mode);
+        Mirtal::modo = mode;
+        auto& finder = open<FrmLocCHTerceiros>();
+        EXPECT_EQ(finder.clienteMostrado(), std::nullopt);
+        type(finder, "txtbanco", "B");
+        auto& list = control<ListView>(finder, "lstterceiros");
+        ASSERT_GT(list.count(), 0);
+        askByMouse(list, list.rowRect(list.count() - 1).center());
+        EXPECT_EQ(sheetAfter([] { choose(Qt::Key_F); }), whose);
+        activate(finder);
+        press(Qt::Key_Escape);
+    }
+}
+
+TEST_F(ListMenu, OfAChequeThatAnotherHasSettledSinceTellsOfNoClient) {
+    Mirtal::modo = "Baixar";
+    auto& finder = open<FrmLocCHTerceiros>();
+    type(finder, "txtbanco", "B");
+    auto& list = control<ListView>(finder, "lstterceiros");
+    list.setCurrentRow(0);
+    EXPECT_EQ(finder.clienteMostrado(), kAna);
+    data().rsCheques.MoveFirst();
+    data().rsCheques.Delete();
+    EXPECT_EQ(finder.clienteMostrado(), std::nullopt);
 }
 
 TEST_F(ListMenu, OfThePanelOpensTheAgendaToo) {
