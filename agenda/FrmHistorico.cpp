@@ -38,13 +38,13 @@ constexpr const char* kSomas[] = {"Cliente", "Banco", "Operação", "Mês"};
 
 // clang-format off
 const std::vector<ListColumn> kColunas = {
-    {"Data e hora", 2300, Qt::AlignLeft},
-    {"Operação",    1500, Qt::AlignLeft},
+    {"Data e hora", 2300, Qt::AlignLeft,  "", "00/00/0000 00:00"},
+    {"Operação",    1500, Qt::AlignLeft,  "", "renegociação"},
     {"Nº  Cheque",  1200, Qt::AlignLeft},
-    {"Cliente",     2400, Qt::AlignLeft},
-    {"Banco",       1300, Qt::AlignLeft},
-    {"Dt.Vencto",   1500, Qt::AlignLeft},
-    {"Valor R$",    1500, Qt::AlignRight},
+    {"Cliente",     2400, Qt::AlignLeft,  "", "Ana Maria de Souza"},
+    {"Banco",       1300, Qt::AlignLeft,  "", "Banco da Serra"},
+    {"Dt.Vencto",   1500, Qt::AlignLeft,  "", "00/00/0000"},
+    {"Valor R$",    1500, Qt::AlignRight, "", "000.000,00"},
     {"Estação",     1000, Qt::AlignLeft}
 };
 const std::vector<ListColumn> kColunasDasSomas = {

@@ -79,16 +79,16 @@ std::vector<ListColumn> colunas() {
     // clang-format off
     return {
         {"Nº  Cheque",     1200, Qt::AlignLeft},
-        {"Cliente",        2100, Qt::AlignLeft},
-        {"Banco",          1400, Qt::AlignLeft},
+        {"Cliente",        2100, Qt::AlignLeft,    "",                     "Ana Maria de Souza"},
+        {"Banco",          1400, Qt::AlignLeft,    "",                     "Banco da Serra"},
         {"Agência",         700, Qt::AlignLeft},
         {"Dt. Emissão",    1150, Qt::AlignHCenter},
         {"Vencimento",     1150, Qt::AlignHCenter, "Vencimento do cheque"},
-        {"Dia útil",        900, Qt::AlignHCenter, "Dia útil do banco"},
-        {"Vence",          1100, Qt::AlignLeft},
-        {"Valor R$",       1150, Qt::AlignRight},
+        {"Dia útil",        900, Qt::AlignHCenter, "Dia útil do banco",    "seg 00/00"},
+        {"Vence",          1100, Qt::AlignLeft,    "",                     "em 000 dias"},
+        {"Valor R$",       1150, Qt::AlignRight,   "",                     "000.000,00"},
         {"Apresentar até", 1350, Qt::AlignHCenter},
-        {"Aviso",          1850, Qt::AlignLeft}
+        {"Aviso",          1850, Qt::AlignLeft,    "",                     "⚠ Último dia (30)"}
     };
     // clang-format on
 }

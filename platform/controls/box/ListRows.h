@@ -11,6 +11,9 @@ struct ListColumn {
     Qt::Alignment alignment = Qt::AlignLeft;
     /// What stands in it, for who hears it; empty if the caption says so. See setColumnName().
     QString name = {};
+    /// A text that there is room for, however narrow the list is; empty if the caption says how
+    /// wide.
+    QString atLeast = {};
 };
 
 /// A row of a ListView: what stands in the first column and, as sub-items, in the others.

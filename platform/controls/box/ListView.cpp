@@ -12,6 +12,7 @@
 #include <QStyleOptionViewItem>
 #include <QStyledItemDelegate>
 #include <QTimerEvent>
+#include <QtMath>
 
 #include <algorithm>
 #include <utility>
@@ -225,8 +226,14 @@ int ListView::leastFirstWidth() const {
 
 int ListView::leastWidth(int column) const {
     const int own = column == 0 ? leastFirstWidth() : kNarrowestColumn;
+    if (dragged_)
+        return own;
     const bool named = !columnCaption(column).trimmed().isEmpty();
-    return dragged_ || !named ? own : std::max(own, header()->sectionSizeHint(column));
+    const QString& text = model_->columns()[static_cast<std::size_t>(column)].atLeast;
+    const int margin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
+    return std::max(
+        {own, named ? header()->sectionSizeHint(column) : 0,
+         text.isEmpty() ? 0 : qCeil(QFontMetricsF(font()).horizontalAdvance(text)) + 2 * margin});
 }
 
 void ListView::shareWidth() {

@@ -221,6 +221,22 @@ TEST_F(BankList, NoColumnIsNarrowerThanItsHeadingUnlessTheOperatorMakesItSo) {
     EXPECT_LT(list_->columnWidth(2), list_->columnWidth(1));
 }
 
+TEST_F(BankList, AColumnHasRoomForWhatItMustHoweverNarrowTheListIs) {
+    const QString amount = "000.000.000,00";
+    list_->setColumns({
+        {"Nome", 40 },
+        { "R$", 1, Qt::AlignRight, "", amount}
+    });
+    list_->addItem(
+        {.key = "k", .text = "Norte", .subItems = {amount}, .icon = {}, .checked = false});
+    for (const int width : {500, 60}) {
+        window_.resize(width, 300);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(list_->columnWidth(1),
+                  static_cast<QAbstractItemView*>(list_)->sizeHintForColumn(1));
+    }
+}
+
 // Where the scroll bar will stand when there are more rows.
 TEST_F(BankList, RowsAndHeadingsGoOnToTheEdge) {
     aplicarEstilo(*qApp); // which draws them
