@@ -1,8 +1,9 @@
 // What it takes to keep the sums of a million cheques that the day's panel shows, beside what
-// SQLite takes to sum them once; and what the agenda of as many takes.
+// SQLite takes to sum them once; and what the agenda and the history of as many take.
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
 #include "agenda/FrmAgenda.h"
+#include "agenda/FrmHistorico.h"
 #include "agenda/SomasDaCarteira.h"
 #include "bench/BenchData.h"
 #include "bench/BenchWindows.h"
@@ -25,6 +26,7 @@ using namespace std::chrono_literals;
 
 constexpr std::int64_t kCheques = 1'000'000;
 constexpr int kTimes = 21;
+constexpr int kDeleted = 60'000;
 constexpr double kWantedMs = 20;
 /// As the program asks for.
 constexpr std::chrono::microseconds kPiece = 4ms;
@@ -89,10 +91,7 @@ void print(const char* what, double ms, double wanted) {
 }
 
 /// Of the week after the day on which the invented shop's clock stands.
-void measureAgenda(const std::filesystem::path& file) {
-    std::filesystem::rename(file, file.parent_path() / "automacao.mdb");
-    Mirtal::DatabaseFolder = QString::fromStdString(file.parent_path().string());
-    dbconectar::instance().abrir();
+void measureAgenda() {
     double begin = processorMs();
     auto& agenda = shown<FrmAgenda>();
     QApplication::processEvents();
@@ -108,7 +107,23 @@ void measureAgenda(const std::filesystem::path& file) {
     print("and a week of it listed", processorMs() - begin, 0);
     std::printf("%-52s %10d\n", "  its cheques", cheques.count());
     agenda.unload();
-    dbconectar::descartar();
+}
+
+/// Of a purge of today's.
+void measureHistory() {
+    ado::Recordset& cheques = dbconectar::instance().rsCheques;
+    Mirtal::excluirMuitos("excluído", Historico::kExpurgo, [&] {
+        cheques.MoveFirst();
+        for (int i = 0; i < kDeleted; ++i, cheques.MoveNext())
+            cheques.Delete();
+    });
+    const double begin = processorMs();
+    auto& history = shown<FrmHistorico>();
+    const auto& rows = control<ListView>(history, "lsthistorico");
+    while (rows.count() < kDeleted)
+        QApplication::processEvents();
+    print("the history of 60,000 deleted ones opened", processorMs() - begin, 0);
+    history.unload();
 }
 
 MessageAnswer refuse(const Message& message) {
@@ -153,6 +168,11 @@ int main(int argc, char** argv) {
 
     const ShopFiles files = shopCopy(kCheques);
     measureSums(files);
-    measureAgenda(files.mdb);
+    std::filesystem::rename(files.mdb, files.mdb.parent_path() / "automacao.mdb");
+    Mirtal::DatabaseFolder = QString::fromStdString(files.mdb.parent_path().string());
+    dbconectar::instance().abrir();
+    measureAgenda();
+    measureHistory();
+    dbconectar::descartar();
     return EXIT_SUCCESS;
 }

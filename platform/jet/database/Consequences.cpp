@@ -129,7 +129,7 @@ void Consequences::check(const Need& need) const {
 
 void Consequences::check(const Left& refused) const {
     const Relationship& bond = *refused.bond;
-    if (!hasChild(bond, refused.old) || hasParent(bond, refused.old))
+    if (!hasChild(bond, refused.old))
         return;
     const Table& child = tableAt(database_, bond.child);
     const Table& parent = tableAt(database_, bond.parent);
