@@ -2,6 +2,7 @@
 
 #include "agenda/Agenda.h"
 #include "jet/Database.h"
+#include "support/OtherStations.h"
 
 #include <QTest>
 
@@ -72,6 +73,38 @@ TEST_P(Portfolio, SumsByDueDateAndByClient) {
     EXPECT_EQ(bounced(), "2 cheques, R$ 15,50");
     EXPECT_THAT(largest(2), ElementsAre("3: 4 cheques, R$ 57.000,00", "1: 3 cheques, R$ 6.020,05"));
     EXPECT_EQ(largest(5).size(), 3U);
+}
+
+/// While a deletion can't be written another station writes: it is undone by the next reading, and
+/// who made it has to be told, whoever read.
+TEST_P(Portfolio, WhatIsUndoneWhileItReadsIsHandedOn) {
+    givenCheques();
+    ASSERT_TRUE(eventuallyInHand("10 cheques, R$ 63.131,04"));
+    carteira_.acompanhar(false);
+    data().Automacao.flush();
+    data().rsBancos.MoveFirst();
+    data().rsBancos.Delete();
+    {
+        const WritingProgram other(shop().file(), GetParam());
+        EXPECT_THROW(data().Automacao.flush(), jet::Error);
+    }
+    {
+        jet::Database other(shop().file());
+        jet::Table& banks = other.table("bancos");
+        jet::Row bank(banks.columns().size());
+        bank[*banks.findColumn("nome")] = std::string("Banco de outra estação");
+        banks.insert(bank);
+        other.flush();
+    }
+    EXPECT_EQ(data().perdido(), "");
+    QString lost;
+    EXPECT_TRUE(eventually([&] {
+        lost = data().perdido();
+        return !lost.isEmpty();
+    }));
+    EXPECT_TRUE(lost.contains("outra estação alterou o banco de dados")) << qPrintable(lost);
+    EXPECT_TRUE(eventuallyInHand("10 cheques, R$ 63.131,04"));
+    EXPECT_EQ(rows("select * from bancos").size(), 3U);
 }
 
 TEST_P(Portfolio, OfEqualClientsTheLowerCodeComesFirst) {
