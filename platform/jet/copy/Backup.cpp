@@ -159,7 +159,7 @@ std::vector<std::filesystem::path> Backup::copies() const {
 // ---- what copies are worth --------------------------------------------------------------------
 
 bool Backup::isSound(const Disk::Entry& entry, const std::stop_token& stop) {
-    if (!entry.isFile || entry.size == 0)
+    if (!entry.isFile)
         return false;
     const auto known = checked_.find(entry.name);
     if (known != checked_.end() && known->second.entry == entry)

@@ -58,7 +58,7 @@ private:
         return {CommitPairs(database_, format_), database_.size(), database_.changedAt()};
     }
     [[nodiscard]] std::uint64_t rest() const {
-        return now_.size - std::min(next_, now_.size) + again_.size() * format_.pageSize;
+        return now_.size - next_ + again_.size() * format_.pageSize;
     }
     void beginAnew() {
         next_ = 0;
@@ -111,7 +111,6 @@ void Copying::learn(const Moment& now) {
     if (!learnFromJournal(now))
         beginAnew();
     now_ = now;
-    next_ = std::min(next_, now.size);
 }
 
 /// True if all that was written since the last part is what the journal tells of.
