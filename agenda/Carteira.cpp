@@ -2,7 +2,7 @@
 
 #include "agenda/SomasDaCarteira.h"
 #include "controls/window/Failure.h"
-#include "jet/Database.h"
+#include "jet/Error.h"
 #include "shell/dbconectar.h"
 
 #include <chrono>
@@ -48,10 +48,10 @@ void Carteira::olhar() {
     if (!acompanha_ || isFailing() || HandlersPaused::anyLives() || !podeLer())
         return;
     ado::Connection& base = dbconectar::instance().Automacao;
-    const jet::Database& arquivo = base.database();
-    const bool pendia = arquivo.tally().gathered > 0;
+    ado::Store& dados = base.store();
+    const bool pendia = dados.tally().gathered > 0;
     try {
-        const jet::Reading leitura(base.database());
+        const auto leitura = dados.hold();
         if (!somas_)
             somas_ = std::make_unique<SomasDaCarteira>(base);
         if (somas_->continuar(kPedaco))
@@ -59,7 +59,7 @@ void Carteira::olhar() {
     } catch (const jet::Error& falha) {
         if (falha.code() == jet::Errc::locked) // by another station or program, for a moment
             return;
-        if (falha.code() == jet::Errc::conflict && pendia && arquivo.tally().gathered == 0)
+        if (falha.code() == jet::Errc::conflict && pendia && dados.tally().gathered == 0)
             return dbconectar::instance().anotarPerdido(falha.what()); // what was to be written
         somas_.reset();
         if (falha.code() == jet::Errc::corrupt || falha.code() == jet::Errc::io)
@@ -81,10 +81,10 @@ bool Carteira::podeLer() {
         concluir();
         return false;
     }
-    const jet::Database& base = dados.Automacao.database();
+    const ado::Connection& base = dados.Automacao;
     if (!pausa_.hasExpired() || base.inTransaction())
         return false;
-    if (base.isTakenByOther() && ++esperas_ <= kMaisEsperas)
+    if (base.store().isTakenByOther() && ++esperas_ <= kMaisEsperas)
         return false;
     esperas_ = 0;
     return true;

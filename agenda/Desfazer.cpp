@@ -24,10 +24,10 @@ public:
     /// Undoes what the history's row tells. @return why not, or "".
     QString linha(const ado::Recordset& historico) {
         const std::string tabela = historico["tabela"].text();
-        if (!base_.database().hasTable(tabela))
+        if (!base_.store().hasTable(tabela))
             return "a tabela \"" + QString::fromStdString(tabela) + "\" não existe mais.";
         ado::Recordset& rs = conjunto(tabela);
-        const auto campos = base_.database().table(tabela).columns();
+        const auto campos = base_.store().shape(tabela).columns();
         const bool havia = !historico["antes"].isNull();
         const bool ficou = !historico["depois"].isNull();
         const bool existe =
@@ -103,7 +103,7 @@ QString Desfazer::desfazer(std::int32_t grupo) {
     ado::Connection& base = dbconectar::instance().Automacao;
     const Historico::Operacao operacao(dbconectar::instance().historico, Historico::kDesfazer);
     ado::Transaction tudo(base);
-    base.database().claim(); // from here on nobody else changes anything
+    base.store().claim(); // from here on nobody else changes anything
     ado::Recordset historico;
     historico.Open("select * from " + std::string(Historico::kTabela) +
                        " where grupo=" + std::to_string(grupo) + " order by id desc",

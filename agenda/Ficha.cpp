@@ -129,7 +129,7 @@ QString nome(Prazo prazo) { return kNomes[prazo].inteiro; }
 QString nomeCurto(Prazo prazo) { return kNomes[prazo].curto; }
 
 Cliente ler(std::int64_t codigo, const QDate& hoje) {
-    return dbconectar::instance().Automacao.database().onSnapshot([&] {
+    return dbconectar::instance().Automacao.store().read([&] {
         const QString numero = QString::number(codigo);
         Cliente ficha;
         lerCadastro(ficha, numero);

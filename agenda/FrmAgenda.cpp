@@ -18,7 +18,6 @@
 #include "shell/dbconectar.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QMouseEvent>
 #include <QSaveFile>
 #include <QShortcut>
@@ -425,10 +424,9 @@ void FrmAgenda::cmdcalendario_Click() {
         chooseFile({FileChoice::newFile, kTitulo, "Vencimentos.ics", "Calendário (*.ics)"});
     if (!caminho)
         return;
-    const QString arquivo =
-        QString::fromStdString(dbconectar::instance().Automacao.database().path().string());
     const QByteArray ics =
-        Calendario::ics(Vencimentos::porDia(cheques_), QFileInfo(arquivo).canonicalFilePath(),
+        Calendario::ics(Vencimentos::porDia(cheques_),
+                        QString::fromStdString(dbconectar::instance().Automacao.store().identity()),
                         QDateTime::currentDateTimeUtc());
     QSaveFile novo(*caminho);
     const bool gravado =

@@ -42,7 +42,7 @@ Soma vezes(int quantas, const Soma& soma) {
 SomasDaCarteira::SomasDaCarteira(ado::Connection& base)
     : cheques_(base, "cheques", {"valor", "bompara", "cliente"},
                [this](std::uint32_t bloco, Linhas& linhas) { tomarCheques(bloco, linhas); }) {
-    if (base.database().hasTable("semfundos"))
+    if (base.store().hasTable("semfundos"))
         devolvidos_.emplace(
             base, "semfundos", std::vector<ado::Text>{"valor"},
             [this](std::uint32_t bloco, Linhas& linhas) { tomarDevolvidos(bloco, linhas); });

@@ -98,7 +98,7 @@ Dias dias(Periodo periodo, const QDate& hoje) {
 }
 
 std::vector<Cheque> procurar(const Procura& procura) {
-    std::vector<Cheque> cheques = dbconectar::instance().Automacao.database().onSnapshot(
+    std::vector<Cheque> cheques = dbconectar::instance().Automacao.store().read(
         [onde = condicao(procura)] { return ler(onde); });
     porVencimento(cheques);
     return cheques;
@@ -106,7 +106,7 @@ std::vector<Cheque> procurar(const Procura& procura) {
 
 std::vector<Cheque> reler(std::span<const std::int64_t> lancamentos) {
     constexpr std::size_t kPorInstrucao = 500;
-    std::vector<Cheque> cheques = dbconectar::instance().Automacao.database().onSnapshot([&] {
+    std::vector<Cheque> cheques = dbconectar::instance().Automacao.store().read([&] {
         std::vector<Cheque> lidos;
         for (auto resto = lancamentos; !resto.empty();) {
             const auto estes = resto.first(std::min(kPorInstrucao, resto.size()));

@@ -1,7 +1,6 @@
 #include "reports/FonteDeCheques.h"
 
 #include "controls/look/BusyCursor.h"
-#include "jet/Database.h"
 #include "reports/LayoutDoRelatorio.h"
 #include "shell/Valores.h"
 
@@ -30,9 +29,9 @@ constexpr qint64 kLinhasPorParte = 64;
 FonteDeCheques::FonteDeCheques(const Relatorios::Escolha& escolha, ado::Connection& conexao)
     : conexao_(conexao), valor_(static_cast<std::size_t>(
                              LayoutDoRelatorio::colunas().indexOf(LayoutDoRelatorio::kValor))) {
-    jet::Database& arquivo = conexao.database();
-    arquivo.onSnapshot([] {}); // so that what others have saved by now is no change
-    estado_ = arquivo.generation();
+    ado::Store& dados = conexao.store();
+    dados.onSnapshot([] {}); // so that what others have saved by now is no change
+    estado_ = dados.generation();
     rs_.Open(Relatorios::instrucao(escolha), conexao, ado::CursorType::ForwardOnly,
              ado::LockType::ReadOnly);
     const ado::Recordset& rs = rs_;
@@ -70,18 +69,18 @@ NextRow FonteDeCheques::next(std::vector<ReportValue>& values) {
 
 /// The next part; false if it is the first one of rows that begin anew.
 bool FonteDeCheques::ler() {
-    jet::Database& arquivo = conexao_.database();
+    ado::Store& dados = conexao_.store();
     bool continua = true;
     // Twice if we had something to save ourselves: then nobody was kept from it meanwhile.
     do {
-        arquivo.onSnapshot([&] {
-            if (arquivo.generation() != estado_ || !inteira_) {
+        dados.onSnapshot([&] {
+            if (dados.generation() != estado_ || !inteira_) {
                 continua = false;
                 recomecar();
             }
             lerParte();
         });
-    } while (arquivo.generation() != estado_);
+    } while (dados.generation() != estado_);
     return continua;
 }
 
@@ -89,7 +88,7 @@ void FonteDeCheques::recomecar() {
     ++vezes_;
     primeira_ = inteira_ = true;
     fim_ = false;
-    estado_ = conexao_.database().generation();
+    estado_ = conexao_.store().generation();
     rs_.Requery();
 }
 

@@ -108,7 +108,7 @@ void BarraDeStatus::mostrarNoticia(const QString& texto) {
 void BarraDeStatus::mostrarConsulta() {
     if (!dbconectar::instance().aberto())
         return;
-    const auto motivo = dbconectar::instance().Automacao.database().readOnlyReason();
+    const auto motivo = dbconectar::instance().Automacao.store().readOnlyReason();
     consulta_->setVisible(motivo.has_value());
     consulta_->setToolTip(QString::fromStdString(motivo.value_or("")));
     describe(*consulta_, consulta_->toolTip());
@@ -132,7 +132,7 @@ void BarraDeStatus::mostrarDano(const std::optional<Dano>& dano) {
     if (!dano || !dbconectar::instance().aberto())
         return lerAvisos();
     const QString arquivo =
-        QString::fromStdString(dbconectar::instance().Automacao.database().path().string());
+        QString::fromStdString(dbconectar::instance().Automacao.store().place());
     dano_->setToolTip(dano->achado);
     describe(*dano_, dano->achado);
     lerAvisos();

@@ -26,10 +26,10 @@ void Gravacao::tentar() {
         return;
     try {
         base.flushIfDue();
-        if (base.database().tally().gathered == 0)
+        if (base.store().tally().gathered == 0)
             falhou_ = false;
     } catch (const std::exception& erro) {
-        const bool espera = base.database().tally().gathered > 0;
+        const bool espera = base.store().tally().gathered > 0;
         // What is undone is news, whatever has been said before.
         if (!std::exchange(falhou_, espera) || !espera)
             naoDita_ = QString(erro.what()) + (espera ? kEspera : "");

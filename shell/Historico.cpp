@@ -56,7 +56,7 @@ const std::string& estacao() {
     return nome;
 }
 
-bool temEstrutura(const jet::Table& tabela) {
+bool temEstrutura(const ado::TableShape& tabela) {
     return std::ranges::all_of(estrutura().columns, [&](const jet::ColumnSpec& campo) {
         const auto onde = tabela.findColumn(campo.name);
         return onde && tabela.columns()[*onde].type == campo.type;
@@ -95,8 +95,8 @@ void Historico::aoAvisar(std::function<void(const QString&)> avisar) {
 }
 
 bool Historico::legivel() const {
-    jet::Database& base = base_.database();
-    return base.hasTable(kTabela) && temEstrutura(base.table(kTabela));
+    ado::Store& base = base_.store();
+    return base.hasTable(kTabela) && temEstrutura(base.shape(kTabela));
 }
 
 // ---- what keeps it from being kept
@@ -108,7 +108,7 @@ bool Historico::semParar(Trabalho&& trabalho) {
         trabalho();
         return true;
     } catch (const jet::Error& erro) {
-        if (!soDoHistorico(erro.code()) || base_.database().readOnlyReason())
+        if (!soDoHistorico(erro.code()) || base_.store().readOnlyReason())
             throw;
         impedimento_ = QString("O histórico não está sendo gravado: %1").arg(erro.what());
         if (avisar_)
@@ -117,17 +117,17 @@ bool Historico::semParar(Trabalho&& trabalho) {
     }
 }
 
-bool Historico::keeps(const jet::Table& table, bool isNew) {
+bool Historico::keeps(const ado::TableShape& table, bool isNew) {
     const std::string nome = jet::foldedName(table.name());
     // A received cheque that comes in is none of it; one that comes back is.
     const bool guardada = nome == kDevolvidos || (nome == kRecebidos && (!isNew || operacao_));
-    if (!guardada || !impedimento_.isEmpty() || base_.database().hasTable(kDesligado))
+    if (!guardada || !impedimento_.isEmpty() || base_.store().hasTable(kDesligado))
         return false;
     return semParar([this] { preparar(); });
 }
 
 void Historico::comecar() {
-    jet::Database& base = base_.database();
+    ado::Store& base = base_.store();
     if (impedimento_.isEmpty() && !base.hasTable(kDesligado) && !base.readOnlyReason())
         semParar([this] { preparar(); });
 }
@@ -135,10 +135,10 @@ void Historico::comecar() {
 /// The table, and the recordset on it. Another station may have made it meanwhile, and a
 /// transaction that was undone may have taken it along.
 void Historico::preparar() {
-    jet::Database& base = base_.database();
+    ado::Store& base = base_.store();
     if (!base.hasTable(kTabela)) {
         std::optional<ado::Transaction> propria;
-        if (!base.inTransaction())
+        if (!base_.inTransaction())
             propria.emplace(base_);
         base.claim();
         if (!base.hasTable(kTabela))
@@ -146,26 +146,27 @@ void Historico::preparar() {
         if (propria)
             propria->commit();
     }
-    jet::Table& tabela = base.table(kTabela);
-    if (tabela_ != &tabela || rs_.State() == ado::State::Closed) {
+    const ado::TableShape tabela = base.shape(kTabela);
+    if (tabela_ != tabela.identity() || rs_.State() == ado::State::Closed) {
         rs_.Close();
         if (!temEstrutura(tabela))
             throw jet::Error(
                 Errc::misuse,
                 QString("a tabela \"%1\" é de outro programa.").arg(kTabela).toStdString());
-        if (const auto motivo = tabela.readOnlyReason())
+        if (const auto motivo = base.readOnlyReason(kTabela))
             throw jet::Error(Errc::readOnly, *motivo);
         rs_.Open(kTabela, base_);
         campos_.clear();
         for (const jet::ColumnSpec& campo : estrutura().columns)
             campos_.emplace(campo.name, rs_[campo.name]);
-        tabela_ = &tabela;
+        tabela_ = tabela.identity();
     }
 }
 
 // ---- what is recorded
 
-void Historico::changed(const jet::Table& table, const jet::Row* before, const jet::Row* after) {
+void Historico::changed(const ado::TableShape& table, const jet::Row* before,
+                        const jet::Row* after) {
     if (before && after && *before == *after)
         return;
     const bool feito = semParar([&] { gravar(table, before, after); });
@@ -184,7 +185,7 @@ void Historico::abrirRegistro(std::int32_t grupo, const char* operacao) {
 
 void Historico::anotarBordero(const QString& numero, ado::Currency soma,
                               const std::optional<std::int64_t>& banco) {
-    jet::Database& base = base_.database();
+    ado::Store& base = base_.store();
     if (!impedimento_.isEmpty() || base.hasTable(kDesligado) || base.readOnlyReason())
         return;
     ado::Transaction nota(base_);
@@ -203,7 +204,8 @@ void Historico::anotarBordero(const QString& numero, ado::Currency soma,
         rs_.CancelUpdate();
 }
 
-void Historico::gravar(const jet::Table& table, const jet::Row* before, const jet::Row* after) {
+void Historico::gravar(const ado::TableShape& table, const jet::Row* before,
+                       const jet::Row* after) {
     const std::int32_t grupo = grupo_ != 0 ? grupo_ : novoGrupo();
     const jet::Row& registro = before ? *before : *after;
     const auto campo = [this](const char* nome) -> ado::Field& { return campos_.at(nome); };

@@ -74,14 +74,15 @@ public:
     void anotarBordero(const QString& numero, ado::Currency soma,
                        const std::optional<std::int64_t>& banco);
 
-    [[nodiscard]] bool keeps(const jet::Table& table, bool isNew) override;
-    void changed(const jet::Table& table, const jet::Row* before, const jet::Row* after) override;
+    [[nodiscard]] bool keeps(const ado::TableShape& table, bool isNew) override;
+    void changed(const ado::TableShape& table, const jet::Row* before,
+                 const jet::Row* after) override;
 
 private:
     void preparar();
     /// Begins a record, whoever made it and when in it.
     void abrirRegistro(std::int32_t grupo, const char* operacao);
-    void gravar(const jet::Table& table, const jet::Row* before, const jet::Row* after);
+    void gravar(const ado::TableShape& table, const jet::Row* before, const jet::Row* after);
     template <class Trabalho>
     bool semParar(Trabalho&& trabalho);
     [[nodiscard]] std::int32_t novoGrupo();
@@ -89,7 +90,7 @@ private:
     ado::Connection& base_;
     ado::Recordset rs_;                                     ///< the history, to add to
     std::map<std::string, ado::Field, std::less<>> campos_; ///< of that
-    const jet::Table* tabela_ = nullptr;                    ///< that it is open on
+    const void* tabela_ = nullptr;                          ///< that it is open on
     const char* operacao_ = nullptr;                        ///< of the Operacao that lives
     std::int32_t grupo_ = 0;                                ///< its rows', once there are any
     QString impedimento_;

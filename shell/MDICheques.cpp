@@ -120,8 +120,9 @@ void MDICheques::avisar() {
         if (barra)
             barra->mostrarNoticia(texto);
     });
-    jet::Database& base = dbconectar::instance().Automacao.database();
-    for (const auto& aviso : {base.notice(), base.readOnlyReason()})
+    ado::Store& base = dbconectar::instance().Automacao.store();
+    const jet::Database* const arquivo = base.file();
+    for (const auto& aviso : {arquivo ? arquivo->notice() : std::nullopt, base.readOnlyReason()})
         if (aviso)
             showMessage(QString::fromStdString(*aviso), "Mensagem", MessageIcon::exclamation);
     if (const QStringList& faltas = dbconectar::instance().faltas(); !faltas.isEmpty())
@@ -207,9 +208,11 @@ std::optional<std::int64_t> MDICheques::clienteMostrado() const {
 }
 
 void MDICheques::cuidarDaCopia() {
+    const jet::Database* const arquivo = dbconectar::instance().Automacao.store().file();
+    if (!arquivo)
+        return; // who looks after the server makes its copies
     copia_ = std::make_unique<CopiaDeSeguranca>(
-        dbconectar::instance().Automacao.database().path(),
-        [this](const QString& texto) { StatusBar1->mostrarNoticia(texto); },
+        arquivo->path(), [this](const QString& texto) { StatusBar1->mostrarNoticia(texto); },
         [this](const std::optional<Dano>& dano) { StatusBar1->mostrarDano(dano); });
 }
 
@@ -225,7 +228,7 @@ bool MDICheques::podeEncerrar() {
     ado::Connection& base = dbconectar::instance().Automacao;
     if (!dbconectar::instance().aberto())
         return true;
-    const std::uint64_t gravadas = base.database().tally().written;
+    const std::uint64_t gravadas = base.store().tally().written;
     if (std::exchange(tentadoCom_, gravadas) == gravadas)
         return true;
     try {

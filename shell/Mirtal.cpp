@@ -84,7 +84,7 @@ void excluirMuitos(const char* feito, const char* operacao, const std::function<
     const Historico::Operacao juntos(dbconectar::instance().historico, operacao);
     dbconectar& dados = dbconectar::instance();
     dados.Automacao.flush(); // what waits from before isn't part of it
-    const std::uint64_t antes = dados.Automacao.database().tally().written;
+    const std::uint64_t antes = dados.Automacao.store().tally().written;
     try {
         trabalho();
         dados.Automacao.flush();
@@ -93,7 +93,7 @@ void excluirMuitos(const char* feito, const char* operacao, const std::function<
         if (!dados.gravarPendentes())
             dados.Automacao.discard();
         mensagem("");
-        const std::uint64_t quantos = dados.Automacao.database().tally().written - antes;
+        const std::uint64_t quantos = dados.Automacao.store().tally().written - antes;
         const QString foram = quantos == 0 ? QString("Nenhum cheque foi %1.").arg(feito)
                               : quantos == 1
                                   ? QString("1 cheque já foi %1.").arg(feito)

@@ -112,13 +112,15 @@ MDICheques* principal() {
 std::optional<QString> anotarDano(const std::exception_ptr& falha) {
     if (!dbconectar::instance().aberto())
         return std::nullopt;
-    const jet::Database& base = dbconectar::instance().Automacao.database();
+    const jet::Database* const arquivo = dbconectar::instance().Automacao.store().file();
+    if (!arquivo)
+        return std::nullopt;
     try {
         std::rethrow_exception(falha);
     } catch (const jet::Error& erro) {
-        if (erro.code() != jet::Errc::corrupt && base.damage() != erro.what())
+        if (erro.code() != jet::Errc::corrupt && arquivo->damage() != erro.what())
             return std::nullopt;
-        jet::Backup(base.path()).noteDamage(erro.what());
+        jet::Backup(arquivo->path()).noteDamage(erro.what());
         return erro.what();
     } catch (...) {
         return std::nullopt; // nothing of the file's
@@ -144,7 +146,7 @@ QString desfecho() {
     QString texto;
     try {
         if (dados.desfazer())
-            texto += dados.Automacao.database().isBroken()
+            texto += dados.Automacao.store().isBroken()
                          ? "O que estava sendo gravado será desfeito quando a base de dados for "
                            "aberta de novo. "
                          : "O que estava sendo gravado foi desfeito. ";
@@ -287,7 +289,8 @@ int executarPrograma(int argc, char** argv) {
         std::atexit(&fecharSemTela);
         const PedidoDeFim pedido;
         gravacao.emplace(kFlushInterval);
-        dbconectar::instance().Automacao.database().setSnapshotHold(kSnapshotHold);
+        if (jet::Database* const arquivo = dbconectar::instance().Automacao.store().file())
+            arquivo->setSnapshotHold(kSnapshotHold);
         status = QApplication::exec();
     }
     gravacao.reset();

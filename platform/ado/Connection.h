@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ado/RecordsetTypes.h"
+#include "ado/Store.h"
 #include "ado/Text.h"
 #include "jet/Database.h"
 
@@ -11,10 +12,10 @@ namespace ado {
 
 class Recorder;
 class Recordset;
-class Session;
+class Provider;
 class Follower;
 
-/// The way to one database file: opens it, holds its transaction, and is what recordsets open on.
+/// The way to the shop's data: opens them, holds their transaction, and is what recordsets open on.
 ///
 /// One thread. Must outlive nothing: recordsets still open when it closes are closed with it.
 class Connection {
@@ -70,18 +71,21 @@ public:
     /// null for nobody; outlives it. See Recorder.h.
     void setRecorder(Recorder* recorder) noexcept { recorder_ = recorder; }
 
-    /// The open file. @throws Error{misuse} if closed.
+    /// What it is open on. @throws Error{misuse} if closed.
+    [[nodiscard]] Store& store() const;
+    /// The open file. @throws Error{misuse} if closed, Error{unsupported} if the data aren't in
+    /// one.
     [[nodiscard]] jet::Database& database() const;
 
 private:
     friend class Recordset;
     friend class Follower;
-    [[nodiscard]] Session& session() const;
+    [[nodiscard]] Provider& provider() const;
 
     std::string string_;
     jet::Disk* disk_ = nullptr; ///< null: the system's
     Recorder* recorder_ = nullptr;
-    std::unique_ptr<Session> session_; ///< null when closed
+    std::unique_ptr<Provider> provider_; ///< null when closed
 };
 
 /// All changes made through a connection while it lives, or none: undone unless committed.

@@ -13,6 +13,7 @@
 
 namespace ado {
 
+class BlockRows;
 class Connection;
 
 /// Goes over all rows of a table in short pieces, and from then on over those that may have
@@ -33,9 +34,8 @@ public:
 
     private:
         friend class Follower;
-        struct Source;
-        explicit Rows(Source& source) : source_(source) {}
-        Source& source_;
+        explicit Rows(BlockRows& rows) : rows_(rows) {}
+        BlockRows& rows_;
     };
     /// Takes the rows of a block, instead of those that it was given of the same block before. If
     /// it throws it must have taken nothing: then the block counts as one without rows, and

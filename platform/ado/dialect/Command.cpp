@@ -1,8 +1,9 @@
 #include "ado/dialect/Command.h"
 
 #include "ado/dialect/SelectScopes.h"
-#include "ado/dialect/SqlFunctions.h"
 #include "jet/Error.h"
+
+#include <utility>
 
 namespace ado {
 
@@ -10,11 +11,12 @@ using Kind = jet::Token::Kind;
 
 namespace {
 
-constexpr const char* kRemainder = "%"; ///< SQLite's `mod`
+constexpr const char* kRemainder = "%"; ///< `mod`, in every engine
 
 } // namespace
 
-Command::Command(std::string_view text, const Spelling& spelling) : tokens_(text) {
+Command::Command(std::string_view text, const Spelling& spelling, Tongue& tongue)
+    : tokens_(text), tongue_(tongue) {
     const SelectScopes scopes(tokens_, spelling); // first: a column may stand before its table
     for (std::size_t i = 0; i < tokens_.size(); ++i)
         spell(i, scopes);
@@ -42,11 +44,13 @@ void Command::spell(std::size_t i, const SelectScopes& scopes) {
         spellName(i, scopes);
         break;
     case Kind::text:
-        spelled_.push_back(quotedText(token.text));
+        spelled_.push_back(tongue_.text(token.text));
         break;
     case Kind::number:
-    case Kind::date:
         spelled_.push_back(token.text);
+        break;
+    case Kind::date:
+        spelled_.push_back(tongue_.date(token.text));
         break;
     case Kind::sign:
         spelled_.push_back(spelledSign(token));
@@ -55,32 +59,31 @@ void Command::spell(std::size_t i, const SelectScopes& scopes) {
 }
 
 void Command::spellWord(std::size_t i, const SelectScopes& scopes) {
-    static constexpr struct {
-        std::string_view word;
-        const char* sql;
-    } kWords[] = {
-        {"true",  "-1"      },
-        {"false", "0"       },
-        {"mod",   kRemainder}
-    };
-
     if (const std::string_view keyword = tokens_.keyword(i); !keyword.empty()) {
-        spelled_.emplace_back(keyword);
+        const bool negated = i > 0 && tokens_.keyword(i - 1) == "not";
+        if (keyword == "not" && tokens_.keyword(i + 1) == "like")
+            spelled_.emplace_back(); // said with the other
+        else if (keyword == "like")
+            spelled_.push_back(negated ? tongue_.notLike() : tongue_.like());
+        else
+            spelled_.emplace_back(keyword);
         return;
     }
     std::string lower = jet::lowerAscii(tokens_[i].text);
     const bool called = tokens_.isSign(i + 1, "(");
     if (!tokens_.isQualified(i)) {
-        for (const auto& known : kWords) {
-            if (lower == known.word) {
-                spelled_.emplace_back(known.sql);
-                return;
-            }
+        if (lower == "true" || lower == "false") {
+            spelled_.push_back(tongue_.truth(lower == "true"));
+            return;
+        }
+        if (lower == "mod") {
+            spelled_.emplace_back(kRemainder);
+            return;
         }
         if (lower.back() == '$')
             lower.pop_back();
-        if (const char* function = called ? engineFunction(lower) : nullptr) {
-            spelled_.push_back(quotedName(function));
+        if (auto function = called ? tongue_.function(lower) : std::nullopt) {
+            spelled_.push_back(std::move(*function));
             return;
         }
     }
@@ -98,14 +101,14 @@ std::string Command::spelledSign(const jet::Token& token) {
     if (token.text == "/")
         return "* 1.0 /";
     if (token.text == "&")
-        return std::string("->> null collate ") + kTextOrder + " ->>"; // see SqlFunctions.h
+        return tongue_.join();
     if (token.text == "(")
         calls_.push_back(opensCall());
     if (token.text == ")") {
         const bool call = calls_.back();
         calls_.pop_back();
         if (call)
-            return std::string(") collate ") + kTextOrder;
+            return tongue_.endOfCall();
     }
     return token.text;
 }
@@ -131,8 +134,8 @@ bool Command::isArithmetic(std::size_t i) const {
                : spelled_[i] == kRemainder;
 }
 
-/// `->>` binds tighter than all arithmetic, `&` less: what is computed on either side of it gets
-/// parentheses.
+/// SQLite's word for it binds tighter than all arithmetic, `&` less: what is computed on either
+/// side of it gets parentheses.
 void Command::encloseOperands() {
     struct Operand {
         std::size_t begin;

@@ -2,16 +2,17 @@
 
 #include "ado/dialect/CommandTokens.h"
 #include "ado/dialect/Spelling.h"
+#include "ado/dialect/Tongue.h"
 
 namespace ado {
 
 class SelectScopes;
 
-/// One command of the dialect: what stands where, and how SQLite spells it.
+/// One command of the dialect: what stands where, and how an engine spells it.
 class Command {
 public:
     /// @throws Error{syntax}, Error{notFound} for an unknown function, and what `spelling` throws.
-    Command(std::string_view text, const Spelling& spelling);
+    Command(std::string_view text, const Spelling& spelling, Tongue& tongue);
 
     [[nodiscard]] std::size_t size() const noexcept { return tokens_.size(); }
     [[nodiscard]] const jet::Token& operator[](std::size_t i) const { return tokens_[i]; }
@@ -25,7 +26,7 @@ public:
         return tokens_.isSign(i, sign);
     }
 
-    /// The SQLite text of the tokens from begin to end.
+    /// The engine's text of the tokens from begin to end.
     [[nodiscard]] std::string text(std::size_t begin, std::size_t end) const;
     [[nodiscard]] std::string text() const { return text(0, size()); }
 
@@ -40,6 +41,7 @@ private:
     void encloseOperands();
 
     CommandTokens tokens_;
+    Tongue& tongue_;
     std::vector<std::string> names_;
     std::vector<std::string> spelled_;
     std::vector<bool> calls_; ///< of each open parenthesis: whether a function's

@@ -134,8 +134,8 @@ Clauses findClauses(const Command& command) {
 
 } // namespace
 
-Select parseSelect(std::string_view statement, const Spelling& spelling) {
-    const Command command(statement, spelling);
+Select parseSelect(std::string_view statement, const Spelling& spelling, Tongue& tongue) {
+    const Command command(statement, spelling, tongue);
     if (command.keyword(0) != "select")
         refuseCommand("só se aceita o nome de uma tabela ou um select, e ele começa com \"" +
                       command[0].text + "\"");
@@ -172,8 +172,8 @@ Select parseSelect(std::string_view statement, const Spelling& spelling) {
     return select;
 }
 
-std::string parseCondition(std::string_view condition, const Spelling& spelling) {
-    const Command command(condition, spelling);
+std::string parseCondition(std::string_view condition, const Spelling& spelling, Tongue& tongue) {
+    const Command command(condition, spelling, tongue);
     for (std::size_t i = 0; i < command.size(); ++i) {
         static constexpr std::string_view kClauses[] = {"select", "from",  "where", "group",
                                                         "order",  "union", "having"};
@@ -185,7 +185,7 @@ std::string parseCondition(std::string_view condition, const Spelling& spelling)
 }
 
 std::vector<SortTerm> parseSort(std::string_view fields, const Spelling& spelling) {
-    const Command command(fields, spelling);
+    const Command command(fields, spelling, sqliteTongue()); // names only, which all spell alike
     auto terms = plainTerms(command, 0, command.size());
     if (!terms)
         refuseCommand("a ordem pede nomes de campos separados por vírgulas, e não " +

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "ado/dialect/Spelling.h"
+#include "ado/dialect/Tongue.h"
 
 #include <vector>
 
-/// The database's own SQL, as the windows write it, turned into SQLite's: a pass over the tokens.
-/// SQLite does the parsing; this only spells for it, and lets nothing through but one select.
+/// The database's own SQL, as the windows write it, turned into an engine's, SQLite's unless
+/// another is named: a pass over the tokens. The engine does the parsing; this only spells for it,
+/// and lets nothing through but one select.
 ///
 /// What is taken, beyond what both have in common:
 ///  - `#mm/dd/yyyy#`, with or without a time, and `#hh:mm:ss#`: the number of days since
@@ -46,7 +48,7 @@ struct SortTerm {
     bool descending = false;
 };
 
-/// One select statement, in SQLite's words.
+/// One select statement, in the engine's words.
 struct Select {
     std::string text;
     /// Its rows are rows of the tables: no union, no grouping, no "distinct", and a select list of
@@ -62,9 +64,11 @@ struct Select {
 };
 
 /// @throws Error{syntax}.
-[[nodiscard]] Select parseSelect(std::string_view statement, const Spelling& spelling);
+[[nodiscard]] Select parseSelect(std::string_view statement, const Spelling& spelling,
+                                 Tongue& tongue = sqliteTongue());
 /// A condition, as in a where clause. @throws Error{syntax}.
-[[nodiscard]] std::string parseCondition(std::string_view condition, const Spelling& spelling);
+[[nodiscard]] std::string parseCondition(std::string_view condition, const Spelling& spelling,
+                                         Tongue& tongue = sqliteTongue());
 /// "name, table.name desc". @throws Error{syntax}.
 [[nodiscard]] std::vector<SortTerm> parseSort(std::string_view fields, const Spelling& spelling);
 

@@ -1,7 +1,7 @@
 #include "ado/Connection.h"
 
 #include "ado/ConnectionString.h"
-#include "ado/recordset/Session.h"
+#include "ado/file/FileProvider.h"
 #include "jet/Error.h"
 
 namespace ado {
@@ -23,9 +23,9 @@ Connection::~Connection() {
 void Connection::setConnectionString(const Text& text) { string_ = text.utf8(); }
 
 void Connection::Open() {
-    if (session_)
+    if (provider_)
         throw Error(Errc::misuse, "A conexão com o banco de dados já está aberta.");
-    session_ = std::make_unique<Session>(existingFile(dataSource(string_)), disk_, recorder_);
+    provider_ = std::make_unique<FileProvider>(existingFile(dataSource(string_)), disk_, recorder_);
 }
 
 void Connection::Open(const Text& connectionString) {
@@ -34,45 +34,49 @@ void Connection::Open(const Text& connectionString) {
 }
 
 void Connection::Close() {
-    if (!session_)
+    if (!provider_)
         return;
     // Gone from here first: whatever the file says while it closes, the connection is closed.
-    const auto closing = std::move(session_);
+    const auto closing = std::move(provider_);
     closing->closeUsers();
-    if (closing->database().inTransaction())
-        closing->rollback();
-    closing->database().flush();
+    closing->end();
 }
 
 State Connection::State() const noexcept {
-    return session_ ? ado::State::Open : ado::State::Closed;
+    return provider_ ? ado::State::Open : ado::State::Closed;
 }
 
-Session& Connection::session() const {
-    if (!session_)
+Provider& Connection::provider() const {
+    if (!provider_)
         throw Error(Errc::misuse, "A conexão com o banco de dados está fechada.");
-    return *session_;
+    return *provider_;
 }
 
-void Connection::BeginTrans() { session().begin(); }
-void Connection::CommitTrans() { session().commit(); }
-void Connection::RollbackTrans() { session().rollback(); }
-void Connection::commitLater() { session().commitLater(); }
-void Connection::flush() { session().flush(); }
-void Connection::discard() { session().discard(); }
+void Connection::BeginTrans() { provider().begin(); }
+void Connection::CommitTrans() { provider().commit(); }
+void Connection::RollbackTrans() { provider().rollback(); }
+void Connection::commitLater() { provider().commitLater(); }
+void Connection::flush() { provider().flush(); }
+void Connection::discard() { provider().discard(); }
 
-bool Connection::inTransaction() const noexcept {
-    return session_ && session_->database().inTransaction();
-}
+bool Connection::inTransaction() const noexcept { return provider_ && provider_->inTransaction(); }
 
-bool Connection::hasUndone() noexcept { return session_ && session_->hasUndone(); }
+bool Connection::hasUndone() noexcept { return provider_ && provider_->hasUndone(); }
 
 void Connection::flushIfDue() {
-    if (session_)
-        session_->flushIfDue();
+    if (provider_)
+        provider_->flushIfDue();
 }
 
-jet::Database& Connection::database() const { return session().database(); }
+Store& Connection::store() const { return provider(); }
+
+jet::Database& Connection::database() const {
+    jet::Database* const file = provider().file();
+    if (file == nullptr)
+        throw Error(Errc::unsupported, "Os dados estão em " + provider().place() +
+                                           ", e isto só se faz com um arquivo.");
+    return *file;
+}
 
 Transaction::~Transaction() {
     if (done_ || !connection_.inTransaction())

@@ -1,93 +1,68 @@
 #include "ado/Follower.h"
 
 #include "ado/Connection.h"
-#include "ado/recordset/Session.h"
+#include "ado/provider/Provider.h"
 #include "ado/value/Convert.h"
-#include "jet/TableFollower.h"
 
 namespace ado {
 
-struct Follower::Rows::Source {
-    const std::vector<std::size_t>& columns;
-    jet::PageRows& rows;
-    const jet::RowView* row;
-};
-
-bool Follower::Rows::next() {
-    source_.row = source_.rows.next();
-    return source_.row != nullptr;
-}
-
-bool Follower::Rows::isNull(std::size_t column) const {
-    return source_.row->isNull(source_.columns[column]);
-}
+bool Follower::Rows::next() { return rows_.next(); }
+bool Follower::Rows::isNull(std::size_t column) const { return rows_.isNull(column); }
 std::int64_t Follower::Rows::integer(std::size_t column) const {
-    return asInteger(source_.row->value(source_.columns[column]));
+    return asInteger(rows_.value(column));
 }
 Currency Follower::Rows::currency(std::size_t column) const {
-    return asCurrency(source_.row->value(source_.columns[column]));
+    return asCurrency(rows_.value(column));
 }
-Date Follower::Rows::date(std::size_t column) const {
-    return asDate(source_.row->value(source_.columns[column]));
-}
+Date Follower::Rows::date(std::size_t column) const { return asDate(rows_.value(column)); }
 
-struct Follower::Parts final : SessionUser {
-    Parts(Session& owner, const jet::Table& table, Take taker)
-        : session(&owner), take(std::move(taker)) {
-        follower.emplace(owner.database(), table);
-        session->enter(*this);
+struct Follower::Parts final : ProviderUser {
+    Parts(Provider& owner, std::unique_ptr<Following> follows)
+        : provider(owner), following(std::move(follows)) {
+        provider.enter(*this);
     }
     Parts(const Parts&) = delete;
     Parts& operator=(const Parts&) = delete;
     ~Parts() {
-        if (follower)
-            session->leave(*this);
+        if (following)
+            provider.leave(*this);
     }
     void close() override {
-        session->leave(*this);
-        follower.reset();
+        provider.leave(*this);
+        following.reset();
     }
 
-    Session* session;
-    std::optional<jet::TableFollower> follower; ///< nothing once the session has ended
-    Take take;
-    std::vector<std::size_t> columns;
+    Provider& provider;
+    std::unique_ptr<Following> following; ///< null once the provider has ended
 };
 
 Follower::Follower(Connection& connection, const Text& table, const std::vector<Text>& columns,
                    Take take) {
-    const jet::Table& followed = connection.database().table(table.utf8());
-    parts_ = std::make_unique<Parts>(connection.session(), followed, std::move(take));
-    for (const Text& name : columns) {
-        const auto place = followed.findColumn(name.utf8());
-        if (!place)
-            throw jet::Error(jet::Errc::notFound, "A tabela \"" + followed.name() +
-                                                      "\" não tem o campo \"" + name.utf8() +
-                                                      "\".");
-        if (isLongValue(followed.columns()[*place].type))
-            throw jet::Error(jet::Errc::unsupported,
-                             "O campo \"" + name.utf8() + "\" não pode ser acompanhado.");
-        parts_->columns.push_back(*place);
-    }
+    std::vector<std::string> names;
+    names.reserve(columns.size());
+    for (const Text& name : columns)
+        names.push_back(name.utf8());
+    Provider& provider = connection.provider();
+    parts_ = std::make_unique<Parts>(
+        provider, provider.follow(table.utf8(), names,
+                                  [take = std::move(take)](std::uint32_t block, BlockRows& rows) {
+                                      Rows given(rows);
+                                      take(block, given);
+                                  }));
 }
 
 Follower::~Follower() = default;
 
 bool Follower::follow(std::chrono::microseconds time) {
-    Parts& parts = *parts_;
-    if (!parts.follower)
+    if (!parts_->following)
         throw jet::Error(jet::Errc::misuse, "A base de dados foi fechada.");
-    return parts.follower->follow(time, [&parts](jet::PageNo page, jet::PageRows& rows) {
-        Rows::Source source{parts.columns, rows, nullptr};
-        Rows given(source);
-        parts.take(number(page), given);
-    });
+    return parts_->following->follow(time);
 }
 
-bool Follower::isComplete() const { return parts_->follower && parts_->follower->isComplete(); }
-double Follower::progress() const { return parts_->follower ? parts_->follower->progress() : 0; }
+bool Follower::isComplete() const { return parts_->following && parts_->following->isComplete(); }
+double Follower::progress() const { return parts_->following ? parts_->following->progress() : 0; }
 std::optional<jet::Error> Follower::damage() const {
-    return parts_->follower ? parts_->follower->damage() : std::nullopt;
+    return parts_->following ? parts_->following->damage() : std::nullopt;
 }
 
 } // namespace ado

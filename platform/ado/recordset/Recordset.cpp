@@ -28,7 +28,7 @@ void Recordset::Open(const Text& source, Connection& connection, CursorType curs
     try {
         if (connection.State() == ado::State::Closed && !connection.ConnectionString().empty())
             connection.Open();
-        parts_ = std::make_unique<Parts>(*this, connection.session(), source.utf8(), cursor, lock,
+        parts_ = std::make_unique<Parts>(*this, connection.provider(), source.utf8(), cursor, lock,
                                          command);
         failure_.reset();
     } catch (const Error& failure) {
@@ -55,100 +55,96 @@ void Recordset::Requery() {
         throw Error(
             Errc::misuse,
             "Há um registro em edição: grave ou cancele antes de ler o conjunto outra vez.");
-    parts.refresh();
+    parts.cursor->refresh();
 }
 
 // Who leaves a row stores what was assigned to it: so the record-set model has it.
 void Recordset::MoveFirst() {
     Update();
-    Parts& parts = open();
-    parts.catchUp();
-    parts.arrive(parts.rows->first(), Parts::At::afterLast);
-    if (parts.at != Parts::At::row)
+    Cursor& cursor = *open().cursor;
+    cursor.catchUp();
+    cursor.moveFirst();
+    if (cursor.at() != Cursor::At::row)
         noRow("a lista está vazia");
 }
 
 void Recordset::MoveLast() {
     Update();
-    Parts& parts = open();
-    parts.catchUp();
-    parts.arrive(parts.rows->last(), Parts::At::afterLast);
-    if (parts.at != Parts::At::row)
+    Cursor& cursor = *open().cursor;
+    cursor.catchUp();
+    cursor.moveLast();
+    if (cursor.at() != Cursor::At::row)
         noRow("a lista está vazia");
 }
 
 void Recordset::MoveNext() {
     Update();
-    Parts& parts = open();
-    parts.catchUp();
-    if (parts.at == Parts::At::afterLast)
+    Cursor& cursor = *open().cursor;
+    cursor.catchUp();
+    if (cursor.at() == Cursor::At::afterLast)
         noRow("o fim da lista já foi alcançado");
-    const bool found =
-        parts.at == Parts::At::beforeFirst ? parts.rows->first() : parts.rows->next();
-    parts.arrive(found, Parts::At::afterLast);
+    cursor.moveNext();
 }
 
 void Recordset::MovePrevious() {
     Update();
-    Parts& parts = open();
-    parts.catchUp();
+    Cursor& cursor = *open().cursor;
+    cursor.catchUp();
     if (BOF())
         noRow("o início da lista já foi alcançado");
-    const bool found =
-        parts.at == Parts::At::afterLast ? parts.rows->last() : parts.rows->previous();
-    parts.arrive(found, Parts::At::beforeFirst);
+    cursor.movePrevious();
 }
 
 // A new row stands nowhere among the others, so at neither end.
 bool Recordset::BOF() const {
-    Parts& parts = open();
+    const Parts& parts = open();
     if (parts.edit == ado::EditMode::Add)
         return false;
-    return parts.at == Parts::At::beforeFirst ||
-           (parts.at == Parts::At::afterLast && parts.rows->empty());
+    const Cursor::At at = parts.cursor->at();
+    return at == Cursor::At::beforeFirst || (at == Cursor::At::afterLast && parts.cursor->empty());
 }
 
 bool Recordset::EOF() const {
-    Parts& parts = open();
+    const Parts& parts = open();
     if (parts.edit == ado::EditMode::Add)
         return false;
-    return parts.at == Parts::At::afterLast ||
-           (parts.at == Parts::At::beforeFirst && parts.rows->empty());
+    const Cursor::At at = parts.cursor->at();
+    return at == Cursor::At::afterLast || (at == Cursor::At::beforeFirst && parts.cursor->empty());
 }
 
 std::int64_t Recordset::RecordCount() const {
-    Parts& parts = open();
-    parts.catchUp();
-    return parts.rows->count();
+    Cursor& cursor = *open().cursor;
+    cursor.catchUp();
+    return cursor.count();
 }
 
 void Recordset::Find(const Text& criterion) {
     Update();
-    Parts& parts = open();
-    parts.catchUp();
-    parts.find(criterion.utf8());
+    Cursor& cursor = *open().cursor;
+    cursor.catchUp();
+    cursor.find(criterion.utf8());
 }
 
 void Recordset::setFilter(const Text& condition) {
     Update();
-    Parts& parts = open();
-    if (condition.utf8() == parts.query.filter())
-        return parts.refresh();
-    parts.query.setFilter(condition.utf8());
-    parts.reload();
+    Cursor& cursor = *open().cursor;
+    if (condition.utf8() == cursor.filter())
+        return cursor.refresh();
+    cursor.setFilter(condition.utf8());
+    cursor.reload();
 }
 
-const std::string& Recordset::Filter() const { return open().query.filter(); }
+const std::string& Recordset::Filter() const { return open().cursor->filter(); }
 
 void Recordset::setSort(const Text& fields) {
     Update();
-    Parts& parts = open();
-    if (fields.utf8() == parts.query.sort())
-        return parts.refresh();
-    parts.query.setSort(fields.utf8());
-    parts.reload();
+    Cursor& cursor = *open().cursor;
+    if (fields.utf8() == cursor.sort())
+        return cursor.refresh();
+    cursor.setSort(fields.utf8());
+    cursor.reload();
 }
 
-const std::string& Recordset::Sort() const { return open().query.sort(); }
+const std::string& Recordset::Sort() const { return open().cursor->sort(); }
 
 } // namespace ado

@@ -21,34 +21,16 @@ std::string by(const std::vector<std::string>& writers) {
 // ---- as it was shown --------------------------------------------------------------------------
 
 Shown Recordset::Parts::shown(std::size_t table) {
-    return session.database().onSnapshot([&]() -> Shown {
-        applyChanges();
-        checkPlace();
-        requireRow();
-        const jet::RowView* const row = view(table);
-        if (row == nullptr)
-            return {};
-        return {query.tables()[table]->rowVersion(*row), session.database().changesByOthers()};
-    });
-}
-
-/// Of the one table's current row, as it is stored; nothing if there is none.
-std::optional<std::uint64_t> Recordset::Parts::currentVersion() {
-    if (at != At::row)
-        return std::nullopt;
-    return table().rowVersion(liveRows().row(0));
+    const Cursor::State state = cursor->state(table);
+    return {state.version, state.moment};
 }
 
 void Recordset::Parts::requireAs(const Shown& asShown) {
     requireChangeable();
-    // From here on nobody else changes the row.
-    if (session.database().inTransaction())
-        session.database().claim();
-    catchUp();
-    const auto current = currentVersion();
+    const auto current = cursor->versionToChange();
     if (current && asShown.changes_ != 0 && *current == asShown.version_)
         return;
-    const std::string who = by(session.database().writersSince(asShown.changes_));
+    const std::string who = by(cursor->writersSince(asShown.changes_));
     throw Error(current ? Errc::conflict : Errc::gone,
                 "Este registro foi " + std::string(current ? "alterado" : "excluído") + who +
                     " depois de mostrado nesta tela. Nada foi gravado.");
@@ -59,7 +41,7 @@ void Recordset::Parts::requireAs(const Shown& asShown) {
 void Recordset::Parts::requireChangeable() const {
     if (lock == LockType::ReadOnly)
         throw Error(Errc::readOnly, "Este conjunto de registros foi aberto somente para leitura.");
-    if (!query.updatable())
+    if (!cursor->updatable())
         throw Error(Errc::readOnly, "Um conjunto de mais de uma tabela, ou calculado, não pode ser "
                                     "alterado.");
 }
@@ -68,20 +50,14 @@ void Recordset::Parts::assign(std::size_t field, const Value& value) {
     requireChangeable();
     const QueryField& place = this->field(field);
     Value stored = storable(place, value);
-    if (edit == ado::EditMode::None) {
-        const jet::Reading reading(session.database());
-        applyChanges();
-        checkPlace();
-        requireRow();
-        static_cast<void>(see());
-        beginEdit(asSeen() ? currentVersion() : std::nullopt);
-    }
+    if (edit == ado::EditMode::None)
+        beginEdit(cursor->versionToEdit());
     assigned[place.column] = std::move(stored);
 }
 
 void Recordset::Parts::beginEdit(std::optional<std::uint64_t> as) {
     version = as;
-    assigned.assign(table().columns().size(), std::nullopt);
+    assigned.assign(cursor->columns(0).size(), std::nullopt);
     edit = ado::EditMode::InProgress;
 }
 
@@ -89,14 +65,15 @@ void Recordset::Parts::forgetEdit() {
     edit = ado::EditMode::None;
     assigned.clear();
     version.reset();
-    seen.reset();
+    cursor->forgetSeen();
 }
 
 void Recordset::Parts::update() {
+    const auto stored = [this] { forgetEdit(); };
     if (edit == ado::EditMode::Add)
-        storeNew();
+        cursor->insert(assignments(), stored);
     else if (edit == ado::EditMode::InProgress)
-        storeChanges();
+        cursor->update(assignments(), version, stored);
 }
 
 std::vector<jet::Assignment> Recordset::Parts::assignments() const {
@@ -108,45 +85,16 @@ std::vector<jet::Assignment> Recordset::Parts::assignments() const {
     return given;
 }
 
-void Recordset::Parts::storeNew() {
-    catchUp(); // the row may take the place of an erased one, which is to be gone from the list
-    const jet::RowId row = session.insert(table(), assignments());
-    forgetEdit();
-    tableRows().add(row);
-    arrive(true, At::row);
-}
-
-void Recordset::Parts::storeChanges() {
-    catchUp();
-    const jet::RowId row = liveRows().row(0);
-    if (at != At::row || !version)
-        goneOrChanged();
-    session.update(table(), row, assignments(), version);
-    forgetEdit();
-    tableRows().changed(row);
-}
-
 void Recordset::Parts::erase(const Shown* asShown) {
     requireChangeable();
     if (edit == ado::EditMode::Add)
         throw Error(Errc::misuse, "O registro novo ainda não foi gravado: não há o que excluir.");
-    // From here on nobody else changes the row, so that a purge needn't look at each one twice.
-    if (session.database().inTransaction())
-        session.database().claim();
     if (asShown != nullptr)
         requireAs(*asShown);
-    catchUp();
-    requireRow();
-    if (asShown == nullptr && !asSeen())
-        goneOrChanged();
-    const jet::RowId row = liveRows().row(0);
-    const auto expected = asShown != nullptr                   ? std::optional(asShown->version_)
-                          : session.database().inTransaction() ? std::nullopt
-                                                               : table().rowVersion(row);
+    const auto expected = cursor->versionToErase(
+        asShown != nullptr ? std::optional(asShown->version_) : std::nullopt);
     forgetEdit();
-    session.erase(table(), row, expected);
-    applyChanges();
-    at = At::gone;
+    cursor->erase(expected);
 }
 
 // ---- the public side --------------------------------------------------------------------------
@@ -155,7 +103,7 @@ void Recordset::AddNew() {
     Update();
     Parts& parts = open();
     parts.requireChangeable();
-    parts.assigned.assign(parts.table().columns().size(), std::nullopt);
+    parts.assigned.assign(parts.cursor->columns(0).size(), std::nullopt);
     parts.edit = ado::EditMode::Add;
 }
 
@@ -170,17 +118,17 @@ void Recordset::Delete(const Shown& shown) { open().erase(&shown); }
 Shown Recordset::shown() const { return open().shown(0); }
 
 Shown Recordset::shown(std::string_view table) const {
-    return open().shown(open().query.fields().tableNamed(table));
+    return open().shown(open().cursor->fields().tableNamed(table));
 }
 
 std::string Recordset::byWhom(const Shown& shown) const {
-    return by(open().session.database().writersSince(shown.changes_));
+    return by(open().cursor->writersSince(shown.changes_));
 }
 
 bool Recordset::isOther(const Shown& shown) const {
-    Parts& parts = open();
-    parts.catchUp();
-    const auto version = parts.currentVersion();
+    Cursor& cursor = *open().cursor;
+    cursor.catchUp();
+    const auto version = cursor.version();
     return version && (shown.changes_ == 0 || *version != shown.version_);
 }
 

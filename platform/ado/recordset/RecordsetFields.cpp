@@ -1,4 +1,3 @@
-#include "ado/recordset/FetchedRows.h"
 #include "ado/recordset/RecordsetParts.h"
 #include "ado/value/Convert.h"
 #include "ado/value/WrittenForm.h"
@@ -9,47 +8,7 @@ namespace ado {
 using jet::Errc;
 using jet::Error;
 
-namespace {
-
-std::size_t hashOf(const jet::RowView& row) {
-    const auto bytes = row.bytes();
-    return std::hash<std::string_view>{}(
-        {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-}
-
-} // namespace
-
 // ---- the row ----------------------------------------------------------------------------------
-
-const jet::RowView* Recordset::Parts::view(std::size_t table) {
-    const jet::RowId row = liveRows().row(table);
-    if (row == jet::RowId{})
-        return nullptr;
-    const jet::RowView* found = nullptr;
-    try {
-        found = readers[table].read(row);
-    } catch (const Error& error) {
-        if (!meansErased(error))
-            throw;
-    }
-    if (found == nullptr)
-        goneOrChanged();
-    return found;
-}
-
-const jet::RowView& Recordset::Parts::see() {
-    const jet::RowView& row = *view(0);
-    if (!seen) {
-        seen = hashOf(row);
-        seenKey.clear();
-        if (const auto key = table().primaryKey())
-            for (const jet::IndexColumn& column : table().indexes()[*key].columns)
-                seenKey.push_back(row.value(column.column));
-    }
-    return row;
-}
-
-bool Recordset::Parts::asSeen() { return !seen || *seen == hashOf(*view(0)); }
 
 Value Recordset::Parts::value(std::size_t field) {
     const QueryField& place = this->field(field);
@@ -57,37 +16,26 @@ Value Recordset::Parts::value(std::size_t field) {
         return *assigned[place.column];
     if (edit == ado::EditMode::Add)
         return {};
-    return session.database().onSnapshot([&]() -> Value {
-        applyChanges();
-        checkPlace();
-        requireRow();
-        if (!query.live())
-            return static_cast<const ComputedRows&>(*rows).cell(place.column);
-        if (query.updatable())
-            return see().value(place.column);
-        const jet::RowView* row = view(place.table);
-        return row != nullptr ? row->value(place.column) : Value{};
-    });
+    return cursor->value(place);
 }
 
 Value Recordset::Parts::storable(const QueryField& place, const Value& value) const {
-    jet::Table& table = *query.tables()[place.table];
-    Value stored = converted(value, table.columns()[place.column]);
+    Value stored = converted(value, column(place));
     const auto* const text = std::get_if<std::string>(&stored);
-    return text && text->empty() && !table.takesEmptyText(place.column) ? Value() : stored;
+    return text && text->empty() && !cursor->takesEmptyText(place) ? Value() : stored;
 }
 
 // ---- fields by name ---------------------------------------------------------------------------
 
 Field Recordset::operator[](std::string_view name) {
-    return {*this, open().query.fields().fieldNamed(name)};
+    return {*this, open().cursor->fields().fieldNamed(name)};
 }
 
 FieldValue Recordset::operator[](std::string_view name) const {
-    return {*this, open().query.fields().fieldNamed(name)};
+    return {*this, open().cursor->fields().fieldNamed(name)};
 }
 
-std::size_t Recordset::FieldCount() const { return open().query.fields().all().size(); }
+std::size_t Recordset::FieldCount() const { return open().cursor->fields().all().size(); }
 
 FieldValue Recordset::field(std::size_t place) const {
     if (place >= FieldCount())
@@ -96,13 +44,15 @@ FieldValue Recordset::field(std::size_t place) const {
 }
 
 void Recordset::addAlias(const Text& alias, const Text& field) {
-    open().query.fields().addAlias(alias.utf8(), field.utf8());
+    open().cursor->fields().addAlias(alias.utf8(), field.utf8());
 }
 
-void Recordset::addOptional(const Text& field) { open().query.fields().addOptional(field.utf8()); }
+void Recordset::addOptional(const Text& field) {
+    open().cursor->fields().addOptional(field.utf8());
+}
 
 std::optional<std::string> Recordset::missing(std::string_view field) const {
-    return open().query.fields().missing(field);
+    return open().cursor->fields().missing(field);
 }
 
 Value Recordset::valueOf(std::size_t column) const {
@@ -121,20 +71,18 @@ const std::string& Recordset::nameOf(std::size_t column) const {
 
 const jet::Column* Recordset::columnOf(std::size_t field) const {
     Parts& parts = open();
-    if (!parts.query.live() || field == QueryFields::kNoField)
+    if (!parts.cursor->live() || field == QueryFields::kNoField)
         return nullptr;
-    const QueryField& place = parts.field(field);
-    return &parts.query.tables()[place.table]->columns()[place.column];
+    return &parts.column(parts.field(field));
 }
 
 std::optional<std::string> Recordset::refusalOf(std::size_t field, const Value& value) const {
     Parts& parts = open();
-    if (!parts.query.live() || field == QueryFields::kNoField)
+    if (!parts.cursor->live() || field == QueryFields::kNoField)
         return std::nullopt;
     const QueryField& place = parts.field(field);
     try {
-        return parts.query.tables()[place.table]->refusal(place.column,
-                                                          parts.storable(place, value));
+        return parts.cursor->refusal(place, parts.storable(place, value));
     } catch (const Error& reason) {
         return reason.what();
     }

@@ -22,10 +22,11 @@ class Notes final : public ado::Recorder {
 public:
     explicit Notes(ado::Connection& connection) : connection_(connection) {}
 
-    bool keeps(const jet::Table& table, bool isNew) override {
+    bool keeps(const ado::TableShape& table, bool isNew) override {
         return table.name() == "bancos" && !(isNew && leavesNew);
     }
-    void changed(const jet::Table& table, const jet::Row* before, const jet::Row* after) override {
+    void changed(const ado::TableShape& table, const jet::Row* before,
+                 const jet::Row* after) override {
         const std::size_t name = *table.findColumn("nome");
         const auto named = [&](const jet::Row* row) {
             const auto* const text = row ? std::get_if<std::string>(&(*row)[name]) : nullptr;

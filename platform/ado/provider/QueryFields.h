@@ -1,8 +1,7 @@
 #pragma once
 
+#include "ado/TableShape.h"
 #include "ado/dialect/SqlDialect.h"
-#include "ado/engine/PreparedStatement.h"
-#include "jet/Table.h"
 
 #include <map>
 #include <optional>
@@ -25,17 +24,20 @@ public:
     QueryFields() = default;
     /// The columns that a plain select names, of its tables; nothing if one isn't theirs.
     [[nodiscard]] static std::optional<QueryFields> of(const Select& select,
-                                                       std::vector<jet::Table*> tables);
-    /// What the statement of a select computes.
-    QueryFields(const Select& select, const PreparedStatement& statement);
+                                                       std::vector<TableShape> tables);
+    /// What the statement of a select computes: the name of each column, and that of the table it
+    /// comes from unchanged, or "".
+    struct Computed {
+        std::string name;
+        std::string table;
+    };
+    QueryFields(const Select& select, const std::vector<Computed>& columns);
 
     [[nodiscard]] const std::vector<QueryField>& all() const noexcept { return fields_; }
-    /// Those that the fields are read from; none if they are computed.
-    [[nodiscard]] const std::vector<jet::Table*>& tables() const noexcept { return tables_; }
     /// Whether the select names a column that several of its tables have.
     [[nodiscard]] bool isAmbiguous() const noexcept { return ambiguous_; }
 
-    /// The place of a table among tables(). @throws Error{notFound}.
+    /// The place of a table among those of the select. @throws Error{notFound}.
     [[nodiscard]] std::size_t tableNamed(std::string_view name) const;
     /// kNoField for a name that no field has but one may have: see addOptional().
     /// @throws Error{notFound} for any other name that no field has, or several have.
@@ -64,7 +66,7 @@ private:
     [[nodiscard]] std::string sentenceForMissing(std::string_view name) const;
 
     std::vector<SelectedTable> from_;
-    std::vector<jet::Table*> tables_;
+    std::vector<TableShape> tables_; ///< that the fields are read from; none if they are computed
     std::vector<QueryField> fields_;
     bool ambiguous_ = false;
     std::map<std::string, std::string> aliases_; ///< folded, and the column that each stands for

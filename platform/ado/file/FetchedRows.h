@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ado/engine/SqlError.h"
-#include "ado/recordset/Rows.h"
+#include "ado/file/Rows.h"
 
 #include <algorithm>
 #include <deque>

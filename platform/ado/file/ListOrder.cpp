@@ -1,4 +1,4 @@
-#include "ado/recordset/ListOrder.h"
+#include "ado/file/ListOrder.h"
 
 #include <algorithm>
 

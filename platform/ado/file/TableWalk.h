@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ado/recordset/Rows.h"
+#include "ado/file/Rows.h"
 
 #include <optional>
 

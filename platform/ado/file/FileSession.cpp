@@ -1,5 +1,6 @@
-#include "ado/recordset/Session.h"
+#include "ado/file/FileSession.h"
 
+#include "ado/file/Query.h"
 #include "jet/Error.h"
 
 #include <algorithm>
@@ -21,29 +22,24 @@ jet::Database::Options on(jet::Disk* disk) {
 
 } // namespace
 
-Session::Session(const std::filesystem::path& path, jet::Disk* disk, Recorder* recorder)
+FileSession::FileSession(const std::filesystem::path& path, jet::Disk* disk, Recorder* recorder)
     : database_(path, on(disk)), engine_(database_), recorder_(recorder),
       generation_(database_.generation()), refreshes_(database_.refreshes()) {}
 
-void Session::closeUsers() {
-    while (!users_.empty())
-        users_.back()->close();
-}
-
-void Session::lookForStrangers() {
+void FileSession::lookForStrangers() {
     database_.onSnapshot([] {}); // notices what other stations have written
     if (database_.generation() != generation_)
         beginEpoch();
 }
 
 /// After something of our own. Other stations' work may have been noticed on the way.
-void Session::settle() {
+void FileSession::settle() {
     if (database_.refreshes() != refreshes_)
         beginEpoch();
     generation_ = database_.generation();
 }
 
-void Session::beginEpoch() {
+void FileSession::beginEpoch() {
     generation_ = database_.generation();
     refreshes_ = database_.refreshes();
     ++epoch_;
@@ -51,7 +47,7 @@ void Session::beginEpoch() {
     log_.clear();
 }
 
-void Session::note(const RowChange& change) {
+void FileSession::note(const RowChange& change) {
     settle();
     if (log_.size() == kLongestLog) {
         dropped_ += kLongestLog / 2;
@@ -62,7 +58,7 @@ void Session::note(const RowChange& change) {
         undo_.push_back(change);
 }
 
-void Session::note(const std::vector<jet::Cascaded>& others) {
+void FileSession::note(const std::vector<jet::Cascaded>& others) {
     for (const jet::Cascaded& other : others)
         note({other.table, other.row,
               other.erased ? RowChange::Kind::erased : RowChange::Kind::changed});
@@ -70,8 +66,9 @@ void Session::note(const std::vector<jet::Cascaded>& others) {
 
 /// Makes one row's change, which says where the row is afterwards, and has it recorded.
 template <class Change>
-void Session::recorded(const jet::Table& table, std::optional<jet::RowId> before, Change&& change) {
-    if (!recorder_ || !recorder_->keeps(table, !before)) {
+void FileSession::recorded(const jet::Table& table, std::optional<jet::RowId> before,
+                           Change&& change) {
+    if (!recorder_ || !recorder_->keeps(shapeOf(table), !before)) {
         change();
         return;
     }
@@ -80,11 +77,11 @@ void Session::recorded(const jet::Table& table, std::optional<jet::RowId> before
         const std::optional<jet::RowId> after = change();
         settle(); // so that the record isn't taken for a stranger's work
         const auto is = after ? table.read(*after) : std::nullopt;
-        recorder_->changed(table, was ? &*was : nullptr, is ? &*is : nullptr);
+        recorder_->changed(shapeOf(table), was ? &*was : nullptr, is ? &*is : nullptr);
     });
 }
 
-jet::RowId Session::insert(jet::Table& table, std::span<const jet::Assignment> given) {
+jet::RowId FileSession::insert(jet::Table& table, std::span<const jet::Assignment> given) {
     lookForStrangers();
     jet::RowId row;
     recorded(table, std::nullopt, [&] { return std::optional(row = table.insert(given)); });
@@ -92,8 +89,9 @@ jet::RowId Session::insert(jet::Table& table, std::span<const jet::Assignment> g
     return row;
 }
 
-void Session::update(jet::Table& table, jet::RowId row, std::span<const jet::Assignment> changes,
-                     std::optional<std::uint64_t> expected) {
+void FileSession::update(jet::Table& table, jet::RowId row,
+                         std::span<const jet::Assignment> changes,
+                         std::optional<std::uint64_t> expected) {
     lookForStrangers();
     std::vector<jet::Cascaded> others;
     recorded(table, row, [&] {
@@ -104,7 +102,7 @@ void Session::update(jet::Table& table, jet::RowId row, std::span<const jet::Ass
     note(others);
 }
 
-void Session::erase(jet::Table& table, jet::RowId row, std::optional<std::uint64_t> expected) {
+void FileSession::erase(jet::Table& table, jet::RowId row, std::optional<std::uint64_t> expected) {
     lookForStrangers();
     std::vector<jet::Cascaded> others;
     recorded(table, row, [&]() -> std::optional<jet::RowId> {
@@ -115,7 +113,7 @@ void Session::erase(jet::Table& table, jet::RowId row, std::optional<std::uint64
     note(others);
 }
 
-void Session::begin() {
+void FileSession::begin() {
     lookForStrangers();
     database_.begin();
     undone_ = false;
@@ -124,13 +122,13 @@ void Session::begin() {
     begunIn_ = epoch_;
 }
 
-void Session::end(void (jet::Database::*way)()) {
+void FileSession::commitBy(void (jet::Database::*way)()) {
     lookForStrangers();
     (database_.*way)();
     settle();
 }
 
-void Session::rollback() {
+void FileSession::rollback() {
     // Without asking what others have done: could that not be told, nothing would be undone.
     undone_ = undone_ || !undo_.empty();
     database_.rollback();
@@ -147,19 +145,19 @@ void Session::rollback() {
     }
 }
 
-void Session::flushIfDue() {
+void FileSession::flushIfDue() {
     lookForStrangers();
     database_.flushIfDue();
     settle();
 }
 
-void Session::flush() {
+void FileSession::flush() {
     lookForStrangers();
     database_.flush();
     settle();
 }
 
-void Session::discard() {
+void FileSession::discard() {
     database_.discard();
     beginEpoch();
 }
@@ -167,7 +165,7 @@ void Session::discard() {
 /// A long work that only reads keeps nobody from writing. That it can't be written now is no matter
 /// of who reads: the program's clock tries again, and says so. What is dropped, since another
 /// program has put its own in the place, is said at once.
-void Session::flushWhileReading() {
+void FileSession::flushWhileReading() {
     try {
         database_.flushIfDue();
         settle();
@@ -177,13 +175,13 @@ void Session::flushWhileReading() {
     }
 }
 
-LogPosition Session::logEnd() {
+LogPosition FileSession::logEnd() {
     lookForStrangers();
     flushWhileReading();
     return {epoch_, dropped_ + log_.size()};
 }
 
-std::optional<std::vector<RowChange>> Session::changesSince(LogPosition& position) {
+std::optional<std::vector<RowChange>> FileSession::changesSince(LogPosition& position) {
     const LogPosition from = std::exchange(position, logEnd());
     if (from.epoch != position.epoch || from.number < dropped_)
         return std::nullopt;

@@ -1,4 +1,4 @@
-#include "ado/recordset/FetchedRows.h"
+#include "ado/file/FetchedRows.h"
 
 namespace ado {
 

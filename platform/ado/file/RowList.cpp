@@ -1,4 +1,4 @@
-#include "ado/recordset/RowList.h"
+#include "ado/file/RowList.h"
 
 #include "ado/engine/Engine.h"
 

@@ -20,36 +20,27 @@ struct RowChange {
     Kind kind;
 };
 
-/// A position in the change log of a session: everything before it is known to its holder. The log
-/// of an older `epoch` is lost, as the file has changed in ways that nobody has told of.
+/// A position in the change log of a connection: everything before it is known to its holder. The
+/// log of an older `epoch` is lost, as the file has changed in ways that nobody has told of.
 struct LogPosition {
     std::uint64_t epoch = 0;
     std::uint64_t number = 0;
 };
 
-/// Who works on a session, and lets go of it before it ends.
-class SessionUser {
-public:
-    /// Has left the session when it returns.
-    virtual void close() = 0;
-
-protected:
-    ~SessionUser() = default;
-};
-
-/// What a connection has while it is open: the file, SQLite over it, the recordsets, and the
-/// log of the changes made through it, which spares a recordset reading everything again.
+/// An open file, SQLite over it, and the log of the changes made through its connection, which
+/// spares a recordset reading everything again.
 ///
 /// The file's generation tells of changes that didn't come through here (another program, or the
 /// engine's own users): then a new epoch begins, and every recordset's next Requery() reads all.
-class Session {
+class FileSession {
 public:
     /// `disk` is null for the system's, `recorder` for none.
-    Session(const std::filesystem::path& path, jet::Disk* disk, Recorder* recorder);
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
+    FileSession(const std::filesystem::path& path, jet::Disk* disk, Recorder* recorder);
+    FileSession(const FileSession&) = delete;
+    FileSession& operator=(const FileSession&) = delete;
 
     [[nodiscard]] jet::Database& database() noexcept { return database_; }
+    [[nodiscard]] const jet::Database& database() const noexcept { return database_; }
     [[nodiscard]] Engine& engine() noexcept { return engine_; }
 
     /// Changes of rows; throw as the functions of jet::Table do.
@@ -61,10 +52,11 @@ public:
                std::optional<std::uint64_t> expected = std::nullopt);
 
     void begin();
-    void commit() { end(&jet::Database::commit); }
-    void commitLater() { end(&jet::Database::commitLater); }
+    void commit() { commitBy(&jet::Database::commit); }
+    void commitLater() { commitBy(&jet::Database::commitLater); }
     /// The log then tells of the opposite of what the transaction did.
     void rollback();
+    [[nodiscard]] bool inTransaction() const noexcept { return database_.inTransaction(); }
     void flushIfDue();
     void flush();
     void discard();
@@ -75,16 +67,11 @@ public:
     /// What has come since `position`, which moves to the end. Nothing if that can't be told.
     [[nodiscard]] std::optional<std::vector<RowChange>> changesSince(LogPosition& position);
 
-    void enter(SessionUser& user) { users_.push_back(&user); }
-    void leave(SessionUser& user) noexcept { std::erase(users_, &user); }
-    /// Closes all who work on it.
-    void closeUsers();
-
 private:
     void lookForStrangers();
     void flushWhileReading();
     void beginEpoch();
-    void end(void (jet::Database::*way)());
+    void commitBy(void (jet::Database::*way)());
     void settle();
     template <class Change>
     void recorded(const jet::Table& table, std::optional<jet::RowId> before, Change&& change);
@@ -94,7 +81,6 @@ private:
     jet::Database database_;
     Engine engine_;
     Recorder* recorder_;
-    std::vector<SessionUser*> users_; ///< in the order in which they came
 
     std::uint64_t generation_; ///< of the file when last looked at
     std::uint64_t refreshes_;  ///< the same: grows when another station has written

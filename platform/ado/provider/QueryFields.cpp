@@ -1,4 +1,4 @@
-#include "ado/recordset/QueryFields.h"
+#include "ado/provider/QueryFields.h"
 
 #include "jet/Error.h"
 #include "jet/Names.h"
@@ -10,7 +10,7 @@ namespace ado {
 using jet::Errc;
 using jet::Error;
 
-std::optional<QueryFields> QueryFields::of(const Select& select, std::vector<jet::Table*> tables) {
+std::optional<QueryFields> QueryFields::of(const Select& select, std::vector<TableShape> tables) {
     QueryFields fields;
     fields.from_ = select.tables;
     fields.tables_ = std::move(tables);
@@ -19,17 +19,17 @@ std::optional<QueryFields> QueryFields::of(const Select& select, std::vector<jet
     return found ? std::optional(std::move(fields)) : std::nullopt;
 }
 
-QueryFields::QueryFields(const Select& select, const PreparedStatement& statement)
+QueryFields::QueryFields(const Select& select, const std::vector<Computed>& columns)
     : from_(select.tables) {
-    for (int i = 0; i < statement.columns(); ++i)
-        fields_.push_back(
-            {statement.columnName(i), statement.columnTable(i), 0, static_cast<std::size_t>(i)});
+    fields_.reserve(columns.size());
+    for (const Computed& column : columns)
+        fields_.push_back({column.name, column.table, 0, fields_.size()});
 }
 
 bool QueryFields::addItem(const SelectItem& item) {
     const std::size_t before = fields_.size();
     for (const std::size_t table : tablesOf(item.qualifier)) {
-        const auto columns = tables_[table]->columns();
+        const auto columns = tables_[table].columns();
         const auto add = [&](std::size_t column) {
             fields_.push_back({item.label.empty() ? columns[column].name : item.label,
                                from_[table].alias, table, column});
@@ -37,7 +37,7 @@ bool QueryFields::addItem(const SelectItem& item) {
         if (item.column.empty()) {
             for (std::size_t i = 0; i < columns.size(); ++i)
                 add(i);
-        } else if (const auto column = tables_[table]->findColumn(item.column)) {
+        } else if (const auto column = tables_[table].findColumn(item.column)) {
             add(*column);
         }
     }
@@ -69,7 +69,7 @@ std::size_t QueryFields::tableNamed(std::string_view name) const {
 /// By the name that its table has in the statement, or in the file. Folded, or empty for any.
 bool QueryFields::isOf(const QueryField& field, const std::string& qualifier) const {
     return qualifier.empty() || jet::foldedName(field.qualifier) == qualifier ||
-           (!tables_.empty() && jet::foldedName(tables_[field.table]->name()) == qualifier);
+           (!tables_.empty() && jet::foldedName(tables_[field.table].name()) == qualifier);
 }
 
 std::size_t QueryFields::fieldNamed(std::string_view name) const {
@@ -112,7 +112,7 @@ std::string QueryFields::sentenceForMissing(std::string_view name) const {
     const std::string field = "o campo \"" + std::string(name) + "\"";
     if (tables_.size() != 1)
         return "Não existe " + field + " neste conjunto.";
-    return "Falta " + field + " na tabela \"" + tables_.front()->name() +
+    return "Falta " + field + " na tabela \"" + tables_.front().name() +
            "\" da base de dados. Peça a quem cuida dela que o acrescente.";
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ado/recordset/ListOrder.h"
+#include "ado/file/ListOrder.h"
 
 #include <string>
 

@@ -1,15 +1,20 @@
 #pragma once
 
 #include "ado/RecordsetTypes.h"
-#include "ado/recordset/QueryFields.h"
-#include "ado/recordset/QuerySql.h"
-#include "ado/recordset/Rows.h"
+#include "ado/file/QuerySql.h"
+#include "ado/file/Rows.h"
+#include "ado/provider/QueryFields.h"
 
 namespace ado {
 
 class Engine;
 
-/// What a recordset asks the file: its source with filter and sort, the fields it has, and the rows
+/// A table of a file as recordsets know it.
+[[nodiscard]] inline TableShape shapeOf(const jet::Table& table) {
+    return {table.name(), table.columns()};
+}
+
+/// What a cursor asks the file: its source with filter and sort, the fields it has, and the rows
 /// that come of it.
 class Query {
 public:
@@ -21,9 +26,7 @@ public:
     /// Whether rows can be changed: they are those of one table.
     [[nodiscard]] bool updatable() const noexcept { return live() && tables().size() == 1; }
     /// Of a live query.
-    [[nodiscard]] const std::vector<jet::Table*>& tables() const noexcept {
-        return fields_.tables();
-    }
+    [[nodiscard]] const std::vector<jet::Table*>& tables() const noexcept { return tables_; }
     [[nodiscard]] QueryFields& fields() noexcept { return fields_; }
     [[nodiscard]] const QueryFields& fields() const noexcept { return fields_; }
 
@@ -47,6 +50,7 @@ private:
 
     jet::Database& database_;
     Engine& engine_;
+    std::vector<jet::Table*> tables_; ///< of a live query
     QueryFields fields_;
     QuerySql sql_;
     std::string filter_;

@@ -1,4 +1,4 @@
-#include "ado/recordset/TableWalk.h"
+#include "ado/file/TableWalk.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "ado/recordset/QuerySql.h"
+#include "ado/file/QuerySql.h"
 
 #include "ado/Shop.h"
 

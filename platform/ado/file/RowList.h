@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ado/recordset/ListOrder.h"
-#include "ado/recordset/Rows.h"
+#include "ado/file/ListOrder.h"
+#include "ado/file/Rows.h"
 
 #include <deque>
 

@@ -1,9 +1,9 @@
-#include "ado/recordset/Query.h"
+#include "ado/file/Query.h"
 
 #include "ado/engine/Engine.h"
-#include "ado/recordset/FetchedRows.h"
-#include "ado/recordset/RowList.h"
-#include "ado/recordset/TableWalk.h"
+#include "ado/file/FetchedRows.h"
+#include "ado/file/RowList.h"
+#include "ado/file/TableWalk.h"
 #include "jet/Error.h"
 #include "jet/Names.h"
 #include "jet/Tokens.h"
@@ -51,7 +51,10 @@ Query::Query(jet::Database& database, Engine& engine, const std::string& source,
         return;
     sql_ = QuerySql::ofAnswer(select);
     tried_ = engine_.prepare(sql_.all());
-    fields_ = QueryFields(select, *tried_);
+    std::vector<QueryFields::Computed> columns;
+    for (int i = 0; i < tried_->columns(); ++i)
+        columns.push_back({tried_->columnName(i), tried_->columnTable(i)});
+    fields_ = QueryFields(select, columns);
 }
 
 /// False if its rows can't be named by ids: then it can be read all the same.
@@ -62,12 +65,16 @@ bool Query::describeLive(const Select& select) {
             return false;
         tables.push_back(&database_.table(from.table));
     }
-    auto fields = QueryFields::of(select, std::move(tables));
+    std::vector<TableShape> shapes;
+    shapes.reserve(tables.size());
+    for (const jet::Table* table : tables)
+        shapes.push_back(shapeOf(*table));
+    auto fields = QueryFields::of(select, std::move(shapes));
     if (!fields)
         return false;
     if (fields->isAmbiguous())
         static_cast<void>(engine_.prepare(select.text)); // it may be an error in a list of columns
-    QuerySql sql = QuerySql::ofRows(select, fields->tables());
+    QuerySql sql = QuerySql::ofRows(select, tables);
     try {
         tried_ = engine_.prepare(sql.all());
     } catch (const Error& error) {
@@ -75,6 +82,7 @@ bool Query::describeLive(const Select& select) {
             throw;
         return false; // joins nested to the right: SQLite hides the ids inside
     }
+    tables_ = std::move(tables);
     fields_ = std::move(*fields);
     sql_ = std::move(sql);
     return true;
