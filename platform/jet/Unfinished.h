@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <filesystem>
-#include <string>
 
 namespace jet {
 
@@ -10,6 +9,9 @@ namespace jet {
 /// find when the program ends before its time. While one lives, removeAll() takes the file away.
 class Unfinished {
 public:
+    /// Of a name that removeAll() finds, or null.
+    using Place = std::atomic<const std::filesystem::path::value_type*>;
+
     explicit Unfinished(const std::filesystem::path& path);
     ~Unfinished();
     Unfinished(const Unfinished&) = delete;
@@ -20,8 +22,8 @@ public:
     static void removeAll() noexcept;
 
 private:
-    std::string path_;
-    std::atomic<const char*>* place_ = nullptr; ///< null if there are too many: then it may stay
+    std::filesystem::path path_;
+    Place* place_ = nullptr; ///< null if there are too many: then it may stay
 };
 
 } // namespace jet

@@ -10,6 +10,7 @@
 #include "jet/share/FileAlone.h"
 #include "jet/share/Recovery.h"
 #include "jet/share/Sharing.h"
+#include "jet/system/System.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -42,12 +43,7 @@ void requireSound(const UnnamedFile& copy, const std::string& what,
         throw Error(Errc::corrupt, what + error->sentence + ".");
 }
 
-std::tm localNow() {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    ::localtime_r(&now, &local);
-    return local;
-}
+std::tm localNow() { return sys::localTime(std::time(nullptr)); }
 
 std::string formatted(const char* format, const std::tm& time) {
     char text[64];

@@ -1,6 +1,7 @@
 #include "jet/disk/File.h"
 
 #include "jet/Error.h"
+#include "jet/system/System.h"
 
 #include <cerrno>
 #include <system_error>
@@ -15,11 +16,11 @@ constexpr std::uint64_t kLook = 0x7FFFFFF0;
 
 [[noreturn]] void fail(const char* action, const std::filesystem::path& path, std::int64_t result) {
     const int error = static_cast<int>(-result);
-    const Errc code = error == ENOENT || error == ENOTDIR                    ? Errc::notFound
-                      : error == EEXIST                                      ? Errc::exists
-                      : error == ENOSPC || error == EDQUOT || error == EFBIG ? Errc::full
-                      : error == EACCES || error == EPERM || error == EROFS  ? Errc::readOnly
-                                                                             : Errc::io;
+    const Errc code = error == ENOENT || error == ENOTDIR                   ? Errc::notFound
+                      : error == EEXIST                                     ? Errc::exists
+                      : sys::isNoRoom(error) || error == EFBIG              ? Errc::full
+                      : error == EACCES || error == EPERM || error == EROFS ? Errc::readOnly
+                                                                            : Errc::io;
     const char* reason = code == Errc::notFound ? "o arquivo não existe"
                          : code == Errc::exists ? "o arquivo já existe"
                          : code == Errc::full
@@ -35,7 +36,7 @@ constexpr std::uint64_t kLook = 0x7FFFFFF0;
 
 [[noreturn]] void failFolder(const std::filesystem::path& folder, const char* done, int result) {
     throw Error(result == -EACCES || result == -EPERM || result == -EROFS ? Errc::readOnly
-                : result == -ENOSPC || result == -EDQUOT                  ? Errc::full
+                : sys::isNoRoom(-result)                                  ? Errc::full
                                                                           : Errc::io,
                 "A pasta \"" + folder.string() + "\" não pode ser " + done + ": " +
                     std::generic_category().message(-result) + ".");

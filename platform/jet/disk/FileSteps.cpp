@@ -2,17 +2,14 @@
 
 #include "jet/Error.h"
 #include "jet/disk/File.h"
+#include "jet/system/System.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cctype>
-#include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <random>
 #include <string>
-#include <unistd.h>
 
 namespace jet {
 
@@ -23,10 +20,7 @@ constexpr std::size_t kHead = 4096;
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 
 std::string machineLetters() {
-    std::array<char, 256> name{};
-    if (::gethostname(name.data(), name.size() - 1) != 0) // unreached: there is room for any name
-        return "local";
-    std::string letters(name.data());
+    std::string letters = sys::machineName();
     std::erase_if(letters, [](unsigned char c) { return std::isalnum(c) == 0; });
     return letters.substr(0, 32);
 }
@@ -37,7 +31,7 @@ std::filesystem::path unnamed(const std::filesystem::path& target, Disk& disk) {
     static std::atomic<unsigned> made{std::random_device{}()};
     while (true) {
         std::filesystem::path name = target.stem();
-        name += kMark + machineLetters() + "-" + std::to_string(::getpid()) + "-" +
+        name += kMark + machineLetters() + "-" + std::to_string(sys::processNumber()) + "-" +
                 std::to_string(made++);
         name += target.extension();
         name = target.parent_path() / name;
@@ -63,8 +57,7 @@ bool isOfTheDead(const std::string& given) {
         return false;
     char* end = nullptr;
     const long process = std::strtol(given.c_str() + mine.size(), &end, 10);
-    return process > 0 && *end == '-' && ::kill(static_cast<::pid_t>(process), 0) != 0 &&
-           errno == ESRCH;
+    return process > 0 && *end == '-' && !sys::mayRun(static_cast<std::uint64_t>(process));
 }
 
 } // namespace

@@ -1,23 +1,24 @@
 #include "jet/Unfinished.h"
 
+#include "jet/system/System.h"
+
 #include <array>
-#include <unistd.h>
 
 namespace jet {
 
 namespace {
 
 /// Readable at any moment, whatever the program was doing.
-std::array<std::atomic<const char*>, 64>& places() noexcept {
-    static std::array<std::atomic<const char*>, 64> all{};
+std::array<Unfinished::Place, 64>& places() noexcept {
+    static std::array<Unfinished::Place, 64> all{};
     return all;
 }
 
 } // namespace
 
-Unfinished::Unfinished(const std::filesystem::path& path) : path_(path.string()) {
-    for (std::atomic<const char*>& place : places()) {
-        const char* nobody = nullptr;
+Unfinished::Unfinished(const std::filesystem::path& path) : path_(path) {
+    for (Place& place : places()) {
+        const std::filesystem::path::value_type* nobody = nullptr;
         if (place.compare_exchange_strong(nobody, path_.c_str())) {
             place_ = &place;
             return;
@@ -31,9 +32,9 @@ Unfinished::~Unfinished() {
 }
 
 void Unfinished::removeAll() noexcept {
-    for (const std::atomic<const char*>& place : places())
-        if (const char* const path = place.load())
-            static_cast<void>(::unlink(path));
+    for (const Place& place : places())
+        if (const auto* const path = place.load())
+            sys::removeNow(path);
 }
 
 } // namespace jet

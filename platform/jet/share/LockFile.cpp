@@ -4,10 +4,10 @@
 #include "jet/Types.h"
 #include "jet/Waiting.h"
 #include "jet/disk/SideFile.h"
+#include "jet/system/System.h"
 
 #include <algorithm>
 #include <array>
-#include <unistd.h>
 
 namespace jet {
 
@@ -46,10 +46,8 @@ bool isName(std::span<const std::byte> field) {
 }
 
 std::string machineName() {
-    std::array<char, 256> name{};
-    if (::gethostname(name.data(), name.size() - 1) != 0 || name[0] == 0)
-        return "LOCAL";
-    return name.data();
+    const std::string name = sys::machineName();
+    return name.empty() ? "LOCAL" : name;
 }
 
 } // namespace

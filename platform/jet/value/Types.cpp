@@ -1,5 +1,7 @@
 #include "jet/Types.h"
 
+#include "jet/system/System.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -30,13 +32,7 @@ Date Date::of(const CivilTime& time) noexcept {
 }
 
 Date Date::now() {
-    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm local{};
-#ifdef _WIN32
-    localtime_s(&local, &now);
-#else
-    localtime_r(&now, &local);
-#endif
+    const std::tm local = sys::localTime(std::time(nullptr));
     return of({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
                std::min(local.tm_sec, 59)}); // a leap second is no time of its own
 }
