@@ -47,7 +47,7 @@ std::string comDecimais(double numero) {
 std::string quantia(jet::Currency valor) {
     const bool negativo = valor.tenThousandths < 0;
     const auto partes = std::lldiv(valor.tenThousandths, kInteiro);
-    std::array<char, 32> letras{};
+    std::array<char, 48> letras{}; // for any numbers
     std::snprintf(letras.data(), letras.size(), "%s%lld,%04lld", negativo ? "-" : "",
                   std::llabs(partes.quot), std::llabs(partes.rem));
     return letras.data();
@@ -57,7 +57,7 @@ std::string momento(jet::Date data) {
     const jet::CivilTime em = data.civil();
     if (!data.inRange() || jet::Date::of(em) != data)
         return "#" + comDecimais(data.days);
-    std::array<char, 32> letras{};
+    std::array<char, 48> letras{}; // for any numbers
     std::snprintf(letras.data(), letras.size(), "%04d-%02d-%02d", em.year, em.month, em.day);
     std::string texto = letras.data();
     if (em.hour == 0 && em.minute == 0 && em.second == 0)
