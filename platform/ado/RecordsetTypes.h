@@ -5,7 +5,8 @@
 namespace ado {
 
 /// What a recordset sees of the work of others, while it is open: of other stations, and of whoever
-/// changes the file past its connection. All of them walk both ways.
+/// changes the file past its connection. All of them walk both ways, but ForwardOnly over a join or
+/// a computed result: of many rows it keeps those only that it hasn't come to.
 ///
 /// Over one table:
 ///                                a row added        changed                   deleted

@@ -2,6 +2,7 @@
 
 #include "ado/engine/SqlError.h"
 #include "ado/file/Rows.h"
+#include "jet/Error.h"
 
 #include <algorithm>
 #include <deque>
@@ -13,14 +14,15 @@ namespace ado {
 /// What a statement gives, fetched as far as it has been walked and somewhat beyond, and kept: a
 /// window shows its first row before the last is known. `Cell`: what is kept of each column. Where
 /// the statement fails, the rows before come first, and the failure when the walk comes to it.
+/// Forward only, no row is kept for long that has been passed.
 template <class Cell, class Base>
 class Fetched : public Base {
     static constexpr std::size_t kLargestBatch = 64;
 
 public:
-    explicit Fetched(PreparedStatement statement)
-        : statement_(std::move(statement)), width_(static_cast<std::size_t>(statement_.columns())) {
-    }
+    Fetched(PreparedStatement statement, bool forwardOnly)
+        : statement_(std::move(statement)), width_(static_cast<std::size_t>(statement_.columns())),
+          forwardOnly_(forwardOnly) {}
 
     bool first() override { return goTo(0); }
     /// Fetches all.
@@ -41,24 +43,28 @@ public:
 
     /// Of the row stood on.
     [[nodiscard]] const Cell& cell(std::size_t column) const {
-        return cells_[at_ * width_ + column];
+        return cells_[(at_ - passed_) * width_ + column];
     }
 
 protected:
-    [[nodiscard]] std::size_t place() const noexcept { return at_; }
+    /// Of the row stood on, among those that are kept.
+    [[nodiscard]] std::size_t place() const noexcept { return at_ - passed_; }
     [[nodiscard]] std::size_t width() const noexcept { return width_; }
     [[nodiscard]] std::deque<Cell>& cells() noexcept { return cells_; }
 
 private:
-    /// @throws Error{full} if that is more than is kept of one statement.
-    void keep(Cell&& cell) {
-        kept_ += sizeof(Cell);
+    static std::size_t bytesOf(const Cell& cell) {
         if constexpr (!std::is_same_v<Cell, RowNumber>) {
             if (const auto* text = std::get_if<std::string>(&cell))
-                kept_ += text->size();
-            else if (const auto* bytes = std::get_if<jet::Bytes>(&cell))
-                kept_ += bytes->size();
+                return sizeof(Cell) + text->size();
+            if (const auto* bytes = std::get_if<jet::Bytes>(&cell))
+                return sizeof(Cell) + bytes->size();
         }
+        return sizeof(Cell);
+    }
+    /// @throws Error{full} if that is more than is kept of one statement.
+    void keep(Cell&& cell) {
+        kept_ += bytesOf(cell);
         if (kept_ > Bounds().bytes)
             tooMuch();
         cells_.push_back(std::move(cell));
@@ -92,8 +98,19 @@ private:
             if (!fetch())
                 return false;
         }
+        if (forwardOnly_ && place < at_)
+            throw jet::Error(jet::Errc::misuse, "Este conjunto só se percorre para a frente.");
         at_ = place;
+        if (forwardOnly_ && at_ - passed_ >= kLargestBatch)
+            dropPassed();
         return true;
+    }
+    void dropPassed() {
+        const auto end = cells_.begin() + static_cast<std::ptrdiff_t>(place() * width_);
+        for (auto cell = cells_.begin(); cell != end; ++cell)
+            kept_ -= bytesOf(*cell);
+        cells_.erase(cells_.begin(), end);
+        passed_ = at_;
     }
     static Cell read(const PreparedStatement& statement, int column) {
         if constexpr (std::is_same_v<Cell, RowNumber>)
@@ -104,9 +121,11 @@ private:
 
     PreparedStatement statement_;
     std::size_t width_;
+    bool forwardOnly_;
     std::deque<Cell> cells_; // which never has to be moved as a whole
     std::size_t kept_ = 0;   ///< bytes
     std::size_t fetched_ = 0;
+    std::size_t passed_ = 0; ///< rows that aren't kept any more
     std::size_t at_ = 0;
     std::size_t batch_ = 1; ///< rows to fetch next: the first shows at once, a long list costs less
     bool complete_ = false;

@@ -19,6 +19,7 @@ constexpr std::size_t kMostChanged = 4096;
 FileCursor::FileCursor(FileSession& session, const std::string& source, CursorType type,
                        CommandType command)
     : session_(session), dynamic_(type == CursorType::Dynamic),
+      forwardOnly_(type == CursorType::ForwardOnly),
       query_(session.database(), session.engine(), source, command) {
     readers_.reserve(query_.tables().size());
     for (const jet::Table* table : query_.tables())
@@ -36,7 +37,7 @@ void FileCursor::reload() {
     knowsAll_ = true;
     outdated_ = false;
     changed_.clear();
-    rows_ = query_.rows();
+    rows_ = query_.rows(forwardOnly_);
     arrive(rows_->first(), At::afterLast);
 }
 

@@ -83,7 +83,8 @@ private:
     [[nodiscard]] TableRows& tableRows() const { return static_cast<TableRows&>(*rows_); }
 
     FileSession& session_;
-    bool dynamic_; ///< a list takes in what others do
+    bool dynamic_;     ///< a list takes in what others do
+    bool forwardOnly_; ///< of a join, or computed
     Query query_;
     std::unique_ptr<Rows> rows_;
     std::vector<jet::RowReader> readers_; ///< one for each table

@@ -124,15 +124,15 @@ PreparedStatement Query::takeStatement() {
     return tried ? std::move(*tried) : engine_.prepare(sql_.all());
 }
 
-std::unique_ptr<Rows> Query::rows() {
+std::unique_ptr<Rows> Query::rows(bool forwardOnly) {
     if (sql_.isWholeTable()) {
         tried_.reset();
         return std::make_unique<TableWalk>(*tables().front());
     }
     if (!live())
-        return std::make_unique<ComputedRows>(takeStatement());
+        return std::make_unique<ComputedRows>(takeStatement(), forwardOnly);
     if (tables().size() > 1)
-        return std::make_unique<JoinRows>(takeStatement());
+        return std::make_unique<JoinRows>(takeStatement(), forwardOnly);
     return std::make_unique<RowList>(ListSource{database_, engine_, *tables().front(), sql_.all(),
                                                 sql_.belongs(), sql_.order(), sql_.isByRow()},
                                      takeStatement());

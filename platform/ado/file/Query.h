@@ -37,7 +37,8 @@ public:
     void setSort(const std::string& fields);
 
     /// The rows, before the first: LiveRows if live(), TableRows if updatable(), else ComputedRows.
-    [[nodiscard]] std::unique_ptr<Rows> rows();
+    /// Those of a join or computed ones may be asked for to be walked forward only.
+    [[nodiscard]] std::unique_ptr<Rows> rows(bool forwardOnly);
     /// What LiveRows::find() asks for: the first row of a whole table that meets a criterion, from
     /// the one whose key is bound on; of all others the ids of the rows that meet it.
     /// @throws Error{syntax, notFound}, Error{misuse} if not live.

@@ -248,6 +248,13 @@ TEST_P(HostileSql, WhatIsKeptOfAnAnswerIsBounded) {
               connection);
     EXPECT_EQ(errorOf([&] { (void)rows.RecordCount(); }), Errc::full);
     rows.Close();
+    rows.Open("select b1.nome & '" + std::string(30'000, 'x') + "' as x from " + banksTimes(9),
+              connection, ado::CursorType::ForwardOnly);
+    int walked = 0;
+    for (; !rows.EOF(); rows.MoveNext())
+        ++walked;
+    EXPECT_EQ(walked, 19'683) << "nothing is kept of what has been passed";
+    rows.Close();
     rows.Open("bancos", connection);
     EXPECT_EQ(rows.RecordCount(), 3);
 }

@@ -86,6 +86,62 @@ TEST_P(RecordsetTest, WalksBothWaysAndStopsOneBeyondEachEnd) {
     }
 }
 
+TEST_P(RecordsetTest, ForwardOnlyAJoinAndWhatIsComputedAreWalkedOnce) {
+    addSomeOfEach();
+    const std::string tables =
+        " from bancos, bancos as b2, bancos as b3, bancos as b4, bancos as b5 order by ";
+    const std::string order = "bancos.codigo, b2.codigo, b3.codigo, b4.codigo, b5.codigo";
+    for (const std::string& what :
+         {std::string("bancos.codigo, b5.codigo as quinto"),
+          std::string("bancos.codigo*1 as codigo, b5.codigo as quinto")}) {
+        SCOPED_TRACE(what);
+        const std::string source = "select " + what + tables + order;
+        const auto all = [&](ado::CursorType type) {
+            Recordset rows;
+            rows.Open(source, connection, type);
+            std::vector<std::pair<std::int64_t, std::int64_t>> walked;
+            for (; !rows.EOF(); rows.MoveNext())
+                walked.emplace_back(rows["codigo"].integer(), rows["quinto"].integer());
+            return walked;
+        };
+        EXPECT_EQ(all(ado::CursorType::ForwardOnly), all(ado::CursorType::Static));
+        Recordset rows;
+        rows.Open(source, connection, ado::CursorType::ForwardOnly);
+        rows.MoveFirst();
+        for (int row = 0; row < 200; ++row)
+            rows.MoveNext();
+        EXPECT_EQ(rows["codigo"].integer(), 3);
+        EXPECT_EQ(errorOf([&] { rows.MovePrevious(); }), Errc::misuse);
+        EXPECT_EQ(errorOf([&] { rows.MoveFirst(); }), Errc::misuse);
+        EXPECT_EQ(rows["codigo"].integer(), 3) << "it stays where it is";
+        EXPECT_EQ(rows.RecordCount(), 243);
+        rows.MoveLast();
+        EXPECT_EQ(rows["quinto"].integer(), 3);
+        rows.Requery();
+        EXPECT_EQ(rows["codigo"].integer(), 1);
+    }
+}
+
+TEST_P(RecordsetTest, ForwardOnlyARowThatHasGoneIsMissedWhereItStood) {
+    addSomeOfEach();
+    Recordset rows;
+    rows.Open("select b1.codigo from bancos as b1, bancos as b2, bancos as b3, bancos as b4, "
+              "bancos as b5 order by b1.codigo, b2.codigo, b3.codigo, b4.codigo, b5.codigo",
+              connection, ado::CursorType::ForwardOnly);
+    for (int row = 0; row < 100; ++row)
+        rows.MoveNext();
+    EXPECT_EQ(rows["codigo"].integer(), 2);
+    Recordset banks;
+    banks.Open("select * from bancos where codigo=2", connection);
+    banks.Delete();
+    EXPECT_EQ(errorOf([&] { (void)rows["codigo"].integer(); }), Errc::noCurrentRow);
+    rows.MoveNext();
+    EXPECT_EQ(errorOf([&] { (void)rows["codigo"].integer(); }), Errc::conflict);
+    for (int row = 101; row < 2 * 81; ++row)
+        rows.MoveNext();
+    EXPECT_EQ(rows["codigo"].integer(), 3);
+}
+
 TEST_P(RecordsetTest, FieldsAreFoundWithoutCaseAndTrailingBlanks) {
     addSomeOfEach();
     Recordset rows;
