@@ -106,7 +106,7 @@ PainelDoDia::PainelDoDia(QDate (*hoje)(), QWidget* parent) : QWidget(parent), ho
     grafico_ = montarGrafico();
     maiores_ = montarClientes();
     lblteclas = rotulo("lblteclas");
-    lblteclas->setText("F6 ficha do cliente     F7 agenda     F8 histórico");
+    lblteclas->setText("F1 ajuda     F6 ficha do cliente     F7 agenda     F8 histórico");
 
     auto* tudo = new QVBoxLayout(this);
     tudo->setContentsMargins(kMargem, kMargem, kMargem, kMargem);

@@ -2,10 +2,10 @@
 # Sourced by ./run and ./test: what the tree needs of the machine, in one list of Debian packages.
 
 packages_build="g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libsqlite3-dev
-    libxlsxwriter-dev libxxhash-dev pkg-config fonts-dejavu-core qt6-translations-l10n"
+    libxlsxwriter-dev libxxhash-dev pkg-config fonts-dejavu-core qt6-translations-l10n cmark-gfm"
 packages_test="git mold clang clang-format clang-tidy libclang-rt-dev libgtest-dev libgmock-dev
     libbenchmark-dev mdbtools dbus-daemon at-spi2-core imagemagick xvfb x11-xkb-utils openbox xdotool
-    poppler-utils python3-openpyxl cups cups-client"
+    poppler-utils python3-openpyxl cups cups-client hunspell hunspell-pt-br"
 packages_coverage="llvm"
 packages_screen="xvfb openbox x11vnc"
 

@@ -12,6 +12,7 @@
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
 #include "reports/FrmFiltroRelat.h"
+#include "shell/FrmAjuda.h"
 #include "shell/frmAbout.h"
 #include "shell/frmcaminho.h"
 
@@ -39,6 +40,7 @@ constexpr Comando kApagar{nullptr, [] { FrmApagar::instance().showModal(); }};
 constexpr Comando kDiretorio{nullptr, [] { frmcaminho::instance().showModal(); }};
 constexpr Comando kSobre{nullptr, [] { frmAbout::instance().showModal(); }};
 
+constexpr Comando kManual{nullptr, &FrmAjuda::mostrar};
 constexpr Comando kAgenda{nullptr, [] { FrmAgenda::instance().showModal(); }};
 constexpr Comando kFicha{nullptr, &FrmFicha::mostrar};
 constexpr Comando kHistorico{nullptr, [] { FrmHistorico::instance().showModal(); }};
@@ -99,6 +101,7 @@ constexpr Botao kBotoes[] = {
 };
 
 constexpr Tecla kTeclas[] = {
+    {Qt::Key_F1, &kManual,    "FrmAjuda",     nullptr            },
     {Qt::Key_F6, &kFicha,     "FrmFicha",     "&Ficha do cliente"},
     {Qt::Key_F7, &kAgenda,    "FrmAgenda",    "&Agenda"          },
     {Qt::Key_F8, &kHistorico, "FrmHistorico", "&Histórico"      },

@@ -42,7 +42,7 @@ struct Tecla {
     Qt::Key tecla;
     const Comando* comando;
     const char* janela;  ///< the name of the window that it opens
-    const char* legenda; ///< in the menus of lists; "&" marks the access key
+    const char* legenda; ///< in the menus of lists; null: in none; "&" marks the access key
 };
 
 [[nodiscard]] std::span<const Menu> menus();

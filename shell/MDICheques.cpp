@@ -18,6 +18,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDialog>
 #include <QKeyEvent>
 #include <QMdiSubWindow>
 #include <QMenuBar>
@@ -38,6 +39,15 @@ constexpr char kPainelKey[] = "MDICheques/painel";
 
 QSettings userSettings() {
     return QSettings(QSettings::IniFormat, QSettings::UserScope, "Valtrino", "Valtrino");
+}
+
+/// Whether what is in front comes before the window of the key: a question must be answered first,
+/// a file chosen. In front of what is to be printed only the help is opened.
+bool esperaResposta(const Comandos::Tecla& tecla) {
+    const QWidget* const naFrente = QApplication::activeModalWidget();
+    if (!naFrente || qobject_cast<const Form*>(naFrente))
+        return false;
+    return tecla.tecla != Qt::Key_F1 || qobject_cast<const QDialog*>(naFrente);
 }
 
 } // namespace
@@ -160,7 +170,6 @@ void MDICheques::Toolbar1_ButtonClick(const QString& chave) {
         executar(botao->comando);
 }
 
-// A question must be answered first, a file chosen.
 bool MDICheques::eventFilter(QObject* watched, QEvent* event) {
     if (MenuDaLista::mostrar(*watched, *event, [this](const auto* comando) { executar(comando); }))
         return true;
@@ -169,9 +178,8 @@ bool MDICheques::eventFilter(QObject* watched, QEvent* event) {
     const auto& pressed = *static_cast<QKeyEvent*>(event);
     const auto teclas = Comandos::teclas();
     const auto tecla = std::ranges::find(teclas, pressed.key(), &Comandos::Tecla::tecla);
-    const QWidget* const naFrente = QApplication::activeModalWidget();
     if (tecla == teclas.end() || pressed.modifiers() != Qt::NoModifier ||
-        QApplication::activePopupWidget() || (naFrente && !qobject_cast<const Form*>(naFrente)))
+        QApplication::activePopupWidget() || esperaResposta(*tecla))
         return QMainWindow::eventFilter(watched, event);
     if (!KeyHabits::isHeld())
         executar(tecla->comando);

@@ -69,8 +69,8 @@ bool mostrar(QObject& watched, QEvent& event,
     menu->setObjectName("MenuDaLista");
     menu->setAttribute(Qt::WA_DeleteOnClose);
     for (const Comandos::Tecla& tecla : Comandos::teclas()) {
-        if (lista->window()->objectName() == tecla.janela)
-            continue; // it is there
+        if (!tecla.legenda || lista->window()->objectName() == tecla.janela)
+            continue; // not of a row, or it is there
         QAction* acao = menu->addAction(
             QString("%1\t%2").arg(tecla.legenda, QKeySequence(tecla.tecla).toString()));
         QObject::connect(

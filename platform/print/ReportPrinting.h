@@ -4,6 +4,7 @@
 
 #include <QtPrintSupport/QPrinter>
 
+class QTextDocument;
 class QWidget;
 
 /// The report on the printer.
@@ -36,3 +37,7 @@ enum class PrintOutcome : unsigned char {
 [[nodiscard]] PrintOutcome printReport(
     Relatorio& report, int page, QWidget* owner, const ReportProgress& progress,
     const std::function<void()>& asking = [] {});
+
+/// A text on the printer that the operator chooses, its pages numbered; `refused` if there is none.
+/// @param text its pictures no wider than the paper
+[[nodiscard]] PrintOutcome printText(QTextDocument& text, QWidget* owner);

@@ -33,6 +33,7 @@ struct Layer {
 const std::vector<Layer> kLayers = {
     {"assets",            Outside::qt,      {}                                                },
     {"jet_system",        Outside::nothing, {}                                                },
+    {"manual",            Outside::qt,      {}                                                },
     {"jet_value",         Outside::nothing, {"jet_system"}                                    },
     {"jet_disk",          Outside::nothing, {"jet_value"}                                     },
     {"jet_text",          Outside::nothing, {"jet_value"}                                     },
@@ -71,7 +72,9 @@ const std::vector<Layer> kLayers = {
     {"reports",           Outside::qt,      {"shell_base", "report_layout"}                   },
     {"consultation",      Outside::qt,      {"collections"}                                   },
     {"agenda",            Outside::qt,      {"registers", "consultation", "report_layout"}    },
-    {"shell_windows",     Outside::qt,      {"agenda", "reports"}                             },
+    {"shell_manual",      Outside::qt,      {"manual", "controls"}                            },
+    {"manual_printer",    Outside::qt,      {"shell_manual"}                                  },
+    {"shell_windows",     Outside::qt,      {"agenda", "reports", "shell_manual"}             },
     {"valtrino",          Outside::qt,      {"shell_windows"}                                 },
     {"shop_schema",       Outside::nothing, {"jet"}                                           },
     {"shop_samples",      Outside::nothing, {"shop_schema"}                                   },

@@ -18,6 +18,7 @@
 #include "reports/FrmFiltroRelat.h"
 #include "reports/frmRel_ChequesSF.h"
 #include "reports/frm_Msg.h"
+#include "shell/FrmAjuda.h"
 #include "shell/MDICheques.h"
 #include "shell/Mirtal.h"
 #include "shell/frmAbout.h"
@@ -92,6 +93,7 @@ protected:
             {"mensagem",          [] { return waiting(); }                 },
             {"relatorio",         [] { return report(); }                  },
             {"sobre",             [] { return window<frmAbout>(); }        },
+            {"ajuda",             [] { return window<FrmAjuda>(); }        },
         };
         all.reserve(all.size() + 3);
         for (int page = 0; page < 3; ++page)

@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QPageRanges>
 #include <QPainter>
+#include <QTextDocument>
 #include <QtPrintSupport/QPrintDialog>
 #include <QtPrintSupport/QPrintEngine>
 #include <QtPrintSupport/QPrinterInfo>
@@ -190,4 +191,19 @@ PrintOutcome printReport(Relatorio& report, int page, QWidget* owner,
         return PrintOutcome::refused;
     }
     return print(printer, report, page, progress);
+}
+
+PrintOutcome printText(QTextDocument& text, QWidget* owner) {
+    if (!isPrinterInstalled())
+        return PrintOutcome::refused;
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setPageSize(QPageSize(QPageSize::A4));
+    printer.setDocName(text.metaInformation(QTextDocument::DocumentTitle));
+    const std::unique_ptr<QTextDocument> measured(text.clone(&text));
+    measured->setPageSize(printer.pageRect(QPrinter::Point).size());
+    if (!choosePrinter(printer, measured->pageCount(), owner))
+        return PrintOutcome::givenUp;
+    text.print(&printer);
+    return printer.printerState() != QPrinter::Error && isTaken(printer) ? PrintOutcome::printed
+                                                                         : PrintOutcome::failed;
 }
