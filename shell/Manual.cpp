@@ -112,7 +112,7 @@ std::vector<Resultado> procurar(const QString& palavras) {
     if (procuradas.isEmpty())
         return achados;
     std::vector<Resultado> noTitulo;
-    for (const QString& pagina : paginas()) {
+    for (const QString& pagina : paginas().mid(1)) { // the index has the words of every heading
         const QString texto = textoDe(pagina);
         const QString letras = bareLetters(texto);
         if (!std::ranges::all_of(procuradas, [&](const QString& p) { return letras.contains(p); }))
@@ -124,7 +124,8 @@ std::vector<Resultado> procurar(const QString& palavras) {
         onde = std::max<qsizetype>(onde, 0);
         // From the beginning of a word.
         const auto inicio = onde < kTrecho ? 0 : texto.lastIndexOf(' ', onde - kTrecho) + 1;
-        const QString trecho = texto.mid(inicio, onde - inicio + kTrecho).simplified();
+        const auto fim = texto.indexOf(' ', std::min(onde + kTrecho, texto.size()));
+        const QString trecho = texto.mid(inicio, fim < 0 ? -1 : fim - inicio).simplified();
         (nele ? noTitulo : achados).push_back({pagina, cabecalho, trecho});
     }
     achados.insert(achados.begin(), noTitulo.begin(), noTitulo.end());

@@ -31,7 +31,7 @@ struct Resultado {
     QString trecho; ///< around the first of the words
 };
 /// The pages that have all the words, whatever their case and accents, those first that have one in
-/// their heading; else in the order of reading. None for no words.
+/// their heading; else in the order of reading; not the index. None for no words.
 [[nodiscard]] std::vector<Resultado> procurar(const QString& palavras);
 
 /// Pages for paper, each on a new sheet, pictures no wider than that and without links.

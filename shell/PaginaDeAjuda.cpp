@@ -52,6 +52,8 @@ QString resultado(const QString& palavras) {
 } // namespace
 
 PaginaDeAjuda::PaginaDeAjuda(QWidget* parent) : QTextBrowser(parent) {
+    // As wide with a short page as with a long one, or pictures would be wider than what is seen.
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     // Links are gone to by Tab, and followed by Enter.
     setTextInteractionFlags(Qt::TextBrowserInteraction | Qt::TextSelectableByKeyboard);
     connect(this, &QTextBrowser::sourceChanged, this, &PaginaDeAjuda::marcarAchado);
