@@ -94,10 +94,8 @@ QString titulo(const QString& pagina) {
 }
 
 QImage figura(const QString& arquivo, bool escura) {
-    QString pedida = arquivo;
-    if (escura)
-        pedida.replace("-light-", "-dark-");
-    return QImage::fromData(conteudo(pedida));
+    const QString outra = QString(arquivo).replace("-light-", "-dark-");
+    return QImage::fromData(conteudo(escura ? outra : arquivo));
 }
 
 QString paginaDe(const QString& janela) {

@@ -19,7 +19,7 @@ namespace Manual {
 [[nodiscard]] QString html(const QString& pagina);
 /// Its first heading.
 [[nodiscard]] QString titulo(const QString& pagina);
-/// A picture of the manual in light colours or, if it has that, in dark ones.
+/// A picture of the manual, in dark colours if it is to be and has them.
 [[nodiscard]] QImage figura(const QString& arquivo, bool escura);
 
 /// The page that tells of a window, by the window's name; empty if none does.

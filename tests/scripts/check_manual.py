@@ -104,10 +104,12 @@ def complaints(root):
         if f"({page}.md)" not in index:
             wrong.append(f"{page}.md: the index doesn't lead to it")
     states = (root / "tests/shell/EveryWindow.h").read_text(encoding="utf-8")
+    journeys = "".join(j.read_text(encoding="utf-8") for j in (root / "tests/journeys").glob("*.sh"))
     for page in folder.glob("*.md"):
         for picture in re.findall(r"\.\./(\S+?)\)", page.read_text(encoding="utf-8")):
             state = re.fullmatch(r"windows/([\w-]+)-light-100\.png", picture)
-            made = state and (f'"{state[1]}"' in states or f'"{state[1][:-1]}"' in states)
+            made = (f'"{state[1]}"' in states or f'"{state[1][:-1]}"' in states if state
+                    else f"picture {picture.removesuffix('.png')} " in journeys)
             files = [root / "docs" / picture.replace("-light-", s) for s in ("-light-", "-dark-")]
             if not made or not all(file.is_file() for file in files):
                 wrong.append(f"{page.name}: no test makes the picture {picture}, light and dark")

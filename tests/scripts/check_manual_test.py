@@ -60,6 +60,9 @@ class Complaints(unittest.TestCase):
     def test_a_picture_that_no_test_makes_or_that_is_missing(self):
         self.assertEqual(len(self.of(**{"tests/shell/EveryWindow.h": ""})), 1)
         self.assertEqual(len(self.of(**{"docs/windows/bancos-dark-100.png": None})), 1)
+        own = {"docs/manual/index.md": "# Manual\n\n[Bancos](bancos.md)\n![A](../frmA.png)", "docs/frmA.png": ""}
+        self.assertEqual(len(self.of(**own)), 1)
+        self.assertEqual(self.of(**own, **{"tests/journeys/a.sh": "picture frmA active"}), [])
 
 
 if __name__ == "__main__":
