@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QStandardPaths>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -46,6 +47,8 @@ QString decode(const QByteArray& line) {
     return utf8.hasError() ? QString::fromLatin1(line) : text;
 }
 
+constexpr const char* kNasConfiguracoes = "/valtrino/init.ini";
+
 } // namespace
 
 QString pastaDoPrograma() {
@@ -56,8 +59,34 @@ QString caminho(const QString& pastaPrograma) {
     return pastaPrograma + QDir::separator() + "init.ini";
 }
 
+bool soDeLeitura(const QString& pasta) {
+    const QFileInfo folder(pasta);
+    return folder.isDir() && !folder.isWritable();
+}
+
+QString arquivoParaGravar(const QString& pastaPrograma) {
+    if (!soDeLeitura(pastaPrograma))
+        return caminho(pastaPrograma);
+    return QDir::toNativeSeparators(
+        QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+        kNasConfiguracoes);
+}
+
+QString arquivoParaLer(const QString& pastaPrograma) {
+    const QString doUsuario = arquivoParaGravar(pastaPrograma);
+    QStringList lugares{doUsuario, caminho(pastaPrograma)};
+    if (soDeLeitura(pastaPrograma))
+        for (const QString& pasta :
+             QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation))
+            lugares.append(QDir::toNativeSeparators(pasta + kNasConfiguracoes));
+    for (const QString& lugar : lugares)
+        if (QFileInfo(lugar).isFile())
+            return lugar;
+    return doUsuario;
+}
+
 QString pastaDosDados(const QString& pastaPrograma) {
-    QFile arquivo(caminho(pastaPrograma));
+    QFile arquivo(arquivoParaLer(pastaPrograma));
     if (!QFileInfo(arquivo).isFile())
         return pastaPrograma;
     if (!arquivo.open(QIODevice::ReadOnly))
@@ -68,7 +97,10 @@ QString pastaDosDados(const QString& pastaPrograma) {
 void gravarPasta(const QString& pastaPrograma, const QString& pasta) {
     QString linha = pasta;
     linha.remove('\r').remove('\n');
-    QSaveFile arquivo(caminho(pastaPrograma)); // beside the old one, then in its place
+    const QString lugar = arquivoParaGravar(pastaPrograma);
+    if (soDeLeitura(pastaPrograma))
+        QDir().mkpath(QFileInfo(lugar).path());
+    QSaveFile arquivo(lugar); // beside the old one, then in its place
     // Unbuffered: what a full disk refuses only on closing, commit() doesn't hear of.
     if (!arquivo.open(QIODevice::WriteOnly | QIODevice::Text | QIODevice::Unbuffered))
         throw falhaAoGravar(arquivo);

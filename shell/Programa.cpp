@@ -24,10 +24,12 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 
@@ -272,8 +274,13 @@ void relatarFalha(const std::exception_ptr& falha) {
 }
 
 int executarPrograma(int argc, char** argv) {
+    if (argc == 2 && std::string_view(argv[1]) == "--version") {
+        std::puts("Valtrino " VALTRINO_VERSION);
+        return EXIT_SUCCESS;
+    }
     QApplication aplicacao(argc, argv);
     QApplication::setApplicationName("Valtrino");
+    QApplication::setDesktopFileName("org.valtrino.Valtrino"); // its entry in the menu of programs
     QApplication::setQuitOnLastWindowClosed(false); // between splash and main window there is none
     aplicarEstilo(aplicacao);
     QApplication::setWindowIcon(Icons::named("valtrino"));

@@ -18,6 +18,11 @@ constexpr char kProvedor[] =
     "Provider=Microsoft.Jet.OLEDB.3.51;Persist Security Info=False;Data Source=";
 constexpr char kArquivo[] = "\\automacao.mdb";
 
+// Of an installed program: there the folder of the program is no place for data.
+constexpr const char* kPrimeiraVez =
+    "\n\nPara escolher a pasta, ou começar um banco de dados vazio, há no menu de programas "
+    "\"Valtrino (novo banco de dados)\".";
+
 struct Conjunto {
     ado::Recordset dbconectar::*rs;
     const char* origem;
@@ -50,14 +55,16 @@ std::unique_ptr<dbconectar>& unico() {
 // then, the folder chooser neither. The path is said once, as the system writes it.
 jet::Error falhaAoAbrir(const jet::Error& causa, const std::string& conexao) {
     const QString arquivo = QString::fromStdString(ado::dataSource(conexao).string());
+    const QString programa = Configuracao::pastaDoPrograma();
     QString motivo = causa.what();
     if (!motivo.contains(arquivo))
         motivo.prepend("Não foi possível abrir a base de dados em\n" + arquivo + "\n\n");
     return {causa.code(),
             QString("%1\n\nA pasta da base é a primeira linha do arquivo\n%2\n"
                     "(sem esse arquivo, é a pasta do programa). Coloque a base nessa pasta ou "
-                    "corrija o arquivo, e abra o programa de novo.")
-                .arg(motivo, Configuracao::caminho(Configuracao::pastaDoPrograma()))
+                    "corrija o arquivo, e abra o programa de novo.%3")
+                .arg(motivo, Configuracao::arquivoParaLer(programa),
+                     Configuracao::soDeLeitura(programa) ? kPrimeiraVez : "")
                 .toStdString()};
 }
 

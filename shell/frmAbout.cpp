@@ -7,6 +7,7 @@
 frmAbout::frmAbout() {
     setupUi(this);
     lblProduto->setFont(headingFont());
+    lblProduto->setToolTip("Versão " VALTRINO_VERSION);
     imgProduto->setPixmap(Icons::named("valtrino").pixmap({96, 96}, devicePixelRatio()));
 }
 

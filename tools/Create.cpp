@@ -1,11 +1,9 @@
 #include "jet/Database.h"
-#include "jet/FileSteps.h"
 #include "tools/Commands.h"
 #include "tools/SampleData.h"
 #include "tools/ShopSchema.h"
 
 #include <ctime>
-#include <functional>
 #include <iostream>
 
 namespace {
@@ -14,23 +12,6 @@ jet::Version versionOf(const Arguments& arguments) {
     if (arguments.has("--jet3") && arguments.has("--jet4"))
         throw UsageError("Só um dos formatos pode ser pedido: --jet3 ou --jet4.");
     return arguments.has("--jet3") ? jet::Version::jet3 : jet::Version::jet4;
-}
-
-/// Makes the file and lets `fill` work on it, under another name until it is whole.
-void createFile(const std::filesystem::path& path, jet::Version version,
-                const std::function<void(jet::Database&)>& fill) {
-    jet::Disk& disk = jet::Disk::system();
-    jet::requireAbsent(path, disk);
-    jet::UnnamedFile part(path, disk);
-    jet::Database::create(part.path(), version);
-    {
-        jet::Database database(part.path());
-        shop::createTables(database);
-        fill(database);
-        database.flush();
-    }
-    jet::requireAbsent(path, disk);
-    part.takeName();
 }
 
 jet::CivilTime today() {
@@ -44,7 +25,9 @@ constexpr std::int64_t kMostRows = 100'000'000;
 } // namespace
 
 int runCreate(const Arguments& arguments) {
-    createFile(arguments.path(), versionOf(arguments), [](jet::Database&) {});
+    shop::createFile(arguments.path(), versionOf(arguments));
+    std::cout << "Criado: " << arguments.operand(0) << ", com " << shop::tables().size()
+              << " tabelas vazias.\n";
     return kDone;
 }
 
@@ -58,8 +41,12 @@ int runSample(const Arguments& arguments) {
         throw UsageError("Cheques pedem ao menos um cliente e um banco.");
     const auto seed = static_cast<std::uint64_t>(arguments.number("--seed", 1, INT64_MAX));
     const jet::CivilTime day = arguments.day("--today").value_or(today());
-    createFile(arguments.path(), versionOf(arguments), [&](jet::Database& database) {
+    shop::createFile(arguments.path(), versionOf(arguments), [&](jet::Database& database) {
         fillWithSamples(database, size, seed, jet::Date::of(day));
     });
+    std::cout << "Criado: " << arguments.operand(0)
+              << ", com registros inventados: " << size.clients << " clientes, " << size.banks
+              << " bancos, " << size.cheques << " cheques, " << size.bounced
+              << " cheques sem fundos.\n";
     return kDone;
 }

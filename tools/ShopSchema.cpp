@@ -1,5 +1,7 @@
 #include "tools/ShopSchema.h"
 
+#include "jet/FileSteps.h"
+
 namespace shop {
 
 namespace {
@@ -93,6 +95,23 @@ std::span<const TableSpec> tables() {
 void createTables(jet::Database& database) {
     for (const TableSpec& table : tables())
         database.createTable(table);
+}
+
+void createFile(const std::filesystem::path& path, jet::Version version,
+                const std::function<void(jet::Database&)>& fill) {
+    jet::Disk& disk = jet::Disk::system();
+    jet::requireAbsent(path, disk);
+    jet::UnnamedFile part(path, disk);
+    jet::Database::create(part.path(), version);
+    {
+        jet::Database database(part.path());
+        createTables(database);
+        if (fill)
+            fill(database);
+        database.flush();
+    }
+    jet::requireAbsent(path, disk);
+    part.takeName();
 }
 
 } // namespace shop

@@ -2,6 +2,8 @@
 
 #include "jet/Database.h"
 
+#include <filesystem>
+#include <functional>
 #include <span>
 
 /// The four tables of the shop's database file: the one home of their columns, widths and indexes.
@@ -16,5 +18,11 @@ namespace shop {
 /// Makes the tables in a file that has none of them.
 /// @throws jet::Error{exists} if one is there, and whatever jet::Database::createTable() throws.
 void createTables(jet::Database& database);
+
+/// Makes a new file with the tables, and lets `fill` work on it; it has another name until it is
+/// whole.
+/// @throws jet::Error{exists} if there is a file of that name, {notFound, readOnly, full, io}.
+void createFile(const std::filesystem::path& path, jet::Version version,
+                const std::function<void(jet::Database&)>& fill = {});
 
 } // namespace shop

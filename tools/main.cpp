@@ -2,6 +2,7 @@
 #include "jet/Unfinished.h"
 #include "tools/Arguments.h"
 #include "tools/Commands.h"
+#include "tools/Help.h"
 
 #include <algorithm>
 #include <csignal>
@@ -12,64 +13,47 @@
 
 namespace {
 
-constexpr const char* kProgram = "valtrino-mdb";
+/// What is asked of the program itself: the words that stand where a command would.
+struct Question {
+    std::string_view word;
+    void (*answer)();
+};
+constexpr Question kQuestions[] = {
+    {"--help",       [] { printHelp(); }},
+    {"-h",           [] { printHelp(); }},
+    {"--version",    printVersion       },
+    {"--man",        printManual        },
+    {"--completion", printCompletion    },
+};
 
-std::size_t letters(std::string_view utf8) {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(utf8, [](char c) { return (c & 0xC0) != 0x80; }));
-}
-
-/// Two columns, the second one aligned.
-void printPair(const std::string& left, std::string_view right, std::size_t width) {
-    std::cout << "  " << left << std::string(width - std::min(width, letters(left)), ' ') << "  "
-              << right << '\n';
-}
-
-void printHelp() {
-    std::cout << "Ferramenta do técnico para o arquivo automacao.mdb.\n\n"
-              << "Uso: " << kProgram << " COMANDO ARQUIVO ... [opções]\n\nComandos:\n";
-    for (const ToolCommand& command : commands())
-        printPair(command.name, command.summary, 8);
-    std::cout
-        << "\n\"" << kProgram << " COMANDO --help\" explica cada um.\n\n"
-        << "Saída: 0 se tudo correu bem, 1 se houve falha ou erro, 2 se o pedido foi mal escrito,\n"
-           "3 se uma verificação não achou erros, mas algo a avisar.\n";
-}
-
-void printHelp(const ToolCommand& command) {
-    std::cout << "Uso: " << kProgram << ' ' << command.name << ' ' << command.operands
-              << (command.options.empty() ? "" : " [opções]") << "\n\n"
-              << command.summary << ".\n\n"
-              << command.about << '\n';
-    if (command.options.empty())
-        return;
-    std::cout << "\nOpções:\n";
-    const auto left = [](const Option& option) {
-        return option.name + (option.value != nullptr ? " " + std::string(option.value) : "");
-    };
-    std::size_t width = 0;
-    for (const Option& option : command.options)
-        width = std::max(width, letters(left(option)));
-    for (const Option& option : command.options)
-        printPair(left(option), option.meaning, width);
+/// Where more is told: of the program, of one command.
+std::string seeHelp(const std::string& command = {}) {
+    return std::string(" Veja \"") + kProgram + (command.empty() ? "" : " " + command) +
+           " --help\".";
 }
 
 int run(std::span<const std::string_view> words) {
     if (words.empty())
-        throw UsageError("Falta o comando.");
-    if (words[0] == "--help" || words[0] == "-h") {
-        printHelp();
-        return kDone;
-    }
+        throw UsageError("Falta o comando." + seeHelp());
+    for (const Question& question : kQuestions)
+        if (words[0] == question.word) {
+            question.answer();
+            return kDone;
+        }
     const auto command = std::ranges::find(commands(), words[0], &ToolCommand::name);
     if (command == commands().end())
-        throw UsageError("O comando \"" + std::string(words[0]) + "\" não existe.");
+        throw UsageError("O comando \"" + std::string(words[0]) + "\" não existe." + seeHelp());
     const auto rest = words.subspan(1);
     if (std::ranges::count(rest, "--help") > 0 || std::ranges::count(rest, "-h") > 0) {
         printHelp(*command);
         return kDone;
     }
-    const int code = command->run(Arguments(*command, rest));
+    int code = kDone;
+    try {
+        code = command->run(Arguments(*command, rest));
+    } catch (const UsageError& error) {
+        throw UsageError(error.what() + seeHelp(command->name));
+    }
     std::cout.flush();
     if (!std::cout)
         throw jet::Error(jet::Errc::io, "A saída não pôde ser gravada.");
@@ -101,7 +85,7 @@ int main(int count, char** words) {
     try {
         return run(std::vector<std::string_view>(words + 1, words + std::max(count, 1)));
     } catch (const UsageError& error) {
-        std::cerr << kProgram << ": " << error.what() << " Veja \"" << kProgram << " --help\".\n";
+        std::cerr << kProgram << ": " << error.what() << '\n';
         return kWrongUsage;
     } catch (const jet::Error& error) {
         std::cerr << kProgram << ": " << error.what() << '\n';

@@ -77,6 +77,7 @@ const std::vector<Layer> kLayers = {
     {"shell_windows",     Outside::qt,      {"agenda", "reports", "shell_manual"}             },
     {"valtrino",          Outside::qt,      {"shell_windows"}                                 },
     {"shop_schema",       Outside::nothing, {"jet"}                                           },
+    {"valtrino-novo",     Outside::qt,      {"shell_base", "shop_schema"}                     },
     {"shop_samples",      Outside::nothing, {"shop_schema"}                                   },
     {"valtrino-mdb",      Outside::nothing, {"ado", "shop_samples"}                           },
     {"bench_data",        Outside::sqlite,  {"shop_samples"}                                  },

@@ -12,7 +12,9 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <functional>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -143,6 +145,99 @@ TEST_F(InitIni, AFailureToWriteLeavesTheOldFile) {
 TEST_F(InitIni, AFolderOfThatNameIsNoConfiguration) {
     ASSERT_TRUE(QDir(folder_.path()).mkdir("init.ini"));
     EXPECT_EQ(read(), folder_.path());
+}
+
+// ---- where it stands
+
+/// Programs in folders that their user may write in, and others: with an init.ini beside the
+/// program, among the user's settings and the system's, each naming itself.
+class WhereInitIniStands : public testing::Test {
+protected:
+    void SetUp() override {
+        for (const char* place : {"programa", "usuario/valtrino", "sistema/valtrino", "outro"})
+            ASSERT_TRUE(QDir(folder_.path()).mkpath(place));
+        for (const char* name : {"", "/usuario", "/usuario/valtrino"})
+            everybodys(folder_.path() + name);
+        qputenv("XDG_CONFIG_HOME", path("usuario").toUtf8());
+        qputenv("XDG_CONFIG_DIRS", (path("outro") + ":" + path("sistema")).toUtf8());
+    }
+    void TearDown() override {
+        qputenv("XDG_CONFIG_HOME", oldHome_);
+        qputenv("XDG_CONFIG_DIRS", oldDirs_);
+    }
+
+    [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
+    [[nodiscard]] QString program() const { return path("programa"); }
+    void writeAt(const QString& place) const {
+        QFile file(path(place + "/init.ini"));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(place.toUtf8());
+    }
+    void writeEverywhere() const {
+        for (const char* place : {"programa", "usuario/valtrino", "sistema/valtrino"})
+            writeAt(place);
+    }
+    static void everybodys(const QString& folder) {
+        QFile::setPermissions(folder, QFile::Permissions(0x7777));
+    }
+    void lock() const { QFile::setPermissions(program(), QFile::Permissions(0x5555)); }
+    /// As one whom rights count for: to the system's own account nothing is closed.
+    static void asClerk(const std::function<void()>& work) {
+        constexpr uid_t kNobody = 65534;
+        if (getuid() != 0)
+            return work();
+        ASSERT_EQ(setresuid(kNobody, kNobody, 0), 0);
+        work();
+        ASSERT_EQ(setresuid(0, 0, 0), 0);
+    }
+
+    QTemporaryDir folder_;
+    QByteArray oldHome_ = qgetenv("XDG_CONFIG_HOME");
+    QByteArray oldDirs_ = qgetenv("XDG_CONFIG_DIRS");
+};
+
+TEST_F(WhereInitIniStands, OnlyBesideAProgramWhoseFolderCanBeWritten) {
+    writeEverywhere();
+    EXPECT_EQ(Configuracao::pastaDosDados(program()), "programa");
+    Configuracao::gravarPasta(program(), "nova");
+    EXPECT_EQ(Configuracao::pastaDosDados(program()), "nova");
+    QFile::remove(path("programa/init.ini"));
+    EXPECT_EQ(Configuracao::pastaDosDados(program()), program());
+    EXPECT_EQ(Configuracao::arquivoParaLer(program()), Configuracao::caminho(program()));
+}
+
+TEST_F(WhereInitIniStands, OfAnInstalledProgramTheUsersThenTheProgramsThenTheSystems) {
+    writeEverywhere();
+    for (const char* place : {"usuario/valtrino", "programa", "sistema/valtrino"}) {
+        lock();
+        asClerk([&] {
+            EXPECT_EQ(Configuracao::arquivoParaLer(program()), path(place + QString("/init.ini")));
+            EXPECT_EQ(Configuracao::pastaDosDados(program()), place);
+        });
+        everybodys(program());
+        ASSERT_TRUE(QFile::remove(path(place + QString("/init.ini"))));
+    }
+    lock();
+    asClerk([&] {
+        EXPECT_EQ(Configuracao::pastaDosDados(program()), program());
+        EXPECT_EQ(Configuracao::arquivoParaLer(program()), path("usuario/valtrino/init.ini"));
+    });
+    everybodys(program());
+}
+
+TEST_F(WhereInitIniStands, OfAnInstalledProgramTheUsersIsWritten) {
+    writeAt("programa");
+    writeAt("sistema/valtrino");
+    ASSERT_TRUE(QDir(path("usuario")).rmdir("valtrino")); // nobody has chosen a folder yet
+    lock();
+    asClerk([&] {
+        Configuracao::gravarPasta(program(), "/loja/Dados");
+        EXPECT_EQ(Configuracao::pastaDosDados(program()), "/loja/Dados");
+    });
+    everybodys(program());
+    EXPECT_TRUE(QFileInfo(path("usuario/valtrino/init.ini")).isFile());
+    EXPECT_EQ(QDir(program()).entryList(QDir::Files), QStringList("init.ini"));
+    EXPECT_EQ(Configuracao::pastaDosDados(program()), "programa");
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <unistd.h>
 
 namespace {
 
@@ -53,6 +54,11 @@ protected:
         if (!disk_.isEmpty())
             environment.insert("OBSERVED_DISK", disk_);
         process.setProcessEnvironment(environment);
+        if (installed_)
+            process.setChildProcessModifier([] {
+                if (::getuid() == 0 && ::setuid(kNobody) != 0)
+                    ::_exit(kNobody & 0xFF);
+            });
         process.start(folder() + "/valtrino", QStringList());
     }
     void waitForEnd(QProcess& process) {
@@ -79,6 +85,8 @@ protected:
     }
 
     static constexpr int kPatienceMs = 30'000;
+    static constexpr uid_t kNobody = 65534;
+    bool installed_ = false; ///< run by one who can't write in the program's folder
     std::filesystem::path folder_ = makeTestFolder();
     const char* splash_ = nullptr; ///< what befalls the splash
     QString keys_;
@@ -218,6 +226,19 @@ TEST_F(ProgramWithoutDatabase, AnEmptyInitIni) {
 TEST_F(ProgramWithoutDatabase, NothingBesideTheProgram) {
     run();
     expectReport(folder() + "/automacao.mdb");
+}
+
+TEST_F(ProgramWithoutDatabase, WhoHasJustInstalledItIsToldHowToBegin) {
+    const char* const hint = "\"Valtrino (novo banco de dados)\"";
+    run();
+    EXPECT_FALSE(output_.contains(hint)) << output_.toStdString();
+    std::filesystem::permissions(folder_, std::filesystem::perms(0555));
+    installed_ = true;
+    run();
+    std::filesystem::permissions(folder_, std::filesystem::perms(0755));
+    expectEnd(1);
+    EXPECT_TRUE(output_.contains(hint)) << output_.toStdString();
+    EXPECT_TRUE(output_.contains(folder() + "/config/valtrino/init.ini"));
 }
 
 TEST_F(ProgramWithoutDatabase, AFileThatIsNoDatabase) {

@@ -91,7 +91,7 @@ protected:
                                      const char* name = "automacao.mdb") const {
         std::vector<std::string> words{"sample", file(name), GetParam(), "--today", "2004-06-01"};
         words.insert(words.end(), more.begin(), more.end());
-        EXPECT_THAT(outputOf(words), IsEmpty());
+        EXPECT_THAT(outputOf(words), StartsWith("Criado: " + file(name) + ", "));
         return file(name);
     }
 
@@ -124,7 +124,8 @@ INSTANTIATE_TEST_SUITE_P(, Tools, testing::Values("--jet3", "--jet4"),
                          });
 
 TEST_P(Tools, CreateMakesTheShopsFourEmptyTables) {
-    EXPECT_THAT(outputOf({"create", file(), GetParam()}), IsEmpty());
+    EXPECT_EQ(outputOf({"create", file(), GetParam()}),
+              "Criado: " + file() + ", com 4 tabelas vazias.\n");
     jet::Database database(file());
     EXPECT_EQ(database.version(), GetParam() == "--jet3" ? jet::Version::jet3 : jet::Version::jet4);
     EXPECT_EQ(database.tableNames(), kTables);
@@ -339,6 +340,39 @@ TEST(ToolsUsage, HelpNamesEveryCommandAndEachCommandHasItsOwn) {
                 AllOf(HasSubstr("--cheques N"), HasSubstr("--today AAAA-MM-DD")));
 }
 
+TEST(ToolsUsage, AMistakeInACommandsLineLeadsToThatCommandsHelp) {
+    EXPECT_THAT(run({"dump", "a.mdb"}).err, HasSubstr("Veja \"valtrino-mdb dump --help\"."));
+    EXPECT_THAT(run({"apagar"}).err, HasSubstr("Veja \"valtrino-mdb --help\"."));
+}
+
+TEST(ToolsUsage, TheManualSaysWhatTheHelpSays) {
+    EXPECT_THAT(outputOf({"--version"}), MatchesRegex("valtrino-mdb [0-9.]+\n"));
+    std::string manual = outputOf({"--man"});
+    EXPECT_THAT(manual, AllOf(StartsWith(".TH "), HasSubstr("\n.SH \"ESTADO DE SAÍDA\"\n")));
+    for (std::size_t at = 0; (at = manual.find('\\', at)) != std::string::npos;)
+        manual.erase(at, manual[at + 1] == '&' ? 2 : 1);
+    const std::string completion = outputOf({"--completion"});
+    std::istringstream help(outputOf({"--help"}));
+    std::string line;
+    while (std::getline(help, line) && line != "Comandos:")
+        continue;
+    int commands = 0;
+    for (; std::getline(help, line) && !line.empty(); ++commands) {
+        const std::string name = line.substr(2, line.find(' ', 2) - 2);
+        SCOPED_TRACE(name);
+        EXPECT_THAT(manual, HasSubstr("\n.SS " + name + " "));
+        EXPECT_THAT(completion, HasSubstr("    *:" + name + ") words="));
+        std::istringstream own(outputOf({name, "--help"}));
+        for (std::string words; std::getline(own, words);) {
+            const bool told = manual.find(words) != std::string::npos;
+            EXPECT_TRUE(told || words == "Opções:" || words.starts_with("Uso:") ||
+                        words.starts_with("  "))
+                << words;
+        }
+    }
+    EXPECT_GE(commands, 10);
+}
+
 /// The words of a line, "A" standing for the file's path.
 std::vector<std::string> wordsOf(const char* line, const std::string& path) {
     std::vector<std::string> words;
@@ -353,6 +387,7 @@ void expectUsageError(const std::vector<std::string>& words, const char* reason)
     EXPECT_EQ(result.code, 2);
     EXPECT_THAT(result.out, IsEmpty());
     EXPECT_THAT(result.err, HasSubstr(reason));
+    EXPECT_THAT(result.err, MatchesRegex(".*\\. Veja \"valtrino-mdb( [a-z]+)? --help\"\\.\n"));
 }
 
 TEST(ToolsUsage, AWrongLineIsRefusedWithAReason) {
@@ -508,7 +543,7 @@ TEST_P(Tools, WhatCopiesAFileKeepsItsHistory) {
 
 TEST_P(Tools, CreateLeavesTheFilesOfOthersAlone) {
     std::ofstream(file("automacao.mdb-new")) << "meu";
-    EXPECT_THAT(outputOf({"create", file(), GetParam()}), IsEmpty());
+    static_cast<void>(outputOf({"create", file(), GetParam()}));
     std::ifstream other(file("automacao.mdb-new"));
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(other), {}), "meu");
     EXPECT_THAT(filesIn(folder()), ElementsAre("automacao.mdb", "automacao.mdb-new"));

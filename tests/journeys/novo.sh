@@ -1,0 +1,46 @@
+#!/bin/bash
+# The first day of a program just unpacked: a folder is chosen, an empty database made in it, the
+# program opens it; chosen again, what is there is kept.
+source "$(dirname "$0")/journey.sh"
+
+choose() {
+    "$place/program/valtrino-novo" > "$place/output" 2>&1 &
+    program=$!
+    until_window "Valtrino (novo banco de dados)"
+    keys Return
+    until_window "Pasta do banco de dados"
+    keys ctrl+a
+    typed "$place/data"
+    keys Return
+    until_window "Valtrino (novo banco de dados)"
+    picture novo active
+    keys Return
+    expect_end 0
+    until_window "Valtrino"
+}
+
+add_bank() {
+    keys alt+a b
+    until_window "Cadastro de Bancos"
+    fill 104 "Banco Norte"
+    keys alt+s
+    expect_rows bancos "1|104|Banco Norte"
+    keys Escape
+    until_window "Valtrino"
+}
+
+start_screen
+install_program
+cp "$programs/valtrino-novo" "$place/program/"
+rm "$place/program/init.ini"
+choose
+[ "$(cat "$place/program/init.ini")" = "$place/data" ] || fail "init.ini names another folder"
+add_bank
+keys alt+a s
+until_true "the end" not pgrep -f "^$place/program/valtrino"
+choose
+expect_rows bancos "1|104|Banco Norte"
+keys alt+a s
+until_true "the end" not pgrep -f "^$place/program/valtrino"
+"$programs/valtrino-mdb" check "$place/data/automacao.mdb" || fail "the file has faults"
+echo "passed"
