@@ -15,8 +15,11 @@ export SOURCE_DATE_EPOCH QT_RCC_SOURCE_DATE_OVERRIDE=$SOURCE_DATE_EPOCH LC_ALL=C
 umask 022
 mkdir -p "$out"
 
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+# Always the same place: the compiler's cache knows it again.
+work=$out/work-$(basename "$0")
+rm -rf --one-file-system "$work"
+mkdir "$work"
+trap 'rm -rf --one-file-system "$work"' EXIT
 
 # packed <folder> <name in it> <file.tar.xz>: always the same bytes for the same files.
 packed() {

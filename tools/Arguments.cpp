@@ -1,5 +1,7 @@
 #include "tools/Arguments.h"
 
+#include "jet/Error.h"
+
 #include <algorithm>
 #include <charconv>
 #include <chrono>
@@ -19,6 +21,12 @@ std::optional<std::int64_t> wholeNumber(std::string_view text) {
     if (error != std::errc() || end != text.data() + text.size() || text.starts_with('-'))
         return std::nullopt;
     return value;
+}
+
+/// One that nobody may look at isn't one: what is tried then tells why.
+bool isFolder(const std::filesystem::path& path) {
+    std::error_code ignored;
+    return std::filesystem::is_directory(path, ignored);
 }
 
 } // namespace
@@ -61,6 +69,30 @@ Arguments::Arguments(const ToolCommand& command, std::span<const std::string_vie
         throw UsageError("Não se esperava " + inQuotes(operands_[expected]) + ".");
     if (expected > 0 && operands_.front().empty())
         throw UsageError("O nome do arquivo está vazio.");
+}
+
+std::filesystem::path Arguments::file(std::size_t place) const {
+    std::filesystem::path path = operands_[place];
+    if (isFolder(path))
+        throw jet::Error(jet::Errc::io, inQuotes(operands_[place]) +
+                                            " é uma pasta: diga o nome do arquivo, com ela.");
+    return path;
+}
+
+std::filesystem::path Arguments::newFile(std::size_t place) const {
+    std::filesystem::path path = file(place);
+    const std::filesystem::path in = path.parent_path();
+    if (!in.empty() && !isFolder(in))
+        throw jet::Error(jet::Errc::notFound, "A pasta " + inQuotes(in.string()) + " não existe.");
+    return path;
+}
+
+std::filesystem::path Arguments::folder(std::size_t place) const {
+    std::filesystem::path path = operands_[place];
+    if (!isFolder(path))
+        throw jet::Error(jet::Errc::notFound,
+                         "A pasta " + inQuotes(operands_[place]) + " não existe.");
+    return path;
 }
 
 std::int64_t Arguments::number(std::string_view option, std::int64_t otherwise,

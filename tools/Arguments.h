@@ -46,6 +46,11 @@ public:
 
     [[nodiscard]] const std::string& operand(std::size_t place) const { return operands_[place]; }
     [[nodiscard]] std::filesystem::path path() const { return operands_.front(); }
+    // Operands as what they have to be. @throws jet::Error{notFound, io} that says what they are.
+    [[nodiscard]] std::filesystem::path file(std::size_t place = 0) const; ///< no folder
+    /// In a folder that is there; it may be there itself.
+    [[nodiscard]] std::filesystem::path newFile(std::size_t place = 0) const;
+    [[nodiscard]] std::filesystem::path folder(std::size_t place) const;
     [[nodiscard]] bool has(std::string_view option) const { return values_.contains(option); }
     /// A whole number from 0 to `most`.
     [[nodiscard]] std::int64_t number(std::string_view option, std::int64_t otherwise,

@@ -3,6 +3,7 @@
 #include "jet/CheckRules.h"
 #include "jet/FileSteps.h"
 #include "tools/Commands.h"
+#include "tools/ValueText.h"
 
 #include <algorithm>
 #include <iostream>
@@ -45,14 +46,7 @@ void mentionParts(const std::filesystem::path& path, jet::Report& report) {
                               "computador; se nenhum está trabalhando, pode ser apagado")});
 }
 
-} // namespace
-
-int runCheck(const Arguments& arguments) {
-    jet::Report report = jet::check(arguments.path());
-    mentionParts(arguments.path(), report);
-    const bool whole = report.sound();
-    if (whole)
-        std::ranges::move(jet::checkRules(arguments.path()), std::back_inserter(report.findings));
+void printText(const jet::Report& report, bool withRules) {
     for (const jet::Finding& finding : report.findings)
         std::cout << nameOf(finding.severity) << ", página " << number(finding.page) << ": "
                   << finding.sentence << '\n';
@@ -60,7 +54,34 @@ int runCheck(const Arguments& arguments) {
               << " tabelas, " << report.rows << " registros, " << report.indexEntries
               << " entradas de índices.\n"
               << verdict(report) << '\n';
-    if (!whole)
+    if (!withRules)
         std::cout << "As regras do arquivo não foram conferidas: antes delas, os erros.\n";
+}
+
+void printJson(const jet::Report& report, bool withRules) {
+    std::cout << "{\"conclusao\": " << jsonText(verdict(report))
+              << ", \"regras_conferidas\": " << (withRules ? "true" : "false")
+              << ", \"paginas\": " << report.pages << ", \"paginas_livres\": " << report.freePages
+              << ", \"tabelas\": " << report.tables << ", \"registros\": " << report.rows
+              << ", \"entradas_de_indices\": " << report.indexEntries << ", \"achados\": [";
+    const char* between = "\n";
+    for (const jet::Finding& finding : report.findings) {
+        std::cout << between << "{\"tipo\": " << jsonText(nameOf(finding.severity))
+                  << ", \"pagina\": " << number(finding.page)
+                  << ", \"frase\": " << jsonText(finding.sentence) << '}';
+        between = ",\n";
+    }
+    std::cout << "]}\n";
+}
+
+} // namespace
+
+int runCheck(const Arguments& arguments) {
+    jet::Report report = jet::check(arguments.file());
+    mentionParts(arguments.file(), report);
+    const bool whole = report.sound();
+    if (whole)
+        std::ranges::move(jet::checkRules(arguments.file()), std::back_inserter(report.findings));
+    arguments.has("--json") ? printJson(report, whole) : printText(report, whole);
     return report.clean() ? kDone : report.sound() ? kWarnings : kProblems;
 }

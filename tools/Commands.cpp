@@ -19,7 +19,20 @@ constexpr Option kSampleOptions[] = {
 };
 
 constexpr Option kDumpOptions[] = {
-    {"--csv", nullptr, "em CSV (RFC 4180), e não em colunas alinhadas"},
+    {"--csv",  nullptr, "em CSV (RFC 4180), e não em colunas alinhadas"                   },
+    {"--json", nullptr, "em JSON: uma lista com um objeto para cada registro, um por linha"},
+};
+
+constexpr Option kTablesOptions[] = {
+    {"--json", nullptr, "em JSON: tabela, registros, campos, so_para_consulta (o motivo, ou null)"},
+};
+
+constexpr Option kCheckOptions[] = {
+    {"--json", nullptr, "em JSON: conclusao, regras_conferidas, as contagens e os achados"},
+};
+
+constexpr Option kImportOptions[] = {
+    {"--skip", nullptr, "grava os registros aceitos, ainda que outros sejam recusados"},
 };
 
 constexpr ToolCommand kCreate{
@@ -54,7 +67,7 @@ constexpr ToolCommand kCheck{
     "pode\n"
     "ser mais antigo do que a regra. De cada regra são ditos 50 registros, e quantos mais há.\n"
     "Saída 0: nada a relatar; 1: há erros; 3: só avisos, ou registros fora das regras.",
-    {},
+    kCheckOptions,
     runCheck};
 
 constexpr ToolCommand kDump{
@@ -64,9 +77,45 @@ constexpr ToolCommand kDump{
     "Sem opção, em colunas alinhadas, com os textos longos cortados; com --csv, inteiros.\n"
     "Na primeira linha vêm os nomes dos campos. Datas: AAAA-MM-DD, e a hora (Thh:mm:ss) só se\n"
     "houver; valores: com ponto e quatro decimais; sim/não: 1/0; bytes: em hexadecimal.\n"
-    "No CSV (UTF-8, linhas terminadas em CR LF) o campo nulo fica vazio e o texto vazio é \"\".",
+    "No CSV (UTF-8, linhas terminadas em CR LF) o campo nulo fica vazio e o texto vazio é \"\".\n"
+    "No JSON, o campo nulo é null, sim/não é true/false, números inteiros são números e todo o\n"
+    "resto são textos, como acima.",
     kDumpOptions,
     runDump};
+
+constexpr ToolCommand kInfo{
+    "info",
+    "ARQUIVO",
+    "Diz o que é um banco de dados, e quem o tem aberto",
+    "O formato, o tamanho, quantas tabelas e registros, as estações e os outros programas que o\n"
+    "têm aberto agora, a última cópia de segurança e os danos que o programa anotou.",
+    {},
+    runInfo};
+
+constexpr ToolCommand kExport{
+    "export",
+    "ARQUIVO PASTA",
+    "Grava cada tabela num arquivo CSV",
+    "Na pasta, que já existe, um arquivo para cada tabela: o nome dela, com \".csv\". O CSV é o "
+    "de\n"
+    "\"dump --csv\". Nenhum arquivo é substituído: se um já existe, nada é gravado.",
+    {},
+    runExport};
+
+constexpr ToolCommand kImport{
+    "import",
+    "ARQUIVO TABELA CSV",
+    "Acrescenta a uma tabela os registros de um arquivo CSV",
+    "O CSV é como o de \"dump --csv\": UTF-8, vírgulas, na primeira linha os nomes dos campos "
+    "(nem\n"
+    "todos, e em qualquer ordem; os outros ficam como num registro novo). Cada registro é "
+    "conferido\n"
+    "com os tipos e as regras do arquivo. De cada recusado é dita a linha e o motivo, e então "
+    "nada\n"
+    "é gravado. Pode ser usado com o programa aberto; as outras estações esperam para gravar.\n"
+    "Saída 0: todos foram gravados; 1: nenhum foi; 3: com --skip, alguns foram recusados.",
+    kImportOptions,
+    runImport};
 
 constexpr ToolCommand kTables{
     "tables",
@@ -74,7 +123,7 @@ constexpr ToolCommand kTables{
     "Lista as tabelas de um banco de dados",
     "De cada tabela: o nome, o número de registros e de campos, e por que ela só pode ser\n"
     "consultada, se for o caso.",
-    {},
+    kTablesOptions,
     runTables};
 
 constexpr ToolCommand kCompact{
@@ -134,8 +183,9 @@ constexpr ToolCommand kHistory{
     kHistoryOptions,
     runHistory};
 
-constexpr ToolCommand kCommands[] = {kCreate,  kSample,  kCheck,   kDump, kTables,
-                                     kCompact, kSalvage, kRestore, kMove, kHistory};
+constexpr ToolCommand kCommands[] = {kCreate,  kSample, kInfo,   kCheck,   kTables,
+                                     kDump,    kExport, kImport, kCompact, kSalvage,
+                                     kRestore, kMove,   kHistory};
 
 } // namespace
 

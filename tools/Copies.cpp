@@ -3,37 +3,12 @@
 #include "jet/Move.h"
 #include "jet/Salvage.h"
 #include "tools/Commands.h"
+#include "tools/ProgressLine.h"
 
 #include <functional>
 #include <iostream>
-#include <unistd.h>
 
 namespace {
-
-/// The progress on a terminal, each step over the last; silent elsewhere.
-class ProgressLine {
-public:
-    ProgressLine() : shown_(::isatty(STDERR_FILENO) != 0) {}
-    ~ProgressLine() {
-        if (shown_)
-            std::cerr << kClear << std::flush;
-    }
-    ProgressLine(const ProgressLine&) = delete;
-    ProgressLine& operator=(const ProgressLine&) = delete;
-
-    void operator()(const std::string& table, std::uint64_t done, std::uint64_t pages) {
-        const std::string line =
-            table + ": " + std::to_string(pages == 0 ? 100 : done * 100 / pages) + "%";
-        if (shown_ && line != last_)
-            std::cerr << kClear << line << std::flush;
-        last_ = line;
-    }
-
-private:
-    static constexpr const char* kClear = "\r\033[K";
-    bool shown_;
-    std::string last_;
-};
 
 /// In the order of jet::Loss::What.
 constexpr const char* kNames[jet::kLossKinds] = {
@@ -77,7 +52,8 @@ void printCounts(const jet::SalvageReport& report) {
 int runCompact(const Arguments& arguments) {
     ProgressLine progress;
     const jet::Compacted done =
-        jet::compact(arguments.path(), arguments.operand(1), std::ref(progress));
+        jet::compact(arguments.file(), arguments.newFile(1), std::ref(progress));
+    progress.clear();
     std::cout << done.tables << " tabelas, " << done.rows << " registros: de " << done.pagesBefore
               << " páginas para " << done.pagesAfter << ".\n";
     return kDone;
@@ -86,7 +62,8 @@ int runCompact(const Arguments& arguments) {
 int runSalvage(const Arguments& arguments) {
     ProgressLine progress;
     const jet::SalvageReport report =
-        jet::salvage(arguments.path(), arguments.operand(1), std::ref(progress));
+        jet::salvage(arguments.file(), arguments.newFile(1), std::ref(progress));
+    progress.clear();
     for (const jet::Loss& loss : report.losses)
         print(loss);
     printCounts(report);
@@ -96,12 +73,16 @@ int runSalvage(const Arguments& arguments) {
 }
 
 int runRestore(const Arguments& arguments) {
-    if (const auto kept = jet::restore(arguments.path(), arguments.operand(1)))
+    const auto kept = jet::restore(arguments.file(), arguments.newFile(1));
+    std::cout << "No lugar: " << arguments.operand(1) << ".\n";
+    if (kept)
         std::cout << "O arquivo substituído foi guardado como \"" << kept->string() << "\".\n";
     return kDone;
 }
 
 int runMove(const Arguments& arguments) {
-    jet::moveDatabase(arguments.path(), arguments.operand(1));
+    jet::moveDatabase(arguments.file(), arguments.folder(1));
+    std::cout << "Agora está em: " << (arguments.folder(1) / arguments.path().filename()).string()
+              << '\n';
     return kDone;
 }

@@ -25,7 +25,7 @@ constexpr std::int64_t kMostRows = 100'000'000;
 } // namespace
 
 int runCreate(const Arguments& arguments) {
-    shop::createFile(arguments.path(), versionOf(arguments));
+    shop::createFile(arguments.newFile(), versionOf(arguments));
     std::cout << "Criado: " << arguments.operand(0) << ", com " << shop::tables().size()
               << " tabelas vazias.\n";
     return kDone;
@@ -41,7 +41,7 @@ int runSample(const Arguments& arguments) {
         throw UsageError("Cheques pedem ao menos um cliente e um banco.");
     const auto seed = static_cast<std::uint64_t>(arguments.number("--seed", 1, INT64_MAX));
     const jet::CivilTime day = arguments.day("--today").value_or(today());
-    shop::createFile(arguments.path(), versionOf(arguments), [&](jet::Database& database) {
+    shop::createFile(arguments.newFile(), versionOf(arguments), [&](jet::Database& database) {
         fillWithSamples(database, size, seed, jet::Date::of(day));
     });
     std::cout << "Criado: " << arguments.operand(0)

@@ -42,7 +42,7 @@ void drop(const std::filesystem::path& path, const char* table) {
 } // namespace
 
 int runHistory(const Arguments& arguments) {
-    const std::filesystem::path path = arguments.path();
+    const std::filesystem::path path = arguments.file();
     if (arguments.has("--on") && arguments.has("--off"))
         throw UsageError("O histórico não pode ser ligado e desligado ao mesmo tempo.");
     if (arguments.has("--off"))

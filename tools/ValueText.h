@@ -1,7 +1,8 @@
 #pragma once
 
-#include "jet/Types.h"
+#include "jet/TableDefinition.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,16 @@
 /// A field of a CSV record: quoted where RFC 4180 asks for it, and where it is an empty text, which
 /// an unquoted one can't tell from null.
 [[nodiscard]] std::string csvOf(const jet::Value& value);
+
+/// The same for JSON: null, true and false; whole numbers as numbers; all else, exact, as dump
+/// writes it, in quotes.
+[[nodiscard]] std::string jsonOf(const jet::Value& value);
+/// A text in quotes, as JSON has it.
+[[nodiscard]] std::string jsonText(std::string_view utf8);
+
+/// What textOf() has written, as a value of that column; nothing if it can't be one.
+[[nodiscard]] std::optional<jet::Value> valueFrom(const jet::Column& column,
+                                                  const std::string& text);
 
 /// Places that UTF-8 text takes in a line of a terminal.
 [[nodiscard]] std::size_t widthOf(std::string_view text) noexcept;

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <regex>
 #include <string_view>
 #include <vector>
 
@@ -77,6 +78,12 @@ void tidyWhenEnded() {
     }
 }
 
+/// A file that is made under a name of its own is the one that was asked for.
+std::string withNamesGiven(std::string sentence) {
+    static const std::regex part(R"((\.parcial-[[:alnum:]]*-[0-9]+-[0-9]+)+)");
+    return std::regex_replace(sentence, part, "");
+}
+
 } // namespace
 
 int main(int count, char** words) {
@@ -88,7 +95,7 @@ int main(int count, char** words) {
         std::cerr << kProgram << ": " << error.what() << '\n';
         return kWrongUsage;
     } catch (const jet::Error& error) {
-        std::cerr << kProgram << ": " << error.what() << '\n';
+        std::cerr << kProgram << ": " << withNamesGiven(error.what()) << '\n';
     } catch (const std::exception& error) {
         std::cerr << kProgram << ": falha inesperada: " << error.what() << '\n';
     }

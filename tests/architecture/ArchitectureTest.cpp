@@ -310,7 +310,7 @@ struct SystemCaller {
 // clang-format off
 const std::vector<SystemCaller> kSystemCallers = {
     {"shell/Programa.cpp", "signals and the end of the session: a folder of the shell's own"},
-    {"tools/Copies.cpp",   "the program's number: jet/FileSteps.h knows it"},
+    {"tools/ProgressLine.cpp", "whether it is a terminal: as C++23 will have it"},
     {"tests/ado/recordset/ConnectionTest.cpp", "a file without rights: a test of the system's own"},
 };
 // clang-format on

@@ -4,7 +4,6 @@
 #include "jet/system/System.h"
 
 #include <cerrno>
-#include <system_error>
 #include <utility>
 
 namespace jet {
@@ -14,6 +13,38 @@ namespace {
 /// Beyond the end of any database, and no byte that anybody locks for another reason.
 constexpr std::uint64_t kLook = 0x7FFFFFF0;
 
+/// What the disk says, for the operator.
+std::string reasonOf(int error) {
+    // clang-format off
+    static constexpr std::pair<int, const char*> kReasons[] = {
+        {ENOENT,       "o arquivo não existe"},
+        {ENOTDIR,      "o arquivo não existe"},
+        {EEXIST,       "o arquivo já existe"},
+        {EACCES,       "sem permissão"},
+        {EPERM,        "sem permissão"},
+        {EROFS,        "sem permissão"},
+        {EISDIR,       "não é um arquivo comum"},
+        {ELOOP,        "é um atalho para outro lugar"},
+        {ENAMETOOLONG, "o nome é longo demais"},
+        {EIO,          "o disco não responde como devia"},
+        {EMFILE,       "há arquivos demais abertos"},
+        {ENFILE,       "há arquivos demais abertos"},
+        {ENOMEM,       "falta memória"},
+        {ENOLCK,       "a pasta não sabe dizer quem usa o arquivo"},
+        {EBUSY,        "está em uso"},
+        {ETXTBSY,      "está em uso"},
+        {EXDEV,        "está em outro disco"},
+        {ENOTEMPTY,    "não está vazia"},
+    };
+    // clang-format on
+    if (sys::isNoRoom(error) || error == EFBIG)
+        return "o disco está cheio; libere espaço nele e tente de novo";
+    for (const auto& [number, reason] : kReasons)
+        if (number == error)
+            return reason;
+    return "erro " + std::to_string(error) + " do sistema";
+}
+
 [[noreturn]] void fail(const char* action, const std::filesystem::path& path, std::int64_t result) {
     const int error = static_cast<int>(-result);
     const Errc code = error == ENOENT || error == ENOTDIR                   ? Errc::notFound
@@ -21,17 +52,8 @@ constexpr std::uint64_t kLook = 0x7FFFFFF0;
                       : sys::isNoRoom(error) || error == EFBIG              ? Errc::full
                       : error == EACCES || error == EPERM || error == EROFS ? Errc::readOnly
                                                                             : Errc::io;
-    const char* reason = code == Errc::notFound ? "o arquivo não existe"
-                         : code == Errc::exists ? "o arquivo já existe"
-                         : code == Errc::full
-                             ? "o disco está cheio; libere espaço nele e tente de novo"
-                         : code == Errc::readOnly ? "sem permissão"
-                         : error == EISDIR        ? "não é um arquivo comum"
-                         : error == ELOOP         ? "é um atalho para outro lugar"
-                                                  : nullptr;
-    throw Error(
-        code, "Não foi possível " + std::string(action) + " o arquivo \"" + path.string() + "\": " +
-                  (reason ? std::string(reason) : std::generic_category().message(error)) + ".");
+    throw Error(code, "Não foi possível " + std::string(action) + " o arquivo \"" + path.string() +
+                          "\": " + reasonOf(error) + ".");
 }
 
 [[noreturn]] void failFolder(const std::filesystem::path& folder, const char* done, int result) {
@@ -39,7 +61,7 @@ constexpr std::uint64_t kLook = 0x7FFFFFF0;
                 : sys::isNoRoom(-result)                                  ? Errc::full
                                                                           : Errc::io,
                 "A pasta \"" + folder.string() + "\" não pode ser " + done + ": " +
-                    std::generic_category().message(-result) + ".");
+                    reasonOf(-result) + ".");
 }
 
 /// The result, unless it is an error.
