@@ -83,8 +83,11 @@ QVariant PaginaDeAjuda::loadResource(int type, const QUrl& name) {
 QImage PaginaDeAjuda::figura(const QString& arquivo) const {
     QImage desenho = Manual::figura(arquivo, palette().color(QPalette::Base).lightness() <
                                                  palette().color(QPalette::Text).lightness());
-    const double cabe = viewport()->width() - 2 * document()->documentMargin();
-    desenho.setDevicePixelRatio(std::max(1.0, desenho.width() / std::max(1.0, cabe)));
+    const double cabe = std::max(1.0, viewport()->width() - 2 * document()->documentMargin());
+    const double densidade = devicePixelRatioF(); // drawn to another size its letters would fray
+    desenho = desenho.scaledToWidth(qRound(std::min<double>(desenho.width(), cabe) * densidade),
+                                    Qt::SmoothTransformation);
+    desenho.setDevicePixelRatio(densidade);
     return desenho;
 }
 
