@@ -11,6 +11,14 @@ packages_package="debhelper fakeroot dpkg-dev xz-utils"
 packages_try="mmdebstrap lintian"
 packages_screen="xvfb openbox x11vnc"
 
+# Everything is built in the folder "build" here: ends saying so where that can't be.
+need_writable_tree() {
+    mkdir -p build 2>/dev/null && [ -w build ] && return
+    printf 'Nothing can be written in %s, where the build would be.\nCopy the folder to a place of your own, and start it there.\n' \
+        "$PWD" >&2
+    exit 1
+}
+
 # need <group>...: has every package of the groups (build, test, coverage, screen) installed, or ends
 # telling how to install it.
 need() {

@@ -279,6 +279,8 @@ int executarPrograma(int argc, char** argv) {
         return EXIT_SUCCESS;
     }
     QApplication aplicacao(argc, argv);
+    if (argc == 2 && std::string_view(argv[1]) == "--screen") // for ./run: is there one?
+        return EXIT_SUCCESS;
     QApplication::setApplicationName("Valtrino");
     QApplication::setDesktopFileName("org.valtrino.Valtrino"); // its entry in the menu of programs
     QApplication::setQuitOnLastWindowClosed(false); // between splash and main window there is none

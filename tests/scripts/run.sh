@@ -34,9 +34,14 @@ esac
 END
 cat >"$place/tools/program" <<'END'
 #!/bin/sh
+if [ "${1:-}" = --screen ]; then [ "$DISPLAY" != :9999 ]; exit; fi
+echo "$DISPLAY" >"$FOUND.screen"
 here=$(dirname "$0")
 if [ -f "$here/init.ini" ]; then head -n 1 "$here/init.ini"; else echo "$here"; fi >"$FOUND"
 END
+printf '#!/bin/sh\necho 77 >&3; exec sleep 60\n' >"$place/tools/Xvfb"
+printf '#!/bin/sh\nexec sleep 60\n' >"$place/tools/openbox"
+printf '#!/bin/sh\necho PORT=5999; exec sleep 60\n' >"$place/tools/x11vnc"
 chmod +x "$place"/tools/*
 
 new_place() {
@@ -161,3 +166,20 @@ grep -qx "cmake --preset release --fresh" "$place/output" || fail "not configure
 expect_found "$place/chosen"
 run_it || fail "again"
 grep -qx "cmake --preset release" "$place/output" || fail "configured anew without need"
+
+echo "A screen that doesn't answer: one of its own, with a word"
+run_it DISPLAY=:9999 || fail "without a screen"
+grep -q "DISPLAY=:9999 ) does not answer" "$place/output" || fail "it isn't told"
+[ "$(cat "$place/found.screen")" = :77 ] || fail "on screen $(cat "$place/found.screen")"
+
+echo "A folder that can't be written is told, not run into"
+new_place
+mount --bind "$clone" "$clone" 2>/dev/null && mount -o remount,ro,bind "$clone" 2>/dev/null || {
+    umount "$clone" 2>/dev/null || true
+    chmod a-w "$clone"
+}
+if [ "$(id -u)" != 0 ] || ! touch "$clone/x" 2>/dev/null; then
+    if run_it; then fail "in a folder that can't be written"; fi
+    grep -q "Nothing can be written in $clone" "$place/output" || fail "it isn't told why"
+fi
+umount "$clone" 2>/dev/null || chmod u+w "$clone"
