@@ -5,7 +5,8 @@
 
 What the program can say is every text of its sources that has two words or more, wherever it is used:
 so no message gets by because it is shown in a new way. The parts of a text between its placeholders
-must stand in the manual, what a .ui file shows on the page of that window. What only programs read is
+must stand in the manual, what a .ui file shows and the keys of its buttons on the page of that window, and the
+technician's tool's commands on his. What only programs read is
 known by its looks (NOT_SEEN) or listed in manual_unseen.txt. A complaint is made, too, of a page that
 the manual isn't built from or the index doesn't lead to, and of a picture that no test makes.
 """
@@ -66,6 +67,14 @@ def shown(ui):
     return [html.unescape(a or b) for a, b in texts]
 
 
+def keys(ui):
+    """Of the buttons of a form: "Alt+S"."""
+    buttons = re.findall(
+        r'<widget class="QPushButton"(?:(?!</?widget).)*?<property name="text">\s*<string>(.*?)</string>',
+        ui, re.S)
+    return ["Alt+" + key.upper() for key in re.findall(r"&amp;(\w)", " ".join(buttons))]
+
+
 def complaints(root):
     root = pathlib.Path(root)
     folder = root / "docs/manual"
@@ -90,10 +99,19 @@ def complaints(root):
     page_of = dict(re.findall(r'\{"(\w+)",\s*"([\w-]+)"\s*\}', manual))
     for ui in sorted(p for f in FOLDERS for p in (root / f).rglob("*.ui")):
         page = page_of.get(ui.stem)
-        for text in shown(ui.read_text(encoding="utf-8")) if page else []:
+        content = ui.read_text(encoding="utf-8") if page else ""
+        wrong += [f"{ui.relative_to(root)}: {page}.md doesn't have {key}"
+                  for key in keys(content) if key not in pages.get(page, "")]
+        for text in shown(content):
             for part in [plain(line).strip(" .:") for line in text.split("\n")]:
                 if part and part not in pages.get(page, ""):
                     wrong.append(f"{ui.relative_to(root)}: {page}.md doesn't have \"{part}\"")
+
+    for tool in (root / "tools").glob("*.cpp"):
+        for name, does in re.findall(r'ToolCommand \w+\{\s*"(\w+)",\s*"[^"]*",\s*"([^"]*)"',
+                                     tool.read_text(encoding="utf-8")):
+            if f"{name} {does}" not in pages.get("tecnico", ""):
+                wrong.append(f"{tool.relative_to(root)}: tecnico.md doesn't have \"{name}: {does}\"")
 
     built = (folder / "CMakeLists.txt").read_text(encoding="utf-8")
     listed = re.search(r"set\(MANUAL_PAGES([^)]*)\)", built)[1].split()

@@ -54,6 +54,17 @@ class Complaints(unittest.TestCase):
         self.assertEqual(len(self.of(**{"registers/frmBancos.ui":
                                         '<property name="text">\n<string>Manual</string>'})), 1)
 
+    def test_a_button_whose_key_the_page_does_not_have(self):
+        button = {"registers/frmBancos.ui": '<widget class="QPushButton" name="a">\n<property name="text">'
+                                            '<string>B&amp;ancos</string></property></widget>'}
+        self.assertEqual(len(self.of(**button)), 1)
+        page = {"docs/manual/bancos.md": TREE["docs/manual/bancos.md"] + "\nBancos: Alt+A\n"}
+        self.assertEqual(self.of(**button, **page), [])
+
+    def test_a_command_of_the_tool(self):
+        tool = {"tools/a.cpp": 'ToolCommand kA{\n"dump",\n"A",\n"Mostra tudo",\n'}
+        self.assertEqual(len(self.of(**tool)), 1)
+
     def test_a_page_that_is_not_built_or_not_led_to(self):
         self.assertEqual(len(self.of(**{"docs/manual/outra.md": "# Outra"})), 2)
 
