@@ -73,16 +73,15 @@ QString arquivoParaGravar(const QString& pastaPrograma) {
 }
 
 QString arquivoParaLer(const QString& pastaPrograma) {
-    const QString doUsuario = arquivoParaGravar(pastaPrograma);
-    QStringList lugares{doUsuario, caminho(pastaPrograma)};
+    QStringList lugares{arquivoParaGravar(pastaPrograma), caminho(pastaPrograma)};
     if (soDeLeitura(pastaPrograma))
         for (const QString& pasta :
              QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation))
             lugares.append(QDir::toNativeSeparators(pasta + kNasConfiguracoes));
-    for (const QString& lugar : lugares)
-        if (QFileInfo(lugar).isFile())
-            return lugar;
-    return doUsuario;
+    const auto primeiro = std::find_if(lugares.cbegin(), lugares.cend(), [](const QString& lugar) {
+        return QFileInfo(lugar).isFile();
+    });
+    return primeiro == lugares.cend() ? lugares.first() : *primeiro;
 }
 
 QString pastaDosDados(const QString& pastaPrograma) {

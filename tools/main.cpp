@@ -79,7 +79,7 @@ void tidyWhenEnded() {
 }
 
 /// A file that is made under a name of its own is the one that was asked for.
-std::string withNamesGiven(std::string sentence) {
+std::string withNamesGiven(const std::string& sentence) {
     static const std::regex part(R"((\.parcial-[[:alnum:]]*-[0-9]+-[0-9]+)+)");
     return std::regex_replace(sentence, part, "");
 }
