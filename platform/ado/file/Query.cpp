@@ -52,6 +52,7 @@ Query::Query(jet::Database& database, Engine& engine, const std::string& source,
     sql_ = QuerySql::ofAnswer(select);
     tried_ = engine_.prepare(sql_.all());
     std::vector<QueryFields::Computed> columns;
+    columns.reserve(static_cast<std::size_t>(tried_->columns()));
     for (int i = 0; i < tried_->columns(); ++i)
         columns.push_back({tried_->columnName(i), tried_->columnTable(i)});
     fields_ = QueryFields(select, columns);

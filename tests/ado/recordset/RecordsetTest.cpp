@@ -88,14 +88,13 @@ TEST_P(RecordsetTest, WalksBothWaysAndStopsOneBeyondEachEnd) {
 
 TEST_P(RecordsetTest, ForwardOnlyAJoinAndWhatIsComputedAreWalkedOnce) {
     addSomeOfEach();
-    const std::string tables =
-        " from bancos, bancos as b2, bancos as b3, bancos as b4, bancos as b5 order by ";
-    const std::string order = "bancos.codigo, b2.codigo, b3.codigo, b4.codigo, b5.codigo";
-    for (const std::string& what :
-         {std::string("bancos.codigo, b5.codigo as quinto"),
-          std::string("bancos.codigo*1 as codigo, b5.codigo as quinto")}) {
+    for (const char* what : {"bancos.codigo", "bancos.codigo*1 as codigo"}) {
         SCOPED_TRACE(what);
-        const std::string source = "select " + what + tables + order;
+        std::string source = "select ";
+        source += what;
+        source += ", b5.codigo as quinto"
+                  " from bancos, bancos as b2, bancos as b3, bancos as b4, bancos as b5"
+                  " order by bancos.codigo, b2.codigo, b3.codigo, b4.codigo, b5.codigo";
         const auto all = [&](ado::CursorType type) {
             Recordset rows;
             rows.Open(source, connection, type);
