@@ -27,10 +27,21 @@ packed() {
         --format=gnu -C "$1" -c "$2" | xz -T1 -6 >"$3"
 }
 
-# sources <folder>: what is committed, in the folder valtrino-<version> there.
+# sources <folder>: what is committed, or all of an unpacked archive, in the folder valtrino-<version> there.
 sources() {
-    [ -s "$out/$name.tar.xz" ] && [ "$out/$name.tar.xz" -nt CMakeLists.txt ] || packaging/source
-    tar -C "$1" -xf "$out/$name.tar.xz"
+    if commit >/dev/null; then
+        is_current "$out/$name.tar.xz" || packaging/source
+        tar -C "$1" -xf "$out/$name.tar.xz"
+    else
+        mkdir "$1/$name"
+        tar --exclude='./build*' -c . | tar -C "$1/$name" -x
+    fi
 }
 
-made() { (cd "$out" && sha256sum "$@"); }
+commit() { git rev-parse HEAD 2>/dev/null; }
+# Of which commit a package was made is noted beside it.
+is_current() { [ -s "$1" ] && [ "$(cat "$1.commit" 2>/dev/null)" = "$(commit)" ]; }
+made() {
+    commit >"$out/$1.commit" || true
+    (cd "$out" && sha256sum "$1")
+}
