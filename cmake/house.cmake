@@ -50,7 +50,7 @@ endif()
 
 # A test program holds most of the tree: linked the ordinary way, all of them take some minutes.
 find_program(MOLD mold)
-if(MOLD)
+if(MOLD AND NOT WIN32)
     add_link_options(-fuse-ld=mold)
 endif()
 
@@ -63,6 +63,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(house INTERFACE -Wno-restrict)
     # And it takes sources that are compiled several at once for headers.
     target_compile_options(house INTERFACE -Wno-subobject-linkage)
+endif()
+if(WIN32)
+    # Several sources at once are more sections than an object file has by itself.
+    target_compile_options(house INTERFACE -Wa,-mbig-obj)
 endif()
 target_include_directories(house INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/platform)
 if(VALTRINO_COVERAGE)

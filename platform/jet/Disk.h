@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace jet {
@@ -61,7 +62,8 @@ public:
     /// For setOwner(): the owner stays.
     static constexpr std::uint32_t kSameOwner = ~std::uint32_t{0};
 
-    /// An open file. Its locks are its own, not those of the process, and go when it is closed.
+    /// An open file. Its locks are its own, not those of the process, and go when it is closed. A
+    /// range that is given back, or taken otherwise, is one that was taken so.
     class Handle {
     public:
         Handle() = default;
@@ -77,12 +79,18 @@ public:
         [[nodiscard]] virtual int truncate(std::uint64_t size) = 0;
         /// Content and size are on the disk when it returns.
         [[nodiscard]] virtual int sync() = 0;
+        /// Until endWriting() nobody else can write in the file, where the system sees to such
+        /// things: an error if somebody has it open for that.
+        [[nodiscard]] virtual int claimWriting() { return 0; }
+        virtual void endWriting() noexcept {}
         /// Takes or gives back `count` bytes from `offset`, at once: 1 if done, 0 if another has
         /// some of them.
         [[nodiscard]] virtual int lock(Lock kind, std::uint64_t offset, std::uint64_t count) = 0;
-        /// The first byte of the range that an exclusive lock would meet another's lock on, or
-        /// `offset` + `count`.
-        [[nodiscard]] virtual std::int64_t firstHeld(std::uint64_t offset, std::uint64_t count) = 0;
+        /// The first byte of the range on which a lock of that kind would meet another's, or
+        /// `offset` + `count`. Where a system can tell that only by taking it for a moment, who
+        /// asks for a shared one is in the way of nobody who asks the same.
+        [[nodiscard]] virtual std::int64_t firstHeld(Lock meeting, std::uint64_t offset,
+                                                     std::uint64_t count) = 0;
         /// When it was last changed, on a clock of the disk's own: good for telling whether it has
         /// been changed since.
         [[nodiscard]] virtual std::int64_t changedAt() = 0;
@@ -96,12 +104,19 @@ public:
         [[nodiscard]] virtual bool remembers() const noexcept = 0;
     };
 
+    /// A name in UTF-8 as a path. Made of a plain string one has the letters that the system takes
+    /// the bytes for.
+    [[nodiscard]] static std::filesystem::path pathOf(std::string_view name) {
+        return std::u8string(name.begin(), name.end());
+    }
+
     /// What a folder holds, as it was when it was listed.
     struct Entry {
-        std::string name; ///< within the folder
+        std::string name; ///< within the folder, in UTF-8
         bool isFile{};    ///< a regular file; no link to one
         std::uint64_t size{};
         std::int64_t changedAt{}; ///< as Handle::changedAt()
+        [[nodiscard]] std::filesystem::path path() const { return pathOf(name); }
         friend bool operator==(const Entry&, const Entry&) = default;
     };
 

@@ -318,7 +318,7 @@ const std::vector<SystemCaller> kSystemCallers = {
 /// A sentence for each line that names an operating system, or a header of one.
 std::vector<std::string> systemsNamed(const std::string& path, const std::string& text) {
     static const std::regex header(
-        R"((windows|winsock2?|ws2tcpip|io|direct|process|shlobj|shellapi|unistd|fcntl|dirent|spawn|grp|pwd|netdb|sched|poll|termios|dlfcn|pthread|syslog|langinfo|sys/.*|linux/.*|arpa/.*|netinet/.*)\.h)");
+        R"((windows|winsock2?|ws2tcpip|io|direct|process|shlobj|shellapi|unistd|iconv|fcntl|dirent|spawn|grp|pwd|netdb|sched|poll|termios|dlfcn|pthread|syslog|langinfo|sys/.*|linux/.*|arpa/.*|netinet/.*)\.h)");
     static const std::regex condition(
         R"(\n[ \t]*#[ \t]*(?:el)?if[^\n]*\b(_WIN(?:32|64)|WIN32|_MSC_VER|__MINGW\w*|__CYGWIN__|__linux__|__unix__|__APPLE__|Q_OS_\w+|_POSIX\w*)\b)");
     std::vector<std::string> named;

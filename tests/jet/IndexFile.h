@@ -2,6 +2,7 @@
 
 #include "jet/index/IndexTree.h"
 #include "jet/page/DataPage.h"
+#include "jet/system/System.h"
 #include "support/Versions.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +12,6 @@
 #include <random>
 #include <set>
 #include <string>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -108,7 +108,8 @@ private:
     static std::filesystem::path freshPath() {
         static int count = 0;
         return std::filesystem::temp_directory_path() /
-               ("index-" + std::to_string(::getpid()) + "-" + std::to_string(++count) + ".mdb");
+               ("index-" + std::to_string(jet::sys::processNumber()) + "-" +
+                std::to_string(++count) + ".mdb");
     }
     static jet::File makeFile(const std::filesystem::path& path, const jet::Format& format) {
         std::vector<std::byte> bytes(2 * format.pageSize);

@@ -132,12 +132,13 @@ public:
             locks.push_back({this, kind, offset, end});
         return 1;
     }
-    std::int64_t firstHeld(std::uint64_t offset, std::uint64_t count) override {
+    std::int64_t firstHeld(Disk::Lock meeting, std::uint64_t offset, std::uint64_t count) override {
         if (const int failure = disk_.next())
             return -failure;
         std::uint64_t first = offset + count;
         for (const auto& held : content_->locks)
-            if (held.who != this && held.from < offset + count && offset < held.end)
+            if (held.who != this && held.from < offset + count && offset < held.end &&
+                (meeting == Disk::Lock::exclusive || held.kind == Disk::Lock::exclusive))
                 first = std::min(first, std::max(held.from, offset));
         return static_cast<std::int64_t>(first);
     }
@@ -147,7 +148,7 @@ public:
     }
     bool isAt(const std::filesystem::path& path) override {
         const MemoryDisk::Busy busy;
-        const auto there = disk_.names_.find(path.string());
+        const auto there = disk_.names_.find(path.generic_string());
         return there != disk_.names_.end() && there->second == content_->number;
     }
     int attributes(Disk::Attributes& into) override {
@@ -202,9 +203,9 @@ std::unique_ptr<Disk::Handle> MemoryDisk::open(const std::filesystem::path& path
                                                int& error) {
     const Busy busy;
     error = next();
-    const auto known = names_.find((isBeside(mode) ? path : resolved(path)).string());
+    const auto known = names_.find((isBeside(mode) ? path : resolved(path)).generic_string());
     const Content* there = known == names_.end() ? nullptr : files_[known->second].get();
-    if (!error && writes(mode) && failing && failing(path.string()))
+    if (!error && writes(mode) && failing && failing(path.generic_string()))
         error = EACCES;
     if (!error && makes(mode) && there)
         error = EEXIST;
@@ -218,9 +219,9 @@ std::unique_ptr<Disk::Handle> MemoryDisk::open(const std::filesystem::path& path
         return nullptr;
     if (there)
         return std::make_unique<MemoryHandle>(*this, files_[known->second], writes(mode));
-    put(path.string(), Kind::file);
+    put(path.generic_string(), Kind::file);
     files_.back()->rights = {account, group, 0600};
-    record_.push_back({Operation::Kind::name, files_.size() - 1, 0, {}, path.string(), {}});
+    record_.push_back({Operation::Kind::name, files_.size() - 1, 0, {}, path.generic_string(), {}});
     return std::make_unique<MemoryHandle>(*this, files_.back(), true);
 }
 
@@ -246,7 +247,7 @@ bool MemoryDisk::mayTouch(const std::string& name) const {
 
 std::filesystem::path MemoryDisk::resolved(const std::filesystem::path& path) {
     const Busy busy;
-    const auto known = names_.find(path.string());
+    const auto known = names_.find(path.generic_string());
     return known == names_.end() || files_[known->second]->kind != Kind::link
                ? path
                : std::filesystem::path(files_[known->second]->target);
@@ -254,23 +255,28 @@ std::filesystem::path MemoryDisk::resolved(const std::filesystem::path& path) {
 
 bool MemoryDisk::exists(const std::filesystem::path& path) {
     const Busy busy;
-    return names_.contains(path.string());
+    return names_.contains(path.generic_string());
 }
 
 int MemoryDisk::rename(const std::filesystem::path& from, const std::filesystem::path& to) {
     const Busy busy;
     if (const int failure = next())
         return -failure;
-    const auto known = names_.find(from.string());
+    const auto known = names_.find(from.generic_string());
     if (known == names_.end())
         return -ENOENT;
-    if (!mayTouch(from.string()))
+    if (!mayTouch(from.generic_string()))
         return -EPERM;
     if (foldersApart && from.parent_path() != to.parent_path())
         return -EXDEV;
-    record_.push_back({Operation::Kind::rename, known->second, 0, {}, from.string(), to.string()});
-    names_[to.string()] = known->second;
-    names_.erase(from.string());
+    record_.push_back({Operation::Kind::rename,
+                       known->second,
+                       0,
+                       {},
+                       from.generic_string(),
+                       to.generic_string()});
+    names_[to.generic_string()] = known->second;
+    names_.erase(from.generic_string());
     return 0;
 }
 
@@ -278,12 +284,12 @@ int MemoryDisk::link(const std::filesystem::path& file, const std::filesystem::p
     const Busy busy;
     if (const int failure = next())
         return -failure;
-    const auto known = names_.find(file.string());
+    const auto known = names_.find(file.generic_string());
     if (known == names_.end())
         return -ENOENT;
-    if (!names_.emplace(name.string(), known->second).second)
+    if (!names_.emplace(name.generic_string(), known->second).second)
         return -EEXIST;
-    record_.push_back({Operation::Kind::name, known->second, 0, {}, name.string(), {}});
+    record_.push_back({Operation::Kind::name, known->second, 0, {}, name.generic_string(), {}});
     return 0;
 }
 
@@ -291,12 +297,12 @@ int MemoryDisk::remove(const std::filesystem::path& path) {
     const Busy busy;
     if (const int failure = next())
         return -failure;
-    if (!names_.contains(path.string()))
+    if (!names_.contains(path.generic_string()))
         return -ENOENT;
-    if (!mayTouch(path.string()))
+    if (!mayTouch(path.generic_string()))
         return -EPERM;
-    names_.erase(path.string());
-    record_.push_back({Operation::Kind::remove, 0, 0, {}, path.string(), {}});
+    names_.erase(path.generic_string());
+    record_.push_back({Operation::Kind::remove, 0, 0, {}, path.generic_string(), {}});
     return 0;
 }
 
@@ -329,7 +335,8 @@ int MemoryDisk::syncFolderOf(const std::filesystem::path& path) {
     const Busy busy;
     if (const int failure = next())
         return -failure;
-    record_.push_back({Operation::Kind::syncNames, 0, 0, {}, path.parent_path().string(), {}});
+    record_.push_back(
+        {Operation::Kind::syncNames, 0, 0, {}, path.parent_path().generic_string(), {}});
     return 0;
 }
 

@@ -87,7 +87,7 @@ DiskImage halfDone(const DiskImage& before, const std::function<void(Database&)>
     for (const MemoryDisk::Operation& operation : disk.record()) {
         cut.advance(operation);
         DiskImage image = cut.everything();
-        if (!image.contains(Journal::pathFor(kPath)) ||
+        if (!image.contains(Journal::pathFor(kPath).generic_string()) ||
             load<std::uint16_t>(image.at(kPath).data() + pairAt) != CommitPairs::kWriting)
             continue;
         if (operation.kind == MemoryDisk::Operation::Kind::write &&

@@ -23,8 +23,11 @@ public:
     int lock(jet::Disk::Lock kind, std::uint64_t offset, std::uint64_t count) override {
         return handle_->lock(kind, offset, count);
     }
-    std::int64_t firstHeld(std::uint64_t offset, std::uint64_t count) override {
-        return handle_->firstHeld(offset, count);
+    int claimWriting() override { return handle_->claimWriting(); }
+    void endWriting() noexcept override { handle_->endWriting(); }
+    std::int64_t firstHeld(jet::Disk::Lock meeting, std::uint64_t offset,
+                           std::uint64_t count) override {
+        return handle_->firstHeld(meeting, offset, count);
     }
     std::int64_t changedAt() override { return handle_->changedAt(); }
     bool isAt(const std::filesystem::path& path) override { return handle_->isAt(path); }

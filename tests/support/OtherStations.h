@@ -5,9 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 /// Whether somebody has the database to write in it, so that other stations have to wait.
 inline bool isHeldForWriting(const std::filesystem::path& database) {
     const jet::File lock(std::filesystem::path(database).replace_extension(".ldb"),
@@ -20,27 +17,20 @@ class WritingProgram {
 public:
     WritingProgram(const std::filesystem::path& database, jet::Version version)
         : file_(database, jet::File::Mode::readWrite), format_(jet::formatOf(version)),
-          lock_(::open(std::filesystem::path(database).replace_extension(".ldb").c_str(),
-                       O_RDWR | O_CLOEXEC)),
+          lock_(std::filesystem::path(database).replace_extension(".ldb"),
+                jet::File::Mode::readWrite),
           before_(jet::CommitPairs(file_, format_)[kUser]) {
-        struct flock lock {};
-        lock.l_type = F_WRLCK;
-        lock.l_start = 0x10000000 + kUser;
-        lock.l_len = 1;
-        EXPECT_EQ(::fcntl(lock_, F_OFD_SETLK, &lock), 0);
+        EXPECT_TRUE(lock_.tryLock(jet::Disk::Lock::exclusive, 0x10000000 + kUser));
         jet::CommitPairs::write(file_, format_, kUser, jet::CommitPairs::kWriting);
     }
     WritingProgram(const WritingProgram&) = delete;
     WritingProgram& operator=(const WritingProgram&) = delete;
-    ~WritingProgram() {
-        jet::CommitPairs::write(file_, format_, kUser, before_);
-        ::close(lock_);
-    }
+    ~WritingProgram() { jet::CommitPairs::write(file_, format_, kUser, before_); }
 
 private:
     static constexpr unsigned kUser = 9;
     jet::File file_;
     const jet::Format& format_;
-    int lock_;
+    jet::File lock_;
     std::uint16_t before_;
 };

@@ -55,7 +55,7 @@ std::filesystem::path replacedName(const std::filesystem::path& database, Disk& 
     const std::string stem =
         database.stem().string() + formatted("-substituido-%Y-%m-%d-%H%M%S", localNow());
     for (int i = 1;; ++i) {
-        std::filesystem::path name = stem + (i > 1 ? "-" + std::to_string(i) : "");
+        std::filesystem::path name = Disk::pathOf(stem + (i > 1 ? "-" + std::to_string(i) : ""));
         name += database.extension();
         name = database.parent_path() / name;
         if (!disk.exists(name))
@@ -130,11 +130,12 @@ std::optional<std::chrono::year_month_day> Backup::dayOf(const std::string& name
         return std::nullopt;
     const std::chrono::year_month_day found =
         std::chrono::year(year) / static_cast<int>(month) / static_cast<int>(day);
-    return found.ok() && copyOf(found).filename() == name ? std::optional(found) : std::nullopt;
+    return found.ok() && copyOf(found).filename() == Disk::pathOf(name) ? std::optional(found)
+                                                                        : std::nullopt;
 }
 
 std::filesystem::path Backup::notePath() const {
-    return folder_ / (database_.stem().string() + "-com-erros.txt");
+    return folder_ / Disk::pathOf(database_.stem().string() + "-com-erros.txt");
 }
 
 /// Those with a copy's name, ascending.
@@ -148,7 +149,7 @@ std::vector<Disk::Entry> Backup::entries() const {
 std::vector<std::filesystem::path> Backup::copies() const {
     std::vector<std::filesystem::path> found;
     for (const Disk::Entry& entry : entries())
-        found.push_back(folder_ / entry.name);
+        found.push_back(folder_ / entry.path());
     return found;
 }
 
@@ -160,21 +161,21 @@ bool Backup::isSound(const Disk::Entry& entry, const std::stop_token& stop) {
     const auto known = checked_.find(entry.name);
     if (known != checked_.end() && known->second.entry == entry)
         return known->second.sound;
-    const bool sound = check(folder_ / entry.name, disk_, stop).sound();
+    const bool sound = check(folder_ / entry.path(), disk_, stop).sound();
     checked_[entry.name] = {entry, sound};
     return sound;
 }
 
 void Backup::remember(const std::filesystem::path& copy, bool sound) {
     for (const Disk::Entry& entry : entries())
-        if (folder_ / entry.name == copy)
+        if (folder_ / entry.path() == copy)
             checked_[entry.name] = {entry, sound};
 }
 
 /// Whether a file of today's name is today's copy. It is looked at closely once.
 bool Backup::isTodays(const std::filesystem::path& copy, const std::stop_token& stop) {
     for (const Disk::Entry& entry : entries()) {
-        if (folder_ / entry.name != copy)
+        if (folder_ / entry.path() != copy)
             continue;
         const auto known = checked_.find(entry.name);
         const bool again = known != checked_.end() && known->second.entry == entry;
@@ -202,11 +203,11 @@ std::optional<std::filesystem::path> Backup::newestSound(const std::stop_token& 
     std::vector<Disk::Entry> found = entries();
     const std::filesystem::path today = copyOf(today_());
     const auto toCome = std::ranges::find_if(
-        found, [&](const Disk::Entry& entry) { return folder_ / entry.name > today; });
+        found, [&](const Disk::Entry& entry) { return folder_ / entry.path() > today; });
     std::rotate(found.begin(), toCome, found.end()); // (ranges::rotate: not with clang 14)
     for (auto entry = found.rbegin(); entry != found.rend(); ++entry)
         if (isSound(*entry, stop))
-            return folder_ / entry->name;
+            return folder_ / entry->path();
     return std::nullopt;
 }
 
@@ -299,10 +300,10 @@ void Backup::rotate() const {
     for (const Disk::Entry& entry : entries()) {
         // What doesn't open is no copy, and none of ours to remove.
         const auto extent =
-            entry.isFile ? extentOf(folder_ / entry.name, disk_, true) : std::nullopt;
+            entry.isFile ? extentOf(folder_ / entry.path(), disk_, true) : std::nullopt;
         if (extent)
-            dated.push_back({folder_ / entry.name, *dayOf(entry.name), *extent});
-        if (folder_ / entry.name == today)
+            dated.push_back({folder_ / entry.path(), *dayOf(entry.name), *extent});
+        if (folder_ / entry.path() == today)
             now = entry.changedAt;
     }
     for (const std::filesystem::path& copy : superfluous(std::move(dated), today_()))
@@ -314,11 +315,11 @@ void Backup::rotate() const {
 /// it for a day by the clock of the disk, on which it is `now`.
 void Backup::removeDeadParts(std::int64_t now) const {
     for (const Disk::Entry& entry : File::list(disk_, folder_)) {
-        const std::filesystem::path part = folder_ / entry.name;
+        const std::filesystem::path part = folder_ / entry.path();
         if (!entry.isFile || !UnnamedFile::isOne(part) || entry.changedAt > now - kDay)
             continue;
         try {
-            const bool atWork = File(part, File::Mode::read, disk_).isHeld(kAtWork);
+            const bool atWork = File(part, File::Mode::read, disk_).isHeldAlone(kAtWork);
             if (!atWork)
                 static_cast<void>(disk_.remove(part));
         } catch (const Error&) { // NOLINT(bugprone-empty-catch)

@@ -32,10 +32,10 @@ template <class Goes>
 void moveFiles(const std::filesystem::path& from, const std::filesystem::path& to, Disk& disk,
                Goes&& goes) {
     for (const Disk::Entry& entry : File::list(disk, from)) {
-        if (!entry.isFile || !goes(entry.name) || disk.exists(to / entry.name))
+        if (!entry.isFile || !goes(entry.name) || disk.exists(to / entry.path()))
             continue;
         File::makeFolder(disk, to);
-        moveFile(from / entry.name, to / entry.name, disk);
+        moveFile(from / entry.path(), to / entry.path(), disk);
     }
 }
 

@@ -49,6 +49,7 @@ std::string reasonOf(int error) {
     const int error = static_cast<int>(-result);
     const Errc code = error == ENOENT || error == ENOTDIR                   ? Errc::notFound
                       : error == EEXIST                                     ? Errc::exists
+                      : error == EBUSY                                      ? Errc::locked
                       : sys::isNoRoom(error) || error == EFBIG              ? Errc::full
                       : error == EACCES || error == EPERM || error == EROFS ? Errc::readOnly
                                                                             : Errc::io;
@@ -122,9 +123,18 @@ void File::unlock(std::uint64_t offset, std::uint64_t count) noexcept {
     static_cast<void>(handle_->lock(Disk::Lock::none, offset, count));
 }
 
-std::uint64_t File::firstHeld(std::uint64_t offset, std::uint64_t count) const {
+std::uint64_t File::firstMet(Disk::Lock kind, std::uint64_t offset, std::uint64_t count) const {
     return static_cast<std::uint64_t>(
-        checked("reservar", path_, handle_->firstHeld(offset, count)));
+        checked("reservar", path_, handle_->firstHeld(kind, offset, count)));
+}
+
+File::Claim::Claim(File& file) : handle_(*file.handle_) {
+    const int result = handle_.claimWriting();
+    if (result == -EBUSY)
+        throw Error(Errc::locked, "O arquivo \"" + file.path_.string() +
+                                      "\" também está aberto em outro programa, que pode gravar "
+                                      "nele. Nada foi gravado; feche-o lá e tente de novo.");
+    checked("gravar", file.path_, result);
 }
 
 Disk::Attributes File::attributes() const {

@@ -33,10 +33,18 @@ public:
     /// alone, until close or unlock(). False, at once, if another has any of them.
     [[nodiscard]] bool tryLock(Disk::Lock kind, std::uint64_t offset, std::uint64_t count = 1);
     void unlock(std::uint64_t offset, std::uint64_t count = 1) noexcept;
-    /// The first of `count` bytes from `offset` that another open file has locked in any way, or
-    /// `offset` + `count`.
-    [[nodiscard]] std::uint64_t firstHeld(std::uint64_t offset, std::uint64_t count) const;
+    /// The first of `count` bytes from `offset` that another open file has locked, in any way, or
+    /// for itself alone; or `offset` + `count`.
+    [[nodiscard]] std::uint64_t firstHeld(std::uint64_t offset, std::uint64_t count) const {
+        return firstMet(Disk::Lock::exclusive, offset, count);
+    }
+    [[nodiscard]] std::uint64_t firstHeldAlone(std::uint64_t offset, std::uint64_t count) const {
+        return firstMet(Disk::Lock::shared, offset, count);
+    }
     [[nodiscard]] bool isHeld(std::uint64_t offset) const { return firstHeld(offset, 1) == offset; }
+    [[nodiscard]] bool isHeldAlone(std::uint64_t offset) const {
+        return firstHeldAlone(offset, 1) == offset;
+    }
     /// Whether `path` still names this very file; a link to it doesn't.
     [[nodiscard]] bool isAt(const std::filesystem::path& path) const { return handle_->isAt(path); }
     [[nodiscard]] Disk::Attributes attributes() const;
@@ -63,7 +71,23 @@ public:
     static void makeFolder(Disk& disk, const std::filesystem::path& folder);
     static void syncFolderOf(Disk& disk, const std::filesystem::path& path);
 
+    /// While it lives nobody else can write in the file, where the system sees to that.
+    class Claim {
+    public:
+        /// @throws Error{locked} if somebody is about to.
+        explicit Claim(File& file);
+        Claim(const Claim&) = delete;
+        Claim& operator=(const Claim&) = delete;
+        ~Claim() { handle_.endWriting(); }
+
+    private:
+        Disk::Handle& handle_;
+    };
+
 private:
+    [[nodiscard]] std::uint64_t firstMet(Disk::Lock kind, std::uint64_t offset,
+                                         std::uint64_t count) const;
+
     std::filesystem::path path_;
     Disk* disk_;
     std::unique_ptr<Disk::Handle> handle_;

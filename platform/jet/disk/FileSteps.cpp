@@ -93,7 +93,7 @@ std::vector<LeftPart> partsOf(const std::filesystem::path& target, Disk& disk) {
         return parts;
     for (const Disk::Entry& entry : entries)
         if (entry.isFile && entry.name.starts_with(stem + kMark))
-            parts.push_back({folder / entry.name, isOfTheDead(entry.name.substr(stem.size()))});
+            parts.push_back({folder / entry.path(), isOfTheDead(entry.name.substr(stem.size()))});
     std::ranges::sort(parts, {}, &LeftPart::path);
     return parts;
 }

@@ -7,7 +7,8 @@ namespace jet {
 
 namespace {
 
-/// The system takes the locks of who dies from one file after the other.
+/// The system takes the locks of who dies from one file after the other; and who looks may have one
+/// for a moment.
 constexpr std::chrono::milliseconds kLongestDying{250};
 
 } // namespace
@@ -18,8 +19,10 @@ Attendance::~Attendance() {
 }
 
 void Attendance::mark() {
-    // Shared: a file that may only be read takes no other lock.
-    if (database_.tryLock(Disk::Lock::shared, kStations + lock_.user()))
+    // Shared: a file that may only be read takes no other lock. Another who is just looking may be
+    // in the way.
+    if (waitFor([&] { return database_.tryLock(Disk::Lock::shared, kStations + lock_.user()); },
+                kLongestDying))
         marked_ = lock_.user();
 }
 

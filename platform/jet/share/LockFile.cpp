@@ -71,7 +71,8 @@ void LockFile::leave() {
     // Who is still at it after a second sees to the file itself when leaving.
     const bool alone = waitFor([&] { return tryLock(kEntering); }, std::chrono::seconds(1));
     giveUpUser();
-    if (alone && isCurrent() && file_->firstHeld(kUsers + 1, kMostUsers) == kUsers + 1 + kMostUsers)
+    if (alone && isCurrent() &&
+        file_->firstHeldAlone(kUsers + 1, kMostUsers) == kUsers + 1 + kMostUsers)
         static_cast<void>(disk_.remove(path_));
     file_.reset();
 }
@@ -167,13 +168,15 @@ void LockFile::giveUpUser() noexcept {
     user_ = 0;
 }
 
-bool LockFile::isUser(unsigned user) const { return isHeld(kUsers + user); }
-bool LockFile::isForeign(unsigned user) const { return isUser(user) && !isHeld(kMarks + user); }
+bool LockFile::isUser(unsigned user) const { return isHeldAlone(kUsers + user); }
+bool LockFile::isForeign(unsigned user) const {
+    return isUser(user) && !isHeldAlone(kMarks + user);
+}
 
 std::vector<unsigned> LockFile::otherUsers() const {
     std::vector<unsigned> users;
     for (std::uint64_t user = 1; user <= kMostUsers; ++user) {
-        user = file_->firstHeld(kUsers + user, kMostUsers + 1 - user) - kUsers;
+        user = file_->firstHeldAlone(kUsers + user, kMostUsers + 1 - user) - kUsers;
         if (user <= kMostUsers)
             users.push_back(static_cast<unsigned>(user));
     }
@@ -201,7 +204,7 @@ bool LockFile::closeGate() {
     while (next < end) {
         const std::uint64_t own = kUsers + user_;
         const std::uint64_t stop = next <= own && own < end ? own : end;
-        const std::uint64_t held = file_->firstHeld(next, stop - next);
+        const std::uint64_t held = file_->firstHeldAlone(next, stop - next);
         const std::uint64_t count = held - next;
         if (count > 0) {
             if (!file_->tryLock(Disk::Lock::exclusive, next, count)) {

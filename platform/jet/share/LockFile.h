@@ -60,8 +60,10 @@ public:
         return file_->tryLock(kind, what);
     }
     void unlock(std::uint64_t what) noexcept { file_->unlock(what); }
-    /// By another than us.
+    /// By another than us, be it shared.
     [[nodiscard]] bool isHeld(std::uint64_t what) const { return file_->isHeld(what); }
+    /// The same of what is only ever held alone: to ask that is in nobody's way who asks it too.
+    [[nodiscard]] bool isHeldAlone(std::uint64_t what) const { return file_->isHeldAlone(what); }
 
     /// Becomes a user. Requires O. False if all 255 are taken.
     [[nodiscard]] bool takeUser();

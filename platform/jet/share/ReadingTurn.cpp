@@ -82,8 +82,8 @@ void ReadingTurn::lock() {
     if (now - lookedForWriter_ >= kWriterEvery) {
         // A writer would wait for ever if readers took turns.
         lookedForWriter_ = now;
-        if (lock.isHeld(LockFile::kWantsReaders))
-            waitFor([&] { return !lock.isHeld(LockFile::kWantsReaders); }, kForWriter);
+        if (lock.isHeldAlone(LockFile::kWantsReaders))
+            waitFor([&] { return !lock.isHeldAlone(LockFile::kWantsReaders); }, kForWriter);
     }
     if (!waitFor([&] { return tryLock(); }, patience::kForTurn))
         throw Error(Errc::locked, "Outra estação está gravando no banco de dados há muito tempo" +

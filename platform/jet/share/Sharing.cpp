@@ -76,7 +76,7 @@ void Sharing::enter() {
         const bool journal = rescue_.hasJournal();
         // While we hold O nobody of us writes pages: a journal there is a dead station's, unless
         // that is still being recovered by another, who holds W.
-        const bool beingWritten = lock.isHeld(LockFile::kWriting);
+        const bool beingWritten = lock.isHeldAlone(LockFile::kWriting);
         const bool dead = presence_.deadWriter(pairs).has_value();
         if (journal && !leftThere && (dead || !beingWritten)) {
             if (round > kMostRounds)

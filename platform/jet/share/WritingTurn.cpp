@@ -44,7 +44,7 @@ void WritingTurn::allow() {
 bool WritingTurn::isAwaited() const { return presence_.lock().isHeld(LockFile::kWantsWriting); }
 
 bool WritingTurn::isTakenByOther() const {
-    return !held_ && presence_.lock().isHeld(LockFile::kWriting);
+    return !held_ && presence_.lock().isHeldAlone(LockFile::kWriting);
 }
 
 bool WritingTurn::take() {
@@ -81,6 +81,7 @@ void WritingTurn::commit(const ChangedPages& changed) {
         throw Error(Errc::conflict,
                     "Outro programa alterou o banco de dados ao mesmo tempo. Nada foi gravado; "
                     "confira os dados e repita a alteração.");
+    const File::Claim claim(presence_.database());
     const std::uint64_t pageSize = presence_.format().pageSize;
     if (presence_.database().size() != changed.fileBefore * pageSize)
         snapshot_.refuse();

@@ -126,11 +126,12 @@ public:
         const int result = retried([&] { return ::fcntl(handle_, F_OFD_SETLK, &range); });
         return result == -EAGAIN || result == -EACCES ? 0 : result < 0 ? result : 1;
     }
-    std::int64_t firstHeld(std::uint64_t offset, std::uint64_t count) override {
+    std::int64_t firstHeld(Disk::Lock meeting, std::uint64_t offset, std::uint64_t count) override {
         // The system names any lock in the way, not the first: go on before it.
         std::uint64_t end = offset + count;
         while (end > offset) {
-            struct flock range = rangeOf(F_WRLCK, offset, end - offset);
+            struct flock range =
+                rangeOf(meeting == Disk::Lock::shared ? F_RDLCK : F_WRLCK, offset, end - offset);
             const int result = retried([&] { return ::fcntl(handle_, F_OFD_GETLK, &range); });
             if (result < 0)
                 return result;
@@ -175,7 +176,7 @@ private:
     bool remembers_;
 };
 
-class SystemDisk final : public Disk {
+class PosixDisk final : public Disk {
 public:
     std::unique_ptr<Handle> open(const std::filesystem::path& path, Mode mode,
                                  int& error) override {
@@ -272,7 +273,7 @@ public:
 } // namespace
 
 Disk& Disk::system() {
-    static SystemDisk disk;
+    static PosixDisk disk;
     return disk;
 }
 

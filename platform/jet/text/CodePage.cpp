@@ -2,10 +2,9 @@
 
 #include "jet/Error.h"
 #include "jet/Utf8.h"
+#include "jet/system/PageConverter.h"
 
 #include <algorithm>
-#include <bit>
-#include <iconv.h>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -199,42 +198,6 @@ constexpr std::uint16_t kDoubleBytePages[] = {932, 936, 949, 950};
 
 constexpr char16_t kUndefined = 0xF700;
 
-/// One direction of the system's converter.
-class Converter {
-public:
-    Converter(const std::string& to, const std::string& from)
-        : handle_(iconv_open(to.c_str(), from.c_str())) {}
-    Converter(const Converter&) = delete;
-    ~Converter() {
-        if (works())
-            iconv_close(handle_);
-    }
-    [[nodiscard]] bool works() const noexcept {
-        return std::bit_cast<std::intptr_t>(handle_) != -1;
-    }
-
-    /// The bytes that all of `input` becomes; nothing if it isn't whole characters or becomes more
-    /// than two bytes.
-    [[nodiscard]] std::optional<std::array<unsigned char, 2>> convert(std::string input) {
-        std::array<char, 2> output{};
-        char* from = input.data();
-        char* to = output.data();
-        std::size_t fromLeft = input.size();
-        std::size_t toLeft = output.size();
-        iconv(handle_, nullptr, nullptr, nullptr, nullptr);
-        const std::size_t result = iconv(handle_, &from, &fromLeft, &to, &toLeft);
-        if (result != 0 || fromLeft != 0)
-            return std::nullopt;
-        if (toLeft == 1) // a lone byte: stands low, as a pair's second one
-            return std::array{static_cast<unsigned char>(0), static_cast<unsigned char>(output[0])};
-        return std::array{static_cast<unsigned char>(output[0]),
-                          static_cast<unsigned char>(output[1])};
-    }
-
-private:
-    iconv_t handle_;
-};
-
 [[noreturn]] void unsupported(std::uint16_t number) {
     throw Error(Errc::unsupported, "O texto deste banco de dados está na página de código " +
                                        std::to_string(number) +
@@ -279,17 +242,12 @@ void CodePage::setSingle(unsigned byte, char16_t character) {
 }
 
 void CodePage::readDoubleBytes() {
-    const std::string name = "CP" + std::to_string(number_);
-    Converter decoder("UTF-16BE", name);
-    Converter encoder(name, "UTF-16BE");
-    if (!decoder.works() || !encoder.works()) // unreached: the systems that we run on have them
+    sys::PageConverter converter(number_);
+    if (!converter.works()) // unreached: the systems that we run on have them
         unsupported(number_);
 
     const auto characterOf = [&](const std::string& bytes) -> char16_t {
-        const auto unit = decoder.convert(bytes);
-        if (!unit)
-            return 0;
-        const auto character = static_cast<char16_t>((*unit)[0] << 8 | (*unit)[1]);
+        const char16_t character = converter.characterOf(bytes).value_or(0);
         // Ours for undefined bytes; a page that puts user-defined characters there has to yield.
         return character >= kUndefined + 0x80 && character <= kUndefined + 0xFF ? char16_t{0}
                                                                                 : character;
@@ -313,9 +271,7 @@ void CodePage::readDoubleBytes() {
             if (bytes == 0) {
                 bytes = pair;
             } else { // the page has the character twice: write the place that the system prefers
-                const auto preferred = encoder.convert(
-                    {static_cast<char>(character >> 8), static_cast<char>(character & 0xFF)});
-                if (preferred)
+                if (const auto preferred = converter.bytesOf(character))
                     bytes = static_cast<std::uint16_t>((*preferred)[0] << 8 | (*preferred)[1]);
             }
         }

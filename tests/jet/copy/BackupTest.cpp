@@ -4,6 +4,7 @@
 #include "jet/Copies.h"
 #include "jet/DamagedFile.h"
 #include "jet/FileSteps.h"
+#include "jet/system/System.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -12,7 +13,6 @@
 #include <ctime>
 #include <functional>
 #include <map>
-#include <unistd.h>
 
 using namespace jet;
 using namespace std::chrono_literals;
@@ -369,8 +369,7 @@ TEST_F(Backups, TwoPartsNeverHaveOneName) {
     const UnnamedFile one(file_);
     const UnnamedFile other(file_);
     EXPECT_NE(one.path(), other.path());
-    std::string machine(256, '\0');
-    ASSERT_EQ(::gethostname(machine.data(), machine.size()), 0);
+    std::string machine = sys::machineName();
     std::erase_if(machine, [](unsigned char c) { return std::isalnum(c) == 0; });
     EXPECT_THAT(one.path().string(), testing::HasSubstr(machine.substr(0, 32)));
 }

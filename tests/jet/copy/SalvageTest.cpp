@@ -527,7 +527,7 @@ TEST(SalvageSamples, AreComplete) {
         GTEST_SKIP() << "no sample databases here";
     for (const auto& file : files) {
         SCOPED_TRACE(file.filename().string());
-        const auto target = folder / file.filename().c_str();
+        const auto target = folder.path() / file.filename();
         const SalvageReport report = salvage(file, target);
         EXPECT_TRUE(report.complete());
         EXPECT_TRUE(report.check.sound());

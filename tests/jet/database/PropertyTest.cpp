@@ -298,7 +298,7 @@ TEST(PropertySamples, RandomChangesLeaveCopiesOfRealFilesWholeAndEqualToTheModel
     std::uint64_t seed = 100;
     std::size_t changed = 0;
     for (const auto& sample : files) {
-        const auto file = folder / sample.filename().c_str();
+        const auto file = folder.path() / sample.filename();
         std::filesystem::copy_file(sample, file);
         std::filesystem::permissions(file, std::filesystem::perms::owner_write,
                                      std::filesystem::perm_options::add);

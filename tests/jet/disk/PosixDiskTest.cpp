@@ -1,8 +1,8 @@
 // What the disk of a system with POSIX's calls says of what can't be done.
 #include "jet/Account.h"
 #include "jet/FileSteps.h"
+#include "jet/Fork.h"
 #include "jet/MemoryDisk.h"
-#include "jet/Process.h"
 #include "jet/Sentences.h"
 #include "jet/disk/File.h"
 #include "support/TemporaryFolder.h"

@@ -59,13 +59,14 @@ TEST(DiskErrors, AreToldByWhatTheOperatorCanDo) {
         {ENOTDIR, Errc::notFound, Errc::io,       "o arquivo não existe"   },
         {EEXIST,  Errc::exists,   Errc::io,       "o arquivo já existe"    },
         {ENOSPC,  Errc::full,     Errc::full,     "libere espaço"          },
+        {EBUSY,   Errc::locked,   Errc::io,       "está em uso"            },
         {EFBIG,   Errc::full,     Errc::io,       "libere espaço"          },
         {EACCES,  Errc::readOnly, Errc::readOnly, "sem permissão"          },
         {EPERM,   Errc::readOnly, Errc::readOnly, "sem permissão"          },
         {EROFS,   Errc::readOnly, Errc::readOnly, "sem permissão"          },
         {EISDIR,  Errc::io,       Errc::io,       "não é um arquivo comum"},
         {ELOOP,   Errc::io,       Errc::io,       "é um atalho"            },
-        {EIO,     Errc::io,       Errc::io,       "error"                   },
+        {EIO,     Errc::io,       Errc::io,       "não responde"           },
     };
     for (const auto& [error, code, folderCode, words] : cases) {
         SCOPED_TRACE(words);

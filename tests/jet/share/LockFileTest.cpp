@@ -2,17 +2,13 @@
 #include "jet/share/LockFile.h"
 
 #include "jet/Error.h"
-#include "jet/Process.h"
 #include "jet/Sentences.h"
 #include "jet/ShopWork.h"
 #include "jet/share/Presence.h"
+#include "jet/system/System.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <sched.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace jet;
 using namespace std::string_literals;
@@ -46,15 +42,8 @@ std::string field(const std::string& name) {
     return name + '\0' + std::string(LockFile::kName - name.size() - 1, ' ');
 }
 
-std::string machineName() {
-    std::string name(256, 0);
-    EXPECT_EQ(::gethostname(name.data(), name.size()), 0);
-    name.resize(name.find('\0'));
-    return name;
-}
-
 TEST_F(LockFiles, NameTheMachineAndTheAccountOfEachUser) {
-    const std::string machine = machineName().substr(0, LockFile::kName - 1);
+    const std::string machine = sys::machineName().substr(0, LockFile::kName - 1);
     ASSERT_FALSE(machine.empty());
     const Database first(kPath, on(disk));
     const Database second(kPath, on(disk));
@@ -63,39 +52,6 @@ TEST_F(LockFiles, NameTheMachineAndTheAccountOfEachUser) {
     LockFile lock(kPath, disk);
     lock.open();
     EXPECT_EQ(lock.nameOf(2), machine);
-}
-
-/// What `name` is called where nobody is touched by it; false if that can't be had.
-bool isCalledFor(const std::string& name, const std::function<void()>& work) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-        if (::unshare(CLONE_NEWUTS) != 0 || ::sethostname(name.data(), name.size()) != 0)
-            endFork(2);
-        work();
-        endFork(testing::Test::HasFailure() ? 1 : 0);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) != 1) << name;
-    return WEXITSTATUS(status) == 0;
-}
-
-TEST_F(LockFiles, CutALongNameOfTheMachineAndGiveANamelessOneItsPlace) {
-    const struct {
-        std::string name, shown;
-    } cases[] = {
-        {"CAIXA2",       "CAIXA2"      },
-        {std::string(31, 'a'),           std::string(31, 'a')},
-        {std::string(32,          'b'),                        std::string(31, 'b')},
-        {std::string(64, 'c'),std::string(31, 'c')},
-        {"",              "LOCAL"              },
-    };
-    for (const auto& [name, shown] : cases)
-        if (!isCalledFor(name, [&, &wanted = shown] {
-                const Database file(kPath, on(disk));
-                EXPECT_EQ(slot(1), field(wanted) + field("Admin"));
-            }))
-            GTEST_SKIP() << "this account can't call the machine otherwise";
 }
 
 TEST_F(LockFiles, TellWhoIsThere) {

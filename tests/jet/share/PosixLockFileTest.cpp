@@ -1,0 +1,67 @@
+// How a machine's name stands in the lock file, whatever it is: where a test may give it one.
+#include "jet/Fork.h"
+#include "jet/ShopWork.h"
+#include "jet/share/LockFile.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <sched.h>
+
+using namespace jet;
+
+namespace {
+
+class NamedMachines : public testing::Test {
+protected:
+    static constexpr const char* kLock = "/loja/automacao.ldb";
+    MemoryDisk disk{emptyShop(Version::jet4)};
+
+    [[nodiscard]] std::string slot(std::size_t user) const {
+        const Bytes bytes = disk.image().at(kLock);
+        std::string text;
+        for (std::size_t i = 0; i < LockFile::kSlot; ++i)
+            text += std::to_integer<char>(bytes.at((user - 1) * LockFile::kSlot + i));
+        return text;
+    }
+};
+
+/// A name as it stands in a slot: a zero behind it, then blanks.
+std::string slotField(const std::string& name) {
+    return name + '\0' + std::string(LockFile::kName - name.size() - 1, ' ');
+}
+
+/// What `name` is called where nobody is touched by it; false if that can't be had.
+bool isCalledFor(const std::string& name, const std::function<void()>& work) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::unshare(CLONE_NEWUTS) != 0 || ::sethostname(name.data(), name.size()) != 0)
+            endFork(2);
+        work();
+        endFork(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) != 1) << name;
+    return WEXITSTATUS(status) == 0;
+}
+
+TEST_F(NamedMachines, CutALongNameOfTheMachineAndGiveANamelessOneItsPlace) {
+    const struct {
+        std::string name, shown;
+    } cases[] = {
+        {"CAIXA2",       "CAIXA2"      },
+        {std::string(31, 'a'),           std::string(31, 'a')},
+        {std::string(32,          'b'),                        std::string(31, 'b')},
+        {std::string(64, 'c'),std::string(31, 'c')},
+        {"",              "LOCAL"              },
+    };
+    for (const auto& [name, shown] : cases)
+        if (!isCalledFor(name, [&, &wanted = shown] {
+                const Database file(kPath, on(disk));
+                EXPECT_EQ(slot(1), slotField(wanted) + slotField("Admin"));
+            }))
+            GTEST_SKIP() << "this account can't call the machine otherwise";
+}
+
+} // namespace
