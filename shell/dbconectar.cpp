@@ -54,7 +54,7 @@ std::unique_ptr<dbconectar>& unico() {
 // The only help there is when the shop's file isn't where the program looks for it: no window opens
 // then, the folder chooser neither. The path is said once, as the system writes it.
 jet::Error falhaAoAbrir(const jet::Error& causa, const std::string& conexao) {
-    const QString arquivo = QString::fromStdString(ado::dataSource(conexao).string());
+    const QString arquivo = QString::fromStdString(ado::shownSource(conexao));
     const QString programa = Configuracao::pastaDoPrograma();
     QString motivo = causa.what();
     if (!motivo.contains(arquivo))
@@ -81,8 +81,8 @@ void dbconectar::descartar() { unico().reset(); }
 // Deliberate: nothing is put between folder and file name and nothing taken away, so a folder that
 // ends in a backslash gives two. Only one that would break the string is put in quotes.
 dbconectar::dbconectar() {
-    const QString arquivo = Mirtal::DatabaseFolder + kArquivo;
-    Automacao.setConnectionString(kProvedor + ado::quotedValue(arquivo.toStdString()));
+    const std::string origem = ado::sourceIn(Mirtal::DatabaseFolder.toStdString(), kArquivo);
+    Automacao.setConnectionString(kProvedor + ado::quotedValue(origem));
     Automacao.setRecorder(&historico);
 }
 

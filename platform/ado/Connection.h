@@ -27,7 +27,8 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     /// "Provider=...;Data Source=<path of the file>": of the parts, separated by semicolons, only
-    /// the data source counts. Used by the next Open().
+    /// the data source counts; one that begins with "postgresql://" is a server's address instead
+    /// of a path. Used by the next Open().
     void setConnectionString(const Text& text);
     /// Another disk than the system's for the next Open(); outlives the connection.
     void setDisk(jet::Disk& disk) noexcept { disk_ = &disk; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -11,6 +12,18 @@ namespace ado {
 /// folders, and doubled ones count once.
 /// @throws Error{misuse} if there is none.
 [[nodiscard]] std::filesystem::path dataSource(std::string_view connectionString);
+
+/// The same where it is a server's address, "postgresql://...", as it stands; else nothing.
+/// @throws Error{misuse} if there is none.
+[[nodiscard]] std::optional<std::string> serverAddress(std::string_view connectionString);
+
+/// The data source of who has chosen a folder: the file in it, put behind it as it is; or the
+/// server whose address stands in the folder's place.
+[[nodiscard]] std::string sourceIn(std::string_view folder, std::string_view file);
+
+/// The data source for a sentence: the path, or a server's address with neither user nor password.
+/// @throws Error{misuse} if there is none.
+[[nodiscard]] std::string shownSource(std::string_view connectionString);
 
 /// A value as it must stand in a connection string to be read back as it is: in quotes if it would
 /// be read otherwise, as the path of a folder with a semicolon in its name or a blank before it

@@ -1,9 +1,16 @@
 #include "ado/Shop.h"
 
+#include "ado/Cluster.h"
 #include "jet/Check.h"
+#ifdef VALTRINO_SERVER
+#include "ado/server/ServerTongue.h"
+#include "ado/server/ServerValue.h"
+#endif
 
+#include <chrono>
 #include <fstream>
 #include <iterator>
+#include <thread>
 
 namespace {
 
@@ -51,10 +58,26 @@ const std::vector<TableSpec>& shopTables() {
 }
 // clang-format on
 
+testing::internal::ParamGenerator<Kept> everywhere() {
+    std::vector<Kept> all{Kept(jet::Version::jet3), Kept(jet::Version::jet4)};
+    if (Cluster::absence().empty())
+        all.push_back(Kept::onServer());
+    return testing::ValuesIn(all);
+}
+
+testing::internal::ParamGenerator<Kept> onServers() {
+    std::vector<Kept> all;
+    if (Cluster::absence().empty())
+        all.push_back(Kept::onServer());
+    return testing::ValuesIn(all);
+}
+
 Shop::Shop() {
-    const auto path = folder / "automacao.mdb";
-    jet::Database::create(path, GetParam());
-    {
+    if (onServer()) {
+        address_ = Cluster::instance(shopTables()).newShop();
+    } else {
+        const auto path = folder / "automacao.mdb";
+        jet::Database::create(path, GetParam());
         jet::Database database(path);
         for (const TableSpec& spec : shopTables())
             database.createTable(spec);
@@ -64,6 +87,9 @@ Shop::Shop() {
 
 void Shop::TearDown() {
     connection.Close();
+    past_.reset();
+    if (onServer())
+        return Cluster::instance(shopTables()).giveBack(address_);
     const auto report = jet::check(folder / "automacao.mdb");
     for (const jet::Finding& finding : report.findings)
         ADD_FAILURE() << finding.sentence;
@@ -71,7 +97,7 @@ void Shop::TearDown() {
 
 std::string Shop::connectionString() const {
     return "Provider=Microsoft.Jet.OLEDB.3.51;Persist Security Info=False;Data Source=" +
-           folder.path().string() + "\\automacao.mdb";
+           (address_.empty() ? folder.path().string() + "\\automacao.mdb" : address_);
 }
 
 void Shop::changeBytes(const std::function<void(std::string& bytes)>& change) {
@@ -84,7 +110,34 @@ void Shop::changeBytes(const std::function<void(std::string& bytes)>& change) {
     connection.Open(connectionString());
 }
 
+#ifdef VALTRINO_SERVER
+void Shop::addOnServer(const char* name, Fields fields) {
+    std::string columns;
+    std::string values;
+    std::vector<ado::Parameter> parameters;
+    for (const auto& [field, value] : fields) {
+        columns += std::string(columns.empty() ? "" : ", ") + ado::quotedName(field);
+        values += values.empty() ? "" : ", ";
+        values += ado::placeFor(parameters, ado::parameterOf(value));
+    }
+    const auto before = connection.store().generation();
+    if (!past_)
+        past_ = std::make_shared<ado::ServerWire>(address_);
+    static_cast<void>(past_->run("insert into " + ado::quotedName(name) + " (" + columns +
+                                     ") values (" + values + ")",
+                                 parameters));
+    while (!connection.inTransaction() && connection.store().generation() == before)
+        std::this_thread::sleep_for(std::chrono::microseconds(200)); // until it has been told
+}
+#else
+void Shop::addOnServer(const char* /*name*/, Fields /*fields*/) {}
+#endif
+
 jet::RowId Shop::add(const char* name, Fields fields) {
+    if (onServer()) {
+        addOnServer(name, fields);
+        return {};
+    }
     jet::Table& into = table(name);
     jet::Row row(into.columns().size());
     for (const auto& [field, value] : fields)
@@ -133,6 +186,12 @@ void Shop::addSomeOfEach() {
                           {"empresa", "Loja"s}});
 }
 // clang-format on
+
+std::int64_t Shop::rowsIn(const char* name) {
+    ado::Recordset rows;
+    rows.Open(name, connection);
+    return rows.RecordCount();
+}
 
 std::vector<std::string> Shop::column(ado::Recordset& rows, const char* field) {
     std::vector<std::string> values;

@@ -17,16 +17,59 @@
 #include <utility>
 #include <vector>
 
-/// The shop's four tables in a new file of each version, with a connection to it.
-class Shop : public testing::TestWithParam<jet::Version> {
+namespace ado {
+class ServerWire;
+}
+
+/// What keeps the shop's data in a test: a file of one of the versions, or a server.
+class Kept {
+public:
+    Kept(jet::Version version) : version_(version) {}
+    static Kept onServer() {
+        Kept kept(jet::Version::jet4);
+        kept.server_ = true;
+        return kept;
+    }
+    [[nodiscard]] bool isServer() const { return server_; }
+    operator jet::Version() const { return version_; }
+    /// For the names of tests.
+    [[nodiscard]] const char* name() const {
+        return server_ ? "PostgreSQL" : version_ == jet::Version::jet3 ? "Jet3" : "Jet4";
+    }
+
+private:
+    friend void PrintTo(const Kept& kept, std::ostream* out) { *out << kept.name(); }
+
+    jet::Version version_;
+    bool server_ = false;
+};
+
+/// What holds for whoever keeps the data, a server where there is one to test with:
+///
+///     INSTANTIATE_TEST_SUITE_P(, FindTest, everywhere(), keptName);
+[[nodiscard]] testing::internal::ParamGenerator<Kept> everywhere();
+/// What is a server's alone.
+[[nodiscard]] testing::internal::ParamGenerator<Kept> onServers();
+inline std::string keptName(const testing::TestParamInfo<Kept>& chosen) {
+    return chosen.param.name();
+}
+
+/// The shop's four tables in a new file of each version, or on a server, with a connection to it.
+class Shop : public testing::TestWithParam<Kept> {
 protected:
     Shop();
-    /// Closes, and holds the file against everything that the format promises.
+    /// Closes, and holds a file against everything that the format promises.
     void TearDown() override;
 
     /// One value per name.
     using Fields = std::initializer_list<std::pair<const char*, jet::Value>>;
+    /// Past the connection, which knows of it on return. Gives the row of a file.
     jet::RowId add(const char* table, Fields fields);
+    [[nodiscard]] bool onServer() const { return GetParam().isServer(); }
+    /// How many rows a table has.
+    std::int64_t rowsIn(const char* table);
+    /// One more table.
+    void makeTable(const jet::TableSpec& spec) { connection.store().createTable(spec); }
 
     /// Clients 1 to 4 (Ana, JOÃO, joão pequeno, Zé; 4 is a supplier), banks 1 to 3 (Banco do Norte
     /// 104, Banco do Sul 1, Agrário 33), cheques 1 to 6, bounced cheques 1 and 2.
@@ -44,7 +87,18 @@ protected:
 
     TemporaryFolder folder;
     ado::Connection connection;
+
+private:
+    void addOnServer(const char* table, Fields fields);
+    std::string address_;                   ///< of the server's database; "" for a file
+    std::shared_ptr<ado::ServerWire> past_; ///< to it, past the connection
 };
+
+// Why a test of a file isn't one of a server: what both can't promise alike.
+inline constexpr char kByTheFile[] = "works on the file itself, past the connection";
+inline constexpr char kNewsAtOnce[] = "there a list takes in at once what others wait for";
+inline constexpr char kJoinsStay[] = "there the rows of a join are as they were when fetched";
+inline constexpr char kTyped[] = "there texts aren't compared or reckoned with as numbers";
 
 /// The tables as the shop has them.
 [[nodiscard]] const std::vector<jet::TableSpec>& shopTables();

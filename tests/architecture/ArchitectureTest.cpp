@@ -51,7 +51,8 @@ const std::vector<Layer> kLayers = {
     {"ado_engine",        Outside::sqlite,  {"ado_dialect"}                                   },
     {"ado_provider",      Outside::nothing, {"ado_dialect"}                                   },
     {"ado_file",          Outside::nothing, {"ado_provider", "ado_engine"}                    },
-    {"ado_recordset",     Outside::nothing, {"ado_value", "ado_file"}                         },
+    {"ado_server",        Outside::nothing, {"ado_provider", "ado_value"}                     },
+    {"ado_recordset",     Outside::nothing, {"ado_file", "ado_server"}                        },
     {"ado",               Outside::nothing, {"ado_recordset"}                                 },
     {"controls_look",     Outside::qt,      {"assets"}                                        },
     {"controls_typing",   Outside::qt,      {}                                                },
@@ -206,6 +207,8 @@ std::vector<std::string> wrongIncludes(const std::string& path, const std::strin
             complain(include, target + " may not use Qt");
         } else if (include.starts_with("sqlite3") && allowed.outside != Outside::sqlite) {
             complain(include, target + " may not use SQLite");
+        } else if (include.starts_with("libpq") && target != "ado_server") {
+            complain(include, target + " may not use libpq");
         }
     }
     return wrong;

@@ -4,11 +4,9 @@
 #include "ado/file/FetchedRows.h"
 #include "ado/file/RowList.h"
 #include "ado/file/TableWalk.h"
+#include "ado/provider/SourceSelect.h"
 #include "jet/Error.h"
-#include "jet/Names.h"
-#include "jet/Tokens.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace ado {
@@ -16,37 +14,12 @@ namespace ado {
 using jet::Errc;
 using jet::Error;
 
-namespace {
-
-bool isOneName(const std::string& source) {
-    const std::vector<jet::Token> tokens = jet::tokenize(source);
-    return tokens.size() == 1 && (tokens[0].kind == jet::Token::Kind::word ||
-                                  tokens[0].kind == jet::Token::Kind::bracketed);
-}
-
-/// The select that a source means: a table's name means all of it.
-Select selectOf(const std::string& source, CommandType command, jet::Database& database,
-                const Spelling& spelling) {
-    std::string name = source;
-    name.erase(0, std::min(name.find_first_not_of(" \t\r\n"), name.size()));
-    if (name.size() > 2 && name.front() == '[' && name.back() == ']')
-        name = name.substr(1, name.size() - 2);
-    const bool isTable = command != CommandType::Text && database.hasTable(jet::foldedName(name));
-    const bool mustBe = command == CommandType::Table ||
-                        (command == CommandType::Unknown && !isTable && isOneName(source));
-    if (mustBe && !isTable)
-        throw Error(Errc::notFound, "Não existe a tabela \"" + name + "\".");
-    return parseSelect(isTable ? "select * from [" + spelling.table(name) + "]" : source, spelling);
-}
-
-bool isEmpty(const std::string& criterion) { return jet::foldedName(criterion).empty(); }
-
-} // namespace
-
 Query::Query(jet::Database& database, Engine& engine, const std::string& source,
              CommandType command)
     : database_(database), engine_(engine) {
-    const Select select = selectOf(source, command, database, engine.spelling());
+    const Select select = selectOf(
+        source, command, [&](const std::string& name) { return database.hasTable(name); },
+        engine.spelling());
     if (select.plain && describeLive(select))
         return;
     sql_ = QuerySql::ofAnswer(select);
@@ -102,7 +75,7 @@ void Query::restrict(QuerySql::Restriction to) {
 }
 
 void Query::setFilter(const std::string& condition) {
-    const bool none = isEmpty(condition);
+    const bool none = saysNothing(condition);
     QuerySql::Restriction to = sql_.restriction();
     to.condition = none ? "" : parseCondition(condition, fields_.spelling(engine_.spelling()));
     restrict(std::move(to));
@@ -110,7 +83,7 @@ void Query::setFilter(const std::string& condition) {
 }
 
 void Query::setSort(const std::string& fields) {
-    const bool none = isEmpty(fields);
+    const bool none = saysNothing(fields);
     QuerySql::Restriction to = sql_.restriction();
     to.order =
         none ? std::vector<SortTerm>() : parseSort(fields, fields_.spelling(engine_.spelling()));

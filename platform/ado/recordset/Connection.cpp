@@ -2,6 +2,7 @@
 
 #include "ado/ConnectionString.h"
 #include "ado/file/FileProvider.h"
+#include "ado/server/OpenServer.h"
 #include "jet/Error.h"
 
 namespace ado {
@@ -25,7 +26,11 @@ void Connection::setConnectionString(const Text& text) { string_ = text.utf8(); 
 void Connection::Open() {
     if (provider_)
         throw Error(Errc::misuse, "A conexão com o banco de dados já está aberta.");
-    provider_ = std::make_unique<FileProvider>(existingFile(dataSource(string_)), disk_, recorder_);
+    if (const auto address = serverAddress(string_))
+        provider_ = openServer(*address, recorder_);
+    else
+        provider_ =
+            std::make_unique<FileProvider>(existingFile(dataSource(string_)), disk_, recorder_);
 }
 
 void Connection::Open(const Text& connectionString) {

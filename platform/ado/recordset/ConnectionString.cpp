@@ -1,5 +1,6 @@
 #include "ado/ConnectionString.h"
 
+#include "ado/ServerShop.h"
 #include "jet/Error.h"
 #include "jet/Names.h"
 #include "jet/Tokens.h"
@@ -93,9 +94,8 @@ std::optional<fs::path> entry(const fs::path& folder, const fs::path& name) {
     return found;
 }
 
-} // namespace
-
-fs::path dataSource(std::string_view connectionString) {
+/// What stands behind "Data Source=". @throws Error{misuse}.
+std::string writtenSource(std::string_view connectionString) {
     std::string_view rest = connectionString;
     std::optional<std::string> source;
     while (!rest.empty()) {
@@ -114,9 +114,16 @@ fs::path dataSource(std::string_view connectionString) {
     if (!source || source->empty())
         throw Error(Errc::misuse,
                     "A conexão não diz onde está o banco de dados (falta \"Data Source=\").");
+    return *source;
+}
 
+constexpr std::string_view kServerPrefix = "postgresql://";
+
+} // namespace
+
+fs::path dataSource(std::string_view connectionString) {
     std::string path;
-    for (char c : *source) {
+    for (char c : writtenSource(connectionString)) {
         if (c == '\\')
             c = '/';
         if (c == '/' && path.size() >= kFirstSeparators && path.back() == '/')
@@ -124,6 +131,29 @@ fs::path dataSource(std::string_view connectionString) {
         path += c;
     }
     return asPath(path);
+}
+
+bool isServerAddress(std::string_view text) noexcept { return text.starts_with(kServerPrefix); }
+
+std::optional<std::string> serverAddress(std::string_view connectionString) {
+    std::string source = writtenSource(connectionString);
+    return isServerAddress(source) ? std::optional(std::move(source)) : std::nullopt;
+}
+
+std::string sourceIn(std::string_view folder, std::string_view file) {
+    return std::string(folder) + std::string(isServerAddress(folder) ? "" : file);
+}
+
+std::string shownSource(std::string_view connectionString) {
+    const auto address = serverAddress(connectionString);
+    if (!address)
+        return asUtf8(dataSource(connectionString));
+    // Without who comes and by what password, which may stand before the machine or at the end.
+    const std::string_view rest = std::string_view(*address).substr(kServerPrefix.size());
+    const std::string_view named = rest.substr(0, rest.find('?'));
+    const std::size_t at = named.substr(0, named.find('/')).rfind('@');
+    return std::string(kServerPrefix) +
+           std::string(at == std::string_view::npos ? named : named.substr(at + 1));
 }
 
 std::string quotedValue(std::string_view value) {

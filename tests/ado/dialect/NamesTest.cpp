@@ -47,7 +47,7 @@ protected:
         rows.Update();
     }
 };
-INSTANTIATE_TEST_SUITE_P(, NamesTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, NamesTest, bothVersions(), keptName);
 
 /// Each a column, a function, a keyword, a label or another table's second name in the statements.
 const Strings kWords{"nome",  "valor", "numero", "banco",   "date",   "mid",

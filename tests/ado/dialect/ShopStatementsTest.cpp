@@ -30,7 +30,7 @@ protected:
             "codigo");
     }
 };
-INSTANTIATE_TEST_SUITE_P(, ShopStatements, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, ShopStatements, everywhere(), keptName);
 
 TEST_P(ShopStatements, ClientsAreTheRowsWithTipoTrue) {
     EXPECT_EQ(column("select * from cliente_fornecedor where tipo=true", "nome"),
@@ -54,7 +54,7 @@ TEST_P(ShopStatements, AnApostropheBreaksTheStatement) {
         const Errc code = errorOf([&] { (void)prefix(typed, 3); });
         EXPECT_TRUE(code == Errc::syntax || code == Errc::notFound) << typed;
     }
-    EXPECT_EQ(table("cheques").rowCount(), 6);
+    EXPECT_EQ(rowsIn("cheques"), 6);
 }
 
 TEST_P(ShopStatements, DatesIncludeBothEndsAndHaveTheMonthFirst) {

@@ -33,7 +33,7 @@ protected:
         return static_cast<std::size_t>(set.RecordCount());
     }
 };
-INSTANTIATE_TEST_SUITE_P(, CollationTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, CollationTest, everywhere(), keptName);
 
 TEST_P(CollationTest, CaseCountsNotAccentsAndTrailingBlanksDo) {
     const Strings ana{"1", "2"};
@@ -67,6 +67,8 @@ TEST_P(CollationTest, ExpressionsCompareLikeColumns) {
 }
 
 TEST_P(CollationTest, SortingAndGroupingGoByTheFilesOrder) {
+    if (onServer())
+        GTEST_SKIP() << "there blanks at the end come behind accents";
     EXPECT_EQ(column("select * from cliente_fornecedor order by nome", "codigo"),
               (Strings{"1", "2", "3", "4", "5", "6", "7", "8"}));
     EXPECT_EQ(
@@ -94,6 +96,8 @@ TEST_P(CollationTest, SortingAndGroupingGoByTheFilesOrder) {
 }
 
 TEST_P(CollationTest, JoinsOnTextGoByTheFilesOrder) {
+    if (onServer())
+        GTEST_SKIP() << kByTheFile;
     EXPECT_EQ(rows("select * from bancos inner join cliente_fornecedor on "
                    "bancos.nome=cliente_fornecedor.nome"),
               4U);
@@ -118,6 +122,8 @@ TEST_P(CollationTest, JoinsOnTextGoByTheFilesOrder) {
 }
 
 TEST_P(CollationTest, TextAndNumbersCompareAsSqlSays) {
+    if (onServer())
+        GTEST_SKIP() << kTyped;
     using namespace std::string_literals;
     add("cheques", {
                        {"numero",  "0123"s        },

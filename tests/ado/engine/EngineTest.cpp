@@ -24,7 +24,7 @@ protected:
         return found;
     }
 };
-INSTANTIATE_TEST_SUITE_P(, EngineTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, EngineTest, bothVersions(), keptName);
 
 TEST_P(EngineTest, WhateverTheDialectLetThroughOnlyRowsAreGiven) {
     ado::Engine engine(connection.database());

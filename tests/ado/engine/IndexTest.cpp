@@ -64,7 +64,7 @@ protected:
         return column("select id from t where " + condition + " order by " + order, "id");
     }
 };
-INSTANTIATE_TEST_SUITE_P(, IndexTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, IndexTest, bothVersions(), keptName);
 
 TEST_P(IndexTest, EveryComparisonAnswersAsWithoutIndex) {
     const char* const columns[] = {"id",      "pequeno", "curto", "longo", "dinheiro",

@@ -54,7 +54,7 @@ protected:
 private:
     std::uint16_t spoken_ = 0x0409;
 };
-INSTANTIATE_TEST_SUITE_P(, OrdersTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, OrdersTest, bothVersions(), keptName);
 
 TEST_P(OrdersTest, AFileInPortugueseIsWrittenAndSearchedLikeAnyOther) {
     for (const std::uint16_t lcid : {std::uint16_t{1046}, std::uint16_t{2070}}) {

@@ -44,7 +44,7 @@ protected:
             spec.indexes.push_back({column, {{column}}});
         for (const char* column : kOrdered)
             spec.indexes.push_back({"desc_"s + column, {{column, false}}});
-        connection.database().createTable(spec);
+        makeTable(spec);
         const auto put = [&](const char* name, std::int64_t whole, double real) {
             const auto byte = static_cast<std::byte>(whole);
             jet::Guid guid;
@@ -95,7 +95,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, ColumnTypes, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, ColumnTypes, bothVersions(), keptName);
 
 TEST_P(ColumnTypes, AreOrderedByTheirValues) {
     for (const char* name : kOrdered) {
@@ -243,7 +243,7 @@ TEST_P(ColumnTypes, CanEachBeTheKey) {
         const std::string other = "chave" + std::to_string(++number);
         const jet::Column& column =
             table("tipos").columns()[table("tipos").findColumn(name).value()];
-        connection.database().createTable({
+        makeTable({
             other,
             {{name, column.type,
               static_cast<std::uint16_t>(column.type == ColumnType::text     ? 10

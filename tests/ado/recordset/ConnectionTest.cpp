@@ -12,7 +12,7 @@ using jet::Errc;
 namespace fs = std::filesystem;
 
 class ConnectionTest : public Shop {};
-INSTANTIATE_TEST_SUITE_P(, ConnectionTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, ConnectionTest, bothVersions(), keptName);
 
 TEST(ConnectionString, OnlyTheDataSourceCounts) {
     EXPECT_EQ(ado::dataSource("Provider=X;Persist Security Info=False;Data Source=/a/b.mdb"),

@@ -11,7 +11,7 @@ class FilterSortTest : public Shop {
 protected:
     FilterSortTest() { addSomeOfEach(); }
 };
-INSTANTIATE_TEST_SUITE_P(, FilterSortTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, FilterSortTest, everywhere(), keptName);
 
 TEST_P(FilterSortTest, AFilterRestrictsAndStandsOnItsFirstRow) {
     for (const char* source :

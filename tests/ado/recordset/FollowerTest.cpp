@@ -52,7 +52,7 @@ protected:
     std::map<std::int64_t, std::pair<ado::Currency, ado::Date>> told_; ///< by their number
 };
 
-INSTANTIATE_TEST_SUITE_P(, FollowedTable, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, FollowedTable, bothVersions(), keptName);
 
 const std::vector<ado::Text> kColumns = {"Valor", "bompara", "lancamento"};
 

@@ -67,7 +67,7 @@ protected:
     Recordset byName;
     std::vector<Recordset*> open{&whole, &some, &byName};
 };
-INSTANTIATE_TEST_SUITE_P(, OthersNewsTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, OthersNewsTest, bothVersions(), keptName);
 
 TEST_P(OthersNewsTest, ARowAddedIsFound) {
     added("Cerrado");

@@ -82,7 +82,7 @@ protected:
     Recordset banks;
     Recordset noted;
 };
-INSTANTIATE_TEST_SUITE_P(, RecorderTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, RecorderTest, everywhere(), keptName);
 
 TEST_P(RecorderTest, ToldOfEachChangeWithTheRowBeforeAndAfter) {
     changeAll();
@@ -103,10 +103,10 @@ TEST_P(RecorderTest, NotToldOfOtherTablesNorOfNewRowsUnlessItWants) {
 }
 
 TEST_P(RecorderTest, WhatIsRecordedCountsWithItsChange) {
-    const auto before = connection.database().tally().written;
+    const auto before = connection.store().tally().written;
     changeAll();
     connection.flush();
-    EXPECT_EQ(connection.database().tally().written, before + 3);
+    EXPECT_EQ(connection.store().tally().written, before + 3);
 }
 
 TEST_P(RecorderTest, WhatItRefusesIsUndone) {

@@ -8,7 +8,7 @@ using jet::Errc;
 using Strings = std::vector<std::string>;
 
 class RecordsetTest : public Shop {};
-INSTANTIATE_TEST_SUITE_P(, RecordsetTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, RecordsetTest, everywhere(), keptName);
 
 TEST_P(RecordsetTest, OpensATableByItsNameInAnyCaseAndStandsOnTheFirstRow) {
     addSomeOfEach();
@@ -232,10 +232,12 @@ TEST_P(RecordsetTest, AJoinOrAComputedResultCannotBeChanged) {
     rows.Open("bancos", connection, ado::CursorType::Static, ado::LockType::ReadOnly);
     EXPECT_EQ(errorOf([&] { rows["nome"] = "outro"; }), Errc::readOnly);
     EXPECT_EQ(errorOf([&] { rows.Delete(); }), Errc::readOnly);
-    EXPECT_EQ(table("bancos").rowCount(), 3);
+    EXPECT_EQ(rowsIn("bancos"), 3);
 }
 
 TEST_P(RecordsetTest, ARowThatCantBeComputedFailsWhereTheWalkComesToIt) {
+    if (onServer())
+        GTEST_SKIP() << "a statement that fails gives no rows there";
     addSomeOfEach();
     Recordset rows;
     rows.Open("select left('abc', 2-codigo) as inicio from bancos", connection);

@@ -15,7 +15,7 @@ protected:
     RulesTest() { addSomeOfEach(); }
     jet::Database& file() { return connection.database(); }
 };
-INSTANTIATE_TEST_SUITE_P(, RulesTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, RulesTest, bothVersions(), keptName);
 
 template <class Body>
 std::string messageOf(Body&& body) {
@@ -189,7 +189,7 @@ TEST_P(RulesTest, RowsThatGoByACascadeAreGoneForEveryRecordset) {
 
 /// In one format: what is remembered of changes has nothing to do with it.
 class ManyChangesTest : public RulesTest {};
-INSTANTIATE_TEST_SUITE_P(, ManyChangesTest, testing::Values(jet::Version::jet4), versionName);
+INSTANTIATE_TEST_SUITE_P(, ManyChangesTest, testing::Values(jet::Version::jet4), keptName);
 
 /// However many rows one change takes along, and so whether it is remembered which or not.
 TEST_P(ManyChangesTest, ListsShowAllRowsThatWentWithOne) {

@@ -77,7 +77,7 @@ protected:
     Recordset mine;
     Recordset theirs;
 };
-INSTANTIATE_TEST_SUITE_P(, StationsTest, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, StationsTest, bothVersions(), keptName);
 
 TEST_P(StationsTest, WhatOneSavesTheOtherSees) {
     Recordset list;
@@ -475,7 +475,7 @@ TEST_P(StationsTest, ATableThatAnotherProgramRenamesIsAnErrorWhereItIsOpen) {
 
 /// In one format: what is remembered has nothing to do with it, and so many rows take their time.
 class ManyRowsTest : public StationsTest {};
-INSTANTIATE_TEST_SUITE_P(, ManyRowsTest, testing::Values(jet::Version::jet4), versionName);
+INSTANTIATE_TEST_SUITE_P(, ManyRowsTest, testing::Values(jet::Version::jet4), keptName);
 
 TEST_P(ManyRowsTest, HoweverManyRowsAreReadMeanwhileWhatWasShownCounts) {
     constexpr int kRows = 100'001;

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "jet/TableSpec.h"
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace ado {
+
+/// Whether that is a server's address, "postgresql://...", and no path.
+[[nodiscard]] bool isServerAddress(std::string_view text) noexcept;
+
+/// Makes the shop's tables, and what they need, in an empty database. All of it or nothing.
+/// @throws Error{io, password, notFound} if the server can't be reached, Error{unsupported} where
+///         the program was built without one, and what the server refuses.
+void createShopOnServer(const std::string& address, std::span<const jet::TableSpec> tables);
+
+} // namespace ado

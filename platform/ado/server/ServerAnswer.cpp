@@ -1,0 +1,170 @@
+#include "ado/server/ServerCursor.h"
+#include "ado/server/ServerValue.h"
+#include "jet/Error.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace ado {
+
+namespace {
+
+/// Most answers are no longer; of the others so many rows are fetched at a time.
+constexpr std::size_t kPiece = 256;
+/// What is kept of one answer, in bytes.
+constexpr std::size_t kMostBytes = std::size_t{256} << 20;
+
+std::string nextPortal() {
+    static std::uint64_t number = 0;
+    return "lista" + std::to_string(++number);
+}
+
+} // namespace
+
+ServerAnswer::ServerAnswer(ServerSession& session, ServerQuery query)
+    : ServerCursor(session, std::move(query)) {}
+
+ServerAnswer::~ServerAnswer() { closePortal(); }
+
+void ServerAnswer::closePortal() noexcept {
+    if (portal_.empty())
+        return;
+    try {
+        static_cast<void>(session_.wire().run("close " + portal_));
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
+        // It goes with the line.
+    }
+    portal_.clear();
+}
+
+/// The first rows with the statement itself; where there are more, or in a transaction, which might
+/// be undone and take what is kept on the server along, all of them.
+void ServerAnswer::fetchFirst() {
+    const ServerStatement statement = query_.all();
+    const bool pieces = !session_.wire().inTransaction();
+    ServerRows found = session_.wire().run(
+        statement.sql + (pieces ? " limit " + std::to_string(kPiece) : ""), statement.parameters);
+    closePortal();
+    rows_.clear();
+    types_.clear();
+    kept_ = 0;
+    at_ = 0;
+    std::vector<QueryFields::Computed> columns;
+    columns.reserve(static_cast<std::size_t>(found.columns()));
+    for (int i = 0; i < found.columns(); ++i) {
+        types_.push_back({found.columnType(i), found.columnModifier(i)});
+        columns.push_back({found.columnName(i), session_.catalog().nameOf(found.columnTable(i))});
+    }
+    if (!query_.live() && query_.fields().all().empty())
+        query_.setFields(columns);
+    keep(found);
+    complete_ = !pieces || rows_.size() < kPiece;
+}
+
+bool ServerAnswer::fetchMore() {
+    if (complete_)
+        return false;
+    if (portal_.empty()) {
+        const ServerStatement statement = query_.all();
+        std::string name = nextPortal();
+        static_cast<void>(session_.wire().run(
+            "declare " + name + " no scroll cursor with hold for " + statement.sql,
+            statement.parameters));
+        portal_ = std::move(name);
+        static_cast<void>(
+            session_.wire().run("move forward " + std::to_string(rows_.size()) + " in " + portal_));
+    }
+    const std::size_t before = rows_.size();
+    keep(session_.wire().run("fetch forward " + std::to_string(kPiece) + " from " + portal_));
+    complete_ = rows_.size() - before < kPiece;
+    if (complete_)
+        closePortal();
+    return rows_.size() > before;
+}
+
+void ServerAnswer::keep(const ServerRows& rows) {
+    for (int i = 0; i < rows.rows(); ++i) {
+        auto& row = rows_.emplace_back();
+        row.reserve(types_.size());
+        for (int column = 0; column < rows.columns(); ++column) {
+            row.push_back(rows.field(i, column));
+            kept_ += sizeof(row.back()) + (row.back() ? row.back()->size() : 0);
+        }
+    }
+    if (kept_ > kMostBytes)
+        throw jet::Error(jet::Errc::full, "O resultado é grande demais. Escolha menos registros.");
+}
+
+bool ServerAnswer::goTo(std::size_t place) {
+    while (rows_.size() <= place)
+        if (!fetchMore())
+            return false;
+    at_ = place;
+    return true;
+}
+
+bool ServerAnswer::last() {
+    while (fetchMore()) {
+    }
+    return !rows_.empty() && goTo(rows_.size() - 1);
+}
+
+std::int64_t ServerAnswer::count() {
+    if (complete_)
+        return static_cast<std::int64_t>(rows_.size());
+    const ServerStatement statement = query_.count();
+    const ServerRows rows = session_.wire().run(statement.sql, statement.parameters);
+    return std::get<std::int64_t>(valueOf(rows.field(0, 0), server_type::kBigint, -1));
+}
+
+/// The rows that meet the criterion are asked for by their fingerprints.
+void ServerAnswer::find(const std::string& criterion) {
+    if (!live())
+        throw jet::Error(jet::Errc::misuse,
+                         "A procura só se aplica aos registros das próprias tabelas, e este "
+                         "conjunto é um resultado calculado.");
+    ServerQuery narrowed = query_;
+    narrowed.setFilter(filter().empty() ? criterion : "(" + filter() + ") and (" + criterion + ")",
+                       spelling());
+    const ServerStatement statement = narrowed.all();
+    const ServerRows found = session_.wire().run(statement.sql, statement.parameters);
+    const auto fingerprints = [&](const auto& fieldOf) {
+        std::vector<std::optional<std::string>> all;
+        all.reserve(query_.tables().size());
+        for (std::size_t i = query_.fields().all().size(); i < types_.size(); ++i)
+            all.push_back(fieldOf(i));
+        return all;
+    };
+    std::vector<std::vector<std::optional<std::string>>> meet;
+    meet.reserve(static_cast<std::size_t>(found.rows()));
+    for (int i = 0; i < found.rows(); ++i)
+        meet.push_back(fingerprints(
+            [&](std::size_t column) { return found.field(i, static_cast<int>(column)); }));
+    std::ranges::sort(meet);
+    if (at() == At::beforeFirst)
+        moveFirst();
+    while (at() == At::row &&
+           !std::ranges::binary_search(
+               meet, fingerprints([&](std::size_t column) { return rows_[at_][column]; })))
+        moveNext();
+}
+
+jet::Value ServerAnswer::value(const QueryField& field) {
+    requireRow();
+    std::size_t place = field.column;
+    if (live()) {
+        const auto& all = query_.fields().all();
+        place = static_cast<std::size_t>(&field - all.data());
+    }
+    return valueOf(rows_[at_][place], types_[place].number, types_[place].modifier);
+}
+
+Cursor::State ServerAnswer::state(std::size_t table) {
+    requireRow();
+    const auto& fingerprint = rows_[at_][query_.fields().all().size() + table];
+    if (!fingerprint)
+        return {};
+    return {static_cast<std::uint64_t>(std::atoll(fingerprint->c_str())), session_.now().others};
+}
+
+} // namespace ado

@@ -1,0 +1,103 @@
+#include "ado/server/ServerCatalog.h"
+
+#include "ado/server/ServerValue.h"
+#include "jet/Names.h"
+
+#include <cstdlib>
+
+namespace ado {
+
+namespace {
+
+// One row for each column, in order: what it is, whether the server numbers it, and its place in
+// the key.
+constexpr const char* kColumns =
+    "select c.relname, a.attname, a.atttypid, a.atttypmod, a.attidentity <> '', "
+    "coalesce(array_position(i.indkey::int2[], a.attnum), -1), c.oid "
+    "from pg_catalog.pg_class c "
+    "join pg_catalog.pg_namespace n on n.oid = c.relnamespace and n.nspname = 'valtrino' "
+    "join pg_catalog.pg_attribute a on a.attrelid = c.oid and a.attnum > 0 "
+    "and not a.attisdropped "
+    "left join pg_catalog.pg_index i on i.indrelid = c.oid and i.indisprimary "
+    "where c.relkind in ('r', 'p') order by c.oid, a.attnum";
+
+bool isSame(const ServerTable& a, const ServerTable& b) {
+    return a.number == b.number && a.key == b.key && a.columns.size() == b.columns.size() &&
+           std::equal(a.columns.begin(), a.columns.end(), b.columns.begin(),
+                      [](const jet::Column& x, const jet::Column& y) {
+                          return x.name == y.name && x.type == y.type && x.length == y.length;
+                      });
+}
+
+} // namespace
+
+void ServerCatalog::load(ServerWire& wire) {
+    const ServerRows rows = wire.run(kColumns);
+    std::map<std::string, std::unique_ptr<ServerTable>> found;
+    for (int row = 0; row < rows.rows(); ++row) {
+        const auto number = [&](int column) {
+            return std::atoll(rows.field(row, column).value_or("").c_str());
+        };
+        const std::string name = *rows.field(row, 0);
+        auto& table = found[jet::foldedName(name)];
+        if (!table) {
+            table = std::make_unique<ServerTable>();
+            table->name = name;
+            table->number = static_cast<unsigned>(number(6));
+        }
+        const auto type = static_cast<unsigned>(number(2));
+        const int modifier = static_cast<int>(number(3));
+        jet::Column column = columnOf(*rows.field(row, 1), type, modifier);
+        column.autonumber = rows.field(row, 4) == "t";
+        table->columns.push_back(std::move(column));
+        table->types.push_back({type, modifier});
+        // Counted from 0, as that list of the server is.
+        if (const auto place = static_cast<std::ptrdiff_t>(number(5)); place >= 0) {
+            if (table->key.size() <= static_cast<std::size_t>(place))
+                table->key.resize(static_cast<std::size_t>(place) + 1);
+            table->key[static_cast<std::size_t>(place)] = table->columns.size() - 1;
+        }
+    }
+    for (auto& [name, table] : tables_) {
+        auto& now = found[name];
+        if (now && isSame(*now, *table))
+            now = std::move(table);
+        else
+            former_.push_back(std::move(table));
+        if (!now)
+            found.erase(name);
+    }
+    tables_ = std::move(found);
+}
+
+const ServerTable* ServerCatalog::find(std::string_view name) const {
+    const auto found = tables_.find(jet::foldedName(name));
+    return found != tables_.end() ? found->second.get() : nullptr;
+}
+
+std::string ServerCatalog::nameOf(unsigned number) const {
+    for (const auto& [name, table] : tables_)
+        if (table->number == number)
+            return table->name;
+    return {};
+}
+
+Spelling ServerCatalog::spelling() const {
+    return {[this](std::string_view name) {
+                const ServerTable* const table = find(name);
+                return table != nullptr ? table->name : std::string(name);
+            },
+            [this](std::string_view name, std::span<const std::string> tables) {
+                for (const std::string& one : tables) {
+                    const ServerTable* const table = find(one);
+                    if (table == nullptr)
+                        continue;
+                    if (const auto column = table->shape().findColumn(name))
+                        return table->columns[*column].name;
+                }
+                return std::string(name);
+            },
+            [](std::string_view name) { return std::string(name); }};
+}
+
+} // namespace ado

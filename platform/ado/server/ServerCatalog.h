@@ -1,0 +1,45 @@
+#pragma once
+
+#include "ado/TableShape.h"
+#include "ado/dialect/Spelling.h"
+#include "ado/server/ServerWire.h"
+
+#include <map>
+
+namespace ado {
+
+/// A table of the shop on the server.
+struct ServerTable {
+    std::string name;
+    unsigned number = 0; ///< the server's
+    std::vector<jet::Column> columns;
+    /// The server's own of each column.
+    struct Type {
+        unsigned number;
+        int modifier;
+    };
+    std::vector<Type> types;
+    std::vector<std::size_t> key; ///< places of the primary key's columns; none without one
+
+    [[nodiscard]] TableShape shape() const { return {name, columns}; }
+};
+
+/// The tables that the server has, as they were when last asked for.
+class ServerCatalog {
+public:
+    /// Asks for all of them. Those that were known stay where they are.
+    void load(ServerWire& wire);
+
+    /// By name, without regard to case; null if there is none.
+    [[nodiscard]] const ServerTable* find(std::string_view name) const;
+    /// The name of the table that the server has a number for, or "".
+    [[nodiscard]] std::string nameOf(unsigned number) const;
+    /// How the server spells names.
+    [[nodiscard]] Spelling spelling() const;
+
+private:
+    std::map<std::string, std::unique_ptr<ServerTable>> tables_; ///< by folded name
+    std::vector<std::unique_ptr<ServerTable>> former_;           ///< whoever is open on one has it
+};
+
+} // namespace ado

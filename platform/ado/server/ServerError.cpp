@@ -1,0 +1,82 @@
+#include "ado/server/ServerError.h"
+
+#include "jet/Error.h"
+
+#include <libpq-fe.h>
+
+namespace ado {
+
+using jet::Errc;
+using jet::Error;
+
+namespace {
+
+struct Meaning {
+    std::string_view state; ///< the first characters of the server's code
+    Errc code;
+    const char* sentence;
+};
+
+// The longer ones before those that they begin with.
+// clang-format off
+constexpr Meaning kMeanings[] = {
+    {"23505", Errc::duplicate,   "Já existe um registro com este valor, que não pode se repetir."},
+    {"23503", Errc::related,     "Há registros que dependem deste, ou falta aquele de que este depende."},
+    {"23502", Errc::nullValue,   "Falta preencher um campo obrigatório."},
+    {"23514", Errc::rule,        "O valor não obedece a uma regra da base de dados."},
+    {"22001", Errc::tooLong,     "O texto é longo demais para o campo."},
+    {"42P01", Errc::notFound,    "Não existe uma das tabelas do comando."},
+    {"42703", Errc::notFound,    "Não existe um dos campos do comando."},
+    {"42702", Errc::syntax,      "Um dos campos do comando existe em mais de uma tabela."},
+    {"42883", Errc::syntax,      "O comando não foi aceito: compara ou calcula valores de tipos diferentes."},
+    {"42501", Errc::readOnly,    "O servidor não deixa este usuário fazer isto."},
+    {"25006", Errc::readOnly,    "O servidor está aberto somente para leitura."},
+    {"40P01", Errc::locked,      "Outra estação está gravando os mesmos registros. Tente de novo."},
+    {"40001", Errc::locked,      "Outra estação está gravando os mesmos registros. Tente de novo."},
+    {"55P03", Errc::locked,      "Outra estação está gravando os mesmos registros. Tente de novo."},
+    {"57014", Errc::full,        "O comando demorou demais e foi interrompido."},
+    {"22",    Errc::outOfRange,  "Um valor não serve para o seu campo."},
+    {"53",    Errc::full,        "O servidor não tem mais espaço, memória ou conexões."},
+    {"54",    Errc::full,        "O comando é grande demais."},
+    {"42",    Errc::syntax,      "O comando não foi aceito."},
+    {"08",    Errc::io,          "A conexão com o servidor caiu."},
+    {"57",    Errc::io,          "O servidor está sendo desligado."},
+};
+// clang-format on
+
+std::string fieldOf(const pg_result* result, int field) {
+    const char* const text = result != nullptr ? PQresultErrorField(result, field) : nullptr;
+    return text != nullptr ? text : "";
+}
+
+} // namespace
+
+void throwServerError(const pg_conn* line, const pg_result* result, const std::string& place) {
+    const std::string state = fieldOf(result, PG_DIAG_SQLSTATE);
+    if (state.empty())
+        throw Error(Errc::io, "A conexão com o servidor " + place +
+                                  " caiu. Não se sabe se a última gravação foi feita: confira.");
+    const std::string said = " (" + fieldOf(result, PG_DIAG_MESSAGE_PRIMARY) + ")";
+    for (const Meaning& meaning : kMeanings)
+        if (state.starts_with(meaning.state))
+            throw Error(meaning.code, meaning.sentence + said);
+    throw Error(PQstatus(line) == CONNECTION_OK ? Errc::corrupt : Errc::io,
+                "O servidor não conseguiu fazer o que foi pedido" + said + ".");
+}
+
+void throwNoConnection(const std::string& place, std::string_view reason) {
+    const auto says = [&](std::string_view words) {
+        return reason.find(words) != std::string_view::npos;
+    };
+    const bool refused = says("password") || says("authentication") || says("pg_hba.conf");
+    const bool absent = says("database \"") && says("does not exist");
+    throw Error(refused  ? Errc::password
+                : absent ? Errc::notFound
+                         : Errc::io,
+                "Não foi possível chegar ao servidor em\n" + place + "\n\n" +
+                    (refused  ? "Ele não aceitou o usuário ou a senha."
+                     : absent ? "Ele não tem essa base de dados."
+                              : std::string(reason)));
+}
+
+} // namespace ado

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+struct pg_conn;
+struct pg_result;
+
+namespace ado {
+
+/// What the server refuses, as a jet::Error in Portuguese. `result` is null if there is none,
+/// because the line broke.
+[[noreturn]] void throwServerError(const pg_conn* line, const pg_result* result,
+                                   const std::string& place);
+
+/// That the server can't be reached, or doesn't let us in. @throws Error{io, password, notFound}.
+[[noreturn]] void throwNoConnection(const std::string& place, std::string_view reason);
+
+} // namespace ado

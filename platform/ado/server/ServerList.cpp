@@ -1,0 +1,347 @@
+#include "ado/server/ServerCursor.h"
+#include "ado/server/ServerTongue.h"
+#include "ado/server/ServerValue.h"
+#include "jet/Error.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace ado {
+
+using jet::Errc;
+using jet::Error;
+
+namespace {
+
+/// Rows read ahead: few at first, so that a window shows at once, more when somebody walks on.
+constexpr std::size_t kFirstBatch = 32;
+constexpr std::size_t kLargestBatch = 512;
+/// Rows kept around the one stood on, at most.
+constexpr std::size_t kMostKept = 2048;
+
+std::uint64_t versionOf(std::int64_t fingerprint) {
+    return static_cast<std::uint64_t>(fingerprint);
+}
+
+} // namespace
+
+ServerList::ServerList(ServerSession& session, ServerQuery query)
+    : ServerCursor(session, std::move(query)) {}
+
+std::deque<ServerRow> ServerList::fetch(From from, bool forwards, const std::string& more,
+                                        std::size_t most) {
+    const ServerStatement statement =
+        query_.range(from, forwards, from == From::end ? nullptr : &here(), most, more, spelling());
+    const ServerRows found = session_.wire().run(statement.sql, statement.parameters);
+    std::deque<ServerRow> rows;
+    for (int i = 0; i < found.rows(); ++i) {
+        if (forwards)
+            rows.push_back(query_.rowOf(found, i));
+        else
+            rows.push_front(query_.rowOf(found, i));
+    }
+    return rows;
+}
+
+// ---- walking ----------------------------------------------------------------------------------
+
+void ServerList::fetchFirst() {
+    const ServerSession::Moment moment = session_.now();
+    auto rows = fetch(From::end, true, "", kFirstBatch);
+    toLast_ = rows.size() < kFirstBatch;
+    fromFirst_ = true;
+    rows_ = std::move(rows);
+    at_ = 0;
+    anchorGone_ = added_ = false;
+    batch_ = kFirstBatch;
+    neighbours_ = current_ = moment;
+    count_.reset();
+}
+
+bool ServerList::first() {
+    if (!fromFirst_ || session_.now() != neighbours_ || anchorGone_ || added_)
+        fetchFirst();
+    at_ = 0;
+    current_ = neighbours_;
+    return !rows_.empty();
+}
+
+bool ServerList::last() {
+    const ServerSession::Moment moment = session_.now();
+    if (!toLast_ || moment != neighbours_ || anchorGone_ || added_) {
+        auto rows = fetch(From::end, false, "", kFirstBatch);
+        fromFirst_ = rows.size() < kFirstBatch;
+        toLast_ = true;
+        rows_ = std::move(rows);
+        anchorGone_ = added_ = false;
+        neighbours_ = moment;
+    }
+    at_ = rows_.empty() ? 0 : rows_.size() - 1;
+    current_ = neighbours_;
+    return !rows_.empty();
+}
+
+void ServerList::forgetNeighbours() {
+    if (rows_.size() > 1) {
+        ServerRow anchor = std::move(here());
+        rows_.clear();
+        rows_.push_back(std::move(anchor));
+    }
+    at_ = 0;
+    fromFirst_ = toLast_ = false;
+}
+
+void ServerList::catchUp() {
+    const ServerSession::Moment moment = session_.now();
+    if (moment == neighbours_ || rows_.empty())
+        return;
+    forgetNeighbours();
+    neighbours_ = moment;
+    if (at() == At::row && current_ != moment)
+        requireCurrent();
+}
+
+/// One row on; false if there is none.
+bool ServerList::step(bool forwards) {
+    if (rows_.empty())
+        return false;
+    if (added_) { // it stands behind all others
+        added_ = false;
+        return forwards ? false : last();
+    }
+    const bool gone = anchorGone_;
+    const std::size_t anchor = at_;
+    const bool inside = forwards ? at_ + 1 < rows_.size() : at_ > 0;
+    if (!inside) {
+        bool& ended = forwards ? toLast_ : fromFirst_;
+        if (!ended) {
+            const ServerSession::Moment moment = session_.now();
+            auto more = fetch(From::after, forwards, "", batch_);
+            ended = more.size() < batch_;
+            batch_ = std::min(2 * batch_, kLargestBatch);
+            if (rows_.size() == 1)
+                neighbours_ = moment;
+            if (forwards) {
+                std::ranges::move(more, std::back_inserter(rows_));
+            } else {
+                at_ += more.size();
+                rows_.insert(rows_.begin(), std::make_move_iterator(more.begin()),
+                             std::make_move_iterator(more.end()));
+            }
+        }
+        if (forwards ? at_ + 1 >= rows_.size() : at_ == 0)
+            return false;
+    }
+    static_cast<void>(anchor);
+    if (gone) { // nobody stands on it any more
+        rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(at_));
+        anchorGone_ = false;
+        at_ = forwards ? at_ : at_ - 1;
+    } else {
+        at_ = forwards ? at_ + 1 : at_ - 1;
+    }
+    current_ = neighbours_;
+    while (rows_.size() > kMostKept) {
+        if (forwards) {
+            rows_.pop_front();
+            --at_;
+            fromFirst_ = false;
+        } else {
+            rows_.pop_back();
+            toLast_ = false;
+        }
+    }
+    return true;
+}
+
+bool ServerList::next() { return step(true); }
+bool ServerList::previous() { return step(false); }
+
+bool ServerList::empty() {
+    if (rows_.size() > (anchorGone_ ? 1U : 0U))
+        return false;
+    if (fromFirst_ && toLast_ && session_.now() == neighbours_)
+        return true;
+    return fetch(From::end, true, "", 1).empty();
+}
+
+std::int64_t ServerList::count() {
+    const ServerSession::Moment moment = session_.now();
+    if (!count_ || counted_ != moment) {
+        const ServerStatement statement = query_.count();
+        const ServerRows rows = session_.wire().run(statement.sql, statement.parameters);
+        count_ = std::get<std::int64_t>(valueOf(rows.field(0, 0), server_type::kBigint, -1));
+        counted_ = moment;
+    }
+    return *count_;
+}
+
+void ServerList::find(const std::string& criterion) {
+    std::vector<Parameter> unused;
+    ServerTongue tongue(unused);
+    static_cast<void>(parseCondition(criterion, spelling(), tongue)); // an empty one is an error
+    if (at() == At::beforeFirst)
+        moveFirst();
+    else if (at() == At::gone)
+        moveNext();
+    const bool nowhere = at() == At::afterLast;
+    const ServerSession::Moment moment = session_.now();
+    // Even where nothing can be found a criterion that is wrong is told.
+    auto found = fetch(nowhere ? From::end : From::at, true, criterion, 1);
+    if (nowhere)
+        return;
+    if (found.empty())
+        return arrive(false, At::afterLast);
+    rows_ = std::move(found);
+    at_ = 0;
+    fromFirst_ = toLast_ = anchorGone_ = added_ = false;
+    batch_ = kFirstBatch;
+    neighbours_ = current_ = moment;
+    arrive(true, At::row);
+}
+
+// ---- the row stood on -------------------------------------------------------------------------
+
+/// False if it isn't there any more.
+bool ServerList::readAgain(bool lock) {
+    const ServerSession::Moment moment = session_.now();
+    const ServerStatement statement = query_.same(here(), lock);
+    const ServerRows found = session_.wire().run(statement.sql, statement.parameters);
+    if (found.rows() == 0)
+        return false;
+    const bool byOthers = moment.others != current_.others;
+    ServerRow row = query_.rowOf(found, 0);
+    if (!byOthers && !query_.isWholeTable())
+        row.place = here().place; // what is changed here stays in its place
+    here() = std::move(row);
+    current_ = moment;
+    return true;
+}
+
+void ServerList::requireCurrent() {
+    const ServerSession::Moment moment = session_.now();
+    if (at() != At::row || moment == current_)
+        return;
+    if (readAgain(false))
+        return;
+    anchorGone_ = true;
+    lose(moment.others != current_.others);
+}
+
+jet::Value ServerList::value(const QueryField& field) {
+    requireCurrent();
+    requireRow();
+    if (!seen_)
+        seen_ = here().fingerprint;
+    const ServerTable::Type& type = query_.keyed()->types[field.column];
+    return valueOf(here().values[field.column], type.number, type.modifier);
+}
+
+Cursor::State ServerList::state(std::size_t /*table*/) {
+    requireCurrent();
+    requireRow();
+    return {versionOf(here().fingerprint), session_.now().others};
+}
+
+std::optional<std::uint64_t> ServerList::version() {
+    requireCurrent();
+    if (at() != At::row)
+        return std::nullopt;
+    return versionOf(here().fingerprint);
+}
+
+std::optional<std::uint64_t> ServerList::versionToEdit() {
+    requireCurrent();
+    requireRow();
+    if (!seen_)
+        seen_ = here().fingerprint;
+    return *seen_ == here().fingerprint ? std::optional(versionOf(*seen_)) : std::nullopt;
+}
+
+std::optional<std::uint64_t> ServerList::versionToChange() {
+    catchUp();
+    if (at() == At::row && !readAgain(session_.wire().inTransaction())) {
+        anchorGone_ = true;
+        lose(true);
+    }
+    return at() == At::row ? std::optional(versionOf(here().fingerprint)) : std::nullopt;
+}
+
+// ---- changes ----------------------------------------------------------------------------------
+
+void ServerList::insert(Given given, const Stored& stored) {
+    std::optional<ServerRow> made;
+    session_.change(*query_.keyed(), nullptr, [&] {
+        const ServerStatement statement = query_.insert(given);
+        made = query_.rowOf(session_.wire().run(statement.sql, statement.parameters), 0);
+        return made;
+    });
+    stored();
+    rows_.clear();
+    rows_.push_back(std::move(*made));
+    at_ = 0;
+    anchorGone_ = fromFirst_ = toLast_ = false;
+    added_ = !query_.isWholeTable();
+    neighbours_ = current_ = session_.now();
+    arrive(true, At::row);
+}
+
+void ServerList::update(Given given, std::optional<std::uint64_t> expected, const Stored& stored) {
+    catchUp();
+    if (at() != At::row || !expected)
+        goneOrChanged();
+    const bool known = session_.now() == neighbours_;
+    const ServerRow before = here();
+    std::optional<ServerRow> after;
+    session_.change(*query_.keyed(), &before, [&] {
+        const ServerStatement statement =
+            query_.update(before, given, static_cast<std::int64_t>(*expected));
+        const ServerRows rows = session_.wire().run(statement.sql, statement.parameters);
+        if (rows.rows() == 0)
+            goneOrChanged();
+        after = query_.rowOf(rows, 0);
+        return after;
+    });
+    stored();
+    const bool stays = !query_.isWholeTable() || after->place == before.place;
+    if (stays)
+        after->place = before.place;
+    here() = std::move(*after);
+    if (!stays)
+        forgetNeighbours();
+    const ServerSession::Moment moment = session_.now();
+    if (known && stays)
+        neighbours_ = moment; // the others are as they were
+    current_ = moment;
+}
+
+std::optional<std::uint64_t> ServerList::versionToErase(std::optional<std::uint64_t> asShown) {
+    catchUp();
+    requireRow();
+    if (asShown)
+        return asShown;
+    if (seen_ && *seen_ != here().fingerprint)
+        goneOrChanged();
+    return versionOf(here().fingerprint);
+}
+
+void ServerList::erase(std::optional<std::uint64_t> expected) {
+    const bool known = session_.now() == neighbours_;
+    const ServerRow before = here();
+    session_.change(*query_.keyed(), &before, [&]() -> std::optional<ServerRow> {
+        const auto fingerprint =
+            expected ? std::optional(static_cast<std::int64_t>(*expected)) : std::nullopt;
+        const ServerStatement statement = query_.erase(before, fingerprint);
+        if (session_.wire().run(statement.sql, statement.parameters).affected() == 0)
+            goneOrChanged();
+        return std::nullopt;
+    });
+    anchorGone_ = true;
+    const ServerSession::Moment moment = session_.now();
+    if (known)
+        neighbours_ = moment;
+    current_ = moment;
+    lose(false);
+}
+
+} // namespace ado

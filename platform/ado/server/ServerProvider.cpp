@@ -1,0 +1,64 @@
+#include "ado/server/ServerProvider.h"
+
+#include "ado/ServerShop.h"
+#include "ado/server/OpenServer.h"
+#include "ado/server/ServerCursor.h"
+#include "ado/server/ServerFollowing.h"
+#include "ado/server/ServerSchema.h"
+#include "jet/Error.h"
+
+namespace ado {
+
+std::unique_ptr<Provider> openServer(const std::string& address, Recorder* recorder) {
+    return std::make_unique<ServerProvider>(address, recorder);
+}
+
+void createShopOnServer(const std::string& address, std::span<const jet::TableSpec> tables) {
+    ServerWire wire(address);
+    createServerSchema(wire, tables);
+}
+
+void ServerProvider::end() {
+    if (inTransaction())
+        rollback();
+}
+
+std::unique_ptr<Cursor> ServerProvider::open(const std::string& source, CursorType /*type*/,
+                                             CommandType command) {
+    return ServerCursor::open(session_, source, command);
+}
+
+std::unique_ptr<Following> ServerProvider::follow(const std::string& table,
+                                                  const std::vector<std::string>& columns,
+                                                  Following::Take take) {
+    return std::make_unique<ServerFollowing>(session_, table, columns, std::move(take));
+}
+
+std::optional<std::string> ServerProvider::readOnlyReason() {
+    if (session_.wire().isReadOnly())
+        return "O servidor " + place() + " está aberto somente para leitura.";
+    return std::nullopt;
+}
+
+bool ServerProvider::hasTable(std::string_view name) {
+    return session_.catalog().find(name) != nullptr;
+}
+
+TableShape ServerProvider::shape(std::string_view name) {
+    const ServerTable* const table = session_.catalog().find(name);
+    if (table == nullptr)
+        throw jet::Error(jet::Errc::notFound, "Não existe a tabela \"" + std::string(name) + "\".");
+    return table->shape();
+}
+
+std::optional<std::string> ServerProvider::readOnlyReason(std::string_view table) {
+    static_cast<void>(shape(table));
+    return readOnlyReason();
+}
+
+std::uint64_t ServerProvider::generation() {
+    const ServerSession::Moment moment = session_.now();
+    return moment.own + moment.others;
+}
+
+} // namespace ado

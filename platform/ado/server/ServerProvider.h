@@ -1,0 +1,53 @@
+#pragma once
+
+#include "ado/provider/Provider.h"
+#include "ado/server/ServerSession.h"
+
+namespace ado {
+
+/// A PostgreSQL server as provider.
+class ServerProvider final : public Provider {
+public:
+    ServerProvider(const std::string& address, Recorder* recorder) : session_(address, recorder) {}
+
+    void begin() override { session_.begin(); }
+    void commit() override { session_.commit(); }
+    /// The server gathers what comes at one time by itself.
+    void commitLater() override { session_.commit(); }
+    void rollback() override { session_.rollback(); }
+    [[nodiscard]] bool inTransaction() const noexcept override {
+        return session_.wire().inTransaction();
+    }
+    void flush() override {}
+    void flushIfDue() override { static_cast<void>(session_.now()); }
+    void discard() override {}
+    [[nodiscard]] bool hasUndone() noexcept override { return session_.hasUndone(); }
+    void end() override;
+
+    [[nodiscard]] std::unique_ptr<Cursor> open(const std::string& source, CursorType type,
+                                               CommandType command) override;
+    [[nodiscard]] std::unique_ptr<Following> follow(const std::string& table,
+                                                    const std::vector<std::string>& columns,
+                                                    Following::Take take) override;
+
+    [[nodiscard]] std::string place() const override { return session_.wire().place(); }
+    [[nodiscard]] std::string identity() const override { return session_.wire().place(); }
+    [[nodiscard]] std::optional<std::string> readOnlyReason() override;
+    [[nodiscard]] bool isBroken() const noexcept override { return false; }
+    [[nodiscard]] bool hasTable(std::string_view name) override;
+    [[nodiscard]] TableShape shape(std::string_view name) override;
+    [[nodiscard]] std::optional<std::string> readOnlyReason(std::string_view table) override;
+    void createTable(const jet::TableSpec& spec) override { session_.createTable(spec); }
+    /// Rows are held one by one, when they are changed.
+    void claim() override {}
+    [[nodiscard]] Tally tally() const noexcept override { return {session_.written(), 0}; }
+    void onSnapshot(const std::function<void()>& body) override { body(); }
+    [[nodiscard]] std::shared_ptr<void> hold() override { return nullptr; }
+    [[nodiscard]] std::uint64_t generation() override;
+    [[nodiscard]] bool isTakenByOther() const override { return false; }
+
+private:
+    ServerSession session_;
+};
+
+} // namespace ado

@@ -1,0 +1,320 @@
+#include "ado/server/ServerQuery.h"
+
+#include "ado/provider/SourceSelect.h"
+#include "ado/server/ServerTongue.h"
+#include "ado/server/ServerValue.h"
+#include "jet/Error.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace ado {
+
+using jet::Errc;
+using jet::Error;
+
+namespace {
+
+/// The name of the table where a change names it itself.
+const std::string kChanged = "\"t\"";
+
+} // namespace
+
+ServerQuery::ServerQuery(const ServerCatalog& catalog, const std::string& source,
+                         CommandType command) {
+    ServerTongue tongue(parameters_);
+    select_ = selectOf(
+        source, command, [&](const std::string& name) { return catalog.find(name) != nullptr; },
+        catalog.spelling(), tongue);
+    ofSource_ = parameters_;
+    if (!select_.plain)
+        return;
+    std::vector<const ServerTable*> tables;
+    std::vector<TableShape> shapes;
+    for (const SelectedTable& from : select_.tables) {
+        const ServerTable* const table = catalog.find(from.table);
+        if (table == nullptr)
+            throw Error(Errc::notFound, "Não existe a tabela \"" + from.table + "\".");
+        tables.push_back(table);
+        shapes.push_back(table->shape());
+    }
+    auto fields = QueryFields::of(select_, std::move(shapes));
+    if (!fields || fields->isAmbiguous())
+        return; // the server says what is wrong
+    fields_ = std::move(*fields);
+    tables_ = std::move(tables);
+    const bool byColumns = select_.orderBy.empty() || !select_.sortTerms.empty();
+    if (tables_.size() == 1 && !tables_.front()->key.empty() && byColumns) {
+        keyed_ = tables_.front();
+        order_ = orderBy(select_.sortTerms);
+    }
+}
+
+/// @throws Error{notFound} for what is no column of the table.
+std::vector<ServerQuery::OrderColumn>
+ServerQuery::orderBy(const std::vector<SortTerm>& terms) const {
+    std::vector<OrderColumn> order;
+    const auto isIn = [&](std::size_t column) {
+        return std::ranges::find(order, column, &OrderColumn::column) != order.end();
+    };
+    for (const SortTerm& term : terms) {
+        const auto column = keyed_->shape().findColumn(term.column);
+        if (!column)
+            throw Error(Errc::notFound, "Não existe o campo \"" + term.column + "\".");
+        const bool isYesNo = keyed_->columns[*column].type == jet::ColumnType::boolean;
+        if (!isIn(*column)) // a yes is -1
+            order.push_back({*column, term.descending != isYesNo});
+    }
+    for (const std::size_t column : keyed_->key)
+        if (!isIn(column))
+            order.push_back({column, false});
+    return order;
+}
+
+bool ServerQuery::isWholeTable() const {
+    return keyed_ != nullptr && select_.where.empty() && condition_.empty() &&
+           std::ranges::equal(order_, keyed_->key, [](const OrderColumn& a, std::size_t b) {
+               return a.column == b && !a.descending;
+           });
+}
+
+void ServerQuery::setFilter(const std::string& condition, const Spelling& spelling) {
+    std::vector<Parameter> parameters = ofSource_;
+    std::string said;
+    if (!saysNothing(condition)) {
+        ServerTongue tongue(parameters);
+        said = parseCondition(condition, spelling, tongue);
+    }
+    condition_ = std::move(said);
+    parameters_ = std::move(parameters);
+}
+
+void ServerQuery::setSort(const std::string& fields, const Spelling& spelling) {
+    std::vector<SortTerm> terms;
+    if (!saysNothing(fields))
+        terms = parseSort(fields, spelling);
+    if (keyed_ != nullptr)
+        order_ = orderBy(terms.empty() ? select_.sortTerms : terms);
+    sort_ = std::move(terms);
+}
+
+// ---- parts of statements ----------------------------------------------------------------------
+
+std::string ServerQuery::alias() const { return quotedName(select_.tables.front().alias); }
+
+std::string ServerQuery::column(std::size_t place, const std::string& table) const {
+    return table + "." + quotedName(keyed_->columns[place].name);
+}
+
+/// All columns, and a fingerprint of the row.
+std::string ServerQuery::rowOfTable(const std::string& table) const {
+    std::string list;
+    for (std::size_t i = 0; i < keyed_->columns.size(); ++i) {
+        list += column(i, table);
+        list += ", ";
+    }
+    return list + "hashtextextended((" + table + ".*)::text, 0)";
+}
+
+std::string ServerQuery::where(const std::string& more) const {
+    std::string conditions;
+    for (const std::string& part : {live() ? select_.where : std::string(), condition_, more}) {
+        if (part.empty())
+            continue;
+        conditions += conditions.empty() ? " where (" : " and (";
+        conditions += part + ")";
+    }
+    return conditions;
+}
+
+/// Nulls are the smallest.
+std::string ServerQuery::sourceOrder() const {
+    const std::vector<SortTerm>& terms = sort_.empty() && live() ? select_.sortTerms : sort_;
+    std::string order;
+    for (const SortTerm& term : terms) {
+        order += order.empty() ? " order by " : ", ";
+        if (!term.qualifier.empty())
+            order += quotedName(term.qualifier) + ".";
+        order += quotedName(term.column) + (term.descending ? " desc nulls last" : " nulls first");
+    }
+    if (order.empty() && live() && !select_.orderBy.empty())
+        order = " order by " + select_.orderBy;
+    // Equal rows in the order of the keys, so that it is the same each time.
+    for (std::size_t i = 0; i < tables_.size(); ++i) {
+        for (const std::size_t key : tables_[i]->key) {
+            order += order.empty() ? " order by " : ", ";
+            order += quotedName(select_.tables[i].alias) + "." +
+                     quotedName(tables_[i]->columns[key].name);
+        }
+    }
+    return order;
+}
+
+ServerStatement ServerQuery::all() const {
+    if (!live()) {
+        if (condition_.empty() && sort_.empty())
+            return {select_.text, parameters_};
+        return {"select * from (" + select_.text + ") q" + where("") + sourceOrder(), parameters_};
+    }
+    std::string list;
+    for (const QueryField& field : fields_.all()) {
+        list += quotedName(select_.tables[field.table].alias) + ".";
+        list += quotedName(tables_[field.table]->columns[field.column].name) + ", ";
+    }
+    for (std::size_t i = 0; i < tables_.size(); ++i) {
+        list += i == 0 ? "" : ", ";
+        list += "hashtextextended((" + quotedName(select_.tables[i].alias) + ".*)::text, 0)";
+    }
+    return {"select " + list + " from " + select_.from + where("") + sourceOrder(), parameters_};
+}
+
+ServerStatement ServerQuery::count() const {
+    if (live())
+        return {"select count(*) from " + select_.from + where(""), parameters_};
+    ServerStatement statement = all();
+    statement.sql = "select count(*) from (" + statement.sql + ") q";
+    return statement;
+}
+
+// ---- ranges -----------------------------------------------------------------------------------
+
+/// That a row comes behind a place, in its order from the term number `term` on.
+std::string ServerQuery::beyond(const ServerRow& place, std::size_t term, bool forwards,
+                                bool inclusive, std::vector<Parameter>& parameters) const {
+    if (term == order_.size())
+        return inclusive ? "true" : "false";
+    const OrderColumn& by = order_[term];
+    const std::string name = column(by.column, alias());
+    const bool upwards = forwards != by.descending; // to greater values, of which null is none
+    const std::optional<std::string>& value = place.place[term];
+    const std::string rest = beyond(place, term + 1, forwards, inclusive, parameters);
+    if (!value) {
+        const std::string equal = "(" + name + " is null and (" + rest + "))";
+        return upwards ? name + " is not null or " + equal : equal;
+    }
+    const std::string there = placeFor(parameters, {keyed_->types[by.column].number, *value});
+    // The first part is what an index is entered by.
+    const std::string within = name + (upwards ? " >= " : " <= ") + there + " and (" + name +
+                               (upwards ? " > " : " < ") + there + " or (" + rest + "))";
+    return upwards ? within : "(" + within + ") or " + name + " is null";
+}
+
+ServerStatement ServerQuery::range(From from, bool forwards, const ServerRow* place,
+                                   std::size_t most, const std::string& more,
+                                   const Spelling& spelling) const {
+    ServerStatement statement{{}, parameters_};
+    std::string condition;
+    if (from != From::end)
+        condition = beyond(*place, 0, forwards, from == From::at, statement.parameters);
+    if (!more.empty()) {
+        ServerTongue tongue(statement.parameters);
+        const std::string said = parseCondition(more, spelling, tongue);
+        condition = condition.empty() ? said : "(" + condition + ") and (" + said + ")";
+    }
+    std::string order;
+    for (const OrderColumn& by : order_) {
+        order += order.empty() ? " order by " : ", ";
+        order += column(by.column, alias());
+        order += forwards != by.descending ? " asc nulls first" : " desc nulls last";
+    }
+    statement.sql = "select " + rowOfTable(alias()) + " from " + select_.from + where(condition) +
+                    order + " limit " + std::to_string(most);
+    return statement;
+}
+
+ServerRow ServerQuery::rowOf(const ServerRows& rows, int row) const {
+    ServerRow made;
+    const std::size_t width = keyed_->columns.size();
+    made.values.reserve(width);
+    for (std::size_t i = 0; i < width; ++i)
+        made.values.push_back(rows.field(row, static_cast<int>(i)));
+    const std::string fingerprint = rows.field(row, static_cast<int>(width)).value_or("0");
+    made.fingerprint = std::atoll(fingerprint.c_str());
+    made.place.reserve(order_.size());
+    for (const OrderColumn& by : order_)
+        made.place.push_back(made.values[by.column]);
+    return made;
+}
+
+std::string ServerQuery::isKeyOf(const ServerRow& row, const std::string& table,
+                                 std::vector<Parameter>& parameters) const {
+    std::string condition;
+    for (const std::size_t place : keyed_->key) {
+        condition += condition.empty() ? "" : " and ";
+        condition += column(place, table) + " = ";
+        condition += placeFor(parameters, {keyed_->types[place].number, row.values[place]});
+    }
+    return condition;
+}
+
+ServerStatement ServerQuery::same(const ServerRow& row, bool lock) const {
+    ServerStatement statement;
+    statement.sql = "select " + rowOfTable(kChanged) + " from " + quotedName(keyed_->name) +
+                    " as " + kChanged + " where " + isKeyOf(row, kChanged, statement.parameters) +
+                    (lock ? " for update" : "");
+    return statement;
+}
+
+// ---- changes ----------------------------------------------------------------------------------
+
+/// A yes/no is never null.
+Parameter ServerQuery::stored(const jet::Assignment& given) const {
+    if (jet::isNull(given.value) && keyed_->columns[given.column].type == jet::ColumnType::boolean)
+        return parameterOf(false);
+    return parameterOf(given.value);
+}
+
+ServerStatement ServerQuery::insert(std::span<const jet::Assignment> given) const {
+    ServerStatement statement;
+    std::string names;
+    std::string values;
+    for (const jet::Assignment& one : given) {
+        if (keyed_->columns[one.column].autonumber && jet::isNull(one.value))
+            continue; // the server gives it one
+        names += names.empty() ? "" : ", ";
+        names += quotedName(keyed_->columns[one.column].name);
+        values += values.empty() ? "" : ", ";
+        values += placeFor(statement.parameters, stored(one));
+    }
+    statement.sql =
+        "insert into " + quotedName(keyed_->name) + " as " + kChanged +
+        (names.empty() ? " default values" : " (" + names + ") values (" + values + ")") +
+        " returning " + rowOfTable(kChanged);
+    return statement;
+}
+
+ServerStatement ServerQuery::update(const ServerRow& row, std::span<const jet::Assignment> given,
+                                    std::int64_t fingerprint) const {
+    ServerStatement statement;
+    std::string changes;
+    for (const jet::Assignment& one : given) {
+        changes += changes.empty() ? "" : ", ";
+        changes += quotedName(keyed_->columns[one.column].name) + " = ";
+        changes += placeFor(statement.parameters, stored(one));
+    }
+    if (changes.empty()) { // nothing but that it is still there, and as it was
+        const std::string key = quotedName(keyed_->columns[keyed_->key.front()].name);
+        changes = key + " = " + kChanged + "." + key;
+    }
+    statement.sql =
+        "update " + quotedName(keyed_->name) + " as " + kChanged + " set " + changes + " where " +
+        isKeyOf(row, kChanged, statement.parameters) + " and hashtextextended((" + kChanged +
+        ".*)::text, 0) = " +
+        placeFor(statement.parameters, {server_type::kBigint, std::to_string(fingerprint)}) +
+        " returning " + rowOfTable(kChanged);
+    return statement;
+}
+
+ServerStatement ServerQuery::erase(const ServerRow& row,
+                                   std::optional<std::int64_t> fingerprint) const {
+    ServerStatement statement;
+    statement.sql = "delete from " + quotedName(keyed_->name) + " as " + kChanged + " where " +
+                    isKeyOf(row, kChanged, statement.parameters);
+    if (fingerprint)
+        statement.sql +=
+            " and hashtextextended((" + kChanged + ".*)::text, 0) = " +
+            placeFor(statement.parameters, {server_type::kBigint, std::to_string(*fingerprint)});
+    return statement;
+}
+
+} // namespace ado

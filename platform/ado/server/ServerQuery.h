@@ -1,0 +1,106 @@
+#pragma once
+
+#include "ado/RecordsetTypes.h"
+#include "ado/provider/QueryFields.h"
+#include "ado/server/ServerCatalog.h"
+#include "ado/server/ServerWire.h"
+#include "jet/Table.h"
+
+#include <optional>
+
+namespace ado {
+
+/// A statement and what it is sent with.
+struct ServerStatement {
+    std::string sql;
+    std::vector<Parameter> parameters;
+};
+
+/// A row of one table, and what its statement's order goes by.
+struct ServerRow {
+    std::vector<std::optional<std::string>> values; ///< of all columns of the table
+    std::int64_t fingerprint = 0;                   ///< of all that is stored of it
+    std::vector<std::optional<std::string>> place;  ///< by the columns of the order
+};
+
+/// The statements of an open recordset: its source, with a condition and an order.
+///
+/// Rows of one table with a key are asked for in ranges of the order, which ends with the key, so
+/// that each row has a place of its own and any of them can be gone on from.
+class ServerQuery {
+public:
+    /// @throws Error{syntax, notFound}.
+    ServerQuery(const ServerCatalog& catalog, const std::string& source, CommandType command);
+
+    /// The table whose rows these are, if they go by its key; else null.
+    [[nodiscard]] const ServerTable* keyed() const noexcept { return keyed_; }
+    /// Whether its rows are rows of tables.
+    [[nodiscard]] bool live() const noexcept { return !tables_.empty(); }
+    [[nodiscard]] const std::vector<const ServerTable*>& tables() const noexcept { return tables_; }
+    [[nodiscard]] QueryFields& fields() noexcept { return fields_; }
+    /// Of one that isn't live: what its statement gives.
+    void setFields(const std::vector<QueryFields::Computed>& columns) {
+        fields_ = QueryFields(select_, columns);
+    }
+    /// Whether it is a whole table in the order of its key.
+    [[nodiscard]] bool isWholeTable() const;
+
+    /// In the words of the dialect; "" takes it away. @throws Error{syntax, notFound}.
+    void setFilter(const std::string& condition, const Spelling& spelling);
+    void setSort(const std::string& fields, const Spelling& spelling);
+
+    // ---- of any
+    /// All rows: of a live one the fields, then a fingerprint for each table.
+    [[nodiscard]] ServerStatement all() const;
+    [[nodiscard]] ServerStatement count() const;
+
+    // ---- of keyed() ones
+    enum class From : std::uint8_t { end, after, at };
+    /// `most` rows from an end, or from a place on, forwards or backwards; `more` is a condition of
+    /// the dialect, or empty.
+    [[nodiscard]] ServerStatement range(From from, bool forwards, const ServerRow* place,
+                                        std::size_t most, const std::string& more,
+                                        const Spelling& spelling) const;
+    /// The row with the key of that one, whether or not it belongs to the rows; `lock`: nobody
+    /// else changes it until the transaction ends.
+    [[nodiscard]] ServerStatement same(const ServerRow& row, bool lock) const;
+    /// That one row.
+    [[nodiscard]] ServerRow rowOf(const ServerRows& rows, int row) const;
+
+    // ---- changes of the table; each gives the row as it is then
+    [[nodiscard]] ServerStatement insert(std::span<const jet::Assignment> given) const;
+    [[nodiscard]] ServerStatement update(const ServerRow& row,
+                                         std::span<const jet::Assignment> given,
+                                         std::int64_t fingerprint) const;
+    [[nodiscard]] ServerStatement erase(const ServerRow& row,
+                                        std::optional<std::int64_t> fingerprint) const;
+
+private:
+    struct OrderColumn {
+        std::size_t column;
+        bool descending;
+    };
+    [[nodiscard]] std::vector<OrderColumn> orderBy(const std::vector<SortTerm>& terms) const;
+    [[nodiscard]] std::string alias() const;
+    [[nodiscard]] std::string column(std::size_t place, const std::string& table) const;
+    [[nodiscard]] std::string rowOfTable(const std::string& table) const;
+    [[nodiscard]] std::string where(const std::string& more) const;
+    [[nodiscard]] std::string sourceOrder() const;
+    [[nodiscard]] std::string beyond(const ServerRow& place, std::size_t term, bool forwards,
+                                     bool inclusive, std::vector<Parameter>& parameters) const;
+    [[nodiscard]] std::string isKeyOf(const ServerRow& row, const std::string& table,
+                                      std::vector<Parameter>& parameters) const;
+    [[nodiscard]] Parameter stored(const jet::Assignment& given) const;
+
+    Select select_;
+    QueryFields fields_;
+    std::vector<const ServerTable*> tables_;
+    const ServerTable* keyed_ = nullptr;
+    std::vector<OrderColumn> order_; ///< of keyed(): the key's columns come last
+    std::vector<SortTerm> sort_;
+    std::string condition_; ///< in the server's words
+    std::vector<Parameter> ofSource_;
+    std::vector<Parameter> parameters_; ///< of the source and the condition
+};
+
+} // namespace ado

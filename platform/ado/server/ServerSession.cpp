@@ -1,0 +1,126 @@
+#include "ado/server/ServerSession.h"
+
+#include "ado/server/ServerSchema.h"
+#include "ado/server/ServerValue.h"
+#include "jet/Error.h"
+
+#include <charconv>
+
+namespace ado {
+
+namespace {
+
+/// The payload that says that the tables themselves are others.
+constexpr std::string_view kTablesChanged = "*";
+
+} // namespace
+
+jet::Row rowOf(const ServerTable& table, const ServerRow& row) {
+    jet::Row values;
+    values.reserve(row.values.size());
+    for (std::size_t i = 0; i < row.values.size(); ++i)
+        values.push_back(valueOf(row.values[i], table.types[i].number, table.types[i].modifier));
+    return values;
+}
+
+ServerSession::ServerSession(const std::string& address, Recorder* recorder)
+    : wire_(address), recorder_(recorder) {
+    static_cast<void>(catalog());
+}
+
+const ServerCatalog& ServerSession::catalog() {
+    wire_.listen([this](std::string_view payload, bool own) { hear(payload, own); });
+    if (catalogIsOld_) {
+        catalog_.load(wire_);
+        catalogIsOld_ = false;
+    }
+    return catalog_;
+}
+
+void ServerSession::createTable(const jet::TableSpec& spec) {
+    if (catalog().find(spec.name) != nullptr)
+        throw jet::Error(jet::Errc::exists, "Já existe a tabela \"" + spec.name + "\".");
+    createServerTable(wire_, spec);
+    static_cast<void>(wire_.run("select pg_notify('valtrino', '*')"));
+    catalogIsOld_ = true;
+    ++moment_.own;
+}
+
+void ServerSession::hear(std::string_view payload, bool own) {
+    if (payload == kTablesChanged) {
+        catalogIsOld_ = true;
+        return;
+    }
+    if (!own)
+        ++moment_.others;
+    const std::size_t colon = payload.rfind(':');
+    std::uint32_t block = 0;
+    if (colon != std::string_view::npos)
+        std::from_chars(payload.data() + colon + 1, payload.data() + payload.size(), block);
+    for (NewsListener* const listener : listeners_)
+        listener->hear(payload.substr(0, colon), block);
+}
+
+ServerSession::Moment ServerSession::now() {
+    wire_.listen([this](std::string_view payload, bool own) { hear(payload, own); });
+    return moment_;
+}
+
+void ServerSession::change(const ServerTable& table, const ServerRow* before,
+                           const Change& change) {
+    const bool kept = recorder_ != nullptr && recorder_->keeps(table.shape(), before == nullptr);
+    const bool own = kept && !wire_.inTransaction();
+    const bool within = kept && !own;
+    if (own)
+        begin();
+    if (within)
+        wire_.mark();
+    const std::uint64_t counted = unwritten_;
+    try {
+        const std::optional<ServerRow> after = change();
+        ++moment_.own;
+        ++(wire_.inTransaction() ? unwritten_ : written_);
+        if (kept) {
+            const auto was =
+                before != nullptr ? std::optional(rowOf(table, *before)) : std::nullopt;
+            const auto is = after ? std::optional(rowOf(table, *after)) : std::nullopt;
+            recorder_->changed(table.shape(), was ? &*was : nullptr, is ? &*is : nullptr);
+            unwritten_ = counted + 1; // what is recorded counts with it
+        }
+        if (within)
+            wire_.forgetMark();
+        if (own)
+            commit();
+    } catch (...) {
+        if (own && wire_.inTransaction())
+            rollback();
+        if (within) {
+            wire_.backToMark();
+            unwritten_ = counted;
+            ++moment_.own;
+        }
+        throw;
+    }
+}
+
+void ServerSession::begin() {
+    wire_.begin();
+    undone_ = false;
+    unwritten_ = 0;
+}
+
+void ServerSession::commit() {
+    wire_.commit();
+    written_ += std::exchange(unwritten_, 0);
+}
+
+void ServerSession::rollback() {
+    const bool changed = std::exchange(unwritten_, 0) > 0;
+    undone_ = undone_ || changed;
+    if (changed)
+        ++moment_.own;
+    catalogIsOld_ = catalogIsOld_ || changed;
+    wire_.rollback();
+}
+
+} // namespace ado

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "ado/Recorder.h"
+#include "ado/server/ServerCatalog.h"
+#include "ado/server/ServerQuery.h"
+#include "jet/TableSpec.h"
+
+#include <functional>
+
+namespace ado {
+
+/// Who wants to hear of every change: which table, which block of its keys.
+class NewsListener {
+public:
+    virtual void hear(std::string_view table, std::uint32_t block) = 0;
+
+protected:
+    ~NewsListener() = default;
+};
+
+/// What all who work on one server share: the line, the tables, what has been changed.
+class ServerSession {
+public:
+    /// @throws as ServerWire; Error{notFound} if the database isn't a shop's.
+    ServerSession(const std::string& address, Recorder* recorder);
+    ServerSession(const ServerSession&) = delete;
+    ServerSession& operator=(const ServerSession&) = delete;
+
+    [[nodiscard]] ServerWire& wire() noexcept { return wire_; }
+    [[nodiscard]] const ServerWire& wire() const noexcept { return wire_; }
+    /// The tables by now. @throws jet::Error if they had to be asked for.
+    [[nodiscard]] const ServerCatalog& catalog();
+    void createTable(const jet::TableSpec& spec);
+
+    /// How much has been changed, as far as it is known here. Asks nobody: costs no round trip.
+    struct Moment {
+        std::uint64_t own = 0;    ///< by this connection
+        std::uint64_t others = 1; ///< by whoever else
+        friend bool operator==(const Moment&, const Moment&) = default;
+    };
+    [[nodiscard]] Moment now();
+
+    /// One change of one row. `before` is the row as it was, null for a new one; `change` makes the
+    /// change and gives the row as it is then, nothing for one erased.
+    using Change = std::function<std::optional<ServerRow>()>;
+    void change(const ServerTable& table, const ServerRow* before, const Change& change);
+
+    void begin();
+    void commit();
+    void rollback();
+    [[nodiscard]] bool hasUndone() noexcept { return std::exchange(undone_, false); }
+    [[nodiscard]] std::uint64_t written() const noexcept { return written_; }
+
+    void enter(NewsListener& listener) { listeners_.push_back(&listener); }
+    void leave(NewsListener& listener) noexcept { std::erase(listeners_, &listener); }
+
+private:
+    void hear(std::string_view payload, bool own);
+
+    ServerWire wire_;
+    Recorder* recorder_;
+    ServerCatalog catalog_;
+    bool catalogIsOld_ = true;
+    Moment moment_;
+    std::vector<NewsListener*> listeners_;
+    std::uint64_t written_ = 0;
+    std::uint64_t unwritten_ = 0; ///< changes of the open transaction
+    bool undone_ = false;
+};
+
+/// The values of a row, as whoever records it wants them.
+[[nodiscard]] jet::Row rowOf(const ServerTable& table, const ServerRow& row);
+
+} // namespace ado

@@ -1,0 +1,181 @@
+#include "ado/Cluster.h"
+
+#include "ado/ServerShop.h"
+#include "ado/dialect/Spelling.h"
+#ifdef VALTRINO_SERVER
+#include "ado/server/ServerWire.h"
+#endif
+#include "jet/Error.h"
+#include "support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kPrograms = "/usr/lib/postgresql/15/bin";
+constexpr char kTemplate[] = "modelo";
+
+} // namespace
+
+#ifdef VALTRINO_SERVER
+
+namespace {
+
+/// Starts a program, its words to a file; as an ordinary account, since a server refuses to run as
+/// root, and to be ended with us.
+pid_t start(std::vector<std::string> words, const fs::path& said) {
+    if (geteuid() == 0)
+        words.insert(words.begin(), {"setpriv", "--reuid=postgres", "--regid=postgres",
+                                     "--clear-groups", "--pdeathsig=INT"});
+    else
+        words.insert(words.begin(), {"setpriv", "--pdeathsig=INT"});
+    std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
+    for (std::string& word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        if (std::freopen(said.c_str(), "a", stdout) && dup2(fileno(stdout), fileno(stderr)) >= 0)
+            execvp(arguments[0], arguments.data());
+        _exit(127);
+    }
+    return child;
+}
+
+std::string textOf(const fs::path& file) {
+    std::ifstream in(file);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+} // namespace
+
+struct Cluster::Parts {
+    TemporaryFolder folder;
+    pid_t server = 0;
+    std::optional<ado::ServerWire> admin;
+    std::vector<jet::TableSpec> tables;
+    int shops = 0;
+    std::vector<std::string> free; ///< shops that nobody has, empty
+};
+
+std::string Cluster::absence() {
+    return fs::exists(kPrograms / "postgres")
+               ? ""
+               : "No server to test with: Debian's package postgresql isn't installed";
+}
+
+Cluster& Cluster::instance(const std::vector<jet::TableSpec>& tables) {
+    static Cluster cluster(tables);
+    if (!cluster.failure_.empty()) // of each test at once, without another try
+        throw std::runtime_error(cluster.failure_);
+    return cluster;
+}
+
+std::string Cluster::address(const std::string& database) const {
+    return "postgresql:///" + database + "?user=loja&host=" + parts_->folder.path().string();
+}
+
+Cluster::Cluster(const std::vector<jet::TableSpec>& tables) : parts_(std::make_unique<Parts>()) {
+    parts_->tables = tables;
+    try {
+        begin();
+    } catch (const std::exception& failure) {
+        failure_ = failure.what();
+    }
+}
+
+void Cluster::begin() {
+    const fs::path folder = parts_->folder.path();
+    fs::permissions(folder, fs::perms::all);
+    const fs::path said = folder / "said";
+    std::ofstream(said).close();
+    fs::permissions(said, fs::perms::all);
+    const std::string data = (folder / "data").string();
+    int status = 0;
+    waitpid(start({kPrograms / "initdb", "-D", data, "-U", "loja", "-A", "trust", "-E", "UTF8",
+                   "--locale=C.UTF-8", "--no-sync"},
+                  said),
+            &status, 0);
+    if (status != 0)
+        throw std::runtime_error(textOf(said));
+    parts_->server = start({kPrograms / "postgres", "-D", data, "-k", folder.string(), "-c",
+                            "listen_addresses=", "-c", "fsync=off", "-c", "full_page_writes=off",
+                            "-c", "max_connections=50", "-c", "shared_buffers=32MB"},
+                           said);
+    for (;;) { // until it answers
+        try {
+            parts_->admin.emplace(address("postgres"));
+            break;
+        } catch (const jet::Error&) {
+            if (waitpid(parts_->server, &status, WNOHANG) != 0)
+                throw std::runtime_error(textOf(said));
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    }
+    static_cast<void>(parts_->admin->run(std::string("create database ") + kTemplate));
+    ado::createShopOnServer(address(kTemplate), parts_->tables);
+}
+
+Cluster::~Cluster() {
+    parts_->admin.reset();
+    if (parts_->server > 0) {
+        kill(parts_->server, SIGINT);
+        waitpid(parts_->server, nullptr, 0);
+    }
+}
+
+std::string Cluster::newShop() {
+    if (!parts_->free.empty()) {
+        std::string address = std::move(parts_->free.back());
+        parts_->free.pop_back();
+        return address;
+    }
+    const std::string name = "loja" + std::to_string(++parts_->shops);
+    static_cast<void>(parts_->admin->run("create database " + name + " template " + kTemplate));
+    return address(name);
+}
+
+/// A database costs more to make than to empty.
+void Cluster::giveBack(const std::string& address) {
+    ado::ServerWire wire(address);
+    std::string shops;
+    for (const jet::TableSpec& table : parts_->tables)
+        shops += (shops.empty() ? "" : ", ") + ado::quotedName(table.name);
+    static_cast<void>(wire.run("truncate " + shops + " restart identity"));
+    const ado::ServerRows all =
+        wire.run("select tablename from pg_tables where schemaname = 'valtrino'");
+    for (int row = 0; row < all.rows(); ++row) {
+        const std::string name = *all.field(row, 0);
+        if (std::ranges::find(parts_->tables, name, &jet::TableSpec::name) == parts_->tables.end())
+            static_cast<void>(wire.run("drop table " + ado::quotedName(name)));
+    }
+    parts_->free.push_back(address);
+}
+
+#else
+
+struct Cluster::Parts {};
+
+std::string Cluster::absence() { return "Built without libpq: nothing to be tested with a server"; }
+Cluster& Cluster::instance(const std::vector<jet::TableSpec>& /*tables*/) {
+    throw std::runtime_error(absence());
+}
+Cluster::~Cluster() = default;
+std::string Cluster::newShop() { return {}; }
+void Cluster::giveBack(const std::string& /*address*/) {}
+
+#endif

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "jet/TableSpec.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+/// A database server of this test program alone: started when it is first asked for, reached by a
+/// socket in a temporary folder, gone with the program, however that ends.
+class Cluster {
+public:
+    /// Why there can't be one, a line for who reads the tests; empty if there can.
+    [[nodiscard]] static std::string absence();
+    /// A shop has those tables. @throws std::runtime_error with what the server said if it doesn't
+    /// start.
+    static Cluster& instance(const std::vector<jet::TableSpec>& tables);
+
+    Cluster(const Cluster&) = delete;
+    Cluster& operator=(const Cluster&) = delete;
+    ~Cluster();
+
+    /// A database with the shop's tables and nothing in them, by its address, until it is given
+    /// back.
+    [[nodiscard]] std::string newShop();
+    void giveBack(const std::string& address);
+
+private:
+    explicit Cluster(const std::vector<jet::TableSpec>& tables);
+    void begin();
+    [[nodiscard]] std::string address(const std::string& database) const;
+
+    struct Parts;
+    std::unique_ptr<Parts> parts_;
+    std::string failure_; ///< why it doesn't run; "" if it does
+};
