@@ -87,6 +87,8 @@ TEST_P(RecordsetTest, WalksBothWaysAndStopsOneBeyondEachEnd) {
 }
 
 TEST_P(RecordsetTest, ForwardOnlyAJoinAndWhatIsComputedAreWalkedOnce) {
+    if (onServer())
+        GTEST_SKIP() << "there all kinds of sets keep their rows, and walk both ways";
     addSomeOfEach();
     for (const char* what : {"bancos.codigo", "bancos.codigo*1 as codigo"}) {
         SCOPED_TRACE(what);
@@ -122,6 +124,8 @@ TEST_P(RecordsetTest, ForwardOnlyAJoinAndWhatIsComputedAreWalkedOnce) {
 }
 
 TEST_P(RecordsetTest, ForwardOnlyARowThatHasGoneIsMissedWhereItStood) {
+    if (onServer())
+        GTEST_SKIP() << "there all kinds of sets keep their rows, and walk both ways";
     addSomeOfEach();
     Recordset rows;
     rows.Open("select b1.codigo from bancos as b1, bancos as b2, bancos as b3, bancos as b4, "
