@@ -110,10 +110,13 @@ SalvageReport salvage(const std::filesystem::path& source, const std::filesystem
     for (const RewrittenTable& table : tables)
         said.push_back(table.image.rowCount());
 
-    NewFile file(copy.path(), from.format(), disk);
-    file.takeRightsOf(source);
-    Rewriter(from, file, tables, progress).run();
-    file.finish(from.newHeader());
+    {
+        // Closed before anybody works in it: some systems give nobody a file that another writes.
+        NewFile file(copy.path(), from.format(), disk);
+        file.takeRightsOf(source);
+        Rewriter(from, file, tables, progress).run();
+        file.finish(from.newHeader());
+    }
     enterUnlisted(copy, from, tables);
     countRows(losses, tables, said);
     losses.report().check = check(copy.path(), disk);

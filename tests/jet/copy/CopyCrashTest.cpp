@@ -215,7 +215,7 @@ void CopyCrash::cutRestoring(const DiskImage& before, std::uint64_t replaced) {
     const auto kept = restore(kCopy, kPath, disk);
     ASSERT_TRUE(kept);
     ASSERT_EQ(flaw(disk.image(), kPath, olderContent_), "");
-    ASSERT_EQ(flaw(disk.image(), kept->string(), replaced), "");
+    ASSERT_EQ(flaw(disk.image(), kept->generic_string(), replaced), "");
     ASSERT_FALSE(disk.exists(kJournal));
     std::size_t restored = 0;
     everyCut(before, disk, kRestoringRounds, [&](const DiskImage& image) {
