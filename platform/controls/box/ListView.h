@@ -23,9 +23,10 @@ class ListModel;
 ///
 /// Columns share the width in proportion to their widths, also when the window grows, until the
 /// operator drags one wider: then in proportion to what he made of them. None is narrower than its
-/// heading and what it must have room for, and the first never too narrow for its check box and an icon; without room for more, it
-/// shows no text. What is listed moves no column: there is always room for an icon, and for the
-/// scroll bar; as long as that doesn't show, rows and headings go on to the edge all the same.
+/// heading and what it must have room for, and the first never too narrow for its check box and an
+/// icon; without room for more, it shows no text. What is listed moves no column: there is always
+/// room for an icon, and for the scroll bar; as long as that doesn't show, rows and headings go on
+/// to the edge all the same.
 class ListView final : public QTreeView {
     Q_OBJECT
 public:
