@@ -38,7 +38,9 @@ sources() {
     fi
 }
 
-commit() { git rev-parse HEAD 2>/dev/null; }
+# As it is at the beginning: what is committed meanwhile is not packed.
+head=$(git rev-parse HEAD 2>/dev/null || true)
+commit() { [ -n "$head" ] && echo "$head"; }
 # Of which commit a package was made is noted beside it.
 is_current() { [ -s "$1" ] && [ "$(cat "$1.commit" 2>/dev/null)" = "$(commit)" ]; }
 made() {
