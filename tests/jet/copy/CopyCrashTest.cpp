@@ -283,8 +283,8 @@ TEST_P(CopyCrash, AFileTooDamagedToBeRecoveredIsKeptWithItsJournal) {
     MemoryDisk disk(before);
     const auto kept = restore(kCopy, kPath, disk);
     ASSERT_TRUE(kept);
-    EXPECT_TRUE(holds(disk.image(), kept->string(), before.at(kPath)));
-    EXPECT_TRUE(holds(disk.image(), kept->string() + "-journal", before.at(kJournal)));
+    EXPECT_TRUE(holds(disk.image(), kept->generic_string(), before.at(kPath)));
+    EXPECT_TRUE(holds(disk.image(), kept->generic_string() + "-journal", before.at(kJournal)));
     EXPECT_FALSE(disk.exists(kJournal));
     everyCut(before, disk, kRestoringRounds, [&](const DiskImage& image) {
         ++points_;
