@@ -328,7 +328,7 @@ std::vector<std::string> systemsNamed(const std::string& path, const std::string
     const bool isTest = path.starts_with("tests/") || path.starts_with("bench/");
     for (const auto& [include, quoted] : includesOf(text))
         if (!quoted && !isTest && std::regex_match(include, header))
-            named.push_back(path + " includes " + include + ", of one operating system");
+            named.push_back((path + " includes ") += include + ", of one operating system");
     const std::string lines = "\n" + text;
     for (std::sregex_iterator it(lines.begin(), lines.end(), condition), end; it != end; ++it)
         named.push_back(path + " asks for " + (*it)[1].str());
