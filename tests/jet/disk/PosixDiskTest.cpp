@@ -3,9 +3,9 @@
 #include "jet/FileSteps.h"
 #include "jet/Fork.h"
 #include "jet/MemoryDisk.h"
+#include "jet/RealFolder.h"
 #include "jet/Sentences.h"
 #include "jet/disk/File.h"
-#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,21 +24,7 @@ using Mode = Disk::Mode;
 
 namespace {
 
-class PosixDisks : public testing::Test {
-protected:
-    fs::path made(const char* name, const char* text = "") {
-        std::ofstream(folder / name) << text;
-        return folder / name;
-    }
-    int openError(const fs::path& path, Mode mode = Mode::read) {
-        int error = 0;
-        EXPECT_EQ(disk.open(path, mode, error), nullptr);
-        return error;
-    }
-
-    TemporaryFolder folder;
-    Disk& disk = Disk::system();
-};
+class PosixDisks : public RealFolder {};
 
 TEST_F(PosixDisks, OpenOnlyWhatIsAFileOfThatName) {
     const fs::path file = made("arquivo");

@@ -1,8 +1,8 @@
 // What the system's disk does with names, and what the operator is told of what can't be done.
 #include "jet/MemoryDisk.h"
+#include "jet/RealFolder.h"
 #include "jet/Sentences.h"
 #include "jet/disk/File.h"
-#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,16 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class SystemDisks : public testing::Test {
-protected:
-    fs::path made(const char* name, const char* text = "") {
-        std::ofstream(folder / name) << text;
-        return folder / name;
-    }
-
-    TemporaryFolder folder;
-    Disk& disk = Disk::system();
-};
+class SystemDisks : public RealFolder {};
 
 TEST_F(SystemDisks, NameAndRemoveWhatIsThere) {
     const fs::path file = made("arquivo", "conteúdo");

@@ -1,10 +1,10 @@
 // What the disk of Windows does where other systems do something else.
 #include "jet/Database.h"
 #include "jet/Notes.h"
+#include "jet/RealFolder.h"
 #include "jet/Sentences.h"
 #include "jet/disk/File.h"
 #include "jet/share/LockFile.h"
-#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,26 +20,14 @@ using testing::HasSubstr;
 
 namespace {
 
-class WindowsDisks : public testing::Test {
+class WindowsDisks : public RealFolder {
 protected:
-    fs::path made(const char* name, const char* text = "") {
-        std::ofstream(folder / name) << text;
-        return folder / name;
-    }
-    int openError(const fs::path& path, Mode mode = Mode::read) {
-        int error = 0;
-        EXPECT_EQ(disk.open(path, mode, error), nullptr);
-        return error;
-    }
     std::unique_ptr<Disk::Handle> opened(const fs::path& path, Mode mode) {
         int error = 0;
         auto handle = disk.open(path, mode, error);
         EXPECT_EQ(error, 0);
         return handle;
     }
-
-    TemporaryFolder folder;
-    Disk& disk = Disk::system();
 };
 
 /// A file as another program has it.

@@ -2,13 +2,12 @@
 #include "jet/share/LockFile.h"
 
 #include "jet/Error.h"
+#include "jet/LockSlots.h"
 #include "jet/Sentences.h"
-#include "jet/ShopWork.h"
 #include "jet/share/Presence.h"
 #include "jet/system/System.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 using namespace jet;
 using namespace std::string_literals;
@@ -16,18 +15,8 @@ using testing::HasSubstr;
 
 namespace {
 
-class LockFiles : public testing::Test {
+class LockFiles : public LockSlots {
 protected:
-    static constexpr const char* kLock = "/loja/automacao.ldb";
-    MemoryDisk disk{emptyShop(Version::jet4)};
-
-    [[nodiscard]] std::string slot(std::size_t user) const {
-        const Bytes bytes = disk.image().at(kLock);
-        std::string text;
-        for (std::size_t i = 0; i < LockFile::kSlot; ++i)
-            text += std::to_integer<char>(bytes.at((user - 1) * LockFile::kSlot + i));
-        return text;
-    }
     void write(std::size_t user, const std::string& machine, const std::string& account) {
         std::string text(LockFile::kSlot, ' ');
         text.replace(0, machine.size() + 1, machine + '\0');
@@ -36,11 +25,6 @@ protected:
             .write((user - 1) * LockFile::kSlot, std::as_bytes(std::span(text)));
     }
 };
-
-/// A name as it stands in a slot: a zero behind it, then blanks.
-std::string field(const std::string& name) {
-    return name + '\0' + std::string(LockFile::kName - name.size() - 1, ' ');
-}
 
 TEST_F(LockFiles, NameTheMachineAndTheAccountOfEachUser) {
     const std::string machine = sys::machineName().substr(0, LockFile::kName - 1);

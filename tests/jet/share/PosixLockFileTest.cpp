@@ -1,9 +1,6 @@
 // How a machine's name stands in the lock file, whatever it is: where a test may give it one.
 #include "jet/Fork.h"
-#include "jet/ShopWork.h"
-#include "jet/share/LockFile.h"
-
-#include <gtest/gtest.h>
+#include "jet/LockSlots.h"
 
 #include <functional>
 #include <sched.h>
@@ -12,24 +9,7 @@ using namespace jet;
 
 namespace {
 
-class NamedMachines : public testing::Test {
-protected:
-    static constexpr const char* kLock = "/loja/automacao.ldb";
-    MemoryDisk disk{emptyShop(Version::jet4)};
-
-    [[nodiscard]] std::string slot(std::size_t user) const {
-        const Bytes bytes = disk.image().at(kLock);
-        std::string text;
-        for (std::size_t i = 0; i < LockFile::kSlot; ++i)
-            text += std::to_integer<char>(bytes.at((user - 1) * LockFile::kSlot + i));
-        return text;
-    }
-};
-
-/// A name as it stands in a slot: a zero behind it, then blanks.
-std::string slotField(const std::string& name) {
-    return name + '\0' + std::string(LockFile::kName - name.size() - 1, ' ');
-}
+class NamedMachines : public LockSlots {};
 
 /// What `name` is called where nobody is touched by it; false if that can't be had.
 bool isCalledFor(const std::string& name, const std::function<void()>& work) {
@@ -59,7 +39,7 @@ TEST_F(NamedMachines, CutALongNameOfTheMachineAndGiveANamelessOneItsPlace) {
     for (const auto& [name, shown] : cases)
         if (!isCalledFor(name, [&, &wanted = shown] {
                 const Database file(kPath, on(disk));
-                EXPECT_EQ(slot(1), slotField(wanted) + slotField("Admin"));
+                EXPECT_EQ(slot(1), field(wanted) + field("Admin"));
             }))
             GTEST_SKIP() << "this account can't call the machine otherwise";
 }
