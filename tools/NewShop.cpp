@@ -1,9 +1,11 @@
 // "Valtrino (novo banco de dados)": who has just installed the program chooses the folder of the
 // shop's database, which is made there if there is none.
+#include "ado/ConnectionString.h"
 #include "controls/folder/FileChooser.h"
 #include "controls/look/Icons.h"
 #include "controls/look/Style.h"
 #include "controls/window/MessageBox.h"
+#include "jet/Error.h"
 #include "shell/Configuracao.h"
 #include "tools/ShopSchema.h"
 
@@ -24,6 +26,19 @@ QString pastaProposta(const QString& programa) {
     return QFileInfo(atual).isWritable() && atual != programa ? atual : QDir::homePath();
 }
 
+/// Whether the program would find a file of that name, which is then as it stands there: one in
+/// other capitals isn't to be hidden by an empty one.
+bool achar(std::filesystem::path& arquivo) {
+    try {
+        arquivo = ado::existingFile(arquivo);
+        return true;
+    } catch (const jet::Error& erro) {
+        if (erro.code() != jet::Errc::notFound)
+            throw;
+        return false;
+    }
+}
+
 /// @return whether there is a database in the folder that the program opens from now on.
 bool preparar(const QString& programa) {
     showMessage("Escolha a pasta em que fica o banco de dados da loja.\n\n"
@@ -35,9 +50,8 @@ bool preparar(const QString& programa) {
     if (!escolhida)
         return false;
     const QString pasta = QDir::toNativeSeparators(*escolhida);
-    const std::filesystem::path arquivo =
-        std::filesystem::path(pasta.toStdString()) / "automacao.mdb";
-    const bool havia = std::filesystem::exists(arquivo);
+    std::filesystem::path arquivo = std::filesystem::path(pasta.toStdString()) / "automacao.mdb";
+    const bool havia = achar(arquivo);
     if (!havia)
         shop::createFile(arquivo, jet::Version::jet4);
     Configuracao::gravarPasta(programa, pasta);
