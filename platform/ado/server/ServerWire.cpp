@@ -48,17 +48,38 @@ Options parsed(const std::string& address) {
     return options;
 }
 
-/// Whether no line leaves the machine: a socket's folder, or the machine's own name.
-bool isLocal(const std::string& hosts) {
-    for (std::size_t at = 0; at <= hosts.size();) {
-        const std::size_t end = std::min(hosts.find(',', at), hosts.size());
-        const std::string host = hosts.substr(at, end - at);
-        if (!host.empty() && host.front() != '/' && host != "localhost" && host != "127.0.0.1" &&
-            host != "::1")
-            return false;
-        at = end + 1;
+/// The parts of a list with commas between them.
+std::vector<std::string> partsOf(const std::string& list) {
+    std::vector<std::string> parts(1);
+    for (const char c : list) {
+        if (c == ',')
+            parts.emplace_back();
+        else
+            parts.back() += c;
     }
-    return true;
+    return parts;
+}
+
+/// Where a line goes that mustn't leave the machine, for each of those hosts: nothing if one of
+/// them isn't named as this machine. What isn't said could be said elsewhere, in a service's file
+/// or in the environment, so that nothing said isn't this machine.
+std::optional<std::string> addressesHere(const Options& options) {
+    std::string addresses;
+    for (const std::string& host : partsOf(options["host"])) {
+        const bool named = host == "localhost" || host == "127.0.0.1";
+        const bool socket = host.starts_with('/');
+        if (!named && !socket && host != "::1")
+            return std::nullopt;
+        addresses += named ? ",127.0.0.1" : socket ? "," : "," + host;
+    }
+    addresses.erase(0, 1);
+    if (const std::string said = options["hostaddr"]; !said.empty()) {
+        for (const std::string& address : partsOf(said))
+            if (address != "127.0.0.1" && address != "::1")
+                return std::nullopt;
+        return said;
+    }
+    return addresses;
 }
 
 std::string placeOf(const Options& options) {
@@ -98,14 +119,29 @@ void ServerWire::Finisher::operator()(pg_conn* line) const { PQfinish(line); }
 ServerWire::ServerWire(const std::string& address) {
     const Options options = parsed(address);
     place_ = placeOf(options);
-    // What comes later counts. Whoever isn't on this machine has to prove who he is.
-    const std::string host = options["host"].empty() ? options["hostaddr"] : options["host"];
-    const char* const security = isLocal(host) ? nullptr : "verify-full";
-    const char* const keywords[] = {"dbname",  "fallback_application_name", "client_encoding",
-                                    "options", "connect_timeout",           "sslmode",
+    // Whoever isn't on this machine has to prove who he is, whatever the address, a service's file
+    // or the environment say: what stands later in this list goes before all of them. A socket
+    // isn't asked for a certificate. Other encryption doesn't tell whom it is made with.
+    const std::string here = addressesHere(options).value_or("");
+    const bool local = here.find_first_not_of(',') != std::string::npos;
+    const char* const keywords[] = {"dbname",
+                                    "fallback_application_name",
+                                    "client_encoding",
+                                    "options",
+                                    "connect_timeout",
+                                    "hostaddr",
+                                    "sslmode",
+                                    "gssencmode",
                                     nullptr};
-    const char* const values[] = {address.c_str(), "valtrino", "UTF8", kSettings, "10",
-                                  security,        nullptr};
+    const char* const values[] = {address.c_str(),
+                                  "valtrino",
+                                  "UTF8",
+                                  kSettings,
+                                  "10",
+                                  local ? here.c_str() : nullptr,
+                                  local ? nullptr : "verify-full",
+                                  "disable",
+                                  nullptr};
     line_.reset(PQconnectdbParams(keywords, values, 1));
     ++roundTrips_;
     if (!line_ || PQstatus(line_.get()) != CONNECTION_OK)
