@@ -1,5 +1,6 @@
 #include "tools/Arguments.h"
 
+#include "ado/ServerShop.h"
 #include "jet/Error.h"
 
 #include <algorithm>
@@ -93,6 +94,16 @@ std::filesystem::path Arguments::folder(std::size_t place) const {
         throw jet::Error(jet::Errc::notFound,
                          "A pasta " + inQuotes(operands_[place]) + " não existe.");
     return path;
+}
+
+std::optional<std::string> Arguments::server(std::size_t place) const {
+    const std::string& address = operands_[place];
+    if (!ado::isServerAddress(address))
+        return std::nullopt;
+    if (ado::holdsPassword(address))
+        throw UsageError("O endereço não pode trazer a senha: quem lista os programas abertos a "
+                         "veria. Guarde-a em ~/.pgpass.");
+    return address;
 }
 
 std::int64_t Arguments::number(std::string_view option, std::int64_t otherwise,

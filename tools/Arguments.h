@@ -51,6 +51,9 @@ public:
     /// In a folder that is there; it may be there itself.
     [[nodiscard]] std::filesystem::path newFile(std::size_t place = 0) const;
     [[nodiscard]] std::filesystem::path folder(std::size_t place) const;
+    /// A server's address, if that stands in a file's place. One with a password is refused: who
+    /// lists the programs that run could read it.
+    [[nodiscard]] std::optional<std::string> server(std::size_t place = 0) const;
     [[nodiscard]] bool has(std::string_view option) const { return values_.contains(option); }
     /// A whole number from 0 to `most`.
     [[nodiscard]] std::int64_t number(std::string_view option, std::int64_t otherwise,

@@ -40,7 +40,10 @@ constexpr ToolCommand kCreate{
     "ARQUIVO",
     "Cria um banco de dados vazio",
     "Faz um arquivo novo com as quatro tabelas da loja (cliente_fornecedor, bancos, cheques,\n"
-    "semfundos), sem registros. Um arquivo que já existe não é tocado.",
+    "semfundos), sem registros. Um arquivo que já existe não é tocado.\n"
+    "No lugar do arquivo pode estar o endereço de uma base de dados vazia de um servidor\n"
+    "PostgreSQL, postgresql://servidor/base: as tabelas são feitas nela. A senha não vai no\n"
+    "endereço, e sim em ~/.pgpass.",
     kCreateOptions,
     runCreate};
 

@@ -1,3 +1,5 @@
+#include "ado/ConnectionString.h"
+#include "ado/ServerShop.h"
 #include "jet/Database.h"
 #include "tools/Commands.h"
 #include "tools/SampleData.h"
@@ -25,9 +27,17 @@ constexpr std::int64_t kMostRows = 100'000'000;
 } // namespace
 
 int runCreate(const Arguments& arguments) {
-    shop::createFile(arguments.newFile(), versionOf(arguments));
-    std::cout << "Criado: " << arguments.operand(0) << ", com " << shop::tables().size()
-              << " tabelas vazias.\n";
+    std::string place = arguments.operand(0);
+    if (const auto server = arguments.server()) {
+        if (arguments.has("--jet3") || arguments.has("--jet4"))
+            throw UsageError("Uma base de dados num servidor não tem formato de arquivo: "
+                             "deixe fora --jet3 e --jet4.");
+        ado::createShopOnServer(*server, shop::tables());
+        place = ado::shownSource("Data Source=" + ado::quotedValue(*server));
+    } else {
+        shop::createFile(arguments.newFile(), versionOf(arguments));
+    }
+    std::cout << "Criado: " << place << ", com " << shop::tables().size() << " tabelas vazias.\n";
     return kDone;
 }
 

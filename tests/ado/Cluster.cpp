@@ -144,8 +144,14 @@ std::string Cluster::newShop() {
         parts_->free.pop_back();
         return address;
     }
+    return madeLike(kTemplate);
+}
+
+std::string Cluster::newDatabase() { return madeLike("template0"); }
+
+std::string Cluster::madeLike(const std::string& other) {
     const std::string name = "loja" + std::to_string(++parts_->shops);
-    static_cast<void>(parts_->admin->run("create database " + name + " template " + kTemplate));
+    static_cast<void>(parts_->admin->run("create database " + name + " template " + other));
     return address(name);
 }
 
@@ -176,6 +182,7 @@ Cluster& Cluster::instance(const std::vector<jet::TableSpec>& /*tables*/) {
 }
 Cluster::~Cluster() = default;
 std::string Cluster::newShop() { return {}; }
+std::string Cluster::newDatabase() { return {}; }
 void Cluster::giveBack(const std::string& /*address*/) {}
 
 #endif

@@ -23,11 +23,14 @@ public:
     /// A database with the shop's tables and nothing in them, by its address, until it is given
     /// back.
     [[nodiscard]] std::string newShop();
+    /// A database with nothing in it, by its address.
+    [[nodiscard]] std::string newDatabase();
     void giveBack(const std::string& address);
 
 private:
     explicit Cluster(const std::vector<jet::TableSpec>& tables);
     void begin();
+    [[nodiscard]] std::string madeLike(const std::string& other);
     [[nodiscard]] std::string address(const std::string& database) const;
 
     struct Parts;

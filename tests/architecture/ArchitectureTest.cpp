@@ -93,6 +93,7 @@ const std::vector<Layer> kLayers = {
     {"test_support",      Outside::qt,      {}                                                },
     {"valtrino_heard",    Outside::qt,      {}                                                },
     {"rule_test_support", Outside::nothing, {"jet"}                                           },
+    {"cluster_support",   Outside::nothing, {"ado", "test_support"}                           },
     {"jet_test_support",  Outside::nothing, {"jet", "rule_test_support"}                      },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
     {"shop_test_support", Outside::qt,      {"shell_base", "shop_schema", "form_test_support"}},
@@ -106,8 +107,9 @@ const std::vector<Layer> kLayers = {
 
 // What tests may use beside their folder, where it sees no more than the folder itself does.
 const std::vector<std::string> kHelpers = {
-    "test_support",      "rule_test_support", "jet_test_support", "shop_schema",
-    "form_test_support", "shop_test_support", "report_layout",    "report_samples"};
+    "test_support",  "rule_test_support", "jet_test_support",
+    "shop_schema",   "form_test_support", "shop_test_support",
+    "report_layout", "report_samples",    "cluster_support"};
 
 // Who may look into the rooms of a platform folder from outside, beside the folder's own tests.
 const std::vector<std::string> kRoomGuests = {"rule_test_support", "fuzz_file", "fuzz_journal",

@@ -1,21 +1,14 @@
 #include "ado/server/ServerProvider.h"
 
-#include "ado/ServerShop.h"
 #include "ado/server/OpenServer.h"
 #include "ado/server/ServerCursor.h"
 #include "ado/server/ServerFollowing.h"
-#include "ado/server/ServerSchema.h"
 #include "jet/Error.h"
 
 namespace ado {
 
 std::unique_ptr<Provider> openServer(const std::string& address, Recorder* recorder) {
     return std::make_unique<ServerProvider>(address, recorder);
-}
-
-void createShopOnServer(const std::string& address, std::span<const jet::TableSpec> tables) {
-    ServerWire wire(address);
-    createServerSchema(wire, tables);
 }
 
 void ServerProvider::end() {
