@@ -15,7 +15,6 @@
 
 namespace {
 
-using jet::ColumnType;
 using jet::Errc;
 
 constexpr char kRecebidos[] = "cheques";
@@ -25,39 +24,13 @@ constexpr char kDevolvidos[] = "semfundos";
 constexpr const char* kCopiados[] = {"lancamento", "cliente", "banco",  "numero",
                                      "valor",      "data",    "bompara"};
 
-const jet::TableSpec& estrutura() {
-    static const jet::TableSpec spec{
-        .name = Historico::kTabela,
-        .columns = {{.name = "id", .type = ColumnType::longInteger, .autonumber = true},
-                    {.name = "grupo", .type = ColumnType::longInteger},
-                    {.name = "quando", .type = ColumnType::date},
-                    {.name = "estacao", .type = ColumnType::text, .width = 64},
-                    {.name = "operacao", .type = ColumnType::text, .width = 20},
-                    {.name = "tabela", .type = ColumnType::text, .width = 64},
-                    {.name = "lancamento", .type = ColumnType::longInteger},
-                    {.name = "cliente", .type = ColumnType::longInteger},
-                    {.name = "banco", .type = ColumnType::longInteger},
-                    {.name = "numero", .type = ColumnType::text, .width = 255},
-                    {.name = "valor", .type = ColumnType::currency},
-                    {.name = "data", .type = ColumnType::date},
-                    {.name = "bompara", .type = ColumnType::date},
-                    {.name = "antes", .type = ColumnType::memo},
-                    {.name = "depois", .type = ColumnType::memo},
-                    {.name = "desfeito_por", .type = ColumnType::longInteger}},
-        .indexes = {{.name = "PrimaryKey", .columns = {{"id"}}, .primary = true},
-                    {.name = "grupo", .columns = {{"grupo"}}},
-                    {.name = "quando", .columns = {{"quando"}}}}
-    };
-    return spec;
-}
-
 const std::string& estacao() {
     static const std::string nome = QSysInfo::machineHostName().left(64).toStdString();
     return nome;
 }
 
 bool temEstrutura(const ado::TableShape& tabela) {
-    return std::ranges::all_of(estrutura().columns, [&](const jet::ColumnSpec& campo) {
+    return std::ranges::all_of(shop::history().columns, [&](const jet::ColumnSpec& campo) {
         const auto onde = tabela.findColumn(campo.name);
         return onde && tabela.columns()[*onde].type == campo.type;
     });
@@ -142,7 +115,7 @@ void Historico::preparar() {
             propria.emplace(base_);
         base.claim();
         if (!base.hasTable(kTabela))
-            base.createTable(estrutura());
+            base.createTable(shop::history());
         if (propria)
             propria->commit();
     }
@@ -157,7 +130,7 @@ void Historico::preparar() {
             throw jet::Error(Errc::readOnly, *motivo);
         rs_.Open(kTabela, base_);
         campos_.clear();
-        for (const jet::ColumnSpec& campo : estrutura().columns)
+        for (const jet::ColumnSpec& campo : shop::history().columns)
             campos_.emplace(campo.name, rs_[campo.name]);
         tabela_ = tabela.identity();
     }

@@ -2,6 +2,7 @@
 
 #include "ado/Recorder.h"
 #include "ado/Recordset.h"
+#include "tools/ShopSchema.h"
 
 #include <QString>
 
@@ -19,14 +20,15 @@ class Connection;
 /// Recorded are received cheques that are changed or deleted, and bounced ones, new ones too. Rows
 /// that one Operacao has changed share a number, `grupo`.
 ///
-/// The table is made by the first such change. Where the file doesn't let the history be kept (a
+/// The table is made by the first such change; on a server it is there from the beginning, as a
+/// clerk makes none there. Where the file doesn't let the history be kept (a
 /// table of that name is another program's, or may not be changed) the shop's work goes on without,
 /// and that is told once; a full disk or another station refuse both.
 class Historico final : public ado::Recorder {
 public:
-    static constexpr char kTabela[] = "valtrino_historico";
+    static constexpr const char* kTabela = shop::kHistory;
     /// A file that has this table keeps no history: see valtrino-mdb.
-    static constexpr char kDesligado[] = "valtrino_sem_historico";
+    static constexpr const char* kDesligado = shop::kNoHistory;
 
     // What can be done with a cheque.
     static constexpr char kAlteracao[] = "alteração";

@@ -106,6 +106,13 @@ std::optional<std::string> Arguments::server(std::size_t place) const {
     return address;
 }
 
+std::string Arguments::text(std::string_view option, const std::string& otherwise) const {
+    const auto given = values_.find(option);
+    if (given != values_.end() && given->second.empty())
+        throw UsageError("O valor da opção " + inQuotes(option) + " está vazio.");
+    return given == values_.end() ? otherwise : given->second;
+}
+
 std::int64_t Arguments::number(std::string_view option, std::int64_t otherwise,
                                std::int64_t most) const {
     const auto given = values_.find(option);

@@ -55,6 +55,7 @@ public:
     /// lists the programs that run could read it.
     [[nodiscard]] std::optional<std::string> server(std::size_t place = 0) const;
     [[nodiscard]] bool has(std::string_view option) const { return values_.contains(option); }
+    [[nodiscard]] std::string text(std::string_view option, const std::string& otherwise) const;
     /// A whole number from 0 to `most`.
     [[nodiscard]] std::int64_t number(std::string_view option, std::int64_t otherwise,
                                       std::int64_t most) const;

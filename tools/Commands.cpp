@@ -3,8 +3,10 @@
 namespace {
 
 constexpr Option kCreateOptions[] = {
-    {"--jet4", nullptr, "no formato Jet 4, de 2000 a 2003 (é o que se faz sem opção)"},
-    {"--jet3", nullptr, "no formato Jet 3, de 97"                                       },
+    {"--jet4",   nullptr, "no formato Jet 4, de 2000 a 2003 (é o que se faz sem opção)"     },
+    {"--jet3",   nullptr, "no formato Jet 3, de 97"                                            },
+    {"--owner",  "PAPEL", "num servidor: de quem são as tabelas (valtrino_dono)"              },
+    {"--clerks", "PAPEL", "num servidor: quem trabalha com os registros (valtrino_atendente)"},
 };
 
 constexpr Option kSampleOptions[] = {
@@ -42,7 +44,8 @@ constexpr ToolCommand kCreate{
     "Faz um arquivo novo com as quatro tabelas da loja (cliente_fornecedor, bancos, cheques,\n"
     "semfundos), sem registros. Um arquivo que já existe não é tocado.\n"
     "No lugar do arquivo pode estar o endereço de uma base de dados vazia de um servidor\n"
-    "PostgreSQL, postgresql://servidor/base: as tabelas são feitas nela. A senha não vai no\n"
+    "PostgreSQL, postgresql://servidor/base: as tabelas são feitas nela, e a do histórico, com\n"
+    "dois papéis do servidor, o dono e os atendentes, que não mudam tabelas. A senha não vai no\n"
     "endereço, e sim em ~/.pgpass.",
     kCreateOptions,
     runCreate};

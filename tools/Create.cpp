@@ -22,22 +22,38 @@ jet::CivilTime today() {
     return {.year = local.tm_year + 1900, .month = local.tm_mon + 1, .day = local.tm_mday};
 }
 
+ado::ShopRoles rolesOf(const Arguments& arguments) {
+    ado::ShopRoles roles;
+    roles.owner = arguments.text("--owner", roles.owner);
+    roles.clerks = arguments.text("--clerks", roles.clerks);
+    if (roles.owner == roles.clerks)
+        throw UsageError("O dono e os atendentes são dois papéis.");
+    return roles;
+}
+
 constexpr std::int64_t kMostRows = 100'000'000;
 
 } // namespace
 
 int runCreate(const Arguments& arguments) {
-    std::string place = arguments.operand(0);
     if (const auto server = arguments.server()) {
         if (arguments.has("--jet3") || arguments.has("--jet4"))
             throw UsageError("Uma base de dados num servidor não tem formato de arquivo: "
                              "deixe fora --jet3 e --jet4.");
-        ado::createShopOnServer(*server, shop::tables());
-        place = ado::shownSource("Data Source=" + ado::quotedValue(*server));
-    } else {
-        shop::createFile(arguments.newFile(), versionOf(arguments));
+        std::vector<jet::TableSpec> tables(shop::tables().begin(), shop::tables().end());
+        tables.push_back(shop::history());
+        const ado::ShopRoles roles = rolesOf(arguments);
+        ado::createShopOnServer(*server, tables, roles);
+        std::cout << "Criado: " << ado::shownSource("Data Source=" + ado::quotedValue(*server))
+                  << ", com " << tables.size() << " tabelas vazias.\n"
+                  << "Quem vai trabalhar: grant " << roles.clerks << " to usuario;\n";
+        return kDone;
     }
-    std::cout << "Criado: " << place << ", com " << shop::tables().size() << " tabelas vazias.\n";
+    if (arguments.has("--owner") || arguments.has("--clerks"))
+        throw UsageError("Um arquivo não tem papéis: deixe fora --owner e --clerks.");
+    shop::createFile(arguments.newFile(), versionOf(arguments));
+    std::cout << "Criado: " << arguments.operand(0) << ", com " << shop::tables().size()
+              << " tabelas vazias.\n";
     return kDone;
 }
 

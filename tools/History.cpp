@@ -2,14 +2,11 @@
 #include "jet/DropTable.h"
 #include "jet/Error.h"
 #include "tools/Commands.h"
+#include "tools/ShopSchema.h"
 
 #include <iostream>
 
 namespace {
-
-// As shell/Historico.h has them.
-constexpr const char* kTable = "valtrino_historico";
-constexpr const char* kOff = "valtrino_sem_historico";
 
 jet::Database opened(const std::filesystem::path& path, bool readOnly) {
     jet::Database::Options options;
@@ -18,18 +15,18 @@ jet::Database opened(const std::filesystem::path& path, bool readOnly) {
 }
 
 void tell(jet::Database& database) {
-    if (database.hasTable(kTable))
-        std::cout << "Histórico: " << database.table(kTable).rowCount() << " registros.\n";
+    if (database.hasTable(shop::kHistory))
+        std::cout << "Histórico: " << database.table(shop::kHistory).rowCount() << " registros.\n";
     else
         std::cout << "Não há histórico.\n";
-    std::cout << (database.hasTable(kOff) ? "Está desligado: nada é gravado nele.\n"
-                                          : "Está ligado.\n");
+    std::cout << (database.hasTable(shop::kNoHistory) ? "Está desligado: nada é gravado nele.\n"
+                                                      : "Está ligado.\n");
 }
 
 void turnOff(const std::filesystem::path& path) {
     jet::Database database = opened(path, false);
-    if (!database.hasTable(kOff))
-        database.createTable({.name = kOff,
+    if (!database.hasTable(shop::kNoHistory))
+        database.createTable({.name = shop::kNoHistory,
                               .columns = {{.name = "desde", .type = jet::ColumnType::date}},
                               .indexes = {}});
 }
@@ -48,9 +45,9 @@ int runHistory(const Arguments& arguments) {
     if (arguments.has("--off"))
         turnOff(path);
     if (arguments.has("--on"))
-        drop(path, kOff);
+        drop(path, shop::kNoHistory);
     if (arguments.has("--remove"))
-        drop(path, kTable);
+        drop(path, shop::kHistory);
     jet::Database database = opened(path, true);
     tell(database);
     return kDone;

@@ -92,6 +92,32 @@ std::span<const TableSpec> tables() {
     return made;
 }
 
+const TableSpec& history() {
+    static const TableSpec spec{
+        .name = kHistory,
+        .columns = {{.name = "id", .type = ColumnType::longInteger, .autonumber = true},
+                    {.name = "grupo", .type = ColumnType::longInteger},
+                    {.name = "quando", .type = ColumnType::date},
+                    {.name = "estacao", .type = ColumnType::text, .width = 64},
+                    {.name = "operacao", .type = ColumnType::text, .width = 20},
+                    {.name = "tabela", .type = ColumnType::text, .width = 64},
+                    {.name = "lancamento", .type = ColumnType::longInteger},
+                    {.name = "cliente", .type = ColumnType::longInteger},
+                    {.name = "banco", .type = ColumnType::longInteger},
+                    {.name = "numero", .type = ColumnType::text, .width = 255},
+                    {.name = "valor", .type = ColumnType::currency},
+                    {.name = "data", .type = ColumnType::date},
+                    {.name = "bompara", .type = ColumnType::date},
+                    {.name = "antes", .type = ColumnType::memo},
+                    {.name = "depois", .type = ColumnType::memo},
+                    {.name = "desfeito_por", .type = ColumnType::longInteger}},
+        .indexes = {{.name = "PrimaryKey", .columns = {{"id"}}, .primary = true},
+                    {.name = "grupo", .columns = {{"grupo"}}},
+                    {.name = "quando", .columns = {{"quando"}}}}
+    };
+    return spec;
+}
+
 void createTables(jet::Database& database) {
     for (const TableSpec& table : tables())
         database.createTable(table);

@@ -15,6 +15,12 @@ namespace shop {
 /// The tables, in the order in which they are made.
 [[nodiscard]] std::span<const jet::TableSpec> tables();
 
+/// What was done with the cheques is kept in this one, by the programs themselves.
+inline constexpr const char* kHistory = "valtrino_historico";
+/// Where this one is, nothing is.
+inline constexpr const char* kNoHistory = "valtrino_sem_historico";
+[[nodiscard]] const jet::TableSpec& history();
+
 /// Makes the tables in a file that has none of them.
 /// @throws jet::Error{exists} if one is there, and whatever jet::Database::createTable() throws.
 void createTables(jet::Database& database);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ado/ShopRoles.h"
 #include "jet/TableSpec.h"
 
 #include <span>
@@ -19,6 +20,7 @@ namespace ado {
 /// @throws Error{exists} if it has one, Error{io, password, notFound} if the server can't be
 ///         reached, Error{unsupported} where the program was built without one, and what the server
 ///         refuses.
-void createShopOnServer(const std::string& address, std::span<const jet::TableSpec> tables);
+void createShopOnServer(const std::string& address, std::span<const jet::TableSpec> tables,
+                        const ShopRoles& roles = {});
 
 } // namespace ado

@@ -35,7 +35,7 @@ protected:
 TEST_F(ServerTools, CreateMakesTheShopsTablesInAnEmptyDatabase) {
     const ProgramResult made = runTool({"create", address});
     EXPECT_EQ(made.code, 0) << made.err;
-    EXPECT_THAT(made.out, AllOf(HasSubstr("com 4 tabelas vazias"), Not(HasSubstr("user="))));
+    EXPECT_THAT(made.out, AllOf(HasSubstr("com 5 tabelas vazias"), Not(HasSubstr("user="))));
     ado::Connection connection;
     connection.Open("Data Source=" + ado::quotedValue(address));
     for (const jet::TableSpec& table : shop::tables())

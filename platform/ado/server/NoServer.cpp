@@ -21,8 +21,8 @@ std::unique_ptr<Provider> openServer(const std::string& /*address*/, Recorder* /
 
 bool holdsPassword(const std::string& /*address*/) { thereIsNone(); }
 
-void createShopOnServer(const std::string& /*address*/,
-                        std::span<const jet::TableSpec> /*tables*/) {
+void createShopOnServer(const std::string& /*address*/, std::span<const jet::TableSpec> /*tables*/,
+                        const ShopRoles& /*roles*/) {
     thereIsNone();
 }
 

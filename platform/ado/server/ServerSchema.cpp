@@ -1,6 +1,7 @@
 #include "ado/server/ServerSchema.h"
 
 #include "ado/dialect/Spelling.h"
+#include "ado/server/ServerRoles.h"
 #include "ado/server/ServerValue.h"
 #include "jet/Error.h"
 
@@ -14,7 +15,6 @@ namespace {
 // what looks into texts needs an order in which no two texts are the same: that of their letters.
 // A function that gives a text gives it in the shop's order.
 constexpr const char* kFoundation[] = {
-    "create schema valtrino",
     "create collation texto (provider = icu, locale = 'und-u-ks-level2', deterministic = false)",
     // A place or length that can't be is an error of the statement.
     R"(create function jet_count(bigint, integer) returns integer language plpgsql immutable
@@ -116,33 +116,58 @@ std::string columnsOf(const jet::IndexSpec& index, bool withOrder) {
     return list;
 }
 
-void createTable(ServerWire& wire, const jet::TableSpec& table) {
+/// What a column is in a file, where its type on the server doesn't tell.
+std::string noteOf(const jet::ColumnSpec& column) {
+    if (column.type == jet::ColumnType::byte)
+        return std::string(kNote) + "byte";
+    if (column.type == jet::ColumnType::binary)
+        return std::string(kNote) + "binary " + std::to_string(column.width);
+    return {};
+}
+
+/// What an index is in a file.
+std::string noteOf(const jet::IndexSpec& index) {
+    return std::string(kNote) + std::to_string(index.columns.size()) + ' ' +
+           (index.unique || index.primary ? "u" : "-") + (index.ignoreNulls ? "i" : "-") +
+           (index.required || index.primary ? "r" : "-") + ' ' + index.name;
+}
+
+/// To the index that was made last of a table.
+void noteIndex(ServerWire& wire, const std::string& table, const jet::IndexSpec& index) {
+    const ServerRows made = wire.run(
+        "select i.indexrelid::regclass::text from pg_catalog.pg_index i where i.indrelid = " +
+        serverText(table) + "::regclass order by i.indexrelid desc limit 1");
+    static_cast<void>(wire.run("comment on index " + made.field(0, 0).value_or("") + " is " +
+                               serverText(noteOf(index))));
+}
+
+} // namespace
+
+void createColumns(ServerWire& wire, const jet::TableSpec& table) {
     const std::string name = quotedName(table.name);
     std::string columns;
     for (const jet::ColumnSpec& column : table.columns) {
         std::string type = serverType(column);
         if (const std::size_t at = type.find("value"); at != std::string::npos)
             type.replace(at, 5, quotedName(column.name));
-        columns += columns.empty() ? "" : ", ";
-        columns += quotedName(column.name);
-        columns += ' ';
-        columns += type;
-    }
-    std::string newsKey;
-    for (const jet::IndexSpec& index : table.indexes) {
-        if (!index.primary)
-            continue;
-        columns += ", primary key (" + columnsOf(index, false) + ")";
-        const std::size_t place = table.placeOf(index.columns.front().name);
-        if (place < table.columns.size() && isWholeNumber(table.columns[place].type))
-            newsKey = index.columns.front().name;
+        columns.append(columns.empty() ? "" : ", ").append(quotedName(column.name));
+        columns.append(" ").append(type);
     }
     static_cast<void>(wire.run("create table " + name + " (" + columns + ")"));
-    // The list that a window opens goes by the key after the column: so does the index.
-    const auto primary = std::ranges::find_if(table.indexes, &jet::IndexSpec::primary);
-    for (const jet::IndexSpec& index : table.indexes) {
-        if (index.primary)
-            continue;
+    for (const jet::ColumnSpec& column : table.columns)
+        if (const std::string note = noteOf(column); !note.empty())
+            static_cast<void>(wire.run("comment on column " + name + '.' + quotedName(column.name) +
+                                       " is " + serverText(note)));
+}
+
+void createIndex(ServerWire& wire, const jet::TableSpec& table, const jet::IndexSpec& index) {
+    const std::string name = quotedName(table.name);
+    if (index.primary) {
+        static_cast<void>(
+            wire.run("alter table " + name + " add primary key (" + columnsOf(index, false) + ")"));
+    } else {
+        // The list that a window opens goes by the key after the column: so does the index.
+        const auto primary = std::ranges::find_if(table.indexes, &jet::IndexSpec::primary);
         std::string list = columnsOf(index, true);
         if (!index.unique && primary != table.indexes.end())
             list += ", " + columnsOf(*primary, false);
@@ -150,15 +175,32 @@ void createTable(ServerWire& wire, const jet::TableSpec& table) {
         sql.append(name).append(" (").append(list).append(")");
         static_cast<void>(wire.run(sql));
     }
-    std::string argument = "''";
-    if (!newsKey.empty()) {
-        argument = "'";
-        for (const char c : newsKey)
-            argument.append(c == '\'' ? 2 : 1, c);
-        argument += "'";
+    noteIndex(wire, name, index);
+}
+
+void createNews(ServerWire& wire, const jet::TableSpec& table) {
+    std::string key;
+    for (const jet::IndexSpec& index : table.indexes) {
+        const std::size_t place = table.placeOf(index.columns.front().name);
+        if (index.primary && place < table.columns.size() &&
+            isWholeNumber(table.columns[place].type))
+            key = table.columns[place].name;
     }
     static_cast<void>(wire.run("create trigger valtrino_news after insert or update or delete on " +
-                               name + " for each row execute function jet_news(" + argument + ")"));
+                               quotedName(table.name) + " for each row execute function jet_news(" +
+                               serverText(key) + ")"));
+}
+
+namespace {
+
+void createTable(ServerWire& wire, const jet::TableSpec& table) {
+    createColumns(wire, table);
+    // The key first: the other indexes end with it.
+    for (const bool primary : {true, false})
+        for (const jet::IndexSpec& index : table.indexes)
+            if (index.primary == primary)
+                createIndex(wire, table, index);
+    createNews(wire, table);
 }
 
 /// All that `work` does, or nothing.
@@ -179,17 +221,33 @@ void inOne(ServerWire& wire, Work&& work) {
 
 } // namespace
 
-void createServerSchema(ServerWire& wire, std::span<const jet::TableSpec> tables) {
+void createFoundation(ServerWire& wire) {
+    for (const char* const part : kFoundation)
+        static_cast<void>(wire.run(part));
+}
+
+void createServerSchema(ServerWire& wire, std::span<const jet::TableSpec> tables,
+                        const ShopRoles& roles) {
     inOne(wire, [&] {
-        for (const char* const part : kFoundation)
-            static_cast<void>(wire.run(part));
+        createRolesAndSchema(wire, roles);
+        createFoundation(wire);
         for (const jet::TableSpec& table : tables)
             createTable(wire, table);
+        leaveOwner(wire);
     });
 }
 
 void createServerTable(ServerWire& wire, const jet::TableSpec& table) {
-    inOne(wire, [&] { createTable(wire, table); });
+    inOne(wire, [&] {
+        becomeOwner(wire);
+        try {
+            createTable(wire, table);
+        } catch (...) {
+            leaveOwner(wire);
+            throw;
+        }
+        leaveOwner(wire);
+    });
 }
 
 } // namespace ado

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ado/ShopRoles.h"
 #include "ado/server/ServerWire.h"
 #include "jet/TableSpec.h"
 
@@ -8,13 +9,24 @@
 
 namespace ado {
 
-/// Makes, in an empty database, what every table and statement of the shop needs there: the schema
-/// `valtrino`, the order of texts, the functions of the dialect, who tells of changes. Then the
-/// tables. All of it or nothing. @throws jet::Error.
-void createServerSchema(ServerWire& wire, std::span<const jet::TableSpec> tables);
+/// Makes, in a database without a shop, what every table and statement of one needs there: the
+/// roles, the schema `valtrino`, the order of texts, the functions of the dialect, who tells of
+/// changes. Then the tables. All of it or nothing. @throws jet::Error.
+void createServerSchema(ServerWire& wire, std::span<const jet::TableSpec> tables,
+                        const ShopRoles& roles);
 
-/// One more table. @throws Error{exists, misuse}.
+/// One more table, of the owner of the others. @throws Error{exists, misuse, readOnly}.
 void createServerTable(ServerWire& wire, const jet::TableSpec& table);
+
+// The same in steps, inside a transaction and as the owner, for who fills the tables in between:
+// rows come in faster before there are indexes.
+void createFoundation(ServerWire& wire);
+void createColumns(ServerWire& wire, const jet::TableSpec& table);
+void createIndex(ServerWire& wire, const jet::TableSpec& table, const jet::IndexSpec& index);
+void createNews(ServerWire& wire, const jet::TableSpec& table);
+
+/// How a comment of a column or index begins that says what it is in a file.
+inline constexpr std::string_view kNote = "valtrino: ";
 
 /// How far a change is told by its row's key: a block for every so many keys.
 inline constexpr int kKeysInABlock = 1024;

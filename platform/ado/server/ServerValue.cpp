@@ -190,6 +190,13 @@ jet::Column columnOf(const std::string& name, unsigned type, int modifier) {
     return column;
 }
 
+std::string serverText(std::string_view text) {
+    std::string quoted = "'";
+    for (const char c : text)
+        quoted.append(c == '\'' ? 2 : 1, c);
+    return quoted + "'";
+}
+
 std::string timestampText(jet::Date date) {
     const jet::CivilTime time = date.civil();
     std::array<char, 40> buffer{};

@@ -46,6 +46,8 @@ constexpr unsigned kUuid = 2950;
 /// Of a column of the server's type `type` and `modifier`; nothing is null.
 [[nodiscard]] jet::Value valueOf(const std::optional<std::string>& text, unsigned type,
                                  int modifier);
+/// A text as it stands in a statement.
+[[nodiscard]] std::string serverText(std::string_view text);
 /// A moment as the server reads it.
 [[nodiscard]] std::string timestampText(jet::Date date);
 

@@ -1,0 +1,52 @@
+#include "ado/server/ServerRoles.h"
+
+#include "ado/dialect/Spelling.h"
+#include "ado/server/ServerValue.h"
+
+namespace ado {
+
+namespace {
+
+/// Roles are the whole server's: another shop on it may have made them.
+void createRole(ServerWire& wire, const std::string& role) {
+    if (wire.run("select 1 from pg_catalog.pg_roles where rolname = " + serverText(role)).rows() ==
+        0)
+        static_cast<void>(wire.run("create role " + quotedName(role) + " nologin"));
+}
+
+} // namespace
+
+void createRolesAndSchema(ServerWire& wire, const ShopRoles& roles) {
+    createRole(wire, roles.owner);
+    createRole(wire, roles.clerks);
+    const std::string owner = quotedName(roles.owner);
+    const std::string clerks = quotedName(roles.clerks);
+    const ServerRows about = wire.run("select current_database(), pg_has_role(" +
+                                      serverText(roles.owner) + ", 'member')");
+    if (about.field(0, 1) != "t")
+        static_cast<void>(wire.run("grant " + owner + " to current_user"));
+    const std::string base = quotedName(about.field(0, 0).value_or(""));
+    for (const std::string& step :
+         {"revoke all on database " + base + " from public",
+          "grant connect on database " + base + " to " + owner + ", " + clerks,
+          // Of whoever comes by another program too: none holds a row for longer.
+          "alter database " + base + " set statement_timeout = '10min'",
+          "alter database " + base + " set idle_in_transaction_session_timeout = '10min'",
+          "create schema valtrino authorization " + owner})
+        static_cast<void>(wire.run(step));
+    becomeOwner(wire);
+    const std::string later = "alter default privileges in schema valtrino grant ";
+    for (const std::string& step : {"grant usage on schema valtrino to " + clerks,
+                                    later + "select, insert, update, delete on tables to " + clerks,
+                                    later + "usage, select on sequences to " + clerks})
+        static_cast<void>(wire.run(step));
+}
+
+void becomeOwner(ServerWire& wire) {
+    static_cast<void>(wire.run("select set_config('role', pg_get_userbyid(nspowner), true) "
+                               "from pg_catalog.pg_namespace where nspname = 'valtrino'"));
+}
+
+void leaveOwner(ServerWire& wire) { static_cast<void>(wire.run("reset role")); }
+
+} // namespace ado

@@ -1,0 +1,130 @@
+// Who may do what in a shop on a server.
+#include "ado/Cluster.h"
+#include "ado/Connection.h"
+#include "ado/ConnectionString.h"
+#include "ado/Recordset.h"
+#include "ado/ServerShop.h"
+#include "ado/Shop.h"
+#ifdef VALTRINO_SERVER
+#include "ado/server/ServerWire.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using jet::Errc;
+using testing::Not;
+using testing::StartsWith;
+
+/// A shop, and who logs in at its server.
+class RolesTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (const std::string why = Cluster::absence(); !why.empty())
+            GTEST_SKIP() << why;
+        address_ = Cluster::instance(shopTables()).newDatabase();
+        ado::createShopOnServer(address_, shopTables(), {"dono da loja", "atendentes"});
+        ado::ServerWire wire(address_);
+        for (const char* step :
+             {"do $$ begin create role maria login; create role joana login; create role jose "
+              "login; exception when duplicate_object then null; end $$",
+              R"(grant "dono da loja" to joana)", "grant atendentes to maria"})
+            static_cast<void>(wire.run(step));
+    }
+    [[nodiscard]] std::string as(const std::string& who) const {
+        std::string address = address_;
+        return address.replace(address.find("user=loja"), 9, "user=" + who);
+    }
+    /// What the server says to a statement of hers; "" if it does it.
+    static std::string refusal(ado::ServerWire& wire, const std::string& sql) {
+        try {
+            static_cast<void>(wire.run(sql));
+        } catch (const jet::Error& error) {
+            EXPECT_EQ(error.code(), Errc::readOnly) << error.what();
+            return error.what();
+        }
+        return {};
+    }
+    std::string address_;
+};
+
+const jet::TableSpec kNotes{
+    "notas",
+    {{"numero", jet::ColumnType::longInteger, 0, true}, {"texto", jet::ColumnType::text, 20}},
+    {{"PrimaryKey", {{"numero"}}, true}                                                }
+};
+
+void addNote(ado::Connection& connection, const char* table, const char* column) {
+    ado::Recordset rows;
+    rows.Open(table, connection);
+    rows.AddNew();
+    rows[column] = "Nova";
+    rows.Update();
+    rows[column] = "Outra";
+    rows.Update();
+    rows.AddNew();
+    rows[column] = "De passagem";
+    rows.Update();
+    rows.Delete();
+}
+
+TEST_F(RolesTest, AClerkWorksWithRowsAndMakesNoTable) {
+    ado::Connection connection;
+    connection.Open("Data Source=" + ado::quotedValue(as("maria")));
+    EXPECT_NO_THROW(addNote(connection, "bancos", "nome"));
+    try {
+        connection.store().createTable(kNotes);
+        ADD_FAILURE() << "made a table";
+    } catch (const jet::Error& error) {
+        EXPECT_EQ(error.code(), Errc::readOnly) << error.what();
+    }
+}
+
+TEST_F(RolesTest, AClerkChangesNothingOfTheTablesThemselves) {
+    ado::ServerWire wire(as("maria"));
+    for (const char* sql :
+         {"drop table bancos", "alter table bancos add column x integer", "truncate bancos",
+          "create table valtrino.x (n integer)", "create schema x", "drop schema valtrino cascade",
+          "create index on bancos (nome)", "alter table bancos disable trigger all",
+          "create or replace function valtrino.jet_len(text) returns integer return 1",
+          "set role \"dono da loja\"", "create table public.x (n integer)",
+          "create temporary table x (n integer)"})
+        EXPECT_THAT(refusal(wire, sql), StartsWith("O servidor não deixa este usuário")) << sql;
+}
+
+TEST_F(RolesTest, WhatTheOwnersPeopleMakeIsTheOwnersAndForAllClerks) {
+    ado::Connection owner;
+    owner.Open("Data Source=" + ado::quotedValue(as("joana")));
+    owner.store().createTable(kNotes);
+    ado::Connection clerk;
+    clerk.Open("Data Source=" + ado::quotedValue(as("maria")));
+    EXPECT_NO_THROW(addNote(clerk, "notas", "texto"));
+    ado::ServerWire wire(address_);
+    EXPECT_EQ(wire.run("select distinct tableowner from pg_tables where schemaname = 'valtrino'")
+                  .field(0, 0),
+              "dono da loja");
+}
+
+TEST_F(RolesTest, WhoIsNeitherDoesntGetIn) {
+    EXPECT_THROW(ado::ServerWire{as("jose")}, jet::Error);
+}
+
+TEST_F(RolesTest, NobodyHoldsTheServerUpForever) {
+    ado::ServerWire wire(address_);
+    const ado::ServerRows set =
+        wire.run("select unnest(setconfig) from pg_db_role_setting s join pg_database d on "
+                 "d.oid = s.setdatabase where d.datname = current_database() order by 1");
+    ASSERT_EQ(set.rows(), 2);
+    EXPECT_EQ(set.field(0, 0), "idle_in_transaction_session_timeout=10min");
+    EXPECT_EQ(set.field(1, 0), "statement_timeout=10min");
+}
+
+// Another shop of the same server has them already.
+TEST_F(RolesTest, RolesThatAreThereServeASecondShop) {
+    const std::string other = Cluster::instance(shopTables()).newDatabase();
+    EXPECT_NO_THROW(ado::createShopOnServer(other, shopTables(), {"dono da loja", "atendentes"}));
+}
+
+} // namespace
+
+#endif
