@@ -45,6 +45,7 @@ bool soDoHistorico(Errc causa) {
     case Errc::locked:
     case Errc::conflict:
     case Errc::gone:
+    case Errc::offline:
         return false;
     default:
         return true;

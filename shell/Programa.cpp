@@ -56,8 +56,9 @@ QString descricao(const std::exception_ptr& falha) {
 }
 
 /// Whether the operator can try again: another station or a foreign program has the file, the disk
-/// is full, what was typed breaks a rule that the file declares or doesn't fit, or the file lacks a
-/// table or field that this one operation needs. Nothing was saved then.
+/// is full, the line to the server has broken, what was typed breaks a rule that the file declares
+/// or doesn't fit, or the file lacks a table or field that this one operation needs. Nothing was
+/// saved then.
 bool podeRepetir(const std::exception_ptr& falha) {
     try {
         std::rethrow_exception(falha);
@@ -75,6 +76,7 @@ bool podeRepetir(const std::exception_ptr& falha) {
         case jet::Errc::outOfRange:
         case jet::Errc::tooLong:
         case jet::Errc::notFound:
+        case jet::Errc::offline:
             return dbconectar::instance().aberto();
         default:
             return false;

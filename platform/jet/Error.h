@@ -28,6 +28,7 @@ enum class Errc : std::uint8_t {
     noCurrentRow, ///< the recordset stands before the first or after the last row
     syntax,       ///< the statement isn't one that the data layer takes
     cancelled,    ///< whoever asked for it wants it no longer
+    offline,      ///< the server is away, or was; the sentence says what was done and what wasn't
     misuse,       ///< called in a state that doesn't allow it (closed, transaction already open)
 };
 

@@ -27,24 +27,29 @@ ServerAnswer::ServerAnswer(ServerSession& session, ServerQuery query)
 ServerAnswer::~ServerAnswer() { closePortal(); }
 
 void ServerAnswer::closePortal() noexcept {
-    if (portal_.empty())
-        return;
-    try {
-        static_cast<void>(session_.wire().run("close " + portal_));
-    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
-        // It goes with the line.
-    }
+    if (!portal_.empty() && line_ == session_.wire().lines())
+        session_.wire().later("close " + portal_);
     portal_.clear();
 }
 
-/// The first rows with the statement itself; where there are more, or in a transaction, which might
-/// be undone and take what is kept on the server along, all of them.
+/// All rows stay on the server, and are fetched from there in pieces: those of one moment. In a
+/// transaction, which might be undone and take them along, all are fetched at once.
+ServerRows ServerAnswer::openPortal(const std::string& name, std::size_t most) {
+    ServerStatement declare = query_.all();
+    declare.sql.insert(0, "declare " + name + " scroll cursor with hold for ");
+    const ServerStatement fetch{"fetch forward " + std::to_string(most) + " from " + name};
+    ServerRows found = session_.wire().run({declare, fetch});
+    line_ = session_.wire().lines();
+    return found;
+}
+
 void ServerAnswer::fetchFirst() {
-    const ServerStatement statement = query_.all();
     const bool pieces = !session_.wire().inTransaction();
-    ServerRows found = session_.wire().run(
-        statement.sql + (pieces ? " limit " + std::to_string(kPiece) : ""), statement.parameters);
+    const std::string name = nextPortal();
+    ServerRows found = pieces ? openPortal(name, kPiece) : session_.wire().run(query_.all());
     closePortal();
+    if (pieces)
+        portal_ = name;
     rows_.clear();
     types_.clear();
     kept_ = 0;
@@ -59,23 +64,49 @@ void ServerAnswer::fetchFirst() {
         query_.setFields(columns);
     keep(found);
     complete_ = !pieces || rows_.size() < kPiece;
+    if (complete_)
+        closePortal();
+}
+
+/// What was kept on the server goes with the line. If it hasn't changed since, it goes on.
+void ServerAnswer::requirePortal() {
+    if (line_ == session_.wire().lines())
+        return;
+    const std::string name = nextPortal();
+    const ServerRows found = openPortal(name, rows_.size());
+    portal_ = name;
+    bool same = found.rows() == static_cast<int>(rows_.size());
+    for (int row = 0; same && row < found.rows(); ++row)
+        for (int column = 0; same && column < found.columns(); ++column)
+            same = found.field(row, column) ==
+                   rows_[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
+    if (same)
+        return;
+    closePortal();
+    line_ = 0;
+    throw jet::Error(jet::Errc::offline,
+                     "A conexão com o servidor caiu, e os registros que estavam sendo lidos "
+                     "mudaram depois disso. Abra a lista de novo.");
+}
+
+/// A command about the portal, whose name it ends with.
+ServerRows ServerAnswer::ask(const std::string& command) {
+    requirePortal();
+    try {
+        return session_.wire().run(command + portal_);
+    } catch (const jet::Error&) {
+        if (line_ == session_.wire().lines())
+            throw;
+    }
+    requirePortal(); // the line has broken meanwhile
+    return session_.wire().run(command + portal_);
 }
 
 bool ServerAnswer::fetchMore() {
     if (complete_)
         return false;
-    if (portal_.empty()) {
-        const ServerStatement statement = query_.all();
-        std::string name = nextPortal();
-        static_cast<void>(session_.wire().run(
-            "declare " + name + " no scroll cursor with hold for " + statement.sql,
-            statement.parameters));
-        portal_ = std::move(name);
-        static_cast<void>(
-            session_.wire().run("move forward " + std::to_string(rows_.size()) + " in " + portal_));
-    }
     const std::size_t before = rows_.size();
-    keep(session_.wire().run("fetch forward " + std::to_string(kPiece) + " from " + portal_));
+    keep(ask("fetch forward " + std::to_string(kPiece) + " from "));
     complete_ = rows_.size() - before < kPiece;
     if (complete_)
         closePortal();
@@ -112,9 +143,9 @@ bool ServerAnswer::last() {
 std::int64_t ServerAnswer::count() {
     if (complete_)
         return static_cast<std::int64_t>(rows_.size());
-    const ServerStatement statement = query_.count();
-    const ServerRows rows = session_.wire().run(statement.sql, statement.parameters);
-    return std::get<std::int64_t>(valueOf(rows.field(0, 0), server_type::kBigint, -1));
+    const std::int64_t rest = ask("move forward all in ").affected();
+    session_.wire().later("move absolute " + std::to_string(rows_.size()) + " in " + portal_);
+    return static_cast<std::int64_t>(rows_.size()) + rest;
 }
 
 /// The rows that meet the criterion are asked for by their fingerprints.
@@ -127,7 +158,7 @@ void ServerAnswer::find(const std::string& criterion) {
     narrowed.setFilter(filter().empty() ? criterion : "(" + filter() + ") and (" + criterion + ")",
                        spelling());
     const ServerStatement statement = narrowed.all();
-    const ServerRows found = session_.wire().run(statement.sql, statement.parameters);
+    const ServerRows found = session_.wire().run(statement);
     const auto fingerprints = [&](const auto& fieldOf) {
         std::vector<std::optional<std::string>> all;
         all.reserve(query_.tables().size());

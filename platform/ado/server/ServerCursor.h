@@ -150,13 +150,17 @@ private:
     bool goTo(std::size_t place);
     bool fetchMore();
     void keep(const ServerRows& rows);
+    [[nodiscard]] ServerRows openPortal(const std::string& name, std::size_t most);
+    void requirePortal();
+    [[nodiscard]] ServerRows ask(const std::string& command);
     void closePortal() noexcept;
 
     std::deque<std::vector<std::optional<std::string>>> rows_;
     std::vector<ServerTable::Type> types_;
     std::size_t at_ = 0;
     bool complete_ = false;
-    std::string portal_; ///< the server's name for what is fetched in pieces; "" for none
+    std::string portal_;     ///< the server's name for what is fetched in pieces; "" for none
+    std::uint64_t line_ = 0; ///< where it has that name
     std::size_t kept_ = 0;
 };
 

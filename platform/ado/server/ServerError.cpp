@@ -54,8 +54,7 @@ std::string fieldOf(const pg_result* result, int field) {
 void throwServerError(const pg_conn* line, const pg_result* result, const std::string& place) {
     const std::string state = fieldOf(result, PG_DIAG_SQLSTATE);
     if (state.empty())
-        throw Error(Errc::io, "A conexão com o servidor " + place +
-                                  " caiu. Não se sabe se a última gravação foi feita: confira.");
+        throw Error(Errc::io, "A conexão com o servidor " + place + " caiu.");
     const std::string said = " (" + fieldOf(result, PG_DIAG_MESSAGE_PRIMARY) + ")";
     for (const Meaning& meaning : kMeanings)
         if (state.starts_with(meaning.state))

@@ -5,6 +5,8 @@
 #include "ado/server/ServerValue.h"
 #include "jet/Error.h"
 
+#include <algorithm>
+
 namespace ado {
 
 using jet::Errc;
@@ -72,8 +74,10 @@ void ServerFollowing::begin() {
         "select coalesce(max(" + quotedName(table_.columns[table_.key.front()].name) +
         "), -1)::bigint / " + std::to_string(kKeysInABlock) + " from " + quotedName(table_.name));
     const auto most = std::get<std::int64_t>(valueOf(last.field(0, 0), server_type::kBigint, -1));
-    for (std::int64_t block = 0; block <= most; ++block)
+    // Of one that has been read before and isn't any more nothing is left.
+    for (std::int64_t block = 0; block <= std::max(most, last_); ++block)
         pending_.insert(static_cast<std::uint32_t>(block));
+    last_ = std::max(most, last_);
     atFirst_ = pending_.size();
     begun_ = true;
 }

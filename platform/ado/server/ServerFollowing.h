@@ -22,6 +22,7 @@ public:
 
 private:
     void hear(std::string_view table, std::uint32_t block) override;
+    void miss() override { begun_ = false; }
     void begin();
     void read(std::uint32_t block);
 
@@ -30,6 +31,7 @@ private:
     Take take_;
     std::vector<std::size_t> columns_;
     std::set<std::uint32_t> pending_;
+    std::int64_t last_ = -1;  ///< the last block there has been
     std::size_t atFirst_ = 0; ///< blocks that there were to be read
     bool begun_ = false;
 };

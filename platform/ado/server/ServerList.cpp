@@ -32,7 +32,7 @@ std::deque<ServerRow> ServerList::fetch(From from, bool forwards, const std::str
                                         std::size_t most) {
     const ServerStatement statement =
         query_.range(from, forwards, from == From::end ? nullptr : &here(), most, more, spelling());
-    const ServerRows found = session_.wire().run(statement.sql, statement.parameters);
+    const ServerRows found = session_.wire().run(statement);
     std::deque<ServerRow> rows;
     for (int i = 0; i < found.rows(); ++i) {
         if (forwards)
@@ -169,7 +169,7 @@ std::int64_t ServerList::count() {
     const ServerSession::Moment moment = session_.now();
     if (!count_ || counted_ != moment) {
         const ServerStatement statement = query_.count();
-        const ServerRows rows = session_.wire().run(statement.sql, statement.parameters);
+        const ServerRows rows = session_.wire().run(statement);
         count_ = std::get<std::int64_t>(valueOf(rows.field(0, 0), server_type::kBigint, -1));
         counted_ = moment;
     }
@@ -206,7 +206,7 @@ void ServerList::find(const std::string& criterion) {
 bool ServerList::readAgain(bool lock) {
     const ServerSession::Moment moment = session_.now();
     const ServerStatement statement = query_.same(here(), lock);
-    const ServerRows found = session_.wire().run(statement.sql, statement.parameters);
+    const ServerRows found = session_.wire().run(statement);
     if (found.rows() == 0)
         return false;
     const bool byOthers = moment.others != current_.others;
@@ -273,7 +273,7 @@ void ServerList::insert(Given given, const Stored& stored) {
     std::optional<ServerRow> made;
     session_.change(*query_.keyed(), nullptr, [&] {
         const ServerStatement statement = query_.insert(given);
-        made = query_.rowOf(session_.wire().run(statement.sql, statement.parameters), 0);
+        made = query_.rowOf(session_.write(statement), 0);
         return made;
     });
     stored();
@@ -296,7 +296,7 @@ void ServerList::update(Given given, std::optional<std::uint64_t> expected, cons
     session_.change(*query_.keyed(), &before, [&] {
         const ServerStatement statement =
             query_.update(before, given, static_cast<std::int64_t>(*expected));
-        const ServerRows rows = session_.wire().run(statement.sql, statement.parameters);
+        const ServerRows rows = session_.write(statement);
         if (rows.rows() == 0)
             goneOrChanged();
         after = query_.rowOf(rows, 0);
@@ -332,7 +332,7 @@ void ServerList::erase(std::optional<std::uint64_t> expected) {
         const auto fingerprint =
             expected ? std::optional(static_cast<std::int64_t>(*expected)) : std::nullopt;
         const ServerStatement statement = query_.erase(before, fingerprint);
-        if (session_.wire().run(statement.sql, statement.parameters).affected() == 0)
+        if (session_.write(statement).affected() == 0)
             goneOrChanged();
         return std::nullopt;
     });

@@ -16,6 +16,42 @@ void ServerProvider::end() {
         rollback();
 }
 
+void ServerProvider::flushIfDue() {
+    session_.wire().lookAfter();
+    static_cast<void>(session_.now());
+}
+
+namespace {
+
+/// Outside of a transaction all that is read is of one state, as long as it lives.
+class OneState {
+public:
+    explicit OneState(ServerWire& wire) : wire_(wire) { wire.beginReading(); }
+    OneState(const OneState&) = delete;
+    OneState& operator=(const OneState&) = delete;
+    ~OneState() { wire_.endReading(); }
+
+private:
+    ServerWire& wire_;
+};
+
+} // namespace
+
+std::shared_ptr<void> ServerProvider::hold() { return std::make_shared<OneState>(session_.wire()); }
+
+void ServerProvider::onSnapshot(const std::function<void()>& body) {
+    try {
+        const OneState reading(session_.wire());
+        return body();
+    } catch (const jet::Error& error) {
+        if (error.code() != jet::Errc::offline || inTransaction() || session_.wire().isReading())
+            throw;
+    }
+    // The line broke in the middle.
+    const OneState reading(session_.wire());
+    body();
+}
+
 std::unique_ptr<Cursor> ServerProvider::open(const std::string& source, CursorType /*type*/,
                                              CommandType command) {
     return ServerCursor::open(session_, source, command);

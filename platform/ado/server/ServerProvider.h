@@ -19,7 +19,7 @@ public:
         return session_.wire().inTransaction();
     }
     void flush() override {}
-    void flushIfDue() override { static_cast<void>(session_.now()); }
+    void flushIfDue() override;
     void discard() override {}
     [[nodiscard]] bool hasUndone() noexcept override { return session_.hasUndone(); }
     void end() override;
@@ -38,11 +38,13 @@ public:
     [[nodiscard]] TableShape shape(std::string_view name) override;
     [[nodiscard]] std::optional<std::string> readOnlyReason(std::string_view table) override;
     void createTable(const jet::TableSpec& spec) override { session_.createTable(spec); }
-    /// Rows are held one by one, when they are changed.
-    void claim() override {}
+    /// Whoever is about to change anything waits until the transaction ends.
+    void claim() override { session_.claim(); }
     [[nodiscard]] Tally tally() const noexcept override { return {session_.written(), 0}; }
-    void onSnapshot(const std::function<void()>& body) override { body(); }
-    [[nodiscard]] std::shared_ptr<void> hold() override { return nullptr; }
+    /// Of one state outside of transactions, as long as the body changes nothing. Inside of one,
+    /// what others end meanwhile is seen, unless it has claimed that there is none.
+    void onSnapshot(const std::function<void()>& body) override;
+    [[nodiscard]] std::shared_ptr<void> hold() override;
     [[nodiscard]] std::uint64_t generation() override;
     [[nodiscard]] bool isTakenByOther() const override { return false; }
 

@@ -10,12 +10,6 @@
 
 namespace ado {
 
-/// A statement and what it is sent with.
-struct ServerStatement {
-    std::string sql;
-    std::vector<Parameter> parameters;
-};
-
 /// A row of one table, and what its statement's order goes by.
 struct ServerRow {
     std::vector<std::optional<std::string>> values; ///< of all columns of the table

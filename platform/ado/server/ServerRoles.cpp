@@ -32,14 +32,19 @@ void createRolesAndSchema(ServerWire& wire, const ShopRoles& roles) {
           // Of whoever comes by another program too: none holds a row for longer.
           "alter database " + base + " set statement_timeout = '10min'",
           "alter database " + base + " set idle_in_transaction_session_timeout = '10min'",
+          // What the program keeps for itself isn't among the shop's tables.
+          "create schema if not exists valtrino_estacoes authorization " + owner,
           "create schema valtrino authorization " + owner})
         static_cast<void>(wire.run(step));
     becomeOwner(wire);
-    const std::string later = "alter default privileges in schema valtrino grant ";
-    for (const std::string& step : {"grant usage on schema valtrino to " + clerks,
-                                    later + "select, insert, update, delete on tables to " + clerks,
-                                    later + "usage, select on sequences to " + clerks})
-        static_cast<void>(wire.run(step));
+    for (const std::string schema : {"valtrino", "valtrino_estacoes"}) {
+        const std::string later = "alter default privileges in schema " + schema + " grant ";
+        for (const std::string& step :
+             {"grant usage on schema " + schema + " to " + clerks,
+              later + "select, insert, update, delete on tables to " + clerks,
+              later + "usage, select on sequences to " + clerks})
+            static_cast<void>(wire.run(step));
+    }
 }
 
 void becomeOwner(ServerWire& wire) {

@@ -15,6 +15,12 @@ namespace {
 // what looks into texts needs an order in which no two texts are the same: that of their letters.
 // A function that gives a text gives it in the shop's order.
 constexpr const char* kFoundation[] = {
+    // Where a station's last transaction that was ended well has left its number, for a station
+    // whose line breaks while it waits for the answer. Not the number that the server itself gives
+    // a transaction: a standby that takes over may give it to another one.
+    R"(create table if not exists valtrino_estacoes.gravacao (
+       estacao uuid primary key, numero bigint not null default 0,
+       quando timestamptz not null default now()))",
     "create collation texto (provider = icu, locale = 'und-u-ks-level2', deterministic = false)",
     // A place or length that can't be is an error of the statement.
     R"(create function jet_count(bigint, integer) returns integer language plpgsql immutable

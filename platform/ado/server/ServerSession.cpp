@@ -25,11 +25,12 @@ jet::Row rowOf(const ServerTable& table, const ServerRow& row) {
 
 ServerSession::ServerSession(const std::string& address, Recorder* recorder)
     : wire_(address), recorder_(recorder) {
+    wire_.leaveTraces();
     static_cast<void>(catalog());
 }
 
 const ServerCatalog& ServerSession::catalog() {
-    wire_.listen([this](std::string_view payload, bool own) { hear(payload, own); });
+    static_cast<void>(now());
     if (catalogIsOld_) {
         catalog_.load(wire_);
         catalogIsOld_ = false;
@@ -63,7 +64,17 @@ void ServerSession::hear(std::string_view payload, bool own) {
 
 ServerSession::Moment ServerSession::now() {
     wire_.listen([this](std::string_view payload, bool own) { hear(payload, own); });
+    if (std::exchange(lines_, wire_.lines()) != lines_) {
+        catalogIsOld_ = true;
+        ++moment_.others;
+        for (NewsListener* const listener : listeners_)
+            listener->miss();
+    }
     return moment_;
+}
+
+ServerRows ServerSession::write(const ServerStatement& statement) {
+    return wire_.inTransaction() ? wire_.run(statement) : wire_.runAlone(statement);
 }
 
 void ServerSession::change(const ServerTable& table, const ServerRow* before,
@@ -110,17 +121,35 @@ void ServerSession::begin() {
 }
 
 void ServerSession::commit() {
-    wire_.commit();
+    try {
+        wire_.commit();
+    } catch (const jet::Error&) {
+        forget();
+        throw;
+    }
     written_ += std::exchange(unwritten_, 0);
 }
 
 void ServerSession::rollback() {
+    forget();
+    wire_.rollback();
+}
+
+/// What the transaction has changed isn't any more.
+void ServerSession::forget() {
     const bool changed = std::exchange(unwritten_, 0) > 0;
     undone_ = undone_ || changed;
     if (changed)
         ++moment_.own;
     catalogIsOld_ = catalogIsOld_ || changed;
-    wire_.rollback();
+}
+
+/// What others have ended until then is told only when the transaction is over.
+void ServerSession::claim() {
+    if (!wire_.inTransaction())
+        throw jet::Error(jet::Errc::misuse, "Não há transação aberta.");
+    wire_.claim();
+    ++moment_.others;
 }
 
 } // namespace ado

@@ -13,6 +13,8 @@ namespace ado {
 class NewsListener {
 public:
     virtual void hear(std::string_view table, std::uint32_t block) = 0;
+    /// What has been changed meanwhile hasn't been told.
+    virtual void miss() = 0;
 
 protected:
     ~NewsListener() = default;
@@ -45,9 +47,13 @@ public:
     using Change = std::function<std::optional<ServerRow>()>;
     void change(const ServerTable& table, const ServerRow* before, const Change& change);
 
+    /// What changes a row: see there.
+    ServerRows write(const ServerStatement& statement);
+
     void begin();
     void commit();
     void rollback();
+    void claim();
     [[nodiscard]] bool hasUndone() noexcept { return std::exchange(undone_, false); }
     [[nodiscard]] std::uint64_t written() const noexcept { return written_; }
 
@@ -56,6 +62,7 @@ public:
 
 private:
     void hear(std::string_view payload, bool own);
+    void forget();
 
     ServerWire wire_;
     Recorder* recorder_;
@@ -63,6 +70,7 @@ private:
     bool catalogIsOld_ = true;
     Moment moment_;
     std::vector<NewsListener*> listeners_;
+    std::uint64_t lines_ = 1; ///< of the wire, as far as their news are heard
     std::uint64_t written_ = 0;
     std::uint64_t unwritten_ = 0; ///< changes of the open transaction
     bool undone_ = false;

@@ -2,90 +2,90 @@
 
 #include "ado/server/ServerError.h"
 #include "jet/Error.h"
+#include "jet/Waiting.h"
 
-#include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstdio>
 #include <libpq-fe.h>
+#include <random>
+#include <thread>
 #include <utility>
 
 namespace ado {
 
 using jet::Errc;
 using jet::Error;
+using std::chrono::milliseconds;
 
 namespace {
 
-/// What every line is set to, whatever the server's own settings are: how values are written, where
-/// our names are looked for, and how long anybody waits.
-constexpr const char* kSettings =
-    "-c search_path=valtrino -c DateStyle=ISO -c bytea_output=hex -c extra_float_digits=1 "
-    "-c standard_conforming_strings=on -c lock_timeout=10s -c statement_timeout=10min "
-    "-c idle_in_transaction_session_timeout=10min -c client_min_messages=warning";
+/// How long whoever needs the line waits for a server that is gone: one that starts anew, or whose
+/// standby takes over, is back by then.
+constexpr milliseconds kLongestAbsence{20000};
+/// Between two tries.
+constexpr milliseconds kPauseOfTries{200};
 
-struct Options {
-    struct Freer {
-        void operator()(PQconninfoOption* options) const { PQconninfoFree(options); }
-    };
-    std::unique_ptr<PQconninfoOption, Freer> list;
+constexpr char kMark[] = "savepoint mudanca";
+constexpr char kForgetMark[] = "release savepoint mudanca";
+constexpr char kStep[] = "savepoint passo";
+constexpr char kForgetStep[] = "release savepoint passo";
 
-    [[nodiscard]] std::string operator[](std::string_view keyword) const {
-        for (const PQconninfoOption* option = list.get(); option->keyword != nullptr; ++option)
-            if (keyword == option->keyword && option->val != nullptr)
-                return option->val;
-        return {};
-    }
-};
+/// Each transaction that changes anything leaves its trace there, so that this waits for all of
+/// them, and they for this.
+constexpr char kClaim[] = "lock table valtrino_estacoes.gravacao in share row exclusive mode";
 
-Options parsed(const std::string& address) {
-    char* reason = nullptr;
-    Options options{std::unique_ptr<PQconninfoOption, Options::Freer>(
-        PQconninfoParse(address.c_str(), &reason))};
-    const std::string why = reason != nullptr ? reason : "";
-    PQfreemem(reason);
-    if (!options.list) // the reason may quote the password
-        throw Error(Errc::syntax, "O endereço do servidor não está escrito como deve ser: "
-                                  "postgresql://servidor/base.");
-    return options;
+constexpr char kLostWriting[] =
+    "A conexão com o servidor caiu no meio da gravação. Nada dela foi gravado: grave de novo.";
+constexpr char kLostReading[] =
+    "A conexão com o servidor caiu no meio da leitura. Faça de novo o que estava fazendo.";
+constexpr char kStillAway[] =
+    "A conexão com o servidor caiu e ainda não voltou. Tente de novo daqui a pouco.";
+constexpr char kDoubtful[] =
+    "A conexão com o servidor caiu durante a gravação, e ainda não se sabe se ela foi feita. Não a "
+    "repita: assim que o servidor voltar, o programa pergunta a ele e avisa.";
+constexpr char kDone[] =
+    "A conexão com o servidor caiu durante a gravação. Ela foi feita: não a repita.";
+constexpr char kUndone[] =
+    "A conexão com o servidor caiu durante a gravação. Ela não foi feita: grave de novo.";
+
+[[noreturn]] void throwOffline(const char* sentence) { throw Error(Errc::offline, sentence); }
+
+bool isFailure(const pg_result* result) {
+    const ExecStatusType status = PQresultStatus(result);
+    return status == PGRES_FATAL_ERROR || status == PGRES_BAD_RESPONSE ||
+           status == PGRES_NONFATAL_ERROR;
 }
 
-/// The parts of a list with commas between them.
-std::vector<std::string> partsOf(const std::string& list) {
-    std::vector<std::string> parts(1);
-    for (const char c : list) {
-        if (c == ',')
-            parts.emplace_back();
-        else
-            parts.back() += c;
-    }
-    return parts;
+/// Whether the server has ended the line with it.
+bool isLastWord(const pg_result* result) {
+    const char* const severity = PQresultErrorField(result, PG_DIAG_SEVERITY_NONLOCALIZED);
+    return severity != nullptr && std::string_view(severity) != "ERROR";
 }
 
-/// Where a line goes that mustn't leave the machine, for each of those hosts: nothing if one of
-/// them isn't named as this machine. What isn't said could be said elsewhere, in a service's file
-/// or in the environment, so that nothing said isn't this machine.
-std::optional<std::string> addressesHere(const Options& options) {
-    std::string addresses;
-    for (const std::string& host : partsOf(options["host"])) {
-        const bool named = host == "localhost" || host == "127.0.0.1";
-        const bool socket = host.starts_with('/');
-        if (!named && !socket && host != "::1")
-            return std::nullopt;
-        addresses += named ? ",127.0.0.1" : socket ? "," : "," + host;
+bool send(pg_conn* line, const ServerStatement& statement) {
+    std::vector<unsigned> types;
+    std::vector<const char*> values;
+    types.reserve(statement.parameters.size());
+    values.reserve(statement.parameters.size());
+    for (const Parameter& parameter : statement.parameters) {
+        types.push_back(parameter.type);
+        values.push_back(parameter.text ? parameter.text->c_str() : nullptr);
     }
-    addresses.erase(0, 1);
-    if (const std::string said = options["hostaddr"]; !said.empty()) {
-        for (const std::string& address : partsOf(said))
-            if (address != "127.0.0.1" && address != "::1")
-                return std::nullopt;
-        return said;
-    }
-    return addresses;
+    return PQsendQueryParams(line, statement.sql.c_str(), static_cast<int>(values.size()),
+                             types.data(), values.data(), nullptr, nullptr, 0) == 1;
 }
 
-std::string placeOf(const Options& options) {
-    const std::string port = options["port"];
-    return "postgresql://" + options["host"] + (port.empty() ? "" : ":" + port) + "/" +
-           options["dbname"];
+/// A name that nobody else has.
+std::string newStation() {
+    std::random_device random;
+    std::array<char, 40> text{};
+    const auto four = [&] { return static_cast<unsigned>(random()); };
+    const unsigned middle = four();
+    const unsigned more = four();
+    std::snprintf(text.data(), text.size(), "%08x-%04x-%04x-%04x-%04x%08x", four(), middle >> 16,
+                  middle & 0xffff, more >> 16, more & 0xffff, four());
+    return text.data();
 }
 
 } // namespace
@@ -114,186 +114,361 @@ std::int64_t ServerRows::affected() const {
 
 // ---- the line ---------------------------------------------------------------------------------
 
-void ServerWire::Finisher::operator()(pg_conn* line) const { PQfinish(line); }
-
-ServerWire::ServerWire(const std::string& address) {
-    const Options options = parsed(address);
-    place_ = placeOf(options);
-    // Whoever isn't on this machine has to prove who he is, whatever the address, a service's file
-    // or the environment say: what stands later in this list goes before all of them. A socket
-    // isn't asked for a certificate. Other encryption doesn't tell whom it is made with.
-    const std::string here = addressesHere(options).value_or("");
-    const bool local = here.find_first_not_of(',') != std::string::npos;
-    const char* const keywords[] = {"dbname",
-                                    "fallback_application_name",
-                                    "client_encoding",
-                                    "options",
-                                    "connect_timeout",
-                                    "hostaddr",
-                                    "sslmode",
-                                    "gssencmode",
-                                    nullptr};
-    const char* const values[] = {address.c_str(),
-                                  "valtrino",
-                                  "UTF8",
-                                  kSettings,
-                                  "10",
-                                  local ? here.c_str() : nullptr,
-                                  local ? nullptr : "verify-full",
-                                  "disable",
-                                  nullptr};
-    line_.reset(PQconnectdbParams(keywords, values, 1));
+ServerWire::ServerWire(const std::string& address) : address_(address), line_(address_.connect()) {
     ++roundTrips_;
-    if (!line_ || PQstatus(line_.get()) != CONNECTION_OK)
-        throwNoConnection(place_, line_ ? PQerrorMessage(line_.get()) : "");
-    order("listen valtrino");
+    if (isUp())
+        greet();
+    if (!isUp())
+        throwNoConnection(place(), line_ ? PQerrorMessage(line_.get()) : "");
 }
 
-/// One that broke is made anew, unless a transaction was open on it: that is lost.
-void ServerWire::requireLine() {
-    if (PQstatus(line_.get()) == CONNECTION_OK)
+ServerWire::~ServerWire() {
+    if (made_.valid())
+        made_.wait();
+    if (number_ > 0 && !station_.empty() && !open_ && !doubtful_)
+        later("delete from valtrino_estacoes.gravacao where estacao = '" + station_ +
+              "' or quando < now() - interval '90 days'");
+}
+
+bool ServerWire::isUp() const {
+    return line_ && !down_ && !made_.valid() && PQstatus(line_.get()) == CONNECTION_OK;
+}
+
+/// What a new line is told first. Whoever is at the server's end of the one before might still be
+/// about to do what was last said on it, which mustn't happen later than we have asked for it.
+void ServerWire::greet() {
+    unanswered_ = 0;
+    PQenterPipelineMode(line_.get());
+    std::vector<ServerStatement> words;
+    const char* const standby = PQparameterStatus(line_.get(), "in_hot_standby");
+    if (!end_.empty())
+        words.push_back({
+            "select pg_terminate_backend(pid, 5000) from pg_stat_activity "
+            "where pid = $1 and backend_start = $2 and pid <> pg_backend_pid()",
+            {{0, end_[0]}, {0, end_[1]}}
+        });
+    if (standby == nullptr || std::string_view(standby) != "on") // one that copies tells nothing
+        words.push_back({"listen valtrino"});
+    words.push_back({"select pid, backend_start from pg_stat_activity "
+                     "where pid = pg_backend_pid()"});
+    const Answer answer = exchange(words);
+    if (answer.lost)
         return;
-    if (begun_)
-        throwNoConnection(place_, PQerrorMessage(line_.get()));
-    PQreset(line_.get());
-    ++roundTrips_;
-    if (PQstatus(line_.get()) != CONNECTION_OK)
-        throwNoConnection(place_, PQerrorMessage(line_.get()));
-    order("listen valtrino");
+    if (answer.failure)
+        fail(answer);
+    end_ = {answer.rows.back()->field(0, 0).value_or("0"),
+            answer.rows.back()->field(0, 1).value_or("-infinity")};
 }
 
-void ServerWire::order(const char* sql) {
-    ++roundTrips_;
-    pg_result* const result = PQexec(line_.get(), sql);
-    const ServerRows answer(result);
-    if (PQresultStatus(result) != PGRES_COMMAND_OK)
-        throwServerError(line_.get(), result, place_);
-}
-
-namespace {
-
-bool isFailure(const pg_result* result) {
-    const ExecStatusType status = PQresultStatus(result);
-    return status == PGRES_FATAL_ERROR || status == PGRES_BAD_RESPONSE ||
-           status == PGRES_NONFATAL_ERROR;
-}
-
-int send(pg_conn* line, const std::string& sql, const std::vector<Parameter>& parameters) {
-    std::vector<unsigned> types;
-    std::vector<const char*> values;
-    std::vector<int> lengths;
-    types.reserve(parameters.size());
-    values.reserve(parameters.size());
-    lengths.reserve(parameters.size());
-    for (const Parameter& parameter : parameters) {
-        types.push_back(parameter.type);
-        values.push_back(parameter.text ? parameter.text->c_str() : nullptr);
-        lengths.push_back(0);
+/// A step towards a line: whether there is one. It is made beside, since that may take long.
+bool ServerWire::tryLine() {
+    if (!made_.valid()) {
+        if (isUp())
+            return true;
+        made_ = std::async(std::launch::async, [line = line_.get()] {
+            PQreset(line);
+            if (PQstatus(line) != CONNECTION_OK)
+                std::this_thread::sleep_for(kPauseOfTries);
+        });
+        return false;
     }
-    return PQsendQueryParams(line, sql.c_str(), static_cast<int>(parameters.size()), types.data(),
-                             values.data(), lengths.data(), nullptr, 0);
+    if (made_.wait_for(milliseconds(0)) != std::future_status::ready)
+        return false;
+    made_.get();
+    down_ = false;
+    if (!isUp())
+        return false;
+    ++roundTrips_;
+    ++lines_;
+    greet();
+    return isUp();
 }
 
-} // namespace
+bool ServerWire::awaitLine() {
+    return jet::waitFor([this] { return tryLine(); }, kLongestAbsence);
+}
 
-/// All that one statement needs goes out at once: the beginning of the transaction, a point to go
-/// back to, the statement, and that the point isn't needed any more.
-ServerRows ServerWire::exchange(const std::string& sql, const std::vector<Parameter>& parameters) {
-    struct Step {
-        const char* sql;
-        bool wanted;
-    };
-    const bool first = open_ && !begun_;
-    const Step before[] = {
-        {"begin",           first},
-        {"savepoint passo", open_}
-    };
-    ++roundTrips_;
-    int sent = 0;
-    bool good = PQenterPipelineMode(line_.get()) == 1;
-    for (const Step& step : before) {
-        if (step.wanted) {
-            good = good && send(line_.get(), step.sql, {}) == 1;
-            ++sent;
-        }
-    }
-    good = good && send(line_.get(), sql, parameters) == 1;
-    if (open_)
-        good = good && send(line_.get(), "release savepoint passo", {}) == 1;
-    good = good && PQpipelineSync(line_.get()) == 1;
-    begun_ = open_;
+void ServerWire::requireLine() {
+    if (open_ && (lost_ || (begun_ && !isUp())))
+        loseTransaction();
+    if (reading_ && !isUp())
+        loseTransaction();
+    if (!isUp() && !awaitLine())
+        throwOffline(kStillAway);
+}
 
-    std::optional<ServerRows> answer;
-    std::optional<ServerRows> failure;
-    pg_result* failed = nullptr;
-    int number = 0;
-    while (good) {
-        pg_result* const result = PQgetResult(line_.get());
-        if (result == nullptr) { // the end of one statement's
-            if (PQstatus(line_.get()) != CONNECTION_OK)
-                break;
+/// What was begun on the line has gone with it.
+void ServerWire::loseTransaction() {
+    lost_ = open_;
+    begun_ = reading_ = false;
+    ahead_.clear();
+    throwOffline(open_ ? kLostWriting : kLostReading);
+}
+
+// ---- exchanges --------------------------------------------------------------------------------
+
+/// Takes in what one pipeline gives: for `answer`, if that is given.
+void ServerWire::take(Answer* answer) {
+    std::size_t number = 0;
+    while (true) {
+        ServerRows one(PQgetResult(line_.get()));
+        const pg_result* const result = one.get();
+        if (result == nullptr) { // the end of what one statement gives
+            down_ = down_ || PQstatus(line_.get()) != CONNECTION_OK;
+            if (down_)
+                return;
             ++number;
             continue;
         }
-        const ExecStatusType status = PQresultStatus(result);
-        ServerRows rows(result);
-        if (status == PGRES_PIPELINE_SYNC)
-            break;
-        if (isFailure(result) && !failure) {
-            failed = result;
-            failure.emplace(std::move(rows));
-        } else if (number == sent && !answer) {
-            answer.emplace(std::move(rows));
-        }
+        if (PQresultStatus(result) == PGRES_PIPELINE_SYNC)
+            return;
+        const bool failed = isFailure(result);
+        down_ = down_ || (failed && isLastWord(result));
+        if (answer == nullptr)
+            continue;
+        if (failed && !answer->failure)
+            answer->failure.emplace(std::move(one));
+        else if (!failed && number < answer->rows.size())
+            answer->rows[number].emplace(std::move(one));
     }
-    PQexitPipelineMode(line_.get());
-    if (failed != nullptr || !answer) {
-        if (begun_ && PQtransactionStatus(line_.get()) == PQTRANS_INERROR)
-            order("rollback to savepoint passo");
-        throwServerError(line_.get(), failed, place_);
-    }
-    return std::move(*answer);
 }
 
-ServerRows ServerWire::run(const std::string& sql, const std::vector<Parameter>& parameters) {
-    requireLine();
-    return exchange(sql, parameters);
+/// Takes in what nobody waits for, as far as it has come.
+void ServerWire::takeUnanswered() {
+    while (unanswered_ > 0 && isUp() && PQisBusy(line_.get()) == 0) {
+        const ServerRows one(PQgetResult(line_.get()));
+        if (one.get() != nullptr && PQresultStatus(one.get()) == PGRES_PIPELINE_SYNC)
+            --unanswered_;
+    }
 }
+
+ServerWire::Answer ServerWire::exchange(const std::vector<ServerStatement>& statements) {
+    ++roundTrips_;
+    Answer answer;
+    answer.rows.resize(statements.size());
+    for (const ServerStatement& statement : statements)
+        down_ = down_ || !send(line_.get(), statement);
+    down_ = down_ || PQpipelineSync(line_.get()) != 1;
+    for (; unanswered_ > 0 && !down_; --unanswered_)
+        take(nullptr);
+    if (!down_)
+        take(&answer);
+    answer.lost = down_;
+    return answer;
+}
+
+void ServerWire::fail(const Answer& answer) const {
+    throwServerError(line_.get(), answer.failure ? answer.failure->get() : nullptr, place());
+}
+
+ServerRows ServerWire::run(const std::vector<ServerStatement>& statements) {
+    for (int tries = 0;; ++tries) {
+        requireLine();
+        const bool inside = open_ || readings_ > 0;
+        const bool fresh = !begun_ && !reading_; // nothing has gone with the line before
+        std::vector<ServerStatement> steps;
+        if (fresh && open_)
+            steps.push_back({"begin isolation level read committed"});
+        if (fresh && open_ && claiming_)
+            steps.push_back({kClaim});
+        if (fresh && open_ && !station_.empty())
+            steps.push_back(trace());
+        if (fresh && inside && !open_)
+            steps.push_back({"begin isolation level repeatable read"});
+        for (const std::string& step : ahead_)
+            steps.push_back({step});
+        if (inside)
+            steps.push_back({kStep});
+        steps.insert(steps.end(), statements.begin(), statements.end());
+        const std::size_t last = steps.size() - 1;
+        if (inside)
+            steps.push_back({kForgetStep});
+        Answer answer = exchange(steps);
+        if (answer.lost && fresh && tries == 0)
+            continue;
+        if (answer.lost && inside)
+            loseTransaction();
+        if (answer.lost)
+            throwOffline(kLostReading);
+        begun_ = open_;
+        reading_ = inside && !open_;
+        ahead_.clear();
+        if (answer.failure) {
+            if (inside)
+                ahead_ = {"rollback to savepoint passo", kForgetStep};
+            fail(answer);
+        }
+        return std::move(*answer.rows[last]);
+    }
+}
+
+ServerRows ServerWire::runAlone(const ServerStatement& statement) {
+    requireSettled();
+    stopReading();
+    ++number_;
+    for (int tries = 0;; ++tries) {
+        requireLine();
+        std::vector<ServerStatement> steps;
+        if (!station_.empty())
+            steps.push_back(trace());
+        steps.push_back(statement);
+        Answer answer = exchange(steps);
+        if (answer.lost) {
+            if (settle()) // but what it has given is lost
+                throwOffline(kDone);
+            if (tries == 0)
+                continue;
+            throwOffline(kUndone);
+        }
+        if (answer.failure)
+            fail(answer);
+        return std::move(*answer.rows.back());
+    }
+}
+
+void ServerWire::later(const std::string& sql) {
+    if (!isUp())
+        return;
+    if (send(line_.get(), {sql}) && PQpipelineSync(line_.get()) == 1)
+        ++unanswered_;
+    else
+        down_ = true;
+}
+
+// ---- transactions -----------------------------------------------------------------------------
 
 void ServerWire::begin() {
     if (open_)
         throw Error(Errc::misuse, "Já há uma transação aberta.");
+    requireSettled();
+    stopReading();
     open_ = true;
+    claiming_ = false;
+    ++number_;
 }
 
 void ServerWire::commit() {
     if (!open_)
         throw Error(Errc::misuse, "Não há transação aberta.");
     open_ = false;
-    if (!std::exchange(begun_, false))
+    const bool lost = std::exchange(lost_, false) || (begun_ && !isUp());
+    std::vector<ServerStatement> steps;
+    for (const std::string& step : std::exchange(ahead_, {}))
+        steps.push_back({step});
+    steps.push_back({"commit"});
+    const bool begun = std::exchange(begun_, false);
+    if (lost)
+        throwOffline(kLostWriting);
+    if (!begun)
         return;
-    order("commit");
+    const Answer answer = exchange(steps);
+    if (answer.lost && !settle())
+        throwOffline(kUndone);
+    if (answer.lost)
+        return;
+    if (answer.failure)
+        fail(answer);
 }
 
 void ServerWire::rollback() {
     if (!open_)
         throw Error(Errc::misuse, "Não há transação aberta.");
-    open_ = false;
-    if (std::exchange(begun_, false) && PQstatus(line_.get()) == CONNECTION_OK)
-        order("rollback");
+    open_ = lost_ = false;
+    ahead_.clear();
+    if (std::exchange(begun_, false) && isUp())
+        static_cast<void>(exchange({{"rollback"}})); // one that is lost is undone as well
 }
 
-void ServerWire::mark() {
-    if (!std::exchange(begun_, true))
-        order("begin");
-    order("savepoint mudanca");
+/// Before the trace, for which everybody waits who is about to change anything.
+void ServerWire::claim() {
+    claiming_ = true;
+    static_cast<void>(run(begun_ ? kClaim : "select 1"));
 }
 
-void ServerWire::forgetMark() { order("release savepoint mudanca"); }
+void ServerWire::mark() { ahead_.emplace_back(kMark); }
 
-void ServerWire::backToMark() { order("rollback to savepoint mudanca"); }
+void ServerWire::forgetMark() {
+    if (!ahead_.empty() && ahead_.back() == kMark)
+        ahead_.pop_back(); // not said yet
+    else
+        ahead_.emplace_back(kForgetMark);
+}
+
+void ServerWire::backToMark() {
+    if (ahead_.empty() || ahead_.back() != kMark)
+        ahead_.emplace_back("rollback to savepoint mudanca");
+    forgetMark();
+}
+
+void ServerWire::endReading() {
+    if (--readings_ == 0)
+        stopReading();
+}
+
+void ServerWire::stopReading() {
+    if (!std::exchange(reading_, false))
+        return;
+    ahead_.clear();
+    later("commit");
+}
+
+// ---- what has become of it --------------------------------------------------------------------
+
+void ServerWire::leaveTraces() { station_ = newStation(); }
+
+/// The number of the station's last transaction that was ended well stays with its name.
+ServerStatement ServerWire::trace() const {
+    return {
+        "insert into valtrino_estacoes.gravacao (estacao, numero) values ($1, $2) "
+        "on conflict (estacao) do update set numero = excluded.numero, "
+        "quando = excluded.quando",
+        {{0, station_}, {0, std::to_string(number_)}}
+    };
+}
+
+/// Whether the last transaction is done; nothing if that can't be told now. Waits until whoever
+/// still works at it has ended.
+std::optional<bool> ServerWire::wasDone() {
+    const Answer answer = exchange({
+        {"insert into valtrino_estacoes.gravacao (estacao) values ($1) "
+         "on conflict (estacao) do update set quando = excluded.quando returning numero", {{0, station_}}}
+    });
+    if (answer.lost || answer.failure)
+        return std::nullopt;
+    return answer.rows.front()->field(0, 0) == std::to_string(number_);
+}
+
+/// Whether that which was sent and not answered is done. @throws Error{offline}: not known yet.
+bool ServerWire::settle() {
+    doubtful_ = true;
+    if (!station_.empty() && awaitLine()) {
+        if (const auto done = wasDone()) {
+            doubtful_ = false;
+            return *done;
+        }
+    }
+    throwOffline(kDoubtful);
+}
+
+void ServerWire::requireSettled() {
+    if (doubtful_)
+        throwOffline(settle() ? kDone : kUndone);
+}
+
+void ServerWire::lookAfter() {
+    if (open_ || reading_ || !tryLine() || !doubtful_)
+        return;
+    if (const auto done = wasDone()) {
+        doubtful_ = false;
+        throwOffline(*done ? kDone : kUndone);
+    }
+}
+
+// ---- news -------------------------------------------------------------------------------------
 
 bool ServerWire::isReadOnly() const {
+    if (!isUp())
+        return false;
     for (const char* const setting : {"in_hot_standby", "default_transaction_read_only"}) {
         const char* const value = PQparameterStatus(line_.get(), setting);
         if (value != nullptr && std::string_view(value) == "on")
@@ -303,8 +478,9 @@ bool ServerWire::isReadOnly() const {
 }
 
 void ServerWire::listen(const std::function<void(std::string_view payload, bool own)>& heard) {
-    if (PQconsumeInput(line_.get()) == 0)
-        return; // the next statement says so
+    if (!isUp() || PQconsumeInput(line_.get()) == 0)
+        return; // the next statement sees to it
+    takeUnanswered();
     struct Freer {
         void operator()(PGnotify* notice) const { PQfreemem(notice); }
     };

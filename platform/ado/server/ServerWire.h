@@ -1,16 +1,17 @@
 #pragma once
 
+#include "ado/server/ServerAddress.h"
 #include "jet/Types.h"
 
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-struct pg_conn;
 struct pg_result;
 
 namespace ado {
@@ -38,6 +39,8 @@ public:
     /// Rows that the statement has changed.
     [[nodiscard]] std::int64_t affected() const;
 
+    [[nodiscard]] const pg_result* get() const noexcept { return result_.get(); }
+
 private:
     struct Clearer {
         void operator()(pg_result* result) const;
@@ -45,36 +48,78 @@ private:
     std::unique_ptr<pg_result, Clearer> result_;
 };
 
+/// A statement and what it is sent with.
+struct ServerStatement {
+    std::string sql;
+    std::vector<Parameter> parameters = {};
+};
+
 /// The line to a server: statements with parameters, one transaction, news.
 ///
 /// A statement that fails inside a transaction is undone by itself, and the transaction goes on.
-/// What begins a transaction travels with its first statement.
+/// Beginnings and points to go back to travel with the next statement.
+///
+/// A line that broke is made anew when it is next needed, as soon as the server lets it, while the
+/// windows stay painted. What was asked is asked again; a transaction that was open is lost, which
+/// Error{offline} tells; of one that was being ended the server is asked whether it has done it.
 class ServerWire {
 public:
     /// @throws Error{io} if nobody answers, Error{password} if the server doesn't let us in,
     ///         Error{syntax} for an address that is none.
     explicit ServerWire(const std::string& address);
+    ~ServerWire();
 
     /// The address without what is secret.
-    [[nodiscard]] const std::string& place() const noexcept { return place_; }
+    [[nodiscard]] const std::string& place() const noexcept { return address_.place(); }
 
-    /// One round trip; a second one if it fails in a transaction.
-    /// @throws jet::Error, as errorOf() makes it of what the server says.
-    ServerRows run(const std::string& sql, const std::vector<Parameter>& parameters = {});
+    /// One round trip. Outside a transaction for what only reads: it may be asked twice.
+    /// @throws jet::Error, as errorOf() makes it of what the server says; Error{offline}.
+    ServerRows run(const std::string& sql, const std::vector<Parameter>& parameters = {}) {
+        return run(std::vector<ServerStatement>{
+            {sql, parameters}
+        });
+    }
+    ServerRows run(const ServerStatement& statement) {
+        return run(std::vector<ServerStatement>{statement});
+    }
+    /// All of them in one round trip, or none; gives what the last one gives.
+    ServerRows run(const std::vector<ServerStatement>& statements);
+    /// Outside a transaction: one of its own, in one round trip.
+    ServerRows runAlone(const ServerStatement& statement);
+    /// Without waiting for an answer that nobody needs.
+    void later(const std::string& sql);
 
     /// Not nested.
     void begin();
+    /// @throws also Error{offline}, whose sentence says whether it has been done.
     void commit();
     void rollback();
     [[nodiscard]] bool inTransaction() const noexcept { return open_; }
+    /// Inside a transaction, best at its beginning: no station changes anything until it ends.
+    void claim();
     /// Inside a transaction: a point that it can go back to. Not nested.
     void mark();
     void forgetMark();
     void backToMark();
 
+    /// From now on, outside of transactions, all that is read is of one state, until it has been
+    /// ended as often as it was begun, or something is changed.
+    void beginReading() noexcept { ++readings_; }
+    void endReading();
+    [[nodiscard]] bool isReading() const noexcept { return readings_ > 0; }
+
+    /// From now on each transaction leaves a trace by which the server can be asked whether it has
+    /// been done.
+    void leaveTraces();
+    /// While idle: makes a line that broke anew, without waiting for it.
+    /// @throws Error{offline}, which says what has become of a transaction that was in doubt.
+    void lookAfter();
+
     /// Takes in what the server has told meanwhile, without asking it: `heard` is called for each
     /// notification.
     void listen(const std::function<void(std::string_view payload, bool own)>& heard);
+    /// How many lines there have been so far: with each one what was told meanwhile is missed.
+    [[nodiscard]] std::uint64_t lines() const noexcept { return lines_; }
 
     /// As the server has told by now.
     [[nodiscard]] bool isReadOnly() const;
@@ -82,18 +127,51 @@ public:
     [[nodiscard]] std::uint64_t roundTrips() const noexcept { return roundTrips_; }
 
 private:
-    struct Finisher {
-        void operator()(pg_conn* line) const;
+    /// What has come of what was sent at once.
+    struct Answer {
+        std::vector<std::optional<ServerRows>> rows; ///< of each statement that came so far
+        std::optional<ServerRows> failure;
+        bool lost = false; ///< the line has broken: there may be no rows, or not all
     };
-    void requireLine();
-    ServerRows exchange(const std::string& sql, const std::vector<Parameter>& parameters);
-    void order(const char* sql);
 
-    std::unique_ptr<pg_conn, Finisher> line_;
-    std::string place_;
-    bool open_ = false;  ///< a transaction, by its user
-    bool begun_ = false; ///< on the server too
+    [[nodiscard]] bool isUp() const;
+    void greet();
+    bool tryLine();
+    [[nodiscard]] bool awaitLine();
+    void requireLine();
+    [[noreturn]] void loseTransaction();
+
+    void take(Answer* answer);
+    void takeUnanswered();
+    [[nodiscard]] Answer exchange(const std::vector<ServerStatement>& statements);
+    [[noreturn]] void fail(const Answer& answer) const;
+    void stopReading();
+
+    [[nodiscard]] ServerStatement trace() const;
+    [[nodiscard]] std::optional<bool> wasDone();
+    [[nodiscard]] bool settle();
+    void requireSettled();
+
+    ServerAddress address_;
+    ServerAddress::Line line_;
+    bool down_ = false;            ///< it has broken, though it may not know yet
+    std::future<void> made_;       ///< it is being made anew
+    std::vector<std::string> end_; ///< who is at the server's end
+    std::uint64_t lines_ = 1;
+    std::uint64_t unanswered_ = 0; ///< pipelines sent that nobody waits for
     std::uint64_t roundTrips_ = 0;
+
+    bool open_ = false;              ///< a transaction, by its user
+    bool begun_ = false;             ///< on the server too
+    bool claiming_ = false;          ///< for itself alone
+    bool lost_ = false;              ///< the open one has gone with its line
+    std::vector<std::string> ahead_; ///< what goes before the next statement
+    int readings_ = 0;               ///< of one state, by their users
+    bool reading_ = false;           ///< on the server too
+
+    std::string station_;      ///< "" without traces
+    std::uint64_t number_ = 0; ///< of the last transaction
+    bool doubtful_ = false;    ///< whether that is done isn't known
 };
 
 } // namespace ado
