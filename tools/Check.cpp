@@ -3,9 +3,11 @@
 #include "jet/CheckRules.h"
 #include "jet/FileSteps.h"
 #include "tools/Commands.h"
+#include "tools/ProgressLine.h"
 #include "tools/ValueText.h"
 
 #include <algorithm>
+#include <functional>
 #include <iostream>
 
 namespace {
@@ -77,11 +79,14 @@ void printJson(const jet::Report& report, bool withRules) {
 } // namespace
 
 int runCheck(const Arguments& arguments) {
-    jet::Report report = jet::check(arguments.file());
+    ProgressLine progress;
+    jet::Report report = jet::check(arguments.file(), jet::Disk::system(), {}, std::ref(progress));
     mentionParts(arguments.file(), report);
     const bool whole = report.sound();
     if (whole)
-        std::ranges::move(jet::checkRules(arguments.file()), std::back_inserter(report.findings));
+        std::ranges::move(jet::checkRules(arguments.file(), std::ref(progress)),
+                          std::back_inserter(report.findings));
+    progress.clear();
     arguments.has("--json") ? printJson(report, whole) : printText(report, whole);
     return report.clean() ? kDone : report.sound() ? kWarnings : kProblems;
 }

@@ -84,6 +84,7 @@ constexpr ToolCommand kDump{
     "Na primeira linha vêm os nomes dos campos. Datas: AAAA-MM-DD, e a hora (Thh:mm:ss) só se\n"
     "houver; valores: com ponto e quatro decimais; sim/não: 1/0; bytes: em hexadecimal.\n"
     "No CSV (UTF-8, linhas terminadas em CR LF) o campo nulo fica vazio e o texto vazio é \"\".\n"
+    "Numa tabela de um só campo a linha vazia é, pois, um registro em que ele é nulo.\n"
     "No JSON, o campo nulo é null, sim/não é true/false, números inteiros são números e todo o\n"
     "resto são textos, como acima.",
     kDumpOptions,

@@ -2,10 +2,12 @@
 #include "ado/ServerShop.h"
 #include "jet/Database.h"
 #include "tools/Commands.h"
+#include "tools/ProgressLine.h"
 #include "tools/SampleData.h"
 #include "tools/ShopSchema.h"
 
 #include <ctime>
+#include <functional>
 #include <iostream>
 
 namespace {
@@ -67,9 +69,11 @@ int runSample(const Arguments& arguments) {
         throw UsageError("Cheques pedem ao menos um cliente e um banco.");
     const auto seed = static_cast<std::uint64_t>(arguments.number("--seed", 1, INT64_MAX));
     const jet::CivilTime day = arguments.day("--today").value_or(today());
+    ProgressLine progress;
     shop::createFile(arguments.newFile(), versionOf(arguments), [&](jet::Database& database) {
-        fillWithSamples(database, size, seed, jet::Date::of(day));
+        fillWithSamples(database, size, seed, jet::Date::of(day), std::ref(progress));
     });
+    progress.clear();
     std::cout << "Criado: " << arguments.operand(0)
               << ", com registros inventados: " << size.clients << " clientes, " << size.banks
               << " bancos, " << size.cheques << " cheques, " << size.bounced

@@ -59,10 +59,11 @@ void CsvReader::readField(CsvField& field) {
 }
 
 bool CsvReader::next(std::vector<CsvField>& fields) {
-    while (in_.peek() == '\r' || in_.peek() == '\n')
+    while (!single_ && (in_.peek() == '\r' || in_.peek() == '\n'))
         take();
     fields.clear();
     size_ = 0;
+    const bool first = begin_ == 0;
     begin_ = line_;
     if (in_.peek() == kEnd)
         return false;
@@ -75,6 +76,7 @@ bool CsvReader::next(std::vector<CsvField>& fields) {
             take();
         else if (c != kEnd && c != '\n' && c != '\r')
             complain("depois da aspa que fecha um campo só pode vir uma vírgula");
+        single_ = first ? fields.size() == 1 : single_;
         return true;
     }
 }

@@ -20,7 +20,8 @@ class CsvReader {
 public:
     explicit CsvReader(std::istream& in);
 
-    /// The next record into `fields`; false at the end. Empty lines are none.
+    /// The next record into `fields`; false at the end. An empty line is a record if the first one
+    /// had a single field, which is null then, and otherwise none.
     /// @throws jet::Error{corrupt} that names the line, for what isn't CSV.
     [[nodiscard]] bool next(std::vector<CsvField>& fields);
     /// The line on which the last record began.
@@ -33,8 +34,9 @@ private:
 
     std::istream& in_;
     std::uint64_t line_ = 1;
-    std::uint64_t begin_ = 1;
-    std::size_t size_ = 0; ///< of this record
+    std::uint64_t begin_ = 0; ///< 0 before the first
+    std::size_t size_ = 0;    ///< of this record
+    bool single_ = false;     ///< records have one field
 };
 
 /// All rows of a table, the names of its columns first, as CsvReader reads them back.

@@ -70,8 +70,9 @@ Value money(std::int64_t cents) { return jet::Currency{cents * 100}; }
 
 class Filler {
 public:
-    Filler(jet::Database& database, const SampleSize& size, std::uint64_t seed, jet::Date today)
-        : database_(database), size_(size), dice_(seed), today_(today) {}
+    Filler(jet::Database& database, const SampleSize& size, std::uint64_t seed, jet::Date today,
+           const jet::Progress& progress)
+        : database_(database), size_(size), dice_(seed), today_(today), progress_(progress) {}
 
     void run() {
         fill("bancos", size_.banks, &Filler::bank);
@@ -81,6 +82,8 @@ public:
     }
 
 private:
+    static constexpr std::int64_t kStep = 256; ///< rows between two words of how far it is
+
     void fill(const char* table, std::int64_t count,
               void (Filler::*make)(RowMaker&, std::int64_t)) {
         RowMaker row(database_.table(table));
@@ -88,6 +91,9 @@ private:
             jet::DatabaseTransaction transaction(database_);
             for (const std::int64_t end = std::min(count, done + rowsAtOnce(count)); done < end;
                  ++done) {
+                if (progress_ && done % kStep == 0)
+                    progress_(table, static_cast<std::uint64_t>(done),
+                              static_cast<std::uint64_t>(count));
                 row.clear();
                 (this->*make)(row, done);
                 row.insert();
@@ -267,11 +273,12 @@ private:
     const SampleSize& size_;
     Dice dice_;
     jet::Date today_;
+    const jet::Progress& progress_;
 };
 
 } // namespace
 
 void fillWithSamples(jet::Database& database, const SampleSize& size, std::uint64_t seed,
-                     jet::Date today) {
-    Filler(database, size, seed, today).run();
+                     jet::Date today, const jet::Progress& progress) {
+    Filler(database, size, seed, today, progress).run();
 }

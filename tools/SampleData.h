@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/Database.h"
+#include "jet/Progress.h"
 
 #include <cstdint>
 
@@ -18,4 +19,4 @@ struct SampleSize {
 /// are null, as in a file that people have typed.
 /// @throws jet::Error.
 void fillWithSamples(jet::Database& database, const SampleSize& size, std::uint64_t seed,
-                     jet::Date today);
+                     jet::Date today, const jet::Progress& progress = {});

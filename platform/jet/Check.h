@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/Disk.h"
+#include "jet/Progress.h"
 #include "jet/Report.h"
 
 #include <filesystem>
@@ -17,6 +18,6 @@ namespace jet {
 /// @throws Error{notFound, io} if the file can't be read; Error{cancelled} soon after `stop` asks
 /// for it.
 [[nodiscard]] Report check(const std::filesystem::path& path, Disk& disk = Disk::system(),
-                           const std::stop_token& stop = {});
+                           const std::stop_token& stop = {}, const Progress& progress = {});
 
 } // namespace jet

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "jet/Progress.h"
 #include "jet/Report.h"
 
 #include <filesystem>
@@ -17,6 +18,7 @@ namespace jet {
 /// @return findings of severity rule, or one of severity error if the file can't be read as
 ///         everybody reads it.
 /// @throws Error{notFound, io}.
-[[nodiscard]] std::vector<Finding> checkRules(const std::filesystem::path& path);
+[[nodiscard]] std::vector<Finding> checkRules(const std::filesystem::path& path,
+                                              const Progress& progress = {});
 
 } // namespace jet

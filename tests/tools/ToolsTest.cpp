@@ -1,15 +1,9 @@
+#include "tools/Tools.h"
+
 #include "jet/Check.h"
-#include "jet/Database.h"
 #include "jet/Numbers.h"
 #include "support/FileRules.h"
-#include "support/MdbTools.h"
-#include "support/Program.h"
-#include "support/TemporaryFolder.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
 #include <csignal>
 #include <fstream>
@@ -19,6 +13,7 @@
 #include <unistd.h>
 
 using testing::AllOf;
+using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -28,34 +23,7 @@ using testing::StartsWith;
 
 namespace {
 
-using Records = std::vector<std::vector<std::string>>;
-
-ProgramResult run(std::vector<std::string> words) {
-    words.insert(words.begin(), VALTRINO_MDB);
-    return runProgram(words);
-}
-
-/// A run that must go well and say nothing on the side; what it printed.
-std::string outputOf(const std::vector<std::string>& words) {
-    const ProgramResult result = run(words);
-    EXPECT_EQ(result.code, 0) << result.err << result.out;
-    EXPECT_THAT(result.err, IsEmpty());
-    return result.out;
-}
-
-Records dumped(const std::string& file, const std::string& table) {
-    return parseCsv(outputOf({"dump", file, table, "--csv"}));
-}
-
 const std::vector<std::string> kTables = {"bancos", "cheques", "cliente_fornecedor", "semfundos"};
-
-std::vector<std::string> filesIn(const std::filesystem::path& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
-        names.push_back(entry.path().filename().string());
-    std::ranges::sort(names);
-    return names;
-}
 
 bool isPart(const std::string& name) { return name.find(".parcial-") != std::string::npos; }
 
@@ -81,44 +49,6 @@ int interrupted(std::vector<std::string> words, const std::filesystem::path& fol
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
-
-class Tools : public testing::TestWithParam<std::string> {
-protected:
-    [[nodiscard]] const std::filesystem::path& folder() const { return folder_.path(); }
-    [[nodiscard]] std::string file(const char* name = "automacao.mdb") const {
-        return (folder_ / name).string();
-    }
-    /// A file of invented rows.
-    [[nodiscard]] std::string sample(const std::vector<std::string>& more = {},
-                                     const char* name = "automacao.mdb") const {
-        std::vector<std::string> words{"sample", file(name), GetParam(), "--today", "2004-06-01"};
-        words.insert(words.end(), more.begin(), more.end());
-        EXPECT_THAT(outputOf(words), StartsWith("Criado: " + file(name) + ", "));
-        return file(name);
-    }
-
-    /// So many rows of history, long ones now and then; the table is made if there is none.
-    static void addHistory(const std::string& path, int rows) {
-        using jet::ColumnType;
-        jet::Database database(path);
-        if (!database.hasTable("valtrino_historico"))
-            database.createTable({
-                .name = "valtrino_historico",
-                .columns = {{.name = "id", .type = ColumnType::longInteger, .autonumber = true},
-                            {.name = "grupo", .type = ColumnType::longInteger},
-                            {.name = "antes", .type = ColumnType::memo}},
-                .indexes = {{.name = "PrimaryKey", .columns = {{"id"}}, .primary = true},
-                            {.name = "grupo", .columns = {{"grupo"}}}}
-            });
-        jet::Table& history = database.table("valtrino_historico");
-        for (int row = 0; row < rows; ++row)
-            history.insert(std::vector<jet::Value>{
-                {}, std::int64_t{row / 7}, std::string(row % 100 == 0 ? 9'000 : 200, 'x')});
-    }
-
-private:
-    TemporaryFolder folder_;
-};
 
 INSTANTIATE_TEST_SUITE_P(, Tools, testing::Values("--jet3", "--jet4"),
                          [](const testing::TestParamInfo<std::string>& chosen) {
@@ -604,6 +534,30 @@ TEST_P(Tools, WhatIsExportedIsImportedAsItWas) {
                                           "cliente_fornecedor.csv", "semfundos.csv"));
 }
 
+TEST_P(Tools, ATableOfOneFieldComesBackWithItsNulls) {
+    using enum jet::ColumnType;
+    for (const char* name : {"uma.mdb", "outra.mdb"}) {
+        outputOf({"create", file(name), GetParam()});
+        jet::Database(file(name)).createTable({"Nota", {{"texto", text, 20}}, {}});
+    }
+    {
+        jet::Database database(file("uma.mdb"));
+        jet::Table& notes = database.table("Nota");
+        for (const jet::Value& value :
+             {jet::Value(), jet::Value("a"), jet::Value(), jet::Value(""), jet::Value()})
+            notes.insert(jet::Row{value});
+    }
+    const std::filesystem::path out = folder() / "saida";
+    std::filesystem::create_directory(out);
+    outputOf({"export", file("uma.mdb"), out.string()});
+    EXPECT_EQ(outputOf({"import", file("outra.mdb"), "Nota", (out / "Nota.csv").string()}),
+              "5 registros gravados na tabela \"Nota\", 0 recusados.\n");
+    const std::string all = "[\n{\"texto\": null},\n{\"texto\": \"a\"},\n{\"texto\": null},\n"
+                            "{\"texto\": \"\"},\n{\"texto\": null}\n]\n";
+    EXPECT_EQ(outputOf({"dump", file("uma.mdb"), "Nota", "--json"}), all);
+    EXPECT_EQ(outputOf({"dump", file("outra.mdb"), "Nota", "--json"}), all);
+}
+
 TEST_P(Tools, ExportReplacesNothingAndLeavesNothingHalfDone) {
     const std::string path = sample({"--cheques", "5"});
     const std::filesystem::path out = folder() / "saida";
@@ -768,6 +722,31 @@ TEST_P(Tools, OnATerminalTheResultStandsOnALineOfItsOwn) {
     const std::string clear = "\r\033[K";
     EXPECT_THAT(result.out, HasSubstr(clear + "cheques: 100%" + clear));
     EXPECT_THAT(result.out, HasSubstr(clear + "8 tabelas, "));
+}
+
+TEST_P(Tools, OnATerminalLongWorkTellsHowFarItIs) {
+    const auto shown = [](const std::string& words) {
+        const ProgramResult result =
+            runProgram({"script", "-qec", std::string(VALTRINO_MDB) + " " + words, "/dev/null"});
+        EXPECT_EQ(result.code, 0) << result.out;
+        return result.out;
+    };
+    const std::string clear = "\r\033[K";
+    EXPECT_THAT(shown("sample " + file() + " " + GetParam() + " --cheques 2000"),
+                AllOf(HasSubstr(clear + "cheques: 51%"), HasSubstr(clear + "Criado: ")));
+    EXPECT_THAT(shown("check " + file()),
+                AllOf(HasSubstr(clear + "tabela \"cheques\": 0%"),
+                      HasSubstr(clear + "tabela \"cheques\", índices: 76%"),
+                      HasSubstr(clear + "tabela \"cheques\", índice \"numero\": 76%"),
+                      ContainsRegex("\033.K[0-9]+ páginas")));
+    {
+        jet::Database database(file());
+        setRules(database, "cheques",
+                 {
+                     {.column = "valor", .rule = ">0"}
+        });
+    }
+    EXPECT_THAT(shown("check " + file()), HasSubstr(clear + "tabela \"cheques\", regras: 51%"));
 }
 
 TEST_P(Tools, CreateLeavesTheFilesOfOthersAlone) {

@@ -16,8 +16,9 @@ constexpr std::uint32_t kFewestPages = kFirstUserDefinition;
 
 class FileCheck {
 public:
-    FileCheck(const std::filesystem::path& path, Disk& disk, std::stop_token stop)
-        : file_(path, File::Mode::read, disk), stop_(std::move(stop)) {}
+    FileCheck(const std::filesystem::path& path, Disk& disk, std::stop_token stop,
+              const Progress& progress)
+        : file_(path, File::Mode::read, disk), stop_(std::move(stop)), progress_(progress) {}
 
     Report run() {
         try {
@@ -69,7 +70,7 @@ private:
         PageLedger ledger(pager, findings_);
         const CheckContext context{
             pager, {header->codePage, false},
-             findings_, ledger, stop_
+             findings_, ledger, stop_, progress_
         };
         ledger.readFreePages();
         report_.freePages = ledger.freePages();
@@ -149,14 +150,16 @@ private:
 
     File file_;
     std::stop_token stop_;
+    const Progress& progress_;
     Findings findings_;
     Report report_;
 };
 
 } // namespace
 
-Report check(const std::filesystem::path& path, Disk& disk, const std::stop_token& stop) {
-    return FileCheck(path, disk, stop).run();
+Report check(const std::filesystem::path& path, Disk& disk, const std::stop_token& stop,
+             const Progress& progress) {
+    return FileCheck(path, disk, stop, progress).run();
 }
 
 } // namespace jet

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "jet/Progress.h"
 #include "jet/TableDefinition.h"
 #include "jet/check/CheckPages.h"
 
@@ -14,12 +15,20 @@ struct CheckContext {
     Findings& findings;
     PageLedger& ledger;
     const std::stop_token& stop;
+    const Progress& progress;
 
     /// Called on every page and every index entry.
     /// @throws Error{cancelled}.
     void goOn() const {
         if (stop.stop_requested())
             throw Error(Errc::cancelled, "A verificação foi interrompida.");
+    }
+    /// The same, where it is known how far the check of something has come.
+    void goOn(const std::string& what, std::uint64_t done, std::uint64_t all) const {
+        constexpr std::uint64_t kStep = 256; // nobody sees a smaller one of many
+        goOn();
+        if (progress && done % kStep == 0)
+            progress(what, done, all);
     }
 };
 

@@ -43,11 +43,12 @@ void TableCheck::computeEntries(std::size_t first, std::size_t count,
         expected[i].assign(rows_.size(), kUnknown);
     PageRef page;
     PageRef other;
+    const std::string indexes = where_ + ", índices";
     for (std::size_t at = 0; at < rows_.size(); ++at) {
         const RowId id = row(at);
         if (std::binary_search(damaged_.begin(), damaged_.end(), rows_[at]))
             continue;
-        context_.goOn();
+        context_.goOn(indexes, at, rows_.size());
         if (!page || page.page() != id.page)
             page = context_.pager.read(id.page);
         const Slot slot = DataPage(context_.pager.format(), page.bytes(), id.page).slot(id.slot);
@@ -96,8 +97,7 @@ std::uint64_t TableCheck::checkIndex(std::size_t index,
     std::vector<bool> met(rows_.size());
     Bytes last;
     const auto entry = [&](std::span<const std::byte> key, RowId id) {
-        context_.goOn();
-        ++entries;
+        context_.goOn(where, entries++, rows_.size());
         if (real.unique && entries > 1 && !isAllNull(key, real.columns.size()) &&
             std::ranges::equal(key, last))
             findings.error(id.page, where, "uma chave aparece duas vezes num índice único",

@@ -41,8 +41,11 @@ std::string TableCheck::indexName(std::size_t index) const {
 }
 
 void TableCheck::checkRows() {
-    for (const PageNo page : pages_)
+    std::uint64_t done = 0;
+    for (const PageNo page : pages_) {
+        context_.goOn(where_, done++, pages_.size());
         checkPage(page);
+    }
     compareMoved();
     checkCounters();
     for (auto& [column, values] : longValues_)
@@ -50,7 +53,6 @@ void TableCheck::checkRows() {
 }
 
 void TableCheck::checkPage(PageNo page) {
-    context_.goOn();
     const PageRef ref = context_.pager.read(page);
     std::vector<Slot> slots;
     if (!checkDataPage(context_.pager.format(), ref, number(definition_.page()), where_,

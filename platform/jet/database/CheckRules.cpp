@@ -30,8 +30,8 @@ std::vector<std::size_t> keyColumns(const Table& table) {
 
 class RuleCheck {
 public:
-    RuleCheck(Database& database, Findings& findings)
-        : database_(database), findings_(findings),
+    RuleCheck(Database& database, Findings& findings, const Progress& progress)
+        : database_(database), findings_(findings), progress_(progress),
           order_(Collation::closest(database.version(), database.sortOrder())) {}
 
     void run() {
@@ -48,11 +48,18 @@ public:
     }
 
 private:
+    static constexpr std::uint64_t kStep = 256; ///< rows between two words of how far it is
+
     void checkTable(const Table& table, const TableRules& rules) {
         const std::vector<Bond> bonds = bondsOf(table, rules);
         const std::vector<std::size_t> key = keyColumns(table);
+        const auto rows = static_cast<std::uint64_t>(std::max<std::int64_t>(table.rowCount(), 0));
+        const std::string label = where_ + ", regras";
+        std::uint64_t done = 0;
         RowCursor row = table.scan();
         for (bool there = row.first(); there; there = row.next()) {
+            if (progress_ && done++ % kStep == 0)
+                progress_(label, std::min(done, rows), rows);
             const auto tellRow = [&](const std::string& what) {
                 const std::string values = shownKey(valuesOf(row.row(), key));
                 tell(row.id().page, what,
@@ -105,17 +112,18 @@ private:
 
     Database& database_;
     Findings& findings_;
+    const Progress& progress_;
     const Collation& order_;
     std::string where_; ///< as findings call the table
 };
 
 } // namespace
 
-std::vector<Finding> checkRules(const std::filesystem::path& path) {
+std::vector<Finding> checkRules(const std::filesystem::path& path, const Progress& progress) {
     Findings findings;
     try {
         Database database = opened(path);
-        RuleCheck(database, findings).run();
+        RuleCheck(database, findings, progress).run();
     } catch (const Error& error) {
         if (error.code() == Errc::io || error.code() == Errc::notFound)
             throw;
