@@ -136,6 +136,10 @@ public:
     ///         need it, Error{readOnly, locked}.
     std::vector<Cascaded> erase(RowId id, std::optional<std::uint64_t> expected = std::nullopt);
 
+    /// Enters all rows into an index that is empty, as extendTable() makes it.
+    /// @throws Error{duplicate, nullValue}, having done a part.
+    void fillIndex(std::size_t index);
+
     /// How the table is stored, for `check`.
     [[nodiscard]] const TableDefinition& definition() const noexcept;
     [[nodiscard]] const IndexTree& tree(std::size_t index) const noexcept;

@@ -88,22 +88,42 @@ void Table::requireExpected(RowId id, std::optional<std::uint64_t> expected) con
 
 void Table::Parts::requireKeys(const Table& table, const StoredRow& row) const {
     for (const Index& index : table.indexes_)
-        if (index.required || index.primary)
-            for (const IndexColumn& key : index.columns)
-                if (definition.columns[key.column].type != ColumnType::boolean &&
-                    !row[key.column].present)
-                    throw leftEmpty(table.name_, definition.columns[key.column].name);
+        requireKey(table, index, row);
+}
+
+void Table::Parts::requireKey(const Table& table, const Index& index, const StoredRow& row) const {
+    if (!index.required && !index.primary)
+        return;
+    for (const IndexColumn& key : index.columns)
+        if (definition.columns[key.column].type != ColumnType::boolean && !row[key.column].present)
+            throw leftEmpty(table.name_, definition.columns[key.column].name);
 }
 
 void Table::Parts::requireUnique(std::span<const Index> indexes, const StoredRow& row,
                                  std::optional<RowId> self) const {
-    for (std::size_t i = 0; i < indexes.size(); ++i) {
-        if (!(indexes[i].unique || indexes[i].primary) || allNull(i, row))
-            continue;
-        const std::optional<Bytes> bytes = key(i, row);
-        if (bytes && trees[i].hasKey(*bytes, self))
-            throw Error(Errc::duplicate, "Já existe um registro com o mesmo valor em " +
-                                             columnList(definition.columns, indexes[i]) + ".");
+    for (std::size_t i = 0; i < indexes.size(); ++i)
+        requireUnique(indexes[i], i, row, self);
+}
+
+void Table::Parts::requireUnique(const Index& index, std::size_t place, const StoredRow& row,
+                                 std::optional<RowId> self) const {
+    if (!(index.unique || index.primary) || allNull(place, row))
+        return;
+    const std::optional<Bytes> bytes = key(place, row);
+    if (bytes && trees[place].hasKey(*bytes, self))
+        throw Error(Errc::duplicate, "Já existe um registro com o mesmo valor em " +
+                                         columnList(definition.columns, index) + ".");
+}
+
+void Table::fillIndex(std::size_t index) {
+    const auto change = parts_->owner.parts_->change();
+    RowCursor row = scan();
+    for (bool there = row.first(); there; there = row.next()) {
+        const StoredRow stored = storedRow(parts_->definition, row.row());
+        parts_->requireKey(*this, indexes_[index], stored);
+        parts_->requireUnique(indexes_[index], index, stored, std::nullopt);
+        if (const auto key = parts_->key(index, stored))
+            parts_->addKey(index, *key, row.id());
     }
 }
 

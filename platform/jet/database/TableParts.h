@@ -81,8 +81,11 @@ struct Table::Parts {
 
     /// That no column of a key is left empty. @throws Error{nullValue}.
     void requireKeys(const Table& table, const StoredRow& row) const;
+    void requireKey(const Table& table, const Index& index, const StoredRow& row) const;
     /// That no other row than `self` has the same key. @throws Error{duplicate}.
     void requireUnique(std::span<const Index> indexes, const StoredRow& row,
+                       std::optional<RowId> self) const;
+    void requireUnique(const Index& index, std::size_t place, const StoredRow& row,
                        std::optional<RowId> self) const;
     /// Writes the long values that are given and not written yet; in the row itself if it has room.
     void settleLongValues(StoredRow& row);

@@ -2,54 +2,40 @@
 
 #include "jet/Names.h"
 #include "jet/row/DefinitionImage.h"
+#include "jet/row/DefinitionParts.h"
 
 #include <algorithm>
-#include <numeric>
+#include <functional>
 
 namespace jet {
 
 namespace {
 
-/// The logical bytes of a definition, block after block.
-class DefinitionWriter {
-public:
-    explicit DefinitionWriter(const Format& format) : format_(format) {}
-
-    /// `size` zeros at the end; `at()` is where they begin.
-    std::byte* block(std::size_t size) {
-        bytes_.insert(bytes_.end(), size, std::byte{});
-        return bytes_.data() + bytes_.size() - size;
-    }
-    void name(const std::string& name, const TextCodec& codec) {
-        const Bytes text = codec.encode(name, false, false);
-        store(block(format_.nameLength.size), format_.nameLength, text.size());
-        bytes_.insert(bytes_.end(), text.begin(), text.end());
-    }
-    Bytes& bytes() { return bytes_; }
-
-private:
-    const Format& format_;
-    Bytes bytes_;
+/// What a table takes next: 0 throughout for a new one.
+struct Next {
+    std::uint16_t number = 0;   ///< of its columns
+    std::uint16_t variable = 0; ///< of their places among the variable ones
+    std::uint16_t fixed = 0;    ///< byte of the fixed area
+    std::uint32_t real = 0;     ///< of its real indexes
+    std::uint32_t logical = 0;  ///< number of its logical ones
 };
 
 struct Places {
-    RowId owned;
-    RowId free;
     std::vector<LongValueMaps> longValues;
     std::vector<RowId> indexMaps;
     std::vector<PageNo> roots;
 };
 
-Places takePlaces(Pager& pager, PageAllocator& pages, PageNo page, const TableSpec& table) {
+Places takePlaces(Pager& pager, PageAllocator& pages, PageNo page, const TableSpec& more,
+                  const Next& next) {
     Places places;
-    places.owned = pages.createMap();
-    places.free = pages.createMap();
-    for (std::size_t i = 0; i < table.columns.size(); ++i)
-        if (isLongValue(table.columns[i].type)) {
+    for (std::size_t i = 0; i < more.columns.size(); ++i)
+        if (isLongValue(more.columns[i].type)) {
             const RowId owned = pages.createMap();
-            places.longValues.push_back({static_cast<std::uint16_t>(i), owned, pages.createMap()});
+            places.longValues.push_back(
+                {static_cast<std::uint16_t>(next.number + i), owned, pages.createMap()});
         }
-    for (std::size_t i = 0; i < table.indexes.size(); ++i)
+    for (std::size_t i = 0; i < more.indexes.size(); ++i)
         places.indexMaps.push_back(pages.createMap());
     for (const RowId map : places.indexMaps)
         places.roots.push_back(IndexTree::create(pager, pages, page, map));
@@ -94,121 +80,135 @@ std::uint8_t flagsOf(const IndexSpec& index, const SystemTable* system, Version 
     return static_cast<std::uint8_t>(flags);
 }
 
-void writeHeader(std::byte* head, const Format& format, const TableSpec& table, bool system,
-                 const Places& places) {
-    const auto fixed = std::ranges::count_if(table.columns, isFixed);
-    const auto columns = static_cast<std::uint16_t>(table.columns.size());
-    const auto indexes = static_cast<std::uint32_t>(table.indexes.size());
-    const DefinitionLayout& layout = format.definition;
-    store(head, layout.mark, kDefinitionMark);
-    store(head, layout.one, 1);
-    store(head, layout.kind, system ? kSystemTable : kUserTable);
-    store(head, layout.maxColumns, columns);
-    store(head, layout.maxVariables, static_cast<std::uint16_t>(columns - fixed));
-    store(head, layout.columns, columns);
-    store(head, layout.logicalIndexes, indexes);
-    store(head, layout.realIndexes, indexes);
-    store(head, layout.ownedMap, places.owned);
-    store(head, layout.freeMap, places.free);
+Bytes storedName(const std::string& name, const Format& format, const TextCodec& codec) {
+    const Bytes text = codec.encode(name, false, false);
+    Bytes stored;
+    store(addBlock(stored, format.nameLength.size), format.nameLength, text.size());
+    stored.insert(stored.end(), text.begin(), text.end());
+    return stored;
 }
 
-void writeColumns(DefinitionWriter& out, const Format& format, const TableSpec& table,
-                  const SystemTable* system, const SortOrder& order, std::uint16_t columnMark) {
-    const ColumnLayout& layout = format.column;
-    std::uint16_t fixedAt = 0;
-    std::uint16_t variable = 0;
-    for (std::size_t i = 0; i < table.columns.size(); ++i) {
-        const ColumnSpec& column = table.columns[i];
-        const std::uint16_t length = lengthOf(column, format.version);
-        std::byte* at = out.block(layout.size);
+template <class T>
+void addTo(Bytes& header, Field<T> counter, std::size_t more) {
+    store(header.data(), counter, static_cast<T>(load(header.data(), counter) + more));
+}
+
+void countIn(DefinitionParts& parts, const Format& format, const TableSpec& more) {
+    const DefinitionLayout& layout = format.definition;
+    const auto variable = static_cast<std::size_t>(
+        std::ranges::count_if(more.columns, [](const auto& column) { return !isFixed(column); }));
+    addTo(parts.header, layout.maxColumns, more.columns.size());
+    addTo(parts.header, layout.maxVariables, variable);
+    addTo(parts.header, layout.columns, more.columns.size());
+    addTo(parts.header, layout.logicalIndexes, more.indexes.size());
+    addTo(parts.header, layout.realIndexes, more.indexes.size());
+}
+
+/// What new columns and indexes are made with.
+struct Making {
+    const Format& format;
+    const SystemTable* system; ///< null for a table of the user
+    const SortOrder& order;
+    std::uint16_t columnMark;
+    TextCodec names;
+};
+
+void addColumns(DefinitionParts& parts, const Making& making, const TableSpec& more, Next next) {
+    const ColumnLayout& layout = making.format.column;
+    for (const ColumnSpec& column : more.columns) {
+        const std::uint16_t length = lengthOf(column, making.format.version);
+        std::byte* at = addBlock(parts.columns, layout.size);
         store(at, layout.type, static_cast<std::uint8_t>(column.type));
         store(at, layout.mark, kDefinitionMark);
-        store(at, layout.number, static_cast<std::uint16_t>(i));
-        store(at, layout.variable, variable);
-        store(at, layout.ordinal, static_cast<std::uint16_t>(i));
-        store(at, layout.headerMark, columnMark);
+        store(at, layout.number, next.number);
+        store(at, layout.variable, next.variable);
+        store(at, layout.ordinal, next.number++);
+        store(at, layout.headerMark, making.columnMark);
         if (column.type == ColumnType::numeric) {
             store(at, layout.precision, column.precision);
             store(at, layout.scale, column.scale);
         } else {
-            store(at, layout.language, order.lcid);
-            store(at, layout.codePage, order.codePage);
-            store(at, layout.variant, order.variant);
-            store(at, layout.orderVersion, order.version);
+            store(at, layout.language, making.order.lcid);
+            store(at, layout.codePage, making.order.codePage);
+            store(at, layout.variant, making.order.variant);
+            store(at, layout.orderVersion, making.order.version);
         }
-        store(at, layout.flags, flagsOf(column, system));
+        store(at, layout.flags, flagsOf(column, making.system));
         store(at, layout.textFlags, column.compressed && isText(column.type) ? kMayCompress : 0);
         store(at, layout.length, length);
         if (!isFixed(column))
-            ++variable;
+            ++next.variable;
         else if (column.type != ColumnType::boolean) {
-            store(at, layout.fixed, fixedAt);
-            fixedAt = static_cast<std::uint16_t>(fixedAt + length);
+            store(at, layout.fixed, next.fixed);
+            next.fixed = static_cast<std::uint16_t>(next.fixed + length);
         }
+        const Bytes name = storedName(column.name, making.format, making.names);
+        parts.columnNames.insert(parts.columnNames.end(), name.begin(), name.end());
     }
 }
 
-void writeIndexes(DefinitionWriter& out, const Format& format, const TableSpec& table,
-                  const SystemTable* system, const Places& places, const TextCodec& names) {
-    const RealIndexLayout& layout = format.realIndex;
-    const LogicalIndexLayout& logical = format.logicalIndex;
-    for (std::size_t i = 0; i < table.indexes.size(); ++i) {
-        const IndexSpec& index = table.indexes[i];
-        std::byte* at = out.block(layout.size);
+/// The number of the column of that name, as whoever asked for the index has made sure there is.
+using NumberOf = std::function<std::uint16_t(const std::string&)>;
+
+void addIndexes(DefinitionParts& parts, const Making& making, const TableSpec& more,
+                const Places& places, const Next& next, const NumberOf& numberOf) {
+    const RealIndexLayout& layout = making.format.realIndex;
+    const LogicalIndexLayout& logical = making.format.logicalIndex;
+    (void)addBlock(parts.statistics, more.indexes.size() * making.format.statistics.size);
+    for (std::size_t i = 0; i < more.indexes.size(); ++i) {
+        const IndexSpec& index = more.indexes[i];
+        std::byte* at = addBlock(parts.realIndexes, layout.size);
         store(at, layout.mark, kIndexMark);
         for (std::size_t k = 0; k < kMaxIndexColumns; ++k) {
             const bool used = k < index.columns.size();
             std::byte* key = at + layout.key(k);
-            store(key, KeyColumnLayout::column,
-                  used ? static_cast<std::uint16_t>(table.placeOf(index.columns[k].name))
-                       : kNoColumn);
+            store(key, KeyColumnLayout::column, used ? numberOf(index.columns[k].name) : kNoColumn);
             store(key, KeyColumnLayout::direction,
                   used && index.columns[k].ascending ? kAscending : 0);
         }
         store(at, layout.map, places.indexMaps[i]);
         store(at, layout.root, places.roots[i]);
-        store(at, layout.flags, flagsOf(index, system, format.version));
-    }
+        store(at, layout.flags, flagsOf(index, making.system, making.format.version));
 
-    // Blocks and names of the logical ones stand in the order of the names.
-    std::vector<std::size_t> order(table.indexes.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-        return foldedName(table.indexes[a].name) < foldedName(table.indexes[b].name);
-    });
-    for (const std::size_t i : order) {
-        std::byte* at = out.block(logical.size);
+        DefinitionParts::Logical made{Bytes(logical.size),
+                                      storedName(index.name, making.format, making.names),
+                                      foldedName(index.name)};
+        const auto place = static_cast<std::uint32_t>(i);
+        at = made.block.data();
         makePlain(at, logical);
         store(at, logical.mark, kDefinitionMark);
-        store(at, logical.number, static_cast<std::uint32_t>(i));
-        store(at, logical.realIndex, static_cast<std::uint32_t>(i));
-        if (table.indexes[i].primary)
+        store(at, logical.number, next.logical + place);
+        store(at, logical.realIndex, next.real + place);
+        if (index.primary)
             store(at, logical.kind, static_cast<std::uint8_t>(LogicalIndex::Kind::primary));
+        // They stand in the order of their names.
+        const auto behind =
+            std::ranges::find_if(parts.logicalIndexes, [&](const DefinitionParts::Logical& other) {
+                return other.folded > made.folded;
+            });
+        parts.logicalIndexes.insert(behind, std::move(made));
     }
-    for (const std::size_t i : order)
-        out.name(table.indexes[i].name, names);
 }
 
-void writeLongValueMaps(DefinitionWriter& out, const std::vector<LongValueMaps>& list) {
+void addLongValueMaps(DefinitionParts& parts, const std::vector<LongValueMaps>& list) {
     using Maps = LongValueMapsLayout;
     for (const LongValueMaps& maps : list) {
-        std::byte* at = out.block(Maps::size);
+        std::byte* at = addBlock(parts.longValues, Maps::size);
         store(at, Maps::column, maps.columnNumber);
         store(at, Maps::owned, maps.owned);
         store(at, Maps::free, *maps.free);
     }
-    store(out.block(Maps::column.size), Maps::column, kNoColumn);
 }
 
-/// Spreads the logical bytes over as many pages as they need.
-void writePages(Pager& pager, PageAllocator& pages, PageNo first, const Bytes& bytes) {
+/// Spreads the logical bytes over as many pages as they need: those given, then new ones.
+void writePages(Pager& pager, PageAllocator& pages, std::vector<PageNo> on, const Bytes& bytes) {
     const Format& format = pager.format();
     const std::size_t count = definitionPageCount(format, bytes.size());
-    PageNo page = first;
     for (std::size_t i = 0; i < count; ++i) {
-        const PageNo next = i + 1 < count ? pages.take() : PageNo{};
-        std::ranges::copy(definitionPage(format, bytes, i, next), pager.change(page).begin());
-        page = next;
+        if (i + 1 == on.size() && i + 1 < count)
+            on.push_back(pages.take());
+        const PageNo next = i + 1 < count ? on[i + 1] : PageNo{};
+        std::ranges::copy(definitionPage(format, bytes, i, next), pager.change(on[i]).begin());
     }
 }
 
@@ -216,20 +216,23 @@ void writePages(Pager& pager, PageAllocator& pages, PageNo first, const Bytes& b
 void build(Pager& pager, PageAllocator& pages, PageNo page, const TableSpec& table,
            const SystemTable* system, const SortOrder& order, std::uint16_t columnMark) {
     const Format& format = pager.format();
-    const TextCodec names(format.version, order.codePage);
-    const Places places = takePlaces(pager, pages, page, table);
-
-    DefinitionWriter out(format);
-    writeHeader(out.block(format.definition.size), format, table, system != nullptr, places);
-    (void)out.block(table.indexes.size() * format.statistics.size);
-    writeColumns(out, format, table, system, order, columnMark);
-    for (const ColumnSpec& column : table.columns)
-        out.name(column.name, names);
-    writeIndexes(out, format, table, system, places, names);
-    writeLongValueMaps(out, places.longValues);
-    store(out.bytes().data(), format.definition.length,
-          static_cast<std::uint32_t>(out.bytes().size()));
-    writePages(pager, pages, page, out.bytes());
+    const Making making{format, system, order, columnMark,
+                        TextCodec(format.version, order.codePage)};
+    DefinitionParts parts(format);
+    std::byte* head = parts.header.data();
+    store(head, format.definition.mark, kDefinitionMark);
+    store(head, format.definition.one, 1);
+    store(head, format.definition.kind, system != nullptr ? kSystemTable : kUserTable);
+    store(head, format.definition.ownedMap, pages.createMap());
+    store(head, format.definition.freeMap, pages.createMap());
+    countIn(parts, format, table);
+    const Places places = takePlaces(pager, pages, page, table, {});
+    addColumns(parts, making, table, {});
+    addIndexes(parts, making, table, places, {}, [&](const std::string& column) {
+        return static_cast<std::uint16_t>(table.placeOf(column));
+    });
+    addLongValueMaps(parts, places.longValues);
+    writePages(pager, pages, {page}, parts.joined(format));
 }
 
 } // namespace
@@ -242,6 +245,33 @@ void buildTable(Pager& pager, PageAllocator& pages, PageNo page, const TableSpec
 void buildTable(Pager& pager, PageAllocator& pages, const SystemTable& table,
                 const SortOrder& order, std::uint16_t columnMark) {
     build(pager, pages, table.page, table.table, &table, order, columnMark);
+}
+
+void extendTable(Pager& pager, PageAllocator& pages, const TableDefinition& table,
+                 const TableSpec& more, const SortOrder& order, std::uint16_t columnMark) {
+    const Format& format = pager.format();
+    const Making making{format, nullptr, order, columnMark,
+                        TextCodec(format.version, order.codePage)};
+    Next next{.number = table.maxColumns,
+              .variable = table.maxVariables,
+              .fixed = static_cast<std::uint16_t>(table.fixedSize),
+              .real = static_cast<std::uint32_t>(table.realIndexes.size())};
+    for (const LogicalIndex& logical : table.logicalIndexes)
+        next.logical = std::max(next.logical, logical.number + 1);
+    DefinitionParts parts(format, {DefinitionImage(pager, table).bytes(), table.page()});
+    countIn(parts, format, more);
+    const Places places = takePlaces(pager, pages, table.page(), more, next);
+    addColumns(parts, making, more, next);
+    addIndexes(parts, making, more, places, next, [&](const std::string& name) {
+        const auto old =
+            std::ranges::find(table.columns, foldedName(name),
+                              [](const Column& column) { return foldedName(column.name); });
+        return old != table.columns.end()
+                   ? old->number
+                   : static_cast<std::uint16_t>(next.number + more.placeOf(name));
+    });
+    addLongValueMaps(parts, places.longValues);
+    writePages(pager, pages, table.pages, parts.joined(format));
 }
 
 std::vector<SystemTable> systemTables(Version version) {

@@ -21,4 +21,10 @@ void buildTable(Pager& pager, PageAllocator& pages, PageNo page, const TableSpec
 void buildTable(Pager& pager, PageAllocator& pages, const SystemTable& table,
                 const SortOrder& order, std::uint16_t columnMark);
 
+/// Gives a table the columns and indexes of `more` besides its own; these trees are empty. Rows
+/// stay as they are, the definition's first pages too. `table` as parseDefinition() has read it; it
+/// has the columns that the indexes name, or `more` has.
+void extendTable(Pager& pager, PageAllocator& pages, const TableDefinition& table,
+                 const TableSpec& more, const SortOrder& order, std::uint16_t columnMark);
+
 } // namespace jet
