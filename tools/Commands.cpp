@@ -3,9 +3,9 @@
 namespace {
 
 constexpr Option kCreateOptions[] = {
-    {"--jet4",   nullptr, "no formato Jet 4, de 2000 a 2003 (é o que se faz sem opção)"     },
-    {"--jet3",   nullptr, "no formato Jet 3, de 97"                                            },
-    {"--owner",  "PAPEL", "num servidor: de quem são as tabelas (valtrino_dono)"              },
+    {"--jet4",   nullptr, "no formato Jet 4, de 2000 a 2003 (é o que se faz sem opção)"   },
+    {"--jet3",   nullptr, "no formato Jet 3, de 97"                                          },
+    {"--owner",  "PAPEL", "num servidor: de quem são as tabelas (valtrino_dono)"            },
     {"--clerks", "PAPEL", "num servidor: quem trabalha com os registros (valtrino_atendente)"},
 };
 
@@ -173,6 +173,18 @@ constexpr ToolCommand kMove{
     {},
     runMove};
 
+constexpr ToolCommand kUpgrade{
+    "upgrade",
+    "ARQUIVO",
+    "Dá a um banco de dados de antes o que esta versão pede",
+    "Acrescenta as tabelas, os campos e os índices da loja que faltam no arquivo, e nada muda ou\n"
+    "tira. Nos registros que já existem os campos novos ficam vazios; os de sim ou não ficam com\n"
+    "sim, como nos que o programa lança. O trabalho é feito numa cópia, que é conferida inteira e\n"
+    "toma o lugar do arquivo de uma só vez; o arquivo como era fica ao lado, com a data e a hora\n"
+    "no nome. Com o programa aberto, nada é feito.",
+    {},
+    runUpgrade};
+
 constexpr Option kHistoryOptions[] = {
     {"--off",    nullptr, "deixa de gravar o histórico nesse arquivo; o que há fica"},
     {"--on",     nullptr, "volta a gravá-lo"                                         },
@@ -190,9 +202,9 @@ constexpr ToolCommand kHistory{
     kHistoryOptions,
     runHistory};
 
-constexpr ToolCommand kCommands[] = {kCreate,  kSample, kInfo,   kCheck,   kTables,
-                                     kDump,    kExport, kImport, kCompact, kSalvage,
-                                     kRestore, kMove,   kHistory};
+constexpr ToolCommand kCommands[] = {kCreate,  kSample, kInfo,    kCheck,   kTables,
+                                     kDump,    kExport, kImport,  kCompact, kSalvage,
+                                     kRestore, kMove,   kUpgrade, kHistory};
 
 } // namespace
 

@@ -25,4 +25,5 @@ int runCompact(const Arguments& arguments);
 int runSalvage(const Arguments& arguments);
 int runRestore(const Arguments& arguments);
 int runMove(const Arguments& arguments);
+int runUpgrade(const Arguments& arguments);
 int runHistory(const Arguments& arguments);

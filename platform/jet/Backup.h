@@ -11,6 +11,8 @@
 
 namespace jet {
 
+class Database;
+
 /// The dated copies of a database in the folder "backup" beside it: automacao.mdb has
 /// backup/automacao-2004-06-01.mdb and so on. One is made for each day it is used; which of them
 /// are kept, see Rotation.h. A copy has its name only after it has been checked from end to end:
@@ -93,5 +95,13 @@ private:
 std::optional<std::filesystem::path> restore(const std::filesystem::path& copy,
                                              const std::filesystem::path& database,
                                              Disk& disk = Disk::system());
+
+/// Changes a database that nobody else may use meanwhile, all or nothing: `change` works on a copy,
+/// which takes the database's place as restore() puts one there, checked from end to end.
+/// @return the name under which the file as it was is kept.
+/// @throws what `change` throws, and as restore(): everything is as it was then.
+std::filesystem::path changeAside(const std::filesystem::path& database,
+                                  const std::function<void(Database&)>& change,
+                                  Disk& disk = Disk::system());
 
 } // namespace jet

@@ -1,6 +1,7 @@
 #include "jet/Backup.h"
 
 #include "jet/Check.h"
+#include "jet/Database.h"
 #include "jet/Error.h"
 #include "jet/FileSteps.h"
 #include "jet/copy/LiveCopy.h"
@@ -330,6 +331,38 @@ void Backup::removeDeadParts(std::int64_t now) const {
 
 // ---- putting one back -------------------------------------------------------------------------
 
+namespace {
+
+/// The copy in the database's place; the name that this has then.
+std::filesystem::path replace(const std::filesystem::path& database, UnnamedFile& copy,
+                              Disk& disk) {
+    const std::filesystem::path kept = replacedName(database, disk);
+    try {
+        keepAs(database, kept, disk);
+        copy.takeName();
+    } catch (...) {
+        // With the copy in place it is the only one left of what was there.
+        if (!copy.hasName() && disk.exists(kept))
+            static_cast<void>(disk.remove(kept));
+        throw;
+    }
+    keepJournal(database, kept, disk);
+    return kept;
+}
+
+/// A file that can't have the rights of the database doesn't take its place.
+[[noreturn]] void wouldShutOut(const std::string& what, const std::filesystem::path& database,
+                               const std::string& again) {
+    throw Error(Errc::readOnly,
+                what +
+                    ", porque o arquivo teria outro dono, outro grupo ou outras permissões do que "
+                    "o banco de dados \"" +
+                    database.string() + "\", e outras contas ficariam sem acesso a ele. " + again +
+                    " com a conta que é dona do banco de dados, ou como administrador.");
+}
+
+} // namespace
+
 std::optional<std::filesystem::path> restore(const std::filesystem::path& copy,
                                              const std::filesystem::path& name, Disk& disk) {
     const std::filesystem::path database = disk.resolved(name); // a link to it stays one
@@ -337,30 +370,34 @@ std::optional<std::filesystem::path> restore(const std::filesystem::path& copy,
     UnnamedFile unnamed(database, disk);
     const bool replaces = disk.exists(database);
     if (!copyFile(copy, unnamed, replaces ? database : copy) && replaces)
-        throw Error(Errc::readOnly,
-                    "A cópia não foi restaurada, porque o arquivo teria outro dono, outro grupo ou "
-                    "outras permissões do que o banco de dados \"" +
-                        database.string() +
-                        "\", e outras contas ficariam sem acesso a ele. Restaure-a com a conta que "
-                        "é dona do banco de dados, ou como administrador.");
+        wouldShutOut("A cópia não foi restaurada", database, "Restaure-a");
     requireSound(unnamed, "A cópia tem erros e não foi restaurada: ");
     if (!replaces) {
         unnamed.takeName();
         return std::nullopt;
     }
     undoCutOff(database, disk);
-    const std::filesystem::path kept = replacedName(database, disk);
-    try {
-        keepAs(database, kept, disk);
-        unnamed.takeName();
-    } catch (...) {
-        // With the copy in place it is the only one left of what was there.
-        if (!unnamed.hasName() && disk.exists(kept))
-            static_cast<void>(disk.remove(kept));
-        throw;
+    return replace(database, unnamed, disk);
+}
+
+std::filesystem::path changeAside(const std::filesystem::path& name,
+                                  const std::function<void(Database&)>& change, Disk& disk) {
+    const std::filesystem::path database = disk.resolved(name);
+    const FileAlone alone(database, disk);
+    File(database, File::Mode::readWrite, disk).sync(); // who may not write mustn't replace it
+    undoCutOff(database, disk);
+    UnnamedFile unnamed(database, disk);
+    if (!copyFile(database, unnamed, database))
+        wouldShutOut("O banco de dados não foi alterado", database, "Repita");
+    {
+        Database::Options options;
+        options.disk = &disk;
+        Database copy(unnamed.path(), options);
+        change(copy);
+        copy.flush();
     }
-    keepJournal(database, kept, disk);
-    return kept;
+    requireSound(unnamed, "O banco de dados tem erros e não foi alterado: ");
+    return replace(database, unnamed, disk);
 }
 
 } // namespace jet

@@ -1,0 +1,50 @@
+#include "jet/Backup.h"
+#include "jet/Error.h"
+#include "tools/Commands.h"
+#include "tools/ShopUpgrade.h"
+
+#include <iostream>
+
+namespace {
+
+std::vector<shop::Missing> missingIn(const std::filesystem::path& path) {
+    jet::Database::Options onlyToRead;
+    onlyToRead.readOnly = true;
+    jet::Database database(path, onlyToRead);
+    return shop::missingIn(database);
+}
+
+template <class List>
+void print(const char* what, const List& list) {
+    if (list.empty())
+        return;
+    std::cout << what;
+    for (const auto& item : list)
+        std::cout << (&item == &list.front() ? "" : ", ") << item.name;
+    std::cout << '\n';
+}
+
+} // namespace
+
+int runUpgrade(const Arguments& arguments) {
+    if (arguments.server())
+        throw UsageError("Este comando é para arquivos: num servidor, quem é dono das tabelas as "
+                         "altera com \"alter table\".");
+    const std::filesystem::path path = arguments.file();
+    const std::vector<shop::Missing> missing = missingIn(path);
+    if (missing.empty()) {
+        std::cout << "Nada a fazer: não falta nenhuma tabela, campo ou índice desta versão.\n";
+        return kDone;
+    }
+    const std::filesystem::path kept =
+        jet::changeAside(path, [&](jet::Database& database) { shop::upgrade(database, missing); });
+    for (const auto& [more, table] : missing) {
+        std::cout << "Tabela " << more.name << (table ? ": nova\n" : ":\n");
+        if (table)
+            continue;
+        print("  campos: ", more.columns);
+        print("  índices: ", more.indexes);
+    }
+    std::cout << "O arquivo como era foi guardado como \"" << kept.string() << "\".\n";
+    return kDone;
+}
