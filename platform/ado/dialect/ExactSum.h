@@ -28,7 +28,10 @@ struct ExactSum {
         const double scaled = number * 10000.0;
         if (std::fabs(scaled) < kExact) {
             const auto whole = static_cast<std::int64_t>(scaled + std::copysign(0.5, scaled));
-            if (static_cast<double>(whole) / 10000.0 == number && addTo(tenThousandths, whole))
+            const auto rounded = static_cast<double>(whole);
+            // Nearly always the first tells it, and spares the division.
+            if ((rounded == scaled || rounded / 10000.0 == number) &&
+                addTo(tenThousandths, whole))
                 return;
         }
         rest += number;

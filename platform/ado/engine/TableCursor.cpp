@@ -74,11 +74,7 @@ void TableCursor::beginScan(std::span<sqlite3_value*> operands) {
 }
 
 void TableCursor::settleScan(bool found) {
-    row_ = nullptr;
-    if (found) {
-        row_ = &scan_->row();
-        id_ = scan_->id();
-    }
+    row_ = found ? &scan_->row() : nullptr;
 }
 
 void TableCursor::beginWalk(const PackedPlan& plan, std::span<sqlite3_value*> operands) {

@@ -24,7 +24,9 @@ public:
     [[nodiscard]] bool atEnd() const { return row_ == nullptr; }
 
     /// Of the row stood on.
-    [[nodiscard]] jet::RowId id() const { return id_; }
+    [[nodiscard]] jet::RowId id() const {
+        return way_ == AccessPlan::Way::scan ? scan_->id() : id_;
+    }
     void give(sqlite3_context* context, std::size_t column);
 
 private:
@@ -52,7 +54,7 @@ private:
     std::unordered_map<std::int64_t, jet::RowId> found_;
     jet::RowReader reader_;
     const jet::RowView* row_ = nullptr;
-    jet::RowId id_;
+    jet::RowId id_; ///< of row_, except in a scan, which knows it
     std::string buffer_;
 };
 

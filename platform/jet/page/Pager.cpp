@@ -26,6 +26,7 @@ Pager::Pager(File file, const Format& format, bool writable)
       pageCount_(static_cast<std::uint32_t>(file_.size() / format.pageSize)),
       committedPageCount_(pageCount_) {
     spares_.reserve(kMostSpares);
+    passing_.resize(std::size_t{2} * kMostAhead, PageNo{~std::uint32_t{0}});
 }
 
 void Pager::requireUsable() const {
@@ -75,7 +76,7 @@ PageRef Pager::read(PageNo page) {
 PageRef Pager::readCommitted(PageNo page) {
     if (Cached* const known = cache_.find(page)) {
         requireStored(*known);
-        known->wanted = true;
+        known->use = known->use == Use::ahead ? Use::once : Use::again;
         return {page, known->image};
     }
     if (number(page) >= committedPageCount_)
@@ -88,6 +89,36 @@ PageRef Pager::readCommitted(PageNo page) {
         turns_->verifyPage();
     remember(page, image);
     return {page, std::move(image)};
+}
+
+PageRef Pager::readAhead(PageNo first, std::uint32_t count) {
+    assert(count <= kMostAhead);
+    std::uint32_t lacking = 0; // from the first on, up to one that is at hand
+    while (lacking < count && number(first) + lacking < committedPageCount_) {
+        const auto page = static_cast<PageNo>(number(first) + lacking);
+        if (cache_.find(page) != nullptr || changed_.find(page) != nullptr)
+            break;
+        ++lacking;
+    }
+    if (lacking > 1)
+        fetchAhead(first, lacking);
+    return read(first);
+}
+
+void Pager::fetchAhead(PageNo first, std::uint32_t count) {
+    const std::size_t size = format_.pageSize;
+    ahead_.resize(kMostAhead * size);
+    const auto pages = std::span(ahead_).first(count * size);
+    try {
+        read(first, pages);
+    } catch (const Error& error) {
+        if (error.code() == Errc::io) // of one of them: the others are fetched when it is their turn
+            return;
+        throw;
+    }
+    for (std::size_t i = 0; i < count; ++i)
+        remember(static_cast<PageNo>(number(first) + i), copyOf(pages.subspan(i * size, size)),
+                 Use::ahead);
 }
 
 void Pager::read(PageNo first, std::span<std::byte> into) {
@@ -143,19 +174,19 @@ void Pager::requireStored(Cached& known) {
     known.claim = claims_;
 }
 
-void Pager::remember(PageNo page, std::shared_ptr<PageImage> image) {
+void Pager::remember(PageNo page, std::shared_ptr<PageImage> image, Use use) {
     if (Cached* const known = cache_.find(page)) {
         known->image = std::move(image);
         known->claim = claims_;
         return;
     }
     if (cache_.size() * format_.pageSize < kCacheBytes) {
-        cache_.add({page, std::move(image), claims_, false});
+        cache_.add({page, std::move(image), claims_, use});
         return;
     }
-    Cached& last = leastWanted();
+    Cached& last = use == Use::ahead ? passedBy(page) : leastWanted();
     giveBack(std::move(last.image));
-    cache_.replace(last, {page, std::move(image), claims_, false});
+    cache_.replace(last, {page, std::move(image), claims_, use});
 }
 
 /// Each is spared once for having been asked for, so that what a scan passes goes before what is
@@ -163,9 +194,18 @@ void Pager::remember(PageNo page, std::shared_ptr<PageImage> image) {
 Pager::Cached& Pager::leastWanted() noexcept {
     for (;; ++hand_) {
         hand_ = hand_ < cache_.size() ? hand_ : 0;
-        if (!std::exchange(cache_[hand_].wanted, false))
+        if (std::exchange(cache_[hand_].use, Use::once) != Use::again)
             return cache_[hand_++];
     }
+}
+
+/// The place of a page that the same walk has fetched and left behind. So a walk over a table that
+/// is larger than the cache leaves in it what was there, and its pages lie in the machine's own.
+Pager::Cached& Pager::passedBy(PageNo page) noexcept {
+    const PageNo before = std::exchange(passing_[passingAt_], page);
+    passingAt_ = (passingAt_ + 1) % passing_.size();
+    Cached* const old = cache_.find(before);
+    return old != nullptr && old->use == Use::once ? *old : leastWanted();
 }
 
 void Pager::refresh(const std::optional<std::vector<PageNo>>& changed) {

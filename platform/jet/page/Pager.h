@@ -106,6 +106,10 @@ public:
 
     /// @throws Error{corrupt} if the file has no such page, Error{io} if it can't be read.
     [[nodiscard]] PageRef read(PageNo page);
+    /// The same of the first of `count` pages that will all be asked for, in this order: so that
+    /// one call of the system fetches many. `count` is at most kMostAhead.
+    [[nodiscard]] PageRef readAhead(PageNo first, std::uint32_t count);
+    static constexpr std::uint32_t kMostAhead = 4; ///< what the processor's own cache has room for
 
     /// So many pages from `first` on as `into` has room for, all of the file; what the cache has
     /// and lacks stays as it is. @throws as the other read().
@@ -152,11 +156,17 @@ public:
     [[nodiscard]] bool hasChanges() const noexcept { return !changed_.empty(); }
 
 private:
+    /// Since a page came into the cache, or was last spared.
+    enum class Use : std::uint8_t {
+        ahead, ///< nobody has asked for it yet
+        once,
+        again
+    };
     struct Cached {
         PageNo page;
         std::shared_ptr<PageImage> image;
         std::uint64_t claim; ///< during which it was last known to be the file's
-        bool wanted;         ///< asked for again since it came, or since it was last spared
+        Use use;
     };
     struct Changed {
         PageNo page;
@@ -180,8 +190,10 @@ private:
     [[nodiscard]] std::shared_ptr<PageImage> image();
     [[nodiscard]] std::shared_ptr<PageImage> copyOf(std::span<const std::byte> page);
     void giveBack(std::shared_ptr<PageImage> image) noexcept;
-    void remember(PageNo page, std::shared_ptr<PageImage> image);
+    void remember(PageNo page, std::shared_ptr<PageImage> image, Use use = Use::once);
+    void fetchAhead(PageNo first, std::uint32_t count);
     [[nodiscard]] Cached& leastWanted() noexcept;
+    [[nodiscard]] Cached& passedBy(PageNo page) noexcept;
     [[nodiscard]] std::uint64_t keepBefore(Before before);
     void requireStored(Cached& known);
     void requireUsable() const;
@@ -213,6 +225,10 @@ private:
     /// Images that nobody looks at any more, for the next pages: a scan passes thousands, and a
     /// purge changes some pages with each row.
     std::vector<std::shared_ptr<PageImage>> spares_;
+    std::vector<std::byte> ahead_; ///< what readAhead() reads into
+    /// The last pages that it has fetched into a full cache, and where the next one's number goes.
+    std::vector<PageNo> passing_;
+    std::size_t passingAt_ = 0;
 };
 
 } // namespace jet

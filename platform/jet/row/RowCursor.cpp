@@ -7,14 +7,14 @@ namespace jet {
 RowReader::RowReader(Pager& pager, const TableDefinition& definition)
     : pager_(&pager), definition_(&definition) {}
 
-const DataPage* RowReader::ownPage(PageNo page) {
+const DataPage* RowReader::ownPage(PageNo page, std::uint32_t ahead) {
     if (page_ && ref_.page() == page && isFresh())
         return &*page_;
     page_.reset();
     definition_->requireThere();
     if (number(page) >= pager_->pageCount())
         return nullptr; // of a transaction that was rolled back
-    ref_ = pager_->read(page);
+    ref_ = pager_->readAhead(page, ahead);
     generation_ = pager_->generation();
     if (ref_.kind() == PageKind::data) {
         page_.emplace(pager_->format(), ref_.bytes(), page);
@@ -27,8 +27,8 @@ const DataPage* RowReader::ownPage(PageNo page) {
     return nullptr;
 }
 
-const DataPage& RowReader::page(PageNo page) {
-    if (const DataPage* own = ownPage(page))
+const DataPage& RowReader::page(PageNo page, std::uint32_t ahead) {
+    if (const DataPage* own = ownPage(page, ahead))
         return *own;
     corrupt(page, "a página não é da tabela");
 }
@@ -70,8 +70,8 @@ bool RowCursor::settle(const DataPage& page, RowId id) {
     return row_ != nullptr;
 }
 
-bool RowCursor::forwardOn(PageNo page, std::size_t slot) {
-    const DataPage& rows = reader_.page(page);
+bool RowCursor::forwardOn(PageNo page, std::size_t slot, std::uint32_t ahead) {
+    const DataPage& rows = reader_.page(page, ahead);
     for (; slot < rows.slotCount(); ++slot)
         if (settle(rows, {page, static_cast<std::uint16_t>(slot)}))
             return true;
@@ -90,9 +90,21 @@ bool RowCursor::forwardFrom(std::uint32_t page, std::size_t slot) {
     row_ = nullptr;
     reader_.definition_->requireThere();
     for (auto at = owned_.next(page); at; at = owned_.next(number(*at) + 1))
-        if (forwardOn(*at, number(*at) == page ? slot : 0))
+        if (forwardOn(*at, number(*at) == page ? slot : 0, fetchedWith(*at)))
             return true;
     return false;
+}
+
+/// How many pages from this one on are to be fetched with it.
+std::uint32_t RowCursor::fetchedWith(PageNo page) {
+    if (number(page) < fetchedUpTo_)
+        return 1;
+    const auto isOwned = [&](std::uint32_t next) { return owned_.next(next) == PageNo{next}; };
+    fetchedUpTo_ = number(page) + 1;
+    while (fetchedUpTo_ < number(page) + ahead_ && isOwned(fetchedUpTo_))
+        ++fetchedUpTo_;
+    ahead_ = std::min(2 * ahead_, Pager::kMostAhead);
+    return fetchedUpTo_ - number(page);
 }
 
 bool RowCursor::backwardFrom(std::uint32_t page, std::size_t endSlot) {
@@ -104,15 +116,17 @@ bool RowCursor::backwardFrom(std::uint32_t page, std::size_t endSlot) {
     return false;
 }
 
-bool RowCursor::first() {
-    return pager_->onSnapshot([&] { return forwardFrom(0, 0); });
+bool RowCursor::begin(std::uint32_t page, std::size_t slot) {
+    ahead_ = 1;
+    fetchedUpTo_ = 0;
+    return pager_->onSnapshot([&] { return forwardFrom(page, slot); });
 }
+
+bool RowCursor::first() { return begin(0, 0); }
 bool RowCursor::last() {
     return pager_->onSnapshot([&] { return backwardFrom(pager_->pageCount(), 0); });
 }
-bool RowCursor::seek(RowId id) {
-    return pager_->onSnapshot([&] { return forwardFrom(number(id.page), id.slot); });
-}
+bool RowCursor::seek(RowId id) { return begin(number(id.page), id.slot); }
 
 // While nothing has changed the page in hand is still the table's; else the map has to say so
 // first.

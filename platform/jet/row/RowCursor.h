@@ -19,9 +19,9 @@ private:
     friend class PageRows;
     friend class RowCursor;
     /// The page, or null if it isn't one of this table's (any more).
-    [[nodiscard]] const DataPage* ownPage(PageNo page);
-    /// The page, which must be one of this table's.
-    [[nodiscard]] const DataPage& page(PageNo page);
+    [[nodiscard]] const DataPage* ownPage(PageNo page, std::uint32_t ahead = 1);
+    /// The page, which must be one of this table's. As Pager::readAhead().
+    [[nodiscard]] const DataPage& page(PageNo page, std::uint32_t ahead = 1);
     [[nodiscard]] bool isFresh() const noexcept { return generation_ == pager_->generation(); }
     [[nodiscard]] const RowView* read(RowId id, const Slot& slot);
 
@@ -56,15 +56,20 @@ public:
 private:
     bool forwardFrom(std::uint32_t page, std::size_t slot);
     bool backwardFrom(std::uint32_t page, std::size_t endSlot);
-    bool forwardOn(PageNo page, std::size_t slot);
+    bool forwardOn(PageNo page, std::size_t slot, std::uint32_t ahead = 1);
     bool backwardOn(PageNo page, std::size_t endSlot);
     bool settle(const DataPage& page, RowId id);
+    [[nodiscard]] std::uint32_t fetchedWith(PageNo page);
+    bool begin(std::uint32_t page, std::size_t slot);
 
     Pager* pager_;
     UsageMap owned_;
     RowReader reader_;
     const RowView* row_ = nullptr;
     RowId id_{};
+    // A walk on and on fetches more pages each time; one that only looks for a row fetches few.
+    std::uint32_t ahead_ = 1;       ///< pages to fetch at once, the next time
+    std::uint32_t fetchedUpTo_ = 0; ///< the page after those of the last time
 };
 
 } // namespace jet

@@ -118,7 +118,9 @@ std::optional<std::span<const std::byte>> RowView::field(const Column& column) c
 // A yes/no has no bytes: the bit that says of others whether they are there is its value.
 bool RowView::isNull(std::size_t column) const {
     const Column& c = definition_->columns[column];
-    return c.type != ColumnType::boolean && !field(c);
+    if (c.type == ColumnType::boolean)
+        return false;
+    return !bit(c) || (!c.fixed && !variableField(c));
 }
 
 bool RowView::boolean(std::size_t column) const { return bit(definition_->columns[column]); }

@@ -1,5 +1,6 @@
 #include "jet/page/Pager.h"
 
+#include "jet/MemoryDisk.h"
 #include "jet/Sentences.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
@@ -152,6 +153,76 @@ TEST_P(PagesOf, WhatLiesBehindTheEndIsDamage) {
     mark(pager, 2, 1); // and nothing of it is left
     pager.commit();
     EXPECT_EQ(markOf(pager, 2), 1);
+}
+
+/// The same on a disk that tells what is read.
+class FetchedPages : public PagesOf {
+protected:
+    FetchedPages() {
+        disk.onRead = [this](std::uint64_t) { ++reads; };
+    }
+    [[nodiscard]] Pager openThere(std::uint64_t pages) {
+        File file("paginas.mdb", File::Mode::createNew, disk);
+        file.truncate(pages * format.pageSize);
+        return {std::move(file), format, true};
+    }
+
+    MemoryDisk disk;
+    int reads = 0;
+};
+
+INSTANTIATE_TEST_SUITE_P(, FetchedPages, bothVersions(), versionName);
+
+TEST_P(FetchedPages, ComeWithTheFirstInOneCall) {
+    Pager pager = openThere(8);
+    EXPECT_EQ(pager.readAhead(PageNo{5}, 4).page(), PageNo{5}); // the file has but three of them
+    EXPECT_EQ(reads, 1);
+    for (const std::uint32_t page : {5, 6, 7})
+        EXPECT_EQ(markOf(pager, page), 0);
+    EXPECT_EQ(reads, 1);
+    EXPECT_EQ(markOf(pager, 3), 0);
+    (void)pager.readAhead(PageNo{1}, 4); // up to the one that is at hand
+    EXPECT_EQ(reads, 3);
+    EXPECT_EQ(markOf(pager, 4), 0);
+    EXPECT_EQ(reads, 4);
+}
+
+TEST_P(FetchedPages, AreThoseOfTheOpenTransaction) {
+    Pager pager = openThere(8);
+    pager.begin();
+    mark(pager, 2, 7);
+    (void)pager.readAhead(PageNo{1}, 4);
+    EXPECT_EQ(markOf(pager, 2), 7);
+    pager.rollback();
+    EXPECT_EQ(markOf(pager, 2), 0);
+}
+
+TEST_P(FetchedPages, OneThatTheDiskHasLostTakesNoOtherAlong) {
+    Pager pager = openThere(8);
+    disk.lost.emplace("paginas.mdb", 2 * format.pageSize);
+    EXPECT_EQ(pager.readAhead(PageNo{1}, 3).page(), PageNo{1});
+    EXPECT_EQ(errorOf([&] { (void)pager.readAhead(PageNo{2}, 2); }), Errc::io);
+    EXPECT_EQ(pager.readAhead(PageNo{3}, 2).page(), PageNo{3});
+}
+
+// A panel's or report's walk mustn't cost what the windows use all day.
+TEST_P(FetchedPages, OfALargeTableLeaveInMemoryWhatWasThere) {
+    const std::uint32_t pages =
+        (std::uint32_t{28} << 20) / static_cast<std::uint32_t>(format.pageSize);
+    Pager pager = openThere(pages);
+    const auto useSome = [&] {
+        for (std::uint32_t page = 0; page < 100; ++page)
+            (void)markOf(pager, page);
+    };
+    useSome();
+    useSome();
+    for (int round = 0; round < 2; ++round)
+        for (std::uint32_t page = 100; page < pages; ++page)
+            (void)pager.readAhead(static_cast<PageNo>(page),
+                                  std::min(Pager::kMostAhead, pages - page));
+    reads = 0;
+    useSome();
+    EXPECT_EQ(reads, 0);
 }
 
 } // namespace
