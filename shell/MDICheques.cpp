@@ -135,11 +135,21 @@ void MDICheques::avisar() {
     for (const auto& aviso : {arquivo ? arquivo->notice() : std::nullopt, base.readOnlyReason()})
         if (aviso)
             showMessage(QString::fromStdString(*aviso), "Mensagem", MessageIcon::exclamation);
-    if (const QStringList& faltas = dbconectar::instance().faltas(); !faltas.isEmpty())
-        showMessage(faltas.join('\n') +
-                        "\n\nAs janelas que precisam disso não abrem; as outras funcionam. Peça a "
-                        "quem cuida da base de dados que o acrescente.",
-                    "Mensagem", MessageIcon::exclamation);
+    const QStringList& faltas = dbconectar::instance().faltas();
+    if (faltas.isEmpty())
+        return;
+    const char* const janelas =
+        "\n\nAs janelas que precisam disso não abrem ou o deixam de fora; as "
+        "outras funcionam. ";
+    showMessage(
+        arquivo
+            ? "Na base de dados falta o que esta versão pede: " + faltas.join("; ") + '.' +
+                  janelas +
+                  "Para acrescentá-lo, feche o programa em todas as estações e dê o comando\n"
+                  "valtrino-mdb upgrade \"" +
+                  QString::fromStdString(arquivo->path().string()) + '"'
+            : faltas.join('\n') + janelas + "Peça a quem cuida da base de dados que o acrescente.",
+        "Mensagem", MessageIcon::exclamation);
 }
 
 // A first run, or a place on a screen that is no longer there, fills the screen.

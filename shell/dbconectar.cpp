@@ -5,6 +5,7 @@
 #include "jet/Error.h"
 #include "shell/Configuracao.h"
 #include "shell/DatabaseFolder.h"
+#include "tools/ShopUpgrade.h"
 
 #include <iterator>
 #include <memory>
@@ -49,6 +50,23 @@ const Conjunto kConjuntos[] = {
 std::unique_ptr<dbconectar>& unico() {
     static std::unique_ptr<dbconectar> objeto;
     return objeto;
+}
+
+// What a file of an earlier version lacks, table by table.
+QStringList faltasDe(jet::Database& arquivo) {
+    QStringList faltas;
+    for (const auto& [mais, tabela] : shop::missingIn(arquivo)) {
+        QStringList campos;
+        for (const jet::ColumnSpec& campo : mais.columns)
+            campos += '"' + QString::fromStdString(campo.name) + '"';
+        const QString nome = " tabela \"" + QString::fromStdString(mais.name) + '"';
+        if (tabela)
+            faltas += 'a' + nome;
+        else if (!campos.isEmpty()) // indexes save time, and nobody misses them
+            faltas +=
+                (campos.size() == 1 ? "o campo " : "os campos ") + campos.join(", ") + " da" + nome;
+    }
+    return faltas;
 }
 
 // The only help there is when the shop's file isn't where the program looks for it: no window opens
@@ -107,6 +125,8 @@ void dbconectar::abrir() {
     }
     if (primeira && faltas_.size() == std::ssize(kConjuntos))
         throw falhaAoAbrir(*primeira, Automacao.ConnectionString()); // that isn't the shop's file
+    if (jet::Database* const arquivo = Automacao.store().file())
+        faltas_ = faltasDe(*arquivo);
     if (rsBancos.State() == ado::State::Open && !rsBancos.missing("nome"))
         rsBancos.addAlias("banco", "nome"); // as the purge asks for a bank by its name
     aberto_ = true;

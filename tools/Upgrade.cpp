@@ -28,8 +28,8 @@ void print(const char* what, const List& list) {
 
 int runUpgrade(const Arguments& arguments) {
     if (arguments.server())
-        throw UsageError("Este comando é para arquivos: num servidor, quem é dono das tabelas as "
-                         "altera com \"alter table\".");
+        throw UsageError("Este comando é para arquivos: num servidor, quem é dono das tabelas é "
+                         "quem lhes acrescenta campos.");
     const std::filesystem::path path = arguments.file();
     const std::vector<shop::Missing> missing = missingIn(path);
     if (missing.empty()) {

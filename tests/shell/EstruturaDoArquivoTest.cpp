@@ -14,6 +14,7 @@
 #include "support/ChequeShop.h"
 #include "support/Versions.h"
 #include "tools/ShopSchema.h"
+#include "tools/ShopUpgrade.h"
 
 #include <gmock/gmock.h>
 
@@ -76,6 +77,16 @@ protected:
         expectMessage("Advertência",
                       missing +
                           "\nO que falta não é mostrado nem gravado; o resto da janela funciona.");
+    }
+    /// What the start says.
+    void expectTold(const QString& missing) {
+        expectMessage("Mensagem",
+                      "Na base de dados falta o que esta versão pede: " + missing +
+                          ".\n\nAs janelas que precisam disso não abrem ou o deixam de fora; as "
+                          "outras funcionam. Para acrescentá-lo, feche o programa em todas as "
+                          "estações e dê o comando\nvaltrino-mdb upgrade \"" +
+                          QString::fromStdString(shop().file().string()) + '"');
+        MDICheques::instance().avisar();
     }
     template <class Window>
     void expectRefusal(const QString& why) {
@@ -190,10 +201,7 @@ TEST_P(OddFile, AWindowOfNoUseWithoutAFieldRefusesAlone) {
 TEST_P(OddFile, AMissingTableIsToldAndTheOthersAreUsed) {
     remakeWithout("semfundos", nullptr);
     const QString why = "Não existe a tabela \"semfundos\".";
-    expectMessage("Mensagem", why + "\n\nAs janelas que precisam disso não abrem; as outras "
-                                    "funcionam. Peça a quem cuida da base de dados que o "
-                                    "acrescente.");
-    MDICheques::instance().avisar();
+    expectTold("a tabela \"semfundos\"");
     expectRefusal<FrmLancasSFundos>(why);
     expectRefusal<FrmConsultaCH>(why);
     auto& form = open<FrmLancarCheques>();
@@ -204,9 +212,40 @@ TEST_P(OddFile, AMissingTableIsToldAndTheOthersAreUsed) {
 
 TEST_P(OddFile, ClientsThatCantBeToldFromSuppliersAreNotShown) {
     remakeWithout("cliente_fornecedor", "tipo");
-    EXPECT_THAT(data().faltas(), ElementsAre("Não existe o campo \"tipo\"."));
+    expectTold("o campo \"tipo\" da tabela \"cliente_fornecedor\"");
     expectRefusal<frmCliFor>("Não existe o campo \"tipo\".");
     EXPECT_EQ(text(open<frmBancos>(), "txtNome"), "Agrobanco");
+}
+
+TEST_P(OddFile, TheStartTellsAllThatAnEarlierVersionLacksUntilItIsThere) {
+    remake([](jet::TableSpec& made) {
+        if (made.name == "cheques")
+            for (const char* field : {"bompara", "descontar"}) {
+                made.columns.erase(column(made, field));
+                std::erase_if(made.indexes, [&](const jet::IndexSpec& index) {
+                    return index.columns.front().name == field;
+                });
+            }
+        if (made.name == "cliente_fornecedor")
+            made.columns.erase(column(made, "emailcli"));
+        if (made.name == "bancos")
+            made.indexes.clear(); // of which nobody is told
+    });
+    expectTold("o campo \"emailcli\" da tabela \"cliente_fornecedor\"; "
+               "os campos \"bompara\", \"descontar\" da tabela \"cheques\"");
+    dbconectar::descartar();
+    {
+        jet::Database database(shop().file());
+        shop::upgrade(database, shop::missingIn(database));
+    }
+    data().abrir();
+    EXPECT_THAT(data().faltas(), IsEmpty());
+    refill();
+    MDICheques::instance().avisar();
+    auto& form = open<FrmLancarCheques>();
+    typeInto(form, "txtNome", {"Ana", "agro", "0042", "000777", "01032026", "31032026", "50"});
+    click(form, "CmdIncluir");
+    EXPECT_THAT(rows("select numero, bompara, descontar from cheques"), testing::SizeIs(1));
 }
 
 TEST_P(OddFile, ACopiedChequeIsNeverCutToTheOtherTablesWidths) {
