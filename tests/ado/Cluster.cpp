@@ -112,10 +112,7 @@ void Cluster::begin() {
             &status, 0);
     if (status != 0)
         throw std::runtime_error(textOf(said));
-    parts_->server = start({kPrograms / "postgres", "-D", data, "-k", folder.string(), "-c",
-                            "listen_addresses=", "-c", "fsync=off", "-c", "full_page_writes=off",
-                            "-c", "max_connections=50", "-c", "shared_buffers=32MB"},
-                           said);
+    startServer();
     for (;;) { // until it answers
         try {
             parts_->admin.emplace(address("postgres"));
@@ -128,6 +125,22 @@ void Cluster::begin() {
     }
     static_cast<void>(parts_->admin->run(std::string("create database ") + kTemplate));
     ado::createShopOnServer(address(kTemplate), parts_->tables);
+}
+
+void Cluster::startServer() {
+    const fs::path folder = parts_->folder.path();
+    parts_->server =
+        start({kPrograms / "postgres", "-D", folder / "data", "-k", folder.string(), "-c",
+               "listen_addresses=", "-c", "fsync=off", "-c", "full_page_writes=off", "-c",
+               "max_connections=50", "-c", "shared_buffers=32MB"},
+              folder / "said");
+}
+
+void Cluster::crash() {
+    kill(parts_->server, SIGQUIT);
+    waitpid(parts_->server, nullptr, 0);
+    startServer();
+    static_cast<void>(parts_->admin->run("select 1")); // until it answers
 }
 
 Cluster::~Cluster() {
@@ -184,5 +197,6 @@ Cluster::~Cluster() = default;
 std::string Cluster::newShop() { return {}; }
 std::string Cluster::newDatabase() { return {}; }
 void Cluster::giveBack(const std::string& /*address*/) {}
+void Cluster::crash() {}
 
 #endif

@@ -26,10 +26,13 @@ public:
     /// A database with nothing in it, by its address.
     [[nodiscard]] std::string newDatabase();
     void giveBack(const std::string& address);
+    /// The server stops at once, whatever it is at, and starts anew.
+    void crash();
 
 private:
     explicit Cluster(const std::vector<jet::TableSpec>& tables);
     void begin();
+    void startServer();
     [[nodiscard]] std::string madeLike(const std::string& other);
     [[nodiscard]] std::string address(const std::string& database) const;
 

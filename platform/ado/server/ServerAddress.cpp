@@ -133,7 +133,11 @@ ServerAddress::Line ServerAddress::connect() const {
     }
     names.push_back(nullptr);
     values.push_back(nullptr);
-    return Line(PQconnectdbParams(names.data(), values.data(), 1));
+    Line line(PQconnectdbParams(names.data(), values.data(), 1));
+    if (line) // what the server remarks has no reader
+        PQsetNoticeProcessor(
+            line.get(), [](void*, const char*) {}, nullptr);
+    return line;
 }
 
 } // namespace ado

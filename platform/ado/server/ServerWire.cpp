@@ -20,9 +20,6 @@ using std::chrono::milliseconds;
 
 namespace {
 
-/// How long whoever needs the line waits for a server that is gone: one that starts anew, or whose
-/// standby takes over, is back by then.
-constexpr milliseconds kLongestAbsence{20000};
 /// Between two tries.
 constexpr milliseconds kPauseOfTries{200};
 
@@ -185,7 +182,7 @@ bool ServerWire::tryLine() {
 }
 
 bool ServerWire::awaitLine() {
-    return jet::waitFor([this] { return tryLine(); }, kLongestAbsence);
+    return jet::waitFor([this] { return tryLine(); }, patience);
 }
 
 void ServerWire::requireLine() {
@@ -210,16 +207,18 @@ void ServerWire::loseTransaction() {
 /// Takes in what one pipeline gives: for `answer`, if that is given.
 void ServerWire::take(Answer* answer) {
     std::size_t number = 0;
-    while (true) {
+    for (bool ended = false;;) {
         ServerRows one(PQgetResult(line_.get()));
         const pg_result* const result = one.get();
-        if (result == nullptr) { // the end of what one statement gives
-            down_ = down_ || PQstatus(line_.get()) != CONNECTION_OK;
+        if (result == nullptr) { // the end of what one statement gives; twice, of all there is
+            down_ = down_ || ended || PQstatus(line_.get()) != CONNECTION_OK;
             if (down_)
                 return;
+            ended = true;
             ++number;
             continue;
         }
+        ended = false;
         if (PQresultStatus(result) == PGRES_PIPELINE_SYNC)
             return;
         const bool failed = isFailure(result);
@@ -235,9 +234,11 @@ void ServerWire::take(Answer* answer) {
 
 /// Takes in what nobody waits for, as far as it has come.
 void ServerWire::takeUnanswered() {
-    while (unanswered_ > 0 && isUp() && PQisBusy(line_.get()) == 0) {
+    for (bool ended = false; unanswered_ > 0 && isUp() && PQisBusy(line_.get()) == 0;) {
         const ServerRows one(PQgetResult(line_.get()));
-        if (one.get() != nullptr && PQresultStatus(one.get()) == PGRES_PIPELINE_SYNC)
+        down_ = down_ || (ended && one.get() == nullptr);
+        ended = one.get() == nullptr;
+        if (!ended && PQresultStatus(one.get()) == PGRES_PIPELINE_SYNC)
             --unanswered_;
     }
 }

@@ -3,6 +3,7 @@
 #include "ado/server/ServerAddress.h"
 #include "jet/Types.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <future>
@@ -67,6 +68,9 @@ public:
     /// @throws Error{io} if nobody answers, Error{password} if the server doesn't let us in,
     ///         Error{syntax} for an address that is none.
     explicit ServerWire(const std::string& address);
+    /// How long whoever needs a line that broke waits for a server that is gone: one that starts
+    /// anew, or whose standby takes over, is back by then.
+    static inline std::chrono::milliseconds patience{20000};
     ~ServerWire();
 
     /// The address without what is secret.
