@@ -50,6 +50,22 @@ constexpr ToolCommand kCreate{
     kCreateOptions,
     runCreate};
 
+constexpr ToolCommand kMigrate{
+    "migrate",
+    "ORIGEM DESTINO",
+    "Leva um banco de dados de um arquivo para um servidor, ou de volta",
+    "De um arquivo para a base de dados vazia de um servidor PostgreSQL, "
+    "postgresql://servidor/base:\n"
+    "tabelas, registros, índices, relacionamentos e regras. De um servidor para um arquivo novo:\n"
+    "tabelas, registros e índices. O que se gravou é lido de volta por outro caminho e comparado\n"
+    "registro por registro, com contagens e somas; se há uma diferença, ou se o comando é\n"
+    "interrompido, no destino não fica nada. A origem não é mudada; feche o programa antes.\n"
+    "A senha não vai no endereço, e sim em ~/.pgpass.\n"
+    "Saída 0: tudo igual; 1: nada foi feito; 3: tudo igual, mas uma regra ou um índice ficou "
+    "diferente.",
+    kCreateOptions,
+    runMigrate};
+
 constexpr ToolCommand kSample{
     "sample",
     "ARQUIVO",
@@ -204,7 +220,7 @@ constexpr ToolCommand kHistory{
 
 constexpr ToolCommand kCommands[] = {kCreate,  kSample, kInfo,    kCheck,   kTables,
                                      kDump,    kExport, kImport,  kCompact, kSalvage,
-                                     kRestore, kMove,   kUpgrade, kHistory};
+                                     kRestore, kMove,   kUpgrade, kHistory, kMigrate};
 
 } // namespace
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "ado/ShopRoles.h"
 #include "tools/Arguments.h"
+
+#include <initializer_list>
 
 /// Exit codes of the program.
 inline constexpr int kDone = 0;
@@ -11,9 +14,16 @@ inline constexpr int kWarnings = 3; ///< a check found something, but no error
 /// Everything the program does, in the order of its help.
 [[nodiscard]] std::span<const ToolCommand> commands();
 
+// What several of them ask of their line.
+[[nodiscard]] jet::Version versionOf(const Arguments& arguments);
+[[nodiscard]] ado::ShopRoles rolesOf(const Arguments& arguments);
+void requireNone(const Arguments& arguments, std::initializer_list<const char*> options,
+                 const std::string& why);
+
 /// What the commands do; each is described where commands() lists it. All of them may throw
 /// jet::Error and UsageError.
 int runCreate(const Arguments& arguments);
+int runMigrate(const Arguments& arguments);
 int runSample(const Arguments& arguments);
 int runCheck(const Arguments& arguments);
 int runDump(const Arguments& arguments);

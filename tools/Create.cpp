@@ -10,18 +10,10 @@
 #include <functional>
 #include <iostream>
 
-namespace {
-
 jet::Version versionOf(const Arguments& arguments) {
     if (arguments.has("--jet3") && arguments.has("--jet4"))
         throw UsageError("Só um dos formatos pode ser pedido: --jet3 ou --jet4.");
     return arguments.has("--jet3") ? jet::Version::jet3 : jet::Version::jet4;
-}
-
-jet::CivilTime today() {
-    const std::time_t now = std::time(nullptr);
-    const std::tm local = *std::localtime(&now);
-    return {.year = local.tm_year + 1900, .month = local.tm_mon + 1, .day = local.tm_mday};
 }
 
 ado::ShopRoles rolesOf(const Arguments& arguments) {
@@ -33,15 +25,29 @@ ado::ShopRoles rolesOf(const Arguments& arguments) {
     return roles;
 }
 
+void requireNone(const Arguments& arguments, std::initializer_list<const char*> options,
+                 const std::string& why) {
+    for (const char* const option : options)
+        if (arguments.has(option))
+            throw UsageError(why + ": deixe fora " + option + ".");
+}
+
+namespace {
+
+jet::CivilTime today() {
+    const std::time_t now = std::time(nullptr);
+    const std::tm local = *std::localtime(&now);
+    return {.year = local.tm_year + 1900, .month = local.tm_mon + 1, .day = local.tm_mday};
+}
+
 constexpr std::int64_t kMostRows = 100'000'000;
 
 } // namespace
 
 int runCreate(const Arguments& arguments) {
     if (const auto server = arguments.server()) {
-        if (arguments.has("--jet3") || arguments.has("--jet4"))
-            throw UsageError("Uma base de dados num servidor não tem formato de arquivo: "
-                             "deixe fora --jet3 e --jet4.");
+        requireNone(arguments, {"--jet3", "--jet4"},
+                    "Uma base de dados num servidor não tem formato de arquivo");
         std::vector<jet::TableSpec> tables(shop::tables().begin(), shop::tables().end());
         tables.push_back(shop::history());
         const ado::ShopRoles roles = rolesOf(arguments);
@@ -51,8 +57,7 @@ int runCreate(const Arguments& arguments) {
                   << "Quem vai trabalhar: grant " << roles.clerks << " to usuario;\n";
         return kDone;
     }
-    if (arguments.has("--owner") || arguments.has("--clerks"))
-        throw UsageError("Um arquivo não tem papéis: deixe fora --owner e --clerks.");
+    requireNone(arguments, {"--owner", "--clerks"}, "Um arquivo não tem papéis");
     shop::createFile(arguments.newFile(), versionOf(arguments));
     std::cout << "Criado: " << arguments.operand(0) << ", com " << shop::tables().size()
               << " tabelas vazias.\n";

@@ -116,6 +116,15 @@ public:
     /// Whether the file's rules let a column hold an empty text.
     [[nodiscard]] bool takesEmptyText(std::size_t column);
 
+    /// Of the column that counts by itself, the last number that was given or passed over.
+    [[nodiscard]] std::int32_t lastNumber() const;
+    /// Inside a transaction: the next one is beyond `last`.
+    /// @throws as insert().
+    void passNumber(std::int32_t last);
+    /// From now on a row is added behind all others, where a scan meets it last, even if there is
+    /// room for it between them: for who fills a new file in the order of another.
+    void addAtEnd() noexcept;
+
     /// Adds a row. `values` has one value per column; null in an autonumber column asks for the
     /// next number, and a value given there is kept.
     /// @throws Error{duplicate, nullValue, rule, related, tooLong, outOfRange, readOnly, locked,

@@ -24,8 +24,9 @@ ESCAPE = re.compile(r'\\([nrt"\\])')
 PLACEHOLDER = re.compile(r"%\d|[\n\r\t]+")
 WORD = re.compile(r"[A-Za-zÀ-ÿ]{2,}")
 NOT_SEEN = re.compile(
-    r"^(create|alter|comment on|grant|revoke|reset|copy|set local|drop|lock) |"
-    r"select[ ,]|add (primary|foreign|constraint) |from public|order by |provider=|pragma |\bwhere \b|^ ?and |inner join|collate|"
+    r"^(create|alter|comment on|grant|revoke|reset|copy|set|drop|lock|analyze|validate) |"
+    r"select[ ,]|add (primary|foreign|constraint) |from (public|stdin)|to stdout|foreign key|"
+    r"on (update|delete) |set default|not valid|validate constraint|case when|order by |provider=|pragma |\bwhere \b|^ ?and |inner join|collate|"
     r"\b(the|has|have|are|of|no such|column|isn't)\b|[a-z]+_[a-z]+|^[\w/-]+\.\w+$|::|<\?|PRODID|MMMM|mmmm|yyyy|</?\w",
     re.I)
 

@@ -11,6 +11,8 @@ namespace ado {
 
 namespace {
 
+constexpr const char* kShop = "select 1 from pg_catalog.pg_namespace where nspname = 'valtrino'";
+
 // Texts are ordered, and the same, without regard to case and with regard to accents. `like` and
 // what looks into texts needs an order in which no two texts are the same: that of their letters.
 // A function that gives a text gives it in the shop's order.
@@ -122,6 +124,18 @@ std::string columnsOf(const jet::IndexSpec& index, bool withOrder) {
     return list;
 }
 
+std::string exactColumns(const jet::TableSpec& table, const jet::IndexSpec& index) {
+    std::string list;
+    for (const jet::IndexSpec::KeyColumn& column : index.columns) {
+        const std::size_t place = table.placeOf(column.name);
+        list.append(list.empty() ? "" : ", ").append(quotedName(column.name));
+        if (place < table.columns.size() && jet::isText(table.columns[place].type))
+            list += " collate \"und-x-icu\"";
+        list += column.ascending ? " nulls first" : " desc nulls last";
+    }
+    return list;
+}
+
 /// What a column is in a file, where its type on the server doesn't tell.
 std::string noteOf(const jet::ColumnSpec& column) {
     if (column.type == jet::ColumnType::byte)
@@ -134,8 +148,11 @@ std::string noteOf(const jet::ColumnSpec& column) {
 /// What an index is in a file.
 std::string noteOf(const jet::IndexSpec& index) {
     return std::string(kNote) + std::to_string(index.columns.size()) + ' ' +
-           (index.unique || index.primary ? "u" : "-") + (index.ignoreNulls ? "i" : "-") +
-           (index.required || index.primary ? "r" : "-") + ' ' + index.name;
+           (index.primary  ? "p"
+            : index.unique ? "u"
+                           : "-") +
+           (index.ignoreNulls ? "i" : "-") + (index.required || index.primary ? "r" : "-") + ' ' +
+           index.name;
 }
 
 /// To the index that was made last of a table.
@@ -166,18 +183,20 @@ void createColumns(ServerWire& wire, const jet::TableSpec& table) {
                                        " is " + serverText(note)));
 }
 
-void createIndex(ServerWire& wire, const jet::TableSpec& table, const jet::IndexSpec& index) {
+void createIndex(ServerWire& wire, const jet::TableSpec& table, const jet::IndexSpec& index,
+                 bool exactly) {
     const std::string name = quotedName(table.name);
-    if (index.primary) {
+    if (index.primary && !exactly) {
         static_cast<void>(
             wire.run("alter table " + name + " add primary key (" + columnsOf(index, false) + ")"));
     } else {
         // The list that a window opens goes by the key after the column: so does the index.
         const auto primary = std::ranges::find_if(table.indexes, &jet::IndexSpec::primary);
-        std::string list = columnsOf(index, true);
-        if (!index.unique && primary != table.indexes.end())
+        std::string list = exactly ? exactColumns(table, index) : columnsOf(index, true);
+        if (!index.unique && !exactly && primary != table.indexes.end())
             list += ", " + columnsOf(*primary, false);
-        std::string sql = index.unique ? "create unique index on " : "create index on ";
+        std::string sql =
+            index.unique || index.primary ? "create unique index on " : "create index on ";
         sql.append(name).append(" (").append(list).append(")");
         static_cast<void>(wire.run(sql));
     }
@@ -226,6 +245,18 @@ void inOne(ServerWire& wire, Work&& work) {
 }
 
 } // namespace
+
+void requireNoShop(ServerWire& wire) {
+    if (wire.run(kShop).rows() > 0)
+        throw jet::Error(jet::Errc::exists, "A base de dados\n" + wire.place() +
+                                                "\n\njá tem uma loja. Nada foi mudado nela.");
+}
+
+void requireShop(ServerWire& wire) {
+    if (wire.run(kShop).rows() == 0)
+        throw jet::Error(jet::Errc::notFound,
+                         "A base de dados\n" + wire.place() + "\n\nnão tem uma loja.");
+}
 
 void createFoundation(ServerWire& wire) {
     for (const char* const part : kFoundation)

@@ -18,11 +18,19 @@ void createServerSchema(ServerWire& wire, std::span<const jet::TableSpec> tables
 /// One more table, of the owner of the others. @throws Error{exists, misuse, readOnly}.
 void createServerTable(ServerWire& wire, const jet::TableSpec& table);
 
+/// @throws Error{exists} if the database has a shop.
+void requireNoShop(ServerWire& wire);
+/// @throws Error{notFound} if it has none.
+void requireShop(ServerWire& wire);
+
 // The same in steps, inside a transaction and as the owner, for who fills the tables in between:
 // rows come in faster before there are indexes.
 void createFoundation(ServerWire& wire);
 void createColumns(ServerWire& wire, const jet::TableSpec& table);
-void createIndex(ServerWire& wire, const jet::TableSpec& table, const jet::IndexSpec& index);
+/// `exactly` tells texts apart that differ in case, or in what the shop's order passes over: such
+/// an index keeps fewer rows from being the same, and is nobody's key.
+void createIndex(ServerWire& wire, const jet::TableSpec& table, const jet::IndexSpec& index,
+                 bool exactly = false);
 void createNews(ServerWire& wire, const jet::TableSpec& table);
 
 /// How a comment of a column or index begins that says what it is in a file.

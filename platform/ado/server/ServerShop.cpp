@@ -35,11 +35,7 @@ bool holdsPassword(const std::string& address) {
 void createShopOnServer(const std::string& address, std::span<const jet::TableSpec> tables,
                         const ShopRoles& roles) {
     ServerWire wire(address);
-    const ServerRows found =
-        wire.run("select 1 from pg_catalog.pg_namespace where nspname = 'valtrino'");
-    if (found.rows() > 0)
-        throw jet::Error(jet::Errc::exists, "A base de dados\n" + wire.place() +
-                                                "\n\njá tem uma loja. Nada foi mudado nela.");
+    requireNoShop(wire);
     createServerSchema(wire, tables, roles);
 }
 

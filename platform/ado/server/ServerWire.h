@@ -125,6 +125,8 @@ public:
     /// How many lines there have been so far: with each one what was told meanwhile is missed.
     [[nodiscard]] std::uint64_t lines() const noexcept { return lines_; }
 
+    /// For what has words of its own with the server, in between (ServerCopy.h).
+    [[nodiscard]] pg_conn* line() const noexcept { return line_.get(); }
     /// As the server has told by now.
     [[nodiscard]] bool isReadOnly() const;
     /// How often this has waited for the server so far.

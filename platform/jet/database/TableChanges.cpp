@@ -227,6 +227,21 @@ bool Table::takesEmptyText(std::size_t column) {
     return readOnlyReason() || !parts_->rules || parts_->rules->values().takesEmptyText(column);
 }
 
+std::int32_t Table::lastNumber() const {
+    return parts_->counter(parts_->format().definition.lastNumber);
+}
+
+void Table::passNumber(std::int32_t last) {
+    const auto change = parts_->owner.parts_->change();
+    requireWritable();
+    parts_->owner.parts_->work.run([&] {
+        if (last > lastNumber())
+            parts_->setCounter(parts_->format().definition.lastNumber, last);
+    });
+}
+
+void Table::addAtEnd() noexcept { parts_->addsAtEnd = true; }
+
 RowId Table::insert(std::span<const Value> values) {
     if (values.size() != columns().size())
         throw Error(Errc::misuse, "O registro não tem um valor para cada campo.");
@@ -268,7 +283,7 @@ RowId Table::addRow(StoredRow row, Consequences& all) {
         keys.push_back(my.key(i, row));
     my.settleLongValues(row);
     const RowId id = RowStore(my.pager, my.pages, my.definition)
-                         .add(assembleRow(my.format(), my.definition, row));
+                         .add(assembleRow(my.format(), my.definition, row), my.addsAtEnd);
     for (std::size_t i = 0; i < keys.size(); ++i)
         if (keys[i])
             my.addKey(i, *keys[i], id);

@@ -20,6 +20,7 @@ struct Table::Parts {
     std::vector<std::string> foldedNames; ///< of the columns
     std::optional<Hindrance> unsound;     ///< what its own check has found, once verified
     bool verified = false;
+    bool addsAtEnd = false;
     std::unique_ptr<const TableRules> rules; ///< null if there are none
     bool rulesKnown = false;
     bool rulesTentative = false; ///< read from a catalog that the open transaction has changed

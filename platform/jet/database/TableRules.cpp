@@ -1,9 +1,11 @@
 #include "jet/database/TableRules.h"
 
 #include "jet/Database.h"
+#include "jet/Rules.h"
 #include "jet/database/Catalog.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace jet {
 
@@ -12,6 +14,20 @@ std::unique_ptr<const TableRules> TableRules::load(Database& database, const Tab
     if (!rules->problem_ && rules->values_.empty() && rules->bonds_.empty())
         return nullptr;
     return rules;
+}
+
+KeptRules rulesOf(Database& database, const Table& table) {
+    KeptRules kept;
+    const auto rules = TableRules::load(database, table);
+    if (!rules)
+        return kept;
+    kept.problem = rules->problem();
+    kept.values.assign(rules->values().rules().begin(), rules->values().rules().end());
+    std::ranges::copy_if(rules->relationships(), std::back_inserter(kept.bonds),
+                         [&](const Relationship& bond) {
+                             return bond.child.definition == table.definition().page();
+                         });
+    return kept;
 }
 
 TableRules::TableRules(Database& database, const Table& table)

@@ -34,9 +34,17 @@ std::optional<PageNo> RowStore::pageWithRoom(std::size_t size) {
     return std::nullopt;
 }
 
-RowId RowStore::place(std::span<const std::byte> row, SlotKind kind) {
+std::optional<PageNo> RowStore::lastPageWithRoom(std::size_t size) {
+    const auto last = owned_.previous(pager_.pageCount());
+    if (!last)
+        return std::nullopt;
+    const PageRef ref = pager_.read(*last);
+    return DataPage(pager_.format(), ref.bytes(), *last).hasRoom(size) ? last : std::nullopt;
+}
+
+RowId RowStore::place(std::span<const std::byte> row, SlotKind kind, bool atEnd) {
     const Format& format = pager_.format();
-    std::optional<PageNo> page = pageWithRoom(row.size());
+    std::optional<PageNo> page = atEnd ? lastPageWithRoom(row.size()) : pageWithRoom(row.size());
     if (!page) {
         page = pages_.take(owned_);
         DataPageEditor::format(format, pager_.change(*page), number(definition_.page()));
@@ -49,7 +57,9 @@ RowId RowStore::place(std::span<const std::byte> row, SlotKind kind) {
     return {*page, static_cast<std::uint16_t>(slot)};
 }
 
-RowId RowStore::add(std::span<const std::byte> row) { return place(row, SlotKind::row); }
+RowId RowStore::add(std::span<const std::byte> row, bool atEnd) {
+    return place(row, SlotKind::row, atEnd);
+}
 
 std::optional<RowId> RowStore::movedTo(RowId id) {
     const PageRef page = pager_.read(id.page);

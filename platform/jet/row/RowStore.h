@@ -11,14 +11,16 @@ class RowStore {
 public:
     RowStore(Pager& pager, PageAllocator& pages, const TableDefinition& definition);
 
-    [[nodiscard]] RowId add(std::span<const std::byte> row);
+    /// Where there is room, or behind all other rows.
+    [[nodiscard]] RowId add(std::span<const std::byte> row, bool atEnd = false);
     /// The row keeps its id even if its bytes move.
     void replace(RowId id, std::span<const std::byte> row);
     void remove(RowId id);
 
 private:
-    RowId place(std::span<const std::byte> row, SlotKind kind);
+    RowId place(std::span<const std::byte> row, SlotKind kind, bool atEnd = false);
     [[nodiscard]] std::optional<PageNo> pageWithRoom(std::size_t size);
+    [[nodiscard]] std::optional<PageNo> lastPageWithRoom(std::size_t size);
     void removeSlot(RowId id);
     [[nodiscard]] bool replaceInPlace(RowId id, std::span<const std::byte> row, SlotKind kind);
     void noteRoom(PageNo page);

@@ -75,6 +75,10 @@ public:
         std::uint32_t operand = 0;
     };
 
+    /// For who writes it in another tongue.
+    [[nodiscard]] std::span<const Step> steps() const noexcept { return steps_; }
+    [[nodiscard]] std::span<const Value> constants() const noexcept { return constants_; }
+
 private:
     class Parser;
 

@@ -14,6 +14,18 @@ namespace jet {
 /// empty text, defaults, and the validation rules of columns and of the table.
 class ValueRules {
 public:
+    /// What is asked of a column, or of the whole row.
+    struct Rule {
+        std::optional<std::size_t> column; ///< nothing: the table's
+        bool required = false;
+        bool refusesEmptyText = false;
+        std::string defaultText; ///< empty: none
+        std::optional<Expression> defaultValue;
+        std::string text; ///< of the validation rule; empty: none
+        std::optional<Expression> condition;
+        std::string message; ///< the rule's own; empty: none
+    };
+
     /// `columns` are the table's and `order` is how the file compares texts; both outlive this.
     ValueRules(std::string table, std::span<const Column> columns, const Collation& order)
         : table_(std::move(table)), columns_(columns), order_(&order) {}
@@ -23,6 +35,7 @@ public:
     void read(const std::vector<PropertyGroup>& groups, const TextCodec& codec);
 
     [[nodiscard]] bool empty() const noexcept { return rules_.empty(); }
+    [[nodiscard]] std::span<const Rule> rules() const noexcept { return rules_; }
     /// The first rule that can't be understood, as a part of a sentence that shows it.
     [[nodiscard]] const std::optional<std::string>& unknown() const noexcept { return unknown_; }
 
@@ -44,17 +57,6 @@ public:
     [[nodiscard]] std::vector<std::string> broken(const RowView& row) const;
 
 private:
-    struct Rule {
-        std::optional<std::size_t> column; ///< nothing: the table's
-        bool required = false;
-        bool refusesEmptyText = false;
-        std::string defaultText; ///< empty: none
-        std::optional<Expression> defaultValue;
-        std::string text; ///< of the validation rule; empty: none
-        std::optional<Expression> condition;
-        std::string message; ///< the rule's own; empty: none
-    };
-
     /// How values break a rule.
     struct Breach {
         enum class Kind : std::uint8_t { missing, emptyText, condition, cannotTell };
