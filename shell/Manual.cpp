@@ -2,10 +2,17 @@
 
 #include "controls/typing/Accents.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QFile>
+#include <QGuiApplication>
 #include <QImage>
+#include <QPagedPaintDevice>
 #include <QRegularExpression>
+#include <QScreen>
+#include <QTextBlock>
+#include <QTextCursor>
 #include <QTextDocument>
+#include <QTextFrame>
 
 #include <algorithm>
 
@@ -16,8 +23,13 @@ namespace Manual {
 
 namespace {
 
-constexpr int kLarguraNoPapel = 480; ///< pixels of the screen, 96 to the inch
-constexpr qsizetype kTrecho = 70;    ///< characters, before and behind what was found
+// Pixels of the screen, 96 to the inch. A picture that would be too small to read at the width of
+// the others gets all that the paper has.
+constexpr int kLarguraNoPapel = 480;
+constexpr int kMaiorLarguraNoPapel = 610;
+constexpr double kReducao = 820.0 / kLarguraNoPapel; ///< the clients' window, to be read with ease
+constexpr double kMargemCm = 2;                      ///< as QTextDocument::print() has it
+constexpr qsizetype kTrecho = 70; ///< characters, before and behind what was found
 
 struct Assunto {
     const char* janela;
@@ -66,17 +78,27 @@ QString corpo(const QString& pagina) {
     return tudo.mid(inicio, tudo.lastIndexOf("<hr>") - inicio);
 }
 
-class Papel final : public QTextDocument {
-protected:
-    QVariant loadResource(int type, const QUrl& name) override {
-        if (type != ImageResource)
-            return {};
-        QImage desenho = figura(name.fileName(), false);
-        desenho.setDevicePixelRatio(
-            std::max(1.0, static_cast<double>(desenho.width()) / kLarguraNoPapel));
-        return desenho;
-    }
-};
+/// A picture as wide as paper wants it.
+QImage desenhoNoPapel(const QString& arquivo) {
+    QImage desenho = figura(arquivo, false);
+    const double natural = desenho.width();
+    const double largura =
+        std::clamp(natural / kReducao, std::min<double>(natural, kLarguraNoPapel),
+                   double{kMaiorLarguraNoPapel});
+    desenho.setDevicePixelRatio(std::max(1.0, natural / largura));
+    return desenho;
+}
+
+/// All pictures, so that a copy of the text has them too.
+void trazerDesenhos(QTextDocument& papel) {
+    for (QTextBlock bloco = papel.begin(); bloco.isValid(); bloco = bloco.next())
+        for (auto parte = bloco.begin(); !parte.atEnd(); ++parte)
+            if (const auto formato = parte.fragment().charFormat(); formato.isImageFormat()) {
+                const QUrl nome(formato.toImageFormat().name());
+                papel.addResource(QTextDocument::ImageResource, nome,
+                                  desenhoNoPapel(nome.fileName()));
+            }
+}
 
 } // namespace
 
@@ -139,10 +161,43 @@ std::unique_ptr<QTextDocument> paraPapel(const QStringList& paginas) {
                     ? parte
                     : QString(parte).replace("<h1>", "<h1 style=\"page-break-before:always\">");
     }
-    auto papel = std::make_unique<Papel>();
+    auto papel = std::make_unique<QTextDocument>();
     papel->setHtml(tudo);
+    trazerDesenhos(*papel);
     papel->setMetaInformation(QTextDocument::DocumentTitle, "Manual do Valtrino");
     return papel;
+}
+
+std::optional<int> tituloNoPe(const QTextDocument& texto, QPagedPaintDevice& papel, int desde) {
+    // As QTextDocument::print() lays it out.
+    const std::unique_ptr<QTextDocument> prova(texto.clone());
+    prova->documentLayout()->setPaintDevice(&papel);
+    QTextFrameFormat folha = prova->rootFrame()->frameFormat();
+    // In dots of the screen, which the layout turns into those of the paper.
+    const double pontos = QGuiApplication::primaryScreen()->logicalDotsPerInchY();
+    folha.setMargin(static_cast<int>(kMargemCm / 2.54 * pontos));
+    prova->rootFrame()->setFrameFormat(folha);
+    prova->setPageSize(QSizeF(papel.width(), papel.height()));
+    static_cast<void>(prova->pageCount()); // now all of it is laid out
+    const auto pagina = [&](const QTextBlock& bloco) {
+        const double linha = bloco.layout()->lineCount() > 0 ? bloco.layout()->lineAt(0).y() : 0.0;
+        const double y = prova->documentLayout()->blockBoundingRect(bloco).top() + linha;
+        return static_cast<int>(y / papel.height());
+    };
+    for (QTextBlock bloco = prova->findBlockByNumber(desde); bloco.next().isValid();
+         bloco = bloco.next())
+        if (bloco.blockFormat().headingLevel() > 0 && pagina(bloco) < pagina(bloco.next()))
+            return bloco.blockNumber();
+    return std::nullopt;
+}
+
+void manterTitulos(QTextDocument& texto, QPagedPaintDevice& papel) {
+    for (auto titulo = tituloNoPe(texto, papel); titulo;
+         titulo = tituloNoPe(texto, papel, *titulo + 1)) {
+        QTextBlockFormat folhaNova;
+        folhaNova.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
+        QTextCursor(texto.findBlockByNumber(*titulo)).mergeBlockFormat(folhaNova);
+    }
 }
 
 } // namespace Manual

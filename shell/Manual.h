@@ -4,9 +4,11 @@
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QImage;
+class QPagedPaintDevice;
 class QTextDocument;
 
 /// The manual that the program carries: pages and pictures, found, searched and put on paper.
@@ -36,5 +38,11 @@ struct Resultado {
 
 /// Pages for paper, each on a new sheet, pictures no wider than that and without links.
 [[nodiscard]] std::unique_ptr<QTextDocument> paraPapel(const QStringList& paginas);
+/// The first heading, from that block on, that would stand at the foot of a sheet of `papel` while
+/// what it heads is on the next; its block's number.
+[[nodiscard]] std::optional<int> tituloNoPe(const QTextDocument& texto, QPagedPaintDevice& papel,
+                                            int desde = 0);
+/// Has each of these begin the next sheet.
+void manterTitulos(QTextDocument& texto, QPagedPaintDevice& papel);
 
 } // namespace Manual

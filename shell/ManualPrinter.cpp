@@ -19,7 +19,9 @@ int main(int argc, char** argv) {
         paper.setResolution(kDotsPerInch);
         paper.setPageSize(QPageSize(QPageSize::A4));
         paper.setTitle("Manual do Valtrino");
-        Manual::paraPapel(Manual::paginas())->print(&paper);
+        const auto manual = Manual::paraPapel(Manual::paginas());
+        Manual::manterTitulos(*manual, paper);
+        manual->print(&paper);
     }
     return QFile(name).size() > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -4,8 +4,10 @@
 #include "shell/EveryWindow.h"
 #include "shell/Manual.h"
 #include "shell/PaginaDeAjuda.h"
+#include "support/TemporaryFolder.h"
 
 #include <QImage>
+#include <QPdfWriter>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QTextCursor>
@@ -233,6 +235,17 @@ TEST_F(Help, PicturesAreNoWiderThanTheWindowAndFollowItsColours) {
     QCoreApplication::processEvents();
     EXPECT_LT(picture().pixelColor(2, 2).lightness(), light.pixelColor(2, 2).lightness());
     applyColours(ColourScheme::light);
+}
+
+TEST_F(Help, NoHeadingOfTheWholeManualStandsAloneAtTheFootOfASheet) {
+    const TemporaryFolder folder;
+    QPdfWriter paper(QString::fromStdString((folder.path() / "manual.pdf").string()));
+    paper.setResolution(300);
+    paper.setPageSize(QPageSize(QPageSize::A4));
+    const auto manual = Manual::paraPapel(Manual::paginas());
+    ASSERT_TRUE(Manual::tituloNoPe(*manual, paper)); // else there is nothing to be seen here
+    Manual::manterTitulos(*manual, paper);
+    EXPECT_FALSE(Manual::tituloNoPe(*manual, paper));
 }
 
 } // namespace
