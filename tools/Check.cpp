@@ -1,9 +1,11 @@
 #include "jet/Check.h"
 
+#include "ado/ServerCheck.h"
 #include "jet/CheckRules.h"
 #include "jet/FileSteps.h"
 #include "tools/Commands.h"
 #include "tools/ProgressLine.h"
+#include "tools/ShopSchema.h"
 #include "tools/ValueText.h"
 
 #include <algorithm>
@@ -26,14 +28,15 @@ const char* nameOf(Severity severity) {
     return "";
 }
 
-const char* verdict(const jet::Report& report) {
+std::string verdict(const jet::Report& report,
+                    const std::string& whole = "O arquivo está inteiro") {
     const auto has = [&](Severity severity) {
         return std::ranges::count(report.findings, severity, &jet::Finding::severity) > 0;
     };
     if (!report.sound())
         return "Há erros.";
     if (has(Severity::rule))
-        return "O arquivo está inteiro, mas há registros que não obedecem às regras dele.";
+        return whole + ", mas há registros que não obedecem às regras dele.";
     return report.clean() ? "Nenhum problema." : "Só avisos: sobras sem perigo.";
 }
 
@@ -76,9 +79,49 @@ void printJson(const jet::Report& report, bool withRules) {
     std::cout << "]}\n";
 }
 
+// ---- a server, which has no pages
+
+// What the windows look up by these, kept by the server or not.
+constexpr ado::Reference kReferences[] = {
+    {"cheques",   "cliente", "cliente_fornecedor", "codigo"},
+    {"cheques",   "banco",   "bancos",             "codigo"},
+    {"semfundos", "cliente", "cliente_fornecedor", "codigo"},
+    {"semfundos", "banco",   "bancos",             "codigo"},
+};
+
+void printServerText(const jet::Report& report) {
+    for (const jet::Finding& finding : report.findings)
+        std::cout << nameOf(finding.severity) << ": " << finding.sentence << '\n';
+    std::cout << report.tables << " tabelas, " << report.rows << " registros.\n"
+              << verdict(report, "A base de dados está inteira") << '\n';
+}
+
+void printServerJson(const jet::Report& report) {
+    std::cout << "{\"conclusao\": " << jsonText(verdict(report, "A base de dados está inteira"))
+              << ", \"regras_conferidas\": true, \"tabelas\": " << report.tables
+              << ", \"registros\": " << report.rows << ", \"achados\": [";
+    const char* between = "\n";
+    for (const jet::Finding& finding : report.findings) {
+        std::cout << between << "{\"tipo\": " << jsonText(nameOf(finding.severity))
+                  << ", \"frase\": " << jsonText(finding.sentence) << '}';
+        between = ",\n";
+    }
+    std::cout << "]}\n";
+}
+
+int checkServer(const Arguments& arguments, const std::string& address) {
+    std::vector<jet::TableSpec> tables(shop::tables().begin(), shop::tables().end());
+    tables.push_back(shop::history());
+    const jet::Report report = ado::checkServer(address, tables, kReferences);
+    arguments.has("--json") ? printServerJson(report) : printServerText(report);
+    return report.clean() ? kDone : report.sound() ? kWarnings : kProblems;
+}
+
 } // namespace
 
 int runCheck(const Arguments& arguments) {
+    if (const auto server = arguments.server())
+        return checkServer(arguments, *server);
     ProgressLine progress;
     jet::Report report = jet::check(arguments.file(), jet::Disk::system(), {}, std::ref(progress));
     mentionParts(arguments.file(), report);

@@ -88,6 +88,9 @@ constexpr ToolCommand kCheck{
     "que devem ser preenchidos, regras de validação, relacionamentos. Não é dano: um registro "
     "pode\n"
     "ser mais antigo do que a regra. De cada regra são ditos 50 registros, e quantos mais há.\n"
+    "No lugar do arquivo pode estar o endereço de um servidor, postgresql://servidor/base: então\n"
+    "são conferidos tabelas, índices, numerações, direitos, regras e registros sem cliente ou "
+    "banco.\n"
     "Saída 0: nada a relatar; 1: há erros; 3: só avisos, ou registros fora das regras.",
     kCheckOptions,
     runCheck};

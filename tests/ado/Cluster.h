@@ -25,6 +25,9 @@ public:
     [[nodiscard]] std::string newShop();
     /// A database with nothing in it, by its address.
     [[nodiscard]] std::string newDatabase();
+    /// What the server says to a statement there, by the owner of the server: the first field of
+    /// its answer. @throws jet::Error.
+    static std::string answer(const std::string& address, const std::string& sql);
     void giveBack(const std::string& address);
     /// The server stops at once, whatever it is at, and starts anew.
     void crash();

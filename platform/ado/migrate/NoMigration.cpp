@@ -1,5 +1,6 @@
 // In place of all the others where the server's library wasn't there to build with.
 #include "ado/Migration.h"
+#include "ado/ServerCheck.h"
 #include "ado/server/OpenServer.h"
 
 namespace ado {
@@ -13,6 +14,12 @@ Migration migrateToServer(const std::filesystem::path& /*file*/, const std::stri
 
 Migration migrateToFile(const std::string& address, const std::filesystem::path& /*file*/,
                         jet::Version /*version*/, const jet::Progress& /*progress*/) {
+    static_cast<void>(openServer(address, nullptr));
+    return {};
+}
+
+jet::Report checkServer(const std::string& address, std::span<const jet::TableSpec> /*tables*/,
+                        std::span<const Reference> /*references*/) {
     static_cast<void>(openServer(address, nullptr));
     return {};
 }

@@ -258,6 +258,19 @@ void requireShop(ServerWire& wire) {
                          "A base de dados\n" + wire.place() + "\n\nnão tem uma loja.");
 }
 
+std::vector<std::string> foundationFunctions() {
+    constexpr std::string_view kBegin = "create function ";
+    std::vector<std::string> names;
+    for (const std::string_view part : kFoundation) {
+        if (!part.starts_with(kBegin))
+            continue;
+        const std::string name(part.substr(kBegin.size(), part.find('(') - kBegin.size()));
+        if (std::ranges::find(names, name) == names.end())
+            names.push_back(name);
+    }
+    return names;
+}
+
 void createFoundation(ServerWire& wire) {
     for (const char* const part : kFoundation)
         static_cast<void>(wire.run(part));

@@ -23,6 +23,9 @@ void requireNoShop(ServerWire& wire);
 /// @throws Error{notFound} if it has none.
 void requireShop(ServerWire& wire);
 
+/// The names of the functions that a shop's database has.
+[[nodiscard]] std::vector<std::string> foundationFunctions();
+
 // The same in steps, inside a transaction and as the owner, for who fills the tables in between:
 // rows come in faster before there are indexes.
 void createFoundation(ServerWire& wire);
