@@ -153,10 +153,7 @@ QString comClienteEBanco(const char* tabela) {
 }
 
 bool localizar(ado::Recordset& rs, const QString& criterio) {
-    if (rs.RecordCount() == 0)
-        return false;
-    rs.MoveFirst();
-    rs.Find(criterio);
+    rs.FindFirst(criterio);
     return !rs.EOF();
 }
 

@@ -82,6 +82,10 @@ public:
     /// @throws Error{syntax}, Error{notFound}; Error{misuse} over a computed result.
     void Find(const Text& criterion);
 
+    /// The same from the first row on, wherever it stands. Nothing is found where there are no
+    /// rows.
+    void FindFirst(const Text& criterion);
+
     /// Only the rows that meet a condition, which may have And and Or; "" for all. Goes to the
     /// first row (BOF and EOF if there is none). @throws Error{syntax}, Error{notFound}: the old
     /// filter stays.
@@ -109,7 +113,7 @@ public:
     /// that can't be told, " por outra janela ou por outro programa".
     [[nodiscard]] std::string byWhom(const Shown& shown) const;
     /// Begins to change the current row, which must be as it was shown. In a transaction nobody
-    /// else can change it from here on.
+    /// else can change it from here on, or else Update() is refused.
     /// @throws Error{conflict} if it isn't, naming who has changed it if that can be told;
     ///         Error{gone} if there is no current row, the same; Error{readOnly, locked}.
     void Edit(const Shown& shown);

@@ -32,11 +32,8 @@ constexpr char kTemplate[] = "modelo";
 
 #ifdef VALTRINO_SERVER
 
-namespace {
-
-/// Starts a program, its words to a file; as an ordinary account, since a server refuses to run as
-/// root, and to be ended with us.
-pid_t start(std::vector<std::string> words, const fs::path& said) {
+pid_t Cluster::start(std::vector<std::string> words, const fs::path& said) {
+    words.front() = kPrograms / words.front();
     if (geteuid() == 0)
         words.insert(words.begin(), {"setpriv", "--reuid=postgres", "--regid=postgres",
                                      "--clear-groups", "--pdeathsig=INT"});
@@ -55,6 +52,8 @@ pid_t start(std::vector<std::string> words, const fs::path& said) {
     }
     return child;
 }
+
+namespace {
 
 std::string textOf(const fs::path& file) {
     std::ifstream in(file);
@@ -106,7 +105,7 @@ void Cluster::begin() {
     fs::permissions(said, fs::perms::all);
     const std::string data = (folder / "data").string();
     int status = 0;
-    waitpid(start({kPrograms / "initdb", "-D", data, "-U", "loja", "-A", "trust", "-E", "UTF8",
+    waitpid(start({"initdb", "-D", data, "-U", "loja", "-A", "trust", "-E", "UTF8",
                    "--locale=C.UTF-8", "--no-sync"},
                   said),
             &status, 0);
@@ -129,11 +128,10 @@ void Cluster::begin() {
 
 void Cluster::startServer() {
     const fs::path folder = parts_->folder.path();
-    parts_->server =
-        start({kPrograms / "postgres", "-D", folder / "data", "-k", folder.string(), "-c",
-               "listen_addresses=", "-c", "fsync=off", "-c", "full_page_writes=off", "-c",
-               "max_connections=50", "-c", "shared_buffers=32MB"},
-              folder / "said");
+    parts_->server = start({"postgres", "-D", folder / "data", "-k", folder.string(), "-c",
+                            "listen_addresses=", "-c", "fsync=off", "-c", "full_page_writes=off",
+                            "-c", "max_connections=50", "-c", "shared_buffers=32MB"},
+                           folder / "said");
 }
 
 void Cluster::crash() {

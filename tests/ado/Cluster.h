@@ -2,8 +2,10 @@
 
 #include "jet/TableSpec.h"
 
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 /// A database server of this test program alone: started when it is first asked for, reached by a
@@ -15,6 +17,9 @@ public:
     /// A shop has those tables. @throws std::runtime_error with what the server said if it doesn't
     /// start.
     static Cluster& instance(const std::vector<jet::TableSpec>& tables);
+    /// Starts one of the server's programs, which prints to a file; as an ordinary account, since a
+    /// server refuses to run as root, and to be ended with us.
+    static pid_t start(std::vector<std::string> words, const std::filesystem::path& said);
 
     Cluster(const Cluster&) = delete;
     Cluster& operator=(const Cluster&) = delete;

@@ -40,6 +40,13 @@ void Cursor::moveFirst() { arrive(first(), At::afterLast); }
 
 void Cursor::moveLast() { arrive(last(), At::afterLast); }
 
+void Cursor::findFirst(const std::string& criterion) {
+    catchUp();
+    moveFirst();
+    if (at_ == At::row)
+        find(criterion);
+}
+
 void Cursor::moveNext() { arrive(at_ == At::beforeFirst ? first() : next(), At::afterLast); }
 
 void Cursor::movePrevious() { arrive(at_ == At::afterLast ? last() : previous(), At::beforeFirst); }

@@ -53,6 +53,8 @@ public:
     // ---- the place
 
     [[nodiscard]] At at() const noexcept { return at_; }
+    /// The same for who asks without having come by catchUp().
+    [[nodiscard]] virtual At place() { return at_; }
     /// @throws Error{noCurrentRow}, Error{conflict} if the row was erased by others.
     void requireRow() const;
     // Each ends beyond the last, or before the first, where there is no row; catchUp() comes
@@ -76,6 +78,8 @@ public:
     /// To the first row that meets the criterion, from the one stood on; behind the last if there
     /// is none. @throws Error{syntax, notFound}, Error{misuse} if not live.
     virtual void find(const std::string& criterion) = 0;
+    /// The same from the first row on, wherever it stands.
+    virtual void findFirst(const std::string& criterion);
 
     // ---- the row stood on
 
@@ -96,7 +100,8 @@ public:
     /// it was first read here. @throws as requireRow().
     [[nodiscard]] virtual std::optional<std::uint64_t> versionToEdit() = 0;
     /// The row is about to be changed or erased: its fingerprint by now, nothing if it stands on no
-    /// row. In a transaction nobody else changes it from here on. @throws Error{locked, readOnly}.
+    /// row. In a transaction nobody else changes it from here on, or the change is refused as
+    /// goneOrChanged(). @throws Error{locked, readOnly}.
     [[nodiscard]] virtual std::optional<std::uint64_t> versionToChange() = 0;
     /// What was read of it counts as not read.
     virtual void forgetSeen() noexcept = 0;

@@ -100,7 +100,7 @@ bool Recordset::BOF() const {
     const Parts& parts = open();
     if (parts.edit == ado::EditMode::Add)
         return false;
-    const Cursor::At at = parts.cursor->at();
+    const Cursor::At at = parts.cursor->place();
     return at == Cursor::At::beforeFirst || (at == Cursor::At::afterLast && parts.cursor->empty());
 }
 
@@ -108,7 +108,7 @@ bool Recordset::EOF() const {
     const Parts& parts = open();
     if (parts.edit == ado::EditMode::Add)
         return false;
-    const Cursor::At at = parts.cursor->at();
+    const Cursor::At at = parts.cursor->place();
     return at == Cursor::At::afterLast || (at == Cursor::At::beforeFirst && parts.cursor->empty());
 }
 
@@ -123,6 +123,11 @@ void Recordset::Find(const Text& criterion) {
     Cursor& cursor = *open().cursor;
     cursor.catchUp();
     cursor.find(criterion.utf8());
+}
+
+void Recordset::FindFirst(const Text& criterion) {
+    Update();
+    open().cursor->findFirst(criterion.utf8());
 }
 
 void Recordset::setFilter(const Text& condition) {

@@ -59,11 +59,14 @@ class ServerList final : public ServerCursor {
 public:
     ServerList(ServerSession& session, ServerQuery query);
 
-    void refresh() override { reload(); }
+    /// As soon as a row is asked for: who looks for one next needs none of the first.
+    void refresh() override;
+    [[nodiscard]] At place() override;
     void catchUp() override;
     [[nodiscard]] bool empty() override;
     [[nodiscard]] std::int64_t count() override;
     void find(const std::string& criterion) override;
+    void findFirst(const std::string& criterion) override;
     [[nodiscard]] jet::Value value(const QueryField& field) override;
     [[nodiscard]] State state(std::size_t table) override;
     [[nodiscard]] std::optional<std::uint64_t> version() override;
@@ -91,8 +94,10 @@ private:
     /// What others have done makes the rows around the one stood on unknown.
     void forgetNeighbours();
     void requireCurrent();
-    [[nodiscard]] bool readAgain(bool lock);
+    [[nodiscard]] bool readAgain();
     bool step(bool forwards);
+    void settle();
+    void find(From from, const std::string& criterion);
     [[nodiscard]] ServerRow& here() { return rows_[at_]; }
 
     // The rows stand in their order without a gap; the one stood on is rows_[at_].
@@ -102,6 +107,7 @@ private:
     bool fromFirst_ = false;  ///< no row comes before rows_
     bool toLast_ = false;     ///< no row comes behind them
     bool added_ = false;      ///< stands on a row added to a list: behind all others
+    bool toBegin_ = false;    ///< refreshed, and not asked for yet
     std::size_t batch_ = 1;
 
     ServerSession::Moment neighbours_; ///< when the rows around were asked for

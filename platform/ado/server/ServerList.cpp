@@ -52,14 +52,31 @@ void ServerList::fetchFirst() {
     fromFirst_ = true;
     rows_ = std::move(rows);
     at_ = 0;
-    anchorGone_ = added_ = false;
+    anchorGone_ = added_ = toBegin_ = false;
     batch_ = kFirstBatch;
     neighbours_ = current_ = moment;
     count_.reset();
 }
 
+void ServerList::refresh() {
+    toBegin_ = true;
+    count_.reset();
+}
+
+void ServerList::settle() {
+    if (!toBegin_)
+        return;
+    fetchFirst();
+    moveFirst();
+}
+
+Cursor::At ServerList::place() {
+    settle();
+    return at();
+}
+
 bool ServerList::first() {
-    if (!fromFirst_ || session_.now() != neighbours_ || anchorGone_ || added_)
+    if (!fromFirst_ || session_.now() != neighbours_ || anchorGone_ || added_ || toBegin_)
         fetchFirst();
     at_ = 0;
     current_ = neighbours_;
@@ -68,8 +85,9 @@ bool ServerList::first() {
 
 bool ServerList::last() {
     const ServerSession::Moment moment = session_.now();
-    if (!toLast_ || moment != neighbours_ || anchorGone_ || added_) {
+    if (!toLast_ || moment != neighbours_ || anchorGone_ || added_ || toBegin_) {
         auto rows = fetch(From::end, false, "", kFirstBatch);
+        toBegin_ = false;
         fromFirst_ = rows.size() < kFirstBatch;
         toLast_ = true;
         rows_ = std::move(rows);
@@ -92,6 +110,7 @@ void ServerList::forgetNeighbours() {
 }
 
 void ServerList::catchUp() {
+    settle();
     const ServerSession::Moment moment = session_.now();
     if (moment == neighbours_ || rows_.empty())
         return;
@@ -158,6 +177,7 @@ bool ServerList::next() { return step(true); }
 bool ServerList::previous() { return step(false); }
 
 bool ServerList::empty() {
+    settle();
     if (rows_.size() > (anchorGone_ ? 1U : 0U))
         return false;
     if (fromFirst_ && toLast_ && session_.now() == neighbours_)
@@ -177,17 +197,28 @@ std::int64_t ServerList::count() {
 }
 
 void ServerList::find(const std::string& criterion) {
-    std::vector<Parameter> unused;
-    ServerTongue tongue(unused);
-    static_cast<void>(parseCondition(criterion, spelling(), tongue)); // an empty one is an error
     if (at() == At::beforeFirst)
         moveFirst();
     else if (at() == At::gone)
         moveNext();
+    find(at() == At::afterLast ? From::end : From::at, criterion);
+}
+
+void ServerList::findFirst(const std::string& criterion) {
+    arrive(false, At::beforeFirst);
+    find(From::end, criterion);
+}
+
+void ServerList::find(From from, const std::string& criterion) {
+    std::vector<Parameter> unused;
+    ServerTongue tongue(unused);
+    static_cast<void>(parseCondition(criterion, spelling(), tongue)); // an empty one is an error
     const bool nowhere = at() == At::afterLast;
     const ServerSession::Moment moment = session_.now();
     // Even where nothing can be found a criterion that is wrong is told.
-    auto found = fetch(nowhere ? From::end : From::at, true, criterion, 1);
+    auto found = fetch(from, true, criterion, 1);
+    if (std::exchange(toBegin_, false))
+        neighbours_ = {0, 0}; // what there was is to be read again
     if (nowhere)
         return;
     if (found.empty())
@@ -203,9 +234,9 @@ void ServerList::find(const std::string& criterion) {
 // ---- the row stood on -------------------------------------------------------------------------
 
 /// False if it isn't there any more.
-bool ServerList::readAgain(bool lock) {
+bool ServerList::readAgain() {
     const ServerSession::Moment moment = session_.now();
-    const ServerStatement statement = query_.same(here(), lock);
+    const ServerStatement statement = query_.same(here());
     const ServerRows found = session_.wire().run(statement);
     if (found.rows() == 0)
         return false;
@@ -219,10 +250,11 @@ bool ServerList::readAgain(bool lock) {
 }
 
 void ServerList::requireCurrent() {
+    settle();
     const ServerSession::Moment moment = session_.now();
     if (at() != At::row || moment == current_)
         return;
-    if (readAgain(false))
+    if (readAgain())
         return;
     anchorGone_ = true;
     lose(moment.others != current_.others);
@@ -258,12 +290,9 @@ std::optional<std::uint64_t> ServerList::versionToEdit() {
     return *seen_ == here().fingerprint ? std::optional(versionOf(*seen_)) : std::nullopt;
 }
 
+/// As far as is known, without asking: the change says itself which row it expects.
 std::optional<std::uint64_t> ServerList::versionToChange() {
     catchUp();
-    if (at() == At::row && !readAgain(session_.wire().inTransaction())) {
-        anchorGone_ = true;
-        lose(true);
-    }
     return at() == At::row ? std::optional(versionOf(here().fingerprint)) : std::nullopt;
 }
 
@@ -280,7 +309,7 @@ void ServerList::insert(Given given, const Stored& stored) {
     rows_.clear();
     rows_.push_back(std::move(*made));
     at_ = 0;
-    anchorGone_ = fromFirst_ = toLast_ = false;
+    anchorGone_ = fromFirst_ = toLast_ = toBegin_ = false;
     added_ = !query_.isWholeTable();
     neighbours_ = current_ = session_.now();
     arrive(true, At::row);

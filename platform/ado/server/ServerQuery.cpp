@@ -247,11 +247,10 @@ std::string ServerQuery::isKeyOf(const ServerRow& row, const std::string& table,
     return condition;
 }
 
-ServerStatement ServerQuery::same(const ServerRow& row, bool lock) const {
+ServerStatement ServerQuery::same(const ServerRow& row) const {
     ServerStatement statement;
     statement.sql = "select " + rowOfTable(kChanged) + " from " + quotedName(keyed_->name) +
-                    " as " + kChanged + " where " + isKeyOf(row, kChanged, statement.parameters) +
-                    (lock ? " for update" : "");
+                    " as " + kChanged + " where " + isKeyOf(row, kChanged, statement.parameters);
     return statement;
 }
 

@@ -55,9 +55,8 @@ public:
     [[nodiscard]] ServerStatement range(From from, bool forwards, const ServerRow* place,
                                         std::size_t most, const std::string& more,
                                         const Spelling& spelling) const;
-    /// The row with the key of that one, whether or not it belongs to the rows; `lock`: nobody
-    /// else changes it until the transaction ends.
-    [[nodiscard]] ServerStatement same(const ServerRow& row, bool lock) const;
+    /// The row with the key of that one, whether or not it belongs to the rows.
+    [[nodiscard]] ServerStatement same(const ServerRow& row) const;
     /// That one row.
     [[nodiscard]] ServerRow rowOf(const ServerRows& rows, int row) const;
 

@@ -60,7 +60,14 @@ TEST_P(ServerTest, WhatAnotherHasChangedSinceItWasShownIsAConflict) {
     theirs["nome"] = "Deles";
     theirs.Update();
     ado::Transaction transaction(connection);
-    EXPECT_EQ(errorOf([&] { mine.Edit(shown); }), Errc::conflict);
+    EXPECT_EQ(errorOf([&] {
+                  mine.Edit(shown); // may not have been told yet
+                  mine["nome"] = "Meu";
+                  mine.Update();
+              }),
+              Errc::conflict);
+    mine.CancelUpdate();
+    mine.Requery();
     EXPECT_EQ(mine["nome"].text(), "Deles");
 }
 

@@ -1,0 +1,172 @@
+// How often a window's work has to wait for the server: what a long way to it costs.
+#ifdef VALTRINO_SERVER
+
+#include "ado/ConnectionString.h"
+#include "ado/Recorder.h"
+#include "ado/Shop.h"
+#include "ado/server/Relay.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+
+namespace {
+
+using ado::Recordset;
+
+/// Writes down what is done to cheques, as the history does: looks for a number, and adds a row.
+class Diary final : public ado::Recorder {
+public:
+    explicit Diary(ado::Connection& base) : base_(base) {}
+    bool keeps(const ado::TableShape& table, bool isNew) override {
+        return table.name() == "cheques" && !isNew;
+    }
+    void changed(const ado::TableShape& /*table*/, const jet::Row* /*before*/,
+                 const jet::Row* /*after*/) override {
+        Recordset same;
+        same.Open("select lancamento from semfundos where numero='7'", base_);
+        EXPECT_TRUE(same.EOF());
+        rows_.AddNew();
+        rows_["empresa"] = "Diário";
+        rows_.Update();
+    }
+    void open() { rows_.Open("semfundos", base_); }
+    void close() { rows_.Close(); }
+
+private:
+    ado::Connection& base_;
+    Recordset rows_;
+};
+
+class RoundTripsTest : public Shop {
+protected:
+    RoundTripsTest() : diary(station) {
+        addSomeOfEach();
+        relay.emplace(ado::serverAddress(connectionString()).value());
+        station.setRecorder(&diary);
+        station.Open("Data Source=" + relay->address());
+        diary.open();
+        cheques.Open("cheques", station);
+    }
+    void TearDown() override {
+        cheques.Close();
+        diary.close();
+        station.Close();
+        relay.reset();
+        Shop::TearDown();
+    }
+    /// How often the server is asked meanwhile, as the relay sees it.
+    std::uint64_t asked(const std::function<void()>& work) {
+        const std::uint64_t before = relay->questions();
+        work();
+        return relay->questions() - before;
+    }
+    std::optional<Relay> relay;
+    ado::Connection station;
+    Diary diary;
+    Recordset cheques;
+};
+INSTANTIATE_TEST_SUITE_P(, RoundTripsTest, onServers(), keptName);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(RoundTripsTest);
+
+TEST_P(RoundTripsTest, OfAListAndItsRows) {
+    Recordset list;
+    const auto open = [&] {
+        list.Open("select * from cheques where cliente=1 order by bompara", station);
+        EXPECT_EQ(list["numero"].text(), "000300");
+    };
+    EXPECT_EQ(asked(open), 1U);
+    EXPECT_EQ(asked([&] { list.MoveNext(); }), 0U);
+    EXPECT_EQ(asked([&] { list.MovePrevious(); }), 0U);
+    EXPECT_LE(asked([&] { list.MoveLast(); }), 1U);
+    EXPECT_LE(asked([&] { list.MoveFirst(); }), 1U);
+    EXPECT_EQ(asked([&] { list.Find("numero='000123'"); }), 1U);
+    EXPECT_EQ(list["numero"].text(), "000123");
+    for (const auto& move : {&Recordset::MovePrevious, &Recordset::MoveNext})
+        EXPECT_LE(asked([&] { (list.*move)(); }), 1U);
+    EXPECT_EQ(asked([&] { list.FindFirst("numero='000300'"); }), 1U);
+    EXPECT_EQ(asked([&] { list.setFilter("banco=2"); }), 1U);
+    EXPECT_EQ(asked([&] { list.setSort("numero"); }), 1U);
+    EXPECT_EQ(asked([&] { EXPECT_EQ(list.RecordCount(), 1); }), 1U);
+    EXPECT_EQ(asked([&] { EXPECT_FALSE(list.EOF() || list.BOF()); }), 0U);
+}
+
+TEST_P(RoundTripsTest, OfAJoin) {
+    const auto join = [&] {
+        Recordset list;
+        list.Open("select * from cheques inner join bancos on cheques.banco=bancos.codigo",
+                  station);
+        for (; !list.EOF(); list.MoveNext())
+            EXPECT_NE(list["bancos.nome"].text(), "");
+    };
+    EXPECT_LE(asked(join), 2U); // one of them isn't waited for
+}
+
+TEST_P(RoundTripsTest, OfANewCheque) {
+    const auto save = [&] {
+        ado::Transaction saving(station);
+        cheques.AddNew();
+        cheques["numero"] = "400";
+        cheques.Update();
+        EXPECT_EQ(cheques["numero"].text(), "400");
+        static_cast<void>(cheques.shown());
+        cheques.Requery();
+        saving.commit();
+    };
+    EXPECT_LE(asked(save), 3U);
+    EXPECT_EQ(rowsIn("cheques"), 7);
+}
+
+TEST_P(RoundTripsTest, OfAChequeThatIsChanged) {
+    const ado::Shown shown = cheques.shown();
+    const auto save = [&] {
+        ado::Transaction saving(station);
+        cheques.FindFirst("lancamento=1");
+        cheques.Edit(shown);
+        cheques["numero"] = "401";
+        cheques.Update();
+        cheques.Requery();
+        saving.commit();
+    };
+    EXPECT_LE(asked(save), 5U);
+    EXPECT_EQ(column("cheques", "numero").front(), "401");
+    EXPECT_EQ(rowsIn("semfundos"), 3);
+}
+
+TEST_P(RoundTripsTest, OfAChequeThatIsDeleted) {
+    const ado::Shown shown = cheques.shown();
+    const auto erase = [&] {
+        ado::Transaction erasing(station);
+        Recordset one;
+        one.Open("select * from cheques where lancamento=1", station);
+        one.Delete(shown);
+        one.Close();
+        erasing.commit();
+        cheques.Requery();
+    };
+    EXPECT_LE(asked(erase), 5U);
+    EXPECT_EQ(rowsIn("cheques"), 5);
+}
+
+TEST_P(RoundTripsTest, OfAChequeThatIsSettled) {
+    cheques.Find("lancamento=3");
+    const ado::Shown shown = cheques.shown();
+    const auto settle = [&] {
+        cheques.clearFilter();
+        cheques.Requery();
+        cheques.FindFirst("lancamento=3");
+        ado::Transaction settling(station);
+        EXPECT_FALSE(cheques.isOther(shown));
+        cheques.Delete(shown);
+        cheques.Requery();
+        settling.commitLater();
+    };
+    EXPECT_LE(asked(settle), 5U);
+    EXPECT_EQ(rowsIn("cheques"), 5);
+    EXPECT_EQ(rowsIn("semfundos"), 3);
+}
+
+} // namespace
+
+#endif
