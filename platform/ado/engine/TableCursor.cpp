@@ -73,9 +73,7 @@ void TableCursor::beginScan(std::span<sqlite3_value*> operands) {
     settleScan(jet::packed(id) == low ? scan_->seek(id) : scan_->first());
 }
 
-void TableCursor::settleScan(bool found) {
-    row_ = found ? &scan_->row() : nullptr;
-}
+void TableCursor::settleScan(bool found) { row_ = found ? &scan_->row() : nullptr; }
 
 void TableCursor::beginWalk(const PackedPlan& plan, std::span<sqlite3_value*> operands) {
     range_ = rangeOf(table_, plan, operands);

@@ -112,7 +112,8 @@ void Pager::fetchAhead(PageNo first, std::uint32_t count) {
     try {
         read(first, pages);
     } catch (const Error& error) {
-        if (error.code() == Errc::io) // of one of them: the others are fetched when it is their turn
+        if (error.code() ==
+            Errc::io) // of one of them: the others are fetched when it is their turn
             return;
         throw;
     }
