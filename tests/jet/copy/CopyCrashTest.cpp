@@ -207,6 +207,12 @@ TEST_P(CopyCrash, AMoveLosesNothing) {
                     holds(image, movedCopy, before.at(kCopy)));
     });
     tell("a move", disk);
+    // Whoever is told that it is there finds it there: the program's settings name the new folder.
+    PowerCut afterwards(before);
+    for (const MemoryDisk::Operation& operation : disk.record())
+        afterwards.advance(operation);
+    EXPECT_TRUE(afterwards.nothingMore().contains(moved));
+    EXPECT_TRUE(afterwards.nothingMore().contains(movedCopy));
     EXPECT_GT(points_, 100U);
 }
 

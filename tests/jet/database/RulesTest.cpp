@@ -420,6 +420,23 @@ TEST_P(Rules, RulesAreReadAgainWhenTheyChange) {
                  Error);
 }
 
+TEST_P(Rules, WhatAnotherStationMakesARuleIsOneHereAtOnce) {
+    add({
+        {kIdade, whole(0)}
+    });
+    Database other(path());
+    database_->flush();
+    setRules(other, "pessoas",
+             {
+                 {.column = "idade", .rule = ">0"}
+    });
+    other.flush();
+    EXPECT_THROW(add({
+                     {kIdade, whole(0)}
+    }),
+                 Error);
+}
+
 TEST_P(Rules, RulesOfATransactionGoWithIt) {
     for (const bool keeps : {false, true}) {
         database_->begin();
