@@ -95,6 +95,7 @@ const std::vector<Layer> kLayers = {
     {"valtrino_heard",    Outside::qt,      {}                                                },
     {"rule_test_support", Outside::nothing, {"jet"}                                           },
     {"cluster_support",   Outside::nothing, {"ado", "test_support"}                           },
+    {"server_bench",      Outside::nothing, {"cluster_support", "shop_schema"}                },
     {"jet_test_support",  Outside::nothing, {"jet", "rule_test_support"}                      },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
     {"shop_test_support", Outside::qt,      {"shell_base", "shop_schema", "form_test_support"}},

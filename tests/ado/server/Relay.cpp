@@ -1,3 +1,5 @@
+#ifdef VALTRINO_SERVER
+
 #include "ado/server/Relay.h"
 
 #include <netinet/in.h>
@@ -176,3 +178,5 @@ bool Relay::fromServer(Line& line) {
         return !ended;
     return passOn(line.program, through);
 }
+
+#endif
