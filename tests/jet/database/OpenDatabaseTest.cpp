@@ -100,6 +100,17 @@ TEST_P(OpenDatabase, ATableThatIsThereAlreadyIsRefusedWithinATransactionToo) {
     EXPECT_EQ(file.table("contas").rowCount(), 1);
 }
 
+// The operator is told how many records are saved.
+TEST_P(OpenDatabase, ANewTableIsNoRecord) {
+    Database file(kPath, on(disk));
+    file.createTable({"outra", {{"id", ColumnType::longInteger}}, {}});
+    file.flush();
+    EXPECT_EQ(file.tally().written, 0U);
+    file.table("contas").insert(named("a"));
+    file.flush();
+    EXPECT_EQ(file.tally().written, 1U);
+}
+
 TEST_P(OpenDatabase, ASnapshotIsHeldAsLongAsAskedFor) {
     Database file(kPath, on(disk));
     Database other(kPath, on(disk));
