@@ -36,6 +36,7 @@ public:
             "select p.proname from pg_catalog.pg_proc p join pg_catalog.pg_namespace n on n.oid = "
             "p.pronamespace and n.nspname = 'valtrino'");
         std::vector<std::string> names;
+        names.reserve(static_cast<std::size_t>(has.rows()));
         for (int row = 0; row < has.rows(); ++row)
             names.push_back(has.field(row, 0).value_or(""));
         for (const std::string& wanted : foundationFunctions())

@@ -14,6 +14,19 @@ void createRole(ServerWire& wire, const std::string& role) {
         static_cast<void>(wire.run("create role " + quotedName(role) + " nologin"));
 }
 
+void runAll(ServerWire& wire, std::initializer_list<std::string> steps) {
+    for (const std::string& step : steps)
+        static_cast<void>(wire.run(step));
+}
+
+/// To the rows of all that is made there from now on.
+void letIn(ServerWire& wire, const std::string& schema, const std::string& clerks) {
+    const std::string later = "alter default privileges in schema " + schema + " grant ";
+    runAll(wire, {"grant usage on schema " + schema + " to " + clerks,
+                  later + "select, insert, update, delete on tables to " + clerks,
+                  later + "usage, select on sequences to " + clerks});
+}
+
 } // namespace
 
 void createRolesAndSchema(ServerWire& wire, const ShopRoles& roles) {
@@ -26,25 +39,17 @@ void createRolesAndSchema(ServerWire& wire, const ShopRoles& roles) {
     if (about.field(0, 1) != "t")
         static_cast<void>(wire.run("grant " + owner + " to current_user"));
     const std::string base = quotedName(about.field(0, 0).value_or(""));
-    for (const std::string& step :
-         {"revoke all on database " + base + " from public",
-          "grant connect on database " + base + " to " + owner + ", " + clerks,
-          // Of whoever comes by another program too: none holds a row for longer.
-          "alter database " + base + " set statement_timeout = '10min'",
-          "alter database " + base + " set idle_in_transaction_session_timeout = '10min'",
-          // What the program keeps for itself isn't among the shop's tables.
-          "create schema if not exists valtrino_estacoes authorization " + owner,
-          "create schema valtrino authorization " + owner})
-        static_cast<void>(wire.run(step));
+    // Of whoever comes by another program too: none holds a row for longer. What the program keeps
+    // for itself isn't among the shop's tables.
+    runAll(wire, {"revoke all on database " + base + " from public",
+                  "grant connect on database " + base + " to " + owner + ", " + clerks,
+                  "alter database " + base + " set statement_timeout = '10min'",
+                  "alter database " + base + " set idle_in_transaction_session_timeout = '10min'",
+                  "create schema if not exists valtrino_estacoes authorization " + owner,
+                  "create schema valtrino authorization " + owner});
     becomeOwner(wire);
-    for (const std::string schema : {"valtrino", "valtrino_estacoes"}) {
-        const std::string later = "alter default privileges in schema " + schema + " grant ";
-        for (const std::string& step :
-             {"grant usage on schema " + schema + " to " + clerks,
-              later + "select, insert, update, delete on tables to " + clerks,
-              later + "usage, select on sequences to " + clerks})
-            static_cast<void>(wire.run(step));
-    }
+    letIn(wire, "valtrino", clerks);
+    letIn(wire, "valtrino_estacoes", clerks);
 }
 
 void becomeOwner(ServerWire& wire) {
