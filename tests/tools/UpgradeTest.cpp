@@ -41,7 +41,7 @@ protected:
 
     /// The shop's file as `change` wants its tables (one without columns is left out), with rows.
     [[nodiscard]] std::string older(const Change& change) const {
-        const std::string path = file();
+        std::string path = file();
         jet::Database::create(path,
                               GetParam() == "--jet3" ? jet::Version::jet3 : jet::Version::jet4);
         jet::Database database(path);
@@ -164,7 +164,6 @@ TEST_P(Upgrade, AFileOfThisVersionIsLeftAlone) {
 
 TEST_P(Upgrade, NothingIsDoneWhileAnotherHasTheFile) {
     const std::string path = older([](jet::TableSpec& table) { drop(table, "agencia"); });
-    const std::string before = contentOf(path);
     {
         const jet::Database clerk(path);
         const ProgramResult result = run({"upgrade", path});

@@ -336,7 +336,7 @@ namespace {
 /// The copy in the database's place; the name that this has then.
 std::filesystem::path replace(const std::filesystem::path& database, UnnamedFile& copy,
                               Disk& disk) {
-    const std::filesystem::path kept = replacedName(database, disk);
+    std::filesystem::path kept = replacedName(database, disk);
     try {
         keepAs(database, kept, disk);
         copy.takeName();
