@@ -1,9 +1,9 @@
 // What a long way to the server costs the clerk: a cheque saved as its window does it, by a line
 // that takes so long there and back.
-#include "ado/Cluster.h"
+#include "support/Cluster.h"
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
-#include "ado/server/Relay.h"
+#include "support/Relay.h"
 #include "tools/ShopSchema.h"
 
 #include <algorithm>

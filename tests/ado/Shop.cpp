@@ -1,11 +1,11 @@
 #include "ado/Shop.h"
 
-#include "ado/Cluster.h"
 #include "jet/Check.h"
 #ifdef VALTRINO_SERVER
 #include "ado/server/ServerTongue.h"
 #include "ado/server/ServerValue.h"
 #endif
+#include "support/Cluster.h"
 
 #include <chrono>
 #include <fstream>
@@ -57,20 +57,6 @@ const std::vector<TableSpec>& shopTables() {
     return tables;
 }
 // clang-format on
-
-testing::internal::ParamGenerator<Kept> everywhere() {
-    std::vector<Kept> all{Kept(jet::Version::jet3), Kept(jet::Version::jet4)};
-    if (Cluster::absence().empty())
-        all.push_back(Kept::onServer());
-    return testing::ValuesIn(all);
-}
-
-testing::internal::ParamGenerator<Kept> onServers() {
-    std::vector<Kept> all;
-    if (Cluster::absence().empty())
-        all.push_back(Kept::onServer());
-    return testing::ValuesIn(all);
-}
 
 Shop::Shop() {
     if (onServer()) {

@@ -5,6 +5,7 @@
 #include "ado/dialect/Spelling.h"
 #include "jet/Database.h"
 #include "jet/Error.h"
+#include "support/Kept.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -12,46 +13,12 @@
 #include <filesystem>
 #include <functional>
 #include <initializer_list>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace ado {
 class ServerWire;
-}
-
-/// What keeps the shop's data in a test: a file of one of the versions, or a server.
-class Kept {
-public:
-    Kept(jet::Version version) : version_(version) {}
-    static Kept onServer() {
-        Kept kept(jet::Version::jet4);
-        kept.server_ = true;
-        return kept;
-    }
-    [[nodiscard]] bool isServer() const { return server_; }
-    operator jet::Version() const { return version_; }
-    /// For the names of tests.
-    [[nodiscard]] const char* name() const {
-        return server_ ? "PostgreSQL" : version_ == jet::Version::jet3 ? "Jet3" : "Jet4";
-    }
-
-private:
-    friend void PrintTo(const Kept& kept, std::ostream* out) { *out << kept.name(); }
-
-    jet::Version version_;
-    bool server_ = false;
-};
-
-/// What holds for whoever keeps the data, a server where there is one to test with:
-///
-///     INSTANTIATE_TEST_SUITE_P(, FindTest, everywhere(), keptName);
-[[nodiscard]] testing::internal::ParamGenerator<Kept> everywhere();
-/// What is a server's alone.
-[[nodiscard]] testing::internal::ParamGenerator<Kept> onServers();
-inline std::string keptName(const testing::TestParamInfo<Kept>& chosen) {
-    return chosen.param.name();
 }
 
 /// The shop's four tables in a new file of each version, or on a server, with a connection to it.
@@ -93,12 +60,6 @@ private:
     std::string address_;                   ///< of the server's database; "" for a file
     std::shared_ptr<ado::ServerWire> past_; ///< to it, past the connection
 };
-
-// Why a test of a file isn't one of a server: what both can't promise alike.
-inline constexpr char kByTheFile[] = "works on the file itself, past the connection";
-inline constexpr char kNewsAtOnce[] = "there a list takes in at once what others wait for";
-inline constexpr char kJoinsStay[] = "there the rows of a join are as they were when fetched";
-inline constexpr char kTyped[] = "there texts aren't compared or reckoned with as numbers";
 
 /// The tables as the shop has them.
 [[nodiscard]] const std::vector<jet::TableSpec>& shopTables();

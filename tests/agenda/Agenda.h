@@ -3,17 +3,14 @@
 #include "agenda/FrmAgenda.h"
 #include "controls/box/ListView.h"
 #include "support/ChequeShop.h"
-#include "support/Versions.h"
 
 #include <string>
 #include <vector>
 
 /// The agenda over a shop's cheques, in both versions of the file. Due dates are told by the days
 /// from today.
-class Agenda : public ChequeShop, public testing::WithParamInterface<jet::Version> {
+class Agenda : public Everywhere<ChequeShop> {
 protected:
-    Agenda() : ChequeShop(GetParam()) {}
-
     static QDate daqui(int dias) { return QDate::currentDate().addDays(dias); }
     static jet::Value noDia(const QDate& dia) {
         return dia.isValid() ? day(dia.year(), dia.month(), dia.day()) : jet::Value();

@@ -32,7 +32,7 @@ protected:
         EXPECT_EQ(recorded("*"), history);
     }
 };
-INSTANTIATE_TEST_SUITE_P(, Undoing, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, Undoing, everywhere(), keptName);
 
 TEST_P(Undoing, BringsSettledChequesBackWithTheirNumbers) {
     const Strings before = cheques();
@@ -136,7 +136,7 @@ TEST_P(Undoing, RefusesAChequeThatWasChangedOrDeletedSince) {
 
 TEST_P(Undoing, IsRefusedWhereNoHistoryIsKept) {
     settle({0});
-    data().Automacao.database().createTable(
+    data().Automacao.store().createTable(
         {.name = Historico::kDesligado,
          .columns = {{.name = "desde", .type = jet::ColumnType::date}},
          .indexes = {}});

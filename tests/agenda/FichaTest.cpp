@@ -23,10 +23,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Sheet : public ChequeShop, public testing::WithParamInterface<jet::Version> {
+class Sheet : public Everywhere<ChequeShop> {
 protected:
-    Sheet() : ChequeShop(GetParam()) {}
-
     // clang-format off
     static Row due(int client, int days, std::int64_t reais, int cents = 0) {
         return {
@@ -81,8 +79,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Jet3, Sheet, testing::Values(jet::Version::jet3));
-INSTANTIATE_TEST_SUITE_P(Jet4, Sheet, testing::Values(jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, Sheet, everywhere(), keptName);
 
 } // namespace
 

@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-INSTANTIATE_TEST_SUITE_P(, Agenda, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, Agenda, everywhere(), keptName);
 
 TEST_P(Agenda, BeginsWithTheSevenDaysFromToday) {
     givenCheques();

@@ -6,7 +6,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 using HistoryWindow = History;
-INSTANTIATE_TEST_SUITE_P(, HistoryWindow, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, HistoryWindow, everywhere(), keptName);
 
 TEST_P(HistoryWindow, SaysThatThereIsNoneYet) {
     auto& form = open<FrmHistorico>();

@@ -6,16 +6,14 @@
 #include "shell/Historico.h"
 #include "shell/Mirtal.h"
 #include "support/ChequeShop.h"
-#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 
 /// A shop with four cheques, two of them Ana's, that are settled, purged and changed.
-class History : public ChequeShop, public testing::WithParamInterface<jet::Version> {
+class History : public Everywhere<ChequeShop> {
 protected:
     using Strings = std::vector<std::string>;
 
-    History() : ChequeShop(GetParam()) {}
     void SetUp() override {
         ChequeShop::SetUp();
         given("cheques", {cheque(kAna, "101", 10), cheque(kBento, "102", 20),

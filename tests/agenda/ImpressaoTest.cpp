@@ -53,7 +53,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, AgendaOnPaper, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, AgendaOnPaper, everywhere(), keptName);
 
 TEST_P(AgendaOnPaper, PrintsTheListAsItStands) {
     auto& form = open<FrmAgenda>();

@@ -86,7 +86,7 @@ protected:
     std::unique_ptr<PainelDoDia> painel_;
 };
 
-INSTANTIATE_TEST_SUITE_P(, Painel, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, Painel, everywhere(), keptName);
 
 TEST_P(Painel, TellsWhatIsDueLateAndBounced) {
     givenCheques();

@@ -96,9 +96,10 @@ const std::vector<Layer> kLayers = {
     {"rule_test_support", Outside::nothing, {"jet"}                                           },
     {"cluster_support",   Outside::nothing, {"ado", "test_support"}                           },
     {"server_bench",      Outside::nothing, {"cluster_support", "shop_schema"}                },
+    {"shop_stores",       Outside::nothing, {"cluster_support", "shop_schema"}                },
     {"jet_test_support",  Outside::nothing, {"jet", "rule_test_support"}                      },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
-    {"shop_test_support", Outside::qt,      {"shell_base", "shop_schema", "form_test_support"}},
+    {"shop_test_support", Outside::qt,      {"shell_base", "form_test_support", "shop_stores"}},
     {"fuzz_support",      Outside::nothing, {}                                                },
     {"fuzz_file",         Outside::nothing, {"jet_test_support", "fuzz_support"}              },
     {"fuzz_journal",      Outside::nothing, {"jet_test_support", "fuzz_support"}              },
@@ -109,13 +110,12 @@ const std::vector<Layer> kLayers = {
 
 // What tests may use beside their folder, where it sees no more than the folder itself does.
 const std::vector<std::string> kHelpers = {
-    "test_support",  "rule_test_support", "jet_test_support",
-    "shop_schema",   "form_test_support", "shop_test_support",
-    "report_layout", "report_samples",    "cluster_support"};
+    "test_support", "rule_test_support", "jet_test_support",  "cluster_support", "shop_schema",
+    "shop_stores",  "form_test_support", "shop_test_support", "report_layout",   "report_samples"};
 
 // Who may look into the rooms of a platform folder from outside, beside the folder's own tests.
-const std::vector<std::string> kRoomGuests = {"rule_test_support", "fuzz_file", "fuzz_journal",
-                                              "fuzz_rules", "fuzz_sql"};
+const std::vector<std::string> kRoomGuests = {"rule_test_support", "cluster_support", "fuzz_file",
+                                              "fuzz_journal",      "fuzz_rules",      "fuzz_sql"};
 
 const Layer* layerOf(const std::string& target) {
     const auto found = std::ranges::find(kLayers, target, &Layer::target);

@@ -9,7 +9,7 @@
 #include <vector>
 
 /// Tests of the entry of cheques, over a shop without any.
-class ChequeEntry : public ChequeShop {
+class ChequeEntry : public Everywhere<ChequeShop> {
 protected:
     void TearDown() override {
         FrmLancarCheques::aoLocalizar({});

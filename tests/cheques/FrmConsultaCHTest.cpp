@@ -8,7 +8,6 @@
 #include "support/CpuTimer.h"
 #include "support/FormChecks.h"
 #include "support/ShopTest.h"
-#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,9 +19,8 @@ using testing::IsEmpty;
 
 /// Over a shop of three clients and two banks; Ana has cheques of both kinds, Bento only received
 /// ones, Carla only bounced ones and no document.
-class Consultation : public ShopTest, public testing::WithParamInterface<jet::Version> {
+class Consultation : public Everywhere<ShopTest> {
 protected:
-    Consultation() : ShopTest(GetParam()) {}
     void SetUp() override {
         ShopTest::SetUp();
         given("cliente_fornecedor",
@@ -110,7 +108,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, Consultation, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, Consultation, everywhere(), keptName);
 
 // ---- as it opens
 
@@ -397,7 +395,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, ConsultationOfMany, testing::Values(jet::Version::jet4));
+INSTANTIATE_TEST_SUITE_P(, ConsultationOfMany, testing::Values(Kept(jet::Version::jet4)), keptName);
 
 TEST_P(ConsultationOfMany, CountsAndSumsWithSixteenBitsAtTheCostOfTheClientsOwn) {
     givenReceived(kCarla, 32'767);

@@ -22,7 +22,9 @@ using ReceivedCheques = ChequeEntry;
 
 // ---- as it opens
 
-TEST_F(ReceivedCheques, SaysWhatItIs) {
+INSTANTIATE_TEST_SUITE_P(, ReceivedCheques, everywhere(), keptName);
+
+TEST_P(ReceivedCheques, SaysWhatItIs) {
     auto& form = open<FrmLancarCheques>();
     EXPECT_EQ(form.windowTitle(), "Cadastro de Cheques Recebidos");
     expectTexts(form, {
@@ -46,14 +48,14 @@ TEST_F(ReceivedCheques, SaysWhatItIs) {
     });
 }
 
-TEST_F(ReceivedCheques, OpensReadyForANewChequeEvenIfSomeAreStored) {
+TEST_P(ReceivedCheques, OpensReadyForANewChequeEvenIfSomeAreStored) {
     given("cheques", {cheque(kAna, "1", 60)});
     auto& form = open<FrmLancarCheques>();
     EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
     EXPECT_EQ(focus(), "txtNome");
 }
 
-TEST_F(ReceivedCheques, ListsClientsAndBanksByNameWithTheirCodes) {
+TEST_P(ReceivedCheques, ListsClientsAndBanksByNameWithTheirCodes) {
     given("cliente_fornecedor", {
                                     {{"nome", words("Atacado")}, {"tipo", yes(false)}}
     });
@@ -71,12 +73,12 @@ TEST_F(ReceivedCheques, ListsClientsAndBanksByNameWithTheirCodes) {
     EXPECT_THAT(listed("txtbanco"), ElementsAre("2 Agrobanco", "1 Banco Norte"));
 }
 
-TEST_F(ReceivedCheques, HasANameForEachControlNoSharedKeysAndNoCutText) {
+TEST_P(ReceivedCheques, HasANameForEachControlNoSharedKeysAndNoCutText) {
     auto& form = open<FrmLancarCheques>();
     EXPECT_EQ(faultsOf(form), QStringList());
 }
 
-TEST_F(ReceivedCheques, TheEntryNumberIsNotForTyping) {
+TEST_P(ReceivedCheques, TheEntryNumberIsNotForTyping) {
     given("cheques", {cheque(kAna, "1", 60)});
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 0);
@@ -87,7 +89,7 @@ TEST_F(ReceivedCheques, TheEntryNumberIsNotForTyping) {
 
 // ---- keys and prompts
 
-TEST_F(ReceivedCheques, EachControlHasItsPrompt) {
+TEST_P(ReceivedCheques, EachControlHasItsPrompt) {
     auto& form = open<FrmLancarCheques>();
     const struct {
         const char* control;
@@ -116,7 +118,7 @@ TEST_F(ReceivedCheques, EachControlHasItsPrompt) {
     EXPECT_EQ(prompt(), "");
 }
 
-TEST_F(ReceivedCheques, EnterLeadsThroughTheFieldsStraightToTheSave) {
+TEST_P(ReceivedCheques, EnterLeadsThroughTheFieldsStraightToTheSave) {
     open<FrmLancarCheques>();
     std::vector<std::string> way;
     for (int i = 0; i < 9; ++i) {
@@ -128,7 +130,7 @@ TEST_F(ReceivedCheques, EnterLeadsThroughTheFieldsStraightToTheSave) {
     EXPECT_EQ(focus(), "CmdIncluir");
 }
 
-TEST_F(ReceivedCheques, TheLastFieldLeadsToTheSaveWhicheverWayItIsLeft) {
+TEST_P(ReceivedCheques, TheLastFieldLeadsToTheSaveWhicheverWayItIsLeft) {
     auto& form = open<FrmLancarCheques>();
     enter(form, "txtobservacao");
     press(Qt::Key_Tab);
@@ -142,7 +144,7 @@ TEST_F(ReceivedCheques, TheLastFieldLeadsToTheSaveWhicheverWayItIsLeft) {
     EXPECT_TRUE(ticked(form, "cmbcheques"));
 }
 
-TEST_F(ReceivedCheques, EnterMovesOnFromTheCheckBoxesToo) {
+TEST_P(ReceivedCheques, EnterMovesOnFromTheCheckBoxesToo) {
     auto& form = open<FrmLancarCheques>();
     enter(form, "txtdescontar");
     press(Qt::Key_Return);
@@ -152,7 +154,7 @@ TEST_F(ReceivedCheques, EnterMovesOnFromTheCheckBoxesToo) {
     EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
 }
 
-TEST_F(ReceivedCheques, TabGoesThroughTheCommandsInTheirOrder) {
+TEST_P(ReceivedCheques, TabGoesThroughTheCommandsInTheirOrder) {
     auto& form = open<FrmLancarCheques>();
     enter(form, "CmdNovo");
     std::vector<std::string> order;
@@ -164,7 +166,7 @@ TEST_F(ReceivedCheques, TabGoesThroughTheCommandsInTheirOrder) {
                 ElementsAre("CmdNovo", "CmdIncluir", "CmdExcluir", "CmdLocalizar", "CmdSair"));
 }
 
-TEST_F(ReceivedCheques, TypingCompletesClientAndBank) {
+TEST_P(ReceivedCheques, TypingCompletesClientAndBank) {
     auto& form = open<FrmLancarCheques>();
     type("b");
     EXPECT_EQ(text(form, "txtNome"), "Bento Dias");
@@ -180,7 +182,7 @@ TEST_F(ReceivedCheques, TypingCompletesClientAndBank) {
 
 // ---- what must be filled in
 
-TEST_F(ReceivedCheques, AsksForTheClientFirst) {
+TEST_P(ReceivedCheques, AsksForTheClientFirst) {
     auto& form = open<FrmLancarCheques>();
     expectMessage("Advertência", "É necessário preencher o nome do cliente.");
     click(form, "CmdIncluir");
@@ -189,7 +191,7 @@ TEST_F(ReceivedCheques, AsksForTheClientFirst) {
     EXPECT_FALSE(data().Automacao.inTransaction());
 }
 
-TEST_F(ReceivedCheques, ANameThatNoClientHasIsNoClient) {
+TEST_P(ReceivedCheques, ANameThatNoClientHasIsNoClient) {
     auto& form = open<FrmLancarCheques>();
     fill(form, "Ninguem", "1", "10");
     expectMessage("Advertência", "É necessário preencher o nome do cliente.");
@@ -197,7 +199,7 @@ TEST_F(ReceivedCheques, ANameThatNoClientHasIsNoClient) {
     EXPECT_EQ(text(form, "txtNome"), "Ninguem");
 }
 
-TEST_F(ReceivedCheques, AsksForTheBankSecond) {
+TEST_P(ReceivedCheques, AsksForTheBankSecond) {
     auto& form = open<FrmLancarCheques>();
     type(form, "txtNome", "Ana");
     expectMessage("Advertência", "É necessário preencher o nome do banco.");
@@ -205,7 +207,7 @@ TEST_F(ReceivedCheques, AsksForTheBankSecond) {
     EXPECT_EQ(focus(), "txtbanco");
 }
 
-TEST_F(ReceivedCheques, AsksForTheNumberThird) {
+TEST_P(ReceivedCheques, AsksForTheNumberThird) {
     auto& form = open<FrmLancarCheques>();
     type(form, "txtNome", "Ana");
     type(form, "txtbanco", "Agro");
@@ -214,7 +216,7 @@ TEST_F(ReceivedCheques, AsksForTheNumberThird) {
     EXPECT_EQ(focus(), "txtnumero");
 }
 
-TEST_F(ReceivedCheques, AsksForTheValueLast) {
+TEST_P(ReceivedCheques, AsksForTheValueLast) {
     auto& form = open<FrmLancarCheques>();
     fill(form, "Ana", "1", "0,00");
     expectMessage("Advertência", "É necessário preencher o Valor do Cheque.");
@@ -223,14 +225,14 @@ TEST_F(ReceivedCheques, AsksForTheValueLast) {
     EXPECT_THAT(stored(), IsEmpty());
 }
 
-TEST_F(ReceivedCheques, ANegativeValuePasses) {
+TEST_P(ReceivedCheques, ANegativeValuePasses) {
     auto& form = open<FrmLancarCheques>();
     fill(form, "Ana", "1", "-5");
     click(form, "CmdIncluir");
     EXPECT_THAT(stored(), ElementsAre("1|2|2|0042|1|01/03/2026|31/03/2026|-5,00|||Verdadeiro"));
 }
 
-TEST_F(ReceivedCheques, NothingElseNeedsBeFilledIn) {
+TEST_P(ReceivedCheques, NothingElseNeedsBeFilledIn) {
     auto& form = open<FrmLancarCheques>();
     type(form, "txtNome", "Ana");
     type(form, "txtbanco", "Agro");
@@ -240,7 +242,7 @@ TEST_F(ReceivedCheques, NothingElseNeedsBeFilledIn) {
     EXPECT_THAT(stored(), SizeIs(1));
 }
 
-TEST_F(ReceivedCheques, NoMoreCanBeTypedThanTheFileHolds) {
+TEST_P(ReceivedCheques, NoMoreCanBeTypedThanTheFileHolds) {
     auto& form = open<FrmLancarCheques>();
     expectRoom(form, {
                          {"txtagencia",    10 },
@@ -250,7 +252,7 @@ TEST_F(ReceivedCheques, NoMoreCanBeTypedThanTheFileHolds) {
     });
 }
 
-TEST_F(ReceivedCheques, WhatTheFileCantHoldIsRefusedAndNothingTypedIsLost) {
+TEST_P(ReceivedCheques, WhatTheFileCantHoldIsRefusedAndNothingTypedIsLost) {
     auto& form = open<FrmLancarCheques>();
     fill(form, "Ana", "1", "10");
     auto& box = control<QLineEdit>(form, "txtagencia");
@@ -266,7 +268,7 @@ TEST_F(ReceivedCheques, WhatTheFileCantHoldIsRefusedAndNothingTypedIsLost) {
 
 // ---- saving
 
-TEST_F(ReceivedCheques, ADueDateWithoutAYearIsTheFirstOneNotBeforeTheIssueDate) {
+TEST_P(ReceivedCheques, ADueDateWithoutAYearIsTheFirstOneNotBeforeTheIssueDate) {
     auto& form = open<FrmLancarCheques>();
     const std::tuple<const char*, const char*, const char*> dates[] = {
         {"22112019", "1502", "15/02/2020"},
@@ -283,7 +285,7 @@ TEST_F(ReceivedCheques, ADueDateWithoutAYearIsTheFirstOneNotBeforeTheIssueDate) 
     }
 }
 
-TEST_F(ReceivedCheques, SavesANewChequeAndIsReadyForTheNext) {
+TEST_P(ReceivedCheques, SavesANewChequeAndIsReadyForTheNext) {
     auto& form = open<FrmLancarCheques>();
     fill(form, "Ana", "000123", "1234,56");
     press(Qt::Key_Return);
@@ -300,7 +302,7 @@ TEST_F(ReceivedCheques, SavesANewChequeAndIsReadyForTheNext) {
     EXPECT_EQ(data().rsCheques.RecordCount(), 1);
 }
 
-TEST_F(ReceivedCheques, SavesAChequeThatTheClientComesToExchange) {
+TEST_P(ReceivedCheques, SavesAChequeThatTheClientComesToExchange) {
     auto& form = open<FrmLancarCheques>();
     fill(form, "Ana", "1", "10");
     click(form, "txtdescontar");
@@ -309,7 +311,7 @@ TEST_F(ReceivedCheques, SavesAChequeThatTheClientComesToExchange) {
     EXPECT_TRUE(ticked(form, "txtdescontar"));
 }
 
-TEST_F(ReceivedCheques, ChangesTheChequeOnShow) {
+TEST_P(ReceivedCheques, ChangesTheChequeOnShow) {
     given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20), cheque(kAna, "3", 30)});
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 2);
@@ -322,7 +324,7 @@ TEST_F(ReceivedCheques, ChangesTheChequeOnShow) {
     EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
 }
 
-TEST_F(ReceivedCheques, AChequeDeletedMeanwhileFailsAndUndoesTheSaving) {
+TEST_P(ReceivedCheques, AChequeDeletedMeanwhileFailsAndUndoesTheSaving) {
     given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 0);
@@ -335,7 +337,7 @@ TEST_F(ReceivedCheques, AChequeDeletedMeanwhileFailsAndUndoesTheSaving) {
 
 // ---- several cheques of one client
 
-TEST_F(ReceivedCheques, ARunOfChequesFallsDueEveryThirtyDays) {
+TEST_P(ReceivedCheques, ARunOfChequesFallsDueEveryThirtyDays) {
     auto& form = open<FrmLancarCheques>();
     click(form, "cmbcheques");
     fill(form, "Ana", "1", "10");
@@ -353,7 +355,7 @@ TEST_F(ReceivedCheques, ARunOfChequesFallsDueEveryThirtyDays) {
                            "varios");
 }
 
-TEST_F(ReceivedCheques, ARunBegunOnAStoredChequeGoesOnChangingIt) {
+TEST_P(ReceivedCheques, ARunBegunOnAStoredChequeGoesOnChangingIt) {
     given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 3);
@@ -368,7 +370,7 @@ TEST_F(ReceivedCheques, ARunBegunOnAStoredChequeGoesOnChangingIt) {
 
 // ---- new and delete
 
-TEST_F(ReceivedCheques, NewClearsEverythingAndTheRunToo) {
+TEST_P(ReceivedCheques, NewClearsEverythingAndTheRunToo) {
     given("cheques", {cheque(kAna, "1", 10)});
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 0);
@@ -380,7 +382,7 @@ TEST_F(ReceivedCheques, NewClearsEverythingAndTheRunToo) {
     EXPECT_THAT(stored(), SizeIs(1));
 }
 
-TEST_F(ReceivedCheques, DeleteWithoutAStoredChequeOnShowDoesNothing) {
+TEST_P(ReceivedCheques, DeleteWithoutAStoredChequeOnShowDoesNothing) {
     given("cheques", {cheque(kAna, "1", 10)});
     auto& form = open<FrmLancarCheques>();
     click(form, "CmdExcluir");
@@ -388,7 +390,7 @@ TEST_F(ReceivedCheques, DeleteWithoutAStoredChequeOnShowDoesNothing) {
     EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
 }
 
-TEST_F(ReceivedCheques, DeleteAsksAndDoesNothingOnNo) {
+TEST_P(ReceivedCheques, DeleteAsksAndDoesNothingOnNo) {
     given("cheques", {cheque(kAna, "1", 10)});
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 0);
@@ -399,7 +401,7 @@ TEST_F(ReceivedCheques, DeleteAsksAndDoesNothingOnNo) {
     EXPECT_THAT(stored(), SizeIs(1));
 }
 
-TEST_F(ReceivedCheques, ADeleteLeavesTodaysDatesAndNoTicks) {
+TEST_P(ReceivedCheques, ADeleteLeavesTodaysDatesAndNoTicks) {
     given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20), cheque(kAna, "3", 30)});
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 2);
@@ -417,19 +419,19 @@ TEST_F(ReceivedCheques, ADeleteLeavesTodaysDatesAndNoTicks) {
 
 // ---- walking and showing
 
-TEST_F(ReceivedCheques, TheNavigationButtonsWalkAndStopAtTheEnds) {
+TEST_P(ReceivedCheques, TheNavigationButtonsWalkAndStopAtTheEnds) {
     given("cheques", {cheque(kAna, "10", 1), cheque(kBento, "20", 2), cheque(kCarla, "30", 3)});
     auto& form = open<FrmLancarCheques>();
     expectWalk(form, "txtNome");
 }
 
-TEST_F(ReceivedCheques, WalkingAnEmptyTableShowsNothing) {
+TEST_P(ReceivedCheques, WalkingAnEmptyTableShowsNothing) {
     auto& form = open<FrmLancarCheques>();
     walkNowhere(form);
     EXPECT_EQ(shown(form), newCheque(30, "descontar|"));
 }
 
-TEST_F(ReceivedCheques, ShowsEveryField) {
+TEST_P(ReceivedCheques, ShowsEveryField) {
     given("cheques", {
                          {{"cliente", number(kCarla)},
                           {"banco", number(2)},
@@ -451,7 +453,7 @@ TEST_F(ReceivedCheques, ShowsEveryField) {
                                       "amigo|Rita|Falso"));
 }
 
-TEST_F(ReceivedCheques, EmptyFieldsShowAsEmptyBoxesDo) {
+TEST_P(ReceivedCheques, EmptyFieldsShowAsEmptyBoxesDo) {
     given("cheques", {
                          cheque(kAna, "1", 10), {{"cliente", number(kAna)}, {"banco", number(1)}}
     });
@@ -463,7 +465,7 @@ TEST_F(ReceivedCheques, EmptyFieldsShowAsEmptyBoxesDo) {
     EXPECT_EQ(shown(form), "2|Ana Costa|Banco Norte|||" + today + "|" + today + "|0,00||||");
 }
 
-TEST_F(ReceivedCheques, OfClientsWithOneNameTheChequesOwnIsChosen) {
+TEST_P(ReceivedCheques, OfClientsWithOneNameTheChequesOwnIsChosen) {
     given("cliente_fornecedor", {client("Ana Costa", 0), client("Ana Costa e Filhos", 0)});
     given("cheques", {cheque(4, "1", 10)});
     auto& form = open<FrmLancarCheques>();
@@ -473,7 +475,7 @@ TEST_F(ReceivedCheques, OfClientsWithOneNameTheChequesOwnIsChosen) {
     EXPECT_THAT(stored(), ElementsAre("1|4|1||1|01/03/2026|01/04/2026|10,00|||Verdadeiro"));
 }
 
-TEST_F(ReceivedCheques, AChequeIsShownForOthersOnlyWhileOnShow) {
+TEST_P(ReceivedCheques, AChequeIsShownForOthersOnlyWhileOnShow) {
     given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
     EXPECT_TRUE(FrmLancarCheques::instance().mostrarCheque(2));
     EXPECT_EQ(data().rsCheques["lancamento"].integer(), 2);
@@ -484,7 +486,7 @@ TEST_F(ReceivedCheques, AChequeIsShownForOthersOnlyWhileOnShow) {
     EXPECT_EQ(text(form, "txtNome"), "Carla Reis");
 }
 
-TEST_F(ReceivedCheques, AnEntryNumberHasSixteenBits) {
+TEST_P(ReceivedCheques, AnEntryNumberHasSixteenBits) {
     Row last = cheque(kAna, "1", 10);
     last.push_back({"lancamento", number(32767)});
     Row beyond = cheque(kAna, "2", 20);
@@ -505,7 +507,7 @@ TEST_F(ReceivedCheques, AnEntryNumberHasSixteenBits) {
     EXPECT_EQ(text(form, "txtlancamento"), "32767");
 }
 
-TEST_F(ReceivedCheques, AChequeWhoseClientIsGoneIsShownWithoutOne) {
+TEST_P(ReceivedCheques, AChequeWhoseClientIsGoneIsShownWithoutOne) {
     given("cheques", {cheque(kAna, "1", 10), cheque(9, "2", 20)});
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 0);
@@ -517,7 +519,7 @@ TEST_F(ReceivedCheques, AChequeWhoseClientIsGoneIsShownWithoutOne) {
     click(form, "CmdIncluir");
 }
 
-TEST_F(ReceivedCheques, NoOtherClientIsChosenForTheBeginningOfHisName) {
+TEST_P(ReceivedCheques, NoOtherClientIsChosenForTheBeginningOfHisName) {
     given("cheques", {cheque(kCarla, "1", 10), cheque(4, "2", 20)});
     auto& form = open<FrmLancarCheques>(); // whose list was made before him
     given("cliente_fornecedor", {client("Ana")});
@@ -531,7 +533,7 @@ TEST_F(ReceivedCheques, NoOtherClientIsChosenForTheBeginningOfHisName) {
 
 // ---- finding
 
-TEST_F(ReceivedCheques, FindOpensTheListAndComesBackToTheClient) {
+TEST_P(ReceivedCheques, FindOpensTheListAndComesBackToTheClient) {
     given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
     QString mode;
     bool chosen = true;
@@ -552,7 +554,7 @@ TEST_F(ReceivedCheques, FindOpensTheListAndComesBackToTheClient) {
     EXPECT_EQ(Mirtal::modo, "");
 }
 
-TEST_F(ReceivedCheques, AChequeFoundOutsideTheClientsAtHandBringsThemAllBack) {
+TEST_P(ReceivedCheques, AChequeFoundOutsideTheClientsAtHandBringsThemAllBack) {
     given("cheques", {cheque(kAna, "1", 10), cheque(kCarla, "2", 20)});
     FrmLancarCheques::aoLocalizar([] { FrmLancarCheques::instance().mostrarCheque(2); });
     auto& form = open<FrmLancarCheques>();
@@ -568,7 +570,7 @@ TEST_F(ReceivedCheques, AChequeFoundOutsideTheClientsAtHandBringsThemAllBack) {
 
 // ---- closing
 
-TEST_F(ReceivedCheques, CloseAndEscUnloadAndForgetTheMode) {
+TEST_P(ReceivedCheques, CloseAndEscUnloadAndForgetTheMode) {
     click(open<FrmLancarCheques>(), "CmdSair");
     EXPECT_FALSE(FrmLancarCheques::instance().isLoaded());
     auto& form = open<FrmLancarCheques>();

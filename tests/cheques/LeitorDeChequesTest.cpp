@@ -45,7 +45,9 @@ protected:
 
 } // namespace
 
-TEST_F(ReadCheque, FillsBankBranchAndNumberFromWhereverTheFocusIs) {
+INSTANTIATE_TEST_SUITE_P(, ReadCheque, everywhere(), keptName);
+
+TEST_P(ReadCheque, FillsBankBranchAndNumberFromWhereverTheFocusIs) {
     for (const char* box : {"txtNome", "txtbanco", "txtnumero", "txtdata", "txtvalor",
                             "txtobservacao", "txtdescontar", "CmdNovo"}) {
         auto& form = open<FrmLancarCheques>();
@@ -63,7 +65,7 @@ TEST_F(ReadCheque, FillsBankBranchAndNumberFromWhereverTheFocusIs) {
     }
 }
 
-TEST_F(ReadCheque, LeadsToTheClientAndThenToTheDate) {
+TEST_P(ReadCheque, LeadsToTheClientAndThenToTheDate) {
     auto& form = open<FrmLancarCheques>();
     enter(form, "txtvalor");
     read(form);
@@ -74,7 +76,7 @@ TEST_F(ReadCheque, LeadsToTheClientAndThenToTheDate) {
     EXPECT_EQ(focus(), "txtdata");
 }
 
-TEST_F(ReadCheque, IsStoredLikeATypedOne) {
+TEST_P(ReadCheque, IsStoredLikeATypedOne) {
     auto& form = open<FrmLancarCheques>();
     type(form, "txtNome", "ana");
     read(form);
@@ -84,7 +86,7 @@ TEST_F(ReadCheque, IsStoredLikeATypedOne) {
                 testing::ElementsAre("2|2|0042|000123"));
 }
 
-TEST_F(ReadCheque, OfAWrongDigitFillsNothing) {
+TEST_P(ReadCheque, OfAWrongDigitFillsNothing) {
     auto& form = open<FrmLancarCheques>();
     enter(form, "txtvalor");
     const std::string before = shown(form);
@@ -95,7 +97,7 @@ TEST_F(ReadCheque, OfAWrongDigitFillsNothing) {
     EXPECT_EQ(shown(form), before);
 }
 
-TEST_F(ReadCheque, OfAnUnknownBankFillsNothing) {
+TEST_P(ReadCheque, OfAnUnknownBankFillsNothing) {
     auto& form = open<FrmLancarCheques>();
     const std::string before = shown(form);
     expectMessage("Advertência", "O cheque é do banco 001, que não está cadastrado. Cadastre-o na "
@@ -104,7 +106,7 @@ TEST_F(ReadCheque, OfAnUnknownBankFillsNothing) {
     EXPECT_EQ(shown(form), before);
 }
 
-TEST_F(ReadCheque, FindsABankThatHasBeenRegisteredSinceTheWindowOpened) {
+TEST_P(ReadCheque, FindsABankThatHasBeenRegisteredSinceTheWindowOpened) {
     auto& form = open<FrmLancarCheques>();
     given("bancos", {
                         {{"cod_banco", number(1)}, {"nome", words("Banco Novo")}}
@@ -114,7 +116,7 @@ TEST_F(ReadCheque, FindsABankThatHasBeenRegisteredSinceTheWindowOpened) {
     EXPECT_EQ(text(form, "txtnumero"), "850573");
 }
 
-TEST_F(ReadCheque, OfTwoBanksOfOneNumberKeepsTheChosenOne) {
+TEST_P(ReadCheque, OfTwoBanksOfOneNumberKeepsTheChosenOne) {
     given("bancos", {
                         {{"cod_banco", number(237)}, {"nome", words("Zebu, o mesmo")}}
     });
@@ -129,7 +131,7 @@ TEST_F(ReadCheque, OfTwoBanksOfOneNumberKeepsTheChosenOne) {
 
 // ---- the shop has it already
 
-TEST_F(ReadCheque, ThatIsInHandIsTold) {
+TEST_P(ReadCheque, ThatIsInHandIsTold) {
     given("cheques", {stored("77", kNorte, "0042"), stored("123", kAgro, "42")});
     auto& form = open<FrmLancarCheques>();
     read(form);
@@ -138,7 +140,7 @@ TEST_F(ReadCheque, ThatIsInHandIsTold) {
     EXPECT_EQ(news_, "");
 }
 
-TEST_F(ReadCheque, ThatHasBouncedIsTold) {
+TEST_P(ReadCheque, ThatHasBouncedIsTold) {
     given("semfundos", {stored("00000123", kAgro, "0042")});
     auto& form = open<FrmLancarCheques>();
     read(form);
@@ -147,7 +149,7 @@ TEST_F(ReadCheque, ThatHasBouncedIsTold) {
     EXPECT_EQ(news_, "");
 }
 
-TEST_F(ReadCheque, OfAnotherBankBranchOrNumberIsAnother) {
+TEST_P(ReadCheque, OfAnotherBankBranchOrNumberIsAnother) {
     given("cheques", {stored("123", kNorte, "0042"), stored("123", kAgro, "0043"),
                       stored("1230", kAgro, "0042"), stored("123", kAgro, "")});
     auto& form = open<FrmLancarCheques>();
@@ -155,7 +157,7 @@ TEST_F(ReadCheque, OfAnotherBankBranchOrNumberIsAnother) {
     EXPECT_EQ(news_, "");
 }
 
-TEST_F(ReadCheque, TypedByHandIsToldTooAndNothingElseHappens) {
+TEST_P(ReadCheque, TypedByHandIsToldTooAndNothingElseHappens) {
     given("cheques", {stored("123", kAgro, "")});
     auto& form = open<FrmLancarCheques>();
     type(form, "txtbanco", "agro");
@@ -169,7 +171,7 @@ TEST_F(ReadCheque, TypedByHandIsToldTooAndNothingElseHappens) {
     EXPECT_EQ(news_, "");
 }
 
-TEST_F(ReadCheque, OnShowIsNotItsOwnDouble) {
+TEST_P(ReadCheque, OnShowIsNotItsOwnDouble) {
     given("cheques", {stored("123", kAgro, "0042")});
     auto& form = open<FrmLancarCheques>();
     click(form, "btnNavegacao", 0);
@@ -178,7 +180,7 @@ TEST_F(ReadCheque, OnShowIsNotItsOwnDouble) {
     EXPECT_EQ(news_, "");
 }
 
-TEST_F(ReadCheque, OfAnOddNumberBreaksNothing) {
+TEST_P(ReadCheque, OfAnOddNumberBreaksNothing) {
     auto& form = open<FrmLancarCheques>();
     type(form, "txtbanco", "agro");
     for (const char* number : {"1'2", "' or ''='", "000000000000", "%"}) {
@@ -188,7 +190,7 @@ TEST_F(ReadCheque, OfAnOddNumberBreaksNothing) {
     }
 }
 
-TEST_F(ReadCheque, IsToldWithoutTheTableOfTheBounced) {
+TEST_P(ReadCheque, IsToldWithoutTheTableOfTheBounced) {
     remake([](jet::TableSpec& table) {
         if (table.name == "semfundos")
             table.columns.clear();

@@ -11,7 +11,7 @@ using testing::IsEmpty;
 
 // ---- ticking
 
-TEST_F(ChequeList, TickingAndUntickingReadTheValueInTwoWays) {
+TEST_P(ChequeList, TickingAndUntickingReadTheValueInTwoWays) {
     givenCheques();
     auto& form = openFor("Baixar");
     click(form, "chkdescontar");
@@ -32,7 +32,7 @@ TEST_F(ChequeList, TickingAndUntickingReadTheValueInTwoWays) {
     EXPECT_EQ(text(form, "lbltotal"), "Total Selecionado:-0,50");
 }
 
-TEST_F(ChequeList, TicksByKeyboard) {
+TEST_P(ChequeList, TicksByKeyboard) {
     givenCheques();
     auto& form = openFor("Baixar");
     click(form, "chkdescontar");
@@ -47,7 +47,7 @@ TEST_F(ChequeList, TicksByKeyboard) {
 
 // ---- settlement
 
-TEST_F(ChequeList, SettlementDeletesTheTickedChequesAndStartsAfresh) {
+TEST_P(ChequeList, SettlementDeletesTheTickedChequesAndStartsAfresh) {
     givenCheques();
     auto& form = openFor("Baixar");
     click(form, "chkdescontar");
@@ -65,7 +65,7 @@ TEST_F(ChequeList, SettlementDeletesTheTickedChequesAndStartsAfresh) {
     EXPECT_FALSE(data().Automacao.inTransaction());
 }
 
-TEST_F(ChequeList, SettlesByKeyboardAlone) {
+TEST_P(ChequeList, SettlesByKeyboardAlone) {
     givenCheques();
     auto& form = openFor("Baixar");
     type("a"); // the bank list has the focus
@@ -81,7 +81,7 @@ TEST_F(ChequeList, SettlesByKeyboardAlone) {
     EXPECT_EQ(focus(), "txtbanco");
 }
 
-TEST_F(ChequeList, SettlingNothingStillClearsTheList) {
+TEST_P(ChequeList, SettlingNothingStillClearsTheList) {
     givenCheques();
     auto& form = openFor("Baixar");
     type(form, "txtcliente", "Maria");
@@ -93,7 +93,7 @@ TEST_F(ChequeList, SettlingNothingStillClearsTheList) {
     EXPECT_EQ(focus(), "txtbanco");
 }
 
-TEST_F(ChequeList, EachChequeIsSettledInATransactionOfItsOwn) {
+TEST_P(ChequeList, EachChequeIsSettledInATransactionOfItsOwn) {
     givenCheques();
     auto& form = openFor("Baixar");
     click(form, "chkdescontar");
@@ -106,7 +106,7 @@ TEST_F(ChequeList, EachChequeIsSettledInATransactionOfItsOwn) {
     EXPECT_FALSE(data().Automacao.inTransaction());
 }
 
-TEST_F(ChequeList, AChequeThatIsGoneIsPassedOver) {
+TEST_P(ChequeList, AChequeThatIsGoneIsPassedOver) {
     givenCheques();
     auto& form = openFor("Baixar");
     click(form, "chkdescontar");
@@ -117,7 +117,7 @@ TEST_F(ChequeList, AChequeThatIsGoneIsPassedOver) {
     EXPECT_THAT(stored(), ElementsAre("1", "2"));
 }
 
-TEST_F(ChequeList, TheLastChequesMayAllBeGone) {
+TEST_P(ChequeList, TheLastChequesMayAllBeGone) {
     givenCheques();
     auto& form = openFor("Baixar");
     click(form, "chkdescontar");
@@ -129,7 +129,7 @@ TEST_F(ChequeList, TheLastChequesMayAllBeGone) {
     EXPECT_EQ(text(form, "lbltotal"), "Total:");
 }
 
-TEST_F(ChequeList, SettlementTakesOffTheFilterThatAnotherWindowLeft) {
+TEST_P(ChequeList, SettlementTakesOffTheFilterThatAnotherWindowLeft) {
     givenCheques();
     data().rsCheques.setFilter("cliente=2");
     auto& form = openFor("Baixar");
@@ -142,7 +142,7 @@ TEST_F(ChequeList, SettlementTakesOffTheFilterThatAnotherWindowLeft) {
 
 // ---- long lists
 
-TEST_F(ChequeList, AListCostsWhatItListsAndNotWhatTheTableHolds) {
+TEST_P(ChequeList, AListCostsWhatItListsAndNotWhatTheTableHolds) {
     ado::Recordset& rs = data().rsCheques;
     {
         ado::Transaction many(data().Automacao);

@@ -10,7 +10,7 @@
 #include <vector>
 
 /// The cheque list over a shop with a few cheques.
-class ChequeList : public ShopTest {
+class ChequeList : public Everywhere<ShopTest> {
 protected:
     void SetUp() override {
         ShopTest::SetUp();

@@ -6,7 +6,6 @@
 #include "controls/box/DropDownList.h"
 #include "shell/Mirtal.h"
 #include "support/ChequeShop.h"
-#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 
@@ -19,9 +18,8 @@ using testing::ElementsAre;
 using testing::Not;
 
 /// Over a shop with a cheque of Ana and one of Carla, in a file of either version.
-class PickedCheque : public ChequeShop, public testing::WithParamInterface<jet::Version> {
+class PickedCheque : public Everywhere<ChequeShop> {
 protected:
-    PickedCheque() : ChequeShop(GetParam()) {}
     void SetUp() override {
         ChequeShop::SetUp();
         given("cheques", {cheque(kAna, "000101"), cheque(kCarla, "000102")});
@@ -146,7 +144,7 @@ protected:
     }
     static constexpr char kTyped[] = "3|2|000777|31/03/2026|25,00|Gerente";
 };
-INSTANTIATE_TEST_SUITE_P(, PickedCheque, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, PickedCheque, everywhere(), keptName);
 
 // The client's limit isn't passed, so that only his cheques stay at hand after the entry.
 TEST_P(PickedCheque, AfterAnEntryAnotherClientsChequeIsFoundAndChanged) {

@@ -7,7 +7,6 @@
 #include "shell/Mirtal.h"
 #include "support/ChequeShop.h"
 #include "support/FormChecks.h"
-#include "support/Versions.h"
 
 #include <QToolButton>
 
@@ -23,10 +22,8 @@ using testing::SizeIs;
 constexpr const char* kFields[] = {"txtcliente", "txtbanco", "txtagencia", "txtnumero",
                                    "txtdata",    "txtvalor", "txtEmpresa", "txtobservacao"};
 
-class BouncedCheques : public ChequeShop, public testing::WithParamInterface<jet::Version> {
+class BouncedCheques : public Everywhere<ChequeShop> {
 protected:
-    BouncedCheques() : ChequeShop(GetParam()) {}
-
     static Row bounced(int clientCode, const char* numero, std::int64_t reais) {
         // clang-format off
         return {
@@ -97,7 +94,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, BouncedCheques, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, BouncedCheques, everywhere(), keptName);
 
 // ---- as it opens
 

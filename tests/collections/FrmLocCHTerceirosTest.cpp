@@ -13,7 +13,9 @@ using testing::IsEmpty;
 
 // ---- as it opens
 
-TEST_F(ChequeList, SaysWhatItIs) {
+INSTANTIATE_TEST_SUITE_P(, ChequeList, everywhere(), keptName);
+
+TEST_P(ChequeList, SaysWhatItIs) {
     auto& form = openFor("localizarCH");
     EXPECT_EQ(form.windowTitle(), "Localizar Cheque Recebidos");
     EXPECT_EQ(text(form, "Label5"), "Localizar cheques recebidos:");
@@ -29,7 +31,7 @@ TEST_F(ChequeList, SaysWhatItIs) {
         EXPECT_EQ(list(form).columnCaption(column), captions[column]);
 }
 
-TEST_F(ChequeList, InSettlementHasCheckBoxesTotalAndSave) {
+TEST_P(ChequeList, InSettlementHasCheckBoxesTotalAndSave) {
     givenCheques();
     auto& form = openFor("Baixar");
     EXPECT_EQ(form.windowTitle(), "Baixa de cheques recebidos");
@@ -41,7 +43,7 @@ TEST_F(ChequeList, InSettlementHasCheckBoxesTotalAndSave) {
     EXPECT_TRUE(list(form).model()->index(0, 0).data(Qt::CheckStateRole).isValid());
 }
 
-TEST_F(ChequeList, InTheFindModesHasNeither) {
+TEST_P(ChequeList, InTheFindModesHasNeither) {
     givenCheques();
     givenBounced();
     for (const char* mode : {"localizarCH", "localizarSF"}) {
@@ -58,7 +60,7 @@ TEST_F(ChequeList, InTheFindModesHasNeither) {
     }
 }
 
-TEST_F(ChequeList, TheFirstColumnIsNarrowerInSettlement) {
+TEST_P(ChequeList, TheFirstColumnIsNarrowerInSettlement) {
     constexpr int kOthers = 9050; // the widths of the other columns, in the same unit
     const std::pair<const char*, int> widths[] = {
         {"Baixar",      250},
@@ -77,7 +79,7 @@ TEST_F(ChequeList, TheFirstColumnIsNarrowerInSettlement) {
     }
 }
 
-TEST_F(ChequeList, TheFirstColumnIsNarrowerInSettlementAsTheWindowOpensAndStaysSo) {
+TEST_P(ChequeList, TheFirstColumnIsNarrowerInSettlementAsTheWindowOpensAndStaysSo) {
     givenCheques();
     std::vector<int> widths;
     for (const char* mode : {"Baixar", "localizarCH"}) {
@@ -93,7 +95,7 @@ TEST_F(ChequeList, TheFirstColumnIsNarrowerInSettlementAsTheWindowOpensAndStaysS
     EXPECT_LT(widths[0], widths[1]);
 }
 
-TEST_F(ChequeList, OpensOnTodayWithBanksAndClientsByNameAndAnEmptyList) {
+TEST_P(ChequeList, OpensOnTodayWithBanksAndClientsByNameAndAnEmptyList) {
     givenCheques();
     auto& form = openFor("Baixar");
     const QDate today = QDate::currentDate();
@@ -114,7 +116,7 @@ TEST_F(ChequeList, OpensOnTodayWithBanksAndClientsByNameAndAnEmptyList) {
     EXPECT_EQ(focus(), "txtbanco");
 }
 
-TEST_F(ChequeList, TheCheckBoxCanBeHiddenUntilTheWindowCloses) {
+TEST_P(ChequeList, TheCheckBoxCanBeHiddenUntilTheWindowCloses) {
     Mirtal::modo = "localizarSF";
     FrmLocCHTerceiros::instance().ocultarDescontar();
     auto& form = open<FrmLocCHTerceiros>();
@@ -125,7 +127,7 @@ TEST_F(ChequeList, TheCheckBoxCanBeHiddenUntilTheWindowCloses) {
 
 // ---- filters
 
-TEST_F(ChequeList, ListsAllThatAColumnShows) {
+TEST_P(ChequeList, ListsAllThatAColumnShows) {
     givenCheques();
     auto& form = openFor("Baixar");
     click(form, "chkdescontar");
@@ -145,7 +147,7 @@ TEST_F(ChequeList, ListsAllThatAColumnShows) {
     EXPECT_TRUE(alignment(4) & Qt::AlignHCenter);
 }
 
-TEST_F(ChequeList, EmptyFieldsAreEmptyCells) {
+TEST_P(ChequeList, EmptyFieldsAreEmptyCells) {
     givenCheques();
     auto& form = openFor("localizarCH");
     click(form, "chkdescontar");
@@ -153,7 +155,7 @@ TEST_F(ChequeList, EmptyFieldsAreEmptyCells) {
     EXPECT_THAT(listed(form), ElementsAre("2|000102|Ana|||150,50"));
 }
 
-TEST_F(ChequeList, TheCheckBoxEmptiesBothListsAndKeepsTheNameTitle) {
+TEST_P(ChequeList, TheCheckBoxEmptiesBothListsAndKeepsTheNameTitle) {
     givenCheques();
     auto& form = openFor("Baixar");
     type(form, "txtcliente", "M");
@@ -170,7 +172,7 @@ TEST_F(ChequeList, TheCheckBoxEmptiesBothListsAndKeepsTheNameTitle) {
     EXPECT_EQ(numbers(form), "2");
 }
 
-TEST_F(ChequeList, ABankListsItsChequesWhateverTheCheckBoxSays) {
+TEST_P(ChequeList, ABankListsItsChequesWhateverTheCheckBoxSays) {
     givenCheques();
     auto& form = openFor("Baixar");
     click(form, "chkdescontar");
@@ -185,7 +187,7 @@ TEST_F(ChequeList, ABankListsItsChequesWhateverTheCheckBoxSays) {
     EXPECT_EQ(numbers(form), "4 1");
 }
 
-TEST_F(ChequeList, AClientListsHisChequesWithTheirBanks) {
+TEST_P(ChequeList, AClientListsHisChequesWithTheirBanks) {
     givenCheques();
     auto& form = openFor("Baixar");
     type(form, "txtbanco", "A");
@@ -196,7 +198,7 @@ TEST_F(ChequeList, AClientListsHisChequesWithTheirBanks) {
                                           "1|000101|Caixa da Serra|0001|01/02/2024|1.234,56"));
 }
 
-TEST_F(ChequeList, ATextThatNoEntryBeginsWithListsNothingNew) {
+TEST_P(ChequeList, ATextThatNoEntryBeginsWithListsNothingNew) {
     givenCheques();
     auto& form = openFor("Baixar");
     type(form, "txtbanco", "A");
@@ -206,7 +208,7 @@ TEST_F(ChequeList, ATextThatNoEntryBeginsWithListsNothingNew) {
     EXPECT_EQ(numbers(form), "2 3");
 }
 
-TEST_F(ChequeList, TheDatesAreOpenToTypingOnlyWhileTicked) {
+TEST_P(ChequeList, TheDatesAreOpenToTypingOnlyWhileTicked) {
     auto& form = openFor("Baixar");
     for (const bool on : {false, true, false}) {
         EXPECT_EQ(control(form, "txtinicio").isEnabled(), on);
@@ -215,7 +217,7 @@ TEST_F(ChequeList, TheDatesAreOpenToTypingOnlyWhileTicked) {
     }
 }
 
-TEST_F(ChequeList, LeavingTheLastDateListsWhatFallsDueBothDaysIncluded) {
+TEST_P(ChequeList, LeavingTheLastDateListsWhatFallsDueBothDaysIncluded) {
     givenCheques();
     auto& form = openFor("Baixar");
     type(form, "txtcliente", "Maria");
@@ -238,7 +240,7 @@ TEST_F(ChequeList, LeavingTheLastDateListsWhatFallsDueBothDaysIncluded) {
     EXPECT_EQ(numbers(form), "4 1");
 }
 
-TEST_F(ChequeList, UntickingTheDatesWhileInTheLastOneListsFirst) {
+TEST_P(ChequeList, UntickingTheDatesWhileInTheLastOneListsFirst) {
     givenCheques();
     auto& form = openFor("Baixar");
     click(form, "chkmostrar");
@@ -249,7 +251,7 @@ TEST_F(ChequeList, UntickingTheDatesWhileInTheLastOneListsFirst) {
     EXPECT_FALSE(control(form, "txtfim").isEnabled());
 }
 
-TEST_F(ChequeList, BouncedChequesAreListedByIssueDate) {
+TEST_P(ChequeList, BouncedChequesAreListedByIssueDate) {
     givenCheques();
     givenBounced();
     auto& form = openFor("localizarSF");
@@ -264,7 +266,7 @@ TEST_F(ChequeList, BouncedChequesAreListedByIssueDate) {
     EXPECT_THAT(listed(form), ElementsAre("2|901|Ana||05/12/2023|20,00"));
 }
 
-TEST_F(ChequeList, AFilterThatFindsNothingEmptiesTheList) {
+TEST_P(ChequeList, AFilterThatFindsNothingEmptiesTheList) {
     givenCheques();
     auto& form = openFor("Baixar");
     click(form, "chkdescontar");
@@ -275,7 +277,7 @@ TEST_F(ChequeList, AFilterThatFindsNothingEmptiesTheList) {
 
 // ---- picking
 
-TEST_F(ChequeList, InSettlementClicksPickNothing) {
+TEST_P(ChequeList, InSettlementClicksPickNothing) {
     givenCheques();
     auto& form = openFor("Baixar");
     click(form, "chkdescontar");
@@ -286,7 +288,7 @@ TEST_F(ChequeList, InSettlementClicksPickNothing) {
     EXPECT_FALSE(list(form).isChecked(0));
 }
 
-TEST_F(ChequeList, ASecondClickOnARowPicksItsReceivedCheque) {
+TEST_P(ChequeList, ASecondClickOnARowPicksItsReceivedCheque) {
     givenCheques();
     auto& form = openFor("localizarCH");
     click(form, "chkdescontar");
@@ -304,7 +306,7 @@ TEST_F(ChequeList, ASecondClickOnARowPicksItsReceivedCheque) {
     EXPECT_FALSE(FrmLancarCheques::instance().isLoaded()) << "nobody has opened it";
 }
 
-TEST_F(ChequeList, ThePickedChequeIsShownByTheEntryOnShow) {
+TEST_P(ChequeList, ThePickedChequeIsShownByTheEntryOnShow) {
     givenCheques();
     auto& entry = open<FrmLancarCheques>();
     auto& form = openFor("localizarCH");
@@ -315,7 +317,7 @@ TEST_F(ChequeList, ThePickedChequeIsShownByTheEntryOnShow) {
     EXPECT_EQ(text(entry, "txtnumero"), "000104");
 }
 
-TEST_F(ChequeList, TheLastClickIsRememberedAcrossFilters) {
+TEST_P(ChequeList, TheLastClickIsRememberedAcrossFilters) {
     givenCheques();
     auto& form = openFor("localizarCH");
     click(form, "chkdescontar");
@@ -326,7 +328,7 @@ TEST_F(ChequeList, TheLastClickIsRememberedAcrossFilters) {
     EXPECT_EQ(Mirtal::lancamentoEscolhido, 3);
 }
 
-TEST_F(ChequeList, EnterTwiceOnARowPicksIt) {
+TEST_P(ChequeList, EnterTwiceOnARowPicksIt) {
     givenCheques();
     auto& form = openFor("localizarCH");
     click(form, "chkdescontar");
@@ -339,7 +341,7 @@ TEST_F(ChequeList, EnterTwiceOnARowPicksIt) {
     EXPECT_EQ(Mirtal::lancamentoEscolhido, 3);
 }
 
-TEST_F(ChequeList, PickingABouncedChequeLeavesTheEntryWindowAlone) {
+TEST_P(ChequeList, PickingABouncedChequeLeavesTheEntryWindowAlone) {
     givenCheques();
     givenBounced();
     auto& form = openFor("localizarSF");
@@ -353,7 +355,7 @@ TEST_F(ChequeList, PickingABouncedChequeLeavesTheEntryWindowAlone) {
 }
 
 // The number chosen is kept in single precision, which has 24 bits for it.
-TEST_F(ChequeList, AnEntryNumberIsChosenInSinglePrecision) {
+TEST_P(ChequeList, AnEntryNumberIsChosenInSinglePrecision) {
     givenBounced();
     auto& form = openFor("localizarSF");
     type(form, "txtcliente", "Ana");
@@ -364,7 +366,7 @@ TEST_F(ChequeList, AnEntryNumberIsChosenInSinglePrecision) {
 }
 
 // Entry numbers pass to the entry window through a 16-bit whole number.
-TEST_F(ChequeList, AnEntryNumberAbove32767CannotBePicked) {
+TEST_P(ChequeList, AnEntryNumberAbove32767CannotBePicked) {
     givenCheques();
     auto& form = openFor("localizarCH");
     click(form, "chkdescontar");
@@ -379,7 +381,7 @@ TEST_F(ChequeList, AnEntryNumberAbove32767CannotBePicked) {
 
 // ---- keys, closing, looks
 
-TEST_F(ChequeList, EnterGoesOnAndTabGoesAsTheEyeDoes) {
+TEST_P(ChequeList, EnterGoesOnAndTabGoesAsTheEyeDoes) {
     auto& form = openFor("Baixar");
     click(form, "chkmostrar");
     enter(form, "txtbanco");
@@ -396,7 +398,7 @@ TEST_F(ChequeList, EnterGoesOnAndTabGoesAsTheEyeDoes) {
                                    "txtinicio", "txtfim", "lstterceiros", "cmdsalvar", "cmdsair"));
 }
 
-TEST_F(ChequeList, CloseAndEscUnloadAndClearThePrompt) {
+TEST_P(ChequeList, CloseAndEscUnloadAndClearThePrompt) {
     openFor("localizarCH");
     Mirtal::mensagem("");
     click(FrmLocCHTerceiros::instance(), "cmdsair");
@@ -409,7 +411,7 @@ TEST_F(ChequeList, CloseAndEscUnloadAndClearThePrompt) {
     EXPECT_EQ(Mirtal::modo, "localizarCH") << "the mode is its caller's";
 }
 
-TEST_F(ChequeList, IsAccessibleAndCutsNoText) {
+TEST_P(ChequeList, IsAccessibleAndCutsNoText) {
     givenCheques();
     for (const char* mode : {"Baixar", "localizarCH", "localizarSF"}) {
         auto& form = openFor(mode);

@@ -6,7 +6,6 @@
 #include "shell/Mirtal.h"
 #include "support/FormChecks.h"
 #include "support/ShopTest.h"
-#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 
@@ -15,10 +14,8 @@ namespace {
 using testing::ElementsAre;
 
 /// The renegotiation over a shop with three cheques, in a file of either version.
-class Renegotiation : public ShopTest, public testing::WithParamInterface<jet::Version> {
+class Renegotiation : public Everywhere<ShopTest> {
 protected:
-    Renegotiation() : ShopTest(GetParam()) {}
-
     void SetUp() override {
         ShopTest::SetUp();
         given("bancos", {
@@ -104,7 +101,7 @@ protected:
     static constexpr char kThird[] = "3|1|1|000103|0001|01/02/2026||1234,56||Verdadeiro";
 };
 
-INSTANTIATE_TEST_SUITE_P(, Renegotiation, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, Renegotiation, everywhere(), keptName);
 
 // ---- as it opens
 

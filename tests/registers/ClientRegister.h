@@ -10,10 +10,8 @@
 inline const QString kToday = formatDate(QDate::currentDate());
 
 /// The client register over a shop's database.
-class ClientRegister : public ShopTest {
+class ClientRegister : public Everywhere<ShopTest> {
 protected:
-    using ShopTest::ShopTest;
-
     static Row client(const char* name) {
         return {
             {"nome",           words(name)             },

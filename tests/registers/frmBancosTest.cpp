@@ -16,7 +16,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class BankRegister : public ShopTest {
+class BankRegister : public Everywhere<ShopTest> {
 protected:
     static Row bank(int code, const char* name) {
         return {
@@ -54,7 +54,9 @@ protected:
 
 // ---- as it opens
 
-TEST_F(BankRegister, SaysWhatItIs) {
+INSTANTIATE_TEST_SUITE_P(, BankRegister, everywhere(), keptName);
+
+TEST_P(BankRegister, SaysWhatItIs) {
     auto& form = open<frmBancos>();
     EXPECT_EQ(form.windowTitle(), "Cadastro de Bancos");
     EXPECT_EQ(text(form, "Label24"), "Informações cadastrais dos bancos.");
@@ -66,7 +68,7 @@ TEST_F(BankRegister, SaysWhatItIs) {
     EXPECT_FALSE(control(form, "lblCodigo").isVisible());
 }
 
-TEST_F(BankRegister, NamesItsButtons) {
+TEST_P(BankRegister, NamesItsButtons) {
     auto& form = open<frmBancos>();
     EXPECT_EQ(text(form, "cmdNovo"), "No&vo");
     EXPECT_EQ(text(form, "cmdSalvar"), "&Salvar");
@@ -78,7 +80,7 @@ TEST_F(BankRegister, NamesItsButtons) {
         EXPECT_EQ(control<NavigationBar>(form, "btnNavegacao").button(i)->toolTip(), tips[i]);
 }
 
-TEST_F(BankRegister, OpensOnTheFirstBankWithAllListedAndTheCodeFocused) {
+TEST_P(BankRegister, OpensOnTheFirstBankWithAllListedAndTheCodeFocused) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     EXPECT_EQ(shown(form), "1|341|Banco Leste");
@@ -86,7 +88,7 @@ TEST_F(BankRegister, OpensOnTheFirstBankWithAllListedAndTheCodeFocused) {
     EXPECT_EQ(focus(), "txtCodigo");
 }
 
-TEST_F(BankRegister, OpensEmptyOverAnEmptyTable) {
+TEST_P(BankRegister, OpensEmptyOverAnEmptyTable) {
     auto& form = open<frmBancos>();
     EXPECT_EQ(shown(form), "||");
     EXPECT_THAT(listed(form), IsEmpty());
@@ -95,7 +97,7 @@ TEST_F(BankRegister, OpensEmptyOverAnEmptyTable) {
     EXPECT_EQ(shown(form), "||");
 }
 
-TEST_F(BankRegister, ListKeysAreFiveZerosABlankAndTheNumber) {
+TEST_P(BankRegister, ListKeysAreFiveZerosABlankAndTheNumber) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     const auto& list = control<ListView>(form, "lstListagem");
@@ -104,7 +106,7 @@ TEST_F(BankRegister, ListKeysAreFiveZerosABlankAndTheNumber) {
     EXPECT_FALSE(list.item(0).icon.isNull());
 }
 
-TEST_F(BankRegister, EmptyFieldsShowEmpty) {
+TEST_P(BankRegister, EmptyFieldsShowEmpty) {
     given("bancos", {{{"cod_banco", number(104)}}, {{"nome", words("Sem código")}}});
     auto& form = open<frmBancos>();
     EXPECT_EQ(shown(form), "1|104|");
@@ -115,7 +117,7 @@ TEST_F(BankRegister, EmptyFieldsShowEmpty) {
 
 // ---- walking
 
-TEST_F(BankRegister, TheNavigationButtonsWalkAndStopAtTheEnds) {
+TEST_P(BankRegister, TheNavigationButtonsWalkAndStopAtTheEnds) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     const struct {
@@ -137,7 +139,7 @@ TEST_F(BankRegister, TheNavigationButtonsWalkAndStopAtTheEnds) {
     }
 }
 
-TEST_F(BankRegister, WalkingGoesOnAfterASearchThatFoundNothing) {
+TEST_P(BankRegister, WalkingGoesOnAfterASearchThatFoundNothing) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     type(form, "txtCodigo", "999");
@@ -150,7 +152,7 @@ TEST_F(BankRegister, WalkingGoesOnAfterASearchThatFoundNothing) {
     EXPECT_EQ(shown(form), "3|237|Agrobanco");
 }
 
-TEST_F(BankRegister, AClickInTheListBringsTheBankUp) {
+TEST_P(BankRegister, AClickInTheListBringsTheBankUp) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     clickRow(form, "lstListagem", 2);
@@ -159,7 +161,7 @@ TEST_F(BankRegister, AClickInTheListBringsTheBankUp) {
     EXPECT_EQ(shown(form), "2|104|Banco Norte");
 }
 
-TEST_F(BankRegister, AListClickFindsAKeyOfTwoDigits) {
+TEST_P(BankRegister, AListClickFindsAKeyOfTwoDigits) {
     for (int i = 1; i <= 12; ++i)
         given("bancos", {bank(i, "Banco")});
     auto& form = open<frmBancos>();
@@ -168,7 +170,7 @@ TEST_F(BankRegister, AListClickFindsAKeyOfTwoDigits) {
     EXPECT_EQ(shown(form), "12|12|Banco");
 }
 
-TEST_F(BankRegister, AListedBankThatIsGoneShowsNothing) {
+TEST_P(BankRegister, AListedBankThatIsGoneShowsNothing) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     ado::Recordset other;
@@ -178,7 +180,7 @@ TEST_F(BankRegister, AListedBankThatIsGoneShowsNothing) {
     EXPECT_EQ(shown(form), "||");
 }
 
-TEST_F(BankRegister, AHeadOrdersTheListAndTheWalkButLeavesTheBoxes) {
+TEST_P(BankRegister, AHeadOrdersTheListAndTheWalkButLeavesTheBoxes) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     click(form, "btnNavegacao", 2);
@@ -191,7 +193,7 @@ TEST_F(BankRegister, AHeadOrdersTheListAndTheWalkButLeavesTheBoxes) {
     EXPECT_EQ(shown(form), "3|237|Agrobanco");
 }
 
-TEST_F(BankRegister, TheOrderOutlivesTheWindow) {
+TEST_P(BankRegister, TheOrderOutlivesTheWindow) {
     givenThreeBanks();
     clickColumn(open<frmBancos>(), "lstListagem", 1);
     click(frmBancos::instance(), "cmdFechar");
@@ -200,7 +202,7 @@ TEST_F(BankRegister, TheOrderOutlivesTheWindow) {
 
 // ---- the code box
 
-TEST_F(BankRegister, ACodeIsTypedOverTheOneOnShow) {
+TEST_P(BankRegister, ACodeIsTypedOverTheOneOnShow) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     type("104");
@@ -213,7 +215,7 @@ TEST_F(BankRegister, ACodeIsTypedOverTheOneOnShow) {
     EXPECT_EQ(shown(form), "3|237|Agrobanco");
 }
 
-TEST_F(BankRegister, TheCodeBoxTakesDigitsOnly) {
+TEST_P(BankRegister, TheCodeBoxTakesDigitsOnly) {
     auto& form = open<frmBancos>();
     type(form, "txtCodigo", "1a0-4 .,x");
     EXPECT_EQ(text(form, "txtCodigo"), "104");
@@ -222,13 +224,13 @@ TEST_F(BankRegister, TheCodeBoxTakesDigitsOnly) {
     EXPECT_EQ(text(form, "txtCodigo"), "10");
 }
 
-TEST_F(BankRegister, TheNameBoxTakesAnything) {
+TEST_P(BankRegister, TheNameBoxTakesAnything) {
     auto& form = open<frmBancos>();
     type(form, "txtNome", "Banco 1 & Cia. - D");
     EXPECT_EQ(text(form, "txtNome"), "Banco 1 & Cia. - D");
 }
 
-TEST_F(BankRegister, EnterMovesOnAndPressesNothing) {
+TEST_P(BankRegister, EnterMovesOnAndPressesNothing) {
     auto& form = open<frmBancos>();
     press(Qt::Key_Return);
     EXPECT_EQ(focus(), "txtNome");
@@ -237,7 +239,7 @@ TEST_F(BankRegister, EnterMovesOnAndPressesNothing) {
     EXPECT_EQ(shown(form), "||");
 }
 
-TEST_F(BankRegister, TypedWithEnterThroughTheFieldsANewBankIsSavedByOneMore) {
+TEST_P(BankRegister, TypedWithEnterThroughTheFieldsANewBankIsSavedByOneMore) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     press(Qt::Key_V, Qt::AltModifier);
@@ -253,7 +255,7 @@ TEST_F(BankRegister, TypedWithEnterThroughTheFieldsANewBankIsSavedByOneMore) {
 
 // ---- the list shows which bank is on show
 
-TEST_F(BankRegister, TheBankOnShowIsTheOneMarkedInTheList) {
+TEST_P(BankRegister, TheBankOnShowIsTheOneMarkedInTheList) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     auto& list = control<ListView>(form, "lstListagem");
@@ -274,7 +276,7 @@ TEST_F(BankRegister, TheBankOnShowIsTheOneMarkedInTheList) {
     EXPECT_EQ(marked(), "") << "a new bank is none of them";
 }
 
-TEST_F(BankRegister, KeysMoveTheMarkAndLeavingGivesItBackToTheBankOnShow) {
+TEST_P(BankRegister, KeysMoveTheMarkAndLeavingGivesItBackToTheBankOnShow) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     auto& list = control<ListView>(form, "lstListagem");
@@ -291,7 +293,7 @@ TEST_F(BankRegister, KeysMoveTheMarkAndLeavingGivesItBackToTheBankOnShow) {
     EXPECT_EQ(list.selectionModel()->selectedRows().value(0).row(), 1);
 }
 
-TEST_F(BankRegister, EscAsksBeforeATypedBankIsLost) {
+TEST_P(BankRegister, EscAsksBeforeATypedBankIsLost) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     const auto expectQuestion = [&](MessageAnswer answer) {
@@ -308,7 +310,7 @@ TEST_F(BankRegister, EscAsksBeforeATypedBankIsLost) {
     EXPECT_FALSE(form.isVisible()) << "a stored bank, untouched";
 }
 
-TEST_F(BankRegister, AKnownCodeBringsItsBankUp) {
+TEST_P(BankRegister, AKnownCodeBringsItsBankUp) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     type(form, "txtCodigo", "237");
@@ -317,7 +319,7 @@ TEST_F(BankRegister, AKnownCodeBringsItsBankUp) {
     EXPECT_EQ(focus(), "txtNome");
 }
 
-TEST_F(BankRegister, AnUnknownCodeLeavesTheFormAsItIs) {
+TEST_P(BankRegister, AnUnknownCodeLeavesTheFormAsItIs) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     type(form, "txtCodigo", "999");
@@ -325,7 +327,7 @@ TEST_F(BankRegister, AnUnknownCodeLeavesTheFormAsItIs) {
     EXPECT_EQ(shown(form), "1|999|Banco Leste");
 }
 
-TEST_F(BankRegister, LeavingTheEmptyCodeBoxLooksForNothing) {
+TEST_P(BankRegister, LeavingTheEmptyCodeBoxLooksForNothing) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     click(form, "cmdNovo");
@@ -335,7 +337,7 @@ TEST_F(BankRegister, LeavingTheEmptyCodeBoxLooksForNothing) {
 
 // ---- saving
 
-TEST_F(BankRegister, SavesANewBankAndIsReadyForTheNext) {
+TEST_P(BankRegister, SavesANewBankAndIsReadyForTheNext) {
     auto& form = open<frmBancos>();
     type(form, "txtCodigo", "104");
     press(Qt::Key_Return);
@@ -348,7 +350,7 @@ TEST_F(BankRegister, SavesANewBankAndIsReadyForTheNext) {
     EXPECT_FALSE(data().Automacao.inTransaction());
 }
 
-TEST_F(BankRegister, SavesWithTheAccessKeys) {
+TEST_P(BankRegister, SavesWithTheAccessKeys) {
     auto& form = open<frmBancos>();
     type("104");
     press(Qt::Key_Return);
@@ -362,7 +364,7 @@ TEST_F(BankRegister, SavesWithTheAccessKeys) {
     EXPECT_EQ(shown(form), "||");
 }
 
-TEST_F(BankRegister, ChangesTheBankOnShowAndThenShowsTheFirst) {
+TEST_P(BankRegister, ChangesTheBankOnShowAndThenShowsTheFirst) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     clickRow(form, "lstListagem", 2);
@@ -376,7 +378,7 @@ TEST_F(BankRegister, ChangesTheBankOnShowAndThenShowsTheFirst) {
     EXPECT_EQ(focus(), "txtCodigo");
 }
 
-TEST_F(BankRegister, AfterAChangeTheFirstIsThatOfTheOrderChosen) {
+TEST_P(BankRegister, AfterAChangeTheFirstIsThatOfTheOrderChosen) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     clickColumn(form, "lstListagem", 0);
@@ -386,7 +388,7 @@ TEST_F(BankRegister, AfterAChangeTheFirstIsThatOfTheOrderChosen) {
     EXPECT_EQ(shown(form), "2|104|Banco Norte");
 }
 
-TEST_F(BankRegister, AnUnknownCodeTypedOverAStoredBankIsItsNewCode) {
+TEST_P(BankRegister, AnUnknownCodeTypedOverAStoredBankIsItsNewCode) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     clickRow(form, "lstListagem", 1);
@@ -397,7 +399,7 @@ TEST_F(BankRegister, AnUnknownCodeTypedOverAStoredBankIsItsNewCode) {
     EXPECT_THAT(stored(), ElementsAre("1|341|Banco Leste", "2|999|Banco Novo", "3|237|Agrobanco"));
 }
 
-TEST_F(BankRegister, RefusesABankWithoutCode) {
+TEST_P(BankRegister, RefusesABankWithoutCode) {
     auto& form = open<frmBancos>();
     type(form, "txtNome", "Banco do Norte");
     expectMessage("Advertência", "O código do banco deve ser informado.");
@@ -407,13 +409,13 @@ TEST_F(BankRegister, RefusesABankWithoutCode) {
     EXPECT_EQ(shown(form), "||Banco do Norte");
 }
 
-TEST_F(BankRegister, AsksForTheCodeBeforeTheName) {
+TEST_P(BankRegister, AsksForTheCodeBeforeTheName) {
     auto& form = open<frmBancos>();
     expectMessage("Advertência", "O código do banco deve ser informado.");
     click(form, "cmdSalvar");
 }
 
-TEST_F(BankRegister, RefusesABankWithoutName) {
+TEST_P(BankRegister, RefusesABankWithoutName) {
     auto& form = open<frmBancos>();
     type(form, "txtCodigo", "104");
     expectMessage("Advertência", "O nome do banco deve ser preenchido.");
@@ -422,7 +424,7 @@ TEST_F(BankRegister, RefusesABankWithoutName) {
     EXPECT_THAT(stored(), IsEmpty());
 }
 
-TEST_F(BankRegister, RefusesToSaveAStoredBankUnchanged) {
+TEST_P(BankRegister, RefusesToSaveAStoredBankUnchanged) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     expectMessage("Advertência", "Este banco já está cadastrado.");
@@ -434,7 +436,7 @@ TEST_F(BankRegister, RefusesToSaveAStoredBankUnchanged) {
     EXPECT_EQ(shown(form), "1|341|Banco Leste");
 }
 
-TEST_F(BankRegister, RefusesASecondBankOfTheSameCodeAndName) {
+TEST_P(BankRegister, RefusesASecondBankOfTheSameCodeAndName) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     click(form, "cmdNovo");
@@ -447,7 +449,7 @@ TEST_F(BankRegister, RefusesASecondBankOfTheSameCodeAndName) {
     EXPECT_EQ(stored().size(), 3U);
 }
 
-TEST_F(BankRegister, AcceptsTheSameCodeUnderAnotherName) {
+TEST_P(BankRegister, AcceptsTheSameCodeUnderAnotherName) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     click(form, "cmdNovo");
@@ -459,7 +461,7 @@ TEST_F(BankRegister, AcceptsTheSameCodeUnderAnotherName) {
                                       "4|104|Outro Banco"));
 }
 
-TEST_F(BankRegister, AnApostropheInTheNameFailsAndStoresNothing) {
+TEST_P(BankRegister, AnApostropheInTheNameFailsAndStoresNothing) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     click(form, "cmdNovo");
@@ -473,7 +475,7 @@ TEST_F(BankRegister, AnApostropheInTheNameFailsAndStoresNothing) {
     EXPECT_EQ(stored().size(), 3U);
 }
 
-TEST_F(BankRegister, TheFirstBankOfAllMayHaveAnApostrophe) {
+TEST_P(BankRegister, TheFirstBankOfAllMayHaveAnApostrophe) {
     auto& form = open<frmBancos>(); // no other bank, no duplicate to look for
     type(form, "txtCodigo", "999");
     press(Qt::Key_Return);
@@ -482,7 +484,7 @@ TEST_F(BankRegister, TheFirstBankOfAllMayHaveAnApostrophe) {
     EXPECT_THAT(stored(), ElementsAre("1|999|Banco D'Oeste"));
 }
 
-TEST_F(BankRegister, ABankDeletedMeanwhileFailsAndUndoesTheSaving) {
+TEST_P(BankRegister, ABankDeletedMeanwhileFailsAndUndoesTheSaving) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     type(form, "txtNome", "Outro nome");
@@ -497,7 +499,7 @@ TEST_F(BankRegister, ABankDeletedMeanwhileFailsAndUndoesTheSaving) {
 
 // ---- the other commands
 
-TEST_F(BankRegister, NeverDeletes) {
+TEST_P(BankRegister, NeverDeletes) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     expectMessage("Advertência",
@@ -508,14 +510,14 @@ TEST_F(BankRegister, NeverDeletes) {
     EXPECT_EQ(shown(form), "1|341|Banco Leste");
 }
 
-TEST_F(BankRegister, DeleteWithoutACodeOnlyGoesToTheCode) {
+TEST_P(BankRegister, DeleteWithoutACodeOnlyGoesToTheCode) {
     auto& form = open<frmBancos>();
     enter(form, "txtNome");
     click(form, "cmdExcluir");
     EXPECT_EQ(focus(), "txtCodigo");
 }
 
-TEST_F(BankRegister, NewEmptiesTheBoxesAndKeepsTheList) {
+TEST_P(BankRegister, NewEmptiesTheBoxesAndKeepsTheList) {
     givenThreeBanks();
     auto& form = open<frmBancos>();
     click(form, "cmdNovo");
@@ -524,7 +526,7 @@ TEST_F(BankRegister, NewEmptiesTheBoxesAndKeepsTheList) {
     EXPECT_EQ(listed(form).size(), 3U);
 }
 
-TEST_F(BankRegister, CloseAndEscUnload) {
+TEST_P(BankRegister, CloseAndEscUnload) {
     click(open<frmBancos>(), "cmdFechar");
     EXPECT_FALSE(frmBancos::instance().isLoaded());
     auto& form = open<frmBancos>();
@@ -533,7 +535,7 @@ TEST_F(BankRegister, CloseAndEscUnload) {
     EXPECT_FALSE(frmBancos::instance().isLoaded());
 }
 
-TEST_F(BankRegister, PromptsWhatEachControlIsForAndNothingOnceClosed) {
+TEST_P(BankRegister, PromptsWhatEachControlIsForAndNothingOnceClosed) {
     auto& form = open<frmBancos>();
     EXPECT_EQ(prompt(), "Código de identificação do banco.");
     enter(form, "txtNome");
@@ -544,7 +546,7 @@ TEST_F(BankRegister, PromptsWhatEachControlIsForAndNothingOnceClosed) {
     EXPECT_EQ(prompt(), "");
 }
 
-TEST_F(BankRegister, TabGoesThroughTheWindowAsTheEyeDoes) {
+TEST_P(BankRegister, TabGoesThroughTheWindowAsTheEyeDoes) {
     open<frmBancos>();
     std::vector<std::string> order;
     do {

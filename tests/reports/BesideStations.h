@@ -4,16 +4,13 @@
 #include "ado/Recordset.h"
 #include "reports/ReportFilter.h"
 #include "support/OtherStations.h"
-#include "support/Versions.h"
 
 /// Reports of a file that others work in as well.
-class ReportBesideStations : public ReportFromFilter,
-                             public testing::WithParamInterface<jet::Version> {
+class ReportBesideStations : public ReportFromFilter {
 protected:
     static constexpr int kCheques = 400;
     static constexpr const char* kBusy = "está gravando no banco de dados";
 
-    ReportBesideStations() : ReportFromFilter(GetParam()) {}
     void SetUp() override {
         ReportFromFilter::SetUp();
         // No printer is asked for by accident.

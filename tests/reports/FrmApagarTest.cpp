@@ -5,7 +5,6 @@
 #include "controls/box/DropDownList.h"
 #include "shell/Mirtal.h"
 #include "support/ShopTest.h"
-#include "support/Versions.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -21,9 +20,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Strings = std::vector<std::string>;
 
-class Purge : public ShopTest, public testing::WithParamInterface<jet::Version> {
+class Purge : public Everywhere<ShopTest> {
 protected:
-    Purge() : ShopTest(GetParam()) {}
     void SetUp() override {
         ShopTest::SetUp();
         Mirtal::aoMostrarMensagem(
@@ -78,7 +76,7 @@ protected:
     /// Each text that the program put into the status bar.
     Strings said_;
 };
-INSTANTIATE_TEST_SUITE_P(, Purge, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, Purge, everywhere(), keptName);
 
 // ---- which cheques go
 

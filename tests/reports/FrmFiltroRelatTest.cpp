@@ -8,20 +8,22 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST_F(ReportFilter, OffersTheOrdersOfReceivedCheques) {
+INSTANTIATE_TEST_SUITE_P(, ReportFilter, everywhere(), keptName);
+
+TEST_P(ReportFilter, OffersTheOrdersOfReceivedCheques) {
     auto& form = openFor("relch");
     EXPECT_EQ(form.windowTitle(), "Relatório de Cheques Recebidos");
     EXPECT_THAT(entries(form, "cmbordem"),
                 ElementsAre("Banco", "Número", "Cliente", "Emissão", "Vencimento"));
 }
 
-TEST_F(ReportFilter, OffersTheOrdersOfBouncedCheques) {
+TEST_P(ReportFilter, OffersTheOrdersOfBouncedCheques) {
     auto& form = openFor("relsf");
     EXPECT_EQ(form.windowTitle(), "Relatório de Cheques sem fundos");
     EXPECT_THAT(entries(form, "cmbordem"), ElementsAre("Banco", "Número", "Cliente", "Data"));
 }
 
-TEST_F(ReportFilter, OpensWithTodayAndNothingChosen) {
+TEST_P(ReportFilter, OpensWithTodayAndNothingChosen) {
     auto& form = openFor("relch");
     EXPECT_FALSE(form.isModal());
     EXPECT_EQ(control<DatePicker>(form, "txtdtinicial").value(), QDate::currentDate());
@@ -33,14 +35,14 @@ TEST_F(ReportFilter, OpensWithTodayAndNothingChosen) {
     EXPECT_EQ(focus(), "txtcliente");
 }
 
-TEST_F(ReportFilter, StandsAtTheTopOfTheScreen) {
+TEST_P(ReportFilter, StandsAtTheTopOfTheScreen) {
     auto& form = openFor("relch");
     const QRect screen = form.screen()->availableGeometry();
     EXPECT_EQ(form.y(), screen.top() + 13);
     EXPECT_NEAR(form.frameGeometry().center().x(), screen.center().x(), 2);
 }
 
-TEST_F(ReportFilter, PromptsForEachField) {
+TEST_P(ReportFilter, PromptsForEachField) {
     auto& form = openFor("relch");
     const struct {
         const char* control;
@@ -57,7 +59,7 @@ TEST_F(ReportFilter, PromptsForEachField) {
     }
 }
 
-TEST_F(ReportFilter, EnterGoesThroughTheFields) {
+TEST_P(ReportFilter, EnterGoesThroughTheFields) {
     openFor("relch");
     for (const char* next : {"txtbanco", "txtdtinicial", "txtdtfinal", "cmbordem", "CmdImprimir"}) {
         press(Qt::Key_Return);
@@ -65,7 +67,7 @@ TEST_F(ReportFilter, EnterGoesThroughTheFields) {
     }
 }
 
-TEST_F(ReportFilter, TypingChoosesTheFirstEntryThatBeginsSo) {
+TEST_P(ReportFilter, TypingChoosesTheFirstEntryThatBeginsSo) {
     auto& form = openFor("relch");
     type(form, "txtcliente", "ma");
     EXPECT_EQ(text(form, "txtcliente"), "Maria");
@@ -73,7 +75,7 @@ TEST_F(ReportFilter, TypingChoosesTheFirstEntryThatBeginsSo) {
     EXPECT_EQ(control<DropDownList>(form, "cmbordem").listIndex(), 4);
 }
 
-TEST_F(ReportFilter, AClientOrBankThatIsNotListedHasASignAtItsField) {
+TEST_P(ReportFilter, AClientOrBankThatIsNotListedHasASignAtItsField) {
     auto& form = openFor("relch");
     for (const char* field : {"txtcliente", "txtbanco"}) {
         auto& list = control<DropDownList>(form, field);
@@ -98,7 +100,7 @@ TEST_F(ReportFilter, AClientOrBankThatIsNotListedHasASignAtItsField) {
     }
 }
 
-TEST_F(ReportFilter, StaysAsItIsWhenTheOtherReportIsAskedForUntilItIsLoadedAnew) {
+TEST_P(ReportFilter, StaysAsItIsWhenTheOtherReportIsAskedForUntilItIsLoadedAnew) {
     const QPointer<FrmFiltroRelat> first = &openFor("relch");
     type(*first, "txtcliente", "ma");
     auto& form = openFor("relsf");
@@ -113,12 +115,12 @@ TEST_F(ReportFilter, StaysAsItIsWhenTheOtherReportIsAskedForUntilItIsLoadedAnew)
     EXPECT_EQ(text(anew, "txtcliente"), "");
 }
 
-TEST_F(ReportFilter, KeepsItsChoicesWhenTheSameReportIsAskedForAgain) {
+TEST_P(ReportFilter, KeepsItsChoicesWhenTheSameReportIsAskedForAgain) {
     type(openFor("relch"), "txtcliente", "ma");
     EXPECT_EQ(text(openFor("relch"), "txtcliente"), "Maria");
 }
 
-TEST_F(ReportFilter, SairClosesIt) {
+TEST_P(ReportFilter, SairClosesIt) {
     const QPointer<FrmFiltroRelat> form = &openFor("relch");
     click(*form, "cmdsair");
     EXPECT_FALSE(form && form->isVisible());
@@ -126,7 +128,9 @@ TEST_F(ReportFilter, SairClosesIt) {
 
 // ---- from the filter to the report
 
-TEST_F(ReportFromFilter, ChoosesByIssueAndComesByClient) {
+INSTANTIATE_TEST_SUITE_P(, ReportFromFilter, everywhere(), keptName);
+
+TEST_P(ReportFromFilter, ChoosesByIssueAndComesByClient) {
     print("relch", "", "", "");
     EXPECT_EQ(frmRel_ChequesSF::instance().windowTitle(), "Relatório de Cheques");
     EXPECT_TRUE(frmRel_ChequesSF::instance().isVisible());
@@ -136,7 +140,7 @@ TEST_F(ReportFromFilter, ChoosesByIssueAndComesByClient) {
                             "000001|Maria|10/01/2026|1.000,00|Banco do Vale|01/03/2026"));
 }
 
-TEST_F(ReportFromFilter, GivesTheReportsTopFreeUnlessTheOperatorHasPutItSomewhere) {
+TEST_P(ReportFromFilter, GivesTheReportsTopFreeUnlessTheOperatorHasPutItSomewhere) {
     auto& form = openFor("relch");
     const int top = form.y();
     const QRect screen = form.screen()->availableGeometry();
@@ -154,7 +158,7 @@ TEST_F(ReportFromFilter, GivesTheReportsTopFreeUnlessTheOperatorHasPutItSomewher
     EXPECT_EQ(form.pos(), QPoint(20, 30));
 }
 
-TEST_F(ReportFromFilter, TakesClientBankAndOrder) {
+TEST_P(ReportFromFilter, TakesClientBankAndOrder) {
     print("relch", "Maria", "", "Emi");
     EXPECT_THAT(details(),
                 ElementsAre(testing::StartsWith("000001"), testing::StartsWith("000003")));
@@ -162,13 +166,13 @@ TEST_F(ReportFromFilter, TakesClientBankAndOrder) {
     EXPECT_THAT(details(), ElementsAre(testing::StartsWith("000001")));
 }
 
-TEST_F(ReportFromFilter, ShowsBouncedChequesWithoutADueDate) {
+TEST_P(ReportFromFilter, ShowsBouncedChequesWithoutADueDate) {
     print("relsf", "", "", "Data");
     EXPECT_EQ(frmRel_ChequesSF::instance().windowTitle(), "Relatório de Cheques Sem Fundos");
     EXPECT_THAT(details(), ElementsAre("900001|João|05/01/2026|77,00|Banco do Vale|"));
 }
 
-TEST_F(ReportFromFilter, TheFilterKeepsItsReportThoughAnotherWindowChangesTheMode) {
+TEST_P(ReportFromFilter, TheFilterKeepsItsReportThoughAnotherWindowChangesTheMode) {
     auto& form = openFor("relch");
     period(form, "01012026", "31012026");
     Mirtal::modo = "Baixar";
@@ -176,14 +180,14 @@ TEST_F(ReportFromFilter, TheFilterKeepsItsReportThoughAnotherWindowChangesTheMod
     EXPECT_EQ(details().size(), 3U);
 }
 
-TEST_F(ReportFromFilter, ThePrintedReportIsTheOpenFiltersThoughTheOtherWasAskedForMeanwhile) {
+TEST_P(ReportFromFilter, ThePrintedReportIsTheOpenFiltersThoughTheOtherWasAskedForMeanwhile) {
     period(openFor("relch"), "01012026", "31012026");
     click(openFor("relsf"), "CmdImprimir");
     EXPECT_EQ(frmRel_ChequesSF::instance().windowTitle(), "Relatório de Cheques");
     EXPECT_EQ(details().size(), 3U);
 }
 
-TEST_F(ReportFromFilter, NothingToPrintIsSaidWhenTheWaitWindowHasGone) {
+TEST_P(ReportFromFilter, NothingToPrintIsSaidWhenTheWaitWindowHasGone) {
     auto& form = openFor("relch");
     period(form, "31012026", "01012026"); // the last day before the first
     expectMessage("Impressão", "Não há registros a imprimir.");
@@ -193,7 +197,7 @@ TEST_F(ReportFromFilter, NothingToPrintIsSaidWhenTheWaitWindowHasGone) {
     EXPECT_TRUE(form.isVisible());
 }
 
-TEST_F(ReportFromFilter, AReportThatFindsNothingLeavesTheOneOnShow) {
+TEST_P(ReportFromFilter, AReportThatFindsNothingLeavesTheOneOnShow) {
     print("relch", "", "", "");
     click(openFor("relch"), "cmdsair");
     auto& form = openFor("relsf");
@@ -204,7 +208,7 @@ TEST_F(ReportFromFilter, AReportThatFindsNothingLeavesTheOneOnShow) {
     EXPECT_EQ(details().size(), 3U);
 }
 
-TEST_F(ReportFromFilter, ClosingTheReportEndsIt) {
+TEST_P(ReportFromFilter, ClosingTheReportEndsIt) {
     print("relch", "", "", "");
     const QPointer<frmRel_ChequesSF> first = &frmRel_ChequesSF::instance();
     first->close();

@@ -14,6 +14,8 @@ using testing::HasSubstr;
 // ---- A report that can't begin
 
 TEST_P(ReportBesideStations, OneThatCantBeginLeavesTheOneOnShow) {
+    if (onServer())
+        GTEST_SKIP() << kByTheFile;
     print("relch", "", "", "");
     const auto lines = printed();
     ASSERT_THAT(lines, Contains("Total: 1.123,50"));
@@ -45,6 +47,8 @@ TEST_P(ReportBesideStations, OneThatFindsNothingLeavesTheRowsOfTheOneOnShowComin
 // ---- Rows that stop coming
 
 TEST_P(ReportBesideStations, OneWhoseRowsStopComingIsToldAndNeitherPrintedNorSaved) {
+    if (onServer())
+        GTEST_SKIP() << kByTheFile;
     stopHalfWay([] {});
     EXPECT_THAT(said("failed").toStdString(),
                 HasSubstr("Relatório incompleto: a leitura das linhas parou depois de "));
@@ -59,6 +63,8 @@ TEST_P(ReportBesideStations, OneWhoseRowsStopComingIsToldAndNeitherPrintedNorSav
 }
 
 TEST_P(ReportBesideStations, OneWhoseRowsStopComingCanBeTriedAgain) {
+    if (onServer())
+        GTEST_SKIP() << kByTheFile;
     stopHalfWay([this] {
         const QString before = said("failed");
         expectFailure(kBusy); // it still writes
@@ -153,7 +159,11 @@ TEST_P(ReportBesideStations, OneComesToItsEndHoweverOftenAnotherStationSaves) {
     ask("01052025", "31052025");
     waitForRows();
     ASSERT_TRUE(report().isComplete());
-    EXPECT_EQ(changes, FonteDeCheques::kVezes);
+    if (onServer())
+        EXPECT_LE(changes,
+                  FonteDeCheques::kVezes); // what has come just when it is read is taken in
+    else
+        EXPECT_EQ(changes, FonteDeCheques::kVezes);
     EXPECT_GT(saves.saved(), changes);
     const auto found = amounts(report());
     EXPECT_EQ(found.size(), std::size_t{kCheques});
@@ -179,6 +189,6 @@ TEST_P(ReportBesideStations, OneHasTheRowsThatCameAndWithoutThoseThatWent) {
     EXPECT_THAT(printed(), Contains("Total: 420,00"));
 }
 
-INSTANTIATE_TEST_SUITE_P(, ReportBesideStations, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, ReportBesideStations, everywhere(), keptName);
 
 } // namespace

@@ -15,9 +15,8 @@
 #include <gmock/gmock.h>
 
 /// The filter of the reports, over two clients and two banks.
-class ReportFilter : public ShopTest {
+class ReportFilter : public Everywhere<ShopTest> {
 protected:
-    using ShopTest::ShopTest;
     void SetUp() override {
         ShopTest::SetUp();
         given("cliente_fornecedor", {

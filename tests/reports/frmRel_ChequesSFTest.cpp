@@ -11,7 +11,9 @@ protected:
     static std::string today() { return QDate::currentDate().toString("dd/MM/yyyy").toStdString(); }
 };
 
-TEST_F(ChequeReport, HasHeaderHeadingsRowsAndTotal) {
+INSTANTIATE_TEST_SUITE_P(, ChequeReport, everywhere(), keptName);
+
+TEST_P(ChequeReport, HasHeaderHeadingsRowsAndTotal) {
     print("relch", "", "", "");
     EXPECT_THAT(printed(),
                 ElementsAre("Relatório de Cheques Página: 1",
@@ -23,7 +25,7 @@ TEST_F(ChequeReport, HasHeaderHeadingsRowsAndTotal) {
                             "Total: 1.123,50"));
 }
 
-TEST_F(ChequeReport, OfBouncedChequesHasTheSameColumnsAndNoDueDate) {
+TEST_P(ChequeReport, OfBouncedChequesHasTheSameColumnsAndNoDueDate) {
     print("relsf", "", "", "");
     EXPECT_THAT(printed(),
                 ElementsAre("Relatório de Cheques Sem Fundos Página: 1",
@@ -32,18 +34,18 @@ TEST_F(ChequeReport, OfBouncedChequesHasTheSameColumnsAndNoDueDate) {
                             "900001 João 05/01/2026 77,00 Banco do Vale", "Total: 77,00"));
 }
 
-TEST_F(ChequeReport, OfOneRowTotalsThatRow) {
+TEST_P(ChequeReport, OfOneRowTotalsThatRow) {
     print("relch", "João", "", "");
     EXPECT_THAT(printed(), Contains("Total: 123,45"));
 }
 
-TEST_F(ChequeReport, StartsItsTotalFromNothing) {
+TEST_P(ChequeReport, StartsItsTotalFromNothing) {
     print("relch", "", "", "");
     print("relch", "Maria", "", "");
     EXPECT_THAT(printed(), Contains("Total: 1.000,05"));
 }
 
-TEST_F(ChequeReport, KeepsItsTotalAndPeriodWhenTheNextFindsNothing) {
+TEST_P(ChequeReport, KeepsItsTotalAndPeriodWhenTheNextFindsNothing) {
     print("relch", "", "", "");
     auto& form = openFor("relch");
     period(form, "01012020", "31012020");
@@ -54,13 +56,13 @@ TEST_F(ChequeReport, KeepsItsTotalAndPeriodWhenTheNextFindsNothing) {
     EXPECT_THAT(lines, Contains(testing::HasSubstr("01/01/2026 a 31/01/2026")));
 }
 
-TEST_F(ChequeReport, ShowsThePeriodAsItWasWhenPrintingBegan) {
+TEST_P(ChequeReport, ShowsThePeriodAsItWasWhenPrintingBegan) {
     print("relch", "", "", "");
     period(openFor("relch"), "05052025", "06062025");
     EXPECT_THAT(printed(), Contains(testing::HasSubstr("01/01/2026 a 31/01/2026")));
 }
 
-TEST_F(ChequeReport, ASecondOneWhileOneIsAtWorkIsRefused) {
+TEST_P(ChequeReport, ASecondOneWhileOneIsAtWorkIsRefused) {
     print("relch", "", "", "");
     auto& form = openFor("relch");
     const Relatorio::Run atWork(report());
@@ -68,7 +70,7 @@ TEST_F(ChequeReport, ASecondOneWhileOneIsAtWorkIsRefused) {
     click(form, "CmdImprimir");
 }
 
-TEST_F(ChequeReport, WithoutAPrinterOnlyPrintingIsRefused) {
+TEST_P(ChequeReport, WithoutAPrinterOnlyPrintingIsRefused) {
     setPrinterFunctions({[] { return false; }, {}});
     print("relch", "", "", "");
     expectMessage("Impressão", "É necessário existir uma impressora instalada no Windows.");
@@ -78,7 +80,7 @@ TEST_F(ChequeReport, WithoutAPrinterOnlyPrintingIsRefused) {
     setPrinterFunctions({});
 }
 
-TEST_F(ChequeReport, ClosedByEscGivesTheFocusBackToWhoAskedForIt) {
+TEST_P(ChequeReport, ClosedByEscGivesTheFocusBackToWhoAskedForIt) {
     auto& form = openFor("relch");
     period(form, "01012026", "31012026");
     enter(form, "CmdImprimir");
@@ -93,7 +95,7 @@ TEST_F(ChequeReport, ClosedByEscGivesTheFocusBackToWhoAskedForIt) {
 }
 
 // A report on show takes its rows while the program is idle: when the data is closed it ends.
-TEST_F(ChequeReport, EndsWithTheData) {
+TEST_P(ChequeReport, EndsWithTheData) {
     print("relch", "", "", "");
     data().fechar();
     EXPECT_EQ(details().size(), 3U);

@@ -13,7 +13,7 @@
 
 namespace {
 
-class WorkArea : public ChequeShop {
+class WorkArea : public Everywhere<ChequeShop> {
 protected:
     void SetUp() override {
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings_.path());
@@ -38,7 +38,9 @@ protected:
     QTemporaryDir settings_;
 };
 
-TEST_F(WorkArea, BeginsWithThePanelAndLeavesItTheFocusByTabOnly) {
+INSTANTIATE_TEST_SUITE_P(, WorkArea, everywhere(), keptName);
+
+TEST_P(WorkArea, BeginsWithThePanelAndLeavesItTheFocusByTabOnly) {
     openMain();
     EXPECT_TRUE(shows("PainelDoDia"));
     EXPECT_FALSE(shows("cmdpainel"));
@@ -53,7 +55,7 @@ TEST_F(WorkArea, BeginsWithThePanelAndLeavesItTheFocusByTabOnly) {
     EXPECT_EQ(focus(), "cmdhoje");
 }
 
-TEST_F(WorkArea, ThePanelIsSwitchedOffAndOnAndRemembersIt) {
+TEST_P(WorkArea, ThePanelIsSwitchedOffAndOnAndRemembersIt) {
     click(openMain(), "cmdocultar");
     EXPECT_FALSE(shows("PainelDoDia"));
     EXPECT_TRUE(shows("cmdpainel"));
@@ -68,7 +70,7 @@ TEST_F(WorkArea, ThePanelIsSwitchedOffAndOnAndRemembersIt) {
     EXPECT_TRUE(shows("PainelDoDia"));
 }
 
-TEST_F(WorkArea, ThePanelRestsBehindReports) {
+TEST_P(WorkArea, ThePanelRestsBehindReports) {
     auto& window = openMain();
     auto* first = new QWidget;
     auto* second = new QWidget;
@@ -89,7 +91,7 @@ TEST_F(WorkArea, ThePanelRestsBehindReports) {
     EXPECT_FALSE(shows("PainelDoDia"));
 }
 
-TEST_F(WorkArea, F6ShowsTheSheetOfTheClientChosenInThePanel) {
+TEST_P(WorkArea, F6ShowsTheSheetOfTheClientChosenInThePanel) {
     auto& window = openMain();
     window.resize(1024, 700);
     auto& clients = control<ListView>(window, "lstclientes");

@@ -7,7 +7,6 @@
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "support/ChequeShop.h"
-#include "support/Versions.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -22,10 +21,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class FieldsOfAllWindows : public ChequeShop, public testing::WithParamInterface<jet::Version> {
+class FieldsOfAllWindows : public Everywhere<ChequeShop> {
 protected:
-    FieldsOfAllWindows() : ChequeShop(GetParam()) {}
-
     static std::vector<std::string> banks() {
         return rows("select cod_banco, nome from bancos order by codigo");
     }
@@ -76,7 +73,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, FieldsOfAllWindows, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, FieldsOfAllWindows, everywhere(), keptName);
 
 // ---- numbers
 

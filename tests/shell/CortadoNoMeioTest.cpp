@@ -225,7 +225,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, CutOff, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, CutOff, inFiles(), keptName);
 
 TEST_P(CutOff, APurgeThatTheDiskEndsSaysHowManyAreGone) {
     const std::size_t partly = failAtEachWrite([] {

@@ -1,6 +1,5 @@
 // A day's work by who hears the windows and doesn't see them.
 #include "shell/ScreenReader.h"
-#include "support/Versions.h"
 
 #include <QFileInfo>
 
@@ -21,9 +20,8 @@ constexpr auto kStatus = QAccessible::StaticText;
 constexpr auto kNews = QAccessible::Notification;
 constexpr auto kPages = QAccessible::Document;
 
-class DayHeard : public ScreenReader, public testing::WithParamInterface<jet::Version> {
+class DayHeard : public Everywhere<ScreenReader> {
 protected:
-    DayHeard() : ScreenReader(GetParam()) {}
     void SetUp() override {
         ScreenReader::SetUp();
         MDICheques::mostrarMensagens();
@@ -83,7 +81,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, DayHeard, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, DayHeard, everywhere(), keptName);
 
 TEST_P(DayHeard, AChequeIsEnteredSettledConsultedAndReported) {
     whileModal<FrmLancarCheques>([](FrmLancarCheques&) { enterACheque(); });

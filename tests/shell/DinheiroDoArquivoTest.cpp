@@ -22,7 +22,7 @@ using jet::ColumnType;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct Kept {
+struct KeptMoney {
     const char* name;
     jet::Version version;
     ColumnType type;
@@ -38,7 +38,7 @@ constexpr char kReal[] = "um número de até quinze algarismos";
 constexpr char kDecimal[] = "um número de até 9 algarismos, 2 deles depois da vírgula";
 constexpr char kWhole[] = "um número inteiro";
 
-constexpr Kept kKept[] = {
+constexpr KeptMoney kKeptMoney[] = {
     {"single3",  jet::Version::jet3, ColumnType::single,      "436,88", "436,88", "873,76",
      "1.234.567,89",                                                                                  kSingle },
     {"single4",  jet::Version::jet4, ColumnType::single,      "436,88", "436,88", "873,76",
@@ -55,7 +55,7 @@ constexpr Kept kKept[] = {
      "12.345.678,90",                                                                                 kDecimal},
 };
 
-class OddMoney : public ChequeShop, public testing::WithParamInterface<Kept> {
+class OddMoney : public ChequeShop, public testing::WithParamInterface<KeptMoney> {
 protected:
     OddMoney() : ChequeShop(GetParam().version) {}
     void SetUp() override {
@@ -99,7 +99,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, OddMoney, testing::ValuesIn(kKept),
+INSTANTIATE_TEST_SUITE_P(, OddMoney, testing::ValuesIn(kKeptMoney),
                          [](const auto& kept) { return std::string(kept.param.name); });
 
 TEST_P(OddMoney, AChequeIsExactInEveryWindow) {

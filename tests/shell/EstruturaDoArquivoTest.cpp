@@ -12,7 +12,6 @@
 #include "shell/Mirtal.h"
 #include "shell/Programa.h"
 #include "support/ChequeShop.h"
-#include "support/Versions.h"
 #include "tools/ShopSchema.h"
 #include "tools/ShopUpgrade.h"
 
@@ -26,9 +25,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class OddFile : public ChequeShop, public testing::WithParamInterface<jet::Version> {
+class OddFile : public Everywhere<ChequeShop> {
 protected:
-    OddFile() : ChequeShop(GetParam()) {}
     void SetUp() override {
         ChequeShop::SetUp();
         setFailureHandler(&atenderFalha);
@@ -116,7 +114,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, OddFile, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, OddFile, everywhere(), keptName);
 
 TEST_P(OddFile, AClientIsKeptWithoutTheFieldThatIsMissing) {
     remakeWithout("cliente_fornecedor", "emailcli");

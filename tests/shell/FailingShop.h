@@ -7,19 +7,18 @@
 #include "support/ChequeShop.h"
 #include "support/FailingDisk.h"
 #include "support/OtherStations.h"
-#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 
 #include <string>
 #include <vector>
 
-/// Over a shop with five cheques of January 2024 on a disk that can be made to fail.
-class FailingShop : public ChequeShop, public testing::WithParamInterface<jet::Version> {
+/// Over a shop with five cheques of January 2024 on a disk that can be made to fail; a server has
+/// its own.
+class FailingShop : public Everywhere<ChequeShop> {
 protected:
     using Strings = std::vector<std::string>;
 
-    FailingShop() : ChequeShop(GetParam()) {}
     void SetUp() override {
         ChequeShop::SetUp();
         data().fechar();

@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-INSTANTIATE_TEST_SUITE_P(, FailingShop, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, FailingShop, inFiles(), keptName);
 
 // ---- the purge
 

@@ -23,7 +23,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class ListMenu : public ChequeShop {
+class ListMenu : public Everywhere<ChequeShop> {
 protected:
     void SetUp() override {
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings_.path());
@@ -78,7 +78,9 @@ private:
     QTemporaryDir settings_;
 };
 
-TEST_F(ListMenu, OfTheAgendaOpensTheSheetOfTheRowUnderTheMouse) {
+INSTANTIATE_TEST_SUITE_P(, ListMenu, everywhere(), keptName);
+
+TEST_P(ListMenu, OfTheAgendaOpensTheSheetOfTheRowUnderTheMouse) {
     auto& agenda = open<FrmAgenda>();
     auto& list = control<ListView>(agenda, "lstcheques");
     askByMouse(list, list.rowRect(1).center());
@@ -89,7 +91,7 @@ TEST_F(ListMenu, OfTheAgendaOpensTheSheetOfTheRowUnderTheMouse) {
     EXPECT_THAT(menu(), IsEmpty());
 }
 
-TEST_F(ListMenu, ComesByTheMenuKeyAndByShiftF10) {
+TEST_P(ListMenu, ComesByTheMenuKeyAndByShiftF10) {
     auto& agenda = open<FrmAgenda>();
     auto& list = control<ListView>(agenda, "lstcheques");
     enter(agenda, "lstcheques");
@@ -103,7 +105,7 @@ TEST_F(ListMenu, ComesByTheMenuKeyAndByShiftF10) {
     EXPECT_TRUE(agenda.isVisible());
 }
 
-TEST_F(ListMenu, IsNotOnNothingNorOnHeadingsNorOnSums) {
+TEST_P(ListMenu, IsNotOnNothingNorOnHeadingsNorOnSums) {
     auto& agenda = open<FrmAgenda>();
     auto& list = control<ListView>(agenda, "lstcheques");
     askByMouse(list, QPoint(5, list.viewport()->height() - 2));
@@ -115,7 +117,7 @@ TEST_F(ListMenu, IsNotOnNothingNorOnHeadingsNorOnSums) {
     EXPECT_THAT(menu(), IsEmpty());
 }
 
-TEST_F(ListMenu, OfTheHistoryAndItsKeyOpenTheSheetOfTheRowsClient) {
+TEST_P(ListMenu, OfTheHistoryAndItsKeyOpenTheSheetOfTheRowsClient) {
     data().rsCheques.MoveLast();
     data().rsCheques["valor"] = 99;
     data().rsCheques.Update();
@@ -130,7 +132,7 @@ TEST_F(ListMenu, OfTheHistoryAndItsKeyOpenTheSheetOfTheRowsClient) {
     EXPECT_EQ(sheetAfter([] { press(Qt::Key_F6); }), "Bento Dias");
 }
 
-TEST_F(ListMenu, OfTheClientsFoundOpensTheSheetAndChoosesNone) {
+TEST_P(ListMenu, OfTheClientsFoundOpensTheSheetAndChoosesNone) {
     auto& finder = open<frmlocalizar>();
     type(finder, "txtpesquisar", "c");
     auto& list = control<ListView>(finder, "LstEncontrado");
@@ -140,7 +142,7 @@ TEST_F(ListMenu, OfTheClientsFoundOpensTheSheetAndChoosesNone) {
     EXPECT_TRUE(finder.isVisible());
 }
 
-TEST_F(ListMenu, OfTheChequesToSettleOpensTheSheetOfTheRowsClient) {
+TEST_P(ListMenu, OfTheChequesToSettleOpensTheSheetOfTheRowsClient) {
     given("semfundos", {
                            {{"cliente", number(kCarla)},
                             {"banco", number(kNorte)},
@@ -167,7 +169,7 @@ TEST_F(ListMenu, OfTheChequesToSettleOpensTheSheetOfTheRowsClient) {
     }
 }
 
-TEST_F(ListMenu, OfAChequeThatAnotherHasSettledSinceTellsOfNoClient) {
+TEST_P(ListMenu, OfAChequeThatAnotherHasSettledSinceTellsOfNoClient) {
     Mirtal::modo = "Baixar";
     auto& finder = open<FrmLocCHTerceiros>();
     type(finder, "txtbanco", "B");
@@ -179,7 +181,7 @@ TEST_F(ListMenu, OfAChequeThatAnotherHasSettledSinceTellsOfNoClient) {
     EXPECT_EQ(finder.clienteMostrado(), std::nullopt);
 }
 
-TEST_F(ListMenu, OfThePanelOpensTheAgendaToo) {
+TEST_P(ListMenu, OfThePanelOpensTheAgendaToo) {
     auto& window = MDICheques::instance();
     activate(window);
     auto& list = control<ListView>(window, "lstclientes");

@@ -13,7 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class SharedRoutines : public ShopTest {
+class SharedRoutines : public Everywhere<ShopTest> {
 protected:
     void givenBanks() {
         given("bancos", {
@@ -41,42 +41,44 @@ protected:
     }
 };
 
-TEST_F(SharedRoutines, ZerosFillATextUpToEightCharacters) {
+INSTANTIATE_TEST_SUITE_P(, SharedRoutines, everywhere(), keptName);
+
+TEST_P(SharedRoutines, ZerosFillATextUpToEightCharacters) {
     EXPECT_EQ(Mirtal::zerosAEsquerda("123"), "00000123");
     EXPECT_EQ(Mirtal::zerosAEsquerda(""), "00000000");
     EXPECT_EQ(Mirtal::zerosAEsquerda("12345678"), "12345678");
     EXPECT_EQ(Mirtal::zerosAEsquerda("123456789"), "123456789");
 }
 
-TEST_F(SharedRoutines, DeleteByKeyTakesTheRowWithTheNumber) {
+TEST_P(SharedRoutines, DeleteByKeyTakesTheRowWithTheNumber) {
     givenBanks();
     Mirtal::apagarPorChave("bancos", "cod_banco", "104", false);
     EXPECT_THAT(rows("select cod_banco from bancos order by codigo"), ElementsAre("237", "341"));
 }
 
-TEST_F(SharedRoutines, DeleteByKeyTakesTheRowWithTheText) {
+TEST_P(SharedRoutines, DeleteByKeyTakesTheRowWithTheText) {
     givenBanks();
     Mirtal::apagarPorChave("Bancos", "nome", "Sul", true);
     EXPECT_THAT(rows("select nome from bancos order by codigo"), ElementsAre("norte", "Leste"));
 }
 
-TEST_F(SharedRoutines, DeleteByKeyTakesTheFirstRowOnly) {
+TEST_P(SharedRoutines, DeleteByKeyTakesTheFirstRowOnly) {
     given("cheques",
           {{{"numero", words("7")}}, {{"numero", words("7")}}, {{"numero", words("7")}}});
     Mirtal::apagarPorChave("Cheques", "numero", "7", true);
     EXPECT_THAT(rows("select lancamento from cheques order by lancamento"), ElementsAre("2", "3"));
 }
 
-TEST_F(SharedRoutines, DeleteByKeyFailsWhereNoRowHasTheValue) {
+TEST_P(SharedRoutines, DeleteByKeyFailsWhereNoRowHasTheValue) {
     givenBanks();
     EXPECT_EQ(failureOf([] { Mirtal::apagarPorChave("bancos", "cod_banco", "1", false); }),
               jet::Errc::noCurrentRow);
     EXPECT_EQ(rows("select * from bancos").size(), 3U);
 }
 
-TEST_F(SharedRoutines, DeleteByKeyRefusesARowThatAnotherStationHasChangedSinceItWasShown) {
+TEST_P(SharedRoutines, DeleteByKeyRefusesARowThatAnotherStationHasChangedSinceItWasShown) {
     givenBanks();
-    data().Automacao.database().flush();
+    data().Automacao.flush();
     EXPECT_EQ(data().rsBancos["nome"].text(), "Sul");
     const ado::Shown before = data().rsBancos.shown();
     {
@@ -98,14 +100,14 @@ TEST_F(SharedRoutines, DeleteByKeyRefusesARowThatAnotherStationHasChangedSinceIt
     EXPECT_EQ(rows("select * from bancos").size(), 2U);
 }
 
-TEST_F(SharedRoutines, DeleteByKeyPastesTheValueAsItStands) {
+TEST_P(SharedRoutines, DeleteByKeyPastesTheValueAsItStands) {
     given("bancos", {{{"nome", words("D'Oeste")}}});
     EXPECT_EQ(failureOf([] { Mirtal::apagarPorChave("bancos", "nome", "D'Oeste", true); }),
               jet::Errc::syntax);
     EXPECT_EQ(rows("select * from bancos").size(), 1U);
 }
 
-TEST_F(SharedRoutines, AListIsFilledInTheOrderOfTheTextShown) {
+TEST_P(SharedRoutines, AListIsFilledInTheOrderOfTheTextShown) {
     givenBanks();
     DropDownList list;
     list.addItem("antiga", 9);
@@ -113,14 +115,14 @@ TEST_F(SharedRoutines, AListIsFilledInTheOrderOfTheTextShown) {
     EXPECT_THAT(entries(list), ElementsAre("Leste=3", "norte=2", "Sul=1"));
 }
 
-TEST_F(SharedRoutines, AListOverAnEmptyRecordsetIsEmpty) {
+TEST_P(SharedRoutines, AListOverAnEmptyRecordsetIsEmpty) {
     DropDownList list;
     list.addItem("antiga", 9);
     Mirtal::preencherLista(list, data().rsBancos, "nome", "codigo");
     EXPECT_THAT(entries(list), IsEmpty());
 }
 
-TEST_F(SharedRoutines, NavigationWalksAndStopsAtTheEnds) {
+TEST_P(SharedRoutines, NavigationWalksAndStopsAtTheEnds) {
     givenBanks();
     ado::Recordset& banks = data().rsBancos;
     banks.MoveFirst();
@@ -148,12 +150,12 @@ TEST_F(SharedRoutines, NavigationWalksAndStopsAtTheEnds) {
     EXPECT_EQ(banks["cod_banco"].text(), "341");
 }
 
-TEST_F(SharedRoutines, NavigationWithoutRecordsDoesNothing) {
+TEST_P(SharedRoutines, NavigationWithoutRecordsDoesNothing) {
     for (int button = 0; button < 4; ++button)
         EXPECT_FALSE(Mirtal::navegar(data().rsBancos, button));
 }
 
-TEST_F(SharedRoutines, ASearchBeginsAtTheFirstRowAndSaysWhetherItFoundOne) {
+TEST_P(SharedRoutines, ASearchBeginsAtTheFirstRowAndSaysWhetherItFoundOne) {
     ado::Recordset& banks = data().rsBancos;
     EXPECT_FALSE(Mirtal::localizar(banks, "codigo=1")) << "no records";
     givenBanks();
@@ -165,7 +167,7 @@ TEST_F(SharedRoutines, ASearchBeginsAtTheFirstRowAndSaysWhetherItFoundOne) {
     EXPECT_TRUE(Mirtal::localizar(banks, "codigo=2")) << "after one that found nothing";
 }
 
-TEST_F(SharedRoutines, AMessageGoesWhereTheMainWindowShowsIt) {
+TEST_P(SharedRoutines, AMessageGoesWhereTheMainWindowShowsIt) {
     QString shown = "nada";
     Mirtal::aoMostrarMensagem([&](const QString& text) { shown = text; });
     Mirtal::mensagem("Digite o valor do cheque");
@@ -175,7 +177,7 @@ TEST_F(SharedRoutines, AMessageGoesWhereTheMainWindowShowsIt) {
     EXPECT_EQ(shown, "Digite o valor do cheque");
 }
 
-TEST_F(SharedRoutines, AReportsErrorsAreToldByTheirNumbers) {
+TEST_P(SharedRoutines, AReportsErrorsAreToldByTheirNumbers) {
     const QString internal = "Erro na configuração interna do relatório.";
     const QString messages[] = {
         "É necessário existir uma impressora instalada no Windows.",

@@ -33,7 +33,7 @@ private:
     int handle_;
 };
 
-class BesideOthers : public ShopTest {
+class BesideOthers : public Everywhere<ShopTest> {
 protected:
     static std::exception_ptr failure(jet::Errc code) {
         return std::make_exception_ptr(jet::Error(code, "Outra estação está gravando."));
@@ -54,13 +54,15 @@ protected:
     /// Which isn't written yet.
     void deleteABank() {
         given("bancos", {{{"nome", words("Caixa")}}});
-        data().Automacao.database().flush();
+        data().Automacao.flush();
         data().rsBancos.MoveFirst();
         data().rsBancos.Delete();
     }
 };
 
-TEST_F(BesideOthers, WhatCanBeTriedAgainIsUndoneAndTold) {
+INSTANTIATE_TEST_SUITE_P(, BesideOthers, everywhere(), keptName);
+
+TEST_P(BesideOthers, WhatCanBeTriedAgainIsUndoneAndTold) {
     for (const jet::Errc code :
          {jet::Errc::locked, jet::Errc::conflict, jet::Errc::readOnly, jet::Errc::full,
           jet::Errc::rule, jet::Errc::related, jet::Errc::nullValue, jet::Errc::duplicate}) {
@@ -75,7 +77,9 @@ TEST_F(BesideOthers, WhatCanBeTriedAgainIsUndoneAndTold) {
     EXPECT_TRUE(rows("select * from bancos").empty());
 }
 
-TEST_F(BesideOthers, AForeignProgramInTheFileIsToldAndWaitedFor) {
+TEST_P(BesideOthers, AForeignProgramInTheFileIsToldAndWaitedFor) {
+    if (onServer())
+        GTEST_SKIP() << kByTheFile;
     given("bancos", {{{"nome", words("Caixa")}}});
     auto& window = MDICheques::instance();
     window.show();
@@ -100,7 +104,9 @@ TEST_F(BesideOthers, AForeignProgramInTheFileIsToldAndWaitedFor) {
     EXPECT_EQ(rows("select nome from bancos").size(), 2U);
 }
 
-TEST_F(BesideOthers, TheProgramDoesntEndWithADeletionThatCantBeWrittenYet) {
+TEST_P(BesideOthers, TheProgramDoesntEndWithADeletionThatCantBeWrittenYet) {
+    if (onServer())
+        GTEST_SKIP() << kByTheFile;
     deleteABank();
     {
         const ForeignProgram foreign(shop().file());
@@ -113,7 +119,9 @@ TEST_F(BesideOthers, TheProgramDoesntEndWithADeletionThatCantBeWrittenYet) {
     EXPECT_EQ(jet::Database(shop().file()).table("bancos").rowCount(), 0);
 }
 
-TEST_F(BesideOthers, WhoInsistsEndsTheProgramWithoutIt) {
+TEST_P(BesideOthers, WhoInsistsEndsTheProgramWithoutIt) {
+    if (onServer())
+        GTEST_SKIP() << kByTheFile;
     deleteABank();
     const ForeignProgram foreign(shop().file());
     EXPECT_EQ(messagesOf([] { MDICheques::instance().encerrar(); }), 1);
@@ -122,7 +130,7 @@ TEST_F(BesideOthers, WhoInsistsEndsTheProgramWithoutIt) {
     EXPECT_FALSE(data().aberto());
 }
 
-TEST_F(BesideOthers, WhileTheEngineWaitsNoHandlerRuns) {
+TEST_P(BesideOthers, WhileTheEngineWaitsNoHandlerRuns) {
     int runs = 0;
     {
         const HandlersPaused outer;

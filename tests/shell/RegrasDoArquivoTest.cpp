@@ -15,7 +15,6 @@
 #include "shell/Programa.h"
 #include "support/ChequeShop.h"
 #include "support/FileRules.h"
-#include "support/Versions.h"
 
 #include <gmock/gmock.h>
 
@@ -26,9 +25,8 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 /// Over a shop with three cheques, failures attended to as the program does it.
-class RulesOfTheFile : public ChequeShop, public testing::WithParamInterface<jet::Version> {
+class RulesOfTheFile : public Everywhere<ChequeShop> {
 protected:
-    RulesOfTheFile() : ChequeShop(GetParam()) {}
     void SetUp() override {
         ChequeShop::SetUp();
         setFailureHandler(&atenderFalha);
@@ -79,7 +77,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(, RulesOfTheFile, bothVersions(), versionName);
+INSTANTIATE_TEST_SUITE_P(, RulesOfTheFile, inFiles(), keptName);
 
 // ---- clients
 

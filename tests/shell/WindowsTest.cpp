@@ -139,7 +139,7 @@ TEST_F(WholeWindows, WithoutAListKeepsItsFieldsTogetherAtTheTop) {
     EXPECT_LE(top("cmbordem") - top("txtcliente"), 6 * control(form, "txtcliente").height());
 }
 
-class EveryWindowOfRecords : public EveryWindow {
+class EveryWindowOfRecords : public Everywhere<EveryWindow> {
 protected:
     /// What each heading strip of the window says of the record, one text if they agree.
     static QString record(const Form& form) {
@@ -151,7 +151,9 @@ protected:
     }
 };
 
-TEST_F(EveryWindowOfRecords, SaysInItsHeadingWhetherItIsNewOrStored) {
+INSTANTIATE_TEST_SUITE_P(, EveryWindowOfRecords, everywhere(), keptName);
+
+TEST_P(EveryWindowOfRecords, SaysInItsHeadingWhetherItIsNewOrStored) {
     const struct {
         Form* form;
         const char* command;
@@ -175,7 +177,7 @@ TEST_F(EveryWindowOfRecords, SaysInItsHeadingWhetherItIsNewOrStored) {
     }
 }
 
-TEST_F(EveryWindowOfRecords, TheClientsOtherTabsShowWhoseTheyAre) {
+TEST_P(EveryWindowOfRecords, TheClientsOtherTabsShowWhoseTheyAre) {
     auto& form = open<frmCliFor>();
     auto& tabs = control<QTabWidget>(form, "tabCliFor");
     for (int tab = 0; tab < tabs.count(); ++tab) {
@@ -191,7 +193,7 @@ TEST_F(EveryWindowOfRecords, TheClientsOtherTabsShowWhoseTheyAre) {
     EXPECT_EQ(record(form), "Novo: Bento");
 }
 
-TEST_F(EveryWindowOfRecords, TheClientsCodeLooksAsWhatIsOnlyShownElsewhere) {
+TEST_P(EveryWindowOfRecords, TheClientsCodeLooksAsWhatIsOnlyShownElsewhere) {
     auto& client = open<frmCliFor>();
     const auto& code = control<QLineEdit>(client, "txtCódigo");
     const auto& shown = control<QLineEdit>(open<FrmConsultaCH>(), "txtCpf");

@@ -4,18 +4,22 @@
 #include "shell/Mirtal.h"
 #include "tools/ShopSchema.h"
 
+#include <thread>
+
 void ShopTest::SetUp() {
     FormTest::SetUp();
     Mirtal::modo.clear();
     Mirtal::registroEscolhido = false;
     Mirtal::lancamentoEscolhido = 0;
-    Mirtal::DatabaseFolder = QString::fromStdString(shop_.folder().string());
+    Mirtal::DatabaseFolder = QString::fromStdString(shop_.line());
     data().abrir();
 }
 
 void ShopTest::TearDown() {
     FormTest::TearDown();
     dbconectar::descartar();
+    if (onServer())
+        return;
     for (const jet::Finding& finding : jet::check(shop_.file()).findings)
         ADD_FAILURE() << "the file left behind: " << finding.sentence;
 }
@@ -37,17 +41,28 @@ void ShopTest::given(const char* table, std::initializer_list<Row> rows) {
 
 void ShopTest::remake(const std::function<void(jet::TableSpec&)>& change) {
     dbconectar::descartar();
-    std::filesystem::remove(shop_.file());
-    jet::Database::create(shop_.file(), version_);
-    {
-        jet::Database fresh(shop_.file());
-        for (jet::TableSpec table : shop::tables()) {
-            change(table);
-            if (!table.columns.empty())
-                fresh.createTable(table);
-        }
+    std::vector<jet::TableSpec> tables;
+    for (jet::TableSpec table : shop::tables()) {
+        change(table);
+        if (!table.columns.empty())
+            tables.push_back(std::move(table));
     }
+    shop_.remake(tables);
+    Mirtal::DatabaseFolder = QString::fromStdString(shop_.line());
     data().abrir();
+}
+
+void ShopTest::byAnother(const std::function<void(ado::Connection& other)>& work) {
+    data().Automacao.flush();
+    const std::uint64_t before = data().Automacao.store().generation();
+    {
+        ado::Connection other;
+        other.Open(data().Automacao.ConnectionString());
+        work(other);
+        other.Close();
+    }
+    while (data().Automacao.store().generation() == before)
+        std::this_thread::yield(); // until it has been told
 }
 
 std::vector<std::string> ShopTest::rows(const QString& statement) {

@@ -14,11 +14,10 @@
 #include <vector>
 
 /// A test of windows over a shop's database: an empty one, opened as the start-up opens it, and the
-/// shared state as at the start. At the end the file that the test leaves is checked whole.
+/// shared state as at the start. At the end a file that the test leaves is checked whole.
 class ShopTest : public FormTest {
 protected:
-    explicit ShopTest(jet::Version version = jet::Version::jet4)
-        : version_(version), shop_(version) {}
+    explicit ShopTest(Kept kept = jet::Version::jet4) : kept_(kept), shop_(kept) {}
     void SetUp() override;
     void TearDown() override;
 
@@ -37,13 +36,27 @@ protected:
     static dbconectar& data() { return dbconectar::instance(); }
     [[nodiscard]] const ShopDatabase& shop() const { return shop_; }
 
-    /// An empty file in the place of the shop's, its tables as `change` makes them: one that it
+    [[nodiscard]] bool onServer() const { return kept_.isServer(); }
+    /// What another station does to the data; the program has been told of it on return.
+    void byAnother(const std::function<void(ado::Connection& other)>& work);
+
+    /// Empty data in the place of the shop's, its tables as `change` makes them: one that it
     /// leaves without columns isn't made.
     void remake(const std::function<void(jet::TableSpec&)>& change);
 
 private:
-    jet::Version version_;
+    Kept kept_;
     ShopDatabase shop_;
+};
+
+/// The same test wherever the data are kept:
+///
+///     class BankRegister : public Everywhere<ShopTest> { ... };
+///     INSTANTIATE_TEST_SUITE_P(, BankRegister, everywhere(), keptName);
+template <class Test>
+class Everywhere : public Test, public testing::WithParamInterface<Kept> {
+protected:
+    Everywhere() : Test(GetParam()) {}
 };
 
 /// Values as tests write them.

@@ -1,7 +1,7 @@
 // What the technician's program does on a server, run as he runs it.
-#include "ado/Cluster.h"
 #include "ado/Connection.h"
 #include "ado/ConnectionString.h"
+#include "support/Cluster.h"
 #include "support/Program.h"
 #include "support/TemporaryFolder.h"
 #include "tools/ShopSchema.h"
@@ -28,9 +28,7 @@ protected:
             GTEST_SKIP() << why;
         address = cluster().newDatabase();
     }
-    static Cluster& cluster() {
-        return Cluster::instance({shop::tables().begin(), shop::tables().end()});
-    }
+    static Cluster& cluster() { return Cluster::instance(shop::tables()); }
     std::string address;
 };
 

@@ -44,6 +44,8 @@ constexpr Meaning kMeanings[] = {
 };
 // clang-format on
 
+constexpr std::string_view kNoSuchField = "42703";
+
 std::string fieldOf(const pg_result* result, int field) {
     const char* const text = result != nullptr ? PQresultErrorField(result, field) : nullptr;
     return text != nullptr ? text : "";
@@ -55,7 +57,11 @@ void throwServerError(const pg_conn* line, const pg_result* result, const std::s
     const std::string state = fieldOf(result, PG_DIAG_SQLSTATE);
     if (state.empty())
         throw Error(Errc::io, "A conexão com o servidor " + place + " caiu.");
-    const std::string said = " (" + fieldOf(result, PG_DIAG_MESSAGE_PRIMARY) + ")";
+    const std::string primary = fieldOf(result, PG_DIAG_MESSAGE_PRIMARY);
+    if (const std::size_t name = primary.find('"'); state == kNoSuchField && name < primary.size())
+        throw Error(Errc::notFound, "Não existe o campo " +
+                                        primary.substr(name, primary.rfind('"') + 1 - name) + ".");
+    const std::string said = " (" + primary + ")";
     for (const Meaning& meaning : kMeanings)
         if (state.starts_with(meaning.state))
             throw Error(meaning.code, meaning.sentence + said);

@@ -1,7 +1,7 @@
 // A file's tables to a server and back.
 #include "ado/Migration.h"
 
-#include "ado/Cluster.h"
+#include "support/Cluster.h"
 #include "ado/Connection.h"
 #include "ado/ConnectionString.h"
 #include "ado/Recordset.h"

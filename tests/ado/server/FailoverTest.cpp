@@ -1,7 +1,7 @@
 // A primary falls in the middle of saves, and its standby takes over, again and again.
 #ifdef VALTRINO_SERVER
 
-#include "ado/Cluster.h"
+#include "support/Cluster.h"
 #include "ado/ServerShop.h"
 #include "ado/Shop.h"
 #include "ado/server/ServerWire.h"

@@ -1,10 +1,10 @@
 // Who may do what in a shop on a server.
-#include "ado/Cluster.h"
 #include "ado/Connection.h"
 #include "ado/ConnectionString.h"
 #include "ado/Recordset.h"
 #include "ado/ServerShop.h"
 #include "ado/Shop.h"
+#include "support/Cluster.h"
 #ifdef VALTRINO_SERVER
 #include "ado/server/ServerWire.h"
 

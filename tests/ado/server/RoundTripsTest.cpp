@@ -4,7 +4,7 @@
 #include "ado/ConnectionString.h"
 #include "ado/Recorder.h"
 #include "ado/Shop.h"
-#include "ado/server/Relay.h"
+#include "support/Relay.h"
 
 #include <gtest/gtest.h>
 

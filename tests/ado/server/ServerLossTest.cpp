@@ -1,11 +1,11 @@
 // What becomes of the work when the line to the server breaks, or the server itself.
 #ifdef VALTRINO_SERVER
 
-#include "ado/Cluster.h"
+#include "support/Cluster.h"
 #include "ado/ConnectionString.h"
 #include "ado/Follower.h"
 #include "ado/Shop.h"
-#include "ado/server/Relay.h"
+#include "support/Relay.h"
 #include "ado/server/ServerWire.h"
 
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
 // What is a server's alone; what holds for every provider is tested with the others, "PostgreSQL".
-#include "ado/Cluster.h"
 #include "ado/ConnectionString.h"
 #include "ado/Follower.h"
 #include "ado/Shop.h"
+#include "support/Cluster.h"
 
 #include <gmock/gmock.h>
 

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <span>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -16,7 +17,7 @@ public:
     [[nodiscard]] static std::string absence();
     /// A shop has those tables. @throws std::runtime_error with what the server said if it doesn't
     /// start.
-    static Cluster& instance(const std::vector<jet::TableSpec>& tables);
+    static Cluster& instance(std::span<const jet::TableSpec> tables);
     /// Starts one of the server's programs, which prints to a file; as an ordinary account, since a
     /// server refuses to run as root, and to be ended with us.
     static pid_t start(std::vector<std::string> words, const std::filesystem::path& said);
@@ -36,9 +37,12 @@ public:
     void giveBack(const std::string& address);
     /// The server stops at once, whatever it is at, and starts anew.
     void crash();
+    /// The same database for a user of whom the server wants a password.
+    [[nodiscard]] static std::string askingForPassword(std::string address);
+    static constexpr char kPassword[] = "açaí & 100%";
 
 private:
-    explicit Cluster(const std::vector<jet::TableSpec>& tables);
+    explicit Cluster(std::span<const jet::TableSpec> tables);
     void begin();
     void startServer();
     [[nodiscard]] std::string madeLike(const std::string& other);

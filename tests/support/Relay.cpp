@@ -1,6 +1,6 @@
 #ifdef VALTRINO_SERVER
 
-#include "ado/server/Relay.h"
+#include "support/Relay.h"
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>

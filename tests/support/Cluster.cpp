@@ -1,4 +1,4 @@
-#include "ado/Cluster.h"
+#include "support/Cluster.h"
 
 #include "ado/ServerShop.h"
 #include "ado/dialect/Spelling.h"
@@ -77,7 +77,7 @@ std::string Cluster::absence() {
                : "No server to test with: Debian's package postgresql isn't installed";
 }
 
-Cluster& Cluster::instance(const std::vector<jet::TableSpec>& tables) {
+Cluster& Cluster::instance(std::span<const jet::TableSpec> tables) {
     static Cluster cluster(tables);
     if (!cluster.failure_.empty()) // of each test at once, without another try
         throw std::runtime_error(cluster.failure_);
@@ -88,8 +88,8 @@ std::string Cluster::address(const std::string& database) const {
     return "postgresql:///" + database + "?user=loja&host=" + parts_->folder.path().string();
 }
 
-Cluster::Cluster(const std::vector<jet::TableSpec>& tables) : parts_(std::make_unique<Parts>()) {
-    parts_->tables = tables;
+Cluster::Cluster(std::span<const jet::TableSpec> tables) : parts_(std::make_unique<Parts>()) {
+    parts_->tables.assign(tables.begin(), tables.end());
     try {
         begin();
     } catch (const std::exception& failure) {
@@ -111,6 +111,8 @@ void Cluster::begin() {
             &status, 0);
     if (status != 0)
         throw std::runtime_error(textOf(said));
+    std::ofstream(folder / "data" / "pg_hba.conf", std::ios::trunc)
+        << "local all caixa scram-sha-256\nlocal all all trust\n";
     startServer();
     for (;;) { // until it answers
         try {
@@ -122,6 +124,8 @@ void Cluster::begin() {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
     }
+    static_cast<void>(parts_->admin->run("create role caixa superuser login password '" +
+                                         std::string(kPassword) + "'"));
     static_cast<void>(parts_->admin->run(std::string("create database ") + kTemplate));
     ado::createShopOnServer(address(kTemplate), parts_->tables);
 }
@@ -144,9 +148,14 @@ void Cluster::crash() {
 Cluster::~Cluster() {
     parts_->admin.reset();
     if (parts_->server > 0) {
-        kill(parts_->server, SIGINT);
+        kill(parts_->server, SIGQUIT); // nothing of it is kept
         waitpid(parts_->server, nullptr, 0);
     }
+}
+
+std::string Cluster::askingForPassword(std::string address) {
+    constexpr std::string_view kUser = "user=loja";
+    return address.replace(address.find(kUser), kUser.size(), "user=caixa");
 }
 
 std::string Cluster::newShop() {
@@ -170,20 +179,30 @@ std::string Cluster::answer(const std::string& address, const std::string& sql) 
     return ado::ServerWire(address).run(sql).field(0, 0).value_or("null");
 }
 
-/// A database costs more to make than to empty.
+/// A database costs more to make than to empty; and to cut tables off more than to delete their few
+/// rows, of which nobody is to hear.
 void Cluster::giveBack(const std::string& address) {
-    ado::ServerWire wire(address);
-    std::string shops;
-    for (const jet::TableSpec& table : parts_->tables)
-        shops += (shops.empty() ? "" : ", ") + ado::quotedName(table.name);
-    static_cast<void>(wire.run("truncate " + shops + " restart identity"));
-    const ado::ServerRows all =
-        wire.run("select tablename from pg_tables where schemaname = 'valtrino'");
-    for (int row = 0; row < all.rows(); ++row) {
-        const std::string name = *all.field(row, 0);
-        if (std::ranges::find(parts_->tables, name, &jet::TableSpec::name) == parts_->tables.end())
-            static_cast<void>(wire.run("drop table " + ado::quotedName(name)));
+    std::string names;
+    std::string work;
+    for (const jet::TableSpec& table : parts_->tables) {
+        const std::string name = ado::quotedName(table.name);
+        names.append(names.empty() ? "'" : ", '").append(table.name).append("'");
+        work.append("delete from ").append(name).append("; ");
+        for (const jet::ColumnSpec& column : table.columns)
+            if (column.autonumber)
+                work.append("alter table ")
+                    .append(name)
+                    .append(" alter column ")
+                    .append(ado::quotedName(column.name))
+                    .append(" restart; ");
     }
+    ado::ServerWire wire(address);
+    static_cast<void>(wire.run("do $$ declare other text; begin "
+                               "set local session_replication_role = replica; "
+                               "for other in select tablename from pg_catalog.pg_tables "
+                               "where schemaname = 'valtrino' and tablename not in (" +
+                               names + ") loop execute format('drop table %I', other); end loop; " +
+                               work + "end $$"));
     parts_->free.push_back(address);
 }
 
@@ -192,7 +211,7 @@ void Cluster::giveBack(const std::string& address) {
 struct Cluster::Parts {};
 
 std::string Cluster::absence() { return "Built without libpq: nothing to be tested with a server"; }
-Cluster& Cluster::instance(const std::vector<jet::TableSpec>& /*tables*/) {
+Cluster& Cluster::instance(std::span<const jet::TableSpec> /*tables*/) {
     throw std::runtime_error(absence());
 }
 Cluster::~Cluster() = default;
@@ -203,5 +222,6 @@ std::string Cluster::answer(const std::string& /*address*/, const std::string& /
 }
 void Cluster::giveBack(const std::string& /*address*/) {}
 void Cluster::crash() {}
+std::string Cluster::askingForPassword(std::string /*address*/) { return {}; }
 
 #endif
