@@ -11,6 +11,8 @@ set -euo pipefail
 
 programs=$(realpath "$1")
 pictures=${2:-}
+# What keeps the shop's data, for journeys that compare the rows: one after the other.
+kept_by=${VALTRINO_KEPT_BY:-jet4 jet3}
 
 for tool in Xvfb setxkbmap openbox xdotool import mdb-export; do
     if ! command -v "$tool" > /dev/null; then
@@ -58,6 +60,77 @@ install_program() {
     mkdir -p "$place/program" "$place/data"
     cp "$programs/valtrino" "$place/program/"
     printf '%s\r\n' "$place/data" > "$place/program/init.ini"
+}
+
+# new_shop <what keeps it> <how it is filled>...: a fresh sample database, in a file of that version or
+# on a server, and init.ini names it.
+new_shop() {
+    local by=$1 file=$place/data/automacao.mdb
+    shift
+    rm -rf "$place/data/"*
+    server=
+    [ "$by" != server ] || { file=$place/loja.mdb && rm -f "$file"; }
+    "$programs/valtrino-mdb" sample "--${by/server/jet4}" "$@" "$file"
+    if [ "$by" = server ]; then
+        new_database
+        to_the_server "$file"
+    fi
+    printf '%s\r\n' "${server:-$place/data}" > "$place/program/init.ini"
+}
+
+# A server of the journey's own, which only this machine reaches; servers don't run as root.
+postgres_programs=$(ls -d /usr/lib/postgresql/*/bin 2> /dev/null | tail -n 1)
+as_clerk=()
+[ "$(id -u)" != 0 ] || as_clerk=(setpriv --reuid=postgres --regid=postgres --clear-groups)
+needs_server() {
+    if [ -z "$postgres_programs" ] || ! command -v psql > /dev/null; then
+        echo "skipped: postgresql is not installed"
+        exit 77
+    fi
+}
+start_server() {
+    [ ! -d "$place/server" ] || return 0
+    mkdir "$place/server"
+    chmod 711 "$place"
+    chmod 777 "$place/server"
+    "${as_clerk[@]}" "$postgres_programs/initdb" -D "$place/server/data" -U dono -A trust -E UTF8 \
+        --locale=C.UTF-8 --no-sync > /dev/null
+    "${as_clerk[@]}" "$postgres_programs/postgres" -D "$place/server/data" -k "$place/server" \
+        -c listen_addresses= -c fsync=off >> "$place/server.log" 2>&1 &
+    helpers+=($!)
+    until_true "the server" psql -h "$place/server" -U dono -c '' postgres
+    : > "$place/server.log" # without who came too early
+}
+databases=0
+new_database() {
+    start_server
+    databases=$((databases + 1))
+    psql -q -h "$place/server" -U dono -c "create database loja$databases" postgres
+    server="postgresql:///loja$databases?user=dono&host=$place/server"
+    "$programs/valtrino-mdb" create "$server" > /dev/null
+}
+# By way of programs that aren't ours.
+to_the_server() {
+    local table
+    for table in bancos cliente_fornecedor cheques semfundos; do
+        mdb-export -D '%Y-%m-%d %H:%M:%S' -T '%Y-%m-%d %H:%M:%S' "$1" "$table" > "$place/rows.csv"
+        psql -q "$server" <<SQL
+\copy valtrino.$table from '$place/rows.csv' (format csv, header match)
+select setval(pg_get_serial_sequence('valtrino.$table', column_name), max, max > 1) from (
+    select column_name from information_schema.columns
+    where table_schema = 'valtrino' and table_name = '$table' and is_identity = 'YES') c,
+    (select coalesce(max($(head -n 1 "$place/rows.csv" | cut -d , -f 1)), 1) from valtrino.$table) m (max) \g /dev/null
+SQL
+    done
+}
+# expect_sound: what was done has left the file, or the server's database, as it should be.
+expect_sound() {
+    if [ -n "$server" ]; then
+        ! grep -E '(ERROR|FATAL|PANIC):' "$place/server.log" || fail "the server had to complain"
+    else
+        [ -z "$(find "$place/data" -name '*.ldb' -o -name '*-journal*')" ] || fail "something was left behind"
+        "$programs/valtrino-mdb" check "$place/data/automacao.mdb" > "$place/check" || fail "$(cat "$place/check")"
+    fi
 }
 
 start_program() {
@@ -151,8 +224,22 @@ save_as() {
     until_true "the file $3" [ -s "$3" ]
 }
 
-# The rows of a table as an independent reader of the file sees them.
-rows() { mdb-export -H -d '|' -Q -T '%Y-%m-%d' "$place/data/automacao.mdb" "$1"; }
+# The rows of a table as an independent reader sees them, of the file or on the server.
+rows() {
+    if [ -n "${server:-}" ]; then
+        # shellcheck disable=SC2016
+        psql -At -F '|' -v table="$1" "$server" <<'SQL'
+select 'select ' || string_agg(case data_type
+        when 'boolean' then format('%I::int', column_name)
+        when 'timestamp without time zone' then format('to_char(%I, ''YYYY-MM-DD'')', column_name)
+        else quote_ident(column_name) end, ',' order by ordinal_position)
+    || format(' from valtrino.%I order by 1', :'table')
+    from information_schema.columns where table_schema = 'valtrino' and table_name = :'table' \gexec
+SQL
+    else
+        mdb-export -H -d '|' -Q -T '%Y-%m-%d' "$place/data/automacao.mdb" "$1"
+    fi
+}
 rows_are() { [ "$(rows "$1" | sort)" = "$2" ]; }
 expect_rows() { until_true "the rows of $1: $2, instead of $(rows "$1")" rows_are "$1" "$2"; }
 
