@@ -1,5 +1,6 @@
 #include "shell/Configuracao.h"
 
+#include "ado/ConnectionString.h"
 #include "jet/Error.h"
 
 #include <QCoreApplication>
@@ -84,18 +85,22 @@ QString arquivoParaLer(const QString& pastaPrograma) {
     return primeiro == lugares.cend() ? lugares.first() : *primeiro;
 }
 
+QString semSenha(const QString& linha) {
+    return QString::fromStdString(ado::withoutPassword(linha.toStdString()));
+}
+
 QString pastaDosDados(const QString& pastaPrograma) {
     QFile arquivo(arquivoParaLer(pastaPrograma));
     if (!QFileInfo(arquivo).isFile())
         return pastaPrograma;
     if (!arquivo.open(QIODevice::ReadOnly))
         throw falha(jet::Errc::io, "ler", arquivo);
-    return decode(firstLine(arquivo));
+    return semSenha(decode(firstLine(arquivo)));
 }
 
 void gravarPasta(const QString& pastaPrograma, const QString& pasta) {
     QString linha = pasta;
-    linha.remove('\r').remove('\n');
+    linha = semSenha(linha.remove('\r').remove('\n'));
     const QString lugar = arquivoParaGravar(pastaPrograma);
     if (soDeLeitura(pastaPrograma))
         QDir().mkpath(QFileInfo(lugar).path());

@@ -31,16 +31,20 @@ namespace Configuracao {
 [[nodiscard]] QString arquivoParaLer(const QString& pastaPrograma);
 
 /// The first line of init.ini, whole: no blanks are trimmed, no separator is added or removed, and
-/// an empty line or an empty file is an empty folder. Only what ends the line and a byte order mark
-/// go. The text is UTF-8, or else, as older machines write it, one byte a character (Latin-1).
-/// Without a file, the program's folder itself: the database is then expected beside the program.
+/// an empty line or an empty file is an empty folder. Only what ends the line, a byte order mark
+/// and the password in a server's address go. The text is UTF-8, or else, as older machines write
+/// it, one byte a character (Latin-1). Without a file, the program's folder itself: the database is
+/// then expected beside the program.
 /// @throws jet::Error{io} if the file is there but can't be read.
 [[nodiscard]] QString pastaDosDados(const QString& pastaPrograma);
 
+/// A folder line without the password that a server's address may have.
+[[nodiscard]] QString semSenha(const QString& linha);
+
 /// Makes the folder the one line of init.ini, as pastaDosDados() reads it back: whole, in UTF-8,
-/// then a line break. Line breaks within it, which a paste may bring along, are left out. Whatever
-/// fails or breaks off, the file is the old one or the new one, whole.
-/// The folder of the user's file is made if there is none.
+/// without the password in a server's address, then a line break. Line breaks within it, which a
+/// paste may bring along, are left out. Whatever fails or breaks off, the file is the old one or
+/// the new one, whole. The folder of the user's file is made if there is none.
 /// @throws jet::Error{full, readOnly} if it can't be written; the file is then as it was, and the
 ///         operator may try again.
 void gravarPasta(const QString& pastaPrograma, const QString& pasta);

@@ -104,6 +104,12 @@ dbconectar::dbconectar() {
     Automacao.setRecorder(&historico);
 }
 
+void dbconectar::setSenha(const QString& senha) {
+    const std::string endereco =
+        ado::withPassword(Mirtal::DatabaseFolder.toStdString(), senha.toStdString());
+    Automacao.setConnectionString(kProvedor + ado::quotedValue(endereco));
+}
+
 dbconectar::~dbconectar() { setBeforeMessages({}); }
 
 void dbconectar::abrir() {

@@ -1,8 +1,12 @@
 #include "shell/frmSplash.h"
 
+#include "ado/ConnectionString.h"
+#include "ado/ServerShop.h"
 #include "controls/look/Icons.h"
 #include "controls/look/Style.h"
+#include "controls/window/PasswordBox.h"
 #include "controls/window/WindowList.h"
+#include "jet/Error.h"
 #include "shell/Configuracao.h"
 #include "shell/DatabaseFolder.h"
 #include "shell/MDICheques.h"
@@ -37,8 +41,34 @@ void frmSplash::Form_Load() {
     show();
     pintar();
     Mirtal::DatabaseFolder = Configuracao::pastaDosDados(Configuracao::pastaDoPrograma());
-    dbconectar::instance().abrir();
+    abrirComSenha();
     Timer1.start();
+}
+
+// A server may ask for a password that neither ~/.pgpass nor its address has. Who doesn't know it
+// is told what any other failure is told.
+void frmSplash::abrirComSenha() {
+    QString motivo;
+    for (;;) {
+        try {
+            return dbconectar::instance().abrir();
+        } catch (const jet::Error& recusa) {
+            const QString lugar = Mirtal::DatabaseFolder;
+            if (recusa.code() != jet::Errc::password || !ado::isServerAddress(lugar.toStdString()))
+                throw;
+            hide(); // it would stand over the question
+            const auto senha =
+                askPassword(motivo + "O servidor pede a senha de quem entra em\n" +
+                                QString::fromStdString(ado::shownSource(
+                                    "Data Source=" + ado::quotedValue(lugar.toStdString()))),
+                            "Senha do servidor");
+            if (!senha)
+                throw;
+            dbconectar::instance().setSenha(*senha);
+            motivo = "O usuário ou a senha não foi aceito.\n\n";
+            show();
+        }
+    }
 }
 
 // The opening holds the thread: the window must be on the screen before it, not after. A screen

@@ -23,6 +23,7 @@ protected:
 private:
     void Timer1_Timer();
     void pintar();
+    void abrirComSenha();
 
     QTimer Timer1;
 };

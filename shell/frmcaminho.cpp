@@ -60,6 +60,9 @@ void frmcaminho::File1_Click() { txtcaminho->setText(QDir::toNativeSeparators(Fi
 
 void frmcaminho::cmdemitir_Click() {
     Configuracao::gravarPasta(Configuracao::pastaDoPrograma(), txtcaminho->text());
+    if (const QString mantida = Configuracao::semSenha(txtcaminho->text());
+        mantida != txtcaminho->text())
+        txtcaminho->setText(mantida);
     nothingTyped();
 }
 

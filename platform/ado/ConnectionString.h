@@ -25,6 +25,12 @@ namespace ado {
 /// @throws Error{misuse} if there is none.
 [[nodiscard]] std::string shownSource(std::string_view connectionString);
 
+/// A server's address without a password, wherever one may stand in it; what is no address, as it
+/// is.
+[[nodiscard]] std::string withoutPassword(std::string_view address);
+/// A server's address with that password and no other.
+[[nodiscard]] std::string withPassword(std::string_view address, std::string_view password);
+
 /// A value as it must stand in a connection string to be read back as it is: in quotes if it would
 /// be read otherwise, as the path of a folder with a semicolon in its name or a blank before it
 /// would, else bare.

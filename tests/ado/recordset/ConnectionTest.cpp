@@ -25,6 +25,28 @@ TEST(ConnectionString, OnlyTheDataSourceCounts) {
         EXPECT_EQ(errorOf([&] { (void)ado::dataSource(none); }), Errc::misuse) << none;
 }
 
+TEST(ConnectionString, AnAddressIsKeptWithoutItsPasswordWhereverItStands) {
+    const std::pair<const char*, const char*> addresses[] = {
+        {"postgresql://caixa:se:g@loja/base",                    "postgresql://caixa@loja/base"           },
+        {"postgresql://caixa:@loja/base",                        "postgresql://caixa@loja/base"           },
+        {"postgresql://:segredo@loja/base",                      "postgresql://@loja/base"                },
+        {"postgresql://caixa:segredo@a,b:5433/base?x=y",         "postgresql://caixa@a,b:5433/base?x=y"   },
+        {"postgresql:///base?user=a&password=b&host=/c",         "postgresql:///base?user=a&host=/c"      },
+        {"postgresql:///base?password=b",                        "postgresql:///base"                     },
+        {"postgresql:///base?p%61ssword=b&sslpassword=c&user=a", "postgresql:///base?user=a"              },
+        {"postgresql://loja:5433/base?passfile=/d",              "postgresql://loja:5433/base?passfile=/d"},
+        {"postgresql://loja/@b:c",                               "postgresql://loja/@b:c"                 },
+        {"postgresql://",                                        "postgresql://"                          },
+        {"/loja:a@b?password=c",                                 "/loja:a@b?password=c"                   },
+    };
+    for (const auto& [written, kept] : addresses)
+        EXPECT_EQ(ado::withoutPassword(written), kept) << written;
+    EXPECT_EQ(ado::withPassword("postgresql://a:b@loja/base?password=c", "d&ç"),
+              "postgresql://a@loja/base?password=%64%26%C3%A7");
+    EXPECT_EQ(ado::withPassword("postgresql:///base?user=a", "="),
+              "postgresql:///base?user=a&password=%3D");
+}
+
 TEST(ConnectionString, AnyPathGoesThroughItInQuotesWhereItNeedsThem) {
     const struct {
         const char* path;
