@@ -1,12 +1,12 @@
 // What becomes of the work when the line to the server breaks, or the server itself.
 #ifdef VALTRINO_SERVER
 
-#include "support/Cluster.h"
 #include "ado/ConnectionString.h"
 #include "ado/Follower.h"
 #include "ado/Shop.h"
 #include "support/Relay.h"
 #include "ado/server/ServerWire.h"
+#include "support/Cluster.h"
 
 #include <gmock/gmock.h>
 
