@@ -84,6 +84,8 @@ void ServerSession::change(const ServerTable& table, const ServerRow* before,
     const bool within = kept && !own;
     if (own)
         begin();
+    if (before != nullptr)
+        wire_.takeTurn();
     if (within)
         wire_.mark();
     const std::uint64_t counted = unwritten_;

@@ -32,6 +32,8 @@ constexpr char kForgetStep[] = "release savepoint passo";
 /// them, and they for this.
 constexpr char kClaim[] = "lock table valtrino_estacoes.gravacao in share row exclusive mode";
 
+constexpr char kTurn[] = "select pg_advisory_xact_lock(hashtext('valtrino'))";
+
 constexpr char kLostWriting[] =
     "A conexão com o servidor caiu no meio da gravação. Nada dela foi gravado: grave de novo.";
 constexpr char kLostReading[] =
@@ -344,7 +346,7 @@ void ServerWire::begin() {
     requireSettled();
     stopReading();
     open_ = true;
-    claiming_ = false;
+    claiming_ = turn_ = false;
     ++number_;
 }
 
@@ -384,6 +386,11 @@ void ServerWire::rollback() {
 void ServerWire::claim() {
     claiming_ = true;
     static_cast<void>(run(begun_ ? kClaim : "select 1"));
+}
+
+void ServerWire::takeTurn() {
+    if (open_ && !std::exchange(turn_, true))
+        ahead_.emplace_back(kTurn);
 }
 
 void ServerWire::mark() { ahead_.emplace_back(kMark); }

@@ -101,6 +101,9 @@ public:
     [[nodiscard]] bool inTransaction() const noexcept { return open_; }
     /// Inside a transaction, best at its beginning: no station changes anything until it ends.
     void claim();
+    /// Inside a transaction, before it changes a row that is there: one after the other do, as two
+    /// that change the same rows in different orders would wait for each other.
+    void takeTurn();
     /// Inside a transaction: a point that it can go back to. Not nested.
     void mark();
     void forgetMark();
@@ -170,6 +173,7 @@ private:
     bool open_ = false;              ///< a transaction, by its user
     bool begun_ = false;             ///< on the server too
     bool claiming_ = false;          ///< for itself alone
+    bool turn_ = false;              ///< the open one has taken its turn to change rows
     bool lost_ = false;              ///< the open one has gone with its line
     std::vector<std::string> ahead_; ///< what goes before the next statement
     int readings_ = 0;               ///< of one state, by their users
