@@ -215,7 +215,11 @@ ServerStatement ServerQuery::range(From from, bool forwards, const ServerRow* pl
     for (const OrderColumn& by : order_) {
         order += order.empty() ? " order by " : ", ";
         order += column(by.column, alias());
-        order += forwards != by.descending ? " asc nulls first" : " desc nulls last";
+        const bool upwards = forwards != by.descending;
+        order += upwards ? " asc" : " desc";
+        // No key is null, and where that isn't said the server goes by the key's own index.
+        if (std::ranges::find(keyed_->key, by.column) == keyed_->key.end())
+            order += upwards ? " nulls first" : " nulls last";
     }
     statement.sql = "select " + rowOfTable(alias()) + " from " + select_.from + where(condition) +
                     order + " limit " + std::to_string(most);

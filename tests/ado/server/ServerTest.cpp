@@ -2,6 +2,7 @@
 #include "ado/ConnectionString.h"
 #include "ado/Follower.h"
 #include "ado/Shop.h"
+#include "ado/server/ServerWire.h"
 #include "support/Cluster.h"
 
 #include <gmock/gmock.h>
@@ -191,6 +192,35 @@ TEST_P(ServerTest, ALongListIsWalkedAndSearchedInBatches) {
     EXPECT_EQ(list["numero"].text(), "300");
     list.MovePrevious();
     EXPECT_EQ(list["numero"].text(), "301");
+}
+
+TEST_P(ServerTest, AListOfAllRowsIsEnteredByTheKeyFromBothEndsAndNeverReadWhole) {
+    const std::string address = *ado::serverAddress(connectionString());
+    ado::ServerWire wire(address);
+    static_cast<void>(wire.run("insert into cheques (numero, valor) "
+                               "select n::text, 1 from generate_series(1, 20000) n"));
+    static_cast<void>(wire.run("analyze cheques"));
+    const auto counted = [&](const std::string& what) {
+        return std::stoll(Cluster::answer(address, "select " + what +
+                                                       " from pg_stat_user_tables "
+                                                       "where relname = 'cheques'"));
+    };
+    const auto read = counted("seq_tup_read");
+    const auto entered = counted("idx_scan");
+    {
+        ado::Connection station;
+        station.Open(connectionString());
+        Recordset rows;
+        rows.Open("cheques", station);
+        rows.MoveLast();
+        rows.MovePrevious();
+        rows.MoveFirst();
+        rows.Find("lancamento=15000");
+        EXPECT_EQ(rows["lancamento"].integer(), 15000);
+    }
+    while (counted("idx_scan") < entered + 1) // the server counts when the line has gone
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_EQ(counted("seq_tup_read"), read);
 }
 
 TEST_P(ServerTest, WhoFollowsATableIsToldWhichBlocksHaveChanged) {
