@@ -1,8 +1,8 @@
 // What a long way to the server costs the clerk: a cheque saved as its window does it, by a line
 // that takes so long there and back.
-#include "support/Cluster.h"
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
+#include "support/Cluster.h"
 #include "support/Relay.h"
 #include "tools/ShopSchema.h"
 
@@ -35,7 +35,7 @@ int main() {
     if (const std::string why = Cluster::absence(); !why.empty())
         return std::puts(why.c_str()), 1;
     const auto tables = shop::tables();
-    Cluster& server = Cluster::instance({tables.begin(), tables.end()});
+    Cluster& server = Cluster::instance(tables);
     Relay relay(server.newShop());
     ado::Connection station;
     station.Open("Data Source=" + relay.address());

@@ -1,10 +1,10 @@
 // A primary falls in the middle of saves, and its standby takes over, again and again.
 #ifdef VALTRINO_SERVER
 
-#include "support/Cluster.h"
 #include "ado/ServerShop.h"
 #include "ado/Shop.h"
 #include "ado/server/ServerWire.h"
+#include "support/Cluster.h"
 
 #include <gtest/gtest.h>
 

@@ -4,9 +4,9 @@
 #include "ado/ConnectionString.h"
 #include "ado/Follower.h"
 #include "ado/Shop.h"
-#include "support/Relay.h"
 #include "ado/server/ServerWire.h"
 #include "support/Cluster.h"
+#include "support/Relay.h"
 
 #include <gmock/gmock.h>
 
