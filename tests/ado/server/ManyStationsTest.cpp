@@ -32,9 +32,9 @@ constexpr int kOfThem = 4;        ///< the client whose cheques come and go
 constexpr int kSteadyCheques = 6; ///< whose sum never changes
 
 /// The work of one station, in a process of its own; what came of it goes to a file.
-class Clerk {
+class StationAtWork {
 public:
-    Clerk(int number, const std::string& connection, const std::filesystem::path& told)
+    StationAtWork(int number, const std::string& connection, const std::filesystem::path& told)
         : number_(number), random_(static_cast<unsigned>(number)), told_(told) {
         connection_.Open(connection);
     }
@@ -193,7 +193,8 @@ protected:
         if (child == 0) {
             int status = 0;
             try {
-                Clerk clerk(number, connectionString(), folder.path() / std::to_string(number));
+                StationAtWork clerk(number, connectionString(),
+                                    folder.path() / std::to_string(number));
                 work(clerk);
             } catch (const std::exception& failure) {
                 std::ofstream(folder.path() / std::to_string(number), std::ios::app)
@@ -249,15 +250,15 @@ TEST_P(ManyStations, NothingIsLostReadByHalvesOrToldToAClerkThatIsntHisToMend) {
 
     std::vector<pid_t> children;
     for (int number = 0; number < clerks; ++number)
-        children.push_back(start(number, [](Clerk& clerk) { clerk.work(); }));
+        children.push_back(start(number, [](StationAtWork& clerk) { clerk.work(); }));
     const auto done = [this, clerks] {
         for (int number = 0; number < clerks; ++number)
             if (!std::filesystem::exists(folder.path() / (std::to_string(number) + ".done")))
                 return false;
         return true;
     };
-    children.push_back(start(clerks, [](Clerk& clerk) { clerk.listen(); }));
-    children.push_back(start(clerks + 1, [&](Clerk& clerk) { clerk.tell(done); }));
+    children.push_back(start(clerks, [](StationAtWork& clerk) { clerk.listen(); }));
+    children.push_back(start(clerks + 1, [&](StationAtWork& clerk) { clerk.tell(done); }));
     for (const pid_t child : children) {
         int status = 0;
         waitpid(child, &status, 0);
