@@ -1,13 +1,13 @@
 // A file's tables to a server and back.
 #include "ado/Migration.h"
 
-#include "support/Cluster.h"
 #include "ado/Connection.h"
 #include "ado/ConnectionString.h"
 #include "ado/Recordset.h"
 #include "ado/Shop.h"
 #include "jet/Check.h"
 #include "jet/Database.h"
+#include "support/Cluster.h"
 #include "support/FileRules.h"
 #include "support/Samples.h"
 #include "support/TemporaryFolder.h"
