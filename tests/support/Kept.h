@@ -46,6 +46,7 @@ inline std::string keptName(const testing::TestParamInfo<Kept>& chosen) {
 inline constexpr char kByTheFile[] = "works on the file itself, past the connection";
 inline constexpr char kNewsAtOnce[] = "there a list takes in at once what others wait for";
 inline constexpr char kJoinsStay[] = "there the rows of a join are as they were when fetched";
+inline constexpr char kTheyWait[] = "there whoever makes a table waits for those who are saving";
 inline constexpr char kItsOwnLimits[] =
     "there whoever runs the server says how much one may ask for";
 inline constexpr char kTyped[] = "there texts aren't compared or reckoned with as numbers";
