@@ -2,8 +2,8 @@
 
 #include "jet/Database.h"
 #include "jet/Disk.h"
+#include "schema/ShopSchema.h"
 #include "tools/SampleData.h"
-#include "tools/ShopSchema.h"
 
 #include <sqlite3.h>
 

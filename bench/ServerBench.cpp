@@ -2,9 +2,9 @@
 // that takes so long there and back.
 #include "ado/Connection.h"
 #include "ado/Recordset.h"
+#include "schema/ShopSchema.h"
 #include "support/Cluster.h"
 #include "support/Relay.h"
-#include "tools/ShopSchema.h"
 
 #include <algorithm>
 #include <chrono>

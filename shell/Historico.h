@@ -2,7 +2,7 @@
 
 #include "ado/Recorder.h"
 #include "ado/Recordset.h"
-#include "tools/ShopSchema.h"
+#include "schema/ShopSchema.h"
 
 #include <QString>
 

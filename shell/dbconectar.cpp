@@ -3,9 +3,9 @@
 #include "ado/ConnectionString.h"
 #include "controls/window/MessageBox.h"
 #include "jet/Error.h"
+#include "schema/ShopUpgrade.h"
 #include "shell/Configuracao.h"
 #include "shell/DatabaseFolder.h"
-#include "tools/ShopUpgrade.h"
 
 #include <iterator>
 #include <memory>

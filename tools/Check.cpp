@@ -3,9 +3,9 @@
 #include "ado/ServerCheck.h"
 #include "jet/CheckRules.h"
 #include "jet/FileSteps.h"
+#include "schema/ShopSchema.h"
 #include "tools/Commands.h"
 #include "tools/ProgressLine.h"
-#include "tools/ShopSchema.h"
 #include "tools/ValueText.h"
 
 #include <algorithm>

@@ -1,10 +1,10 @@
 #include "ado/ConnectionString.h"
 #include "ado/ServerShop.h"
 #include "jet/Database.h"
+#include "schema/ShopSchema.h"
 #include "tools/Commands.h"
 #include "tools/ProgressLine.h"
 #include "tools/SampleData.h"
-#include "tools/ShopSchema.h"
 
 #include <ctime>
 #include <functional>

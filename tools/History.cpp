@@ -1,8 +1,8 @@
 #include "jet/Database.h"
 #include "jet/DropTable.h"
 #include "jet/Error.h"
+#include "schema/ShopSchema.h"
 #include "tools/Commands.h"
-#include "tools/ShopSchema.h"
 
 #include <iostream>
 

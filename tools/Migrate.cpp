@@ -1,8 +1,8 @@
 #include "ado/ConnectionString.h"
 #include "ado/Migration.h"
+#include "schema/ShopSchema.h"
 #include "tools/Commands.h"
 #include "tools/ProgressLine.h"
-#include "tools/ShopSchema.h"
 #include "tools/TextTable.h"
 
 #include <cstdio>

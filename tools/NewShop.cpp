@@ -6,8 +6,8 @@
 #include "controls/look/Style.h"
 #include "controls/window/MessageBox.h"
 #include "jet/Error.h"
+#include "schema/ShopSchema.h"
 #include "shell/Configuracao.h"
-#include "tools/ShopSchema.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "jet/Backup.h"
 #include "jet/Error.h"
+#include "schema/ShopUpgrade.h"
 #include "tools/Commands.h"
-#include "tools/ShopUpgrade.h"
 
 #include <iostream>
 

@@ -8,12 +8,12 @@
 #include "registers/frmBancos.h"
 #include "registers/frmCliFor.h"
 #include "reports/FrmFiltroRelat.h"
+#include "schema/ShopSchema.h"
+#include "schema/ShopUpgrade.h"
 #include "shell/MDICheques.h"
 #include "shell/Mirtal.h"
 #include "shell/Programa.h"
 #include "support/ChequeShop.h"
-#include "tools/ShopSchema.h"
-#include "tools/ShopUpgrade.h"
 
 #include <gmock/gmock.h>
 

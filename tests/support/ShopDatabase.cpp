@@ -1,8 +1,8 @@
 #include "support/ShopDatabase.h"
 
 #include "ado/ServerShop.h"
+#include "schema/ShopSchema.h"
 #include "support/Cluster.h"
-#include "tools/ShopSchema.h"
 
 #include <random>
 #include <stdexcept>

@@ -1,8 +1,8 @@
 #include "support/ShopTest.h"
 
 #include "jet/Check.h"
+#include "schema/ShopSchema.h"
 #include "shell/Mirtal.h"
-#include "tools/ShopSchema.h"
 
 #include <thread>
 

@@ -1,10 +1,10 @@
 // What the technician's program does on a server, run as he runs it.
 #include "ado/Connection.h"
 #include "ado/ConnectionString.h"
+#include "schema/ShopSchema.h"
 #include "support/Cluster.h"
 #include "support/Program.h"
 #include "support/TemporaryFolder.h"
-#include "tools/ShopSchema.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

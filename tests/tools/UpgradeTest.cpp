@@ -1,6 +1,6 @@
 // A file of an earlier version gets what this one asks for.
 #include "jet/Check.h"
-#include "tools/ShopSchema.h"
+#include "schema/ShopSchema.h"
 #include "tools/Tools.h"
 
 #include <filesystem>

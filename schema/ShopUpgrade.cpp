@@ -1,7 +1,7 @@
-#include "tools/ShopUpgrade.h"
+#include "schema/ShopUpgrade.h"
 
 #include "jet/ExtendTable.h"
-#include "tools/ShopSchema.h"
+#include "schema/ShopSchema.h"
 
 #include <algorithm>
 

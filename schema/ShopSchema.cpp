@@ -1,4 +1,4 @@
-#include "tools/ShopSchema.h"
+#include "schema/ShopSchema.h"
 
 #include "jet/FileSteps.h"
 
