@@ -177,7 +177,7 @@ TEST_P(FetchedPages, ComeWithTheFirstInOneCall) {
     Pager pager = openThere(8);
     EXPECT_EQ(pager.readAhead(PageNo{5}, 4).page(), PageNo{5}); // the file has but three of them
     EXPECT_EQ(reads, 1);
-    for (const std::uint32_t page : {5, 6, 7})
+    for (const std::uint32_t page : {5U, 6U, 7U})
         EXPECT_EQ(markOf(pager, page), 0);
     EXPECT_EQ(reads, 1);
     EXPECT_EQ(markOf(pager, 3), 0);
