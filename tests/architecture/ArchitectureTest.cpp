@@ -85,6 +85,7 @@ const std::vector<Layer> kLayers = {
     {"bench_data",        Outside::sqlite,  {"shop_samples"}                                  },
     {"shop_bench",        Outside::sqlite,  {"ado", "bench_data"}                             },
     {"limits_bench",      Outside::sqlite,  {"ado", "bench_data"}                             },
+    {"compared_bench",    Outside::nothing, {"ado"}                                           },
     {"bench_windows",     Outside::qt,      {"controls"}                                      },
     {"operations_bench",  Outside::qt,      {"collections", "bench_data", "bench_windows"}    },
     {"portfolio_bench",   Outside::qt,      {"agenda", "bench_data", "bench_windows"}         },
