@@ -4,14 +4,13 @@
 # the status bar says so and a save is refused, and tried again when it has left; a station that has to
 # wait for another keeps its window painted, saves as soon as it can, and says so if it can't. What was
 # refused stays in the window. An independent reader finds in the file just what was saved.
-source "$(dirname "$0")/journey.sh"
+source "$(dirname "$0")/stations.sh"
 
 if ! command -v python3 > /dev/null; then
     echo "skipped: python3 is not installed"
     exit 77
 fi
 
-entry="Cadastro de Cheques Recebidos"
 foreign_user=0x10000007  # the byte of user 7, without the mark that our own programs set beside it
 writing=0x70001001       # the byte that a station holds while it writes
 
@@ -37,62 +36,9 @@ let_go() {
     rm "$place/hold"
 }
 
-# cheque <lancamento> <number>: a row as it must be stored.
-cheque() { echo "$1|$client|$bank|1234|$2|2026-12-05|2027-01-10|10.0000||Gerente|1"; }
-expect_cheques() { expect_rows cheques "$(printf '%s\n' "$@")"; }
-
-# at <station> <title>: goes to the newest window of a program.
-at() {
-    xdotool windowactivate --sync "$(xdotool search --onlyvisible --pid "$1" | tail -n 1)"
-    until_window "$2"
-}
-open_entry() {
-    at "$1" "Valtrino"
-    keys alt+m e
-    until_window "$entry"
-}
-fill_cheque() { fill "$name" "$bank_name" 1234 "$1" 05122026 10012027 10,00 Gerente; }
-find_first() {
-    keys alt+l
-    until_window "Localizar Cheque Recebidos"
-    to_the_list
-    keys Home Return Return
-    until_window "$entry"
-}
-# Through every field, the value too, whose leaving sums up the client's cheques.
-change_number() {
-    fill "" "" "" "$1" "" "" "" "" ""
-    keys alt+s
-}
-refused() {
-    until_window "Mensagem"
-    picture "$1"
-    keys Return
-    until_window "$entry"
-}
-
 # The place in the status bar where "Somente consulta" comes and goes.
 read_only_sign() { import -window root -crop 170x22+1060+746 -depth 8 rgb:- | md5sum; }
 sign_is() { [ "$(read_only_sign)" = "$1" ]; }
-
-work_on_the_same_cheque() {
-    open_entry "$first"
-    fill_cheque 501
-    keys alt+s
-    expect_cheques "$(cheque 1 501)"
-    find_first
-    open_entry "$second"
-    find_first
-    change_number 502
-    expect_cheques "$(cheque 1 502)"
-    at "$first" "$entry"
-    change_number 503
-    refused estacoes-conflito
-    expect_cheques "$(cheque 1 502)"
-    find_first
-    change_number 503
-    expect_cheques "$(cheque 1 503)"
-}
 
 save_beside_a_foreign_program() {
     local without
@@ -108,9 +54,6 @@ save_beside_a_foreign_program() {
     keys alt+s
     expect_cheques "$(cheque 1 503)" "$(cheque 2 504)"
 }
-
-look() { import -window "$1" -depth 8 rgb:- | md5sum; }
-looks() { [ "$(look "$1")" = "$2" ]; }
 
 # What has been out of the screen must be painted anew, in the middle of the wait.
 expect_painted() {
@@ -144,15 +87,6 @@ wait_for_another_station() {
     expect_cheques "$(cheque 1 503)" "$(cheque 2 504)" "$(cheque 3 505)" "$(cheque 4 506)"
 }
 
-end_station() {
-    at "$1" "$entry"
-    keys Escape
-    at "$1" "Valtrino"
-    keys alt+a s
-    program=$1
-    expect_end 0
-}
-
 start_beside_a_foreign_program() {
     hold $foreign_user
     start_program
@@ -169,17 +103,12 @@ start_screen
 install_program
 "$programs/valtrino-mdb" sample --clients 100 --banks 4 --cheques 0 --bounced 0 "$place/data/automacao.mdb"
 choose_client_and_bank
-start_program
-first=$program
-until_true "the first station" is_ready "$first"
-start_program
-second=$program
-until_true "the second station" is_ready "$second"
-work_on_the_same_cheque
+start_two_stations
+work_on_the_same_cheque estacoes-conflito
 save_beside_a_foreign_program
 wait_for_another_station
-end_station "$first"
-end_station "$second"
+end_station "$first" "$entry"
+end_station "$second" "$entry"
 [ -z "$(find "$place/data" -name '*.ldb' -o -name '*-journal*')" ] || fail "something was left behind"
 start_beside_a_foreign_program
 "$programs/valtrino-mdb" check "$place/data/automacao.mdb"
