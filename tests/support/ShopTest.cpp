@@ -61,8 +61,8 @@ void ShopTest::byAnother(const std::function<void(ado::Connection& other)>& work
         work(other);
         other.Close();
     }
-    while (data().Automacao.store().generation() == before)
-        std::this_thread::yield(); // until it has been told
+    while (onServer() && data().Automacao.store().generation() == before)
+        std::this_thread::yield(); // until it has been told; in a file whoever reads finds it
 }
 
 std::vector<std::string> ShopTest::rows(const QString& statement) {
