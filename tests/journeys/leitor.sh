@@ -4,16 +4,22 @@
 # page of a report and what has become of it. What is told is taken from the readers' own bus.
 source "$(dirname "$0")/journey.sh"
 
-# While it is being made known to the readers the program has no ear for keys, for some seconds on a
-# machine that does much else.
-open_entry() {
-    keys alt+m e
+# opens <title> <keys>: while a window is being made known to the readers the program has no ear for keys,
+# for some seconds on a machine that does much else.
+opens() {
+    local title=$1
+    shift
+    keys "$@"
     for _ in $(seq 50); do
-        title_is "Cadastro de Cheques Recebidos" && return
+        title_is "$title" && return
         sleep 0.1
     done
     keys Escape Escape
     return 1
+}
+by_keys() {
+    until_true "the keys for $1" opens "$@"
+    until_window "$1"
 }
 
 needs_hearing
@@ -25,8 +31,7 @@ choose_client_and_bank
 start_program
 until_window "Valtrino"
 
-until_true "the entry" open_entry
-until_window "Cadastro de Cheques Recebidos"
+by_keys "Cadastro de Cheques Recebidos" alt+m e
 until_heard 'focus combo box "Nome do Cliente": Digite o nome do cliente'
 typed "$name"
 until_heard "text combo box \"Nome do Cliente\": $name"
@@ -39,8 +44,7 @@ until_window "Mensagem"
 keys alt+s
 until_window "Valtrino"
 
-keys alt+m b
-until_window "Baixa de cheques recebidos"
+by_keys "Baixa de cheques recebidos" alt+m b
 typed "$bank_name"
 keys Tab Tab Tab Tab
 until_heard 'focus tree item "Lançamento [0-9]*": Nº Cheque .*, Nome do Cliente .*, Valor R\$ .*'
@@ -49,8 +53,7 @@ until_heard 'ticked tree item "Lançamento [0-9]*": '
 keys Escape
 until_window "Valtrino"
 
-keys alt+r c
-until_window "Relatório de Cheques Recebidos"
+by_keys "Relatório de Cheques Recebidos" alt+r c
 keys alt+n
 typed 01012000
 keys Return
