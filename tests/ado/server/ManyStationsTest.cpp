@@ -249,6 +249,7 @@ TEST_P(ManyStations, NothingIsLostReadByHalvesOrToldToAClerkThatIsntHisToMend) {
     const std::int64_t steady = sumOf("select sum(valor) from cheques where lancamento<=6");
 
     std::vector<pid_t> children;
+    children.reserve(static_cast<std::size_t>(clerks) + 1);
     for (int number = 0; number < clerks; ++number)
         children.push_back(start(number, [](StationAtWork& clerk) { clerk.work(); }));
     const auto done = [this, clerks] {

@@ -180,7 +180,7 @@ TEST_P(Extending, WhatTheRowsDontAllowChangesNothing) {
     const struct {
         TableSpec more;
         Errc code;
-    } refused[] = {
+    } unfit[] = {
         {{"", {{"novo", text, 10}}, {{"u", {{"cliente"}}, false, true}}},                      Errc::duplicate},
         {{"", {{"novo", longInteger}}, {{"u", {{"novo"}}, false, false, false, true}}},
          Errc::nullValue                                                                                      },
@@ -192,7 +192,7 @@ TEST_P(Extending, WhatTheRowsDontAllowChangesNothing) {
     };
     // clang-format on
     Database database(file());
-    for (const auto& [more, code] : refused) {
+    for (const auto& [more, code] : unfit) {
         try {
             extendTable(database, "cheques", more);
             ADD_FAILURE();
@@ -252,7 +252,7 @@ TEST_P(Extending, RulesAndRelationshipsGoOn) {
     for (const char* name : {"cheques", "clientes"})
         extendTable(database, name, {"", {{"novo", text, 10}}, {{"novo", {{"novo"}}}}});
     Table& cheques = database.table("cheques");
-    const auto refused = [&](Row row) {
+    const auto refusalOf = [&](Row row) {
         try {
             cheques.insert(row);
         } catch (const Error& error) {
@@ -260,9 +260,9 @@ TEST_P(Extending, RulesAndRelationshipsGoOn) {
         }
         return Errc::io;
     };
-    EXPECT_EQ(refused({Value(), std::int64_t{3}, std::string("1"), true, Value(), Value()}),
+    EXPECT_EQ(refusalOf({Value(), std::int64_t{3}, std::string("1"), true, Value(), Value()}),
               Errc::related);
-    EXPECT_EQ(refused({Value(), std::int64_t{1}, std::string("13"), true, Value(), Value()}),
+    EXPECT_EQ(refusalOf({Value(), std::int64_t{1}, std::string("13"), true, Value(), Value()}),
               Errc::rule);
     Table& clients = database.table("clientes");
     EXPECT_THROW(clients.erase(clients.scan().first() ? clients.walk(0).row() : RowId{}), Error);
