@@ -8,7 +8,7 @@ source scripts/setup.sh
 tree=$PWD
 out=$tree/build/packages
 version=$(sed -n 's/^project(Valtrino VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
-name=valtrino-$version
+versioned=valtrino-$version
 SOURCE_DATE_EPOCH=$(packaging/epoch)
 # Qt puts the time of each picture into what it makes of it.
 export SOURCE_DATE_EPOCH QT_RCC_SOURCE_DATE_OVERRIDE=$SOURCE_DATE_EPOCH LC_ALL=C.UTF-8 TZ=UTC
@@ -30,11 +30,11 @@ packed() {
 # sources <folder>: what is committed, or all of an unpacked archive, in the folder valtrino-<version> there.
 sources() {
     if commit >/dev/null; then
-        is_current "$out/$name.tar.xz" || packaging/source
-        tar -C "$1" -xf "$out/$name.tar.xz"
+        is_current "$out/$versioned.tar.xz" || packaging/source
+        tar -C "$1" -xf "$out/$versioned.tar.xz"
     else
-        mkdir "$1/$name"
-        tar --exclude='./build*' -c . | tar -C "$1/$name" -x
+        mkdir "$1/$versioned"
+        tar --exclude='./build*' -c . | tar -C "$1/$versioned" -x
     fi
 }
 
