@@ -367,10 +367,11 @@ void ServerWire::commit() {
     const Answer answer = exchange(steps);
     if (answer.lost && !settle())
         throwOffline(kUndone);
-    if (answer.lost)
+    if (answer.lost || !answer.failure)
         return;
-    if (answer.failure)
-        fail(answer);
+    if (PQtransactionStatus(line_.get()) != PQTRANS_IDLE) // a step before it failed, not "commit"
+        static_cast<void>(exchange({{"rollback"}}));
+    fail(answer);
 }
 
 void ServerWire::rollback() {

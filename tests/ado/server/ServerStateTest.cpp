@@ -157,6 +157,26 @@ TEST_P(ServerStateTest, TwoWhoClaimTakeTurns) {
     EXPECT_EQ(column("bancos", "cod_banco").front(), "144");
 }
 
+// Another may work for longer than anybody waits.
+TEST_P(ServerStateTest, AfterATransactionThatCouldntBeginTheNextOneCan) {
+    const std::string address = ado::serverAddress(connectionString()).value();
+    ado::ServerWire busy(address);
+    busy.begin();
+    busy.takeTurn();
+    static_cast<void>(busy.run("select 1"));
+    ado::ServerWire wire(address);
+    static_cast<void>(wire.run("set lock_timeout = '20ms'"));
+    wire.begin();
+    wire.takeTurn();
+    EXPECT_EQ(errorOf([&] { static_cast<void>(wire.run("select 1")); }), jet::Errc::locked);
+    EXPECT_THROW(wire.commit(), jet::Error);
+    busy.rollback();
+    wire.begin();
+    wire.takeTurn();
+    EXPECT_EQ(wire.run("select 1").rows(), 1);
+    EXPECT_NO_THROW(wire.commit());
+}
+
 TEST_P(ServerStateTest, AClaimOutsideOfATransactionIsAMistake) {
     EXPECT_EQ(errorOf([&] { connection.store().claim(); }), jet::Errc::misuse);
 }
