@@ -158,6 +158,22 @@ expect_end() {
 
 not() { ! "$@"; }
 
+# leave [process]: ends the program, or that one, by the main window's keys. A program that is being
+# made known to a screen reader, or isn't yet given the keys, may miss them: they are pressed again.
+leave() {
+    local program=${1:-$program}
+    until_true "the main window" main_window_is_active
+    sleep 0.3
+    keys alt+a s
+    for tenths in $(seq 500); do
+        kill -0 "$program" 2> /dev/null || break
+        sleep 0.1
+        [ $((tenths % 100)) != 0 ] || ! main_window_is_active || keys Escape alt+a s
+    done
+    expect_end 0
+}
+main_window_is_active() { [[ $(xdotool getactivewindow getwindowname) == Valtrino* ]]; }
+
 # until_true <what> <command...>: up to a minute, for machines that do much else.
 until_true() {
     local what=$1

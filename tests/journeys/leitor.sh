@@ -65,6 +65,5 @@ until_heard 'description document "Páginas do relatório": Página 2'
 keys ctrl+a ctrl+c
 until_heard 'news notification "Aviso do relatório": O texto marcado foi copiado.'
 
-keys alt+a s
-expect_end 0
+leave
 echo "passed"

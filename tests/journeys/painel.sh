@@ -77,10 +77,7 @@ another_station_settles() {
     keys Home space alt+s
     until_true "the settlement" one_is_settled
     keys Escape
-    until_window "Valtrino"
-    keys alt+a s
-    until_true "the end of the other station" not kill -0 "$other"
-    wait "$other" || fail "the other station"
+    leave "$other"
     [ ! -s "$place/other/output" ] || fail "the other station printed: $(cat "$place/other/output")"
 }
 one_is_settled() { [ "$(rows cheques | wc -l)" = "$((stored - 1))" ]; }
@@ -102,9 +99,7 @@ for by in $kept_by; do
     another_station_settles
     # shellcheck disable=SC2046
     until_heard "text label \"Cheques em mãos\": Em mãos: $(said $(in_hand))"
-    until_window "Valtrino"
-    keys alt+a s
-    expect_end 0
+    leave
     expect_sound
 done
 echo "passed"
