@@ -132,3 +132,4 @@ for by in $kept_by; do
     expect_rows cheques "$before"
     expect_sound
 done
+echo "passed"

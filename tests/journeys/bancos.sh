@@ -55,9 +55,8 @@ fail_with_an_apostrophe() {
 
 start_screen
 install_program
-for version in jet4 jet3; do
-    rm -rf "$place/data/"*
-    "$programs/valtrino-mdb" create "--$version" "$place/data/automacao.mdb"
+for by in $kept_by; do
+    new_shop "$by"
     start_program
     register_banks
     refuse_a_duplicate
@@ -66,8 +65,7 @@ for version in jet4 jet3; do
     until_window "Valtrino"
     keys alt+a s
     expect_end 0
-    [ -z "$(find "$place/data" -name '*.ldb')" ] || fail "a lock file was left behind"
-    "$programs/valtrino-mdb" check "$place/data/automacao.mdb" || fail "the $version file has faults"
+    expect_sound
 done
 start_program
 until_window "Valtrino"

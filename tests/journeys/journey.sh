@@ -22,6 +22,8 @@ for tool in Xvfb setxkbmap openbox xdotool import mdb-export; do
 done
 
 place=$(mktemp -d)
+folder=$place/data # of the file that is looked at
+server=            # or the address of the database, where the data are on a server
 helpers=()
 finish() {
     for helper in "${helpers[@]}"; do
@@ -57,25 +59,30 @@ start_screen() {
 
 # The program in a folder of its own, its init.ini naming the folder of the database.
 install_program() {
-    mkdir -p "$place/program" "$place/data"
+    mkdir -p "$place/program" "$folder"
     cp "$programs/valtrino" "$place/program/"
-    printf '%s\r\n' "$place/data" > "$place/program/init.ini"
+    printf '%s\r\n' "$folder" > "$place/program/init.ini"
 }
 
-# new_shop <what keeps it> <how it is filled>...: a fresh sample database, in a file of that version or
-# on a server, and init.ini names it.
+# new_shop <what keeps it> [<how it is filled>...]: a fresh database with samples, or with nothing in it,
+# in a file of that version or on a server, and init.ini names it.
 new_shop() {
-    local by=$1 file=$place/data/automacao.mdb
+    local by=$1 folder=$folder
     shift
-    rm -rf "$place/data/"*
     server=
-    [ "$by" != server ] || { file=$place/loja.mdb && rm -f "$file"; }
-    "$programs/valtrino-mdb" sample "--${by/server/jet4}" "$@" "$file"
     if [ "$by" = server ]; then
         new_database
-        to_the_server "$file"
+        by=jet4 folder=$place/samples
+        mkdir -p "$folder"
     fi
-    printf '%s\r\n' "${server:-$place/data}" > "$place/program/init.ini"
+    rm -rf "${folder:?}/"*
+    if [ $# = 0 ]; then
+        [ -n "$server" ] || "$programs/valtrino-mdb" create "--$by" "$folder/automacao.mdb"
+    else
+        "$programs/valtrino-mdb" sample "--$by" "$@" "$folder/automacao.mdb"
+        [ -z "$server" ] || to_the_server "$folder/automacao.mdb"
+    fi
+    printf '%s\r\n' "${server:-$folder}" > "$place/program/init.ini"
 }
 
 # A server of the journey's own, which only this machine reaches; servers don't run as root.
@@ -90,16 +97,20 @@ needs_server() {
 }
 start_server() {
     [ ! -d "$place/server" ] || return 0
-    mkdir "$place/server"
+    mkdir -m 777 "$place/server"
     chmod 711 "$place"
-    chmod 777 "$place/server"
     "${as_clerk[@]}" "$postgres_programs/initdb" -D "$place/server/data" -U dono -A trust -E UTF8 \
         --locale=C.UTF-8 --no-sync > /dev/null
-    "${as_clerk[@]}" "$postgres_programs/postgres" -D "$place/server/data" -k "$place/server" \
-        -c listen_addresses= -c fsync=off >> "$place/server.log" 2>&1 &
-    helpers+=($!)
-    until_true "the server" psql -h "$place/server" -U dono -c '' postgres
-    : > "$place/server.log" # without who came too early
+    start_postgres "$place/server"
+}
+# start_postgres <folder>: the server with its data there, reached by a socket there.
+start_postgres() {
+    "${as_clerk[@]}" "$postgres_programs/postgres" -D "$1/data" -k "$1" -c listen_addresses= -c fsync=off \
+        >> "$1/log" 2>&1 &
+    postgres=$!
+    helpers+=("$postgres")
+    until_true "the server" psql -h "$1" -U dono -c '' postgres
+    : > "$1/log" # without who came too early
 }
 databases=0
 new_database() {
@@ -126,10 +137,10 @@ SQL
 # expect_sound: what was done has left the file, or the server's database, as it should be.
 expect_sound() {
     if [ -n "$server" ]; then
-        ! grep -E '(ERROR|PANIC):' "$place/server.log" || fail "the server had to complain"
+        ! grep -E '(ERROR|PANIC):' "$place/server/log" || fail "the server had to complain"
     else
-        [ -z "$(find "$place/data" -name '*.ldb' -o -name '*-journal*')" ] || fail "something was left behind"
-        "$programs/valtrino-mdb" check "$place/data/automacao.mdb" > "$place/check" || fail "$(cat "$place/check")"
+        [ -z "$(find "$folder" -name '*.ldb' -o -name '*-journal*')" ] || fail "something was left behind"
+        "$programs/valtrino-mdb" check "$folder/automacao.mdb" > "$place/check" || fail "$(cat "$place/check")"
     fi
 }
 
@@ -240,21 +251,34 @@ save_as() {
     until_true "the file $3" [ -s "$3" ]
 }
 
-# The rows of a table as an independent reader sees them, of the file or on the server.
+# The rows of a table as an independent reader sees them, of the file or on the server; a line each,
+# whatever their texts.
 rows() {
-    if [ -n "${server:-}" ]; then
-        # shellcheck disable=SC2016
-        psql -At -F '|' -v table="$1" "$server" <<'SQL'
+    if [ -n "$server" ]; then
+        on_the_server "$1" -At0 -F '|'
+    else
+        mdb-export -H -d '|' -Q -R $'\036' -T '%Y-%m-%d' "$folder/automacao.mdb" "$1"
+    fi | tr -d '\r' | tr '\n\036\0' ' \n\n'
+}
+# The same as CSV, below the names of the columns.
+exported() {
+    if [ -n "$server" ]; then
+        on_the_server "$1" --csv
+    else
+        mdb-export -D '%Y-%m-%d' -T '%Y-%m-%d' "$folder/automacao.mdb" "$1"
+    fi
+}
+# on_the_server <table> <how psql prints it>...
+on_the_server() {
+    # shellcheck disable=SC2016
+    psql -v table="$1" "${@:2}" "$server" <<'SQL'
 select 'select ' || string_agg(case data_type
-        when 'boolean' then format('%I::int', column_name)
-        when 'timestamp without time zone' then format('to_char(%I, ''YYYY-MM-DD'')', column_name)
+        when 'boolean' then format('%1$I::int as %1$I', column_name)
+        when 'timestamp without time zone' then format('to_char(%1$I, ''YYYY-MM-DD'') as %1$I', column_name)
         else quote_ident(column_name) end, ',' order by ordinal_position)
     || format(' from valtrino.%I order by 1', :'table')
     from information_schema.columns where table_schema = 'valtrino' and table_name = :'table' \gexec
 SQL
-    else
-        mdb-export -H -d '|' -Q -T '%Y-%m-%d' "$place/data/automacao.mdb" "$1"
-    fi
 }
 rows_are() { [ "$(rows "$1" | sort)" = "$2" ]; }
 expect_rows() { until_true "the rows of $1: $2, instead of $(rows "$1")" rows_are "$1" "$2"; }
