@@ -1,5 +1,6 @@
 #include "shell/Programa.h"
 
+#include "ado/ServerShop.h"
 #include "controls/look/Icons.h"
 #include "controls/look/Style.h"
 #include "controls/window/Failure.h"
@@ -8,6 +9,7 @@
 #include "jet/Backup.h"
 #include "jet/Error.h"
 #include "jet/Waiting.h"
+#include "shell/DatabaseFolder.h"
 #include "shell/Gravacao.h"
 #include "shell/MDICheques.h"
 #include "shell/OutraVersao.h"
@@ -162,11 +164,12 @@ QString desfecho() {
     return texto;
 }
 
-/// While the engine waits for another station the windows stay painted, the hourglass is on show
-/// and, when it takes longer, the status bar says what is waited for. Nothing else happens.
-class EsperaPorEstacao {
+/// While the engine waits for another station, or for the server, the windows stay painted, the
+/// hourglass is on show and, when it takes longer, the status bar says what is waited for. Nothing
+/// else happens.
+class EsperaPorOutros {
 public:
-    EsperaPorEstacao() {
+    EsperaPorOutros() {
         fim_.setSingleShot(true);
         fim_.setInterval(kDepois);
         QObject::connect(&fim_, &QTimer::timeout, [this] { terminar(); });
@@ -180,7 +183,9 @@ public:
             inicio_.start();
         }
         if (!dita_ && inicio_.hasExpired(kCalada))
-            dita_ = dizer("Esperando por outra estação...");
+            dita_ = dizer(ado::isServerAddress(Mirtal::DatabaseFolder.toStdString())
+                              ? "Esperando pelo servidor..."
+                              : "Esperando por outra estação...");
         fim_.start();
         const HandlersPaused pausa;
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
@@ -289,7 +294,7 @@ int executarPrograma(int argc, char** argv) {
     aplicarEstilo(aplicacao);
     QApplication::setWindowIcon(Icons::named("valtrino"));
     setFailureHandler(&atenderFalha);
-    EsperaPorEstacao espera;
+    EsperaPorOutros espera;
     jet::setWaitHook([&espera] { espera.mostrar(); });
     MDICheques::mostrarMensagens();
 

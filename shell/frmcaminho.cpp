@@ -26,6 +26,7 @@ frmcaminho::frmcaminho() {
     on(Dir1, &FolderTree::pathChanged, &frmcaminho::Dir1_Change);
     on(Dir1, &FolderTree::folderClicked, &frmcaminho::Dir1_Click);
     on(File1, &FileList::fileClicked, &frmcaminho::File1_Click);
+    lostFocus(txtcaminho, &frmcaminho::txtcaminho_LostFocus);
     on(cmdemitir, &QPushButton::clicked, &frmcaminho::cmdemitir_Click);
     on(cmdcancelar, &QPushButton::clicked, &frmcaminho::cmdcancelar_Click);
     on(cmdsair, &QPushButton::clicked, &frmcaminho::cmdsair_Click);
@@ -58,11 +59,15 @@ void frmcaminho::Dir1_Click() { txtcaminho->setText(QDir::toNativeSeparators(Dir
 // The file's folder: its name is always the same.
 void frmcaminho::File1_Click() { txtcaminho->setText(QDir::toNativeSeparators(File1->path())); }
 
-void frmcaminho::cmdemitir_Click() {
-    Configuracao::gravarPasta(Configuracao::pastaDoPrograma(), txtcaminho->text());
+// Nobody who looks at the window reads a password in an address.
+void frmcaminho::txtcaminho_LostFocus() {
     if (const QString mantida = Configuracao::semSenha(txtcaminho->text());
         mantida != txtcaminho->text())
         txtcaminho->setText(mantida);
+}
+
+void frmcaminho::cmdemitir_Click() {
+    Configuracao::gravarPasta(Configuracao::pastaDoPrograma(), txtcaminho->text());
     nothingTyped();
 }
 

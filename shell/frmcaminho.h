@@ -21,6 +21,7 @@ private:
     void Dir1_Change();
     void Dir1_Click();
     void File1_Click();
+    void txtcaminho_LostFocus();
     void cmdemitir_Click();
     void cmdcancelar_Click();
     void cmdsair_Click();

@@ -113,7 +113,8 @@ void Cluster::begin() {
     if (status != 0)
         throw std::runtime_error(textOf(said));
     std::ofstream(folder / "data" / "pg_hba.conf", std::ios::trunc)
-        << "local all caixa scram-sha-256\nlocal all all trust\n";
+        << "local all " << kAsked << " scram-sha-256\nlocal all " << kKeptOut[0]
+        << " reject\nlocal all " << kKeptOut[1] << " peer\nlocal all all trust\n";
     startServer();
     for (;;) { // until it answers
         try {
@@ -125,8 +126,8 @@ void Cluster::begin() {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
     }
-    static_cast<void>(parts_->admin->run("create role caixa superuser login password '" +
-                                         std::string(kPassword) + "'"));
+    static_cast<void>(parts_->admin->run(std::string("create role ") + kAsked +
+                                         " superuser login password '" + kPassword + "'"));
     static_cast<void>(parts_->admin->run(std::string("create database ") + kTemplate));
     ado::createShopOnServer(address(kTemplate), parts_->tables);
 }
@@ -157,9 +158,9 @@ Cluster::~Cluster() {
     }
 }
 
-std::string Cluster::askingForPassword(std::string address) {
-    constexpr std::string_view kUser = "user=loja";
-    return address.replace(address.find(kUser), kUser.size(), "user=caixa");
+std::string Cluster::as(const std::string& user, std::string address) {
+    constexpr std::string_view kOwner = "user=loja";
+    return address.replace(address.find(kOwner), kOwner.size(), "user=" + user);
 }
 
 std::string Cluster::newShop() {

@@ -37,9 +37,13 @@ public:
     void giveBack(const std::string& address);
     /// The server stops at once, whatever it is at, and starts anew.
     void crash();
-    /// The same database for a user of whom the server wants a password.
-    [[nodiscard]] static std::string askingForPassword(std::string address);
+    /// The same database for another user.
+    [[nodiscard]] static std::string as(const std::string& user, std::string address);
+    /// Of whom the server wants a password.
+    static constexpr char kAsked[] = "caixa";
     static constexpr char kPassword[] = "açaí & 100%";
+    /// Whom its rules keep out, and whom the system knows by another name.
+    static constexpr const char* kKeptOut[] = {"recusado", "alheio"};
 
 private:
     explicit Cluster(std::span<const jet::TableSpec> tables);

@@ -69,19 +69,26 @@ void throwServerError(const pg_conn* line, const pg_result* result, const std::s
                 "O servidor não conseguiu fazer o que foi pedido" + said + ".");
 }
 
-void throwNoConnection(const std::string& place, std::string_view reason) {
-    const auto says = [&](std::string_view words) {
-        return reason.find(words) != std::string_view::npos;
+// Before it lets anybody in a server gives no code, only words: in its own language, and libpq's in
+// ours.
+void throwNoConnection(const pg_conn* line, const std::string& place) {
+    const std::string reason = line != nullptr ? PQerrorMessage(line) : "";
+    const auto says = [&](std::string_view english, std::string_view portuguese) {
+        return reason.find(english) != std::string::npos ||
+               reason.find(portuguese) != std::string::npos;
     };
-    const bool refused = says("password") || says("authentication") || says("pg_hba.conf");
-    const bool absent = says("database \"") && says("does not exist");
-    throw Error(refused  ? Errc::password
-                : absent ? Errc::notFound
-                         : Errc::io,
-                "Não foi possível chegar ao servidor em\n" + place + "\n\n" +
-                    (refused  ? "Ele não aceitou o usuário ou a senha."
-                     : absent ? "Ele não tem essa base de dados."
-                              : std::string(reason)));
+    const std::string where = "Não foi possível chegar ao servidor em\n" + place + "\n\n";
+    const bool proof = says("authentication", "autentica");
+    if (says("password", "senha") || (proof && PQconnectionUsedPassword(line) != 0))
+        throw Error(Errc::password, where + "Ele não aceitou o usuário ou a senha.");
+    if (proof || says("pg_hba.conf", "pg_hba.conf"))
+        throw Error(Errc::io, where +
+                                  "Ele não deixa este usuário entrar a partir desta máquina. Quem "
+                                  "cuida do servidor diz quem entra e de onde em pg_hba.conf.\n\n" +
+                                  reason);
+    if (says("database \"", "banco de dados \"") && says("does not exist", "não existe"))
+        throw Error(Errc::notFound, where + "Ele não tem essa base de dados.");
+    throw Error(Errc::io, where + reason);
 }
 
 } // namespace ado

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 struct pg_conn;
 struct pg_result;
@@ -13,7 +12,8 @@ namespace ado {
 [[noreturn]] void throwServerError(const pg_conn* line, const pg_result* result,
                                    const std::string& place);
 
-/// That the server can't be reached, or doesn't let us in. @throws Error{io, password, notFound}.
-[[noreturn]] void throwNoConnection(const std::string& place, std::string_view reason);
+/// That the server can't be reached, or doesn't let us in: why that line, null without memory,
+/// hasn't come about. @throws Error{io, password, notFound}.
+[[noreturn]] void throwNoConnection(const pg_conn* line, const std::string& place);
 
 } // namespace ado

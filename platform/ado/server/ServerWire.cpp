@@ -5,7 +5,6 @@
 #include "jet/Waiting.h"
 
 #include <array>
-#include <charconv>
 #include <cstdio>
 #include <libpq-fe.h>
 #include <random>
@@ -31,6 +30,8 @@ constexpr char kForgetStep[] = "release savepoint passo";
 /// Each transaction that changes anything leaves its trace there, so that this waits for all of
 /// them, and they for this.
 constexpr char kClaim[] = "lock table valtrino_estacoes.gravacao in share row exclusive mode";
+
+constexpr char kListen[] = "listen valtrino";
 
 constexpr char kTurn[] = "select pg_advisory_xact_lock(hashtext('valtrino'))";
 
@@ -75,6 +76,14 @@ bool send(pg_conn* line, const ServerStatement& statement) {
                              types.data(), values.data(), nullptr, nullptr, 0) == 1;
 }
 
+bool isOn(const pg_conn* line, const char* setting) {
+    const char* const value = PQparameterStatus(line, setting);
+    return value != nullptr && std::string_view(value) == "on";
+}
+
+/// One that copies another, which tells nothing of what is changed.
+bool isStandby(const pg_conn* line) { return isOn(line, "in_hot_standby"); }
+
 /// A name that nobody else has.
 std::string newStation() {
     std::random_device random;
@@ -89,28 +98,6 @@ std::string newStation() {
 
 } // namespace
 
-// ---- rows -------------------------------------------------------------------------------------
-
-void ServerRows::Clearer::operator()(pg_result* result) const { PQclear(result); }
-int ServerRows::rows() const { return PQntuples(result_.get()); }
-int ServerRows::columns() const { return PQnfields(result_.get()); }
-std::optional<std::string> ServerRows::field(int row, int column) const {
-    if (PQgetisnull(result_.get(), row, column) != 0)
-        return std::nullopt;
-    return std::string(PQgetvalue(result_.get(), row, column),
-                       static_cast<std::size_t>(PQgetlength(result_.get(), row, column)));
-}
-std::string ServerRows::columnName(int column) const { return PQfname(result_.get(), column); }
-unsigned ServerRows::columnType(int column) const { return PQftype(result_.get(), column); }
-int ServerRows::columnModifier(int column) const { return PQfmod(result_.get(), column); }
-unsigned ServerRows::columnTable(int column) const { return PQftable(result_.get(), column); }
-std::int64_t ServerRows::affected() const {
-    const std::string_view count = PQcmdTuples(result_.get());
-    std::int64_t number = 0;
-    std::from_chars(count.data(), count.data() + count.size(), number);
-    return number;
-}
-
 // ---- the line ---------------------------------------------------------------------------------
 
 ServerWire::ServerWire(const std::string& address) : address_(address), line_(address_.connect()) {
@@ -118,7 +105,7 @@ ServerWire::ServerWire(const std::string& address) : address_(address), line_(ad
     if (isUp())
         greet();
     if (!isUp())
-        throwNoConnection(place(), line_ ? PQerrorMessage(line_.get()) : "");
+        throwNoConnection(line_.get(), place());
 }
 
 ServerWire::~ServerWire() {
@@ -139,15 +126,15 @@ void ServerWire::greet() {
     unanswered_ = 0;
     PQenterPipelineMode(line_.get());
     std::vector<ServerStatement> words;
-    const char* const standby = PQparameterStatus(line_.get(), "in_hot_standby");
     if (!end_.empty())
         words.push_back({
             "select pg_terminate_backend(pid, 5000) from pg_stat_activity "
             "where pid = $1 and backend_start = $2 and pid <> pg_backend_pid()",
             {{0, end_[0]}, {0, end_[1]}}
         });
-    if (standby == nullptr || std::string_view(standby) != "on") // one that copies tells nothing
-        words.push_back({"listen valtrino"});
+    listening_ = !isStandby(line_.get());
+    if (listening_)
+        words.push_back({kListen});
     words.push_back({"select pid, backend_start from pg_stat_activity "
                      "where pid = pg_backend_pid()"});
     const Answer answer = exchange(words);
@@ -476,14 +463,7 @@ void ServerWire::lookAfter() {
 // ---- news -------------------------------------------------------------------------------------
 
 bool ServerWire::isReadOnly() const {
-    if (!isUp())
-        return false;
-    for (const char* const setting : {"in_hot_standby", "default_transaction_read_only"}) {
-        const char* const value = PQparameterStatus(line_.get(), setting);
-        if (value != nullptr && std::string_view(value) == "on")
-            return true;
-    }
-    return false;
+    return isUp() && (isStandby(line_.get()) || isOn(line_.get(), "default_transaction_read_only"));
 }
 
 void ServerWire::listen(const std::function<void(std::string_view payload, bool own)>& heard) {
@@ -495,6 +475,11 @@ void ServerWire::listen(const std::function<void(std::string_view payload, bool 
     };
     while (const auto notice = std::unique_ptr<PGnotify, Freer>(PQnotifies(line_.get())))
         heard(notice->extra, notice->be_pid == PQbackendPID(line_.get()));
+    if (listening_ || open_ || reading_ || isStandby(line_.get()))
+        return;
+    listening_ = true; // it has taken over from the one it copied
+    ++lines_;
+    later(kListen);
 }
 
 } // namespace ado

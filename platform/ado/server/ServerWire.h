@@ -163,6 +163,7 @@ private:
 
     ServerAddress address_;
     ServerAddress::Line line_;
+    bool listening_ = false;       ///< the server tells it what others change
     bool down_ = false;            ///< it has broken, though it may not know yet
     std::future<void> made_;       ///< it is being made anew
     std::vector<std::string> end_; ///< who is at the server's end

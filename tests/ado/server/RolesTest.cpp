@@ -32,8 +32,7 @@ protected:
             static_cast<void>(wire.run(step));
     }
     [[nodiscard]] std::string as(const std::string& who) const {
-        std::string address = address_;
-        return address.replace(address.find("user=loja"), 9, "user=" + who);
+        return Cluster::as(who, address_);
     }
     /// What the server says to a statement of hers; "" if it does it.
     static std::string refusal(ado::ServerWire& wire, const std::string& sql) {

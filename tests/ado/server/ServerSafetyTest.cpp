@@ -1,8 +1,10 @@
 // Who is on the line: nothing is said to a server that hasn't proved who it is.
 #ifdef VALTRINO_SERVER
 
+#include "ado/Shop.h"
 #include "ado/server/ServerWire.h"
 #include "jet/Error.h"
+#include "support/Cluster.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -179,6 +181,22 @@ INSTANTIATE_TEST_SUITE_P(, HereTest, testing::ValuesIn(kHere), kWayName);
 TEST_P(HereTest, TheMachineItselfNeedsNoCertificate) {
     EXPECT_THAT(told(GetParam(), "127.0.0.1"),
                 testing::Contains(testing::HasSubstr(std::string("user\0ana", 8))));
+}
+
+TEST(ServerSafety, WhoIsKeptOutWhateverHisPasswordIsToldSo) {
+    if (const std::string why = Cluster::absence(); !why.empty())
+        GTEST_SKIP() << why;
+    const std::string address = Cluster::instance(shopTables()).newDatabase();
+    for (const char* const user : Cluster::kKeptOut) {
+        try {
+            const ado::ServerWire wire(Cluster::as(user, address));
+            ADD_FAILURE() << user << " is let in";
+        } catch (const jet::Error& error) {
+            EXPECT_EQ(error.code(), jet::Errc::io);
+            EXPECT_THAT(error.what(), testing::HasSubstr("Ele não deixa este usuário entrar"));
+            EXPECT_THAT(error.what(), testing::HasSubstr(user)); // as the server has said
+        }
+    }
 }
 
 } // namespace
