@@ -1,9 +1,9 @@
 # shellcheck shell=bash disable=SC2034  # the lists are read by their names
 # Sourced by ./run and ./test: what the tree needs of the machine, in one list of Debian packages.
 
-packages_build="g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libsqlite3-dev
+packages_build="g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libpq-dev libsqlite3-dev
     libxlsxwriter-dev libxxhash-dev pkg-config fonts-dejavu-core qt6-translations-l10n cmark-gfm"
-packages_test="git mold libpq-dev clang clang-format clang-tidy libclang-rt-dev libgtest-dev libgmock-dev
+packages_test="git mold clang clang-format clang-tidy libclang-rt-dev libgtest-dev libgmock-dev
     libbenchmark-dev mdbtools dbus-daemon at-spi2-core imagemagick xvfb x11-xkb-utils openbox xdotool
     poppler-utils python3-openpyxl cups cups-client hunspell hunspell-pt-br desktop-file-utils appstream"
 packages_coverage="llvm"

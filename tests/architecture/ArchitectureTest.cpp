@@ -46,12 +46,13 @@ const std::vector<Layer> kLayers = {
     {"jet_database",      Outside::nothing, {"jet_check"}                                     },
     {"jet_copy",          Outside::nothing, {"jet_database"}                                  },
     {"jet",               Outside::nothing, {"jet_copy"}                                      },
+    {"ado_system",        Outside::nothing, {}                                                },
     {"ado_value",         Outside::nothing, {"jet"}                                           },
     {"ado_dialect",       Outside::sqlite,  {"jet"}                                           },
     {"ado_engine",        Outside::sqlite,  {"ado_dialect"}                                   },
     {"ado_provider",      Outside::nothing, {"ado_dialect"}                                   },
     {"ado_file",          Outside::nothing, {"ado_provider", "ado_engine"}                    },
-    {"ado_server",        Outside::nothing, {"ado_provider", "ado_value"}                     },
+    {"ado_server",        Outside::nothing, {"ado_provider", "ado_value", "ado_system"}       },
     {"ado_recordset",     Outside::nothing, {"ado_file", "ado_server"}                        },
     {"ado_migrate",       Outside::nothing, {"ado_server"}                                    },
     {"ado",               Outside::nothing, {"ado_recordset", "ado_migrate"}                  },
@@ -308,7 +309,7 @@ TEST(Architecture, ArrowsPointDown) {
 }
 
 // What differs between operating systems stands in one folder a layer, one source a system.
-const std::vector<std::string> kSystemFolders = {"platform/jet/system"};
+const std::vector<std::string> kSystemFolders = {"platform/jet/system", "platform/ado/system"};
 
 /// Those who still call a system by themselves, and where that goes.
 struct SystemCaller {
