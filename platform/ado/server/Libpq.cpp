@@ -32,6 +32,7 @@ int PQbackendPID(const PGconn* line) { return THEIRS(PQbackendPID)(line); }
 void PQclear(PGresult* result) { THEIRS(PQclear)(result); }
 char* PQcmdTuples(PGresult* result) { return THEIRS(PQcmdTuples)(result); }
 PGconn* PQconnectdbParams(const char* const* keywords, const char* const* values, int expand) { return THEIRS(PQconnectdbParams)(keywords, values, expand); }
+int PQconnectionUsedPassword(const PGconn* line) { return THEIRS(PQconnectionUsedPassword)(line); }
 void PQconninfoFree(PQconninfoOption* options) { THEIRS(PQconninfoFree)(options); }
 PQconninfoOption* PQconninfoParse(const char* address, char** reason) { return THEIRS(PQconninfoParse)(address, reason); }
 int PQconsumeInput(PGconn* line) { return THEIRS(PQconsumeInput)(line); }
