@@ -63,6 +63,45 @@ std::string textOf(const fs::path& file) {
 
 } // namespace
 
+void Cluster::run(std::vector<std::string> words, const fs::path& said) {
+    int status = 0;
+    waitpid(start(std::move(words), said), &status, 0);
+    if (status != 0)
+        throw std::runtime_error(textOf(said));
+}
+
+void Cluster::makeData(const fs::path& data, const fs::path& said) {
+    run({"initdb", "-D", data, "-U", "loja", "-A", "trust", "-E", "UTF8", "--locale=C.UTF-8",
+         "--no-sync"},
+        said);
+}
+
+void Cluster::await(pid_t server, const std::string& address, const fs::path& said) {
+    for (;;) {
+        try {
+            const ado::ServerWire there(address);
+            return;
+        } catch (const jet::Error&) {
+            if (waitpid(server, nullptr, WNOHANG) != 0)
+                throw std::runtime_error(textOf(said));
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    }
+}
+
+fs::path Cluster::open(const fs::path& folder) {
+    fs::path said = folder / "said";
+    std::ofstream(said).close();
+    fs::permissions(folder, fs::perms::all);
+    fs::permissions(said, fs::perms::all);
+    return said;
+}
+
+void Cluster::end(pid_t server) {
+    if (server > 0 && kill(server, SIGQUIT) == 0)
+        waitpid(server, nullptr, 0);
+}
+
 struct Cluster::Parts {
     TemporaryFolder folder;
     pid_t server = 0;
@@ -100,32 +139,14 @@ Cluster::Cluster(std::span<const jet::TableSpec> tables) : parts_(std::make_uniq
 
 void Cluster::begin() {
     const fs::path folder = parts_->folder.path();
-    fs::permissions(folder, fs::perms::all);
-    const fs::path said = folder / "said";
-    std::ofstream(said).close();
-    fs::permissions(said, fs::perms::all);
-    const std::string data = (folder / "data").string();
-    int status = 0;
-    waitpid(start({"initdb", "-D", data, "-U", "loja", "-A", "trust", "-E", "UTF8",
-                   "--locale=C.UTF-8", "--no-sync"},
-                  said),
-            &status, 0);
-    if (status != 0)
-        throw std::runtime_error(textOf(said));
+    const fs::path said = open(folder);
+    makeData(folder / "data", said);
     std::ofstream(folder / "data" / "pg_hba.conf", std::ios::trunc)
         << "local all " << kAsked << " scram-sha-256\nlocal all " << kKeptOut[0]
         << " reject\nlocal all " << kKeptOut[1] << " peer\nlocal all all trust\n";
     startServer();
-    for (;;) { // until it answers
-        try {
-            parts_->admin.emplace(address("postgres"));
-            break;
-        } catch (const jet::Error&) {
-            if (waitpid(parts_->server, &status, WNOHANG) != 0)
-                throw std::runtime_error(textOf(said));
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-    }
+    await(parts_->server, address("postgres"), said);
+    parts_->admin.emplace(address("postgres"));
     static_cast<void>(parts_->admin->run(std::string("create role ") + kAsked +
                                          " superuser login password '" + kPassword + "'"));
     static_cast<void>(parts_->admin->run(std::string("create database ") + kTemplate));
@@ -144,18 +165,14 @@ void Cluster::startServer() {
 }
 
 void Cluster::crash() {
-    kill(parts_->server, SIGQUIT);
-    waitpid(parts_->server, nullptr, 0);
+    end(parts_->server);
     startServer();
     static_cast<void>(parts_->admin->run("select 1")); // until it answers
 }
 
 Cluster::~Cluster() {
     parts_->admin.reset();
-    if (parts_->server > 0) {
-        kill(parts_->server, SIGQUIT); // nothing of it is kept
-        waitpid(parts_->server, nullptr, 0);
-    }
+    end(parts_->server);
 }
 
 std::string Cluster::as(const std::string& user, std::string address) {

@@ -21,6 +21,17 @@ public:
     /// Starts one of the server's programs, which prints to a file; as an ordinary account, since a
     /// server refuses to run as root, and to be ended with us.
     static pid_t start(std::vector<std::string> words, const std::filesystem::path& said);
+    /// The same to its end. @throws std::runtime_error with what was printed if it fails.
+    static void run(std::vector<std::string> words, const std::filesystem::path& said);
+    /// A server's folder, whose owner is "loja", and whom everybody from here is let into.
+    static void makeData(const std::filesystem::path& data, const std::filesystem::path& said);
+    /// Until a server that was started answers. @throws std::runtime_error if it ends instead.
+    static void await(pid_t server, const std::string& address, const std::filesystem::path& said);
+    /// Opens a folder to servers, whatever their account, and makes the file there that they print
+    /// to.
+    static std::filesystem::path open(const std::filesystem::path& folder);
+    /// Ends one, and nothing of it is kept.
+    static void end(pid_t server);
 
     Cluster(const Cluster&) = delete;
     Cluster& operator=(const Cluster&) = delete;

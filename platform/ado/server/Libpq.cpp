@@ -64,6 +64,7 @@ char* PQresultErrorField(const PGresult* result, int field) { return THEIRS(PQre
 ExecStatusType PQresultStatus(const PGresult* result) { return THEIRS(PQresultStatus)(result); }
 int PQsendQueryParams(PGconn* line, const char* statement, int count, const Oid* types, const char* const* values, const int* lengths, const int* formats, int resultFormat) { return THEIRS(PQsendQueryParams)(line, statement, count, types, values, lengths, formats, resultFormat); }
 PQnoticeProcessor PQsetNoticeProcessor(PGconn* line, PQnoticeProcessor process, void* of) { return THEIRS(PQsetNoticeProcessor)(line, process, of); }
+int PQsocket(const PGconn* line) { return THEIRS(PQsocket)(line); }
 ConnStatusType PQstatus(const PGconn* line) { return THEIRS(PQstatus)(line); }
 PGTransactionStatusType PQtransactionStatus(const PGconn* line) { return THEIRS(PQtransactionStatus)(line); }
 // clang-format on

@@ -1,9 +1,31 @@
 #include "ado/server/ServerWire.h"
+#include "ado/system/Socket.h"
+#include "jet/Waiting.h"
 
 #include <charconv>
 #include <libpq-fe.h>
 
 namespace ado {
+
+namespace {
+
+/// Most answers have come by then.
+constexpr std::chrono::milliseconds kSoon{20};
+
+} // namespace
+
+ServerRows ServerRows::next(pg_conn* line) {
+    const auto come = [&] {
+        for (bool said = true; said && PQisBusy(line) != 0;) {
+            said = hasInput(PQsocket(line), kSoon);
+            if (PQconsumeInput(line) == 0)
+                return true; // the line has gone, as the result will say
+        }
+        return PQisBusy(line) == 0;
+    };
+    jet::waitFor(come, std::chrono::hours(1));
+    return ServerRows(PQgetResult(line));
+}
 
 void ServerRows::Clearer::operator()(pg_result* result) const { PQclear(result); }
 int ServerRows::rows() const { return PQntuples(result_.get()); }

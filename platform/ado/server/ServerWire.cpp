@@ -197,7 +197,7 @@ void ServerWire::loseTransaction() {
 void ServerWire::take(Answer* answer) {
     std::size_t number = 0;
     for (bool ended = false;;) {
-        ServerRows one(PQgetResult(line_.get()));
+        ServerRows one = ServerRows::next(line_.get());
         const pg_result* const result = one.get();
         if (result == nullptr) { // the end of what one statement gives; twice, of all there is
             down_ = down_ || ended || PQstatus(line_.get()) != CONNECTION_OK;

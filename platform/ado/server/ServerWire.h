@@ -27,6 +27,9 @@ struct Parameter {
 class ServerRows {
 public:
     explicit ServerRows(pg_result* result) : result_(result) {}
+    /// What the server says next, as long as that may take: another station may be at work on the
+    /// same, or a cable out. The windows stay painted.
+    [[nodiscard]] static ServerRows next(pg_conn* line);
 
     [[nodiscard]] int rows() const;
     [[nodiscard]] int columns() const;

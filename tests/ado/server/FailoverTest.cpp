@@ -9,14 +9,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <future>
 #include <iostream>
 #include <optional>
-#include <sys/wait.h>
 #include <thread>
 
 namespace {
@@ -29,15 +27,11 @@ using std::chrono::milliseconds;
 class Pair {
 public:
     explicit Pair(const std::vector<jet::TableSpec>& tables) {
-        fs::permissions(folder_.path(), fs::perms::all);
-        std::ofstream(folder_.path() / "said").close();
-        fs::permissions(folder_.path() / "said", fs::perms::all);
         for (const char* const name : {"a", "b"}) {
             fs::create_directory(folder_.path() / name);
             fs::permissions(folder_.path() / name, fs::perms::all);
         }
-        run({"initdb", "-D", data(0), "-U", "loja", "-A", "trust", "-E", "UTF8", "--locale=C.UTF-8",
-             "--no-sync"});
+        Cluster::makeData(data(0), said_);
         start(0);
         {
             ado::ServerWire admin(address({0}, "postgres"));
@@ -53,7 +47,7 @@ public:
     Pair& operator=(const Pair&) = delete;
     ~Pair() {
         for (const pid_t server : servers_)
-            stop(server, SIGQUIT);
+            Cluster::end(server);
     }
 
     [[nodiscard]] std::string address() const { return address({0, 1}, "loja"); }
@@ -63,7 +57,7 @@ public:
 
     /// The primary falls, the standby takes over.
     void fail() {
-        stop(servers_[primary_], SIGQUIT);
+        Cluster::end(servers_[primary_]);
         const std::size_t next = 1 - primary_;
         ado::ServerWire standby(address({next}, "postgres"));
         EXPECT_EQ(standby.run("select pg_promote()").field(0, 0), "t");
@@ -88,37 +82,19 @@ private:
         return "postgresql:///" + base + "?user=loja&host=" + hosts +
                (servers.size() > 1 ? "&target_session_attrs=read-write" : "");
     }
-    static void stop(pid_t server, int signal) {
-        if (server > 0 && kill(server, signal) == 0)
-            waitpid(server, nullptr, 0);
-    }
-    void run(const std::vector<std::string>& words) {
-        int status = 0;
-        waitpid(Cluster::start(words, folder_.path() / "said"), &status, 0);
-        if (status != 0)
-            throw std::runtime_error(words.front() + " has failed");
-    }
     /// Until it answers.
     void start(std::size_t server) {
         servers_[server] =
             Cluster::start({"postgres", "-D", data(server), "-k", socket(server), "-c",
                             "listen_addresses=", "-c", "fsync=off", "-c", "shared_buffers=16MB"},
-                           folder_.path() / "said");
-        while (true) {
-            try {
-                const ado::ServerWire there(address({server}, "postgres"));
-                return;
-            } catch (const jet::Error&) {
-                if (waitpid(servers_[server], nullptr, WNOHANG) != 0)
-                    throw std::runtime_error("a server doesn't start");
-                std::this_thread::sleep_for(milliseconds(5));
-            }
-        }
+                           said_);
+        Cluster::await(servers_[server], address({server}, "postgres"), said_);
     }
     /// Until the copy keeps up.
     void copy(std::size_t from, std::size_t to) {
-        run({"pg_basebackup", "-D", data(to), "-h", socket(from), "-U", "loja", "-c", "fast", "-R",
-             "--no-sync"});
+        Cluster::run({"pg_basebackup", "-D", data(to), "-h", socket(from), "-U", "loja", "-c",
+                      "fast", "-R", "--no-sync"},
+                     said_);
         start(to);
         ado::ServerWire admin(address({from}, "postgres"));
         while (admin.run("select 1 from pg_stat_replication where state = 'streaming'").rows() == 0)
@@ -126,6 +102,7 @@ private:
     }
 
     TemporaryFolder folder_;
+    const fs::path said_ = Cluster::open(folder_.path());
     pid_t servers_[2] = {0, 0};
     std::size_t primary_ = 0;
 };

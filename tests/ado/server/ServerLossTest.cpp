@@ -5,6 +5,7 @@
 #include "ado/Follower.h"
 #include "ado/Shop.h"
 #include "ado/server/ServerWire.h"
+#include "jet/Waiting.h"
 #include "support/Cluster.h"
 #include "support/Relay.h"
 
@@ -89,6 +90,18 @@ TEST_P(ServerLossTest, WhatIsReadIsAskedAgain) {
     banks.MoveLast();
     EXPECT_EQ(banks["nome"].text(), "Agrário");
     EXPECT_GE(relay->lines(), 2);
+}
+
+TEST_P(ServerLossTest, WhileAnAnswerIsAwaitedTheWindowsArePainted) {
+    int painted = 0;
+    jet::setWaitHook([&] { ++painted; });
+    relay->setDelay(std::chrono::milliseconds(400));
+    Recordset banks;
+    banks.Open("bancos", station);
+    jet::setWaitHook({});
+    relay->setDelay(std::chrono::milliseconds(0));
+    EXPECT_GT(painted, 3);
+    EXPECT_EQ(banks["nome"].text(), "Banco do Norte");
 }
 
 TEST_P(ServerLossTest, ASaveWhoseCommitDidntArriveIsToldAndCanBeRepeated) {

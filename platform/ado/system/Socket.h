@@ -1,0 +1,11 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+namespace ado {
+
+/// Whether there is something to be read from a socket, or it has gone: now or within that time.
+[[nodiscard]] bool hasInput(std::intptr_t socket, std::chrono::milliseconds longest);
+
+} // namespace ado
