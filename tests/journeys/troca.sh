@@ -169,12 +169,13 @@ settle_one_too_early() {
     primary_falls
     type_the_rest troca-perdida
     standby_takes_over
-    save_the_first troca-perdida
-    expect_cheques 602 603
     at "$second" "Mensagem"          # "... Ela não foi feita: grave de novo."
     picture troca-perdida
     keys Return
     until_window "$settling"
+    save_the_first troca-perdida
+    expect_cheques 602 603
+    at "$second" "$settling"
     keys alt+s
     expect_cheques 603
 }
