@@ -2,7 +2,9 @@
 
 #include "ado/dialect/SelectScopes.h"
 #include "jet/Error.h"
+#include "jet/Names.h"
 
+#include <cstdlib>
 #include <utility>
 
 namespace ado {
@@ -21,6 +23,12 @@ Command::Command(std::string_view text, const Spelling& spelling, Tongue& tongue
     for (std::size_t i = 0; i < tokens_.size(); ++i)
         spell(i, scopes);
     encloseOperands();
+    for (std::size_t i = 0; i + 2 < size(); ++i)
+        if (keyword(i) == "order" && keyword(i + 1) == "by")
+            sortTerms(i);
+    for (std::size_t i = 1; i + 2 < size() && tongue_.listsAreChoices(); ++i)
+        if (keyword(i) == "in" && isSign(i + 1, "(") && keyword(i + 2) != "select")
+            chooseFromList(i);
 }
 
 std::string Command::text(std::size_t begin, std::size_t end) const {
@@ -167,6 +175,123 @@ void Command::encloseOperands() {
         }
     }
     end(size(), size(), false);
+}
+
+// ---- what rows are sorted by ------------------------------------------------------------------
+
+/// The comma, clause or end that ends what begins there.
+std::size_t Command::endOfPart(std::size_t begin, std::size_t depth) const {
+    std::size_t end = begin;
+    while (end < size() && tokens_.depth(end) >= depth &&
+           (tokens_.depth(end) > depth || !(isSign(end, ",") || keyword(end) == "from" ||
+                                            keyword(end) == "asc" || keyword(end) == "desc")))
+        ++end;
+    return end;
+}
+
+/// The list of the select that an "order by" belongs to; empty where it names columns of what
+/// comes out, and nothing else: behind a union, and where rows are told apart.
+std::vector<Command::Part> Command::itemsBefore(std::size_t order) const {
+    const std::size_t depth = tokens_.depth(order);
+    std::size_t select = order;
+    while (select > 0 && !(tokens_.depth(select) == depth && keyword(select) == "select"))
+        --select;
+    const bool united =
+        select > 0 && (keyword(select - 1) == "union" || keyword(select - 1) == "all");
+    if (keyword(select) != "select" || united || keyword(select + 1) == "distinct")
+        return {};
+    std::vector<Part> items;
+    for (std::size_t at = select + (keyword(select + 1) == "all" ? 1 : 0); at < order;) {
+        const std::size_t end = endOfPart(at + 1, depth);
+        items.push_back({at + 1, end});
+        if (!isSign(end, ","))
+            break;
+        at = end;
+    }
+    return items;
+}
+
+/// An item of the list may be meant, by the name that it is given or by its number: engines know
+/// it by those only where it stands alone.
+std::string Command::sortedText(Part term, const std::vector<Part>& items) const {
+    if (term.end - term.begin != 1)
+        return text(term.begin, term.end);
+    if (tokens_[term.begin].kind == Kind::number) {
+        const auto number = static_cast<std::size_t>(std::atoll(tokens_[term.begin].text.c_str()));
+        if (number >= 1 && number <= items.size()) {
+            Part item = items[number - 1];
+            const std::size_t last = item.end - 1;
+            if (last > item.begin && isName(last) && !isSign(last - 1, "."))
+                item.end = keyword(last - 1) == "as" ? last - 1 : last;
+            return text(item.begin, item.end);
+        }
+    }
+    for (const Part item : items) {
+        const std::size_t last = item.end - 1;
+        if (last > item.begin && isName(last) && !isSign(last - 1, ".") && isName(term.begin) &&
+            jet::foldedName(name(last)) == jet::foldedName(name(term.begin)))
+            return text(item.begin, keyword(last - 1) == "as" ? last - 1 : last);
+    }
+    return text(term.begin, term.end);
+}
+
+void Command::sortTerms(std::size_t order) {
+    const std::vector<Part> items = itemsBefore(order);
+    if (items.empty())
+        return;
+    const std::size_t depth = tokens_.depth(order);
+    for (std::size_t at = order + 2; at < size();) {
+        const Part term{at, endOfPart(at, depth)};
+        std::size_t end = term.end;
+        const bool directed = keyword(end) == "asc" || keyword(end) == "desc";
+        if (term.begin >= term.end)
+            return; // the engine says what is wrong
+        if (auto sorted = tongue_.sorted(sortedText(term, items), keyword(end) == "desc")) {
+            for (std::size_t i = term.begin; i < end + (directed ? 1 : 0); ++i)
+                spelled_[i].clear();
+            spelled_[term.begin] = std::move(*sorted);
+        }
+        end += directed ? 1 : 0;
+        if (!isSign(end, ","))
+            return;
+        at = end + 1;
+    }
+}
+
+// ---- lists ------------------------------------------------------------------------------------
+
+/// Of a column; what is computed stays as it stands.
+void Command::chooseFromList(std::size_t in) {
+    const std::size_t depth = tokens_.depth(in);
+    const bool negated = keyword(in - 1) == "not";
+    const std::size_t last = in - (negated ? 2 : 1);
+    if (last >= in || !isName(last))
+        return;
+    const std::size_t first = last >= 2 && isSign(last - 1, ".") ? last - 2 : last;
+    if (first > 0 && (isArithmetic(first - 1) || isSign(first - 1, "&")))
+        return;
+    const std::string column = text(first, last + 1);
+    std::string choices;
+    std::size_t at = in + 2;
+    for (; at < size() && tokens_.depth(at) > depth; ++at) {
+        const std::size_t begin = at;
+        while (at < size() && tokens_.depth(at) > depth &&
+               !(tokens_.depth(at) == depth + 1 && isSign(at, ",")))
+            ++at;
+        if (at == begin)
+            return; // the engine says what is wrong
+        choices += choices.empty() ? "" : " or ";
+        choices += column;
+        choices += " = ";
+        choices += text(begin, at);
+        if (!isSign(at, ","))
+            break;
+    }
+    if (choices.empty() || !isSign(at, ")"))
+        return;
+    for (std::size_t i = first; i <= at; ++i)
+        spelled_[i].clear();
+    spelled_[first] = (negated ? "( not ( " : "( ( ") + choices + " ) )";
 }
 
 } // namespace ado

@@ -40,6 +40,17 @@ private:
     [[nodiscard]] bool isArithmetic(std::size_t i) const;
     void encloseOperands();
 
+    /// Tokens from one to another.
+    struct Part {
+        std::size_t begin;
+        std::size_t end;
+    };
+    [[nodiscard]] std::size_t endOfPart(std::size_t begin, std::size_t depth) const;
+    [[nodiscard]] std::vector<Part> itemsBefore(std::size_t order) const;
+    [[nodiscard]] std::string sortedText(Part term, const std::vector<Part>& items) const;
+    void sortTerms(std::size_t order);
+    void chooseFromList(std::size_t in);
+
     CommandTokens tokens_;
     Tongue& tongue_;
     std::vector<std::string> names_;

@@ -28,6 +28,13 @@ public:
     /// `like`, and `not` before it.
     [[nodiscard]] virtual std::string like() const = 0;
     [[nodiscard]] virtual std::string notLike() const = 0;
+    /// Whether `x in (a, b)` is to be said as `(x = a or x = b)`.
+    [[nodiscard]] virtual bool listsAreChoices() const { return false; }
+    /// A term that rows are sorted by, where that needs more than the term and its direction.
+    [[nodiscard]] virtual std::optional<std::string> sorted(const std::string& /*term*/,
+                                                            bool /*descending*/) const {
+        return std::nullopt;
+    }
 
 protected:
     Tongue() = default;

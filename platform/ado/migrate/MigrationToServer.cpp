@@ -53,7 +53,7 @@ public:
         wire_.begin();
         requireNoShop(wire_);
         createRolesAndSchema(wire_, roles);
-        createFoundation(wire_);
+        createFoundation(wire_, database_.version());
         for (const std::string& name : database_.tableNames())
             specs_.push_back(specOf(database_.table(name)));
         for (const jet::TableSpec& spec : specs_)

@@ -23,7 +23,7 @@ constexpr const char* kColumns =
     "and not a.attisdropped where c.relkind in ('r', 'p') "
     "order by c.relname collate \"C\", a.attnum";
 
-// One row for each column of a key.
+// One row for each column of a key. A text stands there with its key (ServerOrder.h).
 constexpr const char* kIndexes =
     "select c.relname, x.relname, a.attname, i.indoption[k.place - 1] & 1 = 0, i.indisprimary, "
     "i.indisunique, obj_description(x.oid) "
@@ -32,8 +32,13 @@ constexpr const char* kIndexes =
     "join pg_catalog.pg_class x on x.oid = i.indexrelid "
     "join pg_catalog.pg_namespace n on n.oid = c.relnamespace and n.nspname = 'valtrino' "
     "cross join generate_series(1, i.indnkeyatts) k (place) "
-    "join pg_catalog.pg_attribute a on a.attrelid = c.oid and a.attnum = i.indkey[k.place - 1] "
-    "where i.indexprs is null and i.indpred is null order by x.oid, k.place";
+    "join pg_catalog.pg_attribute a on a.attrelid = c.oid and a.attnum > 0 and (a.attnum = "
+    "i.indkey[k.place - 1] or i.indkey[k.place - 1] = 0 and pg_get_indexdef(x.oid, k.place::int, "
+    "false) operator(pg_catalog.=) any (array[format('jet_chave((%I)::text)', a.attname), "
+    "format('jet_chave(%I)', a.attname)])) "
+    "where i.indpred is null and (i.indexprs is null or "
+    "starts_with(obj_description(x.oid), 'valtrino: ')) and "
+    "obj_description(x.oid) is distinct from 'valtrino: -' order by x.oid, k.place";
 
 constexpr std::uint16_t kWidestText = 255;
 constexpr std::uint8_t kMostDigits = 28;
@@ -179,8 +184,8 @@ private:
     /// of their keys. What a file has no type for goes there as a text.
     std::string rowsOf(const jet::TableSpec& table) {
         const std::string name = quotedName(table.name);
-        const ServerRows same = wire_.run("select min(xmin::text) is not distinct from "
-                                          "max(xmin::text) from " +
+        const ServerRows same = wire_.run("select pg_catalog.min(xmin::text) is not distinct from "
+                                          "pg_catalog.max(xmin::text) from " +
                                           name);
         std::string list;
         for (const jet::ColumnSpec& column : table.columns) {

@@ -15,9 +15,10 @@ using jet::Error;
 namespace {
 
 /// What every line is set to, whatever the server's own settings are: how values are written, where
-/// our names are looked for, and how long anybody waits.
+/// names are looked for, ours before the server's own, and how long anybody waits.
 constexpr const char* kSettings =
-    "-c search_path=valtrino -c DateStyle=ISO -c bytea_output=hex -c extra_float_digits=1 "
+    "-c search_path=valtrino,pg_catalog -c DateStyle=ISO -c bytea_output=hex "
+    "-c extra_float_digits=1 "
     "-c standard_conforming_strings=on -c lock_timeout=10s -c statement_timeout=10min "
     "-c idle_in_transaction_session_timeout=10min -c client_min_messages=warning";
 

@@ -1,6 +1,7 @@
 #include "ado/server/ServerCatalog.h"
 
 #include "ado/server/ServerValue.h"
+#include "jet/Error.h"
 #include "jet/Names.h"
 
 #include <cstdlib>
@@ -9,11 +10,12 @@ namespace ado {
 
 namespace {
 
-// One row for each column, in order: what it is, whether the server numbers it, and its place in
-// the key.
+// One row for each column, in order: what it is, whether the server numbers it, its place in the
+// key, and whether the shop has its order of texts.
 constexpr const char* kColumns =
     "select c.relname, a.attname, a.atttypid, a.atttypmod, a.attidentity <> '', "
-    "coalesce(array_position(i.indkey::int2[], a.attnum), -1), c.oid "
+    "coalesce(array_position(i.indkey::int2[], a.attnum), -1), c.oid, "
+    "to_regprocedure('valtrino.jet_chave(text)') is not null "
     "from pg_catalog.pg_class c "
     "join pg_catalog.pg_namespace n on n.oid = c.relnamespace and n.nspname = 'valtrino' "
     "join pg_catalog.pg_attribute a on a.attrelid = c.oid and a.attnum > 0 "
@@ -33,6 +35,13 @@ bool isSame(const ServerTable& a, const ServerTable& b) {
 
 void ServerCatalog::load(ServerWire& wire) {
     const ServerRows rows = wire.run(kColumns);
+    if (rows.rows() > 0 && rows.field(0, 7) != "t")
+        throw jet::Error(
+            jet::Errc::unsupported,
+            "A loja da base de dados\n" + wire.place() +
+                "\n\nfoi feita por uma versão anterior do programa, que ordenava os "
+                "textos de outro modo. O técnico a leva a um arquivo e dele a uma base "
+                "vazia, com valtrino-mdb migrate.");
     std::map<std::string, std::unique_ptr<ServerTable>> found;
     for (int row = 0; row < rows.rows(); ++row) {
         const auto number = [&](int column) {

@@ -1,6 +1,7 @@
 #include "ado/server/ServerQuery.h"
 
 #include "ado/provider/SourceSelect.h"
+#include "ado/server/ServerOrder.h"
 #include "ado/server/ServerTongue.h"
 #include "ado/server/ServerValue.h"
 #include "jet/Error.h"
@@ -106,6 +107,12 @@ std::string ServerQuery::column(std::size_t place, const std::string& table) con
     return table + "." + quotedName(keyed_->columns[place].name);
 }
 
+/// What a row is ordered by.
+std::string ServerQuery::ordered(std::size_t place) const {
+    const std::string name = column(place, alias());
+    return jet::isText(keyed_->columns[place].type) ? keyOf(name) : name;
+}
+
 /// All columns, and a fingerprint of the row.
 std::string ServerQuery::rowOfTable(const std::string& table) const {
     std::string list;
@@ -132,10 +139,11 @@ std::string ServerQuery::sourceOrder() const {
     const std::vector<SortTerm>& terms = sort_.empty() && live() ? select_.sortTerms : sort_;
     std::string order;
     for (const SortTerm& term : terms) {
-        order += order.empty() ? " order by " : ", ";
+        order += order.empty() ? " order by jet_ordem(" : ", jet_ordem(";
         if (!term.qualifier.empty())
             order += quotedName(term.qualifier) + ".";
-        order += quotedName(term.column) + (term.descending ? " desc nulls last" : " nulls first");
+        order +=
+            quotedName(term.column) + (term.descending ? ") desc nulls last" : ") nulls first");
     }
     if (order.empty() && live() && !select_.orderBy.empty())
         order = " order by " + select_.orderBy;
@@ -184,7 +192,7 @@ std::string ServerQuery::beyond(const ServerRow& place, std::size_t term, bool f
     if (term == order_.size())
         return inclusive ? "true" : "false";
     const OrderColumn& by = order_[term];
-    const std::string name = column(by.column, alias());
+    const std::string name = ordered(by.column);
     const bool upwards = forwards != by.descending; // to greater values, of which null is none
     const std::optional<std::string>& value = place.place[term];
     const std::string rest = beyond(place, term + 1, forwards, inclusive, parameters);
@@ -192,7 +200,9 @@ std::string ServerQuery::beyond(const ServerRow& place, std::size_t term, bool f
         const std::string equal = "(" + name + " is null and (" + rest + "))";
         return upwards ? name + " is not null or " + equal : equal;
     }
-    const std::string there = placeFor(parameters, {keyed_->types[by.column].number, *value});
+    std::string there = placeFor(parameters, {keyed_->types[by.column].number, *value});
+    if (jet::isText(keyed_->columns[by.column].type))
+        there = keyOf(there);
     // The first part is what an index is entered by.
     const std::string within = name + (upwards ? " >= " : " <= ") + there + " and (" + name +
                                (upwards ? " > " : " < ") + there + " or (" + rest + "))";
@@ -214,7 +224,7 @@ ServerStatement ServerQuery::range(From from, bool forwards, const ServerRow* pl
     std::string order;
     for (const OrderColumn& by : order_) {
         order += order.empty() ? " order by " : ", ";
-        order += column(by.column, alias());
+        order += ordered(by.column);
         const bool upwards = forwards != by.descending;
         order += upwards ? " asc" : " desc";
         // No key is null, and where that isn't said the server goes by the key's own index.

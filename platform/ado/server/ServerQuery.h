@@ -76,6 +76,7 @@ private:
     [[nodiscard]] std::vector<OrderColumn> orderBy(const std::vector<SortTerm>& terms) const;
     [[nodiscard]] std::string alias() const;
     [[nodiscard]] std::string column(std::size_t place, const std::string& table) const;
+    [[nodiscard]] std::string ordered(std::size_t place) const;
     [[nodiscard]] std::string rowOfTable(const std::string& table) const;
     [[nodiscard]] std::string where(const std::string& more) const;
     [[nodiscard]] std::string sourceOrder() const;

@@ -1,6 +1,7 @@
 #include "ado/server/ServerSchema.h"
 
 #include "ado/dialect/Spelling.h"
+#include "ado/server/ServerOrder.h"
 #include "ado/server/ServerRoles.h"
 #include "ado/server/ServerValue.h"
 #include "jet/Error.h"
@@ -13,9 +14,11 @@ namespace {
 
 constexpr const char* kShop = "select 1 from pg_catalog.pg_namespace where nspname = 'valtrino'";
 
-// Texts are ordered, and the same, without regard to case and with regard to accents. `like` and
-// what looks into texts needs an order in which no two texts are the same: that of their letters.
-// A function that gives a text gives it in the shop's order.
+// Texts are ordered, and the same, by their keys (ServerOrder.h): the signs of comparison mean
+// those wherever our names come before the server's own. What the server groups or keeps apart by
+// itself goes by an order of its own, without regard to case and with regard to accents. `like` and
+// what looks into texts needs one in which no two texts are the same: that of their letters. A
+// function that gives a text gives it in the shop's order.
 constexpr const char* kFoundation[] = {
     // Where a station's last transaction that was ended well has left its number, for a station
     // whose line breaks while it waits for the answer. Not the number that the server itself gives
@@ -24,6 +27,24 @@ constexpr const char* kFoundation[] = {
        estacao uuid primary key, numero bigint not null default 0,
        quando timestamptz not null default now()))",
     "create collation texto (provider = icu, locale = 'und-u-ks-level2', deterministic = false)",
+    // How anything is sorted that may be a text: a yes is -1.
+    R"(create function jet_ordem(text) returns bytea language sql immutable strict parallel safe
+       as 'select valtrino.jet_chave($1)')",
+    R"(create function jet_ordem(boolean) returns boolean language sql immutable strict
+       parallel safe as 'select not $1')",
+    R"(create function jet_ordem(anyelement) returns anyelement language sql immutable
+       parallel safe as 'select $1')",
+    // The lesser and the greater of two texts, the first of two that are the same.
+    R"(create function jet_menor(text, text) returns text language plpgsql immutable strict
+       as $body$ begin
+           return case when valtrino.jet_chave($1) <= valtrino.jet_chave($2) then $1 else $2 end;
+       end $body$)",
+    R"(create function jet_maior(text, text) returns text language plpgsql immutable strict
+       as $body$ begin
+           return case when valtrino.jet_chave($1) >= valtrino.jet_chave($2) then $1 else $2 end;
+       end $body$)",
+    "create aggregate min(text) (sfunc = jet_menor, stype = text)",
+    "create aggregate max(text) (sfunc = jet_maior, stype = text)",
     // A place or length that can't be is an error of the statement.
     R"(create function jet_count(bigint, integer) returns integer language plpgsql immutable
        strict as $body$
@@ -95,11 +116,11 @@ constexpr const char* kFoundation[] = {
     // once.
     R"(create function jet_news() returns trigger language plpgsql as $body$
        begin
-           if tg_op <> 'INSERT' then
+           if tg_op operator(pg_catalog.<>) 'INSERT' then
                perform pg_notify('valtrino', tg_table_name || ':' ||
                                  coalesce((to_jsonb(old) ->> tg_argv[0])::bigint / 1024, 0));
            end if;
-           if tg_op <> 'DELETE' then
+           if tg_op operator(pg_catalog.<>) 'DELETE' then
                perform pg_notify('valtrino', tg_table_name || ':' ||
                                  coalesce((to_jsonb(new) ->> tg_argv[0])::bigint / 1024, 0));
            end if;
@@ -108,29 +129,76 @@ constexpr const char* kFoundation[] = {
 };
 static_assert(kKeysInABlock == 1024, "as jet_news() counts");
 
+/// A sign between two texts. What it is made of the server puts in its place where it plans, so
+/// that an index of keys serves it.
+struct TextSign {
+    const char* sign;
+    const char* function;
+    const char* turned; ///< the same, the sides changed
+    const char* negated;
+    const char* likely; ///< how the server guesses how many rows it holds for
+};
+constexpr TextSign kTextSigns[] = {
+    {"=",  "jet_igual",       "=",  "<>", "eq"      },
+    {"<>", "jet_diferente",   "<>", "=",  "neq"     },
+    {"<",  "jet_antes",       ">",  ">=", "scalarlt"},
+    {">",  "jet_depois",      "<",  "<=", "scalargt"},
+    {"<=", "jet_ate",         ">=", ">",  "scalarle"},
+    {">=", "jet_a_partir_de", "<=", "<",  "scalarge"},
+};
+
+std::string functionOf(const TextSign& of) {
+    return std::string("create function ") + of.function +
+           "(text, text) returns boolean language sql immutable strict parallel safe as "
+           "'select valtrino.jet_chave($1) operator(pg_catalog." +
+           of.sign + ") valtrino.jet_chave($2)'";
+}
+
+std::string operatorOf(const TextSign& of) {
+    return std::string("create operator ") + of.sign + " (function = " + of.function +
+           R"(, leftarg = text, rightarg = text, commutator = operator(valtrino.)" + of.turned +
+           R"(), negator = operator(valtrino.)" + of.negated + "), restrict = " + of.likely +
+           R"(sel, join = )" + of.likely + "joinsel)";
+}
+
+/// All that there is, in the order in which it can be made.
+std::vector<std::string> foundation(jet::Version order) {
+    std::vector<std::string> parts = keyFunctions(jet::Collation::general(order));
+    for (const TextSign& sign : kTextSigns)
+        parts.push_back(functionOf(sign));
+    for (const TextSign& sign : kTextSigns)
+        parts.push_back(operatorOf(sign));
+    parts.insert(parts.end(), std::begin(kFoundation), std::end(kFoundation));
+    return parts;
+}
+
 bool isWholeNumber(jet::ColumnType type) {
     return type == jet::ColumnType::longInteger || type == jet::ColumnType::integer ||
            type == jet::ColumnType::byte;
 }
 
-std::string columnsOf(const jet::IndexSpec& index, bool withOrder) {
+std::string namesOf(const jet::IndexSpec& index) {
     std::string list;
-    for (const jet::IndexSpec::KeyColumn& column : index.columns) {
-        list += list.empty() ? "" : ", ";
-        list += quotedName(column.name);
-        if (withOrder)
-            list += column.ascending ? " nulls first" : " desc nulls last";
-    }
+    for (const jet::IndexSpec::KeyColumn& column : index.columns)
+        list.append(list.empty() ? "" : ", ").append(quotedName(column.name));
     return list;
 }
 
-std::string exactColumns(const jet::TableSpec& table, const jet::IndexSpec& index) {
+bool isText(const jet::TableSpec& table, const jet::IndexSpec::KeyColumn& column) {
+    const std::size_t place = table.placeOf(column.name);
+    return place < table.columns.size() && jet::isText(table.columns[place].type);
+}
+
+/// What an index is of. A text goes by its key.
+std::string columnsOf(const jet::TableSpec& table, const jet::IndexSpec& index, bool exactly) {
     std::string list;
     for (const jet::IndexSpec::KeyColumn& column : index.columns) {
-        const std::size_t place = table.placeOf(column.name);
-        list.append(list.empty() ? "" : ", ").append(quotedName(column.name));
-        if (place < table.columns.size() && jet::isText(table.columns[place].type))
-            list += " collate \"und-x-icu\"";
+        const std::string name = quotedName(column.name);
+        list += list.empty() ? "" : ", ";
+        if (isText(table, column))
+            list += exactly ? name + " collate \"und-x-icu\"" : keyOf(name);
+        else
+            list += name;
         list += column.ascending ? " nulls first" : " desc nulls last";
     }
     return list;
@@ -156,12 +224,12 @@ std::string noteOf(const jet::IndexSpec& index) {
 }
 
 /// To the index that was made last of a table.
-void noteIndex(ServerWire& wire, const std::string& table, const jet::IndexSpec& index) {
+void noteIndex(ServerWire& wire, const std::string& table, const std::string& note) {
     const ServerRows made = wire.run(
         "select i.indexrelid::regclass::text from pg_catalog.pg_index i where i.indrelid = " +
         serverText(table) + "::regclass order by i.indexrelid desc limit 1");
-    static_cast<void>(wire.run("comment on index " + made.field(0, 0).value_or("") + " is " +
-                               serverText(noteOf(index))));
+    static_cast<void>(
+        wire.run("comment on index " + made.field(0, 0).value_or("") + " is " + serverText(note)));
 }
 
 } // namespace
@@ -186,21 +254,30 @@ void createColumns(ServerWire& wire, const jet::TableSpec& table) {
 void createIndex(ServerWire& wire, const jet::TableSpec& table, const jet::IndexSpec& index,
                  bool exactly) {
     const std::string name = quotedName(table.name);
+    const std::string columns = columnsOf(table, index, exactly);
     if (index.primary && !exactly) {
         static_cast<void>(
-            wire.run("alter table " + name + " add primary key (" + columnsOf(index, false) + ")"));
-    } else {
-        // The list that a window opens goes by the key after the column: so does the index.
-        const auto primary = std::ranges::find_if(table.indexes, &jet::IndexSpec::primary);
-        std::string list = exactly ? exactColumns(table, index) : columnsOf(index, true);
-        if (!index.unique && !exactly && primary != table.indexes.end())
-            list += ", " + columnsOf(*primary, false);
-        std::string sql =
-            index.unique || index.primary ? "create unique index on " : "create index on ";
-        sql.append(name).append(" (").append(list).append(")");
-        static_cast<void>(wire.run(sql));
+            wire.run("alter table " + name + " add primary key (" + namesOf(index) + ")"));
+        noteIndex(wire, name, noteOf(index));
+        if (std::ranges::none_of(index.columns,
+                                 [&](const auto& one) { return isText(table, one); }))
+            return;
+        // What is the same to the server isn't always to the shop.
+        static_cast<void>(wire.run("create unique index on " + name + " (" + columns + ")"));
+        return noteIndex(wire, name, kOwnIndex);
     }
-    noteIndex(wire, name, index);
+    // The list that a window opens goes by the key after the column: so does the index.
+    const auto primary = std::ranges::find_if(table.indexes, &jet::IndexSpec::primary);
+    const bool unique = index.unique || index.primary;
+    std::string list = columns;
+    if (!unique && !exactly && primary != table.indexes.end())
+        for (const jet::IndexSpec::KeyColumn& key : primary->columns)
+            list +=
+                ", " + (isText(table, key) ? keyOf(quotedName(key.name)) : quotedName(key.name));
+    std::string sql = unique ? "create unique index on " : "create index on ";
+    sql.append(name).append(" (").append(list).append(")");
+    static_cast<void>(wire.run(sql));
+    noteIndex(wire, name, noteOf(index));
 }
 
 void createNews(ServerWire& wire, const jet::TableSpec& table) {
@@ -261,7 +338,7 @@ void requireShop(ServerWire& wire) {
 std::vector<std::string> foundationFunctions() {
     constexpr std::string_view kBegin = "create function ";
     std::vector<std::string> names;
-    for (const std::string_view part : kFoundation) {
+    for (const std::string& part : foundation(jet::Version::jet4)) {
         if (!part.starts_with(kBegin))
             continue;
         const std::string name(part.substr(kBegin.size(), part.find('(') - kBegin.size()));
@@ -271,8 +348,8 @@ std::vector<std::string> foundationFunctions() {
     return names;
 }
 
-void createFoundation(ServerWire& wire) {
-    for (const char* const part : kFoundation)
+void createFoundation(ServerWire& wire, jet::Version order) {
+    for (const std::string& part : foundation(order))
         static_cast<void>(wire.run(part));
 }
 
@@ -280,7 +357,7 @@ void createServerSchema(ServerWire& wire, std::span<const jet::TableSpec> tables
                         const ShopRoles& roles) {
     inOne(wire, [&] {
         createRolesAndSchema(wire, roles);
-        createFoundation(wire);
+        createFoundation(wire, jet::Version::jet4);
         for (const jet::TableSpec& table : tables)
             createTable(wire, table);
         leaveOwner(wire);

@@ -28,7 +28,8 @@ void requireShop(ServerWire& wire);
 
 // The same in steps, inside a transaction and as the owner, for who fills the tables in between:
 // rows come in faster before there are indexes.
-void createFoundation(ServerWire& wire);
+/// Texts go by the order of that version.
+void createFoundation(ServerWire& wire, jet::Version order);
 void createColumns(ServerWire& wire, const jet::TableSpec& table);
 /// `exactly` tells texts apart that differ in case, or in what the shop's order passes over: such
 /// an index keeps fewer rows from being the same, and is nobody's key.
@@ -38,6 +39,8 @@ void createNews(ServerWire& wire, const jet::TableSpec& table);
 
 /// How a comment of a column or index begins that says what it is in a file.
 inline constexpr std::string_view kNote = "valtrino: ";
+/// The whole comment of an index that is in no file.
+inline constexpr const char* kOwnIndex = "valtrino: -";
 
 /// How far a change is told by its row's key: a block for every so many keys.
 inline constexpr int kKeysInABlock = 1024;

@@ -20,6 +20,13 @@ public:
     [[nodiscard]] std::string join() const override { return "&&&"; }
     [[nodiscard]] std::string like() const override { return "~%"; }
     [[nodiscard]] std::string notLike() const override { return "!~%"; }
+    /// Only so an index of keys serves them.
+    [[nodiscard]] bool listsAreChoices() const override { return true; }
+    /// By its key if it is a text. Null is the smallest.
+    [[nodiscard]] std::optional<std::string> sorted(const std::string& term,
+                                                    bool descending) const override {
+        return "jet_ordem(" + term + (descending ? ") desc nulls last" : ") nulls first");
+    }
 
 private:
     std::vector<Parameter>& parameters_;

@@ -35,6 +35,8 @@ public:
     Collation(const Collation&) = delete;
 
     [[nodiscard]] Version version() const noexcept { return version_; }
+    /// For each of U+0000 to U+FFFF.
+    [[nodiscard]] std::span<const Weight> weights() const noexcept { return byCharacter_; }
 
     /// Appends the value bytes of an ascending index. `units` is what TextCodec::unitsOf() gives;
     /// what goes beyond kKeyUnits, and trailing blanks then, don't count.
