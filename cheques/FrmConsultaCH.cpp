@@ -78,7 +78,7 @@ void FrmConsultaCH::Form_Load() {
 // ---- the search
 
 void FrmConsultaCH::txtNome_LostFocus() {
-    if (txtNome->listIndex() < 0 || dbconectar::instance().rsCliente.RecordCount() == 0)
+    if (txtNome->listIndex() < 0 || dbconectar::instance().rsCliente.isEmpty())
         return;
     if (pesquisar(txtNome->itemData(txtNome->listIndex())))
         return;

@@ -49,6 +49,13 @@ bool naoMostrado(const QString& motivo) {
     return false;
 }
 
+bool cabe(qint32 lancamento) {
+    return std::in_range<std::int16_t>(lancamento) ||
+           naoMostrado("O lançamento " + QString::number(lancamento) +
+                       " não pode ser mostrado na entrada de cheques, que só mostra "
+                       "lançamentos até 32767.");
+}
+
 } // namespace
 
 FrmLancarCheques::FrmLancarCheques() {
@@ -138,10 +145,8 @@ void FrmLancarCheques::Form_Unload() {
 
 bool FrmLancarCheques::mostrarCheque(qint32 lancamento) {
     const QString numero = QString::number(lancamento);
-    if (!std::in_range<std::int16_t>(lancamento))
-        return naoMostrado("O lançamento " + numero +
-                           " não pode ser mostrado na entrada de cheques, que só mostra "
-                           "lançamentos até 32767.");
+    if (!cabe(lancamento))
+        return false;
     if (!irAte("Lancamento=" + numero))
         return naoMostrado("O cheque do lançamento " + numero +
                            " não está mais cadastrado: foi excluído ou baixado depois de listado.");
@@ -215,10 +220,10 @@ void FrmLancarCheques::avisarRepetido(const QString& aviso) {
 // restricted to the client's cheques, for the walk and for the search of the save.
 void FrmLancarCheques::txtvalor_LostFocus() {
     ado::Recordset& rs = cheques();
-    if (rs.RecordCount() == 0 || txtNome->listIndex() < 0)
+    if (rs.isEmpty() || txtNome->listIndex() < 0)
         return;
     rs.setFilter("cliente=" + codigo(*txtNome));
-    if (rs.RecordCount() == 0)
+    if (rs.isEmpty())
         return;
     Amount total;
     for (rs.MoveFirst(); !rs.EOF(); rs.MoveNext()) {
@@ -336,8 +341,9 @@ void FrmLancarCheques::CmdLocalizar_Click() {
 void FrmLancarCheques::CmdSair_Click() { unload(); }
 
 void FrmLancarCheques::btnNavegacao_Click(int indice) {
-    if (Mirtal::navegar(cheques(), indice))
-        mostrarCheque(static_cast<qint32>(cheques()["lancamento"].integer()));
+    if (Mirtal::navegar(cheques(), indice) &&
+        cabe(static_cast<qint32>(cheques()["lancamento"].integer())))
+        mostrarRegistro();
 }
 
 #include "cheques/moc_FrmLancarCheques.cpp"

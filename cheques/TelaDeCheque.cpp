@@ -24,7 +24,7 @@ std::optional<Campos::Recusa> falta(const Exigidos& exigidos) {
 }
 
 bool confirmarExclusao(const ado::Recordset& rs) {
-    if (rs.RecordCount() == 0) {
+    if (rs.isEmpty()) {
         showMessage("Não existe registros para excluir !", "Mensagem", MessageIcon::exclamation);
         return false;
     }

@@ -146,7 +146,7 @@ void FrmLancasSFundos::CmdBuscar_Click() {
 void FrmLancasSFundos::cmbncheque_LostFocus() {
     const QString numero = cmbncheque->text();
     if (!numero.isEmpty()) {
-        if (cheques().RecordCount() == 0)
+        if (cheques().isEmpty())
             return;
         if (!copiarRecebido(numero))
             showMessage("Cheque não cadastrado ", "Mensagem", MessageIcon::exclamation);

@@ -13,7 +13,7 @@ namespace {
 
 ado::Recordset& bancos() { return dbconectar::instance().rsBancos; }
 
-bool temBancos() { return bancos().RecordCount() > 0; }
+bool temBancos() { return !bancos().isEmpty(); }
 
 // The blank is where a number's sign would stand; the zeros say that the key isn't a mere number.
 QString chaveDoItem(std::int64_t codigo) {

@@ -24,7 +24,7 @@ constexpr const char* kVender[] = {"SIM", "NÃO"};
 
 ado::Recordset& clientes() { return dbconectar::instance().rsCliente; }
 
-bool temClientes() { return clientes().RecordCount() > 0; }
+bool temClientes() { return !clientes().isEmpty(); }
 
 } // namespace
 

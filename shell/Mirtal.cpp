@@ -109,7 +109,7 @@ void preencherLista(DropDownList& lista, ado::Recordset& rs, const QString& camp
     const std::string chave = campoChave.toStdString();
     lista.clear();
     rs.setSort(campo);
-    if (rs.RecordCount() == 0)
+    if (rs.isEmpty())
         return;
     Repainting repintura(kEntreRepinturas);
     for (rs.MoveFirst(); !rs.EOF(); rs.MoveNext()) {
@@ -118,9 +118,9 @@ void preencherLista(DropDownList& lista, ado::Recordset& rs, const QString& camp
     }
 }
 
-bool navegar(ado::Recordset& rs, int botao) {
-    if (rs.RecordCount() == 0)
-        return false;
+namespace {
+
+void mover(ado::Recordset& rs, int botao) {
     switch (botao) {
     case 0:
         rs.MoveFirst();
@@ -141,6 +141,19 @@ bool navegar(ado::Recordset& rs, int botao) {
         break;
     default:
         break;
+    }
+}
+
+} // namespace
+
+// Whether there are any rows at all is asked only where there is none to go to.
+bool navegar(ado::Recordset& rs, int botao) {
+    try {
+        mover(rs, botao);
+    } catch (const jet::Error& erro) {
+        if (erro.code() != jet::Errc::noCurrentRow || !rs.isEmpty())
+            throw;
+        return false;
     }
     return true;
 }

@@ -71,9 +71,11 @@ public:
     void MovePrevious();
     [[nodiscard]] bool BOF() const;
     [[nodiscard]] bool EOF() const;
-    /// The rows, of the filtered set if there is a filter. Costs nothing over one table; of a join
-    /// or a computed result it fetches all rows.
+    /// The rows, of the filtered set if there is a filter. Costs nothing over one table of a file;
+    /// a server counts them, and of a join or a computed result it fetches all rows.
     [[nodiscard]] std::int64_t RecordCount() const;
+    /// Whether there are none, which is told without counting them.
+    [[nodiscard]] bool isEmpty() const;
 
     /// Goes to the first row that meets the criterion, from the current row on, the current one
     /// included; to EOF if there is none, or if it stands there already. From BOF it begins at the

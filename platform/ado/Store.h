@@ -46,10 +46,11 @@ public:
     /// that others have written until now is seen. @throws Error{locked, readOnly}.
     virtual void claim() = 0;
     /// Of the rows inserted, updated and erased here, how many are stored for good and how many
-    /// wait for that.
+    /// wait for that; and how often a server's answer has been waited for.
     struct Tally {
         std::uint64_t written = 0;
         std::uint64_t gathered = 0;
+        std::uint64_t waits = 0;
     };
     [[nodiscard]] virtual Tally tally() const noexcept = 0;
 

@@ -102,6 +102,7 @@ const std::vector<Layer> kLayers = {
     {"jet_test_support",  Outside::nothing, {"jet", "rule_test_support"}                      },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
     {"shop_test_support", Outside::qt,      {"shell_base", "form_test_support", "shop_stores"}},
+    {"window_operations", Outside::qt,      {"shell_windows", "shop_test_support"}            },
     {"fuzz_support",      Outside::nothing, {}                                                },
     {"fuzz_file",         Outside::nothing, {"jet_test_support", "fuzz_support"}              },
     {"fuzz_journal",      Outside::nothing, {"jet_test_support", "fuzz_support"}              },
@@ -112,8 +113,9 @@ const std::vector<Layer> kLayers = {
 
 // What tests may use beside their folder, where it sees no more than the folder itself does.
 const std::vector<std::string> kHelpers = {
-    "test_support", "rule_test_support", "jet_test_support",  "cluster_support", "shop_schema",
-    "shop_stores",  "form_test_support", "shop_test_support", "report_layout",   "report_samples"};
+    "test_support",  "rule_test_support", "jet_test_support",  "cluster_support",
+    "shop_schema",   "shop_stores",       "form_test_support", "shop_test_support",
+    "report_layout", "report_samples",    "window_operations"};
 
 // Who may look into the rooms of a platform folder from outside, beside the folder's own tests.
 const std::vector<std::string> kRoomGuests = {"rule_test_support", "cluster_support", "fuzz_file",

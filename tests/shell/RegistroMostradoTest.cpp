@@ -17,6 +17,8 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
+#include <functional>
+#include <thread>
 
 namespace {
 
@@ -70,29 +72,42 @@ protected:
 
     // ---- the other station
 
-    void elsewhere(const char* table, const char* row, const char* field, const jet::Value& value) {
+    /// Which the program has been told of on return.
+    void elsewhere(const std::function<void(ado::Recordset& rs)>& work, const char* table) {
+        const std::uint64_t before = data().Automacao.store().generation();
         ado::Recordset rs;
         rs.Open(table, other_);
-        rs.Find(row);
-        rs[field] = value;
-        rs.Update();
+        work(rs);
         other_.flush();
+        while (onServer() && data().Automacao.store().generation() == before)
+            std::this_thread::yield(); // in a file whoever reads finds it
+    }
+    void elsewhere(const char* table, const char* row, const char* field, const jet::Value& value) {
+        elsewhere(
+            [&](ado::Recordset& rs) {
+                rs.Find(row);
+                rs[field] = value;
+                rs.Update();
+            },
+            table);
     }
     void addedElsewhere(const char* table, const Row& row) {
-        ado::Recordset rs;
-        rs.Open(table, other_);
-        rs.AddNew();
-        for (const Field& field : row)
-            rs[field.name] = field.value;
-        rs.Update();
-        other_.flush();
+        elsewhere(
+            [&](ado::Recordset& rs) {
+                rs.AddNew();
+                for (const Field& field : row)
+                    rs[field.name] = field.value;
+                rs.Update();
+            },
+            table);
     }
     void deletedElsewhere(const char* table, const char* row) {
-        ado::Recordset rs;
-        rs.Open(table, other_);
-        rs.Find(row);
-        rs.Delete();
-        other_.flush();
+        elsewhere(
+            [&](ado::Recordset& rs) {
+                rs.Find(row);
+                rs.Delete();
+            },
+            table);
     }
     /// As the lock file knows it: both run on this machine. A server doesn't tell.
     [[nodiscard]] QString station() const {

@@ -155,13 +155,12 @@ void Cluster::begin() {
 
 void Cluster::startServer() {
     const fs::path folder = parts_->folder.path();
-    // What is lost in a power cut is a test's; but what is measured is what a shop has.
-    const std::string safely = std::getenv("VALTRINO_CLERKS") != nullptr ? "on" : "off";
-    parts_->server =
-        start({"postgres", "-D", folder / "data", "-k", folder.string(), "-c",
-               "listen_addresses=", "-c", "fsync=" + safely, "-c", "full_page_writes=" + safely,
-               "-c", "max_connections=100", "-c", "shared_buffers=32MB"},
-              folder / "said");
+    const std::string safely = likeAShops_ ? "on" : "off";
+    parts_->server = start({"postgres", "-D", folder / "data", "-k", folder.string(), "-c",
+                            "listen_addresses=", "-c", "fsync=" + safely, "-c",
+                            "full_page_writes=" + safely, "-c", "max_connections=100", "-c",
+                            likeAShops_ ? "shared_buffers=128MB" : "shared_buffers=32MB"},
+                           folder / "said");
 }
 
 void Cluster::crash() {

@@ -15,6 +15,9 @@ class Cluster {
 public:
     /// Why there can't be one, a line for who reads the tests; empty if there can.
     [[nodiscard]] static std::string absence();
+    /// The next one stores and remembers as a shop's does: for what is measured. What is lost in a
+    /// power cut is else a test's.
+    static void likeAShops() { likeAShops_ = true; }
     /// A shop has those tables. @throws std::runtime_error with what the server said if it doesn't
     /// start.
     static Cluster& instance(std::span<const jet::TableSpec> tables);
@@ -63,6 +66,7 @@ private:
     [[nodiscard]] std::string madeLike(const std::string& other);
     [[nodiscard]] std::string address(const std::string& database) const;
 
+    static inline bool likeAShops_ = false;
     struct Parts;
     std::unique_ptr<Parts> parts_;
     std::string failure_; ///< why it doesn't run; "" if it does

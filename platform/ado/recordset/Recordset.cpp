@@ -118,6 +118,12 @@ std::int64_t Recordset::RecordCount() const {
     return cursor.count();
 }
 
+bool Recordset::isEmpty() const {
+    Cursor& cursor = *open().cursor;
+    cursor.catchUp();
+    return cursor.empty();
+}
+
 void Recordset::Find(const Text& criterion) {
     Update();
     Cursor& cursor = *open().cursor;

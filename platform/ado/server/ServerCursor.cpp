@@ -1,5 +1,6 @@
 #include "ado/server/ServerCursor.h"
 
+#include "ado/provider/SourceSelect.h"
 #include "jet/Error.h"
 #include "jet/TextParts.h"
 
@@ -12,13 +13,15 @@ using jet::Errc;
 using jet::Error;
 
 std::unique_ptr<Cursor> ServerCursor::open(ServerSession& session, const std::string& source,
-                                           CommandType command) {
+                                           CursorType type, CommandType command) {
     ServerQuery query(session.catalog(), source, command);
     std::unique_ptr<ServerCursor> made;
     if (query.keyed() != nullptr)
-        made = std::make_unique<ServerList>(session, std::move(query));
+        made = std::make_unique<ServerList>(session, std::move(query), type);
     else
         made = std::make_unique<ServerAnswer>(session, std::move(query));
+    // With a table nothing can be wrong; with a statement the server says what is.
+    made->later_ = made->query_.isWholeTable() && session.catalog().find(source) != nullptr;
     made->reload();
     return made;
 }
@@ -26,6 +29,8 @@ std::unique_ptr<Cursor> ServerCursor::open(ServerSession& session, const std::st
 Spelling ServerCursor::spelling() { return fields().spelling(session_.catalog().spelling()); }
 
 void ServerCursor::reload() {
+    if (std::exchange(later_, false))
+        return refresh();
     if (!std::exchange(fresh_, false))
         fetchFirst();
     moveFirst();
@@ -45,8 +50,14 @@ void ServerCursor::restrict(const std::function<void(ServerQuery&)>& change) {
 }
 
 void ServerCursor::setFilter(const std::string& condition) {
+    if (saysNothing(condition)) { // which can't be wrong
+        query_.setFilter("", spelling());
+        filter_.clear();
+        later_ = true;
+        return;
+    }
     restrict([&](ServerQuery& query) { query.setFilter(condition, spelling()); });
-    filter_ = jet::trimmed(condition, jet::Side::both).empty() ? "" : condition;
+    filter_ = condition;
 }
 
 void ServerCursor::setSort(const std::string& fields) {

@@ -12,7 +12,7 @@ class ServerCursor : public Cursor {
 public:
     /// The one that fits the statement, at its first row. @throws Error{syntax, notFound}.
     [[nodiscard]] static std::unique_ptr<Cursor>
-    open(ServerSession& session, const std::string& source, CommandType command);
+    open(ServerSession& session, const std::string& source, CursorType type, CommandType command);
 
     [[nodiscard]] QueryFields& fields() noexcept override { return query_.fields(); }
     [[nodiscard]] bool live() const noexcept override { return query_.live(); }
@@ -51,13 +51,14 @@ private:
     std::string filter_;
     std::string sort_;
     bool fresh_ = false; ///< the rows have just been asked for
+    bool later_ = false; ///< they can wait until one is asked for
 };
 
 /// Rows of one table, asked for by ranges of their order: a window of some rows is kept, and moves
 /// along. They can be changed.
 class ServerList final : public ServerCursor {
 public:
-    ServerList(ServerSession& session, ServerQuery query);
+    ServerList(ServerSession& session, ServerQuery query, CursorType type);
 
     /// As soon as a row is asked for: who looks for one next needs none of the first.
     void refresh() override;
@@ -91,9 +92,14 @@ private:
     using From = ServerQuery::From;
     [[nodiscard]] std::deque<ServerRow> fetch(From from, bool forwards, const std::string& more,
                                               std::size_t most);
+    /// How much has been changed of what these rows are.
+    [[nodiscard]] ServerSession::Moment now();
     /// What others have done makes the rows around the one stood on unknown.
     void forgetNeighbours();
     void requireCurrent();
+    void catchUpRow();
+    [[nodiscard]] std::deque<ServerRow> fetchBeyond(bool forwards);
+    [[nodiscard]] bool findHere(const std::string& criterion);
     [[nodiscard]] bool readAgain();
     bool step(bool forwards);
     void settle();
@@ -107,8 +113,10 @@ private:
     bool fromFirst_ = false;  ///< no row comes before rows_
     bool toLast_ = false;     ///< no row comes behind them
     bool added_ = false;      ///< stands on a row added to a list: behind all others
+    bool updated_ = false;    ///< a row here, which may not belong to them any more
     bool toBegin_ = false;    ///< refreshed, and not asked for yet
     std::size_t batch_ = 1;
+    std::size_t firstBatch_;
 
     ServerSession::Moment neighbours_; ///< when the rows around were asked for
     ServerSession::Moment current_;    ///< and the one stood on

@@ -13,11 +13,14 @@ using jet::Error;
 
 namespace {
 
-/// Rows read ahead: few at first, so that a window shows at once, more when somebody walks on.
+/// Rows read ahead: few at first, so that a window shows at once, many times more when somebody
+/// walks on, who may be a long way from the server.
 constexpr std::size_t kFirstBatch = 32;
-constexpr std::size_t kLargestBatch = 512;
+constexpr std::size_t kBatchOfAWalk = 512; ///< first, where all rows are likely to be wanted
+constexpr std::size_t kGrowth = 16;
+constexpr std::size_t kLargestBatch = 16'384;
 /// Rows kept around the one stood on, at most.
-constexpr std::size_t kMostKept = 2048;
+constexpr std::size_t kMostKept = 32'768;
 
 std::uint64_t versionOf(std::int64_t fingerprint) {
     return static_cast<std::uint64_t>(fingerprint);
@@ -25,8 +28,13 @@ std::uint64_t versionOf(std::int64_t fingerprint) {
 
 } // namespace
 
-ServerList::ServerList(ServerSession& session, ServerQuery query)
-    : ServerCursor(session, std::move(query)) {}
+ServerList::ServerList(ServerSession& session, ServerQuery query, CursorType type)
+    : ServerCursor(session, std::move(query)),
+      firstBatch_(type == CursorType::ForwardOnly ? kBatchOfAWalk : kFirstBatch) {}
+
+ServerSession::Moment ServerList::now() {
+    return query_.dependsOnOthers() ? session_.now() : session_.now(*query_.keyed());
+}
 
 std::deque<ServerRow> ServerList::fetch(From from, bool forwards, const std::string& more,
                                         std::size_t most) {
@@ -46,14 +54,14 @@ std::deque<ServerRow> ServerList::fetch(From from, bool forwards, const std::str
 // ---- walking ----------------------------------------------------------------------------------
 
 void ServerList::fetchFirst() {
-    const ServerSession::Moment moment = session_.now();
-    auto rows = fetch(From::end, true, "", kFirstBatch);
-    toLast_ = rows.size() < kFirstBatch;
+    const ServerSession::Moment moment = now();
+    auto rows = fetch(From::end, true, "", firstBatch_);
+    toLast_ = rows.size() < firstBatch_;
     fromFirst_ = true;
     rows_ = std::move(rows);
     at_ = 0;
-    anchorGone_ = added_ = toBegin_ = false;
-    batch_ = kFirstBatch;
+    anchorGone_ = added_ = updated_ = toBegin_ = false;
+    batch_ = firstBatch_ * kGrowth;
     neighbours_ = current_ = moment;
     count_.reset();
 }
@@ -76,7 +84,7 @@ Cursor::At ServerList::place() {
 }
 
 bool ServerList::first() {
-    if (!fromFirst_ || session_.now() != neighbours_ || anchorGone_ || added_ || toBegin_)
+    if (!fromFirst_ || now() != neighbours_ || anchorGone_ || added_ || toBegin_)
         fetchFirst();
     at_ = 0;
     current_ = neighbours_;
@@ -84,7 +92,7 @@ bool ServerList::first() {
 }
 
 bool ServerList::last() {
-    const ServerSession::Moment moment = session_.now();
+    const ServerSession::Moment moment = now();
     if (!toLast_ || moment != neighbours_ || anchorGone_ || added_ || toBegin_) {
         auto rows = fetch(From::end, false, "", kFirstBatch);
         toBegin_ = false;
@@ -111,13 +119,37 @@ void ServerList::forgetNeighbours() {
 
 void ServerList::catchUp() {
     settle();
-    const ServerSession::Moment moment = session_.now();
+    const ServerSession::Moment moment = now();
     if (moment == neighbours_ || rows_.empty())
         return;
-    forgetNeighbours();
+    forgetNeighbours(); // who walks on doesn't ask for the one stood on by itself
     neighbours_ = moment;
-    if (at() == At::row && current_ != moment)
+}
+
+/// The same, and whether the row stood on is still there.
+void ServerList::catchUpRow() {
+    catchUp();
+    if (at() == At::row)
         requireCurrent();
+}
+
+/// The rows beyond the one stood on; which is asked for with them, where it may have changed.
+std::deque<ServerRow> ServerList::fetchBeyond(bool forwards) {
+    if (at() != At::row || current_ == neighbours_)
+        return fetch(From::after, forwards, "", batch_);
+    auto rows = fetch(From::at, forwards, "", batch_ + 1);
+    if (!rows.empty() && query_.areSame(forwards ? rows.front() : rows.back(), here())) {
+        here() = std::move(forwards ? rows.front() : rows.back());
+        forwards ? rows.pop_front() : rows.pop_back();
+        current_ = neighbours_;
+        return rows;
+    }
+    if (!query_.isWholeTable() && readAgain()) // it has another place now
+        return fetch(From::after, forwards, "", batch_);
+    anchorGone_ = true;
+    if (rows.size() > batch_)
+        forwards ? rows.pop_back() : rows.pop_front();
+    return rows;
 }
 
 /// One row on; false if there is none.
@@ -128,16 +160,16 @@ bool ServerList::step(bool forwards) {
         added_ = false;
         return forwards ? false : last();
     }
-    const bool gone = anchorGone_;
-    const std::size_t anchor = at_;
     const bool inside = forwards ? at_ + 1 < rows_.size() : at_ > 0;
     if (!inside) {
         bool& ended = forwards ? toLast_ : fromFirst_;
         if (!ended) {
-            const ServerSession::Moment moment = session_.now();
-            auto more = fetch(From::after, forwards, "", batch_);
+            const ServerSession::Moment moment = now();
+            auto more = fetchBeyond(forwards);
             ended = more.size() < batch_;
-            batch_ = std::min(2 * batch_, kLargestBatch);
+            batch_ = std::min(kGrowth * batch_, kLargestBatch);
+            if (ended && forwards && fromFirst_)
+                firstBatch_ = kBatchOfAWalk; // who has walked over all will again
             if (rows_.size() == 1)
                 neighbours_ = moment;
             if (forwards) {
@@ -151,8 +183,7 @@ bool ServerList::step(bool forwards) {
         if (forwards ? at_ + 1 >= rows_.size() : at_ == 0)
             return false;
     }
-    static_cast<void>(anchor);
-    if (gone) { // nobody stands on it any more
+    if (anchorGone_) { // nobody stands on it any more
         rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(at_));
         anchorGone_ = false;
         at_ = forwards ? at_ : at_ - 1;
@@ -178,15 +209,18 @@ bool ServerList::previous() { return step(false); }
 
 bool ServerList::empty() {
     settle();
-    if (rows_.size() > (anchorGone_ ? 1U : 0U))
+    const bool current = now() == neighbours_ && current_ == neighbours_;
+    if (current && rows_.size() > (anchorGone_ ? 1U : 0U))
         return false;
-    if (fromFirst_ && toLast_ && session_.now() == neighbours_)
+    if (current && fromFirst_ && toLast_)
         return true;
     return fetch(From::end, true, "", 1).empty();
 }
 
 std::int64_t ServerList::count() {
-    const ServerSession::Moment moment = session_.now();
+    const ServerSession::Moment moment = now();
+    if (fromFirst_ && toLast_ && !anchorGone_ && !added_ && !toBegin_ && moment == neighbours_)
+        return static_cast<std::int64_t>(rows_.size());
     if (!count_ || counted_ != moment) {
         const ServerStatement statement = query_.count();
         const ServerRows rows = session_.wire().run(statement);
@@ -204,7 +238,26 @@ void ServerList::find(const std::string& criterion) {
     find(at() == At::afterLast ? From::end : From::at, criterion);
 }
 
+/// Whether that is known without asking, as it is for a key that stands among the rows. Who is
+/// about to save wants it as it is at that moment.
+bool ServerList::findHere(const std::string& criterion) {
+    const auto key = query_.keyIn(criterion);
+    if (!key || session_.wire().inTransaction() || now() != neighbours_ ||
+        current_ != neighbours_ || anchorGone_ || added_ || updated_ || toBegin_)
+        return false;
+    const auto row =
+        std::ranges::find_if(rows_, [&](const ServerRow& one) { return query_.hasKey(one, *key); });
+    if (row == rows_.end() && !(fromFirst_ && toLast_))
+        return false;
+    if (row != rows_.end())
+        at_ = static_cast<std::size_t>(row - rows_.begin());
+    arrive(row != rows_.end(), At::afterLast);
+    return true;
+}
+
 void ServerList::findFirst(const std::string& criterion) {
+    if (findHere(criterion))
+        return;
     arrive(false, At::beforeFirst);
     find(From::end, criterion);
 }
@@ -214,7 +267,7 @@ void ServerList::find(From from, const std::string& criterion) {
     ServerTongue tongue(unused);
     static_cast<void>(parseCondition(criterion, spelling(), tongue)); // an empty one is an error
     const bool nowhere = at() == At::afterLast;
-    const ServerSession::Moment moment = session_.now();
+    const ServerSession::Moment moment = now();
     // Even where nothing can be found a criterion that is wrong is told.
     auto found = fetch(from, true, criterion, 1);
     if (std::exchange(toBegin_, false))
@@ -225,7 +278,7 @@ void ServerList::find(From from, const std::string& criterion) {
         return arrive(false, At::afterLast);
     rows_ = std::move(found);
     at_ = 0;
-    fromFirst_ = toLast_ = anchorGone_ = added_ = false;
+    fromFirst_ = toLast_ = anchorGone_ = added_ = updated_ = false;
     batch_ = kFirstBatch;
     neighbours_ = current_ = moment;
     arrive(true, At::row);
@@ -235,7 +288,7 @@ void ServerList::find(From from, const std::string& criterion) {
 
 /// False if it isn't there any more.
 bool ServerList::readAgain() {
-    const ServerSession::Moment moment = session_.now();
+    const ServerSession::Moment moment = now();
     const ServerStatement statement = query_.same(here());
     const ServerRows found = session_.wire().run(statement);
     if (found.rows() == 0)
@@ -251,7 +304,7 @@ bool ServerList::readAgain() {
 
 void ServerList::requireCurrent() {
     settle();
-    const ServerSession::Moment moment = session_.now();
+    const ServerSession::Moment moment = now();
     if (at() != At::row || moment == current_)
         return;
     if (readAgain())
@@ -292,7 +345,7 @@ std::optional<std::uint64_t> ServerList::versionToEdit() {
 
 /// As far as is known, without asking: the change says itself which row it expects.
 std::optional<std::uint64_t> ServerList::versionToChange() {
-    catchUp();
+    catchUpRow();
     return at() == At::row ? std::optional(versionOf(here().fingerprint)) : std::nullopt;
 }
 
@@ -311,15 +364,15 @@ void ServerList::insert(Given given, const Stored& stored) {
     at_ = 0;
     anchorGone_ = fromFirst_ = toLast_ = toBegin_ = false;
     added_ = !query_.isWholeTable();
-    neighbours_ = current_ = session_.now();
+    neighbours_ = current_ = now();
     arrive(true, At::row);
 }
 
 void ServerList::update(Given given, std::optional<std::uint64_t> expected, const Stored& stored) {
-    catchUp();
+    catchUpRow();
     if (at() != At::row || !expected)
         goneOrChanged();
-    const bool known = session_.now() == neighbours_;
+    const bool known = now() == neighbours_;
     const ServerRow before = here();
     std::optional<ServerRow> after;
     session_.change(*query_.keyed(), &before, [&] {
@@ -332,20 +385,21 @@ void ServerList::update(Given given, std::optional<std::uint64_t> expected, cons
         return after;
     });
     stored();
+    updated_ = true;
     const bool stays = !query_.isWholeTable() || after->place == before.place;
     if (stays)
         after->place = before.place;
     here() = std::move(*after);
     if (!stays)
         forgetNeighbours();
-    const ServerSession::Moment moment = session_.now();
+    const ServerSession::Moment moment = now();
     if (known && stays)
         neighbours_ = moment; // the others are as they were
     current_ = moment;
 }
 
 std::optional<std::uint64_t> ServerList::versionToErase(std::optional<std::uint64_t> asShown) {
-    catchUp();
+    catchUpRow();
     requireRow();
     if (asShown)
         return asShown;
@@ -355,7 +409,7 @@ std::optional<std::uint64_t> ServerList::versionToErase(std::optional<std::uint6
 }
 
 void ServerList::erase(std::optional<std::uint64_t> expected) {
-    const bool known = session_.now() == neighbours_;
+    const bool known = now() == neighbours_;
     const ServerRow before = here();
     session_.change(*query_.keyed(), &before, [&]() -> std::optional<ServerRow> {
         const auto fingerprint =
@@ -366,7 +420,7 @@ void ServerList::erase(std::optional<std::uint64_t> expected) {
         return std::nullopt;
     });
     anchorGone_ = true;
-    const ServerSession::Moment moment = session_.now();
+    const ServerSession::Moment moment = now();
     if (known)
         neighbours_ = moment;
     current_ = moment;

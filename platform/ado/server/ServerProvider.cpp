@@ -52,9 +52,9 @@ void ServerProvider::onSnapshot(const std::function<void()>& body) {
     body();
 }
 
-std::unique_ptr<Cursor> ServerProvider::open(const std::string& source, CursorType /*type*/,
+std::unique_ptr<Cursor> ServerProvider::open(const std::string& source, CursorType type,
                                              CommandType command) {
-    return ServerCursor::open(session_, source, command);
+    return ServerCursor::open(session_, source, type, command);
 }
 
 std::unique_ptr<Following> ServerProvider::follow(const std::string& table,

@@ -40,7 +40,9 @@ public:
     void createTable(const jet::TableSpec& spec) override { session_.createTable(spec); }
     /// Whoever is about to change anything waits until the transaction ends.
     void claim() override { session_.claim(); }
-    [[nodiscard]] Tally tally() const noexcept override { return {session_.written(), 0}; }
+    [[nodiscard]] Tally tally() const noexcept override {
+        return {session_.written(), 0, session_.wire().roundTrips()};
+    }
     /// Of one state outside of transactions, as long as the body changes nothing. Inside of one,
     /// what others end meanwhile is seen, unless it has claimed that there is none.
     void onSnapshot(const std::function<void()>& body) override;

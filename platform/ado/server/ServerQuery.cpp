@@ -5,8 +5,11 @@
 #include "ado/server/ServerTongue.h"
 #include "ado/server/ServerValue.h"
 #include "jet/Error.h"
+#include "jet/Names.h"
+#include "jet/TextParts.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 
 namespace ado {
@@ -77,6 +80,29 @@ bool ServerQuery::isWholeTable() const {
            std::ranges::equal(order_, keyed_->key, [](const OrderColumn& a, std::size_t b) {
                return a.column == b && !a.descending;
            });
+}
+
+bool ServerQuery::dependsOnOthers() const { return where("").find("select ") != std::string::npos; }
+
+std::optional<std::string> ServerQuery::keyIn(std::string_view condition) const {
+    const std::size_t equals = condition.find('=');
+    if (equals == std::string_view::npos || keyed_->key.size() != 1)
+        return std::nullopt;
+    const jet::Column& key = keyed_->columns[keyed_->key.front()];
+    const std::string_view name = jet::trimmed(condition.substr(0, equals), jet::Side::both);
+    const std::string_view value = jet::trimmed(condition.substr(equals + 1), jet::Side::both);
+    std::int32_t number = 0;
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
+    if (error != std::errc() || end != value.data() + value.size() ||
+        key.type != jet::ColumnType::longInteger ||
+        jet::foldedName(name) != jet::foldedName(key.name))
+        return std::nullopt;
+    return std::to_string(number);
+}
+
+bool ServerQuery::areSame(const ServerRow& a, const ServerRow& b) const {
+    return std::ranges::all_of(
+        keyed_->key, [&](std::size_t place) { return a.values[place] == b.values[place]; });
 }
 
 void ServerQuery::setFilter(const std::string& condition, const Spelling& spelling) {

@@ -38,6 +38,14 @@ public:
     }
     /// Whether it is a whole table in the order of its key.
     [[nodiscard]] bool isWholeTable() const;
+    /// Whether rows of other tables say which these are.
+    [[nodiscard]] bool dependsOnOthers() const;
+    /// Of a keyed one: the key's value, if the condition says that it is a certain number.
+    [[nodiscard]] std::optional<std::string> keyIn(std::string_view condition) const;
+    [[nodiscard]] bool hasKey(const ServerRow& row, const std::string& value) const {
+        return row.values[keyed_->key.front()] == value;
+    }
+    [[nodiscard]] bool areSame(const ServerRow& a, const ServerRow& b) const;
 
     /// In the words of the dialect; "" takes it away. @throws Error{syntax, notFound}.
     void setFilter(const std::string& condition, const Spelling& spelling);

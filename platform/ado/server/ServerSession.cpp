@@ -44,7 +44,7 @@ void ServerSession::createTable(const jet::TableSpec& spec) {
     createServerTable(wire_, spec);
     static_cast<void>(wire_.run("select pg_notify('valtrino', '*')"));
     catalogIsOld_ = true;
-    ++moment_.own;
+    changeAnywhere(&Moment::own);
 }
 
 void ServerSession::hear(std::string_view payload, bool own) {
@@ -52,25 +52,40 @@ void ServerSession::hear(std::string_view payload, bool own) {
         catalogIsOld_ = true;
         return;
     }
+    const std::size_t colon = payload.rfind(':');
+    const std::string table(payload.substr(0, colon));
     if (!own)
         ++moment_.others;
-    const std::size_t colon = payload.rfind(':');
+    if (!own || !changed_.contains(table)) // what follows from a change here is told as well
+        ++inTable_[table].others;
     std::uint32_t block = 0;
     if (colon != std::string_view::npos)
         std::from_chars(payload.data() + colon + 1, payload.data() + payload.size(), block);
     for (NewsListener* const listener : listeners_)
-        listener->hear(payload.substr(0, colon), block);
+        listener->hear(table, block);
 }
 
 ServerSession::Moment ServerSession::now() {
     wire_.listen([this](std::string_view payload, bool own) { hear(payload, own); });
     if (std::exchange(lines_, wire_.lines()) != lines_) {
         catalogIsOld_ = true;
-        ++moment_.others;
+        changeAnywhere(&Moment::others);
         for (NewsListener* const listener : listeners_)
             listener->miss();
     }
     return moment_;
+}
+
+ServerSession::Moment ServerSession::now(const ServerTable& table) {
+    static_cast<void>(now());
+    const auto inIt = inTable_.find(table.name);
+    const Moment it = inIt != inTable_.end() ? inIt->second : Moment{0, 0};
+    return {anywhere_.own + it.own, anywhere_.others + it.others};
+}
+
+void ServerSession::changeAnywhere(std::uint64_t Moment::*whose) {
+    ++(moment_.*whose);
+    ++(anywhere_.*whose);
 }
 
 ServerRows ServerSession::write(const ServerStatement& statement) {
@@ -92,6 +107,8 @@ void ServerSession::change(const ServerTable& table, const ServerRow* before,
     try {
         const std::optional<ServerRow> after = change();
         ++moment_.own;
+        ++inTable_[table.name].own;
+        changed_.insert(table.name);
         ++(wire_.inTransaction() ? unwritten_ : written_);
         if (kept) {
             const auto was =
@@ -110,7 +127,7 @@ void ServerSession::change(const ServerTable& table, const ServerRow* before,
         if (within) {
             wire_.backToMark();
             unwritten_ = counted;
-            ++moment_.own;
+            changeAnywhere(&Moment::own);
         }
         throw;
     }
@@ -118,6 +135,8 @@ void ServerSession::change(const ServerTable& table, const ServerRow* before,
 
 void ServerSession::begin() {
     wire_.begin();
+    static_cast<void>(now()); // what has been told of the one before
+    changed_.clear();
     undone_ = false;
     unwritten_ = 0;
 }
@@ -142,7 +161,7 @@ void ServerSession::forget() {
     const bool changed = std::exchange(unwritten_, 0) > 0;
     undone_ = undone_ || changed;
     if (changed)
-        ++moment_.own;
+        changeAnywhere(&Moment::own);
     catalogIsOld_ = catalogIsOld_ || changed;
 }
 
@@ -151,7 +170,7 @@ void ServerSession::claim() {
     if (!wire_.inTransaction())
         throw jet::Error(jet::Errc::misuse, "Não há transação aberta.");
     wire_.claim();
-    ++moment_.others;
+    changeAnywhere(&Moment::others);
 }
 
 } // namespace ado

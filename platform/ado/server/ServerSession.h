@@ -6,6 +6,9 @@
 #include "jet/TableSpec.h"
 
 #include <functional>
+#include <map>
+#include <set>
+#include <string>
 
 namespace ado {
 
@@ -41,6 +44,8 @@ public:
         friend bool operator==(const Moment&, const Moment&) = default;
     };
     [[nodiscard]] Moment now();
+    /// The same of one table alone.
+    [[nodiscard]] Moment now(const ServerTable& table);
 
     /// One change of one row. `before` is the row as it was, null for a new one; `change` makes the
     /// change and gives the row as it is then, nothing for one erased.
@@ -63,12 +68,16 @@ public:
 private:
     void hear(std::string_view payload, bool own);
     void forget();
+    void changeAnywhere(std::uint64_t Moment::*whose);
 
     ServerWire wire_;
     Recorder* recorder_;
     ServerCatalog catalog_;
     bool catalogIsOld_ = true;
     Moment moment_;
+    Moment anywhere_;                       ///< the part of it that may be in any table
+    std::map<std::string, Moment> inTable_; ///< and in one, by its name
+    std::set<std::string> changed_;         ///< tables, here, in the last transaction
     std::vector<NewsListener*> listeners_;
     std::uint64_t lines_ = 1; ///< of the wire, as far as their news are heard
     std::uint64_t written_ = 0;

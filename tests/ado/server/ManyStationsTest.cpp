@@ -5,6 +5,7 @@
 #ifdef VALTRINO_SERVER
 
 #include "ado/Shop.h"
+#include "support/Cluster.h"
 
 #include <algorithm>
 #include <chrono>
@@ -187,6 +188,10 @@ private:
 /// Each in a process of its own.
 class ManyStations : public Shop {
 protected:
+    static void SetUpTestSuite() {
+        if (setting("VALTRINO_CLERKS", 0) > 0)
+            Cluster::likeAShops();
+    }
     template <class Work>
     pid_t start(int number, Work&& work) {
         const pid_t child = fork();

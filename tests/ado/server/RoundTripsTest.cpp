@@ -88,7 +88,7 @@ TEST_P(RoundTripsTest, OfAListAndItsRows) {
     EXPECT_EQ(asked([&] { list.FindFirst("numero='000300'"); }), 1U);
     EXPECT_EQ(asked([&] { list.setFilter("banco=2"); }), 1U);
     EXPECT_EQ(asked([&] { list.setSort("numero"); }), 1U);
-    EXPECT_EQ(asked([&] { EXPECT_EQ(list.RecordCount(), 1); }), 1U);
+    EXPECT_EQ(asked([&] { EXPECT_EQ(list.RecordCount(), 1); }), 0U); // all that is there is known
     EXPECT_EQ(asked([&] { EXPECT_FALSE(list.EOF() || list.BOF()); }), 0U);
 }
 

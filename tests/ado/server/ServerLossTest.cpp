@@ -278,11 +278,11 @@ TEST_P(ServerLossTest, WhatIsHeldBeginsAnewOrIsTold) {
     station.store().onSnapshot([&] {
         ++times;
         Recordset banks;
-        banks.Open("bancos", station);
+        banks.Open("select * from bancos", station);
         Recordset cheques;
         if (times == 1)
             relay->cut(Relay::Cut::before, "savepoint");
-        cheques.Open("cheques", station);
+        cheques.Open("select * from cheques", station);
     });
     EXPECT_EQ(times, 2);
 }
