@@ -64,7 +64,10 @@ void throwServerError(const pg_conn* line, const pg_result* result, const std::s
     const std::string said = " (" + primary + ")";
     for (const Meaning& meaning : kMeanings)
         if (state.starts_with(meaning.state))
-            throw Error(meaning.code, meaning.sentence + said);
+            throw Error(meaning.code,
+                        meaning.code == Errc::locked // which says all there is to know
+                            ? meaning.sentence
+                            : meaning.sentence + said);
     throw Error(PQstatus(line) == CONNECTION_OK ? Errc::corrupt : Errc::io,
                 "O servidor não conseguiu fazer o que foi pedido" + said + ".");
 }

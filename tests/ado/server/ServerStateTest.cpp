@@ -168,7 +168,9 @@ TEST_P(ServerStateTest, AfterATransactionThatCouldntBeginTheNextOneCan) {
     static_cast<void>(wire.run("set lock_timeout = '20ms'"));
     wire.begin();
     wire.takeTurn();
-    EXPECT_EQ(errorOf([&] { static_cast<void>(wire.run("select 1")); }), jet::Errc::locked);
+    EXPECT_THAT([&] { static_cast<void>(wire.run("select 1")); },
+                testing::ThrowsMessage<jet::Error>(
+                    "Outra estação está gravando os mesmos registros. Tente de novo."));
     EXPECT_THROW(wire.commit(), jet::Error);
     busy.rollback();
     wire.begin();
