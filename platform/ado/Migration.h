@@ -31,7 +31,8 @@ struct Migration {
 /// Moves a database file, whosever it is, to an empty database of a server: tables, rows, keys,
 /// relationships and rules. What has been written is read back by another way and every row
 /// compared; nothing is kept unless all are equal. `wanted` are made too, empty, if the file is a
-/// shop's and has none of that name.
+/// shop's and has none of that name. What the server has no use for, as queries, lies beside the
+/// tables.
 /// @throws Error{exists} if there is a shop; Error{conflict} if the file changed meanwhile;
 ///         Error{corrupt} for a file with errors; Error{outOfRange} naming table, row and column of
 ///         a value that the server can't hold; as createShopOnServer().
@@ -40,8 +41,10 @@ struct Migration {
                                         std::span<const jet::TableSpec> wanted,
                                         const jet::Progress& progress);
 
-/// Makes a new file of all tables of a server's shop: columns, rows and keys, but neither its
-/// relationships nor its rules. It has its name when every row has been read back and compared.
+/// Makes a new file of all tables of a server's shop: columns, rows and keys; the relationships,
+/// rules, queries and properties that came from a file, unless the server has others by now, which
+/// then come as far as a file can say them. It has its name when all has been read back and
+/// compared.
 /// @throws Error{exists} if there is a file; as migrateToServer().
 [[nodiscard]] Migration migrateToFile(const std::string& address, const std::filesystem::path& file,
                                       jet::Version version, const jet::Progress& progress);

@@ -1,12 +1,16 @@
 #include "ado/Migration.h"
 #include "ado/migrate/BinaryRows.h"
 #include "ado/migrate/RowDigest.h"
+#include "ado/migrate/ServerRules.h"
 #include "ado/migrate/ServerTables.h"
 #include "ado/server/ServerCopy.h"
 #include "ado/server/ServerSchema.h"
 #include "jet/Database.h"
 #include "jet/Error.h"
 #include "jet/FileSteps.h"
+#include "jet/Rules.h"
+
+#include <algorithm>
 
 namespace ado {
 
@@ -60,6 +64,56 @@ void compare(jet::Database& database, const jet::TableSpec& spec, const TableDig
                                        " no arquivo não é o do servidor.");
 }
 
+/// As far as the file takes them; what it doesn't is told and left out.
+void addExtras(jet::Database& database, jet::Extras& extras, std::vector<std::string>& notes) {
+    const auto addAll = [&](auto& all, auto&& add) {
+        std::erase_if(all, [&](const auto& one) {
+            try {
+                add(one);
+                return false;
+            } catch (const Error& error) {
+                if (error.code() == Errc::io || error.code() == Errc::full)
+                    throw;
+                notes.push_back("O que se guardava de \"" + one.name +
+                                "\" não cabe no arquivo e não voltou: " + error.what());
+                return true;
+            }
+        });
+    };
+    // Those of the file's own windows are of tables that didn't go to the server either.
+    std::erase_if(extras.relationships, [](const jet::RelationshipSpec& bond) {
+        return bond.child.starts_with("MSys") || bond.parent.starts_with("MSys");
+    });
+    addAll(extras.objects, [&](const auto& one) { jet::addExtra(database, one); });
+    addAll(extras.relationships, [&](const auto& one) { jet::relate(database, one); });
+}
+
+/// Whether two tables' notes say the same, as a file of another version may not to the byte.
+bool saySame(const jet::Bytes& one, const jet::Bytes& other) {
+    const jet::TextCodec codec(jet::Version::jet4);
+    return one == other ||
+           jet::recodedProperties(one, codec, codec) == jet::recodedProperties(other, codec, codec);
+}
+
+void compare(jet::Database& database, const jet::Extras& extras) {
+    const auto is = [](const jet::ExtraObject& one, const jet::ExtraObject& other) {
+        return one.type == other.type && one.name == other.name && one.link == other.link &&
+               one.steps.size() == other.steps.size() && saySame(one.properties, other.properties);
+    };
+    const jet::Extras there = jet::extrasOf(database);
+    const auto require = [&](const std::string& name, bool same) {
+        if (!same)
+            throw Error(Errc::corrupt, "A migração não foi aproveitada: o que o arquivo tem de \"" +
+                                           name + "\" não é o que o servidor guardava.");
+    };
+    for (const jet::ExtraObject& object : extras.objects)
+        require(object.name, std::ranges::any_of(there.objects,
+                                                 [&](const auto& one) { return is(one, object); }));
+    for (const jet::RelationshipSpec& bond : extras.relationships)
+        require(bond.name,
+                std::ranges::find(there.relationships, bond) != there.relationships.end());
+}
+
 } // namespace
 
 Migration migrateToFile(const std::string& address, const std::filesystem::path& file,
@@ -75,6 +129,8 @@ Migration migrateToFile(const std::string& address, const std::filesystem::path&
     requireShop(wire);
     Migration result{wire.place(), {}, {}};
     const std::vector<ServerTableSpec> tables = serverTables(wire);
+    ServerRules rules = serverRules(wire, tables);
+    result.notes = std::move(rules.notes);
     std::vector<TableDigest> digests;
     digests.reserve(tables.size());
     jet::UnnamedFile part(file, disk);
@@ -86,11 +142,13 @@ Migration migrateToFile(const std::string& address, const std::filesystem::path&
         for (const ServerTableSpec& table : tables)
             digests.push_back(fill(wire, table, database.table(table.spec.name), progress));
         database.flush();
+        addExtras(database, rules.extras, result.notes);
     }
     {
         jet::Database::Options options;
         options.readOnly = true;
         jet::Database database(part.path(), options);
+        compare(database, rules.extras);
         for (std::size_t i = 0; i < tables.size(); ++i) {
             compare(database, tables[i].spec, digests[i]);
             std::vector<std::pair<std::string, std::string>> sums;

@@ -3,6 +3,7 @@
 #include "ado/migrate/BinaryRows.h"
 #include "ado/migrate/CopyText.h"
 #include "ado/migrate/FileTables.h"
+#include "ado/migrate/KeptExtras.h"
 #include "ado/migrate/RowDigest.h"
 #include "ado/migrate/RuleSql.h"
 #include "ado/server/ServerCopy.h"
@@ -65,6 +66,7 @@ public:
             finish(spec);
         for (const jet::TableSpec& spec : specs_)
             keepRules(spec);
+        keepOthers();
         for (const jet::TableSpec& spec : specs_)
             static_cast<void>(wire_.run("analyze " + quotedName(spec.name)));
         leaveOwner(wire_);
@@ -246,6 +248,39 @@ private:
             keep(table, bond);
     }
 
+    /// What has no use on a server, for the way back.
+    void keepOthers() {
+        const jet::Extras extras = jet::extrasOf(database_);
+        for (std::string& refused : keepExtras(wire_, extras))
+            note(std::move(refused));
+        ado::keepRules(wire_, made_);
+        std::string queries;
+        std::string links;
+        std::string others;
+        const auto list = [](std::string& names, const std::string& name) {
+            names.append(names.empty() ? "" : ", ").append(inQuotes(name));
+        };
+        for (const jet::ExtraObject& object : extras.objects)
+            if (object.type == jet::ExtraObject::kQuery)
+                list(queries, object.name);
+            else if (object.type == jet::ExtraObject::kLink ||
+                     object.type == jet::ExtraObject::kServerLink)
+                list(links, object.name);
+        for (const std::string& name : extras.others)
+            list(others, name);
+        if (!queries.empty())
+            note("No servidor não se usam as consultas do arquivo, que o caminho de volta "
+                 "devolve: " +
+                 queries + ".");
+        if (!links.empty())
+            note("No servidor não se usam as tabelas que o arquivo vincula de outros, que o "
+                 "caminho de volta devolve: " +
+                 links + ".");
+        if (!others.empty())
+            note("Ficam só no arquivo os formulários, relatórios e outros objetos: " + others +
+                 ".");
+    }
+
     void keep(const jet::Table& table, const jet::ValueRules::Rule& rule) {
         const jet::Column* const column = rule.column ? &table.columns()[*rule.column] : nullptr;
         const std::string of =
@@ -254,7 +289,7 @@ private:
         if (column != nullptr && rule.required)
             require(table, *column);
         if (column != nullptr && rule.refusesEmptyText)
-            constrain(table, "vazio: " + column->name,
+            constrain({table.name(), column->name, "AllowZeroLength", "vazio: " + column->name},
                       "check (octet_length(" + quotedName(column->name) + ") > 0)",
                       "A regra " + of + ", que não aceita um texto vazio,");
         if (!rule.text.empty()) {
@@ -262,9 +297,9 @@ private:
             const auto sql =
                 rule.condition ? ruleSql(*rule.condition, table.columns()) : std::nullopt;
             if (sql)
-                constrain(table,
-                          rule.message.empty() ? "regra: " + (column ? column->name : table.name())
-                                               : rule.message,
+                constrain({table.name(), column ? column->name : "", "ValidationRule",
+                           rule.message.empty() ? "regra: " + (column ? column->name : table.name())
+                                                : rule.message},
                           "check (" + *sql + ")", what);
             else
                 note(what + " não tem igual no servidor e ficou de fora.");
@@ -283,13 +318,14 @@ private:
             return note(what + " não tem igual no servidor e ficou de fora.");
         if (column.type == jet::ColumnType::boolean)
             *sql = "(" + *sql + ")::int::boolean";
-        attempt("alter table " + quotedName(table.name()) + " alter column " +
-                    quotedName(column.name) + " set default " + *sql,
-                what);
+        if (attempt("alter table " + quotedName(table.name()) + " alter column " +
+                        quotedName(column.name) + " set default " + *sql,
+                    what))
+            made_.push_back({table.name(), column.name, kDefault, ""});
     }
 
     void require(const jet::Table& table, const jet::Column& column) {
-        constrain(table, "falta: " + column.name,
+        constrain({table.name(), column.name, "Required", "falta: " + column.name},
                   "check (" + quotedName(column.name) + " is not null)",
                   "A regra de que se preencha o campo " + inQuotes(column.name) + " da tabela " +
                       inQuotes(table.name()));
@@ -304,7 +340,7 @@ private:
                     .append(quotedName(of.columns()[column].name));
             return names;
         };
-        constrain(table, bond.name,
+        constrain({table.name(), bond.name, kBond, bond.name},
                   "foreign key (" + list(table, bond.child.columns) + ") references " +
                       quotedName(parent.name()) + " (" + list(parent, bond.parent.columns) + ")" +
                       (bond.cascadesUpdates ? " on update cascade" : "") +
@@ -316,17 +352,19 @@ private:
     }
 
     /// For new rows at least: a row may be older than a rule, here as in the file.
-    void constrain(const jet::Table& table, const std::string& wish, const std::string& constraint,
-                   const std::string& what) {
+    void constrain(KeptRule rule, const std::string& constraint, const std::string& what) {
         constexpr std::size_t kForNumber = 4;
+        const std::string wish = rule.name;
         std::string name = shortened(wish, kLongestName);
         for (int i = 2; !names_.insert(name).second; ++i)
             name = shortened(wish, kLongestName - kForNumber) + " " + std::to_string(i);
-        const std::string alter = "alter table " + quotedName(table.name());
+        const std::string alter = "alter table " + quotedName(rule.table);
         if (!attempt(alter + " add constraint " + quotedName(name) + " " + constraint +
                          " not valid",
                      what))
             return;
+        rule.name = name;
+        made_.push_back(std::move(rule));
         try {
             static_cast<void>(wire_.run(alter + " validate constraint " + quotedName(name)));
         } catch (const Error& error) {
@@ -358,6 +396,7 @@ private:
     const jet::Progress& progress_;
     std::vector<jet::TableSpec> specs_;
     std::set<std::string> names_; ///< of the rules of one table
+    std::vector<KeptRule> made_;
     Migration result_;
 };
 

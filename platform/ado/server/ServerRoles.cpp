@@ -46,6 +46,7 @@ void createRolesAndSchema(ServerWire& wire, const ShopRoles& roles) {
                   "alter database " + base + " set statement_timeout = '10min'",
                   "alter database " + base + " set idle_in_transaction_session_timeout = '10min'",
                   "create schema if not exists valtrino_estacoes authorization " + owner,
+                  "create schema if not exists valtrino_arquivo authorization " + owner,
                   "create schema valtrino authorization " + owner});
     becomeOwner(wire);
     letIn(wire, "valtrino", clerks);

@@ -98,7 +98,11 @@ Bytes tableProperties(const Table& objects, PageNo definition) {
     return {};
 }
 
-void addToCatalog(Table& objects, Table& rights, const std::string& name, PageNo definition) {
+namespace {
+
+/// With the owner and the rights that the file's other objects have.
+void addOwned(Table& objects, Table& rights, std::int64_t id, std::int64_t parent,
+              const std::string& name, std::int64_t type, std::int64_t flags) {
     const Objects at(objects);
     const Rights rightAt(rights);
     Bytes admin;
@@ -117,11 +121,31 @@ void addToCatalog(Table& objects, Table& rights, const std::string& name, PageNo
             users.assign(account.begin(), account.end());
         }
 
-    const std::int64_t id = number(definition);
-    addObject(objects, id, kTablesObject, name, tableObject, admin, 0);
+    addObject(objects, id, parent, name, type, admin, flags);
     for (const Bytes& account : {admin, users})
         if (!account.empty())
             addRight(rights, id, account, kFullTable, false);
+}
+
+} // namespace
+
+void addToCatalog(Table& objects, Table& rights, const std::string& name, PageNo definition) {
+    addOwned(objects, rights, number(definition), kTablesObject, name, tableObject, 0);
+}
+
+std::int64_t addToCatalog(Table& objects, Table& rights, const std::string& name, std::int64_t type,
+                          std::uint32_t parent, std::int64_t flags) {
+    constexpr std::uint32_t kFirst = 0x80000000; // tables have the lower ones
+    const Objects at(objects);
+    std::uint32_t next = kFirst;
+    RowCursor object = objects.scan();
+    for (bool there = object.first(); there; there = object.next())
+        if (const auto taken = static_cast<std::uint32_t>(object.row().integer(at.id));
+            taken >= next)
+            next = taken + 1;
+    const auto id = static_cast<std::int32_t>(next);
+    addOwned(objects, rights, id, parent, name, type, flags);
+    return id;
 }
 
 void completeCatalog(Table& objects, Table& rights, const Accounts& accounts) {

@@ -12,13 +12,6 @@ namespace jet {
 
 namespace {
 
-enum RelationshipFlag : std::int64_t {
-    notEnforced = 0x02,
-    cascadeUpdate = 0x100,
-    cascadeDelete = 0x1000,
-    cascadeNull = 0x2000,
-};
-
 /// One row of MSysRelationships: a pair of columns.
 struct ColumnPair {
     std::int64_t flags;
@@ -79,9 +72,9 @@ std::optional<Relationship> declared(Database& database, const std::string& name
         name,
         {parent.name(), parent.definition().page(), {}},
         {child.name(),  child.definition().page(),  {}},
-        (first.flags & cascadeUpdate) != 0,
-        (first.flags & cascadeDelete) != 0,
-        (first.flags & cascadeNull) != 0
+        (first.flags & RelationshipFlags::cascadeUpdate) != 0,
+        (first.flags & RelationshipFlags::cascadeDelete) != 0,
+        (first.flags & RelationshipFlags::cascadeNull) != 0
     };
     for (const ColumnPair& pair : pairs) {
         const auto parentColumn = parent.findColumn(pair.parentColumn);
@@ -112,7 +105,8 @@ std::optional<Relationship> ofBlock(const Table& table, const LogicalIndex& inde
         });
     if (partner == partners.end())
         return std::nullopt;
-    Relationship made{index.name,
+    // The parent's end has a name that was made up.
+    Relationship made{index.side == LogicalIndex::Side::child ? index.name : partner->name,
                       endOf(table, index),
                       endOf(other, *partner),
                       index.cascadesUpdates,
@@ -202,7 +196,7 @@ std::vector<Relationship> relationshipsOf(Database& database, const Table& table
     std::vector<Relationship> found;
     std::vector<Relationship> ignored;
     for (auto& [name, pairs] : pairsOf(database, table)) {
-        const bool enforced = (pairs.front().flags & notEnforced) == 0;
+        const bool enforced = (pairs.front().flags & RelationshipFlags::notEnforced) == 0;
         if (auto made = declared(database, name, pairs, table.definition().page()))
             (enforced ? found : ignored).push_back(std::move(*made));
     }

@@ -4,6 +4,14 @@
 
 namespace jet {
 
+/// What a row of MSysRelationships says of one.
+struct RelationshipFlags {
+    static constexpr std::int64_t notEnforced = 0x02;
+    static constexpr std::int64_t cascadeUpdate = 0x100;
+    static constexpr std::int64_t cascadeDelete = 0x1000;
+    static constexpr std::int64_t cascadeNull = 0x2000;
+};
+
 /// One end of a relationship: a table and its columns, in the order of the other end's.
 struct RelationshipEnd {
     std::string table;

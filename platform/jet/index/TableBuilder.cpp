@@ -147,6 +147,15 @@ void addColumns(DefinitionParts& parts, const Making& making, const TableSpec& m
     }
 }
 
+/// They stand in the order of their names.
+std::byte* addLogical(DefinitionParts& parts, DefinitionParts::Logical made) {
+    const auto behind =
+        std::ranges::find_if(parts.logicalIndexes, [&](const DefinitionParts::Logical& other) {
+            return other.folded > made.folded;
+        });
+    return parts.logicalIndexes.insert(behind, std::move(made))->block.data();
+}
+
 /// The number of the column of that name, as whoever asked for the index has made sure there is.
 using NumberOf = std::function<std::uint16_t(const std::string&)>;
 
@@ -170,23 +179,16 @@ void addIndexes(DefinitionParts& parts, const Making& making, const TableSpec& m
         store(at, layout.root, places.roots[i]);
         store(at, layout.flags, flagsOf(index, making.system, making.format.version));
 
-        DefinitionParts::Logical made{Bytes(logical.size),
-                                      storedName(index.name, making.format, making.names),
-                                      foldedName(index.name)};
+        at = addLogical(parts,
+                        {Bytes(logical.size), storedName(index.name, making.format, making.names),
+                         foldedName(index.name)});
         const auto place = static_cast<std::uint32_t>(i);
-        at = made.block.data();
         makePlain(at, logical);
         store(at, logical.mark, kDefinitionMark);
         store(at, logical.number, next.logical + place);
         store(at, logical.realIndex, next.real + place);
         if (index.primary)
             store(at, logical.kind, static_cast<std::uint8_t>(LogicalIndex::Kind::primary));
-        // They stand in the order of their names.
-        const auto behind =
-            std::ranges::find_if(parts.logicalIndexes, [&](const DefinitionParts::Logical& other) {
-                return other.folded > made.folded;
-            });
-        parts.logicalIndexes.insert(behind, std::move(made));
     }
 }
 
@@ -271,6 +273,39 @@ void extendTable(Pager& pager, PageAllocator& pages, const TableDefinition& tabl
                    : static_cast<std::uint16_t>(next.number + more.placeOf(name));
     });
     addLongValueMaps(parts, places.longValues);
+    writePages(pager, pages, table.pages, parts.joined(format));
+}
+
+void putLogicalIndex(Pager& pager, PageAllocator& pages, const TableDefinition& table,
+                     const LogicalIndex& index, const SortOrder& order) {
+    const Format& format = pager.format();
+    const LogicalIndexLayout& layout = format.logicalIndex;
+    DefinitionParts parts(format, {DefinitionImage(pager, table).bytes(), table.page()});
+    const auto known =
+        std::ranges::find_if(parts.logicalIndexes, [&](const DefinitionParts::Logical& logical) {
+            return load(logical.block.data(), layout.number) == index.number;
+        });
+    std::byte* at = nullptr;
+    if (known != parts.logicalIndexes.end()) {
+        at = known->block.data();
+    } else {
+        const TextCodec names(format.version, order.codePage);
+        at = addLogical(parts, {Bytes(layout.size), storedName(index.name, format, names),
+                                foldedName(index.name)});
+        store(at, layout.mark, kDefinitionMark);
+        store(at, layout.number, index.number);
+        addTo(parts.header, format.definition.logicalIndexes, 1);
+    }
+    store(at, layout.realIndex, index.realIndex);
+    store(at, layout.kind, static_cast<std::uint8_t>(index.kind));
+    store(at, layout.side, static_cast<std::uint8_t>(index.side));
+    store(at, layout.partner, index.partner);
+    store(at, layout.otherTable, index.partnerTable);
+    store(at, layout.cascadesUpdates,
+          static_cast<std::uint8_t>(index.cascadesUpdates ? CascadeFlags::cascades : 0U));
+    store(at, layout.cascadesDeletes,
+          static_cast<std::uint8_t>((index.cascadesDeletes ? CascadeFlags::cascades : 0U) |
+                                    (index.nullsOnDelete ? CascadeFlags::nulls : 0U)));
     writePages(pager, pages, table.pages, parts.joined(format));
 }
 

@@ -27,4 +27,9 @@ void buildTable(Pager& pager, PageAllocator& pages, const SystemTable& table,
 void extendTable(Pager& pager, PageAllocator& pages, const TableDefinition& table,
                  const TableSpec& more, const SortOrder& order, std::uint16_t columnMark);
 
+/// Puts a logical index over a tree that is there into a table's definition; the one of the same
+/// number, if any, becomes it, and keeps its name.
+void putLogicalIndex(Pager& pager, PageAllocator& pages, const TableDefinition& table,
+                     const LogicalIndex& index, const SortOrder& order);
+
 } // namespace jet

@@ -11,6 +11,10 @@ namespace {
 
 constexpr std::size_t kMarkSize = 4;
 
+std::string_view markOf(const TextCodec& names) {
+    return names.version() == Version::jet3 ? "KKD" : "MR2";
+}
+
 enum BlockKind : std::uint16_t { tableBlock = 0, columnBlock = 1, nameBlock = 0x80 };
 
 struct BlockLayout {
@@ -83,10 +87,51 @@ PropertyGroup groupOf(const ByteView& block, const std::vector<std::string>& nam
         group.properties.push_back({
             names[name],
             static_cast<ColumnType>(value.load(ValueLayout::type)),
-            {data.begin(), data.end()}
+            {data.begin(), data.end()},
+            value.load(ValueLayout::mark)
         });
     }
     return group;
+}
+
+void append(Bytes& bytes, std::span<const std::byte> more) {
+    bytes.insert(bytes.end(), more.begin(), more.end());
+}
+
+/// Zeros for a structure of `size` bytes at the end of `bytes`; where they begin.
+std::size_t open(Bytes& bytes, std::size_t size) {
+    bytes.resize(bytes.size() + size);
+    return bytes.size() - size;
+}
+
+/// Says at `begin` how long what has been written from there is.
+template <class Length>
+void close(Bytes& bytes, std::size_t begin, Field<Length> length) {
+    store(bytes.data() + begin, length, static_cast<Length>(bytes.size() - begin));
+}
+
+void appendGroup(Bytes& bytes, const PropertyGroup& group, const std::vector<std::string>& names,
+                 const TextCodec& codec) {
+    const std::size_t block = open(bytes, BlockLayout::size);
+    store(bytes.data() + block, BlockLayout::kind,
+          static_cast<std::uint16_t>(group.column.empty() ? tableBlock : columnBlock));
+    const std::size_t head = open(bytes, GroupLayout::size);
+    const Bytes name = codec.encode(group.column, false, false);
+    store(bytes.data() + head, GroupLayout::nameSize, static_cast<std::uint16_t>(name.size()));
+    append(bytes, name);
+    close(bytes, head, GroupLayout::length);
+    for (const Property& property : group.properties) {
+        const std::size_t value = open(bytes, ValueLayout::size);
+        std::byte* const at = bytes.data() + value;
+        store(at, ValueLayout::mark, property.mark);
+        store(at, ValueLayout::type, static_cast<std::uint8_t>(property.type));
+        store(at, ValueLayout::name,
+              static_cast<std::uint16_t>(std::ranges::find(names, property.name) - names.begin()));
+        store(at, ValueLayout::dataSize, static_cast<std::uint16_t>(property.data.size()));
+        append(bytes, property.data);
+        close(bytes, value, ValueLayout::length);
+    }
+    close(bytes, block, BlockLayout::length);
 }
 
 } // namespace
@@ -114,7 +159,7 @@ std::vector<PropertyGroup> parseProperties(std::span<const std::byte> stored,
     if (stored.empty())
         return groups;
     const ByteView bytes(stored, page);
-    const std::string_view mark = names.version() == Version::jet3 ? "KKD" : "MR2";
+    const std::string_view mark = markOf(names);
     const auto found = bytes.sub(0, kMarkSize);
     if (!std::equal(mark.begin(), mark.end(), found.begin(),
                     [](char c, std::byte b) { return std::byte(c) == b; }))
@@ -135,6 +180,40 @@ std::vector<PropertyGroup> parseProperties(std::span<const std::byte> stored,
         }
     }
     return groups;
+}
+
+Bytes storedProperties(const std::vector<PropertyGroup>& groups, const TextCodec& names) {
+    std::vector<std::string> known;
+    for (const PropertyGroup& group : groups)
+        for (const Property& property : group.properties)
+            if (std::ranges::find(known, property.name) == known.end())
+                known.push_back(property.name);
+    if (known.empty())
+        return {};
+    Bytes bytes(kMarkSize);
+    std::ranges::transform(markOf(names), bytes.begin(), [](char c) { return std::byte(c); });
+    const std::size_t block = open(bytes, BlockLayout::size);
+    store(bytes.data() + block, BlockLayout::kind, static_cast<std::uint16_t>(nameBlock));
+    for (const std::string& name : known) {
+        const Bytes text = names.encode(name, false, false);
+        const std::size_t at = open(bytes, kNameSize.size);
+        store(bytes.data() + at, kNameSize, static_cast<std::uint16_t>(text.size()));
+        append(bytes, text);
+    }
+    close(bytes, block, BlockLayout::length);
+    for (const PropertyGroup& group : groups)
+        appendGroup(bytes, group, known, names);
+    return bytes;
+}
+
+Bytes recodedProperties(std::span<const std::byte> stored, const TextCodec& from,
+                        const TextCodec& to) {
+    std::vector<PropertyGroup> groups = parseProperties(stored, from, PageNo{});
+    for (PropertyGroup& group : groups)
+        for (Property& property : group.properties)
+            if (isText(property.type))
+                property.data = to.encode(property.text(from), false, false);
+    return storedProperties(groups, to);
 }
 
 } // namespace jet

@@ -13,7 +13,8 @@ namespace jet {
 struct Property {
     std::string name;
     ColumnType type{};
-    Bytes data; ///< as stored; text isn't compressed
+    Bytes data;            ///< as stored; text isn't compressed
+    std::uint8_t mark = 1; ///< what else the file notes of it
 
     /// Of a text or memo property; of another, nothing.
     [[nodiscard]] std::string text(const TextCodec& codec) const;
@@ -35,5 +36,15 @@ struct PropertyGroup {
 /// @throws Error{corrupt} if lengths or places don't fit.
 [[nodiscard]] std::vector<PropertyGroup> parseProperties(std::span<const std::byte> stored,
                                                          const TextCodec& names, PageNo page);
+
+/// The same to be stored.
+/// @throws Error{outOfRange} for a name that the codec hasn't the characters for.
+[[nodiscard]] Bytes storedProperties(const std::vector<PropertyGroup>& groups,
+                                     const TextCodec& names);
+
+/// What is stored in a file of one codec, for one of another.
+/// @throws as both.
+[[nodiscard]] Bytes recodedProperties(std::span<const std::byte> stored, const TextCodec& from,
+                                      const TextCodec& to);
 
 } // namespace jet
