@@ -11,6 +11,7 @@
 #include "ado/server/ServerSchema.h"
 #include "ado/server/ServerValue.h"
 #include "jet/Check.h"
+#include "jet/Database.h"
 #include "jet/FileSteps.h"
 
 #include <algorithm>

@@ -23,8 +23,8 @@ struct CatalogEntry {
 void addToCatalog(Table& objects, Table& rights, const std::string& name, PageNo definition);
 
 /// Enters an object that is no table, in the folder `parent`. @return its number.
-std::int64_t addToCatalog(Table& objects, Table& rights, const std::string& name,
-                          std::int64_t type, std::uint32_t parent, std::int64_t flags);
+std::int64_t addToCatalog(Table& objects, Table& rights, const std::string& name, std::int64_t type,
+                          std::uint32_t parent, std::int64_t flags);
 
 /// Enters the objects that every file's catalog has, and their rights: all of them in a new file,
 /// those that are missing in another.
