@@ -157,16 +157,16 @@ void keepRules(ServerWire& wire, const std::vector<KeptRule>& rules) {
         const std::vector<Parameter> parameters{parameterOf(rule.table), parameterOf(rule.column),
                                                 parameterOf(std::string(rule.what)),
                                                 parameterOf(rule.name)};
-        static_cast<void>(wire.run(
-            rule.what == kDefault
-                ? "insert into valtrino_arquivo.regra select $1, $2, $3, $4, "
-                  "pg_get_expr(d.adbin, d.adrelid) from pg_catalog.pg_attrdef d "
-                  "join pg_catalog.pg_attribute a on a.attrelid = d.adrelid and "
-                  "a.attnum = d.adnum and a.attname = $2 "
-                  "where d.adrelid = format('valtrino.%I', $1)::regclass"
-                : "update valtrino_arquivo.regra set campo = $2, regra = $3 where tabela = $1 "
-                  "and nome = $4",
-            parameters));
+        static_cast<void>(
+            wire.run(rule.what == kDefault
+                         ? "insert into valtrino_arquivo.regra select $1, $2, $3, $4, "
+                           "pg_get_expr(d.adbin, d.adrelid) from pg_catalog.pg_attrdef d "
+                           "join pg_catalog.pg_attribute a on a.attrelid = d.adrelid and "
+                           "a.attnum = d.adnum and a.attname = $2 "
+                           "where d.adrelid = format('valtrino.%I', $1)::regclass"
+                         : "update valtrino_arquivo.regra set campo = $2, regra = $3 where tabela "
+                           "operator(pg_catalog.=) $1 and nome operator(pg_catalog.=) $4",
+                     parameters));
     }
 }
 
