@@ -163,6 +163,8 @@ void Cluster::startServer() {
                            folder / "said");
 }
 
+fs::path Cluster::log() const { return parts_->folder.path() / "said"; }
+
 void Cluster::crash() {
     end(parts_->server);
     startServer();
@@ -242,6 +244,8 @@ std::string Cluster::answer(const std::string& /*address*/, const std::string& /
     return {};
 }
 void Cluster::giveBack(const std::string& /*address*/) {}
+fs::path Cluster::log() const { return parts_->folder.path() / "said"; }
+
 void Cluster::crash() {}
 std::string Cluster::askingForPassword(std::string /*address*/) { return {}; }
 

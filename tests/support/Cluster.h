@@ -49,6 +49,8 @@ public:
     /// its answer. @throws jet::Error.
     static std::string answer(const std::string& address, const std::string& sql);
     void giveBack(const std::string& address);
+    /// What the server writes down.
+    [[nodiscard]] std::filesystem::path log() const;
     /// The server stops at once, whatever it is at, and starts anew.
     void crash();
     /// The same database for another user.

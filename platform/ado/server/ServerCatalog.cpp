@@ -94,7 +94,10 @@ std::string ServerCatalog::nameOf(unsigned number) const {
 Spelling ServerCatalog::spelling() const {
     return {[this](std::string_view name) {
                 const ServerTable* const table = find(name);
-                return table != nullptr ? table->name : std::string(name);
+                if (table == nullptr) // the server has tables of its own
+                    throw jet::Error(jet::Errc::notFound,
+                                     "Não existe a tabela \"" + std::string(name) + "\".");
+                return table->name;
             },
             [this](std::string_view name, std::span<const std::string> tables) {
                 for (const std::string& one : tables) {

@@ -34,7 +34,7 @@ public:
     [[nodiscard]] const ServerTable* find(std::string_view name) const;
     /// The name of the table that the server has a number for, or "".
     [[nodiscard]] std::string nameOf(unsigned number) const;
-    /// How the server spells names.
+    /// How the server spells names. @throws Error{notFound} of a table that the shop hasn't.
     [[nodiscard]] Spelling spelling() const;
 
 private:
