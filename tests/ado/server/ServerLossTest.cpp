@@ -95,11 +95,12 @@ TEST_P(ServerLossTest, WhatIsReadIsAskedAgain) {
 TEST_P(ServerLossTest, WhileAnAnswerIsAwaitedTheWindowsArePainted) {
     int painted = 0;
     jet::setWaitHook([&] { ++painted; });
-    relay->setDelay(std::chrono::milliseconds(400));
+    relay->setDelay(std::chrono::milliseconds(200));
     Recordset banks;
     banks.Open("bancos", station);
     EXPECT_EQ(banks["nome"].text(), "Banco do Norte");
     jet::setWaitHook({});
+    relay->setDelay(std::chrono::milliseconds(0));
     EXPECT_GT(painted, 3);
 }
 
