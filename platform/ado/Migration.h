@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ado/ShopRoles.h"
+#include "jet/Disk.h"
 #include "jet/Progress.h"
 #include "jet/TableSpec.h"
 
@@ -35,7 +36,8 @@ struct Migration {
 /// tables.
 /// @throws Error{exists} if there is a shop; Error{conflict} if the file changed meanwhile;
 ///         Error{corrupt} for a file with errors; Error{outOfRange} naming table, row and column of
-///         a value that the server can't hold; as createShopOnServer().
+///         a value that the server can't hold; Error{offline} if the line broke, which says whether
+///         it is done all the same; as createShopOnServer().
 [[nodiscard]] Migration migrateToServer(const std::filesystem::path& file,
                                         const std::string& address, const ShopRoles& roles,
                                         std::span<const jet::TableSpec> wanted,
@@ -47,6 +49,7 @@ struct Migration {
 /// compared.
 /// @throws Error{exists} if there is a file; as migrateToServer().
 [[nodiscard]] Migration migrateToFile(const std::string& address, const std::filesystem::path& file,
-                                      jet::Version version, const jet::Progress& progress);
+                                      jet::Version version, const jet::Progress& progress,
+                                      jet::Disk& disk = jet::Disk::system());
 
 } // namespace ado

@@ -101,6 +101,7 @@ const std::vector<Layer> kLayers = {
     {"shop_stores",       Outside::nothing, {"cluster_support", "shop_schema"}                },
     {"jet_test_support",  Outside::nothing, {"jet", "rule_test_support"}                      },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
+    {"failing_disk",      Outside::nothing, {"jet"}                                           },
     {"shop_test_support", Outside::qt,      {"shell_base", "form_test_support", "shop_stores"}},
     {"window_operations", Outside::qt,      {"shell_windows", "shop_test_support"}            },
     {"fuzz_support",      Outside::nothing, {}                                                },
@@ -115,7 +116,7 @@ const std::vector<Layer> kLayers = {
 const std::vector<std::string> kHelpers = {
     "test_support",  "rule_test_support", "jet_test_support",  "cluster_support",
     "shop_schema",   "shop_stores",       "form_test_support", "shop_test_support",
-    "report_layout", "report_samples",    "window_operations"};
+    "report_layout", "report_samples",    "window_operations", "failing_disk"};
 
 // Who may look into the rooms of a platform folder from outside, beside the folder's own tests.
 const std::vector<std::string> kRoomGuests = {"rule_test_support", "cluster_support", "fuzz_file",

@@ -130,9 +130,12 @@ void Relay::admit() {
 /// Whether that is the statement that a line is to be cut at; which counts once.
 bool Relay::isHit(const std::string& message) {
     const std::lock_guard lock(mutex_);
-    if (words_.empty() || message.front() != 'P')
+    const char kind = message.front();
+    if (words_.empty() || (kind != 'P' && kind != 'Q'))
         return false;
-    const std::size_t sql = message.find('\0', 5) + 1; // behind the statement's name
+    constexpr std::size_t kHead = 5;
+    // A statement that is prepared stands behind its name.
+    const std::size_t sql = kind == 'Q' ? kHead : message.find('\0', kHead) + 1;
     if (message.compare(sql, words_.size(), words_) != 0)
         return false;
     words_.clear();

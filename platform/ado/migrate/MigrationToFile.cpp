@@ -32,6 +32,8 @@ TableDigest fill(ServerWire& wire, const ServerTableSpec& from, jet::Table& to,
     const std::uint64_t all = countOf(wire, from);
     TableDigest digest(from.spec);
     to.addAtEnd();
+    if (progress)
+        progress(from.spec.name, 0, all);
     BinaryRows rows(from.spec, [&](jet::Row& row) {
         try {
             static_cast<void>(to.insert(row));
@@ -114,11 +116,8 @@ void compare(jet::Database& database, const jet::Extras& extras) {
                 std::ranges::find(there.relationships, bond) != there.relationships.end());
 }
 
-} // namespace
-
-Migration migrateToFile(const std::string& address, const std::filesystem::path& file,
-                        jet::Version version, const jet::Progress& progress) {
-    jet::Disk& disk = jet::Disk::system();
+Migration bringBack(const std::string& address, const std::filesystem::path& file,
+                    jet::Version version, const jet::Progress& progress, jet::Disk& disk) {
     jet::requireAbsent(file, disk);
     ServerWire wire(address);
     for (const char* const setting :
@@ -134,9 +133,11 @@ Migration migrateToFile(const std::string& address, const std::filesystem::path&
     std::vector<TableDigest> digests;
     digests.reserve(tables.size());
     jet::UnnamedFile part(file, disk);
-    jet::Database::create(part.path(), version);
+    jet::Database::create(part.path(), version, disk);
+    jet::Database::Options options;
+    options.disk = &disk;
     {
-        jet::Database database(part.path());
+        jet::Database database(part.path(), options);
         for (const ServerTableSpec& table : tables)
             database.createTable(table.spec);
         for (const ServerTableSpec& table : tables)
@@ -145,7 +146,6 @@ Migration migrateToFile(const std::string& address, const std::filesystem::path&
         addExtras(database, rules.extras, result.notes);
     }
     {
-        jet::Database::Options options;
         options.readOnly = true;
         jet::Database database(part.path(), options);
         compare(database, rules.extras);
@@ -163,6 +163,20 @@ Migration migrateToFile(const std::string& address, const std::filesystem::path&
     jet::requireAbsent(file, disk);
     part.takeName();
     return result;
+}
+
+} // namespace
+
+Migration migrateToFile(const std::string& address, const std::filesystem::path& file,
+                        jet::Version version, const jet::Progress& progress, jet::Disk& disk) {
+    try {
+        return bringBack(address, file, version, progress, disk);
+    } catch (const Error& error) {
+        if (error.code() != Errc::offline)
+            throw;
+        throw Error(Errc::offline, "A conexão com o servidor caiu no meio da migração. O arquivo "
+                                   "não foi feito: repita-a.");
+    }
 }
 
 } // namespace ado

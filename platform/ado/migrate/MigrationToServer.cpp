@@ -28,6 +28,9 @@ constexpr std::size_t kPiece = std::size_t{64} << 10; ///< bytes sent at once
 constexpr std::uint64_t kStep = 4096;                 ///< rows between two tellings
 constexpr std::size_t kLongestName = 63;              ///< bytes, of anything on the server
 
+constexpr const char* kBroken =
+    "A conexão com o servidor caiu no meio da migração. Nada ficou nele: repita-a.";
+
 std::string inQuotes(std::string_view name) { return "\"" + std::string(name) + "\""; }
 
 /// The same, as much of it as a name may have.
@@ -43,7 +46,7 @@ class ToServer {
 public:
     ToServer(const std::filesystem::path& file, const std::string& address,
              const jet::Progress& progress)
-        : database_(file, onlyToRead()), wire_(address), progress_(progress) {
+        : database_(file, onlyToRead()), address_(address), wire_(address), progress_(progress) {
         result_.place = wire_.place();
     }
 
@@ -73,7 +76,14 @@ public:
         leaveOwner(wire_);
     }
     Migration keep() {
-        wire_.commit();
+        const std::string end = wire_.run("select pg_backend_pid()").field(0, 0).value_or("0");
+        try {
+            wire_.commit();
+        } catch (const Error& error) {
+            if (error.code() != Errc::offline)
+                throw;
+            requireDone(end);
+        }
         return std::move(result_);
     }
 
@@ -95,6 +105,26 @@ private:
         require(spec.name, "da tabela");
         for (const jet::ColumnSpec& column : spec.columns)
             require(column.name, "do campo");
+    }
+
+    /// The line broke when all was being kept: once whoever was at its end has gone, there is a
+    /// shop or there is none.
+    void requireDone(const std::string& end) const {
+        constexpr const char* kWaits = "10000"; // milliseconds
+        bool done = false;
+        try {
+            ServerWire other(address_);
+            static_cast<void>(other.run("select pg_terminate_backend(pid, " + std::string(kWaits) +
+                                        ") from pg_catalog.pg_stat_activity where pid = " + end));
+            done = hasShop(other);
+        } catch (const Error&) {
+            throw Error(Errc::offline,
+                        "A conexão com o servidor caiu no fim da migração, e não se "
+                        "sabe se ela foi feita. Quando ele voltar, confira o "
+                        "endereço com check: se não há uma loja, repita a migração.");
+        }
+        if (!done)
+            throw Error(Errc::offline, kBroken);
     }
 
     /// What a file's programs make by themselves, where a clerk may.
@@ -393,6 +423,7 @@ private:
     void note(std::string sentence) { result_.notes.push_back(std::move(sentence)); }
 
     jet::Database database_;
+    const std::string& address_;
     ServerWire wire_;
     const jet::Progress& progress_;
     std::vector<jet::TableSpec> specs_;
@@ -415,7 +446,11 @@ Migration migrateToServer(const std::filesystem::path& file, const std::string& 
     std::optional<ToServer> work; // undone, if it isn't kept
     if (!jet::unchangedWhile(file, [&] {
             work.emplace(file, address, progress);
-            work->load(roles, wanted);
+            try {
+                work->load(roles, wanted);
+            } catch (const Error& broken) {
+                throw broken.code() == Errc::offline ? Error(Errc::offline, kBroken) : broken;
+            }
         }))
         throw Error(Errc::conflict, "O arquivo foi alterado durante a migração, que não foi "
                                     "aproveitada. Repita-a com o programa fechado.");

@@ -1,6 +1,7 @@
 #include "ado/server/ServerCopy.h"
 
 #include "ado/server/ServerError.h"
+#include "jet/Error.h"
 
 #include <libpq-fe.h>
 
@@ -23,12 +24,23 @@ private:
     pg_conn* line_;
 };
 
+/// @throws what the server says, or that the line has broken: what it was in is lost with it.
+[[noreturn]] void refuse(const ServerWire& wire, const pg_result* result) {
+    try {
+        throwServerError(wire.line(), result, wire.place());
+    } catch (const jet::Error& error) {
+        if (PQstatus(wire.line()) != CONNECTION_BAD)
+            throw;
+        throw jet::Error(jet::Errc::offline, error.what());
+    }
+}
+
 /// Sends the statement, which has to be answered by that.
 void startCopy(ServerWire& wire, const std::string& sql, ExecStatusType wanted) {
     pg_result* const result = PQexec(wire.line(), sql.c_str());
     const ServerRows answer(result);
     if (PQresultStatus(result) != wanted)
-        throwServerError(wire.line(), result, wire.place());
+        refuse(wire, result);
 }
 
 /// All that is still to be heard. @throws what the server refuses.
@@ -36,7 +48,7 @@ void endCopy(ServerWire& wire) {
     while (pg_result* const result = PQgetResult(wire.line())) {
         const ServerRows answer(result);
         if (PQresultStatus(result) != PGRES_COMMAND_OK)
-            throwServerError(wire.line(), result, wire.place());
+            refuse(wire, result);
     }
 }
 
@@ -79,7 +91,7 @@ void copyOut(ServerWire& wire, const std::string& sql,
         take({piece, static_cast<std::size_t>(length)});
     }
     if (length == -2)
-        throwServerError(wire.line(), nullptr, wire.place());
+        refuse(wire, nullptr);
     endCopy(wire);
 }
 

@@ -323,14 +323,16 @@ void inOne(ServerWire& wire, Work&& work) {
 
 } // namespace
 
+bool hasShop(ServerWire& wire) { return wire.run(kShop).rows() > 0; }
+
 void requireNoShop(ServerWire& wire) {
-    if (wire.run(kShop).rows() > 0)
+    if (hasShop(wire))
         throw jet::Error(jet::Errc::exists, "A base de dados\n" + wire.place() +
                                                 "\n\njá tem uma loja. Nada foi mudado nela.");
 }
 
 void requireShop(ServerWire& wire) {
-    if (wire.run(kShop).rows() == 0)
+    if (!hasShop(wire))
         throw jet::Error(jet::Errc::notFound,
                          "A base de dados\n" + wire.place() + "\n\nnão tem uma loja.");
 }

@@ -18,6 +18,7 @@ void createServerSchema(ServerWire& wire, std::span<const jet::TableSpec> tables
 /// One more table, of the owner of the others. @throws Error{exists, misuse, readOnly}.
 void createServerTable(ServerWire& wire, const jet::TableSpec& table);
 
+[[nodiscard]] bool hasShop(ServerWire& wire);
 /// @throws Error{exists} if the database has a shop.
 void requireNoShop(ServerWire& wire);
 /// @throws Error{notFound} if it has none.
