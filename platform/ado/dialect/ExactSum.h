@@ -29,8 +29,7 @@ struct ExactSum {
         if (std::fabs(scaled) < kExact) {
             const auto whole = static_cast<std::int64_t>(scaled + std::copysign(0.5, scaled));
             const auto rounded = static_cast<double>(whole);
-            // Nearly always the first tells it, and spares the division.
-            if ((rounded == scaled || rounded / 10000.0 == number) && addTo(tenThousandths, whole))
+            if (rounded / 10000.0 == number && addTo(tenThousandths, whole))
                 return;
         }
         rest += number;

@@ -78,10 +78,6 @@ Bytes RowView::longValue(std::span<const std::byte> definition) const {
     });
 }
 
-bool RowView::bit(const Column& column) const noexcept {
-    return column.number < count_ && hasBit(bytes_.subspan(maskAt_), column.number);
-}
-
 std::pair<std::size_t, std::size_t> RowView::extent(std::size_t index) const {
     const RowOffsets offsets(pager_->format(), bytes_, maskAt_);
     if (!offsets.hasCount())
@@ -113,14 +109,6 @@ std::optional<std::span<const std::byte>> RowView::field(const Column& column) c
     if (!bit(column))
         return std::nullopt;
     return column.fixed ? fixedField(column) : variableField(column);
-}
-
-// A yes/no has no bytes: the bit that says of others whether they are there is its value.
-bool RowView::isNull(std::size_t column) const {
-    const Column& c = definition_->columns[column];
-    if (c.type == ColumnType::boolean)
-        return false;
-    return !bit(c) || (!c.fixed && !variableField(c));
 }
 
 bool RowView::boolean(std::size_t column) const { return bit(definition_->columns[column]); }

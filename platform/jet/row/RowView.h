@@ -13,7 +13,12 @@ namespace jet {
 /// answers with zero or nothing.
 class RowView {
 public:
-    [[nodiscard]] bool isNull(std::size_t column) const;
+    [[nodiscard]] bool isNull(std::size_t column) const {
+        const Column& asked = definition_->columns[column];
+        // A yes/no has no bytes: the bit that says of others whether they are there is its value.
+        return asked.type != ColumnType::boolean &&
+               (!bit(asked) || (!asked.fixed && !variableField(asked)));
+    }
     [[nodiscard]] bool boolean(std::size_t column) const;
     [[nodiscard]] std::int64_t integer(std::size_t column) const; ///< byte, integer, long
     [[nodiscard]] Currency currency(std::size_t column) const;
@@ -40,7 +45,9 @@ private:
     [[nodiscard]] std::span<const std::byte> fixedField(const Column& column) const;
     [[nodiscard]] std::optional<std::span<const std::byte>>
     variableField(const Column& column) const;
-    [[nodiscard]] bool bit(const Column& column) const noexcept;
+    [[nodiscard]] bool bit(const Column& column) const noexcept {
+        return column.number < count_ && hasBit(bytes_.subspan(maskAt_), column.number);
+    }
     /// Begin and end of a variable value in the row; both 0 if the row is older than the column.
     [[nodiscard]] std::pair<std::size_t, std::size_t> extent(std::size_t index) const;
 
