@@ -7,8 +7,8 @@
 #include <array>
 #include <csignal>
 #include <fstream>
-#include <spawn.h>
 #include <sstream>
+#include <sys/ptrace.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -36,16 +36,21 @@ int interrupted(std::vector<std::string> words, const std::filesystem::path& fol
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
-    pid_t program = 0;
-    if (::posix_spawn(&program, VALTRINO_MDB, nullptr, nullptr, arguments.data(), environ) != 0)
-        throw std::runtime_error("can't run " VALTRINO_MDB);
+    const pid_t program = ::fork();
+    if (program == 0) {
+        ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+        ::execv(VALTRINO_MDB, arguments.data());
+        ::_exit(127);
+    }
+    // It waits before and after whatever it asks of the system, until it has been looked at.
     int status = 0;
-    while (::waitpid(program, &status, WNOHANG) == 0) {
-        if (!std::ranges::any_of(filesIn(folder), isPart))
-            continue;
-        ::kill(program, signal);
-        ::waitpid(program, &status, 0);
-        break;
+    while (::waitpid(program, &status, 0) == program && WIFSTOPPED(status)) {
+        if (std::ranges::any_of(filesIn(folder), isPart)) {
+            ::kill(program, signal);
+            ::ptrace(PTRACE_DETACH, program, nullptr, nullptr);
+        } else {
+            ::ptrace(PTRACE_SYSCALL, program, nullptr, nullptr);
+        }
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
