@@ -46,8 +46,10 @@ for by in $kept_by; do
 
     keys alt+f
     until_window "Desfazer"
+    question=$(xdotool getactivewindow)
     keys alt+s
-    until_true "the refusal" title_is "Desfazer"
+    until_true "the question to go" not active_is "$question"
+    until_window "Desfazer"              # the refusal
     keys Return
     until_window "Histórico"
     expect_rows cheques "$all"
