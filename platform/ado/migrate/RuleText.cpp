@@ -9,6 +9,8 @@ namespace ado {
 
 namespace {
 
+constexpr int kDeepest = 100; ///< conditions in each other
+
 /// There is no word for it in a file.
 struct Unsaid {};
 
@@ -91,7 +93,7 @@ std::string textWord(const std::string& text) {
 /// "2024-05-31 00:00:00" as #5/31/2024 00:00:00#.
 std::string dateText(const std::string& text) {
     const auto digits = [&](std::size_t at, std::size_t count) {
-        const std::string part = text.size() >= at + count ? text.substr(at, count) : "";
+        std::string part = text.size() >= at + count ? text.substr(at, count) : "";
         if (part.empty() || !std::ranges::all_of(part, [](char c) { return c >= '0' && c <= '9'; }))
             throw Unsaid{};
         return part;
@@ -132,19 +134,29 @@ private:
             throw Unsaid{};
     }
 
+    static std::string joined(std::string left, std::string_view sign, std::string_view right) {
+        return left.insert(0, 1, '(').append(sign).append(right).append(1, ')');
+    }
+
     std::string alternatives() {
         std::string made = conditions();
         while (takeWord("OR"))
-            made = "(" + made + " Or " + conditions() + ")";
+            made = joined(std::move(made), " Or ", conditions());
         return made;
     }
     std::string conditions() {
         std::string made = condition();
         while (takeWord("AND"))
-            made = "(" + made + " And " + condition() + ")";
+            made = joined(std::move(made), " And ", condition());
         return made;
     }
     std::string condition() {
+        require(++depth_ < kDeepest);
+        std::string made = oneCondition();
+        --depth_;
+        return made;
+    }
+    std::string oneCondition() {
         if (takeWord("NOT"))
             return "(Not " + condition() + ")";
         std::string made = sum();
@@ -185,13 +197,18 @@ private:
             more = false;
             for (const char* const sign : signs)
                 if (!more && takeSign(sign)) {
-                    made = "(" + made + sign + (this->*part)() + ")";
+                    made = joined(std::move(made), sign, (this->*part)());
                     more = true;
                 }
         }
         return made;
     }
-    std::string signedValue() { return takeSign("-") ? "-" + signedValue() : cast(); }
+    std::string signedValue() {
+        std::string signs;
+        while (takeSign("-"))
+            signs += '-';
+        return signs + cast();
+    }
 
     std::string cast() {
         const bool isText = next().kind == RuleWord::Kind::text;
@@ -283,6 +300,7 @@ private:
 
     std::vector<RuleWord> tokens_;
     std::size_t at_ = 0;
+    int depth_ = 0;
     bool columns_;
 };
 
