@@ -1,238 +1,24 @@
 // Many stations at one server: nothing is lost, read by halves, or told to a clerk that isn't his
-// to mend. VALTRINO_CLERKS and VALTRINO_CLERK_SECONDS let more of them work, for longer:
-//
-//     VALTRINO_CLERKS=64 VALTRINO_CLERK_SECONDS=120 ado_test --gtest_filter='*ManyStations*'
+// to mend. How long each has to wait when there are many more is told by bench/StationsBench.cpp.
 #ifdef VALTRINO_SERVER
 
 #include "ado/Shop.h"
-#include "support/Cluster.h"
-
-#include <algorithm>
-#include <chrono>
-#include <cstdlib>
-#include <fstream>
-#include <map>
-#include <random>
-#include <sstream>
-#include <sys/wait.h>
-#include <thread>
-#include <unistd.h>
+#include "support/StationsAtWork.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-using Strings = std::vector<std::string>;
+constexpr int kClerks = 8;
+constexpr int kRounds = 40;
 
-int setting(const char* name, int otherwise) {
-    const char* const given = std::getenv(name);
-    return given != nullptr ? std::atoi(given) : otherwise;
-}
-
-constexpr int kRounds = 40;       ///< of each clerk, where no time is set
-constexpr int kOfThem = 4;        ///< the client whose cheques come and go
-constexpr int kSteadyCheques = 6; ///< whose sum never changes
-
-/// The work of one station, in a process of its own; what came of it goes to a file.
-class StationAtWork {
-public:
-    StationAtWork(int number, const std::string& connection, const std::filesystem::path& told)
-        : number_(number), random_(static_cast<unsigned>(number)), told_(told) {
-        connection_.Open(connection);
-    }
-
-    void work() {
-        const int seconds = setting("VALTRINO_CLERK_SECONDS", 0);
-        const auto end = Clock::now() + std::chrono::seconds(seconds);
-        for (int round = 0; seconds > 0 ? Clock::now() < end : round < kRounds; ++round) {
-            const int kind = below(100);
-            kind < 45 ? perform(
-                            "inserts", [this] { insert(); })
-            : kind < 70 ? perform(
-                              "updates", [this] { update(); })
-            : kind < 82 ? perform(
-                              "settlements", [this] { settle(3); })
-            : kind < 90 ? perform(
-                              "transfers", [this] { transfer(); })
-            : kind < 92 ? perform(
-                              "purges", [this] { settle(20); })
-                        : perform(
-                              "reports", [this] { report(); });
-        }
-    }
-    /// Writes down the time, and again until all others are done.
-    void tell(const std::function<bool()>& done) {
-        for (bool last = false; !last;) {
-            last = done();
-            ado::Recordset bank;
-            bank.Open("select * from bancos where codigo=1", connection_);
-            bank["nome"] = last ? "fim" : std::to_string(now());
-            bank.Update();
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-    }
-    /// Notes how long ago that was when it is seen, without asking before there is news.
-    void listen() {
-        for (std::uint64_t seen = 0;;) {
-            const std::uint64_t generation = connection_.store().generation();
-            if (std::exchange(seen, generation) == generation) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-                continue;
-            }
-            ado::Recordset bank;
-            bank.Open("select nome from bancos where codigo=1", connection_);
-            const std::string stamp = bank["nome"].text();
-            if (stamp == "fim")
-                return;
-            if (stamp.find_first_not_of("0123456789") == std::string::npos &&
-                std::exchange(stamp_, stamp) != stamp)
-                told_ << "news " << (now() - std::stoll(stamp)) / 1000 << '\n';
-        }
-    }
-
-private:
-    static std::int64_t now() { return Clock::now().time_since_epoch().count(); }
-    int below(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(random_); }
-
-    /// As often as another has been faster: that is told, and the clerk does it again.
-    void perform(const char* kind, const std::function<void()>& work) {
-        const std::int64_t begun = now();
-        for (;;) {
-            try {
-                work();
-                break;
-            } catch (const jet::Error& error) {
-                if (error.code() != jet::Errc::conflict && error.code() != jet::Errc::gone) {
-                    told_ << "error " << kind << ": " << error.what() << std::endl;
-                    break;
-                }
-                told_ << "conflicts 0\n";
-            }
-        }
-        told_ << kind << ' ' << (now() - begun) / 1000 << '\n';
-    }
-
-    void insert() {
-        ado::Transaction saving(connection_);
-        ado::Recordset cheques;
-        cheques.Open("cheques", connection_);
-        cheques.AddNew();
-        cheques["cliente"] = kOfThem;
-        cheques["banco"] = 1 + below(3);
-        cheques["numero"] = std::to_string(number_) + "-" + std::to_string(++made_);
-        cheques["bompara"] = day(2026, 1 + below(12), 1 + below(28));
-        cheques["valor"] = jet::Currency{10'000};
-        cheques.Update();
-        saving.commit();
-        told_ << "made 1\n";
-    }
-    void update() {
-        ado::Transaction saving(connection_);
-        ado::Recordset client;
-        client.Open("select * from cliente_fornecedor where codigo=" + std::to_string(1 + below(3)),
-                    connection_);
-        client["limite_credito"] =
-            jet::Currency{client["limite_credito"].currency().tenThousandths + 10'000};
-        client.Update();
-        saving.commit();
-        told_ << "raised 1\n";
-    }
-    /// The first of a list, whose order is some clerk's own.
-    void settle(int most) {
-        ado::Recordset list;
-        list.Open("select * from cheques where cliente=4 order by bompara" +
-                      std::string(below(2) == 0 ? "" : " desc"),
-                  connection_);
-        ado::Transaction saving(connection_);
-        int settled = 0;
-        for (; settled < most && !list.EOF(); list.MoveNext(), ++settled)
-            list.Delete();
-        saving.commit();
-        told_ << "settled " << settled << '\n';
-    }
-    void transfer() {
-        const int from = 1 + below(kSteadyCheques);
-        const int to = 1 + (from + below(kSteadyCheques - 1)) % kSteadyCheques;
-        ado::Transaction saving(connection_);
-        for (const auto& [cheque, amount] : {
-                 std::pair(from, -10'000), {to, 10'000}
-        }) {
-            ado::Recordset row;
-            row.Open("select * from cheques where lancamento=" + std::to_string(cheque),
-                     connection_);
-            row["valor"] = jet::Currency{row["valor"].currency().tenThousandths + amount};
-            row.Update();
-        }
-        saving.commit();
-    }
-    void report() {
-        ado::Recordset rows;
-        rows.Open("select * from (cheques inner join cliente_fornecedor on "
-                  "cheques.cliente=cliente_fornecedor.codigo) inner join bancos on "
-                  "cheques.banco=bancos.codigo where lancamento<=6 order by "
-                  "cliente_fornecedor.nome,bompara",
-                  connection_);
-        std::int64_t sum = 0;
-        for (; !rows.EOF(); rows.MoveNext())
-            sum += rows["valor"].currency().tenThousandths;
-        told_ << "sum " << sum << '\n';
-    }
-
-    int number_;
-    std::mt19937 random_;
-    std::ofstream told_;
-    std::string stamp_;
-    int made_ = 0;
-    ado::Connection connection_;
-};
-
-/// Each in a process of its own.
 class ManyStations : public Shop {
 protected:
-    static void SetUpTestSuite() {
-        if (setting("VALTRINO_CLERKS", 0) > 0)
-            Cluster::likeAShops();
-    }
-    template <class Work>
-    pid_t start(int number, Work&& work) {
-        const pid_t child = fork();
-        if (child == 0) {
-            int status = 0;
-            try {
-                StationAtWork clerk(number, connectionString(),
-                                    folder.path() / std::to_string(number));
-                work(clerk);
-            } catch (const std::exception& failure) {
-                std::ofstream(folder.path() / std::to_string(number), std::ios::app)
-                    << "error " << failure.what() << '\n';
-                status = 1;
-            }
-            std::ofstream(folder.path() / (std::to_string(number) + ".done")) << status;
-            _exit(status); // what the test has is the test's to end
-        }
-        return child;
-    }
-    /// What all have told: kind, number.
-    std::map<std::string, std::vector<std::int64_t>> told(int clerks, Strings& errors) const {
-        std::map<std::string, std::vector<std::int64_t>> all;
-        for (int number = 0; number < clerks + 2; ++number) {
-            std::ifstream file(folder.path() / std::to_string(number));
-            for (std::string line; std::getline(file, line);) {
-                std::istringstream words(line);
-                std::string kind;
-                std::int64_t value = 0;
-                words >> kind >> value;
-                kind == "error" ? errors.push_back(line) : all[kind].push_back(value);
-            }
-        }
-        return all;
-    }
     static std::int64_t total(const std::vector<std::int64_t>& values) {
         std::int64_t sum = 0;
         for (const std::int64_t value : values)
             sum += value;
         return sum;
     }
-    std::int64_t sumOf(const char* statement) {
+    std::int64_t sumOf(const std::string& statement) {
         ado::Recordset rows;
         rows.Open(statement, connection);
         return rows.field(0).currency().tenThousandths;
@@ -242,64 +28,26 @@ GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ManyStations);
 INSTANTIATE_TEST_SUITE_P(, ManyStations, onServers(), keptName);
 
 TEST_P(ManyStations, NothingIsLostReadByHalvesOrToldToAClerkThatIsntHisToMend) {
-    const int clerks = setting("VALTRINO_CLERKS", 8);
-    addSomeOfEach();
-    for (int client = 1; client <= 3; ++client) {
-        ado::Recordset row;
-        row.Open("select * from cliente_fornecedor where codigo=" + std::to_string(client),
-                 connection);
-        row["limite_credito"] = jet::Currency{0};
-        row.Update();
-    }
-    const std::int64_t steady = sumOf("select sum(valor) from cheques where lancamento<=6");
+    StationsAtWork::addRows(connection);
+    constexpr int kSteady = StationsAtWork::kSteadyCheques;
+    const std::string sumOfSteady =
+        "select sum(valor) from cheques where lancamento<=" + std::to_string(kSteady);
+    const std::int64_t steady = sumOf(sumOfSteady);
 
-    std::vector<pid_t> children;
-    children.reserve(static_cast<std::size_t>(clerks) + 1);
-    for (int number = 0; number < clerks; ++number)
-        children.push_back(start(number, [](StationAtWork& clerk) { clerk.work(); }));
-    const auto done = [this, clerks] {
-        for (int number = 0; number < clerks; ++number)
-            if (!std::filesystem::exists(folder.path() / (std::to_string(number) + ".done")))
-                return false;
-        return true;
-    };
-    children.push_back(start(clerks, [](StationAtWork& clerk) { clerk.listen(); }));
-    children.push_back(start(clerks + 1, [&](StationAtWork& clerk) { clerk.tell(done); }));
-    for (const pid_t child : children) {
-        int status = 0;
-        waitpid(child, &status, 0);
-        EXPECT_EQ(status, 0);
-    }
+    StationsAtWork stations(connectionString(), folder.path());
+    stations.work(kClerks, kRounds, 0);
 
-    Strings errors;
-    auto all = told(clerks, errors);
-    EXPECT_EQ(errors, Strings());
-    EXPECT_EQ(rowsIn("cheques"), kSteadyCheques + total(all["made"]) - total(all["settled"]));
-    EXPECT_EQ(sumOf("select sum(limite_credito) from cliente_fornecedor where codigo<=3"),
-              total(all["raised"]) * 10'000);
-    EXPECT_FALSE(all["sum"].empty());
-    for (const std::int64_t sum : all["sum"])
+    EXPECT_EQ(stations.errors(), std::vector<std::string>());
+    EXPECT_EQ(rowsIn("cheques"),
+              kSteady + total(stations.told("made")) - total(stations.told("settled")));
+    EXPECT_EQ(sumOf("select sum(limite_credito) from cliente_fornecedor where codigo<=" +
+                    std::to_string(StationsAtWork::kRaised)),
+              total(stations.told("raised")) * 10'000);
+    EXPECT_FALSE(stations.told("sum").empty());
+    for (const std::int64_t sum : stations.told("sum"))
         EXPECT_EQ(sum, steady);
-    EXPECT_EQ(sumOf("select sum(valor) from cheques where lancamento<=6"), steady);
-    EXPECT_FALSE(all["news"].empty());
-
-    if (setting("VALTRINO_CLERKS", 0) == 0)
-        return;
-    std::printf("%-12s %8s %9s %9s %9s %9s\n", "", "times", "half ms", "95% ms", "99% ms", "most");
-    for (const char* const kind :
-         {"inserts", "updates", "settlements", "transfers", "purges", "reports", "news"}) {
-        auto& times = all[kind];
-        std::ranges::sort(times);
-        const auto at = [&](double part) {
-            return times.empty() ? 0.0
-                                 : static_cast<double>(times[static_cast<std::size_t>(
-                                       part * static_cast<double>(times.size() - 1))]) /
-                                       1000;
-        };
-        std::printf("%-12s %8zu %9.1f %9.1f %9.1f %9.1f\n", kind, times.size(), at(0.5), at(0.95),
-                    at(0.99), at(1));
-    }
-    std::printf("told of another who was faster: %zu\n", all["conflicts"].size());
+    EXPECT_EQ(sumOf(sumOfSteady), steady);
+    EXPECT_FALSE(stations.told("news").empty());
 }
 
 } // namespace
