@@ -142,8 +142,8 @@ TEST_P(MigrationBack, WhatWasAddedOnTheServerComesIfAFileCanSayIt) {
             database.createTable(spec);
     });
     static_cast<void>(there(path));
-    onServer({"alter table cheques add constraint \"de banco\" foreign key (banco) references "
-              "bancos (codigo) on update cascade on delete set null",
+    onServer({("alter table cheques add constraint \"de banco\" foreign key (banco) references "
+               "bancos (codigo) on update cascade on delete set null"),
               "alter table cheques add constraint pequeno check (valor between 1 and 5000)",
               "alter table cheques add constraint praça check (agencia in ('A', 'B'))",
               "alter table cheques add check (numero is not null)",
@@ -153,8 +153,8 @@ TEST_P(MigrationBack, WhatWasAddedOnTheServerComesIfAFileCanSayIt) {
               "alter table cheques alter data set default localtimestamp(0)",
               "alter table cheques alter valor set default random()",
               "alter table cheques add constraint números check (numero ~ '^[0-9]+$')",
-              "alter table cheques add constraint outro foreign key (cliente) references "
-              "cliente_fornecedor (codigo) on delete set default"});
+              ("alter table cheques add constraint outro foreign key (cliente) references "
+               "cliente_fornecedor (codigo) on delete set default")});
     std::vector<std::string> notes;
     const auto returned = back(&notes);
     EXPECT_THAT(notes, testing::UnorderedElementsAre(
