@@ -97,9 +97,11 @@ private:
             accents.add(character,
                         jet3 ? static_cast<unsigned char>(inDigits(weight.extra, 1).front())
                              : weight.extra);
-        else if (jet3 && weight.elements == 1)
+        else if (!jet3)
+            accents.add(character, 2);
+        else if (weight.elements == 1)
             accents.add(character, '2');
-        else if (jet3)
+        else
             accents.gone += inText(character);
     }
 };
@@ -354,8 +356,6 @@ std::string commonFunction(const jet::Collation& order) {
     const bool jet4 = order.version() == jet::Version::jet4;
     const Common common(order);
     std::string made = std::string(kCommonBegins) + (jet4 ? kCommonOfJet4 : kCommonOfJet3);
-    const std::string ofLetters =
-        jet4 ? "regexp_replace(letters, '[^" + common.accented + "]', U&'\\0002', 'g')" : "letters";
     const std::pair<const char*, std::string> words[] = {
         {"@none@",      jet4 ? "\\x0100" : "\\x00"  },
         {"@begin@",     jet4 ? "\\x01" : "\\x00"    },
@@ -364,7 +364,7 @@ std::string commonFunction(const jet::Collation& order) {
         {"@marks@",     common.marks                },
         {"@marktexts@", common.markTexts            },
         {"@codes@",     common.markCodes            },
-        {"@accents@",   common.accents.of(ofLetters)},
+        {"@accents@",   common.accents.of("letters")},
         {"@letters@",   common.letters.of("letters")},
     };
     for (const auto& [word, by] : words)
