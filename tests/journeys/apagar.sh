@@ -74,9 +74,7 @@ for by in $kept_by; do
     expect_rows cheques "$others"
 
     keys Escape
-    until_window "Valtrino"
-    keys alt+a s
-    expect_end 0
+    leave
     expect_rows cheques "$others"
     expect_rows semfundos "$bounced"
     expect_sound

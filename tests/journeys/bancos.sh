@@ -62,9 +62,7 @@ for by in $kept_by; do
     refuse_a_duplicate
     change_a_bank
     keys Escape
-    until_window "Valtrino"
-    keys alt+a s
-    expect_end 0
+    leave
     expect_sound
 done
 start_program

@@ -125,8 +125,7 @@ for by in $kept_by; do
     read_one
     find_and_change
     settle_two
-    keys alt+a s
-    expect_end 0
+    leave
     expect_rows cheques "$(printf '%s\n' "$third" "$fourth" "$fifth")"
     expect_sound
 done

@@ -109,9 +109,7 @@ take_pictures() {
     keys alt+h
     picture frmCliFor-3 active
     keys Escape
-    until_window "Valtrino"
-    keys alt+a s
-    expect_end 0
+    leave
 }
 
 start_screen
@@ -126,9 +124,7 @@ for by in $kept_by; do
     keys Escape
     until_window "Mensagem"  # what was typed into the reserved one can't be saved
     keys alt+s               # leave without it
-    until_window "Valtrino"
-    keys alt+a s
-    expect_end 0
+    leave
     expect_sound
 done
 [ -z "$pictures" ] || take_pictures

@@ -200,8 +200,7 @@ for by in $kept_by; do
     renegotiate
     ask_for_the_report
     purge_the_last
-    keys alt+a s
-    expect_end 0
+    leave
     expect_cheques
     expect_sound
 done

@@ -160,8 +160,7 @@ use_tool_without_room() {
 }
 
 end_program() {
-    keys alt+a s
-    expect_end 0
+    leave
     expect_stored
     expect_sound
 }

@@ -183,7 +183,10 @@ leave() {
     done
     expect_end 0
 }
-main_window_is_active() { [[ $(xdotool getactivewindow getwindowname) == Valtrino* ]]; }
+main_window_is_active() {
+    [ "$(xdotool getactivewindow getwindowpid)" = "$program" ] &&
+        [[ $(xdotool getactivewindow getwindowname) == Valtrino* ]]
+}
 
 # until_true <what> <command...>: up to a minute, for machines that do much else.
 until_true() {

@@ -163,8 +163,7 @@ stop_printing() {
     page_range 2
     keys Return
     expect_sheets "2 |"
-    keys alt+a s
-    expect_end 0
+    leave
 }
 
 # print_report <pdf>: on the printer of the queue; its sheets become this file.
@@ -565,8 +564,7 @@ for by in $kept_by; do
         report "" "$(most_frequent bancos 3 3)" 2025-01-01 2026-12-31 Data
     fi
 
-    keys alt+a s
-    expect_end 0
+    leave
     tables "$place/after"
     diff -r "$place/before" "$place/after" || fail "reports changed the data"
     expect_sound

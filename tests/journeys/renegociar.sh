@@ -108,11 +108,6 @@ expect_copied() {
     back_to_the_main_window
 }
 
-end_the_program() {
-    keys alt+a s
-    expect_end 0
-}
-
 start_screen
 mkdir -p "$HOME/Documentos" "$HOME/Loja"
 install_program
@@ -127,7 +122,7 @@ for by in $kept_by; do
     renegotiate 31032026
     expect_cheque 2026-03-31
     back_to_the_main_window
-    end_the_program
+    leave
 
     copy_the_shop
     start_program
@@ -136,7 +131,7 @@ for by in $kept_by; do
     at_the_other expect_cheque 2026-04-30
     back_to_the_main_window
     expect_copied 1600,00
-    end_the_program
+    leave
     expect_cheque 2026-03-31
     expect_sound
     at_the_other expect_sound

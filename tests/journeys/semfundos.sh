@@ -110,8 +110,7 @@ for by in $kept_by; do
     copy_and_save
     find_and_change
     consult
-    keys alt+a s
-    expect_end 0
+    leave
     expect_bounced 0099
     expect_sound
 done

@@ -23,9 +23,7 @@ at() {
 end_station() {
     at "$1" "$2"
     [ "$2" = Valtrino ] || { keys Escape && at "$1" "Valtrino"; }
-    keys alt+a s
-    program=$1
-    expect_end 0
+    leave "$1"
 }
 
 open_entry() {
