@@ -47,8 +47,8 @@ void WindowOperations::fill() const {
         "select 'Cliente ' || lpad(i::text, 6, '0'), true, 'SIM', 'Araraquara', 0 "
         "from generate_series(1, " +
             clients + ") i",
-        "insert into bancos (cod_banco, nome) select i, case i when 20 then 'Raro' "
-        "else 'Banco ' || lpad(i::text, 2, '0') end from generate_series(1, 20) i",
+        ("insert into bancos (cod_banco, nome) select i, case i when 20 then 'Raro' "
+         "else 'Banco ' || lpad(i::text, 2, '0') end from generate_series(1, 20) i"),
         "insert into cheques (cliente, banco, agencia, numero, data, bompara, valor, descontar) "
         "select 1 + (i - 1) % " +
             clients + ", case when i % (" + cheques +

@@ -13,7 +13,8 @@ Migration migrateToServer(const std::filesystem::path& /*file*/, const std::stri
 }
 
 Migration migrateToFile(const std::string& address, const std::filesystem::path& /*file*/,
-                        jet::Version /*version*/, const jet::Progress& /*progress*/) {
+                        jet::Version /*version*/, const jet::Progress& /*progress*/,
+                        jet::Disk& /*disk*/) {
     static_cast<void>(openServer(address, nullptr));
     return {};
 }

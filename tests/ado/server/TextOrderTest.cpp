@@ -30,7 +30,9 @@ protected:
         static_cast<void>(wire->run("create schema valtrino_estacoes"));
         ado::createFoundation(*wire, GetParam());
     }
-    const jet::Collation& order() const { return jet::Collation::general(GetParam()); }
+    [[nodiscard]] const jet::Collation& order() const {
+        return jet::Collation::general(GetParam());
+    }
 
     /// Which of the texts have another key on the server than in a file.
     std::string differences(const std::vector<std::string>& texts) {
@@ -167,7 +169,7 @@ protected:
             if (i % 3 == 0)
                 texts_.push_back(one);
             if (i % 5 == 0)
-                texts_.push_back("x" + one + one);
+                texts_.emplace_back("x").append(one).append(one);
         }
         return texts_;
     }
