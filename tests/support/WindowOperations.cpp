@@ -146,15 +146,22 @@ void WindowOperations::enterCheque(const char* numero) {
     type(form, "txtvalor", "150,00");
 }
 
-/// In the list of the cheques, which is modal: the second of a client.
+/// In the list of the cheques, which is modal: the first of a client that can be shown.
 void WindowOperations::chooseFromList() {
     auto& list = FrmLocCHTerceiros::instance();
     if (!list.isVisible()) // still loading, which lets events through
         return QTimer::singleShot(0, qApp, &WindowOperations::chooseFromList);
     activate(list);
     choose<FrmLocCHTerceiros>("txtcliente", "Cliente 000013");
-    clickRow(list, "lstterceiros", 1);
-    clickRow(list, "lstterceiros", 1);
+    const auto& rows = control<ListView>(list, "lstterceiros");
+    for (int row = 0; row < rows.count(); ++row) {
+        if (rows.text(row, 0).toInt() > INT16_MAX)
+            continue;
+        clickRow(list, "lstterceiros", row);
+        clickRow(list, "lstterceiros", row);
+        return;
+    }
+    list.unload();
 }
 
 // ---- the operations

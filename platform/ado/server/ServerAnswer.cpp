@@ -9,8 +9,10 @@ namespace ado {
 
 namespace {
 
-/// Most answers are no longer; of the others so many rows are fetched at a time.
+/// Most answers are no longer; of the others so many rows are fetched at a time, and many times
+/// more where somebody goes on, who may be a long way from the server.
 constexpr std::size_t kPiece = 256;
+constexpr std::size_t kLargestPiece = 4096;
 /// What is kept of one answer, in bytes.
 constexpr std::size_t kMostBytes = std::size_t{256} << 20;
 
@@ -106,8 +108,9 @@ bool ServerAnswer::fetchMore() {
     if (complete_)
         return false;
     const std::size_t before = rows_.size();
-    keep(ask("fetch forward " + std::to_string(kPiece) + " from "));
-    complete_ = rows_.size() - before < kPiece;
+    const std::size_t piece = std::min(kLargestPiece, before * (kLargestPiece / kPiece));
+    keep(ask("fetch forward " + std::to_string(piece) + " from "));
+    complete_ = rows_.size() - before < piece;
     if (complete_)
         closePortal();
     return rows_.size() > before;
