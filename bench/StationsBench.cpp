@@ -17,7 +17,8 @@ int main(int argc, char** argv) {
     if (const std::string why = Cluster::absence(); !why.empty())
         return std::puts(why.c_str()), EXIT_FAILURE;
     Cluster::likeAShops();
-    const std::string shop = "Data Source=" + Cluster::instance(shop::tables()).newShop();
+    const std::string shop =
+        "Data Source=" + Cluster::instance(shop::tables(), shop::serverIndexes()).newShop();
     {
         ado::Connection connection;
         connection.Open(shop);

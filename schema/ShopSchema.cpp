@@ -92,6 +92,14 @@ std::span<const TableSpec> tables() {
     return made;
 }
 
+std::span<const TableSpec> serverIndexes() {
+    static const std::vector<TableSpec> made = {
+        {.name = "cheques",   .columns = {}, .indexes = {index("banco"), index("data")}},
+        {.name = "semfundos", .columns = {}, .indexes = {index("banco"), index("data")}},
+    };
+    return made;
+}
+
 const TableSpec& history() {
     static const TableSpec spec{
         .name = kHistory,

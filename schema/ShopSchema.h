@@ -15,6 +15,10 @@ namespace shop {
 /// The tables, in the order in which they are made.
 [[nodiscard]] std::span<const jet::TableSpec> tables();
 
+/// Indexes that a server gets besides: what the windows list by a bank or a day, of more cheques
+/// than any file has. A file is rather without them, for those who write to it.
+[[nodiscard]] std::span<const jet::TableSpec> serverIndexes();
+
 /// What was done with the cheques is kept in this one, by the programs themselves.
 inline constexpr const char* kHistory = "valtrino_historico";
 /// Where this one is, nothing is.

@@ -51,7 +51,7 @@ int runCreate(const Arguments& arguments) {
         std::vector<jet::TableSpec> tables(shop::tables().begin(), shop::tables().end());
         tables.push_back(shop::history());
         const ado::ShopRoles roles = rolesOf(arguments);
-        ado::createShopOnServer(*server, tables, roles);
+        ado::createShopOnServer(*server, tables, roles, shop::serverIndexes());
         std::cout << "Criado: " << ado::shownSource("Data Source=" + ado::quotedValue(*server))
                   << ", com " << tables.size() << " tabelas vazias.\n"
                   << "Quem vai trabalhar: grant " << roles.clerks << " to usuario;\n";

@@ -54,7 +54,7 @@ int runMigrate(const Arguments& arguments) {
         requireNone(arguments, {"--jet3", "--jet4"},
                     "Uma base de dados num servidor não tem formato de arquivo");
         done = ado::migrateToServer(arguments.file(0), *to, rolesOf(arguments),
-                                    {&shop::history(), 1}, progress);
+                                    {&shop::history(), 1}, shop::serverIndexes(), progress);
     } else {
         requireNone(arguments, {"--owner", "--clerks"}, "Um arquivo não tem papéis");
         done = ado::migrateToFile(*from, arguments.newFile(1), versionOf(arguments), progress);

@@ -32,8 +32,8 @@ struct Migration {
 /// Moves a database file, whosever it is, to an empty database of a server: tables, rows, keys,
 /// relationships and rules. What has been written is read back by another way and every row
 /// compared; nothing is kept unless all are equal. `wanted` are made too, empty, if the file is a
-/// shop's and has none of that name. What the server has no use for, as queries, lies beside the
-/// tables.
+/// shop's and has none of that name, and the indexes of `further`, as createShopOnServer(). What
+/// the server has no use for, as queries, lies beside the tables.
 /// @throws Error{exists} if there is a shop; Error{conflict} if the file changed meanwhile;
 ///         Error{corrupt} for a file with errors; Error{outOfRange} naming table, row and column of
 ///         a value that the server can't hold; Error{offline} if the line broke, which says whether
@@ -41,6 +41,7 @@ struct Migration {
 [[nodiscard]] Migration migrateToServer(const std::filesystem::path& file,
                                         const std::string& address, const ShopRoles& roles,
                                         std::span<const jet::TableSpec> wanted,
+                                        std::span<const jet::TableSpec> further,
                                         const jet::Progress& progress);
 
 /// Makes a new file of all tables of a server's shop: columns, rows and keys; the relationships,

@@ -107,6 +107,7 @@ struct Cluster::Parts {
     pid_t server = 0;
     std::optional<ado::ServerWire> admin;
     std::vector<jet::TableSpec> tables;
+    std::vector<jet::TableSpec> further;
     int shops = 0;
     std::vector<std::string> free; ///< shops that nobody has, empty
 };
@@ -117,8 +118,9 @@ std::string Cluster::absence() {
                : "No server to test with: Debian's package postgresql isn't installed";
 }
 
-Cluster& Cluster::instance(std::span<const jet::TableSpec> tables) {
-    static Cluster cluster(tables);
+Cluster& Cluster::instance(std::span<const jet::TableSpec> tables,
+                           std::span<const jet::TableSpec> further) {
+    static Cluster cluster(tables, further);
     if (!cluster.failure_.empty()) // of each test at once, without another try
         throw std::runtime_error(cluster.failure_);
     return cluster;
@@ -128,8 +130,10 @@ std::string Cluster::address(const std::string& database) const {
     return "postgresql:///" + database + "?user=loja&host=" + parts_->folder.path().string();
 }
 
-Cluster::Cluster(std::span<const jet::TableSpec> tables) : parts_(std::make_unique<Parts>()) {
+Cluster::Cluster(std::span<const jet::TableSpec> tables, std::span<const jet::TableSpec> further)
+    : parts_(std::make_unique<Parts>()) {
     parts_->tables.assign(tables.begin(), tables.end());
+    parts_->further.assign(further.begin(), further.end());
     try {
         begin();
     } catch (const std::exception& failure) {
@@ -150,7 +154,7 @@ void Cluster::begin() {
     static_cast<void>(parts_->admin->run(std::string("create role ") + kAsked +
                                          " superuser login password '" + kPassword + "'"));
     static_cast<void>(parts_->admin->run(std::string("create database ") + kTemplate));
-    ado::createShopOnServer(address(kTemplate), parts_->tables);
+    ado::createShopOnServer(address(kTemplate), parts_->tables, {}, parts_->further);
 }
 
 void Cluster::startServer() {
@@ -234,7 +238,8 @@ void Cluster::giveBack(const std::string& address) {
 struct Cluster::Parts {};
 
 std::string Cluster::absence() { return "Built without libpq: nothing to be tested with a server"; }
-Cluster& Cluster::instance(std::span<const jet::TableSpec> /*tables*/) {
+Cluster& Cluster::instance(std::span<const jet::TableSpec> /*tables*/,
+                           std::span<const jet::TableSpec> /*further*/) {
     throw std::runtime_error(absence());
 }
 Cluster::~Cluster() = default;

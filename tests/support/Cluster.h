@@ -18,9 +18,10 @@ public:
     /// The next one stores and remembers as a shop's does: for what is measured. What is lost in a
     /// power cut is else a test's.
     static void likeAShops() { likeAShops_ = true; }
-    /// A shop has those tables. @throws std::runtime_error with what the server said if it doesn't
-    /// start.
-    static Cluster& instance(std::span<const jet::TableSpec> tables);
+    /// A shop has those tables and, for the server alone, those indexes. @throws std::runtime_error
+    /// with what the server said if it doesn't start.
+    static Cluster& instance(std::span<const jet::TableSpec> tables,
+                             std::span<const jet::TableSpec> further = {});
     /// Starts one of the server's programs, which prints to a file; as an ordinary account, since a
     /// server refuses to run as root, and to be ended with us.
     static pid_t start(std::vector<std::string> words, const std::filesystem::path& said);
@@ -62,7 +63,7 @@ public:
     static constexpr const char* kKeptOut[] = {"recusado", "alheio"};
 
 private:
-    explicit Cluster(std::span<const jet::TableSpec> tables);
+    Cluster(std::span<const jet::TableSpec> tables, std::span<const jet::TableSpec> further);
     void begin();
     void startServer();
     [[nodiscard]] std::string madeLike(const std::string& other);

@@ -22,7 +22,7 @@ std::filesystem::path makeTestFolder() {
 
 ShopDatabase::ShopDatabase(Kept kept) : kept_(kept), folder_(makeTestFolder()) {
     if (kept.isServer()) {
-        address_ = Cluster::instance(shop::tables()).newShop();
+        address_ = Cluster::instance(shop::tables(), shop::serverIndexes()).newShop();
         return;
     }
     jet::Database::create(file(), kept);
@@ -32,7 +32,7 @@ ShopDatabase::ShopDatabase(Kept kept) : kept_(kept), folder_(makeTestFolder()) {
 
 ShopDatabase::~ShopDatabase() {
     if (kept_.isServer() && !remade_)
-        Cluster::instance(shop::tables()).giveBack(address_);
+        Cluster::instance(shop::tables(), shop::serverIndexes()).giveBack(address_);
     std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);
 }
@@ -41,7 +41,7 @@ std::string ShopDatabase::line() const { return kept_.isServer() ? address_ : fo
 
 void ShopDatabase::remake(std::span<const jet::TableSpec> tables) {
     if (kept_.isServer()) {
-        Cluster& cluster = Cluster::instance(shop::tables());
+        Cluster& cluster = Cluster::instance(shop::tables(), shop::serverIndexes());
         if (!std::exchange(remade_, true))
             cluster.giveBack(address_);
         address_ = cluster.newDatabase();

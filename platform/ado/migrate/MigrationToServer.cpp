@@ -50,7 +50,8 @@ public:
         result_.place = wire_.place();
     }
 
-    void load(const ShopRoles& roles, std::span<const jet::TableSpec> wanted) {
+    void load(const ShopRoles& roles, std::span<const jet::TableSpec> wanted,
+              std::span<const jet::TableSpec> further) {
         // However long it takes.
         for (const char* const unbound :
              {"set statement_timeout = 0", "set idle_in_transaction_session_timeout = 0"})
@@ -66,8 +67,10 @@ public:
         for (const jet::TableSpec& spec : specs_)
             fill(spec);
         addWanted(wanted);
-        for (const jet::TableSpec& spec : specs_)
+        for (const jet::TableSpec& spec : specs_) {
             finish(spec);
+            createOwnIndexes(wire_, spec, further);
+        }
         for (const jet::TableSpec& spec : specs_)
             keepRules(spec);
         keepOthers();
@@ -436,7 +439,7 @@ private:
 
 Migration migrateToServer(const std::filesystem::path& file, const std::string& address,
                           const ShopRoles& roles, std::span<const jet::TableSpec> wanted,
-                          const jet::Progress& progress) {
+                          std::span<const jet::TableSpec> further, const jet::Progress& progress) {
     const jet::Report report = jet::check(file);
     const auto error =
         std::ranges::find(report.findings, jet::Finding::Severity::error, &jet::Finding::severity);
@@ -447,7 +450,7 @@ Migration migrateToServer(const std::filesystem::path& file, const std::string& 
     if (!jet::unchangedWhile(file, [&] {
             work.emplace(file, address, progress);
             try {
-                work->load(roles, wanted);
+                work->load(roles, wanted, further);
             } catch (const Error& broken) {
                 throw broken.code() == Errc::offline ? Error(Errc::offline, kBroken) : broken;
             }

@@ -7,6 +7,7 @@ namespace ado {
 
 Migration migrateToServer(const std::filesystem::path& /*file*/, const std::string& address,
                           const ShopRoles& /*roles*/, std::span<const jet::TableSpec> /*wanted*/,
+                          std::span<const jet::TableSpec> /*further*/,
                           const jet::Progress& /*progress*/) {
     static_cast<void>(openServer(address, nullptr)); // says what is missing
     return {};

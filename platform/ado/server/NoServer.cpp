@@ -22,7 +22,7 @@ std::unique_ptr<Provider> openServer(const std::string& /*address*/, Recorder* /
 bool holdsPassword(const std::string& /*address*/) { thereIsNone(); }
 
 void createShopOnServer(const std::string& /*address*/, std::span<const jet::TableSpec> /*tables*/,
-                        const ShopRoles& /*roles*/) {
+                        const ShopRoles& /*roles*/, std::span<const jet::TableSpec> /*further*/) {
     thereIsNone();
 }
 

@@ -5,6 +5,7 @@
 #include "ado/server/ServerRoles.h"
 #include "ado/server/ServerValue.h"
 #include "jet/Error.h"
+#include "jet/Names.h"
 
 #include <algorithm>
 
@@ -223,6 +224,17 @@ std::string noteOf(const jet::IndexSpec& index) {
            index.name;
 }
 
+/// The list that a window opens goes by the key after the column: so does the index.
+std::string keyAfter(const jet::TableSpec& table) {
+    std::string list;
+    const auto primary = std::ranges::find_if(table.indexes, &jet::IndexSpec::primary);
+    if (primary != table.indexes.end())
+        for (const jet::IndexSpec::KeyColumn& key : primary->columns)
+            list +=
+                ", " + (isText(table, key) ? keyOf(quotedName(key.name)) : quotedName(key.name));
+    return list;
+}
+
 /// To the index that was made last of a table.
 void noteIndex(ServerWire& wire, const std::string& table, const std::string& note) {
     const ServerRows made = wire.run(
@@ -266,18 +278,39 @@ void createIndex(ServerWire& wire, const jet::TableSpec& table, const jet::Index
         static_cast<void>(wire.run("create unique index on " + name + " (" + columns + ")"));
         return noteIndex(wire, name, kOwnIndex);
     }
-    // The list that a window opens goes by the key after the column: so does the index.
-    const auto primary = std::ranges::find_if(table.indexes, &jet::IndexSpec::primary);
     const bool unique = index.unique || index.primary;
-    std::string list = columns;
-    if (!unique && !exactly && primary != table.indexes.end())
-        for (const jet::IndexSpec::KeyColumn& key : primary->columns)
-            list +=
-                ", " + (isText(table, key) ? keyOf(quotedName(key.name)) : quotedName(key.name));
     std::string sql = unique ? "create unique index on " : "create index on ";
-    sql.append(name).append(" (").append(list).append(")");
-    static_cast<void>(wire.run(sql));
+    sql.append(name).append(" (").append(columns);
+    if (!unique && !exactly)
+        sql.append(keyAfter(table));
+    static_cast<void>(wire.run(sql.append(")")));
     noteIndex(wire, name, noteOf(index));
+}
+
+void createOwnIndexes(ServerWire& wire, const jet::TableSpec& table,
+                      std::span<const jet::TableSpec> further) {
+    const std::string name = quotedName(table.name);
+    const auto place = [&](const jet::IndexSpec::KeyColumn& column) {
+        return table.placeOf(column.name);
+    };
+    for (const jet::TableSpec& more : further) {
+        if (jet::foldedName(more.name) != jet::foldedName(table.name))
+            continue;
+        for (jet::IndexSpec index : more.indexes) {
+            const auto beginsSo = [&](const jet::IndexSpec& other) {
+                return place(other.columns.front()) == place(index.columns.front());
+            };
+            if (std::ranges::find(index.columns, table.columns.size(), place) !=
+                    index.columns.end() ||
+                std::ranges::any_of(table.indexes, beginsSo))
+                continue;
+            for (jet::IndexSpec::KeyColumn& column : index.columns)
+                column.name = table.columns[place(column)].name; // in its capitals
+            static_cast<void>(wire.run("create index on " + name + " (" +
+                                       columnsOf(table, index, false) + keyAfter(table) + ")"));
+            noteIndex(wire, name, kOwnIndex);
+        }
+    }
 }
 
 void createNews(ServerWire& wire, const jet::TableSpec& table) {
@@ -356,12 +389,14 @@ void createFoundation(ServerWire& wire, jet::Version order) {
 }
 
 void createServerSchema(ServerWire& wire, std::span<const jet::TableSpec> tables,
-                        const ShopRoles& roles) {
+                        const ShopRoles& roles, std::span<const jet::TableSpec> further) {
     inOne(wire, [&] {
         createRolesAndSchema(wire, roles);
         createFoundation(wire, jet::Version::jet4);
-        for (const jet::TableSpec& table : tables)
+        for (const jet::TableSpec& table : tables) {
             createTable(wire, table);
+            createOwnIndexes(wire, table, further);
+        }
         leaveOwner(wire);
     });
 }

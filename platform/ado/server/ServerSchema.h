@@ -11,9 +11,10 @@ namespace ado {
 
 /// Makes, in a database without a shop, what every table and statement of one needs there: the
 /// roles, the schema `valtrino`, the order of texts, the functions of the dialect, who tells of
-/// changes. Then the tables. All of it or nothing. @throws jet::Error.
+/// changes. Then the tables, with the indexes of `further`. All of it or nothing.
+/// @throws jet::Error.
 void createServerSchema(ServerWire& wire, std::span<const jet::TableSpec> tables,
-                        const ShopRoles& roles);
+                        const ShopRoles& roles, std::span<const jet::TableSpec> further);
 
 /// One more table, of the owner of the others. @throws Error{exists, misuse, readOnly}.
 void createServerTable(ServerWire& wire, const jet::TableSpec& table);
@@ -36,6 +37,9 @@ void createColumns(ServerWire& wire, const jet::TableSpec& table);
 /// an index keeps fewer rows from being the same, and is nobody's key.
 void createIndex(ServerWire& wire, const jet::TableSpec& table, const jet::IndexSpec& index,
                  bool exactly = false);
+/// The indexes among `further` whose columns the table has and no index of its begins with.
+void createOwnIndexes(ServerWire& wire, const jet::TableSpec& table,
+                      std::span<const jet::TableSpec> further);
 void createNews(ServerWire& wire, const jet::TableSpec& table);
 
 /// How a comment of a column or index begins that says what it is in a file.

@@ -33,10 +33,10 @@ bool holdsPassword(const std::string& address) {
 }
 
 void createShopOnServer(const std::string& address, std::span<const jet::TableSpec> tables,
-                        const ShopRoles& roles) {
+                        const ShopRoles& roles, std::span<const jet::TableSpec> further) {
     ServerWire wire(address);
     requireNoShop(wire);
-    createServerSchema(wire, tables, roles);
+    createServerSchema(wire, tables, roles, further);
 }
 
 } // namespace ado

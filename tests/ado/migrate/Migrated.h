@@ -46,7 +46,7 @@ protected:
         return path;
     }
     ado::Migration there(const std::filesystem::path& path, const jet::Progress& progress = {}) {
-        return ado::migrateToServer(path, address_, {}, {}, progress);
+        return ado::migrateToServer(path, address_, {}, {}, {}, progress);
     }
     std::filesystem::path back(std::vector<std::string>* notes = nullptr) {
         std::filesystem::path path = folder_ / "volta.mdb";

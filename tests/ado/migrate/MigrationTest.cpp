@@ -294,8 +294,29 @@ TEST_P(Migration, AShopGetsTheTableOfItsHistory) {
             database.createTable(spec);
     });
     const jet::TableSpec wanted{"historico", {{"n", ColumnType::longInteger, 0, true}}, {}};
-    static_cast<void>(ado::migrateToServer(path, address_, {}, {&wanted, 1}, {}));
+    static_cast<void>(ado::migrateToServer(path, address_, {}, {&wanted, 1}, {}, {}));
     EXPECT_EQ(answer("select count(*) from valtrino.historico"), "0");
+}
+
+TEST_P(Migration, IndexesOfTheServerAloneStayThere) {
+    const auto path = file([](jet::Database& database) {
+        for (const jet::TableSpec& spec : shopTables())
+            database.createTable(spec);
+    });
+    const jet::TableSpec further[] = {
+        {"CHEQUES", {}, {{"banco", {{"Banco"}}}, {"cliente", {{"cliente"}}}, {"x", {{"x"}}}}},
+        {"outra",   {}, {{"banco", {{"banco"}}}}                                            }
+    };
+    const char* const indexes =
+        "select count(*) || ': ' || count(*) filter (where indexdef like "
+        "'%(banco %lancamento%)') from pg_indexes where tablename='cheques'";
+    static_cast<void>(there(path));
+    const std::string before = answer(indexes);
+    address_ = Cluster::instance(shopTables()).newDatabase();
+    static_cast<void>(ado::migrateToServer(path, address_, {}, {}, further, {}));
+    EXPECT_EQ(before, "4: 0"); // of the client one that begins so is there already
+    EXPECT_EQ(answer(indexes), "5: 1");
+    expectSame(path, back());
 }
 
 // The others take longer: scripts/migrate_samples.sh.

@@ -144,7 +144,7 @@ protected:
                     jet::Row{jet::Value(), text, static_cast<std::int32_t>(text.size() % 3)});
         }
         address = Cluster::instance(shopTables()).newDatabase();
-        static_cast<void>(ado::migrateToServer(path, address, {}, {}, {}));
+        static_cast<void>(ado::migrateToServer(path, address, {}, {}, {}, {}));
         file.Open("Data Source=" + ado::quotedValue(path.string()));
         server.Open("Data Source=" + ado::quotedValue(address));
     }
