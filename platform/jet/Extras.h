@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jet/database/Relationships.h"
+#include "jet/row/SystemTables.h"
 
 #include <array>
 #include <cstdint>
@@ -15,12 +16,12 @@ class Database;
 
 /// An object of the catalog: what is noted of a table, a query, a link.
 struct ExtraObject {
-    static constexpr std::int64_t kTable = 1;
-    static constexpr std::int64_t kDatabase = 2;
-    static constexpr std::int64_t kServerLink = 4;
-    static constexpr std::int64_t kQuery = 5;
-    static constexpr std::int64_t kLink = 6;
-    static constexpr std::int64_t kDocument = -32757; ///< of the database: its title, its author
+    static constexpr std::int64_t kTable = tableObject;
+    static constexpr std::int64_t kDatabase = databaseObject;
+    static constexpr std::int64_t kServerLink = linkedOdbcObject;
+    static constexpr std::int64_t kQuery = queryObject;
+    static constexpr std::int64_t kLink = linkedTableObject;
+    static constexpr std::int64_t kDocument = documentObject;
 
     std::int64_t type = 0;
     std::string name;

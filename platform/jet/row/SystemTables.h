@@ -24,8 +24,10 @@ enum ObjectType : std::int16_t {
     databaseObject = 2,
     containerObject = 3,
     linkedOdbcObject = 4,
+    queryObject = 5,
     linkedTableObject = 6,
-    relationshipObject = 8
+    relationshipObject = 8,
+    documentObject = -32757 ///< of the database: its title, its author
 };
 
 // Column Flags of the catalog.
