@@ -1,6 +1,7 @@
 #include "agenda/Calendario.h"
 
 #include <QCryptographicHash>
+#include <QSaveFile>
 
 namespace Calendario {
 
@@ -65,6 +66,13 @@ QByteArray ics(const std::map<QDate, Vencimentos::SomaDoDia>& dias, const QStrin
     }
     linha(texto, "END:VCALENDAR");
     return texto;
+}
+
+bool gravar(const QString& caminho, const std::map<QDate, Vencimentos::SomaDoDia>& dias,
+            const QString& arquivo) {
+    const QByteArray texto = ics(dias, arquivo, QDateTime::currentDateTimeUtc());
+    QSaveFile novo(caminho);
+    return novo.open(QIODevice::WriteOnly) && novo.write(texto) == texto.size() && novo.commit();
 }
 
 } // namespace Calendario

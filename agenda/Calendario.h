@@ -19,4 +19,10 @@ namespace Calendario {
 [[nodiscard]] QByteArray ics(const std::map<QDate, Vencimentos::SomaDoDia>& dias,
                              const QString& arquivo, const QDateTime& agora);
 
+/// Writes them as a new file, in place of an old one of that name. @return false, and the old one
+/// is as it was, if it can't be written.
+[[nodiscard]] bool gravar(const QString& caminho,
+                          const std::map<QDate, Vencimentos::SomaDoDia>& dias,
+                          const QString& arquivo);
+
 } // namespace Calendario

@@ -19,49 +19,18 @@
 
 #include <QDir>
 #include <QMouseEvent>
-#include <QSaveFile>
 #include <QShortcut>
 #include <QTimer>
 
-#include <algorithm>
-#include <unordered_set>
 #include <utility>
 
-namespace {
-
 using Vencimentos::Cheque;
-using Vencimentos::Periodo;
-
-enum ColunaDoDia { kMarcadosDoDia = 4, kSomaMarcadaDoDia };
-
-constexpr const char* kPeriodos[] = {"Hoje",      "Amanhã",   "Semana (7 dias)", "Mês (30 dias)",
-                                     "Atrasados", "De - até", "Sem vencimento"};
-
-struct Destino {
-    const char* nome;
-    std::optional<bool> descontar;
-};
-constexpr Destino kDestinos[] = {
-    {"Todos",              std::nullopt},
-    {"Descontar no banco", true        },
-    {"Trocar na loja",     false       }
-};
-
-} // namespace
 
 FrmAgenda::FrmAgenda() {
     setupUi(this);
+    filtro_ = FiltroDaAgenda({cmbperiodo, txtinicio, txtfim, cmbdestino, txtcliente, txtbanco});
     lstcheques->setColumns(ListaDaAgenda::colunas());
-    // clang-format off
-    lstdias->setColumns({
-        {"Vencimento",           1250, Qt::AlignHCenter},
-        {"Dia útil",             1100, Qt::AlignHCenter, "Dia útil do vencimento"},
-        {"Cheques",              1000, Qt::AlignRight},
-        {"Soma R$",              1700, Qt::AlignRight},
-        {"Marcados",             1000, Qt::AlignRight},
-        {"Soma dos marcados R$", 1700, Qt::AlignRight}
-    });
-    // clang-format on
+    lstdias->setColumns(ListaDaAgenda::colunasDosDias());
     lstcheques->setCheckBoxes(true);
     lstcheques->viewport()->installEventFilter(this);
     lblsoma->setFont(headingFont());
@@ -111,7 +80,7 @@ void FrmAgenda::mostrar(const Vencimentos::Dias& dias) {
     agenda.pedidos_ = dias; // else it would be asked for its own period first
     if (!agenda.load())
         return;
-    agenda.escolher(dias);
+    agenda.filtro_.escolher(dias);
     agenda.showModal();
 }
 
@@ -128,15 +97,12 @@ void FrmAgenda::Form_Load() {
                              {"data",      nullptr   },
                              {"descontar", cmbdestino}
     });
-    for (const char* nome : kPeriodos)
-        cmbperiodo->addItem(nome);
-    for (const Destino& destino : kDestinos)
-        cmbdestino->addItem(destino.nome);
+    filtro_.encher();
     for (const ListaDaAgenda::Ordenacao& ordem : ListaDaAgenda::ordens())
         cmbordem->addItem(ordem.nome);
-    escolha_LostFocus();
+    mostrarOrdem();
     if (pedidos_)
-        escolher(*pedidos_);
+        filtro_.escolher(*pedidos_);
     Mirtal::preencherLista(*txtcliente, dados.rsCliente, "nome", "codigo");
     Mirtal::preencherLista(*txtbanco, dados.rsBancos, "nome", "codigo");
     pronta_ = true;
@@ -145,83 +111,27 @@ void FrmAgenda::Form_Load() {
 
 // ---- what is asked for
 
-void FrmAgenda::escolher(const Vencimentos::Dias& dias) {
-    const QDate hoje = QDate::currentDate();
-    int qual = 0;
-    while (qual < static_cast<int>(Periodo::deAte) &&
-           !(Vencimentos::dias(static_cast<Periodo>(qual), hoje) == dias))
-        ++qual;
-    cmbperiodo->setListIndex(qual);
-    if (qual != static_cast<int>(Periodo::deAte))
-        return;
-    txtinicio->setValue(dias.primeiro);
-    txtfim->setValue(dias.ultimo);
-}
-
-Vencimentos::Procura FrmAgenda::procura() const {
-    const Vencimentos::Dias digitados{txtinicio->value(), txtfim->value()};
-    const int destino = std::max(0, cmbdestino->listIndex());
-    return {.dias = periodo_ == Periodo::deAte ? digitados
-                                               : Vencimentos::dias(periodo_, QDate::currentDate()),
-            .cliente = txtcliente->chosenData(),
-            .banco = txtbanco->chosenData(),
-            .descontar = kDestinos[destino].descontar};
-}
-
 void FrmAgenda::filtro_Change() {
-    if (cmbperiodo->listIndex() >= 0)
-        periodo_ = static_cast<Periodo>(cmbperiodo->listIndex());
-    for (auto* dia : {txtinicio, txtfim})
-        dia->setEnabled(periodo_ == Periodo::deAte);
-    if (pronta_ && procura() != procurado_)
+    filtro_.trocarPeriodo();
+    if (pronta_ && filtro_.procura() != procurado_)
         procurar();
 }
 
-// A text that is none of the choices: the last one counts.
 void FrmAgenda::escolha_LostFocus() {
-    cmbperiodo->setListIndex(static_cast<int>(periodo_));
-    cmbdestino->setListIndex(std::max(0, cmbdestino->listIndex()));
+    filtro_.completar();
     mostrarOrdem();
 }
 
 void FrmAgenda::procurar() {
     const BusyCursor ocupado;
-    const Vencimentos::Procura procura = this->procura();
-    std::vector<Cheque> achados = Vencimentos::procurar(procura);
-    std::unordered_set<std::int64_t> marcados;
-    for (const Cheque& cheque : cheques_)
-        if (cheque.marcado)
-            marcados.insert(cheque.lancamento);
-    for (Cheque& cheque : achados)
-        cheque.marcado = marcados.contains(cheque.lancamento);
-    somar(achados);
+    const Vencimentos::Procura procura = filtro_.procura();
+    listados_.receber(Vencimentos::procurar(procura));
     procurado_ = procura;
-    if (periodo_ != Periodo::deAte && periodo_ != Periodo::semVencimento) {
-        const QDate& ultimo = procura.dias.ultimo;
-        const QDate primeiro = achados.empty() ? ultimo : achados.front().vencimento;
-        txtinicio->setValue(procura.dias.primeiro.isValid() ? procura.dias.primeiro : primeiro);
-        txtfim->setValue(ultimo);
-    }
-    const QString atual = chaveAtual();
-    cheques_ = std::move(achados);
-    ordenar(atual);
+    filtro_.mostrarDias(procura.dias, listados_.cheques());
+    ordenar(chaveAtual());
     mostrarDias();
     mostrarSomas();
 }
-
-void FrmAgenda::somar(const std::vector<Cheque>& cheques) {
-    Vencimentos::SomaDoDia total;
-    std::vector<Dia> dias;
-    for (const auto& [vencimento, soma] : Vencimentos::porDia(cheques)) {
-        total.todos.mais(soma.todos);
-        total.marcados.mais(soma.marcados);
-        dias.push_back({vencimento, soma});
-    }
-    total_ = total;
-    dias_ = std::move(dias);
-}
-
-void FrmAgenda::cmdatualizar_Click() { procurar(); }
 
 // ---- the order
 
@@ -229,8 +139,6 @@ void FrmAgenda::cmbordem_Click() {
     coluna_ = ListaDaAgenda::ordens()[static_cast<std::size_t>(cmbordem->listIndex())].coluna;
     ordenar(chaveAtual());
 }
-
-void FrmAgenda::chkinvertida_Click() { ordenar(chaveAtual()); }
 
 // The header that the list is ordered by already turns it round.
 void FrmAgenda::lstcheques_ColumnClick(int coluna) {
@@ -242,7 +150,7 @@ void FrmAgenda::lstcheques_ColumnClick(int coluna) {
 
 void FrmAgenda::ordenar(const QString& atual) {
     const BusyCursor ocupado;
-    ListaDaAgenda::ordenar(cheques_, coluna_, chkinvertida->isChecked());
+    listados_.ordenar(coluna_, chkinvertida->isChecked());
     mostrarOrdem();
     mostrarCheques();
     if (!atual.isEmpty())
@@ -250,9 +158,7 @@ void FrmAgenda::ordenar(const QString& atual) {
 }
 
 void FrmAgenda::mostrarOrdem() {
-    const auto ordens = ListaDaAgenda::ordens();
-    const auto ordem = std::ranges::find(ordens, coluna_, &ListaDaAgenda::Ordenacao::coluna);
-    if (const auto qual = static_cast<int>(ordem - ordens.begin()); cmbordem->listIndex() != qual)
+    if (const int qual = ListaDaAgenda::ordem(coluna_); cmbordem->listIndex() != qual)
         cmbordem->setListIndex(qual); // not under who is typing it
 }
 
@@ -261,7 +167,7 @@ void FrmAgenda::mostrarOrdem() {
 std::optional<std::int64_t> FrmAgenda::clienteMostrado() const {
     const int linha = lstcheques->currentRow();
     return linha < 0 ? txtcliente->chosenData()
-                     : cheques_[static_cast<std::size_t>(linha)].codigoDoCliente;
+                     : listados_.cheques()[static_cast<std::size_t>(linha)].codigoDoCliente;
 }
 
 QString FrmAgenda::chaveAtual() const {
@@ -272,45 +178,33 @@ QString FrmAgenda::chaveAtual() const {
 void FrmAgenda::mostrarCheques() {
     ListaDaAgenda::Linhas linhas;
     lstcheques->clear();
-    for (const Cheque& cheque : cheques_)
+    for (const Cheque& cheque : listados_.cheques())
         lstcheques->addItem(linhas.de(cheque));
 }
 
 void FrmAgenda::mostrarDias() {
     lstdias->clear();
-    for (const auto& [vencimento, soma] : dias_) {
-        ListItem linha;
-        linha.text = vencimento.isValid() ? formatDate(vencimento) : "Nenhum";
-        linha.subItems = {Vencimentos::outroDiaUtil(vencimento),
-                          QString::number(soma.todos.cheques), formatMoney(soma.todos.valor),
-                          QString::number(soma.marcados.cheques), formatMoney(soma.marcados.valor)};
-        lstdias->addItem(std::move(linha));
-    }
+    for (const auto& [vencimento, soma] : listados_.dias())
+        lstdias->addItem(ListaDaAgenda::linhaDoDia(vencimento, soma));
 }
 
 void FrmAgenda::mostrarSomas() {
-    showStatus(*lblsoma, "Na lista: " + Vencimentos::texto(total_.todos) +
-                             "     Marcados: " + Vencimentos::texto(total_.marcados));
+    showStatus(*lblsoma, "Na lista: " + Vencimentos::texto(listados_.total().todos) +
+                             "     Marcados: " + Vencimentos::texto(listados_.total().marcados));
 }
 
 void FrmAgenda::lstcheques_ItemCheck(int linha, bool marcado) {
-    Cheque& cheque = cheques_[static_cast<std::size_t>(linha)];
-    const auto dia = std::ranges::lower_bound(dias_, cheque.vencimento, {}, &Dia::vencimento);
-    for (Vencimentos::Soma* soma : {&dia->soma.marcados, &total_.marcados})
-        marcado ? soma->mais(cheque.valor) : soma->menos(cheque.valor);
-    cheque.marcado = marcado;
-    const auto linhaDoDia = static_cast<int>(dia - dias_.begin());
-    lstdias->setText(linhaDoDia, kMarcadosDoDia, QString::number(dia->soma.marcados.cheques));
-    lstdias->setText(linhaDoDia, kSomaMarcadaDoDia, formatMoney(dia->soma.marcados.valor));
+    const std::size_t dia = listados_.marcar(static_cast<std::size_t>(linha), marcado);
+    const Vencimentos::Soma& marcados = listados_.dias()[dia].soma.marcados;
+    const auto linhaDoDia = static_cast<int>(dia);
+    lstdias->setText(linhaDoDia, ListaDaAgenda::kMarcadosDoDia, QString::number(marcados.cheques));
+    lstdias->setText(linhaDoDia, ListaDaAgenda::kSomaMarcadaDoDia, formatMoney(marcados.valor));
     mostrarSomas();
 }
 
 void FrmAgenda::cmdmarcar_Click() {
     const BusyCursor ocupado;
-    const bool marcar = !std::ranges::all_of(cheques_, &Cheque::marcado);
-    for (Cheque& cheque : cheques_)
-        cheque.marcado = marcar;
-    somar(cheques_);
+    const bool marcar = listados_.marcarTodos();
     for (int linha = 0; linha < lstcheques->count(); ++linha)
         lstcheques->setChecked(linha, marcar);
     mostrarDias();
@@ -336,7 +230,7 @@ bool FrmAgenda::eventFilter(QObject* watched, QEvent* event) {
 
 // When the key or the click has come to its end: the list may be another afterwards.
 void FrmAgenda::abrirDepois(int linha) {
-    const std::int64_t lancamento = cheques_[static_cast<std::size_t>(linha)].lancamento;
+    const std::int64_t lancamento = listados_.cheques()[static_cast<std::size_t>(linha)].lancamento;
     QTimer::singleShot(
         0, this, [this, lancamento] { guarded([&] { abrir(static_cast<qint32>(lancamento)); }); });
 }
@@ -363,59 +257,25 @@ void FrmAgenda::abrir(qint32 lancamento) {
 
 // ---- on paper and for other programs
 
-QString FrmAgenda::escolha() const {
-    const auto& [primeiro, ultimo] = procurado_.dias;
-    QStringList partes{primeiro.isValid()
-                           ? "Vencem de " + formatDate(primeiro) + " a " + formatDate(ultimo)
-                       : ultimo.isValid() ? "Vencidos até " + formatDate(ultimo)
-                                          : QString("Sem vencimento")};
-    if (procurado_.cliente)
-        partes += txtcliente->text();
-    if (procurado_.banco)
-        partes += txtbanco->text();
-    if (procurado_.descontar)
-        partes += cmbdestino->text();
-    return partes.join("; ");
-}
-
 void FrmAgenda::cmdimprimir_Click() {
     JanelaDeImpressao::instance().mostrar(
-        Impressos::vencimentos(cheques_, escolha(), total_, coluna_ == ListaDaAgenda::kVencimento));
+        Impressos::vencimentos(listados_.cheques(), filtro_.emPalavras(procurado_),
+                               listados_.total(), coluna_ == ListaDaAgenda::kVencimento));
 }
 
-// What is printed is the cheques as they are now, not as they were listed.
 void FrmAgenda::cmdbordero_Click() {
-    constexpr char kTitulo[] = "Borderô";
-    std::vector<std::int64_t> marcados;
-    for (const Cheque& cheque : cheques_)
-        if (cheque.marcado)
-            marcados.push_back(cheque.lancamento);
+    const std::vector<std::int64_t> marcados = listados_.marcados();
     if (marcados.empty()) {
-        showMessage("Marque na lista os cheques que vão ser depositados.", kTitulo,
+        showMessage("Marque na lista os cheques que vão ser depositados.", "Borderô",
                     MessageIcon::exclamation);
         return lstcheques->setFocus();
     }
-    std::vector<Cheque> cheques = Vencimentos::reler(marcados);
-    const std::size_t sumidos = marcados.size() - cheques.size();
-    const std::size_t aVencer = std::erase_if(cheques, [hoje = QDate::currentDate()](auto& c) {
-        return !c.vencimento.isValid() || c.vencimento > hoje;
-    });
-    QStringList fora;
-    if (sumidos > 0)
-        fora += QString("Não estão mais cadastrados, por terem sido baixados ou excluídos: %1.")
-                    .arg(sumidos);
-    if (aVencer > 0)
-        fora +=
-            QString("Ainda não venceram, e o banco não deve recebê-los antes: %1.").arg(aVencer);
-    if (!fora.isEmpty())
-        showMessage("Dos cheques marcados, ficam fora do borderô:\n\n" + fora.join('\n'), kTitulo,
-                    MessageIcon::exclamation);
-    if (sumidos > 0)
+    FrmBordero& bordero = FrmBordero::instance();
+    if (bordero.preparar(marcados) > 0)
         procurar();
-    if (cheques.empty())
+    if (bordero.vazio())
         return lstcheques->setFocus();
-    FrmBordero::instance().preparar(std::move(cheques));
-    FrmBordero::instance().showModal();
+    bordero.showModal();
 }
 
 void FrmAgenda::cmdcalendario_Click() {
@@ -424,14 +284,10 @@ void FrmAgenda::cmdcalendario_Click() {
         chooseFile({FileChoice::newFile, kTitulo, "Vencimentos.ics", "Calendário (*.ics)"});
     if (!caminho)
         return;
-    const QByteArray ics =
-        Calendario::ics(Vencimentos::porDia(cheques_),
-                        QString::fromStdString(dbconectar::instance().Automacao.store().identity()),
-                        QDateTime::currentDateTimeUtc());
-    QSaveFile novo(*caminho);
-    const bool gravado =
-        novo.open(QIODevice::WriteOnly) && novo.write(ics) == ics.size() && novo.commit();
     const QString nome = QDir::toNativeSeparators(*caminho);
+    const bool gravado = Calendario::gravar(
+        *caminho, Vencimentos::porDia(listados_.cheques()),
+        QString::fromStdString(dbconectar::instance().Automacao.store().identity()));
     if (gravado)
         showMessage("O calendário foi salvo em " + nome + ".", kTitulo, MessageIcon::information);
     else
@@ -440,7 +296,5 @@ void FrmAgenda::cmdcalendario_Click() {
                         "pasta.",
                     kTitulo, MessageIcon::exclamation);
 }
-
-void FrmAgenda::cmdsair_Click() { unload(); }
 
 #include "agenda/moc_FrmAgenda.cpp"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "agenda/ListaDaAgenda.h"
-#include "agenda/Vencimentos.h"
+#include "agenda/ChequesListados.h"
+#include "agenda/FiltroDaAgenda.h"
 #include "controls/window/Form.h"
 #include "shell/ClienteMostrado.h"
 #include "ui_FrmAgenda.h"
@@ -12,8 +12,7 @@
 /// The list is as the file was when it was last asked: by a choice in the fields, by F5, and after
 /// a cheque was opened from here. Ticks stay with their cheques as long as these are listed.
 ///
-/// Invariants: cheque i of cheques_ stands in row i of the list; dias_ holds their sums by due
-/// date, in the order of the rows of lstdias, and total_ those of all days.
+/// Invariant: cheque i of listados_ stands in row i of the list, day i of them in row i of lstdias.
 class FrmAgenda final : public Form, public ClienteMostrado, private Ui::FrmAgenda {
     Q_OBJECT
 public:
@@ -34,25 +33,19 @@ private:
     void filtro_Change();
     void escolha_LostFocus();
     void cmbordem_Click();
-    void chkinvertida_Click();
+    void chkinvertida_Click() { ordenar(chaveAtual()); }
     void lstcheques_ColumnClick(int coluna);
     void lstcheques_ItemCheck(int linha, bool marcado);
     void lstcheques_Enter();
     void cmdmarcar_Click();
-    void cmdatualizar_Click();
+    void cmdatualizar_Click() { procurar(); }
     void cmdimprimir_Click();
     void cmdcalendario_Click();
     void cmdbordero_Click();
-    void cmdsair_Click();
+    void cmdsair_Click() { unload(); }
 
-    /// Puts these days into the fields: as a period if they are one.
-    void escolher(const Vencimentos::Dias& dias);
-    [[nodiscard]] Vencimentos::Procura procura() const;
-    /// The same in words, for who reads the list on paper.
-    [[nodiscard]] QString escolha() const;
     /// Asks the file for what the fields say.
     void procurar();
-    void somar(const std::vector<Vencimentos::Cheque>& cheques);
     /// Shows the cheques in their order, the one of this key as the current one.
     void ordenar(const QString& atual);
     void mostrarOrdem();
@@ -65,16 +58,10 @@ private:
     void abrir(qint32 lancamento);
 
     bool pronta_ = false; ///< the fields have their entries
-    Vencimentos::Periodo periodo_ = Vencimentos::Periodo::semana;
+    FiltroDaAgenda filtro_;
     std::optional<Vencimentos::Dias> pedidos_; ///< that it is opened for
     Vencimentos::Procura procurado_;           ///< what the cheques were asked for with
-    std::vector<Vencimentos::Cheque> cheques_;
-    struct Dia {
-        QDate vencimento;
-        Vencimentos::SomaDoDia soma;
-    };
-    std::vector<Dia> dias_;
-    Vencimentos::SomaDoDia total_;
+    ChequesListados listados_;
     ListaDaAgenda::ColunaDaAgenda coluna_ =
         ListaDaAgenda::kVencimento; ///< that the list is ordered by
 };

@@ -3,12 +3,13 @@
 #include "agenda/Impressos.h"
 #include "agenda/JanelaDeImpressao.h"
 #include "controls/look/Style.h"
+#include "controls/window/MessageBox.h"
 #include "controls/window/WindowList.h"
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
-#include <utility>
+#include <vector>
 
 FrmBordero::FrmBordero() {
     setupUi(this);
@@ -25,12 +26,28 @@ FrmBordero::FrmBordero() {
 
 FrmBordero& FrmBordero::instance() { return WindowList::instance().one<FrmBordero>(); }
 
-void FrmBordero::preparar(std::vector<Vencimentos::Cheque> cheques) {
-    cheques_ = std::move(cheques);
+std::size_t FrmBordero::preparar(std::span<const std::int64_t> lancamentos) {
+    cheques_ = Vencimentos::reler(lancamentos);
+    const std::size_t sumidos = lancamentos.size() - cheques_.size();
+    const std::size_t aVencer = std::erase_if(cheques_, [hoje = QDate::currentDate()](auto& c) {
+        return !c.vencimento.isValid() || c.vencimento > hoje;
+    });
     soma_ = {};
     for (const Vencimentos::Cheque& cheque : cheques_)
         soma_.mais(cheque.valor);
     lblsoma->setText(Vencimentos::texto(soma_));
+
+    QStringList fora;
+    if (sumidos > 0)
+        fora += QString("Não estão mais cadastrados, por terem sido baixados ou excluídos: %1.")
+                    .arg(sumidos);
+    if (aVencer > 0)
+        fora +=
+            QString("Ainda não venceram, e o banco não deve recebê-los antes: %1.").arg(aVencer);
+    if (!fora.isEmpty())
+        showMessage("Dos cheques marcados, ficam fora do borderô:\n\n" + fora.join('\n'), "Borderô",
+                    MessageIcon::exclamation);
+    return sumidos;
 }
 
 void FrmBordero::Form_Load() {

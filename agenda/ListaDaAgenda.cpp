@@ -93,6 +93,28 @@ std::vector<ListColumn> colunas() {
     // clang-format on
 }
 
+std::vector<ListColumn> colunasDosDias() {
+    // clang-format off
+    return {
+        {"Vencimento",           1250, Qt::AlignHCenter},
+        {"Dia útil",             1100, Qt::AlignHCenter, "Dia útil do vencimento"},
+        {"Cheques",              1000, Qt::AlignRight},
+        {"Soma R$",              1700, Qt::AlignRight},
+        {"Marcados",             1000, Qt::AlignRight},
+        {"Soma dos marcados R$", 1700, Qt::AlignRight}
+    };
+    // clang-format on
+}
+
+ListItem linhaDoDia(const QDate& vencimento, const Vencimentos::SomaDoDia& soma) {
+    ListItem linha;
+    linha.text = vencimento.isValid() ? formatDate(vencimento) : "Nenhum";
+    linha.subItems = {Vencimentos::outroDiaUtil(vencimento), QString::number(soma.todos.cheques),
+                      formatMoney(soma.todos.valor), QString::number(soma.marcados.cheques),
+                      formatMoney(soma.marcados.valor)};
+    return linha;
+}
+
 ListItem Linhas::de(const Cheque& cheque) {
     Vencimento& vencimento = vencimentos_[cheque.vencimento];
     if (vencimento.data.isEmpty())
@@ -124,6 +146,10 @@ ListItem Linhas::de(const Cheque& cheque) {
 }
 
 std::span<const Ordenacao> ordens() { return kOrdens; }
+
+int ordem(ColunaDaAgenda coluna) {
+    return static_cast<int>(std::ranges::find(kOrdens, coluna, &Ordenacao::coluna) - kOrdens);
+}
 
 ColunaDaAgenda ordenavel(int coluna) {
     switch (coluna) {

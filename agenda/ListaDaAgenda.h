@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-/// How cheques stand in the agenda's list: its columns, and the orders that it offers.
+/// How cheques and days stand in the agenda's lists: the columns, and the orders that it offers.
 namespace ListaDaAgenda {
 
 enum ColunaDaAgenda {
@@ -26,6 +26,11 @@ enum ColunaDaAgenda {
     kAviso
 };
 [[nodiscard]] std::vector<ListColumn> colunas();
+
+/// Of the list of days, those that ticking a cheque changes.
+enum ColunaDoDia { kMarcadosDoDia = 4, kSomaMarcadaDoDia };
+[[nodiscard]] std::vector<ListColumn> colunasDosDias();
+[[nodiscard]] ListItem linhaDoDia(const QDate& vencimento, const Vencimentos::SomaDoDia& soma);
 
 /// The rows of cheques, as they are to be read today. Keeps what it has worked out of a due date or
 /// an issue: of 100,000 cheques most share theirs with others.
@@ -50,6 +55,8 @@ struct Ordenacao {
     ColunaDaAgenda coluna;
 };
 [[nodiscard]] std::span<const Ordenacao> ordens();
+/// Which one orders by this column, as ordenavel() gives it: an index of them.
+[[nodiscard]] int ordem(ColunaDaAgenda coluna);
 /// Which of these orders a column of the list asks for: some say the same of a cheque in other
 /// words.
 [[nodiscard]] ColunaDaAgenda ordenavel(int coluna);

@@ -2,8 +2,9 @@
 
 #include "cheques/ChequeRepetido.h"
 #include "cheques/Cmc7.h"
+#include "cheques/Lancamento.h"
+#include "cheques/LimiteDeCredito.h"
 #include "controls/box/ClearControls.h"
-#include "controls/window/MessageBox.h"
 #include "controls/window/WindowList.h"
 #include "shell/Estrutura.h"
 #include "shell/Mirtal.h"
@@ -14,7 +15,6 @@
 
 namespace {
 
-constexpr char kTotal[] = "O total dos cheques do cliente";
 constexpr int kPrazo = 30; ///< days from one cheque of a run to the next
 
 /// Of the chosen client.
@@ -29,31 +29,6 @@ ado::Recordset& cheques() { return dados().rsCheques; }
 std::function<void()>& lista() {
     static std::function<void()> mostrar;
     return mostrar;
-}
-
-/// Goes to a cheque of all that are stored; the filter comes off if it hides it.
-/// @return false if there is none: then rsCheques stays where it is.
-bool irAte(const QString& criterio) {
-    ado::Recordset cheque;
-    cheque.Open("select lancamento from cheques where " + criterio, dados().Automacao);
-    if (cheque.EOF())
-        return false;
-    if (Mirtal::localizar(cheques(), criterio))
-        return true;
-    cheques().clearFilter();
-    return Mirtal::localizar(cheques(), criterio);
-}
-
-bool naoMostrado(const QString& motivo) {
-    showMessage(motivo, "Mensagem", MessageIcon::exclamation);
-    return false;
-}
-
-bool cabe(qint32 lancamento) {
-    return std::in_range<std::int16_t>(lancamento) ||
-           naoMostrado("O lançamento " + QString::number(lancamento) +
-                       " não pode ser mostrado na entrada de cheques, que só mostra "
-                       "lançamentos até 32767.");
 }
 
 } // namespace
@@ -112,10 +87,6 @@ FrmLancarCheques& FrmLancarCheques::instance() {
     return WindowList::instance().one<FrmLancarCheques>();
 }
 
-std::optional<std::int64_t> FrmLancarCheques::clienteMostrado() const {
-    return txtNome->chosenData();
-}
-
 void FrmLancarCheques::aoLocalizar(std::function<void()> mostrarLista) {
     lista() = std::move(mostrarLista);
 }
@@ -144,12 +115,8 @@ void FrmLancarCheques::Form_Unload() {
 // ---- the cheque on the screen
 
 bool FrmLancarCheques::mostrarCheque(qint32 lancamento) {
-    const QString numero = QString::number(lancamento);
-    if (!cabe(lancamento))
+    if (!Lancamento::ir(lancamento))
         return false;
-    if (!irAte("Lancamento=" + numero))
-        return naoMostrado("O cheque do lançamento " + numero +
-                           " não está mais cadastrado: foi excluído ou baixado depois de listado.");
     if (isVisible())
         mostrarRegistro();
     return true;
@@ -223,20 +190,8 @@ void FrmLancarCheques::txtvalor_LostFocus() {
     if (rs.isEmpty() || txtNome->listIndex() < 0)
         return;
     rs.setFilter("cliente=" + codigo(*txtNome));
-    if (rs.isEmpty())
-        return;
-    Amount total;
-    for (rs.MoveFirst(); !rs.EOF(); rs.MoveNext()) {
-        total = Valores::soma(total, Valores::valor(rs["valor"]), kTotal);
-        const Amount comEste = Valores::soma(total, txtvalor->valor(), kTotal);
-        if (comEste <= limite_ || limite_ <= Amount{})
-            continue;
-        showMessage("Cliente ultrapassou seu Limite de crédito!\r\rLimite  Crédito :" +
-                        formatMoney(limite_) + "\rTotal em Cheques:" + formatMoney(comEste),
-                    "Limite de crédito", MessageIcon::critical);
+    if (!rs.isEmpty() && LimiteDeCredito::ultrapassado(rs, txtvalor->valor(), limite_))
         rs.clearFilter();
-        return;
-    }
 }
 
 // The last field leads straight to the save.
@@ -318,8 +273,6 @@ void FrmLancarCheques::CmdIncluir_Click() {
     txtnumero->setFocus();
 }
 
-void FrmLancarCheques::CmdNovo_Click() { limpar(); }
-
 void FrmLancarCheques::CmdExcluir_Click() {
     if (txtlancamento->text().isEmpty() || !TelaDeCheque::confirmarExclusao(cheques()))
         return;
@@ -338,11 +291,9 @@ void FrmLancarCheques::CmdLocalizar_Click() {
     txtNome->setFocus();
 }
 
-void FrmLancarCheques::CmdSair_Click() { unload(); }
-
 void FrmLancarCheques::btnNavegacao_Click(int indice) {
     if (Mirtal::navegar(cheques(), indice) &&
-        cabe(static_cast<qint32>(cheques()["lancamento"].integer())))
+        Lancamento::cabe(static_cast<qint32>(cheques()["lancamento"].integer())))
         mostrarRegistro();
 }
 

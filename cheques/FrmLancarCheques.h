@@ -24,16 +24,15 @@ public:
     FrmLancarCheques();
     static FrmLancarCheques& instance();
 
-    /// Goes to a stored cheque in rsCheques and, if the window is on show, puts it on the screen;
-    /// a window that isn't has nothing to show when the clerk opens it. All cheques are looked at:
-    /// a filter that hides this one comes off. Deliberate: the number goes through a 16-bit whole
-    /// number, as between all the windows of the shop's system, so it can't be above 32767.
-    /// @return false, and everything stays as it was, if there is no such cheque; the clerk has
-    ///         then been told.
+    /// Goes to a stored cheque in rsCheques, as Lancamento::ir(), and, if the window is on show,
+    /// puts it on the screen; a window that isn't has nothing to show when the clerk opens it.
+    /// @return as Lancamento::ir().
     bool mostrarCheque(qint32 lancamento);
 
     bool mostrarGravado() override;
-    [[nodiscard]] std::optional<std::int64_t> clienteMostrado() const override;
+    [[nodiscard]] std::optional<std::int64_t> clienteMostrado() const override {
+        return txtNome->chosenData();
+    }
 
     /// Sets what shows the cheque list, modally, for CmdLocalizar. The list stands above this
     /// window, because it calls mostrarCheque(). Without it nothing is shown.
@@ -44,11 +43,11 @@ private:
     void Form_Unload() override;
 
     void btnNavegacao_Click(int indice);
-    void CmdNovo_Click();
+    void CmdNovo_Click() { limpar(); }
     void CmdIncluir_Click();
     void CmdExcluir_Click();
     void CmdLocalizar_Click();
-    void CmdSair_Click();
+    void CmdSair_Click() { unload(); }
     void txtNome_LostFocus();
     void numeracao_LostFocus();
     void txtvalor_LostFocus();

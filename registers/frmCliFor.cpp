@@ -184,10 +184,9 @@ bool frmCliFor::mostrarGravado() {
 }
 
 void frmCliFor::irPara(QWidget* controle) {
-    for (int aba = 0; aba < tabCliFor->count(); ++aba) {
+    for (int aba = 0; aba < tabCliFor->count(); ++aba)
         if (tabCliFor->widget(aba)->isAncestorOf(controle))
             tabCliFor->setCurrentIndex(aba);
-    }
     controle->setFocus();
 }
 
@@ -199,9 +198,10 @@ void frmCliFor::tabCliFor_Click(int aba) {
 
 // ---- saving
 
-void frmCliFor::recusar(QWidget* controle, const QString& texto) {
+bool frmCliFor::recusar(QWidget* controle, const QString& texto) {
     showMessage(texto, "Advertência", MessageIcon::exclamation);
     irPara(controle);
+    return false;
 }
 
 bool frmCliFor::validar() {
@@ -216,18 +216,13 @@ bool frmCliFor::validar() {
         {semLimite,                   txtLimiteDeCrédito, "O limite de crédito deve ser preenchido."},
     };
     for (const auto& exigido : exigidos) {
-        if (exigido.falta) {
-            recusar(exigido.controle, exigido.mensagem);
-            return false;
-        }
+        if (exigido.falta)
+            return recusar(exigido.controle, exigido.mensagem);
     }
     // What can't be typed can be pasted: a sign that the file has no place for would end the
     // program, and with it everything that was typed.
-    if (const auto recusa = campos_.recusa(clientes())) {
-        recusar(recusa->controle, recusa->motivo);
-        return false;
-    }
-    return true;
+    const auto recusa = campos_.recusa(clientes());
+    return !recusa || recusar(recusa->controle, recusa->motivo);
 }
 
 void frmCliFor::cmdSalvar_Click() {
@@ -277,8 +272,6 @@ void frmCliFor::cmdLocalizar_Click() {
     }
     irPara(txtNome);
 }
-
-void frmCliFor::cmdFechar_Click() { unload(); }
 
 void frmCliFor::btnNavegacao_Click(int indice) {
     if (Mirtal::navegar(clientes(), indice))

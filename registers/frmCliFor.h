@@ -32,7 +32,7 @@ private:
     void cmdSalvar_Click();
     void cmdExcluir_Click();
     void cmdLocalizar_Click();
-    void cmdFechar_Click();
+    void cmdFechar_Click() { unload(); }
     void tabCliFor_Click(int aba);
     void txtCGCCPF_GotFocus();
     void txtCGCCPF_LostFocus();
@@ -43,8 +43,8 @@ private:
     void limpar();
     void mostrarRegistro();
     [[nodiscard]] bool validar();
-    /// Says what is missing or wrong, then brings the control up, with the focus.
-    void recusar(QWidget* controle, const QString& texto);
+    /// Says what is missing or wrong, then brings the control up, with the focus. @return false.
+    [[nodiscard]] bool recusar(QWidget* controle, const QString& texto);
     void irPara(QWidget* controle);
 
     /// All fields but the code, which only finds the row, and `tipo`.

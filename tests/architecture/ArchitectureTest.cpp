@@ -293,6 +293,18 @@ TEST(Architecture, EveryWindowStandsInTheListOfThoseThatAreWalked) {
     }
 }
 
+// What a window does beyond its fields and buttons has a place of its own.
+TEST(Architecture, NoWindowsSourceIsLong) {
+    constexpr int kLines = 300;
+    const Files files = readTree(VALTRINO_TREE);
+    for (const auto& [path, text] : files) {
+        if (!path.ends_with(".ui"))
+            continue;
+        const std::string source = path.substr(0, path.size() - 3) + ".cpp";
+        EXPECT_LE(std::ranges::count(files.at(source), '\n'), kLines) << source;
+    }
+}
+
 TEST(Architecture, EveryListedFileIsThere) {
     const Files files = readTree(VALTRINO_TREE);
     for (const auto& [path, target] : readOwners(files))
