@@ -1,6 +1,7 @@
 #include "shell/Configuracao.h"
 
 #include "ado/ConnectionString.h"
+#include "controls/system/WritableFolder.h"
 #include "jet/Error.h"
 
 #include <QCoreApplication>
@@ -60,10 +61,7 @@ QString caminho(const QString& pastaPrograma) {
     return pastaPrograma + QDir::separator() + "init.ini";
 }
 
-bool soDeLeitura(const QString& pasta) {
-    const QFileInfo folder(pasta);
-    return folder.isDir() && !folder.isWritable();
-}
+bool soDeLeitura(const QString& pasta) { return QFileInfo(pasta).isDir() && !mayWriteIn(pasta); }
 
 QString arquivoParaGravar(const QString& pastaPrograma) {
     if (!soDeLeitura(pastaPrograma))

@@ -12,7 +12,8 @@
 ///     the program's   beside the program, where whoever installed it may have put one
 ///     the system's    valtrino/init.ini in each of $XDG_CONFIG_DIRS (/etc/xdg)
 ///
-/// and its folder chooser writes the user's.
+/// and its folder chooser writes the user's. On Windows the folder of the user's settings is
+/// %LOCALAPPDATA%, that of the system's %ProgramData%.
 namespace Configuracao {
 
 /// The folder of the program's executable, written as the system writes paths.

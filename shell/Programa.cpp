@@ -3,6 +3,7 @@
 #include "ado/ServerShop.h"
 #include "controls/look/Icons.h"
 #include "controls/look/Style.h"
+#include "controls/system/EndOfSession.h"
 #include "controls/window/Failure.h"
 #include "controls/window/MessageBox.h"
 #include "controls/window/WindowList.h"
@@ -18,21 +19,16 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QSocketNotifier>
 #include <QStatusBar>
 #include <QThread>
 #include <QTimer>
 
-#include <array>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <unistd.h>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -229,26 +225,6 @@ void fecharSemTela() {
     std::_Exit(EXIT_FAILURE);
 }
 
-/// The system's request to end comes as a signal, in the middle of anything; it is met when the
-/// program next looks at its events.
-class PedidoDeFim {
-public:
-    PedidoDeFim() {
-        std::array<int, 2> ends{};
-        if (::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0)
-            return; // then the system ends the program as it ends every other
-        told_ = ends[1];
-        pedido_ = std::make_unique<QSocketNotifier>(ends[0], QSocketNotifier::Read);
-        QObject::connect(pedido_.get(), &QSocketNotifier::activated, &fecharSemTela);
-        for (const int signal : {SIGTERM, SIGHUP, SIGINT})
-            std::signal(signal, [](int) { (void)!::write(told_, "", 1); });
-    }
-
-private:
-    static inline int told_ = -1;
-    std::unique_ptr<QSocketNotifier> pedido_;
-};
-
 } // namespace
 
 void atenderFalha(const std::exception_ptr& falha) {
@@ -303,7 +279,7 @@ int executarPrograma(int argc, char** argv) {
     if (frmSplash::instance().load()) {
         // Only now: what is static and made later than this is gone when it runs.
         std::atexit(&fecharSemTela);
-        const PedidoDeFim pedido;
+        const EndOfSession fim(&fecharSemTela);
         gravacao.emplace(kFlushInterval);
         if (jet::Database* const arquivo = dbconectar::instance().Automacao.store().file())
             arquivo->setSnapshotHold(kSnapshotHold);

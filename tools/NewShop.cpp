@@ -78,5 +78,8 @@ int main(int argc, char** argv) {
         showMessage(erro.what(), kTitulo, MessageIcon::critical);
         return EXIT_FAILURE;
     }
-    return QProcess::startDetached(programa + "/valtrino", {}) ? EXIT_SUCCESS : EXIT_FAILURE;
+    const QFileInfo este(QCoreApplication::applicationFilePath());
+    const QString ending = este.suffix().isEmpty() ? "" : '.' + este.suffix(); // ".exe"
+    return QProcess::startDetached(programa + "/valtrino" + ending, {}) ? EXIT_SUCCESS
+                                                                        : EXIT_FAILURE;
 }

@@ -56,14 +56,16 @@ const std::vector<Layer> kLayers = {
     {"ado_recordset",     Outside::nothing, {"ado_file", "ado_server"}                        },
     {"ado_migrate",       Outside::nothing, {"ado_server"}                                    },
     {"ado",               Outside::nothing, {"ado_recordset", "ado_migrate"}                  },
-    {"controls_look",     Outside::qt,      {"assets"}                                        },
+    {"controls_system",   Outside::qt,      {}                                                },
+    {"controls_look",     Outside::qt,      {"controls_system", "assets"}                     },
     {"controls_typing",   Outside::qt,      {}                                                },
     {"controls_box",      Outside::qt,      {"controls_look", "controls_typing"}              },
     {"controls_folder",   Outside::qt,      {"controls_look", "controls_typing"}              },
     {"controls_window",   Outside::qt,      {"controls_box"}                                  },
     {"controls",          Outside::qt,      {"controls_window", "controls_folder"}            },
+    {"print_system",      Outside::qt,      {}                                                },
     {"print_report",      Outside::qt,      {"controls"}                                      },
-    {"print_output",      Outside::qt,      {"print_report"}                                  },
+    {"print_output",      Outside::qt,      {"print_system", "print_report"}                  },
     {"print_preview",     Outside::qt,      {"print_output"}                                  },
     {"print",             Outside::qt,      {"print_preview"}                                 },
     {"shop_schema",       Outside::nothing, {"jet"}                                           },
@@ -326,7 +328,9 @@ TEST(Architecture, ArrowsPointDown) {
 }
 
 // What differs between operating systems stands in one folder a layer, one source a system.
-const std::vector<std::string> kSystemFolders = {"platform/jet/system", "platform/ado/system"};
+const std::vector<std::string> kSystemFolders = {"platform/jet/system", "platform/ado/system",
+                                                 "platform/controls/system",
+                                                 "platform/print/system"};
 
 /// Those who still call a system by themselves, and where that goes.
 struct SystemCaller {
@@ -335,7 +339,6 @@ struct SystemCaller {
 };
 // clang-format off
 const std::vector<SystemCaller> kSystemCallers = {
-    {"shell/Programa.cpp", "signals and the end of the session: a folder of the shell's own"},
     {"tools/ProgressLine.cpp", "whether it is a terminal: as C++23 will have it"},
     {"tests/ado/recordset/ConnectionTest.cpp", "a file without rights: a test of the system's own"},
 };

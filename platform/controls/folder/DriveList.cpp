@@ -1,6 +1,6 @@
 #include "controls/folder/DriveList.h"
 
-#include "controls/folder/Drives.h"
+#include "controls/system/Drives.h"
 
 #include <QDir>
 

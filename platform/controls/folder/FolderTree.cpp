@@ -1,8 +1,8 @@
 #include "controls/folder/FolderTree.h"
 
-#include "controls/folder/Drives.h"
 #include "controls/folder/FolderReader.h"
 #include "controls/look/Icons.h"
+#include "controls/system/Drives.h"
 #include "controls/typing/Typing.h"
 
 #include <QHeaderView>
@@ -30,8 +30,9 @@ QString inFolder(const QString& folder, const QString& name) {
 }
 
 QTreeWidgetItem* childNamed(const QTreeWidgetItem& parent, const QString& name) {
+    const QString sought = asCompared(name);
     for (int i = 0; i < parent.childCount(); ++i) {
-        if (parent.child(i)->text(0) == name)
+        if (asCompared(parent.child(i)->text(0)) == sought)
             return parent.child(i);
     }
     return nullptr;
@@ -112,10 +113,10 @@ void FolderTree::fill(const QString& folder, const QStringList& names) {
         return; // of another drive by now
     QSet<QString> known;
     for (int i = 0; i < item->childCount(); ++i)
-        known.insert(item->child(i)->text(0));
+        known.insert(asCompared(item->child(i)->text(0)));
     QList<QTreeWidgetItem*> added;
     for (const QString& name : names) {
-        if (!known.contains(name))
+        if (!known.contains(asCompared(name)))
             added << newItem(name, inFolder(folder, name)).release();
     }
     item->addChildren(added);

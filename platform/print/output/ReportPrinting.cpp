@@ -1,8 +1,8 @@
 #include "print/ReportPrinting.h"
 
 #include "controls/window/MessageBox.h"
+#include "print/system/PrintServer.h"
 
-#include <QLibrary>
 #include <QLineEdit>
 #include <QPageRanges>
 #include <QPainter>
@@ -124,12 +124,7 @@ void keepBack(QPrinter& printer) {
 
 /// Whether the print server has taken the job, which Qt doesn't tell.
 bool isTaken(const QPrinter& printer) {
-    constexpr int firstFailure = 0x400; // of the protocol's answers
-    if (printer.outputFormat() != QPrinter::NativeFormat)
-        return true;
-    const auto lastAnswer =
-        reinterpret_cast<int (*)()>(QLibrary::resolve("cups", 2, "cupsLastError"));
-    return !lastAnswer || lastAnswer() < firstFailure;
+    return printer.outputFormat() != QPrinter::NativeFormat || printServerTookJob();
 }
 
 PrintOutcome print(QPrinter& printer, Relatorio& report, int current,

@@ -1,9 +1,10 @@
 // What a folder is chosen with: drives, their folders as a tree, a folder's files.
 #include "controls/folder/DriveList.h"
-#include "controls/folder/Drives.h"
 #include "controls/folder/FileList.h"
 #include "controls/folder/FolderReader.h"
 #include "controls/folder/FolderTree.h"
+#include "controls/system/Drives.h"
+#include "controls/system/MountTable.h"
 #include "support/QtPrinters.h"
 
 #include <QDir>

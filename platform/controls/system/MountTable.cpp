@@ -1,7 +1,7 @@
-#include "controls/folder/Drives.h"
+#include "controls/system/MountTable.h"
 
-#include <QDir>
-#include <QFile>
+#include "controls/system/Drives.h"
+
 #include <QFileInfo>
 
 #include <algorithm>
@@ -70,20 +70,4 @@ QStringList volumesOf(const QByteArray& mounts) {
     folders.sort();
     folders.removeDuplicates();
     return folders;
-}
-
-QStringList volumes() {
-    QFile table("/proc/self/mounts");
-    if (table.open(QIODevice::ReadOnly))
-        return volumesOf(table.readAll());
-    QStringList folders;
-    for (const QFileInfo& drive : QDir::drives())
-        folders << drive.absoluteFilePath();
-    return folders;
-}
-
-QString tidyPath(const QString& path) { return QDir::cleanPath(QString(path).replace('\\', '/')); }
-
-bool liesIn(const QString& path, const QString& folder) {
-    return path == folder || path.startsWith(folder.endsWith('/') ? folder : folder + '/');
 }

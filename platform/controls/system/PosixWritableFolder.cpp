@@ -1,0 +1,5 @@
+#include "controls/system/WritableFolder.h"
+
+#include <QFileInfo>
+
+bool mayWriteIn(const QString& folder) { return QFileInfo(folder).isWritable(); }
