@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <chrono>
 #include <iterator>
+#include <set>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -120,8 +121,31 @@ bool FrmHistorico::procurado(const ado::Recordset& rs) const {
     const auto tem = [&](const QString& texto) {
         return texto.contains(procura, Qt::CaseInsensitive);
     };
-    return tem(clientes_->de(rs)) || tem(bancos_->de(rs)) || tem(texto(rs["estacao"])) ||
+    return tem(cliente(rs)) || tem(banco(rs)) || tem(texto(rs["estacao"])) ||
            tem(texto(rs["antes"])) || tem(texto(rs["depois"]));
+}
+
+QString FrmHistorico::cliente(const ado::Recordset& rs) const {
+    return clientes_->de(Nomes::codigo(rs["cliente"]));
+}
+
+QString FrmHistorico::banco(const ado::Recordset& rs) const {
+    return bancos_->de(Nomes::codigo(rs["banco"]));
+}
+
+/// Of all rows, which are gone through for it and stand at the first one again.
+void FrmHistorico::lerNomes(ado::Recordset& rs) {
+    std::set<Nomes::Codigo> clientes;
+    std::set<Nomes::Codigo> bancos;
+    const ado::Recordset& lido = rs;
+    for (; !rs.EOF(); rs.MoveNext()) {
+        clientes.insert(Nomes::codigo(lido["cliente"]));
+        bancos.insert(Nomes::codigo(lido["banco"]));
+    }
+    clientes_.emplace("cliente_fornecedor", clientes);
+    bancos_.emplace("bancos", bancos);
+    if (!clientes.empty())
+        rs.MoveFirst();
 }
 
 void FrmHistorico::listar() {
@@ -138,11 +162,9 @@ void FrmHistorico::listar() {
         return lblsoma->setText(historico.impedimento().isEmpty() ? "Ainda não há histórico."
                                                                   : historico.impedimento());
     const QString linhas = linhasProcuradas();
-    // The rows first: of one that another station adds meanwhile the names would be missing.
     ado::Recordset rs;
     rs.Open("select * from " + linhas + " order by id desc", dbconectar::instance().Automacao);
-    clientes_.emplace("cliente_fornecedor", "cliente", linhas);
-    bancos_.emplace("bancos", "banco", linhas);
+    lerNomes(rs);
     qint64 quantos = 0;
     Amount total;
     for (; !rs.EOF(); rs.MoveNext()) {
@@ -164,14 +186,13 @@ void FrmHistorico::listar() {
 
 void FrmHistorico::acrescentarLinha(const ado::Recordset& rs) {
     Linha linha{static_cast<std::int32_t>(rs["grupo"].integer()), texto(rs["operacao"]),
-                !rs["desfeito_por"].isNull(),
-                rs["cliente"].isNull() ? std::nullopt : std::optional(rs["cliente"].integer())};
+                !rs["desfeito_por"].isNull(), Nomes::codigo(rs["cliente"])};
     ListItem item;
     item.text = momento(rs["quando"].date());
     item.subItems = {feito(linha.operacao, linha.desfeita),
                      texto(rs["numero"]),
-                     clientes_->de(rs),
-                     bancos_->de(rs),
+                     cliente(rs),
+                     banco(rs),
                      formatDate(Valores::dia(rs["bompara"])),
                      formatMoney(valor(rs["valor"])),
                      texto(rs["estacao"])};
@@ -184,10 +205,10 @@ void FrmHistorico::acrescentarSoma(const ado::Recordset& rs) {
     QString de;
     switch (txtsoma->listIndex()) {
     case kCliente:
-        de = clientes_->de(rs);
+        de = cliente(rs);
         break;
     case kBanco:
-        de = bancos_->de(rs);
+        de = banco(rs);
         break;
     case kOperacao:
         de = texto(rs["operacao"]);

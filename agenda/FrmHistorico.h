@@ -51,6 +51,9 @@ private:
 
     /// The history's rows that are asked for, but for the text: "<table> where <condition>".
     [[nodiscard]] QString linhasProcuradas() const;
+    [[nodiscard]] QString cliente(const ado::Recordset& rs) const;
+    [[nodiscard]] QString banco(const ado::Recordset& rs) const;
+    void lerNomes(ado::Recordset& rs);
     /// Whether one of the row's texts has what was typed.
     [[nodiscard]] bool procurado(const ado::Recordset& rs) const;
     void acrescentarLinha(const ado::Recordset& rs);

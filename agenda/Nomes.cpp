@@ -1,23 +1,43 @@
 #include "agenda/Nomes.h"
 
+#include "ado/Recordset.h"
 #include "shell/Valores.h"
 #include "shell/dbconectar.h"
 
-Nomes::Nomes(const char* cadastro, const char* campo, const QString& linhas) : campo_(campo) {
+#include <QStringList>
+
+namespace {
+
+// Of more the whole register is read: that takes no longer, and is asked for at once.
+constexpr qsizetype kPorInstrucao = 500;
+
+} // namespace
+
+Nomes::Codigo Nomes::codigo(const ado::FieldValue& campo) {
+    return campo.isNull() ? std::nullopt : Codigo(campo.integer());
+}
+
+Nomes::Nomes(const char* cadastro, const std::set<Codigo>& codigos) {
+    QStringList numeros;
+    for (const Codigo& codigo : codigos)
+        if (codigo)
+            numeros += QString::number(*codigo);
+    if (numeros.empty())
+        return;
+    QString comando = QString("select codigo,nome from %1").arg(cadastro);
+    if (numeros.size() <= kPorInstrucao)
+        comando += " where codigo in (" + numeros.join(',') + ")";
     ado::Recordset rs;
-    rs.Open(QString("select codigo,nome from %1 where codigo in (select %2 from %3)")
-                .arg(cadastro, campo, linhas),
-            dbconectar::instance().Automacao, ado::CursorType::ForwardOnly,
+    rs.Open(comando, dbconectar::instance().Automacao, ado::CursorType::ForwardOnly,
             ado::LockType::ReadOnly);
     for (const ado::Recordset& lido = rs; !rs.EOF(); rs.MoveNext())
         porCodigo_.insert(lido["codigo"].integer(), Valores::texto(lido["nome"]));
 }
 
-QString Nomes::de(const ado::Recordset& linha) const {
-    const ado::FieldValue codigo = linha[campo_];
-    if (codigo.isNull())
+QString Nomes::de(const Codigo& codigo) const {
+    if (!codigo)
         return "";
-    const auto nome = porCodigo_.constFind(codigo.integer());
+    const auto nome = porCodigo_.constFind(*codigo);
     return nome != porCodigo_.cend() ? *nome
-                                     : "(não cadastrado: código " + Valores::texto(codigo) + ")";
+                                     : "(não cadastrado: código " + QString::number(*codigo) + ")";
 }

@@ -4,23 +4,27 @@
 #include <QString>
 
 #include <cstdint>
+#include <optional>
+#include <set>
 
 namespace ado {
-class Recordset;
+class FieldValue;
 }
 
-/// The names of the clients or banks of which rows have the code. Not joined with these: a code
+/// The names of clients or banks by their codes. Not joined with the rows that have these: a code
 /// that its register has twice, or not at all, would double a row or drop it.
 class Nomes {
 public:
-    /// Those of `cadastro` that `linhas`, "<table> where <condition>", name in their field `campo`,
-    /// which outlives this. @throws jet::Error.
-    Nomes(const char* cadastro, const char* campo, const QString& linhas);
+    /// A code of a row; none where it has none.
+    using Codigo = std::optional<std::int64_t>;
+    [[nodiscard]] static Codigo codigo(const ado::FieldValue& campo);
+
+    /// @throws jet::Error.
+    Nomes(const char* cadastro, const std::set<Codigo>& codigos);
 
     /// "" without a code; where the register has none, which code that is.
-    [[nodiscard]] QString de(const ado::Recordset& linha) const;
+    [[nodiscard]] QString de(const Codigo& codigo) const;
 
 private:
-    const char* campo_;
     QHash<std::int64_t, QString> porCodigo_;
 };

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <set>
 #include <utility>
 
 namespace Vencimentos {
@@ -42,8 +43,6 @@ QString condicao(const Procura& procura) {
 }
 
 std::vector<Cheque> ler(const QString& onde) {
-    const Nomes clientes("cliente_fornecedor", "cliente", "cheques where " + onde);
-    const Nomes bancos("bancos", "banco", "cheques where " + onde);
     ado::Recordset lista;
     lista.Open("select * from cheques where " + onde, dbconectar::instance().Automacao,
                ado::CursorType::ForwardOnly, ado::LockType::ReadOnly);
@@ -51,18 +50,28 @@ std::vector<Cheque> ler(const QString& onde) {
         lista.addOptional(campo);
     const ado::Recordset& rs = lista;
     std::vector<Cheque> cheques;
-    for (; !lista.EOF(); lista.MoveNext())
+    std::vector<Nomes::Codigo> bancos;
+    for (; !lista.EOF(); lista.MoveNext()) {
         cheques.push_back({.lancamento = rs["lancamento"].integer(),
                            .numero = Valores::texto(rs["numero"]),
-                           .codigoDoCliente = rs["cliente"].isNull()
-                                                  ? std::nullopt
-                                                  : std::optional(rs["cliente"].integer()),
-                           .cliente = clientes.de(rs),
-                           .banco = bancos.de(rs),
+                           .codigoDoCliente = Nomes::codigo(rs["cliente"]),
+                           .cliente = {},
+                           .banco = {},
                            .agencia = Valores::texto(rs["agencia"]),
                            .emissao = Valores::dia(rs["data"]),
                            .vencimento = Valores::dia(rs["bompara"]),
                            .valor = Valores::valor(rs["valor"])});
+        bancos.push_back(Nomes::codigo(rs["banco"]));
+    }
+    std::set<Nomes::Codigo> clientes;
+    for (const Cheque& cheque : cheques)
+        clientes.insert(cheque.codigoDoCliente);
+    const Nomes dosClientes("cliente_fornecedor", clientes);
+    const Nomes dosBancos("bancos", {bancos.begin(), bancos.end()});
+    for (std::size_t i = 0; i < cheques.size(); ++i) {
+        cheques[i].cliente = dosClientes.de(cheques[i].codigoDoCliente);
+        cheques[i].banco = dosBancos.de(bancos[i]);
+    }
     return cheques;
 }
 

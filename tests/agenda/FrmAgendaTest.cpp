@@ -172,6 +172,25 @@ TEST_P(Agenda, KeepsMarksAndRowInEveryOrderAndWhenItReadsAnew) {
               "Na lista: 5 cheques, R$ 3.101,99     Marcados: 1 cheque, R$ 1.000,00");
 }
 
+// Of so many the whole register is read rather than one after the other.
+TEST_P(Agenda, NamesTheClientsOfManyCheques) {
+    constexpr int kMany = 501;
+    for (int i = 0; i < kMany; ++i) {
+        const std::string nome = "Freguês " + std::to_string(i);
+        given("cliente_fornecedor", {
+                                        {{"nome", words(nome.c_str())}, {"tipo", yes(true)}}
+        });
+        given("cheques", {cheque(kCarla + 1 + i, kNorte, "000101", daqui(0), money(1))});
+    }
+    given("cheques", {cheque(kCarla + 1 + kMany, kAgro, "000102", daqui(0), money(1))});
+    const auto& form = open<FrmAgenda>();
+    const auto nomes = coluna(form, "lstcheques", ListaDaAgenda::kCliente);
+    ASSERT_EQ(nomes.size(), kMany + 1U);
+    for (int i = 0; i < kMany; ++i)
+        EXPECT_EQ(nomes[static_cast<std::size_t>(i)], "Freguês " + std::to_string(i));
+    EXPECT_EQ(nomes.back(), "(não cadastrado: código 505)");
+}
+
 // No cheque's value may be missing from the sums.
 TEST_P(Agenda, SumsChequesOfSuppliersAndOfNobody) {
     given("cliente_fornecedor", {
