@@ -64,8 +64,15 @@ jet::Bytes bytesOf(std::string_view hex) {
 
 jet::Date dateOf(const std::string& text) {
     jet::CivilTime time;
-    static_cast<void>(std::sscanf(text.c_str(), "%d-%d-%d %d:%d:%d", &time.year, &time.month,
-                                  &time.day, &time.hour, &time.minute, &time.second));
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    for (int* const part :
+         {&time.year, &time.month, &time.day, &time.hour, &time.minute, &time.second}) {
+        at = std::from_chars(at, end, *part).ptr;
+        if (at == end)
+            break;
+        ++at; // what stands between
+    }
     return jet::Date::of(time);
 }
 

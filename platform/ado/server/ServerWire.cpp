@@ -21,6 +21,7 @@ namespace {
 
 /// Between two tries.
 constexpr milliseconds kPauseOfTries{200};
+constexpr std::chrono::microseconds kPauseOfNews{50};
 
 constexpr char kMark[] = "savepoint mudanca";
 constexpr char kForgetMark[] = "release savepoint mudanca";
@@ -234,6 +235,7 @@ void ServerWire::takeUnanswered() {
 
 ServerWire::Answer ServerWire::exchange(const std::vector<ServerStatement>& statements) {
     ++roundTrips_;
+    listened_ = {};
     Answer answer;
     answer.rows.resize(statements.size());
     for (const ServerStatement& statement : statements)
@@ -467,8 +469,12 @@ bool ServerWire::isReadOnly() const {
 }
 
 void ServerWire::listen(const std::function<void(std::string_view payload, bool own)>& heard) {
+    const auto moment = std::chrono::steady_clock::now();
+    if (moment - listened_ < kPauseOfNews)
+        return; // whoever reads field after field spends no more on news than on them
     if (!isUp() || PQconsumeInput(line_.get()) == 0)
         return; // the next statement sees to it
+    listened_ = moment;
     takeUnanswered();
     struct Freer {
         void operator()(PGnotify* notice) const { PQfreemem(notice); }

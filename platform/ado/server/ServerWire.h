@@ -173,6 +173,7 @@ private:
     std::uint64_t lines_ = 1;
     std::uint64_t unanswered_ = 0; ///< pipelines sent that nobody waits for
     std::uint64_t roundTrips_ = 0;
+    std::chrono::steady_clock::time_point listened_; ///< since nothing was asked
 
     bool open_ = false;              ///< a transaction, by its user
     bool begun_ = false;             ///< on the server too
