@@ -69,6 +69,9 @@ public:
     virtual void reload() = 0;
     /// The same, for the changed rows only where that can be told.
     virtual void refresh() = 0;
+    /// The same for who wants to walk over all of them: what nobody is known to have changed
+    /// needn't be asked for again.
+    virtual void restart() { refresh(); }
     /// Takes in what has happened through this connection, and what others have done, as the kind
     /// of cursor promises.
     virtual void catchUp() = 0;

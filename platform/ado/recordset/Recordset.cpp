@@ -151,7 +151,7 @@ void Recordset::setSort(const Text& fields) {
     Update();
     Cursor& cursor = *open().cursor;
     if (fields.utf8() == cursor.sort())
-        return cursor.refresh();
+        return cursor.restart();
     cursor.setSort(fields.utf8());
     cursor.reload();
 }

@@ -15,10 +15,11 @@ using jet::Error;
 namespace {
 
 /// What every line is set to, whatever the server's own settings are: how values are written, where
-/// names are looked for, ours before the server's own, and how long anybody waits.
+/// names are looked for, ours before the server's own, how long anybody waits, and that of what is
+/// kept on the server for later all is wanted.
 constexpr const char* kSettings =
     "-c search_path=valtrino,pg_catalog -c DateStyle=ISO -c bytea_output=hex "
-    "-c extra_float_digits=1 "
+    "-c extra_float_digits=1 -c cursor_tuple_fraction=1 "
     "-c standard_conforming_strings=on -c lock_timeout=10s -c statement_timeout=10min "
     "-c idle_in_transaction_session_timeout=10min -c client_min_messages=warning";
 

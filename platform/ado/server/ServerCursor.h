@@ -62,6 +62,7 @@ public:
 
     /// As soon as a row is asked for: who looks for one next needs none of the first.
     void refresh() override;
+    void restart() override;
     [[nodiscard]] At place() override;
     void catchUp() override;
     [[nodiscard]] bool empty() override;
@@ -104,7 +105,19 @@ private:
     bool step(bool forwards);
     void settle();
     void find(From from, const std::string& criterion);
+    void fetchFirst(std::size_t most);
+    [[nodiscard]] bool isWhole();
+    void setAside();
+    [[nodiscard]] bool takeBack();
     [[nodiscard]] ServerRow& here() { return rows_[at_]; }
+
+    /// All rows of a list, as they were at a moment.
+    struct Whole {
+        std::string filter;
+        std::string sort;
+        ServerSession::Moment moment;
+        std::deque<ServerRow> rows;
+    };
 
     // The rows stand in their order without a gap; the one stood on is rows_[at_].
     std::deque<ServerRow> rows_;
@@ -116,7 +129,10 @@ private:
     bool updated_ = false;    ///< a row here, which may not belong to them any more
     bool toBegin_ = false;    ///< refreshed, and not asked for yet
     std::size_t batch_ = 1;
-    std::size_t firstBatch_;
+    const std::size_t firstBatch_;
+    bool toWalk_ = false;        ///< refreshed for somebody who wants all rows
+    std::size_t walked_ = 0;     ///< rows, when somebody last wanted all
+    std::optional<Whole> whole_; ///< set aside
 
     ServerSession::Moment neighbours_; ///< when the rows around were asked for
     ServerSession::Moment current_;    ///< and the one stood on

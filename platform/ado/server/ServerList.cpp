@@ -16,9 +16,10 @@ namespace {
 /// Rows read ahead: few at first, so that a window shows at once, many times more when somebody
 /// walks on, who may be a long way from the server.
 constexpr std::size_t kFirstBatch = 32;
-constexpr std::size_t kBatchOfAWalk = 512; ///< first, where all rows are likely to be wanted
-constexpr std::size_t kGrowth = 16;
-constexpr std::size_t kLargestBatch = 16'384;
+constexpr std::size_t kGrowth = 32;
+/// Also the first where all rows are likely to be wanted: of fewer the server might look for the
+/// first ones in the order of the key, among all that there are.
+constexpr std::size_t kLargestBatch = 32'768;
 /// Rows kept around the one stood on, at most.
 constexpr std::size_t kMostKept = 32'768;
 
@@ -30,7 +31,7 @@ std::uint64_t versionOf(std::int64_t fingerprint) {
 
 ServerList::ServerList(ServerSession& session, ServerQuery query, CursorType type)
     : ServerCursor(session, std::move(query)),
-      firstBatch_(type == CursorType::ForwardOnly ? kBatchOfAWalk : kFirstBatch) {}
+      firstBatch_(type == CursorType::ForwardOnly ? kLargestBatch : kFirstBatch) {}
 
 ServerSession::Moment ServerList::now() {
     return query_.dependsOnOthers() ? session_.now() : session_.now(*query_.keyed());
@@ -53,29 +54,70 @@ std::deque<ServerRow> ServerList::fetch(From from, bool forwards, const std::str
 
 // ---- walking ----------------------------------------------------------------------------------
 
-void ServerList::fetchFirst() {
+void ServerList::fetchFirst() { fetchFirst(firstBatch_); }
+
+void ServerList::fetchFirst(std::size_t most) {
     const ServerSession::Moment moment = now();
-    auto rows = fetch(From::end, true, "", firstBatch_);
-    toLast_ = rows.size() < firstBatch_;
+    auto rows = fetch(From::end, true, "", most);
+    toLast_ = rows.size() < most;
     fromFirst_ = true;
     rows_ = std::move(rows);
     at_ = 0;
     anchorGone_ = added_ = updated_ = toBegin_ = false;
-    batch_ = firstBatch_ * kGrowth;
+    batch_ = std::min(kGrowth * firstBatch_, kLargestBatch);
     neighbours_ = current_ = moment;
     count_.reset();
 }
 
 void ServerList::refresh() {
     toBegin_ = true;
+    toWalk_ = false;
     count_.reset();
+}
+
+/// Who has walked over all rows is about to again.
+void ServerList::restart() {
+    if (isWhole() || takeBack())
+        return moveFirst();
+    refresh();
+    toWalk_ = true;
 }
 
 void ServerList::settle() {
     if (!toBegin_)
         return;
-    fetchFirst();
+    if (toWalk_ && walked_ > 0) // over a few more, perhaps
+        fetchFirst(std::min(walked_ + kFirstBatch, kMostKept));
+    else
+        fetchFirst();
     moveFirst();
+}
+
+/// Whether the rows here are all that there are, as far as is known.
+bool ServerList::isWhole() {
+    return fromFirst_ && toLast_ && !anchorGone_ && !added_ && !updated_ && !toBegin_ &&
+           current_ == neighbours_ && now() == neighbours_ && !session_.wire().isReading() &&
+           !session_.wire().inTransaction();
+}
+
+/// They stay for who walks over them again, while somebody looks for one.
+void ServerList::setAside() {
+    if (isWhole())
+        whole_ = Whole{filter(), sort(), neighbours_, std::move(rows_)};
+}
+
+bool ServerList::takeBack() {
+    if (!whole_ || whole_->filter != filter() || whole_->sort != sort() ||
+        whole_->moment != now() || session_.wire().isReading() || session_.wire().inTransaction())
+        return false;
+    rows_ = std::move(whole_->rows);
+    neighbours_ = current_ = whole_->moment;
+    whole_.reset();
+    fromFirst_ = toLast_ = true;
+    at_ = 0;
+    anchorGone_ = added_ = updated_ = toBegin_ = false;
+    count_.reset();
+    return true;
 }
 
 Cursor::At ServerList::place() {
@@ -169,7 +211,7 @@ bool ServerList::step(bool forwards) {
             ended = more.size() < batch_;
             batch_ = std::min(kGrowth * batch_, kLargestBatch);
             if (ended && forwards && fromFirst_)
-                firstBatch_ = kBatchOfAWalk; // who has walked over all will again
+                walked_ = rows_.size() + more.size();
             if (rows_.size() == 1)
                 neighbours_ = moment;
             if (forwards) {
@@ -276,6 +318,7 @@ void ServerList::find(From from, const std::string& criterion) {
         return;
     if (found.empty())
         return arrive(false, At::afterLast);
+    setAside();
     rows_ = std::move(found);
     at_ = 0;
     fromFirst_ = toLast_ = anchorGone_ = added_ = updated_ = false;

@@ -212,6 +212,28 @@ ServerStatement ServerQuery::count() const {
 
 // ---- ranges -----------------------------------------------------------------------------------
 
+bool ServerQuery::isKey(std::size_t column) const {
+    return std::ranges::find(keyed_->key, column) != keyed_->key.end();
+}
+
+/// Whether the order goes on from there with nothing but columns of the key, which are never null,
+/// and all in one direction: the server compares such places at once, by an index and without
+/// computing what that is of.
+bool ServerQuery::endsAlike(std::size_t term) const {
+    return std::all_of(order_.begin() + static_cast<std::ptrdiff_t>(term) + 1, order_.end(),
+                       [&](const OrderColumn& by) {
+                           return by.descending == order_[term].descending && isKey(by.column);
+                       });
+}
+
+/// What a row's place says of one term, as rows are compared with it.
+std::string ServerQuery::valueAt(const ServerRow& place, std::size_t term,
+                                 std::vector<Parameter>& parameters) const {
+    const std::size_t column = order_[term].column;
+    std::string value = placeFor(parameters, {keyed_->types[column].number, place.place[term]});
+    return jet::isText(keyed_->columns[column].type) ? keyOf(value) : value;
+}
+
 /// That a row comes behind a place, in its order from the term number `term` on.
 std::string ServerQuery::beyond(const ServerRow& place, std::size_t term, bool forwards,
                                 bool inclusive, std::vector<Parameter>& parameters) const {
@@ -221,14 +243,23 @@ std::string ServerQuery::beyond(const ServerRow& place, std::size_t term, bool f
     const std::string name = ordered(by.column);
     const bool upwards = forwards != by.descending; // to greater values, of which null is none
     const std::optional<std::string>& value = place.place[term];
+    if (value && endsAlike(term)) {
+        std::string names;
+        std::string values;
+        for (std::size_t i = term; i < order_.size(); ++i) {
+            names += (i == term ? "" : ", ") + ordered(order_[i].column);
+            values += (i == term ? "" : ", ") + valueAt(place, i, parameters);
+        }
+        const std::string beyondThem =
+            "(" + names + ")" + (upwards ? " >" : " <") + (inclusive ? "= (" : " (") + values + ")";
+        return upwards || isKey(by.column) ? beyondThem : beyondThem + " or " + name + " is null";
+    }
     const std::string rest = beyond(place, term + 1, forwards, inclusive, parameters);
     if (!value) {
         const std::string equal = "(" + name + " is null and (" + rest + "))";
         return upwards ? name + " is not null or " + equal : equal;
     }
-    std::string there = placeFor(parameters, {keyed_->types[by.column].number, *value});
-    if (jet::isText(keyed_->columns[by.column].type))
-        there = keyOf(there);
+    const std::string there = valueAt(place, term, parameters);
     // The first part is what an index is entered by.
     const std::string within = name + (upwards ? " >= " : " <= ") + there + " and (" + name +
                                (upwards ? " > " : " < ") + there + " or (" + rest + "))";
@@ -254,7 +285,7 @@ ServerStatement ServerQuery::range(From from, bool forwards, const ServerRow* pl
         const bool upwards = forwards != by.descending;
         order += upwards ? " asc" : " desc";
         // No key is null, and where that isn't said the server goes by the key's own index.
-        if (std::ranges::find(keyed_->key, by.column) == keyed_->key.end())
+        if (!isKey(by.column))
             order += upwards ? " nulls first" : " nulls last";
     }
     statement.sql = "select " + rowOfTable(alias()) + " from " + select_.from + where(condition) +

@@ -88,6 +88,10 @@ private:
     [[nodiscard]] std::string rowOfTable(const std::string& table) const;
     [[nodiscard]] std::string where(const std::string& more) const;
     [[nodiscard]] std::string sourceOrder() const;
+    [[nodiscard]] bool isKey(std::size_t column) const;
+    [[nodiscard]] bool endsAlike(std::size_t term) const;
+    [[nodiscard]] std::string valueAt(const ServerRow& place, std::size_t term,
+                                      std::vector<Parameter>& parameters) const;
     [[nodiscard]] std::string beyond(const ServerRow& place, std::size_t term, bool forwards,
                                      bool inclusive, std::vector<Parameter>& parameters) const;
     [[nodiscard]] std::string isKeyOf(const ServerRow& row, const std::string& table,

@@ -8,8 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -90,6 +94,55 @@ TEST_P(RoundTripsTest, OfAListAndItsRows) {
     EXPECT_EQ(asked([&] { list.setSort("numero"); }), 1U);
     EXPECT_EQ(asked([&] { EXPECT_EQ(list.RecordCount(), 1); }), 0U); // all that is there is known
     EXPECT_EQ(asked([&] { EXPECT_FALSE(list.EOF() || list.BOF()); }), 0U);
+}
+
+TEST_P(RoundTripsTest, OfAListThatIsWalkedAgain) {
+    constexpr int kMore = 40; // than come at first
+    {
+        Recordset banks;
+        banks.Open("bancos", connection);
+        for (int i = 0; i < kMore; ++i) {
+            banks.AddNew();
+            banks["nome"] = i % 2 == 0 ? "Par" : "Ímpar";
+            banks.Update();
+        }
+    }
+    Recordset banks;
+    banks.Open("bancos", station);
+    const auto names = [&] {
+        std::vector<std::pair<std::string, std::int64_t>> all;
+        banks.setSort("nome");
+        for (banks.MoveFirst(); !banks.EOF(); banks.MoveNext())
+            all.emplace_back(banks["nome"].text(), banks["codigo"].integer());
+        return all;
+    };
+    const auto before = names();
+    ASSERT_EQ(before.size(), 3U + kMore);
+    EXPECT_TRUE(std::is_sorted(before.begin() + 3, before.begin() + 3 + kMore / 2));
+    EXPECT_TRUE(std::is_sorted(before.end() - kMore / 2, before.end()));
+    EXPECT_EQ(asked([&] { EXPECT_EQ(names(), before); }), 0U) << "nobody has changed any";
+    EXPECT_EQ(asked([&] { banks.Find("nome='Ímpar' and codigo>20"); }), 1U);
+    EXPECT_EQ(asked([&] { EXPECT_EQ(names(), before); }), 0U) << "they were kept meanwhile";
+
+    const std::uint64_t heard = station.store().generation();
+    Recordset other;
+    other.Open("select * from bancos where codigo=3", connection);
+    other["nome"] = "Zebra";
+    other.Update();
+    connection.flush();
+    while (station.store().generation() == heard)
+        std::this_thread::yield();
+    EXPECT_EQ(asked([&] { EXPECT_EQ(names().back(), std::pair(std::string("Zebra"), 3L)); }), 1U)
+        << "all of them at once";
+    banks.Requery();
+    EXPECT_EQ(asked([&] { EXPECT_FALSE(banks.EOF()); }), 1U) << "as it was said";
+    {
+        ado::Transaction undone(station);
+        banks.MoveLast();
+        banks["nome"] = "Zulu";
+        banks.Update();
+    }
+    EXPECT_EQ(names().back().first, "Zebra");
 }
 
 TEST_P(RoundTripsTest, OfAJoin) {
