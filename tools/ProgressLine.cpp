@@ -1,7 +1,8 @@
 #include "tools/ProgressLine.h"
 
+#include "tools/system/Console.h"
+
 #include <iostream>
-#include <unistd.h>
 
 namespace {
 
@@ -9,7 +10,7 @@ constexpr const char* kClear = "\r\033[K";
 
 } // namespace
 
-ProgressLine::ProgressLine() : shown_(::isatty(STDERR_FILENO) != 0) {}
+ProgressLine::ProgressLine() : shown_(console::isWatched()) {}
 
 void ProgressLine::operator()(const std::string& what, std::uint64_t done, std::uint64_t all) {
     if (!shown_)

@@ -3,9 +3,9 @@
 #include "tools/Arguments.h"
 #include "tools/Commands.h"
 #include "tools/Help.h"
+#include "tools/system/Console.h"
 
 #include <algorithm>
-#include <csignal>
 #include <exception>
 #include <iostream>
 #include <regex>
@@ -61,23 +61,6 @@ int run(std::span<const std::string_view> words) {
     return code;
 }
 
-/// Ctrl+C, or the machine going down: what this run has begun goes with it.
-extern "C" void endEarly(int signal) {
-    jet::Unfinished::removeAll();
-    static_cast<void>(::raise(signal)); // handled no more: it ends the program
-}
-
-void tidyWhenEnded() {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction action {};
-        struct sigaction before {};
-        action.sa_handler = endEarly;
-        action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER;
-        if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
-            static_cast<void>(::sigaction(signal, &action, nullptr));
-    }
-}
-
 /// A file that is made under a name of its own is the one that was asked for.
 std::string withNamesGiven(const std::string& sentence) {
     static const std::regex part(R"((\.parcial-[[:alnum:]]*-[0-9]+-[0-9]+)+)");
@@ -86,11 +69,14 @@ std::string withNamesGiven(const std::string& sentence) {
 
 } // namespace
 
-int main(int count, char** words) {
+int main(int count, char** given) {
     std::ios::sync_with_stdio(false);
-    tidyWhenEnded();
+    console::prepareOutput();
+    // What this run has begun goes with it.
+    console::beforeEarlyEnd(jet::Unfinished::removeAll);
     try {
-        return run(std::vector<std::string_view>(words + 1, words + std::max(count, 1)));
+        const std::vector<std::string> words = console::words(count, given);
+        return run(std::vector<std::string_view>(words.begin(), words.end()));
     } catch (const UsageError& error) {
         std::cerr << kProgram << ": " << error.what() << '\n';
         return kWrongUsage;

@@ -32,3 +32,13 @@ start_wine() {
 in_wine() {
     "$wine_program" "$@"
 }
+
+# The same with a console, which keys come by; what is printed goes where ours does.
+at_terminal() {
+    local line said=$wine_folder/said status=0
+    printf -v line ' %q' "$wine_program" "$@"
+    : >"$said"
+    script -qec "$line >$(printf %q "$said") 2>&1" /dev/null </dev/null >/dev/null || status=$?
+    cat "$said"
+    return $status
+}

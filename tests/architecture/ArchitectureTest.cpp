@@ -95,16 +95,17 @@ const std::vector<Layer> kLayers = {
     {"deletion_bench",    Outside::qt,      {"shell_windows", "bench_data", "bench_windows"}  },
     {"report_samples",    Outside::qt,      {"report_layout"}                                 },
     {"report_bench",      Outside::qt,      {"report_samples"}                                },
-    {"test_support",      Outside::qt,      {}                                                },
+    {"program_support",   Outside::nothing, {}                                                },
+    {"test_support",      Outside::qt,      {"program_support"}                               },
     {"valtrino_heard",    Outside::qt,      {}                                                },
-    {"rule_test_support", Outside::nothing, {"jet"}                                           },
+    {"rule_test_support", Outside::nothing, {"jet", "program_support"}                        },
     {"cluster_support",   Outside::nothing, {"ado", "test_support"}                           },
     {"server_bench",      Outside::nothing, {"cluster_support", "shop_schema"}                },
     {"stations_bench",    Outside::nothing, {"cluster_support", "shop_schema"}                },
     {"shop_stores",       Outside::nothing, {"cluster_support", "shop_schema"}                },
     {"jet_test_support",  Outside::nothing, {"jet", "rule_test_support"}                      },
     {"form_test_support", Outside::qt,      {"controls", "test_support"}                      },
-    {"failing_disk",      Outside::nothing, {"jet"}                                           },
+    {"failing_disk",      Outside::nothing, {"jet", "program_support"}                        },
     {"shop_test_support", Outside::qt,      {"shell_base", "form_test_support", "shop_stores"}},
     {"window_operations", Outside::qt,      {"shell_windows", "shop_test_support"}            },
     {"windows_bench",     Outside::qt,      {"cluster_support", "window_operations"}          },
@@ -118,9 +119,10 @@ const std::vector<Layer> kLayers = {
 
 // What tests may use beside their folder, where it sees no more than the folder itself does.
 const std::vector<std::string> kHelpers = {
-    "test_support",  "rule_test_support", "jet_test_support",  "cluster_support",
-    "shop_schema",   "shop_stores",       "form_test_support", "shop_test_support",
-    "report_layout", "report_samples",    "window_operations", "failing_disk"};
+    "program_support",   "test_support",  "rule_test_support", "jet_test_support",
+    "cluster_support",   "shop_schema",   "shop_stores",       "form_test_support",
+    "shop_test_support", "report_layout", "report_samples",    "window_operations",
+    "failing_disk"};
 
 // Who may look into the rooms of a platform folder from outside, beside the folder's own tests.
 const std::vector<std::string> kRoomGuests = {"rule_test_support", "cluster_support", "fuzz_file",
@@ -330,7 +332,7 @@ TEST(Architecture, ArrowsPointDown) {
 // What differs between operating systems stands in one folder a layer, one source a system.
 const std::vector<std::string> kSystemFolders = {"platform/jet/system", "platform/ado/system",
                                                  "platform/controls/system",
-                                                 "platform/print/system"};
+                                                 "platform/print/system", "tools/system"};
 
 /// Those who still call a system by themselves, and where that goes.
 struct SystemCaller {
@@ -339,7 +341,6 @@ struct SystemCaller {
 };
 // clang-format off
 const std::vector<SystemCaller> kSystemCallers = {
-    {"tools/ProgressLine.cpp", "whether it is a terminal: as C++23 will have it"},
     {"tests/ado/recordset/ConnectionTest.cpp", "a file without rights: a test of the system's own"},
 };
 // clang-format on

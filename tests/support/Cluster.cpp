@@ -2,9 +2,7 @@
 
 #include "ado/ServerShop.h"
 #include "ado/dialect/Spelling.h"
-#ifdef VALTRINO_SERVER
 #include "ado/server/ServerWire.h"
-#endif
 #include "jet/Error.h"
 #include "support/TemporaryFolder.h"
 
@@ -30,8 +28,6 @@ const fs::path kPrograms = "/usr/lib/postgresql/15/bin";
 constexpr char kTemplate[] = "modelo";
 
 } // namespace
-
-#ifdef VALTRINO_SERVER
 
 pid_t Cluster::start(std::vector<std::string> words, const fs::path& said) {
     words.front() = kPrograms / words.front();
@@ -232,26 +228,3 @@ void Cluster::giveBack(const std::string& address) {
                                work + "end $$"));
     parts_->free.push_back(address);
 }
-
-#else
-
-struct Cluster::Parts {};
-
-std::string Cluster::absence() { return "Built without libpq: nothing to be tested with a server"; }
-Cluster& Cluster::instance(std::span<const jet::TableSpec> /*tables*/,
-                           std::span<const jet::TableSpec> /*further*/) {
-    throw std::runtime_error(absence());
-}
-Cluster::~Cluster() = default;
-std::string Cluster::newShop() { return {}; }
-std::string Cluster::newDatabase() { return {}; }
-std::string Cluster::answer(const std::string& /*address*/, const std::string& /*sql*/) {
-    return {};
-}
-void Cluster::giveBack(const std::string& /*address*/) {}
-fs::path Cluster::log() const { return parts_->folder.path() / "said"; }
-
-void Cluster::crash() {}
-std::string Cluster::askingForPassword(std::string /*address*/) { return {}; }
-
-#endif

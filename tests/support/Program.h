@@ -1,14 +1,6 @@
 #pragma once
 
-#include "support/TemporaryFolder.h"
-
-#include <array>
-#include <cstdio>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
 #include <string>
-#include <sys/wait.h>
 #include <vector>
 
 /// How a program ended and what it said.
@@ -19,33 +11,9 @@ struct ProgramResult {
 };
 
 /// Runs a program, without a terminal, to its end. `environment` is put before it as the shell
-/// takes it
-/// ("NAME=value").
-[[nodiscard]] inline ProgramResult runProgram(const std::vector<std::string>& words,
-                                              const std::string& environment = {}) {
-    const auto quoted = [](const std::string& word) {
-        std::string text = "'";
-        for (const char c : word)
-            text += c == '\'' ? std::string("'\\''") : std::string(1, c);
-        return text + "'";
-    };
-    const TemporaryFolder folder;
-    const std::filesystem::path errors = folder / "stderr";
-    std::string line = environment;
-    for (const std::string& word : words)
-        line += (line.empty() ? "" : " ") + quoted(word);
-    line += " </dev/null 2>" + quoted(errors.string());
+/// takes it ("NAME=value"), where there is one. @throws std::runtime_error if it can't be run.
+[[nodiscard]] ProgramResult runProgram(const std::vector<std::string>& words,
+                                       const std::string& environment = {});
 
-    std::FILE* pipe = ::popen(line.c_str(), "r");
-    if (pipe == nullptr)
-        throw std::runtime_error("can't run " + words.front());
-    ProgramResult result;
-    std::array<char, 65536> buffer{};
-    for (std::size_t got = 0; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) != 0;)
-        result.out.append(buffer.data(), got);
-    const int status = ::pclose(pipe);
-    result.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    std::ifstream file(errors, std::ios::binary);
-    result.err.assign(std::istreambuf_iterator<char>(file), {});
-    return result;
-}
+/// Ends this program on the spot, as a power cut would.
+[[noreturn]] void endAtOnce();

@@ -1,5 +1,3 @@
-#ifdef VALTRINO_SERVER
-
 #include "support/Relay.h"
 
 #include <netinet/in.h>
@@ -181,5 +179,3 @@ bool Relay::fromServer(Line& line) {
         return !ended;
     return passOn(line.program, through);
 }
-
-#endif

@@ -9,10 +9,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <regex>
 #include <string>
 #include <vector>
 
 // The technician's program as the tests run it.
+
+/// The whole text, by what the standard library takes for a pattern: the test library's own depends
+/// on the system.
+MATCHER_P(FollowsPattern, pattern, "") { return std::regex_match(arg, std::regex(pattern)); }
 
 using Records = std::vector<std::vector<std::string>>;
 

@@ -1,11 +1,11 @@
 // A file of an earlier version gets what this one asks for.
 #include "jet/Check.h"
 #include "schema/ShopSchema.h"
+#include "tools/Machine.h"
 #include "tools/Tools.h"
 
 #include <filesystem>
 #include <fstream>
-#include <unistd.h>
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -179,11 +179,7 @@ TEST_P(Upgrade, AFileThatMayOnlyBeReadStaysAsItIs) {
     const std::string before = contentOf(path);
     std::filesystem::permissions(path, std::filesystem::perms(0444));
     std::filesystem::permissions(folder(), std::filesystem::perms(0777));
-    std::vector<std::string> words{VALTRINO_MDB, "upgrade", path};
-    if (::geteuid() == 0) // for whom nothing is forbidden
-        words.insert(words.begin(),
-                     {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"});
-    const ProgramResult result = runProgram(words);
+    const ProgramResult result = runProgram(asOrdinaryUser({VALTRINO_MDB, "upgrade", path}));
     if (result.code == 127)
         GTEST_SKIP() << "another account can't start the program: " << result.err;
     EXPECT_EQ(result.code, 1);

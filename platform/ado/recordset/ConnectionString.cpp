@@ -150,7 +150,7 @@ fs::path dataSource(std::string_view connectionString) {
             continue;
         path += c;
     }
-    return asPath(path);
+    return asPath(path).make_preferred(); // as the operator knows it from elsewhere
 }
 
 bool isServerAddress(std::string_view text) noexcept { return text.starts_with(kServerPrefix); }

@@ -78,6 +78,9 @@ std::optional<std::filesystem::path> finalName(const std::filesystem::path& path
     return name.starts_with(kLong) ? name.substr(kLong.size()) : name;
 }
 
+/// Of a file, without its folder: the system says no more than that there is none of a longer name.
+constexpr std::size_t kLongestName = 255;
+
 class WindowsDisk final : public Disk {
 public:
     std::unique_ptr<Handle> open(const std::filesystem::path& path, Mode mode,
@@ -104,6 +107,8 @@ public:
             error = whatElse(file.get(), isBeside(mode));
         else if (error == EACCES && isFolder(path))
             error = makes(mode) ? EEXIST : EISDIR;
+        else if (error == ENOENT && path.filename().native().size() > kLongestName)
+            error = ENAMETOOLONG;
         if (error != 0)
             return nullptr;
         return std::make_unique<windows::FileHandle>(path, std::move(file), writes(mode),

@@ -1,5 +1,4 @@
 // What a file keeps beside its tables, on the way back from a server.
-#ifdef VALTRINO_SERVER
 #include "ado/migrate/Migrated.h"
 #include "ado/migrate/RuleText.h"
 #include "support/FileRules.h"
@@ -240,5 +239,3 @@ TEST_P(MigrationOfChanges, AShopMadeOnTheServerHasNothingBeside) {
 }
 
 } // namespace
-
-#endif

@@ -1,5 +1,4 @@
 // A migration that is broken off, anywhere: nothing of it is left on the other side.
-#ifdef VALTRINO_SERVER
 #include "ado/migrate/Migrated.h"
 #include "support/FailingDisk.h"
 #include "support/FileRules.h"
@@ -179,5 +178,3 @@ TEST_P(MigrationFaults, WhoStopsItAnywhereLeavesNothing) {
 }
 
 } // namespace
-
-#endif

@@ -1,5 +1,4 @@
 // A file's tables to a server and back.
-#ifdef VALTRINO_SERVER
 #include "ado/Connection.h"
 #include "ado/ConnectionString.h"
 #include "ado/Recordset.h"
@@ -338,5 +337,3 @@ TEST_P(Migration, RealFilesGoThereAndBack) {
 }
 
 } // namespace
-
-#endif

@@ -146,7 +146,7 @@ TEST(ConnectionString, AMissingDatabaseNamesThePath) {
     } catch (const jet::Error& error) {
         EXPECT_EQ(error.code(), Errc::notFound);
         const std::string what = error.what();
-        EXPECT_NE(what.find((folder.path() / "automacao.mdb").string()), std::string::npos);
+        EXPECT_NE(what.find((folder.path() / "automacao.mdb").string()), std::string::npos) << what;
     }
     EXPECT_EQ(connection.State(), ado::State::Closed);
 }

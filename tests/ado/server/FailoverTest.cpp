@@ -1,6 +1,4 @@
 // A primary falls in the middle of saves, and its standby takes over, again and again.
-#ifdef VALTRINO_SERVER
-
 #include "ado/ServerShop.h"
 #include "ado/Shop.h"
 #include "ado/server/ServerWire.h"
@@ -224,5 +222,3 @@ TEST(Failover, NothingIsLostAndNothingDoneTwice) {
 }
 
 } // namespace
-
-#endif

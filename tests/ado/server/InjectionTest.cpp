@@ -3,7 +3,6 @@
 #include "ado/ConnectionString.h"
 #include "ado/Shop.h"
 #include "support/Cluster.h"
-#ifdef VALTRINO_SERVER
 
 #include <gmock/gmock.h>
 
@@ -404,4 +403,3 @@ TEST_P(Injections, OfWhatIsStoredAreValues) {
 }
 
 } // namespace
-#endif

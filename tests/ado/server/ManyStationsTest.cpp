@@ -1,7 +1,5 @@
 // Many stations at one server: nothing is lost, read by halves, or told to a clerk that isn't his
 // to mend. How long each has to wait when there are many more is told by bench/StationsBench.cpp.
-#ifdef VALTRINO_SERVER
-
 #include "ado/Shop.h"
 #include "support/StationsAtWork.h"
 
@@ -51,5 +49,3 @@ TEST_P(ManyStations, NothingIsLostReadByHalvesOrToldToAClerkThatIsntHisToMend) {
 }
 
 } // namespace
-
-#endif

@@ -4,9 +4,8 @@
 #include "ado/Recordset.h"
 #include "ado/ServerShop.h"
 #include "ado/Shop.h"
-#include "support/Cluster.h"
-#ifdef VALTRINO_SERVER
 #include "ado/server/ServerWire.h"
+#include "support/Cluster.h"
 
 #include <gmock/gmock.h>
 
@@ -125,5 +124,3 @@ TEST_F(RolesTest, RolesThatAreThereServeASecondShop) {
 }
 
 } // namespace
-
-#endif

@@ -1,6 +1,4 @@
 // How often a window's work has to wait for the server: what a long way to it costs.
-#ifdef VALTRINO_SERVER
-
 #include "ado/ConnectionString.h"
 #include "ado/Recorder.h"
 #include "ado/Shop.h"
@@ -221,5 +219,3 @@ TEST_P(RoundTripsTest, OfAChequeThatIsSettled) {
 }
 
 } // namespace
-
-#endif

@@ -1,6 +1,4 @@
 // What becomes of the work when the line to the server breaks, or the server itself.
-#ifdef VALTRINO_SERVER
-
 #include "ado/ConnectionString.h"
 #include "ado/Follower.h"
 #include "ado/Shop.h"
@@ -288,5 +286,3 @@ TEST_P(ServerLossTest, WhatIsHeldBeginsAnewOrIsTold) {
 }
 
 } // namespace
-
-#endif

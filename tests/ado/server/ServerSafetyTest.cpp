@@ -1,6 +1,4 @@
 // Who is on the line: nothing is said to a server that hasn't proved who it is.
-#ifdef VALTRINO_SERVER
-
 #include "ado/Shop.h"
 #include "ado/server/ServerWire.h"
 #include "jet/Error.h"
@@ -200,5 +198,3 @@ TEST(ServerSafety, WhoIsKeptOutWhateverHisPasswordIsToldSo) {
 }
 
 } // namespace
-
-#endif

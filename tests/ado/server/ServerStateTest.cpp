@@ -1,6 +1,4 @@
 // Which state of the data is read while other stations change them, on a server.
-#ifdef VALTRINO_SERVER
-
 #include "ado/ConnectionString.h"
 #include "ado/Shop.h"
 #include "ado/server/ServerWire.h"
@@ -184,5 +182,3 @@ TEST_P(ServerStateTest, AClaimOutsideOfATransactionIsAMistake) {
 }
 
 } // namespace
-
-#endif

@@ -1,6 +1,4 @@
 // Over the network a server is believed by its certificate, made as the technician is told to.
-#ifdef VALTRINO_SERVER
-
 #include "ado/server/ServerWire.h"
 #include "jet/Error.h"
 #include "support/Cluster.h"
@@ -115,5 +113,3 @@ TEST(ServerTls, AServerIsBelievedByItsNameAndByWhoSignedIt) {
 }
 
 } // namespace
-
-#endif

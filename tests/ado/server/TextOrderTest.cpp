@@ -3,13 +3,12 @@
 #include "ado/Migration.h"
 #include "ado/ServerShop.h"
 #include "ado/Shop.h"
-#include "jet/TableDefinition.h"
-#include "jet/Utf8.h"
-#include "support/Cluster.h"
-#ifdef VALTRINO_SERVER
 #include "ado/server/ServerOrder.h"
 #include "ado/server/ServerSchema.h"
 #include "ado/server/ServerWire.h"
+#include "jet/TableDefinition.h"
+#include "jet/Utf8.h"
+#include "support/Cluster.h"
 
 #include <gtest/gtest.h>
 
@@ -305,4 +304,3 @@ TEST_P(SameOrder, GoesByTheIndex) {
 }
 
 } // namespace
-#endif
