@@ -169,8 +169,7 @@ void reportSqlite(benchmark::State& state, std::int64_t cheques) {
 void openOurs(benchmark::State& state, std::int64_t cheques) {
     const ShopFiles& files = shopFiles(cheques);
     for (auto _ : state) {
-        ado::Connection connection;
-        connection.Open(connectionString(files.mdb));
+        Station connection(files);
         ado::Recordset rows;
         rows.Open(kAllInOrder, connection);
         benchmark::DoNotOptimize(rows["lancamento"].integer());

@@ -45,9 +45,11 @@ std::string reasonOf(int error) {
     return "erro " + std::to_string(error) + " do sistema";
 }
 
+bool isMissing(int error) { return error == ENOENT || error == ENOTDIR; }
+
 [[noreturn]] void fail(const char* action, const std::filesystem::path& path, std::int64_t result) {
     const int error = static_cast<int>(-result);
-    const Errc code = error == ENOENT || error == ENOTDIR                   ? Errc::notFound
+    const Errc code = isMissing(error)                                      ? Errc::notFound
                       : error == EEXIST                                     ? Errc::exists
                       : error == EBUSY                                      ? Errc::locked
                       : sys::isNoRoom(error) || error == EFBIG              ? Errc::full
@@ -75,14 +77,28 @@ Result checked(const char* action, const std::filesystem::path& path, Result res
 
 } // namespace
 
-File::File(std::filesystem::path path, Mode mode, Disk& disk)
+File::File(std::filesystem::path path, Mode mode, Disk& disk, int& error)
     : path_(std::move(path)), disk_(&disk) {
     if (!Disk::isBeside(mode))
         path_ = disk.resolved(path_);
-    int error = 0;
     handle_ = disk.open(path_, mode, error);
+}
+
+File::File(std::filesystem::path path, Mode mode, Disk& disk) : disk_(&disk) {
+    int error = 0;
+    *this = File(std::move(path), mode, disk, error);
     if (!handle_)
         fail(Disk::makes(mode) ? "criar" : "abrir", path_, -error);
+}
+
+std::optional<File> File::ifThere(std::filesystem::path path, Mode mode, Disk& disk) {
+    int error = 0;
+    File file(std::move(path), mode, disk, error);
+    if (file.handle_)
+        return file;
+    if (isMissing(error))
+        return std::nullopt;
+    fail("abrir", file.path_, -error);
 }
 
 std::uint64_t File::size() const {

@@ -2,6 +2,8 @@
 
 #include "jet/Disk.h"
 
+#include <optional>
+
 namespace jet {
 
 /// An open file. Everything fails with Error{io}, naming the file and the system's reason; reading
@@ -14,6 +16,9 @@ public:
     /// write),
     ///         Error{io}.
     File(std::filesystem::path path, Mode mode, Disk& disk = Disk::system());
+    /// The same of what may not be there: then nothing.
+    [[nodiscard]] static std::optional<File> ifThere(std::filesystem::path path, Mode mode,
+                                                     Disk& disk);
 
     /// As Disk::resolved() has it, but for what lies beside a database, which has its name from
     /// this one.
@@ -85,6 +90,8 @@ public:
     };
 
 private:
+    /// Of what can't be opened: why, in `error`.
+    File(std::filesystem::path path, Mode mode, Disk& disk, int& error);
     [[nodiscard]] std::uint64_t firstMet(Disk::Lock kind, std::uint64_t offset,
                                          std::uint64_t count) const;
 

@@ -2,6 +2,8 @@
 
 #include "jet/Error.h"
 
+#include <utility>
+
 namespace jet::side {
 
 namespace {
@@ -10,15 +12,27 @@ constexpr std::uint32_t kReadWrite = 0666;
 constexpr std::uint32_t kRead = 0444;
 constexpr std::uint32_t kOwn = 0600;
 
-} // namespace
+File::Mode mode(bool forWriting) {
+    return forWriting ? File::Mode::writeBeside : File::Mode::readBeside;
+}
 
-File open(const std::filesystem::path& path, bool forWriting, Disk& disk) {
-    File file(path, forWriting ? File::Mode::writeBeside : File::Mode::readBeside, disk);
+File ofOneName(File file) {
     if (file.attributes().names > 1)
-        throw Error(Errc::io, "O arquivo \"" + path.string() +
+        throw Error(Errc::io, "O arquivo \"" + file.path().string() +
                                   "\" não pode ser usado: é outro nome de um arquivo que tem o seu "
                                   "próprio.");
     return file;
+}
+
+} // namespace
+
+std::optional<File> find(const std::filesystem::path& path, bool forWriting, Disk& disk) {
+    auto file = File::ifThere(path, mode(forWriting), disk);
+    return file ? std::optional(ofOneName(std::move(*file))) : std::nullopt;
+}
+
+File open(const std::filesystem::path& path, bool forWriting, Disk& disk) {
+    return ofOneName(File(path, mode(forWriting), disk));
 }
 
 File make(const std::filesystem::path& path, Disk& disk) {
@@ -27,7 +41,8 @@ File make(const std::filesystem::path& path, Disk& disk) {
 
 void share(File& file, const std::filesystem::path& database, Holds what) noexcept {
     try {
-        Disk::Rights rights = File(database, File::Mode::read, file.disk()).attributes().rights;
+        Disk::Rights rights =
+            File(database, File::Mode::readBeside, file.disk()).attributes().rights;
         rights.mode = (rights.mode & kReadWrite) | kOwn;
         if (file.takeRights(rights) || what == Holds::data ||
             file.attributes().rights.owner == rights.owner)

@@ -13,9 +13,11 @@ namespace side {
 /// So often is tried again what others have undone meanwhile.
 inline constexpr int kMostRounds = 100;
 
-/// The file that is there.
-/// @throws Error{notFound}; Error{readOnly, io} saying what is there instead, or why it can't be
-///         opened.
+/// The file that is there; nothing where there is none.
+/// @throws Error{readOnly, io} saying what is there instead, or why it can't be opened.
+[[nodiscard]] std::optional<File> find(const std::filesystem::path& path, bool forWriting,
+                                       Disk& disk);
+/// The same of one that is known to be there. @throws Error{notFound} too.
 [[nodiscard]] File open(const std::filesystem::path& path, bool forWriting, Disk& disk);
 
 /// Makes the file, nothing in it yet.
@@ -26,9 +28,9 @@ enum class Holds : std::uint8_t {
     data, ///< pages of the database: nobody may read them who mayn't read that
     names ///< locks and names of machines: who may read the database must be able to lock
 };
-/// Gives `file` the rights of the database, as far as we may, and those of reading and writing to
-/// whoever owns it. Where the database's owner can't be its owner too, he may still use it, if it
-/// holds nothing secret.
+/// Gives `file` the rights of the database, as File::path() has it, as far as we may, and those of
+/// reading and writing to whoever owns it. Where the database's owner can't be its owner too, he
+/// may still use it, if it holds nothing secret.
 void share(File& file, const std::filesystem::path& database, Holds what) noexcept;
 
 } // namespace side

@@ -127,18 +127,18 @@ Journal::Found Journal::find(const std::filesystem::path& database, Disk& disk, 
     using enum Found::What;
     const std::filesystem::path path = pathFor(database);
     try {
-        const File file = side::open(path, false, disk);
+        const std::optional<File> file = side::find(path, false, disk);
+        if (!file)
+            return {};
         std::array<std::byte, 1> first{};
-        if (file.size() > 0)
-            file.read(0, first);
+        if (file->size() > 0)
+            file->read(0, first);
         if (first[0] != std::byte{})
             return {written, ""};
         if (forWriting)
-            static_cast<void>(side::open(path, true, disk));
+            static_cast<void>(side::find(path, true, disk));
         return {};
     } catch (const Error& error) {
-        if (error.code() == Errc::notFound)
-            return {};
         return {unusable, error.what()};
     }
 }
@@ -157,13 +157,9 @@ void Journal::open() {
 }
 
 bool Journal::openOrMake() {
-    try {
-        file_ = side::open(path_, true, disk_);
+    file_ = side::find(path_, true, disk_);
+    if (file_)
         return true;
-    } catch (const Error& error) {
-        if (error.code() != Errc::notFound)
-            throw;
-    }
     try {
         file_ = side::make(path_, disk_);
     } catch (const Error& error) {

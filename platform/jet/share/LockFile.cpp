@@ -53,8 +53,8 @@ std::string machineName() {
 } // namespace
 
 LockFile::LockFile(const std::filesystem::path& database, Disk& disk)
-    : database_(disk.resolved(database)),
-      path_(std::filesystem::path(database_).replace_extension(".ldb")), disk_(disk) {}
+    : database_(database), path_(std::filesystem::path(database_).replace_extension(".ldb")),
+      disk_(disk) {}
 
 LockFile::~LockFile() {
     try {
@@ -103,12 +103,8 @@ void LockFile::open() {
 }
 
 std::optional<File> LockFile::openOrMake() {
-    try {
-        return side::open(path_, true, disk_);
-    } catch (const Error& error) {
-        if (error.code() != Errc::notFound)
-            throw;
-    }
+    if (std::optional<File> file = side::find(path_, true, disk_))
+        return file;
     try {
         return side::make(path_, disk_);
     } catch (const Error& error) {

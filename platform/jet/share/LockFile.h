@@ -42,6 +42,7 @@ public:
     static constexpr std::size_t kName = 32; ///< of machine or account: a zero and blanks behind
     static constexpr std::size_t kSlot = 2 * kName;
 
+    /// `database` as File::path() has it.
     LockFile(const std::filesystem::path& database, Disk& disk);
     /// Gives up every lock, and removes the file if no user is left in it.
     ~LockFile();

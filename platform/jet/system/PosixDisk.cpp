@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 #include <sys/vfs.h>
@@ -202,7 +204,11 @@ public:
         return std::make_unique<SystemHandle>(handle, network != nullptr && network->remembers);
     }
     std::filesystem::path resolved(const std::filesystem::path& path) override {
-        std::error_code error;
+        const std::unique_ptr<char, decltype(&std::free)> whole(::realpath(path.c_str(), nullptr),
+                                                                &std::free);
+        if (whole)
+            return whole.get();
+        std::error_code error; // of what isn't there
         std::filesystem::path found = std::filesystem::weakly_canonical(path, error);
         return error || found.empty() ? path : found;
     }
