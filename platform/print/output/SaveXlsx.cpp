@@ -1,6 +1,7 @@
 #include "print/output/SaveReport.h"
 
-#include <QTemporaryFile>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QtEndian>
 
 #include <algorithm>
@@ -234,7 +235,7 @@ SaveResult close(Workbook book, qint64 sheetBytes, QFile& packed, qint64 count,
     while (closing.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready)
         goOn = progress(count, count) && goOn;
     // The library doesn't notice when its temporary files find no room: what is packed is measured.
-    if (closing.get() != LXW_NO_ERROR ||
+    if (closing.get() != LXW_NO_ERROR || !packed.open(QIODevice::ReadOnly) ||
         lengthInZip(packed, "xl/worksheets/sheet1.xml") < sheetBytes)
         return {SaveOutcome::failed, kDiskFull};
     return {goOn ? SaveOutcome::saved : SaveOutcome::cancelled};
@@ -286,11 +287,11 @@ SaveResult saveXlsx(Relatorio& report, const QString& path, const ReportProgress
                     QString("uma planilha comporta %1 linhas e o relatório tem mais; salve-o "
                             "como CSV")
                         .arg(around.room())};
-        // The library writes by path, and the device has none.
-        QTemporaryFile packed;
-        if (!packed.open())
-            return {SaveOutcome::failed, kDiskFull};
-        const QByteArray name = QFile::encodeName(packed.fileName());
+        // The library writes by path, and the device has none. Nobody has the file open meanwhile:
+        // Windows would keep the library out.
+        const QTemporaryDir folder;
+        QFile packed(folder.filePath("pasta.xlsx"));
+        const QByteArray name = packed.fileName().toUtf8();
         lxw_workbook_options options = {};
         options.constant_memory = LXW_TRUE;
         Workbook book(workbook_new_opt(name.constData(), &options));
