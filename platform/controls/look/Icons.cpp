@@ -1,5 +1,7 @@
 #include "controls/look/Icons.h"
 
+#include "controls/look/Picture.h"
+
 #include <QAbstractButton>
 #include <QFile>
 #include <QGuiApplication>
@@ -7,7 +9,6 @@
 #include <QPainter>
 #include <QPalette>
 #include <QPixmapCache>
-#include <QSvgRenderer>
 
 #include <utility>
 
@@ -34,8 +35,7 @@ QColor inkFor(QIcon::Mode mode) {
 /// by size and colour, so that a change of either draws anew.
 class InkEngine final : public QIconEngine {
 public:
-    explicit InkEngine(QString name, QByteArray svg)
-        : name_(std::move(name)), svg_(std::move(svg)) {}
+    explicit InkEngine(Picture picture) : picture_(std::move(picture)) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
         const qreal density = painter->device()->devicePixelRatioF();
@@ -48,31 +48,26 @@ public:
     }
 
     [[nodiscard]] QString key() const override { return "valtrino-ink"; }
-    QString iconName() override { return name_; }
-    bool isNull() override { return svg_.isEmpty(); }
+    QString iconName() override { return picture_.name; }
+    bool isNull() override { return picture_.svg.isEmpty(); }
     [[nodiscard]] QIconEngine* clone() const override { return new InkEngine(*this); }
 
 private:
     [[nodiscard]] QPixmap drawn(const QSize& pixels, QIcon::Mode mode) const {
-        const QString ink = inkFor(mode).name();
-        const QString key =
-            QString("%1 %2 %3x%4").arg(name_, ink).arg(pixels.width()).arg(pixels.height());
-        QPixmap picture;
-        if (QPixmapCache::find(key, &picture))
-            return picture;
-        picture = QPixmap(pixels);
-        picture.fill(Qt::transparent);
-        QPainter painter(&picture);
-        QSvgRenderer renderer(QByteArray(svg_).replace("currentColor", ink.toLatin1()));
-        renderer.setAspectRatioMode(Qt::KeepAspectRatio);
-        renderer.render(&painter, QRectF(QPointF(), pixels));
-        painter.end();
-        QPixmapCache::insert(key, picture);
-        return picture;
+        const QColor ink = inkFor(mode);
+        const QString key = QString("%1 %2 %3x%4")
+                                .arg(picture_.name, ink.name())
+                                .arg(pixels.width())
+                                .arg(pixels.height());
+        QPixmap drawn;
+        if (!QPixmapCache::find(key, &drawn)) {
+            drawn = picture_.drawn(pixels, ink);
+            QPixmapCache::insert(key, drawn);
+        }
+        return drawn;
     }
 
-    QString name_;
-    QByteArray svg_;
+    Picture picture_;
 };
 
 } // namespace
@@ -82,7 +77,7 @@ QIcon Icons::named(const QString& name) {
     QFile file(":/icons/" + name + ".svg");
     const bool found = file.open(QIODevice::ReadOnly);
     Q_ASSERT_X(found, "Icons::named", qUtf8Printable(name));
-    return found ? QIcon(new InkEngine(name, file.readAll())) : QIcon();
+    return found ? QIcon(new InkEngine({name, file.readAll()})) : QIcon();
 }
 
 void Icons::applyTo(QWidget& root) {
