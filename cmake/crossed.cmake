@@ -35,3 +35,7 @@ if(BUILD_TESTING)
     add_subdirectory(${HOUSE_GOOGLETEST} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
     set(CMAKE_UNITY_BUILD ON)
 endif()
+
+if(NOT VALTRINO_CONSOLE_ONLY)
+    include(cmake/crossed_qt.cmake)
+endif()
