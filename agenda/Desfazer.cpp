@@ -46,10 +46,12 @@ public:
             rs.AddNew();
         for (const auto& [campo, valor] : RegistroEmTexto::ler(campos, historico["antes"].text()))
             rs[campos[campo].name] = valor;
-        if (!cadastrado("cliente_fornecedor", rs["cliente"]))
-            return "o cliente não está mais cadastrado.";
-        if (!cadastrado("bancos", rs["banco"]))
-            return "o banco não está mais cadastrado.";
+        if (!estaoCadastrados(rs["cliente"], rs["banco"])) {
+            if (!cadastrado("cliente_fornecedor", rs["cliente"]))
+                return "o cliente não está mais cadastrado.";
+            if (!cadastrado("bancos", rs["banco"]))
+                return "o banco não está mais cadastrado.";
+        }
         rs.Update();
         return {};
     }
@@ -70,6 +72,25 @@ private:
         for (const jet::Column& campo : campos)
             registro.push_back(rs[campo.name].value());
         return RegistroEmTexto::escrever(campos, registro);
+    }
+
+    /// Both at once, where there are both.
+    bool estaoCadastrados(const ado::FieldValue& cliente, const ado::FieldValue& banco) {
+        if (cliente.isNull() || banco.isNull() ||
+            cadastrados_.contains({"cliente_fornecedor", cliente.integer()}) ||
+            cadastrados_.contains({"bancos", banco.integer()}))
+            return false;
+        ado::Recordset rs;
+        rs.Open(QString("select cliente_fornecedor.codigo from cliente_fornecedor, bancos where "
+                        "cliente_fornecedor.codigo=%1 and bancos.codigo=%2")
+                    .arg(cliente.integer())
+                    .arg(banco.integer()),
+                base_);
+        if (rs.EOF())
+            return false;
+        cadastrados_[{"cliente_fornecedor", cliente.integer()}] = true;
+        cadastrados_[{"bancos", banco.integer()}] = true;
+        return true;
     }
 
     /// Of many cheques few have another client or bank than those before.
@@ -108,10 +129,14 @@ QString Desfazer::desfazer(std::int32_t grupo) {
     historico.Open("select * from " + std::string(Historico::kTabela) +
                        " where grupo=" + std::to_string(grupo) + " order by id desc",
                    base);
+    // What is undone adds rows there; those to be undone are no more than there are now.
+    const std::int64_t quantos = historico.RecordCount();
     Volta volta;
     Repainting repintura(100ms);
     const auto contado = qScopeGuard([] { Mirtal::mensagem(""); });
-    for (int contagem = 1; !historico.EOF(); historico.MoveNext(), ++contagem) {
+    for (std::int64_t contagem = 1; contagem <= quantos; ++contagem) {
+        if (contagem > 1)
+            historico.MoveNext();
         if (historico["operacao"].text() == Historico::kDesfazer)
             return "Isto já é o que desfez outra operação, e não pode ser desfeito.";
         if (historico["operacao"].text() == Historico::kBordero)

@@ -133,7 +133,8 @@ QString FrmHistorico::banco(const ado::Recordset& rs) const {
     return bancos_->de(Nomes::codigo(rs["banco"]));
 }
 
-/// Of all rows, which are gone through for it and stand at the first one again.
+/// Of all rows, which are gone through for it and stand at the first one again. The same names
+/// serve for one list after the other, until it is asked for anew.
 void FrmHistorico::lerNomes(ado::Recordset& rs) {
     std::set<Nomes::Codigo> clientes;
     std::set<Nomes::Codigo> bancos;
@@ -142,13 +143,21 @@ void FrmHistorico::lerNomes(ado::Recordset& rs) {
         clientes.insert(Nomes::codigo(lido["cliente"]));
         bancos.insert(Nomes::codigo(lido["banco"]));
     }
-    clientes_.emplace("cliente_fornecedor", clientes);
-    bancos_.emplace("bancos", bancos);
+    if (!clientes_ || !clientes_->bastamPara(clientes))
+        clientes_.emplace("cliente_fornecedor", clientes);
+    if (!bancos_ || !bancos_->bastamPara(bancos))
+        bancos_.emplace("bancos", bancos);
     if (!clientes.empty())
         rs.MoveFirst();
 }
 
 void FrmHistorico::listar() {
+    clientes_.reset();
+    bancos_.reset();
+    mostrarLista();
+}
+
+void FrmHistorico::mostrarLista() {
     const BusyCursor ocupado;
     Repainting repintura(kEntreRepinturas);
     const bool somando = txtsoma->listIndex() >= 0;
@@ -261,7 +270,7 @@ void FrmHistorico::cmddesfazer_Click() {
         showMessage(motivo, "Desfazer", MessageIcon::exclamation);
     dbconectar::instance().rsCheques.Requery();
     dbconectar::instance().rsSemFundos.Requery();
-    listar();
+    mostrarLista(); // with the names that it had
     lsthistorico->setFocus();
 }
 

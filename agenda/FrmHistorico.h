@@ -46,6 +46,7 @@ private:
     void Form_Load() override;
 
     void listar();
+    void mostrarLista();
     void cmddesfazer_Click();
     void cmdsair_Click() { unload(); }
 

@@ -6,6 +6,8 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 namespace {
 
 // Of more the whole register is read: that takes no longer, and is asked for at once.
@@ -17,7 +19,11 @@ Nomes::Codigo Nomes::codigo(const ado::FieldValue& campo) {
     return campo.isNull() ? std::nullopt : Codigo(campo.integer());
 }
 
-Nomes::Nomes(const char* cadastro, const std::set<Codigo>& codigos) {
+bool Nomes::bastamPara(const std::set<Codigo>& codigos) const {
+    return std::ranges::includes(lidos_, codigos);
+}
+
+Nomes::Nomes(const char* cadastro, const std::set<Codigo>& codigos) : lidos_(codigos) {
     QStringList numeros;
     for (const Codigo& codigo : codigos)
         if (codigo)

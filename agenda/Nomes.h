@@ -22,9 +22,13 @@ public:
     /// @throws jet::Error.
     Nomes(const char* cadastro, const std::set<Codigo>& codigos);
 
+    /// Whether no code is among these that wasn't when they were read.
+    [[nodiscard]] bool bastamPara(const std::set<Codigo>& codigos) const;
+
     /// "" without a code; where the register has none, which code that is.
     [[nodiscard]] QString de(const Codigo& codigo) const;
 
 private:
+    std::set<Codigo> lidos_;
     QHash<std::int64_t, QString> porCodigo_;
 };

@@ -437,7 +437,7 @@ void WindowOperations::addAgenda(Operations& all) const {
     all.push_back({"histórico", "de um cliente", &reopen<Past>,
                    [] { choose<Past>("txtcliente", "Cliente 000012"); }});
     // Two operations, with a question between, and the list anew.
-    constexpr unsigned kToUndo = 20;
+    constexpr unsigned kToUndo = 11;
     all.push_back({"histórico", "desfazer uma baixa",
                    [] {
                        reopen<Past>();

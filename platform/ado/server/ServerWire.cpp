@@ -374,8 +374,10 @@ void ServerWire::rollback() {
 
 /// Before the trace, for which everybody waits who is about to change anything.
 void ServerWire::claim() {
-    claiming_ = true;
-    static_cast<void>(run(begun_ ? kClaim : "select 1"));
+    if (begun_)
+        static_cast<void>(run(kClaim));
+    else
+        claiming_ = true; // as the transaction begins, with its first statement
 }
 
 void ServerWire::takeTurn() {

@@ -102,7 +102,8 @@ public:
     void commit();
     void rollback();
     [[nodiscard]] bool inTransaction() const noexcept { return open_; }
-    /// Inside a transaction, best at its beginning: no station changes anything until it ends.
+    /// Inside a transaction, best at its beginning, where it travels with the next statement: no
+    /// station changes anything until it ends.
     void claim();
     /// Inside a transaction, before it changes a row that is there: one after the other do, as two
     /// that change the same rows in different orders would wait for each other.
