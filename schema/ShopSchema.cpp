@@ -95,7 +95,9 @@ std::span<const TableSpec> tables() {
 std::span<const TableSpec> serverIndexes() {
     static const std::vector<TableSpec> made = {
         {.name = "cheques",   .columns = {}, .indexes = {index("banco"), index("data")}},
-        {.name = "semfundos", .columns = {}, .indexes = {index("banco"), index("data")}},
+        {.name = "semfundos",
+         .columns = {},
+         .indexes = {index("banco"), index("data"), index("numero")}                   },
     };
     return made;
 }

@@ -112,7 +112,8 @@ void printServerJson(const jet::Report& report) {
 int checkServer(const Arguments& arguments, const std::string& address) {
     std::vector<jet::TableSpec> tables(shop::tables().begin(), shop::tables().end());
     tables.push_back(shop::history());
-    const jet::Report report = ado::checkServer(address, tables, kReferences);
+    const jet::Report report =
+        ado::checkServer(address, tables, shop::serverIndexes(), kReferences);
     arguments.has("--json") ? printServerJson(report) : printServerText(report);
     return report.clean() ? kDone : report.sound() ? kWarnings : kProblems;
 }

@@ -17,12 +17,14 @@ struct Reference {
 };
 
 /// Looks at a shop on a server: that it has `tables` as they should be, and what every statement
-/// needs; that each index, number and telling of changes works; who may do what; that each row
-/// obeys the rules, and no `references` lead nowhere. Changes nothing. Of a report only findings,
-/// tables and rows are told; pages are a file's.
+/// needs, the indexes of `further` among it, as createShopOnServer(); that each index, number and
+/// telling of changes works; who may do what; that each row obeys the rules, and no `references`
+/// lead nowhere; and that what is kept of a file for the way back is whole. Changes nothing. Of a
+/// report only findings, tables and rows are told; pages are a file's.
 /// @throws as ServerWire; Error{notFound} if the database has no shop.
 [[nodiscard]] jet::Report checkServer(const std::string& address,
                                       std::span<const jet::TableSpec> tables,
+                                      std::span<const jet::TableSpec> further,
                                       std::span<const Reference> references);
 
 } // namespace ado

@@ -151,6 +151,17 @@ TEST_F(ServerMigrate, CheckTellsWhatIsWrong) {
         {"drop function valtrino.jet_year", 1, "erro: falta a função \"jet_year\""},
         {"drop table valtrino.valtrino_historico", 1,
          "erro: falta a tabela \"valtrino_historico\""},
+        {"drop index valtrino.cheques_banco_lancamento_idx", 1,
+         "aviso: falta um índice de \"banco\" da tabela \"cheques\""},
+        {"drop index valtrino.semfundos_jet_chave_lancamento_idx", 1,
+         "aviso: falta um índice de \"numero\" da tabela \"semfundos\""},
+        {"insert into valtrino_arquivo.passo (objeto, passo) values (77, 1) returning 1", 1,
+         "regra: 1 registros na tabela \"passo\" do esquema \"valtrino_arquivo\" são de um objeto"},
+        {"insert into valtrino_arquivo.regra values ('fretes', '', '', 'r', '') returning 1", 1,
+         "aviso: no esquema \"valtrino_arquivo\" há regras de uma tabela que não existe, \"fretes\""},
+        {"drop table valtrino_arquivo.regra", 1,
+         "aviso: falta a tabela \"regra\" do esquema \"valtrino_arquivo\""},
+        {"drop schema valtrino_arquivo cascade", 1, "aviso: falta o esquema \"valtrino_arquivo\""},
     };
     // clang-format on
     for (const Case& one : cases) {

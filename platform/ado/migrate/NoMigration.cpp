@@ -21,6 +21,7 @@ Migration migrateToFile(const std::string& address, const std::filesystem::path&
 }
 
 jet::Report checkServer(const std::string& address, std::span<const jet::TableSpec> /*tables*/,
+                        std::span<const jet::TableSpec> /*further*/,
                         std::span<const Reference> /*references*/) {
     static_cast<void>(openServer(address, nullptr));
     return {};

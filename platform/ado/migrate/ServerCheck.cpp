@@ -19,6 +19,8 @@ constexpr const char* kTablesOf =
     "from pg_catalog.pg_class c join pg_catalog.pg_namespace n on n.oid = c.relnamespace and "
     "n.nspname = 'valtrino' and c.relkind in ('r', 'p') ";
 
+constexpr const char* kOfKept = " do esquema \"valtrino_arquivo\"";
+
 std::string named(std::string_view name) { return "\"" + std::string(name) + "\""; }
 
 class ServerCheck {
@@ -146,6 +148,53 @@ public:
                      " o que não existe na tabela " + named(reference.parent));
     }
 
+    /// What the file needs no index for, but the server does: one that begins with the column.
+    void checkOwnIndexes(const jet::TableSpec& wanted) {
+        const jet::TableSpec* const table = find(wanted.name);
+        if (table == nullptr)
+            return;
+        for (const jet::IndexSpec& index : wanted.indexes) {
+            const std::size_t place = table->placeOf(index.columns.front().name);
+            if (place == table->columns.size())
+                continue;
+            const ServerRows begun = wire_.run(
+                "select 1 from pg_catalog.pg_index i join pg_catalog.pg_attribute a on "
+                "a.attrelid = i.indrelid and a.attname = $2 "
+                "where i.indrelid = format('valtrino.%I', $1)::regclass and "
+                "(a.attnum = i.indkey[0] or pg_get_indexdef(i.indexrelid, 1, true) "
+                "operator(pg_catalog.=) any (array[format('jet_chave(%I::text)', a.attname), "
+                "format('jet_chave(%I)', a.attname)]))",
+                {parameterOf(table->name), parameterOf(table->columns[place].name)});
+            if (begun.rows() == 0)
+                tell(Severity::warning, "falta um índice de " + named(index.columns.front().name) +
+                                            " da tabela " + named(wanted.name));
+        }
+    }
+
+    void checkKept() {
+        if (wire_.run("select 1 from pg_catalog.pg_namespace where nspname = 'valtrino_arquivo'")
+                .rows() == 0)
+            return tell(Severity::warning, "falta o esquema \"valtrino_arquivo\"");
+        constexpr int kKeptTables = 4;
+        const ServerRows missing =
+            wire_.run("select t from unnest('{objeto,passo,relacionamento,regra}'::text[]) t "
+                      "where to_regclass('valtrino_arquivo.' || t) is null");
+        if (missing.rows() == kKeptTables)
+            return; // that never was in a file
+        for (int row = 0; row < missing.rows(); ++row)
+            tell(Severity::warning, "falta a tabela " + named(*missing.field(row, 0)) + kOfKept);
+        if (missing.rows() > 0)
+            return;
+        tellRows(count("select count(*) from valtrino_arquivo.passo p where not exists (select 1 "
+                       "from valtrino_arquivo.objeto o where o.objeto = p.objeto)"),
+                 "na tabela \"passo\"" + std::string(kOfKept) + " são de um objeto que não há");
+        each("select distinct r.tabela from valtrino_arquivo.regra r where "
+             "to_regclass(format('valtrino.%I', r.tabela)) is null",
+             Severity::warning,
+             "no esquema \"valtrino_arquivo\" há regras de uma tabela que não "
+             "existe, ");
+    }
+
     jet::Report take() { return std::move(report_); }
 
 private:
@@ -188,15 +237,19 @@ private:
 } // namespace
 
 jet::Report checkServer(const std::string& address, std::span<const jet::TableSpec> tables,
+                        std::span<const jet::TableSpec> further,
                         std::span<const Reference> references) {
     ServerCheck check(address);
     check.checkFoundation();
     for (const jet::TableSpec& table : tables)
         check.checkShape(table);
+    for (const jet::TableSpec& table : further)
+        check.checkOwnIndexes(table);
     check.checkWorkings();
     check.checkRules();
     for (const Reference& reference : references)
         check.checkReference(reference);
+    check.checkKept();
     return check.take();
 }
 
