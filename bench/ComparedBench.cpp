@@ -1,15 +1,20 @@
-// What the same operations cost over the shop's file and over a server with the same rows, in
-// turns, in one run:
+// What the same operations cost over the shop's file and over a server of its own with the same
+// rows, in turns, in one run:
 //
-//     compared_bench <folder of automacao.mdb> postgresql://...
+//     compared_bench [cheques]
 #include "ado/Connection.h"
 #include "ado/ConnectionString.h"
+#include "ado/Migration.h"
 #include "ado/Recordset.h"
+#include "bench/BenchData.h"
+#include "schema/ShopSchema.h"
+#include "support/Cluster.h"
 
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
@@ -23,6 +28,9 @@ constexpr int kTurns = 5;
 constexpr int kInserts = 1000;
 constexpr int kSettled = 100;
 constexpr int kDeleted = 10'000;
+constexpr int kOfEach = 50; ///< cheques of each client
+
+int cheques = 1'000'000;
 
 /// All rows of a statement, with what is shown of each.
 void show(ado::Connection& connection, const std::string& statement) {
@@ -42,11 +50,13 @@ void sum(ado::Connection& connection, int /*turn*/) {
     show(connection, "select sum(valor) from cheques");
 }
 void clientList(ado::Connection& connection, int turn) {
-    show(connection, kJoined + "cliente=" + std::to_string(2 + 7919 * turn % 900) +
+    show(connection, kJoined +
+                         "cliente=" + std::to_string(2 + 7919 * turn % (cheques / kOfEach - 2)) +
                          " order by cliente_fornecedor.nome,cheques.bompara");
 }
 void report(ado::Connection& connection, int /*turn*/) {
-    show(connection, kJoined + "lancamento<=100000 order by cliente_fornecedor.nome,bompara");
+    show(connection, kJoined + "lancamento<=" + std::to_string(cheques / 10) +
+                         " order by cliente_fornecedor.nome,bompara");
 }
 void open(ado::Connection& connection, int /*turn*/) {
     ado::Recordset rows;
@@ -58,7 +68,7 @@ void open(ado::Connection& connection, int /*turn*/) {
 void find(ado::Connection& connection, int turn) {
     ado::Recordset rows;
     rows.Open("Cheques", connection);
-    rows.Find("lancamento=" + std::to_string(300'000 + 77'777 * turn));
+    rows.Find("lancamento=" + std::to_string(cheques / 3 + cheques / 13 * turn));
     static_cast<void>(rows["numero"].text());
 }
 void insert(ado::Connection& connection, int /*turn*/) {
@@ -102,23 +112,32 @@ double median(std::array<double, kTurns> times) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "compared_bench <folder of automacao.mdb> postgresql://...\n");
-        return 1;
-    }
+    if (const std::string why = Cluster::absence(); !why.empty())
+        return std::puts(why.c_str()), EXIT_FAILURE;
+    cheques = argc > 1 ? std::max(kOfEach * 3, std::atoi(argv[1])) : cheques;
+    const auto path = benchFolder() / "automacao.mdb";
+    makeShop(path, {.clients = cheques / kOfEach, .cheques = cheques});
+    Cluster::likeAShops();
+    const auto tables = shop::tables();
+    const std::string address = Cluster::instance(tables, shop::serverIndexes()).newDatabase();
+    const auto begun = Clock::now();
+    static_cast<void>(
+        ado::migrateToServer(path, address, {}, {&shop::history(), 1}, shop::serverIndexes(), {}));
+    std::printf("%d cheques moved to the server and compared: %.1f s\n", cheques,
+                std::chrono::duration<double>(Clock::now() - begun).count());
     ado::Connection file;
-    file.Open("Data Source=" + ado::quotedValue(argv[1] + std::string("/automacao.mdb")));
+    file.Open("Data Source=" + ado::quotedValue(path.string()));
     ado::Connection server;
-    server.Open("Data Source=" + ado::quotedValue(argv[2]));
+    server.Open("Data Source=" + ado::quotedValue(address));
     const std::pair<const char*, Work> operations[] = {
-        {"open, first and last row",            open      },
-        {"find by number",                      find      },
-        {"joined list of a client",             clientList},
-        {"sum of valor",                        sum       },
-        {"report of 100000, joined and sorted", report    },
-        {"1000 inserts, each committed",        insert    },
-        {"100 cheques settled",                 settle    },
-        {"10000 deleted",                       purge     },
+        {"open, first and last row",             open      },
+        {"find by number",                       find      },
+        {"joined list of a client",              clientList},
+        {"sum of valor",                         sum       },
+        {"report of a tenth, joined and sorted", report    },
+        {"1000 inserts, each committed",         insert    },
+        {"100 cheques settled",                  settle    },
+        {"10000 deleted",                        purge     },
     };
     std::printf("%-36s %10s %10s %7s\n", "median of 5, time that passes", "file ms", "server ms",
                 "ratio");

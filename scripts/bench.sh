@@ -6,14 +6,17 @@
 #   scripts/bench.sh windows      also what the operator waits for in the windows, with few cheques
 #                                 and with a million, what the panel's sums cost, when many are
 #                                 deleted, and with reports
-#   scripts/bench.sh server       what a clerk waits for in each window over a server with ten million
-#                                 cheques, which takes some 10 GB, and at each of 64 stations
-#                                 that work for two minutes
+#   scripts/bench.sh server [N]   the same million cheques in a file and on a server, side by side;
+#                                 what a clerk waits for in each window over a server with N cheques,
+#                                 ten million, which take some 10 GB, if that isn't said; and at each
+#                                 of 64 stations that work for two minutes
 #   scripts/bench.sh FILE         the windows, and what is listed of all cheques, on a copy of a file
 #                                 made by "valtrino-mdb sample": near the largest size of its format
 #                                 making it and measuring it takes an hour
 set -euo pipefail
 file=
+size=
+[[ ${1:-} != server ]] || size=${2:-}
 [[ ! -f ${1:-} ]] || file=$(realpath "$1")
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/setup.sh
@@ -22,7 +25,7 @@ programs=(shop_bench)
 if [[ -n $file ]]; then
     programs=(operations_bench limits_bench)
 elif [[ ${1:-} == server ]]; then
-    programs=(server_bench windows_bench stations_bench)
+    programs=(server_bench compared_bench windows_bench stations_bench)
 elif [[ ${1:-} == windows ]]; then
     programs+=(operations_bench portfolio_bench deletion_bench report_bench)
 fi
@@ -40,5 +43,11 @@ build=build/release
 cmake --preset release -DBUILD_TESTING=ON >/dev/null
 cmake --build --preset release --parallel "$(nproc)" --target "${programs[@]}"
 for program in "${programs[@]}"; do
-    "$build/bench/$program" ${file:+"$file"}
+    arguments=(${file:+"$file"})
+    if [[ -n $size && $program == windows_bench ]]; then
+        arguments=("$size")
+    elif [[ -n $size && $program == compared_bench ]]; then
+        arguments=("$((size < 1000000 ? size : 1000000))")
+    fi
+    "$build/bench/$program" ${arguments[@]+"${arguments[@]}"}
 done
