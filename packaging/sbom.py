@@ -4,7 +4,8 @@
     sbom.py <version> <epoch> <relation> <Debian package>...
 
 The relation is what they are to it: CONTAINS (carried along) or DEPENDS_ON. Their versions are those
-installed here. The same arguments on the same machine give the same bytes.
+installed here, unless one is told: <source package>=<version>. The same arguments on the same machine
+give the same bytes.
 """
 
 import datetime
@@ -17,7 +18,7 @@ import sys
 # As their own texts say, which are carried along or lie in /usr/share/doc; others aren't claimed.
 LICENCES = [
     (r"libqt6|qt6-", "LGPL-3.0-only"),
-    (r"libsqlite3", "blessing"),
+    (r"(lib)?sqlite3", "blessing"),
     (r"libxlsxwriter", "BSD-2-Clause"),
     (r"libxxhash", "BSD-2-Clause"),
     (r"libxcb-|libxkbcommon", "MIT"),
@@ -25,6 +26,8 @@ LICENCES = [
     (r"libb2", "CC0-1.0"),
     (r"libdouble-conversion", "BSD-3-Clause"),
     (r"libpcre2", "BSD-3-Clause"),
+    (r"libz-mingw", "Zlib"),
+    (r"gcc-mingw.*-runtime", "GPL-3.0-or-later WITH GCC-exception-3.1"),
 ]
 
 
@@ -53,9 +56,11 @@ def main(version, epoch, relation, *names):
     del icons["versionInfo"]
     packages, relations = [program, icons], [("CONTAINS", icons)]
     listed = subprocess.run(
-        ["dpkg-query", "-W", "-f", "${Package} ${Version}\n", *sorted(set(names))],
-        check=True, capture_output=True, text=True).stdout
-    for name, installed in (line.split() for line in sorted(set(listed.splitlines()))):
+        ["dpkg-query", "-W", "-f", "${Package} ${Version}\n",
+         *sorted({name for name in names if "=" not in name})],
+        check=True, capture_output=True, text=True).stdout.splitlines()
+    listed += [name.replace("=", " ", 1) for name in names if "=" in name]
+    for name, installed in (line.split() for line in sorted(set(listed))):
         packages.append(entry(name, installed, licence_of(name), "Organization: Debian"))
         relations.append((relation, packages[-1]))
     document = {
