@@ -1,6 +1,7 @@
 #include "tools/Arguments.h"
 
 #include "ado/ServerShop.h"
+#include "jet/Disk.h"
 #include "jet/Error.h"
 
 #include <algorithm>
@@ -72,8 +73,10 @@ Arguments::Arguments(const ToolCommand& command, std::span<const std::string_vie
         throw UsageError("O nome do arquivo está vazio.");
 }
 
+std::filesystem::path Arguments::path() const { return jet::Disk::pathOf(operands_.front()); }
+
 std::filesystem::path Arguments::file(std::size_t place) const {
-    std::filesystem::path path = operands_[place];
+    std::filesystem::path path = jet::Disk::pathOf(operands_[place]);
     if (isFolder(path))
         throw jet::Error(jet::Errc::io, inQuotes(operands_[place]) +
                                             " é uma pasta: diga o nome do arquivo, com ela.");
@@ -89,7 +92,7 @@ std::filesystem::path Arguments::newFile(std::size_t place) const {
 }
 
 std::filesystem::path Arguments::folder(std::size_t place) const {
-    std::filesystem::path path = operands_[place];
+    std::filesystem::path path = jet::Disk::pathOf(operands_[place]);
     if (!isFolder(path))
         throw jet::Error(jet::Errc::notFound,
                          "A pasta " + inQuotes(operands_[place]) + " não existe.");

@@ -45,7 +45,7 @@ public:
     Arguments(const ToolCommand& command, std::span<const std::string_view> words);
 
     [[nodiscard]] const std::string& operand(std::size_t place) const { return operands_[place]; }
-    [[nodiscard]] std::filesystem::path path() const { return operands_.front(); }
+    [[nodiscard]] std::filesystem::path path() const;
     // Operands as what they have to be. @throws jet::Error{notFound, io} that says what they are.
     [[nodiscard]] std::filesystem::path file(std::size_t place = 0) const; ///< no folder
     /// In a folder that is there; it may be there itself.

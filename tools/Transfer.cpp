@@ -42,9 +42,12 @@ public:
     [[nodiscard]] const std::filesystem::path& path() const noexcept { return target_; }
 
 private:
-    static std::string fileName(std::string table) {
-        std::ranges::replace(table, '/', '_');
-        return table + ".csv";
+    /// Of no system's folders, drives or patterns.
+    static std::filesystem::path fileName(std::string table) {
+        constexpr std::string_view kNotInNames = "/\\:*?\"<>|";
+        std::ranges::replace_if(
+            table, [&](char c) { return kNotInNames.find(c) != std::string_view::npos; }, '_');
+        return jet::Disk::pathOf(table + ".csv");
     }
 
     std::filesystem::path target_;

@@ -1,6 +1,7 @@
 #include "tools/Tools.h"
 
 #include "jet/Check.h"
+#include "jet/Disk.h"
 #include "jet/Numbers.h"
 #include "support/FileRules.h"
 #include "tools/Machine.h"
@@ -35,6 +36,12 @@ TEST_P(Tools, CreateMakesTheShopsFourEmptyTables) {
         EXPECT_FALSE(database.table(name).readOnlyReason());
     }
     EXPECT_TRUE(jet::check(file()).clean());
+}
+
+TEST_P(Tools, NamesOfFilesKeepWhatTheOperatorTyped) {
+    const std::string name = (folder() / jet::Disk::pathOf("Loja Ação & Cia €.mdb")).string();
+    EXPECT_THAT(outputOf({"create", name, GetParam()}), StartsWith("Criado: " + name));
+    EXPECT_THAT(outputOf({"tables", name}), HasSubstr("cheques"));
 }
 
 TEST_P(Tools, CreateAndSampleRefuseAFileThatIsThere) {

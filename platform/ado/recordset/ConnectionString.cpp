@@ -230,7 +230,7 @@ std::string quotedValue(std::string_view value) {
 }
 
 fs::path existingFile(const fs::path& path) {
-    fs::path found = path.root_path();
+    fs::path found = path.root_path().make_preferred();
     for (const fs::path& name : path.relative_path()) {
         auto next = entry(found, name);
         if (!next)

@@ -29,7 +29,7 @@ protected:
         for (const char c : bytes)
             copy.push_back(static_cast<std::byte>(c));
     }
-    [[nodiscard]] std::string path() const { return (folder / "automacao.mdb").string(); }
+    [[nodiscard]] std::string path() const { return (folder / "automacao.mdb").generic_string(); }
     void open(Connection& station, MemoryDisk& disk) const {
         station.setDisk(disk);
         station.Open(connectionString());

@@ -9,7 +9,7 @@
     std::wstring line;
     for (const std::string& word : words) {
         line += line.empty() ? L"\"" : L" \"";
-        const std::filesystem::path wide = word;
+        const std::filesystem::path wide = std::u8string(word.begin(), word.end());
         std::size_t backslashes = 0;
         for (const wchar_t c : wide.native()) {
             if (c == L'"')
