@@ -1,14 +1,16 @@
 // A station of the shop for the tests that need several processes: opens a database and does one
 // thing to it, as its arguments say. Ends with 0, or prints what went wrong.
 //
-//   jet_station make <file> <3 or 4>       makes the file, with a counter row, of that format
+//   jet_station make <file> <3 or 4>       makes the file, of that format, with a counter row
+//                                          and accounts
 //   jet_station value <file>               prints what the counter row says
 //   jet_station count <file> <times>       adds 1 to the counter row, so often
 //   jet_station add <file> <times>         adds rows with a number given by the file
 //   jet_station work <file> <seconds>      reads and writes; prints how often
 //   jet_station write <file>               writes for ever, "." after each commit
 //   jet_station foreign <lock file>        holds user byte 1 as a foreign program, until its input
-//   ends jet_station hold <file>                keeps a transaction open until its input ends
+//                                          ends
+//   jet_station hold <file>                keeps a transaction open until its input ends
 #include "jet/Database.h"
 #include "jet/disk/File.h"
 
@@ -163,13 +165,20 @@ void make(const std::string& path, const std::string& version) {
     Database file(path);
     Row counter(2);
     counter[1] = std::int64_t{0};
-    file
-        .createTable({
-            "contador",
-            {{"codigo", ColumnType::longInteger, 0, true}, {"valor", ColumnType::longInteger}},
-            {                                            }
-    })
-        .insert(counter);
+    TableSpec spec{
+        "contador",
+        {{"codigo", ColumnType::longInteger, 0, true}, {"valor", ColumnType::longInteger}},
+        {                                            }
+    };
+    file.createTable(spec).insert(counter);
+    spec.name = "contas";
+    spec.indexes = {
+        {.name = "PrimaryKey", .columns = {{"codigo"}}, .primary = true},
+        {.name = "valor",                    .columns = {{"valor"}}                            }
+    };
+    Table& table = file.createTable(spec);
+    for (std::size_t i = 0; i < kAccounts; ++i)
+        table.insert(counter);
 }
 
 void hold(Database& file) {
