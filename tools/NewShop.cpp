@@ -5,6 +5,7 @@
 #include "controls/look/Icons.h"
 #include "controls/look/Style.h"
 #include "controls/window/MessageBox.h"
+#include "jet/Disk.h"
 #include "jet/Error.h"
 #include "schema/ShopSchema.h"
 #include "shell/Configuracao.h"
@@ -50,7 +51,7 @@ bool preparar(const QString& programa) {
     if (!escolhida)
         return false;
     const QString pasta = QDir::toNativeSeparators(*escolhida);
-    std::filesystem::path arquivo = std::filesystem::path(pasta.toStdString()) / "automacao.mdb";
+    std::filesystem::path arquivo = jet::Disk::pathOf(pasta.toStdString()) / "automacao.mdb";
     const bool havia = achar(arquivo);
     if (!havia)
         shop::createFile(arquivo, jet::Version::jet4);
