@@ -106,6 +106,7 @@ private:
     void settle();
     void find(From from, const std::string& criterion);
     void fetchFirst(std::size_t most);
+    [[nodiscard]] bool mayKeep();
     [[nodiscard]] bool isWhole();
     void setAside();
     [[nodiscard]] bool takeBack();

@@ -93,11 +93,16 @@ void ServerList::settle() {
     moveFirst();
 }
 
+/// Whether rows are good for as long as nobody tells of a change.
+bool ServerList::mayKeep() {
+    const ServerWire& wire = session_.wire();
+    return wire.isTold() && !wire.isReading() && !wire.inTransaction();
+}
+
 /// Whether the rows here are all that there are, as far as is known.
 bool ServerList::isWhole() {
     return fromFirst_ && toLast_ && !anchorGone_ && !added_ && !updated_ && !toBegin_ &&
-           current_ == neighbours_ && now() == neighbours_ && !session_.wire().isReading() &&
-           !session_.wire().inTransaction();
+           current_ == neighbours_ && now() == neighbours_ && mayKeep();
 }
 
 /// They stay for who walks over them again, while somebody looks for one.
@@ -108,7 +113,7 @@ void ServerList::setAside() {
 
 bool ServerList::takeBack() {
     if (!whole_ || whole_->filter != filter() || whole_->sort != sort() ||
-        whole_->moment != now() || session_.wire().isReading() || session_.wire().inTransaction())
+        whole_->moment != now() || !mayKeep())
         return false;
     rows_ = std::move(whole_->rows);
     neighbours_ = current_ = whole_->moment;

@@ -129,6 +129,8 @@ public:
     /// Takes in what the server has told meanwhile, without asking it: `heard` is called for each
     /// notification.
     void listen(const std::function<void(std::string_view payload, bool own)>& heard);
+    /// Whether it is told of changes at all: by a standby nobody is.
+    [[nodiscard]] bool isTold() const noexcept { return listening_; }
     /// How many lines there have been so far: with each one what was told meanwhile is missed.
     [[nodiscard]] std::uint64_t lines() const noexcept { return lines_; }
 
