@@ -175,6 +175,22 @@ TEST_P(ExtrasInFiles, ARelationshipIsKeptFromThenOn) {
     EXPECT_EQ(database.table("cheques").rowCount(), 0);
 }
 
+// The indexes tell of it still.
+TEST_P(ExtrasInFiles, ARelationshipThatIsNoLongerToBeEnforcedIsLeftAlone) {
+    Database database(made("laços.mdb", GetParam()));
+    relate(database, kRelationships[0]);
+    Table& declared = database.table("MSysRelationships");
+    const std::size_t flags = declared.findColumn("grbit").value();
+    RowCursor row = declared.scan();
+    for (bool there = row.first(); there; there = row.next())
+        declared.update(row.id(),
+                        std::array{
+                            Assignment{flags, row.row().integer(flags) | Spec::notEnforced}
+        });
+    EXPECT_NO_THROW(
+        database.table("cheques").insert(Row{std::int64_t{6}, std::int64_t{9}, Value()}));
+}
+
 // Real files' relationships, queries and properties, in a new file with the same tables.
 TEST(Extras, OfRealFilesAreTheSameInANewOne) {
     const TemporaryFolder folder;
