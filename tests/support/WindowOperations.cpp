@@ -411,7 +411,7 @@ void WindowOperations::addReports(Operations& all) const {
 
 void WindowOperations::addAgenda(Operations& all) const {
     using Schedule = FrmAgenda;
-    all.push_back({"agenda", "abrir, hoje", &closeAll, &show<Schedule>});
+    all.push_back({"agenda", "abrir, a semana", &closeAll, &show<Schedule>});
     all.push_back({"agenda", "um cliente em um mês",
                    [] {
                        reopen<Schedule>();
