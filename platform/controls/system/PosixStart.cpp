@@ -1,0 +1,3 @@
+#include "controls/system/Start.h"
+
+void prepareStart() {}
