@@ -4,7 +4,6 @@
 #include "controls/look/Icons.h"
 #include "controls/look/Style.h"
 #include "controls/system/EndOfSession.h"
-#include "controls/system/Start.h"
 #include "controls/window/Failure.h"
 #include "controls/window/MessageBox.h"
 #include "controls/window/WindowList.h"
@@ -262,7 +261,6 @@ int executarPrograma(int argc, char** argv) {
         std::puts("Valtrino " VALTRINO_VERSION);
         return EXIT_SUCCESS;
     }
-    prepareStart();
     QApplication aplicacao(argc, argv);
     if (argc == 2 && std::string_view(argv[1]) == "--screen") // for ./run: is there one?
         return EXIT_SUCCESS;

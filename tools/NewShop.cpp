@@ -4,7 +4,6 @@
 #include "controls/folder/FileChooser.h"
 #include "controls/look/Icons.h"
 #include "controls/look/Style.h"
-#include "controls/system/Start.h"
 #include "controls/window/MessageBox.h"
 #include "jet/Disk.h"
 #include "jet/Error.h"
@@ -67,7 +66,6 @@ bool preparar(const QString& programa) {
 } // namespace
 
 int main(int argc, char** argv) {
-    prepareStart();
     QApplication aplicacao(argc, argv);
     QApplication::setApplicationName("Valtrino");
     QApplication::setQuitOnLastWindowClosed(false); // between the dialogs there is none

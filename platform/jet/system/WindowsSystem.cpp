@@ -4,9 +4,22 @@
 
 #include <array>
 #include <cerrno>
+#include <cxxabi.h>
 #include <limits>
 
+extern "C" void* __dso_handle; // NOLINT(bugprone-reserved-identifier)
+
 namespace jet::sys {
+
+namespace {
+
+// When a thread ends, the compiler's libraries free its own variables, and call their destructors,
+// in the order in which the two were first asked for. A variable is freed first then, and what its
+// destructor finds is anything: so a destructor is asked for before there is a variable.
+[[maybe_unused]] const int kDestructorsBeforeMemory =
+    abi::__cxa_thread_atexit([](void*) {}, nullptr, static_cast<void*>(&__dso_handle));
+
+} // namespace
 
 std::string machineName() {
     std::array<wchar_t, 256> name{};

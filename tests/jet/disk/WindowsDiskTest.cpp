@@ -10,7 +10,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <fstream>
+#include <thread>
+#include <vector>
 #include <windows.h>
 
 using namespace jet;
@@ -160,6 +163,28 @@ TEST_F(WindowsDisks, ClaimAFileForWriting) {
     EXPECT_TRUE(Theirs(path, GENERIC_WRITE, kShareWriting | FILE_SHARE_DELETE).isOpen());
     std::ifstream in(path);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "xxc");
+}
+
+/// Knows whether it is still what it was when it goes.
+struct OfAThread {
+    std::vector<int> held;
+    long long mark = 0x1122334455667788;
+    ~OfAThread() { broken += mark != 0x1122334455667788 ? 1 : 0; }
+    static inline std::atomic<int> broken = 0;
+};
+
+TEST(WindowsThreads, GiveBackWhatIsTheirOwnBeforeItsMemory) {
+    for (int round = 0; round < 100; ++round) {
+        std::vector<std::thread> threads;
+        for (std::size_t size = 100; size < 106; ++size)
+            threads.emplace_back([size] {
+                thread_local OfAThread own;
+                own.held.resize(size);
+            });
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+    EXPECT_EQ(OfAThread::broken, 0);
 }
 
 TEST_F(WindowsDisks, SayThatAnotherHasAFileToHimself) {

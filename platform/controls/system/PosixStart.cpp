@@ -1,3 +1,0 @@
-#include "controls/system/Start.h"
-
-void prepareStart() {}
