@@ -2,8 +2,8 @@
 
 #include "ado/Shown.h"
 #include "cheques/TelaDeCheque.h"
-#include "controls/typing/ChequeReader.h"
 #include "controls/typing/Formato.h"
+#include "controls/window/ChequeReader.h"
 #include "controls/window/Form.h"
 #include "shell/ClienteMostrado.h"
 #include "ui_FrmLancarCheques.h"

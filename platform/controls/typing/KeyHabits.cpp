@@ -7,7 +7,7 @@
 #include <QDialog>
 #include <QMenu>
 #include <QMenuBar>
-#include <QPointer>
+#include <QWindow>
 
 namespace {
 
@@ -23,6 +23,15 @@ bool isMenu(const QObject& watched) {
     return qobject_cast<const QMenu*>(&watched) || qobject_cast<const QMenuBar*>(&watched);
 }
 
+/// What is shown in it; a popup belongs to the window behind it.
+QWidget* shownIn(const QWindow* window) {
+    for (QWidget* shown : QApplication::topLevelWidgets())
+        if (window && shown->windowHandle() == window && shown->isVisible() &&
+            shown->windowType() != Qt::Popup)
+            return shown;
+    return nullptr;
+}
+
 } // namespace
 
 void KeyHabits::install() {
@@ -31,6 +40,28 @@ void KeyHabits::install() {
         return;
     installed = new KeyHabits(qApp);
     qApp->installEventFilter(installed);
+    installed->leaving_.setSingleShot(true);
+    connect(&installed->leaving_, &QTimer::timeout, installed, &KeyHabits::leaveAgain);
+}
+
+void KeyHabits::comeBackTo(const QWindow& window) {
+    QWidget* const shown = shownIn(&window);
+    if (&window == QGuiApplication::focusWindow() || !shown || QApplication::activePopupWidget())
+        return;
+    if (!leaving_.isActive())
+        inFront_ = QGuiApplication::focusWindow();
+    leaving_.start();
+    QApplication::setActiveWindow(shown);
+}
+
+void KeyHabits::leaveAgain() {
+    QWidget* const shown = shownIn(inFront_);
+    const QWidget* const modal = QApplication::activeModalWidget();
+    if (QApplication::activePopupWidget() || (modal && modal != shown))
+        return; // what the keys have brought up stays in front
+    QApplication::setActiveWindow(shown);
+    if (shown)
+        inFront_->requestActivate(); // Qt has asked for the other one meanwhile
 }
 
 void KeyHabits::notice(const QKeyEvent& key) {
@@ -49,6 +80,8 @@ bool KeyHabits::eventFilter(QObject* watched, QEvent* event) {
         return false;
     const auto& key = *static_cast<QKeyEvent*>(event);
     notice(key);
+    if (type != QEvent::KeyRelease && watched->isWindowType())
+        comeBackTo(static_cast<const QWindow&>(*watched));
     if (type == QEvent::KeyRelease || !watched->isWidgetType())
         return false;
     if (type == QEvent::ShortcutOverride) {

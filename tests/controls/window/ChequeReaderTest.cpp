@@ -1,5 +1,6 @@
-#include "controls/typing/ChequeReader.h"
+#include "controls/window/ChequeReader.h"
 
+#include "controls/window/Failure.h"
 #include "support/FormTest.h"
 
 #include <QDialog>
@@ -122,6 +123,15 @@ TEST_F(Reader, BeginsAnewWithTheMarkOfABeginning) {
     type(kLine);
     EXPECT_EQ(told(), QStringList(kDigits));
     EXPECT_EQ(box_.text(), "<12");
+}
+
+TEST_F(Reader, TellsOfNothingAsLongAsNobodyListens) {
+    type(kLine);
+    {
+        const HandlersPaused paused;
+        EXPECT_FALSE(said_.wait(400));
+    }
+    EXPECT_EQ(told(), QStringList(kDigits));
 }
 
 TEST_F(Reader, LooksAtItsOwnWindowOnly) {

@@ -1,6 +1,7 @@
-#include "controls/typing/ChequeReader.h"
+#include "controls/window/ChequeReader.h"
 
 #include "controls/typing/Typing.h"
+#include "controls/window/Failure.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -80,6 +81,8 @@ bool ChequeReader::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void ChequeReader::pause() {
+    if (HandlersPaused::anyLives())
+        return pause_.start(); // nobody would hear of it
     if (line_.size() < kShape.size())
         return giveBack();
     held_.clear();
@@ -98,4 +101,4 @@ void ChequeReader::giveBack() {
     givingBack_ = false;
 }
 
-#include "controls/typing/moc_ChequeReader.cpp"
+#include "controls/window/moc_ChequeReader.cpp"
