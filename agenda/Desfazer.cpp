@@ -9,6 +9,7 @@
 
 #include <QScopeGuard>
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <memory>
@@ -21,49 +22,100 @@ namespace {
 /// One undoing, from its first row to its last.
 class Volta {
 public:
-    /// Undoes what the history's row tells. @return why not, or "".
-    QString linha(const ado::Recordset& historico) {
+    /// Undoes what the history's row tells, unless what was undone before has brought it along.
+    /// @return why not, or "".
+    QString linha(const ado::Recordset& historico, bool primeira) {
         const std::string tabela = historico["tabela"].text();
         if (!base_.store().hasTable(tabela))
             return "a tabela \"" + QString::fromStdString(tabela) + "\" não existe mais.";
-        ado::Recordset& rs = conjunto(tabela);
+        const bool deCheques = Historico::eDeCheques(tabela);
         const auto campos = base_.store().shape(tabela).columns();
         const bool havia = !historico["antes"].isNull();
         const bool ficou = !historico["depois"].isNull();
-        const bool existe =
-            Mirtal::localizar(rs, "lancamento=" + Valores::texto(historico["lancamento"]));
-        if (ficou && !existe)
-            return "ele foi excluído ou baixado depois.";
-        if (!ficou && existe)
-            return "o lançamento foi dado a outro cheque.";
-        if (ficou && comoEsta(rs, campos) != historico["depois"].text())
-            return "ele foi alterado depois.";
+        const auto procurar = [&](const char* como) -> ado::Recordset* {
+            return deCheques ? deLancamento(tabela, Valores::texto(historico["lancamento"]))
+                             : deChave(tabela, campos, historico[como].text());
+        };
+        ado::Recordset* rs = procurar(ficou ? "depois" : "antes");
+        if (rs == nullptr)
+            return "a chave da tabela não diz qual era o registro.";
+        if (!ficou && !rs->EOF())
+            return deCheques ? "o lançamento foi dado a outro cheque."
+                             : "já há outro registro com a mesma chave.";
+        if (ficou && !esta(*rs, campos, historico["depois"])) {
+            if (havia && !primeira && esta(*procurar("antes"), campos, historico["antes"]))
+                return {};
+            rs = procurar("depois");
+            return rs->EOF() ? "ele foi excluído ou baixado depois." : "ele foi alterado depois.";
+        }
         if (!havia) {
-            rs.Delete();
+            rs->Delete();
             return {};
         }
         if (!ficou)
-            rs.AddNew();
+            rs->AddNew();
         for (const auto& [campo, valor] : RegistroEmTexto::ler(campos, historico["antes"].text()))
-            rs[campos[campo].name] = valor;
-        if (!estaoCadastrados(rs["cliente"], rs["banco"])) {
-            if (!cadastrado("cliente_fornecedor", rs["cliente"]))
+            (*rs)[campos[campo].name] = valor;
+        if (deCheques && !estaoCadastrados((*rs)["cliente"], (*rs)["banco"])) {
+            if (!cadastrado("cliente_fornecedor", (*rs)["cliente"]))
                 return "o cliente não está mais cadastrado.";
-            if (!cadastrado("bancos", rs["banco"]))
+            if (!cadastrado("bancos", (*rs)["banco"]))
                 return "o banco não está mais cadastrado.";
         }
-        rs.Update();
+        rs->Update();
         return {};
     }
 
 private:
-    ado::Recordset& conjunto(const std::string& tabela) {
+    /// The cheques of a table, at the one of that number or at the end.
+    ado::Recordset* deLancamento(const std::string& tabela, const QString& lancamento) {
         auto& rs = conjuntos_[tabela];
         if (!rs) {
             rs = std::make_unique<ado::Recordset>();
             rs->Open(tabela, base_);
         }
-        return *rs;
+        Mirtal::localizar(*rs, "lancamento=" + lancamento);
+        return rs.get();
+    }
+
+    /// The row of any table that has the key of the one that was written down, or none; null if
+    /// that can't be asked for.
+    ado::Recordset* deChave(const std::string& tabela, std::span<const jet::Column> campos,
+                            const std::string& registro) {
+        const auto chave = base_.store().keyOf(tabela);
+        QString criterio;
+        for (const auto& [campo, valor] : RegistroEmTexto::ler(campos, registro)) {
+            if (std::ranges::find(chave, campo) == chave.end())
+                continue;
+            const QString escrito = literal(valor);
+            if (escrito.isEmpty())
+                return nullptr;
+            criterio += criterio.isEmpty() ? "" : " and ";
+            criterio += '[' + QString::fromStdString(campos[campo].name) + "]=" + escrito;
+        }
+        if (criterio.isEmpty())
+            return nullptr;
+        outra_.Close();
+        outra_.Open("select * from [" + QString::fromStdString(tabela) + "] where " + criterio,
+                    base_);
+        return &outra_;
+    }
+
+    /// As a statement has it; "" for what a key hardly is.
+    static QString literal(const jet::Value& valor) {
+        if (const auto* const numero = std::get_if<std::int64_t>(&valor))
+            return QString::number(*numero);
+        if (const auto* const texto = std::get_if<std::string>(&valor))
+            return "'" + QString::fromStdString(*texto).replace("'", "''") + "'";
+        if (const auto* const data = std::get_if<jet::Date>(&valor);
+            data && Valores::data(Valores::dia(*data)) == *data)
+            return Valores::literal(Valores::dia(*data));
+        return {};
+    }
+
+    static bool esta(const ado::Recordset& rs, std::span<const jet::Column> campos,
+                     const ado::FieldValue& escrito) {
+        return !rs.EOF() && comoEsta(rs, campos) == escrito.text();
     }
 
     static std::string comoEsta(const ado::Recordset& rs, std::span<const jet::Column> campos) {
@@ -109,11 +161,17 @@ private:
     }
 
     ado::Connection& base_ = dbconectar::instance().Automacao;
-    std::map<std::string, std::unique_ptr<ado::Recordset>> conjuntos_;
+    std::map<std::string, std::unique_ptr<ado::Recordset>> conjuntos_; ///< of cheques
+    ado::Recordset outra_;
     std::map<std::pair<std::string, std::int64_t>, bool> cadastrados_;
 };
 
 QString recusa(const ado::Recordset& historico, const QString& motivo) {
+    const std::string tabela = historico["tabela"].text();
+    if (!Historico::eDeCheques(tabela))
+        return QString("O registro da tabela \"%1\", que foi com um cheque, não pode voltar: "
+                       "%2\n\nNada foi desfeito.")
+            .arg(QString::fromStdString(tabela), motivo);
     return QString("O cheque Nº %1, lançamento %2, não pode voltar: %3\n\nNada foi desfeito.")
         .arg(Valores::texto(historico["numero"]), Valores::texto(historico["lancamento"]), motivo);
 }
@@ -143,7 +201,7 @@ QString Desfazer::desfazer(std::int32_t grupo) {
             return "Um borderô não altera nenhum cheque: não há o que desfazer.";
         if (!historico["desfeito_por"].isNull())
             return "Isto já foi desfeito.";
-        if (const QString motivo = volta.linha(historico); !motivo.isEmpty())
+        if (const QString motivo = volta.linha(historico, contagem == 1); !motivo.isEmpty())
             return recusa(historico, motivo);
         if (operacao.grupo() == 0)
             return "O histórico desta base de dados não está sendo gravado, e por isso nada é "

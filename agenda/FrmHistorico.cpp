@@ -62,6 +62,11 @@ QString momento(jet::Date data) {
     return formatDate({em.year, em.month, em.day}) + QTime(em.hour, em.minute).toString(" HH:mm");
 }
 
+/// Or of a slip of them, and not of what has only gone along with one.
+bool eDeCheque(const ado::Recordset& rs) {
+    return rs["tabela"].isNull() || Historico::eDeCheques(rs["tabela"].text());
+}
+
 QString feito(const QString& operacao, bool desfeita) {
     return desfeita ? operacao + " (desfeita)" : operacao;
 }
@@ -180,10 +185,11 @@ void FrmHistorico::mostrarLista() {
         repintura.repaintIfDue();
         const bool valeu =
             rs["desfeito_por"].isNull() && rs["operacao"].text() != Historico::kDesfazer;
-        if ((somando && !valeu) || !procurado(rs))
+        const bool cheque = eDeCheque(rs);
+        if ((somando && !(valeu && cheque)) || !procurado(rs))
             continue;
         somando ? acrescentarSoma(rs) : acrescentarLinha(rs);
-        ++quantos;
+        quantos += cheque ? 1 : 0;
         total = Valores::soma(total, valor(rs["valor"]), kTotal);
     }
     if (somando)
@@ -200,7 +206,7 @@ void FrmHistorico::acrescentarLinha(const ado::Recordset& rs) {
     item.text = momento(rs["quando"].date());
     item.subItems = {feito(linha.operacao, linha.desfeita),
                      texto(rs["numero"]),
-                     cliente(rs),
+                     eDeCheque(rs) ? cliente(rs) : '(' + texto(rs["tabela"]) + ')',
                      banco(rs),
                      formatDate(Valores::dia(rs["bompara"])),
                      formatMoney(valor(rs["valor"])),
@@ -253,8 +259,10 @@ void FrmHistorico::cmddesfazer_Click() {
         return advertir(lsthistorico, "Escolha na lista o que deve ser desfeito.");
     const Linha linha = linhas_[static_cast<std::size_t>(escolhida)];
     ado::Recordset todos;
-    todos.Open("select count(*) as quantos from " + QString(Historico::kTabela) +
-                   " where grupo=" + QString::number(linha.grupo),
+    todos.Open(QString("select count(*) as quantos from %1 where grupo=%2 and (lancamento is not "
+                       "null or tabela is null)")
+                   .arg(Historico::kTabela)
+                   .arg(linha.grupo),
                dbconectar::instance().Automacao);
     const Vencimentos::Soma quantos{todos["quantos"].integer(), {}};
     todos.Close();

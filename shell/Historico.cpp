@@ -91,10 +91,20 @@ bool Historico::semParar(Trabalho&& trabalho) {
     }
 }
 
+bool Historico::eDeCheques(std::string_view tabela) {
+    const std::string nome = jet::foldedName(tabela);
+    return nome == kRecebidos || nome == kDevolvidos;
+}
+
+bool Historico::desfazendo() const noexcept {
+    return operacao_ != nullptr && std::string_view(operacao_) == kDesfazer;
+}
+
 bool Historico::keeps(const ado::TableShape& table, bool isNew) {
     const std::string nome = jet::foldedName(table.name());
-    // A received cheque that comes in is none of it; one that comes back is.
-    const bool guardada = nome == kDevolvidos || (nome == kRecebidos && (!isNew || operacao_));
+    // A received cheque that comes in is none of it; one that comes back is, and whatever else.
+    const bool guardada = nome == kDevolvidos || (nome == kRecebidos && (!isNew || operacao_)) ||
+                          (desfazendo() && nome != jet::foldedName(kTabela));
     if (!guardada || !impedimento_.isEmpty() || base_.store().hasTable(kDesligado))
         return false;
     return semParar([this] { preparar(); });
@@ -139,11 +149,29 @@ void Historico::preparar() {
 
 // ---- what is recorded
 
-void Historico::changed(const ado::TableShape& table, const jet::Row* before,
-                        const jet::Row* after) {
-    if (before && after && *before == *after)
+void Historico::changed(std::span<const Change> rows) {
+    const auto mudou = [](const Change& row) {
+        return !row.before || !row.after || *row.before != *row.after;
+    };
+    if (std::ranges::none_of(rows, mudou))
         return;
-    const bool feito = semParar([&] { gravar(table, before, after); });
+    const bool feito = semParar([&] {
+        const std::int32_t grupo = grupo_ != 0 ? grupo_ : novoGrupo();
+        for (const Change& row : rows) {
+            if (!mudou(row))
+                continue;
+            // What has only followed is called by what happened to it.
+            const bool nomeada = operacao_ && (&row == &rows.back() || desfazendo());
+            gravar(grupo,
+                   nomeada                   ? operacao_
+                   : row.before && row.after ? kAlteracao
+                   : row.before              ? kExclusao
+                                             : kSemFundos,
+                   row);
+        }
+        if (operacao_)
+            grupo_ = grupo;
+    });
     if (!feito && rs_.State() == ado::State::Open)
         rs_.CancelUpdate();
 }
@@ -178,26 +206,21 @@ void Historico::anotarBordero(const QString& numero, ado::Currency soma,
         rs_.CancelUpdate();
 }
 
-void Historico::gravar(const ado::TableShape& table, const jet::Row* before,
-                       const jet::Row* after) {
-    const std::int32_t grupo = grupo_ != 0 ? grupo_ : novoGrupo();
+void Historico::gravar(std::int32_t grupo, const char* operacao, const Change& row) {
+    const auto& [table, before, after] = row;
     const jet::Row& registro = before ? *before : *after;
     const auto campo = [this](const char* nome) -> ado::Field& { return campos_.at(nome); };
-    abrirRegistro(grupo, operacao_         ? operacao_
-                         : before && after ? kAlteracao
-                         : before          ? kExclusao
-                                           : kSemFundos);
+    abrirRegistro(grupo, operacao);
     campo("tabela") = table.name();
-    for (const char* nome : kCopiados)
-        if (const auto onde = table.findColumn(nome))
-            campo(nome) = registro[*onde];
+    if (eDeCheques(table.name())) // others have no cheque to be found by
+        for (const char* nome : kCopiados)
+            if (const auto onde = table.findColumn(nome))
+                campo(nome) = registro[*onde];
     if (before)
         campo("antes") = RegistroEmTexto::escrever(table.columns(), *before);
     if (after)
         campo("depois") = RegistroEmTexto::escrever(table.columns(), *after);
     rs_.Update();
-    if (operacao_)
-        grupo_ = grupo;
 }
 
 /// A number that no other operation has, also none whose rows another station is about to write.

@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 
 namespace ado {
 class Connection;
@@ -17,8 +18,10 @@ class Connection;
 /// What was done with the cheques, row by row, in a table of the same file: who, when, what, and
 /// the whole row before and after it. It is stored with the change itself or not at all.
 ///
-/// Recorded are received cheques that are changed or deleted, and bounced ones, new ones too. Rows
-/// that one Operacao has changed share a number, `grupo`.
+/// Recorded are received cheques that are changed or deleted, and bounced ones, new ones too; and
+/// with a cheque all that goes along with it by a relationship, or that it goes along with, in
+/// whatever table. Rows that one Operacao has changed share a number, `grupo`, and so do those of
+/// one change; within it each stands before the one that it has followed.
 ///
 /// The table is made by the first such change; on a server it is there from the beginning, as a
 /// clerk makes none there. Where the file doesn't let the history be kept (a
@@ -70,6 +73,8 @@ public:
     [[nodiscard]] const QString& impedimento() const noexcept { return impedimento_; }
     /// Whether the table is there and has all of its fields.
     [[nodiscard]] bool legivel() const;
+    /// Whether a table is of those whose changes are recorded by themselves: the cheques.
+    [[nodiscard]] static bool eDeCheques(std::string_view tabela);
 
     /// Keeps that a deposit slip was made: its number, its sum and, if it is in the file, the bank.
     /// Not where no history is kept, or the file is only read. @throws what storing throws.
@@ -77,14 +82,14 @@ public:
                        const std::optional<std::int64_t>& banco);
 
     [[nodiscard]] bool keeps(const ado::TableShape& table, bool isNew) override;
-    void changed(const ado::TableShape& table, const jet::Row* before,
-                 const jet::Row* after) override;
+    void changed(std::span<const Change> rows) override;
 
 private:
     void preparar();
     /// Begins a record, whoever made it and when in it.
     void abrirRegistro(std::int32_t grupo, const char* operacao);
-    void gravar(const ado::TableShape& table, const jet::Row* before, const jet::Row* after);
+    void gravar(std::int32_t grupo, const char* operacao, const Change& row);
+    [[nodiscard]] bool desfazendo() const noexcept;
     template <class Trabalho>
     bool semParar(Trabalho&& trabalho);
     [[nodiscard]] std::int32_t novoGrupo();

@@ -2,6 +2,7 @@
 
 #include "jet/Error.h"
 #include "jet/Names.h"
+#include "jet/Numbers.h"
 #include "jet/TableDefinition.h"
 
 #include <algorithm>
@@ -174,6 +175,23 @@ jet::Currency quantiaDe(const std::string& texto) {
     return {numero<std::int64_t>(digitos)};
 }
 
+jet::Numeric decimalDe(std::string_view texto) {
+    const bool negativo = texto.starts_with('-');
+    std::string digitos(texto.substr(negativo ? 1 : 0));
+    const auto ponto = std::min(digitos.find('.'), digitos.size());
+    const auto decimais = digitos.size() - std::min(ponto + 1, digitos.size());
+    digitos.erase(ponto, 1);
+    const bool soDigitos = !digitos.empty() && std::ranges::all_of(digitos, [](char letra) {
+        return letra >= '0' && letra <= '9';
+    });
+    const auto lido = soDigitos
+                          ? jet::numericFrom(negativo, digitos, static_cast<std::uint8_t>(decimais))
+                          : std::nullopt;
+    if (!lido)
+        ilegivel(texto);
+    return *lido;
+}
+
 jet::Date momentoDe(const std::string& texto) {
     if (texto.starts_with('#'))
         return {numero<double>(std::string_view(texto).substr(1))};
@@ -241,7 +259,7 @@ jet::Value valorDe(jet::ColumnType tipo, const std::string& texto, bool entreAsp
     case jet::ColumnType::guid:
         return identificadorDe(texto);
     case jet::ColumnType::numeric:
-        throw Error(Errc::unsupported, "Um campo decimal não pode ser devolvido.");
+        return decimalDe(texto);
     case jet::ColumnType::binary:
     case jet::ColumnType::ole:
         break;

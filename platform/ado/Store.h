@@ -11,6 +11,7 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace jet {
 class Database;
@@ -37,6 +38,8 @@ public:
     [[nodiscard]] virtual bool hasTable(std::string_view name) = 0;
     /// By name, without regard to case. @throws Error{notFound}.
     [[nodiscard]] virtual TableShape shape(std::string_view name) = 0;
+    /// The places of its primary key's columns; none without one. @throws Error{notFound}.
+    [[nodiscard]] virtual std::vector<std::size_t> keyOf(std::string_view table) = 0;
     /// Why this table can't be changed, or nothing if it can. @throws Error{notFound}.
     [[nodiscard]] virtual std::optional<std::string> readOnlyReason(std::string_view table) = 0;
     /// @throws Error{exists, misuse, readOnly, full}.

@@ -43,6 +43,7 @@ class Table;
 struct Cascaded {
     const Table* table;
     RowId row;
+    Row before; ///< as it was until then; a row may change more than once
     bool erased;
 };
 
@@ -144,6 +145,11 @@ public:
     /// @throws Error{conflict} if the row has gone or isn't as expected, Error{related} if others
     ///         need it, Error{readOnly, locked}.
     std::vector<Cascaded> erase(RowId id, std::optional<std::uint64_t> expected = std::nullopt);
+
+    /// The tables whose rows the cascades of the file may change or erase when one of these is
+    /// updated so, or erased if `changes` is nothing. Where none begins here that costs nothing.
+    [[nodiscard]] std::vector<const Table*>
+    cascadesTo(std::optional<std::span<const Assignment>> changes);
 
     /// Enters all rows into an index that is empty, as extendTable() makes it.
     /// @throws Error{duplicate, nullValue}, having done a part.

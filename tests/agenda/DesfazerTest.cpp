@@ -2,6 +2,12 @@
 #include "agenda/Desfazer.h"
 
 #include "agenda/History.h"
+#include "support/Cluster.h"
+#include "support/FileRules.h"
+
+#include <algorithm>
+#include <iterator>
+#include <thread>
 
 namespace {
 
@@ -75,6 +81,169 @@ TEST_P(Undoing, TakesTheRecordOfABouncedChequeBack) {
     EXPECT_THAT(rows("select * from semfundos"), SizeIs(0));
     EXPECT_THAT(recorded("operacao, tabela"),
                 ElementsAre("sem fundos|semfundos", "desfazer|semfundos"));
+}
+
+/// A table beside the shop's, whose rows go with the cheques, and clients whose cheques go with
+/// them.
+class UndoingCascades : public Undoing {
+protected:
+    void SetUp() override {
+        Undoing::SetUp();
+        jet::TableSpec seen{
+            .name = "vistos",
+            .columns = {{.name = "dia", .type = jet::ColumnType::date},
+                        {.name = "quem", .type = jet::ColumnType::text, .width = 20},
+                        {.name = "cheque", .type = jet::ColumnType::longInteger}},
+            .indexes = {                                                       }
+        };
+        seen.indexes.push_back({
+            .name = "PrimaryKey", .columns = {{"dia"}, {"quem"}, {"cheque"}},
+                 .primary = true
+        });
+        if (hasDecimals())
+            seen.columns.push_back({.name = "fator", .type = jet::ColumnType::numeric, .scale = 2});
+        data().Automacao.store().createTable(seen);
+        given("vistos", {seenBy(1, "o dono"), seenBy(1, "D'Ávila"), seenBy(3, "o dono")});
+    }
+    [[nodiscard]] bool hasDecimals() const {
+        return static_cast<jet::Version>(GetParam()) == jet::Version::jet4;
+    }
+    [[nodiscard]] Row seenBy(int cheque, const char* who) const {
+        Row row{
+            {"dia", day(2026, 1, 9)},
+            {"quem",   words(who)          }
+        };
+        row.push_back({"cheque", number(cheque)});
+        if (hasDecimals())
+            row.push_back({"fator", words("-12,50")});
+        return row;
+    }
+    void relate(const char* child, const char* column, const char* parent, const char* key,
+                std::int64_t flags) {
+        using Flags = FileRelationship;
+        if (!onServer()) {
+            const FileRelationship bond{
+                std::string(child) + parent, child, {column}, parent, {key}, flags};
+            addRelationship(data().Automacao.database(), bond);
+            return data().Automacao.flush();
+        }
+        const auto before = data().Automacao.store().generation();
+        Cluster::relate(shop().line(),
+                        QString("%1 add foreign key (%2) references %3 (%4)%5%6")
+                            .arg(child, column, parent, key,
+                                 (flags & Flags::kCascadeUpdate) != 0 ? " on update cascade" : "",
+                                 (flags & Flags::kCascadeDelete) != 0 ? " on delete cascade"
+                                 : (flags & Flags::kCascadeNull) != 0 ? " on delete set null"
+                                                                      : "")
+                            .toStdString());
+        while (data().Automacao.store().generation() == before)
+            std::this_thread::yield(); // until it has been told
+    }
+    static Strings all() {
+        Strings rows = cheques();
+        for (const char* table :
+             {"vistos order by quem, cheque", "cliente_fornecedor order by codigo"})
+            std::ranges::copy(ShopTest::rows(QString("select * from %1").arg(table)),
+                              std::back_inserter(rows));
+        return rows;
+    }
+    static void deleteAna() {
+        execute("cliente_fornecedor", "nome='Ana Costa'", [](ado::Recordset& rs) { rs.Delete(); });
+    }
+    static constexpr auto kDeletes = FileRelationship::kCascadeDelete;
+    static constexpr auto kNulls = FileRelationship::kCascadeNull;
+    static constexpr auto kUpdates = FileRelationship::kCascadeUpdate;
+};
+INSTANTIATE_TEST_SUITE_P(, UndoingCascades, everywhere(), keptName);
+
+TEST_P(UndoingCascades, BringsAClientBackWithTheChequesThatWentAlong) {
+    relate("cheques", "cliente", "cliente_fornecedor", "codigo", kDeletes);
+    relate("vistos", "cheque", "cheques", "lancamento", kDeletes);
+    const Strings before = all();
+    deleteAna();
+    EXPECT_THAT(numbers(), ElementsAre("2", "4"));
+    EXPECT_THAT(rows("select * from vistos"), SizeIs(0));
+    EXPECT_THAT(recorded("operacao, tabela, cliente"),
+                testing::UnorderedElementsAre(
+                    "exclusão|vistos|", "exclusão|vistos|", "exclusão|vistos|",
+                    "exclusão|cheques|2", "exclusão|cheques|2", "exclusão|cliente_fornecedor|"));
+    EXPECT_EQ(recorded("tabela").back(), "cliente_fornecedor");
+    EXPECT_THAT(recorded("grupo"), testing::Each(recorded("grupo")[0]));
+    EXPECT_EQ(undoLast(), "");
+    EXPECT_EQ(all(), before);
+}
+
+TEST_P(UndoingCascades, GivesChequesTheirClientBackThatStayedWithoutOne) {
+    relate("cheques", "cliente", "cliente_fornecedor", "codigo", kNulls);
+    const Strings before = all();
+    deleteAna();
+    EXPECT_THAT(rows("select * from cheques where cliente is null"), SizeIs(2));
+    EXPECT_EQ(undoLast(), "");
+    EXPECT_EQ(all(), before);
+}
+
+TEST_P(UndoingCascades, BringsASettledChequeBackWithWhatWentAlong) {
+    relate("vistos", "cheque", "cheques", "lancamento", kDeletes);
+    const Strings before = all();
+    settle({0, 1});
+    EXPECT_THAT(rows("select * from vistos"), SizeIs(0));
+    EXPECT_THAT(recorded("operacao, tabela"),
+                ElementsAre("exclusão|vistos", "exclusão|vistos", "baixa|cheques",
+                            "exclusão|vistos", "baixa|cheques"));
+    EXPECT_EQ(undoLast(), "");
+    EXPECT_EQ(all(), before);
+    EXPECT_THAT(recorded("desfeito_por"), testing::Contains("").Times(5)) << "all but the undoing";
+}
+
+TEST_P(UndoingCascades, TakesANewKeyBackWithAllThatHasFollowedIt) {
+    data().Automacao.store().createTable(
+        {.name = "caixas",
+         .columns = {{.name = "nome", .type = jet::ColumnType::text, .width = 20}},
+         .indexes = {{.name = "PrimaryKey", .columns = {{"nome"}}, .primary = true}}});
+    for (const char* name : {"o dono", "D'Ávila"})
+        given("caixas", {{{"nome", words(name)}}});
+    execute("cheques", "lancamento<3", [](ado::Recordset& rs) {
+        for (; !rs.EOF(); rs.MoveNext()) {
+            rs["autorizou"] = "D'Ávila";
+            rs.Update();
+        }
+    });
+    relate("cheques", "autorizou", "caixas", "nome", kUpdates);
+    relate("vistos", "quem", "caixas", "nome", kUpdates); // in whose key it stands
+    const Strings before = all();
+    execute("caixas", "nome='D''Ávila'", [](ado::Recordset& rs) {
+        rs["nome"] = "Dora";
+        rs.Update();
+    });
+    EXPECT_THAT(rows("select * from cheques where autorizou='Dora'"), SizeIs(2));
+    EXPECT_THAT(rows("select * from vistos where quem='Dora'"), SizeIs(1));
+    EXPECT_EQ(undoLast(), "");
+    EXPECT_EQ(all(), before);
+    EXPECT_THAT(rows("select * from caixas where nome='Dora'"), SizeIs(0));
+}
+
+TEST_P(UndoingCascades, IsRefusedWhereWhatWentAlongCantComeBack) {
+    relate("cheques", "cliente", "cliente_fornecedor", "codigo", kDeletes);
+    deleteAna();
+    Row other = client("Outra Ana");
+    other.push_back({"codigo", number(kAna)});
+    given("cliente_fornecedor", {other});
+    const Strings before = all();
+    EXPECT_EQ(undoLast(), "O registro da tabela \"cliente_fornecedor\", que foi com um cheque, não "
+                          "pode voltar: já há outro registro com a mesma chave.\n\nNada foi "
+                          "desfeito.");
+    EXPECT_EQ(all(), before);
+}
+
+TEST_P(UndoingCascades, StandInTheListByTheirTablesAndDontCountAsCheques) {
+    relate("cheques", "cliente", "cliente_fornecedor", "codigo", kDeletes);
+    deleteAna();
+    auto& form = FormTest::open<FrmHistorico>();
+    EXPECT_THAT(listed(form, 3), testing::Contains("(cliente_fornecedor)").Times(1));
+    EXPECT_EQ(text(form, "lblsoma"), "2 cheques. Total: 41,00");
+    undo(form, 0, "Deseja realmente desfazer a operação \"exclusão\" de 2 cheques ?");
+    EXPECT_THAT(numbers(), SizeIs(4));
+    form.unload();
 }
 
 TEST_P(Undoing, StandsInTheHistoryAndIsDoneOnce) {

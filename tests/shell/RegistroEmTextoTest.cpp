@@ -1,11 +1,13 @@
 #include "shell/RegistroEmTexto.h"
 
 #include "jet/Error.h"
+#include "jet/Numbers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string>
 
 namespace {
 
@@ -29,6 +31,7 @@ const std::vector<jet::Column>& columns() {
         column("taxa", ColumnType::real),
         column("foto", ColumnType::ole),
         column("marca", ColumnType::guid),
+        column("fator", ColumnType::numeric),
     };
     return all;
 }
@@ -43,7 +46,8 @@ jet::Row usual() {
         true,
         0.5,
         jet::Bytes{std::byte{0},         std::byte{255}},
-        Value{         }
+        Value{         },
+        jet::numericFrom(true, "1250", 2).value()
     };
 }
 
@@ -58,31 +62,35 @@ jet::Row readAgain(const jet::Row& row) {
 TEST(RowAsText, CanBeReadByPeople) {
     EXPECT_EQ(RegistroEmTexto::escrever(columns(), usual()),
               "[lancamento]=12 [valor]=1234,5678 [bom para]=2026-04-01 [observação]=\"nada\" "
-              "[descontar]=verdadeiro [taxa]=0.5 [foto]=0x00ff [marca]=nulo");
+              "[descontar]=verdadeiro [taxa]=0.5 [foto]=0x00ff [marca]=nulo [fator]=-12.50");
 }
 
 TEST(RowAsText, GivesExactlyTheRowAgain) {
     const std::pair<std::size_t, Value> cases[] = {
-        {0, Value{}                                                    },
-        {0, std::int64_t{-2147483648}                                  },
-        {1, jet::Currency{std::numeric_limits<std::int64_t>::min() + 1}},
-        {1, jet::Currency{std::numeric_limits<std::int64_t>::max()}    },
-        {1, jet::Currency{-1}                                          },
-        {1, jet::Currency{-10001}                                      },
-        {2, Value{}                                                    },
-        {2, jet::Date::of({2026, 4, 1, 23, 59, 59})                    },
-        {2, jet::Date::of({100, 1, 1, 0, 0, 0})                        },
-        {2, jet::Date{46113.123456789}                                 },
-        {2, jet::Date{1e300}                                           },
-        {3, std::string()                                              },
-        {3, Value{}                                                    },
-        {3, std::string("nulo")                                        },
-        {3, std::string("a \"b\" \\ [valor]=7\r\nfim \\")              },
-        {4, false                                                      },
-        {5, 1e-300                                                     },
-        {5, 0.1 + 0.2                                                  },
-        {6, jet::Bytes{}                                               },
-        {7, jet::Guid{{std::byte{1}, std::byte{0xAB}}}                 },
+        {0,                       Value{}                                                    },
+        {0,                       std::int64_t{-2147483648}                                  },
+        {1,                       jet::Currency{std::numeric_limits<std::int64_t>::min() + 1}},
+        {1,                       jet::Currency{std::numeric_limits<std::int64_t>::max()}    },
+        {1,                       jet::Currency{-1}                                          },
+        {1,                       jet::Currency{-10001}                                      },
+        {2,                       Value{}                                                    },
+        {2,                       jet::Date::of({2026, 4, 1, 23, 59, 59})                    },
+        {2,                       jet::Date::of({100, 1, 1, 0, 0, 0})                        },
+        {2,                       jet::Date{46113.123456789}                                 },
+        {2,                       jet::Date{1e300}                                           },
+        {3,                       std::string()                                              },
+        {3,                       Value{}                                                    },
+        {3,                       std::string("nulo")                                        },
+        {3,                       std::string("a \"b\" \\ [valor]=7\r\nfim \\")              },
+        {4,                       false                                                      },
+        {5,                       1e-300                                                     },
+        {5,                       0.1 + 0.2                                                  },
+        {6,                       jet::Bytes{}                                               },
+        {7,                       jet::Guid{{std::byte{1}, std::byte{0xAB}}}                 },
+        {8,                       jet::numericFrom(false,                                      "7", 0).value()},
+        {8,             jet::numericFrom(false,                                                                        "", 4).value()},
+        {8,jet::numericFrom(true,std::string(28, '9'), 28).value()},
+        {8,                       Value{}                                                                                 },
     };
     EXPECT_EQ(readAgain(usual()), usual());
     for (const auto& [place, value] : cases) {
@@ -133,7 +141,11 @@ TEST(RowAsText, OtherTextsAreRefused) {
                              "[foto]=0x0",
                              "[foto]=0xzz",
                              "[marca]=0x00",
-                             "[taxa]="})
+                             "[taxa]=",
+                             "[fator]=1,5",
+                             "[fator]=-",
+                             "[fator]=1.2.3",
+                             "[fator]=12345678901234567890123456789"})
         EXPECT_EQ(codeOf(text), jet::Errc::corrupt) << text;
     EXPECT_EQ(codeOf("[outro]=1"), jet::Errc::notFound);
 }

@@ -202,6 +202,12 @@ std::string Cluster::answer(const std::string& address, const std::string& sql) 
     return ado::ServerWire(address).run(sql).field(0, 0).value_or("null");
 }
 
+void Cluster::relate(const std::string& address, const std::string& change) {
+    answer(address, "do $$ begin alter table " + change +
+                        "; perform pg_notify('valtrino', '*'), "
+                        "pg_notify('valtrino', 'cheques:0'); end $$");
+}
+
 /// A database costs more to make than to empty; and to cut tables off more than to delete their few
 /// rows, of which nobody is to hear.
 void Cluster::giveBack(const std::string& address) {
@@ -222,6 +228,10 @@ void Cluster::giveBack(const std::string& address) {
     ado::ServerWire wire(address);
     static_cast<void>(wire.run("do $$ declare other text; begin "
                                "set local session_replication_role = replica; "
+                               "for other in select format('alter table %s drop constraint %I', "
+                               "conrelid::regclass, conname) from pg_catalog.pg_constraint "
+                               "where contype = 'f' and connamespace = 'valtrino'::regnamespace "
+                               "loop execute other; end loop; "
                                "for other in select tablename from pg_catalog.pg_tables "
                                "where schemaname = 'valtrino' and tablename not in (" +
                                names + ") loop execute format('drop table %I', other); end loop; " +

@@ -49,6 +49,8 @@ public:
     /// What the server says to a statement there, by the owner of the server: the first field of
     /// its answer. @throws jet::Error.
     static std::string answer(const std::string& address, const std::string& sql);
+    /// Adds a foreign key to a table, as "cheques add foreign key ..."; who is connected is told.
+    static void relate(const std::string& address, const std::string& change);
     void giveBack(const std::string& address);
     /// What the server writes down.
     [[nodiscard]] std::filesystem::path log() const;

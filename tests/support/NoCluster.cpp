@@ -15,5 +15,6 @@ std::string Cluster::newDatabase() { return {}; }
 std::string Cluster::answer(const std::string& /*address*/, const std::string& /*sql*/) {
     return {};
 }
+void Cluster::relate(const std::string& /*address*/, const std::string& /*change*/) {}
 void Cluster::giveBack(const std::string& /*address*/) {}
 void Cluster::crash() {}

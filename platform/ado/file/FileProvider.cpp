@@ -38,6 +38,15 @@ bool FileProvider::hasTable(std::string_view name) { return database().hasTable(
 
 TableShape FileProvider::shape(std::string_view name) { return shapeOf(database().table(name)); }
 
+std::vector<std::size_t> FileProvider::keyOf(std::string_view name) {
+    const jet::Table& table = database().table(name);
+    std::vector<std::size_t> places;
+    if (const auto primary = table.primaryKey())
+        for (const jet::IndexColumn& column : table.indexes()[*primary].columns)
+            places.push_back(column.column);
+    return places;
+}
+
 std::optional<std::string> FileProvider::readOnlyReason(std::string_view table) {
     return database().table(table).readOnlyReason();
 }

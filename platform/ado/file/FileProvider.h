@@ -35,6 +35,7 @@ public:
     [[nodiscard]] bool isBroken() const noexcept override;
     [[nodiscard]] bool hasTable(std::string_view name) override;
     [[nodiscard]] TableShape shape(std::string_view name) override;
+    [[nodiscard]] std::vector<std::size_t> keyOf(std::string_view table) override;
     [[nodiscard]] std::optional<std::string> readOnlyReason(std::string_view table) override;
     void createTable(const jet::TableSpec& spec) override;
     void claim() override;

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
+#include <utility>
 
 namespace ado {
 
@@ -64,27 +66,70 @@ void FileSession::note(const std::vector<jet::Cascaded>& others) {
               other.erased ? RowChange::Kind::erased : RowChange::Kind::changed});
 }
 
-/// Makes one row's change, which says where the row is afterwards, and has it recorded.
+/// Makes one row's change, an update if there are `changes`, and has it recorded. The change gives
+/// where the row is afterwards, and adds what went along with it.
 template <class Change>
-void FileSession::recorded(const jet::Table& table, std::optional<jet::RowId> before,
+void FileSession::recorded(jet::Table& table, std::optional<jet::RowId> before,
+                           std::optional<std::span<const jet::Assignment>> changes,
                            Change&& change) {
-    if (!recorder_ || !recorder_->keeps(shapeOf(table), !before)) {
-        change();
-        return;
+    std::vector<jet::Cascaded> others;
+    const bool own = recorder_ && recorder_->keeps(shapeOf(table), !before);
+    std::vector<const jet::Table*> kept;
+    if (recorder_ && !own && before)
+        std::ranges::copy_if(
+            table.cascadesTo(changes), std::back_inserter(kept),
+            [&](const jet::Table* other) { return recorder_->keeps(shapeOf(*other), false); });
+    if (!own && kept.empty()) {
+        change(others);
+    } else {
+        database_.asOne([&] {
+            const auto was = before ? table.read(*before) : std::nullopt;
+            const std::optional<jet::RowId> after = change(others);
+            settle(); // so that the record isn't taken for a stranger's work
+            if (own || std::ranges::any_of(others, [&](const jet::Cascaded& other) {
+                    return std::ranges::find(kept, other.table) != kept.end();
+                }))
+                record(table, after, was ? &*was : nullptr, others);
+        });
     }
-    database_.asOne([&] {
-        const auto was = before ? table.read(*before) : std::nullopt;
-        const std::optional<jet::RowId> after = change();
-        settle(); // so that the record isn't taken for a stranger's work
-        const auto is = after ? table.read(*after) : std::nullopt;
-        recorder_->changed(shapeOf(table), was ? &*was : nullptr, is ? &*is : nullptr);
-    });
+    note(others);
+}
+
+/// `row` is where the row is by now, `others` lose what they were.
+void FileSession::record(const jet::Table& table, std::optional<jet::RowId> row,
+                         const jet::Row* before, std::vector<jet::Cascaded>& others) {
+    struct Followed {
+        const jet::Table* table;
+        jet::Row before;
+        std::optional<jet::Row> after;
+    };
+    std::vector<Followed> followed; // its place is that of its last change, the others first
+    std::map<std::pair<const jet::Table*, jet::RowId>, std::size_t> places;
+    followed.reserve(others.size());
+    for (auto other = others.rbegin(); other != others.rend(); ++other) {
+        if (other->table == &table && other->row == row)
+            continue; // the row itself, once more
+        const auto [place, isNew] = places.try_emplace({other->table, other->row}, followed.size());
+        if (isNew)
+            followed.push_back(
+                {other->table, {}, other->erased ? std::nullopt : other->table->read(other->row)});
+        followed[place->second].before = std::move(other->before);
+    }
+    const auto after = row ? table.read(*row) : std::nullopt;
+    std::vector<Recorder::Change> rows;
+    rows.reserve(followed.size() + 1);
+    for (const Followed& one : followed)
+        rows.push_back({shapeOf(*one.table), &one.before, one.after ? &*one.after : nullptr});
+    rows.push_back({shapeOf(table), before, after ? &*after : nullptr});
+    recorder_->changed(rows);
 }
 
 jet::RowId FileSession::insert(jet::Table& table, std::span<const jet::Assignment> given) {
     lookForStrangers();
     jet::RowId row;
-    recorded(table, std::nullopt, [&] { return std::optional(row = table.insert(given)); });
+    recorded(table, std::nullopt, given, [&](std::vector<jet::Cascaded>& /*others*/) {
+        return std::optional(row = table.insert(given));
+    });
     note({&table, row, RowChange::Kind::added});
     return row;
 }
@@ -93,24 +138,21 @@ void FileSession::update(jet::Table& table, jet::RowId row,
                          std::span<const jet::Assignment> changes,
                          std::optional<std::uint64_t> expected) {
     lookForStrangers();
-    std::vector<jet::Cascaded> others;
-    recorded(table, row, [&] {
+    recorded(table, row, changes, [&](std::vector<jet::Cascaded>& others) {
         others = table.update(row, changes, expected);
         return std::optional(row);
     });
     note({&table, row, RowChange::Kind::changed});
-    note(others);
 }
 
 void FileSession::erase(jet::Table& table, jet::RowId row, std::optional<std::uint64_t> expected) {
     lookForStrangers();
-    std::vector<jet::Cascaded> others;
-    recorded(table, row, [&]() -> std::optional<jet::RowId> {
-        others = table.erase(row, expected);
-        return std::nullopt;
-    });
+    recorded(table, row, std::nullopt,
+             [&](std::vector<jet::Cascaded>& others) -> std::optional<jet::RowId> {
+                 others = table.erase(row, expected);
+                 return std::nullopt;
+             });
     note({&table, row, RowChange::Kind::erased});
-    note(others);
 }
 
 void FileSession::begin() {

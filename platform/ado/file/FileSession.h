@@ -74,7 +74,10 @@ private:
     void commitBy(void (jet::Database::*way)());
     void settle();
     template <class Change>
-    void recorded(const jet::Table& table, std::optional<jet::RowId> before, Change&& change);
+    void recorded(jet::Table& table, std::optional<jet::RowId> before,
+                  std::optional<std::span<const jet::Assignment>> changes, Change&& change);
+    void record(const jet::Table& table, std::optional<jet::RowId> row, const jet::Row* before,
+                std::vector<jet::Cascaded>& others);
     void note(const RowChange& change);
     void note(const std::vector<jet::Cascaded>& others);
 

@@ -20,6 +20,16 @@ struct ServerTable {
     };
     std::vector<Type> types;
     std::vector<std::size_t> key; ///< places of the primary key's columns; none without one
+    /// A foreign key of another table, or of this one, by which rows there change with those here.
+    struct Bond {
+        unsigned child;                   ///< the server's number of that table
+        std::vector<std::size_t> columns; ///< here, and in their order there
+        std::vector<std::size_t> childColumns;
+        bool cascadesUpdates;
+        bool cascadesDeletes;
+        bool nullsOnDelete;
+    };
+    std::vector<Bond> bonds;
 
     [[nodiscard]] TableShape shape() const { return {name, columns}; }
 };
@@ -32,6 +42,8 @@ public:
 
     /// By name, without regard to case; null if there is none.
     [[nodiscard]] const ServerTable* find(std::string_view name) const;
+    /// The same by the server's number.
+    [[nodiscard]] const ServerTable* find(unsigned number) const;
     /// The name of the table that the server has a number for, or "".
     [[nodiscard]] std::string nameOf(unsigned number) const;
     /// How the server spells names. @throws Error{notFound} of a table that the shop hasn't.

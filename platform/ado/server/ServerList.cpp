@@ -459,7 +459,7 @@ std::optional<std::uint64_t> ServerList::versionToErase(std::optional<std::uint6
 void ServerList::erase(std::optional<std::uint64_t> expected) {
     const bool known = now() == neighbours_;
     const ServerRow before = here();
-    session_.change(*query_.keyed(), &before, [&]() -> std::optional<ServerRow> {
+    session_.erase(*query_.keyed(), before, [&]() -> std::optional<ServerRow> {
         const auto fingerprint =
             expected ? std::optional(static_cast<std::int64_t>(*expected)) : std::nullopt;
         const ServerStatement statement = query_.erase(before, fingerprint);

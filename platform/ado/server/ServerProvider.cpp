@@ -73,15 +73,19 @@ bool ServerProvider::hasTable(std::string_view name) {
     return session_.catalog().find(name) != nullptr;
 }
 
-TableShape ServerProvider::shape(std::string_view name) {
+const ServerTable& ServerProvider::table(std::string_view name) {
     const ServerTable* const table = session_.catalog().find(name);
     if (table == nullptr)
         throw jet::Error(jet::Errc::notFound, "Não existe a tabela \"" + std::string(name) + "\".");
-    return table->shape();
+    return *table;
 }
 
-std::optional<std::string> ServerProvider::readOnlyReason(std::string_view table) {
-    static_cast<void>(shape(table));
+TableShape ServerProvider::shape(std::string_view name) { return table(name).shape(); }
+
+std::vector<std::size_t> ServerProvider::keyOf(std::string_view name) { return table(name).key; }
+
+std::optional<std::string> ServerProvider::readOnlyReason(std::string_view name) {
+    static_cast<void>(table(name));
     return readOnlyReason();
 }
 

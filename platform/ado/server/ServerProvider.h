@@ -36,6 +36,7 @@ public:
     [[nodiscard]] bool isBroken() const noexcept override { return false; }
     [[nodiscard]] bool hasTable(std::string_view name) override;
     [[nodiscard]] TableShape shape(std::string_view name) override;
+    [[nodiscard]] std::vector<std::size_t> keyOf(std::string_view table) override;
     [[nodiscard]] std::optional<std::string> readOnlyReason(std::string_view table) override;
     void createTable(const jet::TableSpec& spec) override { session_.createTable(spec); }
     /// Whoever is about to change anything waits until the transaction ends.
@@ -51,6 +52,8 @@ public:
     [[nodiscard]] bool isTakenByOther() const override { return false; }
 
 private:
+    [[nodiscard]] const ServerTable& table(std::string_view name);
+
     ServerSession session_;
 };
 

@@ -4,7 +4,9 @@
 #include "ado/server/ServerValue.h"
 #include "jet/Error.h"
 
+#include <algorithm>
 #include <charconv>
+#include <deque>
 
 namespace ado {
 
@@ -92,9 +94,23 @@ ServerRows ServerSession::write(const ServerStatement& statement) {
     return wire_.inTransaction() ? wire_.run(statement) : wire_.runAlone(statement);
 }
 
-void ServerSession::change(const ServerTable& table, const ServerRow* before,
+/// The tables that a change here may reach and of which a record is kept.
+std::set<const ServerTable*> ServerSession::keptAlong(const ServerTable& table) {
+    std::set<const ServerTable*> kept;
+    if (!table.bonds.empty())
+        for (const ServerTable* const other : cascadeTargets(catalog_, table))
+            if (recorder_->keeps(other->shape(), false))
+                kept.insert(other);
+    return kept;
+}
+
+void ServerSession::change(const ServerTable& table, const ServerRow* before, bool erases,
                            const Change& change) {
-    const bool kept = recorder_ != nullptr && recorder_->keeps(table.shape(), before == nullptr);
+    const bool itself = recorder_ != nullptr && recorder_->keeps(table.shape(), before == nullptr);
+    const auto along = recorder_ != nullptr && !itself && before != nullptr
+                           ? keptAlong(table)
+                           : std::set<const ServerTable*>();
+    const bool kept = itself || !along.empty();
     const bool own = kept && !wire_.inTransaction();
     const bool within = kept && !own;
     if (own)
@@ -105,16 +121,21 @@ void ServerSession::change(const ServerTable& table, const ServerRow* before,
         wire_.mark();
     const std::uint64_t counted = unwritten_;
     try {
-        const std::optional<ServerRow> after = change();
+        FollowedRow row{&table, before != nullptr ? *before : ServerRow(), std::nullopt};
+        std::vector<FollowedRow> followed;
+        if (kept && erases)
+            followed = followingRows(wire_, catalog_, row);
+        row.after = change();
         ++moment_.own;
         ++inTable_[table.name].own;
         changed_.insert(table.name);
         ++(wire_.inTransaction() ? unwritten_ : written_);
-        if (kept) {
-            const auto was =
-                before != nullptr ? std::optional(rowOf(table, *before)) : std::nullopt;
-            const auto is = after ? std::optional(rowOf(table, *after)) : std::nullopt;
-            recorder_->changed(table.shape(), was ? &*was : nullptr, is ? &*is : nullptr);
+        if (kept && before != nullptr && row.after)
+            followed = followingRows(wire_, catalog_, row);
+        if (itself || std::ranges::any_of(followed, [&](const FollowedRow& other) {
+                return along.contains(other.table);
+            })) {
+            record(before != nullptr, row, followed);
             unwritten_ = counted + 1; // what is recorded counts with it
         }
         if (within)
@@ -131,6 +152,24 @@ void ServerSession::change(const ServerTable& table, const ServerRow* before,
         }
         throw;
     }
+}
+
+void ServerSession::record(bool wasThere, const FollowedRow& row,
+                           const std::vector<FollowedRow>& followed) {
+    std::deque<jet::Row> values; // which the changes look at
+    std::vector<Recorder::Change> changes;
+    changes.reserve(followed.size() + 1);
+    const auto tell = [&](const FollowedRow& one, bool was) {
+        const auto of = [&](const ServerRow& stored) {
+            return &values.emplace_back(rowOf(*one.table, stored));
+        };
+        changes.push_back({one.table->shape(), was ? of(one.before) : nullptr,
+                           one.after ? of(*one.after) : nullptr});
+    };
+    for (auto one = followed.rbegin(); one != followed.rend(); ++one)
+        tell(*one, true);
+    tell(row, wasThere);
+    recorder_->changed(changes);
 }
 
 void ServerSession::begin() {

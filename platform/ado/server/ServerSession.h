@@ -1,8 +1,7 @@
 #pragma once
 
 #include "ado/Recorder.h"
-#include "ado/server/ServerCatalog.h"
-#include "ado/server/ServerQuery.h"
+#include "ado/server/ServerCascades.h"
 #include "jet/TableSpec.h"
 
 #include <functional>
@@ -50,7 +49,12 @@ public:
     /// One change of one row. `before` is the row as it was, null for a new one; `change` makes the
     /// change and gives the row as it is then, nothing for one erased.
     using Change = std::function<std::optional<ServerRow>()>;
-    void change(const ServerTable& table, const ServerRow* before, const Change& change);
+    void change(const ServerTable& table, const ServerRow* before, const Change& change) {
+        this->change(table, before, false, change);
+    }
+    void erase(const ServerTable& table, const ServerRow& before, const Change& change) {
+        this->change(table, &before, true, change);
+    }
 
     /// What changes a row: see there.
     ServerRows write(const ServerStatement& statement);
@@ -66,6 +70,10 @@ public:
     void leave(NewsListener& listener) noexcept { std::erase(listeners_, &listener); }
 
 private:
+    void change(const ServerTable& table, const ServerRow* before, bool erases,
+                const Change& change);
+    [[nodiscard]] std::set<const ServerTable*> keptAlong(const ServerTable& table);
+    void record(bool wasThere, const FollowedRow& row, const std::vector<FollowedRow>& followed);
     void hear(std::string_view payload, bool own);
     void forget();
     void changeAnywhere(std::uint64_t Moment::*whose);

@@ -96,9 +96,10 @@ void Consequences::follow(Left left) {
 void Consequences::carryOut(const Cascade& cascade) {
     const RelationshipEnd& end = cascade.bond->child;
     Table& table = tableAt(database_, end);
-    if (!table.reader().read(cascade.child))
+    auto before = table.read(cascade.child);
+    if (!before)
         return; // another cascade has been here
-    cascaded_.push_back({&table, cascade.child, !cascade.values});
+    cascaded_.push_back({&table, cascade.child, std::move(*before), !cascade.values});
     if (!cascade.values) {
         table.eraseRow(cascade.child, *this);
         return;

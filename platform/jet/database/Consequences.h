@@ -24,7 +24,7 @@ public:
     /// Table::erase() for the rows that change with the first.
     void settle();
 
-    /// The rows changed or erased by cascades, in that order.
+    /// The rows changed or erased by cascades, in that order: each after what it follows from.
     [[nodiscard]] std::vector<Cascaded> takeCascaded() noexcept { return std::move(cascaded_); }
 
 private:

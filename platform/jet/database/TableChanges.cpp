@@ -341,6 +341,34 @@ void Table::changeRow(RowId id, std::span<const Assignment> changes, Consequence
     my.noteCatalogChange();
 }
 
+std::vector<const Table*> Table::cascadesTo(std::optional<std::span<const Assignment>> changes) {
+    std::vector<const Table*> found;
+    const auto follow = [&](const Relationship& bond, const Table& from) {
+        if (bond.parent.definition != from.definition().page())
+            return;
+        const Table* const child = &parts_->owner.table(bond.child.table);
+        if (std::ranges::find(found, child) == found.end())
+            found.push_back(child);
+    };
+    if (readOnlyReason() || !parts_->rules)
+        return found;
+    for (const Relationship& bond : parts_->rules->relationships())
+        if (changes ? bond.cascadesUpdates &&
+                          std::ranges::any_of(*changes,
+                                              [&](const Assignment& change) {
+                                                  return std::ranges::find(bond.parent.columns,
+                                                                           change.column) !=
+                                                         bond.parent.columns.end();
+                                              })
+                    : bond.cascadesDeletes || bond.nullsOnDelete)
+            follow(bond, *this);
+    for (std::size_t i = 0; i < found.size(); ++i) // which grows meanwhile
+        for (const Relationship& bond : relationshipsOf(parts_->owner, *found[i]))
+            if (bond.cascadesUpdates || bond.cascadesDeletes || bond.nullsOnDelete)
+                follow(bond, *found[i]);
+    return found;
+}
+
 std::vector<Cascaded> Table::erase(RowId id, std::optional<std::uint64_t> expected) {
     const auto change = parts_->owner.parts_->change();
     requireWritable();

@@ -2,12 +2,16 @@
 // with the change it is about, or neither does.
 #include "ado/Recorder.h"
 
+#include "ado/ConnectionString.h"
 #include "ado/Shop.h"
+#include "support/Cluster.h"
+#include "support/FileRules.h"
 #include "support/Versions.h"
 
 #include <gmock/gmock.h>
 
 #include <optional>
+#include <thread>
 
 namespace {
 
@@ -25,17 +29,21 @@ public:
     bool keeps(const ado::TableShape& table, bool isNew) override {
         return table.name() == "bancos" && !(isNew && leavesNew);
     }
-    void changed(const ado::TableShape& table, const jet::Row* before,
-                 const jet::Row* after) override {
-        const std::size_t name = *table.findColumn("nome");
-        const auto named = [&](const jet::Row* row) {
-            const auto* const text = row ? std::get_if<std::string>(&(*row)[name]) : nullptr;
-            return text ? *text : "-";
-        };
+    void changed(std::span<const Change> rows) override {
         if (!notes_.has_value())
             notes_.emplace().Open("semfundos", connection_);
+        std::string said;
+        for (const auto& [table, before, after] : rows) {
+            const auto owned = table.findColumn("nome");
+            const std::size_t name = owned ? *owned : *table.findColumn("numero");
+            const auto named = [&](const jet::Row* row) {
+                const auto* const text = row ? std::get_if<std::string>(&(*row)[name]) : nullptr;
+                return text ? *text : "-";
+            };
+            said += (said.empty() ? "" : ", ") + named(before) + ">" + named(after);
+        }
         notes_->AddNew();
-        (*notes_)["empresa"] = named(before) + ">" + named(after);
+        (*notes_)["empresa"] = said;
         notes_->Update();
         if (refuses)
             throw jet::Error(Errc::full, "no room");
@@ -88,6 +96,128 @@ TEST_P(RecorderTest, ToldOfEachChangeWithTheRowBeforeAndAfter) {
     changeAll();
     EXPECT_THAT(notesOf(noted), ElementsAre("->Norte", "Norte>Leste", "Leste>-"));
     EXPECT_THAT(names(), ElementsAre("Sul"));
+}
+
+/// What goes along with a bank: its cheques, and with them what is noted of those.
+class RecorderOfCascades : public RecorderTest {
+protected:
+    RecorderOfCascades() {
+        makeTable({
+            "vistos",
+            {{"codigo", jet::ColumnType::longInteger, 0, true},
+              {"cheque", jet::ColumnType::longInteger},
+              {"numero", jet::ColumnType::text, 20}},
+            {{"PrimaryKey", {{"codigo"}}, true}            }
+        });
+        for (const char* numero : {"101", "102", "103"})
+            add("cheques", {
+                               {"banco",  std::int64_t{numero == std::string("103") ? 2 : 1}},
+                               {"numero", std::string(numero)                               }
+            });
+        add("bancos", {
+                          {"nome", std::string("Sol")}
+        });
+        add("vistos", {
+                          {"cheque", std::int64_t{2}  },
+                          {"numero", std::string("v2")}
+        });
+        connection.flush();
+        banks.Requery();
+    }
+    void relate(const char* child, const char* column, const char* parent, const char* key,
+                std::int64_t flags) {
+        using Flags = FileRelationship;
+        if (!onServer())
+            return addRelationship(
+                connection.database(),
+                {std::string(child) + parent, child, {column}, parent, {key}, flags});
+        const auto before = connection.store().generation();
+        Cluster::relate(ado::serverAddress(connectionString()).value(),
+                        std::string(child) + " add foreign key (" + column + ") references " +
+                            parent + " (" + key + ")" +
+                            ((flags & Flags::kCascadeUpdate) != 0 ? " on update cascade" : "") +
+                            ((flags & Flags::kCascadeDelete) != 0 ? " on delete cascade"
+                             : (flags & Flags::kCascadeNull) != 0 ? " on delete set null"
+                                                                  : ""));
+        while (connection.store().generation() == before)
+            std::this_thread::yield(); // until it has been told
+    }
+    static constexpr auto kDeletes = FileRelationship::kCascadeDelete;
+    static constexpr auto kNulls = FileRelationship::kCascadeNull;
+    static constexpr auto kUpdates = FileRelationship::kCascadeUpdate;
+};
+INSTANTIATE_TEST_SUITE_P(, RecorderOfCascades, everywhere(), keptName);
+
+TEST_P(RecorderOfCascades, ToldOfAllThatGoesWithARowEachBeforeWhatItFollows) {
+    relate("cheques", "banco", "bancos", "codigo", kDeletes);
+    relate("vistos", "cheque", "cheques", "lancamento", kDeletes);
+    connection.flush();
+    const auto written = connection.store().tally().written;
+    banks.Delete();
+    connection.flush();
+    EXPECT_EQ(connection.store().tally().written, written + 1);
+    const Strings said = notesOf(noted);
+    ASSERT_THAT(said, testing::SizeIs(1));
+    EXPECT_THAT(said[0], testing::AnyOf("v2>-, 102>-, 101>-, Sul>-", "v2>-, 101>-, 102>-, Sul>-",
+                                        "101>-, v2>-, 102>-, Sul>-"));
+    EXPECT_THAT(column("select numero from cheques", "numero"), ElementsAre("103"));
+    EXPECT_THAT(column("select numero from vistos", "numero"), IsEmpty());
+}
+
+TEST_P(RecorderOfCascades, ToldOfWhatStaysWithoutAParent) {
+    relate("cheques", "banco", "bancos", "codigo", kNulls);
+    banks.Delete();
+    EXPECT_THAT(notesOf(noted),
+                ElementsAre(testing::AnyOf("102>102, 101>101, Sul>-", "101>101, 102>102, Sul>-")));
+    EXPECT_THAT(column("select * from cheques order by lancamento", "banco"),
+                ElementsAre("", "", "2"));
+}
+
+TEST_P(RecorderOfCascades, ToldOfTheNewKeyInEachRow) {
+    makeTable({
+        "donos",
+        {{"nome", jet::ColumnType::text, 50}, {"fone", jet::ColumnType::text, 20}},
+        {{"PrimaryKey", {{"nome"}}, true}                                  }
+    });
+    for (const char* name : {"Sul", "Sol"})
+        add("donos", {
+                         {"nome", std::string(name)}
+        });
+    relate("bancos", "nome", "donos", "nome", kUpdates);
+    Recordset owner;
+    owner.Open("select * from donos where nome='Sul'", connection);
+    owner["fone"] = "1";
+    owner.Update();
+    EXPECT_THAT(notesOf(noted), IsEmpty()) << "the key is as it was";
+    owner["nome"] = "Sal";
+    owner.Update();
+    EXPECT_THAT(notesOf(noted), ElementsAre("Sul>Sal, Sul>Sal"));
+    EXPECT_THAT(names(), ElementsAre("Sal", "Sol"));
+}
+
+TEST_P(RecorderOfCascades, ToldOfATableThatNoRecordIsKeptOfWhereOneReachesAnother) {
+    relate("bancos", "cod_banco", "cheques", "lancamento", kDeletes);
+    Recordset cheques;
+    cheques.Open("select * from cheques order by lancamento", connection);
+    cheques.Delete(); // the bank with that code
+    EXPECT_THAT(notesOf(noted), ElementsAre("Sul>-, 101>-"));
+    cheques.MoveNext();
+    cheques.Delete(); // which no bank has
+    EXPECT_THAT(notesOf(noted), testing::SizeIs(1));
+    EXPECT_THAT(names(), ElementsAre("Sol"));
+}
+
+TEST_P(RecorderOfCascades, WhatItRefusesUndoesAllThatHasFollowed) {
+    relate("cheques", "banco", "bancos", "codigo", kDeletes);
+    notes.refuses = true;
+    EXPECT_EQ(errorOf([&] { banks.Delete(); }), Errc::full);
+    EXPECT_THAT(names(), ElementsAre("Sul", "Sol"));
+    EXPECT_THAT(column("select * from cheques", "numero"), testing::SizeIs(3));
+    ado::Transaction transaction(connection);
+    banks.Requery();
+    EXPECT_EQ(errorOf([&] { banks.Delete(); }), Errc::full);
+    transaction.commit();
+    EXPECT_THAT(column("select * from cheques", "numero"), testing::SizeIs(3));
 }
 
 TEST_P(RecorderTest, NotToldOfOtherTablesNorOfNewRowsUnlessItWants) {

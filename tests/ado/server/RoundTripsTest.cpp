@@ -24,8 +24,7 @@ public:
     bool keeps(const ado::TableShape& table, bool isNew) override {
         return table.name() == "cheques" && !isNew;
     }
-    void changed(const ado::TableShape& /*table*/, const jet::Row* /*before*/,
-                 const jet::Row* /*after*/) override {
+    void changed(std::span<const Change> /*rows*/) override {
         Recordset same;
         same.Open("select lancamento from semfundos where numero='7'", base_);
         EXPECT_TRUE(same.EOF());

@@ -2,7 +2,7 @@
 #include "jet/RuleFile.h"
 #include "support/Versions.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <map>
@@ -225,12 +225,39 @@ TEST_P(Relationships, DeletingCascadesWhereDeclared) {
     EXPECT_EQ(std::count_if(others.begin(), others.end(),
                             [](const Cascaded& other) { return other.erased; }),
               60);
+    for (const Cascaded& other : others) {
+        if (other.table->name() == "avulsos") {
+            EXPECT_EQ(other.before.at(2), Value("SP"s)) << "as it was until then";
+        }
+    }
     EXPECT_EQ(table("clientes").rowCount(), 20);
     EXPECT_EQ(table("cheques").rowCount(), 40);
     for (const Value& uf : column("avulsos", 2))
         EXPECT_TRUE(isNull(uf));
     for (const Value& client : column("cheques", 1))
         EXPECT_EQ(std::get<std::int64_t>(client) % 2, 1);
+}
+
+TEST_P(Relationships, ATableTellsWhichOthersItsCascadesReach) {
+    relate("clientes", "uf", "estados", "uf", Flags::kCascadeDelete | Flags::kCascadeUpdate);
+    relate("clientes", "pai", "clientes", "codigo", Flags::kCascadeDelete);
+    relate("cheques", "cliente", "clientes", "codigo", Flags::kCascadeDelete);
+    relate("avulsos", "uf", "estados", "uf");
+    using Tables = std::vector<const Table*>;
+    const Tables both{&table("clientes"), &table("cheques")};
+    EXPECT_EQ(table("estados").cascadesTo(std::nullopt), both);
+    EXPECT_THAT(table("clientes").cascadesTo(std::nullopt),
+                testing::UnorderedElementsAreArray(both))
+        << "itself too";
+    const std::vector<Assignment> state{
+        {0, "MG"s}
+    };
+    EXPECT_EQ(table("estados").cascadesTo(std::span(state)), both) << "by what a new key may meet";
+    const std::vector<Assignment> code{
+        {0, whole(7)}
+    };
+    EXPECT_EQ(table("clientes").cascadesTo(std::span(code)), Tables()) << "only deletions";
+    EXPECT_EQ(table("cheques").cascadesTo(std::nullopt), Tables());
 }
 
 TEST_P(Relationships, UpdatingCascadesWhereDeclared) {
