@@ -6,6 +6,7 @@
 #include "controls/system/EndOfSession.h"
 #include "controls/window/Failure.h"
 #include "controls/window/MessageBox.h"
+#include "controls/window/PasswordBox.h"
 #include "controls/window/WindowList.h"
 #include "jet/Backup.h"
 #include "jet/Error.h"
@@ -75,6 +76,7 @@ bool podeRepetir(const std::exception_ptr& falha) {
         case jet::Errc::tooLong:
         case jet::Errc::notFound:
         case jet::Errc::offline:
+        case jet::Errc::password:
             return dbconectar::instance().aberto();
         default:
             return false;
@@ -95,6 +97,24 @@ bool mostrarOutraVersao(const std::exception_ptr& falha) {
             return false;
         showMessage(erro.what() + QString(" O que foi digitado continua na tela."), "Mensagem",
                     MessageIcon::exclamation);
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+/// Whether it was that the server wants another password than it did in the morning, which has been
+/// asked for then: with the new one what has failed can be done again.
+bool pedirSenha(const std::exception_ptr& falha) {
+    try {
+        std::rethrow_exception(falha);
+    } catch (const jet::Error& erro) {
+        if (erro.code() != jet::Errc::password)
+            return false;
+        const auto senha = askPassword(
+            erro.what() + QString("\n\nO que foi digitado continua na tela."), "Senha do servidor");
+        if (senha)
+            dbconectar::instance().setSenha(*senha);
         return true;
     } catch (...) {
         return false;
@@ -234,7 +254,7 @@ void atenderFalha(const std::exception_ptr& falha) {
     if (MDICheques* const janela = principal(); janela && dano)
         janela->conferirArquivo(*dano);
     dbconectar::instance().desfazer();
-    if (!mostrarOutraVersao(falha))
+    if (!mostrarOutraVersao(falha) && !pedirSenha(falha))
         showMessage(descricao(falha), "Mensagem", MessageIcon::exclamation);
 }
 

@@ -108,6 +108,8 @@ void dbconectar::setSenha(const QString& senha) {
     const std::string endereco =
         ado::withPassword(Mirtal::DatabaseFolder.toStdString(), senha.toStdString());
     Automacao.setConnectionString(kProvedor + ado::quotedValue(endereco));
+    if (Automacao.State() == ado::State::Open)
+        Automacao.store().setPassword(senha.toStdString());
 }
 
 dbconectar::~dbconectar() { setBeforeMessages({}); }

@@ -29,7 +29,7 @@ public:
     /// with something unwritten that other stations would have to wait for.
     /// @throws jet::Error, with a sentence that names the file tried and where its folder is set.
     void abrir();
-    /// For the next abrir(): what the server asks for. It is kept in the connection alone.
+    /// What the server asks for, now or at the next abrir(). It is kept in the connection alone.
     void setSenha(const QString& senha);
     /// What of the shop's tables the data lacks: of a file every table and field, by name; of a
     /// server what abrir() has met, a sentence each. The recordsets concerned say it too, whenever

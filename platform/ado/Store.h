@@ -32,6 +32,8 @@ public:
     [[nodiscard]] virtual std::string identity() const = 0;
     /// Why nothing can be changed at this moment, or nothing if it can.
     [[nodiscard]] virtual std::optional<std::string> readOnlyReason() = 0;
+    /// For a server that has said, by Error{password}, that it wants another one now.
+    virtual void setPassword(const std::string& /*password*/) {}
     /// Whether what was being saved can neither be ended nor undone before the next opening.
     [[nodiscard]] virtual bool isBroken() const noexcept = 0;
 

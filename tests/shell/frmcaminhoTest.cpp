@@ -3,6 +3,7 @@
 #include "controls/window/PasswordBox.h"
 #include "shell/Configuracao.h"
 #include "shell/Mirtal.h"
+#include "shell/Programa.h"
 #include "shell/frmSplash.h"
 #include "support/Cluster.h"
 #include "support/FormChecks.h"
@@ -241,6 +242,37 @@ TEST_F(AskingServer, IsWorkedOnWithThePasswordOfTheStartWhenItHasComeBack) {
     data().rsBancos.Update();
     EXPECT_EQ(rows("select * from bancos").size(), 1);
     EXPECT_EQ(asked_.size(), 1);
+}
+
+TEST_F(AskingServer, AsksForItsPasswordAgainWhenThatHasBeenChangedDuringTheDay) {
+    answer({Cluster::kPassword, "errada", "nova"});
+    EXPECT_TRUE(frmSplash::instance().load());
+    Cluster& server = Cluster::instance({});
+    const auto setPassword = [&](const char* password) {
+        Cluster::answer(store().line(),
+                        std::string("alter role caixa password '") + password + "'");
+    };
+    setPassword("nova");
+    server.crash();
+    const auto save = [] {
+        ado::Transaction saving(data().Automacao);
+        data().rsBancos.AddNew();
+        data().rsBancos["nome"] = "Caixa";
+        data().rsBancos.Update();
+        saving.commit();
+    };
+    for (int tries = 0; tries < 2; ++tries)
+        try {
+            save();
+            ADD_FAILURE() << "let in without the password";
+        } catch (const jet::Error& refusal) {
+            EXPECT_EQ(refusal.code(), jet::Errc::password);
+            atenderFalha(std::current_exception());
+        }
+    save();
+    EXPECT_EQ(rows("select * from bancos").size(), 1);
+    EXPECT_EQ(asked_.size(), 3);
+    setPassword(Cluster::kPassword);
 }
 
 TEST_F(AskingServer, WhoDoesntKnowThePasswordIsToldWhyTheProgramEnds) {

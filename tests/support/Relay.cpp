@@ -87,7 +87,7 @@ void Relay::serve() {
             all.push_back({line.program, POLLIN, 0});
             all.push_back({line.server, POLLIN, 0});
         }
-        poll(all.data(), all.size(), 2);
+        poll(all.data(), still_ ? 1 : all.size(), 2);
         std::vector<Line> kept;
         const bool none = cutAll_.exchange(false);
         for (std::size_t i = 0; i < open_.size(); ++i) {

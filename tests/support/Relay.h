@@ -32,6 +32,8 @@ public:
     void cutAll() { cutAll_ = true; }
     /// Nobody gets through, until it is taken back.
     void close(bool closed) { closed_ = closed; }
+    /// As a server that stands still: lines hold, and nothing comes through.
+    void stand(bool still) { still_ = still; }
     /// How long each question takes to the server and back.
     void setDelay(std::chrono::milliseconds delay) { delay_ = delay; }
     /// How often the server has been asked so far, and its answers awaited or not.
@@ -65,6 +67,7 @@ private:
     Cut when_ = Cut::before;
     std::atomic<bool> cutAll_ = false;
     std::atomic<bool> closed_ = false;
+    std::atomic<bool> still_ = false;
     std::atomic<bool> over_ = false;
     std::atomic<std::chrono::milliseconds> delay_{std::chrono::milliseconds(0)};
     std::atomic<std::uint64_t> questions_ = 0;

@@ -56,10 +56,10 @@ int PQnfields(const PGresult* result) { return THEIRS(PQnfields)(result); }
 PGnotify* PQnotifies(PGconn* line) { return THEIRS(PQnotifies)(line); }
 int PQntuples(const PGresult* result) { return THEIRS(PQntuples)(result); }
 const char* PQparameterStatus(const PGconn* line, const char* name) { return THEIRS(PQparameterStatus)(line, name); }
+PGPing PQpingParams(const char* const* keywords, const char* const* values, int expand) { return THEIRS(PQpingParams)(keywords, values, expand); }
 int PQpipelineSync(PGconn* line) { return THEIRS(PQpipelineSync)(line); }
 int PQputCopyData(PGconn* line, const char* bytes, int count) { return THEIRS(PQputCopyData)(line, bytes, count); }
 int PQputCopyEnd(PGconn* line, const char* reason) { return THEIRS(PQputCopyEnd)(line, reason); }
-void PQreset(PGconn* line) { THEIRS(PQreset)(line); }
 char* PQresultErrorField(const PGresult* result, int field) { return THEIRS(PQresultErrorField)(result, field); }
 ExecStatusType PQresultStatus(const PGresult* result) { return THEIRS(PQresultStatus)(result); }
 int PQsendQueryParams(PGconn* line, const char* statement, int count, const Oid* types, const char* const* values, const int* lengths, const int* formats, int resultFormat) { return THEIRS(PQsendQueryParams)(line, statement, count, types, values, lengths, formats, resultFormat); }

@@ -101,7 +101,13 @@ ServerAddress::ServerAddress(std::string address) : address_(std::move(address))
 
 void ServerAddress::Finisher::operator()(pg_conn* line) const { PQfinish(line); }
 
-ServerAddress::Line ServerAddress::connect() const {
+/// As libpq takes them: two lists, each with a null at its end.
+struct ServerAddress::Words {
+    std::vector<const char*> names;
+    std::vector<const char*> values;
+};
+
+ServerAddress::Words ServerAddress::words() const {
     struct Setting {
         const char* name;
         const char* value; ///< null leaves it as it is
@@ -118,6 +124,7 @@ ServerAddress::Line ServerAddress::connect() const {
         {"keepalives_count",          "3"},
         {"tcp_user_timeout",          "20000"},
         {"dbname",                    address_.c_str()},
+        {"password",                  password_ ? password_->c_str() : nullptr},
         {"fallback_application_name", "valtrino"},
         {"client_encoding",           "UTF8"},
         {"options",                   kSettings},
@@ -125,21 +132,30 @@ ServerAddress::Line ServerAddress::connect() const {
         {"sslmode",                   local ? nullptr : "verify-full"},
         {"gssencmode",                "disable"}};
     // clang-format on
-    std::vector<const char*> names;
-    std::vector<const char*> values;
-    names.reserve(std::size(settings) + 1);
-    values.reserve(std::size(settings) + 1);
+    Words words;
+    words.names.reserve(std::size(settings) + 1);
+    words.values.reserve(std::size(settings) + 1);
     for (const Setting& setting : settings) {
-        names.push_back(setting.name);
-        values.push_back(setting.value);
+        words.names.push_back(setting.name);
+        words.values.push_back(setting.value);
     }
-    names.push_back(nullptr);
-    values.push_back(nullptr);
-    Line line(PQconnectdbParams(names.data(), values.data(), 1));
+    words.names.push_back(nullptr);
+    words.values.push_back(nullptr);
+    return words;
+}
+
+ServerAddress::Line ServerAddress::connect() const {
+    const Words said = words();
+    Line line(PQconnectdbParams(said.names.data(), said.values.data(), 1));
     if (line) // what the server remarks has no reader
         PQsetNoticeProcessor(
             line.get(), [](void*, const char*) {}, nullptr);
     return line;
+}
+
+bool ServerAddress::answers() const {
+    const Words said = words();
+    return PQpingParams(said.names.data(), said.values.data(), 1) != PQPING_NO_RESPONSE;
 }
 
 } // namespace ado

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 struct pg_conn;
@@ -22,9 +23,17 @@ public:
     using Line = std::unique_ptr<pg_conn, Finisher>;
     /// A line to it, which may have failed; null without memory.
     [[nodiscard]] Line connect() const;
+    /// Whether anybody is there, who may let nobody in. Takes some seconds if not.
+    [[nodiscard]] bool answers() const;
+    /// In the place of what the address, or a file of passwords, says.
+    void setPassword(std::string password) { password_ = std::move(password); }
 
 private:
+    struct Words;
+    [[nodiscard]] Words words() const;
+
     std::string address_;
+    std::optional<std::string> password_;
     std::string place_;
     std::string here_; ///< where it goes if it mustn't leave the machine; "" if it may
 };

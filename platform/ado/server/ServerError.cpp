@@ -51,6 +51,17 @@ std::string fieldOf(const pg_result* result, int field) {
     return text != nullptr ? text : "";
 }
 
+/// Before it lets anybody in a server gives no code, only words: in its own language, and libpq's
+/// in ours.
+bool says(const std::string& reason, std::string_view english, std::string_view portuguese) {
+    return reason.find(english) != std::string::npos ||
+           reason.find(portuguese) != std::string::npos;
+}
+
+std::string reasonOf(const pg_conn* line) { return line != nullptr ? PQerrorMessage(line) : ""; }
+
+bool isOfProof(const std::string& reason) { return says(reason, "authentication", "autentica"); }
+
 } // namespace
 
 void throwServerError(const pg_conn* line, const pg_result* result, const std::string& place) {
@@ -72,24 +83,24 @@ void throwServerError(const pg_conn* line, const pg_result* result, const std::s
                 "O servidor não conseguiu fazer o que foi pedido" + said + ".");
 }
 
-// Before it lets anybody in a server gives no code, only words: in its own language, and libpq's in
-// ours.
+bool refusesPassword(const pg_conn* line) {
+    const std::string reason = reasonOf(line);
+    return says(reason, "password", "senha") ||
+           (isOfProof(reason) && PQconnectionUsedPassword(line) != 0);
+}
+
 void throwNoConnection(const pg_conn* line, const std::string& place) {
-    const std::string reason = line != nullptr ? PQerrorMessage(line) : "";
-    const auto says = [&](std::string_view english, std::string_view portuguese) {
-        return reason.find(english) != std::string::npos ||
-               reason.find(portuguese) != std::string::npos;
-    };
+    const std::string reason = reasonOf(line);
     const std::string where = "Não foi possível chegar ao servidor em\n" + place + "\n\n";
-    const bool proof = says("authentication", "autentica");
-    if (says("password", "senha") || (proof && PQconnectionUsedPassword(line) != 0))
+    if (refusesPassword(line))
         throw Error(Errc::password, where + "Ele não aceitou o usuário ou a senha.");
-    if (proof || says("pg_hba.conf", "pg_hba.conf"))
+    if (isOfProof(reason) || says(reason, "pg_hba.conf", "pg_hba.conf"))
         throw Error(Errc::io, where +
                                   "Ele não deixa este usuário entrar a partir desta máquina. Quem "
                                   "cuida do servidor diz quem entra e de onde em pg_hba.conf.\n\n" +
                                   reason);
-    if (says("database \"", "banco de dados \"") && says("does not exist", "não existe"))
+    if (says(reason, "database \"", "banco de dados \"") &&
+        says(reason, "does not exist", "não existe"))
         throw Error(Errc::notFound, where + "Ele não tem essa base de dados.");
     throw Error(Errc::io, where + reason);
 }

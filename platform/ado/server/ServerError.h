@@ -14,6 +14,8 @@ namespace ado {
 
 /// That the server can't be reached, or doesn't let us in: why that line, null without memory,
 /// hasn't come about. @throws Error{io, password, notFound}.
+/// Whether it is the password, or who comes with it, that the server hasn't accepted.
+[[nodiscard]] bool refusesPassword(const pg_conn* line);
 [[noreturn]] void throwNoConnection(const pg_conn* line, const std::string& place);
 
 } // namespace ado

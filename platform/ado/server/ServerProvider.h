@@ -33,6 +33,9 @@ public:
     [[nodiscard]] std::string place() const override { return session_.wire().place(); }
     [[nodiscard]] std::string identity() const override { return session_.wire().place(); }
     [[nodiscard]] std::optional<std::string> readOnlyReason() override;
+    void setPassword(const std::string& password) override {
+        session_.wire().setPassword(password);
+    }
     [[nodiscard]] bool isBroken() const noexcept override { return false; }
     [[nodiscard]] bool hasTable(std::string_view name) override;
     [[nodiscard]] TableShape shape(std::string_view name) override;

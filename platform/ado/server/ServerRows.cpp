@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds kSoon{20};
 
 } // namespace
 
-ServerRows ServerRows::next(pg_conn* line) {
+std::optional<ServerRows> ServerRows::next(pg_conn* line, std::chrono::milliseconds longest) {
     const auto come = [&] {
         for (bool said = true; said && PQisBusy(line) != 0;) {
             said = hasInput(PQsocket(line), kSoon);
@@ -23,7 +23,8 @@ ServerRows ServerRows::next(pg_conn* line) {
         }
         return PQisBusy(line) == 0;
     };
-    jet::waitFor(come, std::chrono::hours(1));
+    if (!jet::waitFor(come, longest))
+        return std::nullopt;
     return ServerRows(PQgetResult(line));
 }
 

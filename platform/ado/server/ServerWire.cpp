@@ -42,6 +42,13 @@ constexpr char kLostReading[] =
     "A conexão com o servidor caiu no meio da leitura. Faça de novo o que estava fazendo.";
 constexpr char kStillAway[] =
     "A conexão com o servidor caiu e ainda não voltou. Tente de novo daqui a pouco.";
+constexpr char kAnotherPassword[] =
+    "A conexão com o servidor caiu, e ele não aceita mais o usuário ou a senha de antes. Depois de "
+    "digitar a senha que vale agora, faça de novo o que estava fazendo.";
+constexpr char kPasswordInDoubt[] = "A conexão com o servidor caiu durante a gravação, e ele não "
+                                    "aceita mais o usuário ou a senha de "
+                                    "antes. Não a repita: com a senha que vale agora, o programa "
+                                    "pergunta a ele se foi feita e avisa.";
 constexpr char kDoubtful[] =
     "A conexão com o servidor caiu durante a gravação, e ainda não se sabe se ela foi feita. Não a "
     "repita: assim que o servidor voltar, o programa pergunta a ele e avisa.";
@@ -152,17 +159,20 @@ bool ServerWire::tryLine() {
     if (!made_.valid()) {
         if (isUp())
             return true;
-        made_ = std::async(std::launch::async, [line = line_.get()] {
-            PQreset(line);
-            if (PQstatus(line) != CONNECTION_OK)
+        made_ = std::async(std::launch::async, [old = std::move(line_), to = address_]() mutable {
+            old.reset();
+            ServerAddress::Line line = to.connect();
+            if (PQstatus(line.get()) != CONNECTION_OK)
                 std::this_thread::sleep_for(kPauseOfTries);
+            return line;
         });
         return false;
     }
     if (made_.wait_for(milliseconds(0)) != std::future_status::ready)
         return false;
-    made_.get();
+    line_ = made_.get();
     down_ = false;
+    refused_ = refusesPassword(line_.get());
     if (!isUp())
         return false;
     ++roundTrips_;
@@ -172,7 +182,12 @@ bool ServerWire::tryLine() {
 }
 
 bool ServerWire::awaitLine() {
-    return jet::waitFor([this] { return tryLine(); }, patience);
+    refused_ = false;
+    if (!jet::waitFor([this] { return tryLine() || refused_; }, patience))
+        return false;
+    if (refused_)
+        throw Error(Errc::password, doubtful_ ? kPasswordInDoubt : kAnotherPassword);
+    return true;
 }
 
 void ServerWire::requireLine() {
@@ -194,12 +209,34 @@ void ServerWire::loseTransaction() {
 
 // ---- exchanges --------------------------------------------------------------------------------
 
+/// Whether somebody is there, if not at the other end of this line.
+bool ServerWire::isAlive() const {
+    auto asked = std::async(std::launch::async, [this] { return address_.answers(); });
+    const auto told = [&] { return asked.wait_for(milliseconds(0)) == std::future_status::ready; };
+    while (!jet::waitFor(told, silence)) {
+    }
+    return asked.get();
+}
+
+/// What the server says next, as long as that may take: another station may be at work on the same.
+std::optional<ServerRows> ServerWire::next() {
+    while (true) {
+        auto said = ServerRows::next(line_.get(), silence);
+        if (said || !isAlive())
+            return said;
+    }
+}
+
 /// Takes in what one pipeline gives: for `answer`, if that is given.
 void ServerWire::take(Answer* answer) {
     std::size_t number = 0;
     for (bool ended = false;;) {
-        ServerRows one = ServerRows::next(line_.get());
-        const pg_result* const result = one.get();
+        auto one = next();
+        if (!one) {
+            down_ = true;
+            return;
+        }
+        const pg_result* const result = one->get();
         if (result == nullptr) { // the end of what one statement gives; twice, of all there is
             down_ = down_ || ended || PQstatus(line_.get()) != CONNECTION_OK;
             if (down_)
@@ -216,9 +253,9 @@ void ServerWire::take(Answer* answer) {
         if (answer == nullptr)
             continue;
         if (failed && !answer->failure)
-            answer->failure.emplace(std::move(one));
+            answer->failure = std::move(one);
         else if (!failed && number < answer->rows.size())
-            answer->rows[number].emplace(std::move(one));
+            answer->rows[number] = std::move(one);
     }
 }
 
@@ -456,7 +493,7 @@ void ServerWire::requireSettled() {
 }
 
 void ServerWire::lookAfter() {
-    if (open_ || reading_ || !tryLine() || !doubtful_)
+    if (open_ || reading_ || refused_ || !tryLine() || !doubtful_)
         return;
     if (const auto done = wasDone()) {
         doubtful_ = false;

@@ -27,9 +27,9 @@ struct Parameter {
 class ServerRows {
 public:
     explicit ServerRows(pg_result* result) : result_(result) {}
-    /// What the server says next, as long as that may take: another station may be at work on the
-    /// same, or a cable out. The windows stay painted.
-    [[nodiscard]] static ServerRows next(pg_conn* line);
+    /// What the server says next; nothing if that takes longer. The windows stay painted.
+    [[nodiscard]] static std::optional<ServerRows> next(pg_conn* line,
+                                                        std::chrono::milliseconds longest);
 
     [[nodiscard]] int rows() const;
     [[nodiscard]] int columns() const;
@@ -66,6 +66,8 @@ struct ServerStatement {
 /// A line that broke is made anew when it is next needed, as soon as the server lets it, while the
 /// windows stay painted. What was asked is asked again; a transaction that was open is lost, which
 /// Error{offline} tells; of one that was being ended the server is asked whether it has done it.
+/// One on which nothing is said, as of a server that stands still, counts as broken as soon as
+/// nobody answers there who is asked anew.
 class ServerWire {
 public:
     /// @throws Error{io} if nobody answers, Error{password} if the server doesn't let us in,
@@ -74,6 +76,14 @@ public:
     /// How long whoever needs a line that broke waits for a server that is gone: one that starts
     /// anew, or whose standby takes over, is back by then.
     static inline std::chrono::milliseconds patience{20000};
+    /// How long an answer may take until somebody else there is asked whether he is alive.
+    static inline std::chrono::milliseconds silence{30000};
+    /// Error{password} says that the server, back again, wants another one than before: nothing is
+    /// waited for then.
+    void setPassword(std::string password) {
+        address_.setPassword(std::move(password));
+        refused_ = false;
+    }
     ~ServerWire();
 
     /// The address without what is secret.
@@ -156,6 +166,8 @@ private:
     void requireLine();
     [[noreturn]] void loseTransaction();
 
+    [[nodiscard]] bool isAlive() const;
+    [[nodiscard]] std::optional<ServerRows> next();
     void take(Answer* answer);
     void takeUnanswered();
     [[nodiscard]] Answer exchange(const std::vector<ServerStatement>& statements);
@@ -169,10 +181,11 @@ private:
 
     ServerAddress address_;
     ServerAddress::Line line_;
-    bool listening_ = false;       ///< the server tells it what others change
-    bool down_ = false;            ///< it has broken, though it may not know yet
-    std::future<void> made_;       ///< it is being made anew
-    std::vector<std::string> end_; ///< who is at the server's end
+    bool listening_ = false;                ///< the server tells it what others change
+    bool down_ = false;                     ///< it has broken, though it may not know yet
+    std::future<ServerAddress::Line> made_; ///< it is being made anew
+    bool refused_ = false;                  ///< for its password; isn't tried again by itself
+    std::vector<std::string> end_;          ///< who is at the server's end
     std::uint64_t lines_ = 1;
     std::uint64_t unanswered_ = 0; ///< pipelines sent that nobody waits for
     std::uint64_t roundTrips_ = 0;

@@ -32,6 +32,7 @@ protected:
     }
     void TearDown() override {
         ado::ServerWire::patience = patience_;
+        ado::ServerWire::silence = silence_;
         station.Close();
         relay.reset();
         Shop::TearDown();
@@ -69,9 +70,10 @@ protected:
     }
     std::optional<Relay> relay;
     ado::Connection station;
+    std::chrono::milliseconds patience_ = ado::ServerWire::patience;
 
 private:
-    std::chrono::milliseconds patience_ = ado::ServerWire::patience;
+    std::chrono::milliseconds silence_ = ado::ServerWire::silence;
 };
 INSTANTIATE_TEST_SUITE_P(, ServerLossTest, onServers(), keptName);
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ServerLossTest);
@@ -100,6 +102,31 @@ TEST_P(ServerLossTest, WhileAnAnswerIsAwaitedTheWindowsArePainted) {
     jet::setWaitHook({});
     relay->setDelay(std::chrono::milliseconds(0));
     EXPECT_GT(painted, 3);
+}
+
+TEST_P(ServerLossTest, OneThatStandsStillIsAsGoodAsGone) {
+    ado::ServerWire::silence = std::chrono::milliseconds(100);
+    ado::ServerWire::patience = std::chrono::milliseconds(300);
+    relay->stand(true);
+    relay->close(true);
+    EXPECT_THAT(told([&] { add("Novo"); }), HasSubstr("ainda não voltou"));
+    relay->stand(false);
+    relay->close(false);
+    EXPECT_EQ(banksNamed("Novo"), 0);
+    ado::ServerWire::patience = patience_;
+    add("Novo");
+    EXPECT_EQ(banksNamed("Novo"), 1);
+}
+
+TEST_P(ServerLossTest, OneThatOnlyTakesItsTimeIsWaitedFor) {
+    ado::ServerWire::silence = std::chrono::milliseconds(20);
+    relay->setDelay(std::chrono::milliseconds(200));
+    const ado::Transaction saving(station);
+    Recordset banks;
+    banks.Open("bancos", station);
+    EXPECT_EQ(banks["nome"].text(), "Banco do Norte"); // what the line breaks in isn't asked again
+    EXPECT_GT(relay->lines(), 1);                      // the one that asks whether it is alive
+    relay->setDelay(std::chrono::milliseconds(0));
 }
 
 TEST_P(ServerLossTest, ASaveWhoseCommitDidntArriveIsToldAndCanBeRepeated) {
