@@ -1,6 +1,7 @@
 #include "jet/page/Pager.h"
 
 #include "jet/Waiting.h"
+#include "jet/system/System.h"
 #include "jet/value/Checksum.h"
 
 #include <algorithm>
@@ -144,10 +145,14 @@ void Pager::read(PageNo first, std::span<std::byte> into) {
     }
 }
 
+std::shared_ptr<PageImage> Pager::newImage() const {
+    return std::make_shared<PageImage>(format_.pageSize, &sys::pageMemory());
+}
+
 /// A page's worth of memory, whatever is in it.
 std::shared_ptr<PageImage> Pager::image() {
     if (spares_.empty())
-        return std::make_shared<PageImage>(format_.pageSize);
+        return newImage();
     auto spare = std::move(spares_.back());
     spares_.pop_back();
     return spare;
@@ -259,8 +264,7 @@ PageNo Pager::append() {
                                     std::to_string(format_.largestFile >> 30) +
                                     " GB). Apague registros antigos e compacte o arquivo.");
     const auto page = static_cast<PageNo>(pageCount_);
-    changed_.add(
-        {page, std::make_shared<PageImage>(format_.pageSize), 0, keepBefore({page, nullptr, 0})});
+    changed_.add({page, newImage(), 0, keepBefore({page, nullptr, 0})});
     ++pageCount_;
     ++generation_;
     log_.note(page);

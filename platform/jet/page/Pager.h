@@ -8,11 +8,12 @@
 #include "jet/page/Turns.h"
 
 #include <memory>
+#include <memory_resource>
 #include <optional>
 
 namespace jet {
 
-using PageImage = std::vector<std::byte>;
+using PageImage = std::pmr::vector<std::byte>;
 
 /// A page as it was when it was read. Later changes of the page don't reach it, and it outlives its
 /// place in the cache: that is why the image is shared.
@@ -187,6 +188,7 @@ private:
     static constexpr int kBreathingAttempts = 3;
 
     [[nodiscard]] PageRef readCommitted(PageNo page);
+    [[nodiscard]] std::shared_ptr<PageImage> newImage() const;
     [[nodiscard]] std::shared_ptr<PageImage> image();
     [[nodiscard]] std::shared_ptr<PageImage> copyOf(std::span<const std::byte> page);
     void giveBack(std::shared_ptr<PageImage> image) noexcept;

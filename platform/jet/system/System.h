@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
+#include <memory_resource>
 #include <string>
 
 /// What the engine asks of the operating system beside files (those: Disk.h). One source a system,
@@ -22,6 +23,10 @@ namespace jet::sys {
 
 /// Takes a file away, at any moment: while a signal is handled as well.
 void removeNow(const std::filesystem::path::value_type* path) noexcept;
+
+/// Memory for pages of files, which come and go by the thousand. From any thread; what is given
+/// back may stay with the program, for the next ones.
+[[nodiscard]] std::pmr::memory_resource& pageMemory();
 
 /// Whether the error number of a call about files says that there is no room.
 [[nodiscard]] bool isNoRoom(int error) noexcept;

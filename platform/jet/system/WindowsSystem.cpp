@@ -52,6 +52,8 @@ std::tm localTime(std::time_t time) {
 
 void removeNow(const std::filesystem::path::value_type* path) noexcept { ::DeleteFileW(path); }
 
+std::pmr::memory_resource& pageMemory() { return *std::pmr::new_delete_resource(); }
+
 bool isNoRoom(int error) noexcept { return error == ENOSPC; }
 
 } // namespace jet::sys
