@@ -14,6 +14,7 @@
 namespace {
 
 constexpr int kCharactersSeen = 28;
+constexpr int kCharactersInALine = 70;
 
 std::optional<QString> askForPassword(const QString& text, const QString& title) {
     QDialog box(QApplication::activeWindow());
@@ -22,6 +23,8 @@ std::optional<QString> askForPassword(const QString& text, const QString& title)
     auto* const reason = new QLabel(text);
     reason->setTextFormat(Qt::PlainText);
     reason->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    reason->setWordWrap(true);
+    reason->setMinimumWidth(kCharactersInALine * reason->fontMetrics().averageCharWidth());
     column->addWidget(reason);
     auto* const row = new QHBoxLayout;
     auto* const label = new QLabel("&Senha:");

@@ -16,7 +16,8 @@ namespace {
 
 /// Asks, types a text and presses a key. `look` sees the box before.
 std::optional<QString> typedPassword(const QString& text, Qt::Key key,
-                                     const std::function<void(QDialog&)>& look = {}) {
+                                     const std::function<void(QDialog&)>& look = {},
+                                     const QString& why = "O servidor pede <b>a senha</b>.") {
     QTimer::singleShot(0, qApp, [&] {
         auto* box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
         ASSERT_NE(box, nullptr);
@@ -30,7 +31,7 @@ std::optional<QString> typedPassword(const QString& text, Qt::Key key,
             box->reject();
         }
     });
-    return askPassword("O servidor pede <b>a senha</b>.", "Senha do servidor");
+    return askPassword(why, "Senha do servidor");
 }
 
 TEST(PasswordBox, ShowsNothingOfWhatIsTypedAndGivesItWithEnter) {
@@ -49,6 +50,18 @@ TEST(PasswordBox, ShowsNothingOfWhatIsTypedAndGivesItWithEnter) {
         EXPECT_EQ(box.focusWidget(), field);
     });
     EXPECT_EQ(given, "se gredo");
+}
+
+TEST(PasswordBox, FitsASmallScreenHoweverMuchThereIsToSay) {
+    static constexpr int kSmallScreen = 800;
+    typedPassword(
+        "segredo", Qt::Key_Escape,
+        [](QDialog& box) {
+            EXPECT_LT(box.width(), kSmallScreen);
+            const auto* const why = box.findChild<QLabel*>();
+            EXPECT_GE(why->height(), why->heightForWidth(why->width()));
+        },
+        QString("A conexão caiu, e a senha de antes não vale mais. ").repeated(5));
 }
 
 TEST(PasswordBox, EscGivesNothing) {
