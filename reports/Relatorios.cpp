@@ -3,11 +3,14 @@
 #include "shell/Mirtal.h"
 #include "shell/Valores.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace Relatorios {
 
 namespace {
 
-constexpr int kPorCliente = 2; ///< in both tables
+constexpr std::size_t kPorCliente = 2; ///< in both tables
 
 // clang-format off
 constexpr Ordem kOrdensRecebidos[] = {
@@ -28,18 +31,29 @@ constexpr Ordem kOrdensSemFundos[] = {
 // clang-format on
 
 struct Tipo {
+    const char* modo;
     const char* legenda;
     const char* titulo;
     const char* tabela;
     std::span<const Ordem> ordens;
+    std::size_t semEscolha; ///< of ordens, where none is chosen
+    bool temVencimento;
 };
 
-constexpr Tipo kRecebidos{"Relatório de Cheques Recebidos", "Relatório de Cheques", "cheques",
-                          kOrdensRecebidos};
-constexpr Tipo kSemFundos{"Relatório de Cheques sem fundos", "Relatório de Cheques Sem Fundos",
-                          "semfundos", kOrdensSemFundos};
+// The last one is that of every other mode word.
+constexpr Tipo kTipos[] = {
+    {"relch", "Relatório de Cheques Recebidos",  "Relatório de Cheques",            "cheques",   kOrdensRecebidos,
+     kPorCliente,                                                                                                                 true },
+    {"relsf", "Relatório de Cheques sem fundos", "Relatório de Cheques Sem Fundos", "semfundos",
+     kOrdensSemFundos,                                                                                               kPorCliente, false},
+};
+static_assert(std::ranges::all_of(kTipos,
+                                  [](const Tipo& t) { return t.semEscolha < t.ordens.size(); }));
 
-const Tipo& tipo(const QString& modo) { return modo == "relch" ? kRecebidos : kSemFundos; }
+const Tipo& tipo(const QString& modo) {
+    const auto achado = std::ranges::find_if(kTipos, [&](const Tipo& t) { return modo == t.modo; });
+    return achado != std::end(kTipos) ? *achado : *std::prev(std::end(kTipos));
+}
 
 // Deliberate: "And" before the bank, "and" before the period.
 QString condicao(const Escolha& escolha) {
@@ -60,11 +74,12 @@ QString legenda(const QString& modo) { return tipo(modo).legenda; }
 
 QString titulo(const QString& modo) { return tipo(modo).titulo; }
 
-bool temVencimento(const QString& modo) { return &tipo(modo) == &kRecebidos; }
+bool temVencimento(const QString& modo) { return tipo(modo).temVencimento; }
 
 QString instrucao(const Escolha& escolha) {
     const Tipo& este = tipo(escolha.modo);
-    const auto ordem = static_cast<std::size_t>(escolha.ordem < 0 ? kPorCliente : escolha.ordem);
+    const std::size_t ordem =
+        escolha.ordem < 0 ? este.semEscolha : static_cast<std::size_t>(escolha.ordem);
     return Mirtal::comClienteEBanco(este.tabela) + " where " + condicao(escolha) +
            este.ordens[ordem].clausula;
 }

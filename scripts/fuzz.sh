@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # fuzz.sh [<minutes>]: lets each fuzzer look for what harms the engine, 30 minutes if not said, as many
-# side by side as there are processors. ./test does the same for 20 seconds each. What is found is left
+# side by side as there are processors. ./test does the same for five seconds each. What is found is left
 # in build/fuzz/found; each time another way is taken.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

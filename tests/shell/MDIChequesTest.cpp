@@ -13,7 +13,9 @@
 #include "registers/frmCliFor.h"
 #include "reports/FrmApagar.h"
 #include "reports/FrmFiltroRelat.h"
+#include "reports/Relatorios.h"
 #include "reports/frmRel_ChequesSF.h"
+#include "shell/Comandos.h"
 #include "shell/Mirtal.h"
 #include "shell/frmAbout.h"
 #include "shell/frmcaminho.h"
@@ -35,7 +37,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <fstream>
+#include <set>
 
 namespace {
 
@@ -79,6 +83,20 @@ protected:
 INSTANTIATE_TEST_SUITE_P(, MainWindow, everywhere(), keptName);
 
 TEST_P(MainWindow, IsCalledValtrino) { EXPECT_EQ(openMain().windowTitle(), "Valtrino"); }
+
+/// A mode word that no report has stands for the bounced cheques.
+TEST(Commands, EachReportOfTheMenusIsOneOfItsOwn) {
+    std::size_t reports = 0;
+    std::set<QString> titles;
+    for (const Comandos::Menu& menu : Comandos::menus())
+        for (const Comandos::Entrada& entry : menu.entradas)
+            if (entry.comando != nullptr && entry.comando->abrir == &FrmFiltroRelat::mostrar) {
+                ++reports;
+                titles.insert(Relatorios::titulo(entry.comando->modo));
+            }
+    EXPECT_GT(reports, 1U);
+    EXPECT_EQ(titles.size(), reports);
+}
 
 TEST_P(MainWindow, HasTheWholeMenuTree) {
     std::vector<std::string> tree;
