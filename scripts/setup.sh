@@ -10,6 +10,8 @@ packages_coverage="llvm"
 packages_package="debhelper fakeroot dpkg-dev xz-utils"
 packages_try="mmdebstrap lintian"
 packages_screen="xvfb openbox x11vnc"
+packages_windows="g++-mingw-w64-x86-64-posix libz-mingw-w64-dev tcl googletest dpkg-dev librsvg2-bin icoutils
+    nsis zip unzip wine64"
 
 # Everything is built in the folder "build" here: ends saying so where that can't be.
 need_writable_tree() {
@@ -19,7 +21,7 @@ need_writable_tree() {
     exit 1
 }
 
-# need <group>...: has every package of the groups (build, test, coverage, screen) installed, or ends
+# need <group>...: has every package of the groups (build, test, windows...) installed, or ends
 # telling how to install it.
 need() {
     local group package missing=()

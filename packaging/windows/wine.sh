@@ -2,24 +2,9 @@
 # Sourced by what lies beside it: Windows programs are run by `in_wine`, in a Windows of their own
 # that goes when the script ends.
 
-wine_packages="wine64"
-wine_program=
-for place in /usr/lib/wine/wine64 /usr/bin/wine64; do
-    [ -n "$wine_program" ] || [ ! -x "$place" ] || wine_program=$place
+for wine_program in /usr/lib/wine/wine64 /usr/bin/wine64; do
+    [ ! -x "$wine_program" ] || break
 done
-
-# require <package>...: ends, naming those that aren't installed.
-require() {
-    local package missing=()
-    for package in "$@"; do
-        dpkg-query -W -f='${db:Status-Abbrev}' "$package" 2>/dev/null | grep -q '^ii' ||
-            missing+=("$package")
-    done
-    [ ${#missing[@]} -eq 0 ] && return
-    printf 'Packages are missing. Install them with\n\n    sudo apt-get update && sudo apt-get install --no-install-recommends %s\n\n' \
-        "${missing[*]}" >&2
-    exit 1
-}
 
 # start_wine: makes the Windows, in $wine_folder. No browser and no screen is asked for.
 start_wine() {

@@ -87,6 +87,7 @@ const std::vector<Layer> kLayers = {
     {"valtrino-mdb",      Outside::nothing, {"ado", "shop_samples"}                           },
     {"bench_data",        Outside::sqlite,  {"shop_samples"}                                  },
     {"shop_bench",        Outside::sqlite,  {"ado", "bench_data"}                             },
+    {"systems_bench",     Outside::nothing, {"ado"}                                           },
     {"limits_bench",      Outside::sqlite,  {"ado", "bench_data"}                             },
     {"bench_windows",     Outside::qt,      {"controls"}                                      },
     {"operations_bench",  Outside::qt,      {"collections", "bench_data", "bench_windows"}    },

@@ -2,6 +2,8 @@
 
 #include "jet/Disk.h"
 
+#include <chrono>
+#include <optional>
 #include <vector>
 #include <windows.h>
 
@@ -86,6 +88,8 @@ private:
     bool keepsClosed_;
     DWORD flags_;
     bool claimed_ = false;
+    /// When it was last seen to be on the disk that the name it was asked about leads to.
+    std::optional<std::chrono::steady_clock::time_point> sameDiskAt_;
     std::vector<Held> held_; ///< no two meet
 };
 
