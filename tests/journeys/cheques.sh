@@ -54,7 +54,7 @@ digit() {
 reader() {
     local first middle=018${3}5 account=0000012345
     first=$(printf '%03d%s' "$1" "$2")
-    xdotool type --delay 5 "<$first$(digit "$middle")<$middle>$(digit "$first")$account$(digit "$account"):"
+    xdotool type --delay "${windows:+4}5" "<$first$(digit "$middle")<$middle>$(digit "$first")$account$(digit "$account"):"
     keys Return
     sleep 0.5
 }

@@ -16,11 +16,11 @@ keys() {
     for key in "$@"; do
         pressed=$((pressed + 1 + $(tr -cd + <<< "$key" | wc -c)))
     done
-    xdotool key --delay 30 "$@"
+    xdotool key --delay "$per_key" "$@"
 }
 typed() { # plain letters and digits only
     pressed=$((pressed + ${#1}))
-    xdotool type --delay 15 -- "$1"
+    xdotool type --delay "$per_letter" -- "$1"
 }
 
 back_to_the_main_window() {

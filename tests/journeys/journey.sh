@@ -5,6 +5,9 @@
 #
 #     tests/journeys/bancos.sh build/dev/bin [docs]     (its last pictures are in docs/)
 #
+# A folder with the program for Windows is taken as well: it runs under wine then, in a Windows of the
+# journey's own (packaging/windows/test-journeys).
+#
 # Ends with 77 (skipped) where the machine has no X server to spare.
 
 set -euo pipefail
@@ -23,12 +26,21 @@ done
 
 place=$(mktemp -d)
 folder=$place/data # of the file that is looked at
+per_key=30 per_letter=15 # milliseconds
+windows=           # or the folder of the program for Windows
+if [ -e "$programs/valtrino.exe" ]; then
+    windows=$programs
+    programs=$place/windows
+    per_key=80 per_letter=50 # typed faster some go astray
+    source "$(dirname "${BASH_SOURCE[0]}")/../../packaging/windows/wine.sh"
+fi
 server=            # or the address of the database, where the data are on a server
 helpers=()
 finish() {
     for helper in "${helpers[@]}"; do
         kill "$helper" 2> /dev/null || true
     done
+    [ -z "$windows" ] || "$(dirname "$wine_program")/wineserver" -k 2> /dev/null || true
     wait 2> /dev/null || true
     rm -rf "$place"
 }
@@ -51,17 +63,64 @@ start_screen() {
     export DISPLAY=":$number" QT_QPA_PLATFORM=xcb HOME="$place/home" XDG_CONFIG_HOME="$place/home"
     export XDG_RUNTIME_DIR="$place/home" LC_ALL=C.UTF-8
     mkdir -m 700 "$place/home"
-    setxkbmap br
+    home=$HOME # as the program has it
+    set_keyboard
     openbox 2> /dev/null &
     helpers+=($!)
     until_true "the window manager" xdotool get_num_desktops
+    [ -z "$windows" ] || start_windows
+}
+
+# The shop's; of that wine takes some keys for others, and gets letters with accents on keys of their own.
+set_keyboard() {
+    [ -n "$windows" ] || { setxkbmap br && return; }
+    local letter key=13 letters=
+    for letter in {a,e,i,o,u}acute {a,e,o}circumflex {a,o}tilde ccedilla; do
+        letters+=" key <FK$((key++))> { [ $letter ] };"
+    done
+    setxkbmap -layout us -print |
+        sed "s/.*xkb_symbols.*/xkb_symbols { include \"pc+us\" $letters };/" | xkbcomp -w 0 - "$DISPLAY"
+}
+
+# The Windows, and beside each program what starts it as if it were one of this system.
+start_windows() {
+    local name
+    export WINEPREFIX=$place/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree,mshtml='
+    cp -r "$windows" "$programs"
+    for name in "$windows"/*.exe; do
+        name=$(basename "$name" .exe)
+        printf '#!/bin/bash\nexec "%s" "$(dirname "$0")/%s.exe" "${@/#\//Z:/}"\n' "$wine_program" "$name" \
+            > "$programs/$name"
+        chmod +x "$programs/$name"
+    done
+    in_wine wineboot -i > /dev/null 2>&1
+    {
+        printf 'REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\Wine\\Fonts\\Replacements]\n'
+        printf '"%s"="DejaVu Sans"\n' "MS Shell Dlg" "MS Shell Dlg 2" "Segoe UI" Tahoma Arial
+    } > "$place/fonts.reg" # that there are, as those of Windows aren't
+    in_wine regedit /S "Z:$place/fonts.reg"
+    home=$(echo "$WINEPREFIX/drive_c/users"/[!P]*)
+}
+
+# seen <path>: as the program has it.
+seen() {
+    local path=$1
+    if [ -n "$windows" ]; then
+        [[ $path = "$WINEPREFIX/drive_c"/* ]] && path=C:${path#"$WINEPREFIX/drive_c"} || path=Z:$path
+        path=${path//\//\\}
+    fi
+    printf '%s' "$path"
 }
 
 # The program in a folder of its own, its init.ini naming the folder of the database.
 install_program() {
     mkdir -p "$place/program" "$folder"
-    cp "$programs/valtrino" "$place/program/"
-    printf '%s\r\n' "$folder" > "$place/program/init.ini"
+    if [ -n "$windows" ]; then
+        cp -r "$programs/." "$place/program/"
+    else
+        cp "$programs/valtrino" "$place/program/"
+    fi
+    printf '%s\r\n' "$(seen "$folder")" > "$place/program/init.ini"
 }
 
 # new_shop <what keeps it> [<how it is filled>...]: a fresh database with samples, or with nothing in it,
@@ -82,7 +141,7 @@ new_shop() {
         "$programs/valtrino-mdb" sample "--$by" "$@" "$folder/automacao.mdb"
         [ -z "$server" ] || to_the_server "$folder/automacao.mdb"
     fi
-    printf '%s\r\n' "${server:-$folder}" > "$place/program/init.ini"
+    printf '%s\r\n' "${server:-$(seen "$folder")}" > "$place/program/init.ini"
 }
 
 # A server of the journey's own, which only this machine reaches; servers don't run as root.
@@ -184,17 +243,18 @@ leave() {
     expect_end 0
 }
 main_window_is_active() {
-    [ "$(xdotool getactivewindow getwindowpid)" = "$program" ] &&
-        [[ $(xdotool getactivewindow getwindowname) == Valtrino* ]]
+    [ "$(xdotool getactivewindow getwindowpid)" = "$program" ] && main_is_in_front
 }
 
 # until_true <what> <command...>: up to a minute, for machines that do much else.
 until_true() {
     local what=$1
     shift
-    for _ in $(seq 600); do
+    local look
+    for look in $(seq 600); do
         "$@" > /dev/null 2>&1 && return
         sleep 0.1
+        [ -z "$windows" ] || ((look % 20)) || wake_the_main_window
     done
     fail "waited in vain for $what"
 }
@@ -202,38 +262,76 @@ until_true() {
 title_is() { [ "$(xdotool getactivewindow getwindowname)" = "$1" ]; }
 # The active window gets this title. The window manager says so a moment before keys go there.
 until_window() {
-    until_true "the window $1" title_is "$1"
-    sleep 0.3
+    local looks=0
+    until_true "the window $1" is_in_front "$1"
+    sleep "${windows:+1}.3"
 }
+is_in_front() { title_is "$1" || { [ -n "$windows" ] && help_wine "$1"; }; }
+# Wine doesn't bring to the front what its programs bring there among their own windows, and gives a
+# window its first keys some time after it has become active.
+help_wine() {
+    ((++looks % 15 == 0)) || return 1
+    if [ "$1" != Valtrino ] &&
+        xdotool search --onlyvisible --name "^${1//[][]/.}\$" windowactivate --sync; then
+        title_is "$1"
+    elif ((looks % 45 == 0)) && [[ ${last_keys[*]} = alt+?" "? ]] && main_is_in_front; then
+        ! title_is Valtrino || xdotool key --delay "$per_key" Escape Escape
+        xdotool key --delay "$per_key" "${last_keys[@]}"
+        return 1
+    else
+        return 1
+    fi
+}
+# Of a program whose last other window has gone sometimes none is active.
+wake_the_main_window() {
+    xdotool getactivewindow getwindowname > /dev/null 2>&1 ||
+        xdotool search --onlyvisible --name '^Valtrino' windowactivate > /dev/null 2>&1 || true
+}
+main_is_in_front() { [[ $(xdotool getactivewindow getwindowname) == Valtrino* ]]; }
+# One of the system's own windows, by our title or by wine's.
+until_dialog() {
+    until_true "the dialog $1" either_title_is "$@"
+    sleep "${windows:+1}.3"
+}
+either_title_is() { title_is "$1" || title_is "$2"; }
 
 active_is() { [ "$(xdotool getactivewindow)" = "$1" ]; }
 
-keys() { xdotool key --delay 30 "$@"; }
+last_keys=()
+keys() {
+    last_keys=("$@")
+    xdotool key --delay "$per_key" "$@"
+}
 
 # Types a text as on the shop's keyboard, accents by their dead keys.
 typed() {
     local rest=$1 plain
     while [ -n "$rest" ]; do
         plain=${rest%%[! -~]*}
-        [ -z "$plain" ] || xdotool type --delay 15 -- "$plain"
+        [ -z "$plain" ] || xdotool type --delay "$per_letter" -- "$plain"
         rest=${rest#"$plain"}
         case ${rest:0:1} in
         '') ;;
-        á) keys dead_acute a ;;
-        é) keys dead_acute e ;;
-        í) keys dead_acute i ;;
-        ó) keys dead_acute o ;;
-        ú) keys dead_acute u ;;
-        â) keys dead_circumflex a ;;
-        ê) keys dead_circumflex e ;;
-        ô) keys dead_circumflex o ;;
-        ã) keys dead_tilde a ;;
-        õ) keys dead_tilde o ;;
+        á) accented acute a ;;
+        é) accented acute e ;;
+        í) accented acute i ;;
+        ó) accented acute o ;;
+        ú) accented acute u ;;
+        â) accented circumflex a ;;
+        ê) accented circumflex e ;;
+        ô) accented circumflex o ;;
+        ã) accented tilde a ;;
+        õ) accented tilde o ;;
         ç) keys ccedilla ;;
         *) fail "no keys for ${rest:0:1}" ;;
         esac
         rest=${rest:1}
     done
+}
+
+# accented <accent> <letter>
+accented() {
+    if [ -n "$windows" ]; then keys "$2$1"; else keys "dead_$1" "$2"; fi
 }
 
 # fill <field>...: types the fields from the focus on, each left by Enter.
@@ -244,14 +342,17 @@ fill() {
     done
 }
 
-# save_as <keys> <title of the dialog> <file>: what is on show, as a file.
+# save_as <keys> <title of the dialog> <file>: what is on show, as a file. A copy stays in the folder
+# VALTRINO_SAVED, if that is set.
+saved=0
 save_as() {
     keys "$1"
-    until_window "$2"
+    until_dialog "$2" "Save As"
     keys ctrl+a
-    typed "$3"
+    typed "$(seen "$3")"
     keys Return
     until_true "the file $3" [ -s "$3" ]
+    [ -z "${VALTRINO_SAVED:-}" ] || { sleep 0.5 && cp "$3" "$VALTRINO_SAVED/$((++saved))-${3##*/}"; }
 }
 
 # The rows of a table as an independent reader sees them, of the file or on the server; a line each,

@@ -8,9 +8,9 @@ choose() {
     program=$!
     until_window "Valtrino (novo banco de dados)"
     keys Return
-    until_window "Pasta do banco de dados"
+    until_dialog "Pasta do banco de dados" "Select Folder"
     keys ctrl+a
-    typed "$place/data"
+    typed "$(seen "$place/data")"
     keys Return
     until_window "Valtrino (novo banco de dados)"
     picture novo active
@@ -18,6 +18,9 @@ choose() {
     expect_end 0
     until_window "Valtrino"
 }
+
+# By either system's name of it.
+runs() { pgrep -f "${place##*/}.program.valtrino"; }
 
 add_bank() {
     keys alt+a b
@@ -31,18 +34,18 @@ add_bank() {
 
 start_screen
 install_program
-cp "$programs/valtrino-novo" "$place/program/"
+[ -n "$windows" ] || cp "$programs/valtrino-novo" "$place/program/"
 rm "$place/program/init.ini"
 choose
-[ "$(cat "$place/program/init.ini")" = "$place/data" ] || fail "init.ini names another folder"
+[ "$(tr -d '\r' < "$place/program/init.ini")" = "$(seen "$place/data")" ] || fail "init.ini names another folder"
 add_bank
 keys alt+a s
-until_true "the end" not pgrep -f "^$place/program/valtrino"
+until_true "the end" not runs
 # As a back-office on another system may have named it: no empty one is put beside it.
 mv "$place/data/automacao.mdb" "$place/data/AUTOMACAO.MDB"
 choose
 keys alt+a s
-until_true "the end" not pgrep -f "^$place/program/valtrino"
+until_true "the end" not runs
 [ ! -e "$place/data/automacao.mdb" ] || fail "an empty database beside the shop's"
 mv "$place/data/AUTOMACAO.MDB" "$place/data/automacao.mdb"
 expect_rows bancos "1|104|Banco Norte"

@@ -32,9 +32,10 @@ start_queue() {
     local dir=$place/cups driver=/usr/share/ppd/cupsfilters/Generic-PDF_Printer-PDF.ppd
     # No server at all: what the machine itself prints on is left alone.
     export CUPS_SERVER=$place/no-printers.sock
-    if [ "$(id -u)" != 0 ] || [ ! -x /usr/sbin/cupsd ] || [ ! -e "$driver" ] ||
+    if [ -n "$windows" ] || [ "$(id -u)" != 0 ] || [ ! -x /usr/sbin/cupsd ] || [ ! -e "$driver" ] ||
         ! command -v lpadmin > /dev/null; then
-        echo "printing is left out: it takes root, cupsd, lpadmin and the PDF printer of its filters"
+        echo "printing is left out: it takes root, cupsd, lpadmin and the PDF printer of its filters;" \
+            "and a Windows has dialogs of its own"
         return
     fi
     mkdir -p "$dir"/{root,cache,spool,run,tmp}

@@ -8,7 +8,7 @@ source "$(dirname "$0")/journey.sh"
 # copy_the_shop: as it is now, to where the data are moved.
 copy_the_shop() {
     if [ -z "$server" ]; then
-        other=$HOME/Loja
+        other=$home/Loja
         cp "$folder/automacao.mdb" "$other/"
     else
         other=${server/loja/outra}
@@ -77,8 +77,9 @@ open_the_folder_chooser() {
     until_window "Localizar Base de Dados"
 }
 
+init_ini_is() { [ "$(tr -d '\r' < "$place/program/init.ini")" = "$1" ]; }
 expect_init_ini() {
-    until_true "init.ini to be $1" grep -qxF "$1" "$place/program/init.ini"
+    until_true "init.ini to be $1" init_ini_is "$1"
     [ "$(wc -l < "$place/program/init.ini")" = 1 ] || fail "init.ini has more than one line"
 }
 
@@ -96,7 +97,7 @@ choose_the_other_place() {
     fi
     picture frmcaminho active
     keys alt+s
-    expect_init_ini "$other"
+    if [ -n "$server" ]; then expect_init_ini "$other"; else expect_init_ini "$(seen "$other")"; fi
     back_to_the_main_window
 }
 
@@ -109,7 +110,7 @@ expect_copied() {
 }
 
 start_screen
-mkdir -p "$HOME/Documentos" "$HOME/Loja"
+mkdir -p "$home/Documentos" "$home/Loja"
 install_program
 for by in $kept_by; do
     new_shop "$by" --clients 100 --banks 4 --cheques 0 --bounced 0
