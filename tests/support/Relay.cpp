@@ -51,6 +51,8 @@ Relay::Relay(const std::string& address)
     place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof place;
     auto* const any = reinterpret_cast<sockaddr*>(&place);
+    const int yes = 1;
+    setsockopt(listening_, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     if (bind(listening_, any, size) != 0 || listen(listening_, 8) != 0 ||
         getsockname(listening_, any, &size) != 0)
         throw std::runtime_error("no port to listen at");
@@ -68,6 +70,19 @@ std::string Relay::address() const {
     return "postgresql://loja@localhost:" + port_ + "/" + base_ + "?sslmode=disable";
 }
 
+void Relay::stand(bool still) {
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    place.sin_port = htons(static_cast<std::uint16_t>(std::stoi(port_)));
+    if (still)
+        shutdown(listening_, SHUT_RD); // which gives the port back as well
+    else if (bind(listening_, reinterpret_cast<sockaddr*>(&place), sizeof place) != 0 ||
+             listen(listening_, SOMAXCONN) != 0)
+        throw std::runtime_error("the port is gone");
+    still_ = still;
+}
+
 void Relay::cut(Cut when, const std::string& words) {
     const std::lock_guard lock(mutex_);
     when_ = when;
@@ -80,6 +95,10 @@ void Relay::serve() {
         ::close(line.server);
     };
     while (!over_) {
+        if (still_) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            continue;
+        }
         std::vector<pollfd> all{
             {listening_, POLLIN, 0}
         };
@@ -87,7 +106,7 @@ void Relay::serve() {
             all.push_back({line.program, POLLIN, 0});
             all.push_back({line.server, POLLIN, 0});
         }
-        poll(all.data(), still_ ? 1 : all.size(), 2);
+        poll(all.data(), all.size(), 2);
         std::vector<Line> kept;
         const bool none = cutAll_.exchange(false);
         for (std::size_t i = 0; i < open_.size(); ++i) {
@@ -110,6 +129,8 @@ void Relay::serve() {
 void Relay::admit() {
     Line line;
     line.program = accept(listening_, nullptr, nullptr);
+    if (line.program < 0)
+        return; // it has just been stopped
     line.server = socket(AF_UNIX, SOCK_STREAM, 0);
     const int yes = 1;
     setsockopt(line.program, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);

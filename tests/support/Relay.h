@@ -32,8 +32,8 @@ public:
     void cutAll() { cutAll_ = true; }
     /// Nobody gets through, until it is taken back.
     void close(bool closed) { closed_ = closed; }
-    /// As a server that stands still: lines hold, and nothing comes through.
-    void stand(bool still) { still_ = still; }
+    /// As a server that stands still: lines hold, nothing comes through, and nobody new is let in.
+    void stand(bool still);
     /// How long each question takes to the server and back.
     void setDelay(std::chrono::milliseconds delay) { delay_ = delay; }
     /// How often the server has been asked so far, and its answers awaited or not.

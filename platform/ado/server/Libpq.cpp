@@ -51,6 +51,8 @@ int PQgetisnull(const PGresult* result, int row, int field) { return THEIRS(PQge
 int PQgetlength(const PGresult* result, int row, int field) { return THEIRS(PQgetlength)(result, row, field); }
 PGresult* PQgetResult(PGconn* line) { return THEIRS(PQgetResult)(line); }
 char* PQgetvalue(const PGresult* result, int row, int field) { return THEIRS(PQgetvalue)(result, row, field); }
+char* PQhost(const PGconn* line) { return THEIRS(PQhost)(line); }
+char* PQhostaddr(const PGconn* line) { return THEIRS(PQhostaddr)(line); }
 int PQisBusy(PGconn* line) { return THEIRS(PQisBusy)(line); }
 int PQnfields(const PGresult* result) { return THEIRS(PQnfields)(result); }
 PGnotify* PQnotifies(PGconn* line) { return THEIRS(PQnotifies)(line); }
@@ -58,6 +60,7 @@ int PQntuples(const PGresult* result) { return THEIRS(PQntuples)(result); }
 const char* PQparameterStatus(const PGconn* line, const char* name) { return THEIRS(PQparameterStatus)(line, name); }
 PGPing PQpingParams(const char* const* keywords, const char* const* values, int expand) { return THEIRS(PQpingParams)(keywords, values, expand); }
 int PQpipelineSync(PGconn* line) { return THEIRS(PQpipelineSync)(line); }
+char* PQport(const PGconn* line) { return THEIRS(PQport)(line); }
 int PQputCopyData(PGconn* line, const char* bytes, int count) { return THEIRS(PQputCopyData)(line, bytes, count); }
 int PQputCopyEnd(PGconn* line, const char* reason) { return THEIRS(PQputCopyEnd)(line, reason); }
 char* PQresultErrorField(const PGresult* result, int field) { return THEIRS(PQresultErrorField)(result, field); }

@@ -107,7 +107,7 @@ struct ServerAddress::Words {
     std::vector<const char*> values;
 };
 
-ServerAddress::Words ServerAddress::words() const {
+ServerAddress::Words ServerAddress::words(const pg_conn* sameAs) const {
     struct Setting {
         const char* name;
         const char* value; ///< null leaves it as it is
@@ -129,6 +129,10 @@ ServerAddress::Words ServerAddress::words() const {
         {"client_encoding",           "UTF8"},
         {"options",                   kSettings},
         {"hostaddr",                  local ? here_.c_str() : nullptr},
+        {"host",                      sameAs ? PQhost(sameAs) : nullptr},
+        {"hostaddr",                  sameAs ? PQhostaddr(sameAs) : nullptr},
+        {"port",                      sameAs ? PQport(sameAs) : nullptr},
+        {"target_session_attrs",      sameAs ? "any" : nullptr},
         {"sslmode",                   local ? nullptr : "verify-full"},
         {"gssencmode",                "disable"}};
     // clang-format on
@@ -153,8 +157,8 @@ ServerAddress::Line ServerAddress::connect() const {
     return line;
 }
 
-bool ServerAddress::answers() const {
-    const Words said = words();
+bool ServerAddress::answersAt(const pg_conn* line) const {
+    const Words said = words(line);
     return PQpingParams(said.names.data(), said.values.data(), 1) != PQPING_NO_RESPONSE;
 }
 

@@ -23,14 +23,15 @@ public:
     using Line = std::unique_ptr<pg_conn, Finisher>;
     /// A line to it, which may have failed; null without memory.
     [[nodiscard]] Line connect() const;
-    /// Whether anybody is there, who may let nobody in. Takes some seconds if not.
-    [[nodiscard]] bool answers() const;
+    /// Whether anybody answers at the other end of that line, who may let nobody in: of several
+    /// servers that one. Takes some seconds if not.
+    [[nodiscard]] bool answersAt(const pg_conn* line) const;
     /// In the place of what the address, or a file of passwords, says.
     void setPassword(std::string password) { password_ = std::move(password); }
 
 private:
     struct Words;
-    [[nodiscard]] Words words() const;
+    [[nodiscard]] Words words(const pg_conn* sameAs = nullptr) const;
 
     std::string address_;
     std::optional<std::string> password_;

@@ -209,9 +209,9 @@ void ServerWire::loseTransaction() {
 
 // ---- exchanges --------------------------------------------------------------------------------
 
-/// Whether somebody is there, if not at the other end of this line.
+/// Whether the server is, though it says nothing on this line.
 bool ServerWire::isAlive() const {
-    auto asked = std::async(std::launch::async, [this] { return address_.answers(); });
+    auto asked = std::async(std::launch::async, [this] { return address_.answersAt(line_.get()); });
     const auto told = [&] { return asked.wait_for(milliseconds(0)) == std::future_status::ready; };
     while (!jet::waitFor(told, silence)) {
     }

@@ -108,14 +108,32 @@ TEST_P(ServerLossTest, OneThatStandsStillIsAsGoodAsGone) {
     ado::ServerWire::silence = std::chrono::milliseconds(100);
     ado::ServerWire::patience = std::chrono::milliseconds(300);
     relay->stand(true);
-    relay->close(true);
     EXPECT_THAT(told([&] { add("Novo"); }), HasSubstr("ainda não voltou"));
     relay->stand(false);
-    relay->close(false);
     EXPECT_EQ(banksNamed("Novo"), 0);
     ado::ServerWire::patience = patience_;
     add("Novo");
     EXPECT_EQ(banksNamed("Novo"), 1);
+}
+
+TEST_P(ServerLossTest, OneThatStandsStillIsGoneThoughAnotherOfTheAddressAnswers) {
+    Relay second(ado::serverAddress(connectionString()).value());
+    std::string both = relay->address();
+    const std::string place = "localhost:";
+    const std::string other = second.address();
+    const std::size_t port = other.find(place);
+    both.insert(both.find('/', both.find(place)),
+                "," + other.substr(port, other.find('/', port) - port));
+    station.Close();
+    station.Open("Data Source=" + both);
+    const int lines = second.lines();
+    ado::ServerWire::silence = std::chrono::milliseconds(100);
+    relay->stand(true);
+    add("Novo");
+    EXPECT_EQ(banksNamed("Novo"), 1);
+    EXPECT_GT(second.lines(), lines);
+    relay->stand(false);
+    station.Close();
 }
 
 TEST_P(ServerLossTest, OneThatOnlyTakesItsTimeIsWaitedFor) {
