@@ -99,10 +99,7 @@ void lerPassado(Cliente& ficha, const QString& codigo, const QDate& hoje) {
         if (operacao != Historico::kBaixa)
             continue;
         passado.baixados.mais(valor);
-        if (const QDate vencimento = Valores::dia(lido["bompara"]); vencimento.isValid()) {
-            ++passado.vencidos;
-            passado.atraso += vencimento.daysTo(Valores::dia(lido["quando"]));
-        }
+        passado.atraso.mais(Valores::dia(lido["bompara"]), Valores::dia(lido["quando"]));
     }
 }
 
@@ -162,7 +159,7 @@ QString baixados(const Cliente& cliente) {
     if (!cliente.passado)
         return "ainda não há histórico";
     const Passado& passado = *cliente.passado;
-    const QString atraso = Vencimentos::atrasoMedio(passado.atraso, passado.vencidos);
+    const QString atraso = passado.atraso.medio();
     return Vencimentos::texto(passado.baixados) +
            (atraso.isEmpty() ? "" : ", atraso médio " + atraso);
 }

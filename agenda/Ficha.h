@@ -39,8 +39,7 @@ struct SemFundos {
 /// What the history tells of the last twelve months, but for what was undone.
 struct Passado {
     Vencimentos::Soma baixados;
-    qint64 vencidos = 0; ///< those of them that had a due date
-    qint64 atraso = 0;   ///< days from that to the settlement, of all of these
+    Vencimentos::Atraso atraso;
     Vencimentos::Soma devolvidosExcluidos;
 };
 

@@ -234,11 +234,8 @@ void FrmHistorico::acrescentarSoma(const ado::Recordset& rs) {
     Parcela& soma = somas_[de];
     ++soma.cheques;
     soma.valor = Valores::soma(soma.valor, valor(rs["valor"]), kTotal);
-    const QDate vencto = Valores::dia(rs["bompara"]);
-    if (vencto.isValid() && rs["operacao"].text() == Historico::kBaixa) {
-        ++soma.vencidos;
-        soma.atraso += vencto.daysTo(quando);
-    }
+    if (rs["operacao"].text() == Historico::kBaixa)
+        soma.atraso.mais(Valores::dia(rs["bompara"]), quando);
 }
 
 void FrmHistorico::mostrarSomas() {
@@ -246,7 +243,7 @@ void FrmHistorico::mostrarSomas() {
         ListItem item;
         item.text = de;
         item.subItems = {QString::number(soma.cheques), formatMoney(soma.valor),
-                         Vencimentos::atrasoMedio(soma.atraso, soma.vencidos)};
+                         soma.atraso.medio()};
         lsthistorico->addItem(std::move(item));
     }
 }

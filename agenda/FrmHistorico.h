@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agenda/Nomes.h"
+#include "agenda/Vencimentos.h"
 #include "controls/typing/Formato.h"
 #include "controls/window/Form.h"
 #include "shell/ClienteMostrado.h"
@@ -39,8 +40,7 @@ private:
     struct Parcela {
         int cheques = 0;
         Amount valor;
-        int vencidos = 0;  ///< of them, settled ones with a due date
-        qint64 atraso = 0; ///< of those, in days, all together
+        Vencimentos::Atraso atraso;
     };
 
     void Form_Load() override;

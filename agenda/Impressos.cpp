@@ -180,10 +180,9 @@ Impresso ficha(const Ficha::Cliente& cliente) {
     if (antigos.cheques > 0)
         linha("Devolvidos sem fundos", "antes", antigos);
     if (cliente.passado && cliente.passado->baixados.cheques > 0) {
-        const auto& [baixados, vencidos, atraso, excluidos] = *cliente.passado;
-        linha("Baixados em 12 meses",
-              vencidos == 0 ? "" : "atraso " + Vencimentos::atrasoMedio(atraso, vencidos),
-              baixados);
+        const QString atraso = cliente.passado->atraso.medio();
+        linha("Baixados em 12 meses", atraso.isEmpty() ? "" : "atraso " + atraso,
+              cliente.passado->baixados);
     }
     return feito;
 }

@@ -160,10 +160,17 @@ QString quantos(const Soma& soma) { return contados(soma.cheques, "cheque", "che
 
 QString texto(const Soma& soma) { return quantos(soma) + ", R$ " + formatMoney(soma.valor); }
 
-QString atrasoMedio(qint64 dias, qint64 cheques) {
-    if (cheques == 0)
+void Atraso::mais(const QDate& vencimento, const QDate& baixa) {
+    if (!vencimento.isValid())
+        return;
+    ++cheques_;
+    dias_ += vencimento.daysTo(baixa);
+}
+
+QString Atraso::medio() const {
+    if (cheques_ == 0)
         return "";
-    const double media = static_cast<double>(dias) / static_cast<double>(cheques);
+    const double media = static_cast<double>(dias_) / static_cast<double>(cheques_);
     return QString::number(media, 'f', 1).replace('.', ',') + " dias";
 }
 

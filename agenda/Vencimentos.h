@@ -101,8 +101,17 @@ struct SomaDoDia {
 /// "1 cheque, R$ 10,00", "2 cheques, R$ 20,00".
 [[nodiscard]] QString texto(const Soma& soma);
 
-/// So many days late on average, "3,2 dias"; "" of no cheques.
-[[nodiscard]] QString atrasoMedio(qint64 dias, qint64 cheques);
+/// How late cheques were settled, those of them that had a due date.
+class Atraso {
+public:
+    void mais(const QDate& vencimento, const QDate& baixa);
+    /// In days, "3,2 dias"; "" of no cheques.
+    [[nodiscard]] QString medio() const;
+
+private:
+    qint64 cheques_ = 0;
+    qint64 dias_ = 0; ///< of all of them
+};
 
 /// How far off the due date is: "hoje", "amanhã", "em 3 dias", "há 1 dia"; "" without one.
 [[nodiscard]] QString distancia(const QDate& vencimento, const QDate& hoje);

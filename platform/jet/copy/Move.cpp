@@ -18,8 +18,19 @@ void moveFile(const std::filesystem::path& from, const std::filesystem::path& to
     if (result == -EXDEV) {
         UnnamedFile copy(to, disk);
         copyFile(from, copy, from);
-        copy.takeName();
-        return File::remove(disk, from);
+        try {
+            copy.takeName();
+            return File::remove(disk, from);
+        } catch (const Error& error) {
+            if (!disk.exists(to))
+                throw;
+            throw Error(error.code(), "O arquivo \"" + from.string() + "\" foi copiado para \"" +
+                                          to.string() +
+                                          "\", mas não pôde ser excluído, e agora há dois. "
+                                          "Verifique o disco, e exclua um deles antes que alguém "
+                                          "trabalhe no outro. " +
+                                          error.what());
+        }
     }
     if (result < 0)
         return File::rename(disk, from, to); // says why it can't be

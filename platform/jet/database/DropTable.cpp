@@ -2,6 +2,7 @@
 
 #include "jet/database/DatabasePager.h"
 #include "jet/database/DatabaseParts.h"
+#include "jet/database/Relationships.h"
 #include "jet/page/DataPage.h"
 #include "jet/page/MapLayout.h"
 #include "jet/row/DefinitionImage.h"
@@ -84,7 +85,8 @@ void dropTable(const std::filesystem::path& file, std::string_view name) {
     if (const auto reason = table.readOnlyReason())
         throw Error(Errc::readOnly, *reason);
     Pager& pager = DatabasePager::of(database);
-    if (!DefinitionImage(pager, definition).relationshipEnds().empty())
+    if (!DefinitionImage(pager, definition).relationshipEnds().empty() ||
+        !relationshipsOf(database, table).empty()) // told of in the catalog alone
         throw Error(Errc::related,
                     "A tabela \"" + table.name() + "\" tem um relacionamento com outra.");
     auto& parts = DatabasePager::parts(database);

@@ -34,8 +34,9 @@ void Pager::requireUsable() const {
     if (turns_ && turns_->isBroken())
         throw Error(Errc::io, "Uma gravação em \"" + file_.path().string() +
                                   "\" falhou no meio e não pôde ser desfeita. Feche o programa, "
-                                  "verifique o disco ou a rede, e abra-o de novo: os dados voltam "
-                                  "ao estado de antes dessa gravação.");
+                                  "verifique o disco ou a rede, e abra-o de novo: essa gravação "
+                                  "valeu inteira ou nada dela valeu. Confira o que foi feito por "
+                                  "último.");
 }
 
 Pager::Section::Section(Pager& pager, Kind kind) : turns_(pager.turns_) {

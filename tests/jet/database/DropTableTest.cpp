@@ -54,6 +54,20 @@ TEST_P(DroppedTable, GivesBackEveryPage) {
     EXPECT_THROW(static_cast<void>(table("fichas")), Error);
 }
 
+TEST_P(DroppedTable, HasNoRelationshipNotEvenOneThatOnlyTheCatalogTellsOf) {
+    fill(3);
+    database_->createTable({"donos", {{"id", ColumnType::longInteger}}, {}});
+    addRelationship(*database_, {"fichasdonos", "fichas", {"id"}, "donos", {"id"}, 0});
+    try {
+        dropped();
+        ADD_FAILURE() << "it was dropped";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.code(), Errc::related);
+    }
+    database_.emplace(path());
+    EXPECT_EQ(table("fichas").rowCount(), 3);
+}
+
 // The set of a large table's pages goes on on pages of its own; of the older format it is the
 // smaller table that is so large.
 TEST_P(LargeDroppedTable, GivesBackThePagesThatNameItsPages) {
