@@ -16,6 +16,7 @@ keys() {
     for key in "$@"; do
         pressed=$((pressed + 1 + $(tr -cd + <<< "$key" | wc -c)))
     done
+    last_keys=("$@")
     xdotool key --delay "$per_key" "$@"
 }
 typed() { # plain letters and digits only

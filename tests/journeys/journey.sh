@@ -272,7 +272,7 @@ is_in_front() { title_is "$1" || { [ -n "$windows" ] && help_wine "$1"; }; }
 help_wine() {
     ((++looks % 15 == 0)) || return 1
     if [ "$1" != Valtrino ] &&
-        xdotool search --onlyvisible --name "^${1//[][]/.}\$" windowactivate --sync; then
+        xdotool search --onlyvisible --name "^${1//[][]/.}\$" windowactivate; then
         title_is "$1"
     elif ((looks % 45 == 0)) && [[ ${last_keys[*]} = alt+?" "? ]] && main_is_in_front; then
         ! title_is Valtrino || xdotool key --delay "$per_key" Escape Escape
