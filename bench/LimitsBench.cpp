@@ -19,16 +19,18 @@ struct Listing {
     const char* statement;
     double wanted; ///< times SQLite's; where an index gives the order the first page counts instead
 };
+// Cheques of one day come in the order of entry: so the index of due dates doesn't give theirs.
 constexpr Listing kListings[] = {
-    {"all cheques by due date (an index)",  "select * from cheques order by bompara", 0},
+    {"all cheques by entry number (the key)", "select * from cheques order by lancamento", 0},
+    {"all cheques by due date",               "select * from cheques order by bompara",    2},
     {"report of all, by due date and name",
      "Select * from (cheques inner join cliente_fornecedor on "
      "cheques.cliente=cliente_fornecedor.codigo) inner join bancos on cheques.banco=bancos.codigo  "
-     "order by bompara,cliente_fornecedor.nome",                                      2},
+     "order by bompara,cliente_fornecedor.nome",                                           2},
     {"report of all, by name and due date",
      "Select * from (cheques inner join cliente_fornecedor on "
      "cheques.cliente=cliente_fornecedor.codigo) inner join bancos on cheques.banco=bancos.codigo  "
-     "order by cliente_fornecedor.nome,bompara",                                      2},
+     "order by cliente_fornecedor.nome,bompara",                                           2},
 };
 constexpr double kWantedFirstPage = 2;
 
@@ -82,7 +84,7 @@ int main(int argc, char** argv) {
     const auto copy = benchFolder() / "given.sqlite";
     copyToSqlite(argv[1], copy);
     Sqlite database(copy);
-    std::printf("%-38s %10s %13s %9s %9s %7s %7s %9s\n", "processor seconds:", "rows", "first page",
+    std::printf("%-40s %10s %13s %9s %9s %7s %7s %9s\n", "processor seconds:", "rows", "first page",
                 "ours", "SQLite", "ratio", "wanted", "memory");
     for (std::size_t i = 0; i < std::size(kListings); ++i) {
         const Listing& listing = kListings[i];
@@ -90,7 +92,7 @@ int main(int argc, char** argv) {
         if (other.rows != taken[i].rows)
             std::fprintf(stderr, "%lld rows here, %lld there\n",
                          static_cast<long long>(taken[i].rows), static_cast<long long>(other.rows));
-        std::printf("%-38s %10lld %13.3f %9.1f %9.1f %6.2fx ", listing.name,
+        std::printf("%-40s %10lld %13.3f %9.1f %9.1f %6.2fx ", listing.name,
                     static_cast<long long>(taken[i].rows), taken[i].firstPage, taken[i].all,
                     other.all, taken[i].all / other.all);
         listing.wanted > 0 ? std::printf("%6.1fx", listing.wanted)
