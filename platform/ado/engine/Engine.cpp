@@ -63,9 +63,9 @@ Engine::Engine(jet::Database& database, const Bounds& bounds)
     handle_.reset(handle);
     if (result != SQLITE_OK)
         throw Error(Errc::io, "Não há memória para abrir o banco de dados.");
-    // What is sorted stays in memory, up to half of the bound: only the lists of a very large file
-    // are ever seen by the disk.
-    const std::string most = std::to_string(bounds.bytes / 2 / 1024);
+    // What is sorted stays in memory, up to a third of the bound: only the lists of a very large
+    // file are ever seen by the disk, and those have the places of their rows besides.
+    const std::string most = std::to_string(bounds.bytes / 3 / 1024);
     sqlite3_exec(handle, ("pragma temp_store=file; pragma cache_size=-" + most).c_str(), nullptr,
                  nullptr, nullptr);
     // A name between double quotes that no column has is an error, not a text.
