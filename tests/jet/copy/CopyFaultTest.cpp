@@ -217,7 +217,7 @@ TEST_P(CopyFaults, AMoveToAnotherDiskThatFailsLosesNothing) {
                 expectSound(disk, kPath, content_);
         },
         10);
-    EXPECT_GT(twice, 0);
+    EXPECT_TRUE(twice > 0 || JET_ONE_IN > 1) << "else the one call may not be among them";
 }
 
 } // namespace
