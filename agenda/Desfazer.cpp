@@ -43,8 +43,11 @@ public:
             return deCheques ? "o lançamento foi dado a outro cheque."
                              : "já há outro registro com a mesma chave.";
         if (ficou && !esta(*rs, campos, historico["depois"])) {
-            if (havia && !primeira && esta(*procurar("antes"), campos, historico["antes"]))
-                return {};
+            if (havia && !primeira) {
+                const ado::Recordset* const antes = procurar("antes");
+                if (antes != nullptr && esta(*antes, campos, historico["antes"]))
+                    return {};
+            }
             rs = procurar("depois");
             return rs->EOF() ? "ele foi excluído ou baixado depois." : "ele foi alterado depois.";
         }

@@ -12,10 +12,10 @@ namespace ado {
 [[noreturn]] void throwServerError(const pg_conn* line, const pg_result* result,
                                    const std::string& place);
 
-/// That the server can't be reached, or doesn't let us in: why that line, null without memory,
-/// hasn't come about. @throws Error{io, password, notFound}.
 /// Whether it is the password, or who comes with it, that the server hasn't accepted.
 [[nodiscard]] bool refusesPassword(const pg_conn* line);
+/// That the server can't be reached, or doesn't let us in: why that line, null without memory,
+/// hasn't come about. @throws Error{io, password, notFound}.
 [[noreturn]] void throwNoConnection(const pg_conn* line, const std::string& place);
 
 } // namespace ado
