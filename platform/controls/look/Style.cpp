@@ -14,6 +14,8 @@
 #include <QTranslator>
 
 #include <algorithm>
+#include <cstring>
+#include <iterator>
 
 namespace {
 
@@ -197,6 +199,35 @@ constexpr Shade kDisabledShades[] = {
     {QPalette::HighlightedText, 0xff4a5358, 0xffb9c2c4},
 };
 
+/// Qt's own texts in Portuguese, with the kinds of files that its translation leaves in English.
+class QtTexts final : public QTranslator {
+public:
+    using QTranslator::QTranslator;
+
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* text, const char* comment,
+                      int count) const override {
+        struct FileKind {
+            const char* english;
+            const char* portuguese;
+        };
+        static constexpr FileKind kFileKinds[] = {
+            {"Drive",       "Unidade"     },
+            {"File Folder", "Pasta"       },
+            {"Folder",      "Pasta"       },
+            {"%1 File",     "Arquivo %1"  },
+            {"Shortcut",    "Atalho"      },
+            {"Unknown",     "Desconhecido"},
+        };
+        const QString known = QTranslator::translate(context, text, comment, count);
+        if (!known.isNull() || std::strcmp(context, "QAbstractFileIconProvider") != 0)
+            return known;
+        const auto* const kind = std::ranges::find_if(
+            kFileKinds, [&](const FileKind& one) { return std::strcmp(one.english, text) == 0; });
+        return kind != std::end(kFileKinds) ? QString(kind->portuguese) : known;
+    }
+};
+
 } // namespace
 
 QFont headingFont() {
@@ -229,7 +260,7 @@ void aplicarEstilo(QApplication& application) {
     QApplication::setFont(font);
 
     QLocale::setDefault(QLocale(QLocale::Portuguese, QLocale::Brazil));
-    auto* texts = new QTranslator(&application);
-    if (texts->load("qtbase_pt_BR", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QApplication::installTranslator(texts);
+    auto* texts = new QtTexts(&application);
+    (void)texts->load("qtbase_pt_BR", QLibraryInfo::path(QLibraryInfo::TranslationsPath));
+    QApplication::installTranslator(texts);
 }

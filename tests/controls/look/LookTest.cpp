@@ -8,6 +8,9 @@
 #include "support/QtPrinters.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileIconProvider>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -36,6 +39,14 @@ class Look : public testing::Test {
 protected:
     ~Look() override { applyColours(ColourScheme::light); }
 };
+
+TEST_F(Look, KindsOfFilesAreNamedInPortuguese) {
+    aplicarEstilo(*qApp);
+    const QFileIconProvider files;
+    EXPECT_EQ(files.type(QFileInfo(QDir::tempPath())), "Pasta");
+    EXPECT_EQ(files.type(QFileInfo(QDir::rootPath())), "Unidade");
+    EXPECT_EQ(files.type(QFileInfo(QDir::temp().filePath("não existe"))), "Desconhecido");
+}
 
 TEST_F(Look, TheMenuEntryUnderTheHandHasItsIconInTheColourOfItsText) {
     aplicarEstilo(*qApp);
