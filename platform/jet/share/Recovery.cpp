@@ -69,86 +69,125 @@ std::filesystem::path asideName(const std::filesystem::path& journal, Disk& disk
                                   " guardados, que devem ser apagados antes.");
 }
 
-} // namespace
+/// A journal that lies beside a file, and what becomes of it.
+class Leftover {
+public:
+    Leftover(File& database, const Format& format)
+        : database_(database), format_(format), disk_(database.disk()),
+          path_(Journal::pathFor(database.path())), pairs_(database, format),
+          writing_(pairs_.find(CommitPairs::kWriting).has_value()) {}
 
-Recovery recover(File& database, const Format& format) {
-    Disk& disk = database.disk();
-    const Journal::Found found = Journal::find(database.path(), disk, true);
-    if (found.what == Journal::Found::What::nothing)
-        return {};
-    const std::filesystem::path path = Journal::pathFor(database.path());
-    const auto setAside = [&](const std::string& reason) {
-        try {
-            Recovery result{Recovery::Outcome::setAside, asideName(path, disk), reason};
-            File::rename(disk, path, result.aside);
-            return result;
-        } catch (const Error& error) {
-            if (error.code() != Errc::readOnly && error.code() != Errc::exists)
-                throw;
-            return Recovery{Recovery::Outcome::leftThere, {}, reason + " " + error.what()};
-        }
-    };
-    const auto done = [&](Recovery::Outcome outcome) {
-        try {
-            Journal::remove(path, disk);
-        } catch (const Error& error) {
-            if (error.code() != Errc::readOnly)
-                throw;
-            return Recovery{Recovery::Outcome::leftThere, {}, error.what()};
-        }
-        return Recovery{outcome, {}, {}};
-    };
+    [[nodiscard]] Recovery settle(const Journal::Found& found);
 
-    const CommitPairs pairs(database, format);
-    const bool writing = pairs.find(CommitPairs::kWriting).has_value();
-    const auto unusable = [&](const std::string& why) {
-        if (writing)
-            throw Error(Errc::readOnly, "Uma gravação foi interrompida e precisa ser desfeita "
-                                        "antes que os dados possam ser lidos. " +
-                                            why);
-        return setAside(why);
-    };
-    if (found.what == Journal::Found::What::unusable)
-        return unusable(found.why);
-    Journal::Reader journal(path, format, disk);
-    if (journal.kind() == Journal::Reader::Kind::ofAnotherVersion)
-        return unusable("O registro dela é de outra versão deste programa, e só ela pode usá-lo.");
-    Match state;
-    if (journal.header())
-        state = compare(journal, database, format);
-    if (!journal.header() || !state.whole) {
-        // Cut off while it was written: the file hadn't been touched yet.
-        if (journal.kind() != Journal::Reader::Kind::journal)
-            return setAside("ele não é o registro de uma gravação.");
-        if (!writing)
-            return done(Recovery::Outcome::discarded);
-        return setAside("ele está incompleto.");
+private:
+    [[nodiscard]] Recovery remove(Recovery::Outcome outcome) const;
+    [[nodiscard]] Recovery setAside(const std::string& reason) const;
+    [[nodiscard]] Recovery unusable(const std::string& why) const;
+    [[nodiscard]] Recovery incomplete(const Journal::Reader& journal) const;
+    [[nodiscard]] Recovery settleWhole(Journal::Reader& journal, bool sectorsKnown);
+    [[nodiscard]] bool isUntouched(const JournalHeader& header) const;
+    [[nodiscard]] bool isBegun(const JournalHeader& header) const;
+
+    File& database_;
+    const Format& format_;
+    Disk& disk_;
+    std::filesystem::path path_;
+    CommitPairs pairs_;
+    bool writing_; ///< whether a pair says that somebody was
+};
+
+Recovery Leftover::remove(Recovery::Outcome outcome) const {
+    try {
+        Journal::remove(path_, disk_);
+    } catch (const Error& error) {
+        if (error.code() != Errc::readOnly)
+            throw;
+        return {Recovery::Outcome::leftThere, {}, error.what()};
     }
-    const JournalHeader& header = *journal.header();
-    CommitPairs others = pairs;
+    return {outcome, {}, {}};
+}
+
+Recovery Leftover::setAside(const std::string& reason) const {
+    try {
+        Recovery result{Recovery::Outcome::setAside, asideName(path_, disk_), reason};
+        File::rename(disk_, path_, result.aside);
+        return result;
+    } catch (const Error& error) {
+        if (error.code() != Errc::readOnly && error.code() != Errc::exists)
+            throw;
+        return {Recovery::Outcome::leftThere, {}, reason + " " + error.what()};
+    }
+}
+
+Recovery Leftover::unusable(const std::string& why) const {
+    if (writing_)
+        throw Error(Errc::readOnly, "Uma gravação foi interrompida e precisa ser desfeita "
+                                    "antes que os dados possam ser lidos. " +
+                                        why);
+    return setAside(why);
+}
+
+/// Cut off while it was written: the file hadn't been touched yet.
+Recovery Leftover::incomplete(const Journal::Reader& journal) const {
+    if (journal.kind() != Journal::Reader::Kind::journal)
+        return setAside("ele não é o registro de uma gravação.");
+    return writing_ ? setAside("ele está incompleto.") : remove(Recovery::Outcome::discarded);
+}
+
+bool Leftover::isUntouched(const JournalHeader& header) const {
+    return pairs_ == header.pairs && !writing_;
+}
+
+/// Nobody has written since but the one who was interrupted.
+bool Leftover::isBegun(const JournalHeader& header) const {
+    CommitPairs others = pairs_;
     others.set(header.user, header.pairs[header.user]);
-    const bool sameFile = Journal::identityOf(database, format) == header.identity;
-    const std::uint16_t pair = pairs[header.user];
-    if (sameFile && pair == header.announced) {
+    const std::uint64_t size = database_.size();
+    return pairs_[header.user] == CommitPairs::kWriting && others == header.pairs &&
+           size >= std::uint64_t{header.fileBefore} * format_.pageSize &&
+           size <= std::uint64_t{header.fileAfter} * format_.pageSize;
+}
+
+Recovery Leftover::settleWhole(Journal::Reader& journal, bool sectorsKnown) {
+    const JournalHeader& header = *journal.header();
+    if (Journal::identityOf(database_, format_) != header.identity)
+        return setAside("ele é de outro arquivo.");
+    if (pairs_[header.user] == header.announced) {
         // Complete. The pair may not have reached the disk when its writer, not the power, died;
         // and after a sync that failed the system takes for written what isn't, unless it is
         // written anew.
-        CommitPairs::write(database, format, header.user, header.announced);
-        return done(Recovery::Outcome::discarded);
+        CommitPairs::write(database_, format_, header.user, header.announced);
+        return remove(Recovery::Outcome::discarded);
     }
-    if (sameFile && pairs == header.pairs && !writing)
-        return done(Recovery::Outcome::discarded);
-    const std::uint64_t size = database.size();
-    if (!sameFile)
-        return setAside("ele é de outro arquivo.");
-    if (pair != CommitPairs::kWriting || others != header.pairs || !state.own ||
-        size < std::uint64_t{header.fileBefore} * format.pageSize ||
-        size > std::uint64_t{header.fileAfter} * format.pageSize)
+    if (isUntouched(header))
+        return remove(Recovery::Outcome::discarded);
+    if (!isBegun(header) || !sectorsKnown)
         return setAside("o banco de dados foi alterado por outro programa, ou substituído por uma "
                         "cópia, depois da interrupção.");
     // Even where all is new to look at: see above.
-    putBack(journal, database, format);
-    return done(Recovery::Outcome::undone);
+    putBack(journal, database_, format_);
+    return remove(Recovery::Outcome::undone);
+}
+
+Recovery Leftover::settle(const Journal::Found& found) {
+    if (found.what == Journal::Found::What::unusable)
+        return unusable(found.why);
+    Journal::Reader journal(path_, format_, disk_);
+    if (journal.kind() == Journal::Reader::Kind::ofAnotherVersion)
+        return unusable("O registro dela é de outra versão deste programa, e só ela pode usá-lo.");
+    if (!journal.header())
+        return incomplete(journal);
+    const Match match = compare(journal, database_, format_);
+    return match.whole ? settleWhole(journal, match.own) : incomplete(journal);
+}
+
+} // namespace
+
+Recovery recover(File& database, const Format& format) {
+    const Journal::Found found = Journal::find(database.path(), database.disk(), true);
+    if (found.what == Journal::Found::What::nothing)
+        return {};
+    return Leftover(database, format).settle(found);
 }
 
 Recovery recover(const std::filesystem::path& database, Disk& disk) {
