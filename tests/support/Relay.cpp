@@ -175,7 +175,7 @@ bool Relay::fromProgram(Line& line) {
         if (line.started && isHit(message)) {
             if (when_ == Cut::before)
                 return false;
-            (when_ == Cut::at ? last : line.cutting) = true;
+            (when_ == Cut::at ? last : when_ == Cut::never ? line.still : line.cutting) = true;
         }
         if (line.started && message.front() == 'S')
             ++questions_;
@@ -198,5 +198,7 @@ bool Relay::fromServer(Line& line) {
     }
     if (line.cutting)
         return !ended;
+    if (line.still && !through.empty())
+        stand(true);
     return passOn(line.program, through);
 }

@@ -23,9 +23,10 @@ public:
 
     /// When a statement comes that begins with `words`, the line of whoever sends it is cut, once.
     enum class Cut : std::uint8_t {
-        before,  ///< and the server doesn't get it
-        at,      ///< as soon as the server has got it
-        answered ///< when the server has answered, of which the program hears nothing
+        before,   ///< and the server doesn't get it
+        at,       ///< as soon as the server has got it
+        answered, ///< when the server has answered, of which the program hears nothing
+        never     ///< but as it answers that, the server begins to stand still
     };
     void cut(Cut when, const std::string& words);
     /// All lines, at once.
@@ -50,6 +51,7 @@ private:
         bool started = false; ///< the first message, which has no kind, is over
         bool asking = false;  ///< the last that went through came from the program
         bool cutting = false; ///< when the server has answered
+        bool still = false;   ///< from its answer on
     };
     void serve();
     void admit();

@@ -38,9 +38,9 @@ PQconninfoOption* PQconninfoParse(const char* address, char** reason) { return T
 int PQconsumeInput(PGconn* line) { return THEIRS(PQconsumeInput)(line); }
 int PQenterPipelineMode(PGconn* line) { return THEIRS(PQenterPipelineMode)(line); }
 char* PQerrorMessage(const PGconn* line) { return THEIRS(PQerrorMessage)(line); }
-PGresult* PQexec(PGconn* line, const char* statement) { return THEIRS(PQexec)(line, statement); }
 int PQexitPipelineMode(PGconn* line) { return THEIRS(PQexitPipelineMode)(line); }
 void PQfinish(PGconn* line) { THEIRS(PQfinish)(line); }
+int PQflush(PGconn* line) { return THEIRS(PQflush)(line); }
 int PQfmod(const PGresult* result, int field) { return THEIRS(PQfmod)(result, field); }
 char* PQfname(const PGresult* result, int field) { return THEIRS(PQfname)(result, field); }
 void PQfreemem(void* memory) { THEIRS(PQfreemem)(memory); }
@@ -65,8 +65,10 @@ int PQputCopyData(PGconn* line, const char* bytes, int count) { return THEIRS(PQ
 int PQputCopyEnd(PGconn* line, const char* reason) { return THEIRS(PQputCopyEnd)(line, reason); }
 char* PQresultErrorField(const PGresult* result, int field) { return THEIRS(PQresultErrorField)(result, field); }
 ExecStatusType PQresultStatus(const PGresult* result) { return THEIRS(PQresultStatus)(result); }
+int PQsendQuery(PGconn* line, const char* statement) { return THEIRS(PQsendQuery)(line, statement); }
 int PQsendQueryParams(PGconn* line, const char* statement, int count, const Oid* types, const char* const* values, const int* lengths, const int* formats, int resultFormat) { return THEIRS(PQsendQueryParams)(line, statement, count, types, values, lengths, formats, resultFormat); }
 PQnoticeProcessor PQsetNoticeProcessor(PGconn* line, PQnoticeProcessor process, void* of) { return THEIRS(PQsetNoticeProcessor)(line, process, of); }
+int PQsetnonblocking(PGconn* line, int on) { return THEIRS(PQsetnonblocking)(line, on); }
 int PQsocket(const PGconn* line) { return THEIRS(PQsocket)(line); }
 ConnStatusType PQstatus(const PGconn* line) { return THEIRS(PQstatus)(line); }
 PGTransactionStatusType PQtransactionStatus(const PGconn* line) { return THEIRS(PQtransactionStatus)(line); }

@@ -1,6 +1,5 @@
 #include "ado/server/ServerWire.h"
 #include "ado/system/Socket.h"
-#include "jet/Waiting.h"
 
 #include <charconv>
 #include <libpq-fe.h>
@@ -14,18 +13,13 @@ constexpr std::chrono::milliseconds kSoon{20};
 
 } // namespace
 
-std::optional<ServerRows> ServerRows::next(pg_conn* line, std::chrono::milliseconds longest) {
-    const auto come = [&] {
-        for (bool said = true; said && PQisBusy(line) != 0;) {
-            said = hasInput(PQsocket(line), kSoon);
-            if (PQconsumeInput(line) == 0)
-                return true; // the line has gone, as the result will say
-        }
-        return PQisBusy(line) == 0;
-    };
-    if (!jet::waitFor(come, longest))
-        return std::nullopt;
-    return ServerRows(PQgetResult(line));
+bool ServerRows::haveCome(pg_conn* line) {
+    for (bool said = true; said && PQisBusy(line) != 0;) {
+        said = hasInput(PQsocket(line), kSoon);
+        if (PQconsumeInput(line) == 0)
+            return true; // the line has gone, as the result will say
+    }
+    return PQisBusy(line) == 0;
 }
 
 void ServerRows::Clearer::operator()(pg_result* result) const { PQclear(result); }

@@ -218,13 +218,19 @@ bool ServerWire::isAlive() const {
     return asked.get();
 }
 
-/// What the server says next, as long as that may take: another station may be at work on the same.
+bool ServerWire::await(const std::function<bool()>& come) {
+    while (!jet::waitFor(come, silence))
+        if (!isAlive()) {
+            down_ = true;
+            return false;
+        }
+    return true;
+}
+
 std::optional<ServerRows> ServerWire::next() {
-    while (true) {
-        auto said = ServerRows::next(line_.get(), silence);
-        if (said || !isAlive())
-            return said;
-    }
+    if (!await([this] { return ServerRows::haveCome(line_.get()); }))
+        return std::nullopt;
+    return ServerRows(PQgetResult(line_.get()));
 }
 
 /// Takes in what one pipeline gives: for `answer`, if that is given.
@@ -232,10 +238,10 @@ void ServerWire::take(Answer* answer) {
     std::size_t number = 0;
     for (bool ended = false;;) {
         auto one = next();
-        if (!one) {
-            down_ = true;
+void ServerWire::throwLost() { throwOffline(kLostWriting); }
+
+        if (!one)
             return;
-        }
         const pg_result* const result = one->get();
         if (result == nullptr) { // the end of what one statement gives; twice, of all there is
             down_ = down_ || ended || PQstatus(line_.get()) != CONNECTION_OK;

@@ -27,9 +27,8 @@ struct Parameter {
 class ServerRows {
 public:
     explicit ServerRows(pg_result* result) : result_(result) {}
-    /// What the server says next; nothing if that takes longer. The windows stay painted.
-    [[nodiscard]] static std::optional<ServerRows> next(pg_conn* line,
-                                                        std::chrono::milliseconds longest);
+    /// Whether what the server says next is there, or the line has gone.
+    [[nodiscard]] static bool haveCome(pg_conn* line);
 
     [[nodiscard]] int rows() const;
     [[nodiscard]] int columns() const;
@@ -144,13 +143,21 @@ public:
     /// How many lines there have been so far: with each one what was told meanwhile is missed.
     [[nodiscard]] std::uint64_t lines() const noexcept { return lines_; }
 
-    /// For what has words of its own with the server, in between (ServerCopy.h).
+    // For what has words of its own with the server, in between (ServerCopy.h).
     [[nodiscard]] pg_conn* line() const noexcept { return line_.get(); }
     /// As the server has told by now.
     [[nodiscard]] bool isReadOnly() const;
     /// How often this has waited for the server so far.
     [[nodiscard]] std::uint64_t roundTrips() const noexcept { return roundTrips_; }
 
+    /// Until `come` says so, however long that takes, while the windows stay painted: another
+    /// station may be at work on the same. False, and the line counts as broken, as soon as nobody
+    /// answers there any more.
+    [[nodiscard]] bool await(const std::function<bool()>& come);
+    /// What the server says next; nothing as await().
+    [[nodiscard]] std::optional<ServerRows> next();
+    /// What was in the line is lost with it.
+    [[noreturn]] static void throwLost();
 private:
     /// What has come of what was sent at once.
     struct Answer {
@@ -167,7 +174,6 @@ private:
     [[noreturn]] void loseTransaction();
 
     [[nodiscard]] bool isAlive() const;
-    [[nodiscard]] std::optional<ServerRows> next();
     void take(Answer* answer);
     void takeUnanswered();
     [[nodiscard]] Answer exchange(const std::vector<ServerStatement>& statements);

@@ -1,5 +1,6 @@
 // A migration that is broken off, anywhere: nothing of it is left on the other side.
 #include "ado/migrate/Migrated.h"
+#include "ado/server/ServerWire.h"
 #include "support/FailingDisk.h"
 #include "support/FileRules.h"
 #include "support/Relay.h"
@@ -79,6 +80,36 @@ TEST_P(MigrationFaults, ALineCutOnTheWayThereLeavesNothing) {
         EXPECT_EQ(answer("select count(*) from pg_namespace where nspname like 'valtrino%'"), "0");
         EXPECT_TRUE(bytes(path_) == before_);
     }
+}
+
+// As long as somebody else there answers, it is waited for.
+TEST_P(MigrationFaults, AServerThatStandsStillInTheMiddleLeavesNothing) {
+    {
+        jet::Database database(path_);
+        database.createTable({.name = "notas",
+                              .columns = {{.name = "texto", .type = jet::ColumnType::memo}},
+                              .indexes = {}});
+        for (int i = 0; i < 40; ++i) // more than lies on the way
+            database.table("notas").insert(jet::Row{std::string(300'000, 'n')});
+    }
+    const std::string direct = address_;
+    const auto silence = std::exchange(ado::ServerWire::silence, std::chrono::milliseconds(50));
+    for (const char* words : {"copy \"notas\" from", "copy \"notas\" to"}) {
+        SCOPED_TRACE(words);
+        Relay relay(direct);
+        address_ = relay.address();
+        relay.cut(Cut::never, words);
+        try {
+            static_cast<void>(there(path_));
+            ADD_FAILURE() << "was migrated";
+        } catch (const jet::Error& error) {
+            EXPECT_EQ(error.code(), Errc::offline);
+            EXPECT_THAT(error.what(), HasSubstr("Nada ficou nele"));
+        }
+        address_ = direct;
+    }
+    ado::ServerWire::silence = silence;
+    EXPECT_EQ(answer("select count(*) from pg_namespace where nspname like 'valtrino%'"), "0");
 }
 
 // Of the last word of all, the answer may be lost though it has been done.
