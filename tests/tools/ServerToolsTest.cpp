@@ -151,6 +151,10 @@ TEST_F(ServerMigrate, CheckTellsWhatIsWrong) {
         {"drop function valtrino.jet_year", 1, "erro: falta a função \"jet_year\""},
         {"drop table valtrino.valtrino_historico", 1,
          "erro: falta a tabela \"valtrino_historico\""},
+        {"alter table valtrino.cheques add constraint b foreign key (banco) references "
+         "valtrino.bancos (codigo) on delete set default not valid", 1,
+         "aviso: o histórico não guarda o que muda em outras tabelas por causa do relacionamento "
+         "\"b\""},
         {"drop index valtrino.cheques_banco_lancamento_idx", 1,
          "aviso: falta um índice de \"banco\" da tabela \"cheques\""},
         {"drop index valtrino.semfundos_jet_chave_lancamento_idx", 1,

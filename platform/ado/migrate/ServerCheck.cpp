@@ -112,6 +112,11 @@ public:
                          named(*rules.field(row, 1)));
         // The columns of both sides, in the order of the relationship.
         const ServerRows bonds = wire_.run(
+        each(std::string("select k.conname ") + kTablesOf +
+                 "join pg_catalog.pg_constraint k on k.conrelid = c.oid and k.contype = 'f' and "
+                 "(k.confupdtype in ('n', 'd') or k.confdeltype = 'd')",
+             Severity::warning,
+             "o histórico não guarda o que muda em outras tabelas por causa do relacionamento ");
             std::string(
                 "select c.oid::regclass::text, k.conname, k.confrelid::regclass::text, "
                 "string_agg(format('p.%I = f.%I', pa.attname, fa.attname), ' and ' order by "

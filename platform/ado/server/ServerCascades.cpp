@@ -87,71 +87,84 @@ private:
         std::size_t last; ///< when something last followed for it
     };
 
+    /// Of the keys that others are looked for by, those that they have besides: before a change of
+    /// theirs what they are to become, after it what they were.
+    using Keys = std::map<Key, Key>;
+
     void follow(const ServerTable& table, const std::vector<const FollowedRow*>& rows) {
         for (const Bond& bond : table.bonds) {
             const ServerTable* const child = catalog_.find(bond.child);
-            if (child == nullptr ||
-                (erases_ ? !bond.cascadesDeletes && !bond.nullsOnDelete : !bond.cascadesUpdates))
+            if (child == nullptr)
                 continue;
-            const auto isThere = [](const std::optional<std::string>& value) {
-                return value.has_value();
-            };
-            std::map<Key, Key> former; // of the keys that are there, those that were
+            Keys gone;
+            Keys changed;
             for (const FollowedRow* const row : rows) {
                 const Key old = keyAt(row->before, bond.columns);
                 const Key now = row->after ? keyAt(*row->after, bond.columns) : old;
-                if (std::ranges::all_of(now, isThere) && (erases_ || now != old))
-                    former.emplace(now, old);
+                const Key& there = erases_ ? old : now;
+                if (!std::ranges::all_of(there,
+                                         [](const auto& value) { return value.has_value(); }))
+                    continue;
+                if (!row->after && (bond.cascadesDeletes || bond.nullsOnDelete))
+                    gone.emplace(there, Key());
+                else if (row->after && now != old && bond.cascadesUpdates)
+                    changed.emplace(there, erases_ ? now : old);
             }
-            std::vector<Key> keys;
-            for (auto next = former.begin(); next != former.end();) {
-                keys.push_back(next->first);
-                if (++next == former.end() || keys.size() == kKeysAtOnce) {
-                    take(bond, *child, keys, former);
-                    keys.clear();
-                }
+            take(bond, *child, gone, true);
+            take(bond, *child, changed, false);
+        }
+    }
+
+    /// Those that have one of the keys.
+    void take(const Bond& bond, const ServerTable& child, const Keys& keys, bool gone) {
+        std::vector<Key> some;
+        for (auto next = keys.begin(); next != keys.end();) {
+            some.push_back(next->first);
+            if (++next == keys.end() || some.size() == kKeysAtOnce) {
+                const ServerRows rows = wire_.run(rowsWith(child, bond.childColumns, some));
+                for (int i = 0; i < rows.rows(); ++i)
+                    take(bond, child, rows, i, keys, gone);
+                some.clear();
             }
         }
     }
 
-    void take(const Bond& bond, const ServerTable& child, const std::vector<Key>& keys,
-              const std::map<Key, Key>& former) {
-        const ServerRows rows = wire_.run(rowsWith(child, bond.childColumns, keys));
-        for (int i = 0; i < rows.rows(); ++i) {
-            ServerRow row;
-            row.values.reserve(child.columns.size());
-            for (int column = 1; column < rows.columns(); ++column)
-                row.values.push_back(rows.field(i, column));
-            if (isRoot(child, row)) {
-                if (!erases_)
-                    root_.after = std::move(row);
-                continue;
-            }
-            const auto [place, isNew] = places_.try_emplace(
-                std::pair(&child, rows.field(i, 0).value_or("")), found_.size());
-            if (isNew)
-                found_.push_back({
-                    {&child, row, row},
-                    0
-                });
-            Found& found = found_[place->second];
-            found.last = ++count_;
-            bool goesOn = isNew;
-            if (!erases_) {
-                const auto was = former.find(keyAt(row, bond.childColumns));
-                if (was != former.end())
-                    setKey(found.row.before, bond.childColumns, was->second);
-            } else if (bond.cascadesDeletes) {
-                goesOn = found.row.after.has_value();
-                found.row.after.reset();
-            } else {
-                goesOn = false;
-                if (found.row.after)
-                    setKey(*found.row.after, bond.childColumns, Key(bond.childColumns.size()));
-            }
-            if (goesOn)
-                next_[&child].push_back(place->second);
+    void take(const Bond& bond, const ServerTable& child, const ServerRows& rows, int at,
+              const Keys& keys, bool gone) {
+        ServerRow row;
+        row.values.reserve(child.columns.size());
+        for (int column = 1; column < rows.columns(); ++column)
+            row.values.push_back(rows.field(at, column));
+        if (isRoot(child, row)) {
+            if (!erases_)
+                root_.after = std::move(row);
+            return;
         }
+        const auto [place, isNew] =
+            places_.try_emplace(std::pair(&child, rows.field(at, 0).value_or("")), found_.size());
+        if (isNew)
+            found_.push_back({
+                {&child, row, row},
+                0
+            });
+        Found& found = found_[place->second];
+        found.last = ++count_;
+        bool goesOn = isNew;
+        const auto other = keys.find(keyAt(row, bond.childColumns));
+        if (!erases_) {
+            if (other != keys.end())
+                setKey(found.row.before, bond.childColumns, other->second);
+        } else if (gone && bond.cascadesDeletes) {
+            goesOn = found.row.after.has_value();
+            found.row.after.reset();
+        } else if (found.row.after) {
+            const Key now =
+                gone || other == keys.end() ? Key(bond.childColumns.size()) : other->second;
+            goesOn = keyAt(*found.row.after, bond.childColumns) != now;
+            setKey(*found.row.after, bond.childColumns, now);
+        }
+        if (goesOn)
+            next_[&child].push_back(place->second);
     }
 
     [[nodiscard]] bool isRoot(const ServerTable& table, const ServerRow& row) const {

@@ -27,8 +27,8 @@ struct FollowedRow {
 ///
 /// A row that refers to itself changes once more then, and so `row` does.
 ///
-/// What a key that is emptied brings with it isn't gone on from, nor what takes its default: the
-/// shop's foreign keys are made by neither.
+/// What takes its default, or is emptied as its parent's key changes, isn't found: no foreign key
+/// that comes from a file does, and of another checkServer() tells.
 [[nodiscard]] std::vector<FollowedRow> followingRows(ServerWire& wire, const ServerCatalog& catalog,
                                                      FollowedRow& row);
 

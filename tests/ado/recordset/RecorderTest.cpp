@@ -173,6 +173,35 @@ TEST_P(RecorderOfCascades, ToldOfWhatStaysWithoutAParent) {
                 ElementsAre("", "", "2"));
 }
 
+class RecorderOnAServer : public RecorderOfCascades {};
+INSTANTIATE_TEST_SUITE_P(, RecorderOnAServer, onServers(), keptName);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(RecorderOnAServer);
+
+TEST_P(RecorderOnAServer, ToldOfWhatFollowsAKeyThatIsEmptied) {
+    makeTable({
+        "donos",
+        {{"codigo", jet::ColumnType::longInteger}, {"nome", jet::ColumnType::text, 20}},
+        {{"PrimaryKey", {{"codigo"}}, true}                                       }
+    });
+    for (const std::int64_t code : {1, 2})
+        add("donos", {
+                         {"codigo", code               },
+                         {"nome",   std::string("Dora")}
+        });
+    banks.MoveLast();
+    banks["cod_banco"] = 2;
+    banks.Update();
+    Cluster::relate(ado::serverAddress(connectionString()).value(),
+                    "bancos add unique (cod_banco)");
+    relate("vistos", "cheque", "bancos", "cod_banco", kUpdates);
+    relate("bancos", "cod_banco", "donos", "codigo", kNulls);
+    Recordset owner;
+    owner.Open("select * from donos where codigo=2", connection);
+    owner.Delete();
+    EXPECT_THAT(notesOf(noted), ElementsAre("Sol>Sol", "v2>v2, Sol>Sol, Dora>-"));
+    EXPECT_THAT(column("select * from vistos", "cheque"), ElementsAre(""));
+}
+
 TEST_P(RecorderOfCascades, ToldOfTheNewKeyInEachRow) {
     makeTable({
         "donos",
