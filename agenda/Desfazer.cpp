@@ -11,8 +11,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <deque>
 #include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -179,9 +182,107 @@ QString recusa(const ado::Recordset& historico, const QString& motivo) {
         .arg(Valores::texto(historico["numero"]), Valores::texto(historico["lancamento"]), motivo);
 }
 
+/// The undoing of cheques that are all as the history says, written without looking at each first,
+/// which over a server would be some ways to it for each.
+class DeUmaVez {
+public:
+    explicit DeUmaVez(std::int32_t grupo) : grupo_(grupo) {}
+
+    /// @return whether that is done. Otherwise something isn't so, or not of cheques alone, and
+    ///         nothing is done.
+    bool fazer() {
+        if (!base_.store().writesAtOnce() || !historico_.impedimento().isEmpty() ||
+            base_.store().hasTable(Historico::kDesligado))
+            return false;
+        try {
+            const Historico::Operacao operacao(historico_, Historico::kDesfazer, novo_);
+            ado::Transaction tudo(base_);
+            base_.store().claim(); // from here on nobody else changes anything
+            if (!ler() || !base_.store().write(gravar_) || !historico_.impedimento().isEmpty())
+                return false;
+            tudo.commit();
+            return true;
+        } catch (const jet::Error& erro) {
+            if (erro.code() == jet::Errc::offline)
+                throw;
+            return false; // one after the other will say what is wrong
+        }
+    }
+
+private:
+    /// What the history says, and whether clients and banks are there.
+    bool ler() {
+        const std::string tabela = Historico::kTabela;
+        ado::Recordset rs;
+        rs.Open("select " + tabela + ".*, cliente_fornecedor.codigo, bancos.codigo from (" +
+                    tabela + " left join cliente_fornecedor on " + tabela +
+                    ".cliente=cliente_fornecedor.codigo) left join bancos on " + tabela +
+                    ".banco=bancos.codigo where grupo in (" + std::to_string(grupo_) + "," +
+                    std::to_string(novo_) + ") order by id desc",
+                base_);
+        for (const ado::Recordset& linha = rs; !rs.EOF(); rs.MoveNext())
+            if (!tomar(linha))
+                return false;
+        return !gravar_.empty();
+    }
+
+    bool tomar(const ado::Recordset& linha) {
+        const std::string tabela = linha["tabela"].text();
+        const std::string operacao = linha["operacao"].text();
+        if (linha["grupo"].integer() == novo_ || operacao == Historico::kDesfazer ||
+            !linha["desfeito_por"].isNull() || !Historico::eDeCheques(tabela) ||
+            !base_.store().hasTable(tabela) ||
+            !tocados_.insert({tabela, linha["lancamento"].text()}).second)
+            return false;
+        const bool havia = !linha["antes"].isNull();
+        const auto falta = [&](const char* codigo, const char* cadastrado) {
+            return havia && !linha[codigo].isNull() && linha[cadastrado].isNull();
+        };
+        const auto antes = registro(tabela, linha["antes"]);
+        const auto depois = registro(tabela, linha["depois"]);
+        if (!antes || !depois || falta("cliente", "cliente_fornecedor.codigo") ||
+            falta("banco", "bancos.codigo"))
+            return false;
+        gravar_.push_back({tabela, *depois, *antes});
+        const ado::TableShape forma = base_.store().shape(Historico::kTabela);
+        jet::Row& desta = registros_.emplace_back();
+        for (const jet::Column& campo : forma.columns())
+            desta.push_back(linha[std::string(Historico::kTabela) + "." + campo.name].value());
+        jet::Row& desfeita = registros_.emplace_back(desta);
+        desfeita[forma.findColumn("desfeito_por").value()] = std::int64_t{novo_};
+        gravar_.push_back({Historico::kTabela, &desta, &desfeita});
+        return true;
+    }
+
+    /// The whole row that was written down, null for none; nothing if the table has other columns.
+    std::optional<const jet::Row*> registro(const std::string& tabela,
+                                            const ado::FieldValue& escrito) {
+        if (escrito.isNull())
+            return nullptr;
+        const auto campos = base_.store().shape(tabela).columns();
+        const auto valores = RegistroEmTexto::ler(campos, escrito.text());
+        if (valores.size() != campos.size())
+            return std::nullopt;
+        jet::Row& registro = registros_.emplace_back(campos.size());
+        for (const auto& [campo, valor] : valores)
+            registro[campo] = valor;
+        return &registro;
+    }
+
+    ado::Connection& base_ = dbconectar::instance().Automacao;
+    Historico& historico_ = dbconectar::instance().historico;
+    const std::int32_t grupo_;
+    const std::int32_t novo_ = Historico::sortear();
+    std::deque<jet::Row> registros_; ///< that are looked at by the next
+    std::vector<ado::Store::RowWrite> gravar_;
+    std::set<std::pair<std::string, std::string>> tocados_;
+};
+
 } // namespace
 
 QString Desfazer::desfazer(std::int32_t grupo) {
+    if (DeUmaVez(grupo).fazer())
+        return {};
     ado::Connection& base = dbconectar::instance().Automacao;
     const Historico::Operacao operacao(dbconectar::instance().historico, Historico::kDesfazer);
     ado::Transaction tudo(base);

@@ -54,9 +54,10 @@ bool soDoHistorico(Errc causa) {
 
 } // namespace
 
-Historico::Operacao::Operacao(Historico& historico, const char* nome) : historico_(historico) {
+Historico::Operacao::Operacao(Historico& historico, const char* nome, std::int32_t grupo)
+    : historico_(historico) {
     historico.operacao_ = nome;
-    historico.grupo_ = 0;
+    historico.grupo_ = grupo;
 }
 
 Historico::Operacao::~Operacao() {
@@ -223,13 +224,17 @@ void Historico::gravar(std::int32_t grupo, const char* operacao, const Change& r
     rs_.Update();
 }
 
-/// A number that no other operation has, also none whose rows another station is about to write.
-std::int32_t Historico::novoGrupo() {
+std::int32_t Historico::sortear() {
     static std::mt19937 sorteio{std::random_device{}()};
     std::uniform_int_distribution<std::int32_t> numeros(1,
                                                         std::numeric_limits<std::int32_t>::max());
+    return numeros(sorteio);
+}
+
+/// A number that no other operation has, also none whose rows another station is about to write.
+std::int32_t Historico::novoGrupo() {
     for (;;) {
-        const std::int32_t grupo = numeros(sorteio);
+        const std::int32_t grupo = sortear();
         ado::Recordset iguais;
         iguais.Open("select id from " + std::string(kTabela) +
                         " where grupo=" + std::to_string(grupo),

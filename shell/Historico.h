@@ -53,7 +53,8 @@ public:
     /// nested.
     class Operacao {
     public:
-        Operacao(Historico& historico, const char* nome);
+        /// `grupo`: its number, if that has been found to be nobody's; 0: one is looked for.
+        Operacao(Historico& historico, const char* nome, std::int32_t grupo = 0);
         Operacao(const Operacao&) = delete;
         Operacao& operator=(const Operacao&) = delete;
         ~Operacao();
@@ -63,6 +64,9 @@ public:
     private:
         Historico& historico_;
     };
+
+    /// A number for an operation, which another may have by chance.
+    [[nodiscard]] static std::int32_t sortear();
 
     /// Makes the table where the file has none yet. That is written at once, which a transaction
     /// that may be written later would be with it: before such a one begins.

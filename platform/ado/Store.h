@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -50,6 +51,20 @@ public:
     /// Inside a transaction: from here on nobody else changes what it is about to read, and all
     /// that others have written until now is seen. @throws Error{locked, readOnly}.
     virtual void claim() = 0;
+    /// A row as it is and as it is to be: null before of a new one, null after of one to be erased.
+    struct RowWrite {
+        std::string table;
+        const jet::Row* before = nullptr;
+        const jet::Row* after = nullptr;
+    };
+    /// Whether writing many rows at once is any shorter than one after the other by a recordset.
+    [[nodiscard]] virtual bool writesAtOnce() const noexcept { return false; }
+    /// Inside a transaction: all of these in their order, each told to whoever keeps a record of
+    /// it. Each must be in all its columns as it is `before`.
+    /// @return false, and nothing is done, if others may go along with one of them: those are to be
+    ///         written by recordsets. @throws as Recordset::Update() and Delete(), without saying
+    ///         of which row; the transaction can only be undone then.
+    [[nodiscard]] virtual bool write(std::span<const RowWrite> /*rows*/) { return false; }
     /// Of the rows inserted, updated and erased here, how many are stored for good and how many
     /// wait for that; and how often a server's answer has been waited for.
     struct Tally {

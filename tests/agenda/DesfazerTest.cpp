@@ -83,6 +83,39 @@ TEST_P(Undoing, TakesTheRecordOfABouncedChequeBack) {
                 ElementsAre("sem fundos|semfundos", "desfazer|semfundos"));
 }
 
+/// Over a server, which may be a long way off.
+class UndoingFarAway : public Undoing {
+protected:
+    /// How often that waits for the server.
+    static std::uint64_t waits(std::int32_t group) {
+        const ado::Store& store = data().Automacao.store();
+        const std::uint64_t before = store.tally().waits;
+        EXPECT_EQ(Desfazer::desfazer(group), "");
+        return store.tally().waits - before;
+    }
+};
+INSTANTIATE_TEST_SUITE_P(, UndoingFarAway, onServers(), keptName);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(UndoingFarAway);
+
+TEST_P(UndoingFarAway, AsksAndWritesAtOnceHoweverManyThereAre) {
+    constexpr std::uint64_t kWays = 3; // what the history says, all that is written, the end
+    const Strings before = cheques();
+    settle({0});
+    EXPECT_EQ(waits(std::stoi(recorded("grupo").back())), kWays);
+    data().rsCheques.Requery();
+    EXPECT_EQ(cheques(), before);
+    purgeAll();
+    const auto rows = static_cast<std::ptrdiff_t>(before.size());
+    EXPECT_EQ(waits(std::stoi(recorded("grupo").back())), kWays);
+    data().rsCheques.Requery();
+    EXPECT_EQ(cheques(), before);
+    const Strings history = recorded("operacao, desfeito_por");
+    for (std::ptrdiff_t back = 1; back <= rows; ++back) {
+        EXPECT_EQ(history.end()[-back], "desfazer|");
+        EXPECT_THAT(history.end()[-rows - back], testing::MatchesRegex("expurgo\\|[0-9]+"));
+    }
+}
+
 /// A table beside the shop's, whose rows go with the cheques, and clients whose cheques go with
 /// them.
 class UndoingCascades : public Undoing {

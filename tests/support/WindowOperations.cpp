@@ -436,15 +436,13 @@ void WindowOperations::addAgenda(Operations& all) const {
     all.push_back({"histórico", "abrir", &closeAll, &show<Past>});
     all.push_back({"histórico", "de um cliente", &reopen<Past>,
                    [] { choose<Past>("txtcliente", "Cliente 000012"); }});
-    // Two operations, with a question between, and the list anew.
-    constexpr unsigned kToUndo = 11;
     all.push_back({"histórico", "desfazer uma baixa",
                    [] {
                        reopen<Past>();
                        choose<Past>("txtoperacao", "baixa");
                        clickRow(Past::instance(), "lsthistorico", 0);
                    },
-                   [] { press<Past>("cmddesfazer"); }, 1, kToUndo});
+                   [] { press<Past>("cmddesfazer"); }});
 }
 
 std::vector<WindowOperations::Operation> WindowOperations::operations() const {

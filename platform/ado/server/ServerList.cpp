@@ -413,6 +413,12 @@ void ServerList::insert(Given given, const Stored& stored) {
     anchorGone_ = fromFirst_ = toLast_ = toBegin_ = false;
     added_ = !query_.isWholeTable();
     neighbours_ = current_ = now();
+    if (session_.isPutting()) { // and stands nowhere then
+        session_.put(*query_.keyed(), query_.insert(given));
+        stored();
+        refresh();
+        return arrive(false, At::afterLast);
+    }
     arrive(true, At::row);
 }
 

@@ -44,6 +44,10 @@ public:
     void createTable(const jet::TableSpec& spec) override { session_.createTable(spec); }
     /// Whoever is about to change anything waits until the transaction ends.
     void claim() override { session_.claim(); }
+    [[nodiscard]] bool writesAtOnce() const noexcept override { return true; }
+    [[nodiscard]] bool write(std::span<const RowWrite> rows) override {
+        return session_.write(rows);
+    }
     [[nodiscard]] Tally tally() const noexcept override {
         return {session_.written(), 0, session_.wire().roundTrips()};
     }

@@ -2,6 +2,7 @@
 
 #include "ado/server/ServerSchema.h"
 #include "ado/server/ServerValue.h"
+#include "ado/server/ServerWriting.h"
 #include "jet/Error.h"
 
 #include <algorithm>
@@ -92,6 +93,44 @@ void ServerSession::changeAnywhere(std::uint64_t Moment::*whose) {
 
 ServerRows ServerSession::write(const ServerStatement& statement) {
     return wire_.inTransaction() ? wire_.run(statement) : wire_.runAlone(statement);
+}
+
+void ServerSession::put(const ServerTable& table, ServerStatement statement) {
+    wire_.put(std::move(statement));
+    ++moment_.own;
+    ++inTable_[table.name].own;
+    changed_.insert(table.name);
+}
+
+bool ServerSession::write(std::span<const Store::RowWrite> rows) {
+    const ServerCatalog& tables = catalog();
+    for (const Store::RowWrite& row : rows) {
+        const ServerTable* const table = tables.find(row.table);
+        if (table == nullptr || table->key.empty() ||
+            (recorder_ != nullptr && row.before != nullptr && !table->bonds.empty()))
+            return false;
+    }
+    putting_ = true;
+    try {
+        for (const Store::RowWrite& row : rows) {
+            const ServerTable& table = *tables.find(row.table);
+            const bool kept =
+                recorder_ != nullptr && recorder_->keeps(table.shape(), row.before == nullptr);
+            if (row.before != nullptr)
+                wire_.takeTurn();
+            put(table, writing(table, row));
+            ++unwritten_;
+            const Recorder::Change change{table.shape(), row.before, row.after};
+            if (kept)
+                recorder_->changed({&change, 1});
+        }
+        wire_.sendPut();
+        putting_ = false;
+    } catch (...) {
+        putting_ = false;
+        throw;
+    }
+    return true;
 }
 
 /// The tables that a change here may reach and of which a record is kept.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ado/Recorder.h"
+#include "ado/Store.h"
 #include "ado/server/ServerCascades.h"
 #include "jet/TableSpec.h"
 
@@ -56,6 +57,12 @@ public:
         this->change(table, &before, true, change);
     }
 
+    /// As Store::write().
+    [[nodiscard]] bool write(std::span<const Store::RowWrite> rows);
+    /// Whether what is written isn't waited for, since write() is at work: by whoever records that.
+    [[nodiscard]] bool isPutting() const noexcept { return putting_; }
+    /// A change of one row of which no record is kept.
+    void put(const ServerTable& table, ServerStatement statement);
     /// What changes a row: see there.
     ServerRows write(const ServerStatement& statement);
 
@@ -91,6 +98,7 @@ private:
     std::uint64_t written_ = 0;
     std::uint64_t unwritten_ = 0; ///< changes of the open transaction
     bool undone_ = false;
+    bool putting_ = false;
 };
 
 /// The values of a row, as whoever records it wants them.

@@ -1,9 +1,11 @@
 #include "ado/server/ServerWire.h"
 
+#include "ado/provider/Cursor.h"
 #include "ado/server/ServerError.h"
 #include "jet/Error.h"
 #include "jet/Waiting.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <libpq-fe.h>
@@ -22,6 +24,9 @@ namespace {
 /// Between two tries.
 constexpr milliseconds kPauseOfTries{200};
 constexpr std::chrono::microseconds kPauseOfNews{50};
+
+/// Of what was put, so much is sent before an answer is looked at.
+constexpr std::size_t kPutAtOnce = 500;
 
 constexpr char kMark[] = "savepoint mudanca";
 constexpr char kForgetMark[] = "release savepoint mudanca";
@@ -233,13 +238,13 @@ std::optional<ServerRows> ServerWire::next() {
     return ServerRows(PQgetResult(line_.get()));
 }
 
+void ServerWire::throwLost() { throwOffline(kLostWriting); }
+
 /// Takes in what one pipeline gives: for `answer`, if that is given.
 void ServerWire::take(Answer* answer) {
     std::size_t number = 0;
     for (bool ended = false;;) {
         auto one = next();
-void ServerWire::throwLost() { throwOffline(kLostWriting); }
-
         if (!one)
             return;
         const pg_result* const result = one->get();
@@ -296,22 +301,53 @@ void ServerWire::fail(const Answer& answer) const {
     throwServerError(line_.get(), answer.failure ? answer.failure->get() : nullptr, place());
 }
 
+/// What goes before all else that is said now.
+std::vector<ServerStatement> ServerWire::opening() const {
+    std::vector<ServerStatement> steps;
+    if (!begun_ && !reading_) {
+        if (open_)
+            steps.push_back({"begin isolation level read committed"});
+        if (open_ && claiming_)
+            steps.push_back({kClaim});
+        if (open_ && !station_.empty())
+            steps.push_back(trace());
+        if (!open_ && readings_ > 0)
+            steps.push_back({"begin isolation level repeatable read"});
+    }
+    for (const std::string& step : ahead_)
+        steps.push_back({step});
+    return steps;
+}
+
+void ServerWire::sendPut() {
+    const std::vector<ServerStatement> put = std::exchange(put_, {});
+    for (std::size_t sent = 0; sent < put.size(); sent += kPutAtOnce) {
+        requireLine();
+        std::vector<ServerStatement> steps = opening();
+        const std::size_t first = steps.size();
+        const auto here = put.begin() + static_cast<std::ptrdiff_t>(sent);
+        const std::size_t count = std::min(kPutAtOnce, put.size() - sent);
+        steps.insert(steps.end(), here, here + static_cast<std::ptrdiff_t>(count));
+        const Answer answer = exchange(steps);
+        if (answer.lost)
+            loseTransaction();
+        begun_ = true;
+        ahead_.clear();
+        if (answer.failure)
+            fail(answer);
+        for (std::size_t i = first; i < steps.size(); ++i)
+            if (answer.rows[i]->affected() != 1)
+                goneOrChanged();
+    }
+}
+
 ServerRows ServerWire::run(const std::vector<ServerStatement>& statements) {
+    sendPut();
     for (int tries = 0;; ++tries) {
         requireLine();
         const bool inside = open_ || readings_ > 0;
         const bool fresh = !begun_ && !reading_; // nothing has gone with the line before
-        std::vector<ServerStatement> steps;
-        if (fresh && open_)
-            steps.push_back({"begin isolation level read committed"});
-        if (fresh && open_ && claiming_)
-            steps.push_back({kClaim});
-        if (fresh && open_ && !station_.empty())
-            steps.push_back(trace());
-        if (fresh && inside && !open_)
-            steps.push_back({"begin isolation level repeatable read"});
-        for (const std::string& step : ahead_)
-            steps.push_back({step});
+        std::vector<ServerStatement> steps = opening();
         if (inside)
             steps.push_back({kStep});
         steps.insert(steps.end(), statements.begin(), statements.end());
@@ -385,6 +421,7 @@ void ServerWire::begin() {
 void ServerWire::commit() {
     if (!open_)
         throw Error(Errc::misuse, "Não há transação aberta.");
+    sendPut();
     open_ = false;
     const bool lost = std::exchange(lost_, false) || (begun_ && !isUp());
     std::vector<ServerStatement> steps;
@@ -411,6 +448,7 @@ void ServerWire::rollback() {
         throw Error(Errc::misuse, "Não há transação aberta.");
     open_ = lost_ = false;
     ahead_.clear();
+    put_.clear();
     if (std::exchange(begun_, false) && isUp())
         static_cast<void>(exchange({{"rollback"}})); // one that is lost is undone as well
 }

@@ -100,6 +100,11 @@ public:
     }
     /// All of them in one round trip, or none; gives what the last one gives.
     ServerRows run(const std::vector<ServerStatement>& statements);
+    /// Inside a transaction: a statement that changes one row. It is sent before whatever is said
+    /// next, many together; @throws of that also Error{conflict} if it changed none, and then, or
+    /// if the server refuses one of them, the transaction can only be undone.
+    void put(ServerStatement statement) { put_.push_back(std::move(statement)); }
+    void sendPut();
     /// Outside a transaction: one of its own, in one round trip.
     ServerRows runAlone(const ServerStatement& statement);
     /// Without waiting for an answer that nobody needs.
@@ -145,11 +150,6 @@ public:
 
     // For what has words of its own with the server, in between (ServerCopy.h).
     [[nodiscard]] pg_conn* line() const noexcept { return line_.get(); }
-    /// As the server has told by now.
-    [[nodiscard]] bool isReadOnly() const;
-    /// How often this has waited for the server so far.
-    [[nodiscard]] std::uint64_t roundTrips() const noexcept { return roundTrips_; }
-
     /// Until `come` says so, however long that takes, while the windows stay painted: another
     /// station may be at work on the same. False, and the line counts as broken, as soon as nobody
     /// answers there any more.
@@ -158,6 +158,11 @@ public:
     [[nodiscard]] std::optional<ServerRows> next();
     /// What was in the line is lost with it.
     [[noreturn]] static void throwLost();
+    /// As the server has told by now.
+    [[nodiscard]] bool isReadOnly() const;
+    /// How often this has waited for the server so far.
+    [[nodiscard]] std::uint64_t roundTrips() const noexcept { return roundTrips_; }
+
 private:
     /// What has come of what was sent at once.
     struct Answer {
@@ -167,6 +172,7 @@ private:
     };
 
     [[nodiscard]] bool isUp() const;
+    [[nodiscard]] std::vector<ServerStatement> opening() const;
     void greet();
     bool tryLine();
     [[nodiscard]] bool awaitLine();
@@ -197,14 +203,15 @@ private:
     std::uint64_t roundTrips_ = 0;
     std::chrono::steady_clock::time_point listened_; ///< since nothing was asked
 
-    bool open_ = false;              ///< a transaction, by its user
-    bool begun_ = false;             ///< on the server too
-    bool claiming_ = false;          ///< for itself alone
-    bool turn_ = false;              ///< the open one has taken its turn to change rows
-    bool lost_ = false;              ///< the open one has gone with its line
-    std::vector<std::string> ahead_; ///< what goes before the next statement
-    int readings_ = 0;               ///< of one state, by their users
-    bool reading_ = false;           ///< on the server too
+    bool open_ = false;                ///< a transaction, by its user
+    bool begun_ = false;               ///< on the server too
+    bool claiming_ = false;            ///< for itself alone
+    bool turn_ = false;                ///< the open one has taken its turn to change rows
+    bool lost_ = false;                ///< the open one has gone with its line
+    std::vector<std::string> ahead_;   ///< what goes before the next statement
+    std::vector<ServerStatement> put_; ///< and what changes rows, before that
+    int readings_ = 0;                 ///< of one state, by their users
+    bool reading_ = false;             ///< on the server too
 
     std::string station_;      ///< "" without traces
     std::uint64_t number_ = 0; ///< of the last transaction
