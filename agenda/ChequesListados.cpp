@@ -14,6 +14,11 @@ std::vector<std::int64_t> ChequesListados::marcados() const {
     return marcados;
 }
 
+int ChequesListados::linhaDe(std::int64_t lancamento) const {
+    const auto cheque = std::ranges::find(cheques_, lancamento, &Cheque::lancamento);
+    return cheque != cheques_.end() ? static_cast<int>(cheque - cheques_.begin()) : -1;
+}
+
 void ChequesListados::receber(std::vector<Cheque> cheques) {
     const std::vector<std::int64_t> antes = marcados();
     const std::unordered_set<std::int64_t> marcados(antes.begin(), antes.end());

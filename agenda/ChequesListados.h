@@ -19,8 +19,13 @@ public:
     };
 
     [[nodiscard]] const std::vector<Vencimentos::Cheque>& cheques() const { return cheques_; }
+    [[nodiscard]] const Vencimentos::Cheque& cheque(int linha) const {
+        return cheques_[static_cast<std::size_t>(linha)];
+    }
     [[nodiscard]] const std::vector<Dia>& dias() const { return dias_; }
     [[nodiscard]] const Vencimentos::SomaDoDia& total() const { return total_; }
+    /// Where the one of that `lancamento` stands; -1 if it doesn't.
+    [[nodiscard]] int linhaDe(std::int64_t lancamento) const;
     /// `lancamento` of each one that is ticked, in the order of the list.
     [[nodiscard]] std::vector<std::int64_t> marcados() const;
 

@@ -246,6 +246,7 @@ private:
         gravar_.push_back({tabela, *depois, *antes});
         const ado::TableShape forma = base_.store().shape(Historico::kTabela);
         jet::Row& desta = registros_.emplace_back();
+        desta.reserve(forma.columns().size());
         for (const jet::Column& campo : forma.columns())
             desta.push_back(linha[std::string(Historico::kTabela) + "." + campo.name].value());
         jet::Row& desfeita = registros_.emplace_back(desta);

@@ -24,8 +24,6 @@
 
 #include <utility>
 
-using Vencimentos::Cheque;
-
 FrmAgenda::FrmAgenda() {
     setupUi(this);
     filtro_ = FiltroDaAgenda({cmbperiodo, txtinicio, txtfim, cmbdestino, txtcliente, txtbanco});
@@ -125,10 +123,11 @@ void FrmAgenda::escolha_LostFocus() {
 void FrmAgenda::procurar() {
     const BusyCursor ocupado;
     const Vencimentos::Procura procura = filtro_.procura();
+    const std::int64_t atual = chequeAtual();
     listados_.receber(Vencimentos::procurar(procura));
     procurado_ = procura;
     filtro_.mostrarDias(procura.dias, listados_.cheques());
-    ordenar(chaveAtual());
+    ordenar(atual);
     mostrarDias();
     mostrarSomas();
 }
@@ -137,7 +136,7 @@ void FrmAgenda::procurar() {
 
 void FrmAgenda::cmbordem_Click() {
     coluna_ = ListaDaAgenda::ordens()[static_cast<std::size_t>(cmbordem->listIndex())].coluna;
-    ordenar(chaveAtual());
+    ordenar(chequeAtual());
 }
 
 // The header that the list is ordered by already turns it round.
@@ -145,16 +144,16 @@ void FrmAgenda::lstcheques_ColumnClick(int coluna) {
     const auto nova = ListaDaAgenda::ordenavel(coluna);
     chkinvertida->setChecked(nova == coluna_ && !chkinvertida->isChecked());
     coluna_ = nova;
-    ordenar(chaveAtual());
+    ordenar(chequeAtual());
 }
 
-void FrmAgenda::ordenar(const QString& atual) {
+void FrmAgenda::ordenar(std::int64_t atual) {
     const BusyCursor ocupado;
     listados_.ordenar(coluna_, chkinvertida->isChecked());
     mostrarOrdem();
     mostrarCheques();
-    if (!atual.isEmpty())
-        lstcheques->setCurrentRow(lstcheques->rowOf(atual));
+    if (atual != 0)
+        lstcheques->setCurrentRow(listados_.linhaDe(atual));
 }
 
 void FrmAgenda::mostrarOrdem() {
@@ -166,20 +165,20 @@ void FrmAgenda::mostrarOrdem() {
 
 std::optional<std::int64_t> FrmAgenda::clienteMostrado() const {
     const int linha = lstcheques->currentRow();
-    return linha < 0 ? txtcliente->chosenData()
-                     : listados_.cheques()[static_cast<std::size_t>(linha)].codigoDoCliente;
+    return linha < 0 ? txtcliente->chosenData() : listados_.cheque(linha).codigoDoCliente;
 }
 
-QString FrmAgenda::chaveAtual() const {
+std::int64_t FrmAgenda::chequeAtual() const {
     const int linha = lstcheques->currentRow();
-    return linha < 0 ? QString() : lstcheques->item(linha).key;
+    return linha < 0 ? 0 : listados_.cheque(linha).lancamento;
 }
 
 void FrmAgenda::mostrarCheques() {
-    ListaDaAgenda::Linhas linhas;
     lstcheques->clear();
-    for (const Cheque& cheque : listados_.cheques())
-        lstcheques->addItem(linhas.de(cheque));
+    lstcheques->addLater(static_cast<int>(listados_.cheques().size()),
+                         [this, linhas = ListaDaAgenda::Linhas()](int linha) mutable {
+                             return linhas.de(listados_.cheque(linha));
+                         });
 }
 
 void FrmAgenda::mostrarDias() {
@@ -230,7 +229,7 @@ bool FrmAgenda::eventFilter(QObject* watched, QEvent* event) {
 
 // When the key or the click has come to its end: the list may be another afterwards.
 void FrmAgenda::abrirDepois(int linha) {
-    const std::int64_t lancamento = listados_.cheques()[static_cast<std::size_t>(linha)].lancamento;
+    const std::int64_t lancamento = listados_.cheque(linha).lancamento;
     QTimer::singleShot(
         0, this, [this, lancamento] { guarded([&] { abrir(static_cast<qint32>(lancamento)); }); });
 }

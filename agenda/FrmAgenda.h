@@ -33,7 +33,7 @@ private:
     void filtro_Change();
     void escolha_LostFocus();
     void cmbordem_Click();
-    void chkinvertida_Click() { ordenar(chaveAtual()); }
+    void chkinvertida_Click() { ordenar(chequeAtual()); }
     void lstcheques_ColumnClick(int coluna);
     void lstcheques_ItemCheck(int linha, bool marcado);
     void lstcheques_Enter();
@@ -46,10 +46,11 @@ private:
 
     /// Asks the file for what the fields say.
     void procurar();
-    /// Shows the cheques in their order, the one of this key as the current one.
-    void ordenar(const QString& atual);
+    /// Shows the cheques in their order, the one of this number as the current one.
+    void ordenar(std::int64_t atual);
     void mostrarOrdem();
-    [[nodiscard]] QString chaveAtual() const;
+    /// Its `lancamento`, or 0.
+    [[nodiscard]] std::int64_t chequeAtual() const;
     void mostrarCheques();
     void mostrarDias();
     void mostrarSomas();

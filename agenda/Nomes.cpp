@@ -36,8 +36,10 @@ Nomes::Nomes(const char* cadastro, const std::set<Codigo>& codigos) : lidos_(cod
     ado::Recordset rs;
     rs.Open(comando, dbconectar::instance().Automacao, ado::CursorType::ForwardOnly,
             ado::LockType::ReadOnly);
-    for (const ado::Recordset& lido = rs; !rs.EOF(); rs.MoveNext())
-        porCodigo_.insert(lido["codigo"].integer(), Valores::texto(lido["nome"]));
+    const ado::Recordset& lido = rs;
+    const auto codigo = lido["codigo"], nome = lido["nome"];
+    for (; !rs.EOF(); rs.MoveNext())
+        porCodigo_.insert(codigo.integer(), Valores::texto(nome));
 }
 
 QString Nomes::de(const Codigo& codigo) const {

@@ -43,25 +43,34 @@ QString condicao(const Procura& procura) {
 }
 
 std::vector<Cheque> ler(const QString& onde) {
+    ado::Connection& base = dbconectar::instance().Automacao;
+    // No others, so that a server finds all of it in an index.
+    QString campos = "lancamento,numero,cliente,banco,bompara,valor";
+    for (const char* campo : {"agencia", "data"})
+        if (base.store().shape("cheques").findColumn(campo))
+            campos += QString(",") + campo;
     ado::Recordset lista;
-    lista.Open("select * from cheques where " + onde, dbconectar::instance().Automacao,
+    lista.Open(QString("select %1 from cheques where %2").arg(campos, onde), base,
                ado::CursorType::ForwardOnly, ado::LockType::ReadOnly);
     for (const char* campo : {"agencia", "data"})
         lista.addOptional(campo);
     const ado::Recordset& rs = lista;
+    const auto lancamento = rs["lancamento"], numero = rs["numero"], cliente = rs["cliente"],
+               banco = rs["banco"], agencia = rs["agencia"], emissao = rs["data"],
+               vencimento = rs["bompara"], valor = rs["valor"];
     std::vector<Cheque> cheques;
     std::vector<Nomes::Codigo> bancos;
     for (; !lista.EOF(); lista.MoveNext()) {
-        cheques.push_back({.lancamento = rs["lancamento"].integer(),
-                           .numero = Valores::texto(rs["numero"]),
-                           .codigoDoCliente = Nomes::codigo(rs["cliente"]),
+        cheques.push_back({.lancamento = lancamento.integer(),
+                           .numero = Valores::texto(numero),
+                           .codigoDoCliente = Nomes::codigo(cliente),
                            .cliente = {},
                            .banco = {},
-                           .agencia = Valores::texto(rs["agencia"]),
-                           .emissao = Valores::dia(rs["data"]),
-                           .vencimento = Valores::dia(rs["bompara"]),
-                           .valor = Valores::valor(rs["valor"])});
-        bancos.push_back(Nomes::codigo(rs["banco"]));
+                           .agencia = Valores::texto(agencia),
+                           .emissao = Valores::dia(emissao),
+                           .vencimento = Valores::dia(vencimento),
+                           .valor = Valores::valor(valor)});
+        bancos.push_back(Nomes::codigo(banco));
     }
     std::set<Nomes::Codigo> clientes;
     for (const Cheque& cheque : cheques)

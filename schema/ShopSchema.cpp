@@ -29,6 +29,15 @@ IndexSpec primaryKey(const char* column) {
             .required = true};
 }
 
+/// The agenda lists a week out of years, whose cheques lie each on a page of its own.
+IndexSpec ofTheDay() {
+    return {
+        .name = "bompara",
+        .columns = {{"bompara"} },
+        .included = { "cliente", "banco", "agencia", "numero", "data", "valor", "descontar"}
+    };
+}
+
 /// What the windows search and the reports select by; the file would be read whole otherwise.
 IndexSpec index(const char* column) { return {.name = column, .columns = {{column}}}; }
 
@@ -94,10 +103,10 @@ std::span<const TableSpec> tables() {
 
 std::span<const TableSpec> serverIndexes() {
     static const std::vector<TableSpec> made = {
-        {.name = "cheques",   .columns = {}, .indexes = {index("banco"), index("data")}},
+        {.name = "cheques",   .columns = {}, .indexes = {index("banco"), index("data"), ofTheDay()}},
         {.name = "semfundos",
          .columns = {},
-         .indexes = {index("banco"), index("data"), index("numero")}                   },
+         .indexes = {index("banco"), index("data"), index("numero")}                               },
     };
     return made;
 }

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <string>
+#include <variant>
 
 /// The values of fields as the controls take them, and back.
 namespace Valores {
@@ -40,7 +41,9 @@ namespace Valores {
 }
 /// The same; no date for an empty field.
 [[nodiscard]] inline QDate dia(const ado::FieldValue& campo) {
-    return campo.isNull() ? QDate() : dia(campo.date());
+    const jet::Value valor = campo.value();
+    const auto* const momento = std::get_if<jet::Date>(&valor);
+    return momento != nullptr ? dia(*momento) : jet::isNull(valor) ? QDate() : dia(campo.date());
 }
 [[nodiscard]] inline jet::Date data(const QDate& dia) {
     return jet::Date::of({.year = dia.year(), .month = dia.month(), .day = dia.day()});

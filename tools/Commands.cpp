@@ -200,7 +200,9 @@ constexpr ToolCommand kUpgrade{
     "tira. Nos registros que já existem os campos novos ficam vazios; os de sim ou não ficam com\n"
     "sim, como nos que o programa lança. O trabalho é feito numa cópia, que é conferida inteira e\n"
     "toma o lugar do arquivo de uma só vez; o arquivo como era fica ao lado, com a data e a hora\n"
-    "no nome. Com o programa aberto, nada é feito.",
+    "no nome. Com o programa aberto, nada é feito.\n"
+    "Num servidor, ARQUIVO é o endereço: ele recebe os índices que lhe faltam, e ninguém grava\n"
+    "enquanto são feitos.",
     {},
     runUpgrade};
 

@@ -1,5 +1,7 @@
+#include "ado/ServerCheck.h"
 #include "jet/Backup.h"
 #include "jet/Error.h"
+#include "schema/ShopSchema.h"
 #include "schema/ShopUpgrade.h"
 #include "tools/Commands.h"
 
@@ -24,12 +26,20 @@ void print(const char* what, const List& list) {
     std::cout << '\n';
 }
 
+int upgradeServer(const std::string& address) {
+    const std::vector<std::string> made = ado::addServerIndexes(address, shop::serverIndexes());
+    if (made.empty())
+        std::cout << "Nada a fazer: não falta nenhum índice desta versão.\n";
+    for (const std::string& index : made)
+        std::cout << "Índice novo: " << index << '\n';
+    return kDone;
+}
+
 } // namespace
 
 int runUpgrade(const Arguments& arguments) {
-    if (arguments.server())
-        throw UsageError("Este comando é para arquivos: num servidor, quem é dono das tabelas é "
-                         "quem lhes acrescenta campos.");
+    if (const auto address = arguments.server())
+        return upgradeServer(*address);
     const std::filesystem::path path = arguments.file();
     const std::vector<shop::Missing> missing = missingIn(path);
     if (missing.empty()) {

@@ -5,6 +5,7 @@
 
 #include <span>
 #include <string>
+#include <vector>
 
 namespace ado {
 
@@ -26,5 +27,11 @@ struct Reference {
                                       std::span<const jet::TableSpec> tables,
                                       std::span<const jet::TableSpec> further,
                                       std::span<const Reference> references);
+
+/// Makes those of the indexes of `further` that a shop on a server lacks, as one made by an earlier
+/// version does; all or none. Nobody changes anything meanwhile.
+/// @return "table.column" of each. @throws as checkServer(), and what the server refuses.
+std::vector<std::string> addServerIndexes(const std::string& address,
+                                          std::span<const jet::TableSpec> further);
 
 } // namespace ado

@@ -34,6 +34,9 @@ struct IndexSpec {
     bool unique = false;
     bool ignoreNulls = false;
     bool required = false;
+    /// On a server: what it is read for besides, which then stands in it. A file's indexes have
+    /// keys only.
+    std::vector<std::string> included = {};
 };
 
 /// A table to be made.

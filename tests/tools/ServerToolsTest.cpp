@@ -1,6 +1,7 @@
 // What the technician's program does on a server, run as he runs it.
 #include "ado/Connection.h"
 #include "ado/ConnectionString.h"
+#include "jet/Database.h"
 #include "schema/ShopSchema.h"
 #include "support/Cluster.h"
 #include "support/Program.h"
@@ -8,6 +9,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <set>
 
 namespace {
 
@@ -148,13 +151,13 @@ TEST_F(ServerMigrate, CheckTellsWhatIsWrong) {
          "aviso: os atendentes não podem trabalhar na tabela \"bancos\""},
         {"alter table valtrino.cheques alter column valor type double precision", 1,
          "erro: o campo \"valor\" da tabela \"cheques\" é de outro tipo"},
-        {"drop function valtrino.jet_year", 1, "erro: falta a função \"jet_year\""},
-        {"drop table valtrino.valtrino_historico", 1,
-         "erro: falta a tabela \"valtrino_historico\""},
         {"alter table valtrino.cheques add constraint b foreign key (banco) references "
          "valtrino.bancos (codigo) on delete set default not valid", 1,
          "aviso: o histórico não guarda o que muda em outras tabelas por causa do relacionamento "
          "\"b\""},
+        {"drop function valtrino.jet_year", 1, "erro: falta a função \"jet_year\""},
+        {"drop table valtrino.valtrino_historico", 1,
+         "erro: falta a tabela \"valtrino_historico\""},
         {"drop index valtrino.cheques_banco_lancamento_idx", 1,
          "aviso: falta um índice de \"banco\" da tabela \"cheques\""},
         {"drop index valtrino.semfundos_jet_chave_lancamento_idx", 1,
@@ -178,6 +181,38 @@ TEST_F(ServerMigrate, CheckTellsWhatIsWrong) {
     EXPECT_THAT(runTool({"check", address, "--json"}).out,
                 HasSubstr("{\"tipo\": \"erro\", \"frase\": \"falta a função"));
     EXPECT_EQ(runTool({"check", cluster().newDatabase()}).code, 1);
+}
+
+TEST_F(ServerMigrate, AnOlderShopGetsTheIndexesThatItLacks) {
+    EXPECT_EQ(runTool({"migrate", file, address}).code, 0);
+    EXPECT_EQ(runTool({"upgrade", address}).out,
+              "Nada a fazer: não falta nenhum índice desta versão.\n");
+    for (const char* change :
+         {"drop index valtrino.cheques_banco_lancamento_idx",
+          "do $$ begin execute (select format('drop index %s', indexrelid::regclass) from pg_index "
+          "where indrelid = 'valtrino.cheques'::regclass and indnkeyatts < indnatts); end $$",
+          "create index antes on valtrino.cheques (bompara nulls first, lancamento)",
+          "comment on index valtrino.antes is 'valtrino: 1 --- bompara'"})
+        Cluster::answer(address, change);
+    EXPECT_THAT(runTool({"check", address}).out,
+                HasSubstr("aviso: falta um índice de \"bompara\" com \"cliente\", \"banco\", "
+                          "\"agencia\", \"numero\", \"data\", \"valor\", \"descontar\" da tabela "
+                          "\"cheques\""));
+    EXPECT_EQ(runTool({"upgrade", address}).out,
+              "Índice novo: cheques.banco\nÍndice novo: cheques.bompara\n");
+    EXPECT_THAT(runTool({"check", address}).out, HasSubstr("Nenhum problema."));
+    EXPECT_EQ(Cluster::answer(address, "select to_regclass('valtrino.antes') is null"), "t")
+        << "the other does all that it did";
+    const std::string back = (folder / "volta.mdb").string();
+    ASSERT_EQ(runTool({"migrate", address, back}).code, 0);
+    const auto indexesIn = [](const std::string& path) {
+        std::set<std::string> names;
+        jet::Database database(path);
+        for (const jet::Index& index : database.table("cheques").indexes())
+            names.insert(index.name);
+        return names;
+    };
+    EXPECT_EQ(indexesIn(back), indexesIn(file));
 }
 
 // ---- the technician's copy

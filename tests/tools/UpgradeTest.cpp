@@ -219,10 +219,4 @@ TEST_P(Upgrade, KeysAreNotMadeUp) {
     expectUntouched(path, before);
 }
 
-TEST(UpgradeUsage, AServersTablesAreItsOwners) {
-    const ProgramResult result = run({"upgrade", "postgresql://servidor/loja"});
-    EXPECT_EQ(result.code, 2);
-    EXPECT_THAT(result.err, HasSubstr("Este comando é para arquivos"));
-}
-
 } // namespace

@@ -12,7 +12,7 @@ void FileProvider::end() {
 }
 
 std::unique_ptr<Cursor> FileProvider::open(const std::string& source, CursorType type,
-                                           CommandType command) {
+                                           LockType /*lock*/, CommandType command) {
     return std::make_unique<FileCursor>(session_, source, type, command);
 }
 

@@ -68,7 +68,7 @@ public:
             fill(spec);
         addWanted(wanted);
         for (const jet::TableSpec& spec : specs_) {
-            finish(spec);
+            finish(withIncluded(spec, further));
             createOwnIndexes(wire_, spec, further);
         }
         for (const jet::TableSpec& spec : specs_)

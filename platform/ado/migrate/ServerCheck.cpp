@@ -1,7 +1,9 @@
 #include "ado/ServerCheck.h"
 
 #include "ado/dialect/Spelling.h"
+#include "ado/migrate/ServerIndexes.h"
 #include "ado/migrate/ServerTables.h"
+#include "ado/server/ServerRoles.h"
 #include "ado/server/ServerSchema.h"
 #include "ado/server/ServerValue.h"
 #include "jet/Error.h"
@@ -110,13 +112,13 @@ public:
                            *rules.field(row, 2) + ")"),
                      "na tabela " + *rules.field(row, 0) + " não obedecem à regra " +
                          named(*rules.field(row, 1)));
-        // The columns of both sides, in the order of the relationship.
-        const ServerRows bonds = wire_.run(
         each(std::string("select k.conname ") + kTablesOf +
                  "join pg_catalog.pg_constraint k on k.conrelid = c.oid and k.contype = 'f' and "
                  "(k.confupdtype in ('n', 'd') or k.confdeltype = 'd')",
              Severity::warning,
              "o histórico não guarda o que muda em outras tabelas por causa do relacionamento ");
+        // The columns of both sides, in the order of the relationship.
+        const ServerRows bonds = wire_.run(
             std::string(
                 "select c.oid::regclass::text, k.conname, k.confrelid::regclass::text, "
                 "string_agg(format('p.%I = f.%I', pa.attname, fa.attname), ' and ' order by "
@@ -153,26 +155,17 @@ public:
                      " o que não existe na tabela " + named(reference.parent));
     }
 
-    /// What the file needs no index for, but the server does: one that begins with the column.
-    void checkOwnIndexes(const jet::TableSpec& wanted) {
-        const jet::TableSpec* const table = find(wanted.name);
-        if (table == nullptr)
-            return;
-        for (const jet::IndexSpec& index : wanted.indexes) {
-            const std::size_t place = table->placeOf(index.columns.front().name);
-            if (place == table->columns.size())
-                continue;
-            const ServerRows begun = wire_.run(
-                "select 1 from pg_catalog.pg_index i join pg_catalog.pg_attribute a on "
-                "a.attrelid = i.indrelid and a.attname = $2 "
-                "where i.indrelid = format('valtrino.%I', $1)::regclass and "
-                "(a.attnum = i.indkey[0] or pg_get_indexdef(i.indexrelid, 1, true) "
-                "operator(pg_catalog.=) any (array[format('jet_chave(%I::text)', a.attname), "
-                "format('jet_chave(%I)', a.attname)]))",
-                {parameterOf(table->name), parameterOf(table->columns[place].name)});
-            if (begun.rows() == 0)
-                tell(Severity::warning, "falta um índice de " + named(index.columns.front().name) +
-                                            " da tabela " + named(wanted.name));
+    void checkOwnIndexes(std::span<const jet::TableSpec> further) {
+        std::vector<jet::TableSpec> tables;
+        tables.reserve(tables_.size());
+        for (const ServerTableSpec& table : tables_)
+            tables.push_back(table.spec);
+        for (const auto& [table, index] : missingIndexes(wire_, tables, further)) {
+            std::string besides;
+            for (const std::string& name : includable(*table, *index))
+                besides += (besides.empty() ? " com " : ", ") + named(name);
+            tell(Severity::warning, "falta um índice de " + named(index->columns.front().name) +
+                                        besides + " da tabela " + named(table->name));
         }
     }
 
@@ -248,14 +241,35 @@ jet::Report checkServer(const std::string& address, std::span<const jet::TableSp
     check.checkFoundation();
     for (const jet::TableSpec& table : tables)
         check.checkShape(table);
-    for (const jet::TableSpec& table : further)
-        check.checkOwnIndexes(table);
+    check.checkOwnIndexes(further);
     check.checkWorkings();
     check.checkRules();
     for (const Reference& reference : references)
         check.checkReference(reference);
     check.checkKept();
     return check.take();
+}
+
+std::vector<std::string> addServerIndexes(const std::string& address,
+                                          std::span<const jet::TableSpec> further) {
+    ServerWire wire(address);
+    static_cast<void>(wire.run("set statement_timeout = 0"));
+    wire.begin();
+    requireShop(wire);
+    std::vector<ServerTableSpec> found = serverTables(wire);
+    std::vector<jet::TableSpec> tables;
+    tables.reserve(found.size());
+    for (ServerTableSpec& table : found)
+        tables.push_back(std::move(table.spec));
+    becomeOwner(wire);
+    std::vector<std::string> made;
+    for (const MissingIndex& missing : missingIndexes(wire, tables, further)) {
+        makeIndex(wire, missing);
+        made.push_back(missing.table->name + "." + missing.index->columns.front().name);
+    }
+    leaveOwner(wire);
+    wire.commit();
+    return made;
 }
 
 } // namespace ado

@@ -74,7 +74,7 @@ public:
     /// A recordset's statement, or the name of its table; at the first row.
     /// @throws Error{syntax, notFound}.
     [[nodiscard]] virtual std::unique_ptr<Cursor> open(const std::string& source, CursorType type,
-                                                       CommandType command) = 0;
+                                                       LockType lock, CommandType command) = 0;
     /// @throws as the constructor of Follower.
     [[nodiscard]] virtual std::unique_ptr<Following> follow(const std::string& table,
                                                             const std::vector<std::string>& columns,

@@ -10,7 +10,7 @@ struct Recordset::Parts final : ProviderUser {
     Parts(Recordset& ofRecordset, Provider& onProvider, const std::string& source, CursorType type,
           LockType locking, CommandType command)
         : recordset(ofRecordset), provider(onProvider), lock(locking),
-          cursor(onProvider.open(source, type, command)) {
+          cursor(onProvider.open(source, type, locking, command)) {
         provider.enter(*this);
     }
     Parts(const Parts&) = delete;

@@ -13,8 +13,10 @@ using jet::Errc;
 using jet::Error;
 
 std::unique_ptr<Cursor> ServerCursor::open(ServerSession& session, const std::string& source,
-                                           CursorType type, CommandType command) {
+                                           CursorType type, LockType lock, CommandType command) {
     ServerQuery query(session.catalog(), source, command);
+    if (type == CursorType::ForwardOnly && lock == LockType::ReadOnly)
+        query.askForFieldsOnly();
     std::unique_ptr<ServerCursor> made;
     if (query.keyed() != nullptr)
         made = std::make_unique<ServerList>(session, std::move(query), type);

@@ -11,8 +11,9 @@ namespace ado {
 class ServerCursor : public Cursor {
 public:
     /// The one that fits the statement, at its first row. @throws Error{syntax, notFound}.
-    [[nodiscard]] static std::unique_ptr<Cursor>
-    open(ServerSession& session, const std::string& source, CursorType type, CommandType command);
+    [[nodiscard]] static std::unique_ptr<Cursor> open(ServerSession& session,
+                                                      const std::string& source, CursorType type,
+                                                      LockType lock, CommandType command);
 
     [[nodiscard]] QueryFields& fields() noexcept override { return query_.fields(); }
     [[nodiscard]] bool live() const noexcept override { return query_.live(); }
@@ -98,6 +99,7 @@ private:
     /// What others have done makes the rows around the one stood on unknown.
     void forgetNeighbours();
     void requireCurrent();
+    void requireFingerprints();
     void catchUpRow();
     [[nodiscard]] std::deque<ServerRow> fetchBeyond(bool forwards);
     [[nodiscard]] bool findHere(const std::string& criterion);

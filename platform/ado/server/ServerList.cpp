@@ -344,7 +344,7 @@ bool ServerList::readAgain() {
     const bool byOthers = moment.others != current_.others;
     ServerRow row = query_.rowOf(found, 0);
     if (!byOthers && !query_.isWholeTable())
-        row.place = here().place; // what is changed here stays in its place
+        row.place = query_.placeOf(here()); // what is changed here stays in its place
     here() = std::move(row);
     current_ = moment;
     return true;
@@ -370,13 +370,26 @@ jet::Value ServerList::value(const QueryField& field) {
     return valueOf(here().values[field.column], type.number, type.modifier);
 }
 
+/// Of rows that were asked for their fields only.
+void ServerList::requireFingerprints() {
+    if (query_.asksForAll())
+        return;
+    query_.askForAll();
+    whole_.reset();
+    settle();
+    forgetNeighbours();
+    current_ = {0, 0};
+}
+
 Cursor::State ServerList::state(std::size_t /*table*/) {
+    requireFingerprints();
     requireCurrent();
     requireRow();
     return {versionOf(here().fingerprint), session_.now().others};
 }
 
 std::optional<std::uint64_t> ServerList::version() {
+    requireFingerprints();
     requireCurrent();
     if (at() != At::row)
         return std::nullopt;
@@ -400,6 +413,12 @@ std::optional<std::uint64_t> ServerList::versionToChange() {
 // ---- changes ----------------------------------------------------------------------------------
 
 void ServerList::insert(Given given, const Stored& stored) {
+    if (session_.isPutting()) { // and stands nowhere then
+        session_.put(*query_.keyed(), query_.insert(given));
+        stored();
+        refresh();
+        return arrive(false, At::afterLast);
+    }
     std::optional<ServerRow> made;
     session_.change(*query_.keyed(), nullptr, [&] {
         const ServerStatement statement = query_.insert(given);
@@ -413,12 +432,6 @@ void ServerList::insert(Given given, const Stored& stored) {
     anchorGone_ = fromFirst_ = toLast_ = toBegin_ = false;
     added_ = !query_.isWholeTable();
     neighbours_ = current_ = now();
-    if (session_.isPutting()) { // and stands nowhere then
-        session_.put(*query_.keyed(), query_.insert(given));
-        stored();
-        refresh();
-        return arrive(false, At::afterLast);
-    }
     arrive(true, At::row);
 }
 
@@ -440,9 +453,9 @@ void ServerList::update(Given given, std::optional<std::uint64_t> expected, cons
     });
     stored();
     updated_ = true;
-    const bool stays = !query_.isWholeTable() || after->place == before.place;
+    const bool stays = !query_.isWholeTable() || query_.placeOf(*after) == query_.placeOf(before);
     if (stays)
-        after->place = before.place;
+        after->place = query_.placeOf(before);
     here() = std::move(*after);
     if (!stays)
         forgetNeighbours();

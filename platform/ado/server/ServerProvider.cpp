@@ -53,8 +53,8 @@ void ServerProvider::onSnapshot(const std::function<void()>& body) {
 }
 
 std::unique_ptr<Cursor> ServerProvider::open(const std::string& source, CursorType type,
-                                             CommandType command) {
-    return ServerCursor::open(session_, source, type, command);
+                                             LockType lock, CommandType command) {
+    return ServerCursor::open(session_, source, type, lock, command);
 }
 
 std::unique_ptr<Following> ServerProvider::follow(const std::string& table,

@@ -25,7 +25,7 @@ public:
     void end() override;
 
     [[nodiscard]] std::unique_ptr<Cursor> open(const std::string& source, CursorType type,
-                                               CommandType command) override;
+                                               LockType lock, CommandType command) override;
     [[nodiscard]] std::unique_ptr<Following> follow(const std::string& table,
                                                     const std::vector<std::string>& columns,
                                                     Following::Take take) override;

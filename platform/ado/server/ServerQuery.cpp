@@ -51,7 +51,9 @@ ServerQuery::ServerQuery(const ServerCatalog& catalog, const std::string& source
     if (tables_.size() == 1 && !tables_.front()->key.empty() && byColumns) {
         keyed_ = tables_.front();
         order_ = orderBy(select_.sortTerms);
+        ask();
     }
+    lookForOthers();
 }
 
 /// @throws Error{notFound} for what is no column of the table.
@@ -82,7 +84,9 @@ bool ServerQuery::isWholeTable() const {
            });
 }
 
-bool ServerQuery::dependsOnOthers() const { return where("").find("select ") != std::string::npos; }
+void ServerQuery::lookForOthers() {
+    dependsOnOthers_ = where("").find("select ") != std::string::npos;
+}
 
 std::optional<std::string> ServerQuery::keyIn(std::string_view condition) const {
     const std::size_t equals = condition.find('=');
@@ -114,6 +118,7 @@ void ServerQuery::setFilter(const std::string& condition, const Spelling& spelli
     }
     condition_ = std::move(said);
     parameters_ = std::move(parameters);
+    lookForOthers();
 }
 
 void ServerQuery::setSort(const std::string& fields, const Spelling& spelling) {
@@ -122,6 +127,7 @@ void ServerQuery::setSort(const std::string& fields, const Spelling& spelling) {
         terms = parseSort(fields, spelling);
     if (keyed_ != nullptr)
         order_ = orderBy(terms.empty() ? select_.sortTerms : terms);
+    ask();
     sort_ = std::move(terms);
 }
 
@@ -139,14 +145,33 @@ std::string ServerQuery::ordered(std::size_t place) const {
     return jet::isText(keyed_->columns[place].type) ? keyOf(name) : name;
 }
 
-/// All columns, and a fingerprint of the row.
+void ServerQuery::ask() {
+    asked_.clear();
+    for (std::size_t i = 0; keyed_ != nullptr && i < keyed_->columns.size(); ++i)
+        if (all_ || isKey(i) ||
+            std::ranges::find(order_, i, &OrderColumn::column) != order_.end() ||
+            std::ranges::find(fields_.all(), i, &QueryField::column) != fields_.all().end())
+            asked_.push_back(i);
+}
+
+void ServerQuery::askForFieldsOnly() {
+    all_ = false;
+    ask();
+}
+
+void ServerQuery::askForAll() {
+    all_ = true;
+    ask();
+}
+
+/// What is asked for of it, and then a fingerprint of the whole row.
 std::string ServerQuery::rowOfTable(const std::string& table) const {
     std::string list;
-    for (std::size_t i = 0; i < keyed_->columns.size(); ++i) {
-        list += column(i, table);
-        list += ", ";
+    for (const std::size_t place : asked_) {
+        list += list.empty() ? "" : ", ";
+        list += column(place, table);
     }
-    return list + "hashtextextended((" + table + ".*)::text, 0)";
+    return all_ ? list + ", hashtextextended((" + table + ".*)::text, 0)" : list;
 }
 
 std::string ServerQuery::where(const std::string& more) const {
@@ -226,11 +251,24 @@ bool ServerQuery::endsAlike(std::size_t term) const {
                        });
 }
 
+const std::optional<std::string>& ServerQuery::placeAt(const ServerRow& row,
+                                                       std::size_t term) const {
+    return row.place.empty() ? row.values[order_[term].column] : row.place[term];
+}
+
+std::vector<std::optional<std::string>> ServerQuery::placeOf(const ServerRow& row) const {
+    std::vector<std::optional<std::string>> place;
+    place.reserve(order_.size());
+    for (std::size_t term = 0; term < order_.size(); ++term)
+        place.push_back(placeAt(row, term));
+    return place;
+}
+
 /// What a row's place says of one term, as rows are compared with it.
 std::string ServerQuery::valueAt(const ServerRow& place, std::size_t term,
                                  std::vector<Parameter>& parameters) const {
     const std::size_t column = order_[term].column;
-    std::string value = placeFor(parameters, {keyed_->types[column].number, place.place[term]});
+    std::string value = placeFor(parameters, {keyed_->types[column].number, placeAt(place, term)});
     return jet::isText(keyed_->columns[column].type) ? keyOf(value) : value;
 }
 
@@ -242,7 +280,7 @@ std::string ServerQuery::beyond(const ServerRow& place, std::size_t term, bool f
     const OrderColumn& by = order_[term];
     const std::string name = ordered(by.column);
     const bool upwards = forwards != by.descending; // to greater values, of which null is none
-    const std::optional<std::string>& value = place.place[term];
+    const std::optional<std::string>& value = placeAt(place, term);
     if (value && endsAlike(term)) {
         std::string names;
         std::string values;
@@ -295,15 +333,12 @@ ServerStatement ServerQuery::range(From from, bool forwards, const ServerRow* pl
 
 ServerRow ServerQuery::rowOf(const ServerRows& rows, int row) const {
     ServerRow made;
-    const std::size_t width = keyed_->columns.size();
-    made.values.reserve(width);
-    for (std::size_t i = 0; i < width; ++i)
-        made.values.push_back(rows.field(row, static_cast<int>(i)));
-    const std::string fingerprint = rows.field(row, static_cast<int>(width)).value_or("0");
-    made.fingerprint = std::atoll(fingerprint.c_str());
-    made.place.reserve(order_.size());
-    for (const OrderColumn& by : order_)
-        made.place.push_back(made.values[by.column]);
+    made.values.resize(keyed_->columns.size());
+    int column = 0;
+    for (const std::size_t place : asked_)
+        made.values[place] = rows.field(row, column++);
+    if (all_)
+        made.fingerprint = std::atoll(rows.field(row, column).value_or("0").c_str());
     return made;
 }
 

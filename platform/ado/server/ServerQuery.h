@@ -14,7 +14,8 @@ namespace ado {
 struct ServerRow {
     std::vector<std::optional<std::string>> values; ///< of all columns of the table
     std::int64_t fingerprint = 0;                   ///< of all that is stored of it
-    std::vector<std::optional<std::string>> place;  ///< by the columns of the order
+    /// By the columns of the order, where that isn't what its values say by now; else empty.
+    std::vector<std::optional<std::string>> place;
 };
 
 /// The statements of an open recordset: its source, with a condition and an order.
@@ -39,13 +40,19 @@ public:
     /// Whether it is a whole table in the order of its key.
     [[nodiscard]] bool isWholeTable() const;
     /// Whether rows of other tables say which these are.
-    [[nodiscard]] bool dependsOnOthers() const;
+    [[nodiscard]] bool dependsOnOthers() const noexcept { return dependsOnOthers_; }
     /// Of a keyed one: the key's value, if the condition says that it is a certain number.
     [[nodiscard]] std::optional<std::string> keyIn(std::string_view condition) const;
     [[nodiscard]] bool hasKey(const ServerRow& row, const std::string& value) const {
         return row.values[keyed_->key.front()] == value;
     }
     [[nodiscard]] bool areSame(const ServerRow& a, const ServerRow& b) const;
+
+    /// Of each row nothing is asked for but its fields and its place, until it is to be changed or
+    /// compared: what an index has needn't be looked for elsewhere, nor is a fingerprint made.
+    void askForFieldsOnly();
+    void askForAll();
+    [[nodiscard]] bool asksForAll() const noexcept { return all_; }
 
     /// In the words of the dialect; "" takes it away. @throws Error{syntax, notFound}.
     void setFilter(const std::string& condition, const Spelling& spelling);
@@ -65,6 +72,8 @@ public:
                                         const Spelling& spelling) const;
     /// The row with the key of that one, whether or not it belongs to the rows.
     [[nodiscard]] ServerStatement same(const ServerRow& row) const;
+    /// By the columns of the order.
+    [[nodiscard]] std::vector<std::optional<std::string>> placeOf(const ServerRow& row) const;
     /// That one row.
     [[nodiscard]] ServerRow rowOf(const ServerRows& rows, int row) const;
 
@@ -86,10 +95,14 @@ private:
     [[nodiscard]] std::string column(std::size_t place, const std::string& table) const;
     [[nodiscard]] std::string ordered(std::size_t place) const;
     [[nodiscard]] std::string rowOfTable(const std::string& table) const;
+    void ask();
+    void lookForOthers();
     [[nodiscard]] std::string where(const std::string& more) const;
     [[nodiscard]] std::string sourceOrder() const;
     [[nodiscard]] bool isKey(std::size_t column) const;
     [[nodiscard]] bool endsAlike(std::size_t term) const;
+    [[nodiscard]] const std::optional<std::string>& placeAt(const ServerRow& row,
+                                                            std::size_t term) const;
     [[nodiscard]] std::string valueAt(const ServerRow& place, std::size_t term,
                                       std::vector<Parameter>& parameters) const;
     [[nodiscard]] std::string beyond(const ServerRow& place, std::size_t term, bool forwards,
@@ -103,6 +116,9 @@ private:
     std::vector<const ServerTable*> tables_;
     const ServerTable* keyed_ = nullptr;
     std::vector<OrderColumn> order_; ///< of keyed(): the key's columns come last
+    std::vector<std::size_t> asked_; ///< of keyed(): the columns that a row is asked for with
+    bool dependsOnOthers_ = false;
+    bool all_ = true; ///< which are all, and so is its fingerprint
     std::vector<SortTerm> sort_;
     std::string condition_; ///< in the server's words
     std::vector<Parameter> ofSource_;

@@ -173,6 +173,11 @@ std::vector<std::string> foundation(jet::Version order) {
     return parts;
 }
 
+bool isLong(jet::ColumnType type) {
+    return type == jet::ColumnType::memo || type == jet::ColumnType::ole ||
+           type == jet::ColumnType::binary;
+}
+
 bool isWholeNumber(jet::ColumnType type) {
     return type == jet::ColumnType::longInteger || type == jet::ColumnType::integer ||
            type == jet::ColumnType::byte;
@@ -214,7 +219,8 @@ std::string noteOf(const jet::ColumnSpec& column) {
     return {};
 }
 
-/// What an index is in a file.
+} // namespace
+
 std::string noteOf(const jet::IndexSpec& index) {
     return std::string(kNote) + std::to_string(index.columns.size()) + ' ' +
            (index.primary  ? "p"
@@ -223,6 +229,8 @@ std::string noteOf(const jet::IndexSpec& index) {
            (index.ignoreNulls ? "i" : "-") + (index.required || index.primary ? "r" : "-") + ' ' +
            index.name;
 }
+
+namespace {
 
 /// The list that a window opens goes by the key after the column: so does the index.
 std::string keyAfter(const jet::TableSpec& table) {
@@ -235,6 +243,24 @@ std::string keyAfter(const jet::TableSpec& table) {
     return list;
 }
 
+std::string includedIn(const jet::TableSpec& table, const jet::IndexSpec& index) {
+    std::string list;
+    for (const std::string& name : includable(table, index)) {
+        list += list.empty() ? ") include (" : ", ";
+        list += quotedName(name);
+    }
+    return list;
+}
+
+/// An index is enough to read by where the server has noted that all rows of a page are there for
+/// everybody; by itself it does after a fifth of them is new.
+void tidyOften(ServerWire& wire, const std::string& table, const jet::IndexSpec& index) {
+    if (!index.included.empty())
+        static_cast<void>(wire.run("alter table " + table +
+                                   " set (autovacuum_vacuum_scale_factor = 0.01, "
+                                   "autovacuum_vacuum_insert_scale_factor = 0.01)"));
+}
+
 /// To the index that was made last of a table.
 void noteIndex(ServerWire& wire, const std::string& table, const std::string& note) {
     const ServerRows made = wire.run(
@@ -245,6 +271,16 @@ void noteIndex(ServerWire& wire, const std::string& table, const std::string& no
 }
 
 } // namespace
+
+std::vector<std::string> includable(const jet::TableSpec& table, const jet::IndexSpec& index) {
+    std::vector<std::string> names;
+    for (const std::string& name : index.included) {
+        const std::size_t place = table.placeOf(name);
+        if (place < table.columns.size() && !isLong(table.columns[place].type))
+            names.push_back(table.columns[place].name);
+    }
+    return names;
+}
 
 void createColumns(ServerWire& wire, const jet::TableSpec& table) {
     const std::string name = quotedName(table.name);
@@ -282,33 +318,52 @@ void createIndex(ServerWire& wire, const jet::TableSpec& table, const jet::Index
     std::string sql = unique ? "create unique index on " : "create index on ";
     sql.append(name).append(" (").append(columns);
     if (!unique && !exactly)
-        sql.append(keyAfter(table));
+        sql.append(keyAfter(table)).append(includedIn(table, index));
     static_cast<void>(wire.run(sql.append(")")));
     noteIndex(wire, name, noteOf(index));
+    tidyOften(wire, name, index);
+}
+
+jet::TableSpec withIncluded(const jet::TableSpec& table, std::span<const jet::TableSpec> further) {
+    jet::TableSpec full = table;
+    const auto first = [&](const jet::IndexSpec& index) {
+        return table.placeOf(index.columns.front().name);
+    };
+    for (const jet::TableSpec& more : further)
+        for (const jet::IndexSpec& wanted : more.indexes)
+            for (jet::IndexSpec& index : full.indexes)
+                if (jet::foldedName(more.name) == jet::foldedName(table.name) &&
+                    index.columns.size() == 1 && first(index) == first(wanted))
+                    index.included = wanted.included;
+    return full;
+}
+
+void createOwnIndex(ServerWire& wire, const jet::TableSpec& table, jet::IndexSpec index) {
+    const std::string name = quotedName(table.name);
+    for (jet::IndexSpec::KeyColumn& column : index.columns)
+        column.name = table.columns[table.placeOf(column.name)].name; // in its capitals
+    static_cast<void>(wire.run("create index on " + name + " (" + columnsOf(table, index, false) +
+                               keyAfter(table) + includedIn(table, index) + ")"));
+    noteIndex(wire, name, kOwnIndex);
+    tidyOften(wire, name, index);
 }
 
 void createOwnIndexes(ServerWire& wire, const jet::TableSpec& table,
                       std::span<const jet::TableSpec> further) {
-    const std::string name = quotedName(table.name);
     const auto place = [&](const jet::IndexSpec::KeyColumn& column) {
         return table.placeOf(column.name);
     };
     for (const jet::TableSpec& more : further) {
         if (jet::foldedName(more.name) != jet::foldedName(table.name))
             continue;
-        for (jet::IndexSpec index : more.indexes) {
+        for (const jet::IndexSpec& index : more.indexes) {
             const auto beginsSo = [&](const jet::IndexSpec& other) {
                 return place(other.columns.front()) == place(index.columns.front());
             };
-            if (std::ranges::find(index.columns, table.columns.size(), place) !=
-                    index.columns.end() ||
-                std::ranges::any_of(table.indexes, beginsSo))
-                continue;
-            for (jet::IndexSpec::KeyColumn& column : index.columns)
-                column.name = table.columns[place(column)].name; // in its capitals
-            static_cast<void>(wire.run("create index on " + name + " (" +
-                                       columnsOf(table, index, false) + keyAfter(table) + ")"));
-            noteIndex(wire, name, kOwnIndex);
+            if (std::ranges::find(index.columns, table.columns.size(), place) ==
+                    index.columns.end() &&
+                std::ranges::none_of(table.indexes, beginsSo))
+                createOwnIndex(wire, table, index);
         }
     }
 }
@@ -394,7 +449,7 @@ void createServerSchema(ServerWire& wire, std::span<const jet::TableSpec> tables
         createRolesAndSchema(wire, roles);
         createFoundation(wire, jet::Version::jet4);
         for (const jet::TableSpec& table : tables) {
-            createTable(wire, table);
+            createTable(wire, withIncluded(table, further));
             createOwnIndexes(wire, table, further);
         }
         leaveOwner(wire);

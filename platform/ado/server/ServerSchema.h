@@ -6,6 +6,7 @@
 
 #include <span>
 #include <string>
+#include <vector>
 
 namespace ado {
 
@@ -37,6 +38,14 @@ void createColumns(ServerWire& wire, const jet::TableSpec& table);
 /// an index keeps fewer rows from being the same, and is nobody's key.
 void createIndex(ServerWire& wire, const jet::TableSpec& table, const jet::IndexSpec& index,
                  bool exactly = false);
+/// The columns of the table that an index is to include, those that aren't too long for one.
+[[nodiscard]] std::vector<std::string> includable(const jet::TableSpec& table,
+                                                  const jet::IndexSpec& index);
+/// One that no file is to hear of, of columns that the table has.
+void createOwnIndex(ServerWire& wire, const jet::TableSpec& table, jet::IndexSpec index);
+/// The table with what those of `further` include in the indexes that it has itself.
+[[nodiscard]] jet::TableSpec withIncluded(const jet::TableSpec& table,
+                                          std::span<const jet::TableSpec> further);
 /// The indexes among `further` whose columns the table has and no index of its begins with.
 void createOwnIndexes(ServerWire& wire, const jet::TableSpec& table,
                       std::span<const jet::TableSpec> further);
@@ -46,6 +55,8 @@ void createNews(ServerWire& wire, const jet::TableSpec& table);
 inline constexpr std::string_view kNote = "valtrino: ";
 /// The whole comment of an index that is in no file.
 inline constexpr const char* kOwnIndex = "valtrino: -";
+/// The whole comment of one that is in a file: what it is there.
+[[nodiscard]] std::string noteOf(const jet::IndexSpec& index);
 
 /// How far a change is told by its row's key: a block for every so many keys.
 inline constexpr int kKeysInABlock = 1024;

@@ -552,6 +552,9 @@ bool ServerWire::isReadOnly() const {
 }
 
 void ServerWire::listen(const std::function<void(std::string_view payload, bool own)>& heard) {
+    const bool since = listened_ != std::chrono::steady_clock::time_point{};
+    if (since && (begun_ || reading_))
+        return; // in the middle of a transaction a server tells none
     const auto moment = std::chrono::steady_clock::now();
     if (moment - listened_ < kPauseOfNews)
         return; // whoever reads field after field spends no more on news than on them

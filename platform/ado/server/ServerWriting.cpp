@@ -54,9 +54,9 @@ ServerStatement writing(const ServerTable& table, const Store::RowWrite& row) {
                 : (*row.before)[column] == (*row.after)[column])
             continue; // the server gives it one; it stays
         const std::string value = placeOf(statement, table, *row.after, column);
-        names += (names.empty() ? "" : ", ") + of;
-        values += (values.empty() ? "" : ", ") + value;
-        changes += (changes.empty() ? "" : ", ") + of + " = " + value;
+        names.append(names.empty() ? "" : ", ").append(of);
+        values.append(values.empty() ? "" : ", ").append(value);
+        changes.append(changes.empty() ? "" : ", ").append(of).append(" = ").append(value);
     }
     if (row.before == nullptr) {
         statement.sql =

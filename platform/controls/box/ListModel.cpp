@@ -5,8 +5,7 @@
 void ListModel::setColumns(std::vector<ListColumn> columns) {
     beginResetModel();
     columns_ = std::move(columns);
-    items_.clear();
-    announced_ = 0;
+    forgetRows();
     endResetModel();
 }
 
@@ -40,9 +39,34 @@ int ListModel::add(ListItem item) {
 
 void ListModel::clear() {
     beginResetModel();
-    items_.clear();
-    announced_ = 0;
+    forgetRows();
     endResetModel();
+}
+
+void ListModel::forgetRows() {
+    items_.clear();
+    unmade_.clear();
+    make_ = {};
+    announced_ = 0;
+}
+
+void ListModel::addLater(int count, std::function<ListItem(int row)> make) {
+    for (int row = 0; row < this->count(); ++row)
+        static_cast<void>(made(row)); // of whoever makes those
+    unmade_.assign(items_.size(), false);
+    items_.resize(items_.size() + static_cast<std::size_t>(count));
+    unmade_.resize(items_.size(), true);
+    make_ = std::move(make);
+}
+
+ListItem& ListModel::made(int row) const {
+    const auto place = static_cast<std::size_t>(row);
+    ListItem& it = items_.at(place);
+    if (place < unmade_.size() && unmade_[place]) {
+        it = make_(row);
+        unmade_[place] = false;
+    }
+    return it;
 }
 
 void ListModel::announce() {
@@ -53,7 +77,7 @@ void ListModel::announce() {
     endInsertRows();
 }
 
-const ListItem& ListModel::item(int row) const { return items_.at(static_cast<std::size_t>(row)); }
+const ListItem& ListModel::item(int row) const { return made(row); }
 
 QString ListModel::text(int row, int column) const {
     const ListItem& it = item(row);
@@ -61,7 +85,7 @@ QString ListModel::text(int row, int column) const {
 }
 
 void ListModel::setText(int row, int column, const QString& text) {
-    ListItem& it = items_.at(static_cast<std::size_t>(row));
+    ListItem& it = made(row);
     if (column == 0) {
         it.text = text;
     } else {
@@ -73,7 +97,7 @@ void ListModel::setText(int row, int column, const QString& text) {
 }
 
 void ListModel::setChecked(int row, bool checked) {
-    items_.at(static_cast<std::size_t>(row)).checked = checked;
+    made(row).checked = checked;
     changed(row, 0);
 }
 

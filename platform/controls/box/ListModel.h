@@ -4,6 +4,7 @@
 
 #include <QAbstractTableModel>
 
+#include <functional>
 #include <vector>
 
 /// The rows behind a ListView.
@@ -25,6 +26,8 @@ public:
     [[nodiscard]] bool hasCheckBoxes() const noexcept { return checkBoxes_; }
 
     int add(ListItem item);
+    /// So many rows at the end; `make` gives each when it is first looked at.
+    void addLater(int count, std::function<ListItem(int row)> make);
     void clear();
     /// Tells the view of the rows added since the last call.
     void announce();
@@ -49,6 +52,8 @@ signals:
     void checkedByOperator(int row, bool checked);
 
 private:
+    void forgetRows();
+    [[nodiscard]] ListItem& made(int row) const;
     void changed(int row, int column);
     /// What a column holds, and what stands there, for who hears it.
     [[nodiscard]] QString name(int column) const;
@@ -57,7 +62,9 @@ private:
     [[nodiscard]] QString rest(int row) const;
 
     std::vector<ListColumn> columns_;
-    std::vector<ListItem> items_;
+    mutable std::vector<ListItem> items_;
+    mutable std::vector<bool> unmade_; ///< of items_; those that it is too short for are made
+    std::function<ListItem(int row)> make_;
     int announced_ = 0;
     bool checkBoxes_ = false;
 };

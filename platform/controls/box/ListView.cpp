@@ -127,6 +127,11 @@ void ListView::setCheckBoxes(bool shown) {
     shareWidth();
 }
 
+void ListView::addLater(int count, std::function<ListItem(int row)> make) {
+    model_->addLater(count, std::move(make));
+    announceRows();
+}
+
 int ListView::addItem(ListItem item) {
     const int row = model_->add(std::move(item));
     if (!announceTimer_.isActive())

@@ -5,6 +5,7 @@
 #include <QBasicTimer>
 #include <QTreeView>
 
+#include <functional>
 #include <vector>
 
 class ListModel;
@@ -51,6 +52,9 @@ public:
     /// Adds a row at the end.
     /// @return its number.
     int addItem(ListItem item);
+    /// Adds so many at the end; `make` gives each when it is first looked at, as few ever are of a
+    /// long list. It mustn't be asked any more when what it makes them of changes: clear() first.
+    void addLater(int count, std::function<ListItem(int row)> make);
     void clear();
 
     [[nodiscard]] int count() const;

@@ -449,6 +449,38 @@ TEST_F(BankList, AHundredThousandRowsAreNoBurden) {
     EXPECT_LT(delegate.asked(), 1'000) << "only rows in sight are looked at";
 }
 
+TEST_F(BankList, RowsAreMadeWhenTheyAreLookedAt) {
+    constexpr int kRows = 10'000;
+    constexpr int kInSight = 40;
+    fill(1);
+    int made = 0;
+    list_->addLater(kRows, [&](int row) {
+        ++made;
+        return ListItem{.key = QString::number(row),
+                        .text = QString("Banco %1").arg(row),
+                        .subItems = {},
+                        .icon = {},
+                        .checked = row % 2 == 0};
+    });
+    QCoreApplication::processEvents();
+    list_->grab();
+    EXPECT_GT(made, 0);
+    EXPECT_LT(made, kInSight);
+    EXPECT_EQ(list_->count(), kRows + 1);
+    EXPECT_EQ(list_->text(0, 0), "100");
+    list_->setCurrentRow(kRows);
+    list_->grab();
+    EXPECT_LT(made, 2 * kInSight);
+    const int before = made;
+    EXPECT_EQ(list_->text(kRows, 0), "Banco 10000");
+    EXPECT_TRUE(list_->isChecked(kRows));
+    EXPECT_EQ(made, before);
+    EXPECT_EQ(list_->rowOf("9000"), 9000);
+    list_->clear();
+    fill(2);
+    EXPECT_EQ(list_->text(1, 0), "101");
+}
+
 TEST_F(BankList, EventsBetweenTheRowsDoNotMakeItCrawl) {
     constexpr int kEach = 500;      // so many rows are shown one by one
     constexpr qint64 kAtLeast = 45; // milliseconds between two times that more are shown
