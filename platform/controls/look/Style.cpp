@@ -212,12 +212,11 @@ public:
             const char* portuguese;
         };
         static constexpr FileKind kFileKinds[] = {
-            {"Drive",       "Unidade"     },
-            {"File Folder", "Pasta"       },
-            {"Folder",      "Pasta"       },
-            {"%1 File",     "Arquivo %1"  },
-            {"Shortcut",    "Atalho"      },
-            {"Unknown",     "Desconhecido"},
+            {"Drive",    "Unidade"     },
+            {"Folder",   "Pasta"       },
+            {"%1 File",  "Arquivo %1"  },
+            {"Shortcut", "Atalho"      },
+            {"Unknown",  "Desconhecido"},
         };
         const QString known = QTranslator::translate(context, text, comment, count);
         if (!known.isNull() || std::strcmp(context, "QAbstractFileIconProvider") != 0)
