@@ -124,7 +124,9 @@ void FrmAgenda::procurar() {
     const BusyCursor ocupado;
     const Vencimentos::Procura procura = filtro_.procura();
     const std::int64_t atual = chequeAtual();
-    listados_.receber(Vencimentos::procurar(procura));
+    std::vector<Vencimentos::Cheque> achados = Vencimentos::procurar(procura);
+    lstcheques->clear(); // its rows are made of those
+    listados_.receber(std::move(achados));
     procurado_ = procura;
     filtro_.mostrarDias(procura.dias, listados_.cheques());
     ordenar(atual);
@@ -149,6 +151,7 @@ void FrmAgenda::lstcheques_ColumnClick(int coluna) {
 
 void FrmAgenda::ordenar(std::int64_t atual) {
     const BusyCursor ocupado;
+    lstcheques->clear();
     listados_.ordenar(coluna_, chkinvertida->isChecked());
     mostrarOrdem();
     mostrarCheques();
@@ -174,7 +177,6 @@ std::int64_t FrmAgenda::chequeAtual() const {
 }
 
 void FrmAgenda::mostrarCheques() {
-    lstcheques->clear();
     lstcheques->addLater(static_cast<int>(listados_.cheques().size()),
                          [this, linhas = ListaDaAgenda::Linhas()](int linha) mutable {
                              return linhas.de(listados_.cheque(linha));
