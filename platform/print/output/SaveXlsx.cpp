@@ -1,5 +1,6 @@
 #include "print/output/SaveReport.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtEndian>
@@ -290,6 +291,11 @@ SaveResult saveXlsx(Relatorio& report, const QString& path, const ReportProgress
         // The library writes by path, and the device has none. Nobody has the file open meanwhile:
         // Windows would keep the library out.
         const QTemporaryDir folder;
+        if (!folder.isValid())
+            return {SaveOutcome::failed,
+                    QString("a pasta temporária \"%1\" não aceita arquivos. Libere espaço nela "
+                            "ou salve como CSV")
+                        .arg(QDir::toNativeSeparators(QDir::tempPath()))};
         QFile packed(folder.filePath("pasta.xlsx"));
         const QByteArray name = packed.fileName().toUtf8();
         lxw_workbook_options options = {};

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <limits>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -324,6 +325,80 @@ TEST_F(Files, ThatFillTheDiskLeaveTheOldOneAlone) {
         EXPECT_EQ(bytesOf(path("r")), "old");
         EXPECT_THAT(files(), ElementsAre("r"));
     }
+}
+
+/// While it lives the test works as one who isn't root, for whom nothing is protected.
+class OrdinaryUser {
+public:
+    /// The folder becomes the user's.
+    explicit OrdinaryUser(const std::filesystem::path& folder) : wasRoot_(::geteuid() == 0) {
+        if (wasRoot_ &&
+            (::chown(folder.c_str(), kUser, kUser) != 0 || ::setresuid(kUser, kUser, 0) != 0))
+            throw std::runtime_error("no ordinary user can be had");
+    }
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+    ~OrdinaryUser() {
+        if (wasRoot_) {
+            EXPECT_EQ(::setresuid(0, 0, 0), 0);
+        }
+    }
+
+private:
+    static constexpr uid_t kUser = 65'534;
+    bool wasRoot_;
+};
+
+TEST_F(Files, ThatMayNotBeWrittenSayWhatToDoAndLeaveTheOldOneAlone) {
+    ASSERT_TRUE(shop_.begin(inventedRows(3)));
+    const auto all = std::filesystem::perms::owner_all;
+    const auto reading = std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec;
+    const struct {
+        std::filesystem::perms file;
+        std::filesystem::perms folder;
+        const char* reason;
+    } cases[] = {
+        {reading, all,
+         "o arquivo antigo está em uso ou protegido. Feche-o onde está aberto ou escolha outro "
+         "nome"                                                                                    },
+        {all,     reading, "a pasta não existe ou não aceita arquivos novos. Escolha outra pasta"},
+    };
+    const OrdinaryUser user(folder_.path());
+    for (const auto& [file, folder, reason] : cases)
+        for (const Save save : kSaves) {
+            write(path("r"), "old");
+            std::filesystem::permissions(folder_ / "r", file);
+            std::filesystem::permissions(folder_.path(), folder);
+            const SaveResult result = save(report_, path("r"), goOn);
+            EXPECT_EQ(result.outcome, SaveOutcome::failed);
+            EXPECT_EQ(result.reason, QString("Não foi possível gravar \"%1\": %2.")
+                                         .arg(path("r"), QString::fromUtf8(reason)));
+            EXPECT_EQ(bytesOf(path("r")), "old");
+            EXPECT_THAT(files(), ElementsAre("r"));
+            std::filesystem::permissions(folder_.path(), all);
+            std::filesystem::remove(folder_ / "r");
+        }
+}
+
+TEST_F(Files, XlsxTellsThatItsTemporaryFolderTakesNothing) {
+    ASSERT_TRUE(shop_.begin(inventedRows(3)));
+    const QByteArray before = qgetenv("TMPDIR");
+    std::filesystem::create_directory(folder_ / "protegida");
+    std::filesystem::permissions(folder_ / "protegida", std::filesystem::perms::owner_read |
+                                                            std::filesystem::perms::owner_exec);
+    qputenv("TMPDIR", path("protegida").toLocal8Bit());
+    const SaveResult result = [&] {
+        const OrdinaryUser user(folder_.path());
+        write(path("r.xlsx"), "old");
+        return saveXlsx(report_, path("r.xlsx"), goOn);
+    }();
+    before.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", before);
+    EXPECT_EQ(result.outcome, SaveOutcome::failed);
+    EXPECT_EQ(result.reason, QString("Não foi possível gravar \"%1\": a pasta temporária \"%2\" "
+                                     "não aceita arquivos. Libere espaço nela ou salve como CSV.")
+                                 .arg(path("r.xlsx"), path("protegida")));
+    EXPECT_EQ(bytesOf(path("r.xlsx")), "old");
+    EXPECT_THAT(files(), testing::UnorderedElementsAre("r.xlsx", "protegida"));
 }
 
 TEST_F(Files, TellOfRowsThenOfWhatIsWritten) {
