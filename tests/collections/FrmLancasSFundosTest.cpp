@@ -1,14 +1,9 @@
 // The register of bounced cheques, on files of both formats.
-#include "collections/FrmLancasSFundos.h"
-
+#include "collections/BouncedCheques.h"
 #include "collections/FrmLocCHTerceiros.h"
-#include "controls/box/DatePicker.h"
 #include "controls/box/DropDownList.h"
 #include "shell/Mirtal.h"
-#include "support/ChequeShop.h"
 #include "support/FormChecks.h"
-
-#include <QToolButton>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,81 +13,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-constexpr const char* kFields[] = {"txtcliente", "txtbanco", "txtagencia", "txtnumero",
-                                   "txtdata",    "txtvalor", "txtEmpresa", "txtobservacao"};
-
-class BouncedCheques : public Everywhere<ChequeShop> {
-protected:
-    static Row bounced(int clientCode, const char* numero, std::int64_t reais) {
-        // clang-format off
-        return {
-            {"cliente",    number(clientCode)},
-            {"banco",      number(kNorte)},
-            {"agencia",    words("0001")},
-            {"numero",     words(numero)},
-            {"data",       day(2026, 3, 1)},
-            {"valor",      jet::Value(jet::Currency{reais * 10'000})},
-            {"empresa",    words("Loja Um")},
-            {"observacao", words("sem fundos")}
-        };
-        // clang-format on
-    }
-    static Row received(int clientCode, int bankCode, const char* numero, const char* remark) {
-        // clang-format off
-        return {
-            {"cliente",    number(clientCode)},
-            {"banco",      number(bankCode)},
-            {"agencia",    words("0042-1")},
-            {"numero",     words(numero)},
-            {"data",       day(2026, 2, 3)},
-            {"bompara",    day(2026, 4, 5)},
-            {"valor",      jet::Value(jet::Currency{12'345'600})},
-            {"observacao", words(remark)},
-            {"autorizou",  words("Rita")},
-            {"descontar",  yes(true)}
-        };
-        // clang-format on
-    }
-
-    static std::vector<std::string> stored() {
-        return rows("select lancamento, cliente, banco, agencia, numero, data, valor, empresa, "
-                    "observacao from semfundos order by lancamento");
-    }
-    static std::vector<std::string> receivedCheques() {
-        return rows("select * from cheques order by lancamento");
-    }
-
-    /// What stands on the screen, the key first.
-    static std::string shown(const QWidget& form) {
-        QString all = text(form, "txtlancamento");
-        for (const char* field : kFields)
-            all += "|" + text(form, field);
-        return all.toStdString();
-    }
-    static std::string today() { return formatDate(QDate::currentDate()).toStdString(); }
-    /// The same of a new cheque.
-    static std::string newCheque() { return "|||||" + today() + "|0,00||"; }
-
-    /// Types the fields one after the other, as a clerk does; ends in the remarks.
-    static void fill(QWidget& form, const char* name, const char* numero, const char* value) {
-        type(form, "txtcliente", name);
-        for (const char* next : {"agro", "0042", numero, "01032026", value, "Loja Dois"}) {
-            press(Qt::Key_Return);
-            type(next);
-        }
-        press(Qt::Key_Return);
-    }
-    /// Asks for the copy of a received cheque by its number.
-    static void copy(QWidget& form, const char* numero) {
-        click(form, "CmdBuscar");
-        type(numero);
-        press(Qt::Key_Return);
-    }
-    static bool panelShown(const QWidget& form) {
-        return control(form, "painelbuscar").isVisible();
-    }
-};
 
 INSTANTIATE_TEST_SUITE_P(, BouncedCheques, everywhere(), keptName);
 
@@ -301,134 +221,6 @@ TEST_P(BouncedCheques, AChequeDeletedMeanwhileFailsAndUndoesTheSaving) {
     click(form, "CmdIncluir");
     EXPECT_FALSE(data().Automacao.inTransaction());
     EXPECT_THAT(stored(), SizeIs(1));
-}
-
-// ---- copying a received cheque
-
-TEST_P(BouncedCheques, CopiesAReceivedChequeByItsNumber) {
-    given("cheques",
-          {received(kBento, kNorte, "100", "outro"), received(kCarla, kAgro, "200", "De um amigo"),
-           received(kAna, kNorte, "200", "o segundo")});
-    const auto before = receivedCheques();
-    auto& form = open<FrmLancasSFundos>();
-    type(form, "txtEmpresa", "Loja Dois");
-    click(form, "CmdBuscar");
-    EXPECT_TRUE(panelShown(form));
-    EXPECT_EQ(focus(), "cmbncheque");
-    type("200");
-    press(Qt::Key_Return);
-    EXPECT_FALSE(panelShown(form));
-    EXPECT_EQ(focus(), "txtcliente");
-    EXPECT_EQ(shown(form), "|Carla Reis|Agrobanco|0042-1|200|03/02/2026|1.234,56|Loja Dois|De um "
-                           "amigo")
-        << "of two with the number the first; the company stays";
-    click(form, "CmdIncluir");
-    EXPECT_THAT(stored(), ElementsAre("1|3|2|0042-1|200|03/02/2026|1234,56|Loja Dois|De um amigo"));
-    EXPECT_EQ(receivedCheques(), before) << "the received cheque is left as it is";
-}
-
-TEST_P(BouncedCheques, ANumberIsComparedAsText) {
-    given("cheques", {received(kBento, kNorte, "0100", "com zero"),
-                      received(kCarla, kAgro, "100", "sem zero")});
-    auto& form = open<FrmLancasSFundos>();
-    copy(form, "100");
-    EXPECT_EQ(text(form, "txtcliente"), "Carla Reis");
-    copy(form, "0100");
-    EXPECT_EQ(text(form, "txtcliente"), "Bento Dias");
-}
-
-TEST_P(BouncedCheques, ACopyTakesThePlaceOfWhatWasTyped) {
-    Row bare = {
-        {"cliente", number(kAna)  },
-        {"banco",   number(kNorte)},
-        {"numero",  words("100")  }
-    };
-    given("cheques", {bare});
-    auto& form = open<FrmLancasSFundos>();
-    fill(form, "Carla", "7", "10");
-    copy(form, "100");
-    EXPECT_EQ(shown(form), "|Ana Costa|Banco Norte||100|" + today() + "|0,00|Loja Dois|");
-}
-
-TEST_P(BouncedCheques, AnUnknownNumberIsToldAndChangesNothing) {
-    given("cheques", {received(kBento, kNorte, "100", "")});
-    auto& form = open<FrmLancasSFundos>();
-    type(form, "txtnumero", "7");
-    const std::string before = shown(form);
-    expectMessage("Mensagem", "Cheque não cadastrado ");
-    copy(form, "101");
-    EXPECT_FALSE(panelShown(form));
-    EXPECT_EQ(focus(), "txtcliente");
-    EXPECT_EQ(shown(form), before);
-}
-
-TEST_P(BouncedCheques, LeavingThePanelEmptyClosesItSilently) {
-    given("cheques", {received(kBento, kNorte, "100", "")});
-    auto& form = open<FrmLancasSFundos>();
-    copy(form, "");
-    EXPECT_FALSE(panelShown(form));
-    EXPECT_EQ(focus(), "txtcliente");
-    EXPECT_EQ(shown(form), newCheque());
-}
-
-TEST_P(BouncedCheques, WithoutAnyReceivedChequeThePanelStays) {
-    auto& form = open<FrmLancasSFundos>();
-    copy(form, "100");
-    EXPECT_TRUE(panelShown(form));
-    EXPECT_EQ(focus(), "CmdNovo");
-    enter(form, "cmbncheque");
-    copy(form, ""); // asked for again it is empty, and then goes
-    EXPECT_FALSE(panelShown(form));
-}
-
-TEST_P(BouncedCheques, ThePanelIsEmptyEachTimeItIsAskedFor) {
-    given("cheques", {received(kBento, kNorte, "100", "")});
-    auto& form = open<FrmLancasSFundos>();
-    copy(form, "100");
-    click(form, "CmdBuscar");
-    EXPECT_EQ(text(form, "cmbncheque"), "");
-}
-
-TEST_P(BouncedCheques, ThePanelIsRefusedForAStoredChequeUntilNew) {
-    given("semfundos", {bounced(kAna, "1", 10)});
-    auto& form = open<FrmLancasSFundos>();
-    click(form, "btnNavegacao", 0);
-    expectMessage("Mensagem", "Clique em novo para copiar dados !", MessageIcon::information);
-    press(Qt::Key_U, Qt::AltModifier);
-    EXPECT_FALSE(panelShown(form));
-    click(form, "CmdNovo");
-    press(Qt::Key_U, Qt::AltModifier);
-    EXPECT_TRUE(panelShown(form));
-    EXPECT_EQ(focus(), "cmbncheque");
-}
-
-// The window of received cheques may have left them restricted to one client.
-TEST_P(BouncedCheques, OnlyTheReceivedChequesAtHandAreSearched) {
-    given("cheques", {received(kBento, kNorte, "100", ""), received(kAna, kNorte, "200", "")});
-    data().rsCheques.setFilter("cliente=2");
-    auto& form = open<FrmLancasSFundos>();
-    expectMessage("Mensagem", "Cheque não cadastrado ");
-    copy(form, "100");
-    copy(form, "200");
-    EXPECT_EQ(text(form, "txtcliente"), "Ana Costa");
-}
-
-TEST_P(BouncedCheques, AnApostropheBreaksTheSearch) {
-    given("cheques", {received(kBento, kNorte, "100", "")});
-    auto& form = open<FrmLancasSFundos>();
-    expectFailure("");
-    copy(form, "1'0");
-}
-
-TEST_P(BouncedCheques, ACopyWhoseClientIsGoneLeavesNoneChosen) {
-    given("cheques", {received(9, kAgro, "100", "")});
-    auto& form = open<FrmLancasSFundos>();
-    type(form, "txtcliente", "Ana");
-    copy(form, "100");
-    EXPECT_EQ(text(form, "txtcliente"), "");
-    EXPECT_EQ(text(form, "txtbanco"), "Agrobanco");
-    expectMessage("Advertência", "É necessário preencher o nome do cliente.");
-    click(form, "CmdIncluir");
 }
 
 // ---- new and delete

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
 #include <regex>
 #include <string>
 #include <vector>
@@ -44,6 +45,25 @@ inline std::vector<std::string> filesIn(const std::filesystem::path& folder) {
         names.push_back(entry.path().filename().string());
     std::ranges::sort(names);
     return names;
+}
+
+/// Those of a new shop.
+inline const std::vector<std::string> kTables = {"bancos", "cheques", "cliente_fornecedor",
+                                                 "semfundos"};
+
+/// A line that is refused: nothing is done, and the reader is led to the help.
+inline void expectUsageError(const std::vector<std::string>& words, const char* reason) {
+    const ProgramResult result = run(words);
+    EXPECT_EQ(result.code, 2);
+    EXPECT_THAT(result.out, testing::IsEmpty());
+    EXPECT_THAT(result.err, testing::HasSubstr(reason));
+    EXPECT_THAT(result.err, FollowsPattern(".*\\. Veja \"valtrino-mdb( [a-z]+)? --help\"\\.\n"));
+}
+
+/// Writes a file and says where.
+inline std::string written(const std::filesystem::path& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+    return path.string();
 }
 
 /// Of files, in one format and the other.

@@ -1,13 +1,12 @@
+// What the technician's program makes, checks, shows and copies.
 #include "tools/Tools.h"
 
 #include "jet/Check.h"
 #include "jet/Disk.h"
-#include "jet/Numbers.h"
 #include "support/FileRules.h"
 #include "tools/Machine.h"
 
 #include <fstream>
-#include <sstream>
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -17,8 +16,6 @@ using testing::Not;
 using testing::StartsWith;
 
 namespace {
-
-const std::vector<std::string> kTables = {"bancos", "cheques", "cliente_fornecedor", "semfundos"};
 
 INSTANTIATE_TEST_SUITE_P(, Tools, testing::Values("--jet3", "--jet4"),
                          [](const testing::TestParamInfo<std::string>& chosen) {
@@ -237,118 +234,6 @@ TEST_P(Tools, DumpAlignsColumnsAndWritesCsvByTheBook) {
               "-12                                                0\n");
 }
 
-TEST(ToolsUsage, HelpNamesEveryCommandAndEachCommandHasItsOwn) {
-    const std::string help = outputOf({"--help"});
-    for (const std::string command : {"create", "sample", "check", "dump", "tables"}) {
-        EXPECT_THAT(help, HasSubstr("\n  " + command + " "));
-        EXPECT_THAT(outputOf({command, "--help"}),
-                    StartsWith("Uso: valtrino-mdb " + command + " ARQUIVO"));
-    }
-    EXPECT_THAT(outputOf({"sample", "-h"}),
-                AllOf(HasSubstr("--cheques N"), HasSubstr("--today AAAA-MM-DD")));
-}
-
-TEST(ToolsUsage, AMistakeInACommandsLineLeadsToThatCommandsHelp) {
-    EXPECT_THAT(run({"dump", "a.mdb"}).err, HasSubstr("Veja \"valtrino-mdb dump --help\"."));
-    EXPECT_THAT(run({"apagar"}).err, HasSubstr("Veja \"valtrino-mdb --help\"."));
-}
-
-TEST(ToolsUsage, TheManualSaysWhatTheHelpSays) {
-    EXPECT_THAT(outputOf({"--version"}), FollowsPattern("valtrino-mdb [0-9.]+\n"));
-    std::string manual = outputOf({"--man"});
-    EXPECT_THAT(manual, AllOf(StartsWith(".TH "), HasSubstr("\n.SH \"ESTADO DE SAÍDA\"\n")));
-    for (std::size_t at = 0; (at = manual.find('\\', at)) != std::string::npos;)
-        manual.erase(at, manual[at + 1] == '&' ? 2 : 1);
-    const std::string completion = outputOf({"--completion"});
-    std::istringstream help(outputOf({"--help"}));
-    std::string line;
-    while (std::getline(help, line) && line != "Comandos:")
-        continue;
-    int commands = 0;
-    for (; std::getline(help, line) && !line.empty(); ++commands) {
-        const std::string name = line.substr(2, line.find(' ', 2) - 2);
-        SCOPED_TRACE(name);
-        EXPECT_THAT(manual, HasSubstr("\n.SS " + name + " "));
-        EXPECT_THAT(completion, HasSubstr("    *:" + name + ") words="));
-        std::istringstream own(outputOf({name, "--help"}));
-        for (std::string words; std::getline(own, words);) {
-            const bool told = manual.find(words) != std::string::npos;
-            EXPECT_TRUE(told || words == "Opções:" || words.starts_with("Uso:") ||
-                        words.starts_with("  "))
-                << words;
-        }
-    }
-    EXPECT_GE(commands, 10);
-}
-
-/// The words of a line, "A" standing for the file's path.
-std::vector<std::string> wordsOf(const char* line, const std::string& path) {
-    std::vector<std::string> words;
-    std::istringstream text(line);
-    for (std::string word; text >> word;)
-        words.push_back(word == "A" ? path : word);
-    return words;
-}
-
-void expectUsageError(const std::vector<std::string>& words, const char* reason) {
-    const ProgramResult result = run(words);
-    EXPECT_EQ(result.code, 2);
-    EXPECT_THAT(result.out, IsEmpty());
-    EXPECT_THAT(result.err, HasSubstr(reason));
-    EXPECT_THAT(result.err, FollowsPattern(".*\\. Veja \"valtrino-mdb( [a-z]+)? --help\"\\.\n"));
-}
-
-TEST(ToolsUsage, AWrongLineIsRefusedWithAReason) {
-    const TemporaryFolder folder;
-    const std::string path = (folder / "novo.mdb").string();
-    const std::pair<const char*, const char*> cases[] = {
-        {"",                                        "Falta o comando."                      },
-        {"apagar A",                                "O comando \"apagar\" não existe."     },
-        {"create",                                  "Falta dizer: ARQUIVO."                 },
-        {"create A B",                              "Não se esperava \"B\"."               },
-        {"create A --csv",                          "não tem a opção \"--csv\""          },
-        {"create A --jet3=sim",                     "não leva valor"                       },
-        {"create A --jet3 --jet3",                  "aparece duas vezes"                    },
-        {"create A --jet3 --jet4",                  "Só um dos formatos"                   },
-        {"sample A --cheques",                      "Falta o valor da opção \"--cheques\""},
-        {"sample A --cheques -1",                   "pede um número inteiro"               },
-        {"sample A --cheques muitos",               "pede um número inteiro"               },
-        {"sample A --cheques 99999999999999999999", "pede um número inteiro"               },
-        {"sample A --clients 0",                    "Cheques pedem ao menos um cliente"     },
-        {"sample A --today 2004-02-30",             "pede uma data"                         },
-        {"sample A --today 30/01/2004",             "pede uma data"                         },
-        {"dump A",                                  "Falta dizer: ARQUIVO TABELA."          },
-    };
-    for (const auto& [line, reason] : cases) {
-        SCOPED_TRACE(line);
-        expectUsageError(wordsOf(line, path), reason);
-        EXPECT_FALSE(std::filesystem::exists(path));
-    }
-    expectUsageError({"create", ""}, "O nome do arquivo está vazio.");
-}
-
-TEST(ToolsUsage, WhatCantBeReadFailsWithASentence) {
-    const TemporaryFolder folder;
-    const std::string missing = (folder / "nada.mdb").string();
-    const std::string text = (folder / "texto.mdb").string();
-    std::ofstream(text) << std::string(5000, 'x');
-    for (const auto& [line, path] : {std::pair("check A", missing), std::pair("tables A", missing),
-                                     std::pair("dump A x", missing), std::pair("tables A", text),
-                                     std::pair("dump A x", text)}) {
-        SCOPED_TRACE(line);
-        const ProgramResult result = run(wordsOf(line, path));
-        EXPECT_EQ(result.code, 1);
-        EXPECT_THAT(result.out, IsEmpty());
-        EXPECT_THAT(result.err, FollowsPattern("valtrino-mdb: .*\\.\n"));
-    }
-    EXPECT_EQ(run({"check", text}).code, 1);
-
-    outputOf({"create", (folder / "loja.mdb").string()});
-    EXPECT_THAT(run({"dump", (folder / "loja.mdb").string(), "nada"}).err,
-                HasSubstr("não tem a tabela \"nada\""));
-    EXPECT_EQ(run({"create", (folder / "pasta/que/falta.mdb").string()}).code, 1);
-}
-
 TEST_P(Tools, CompactMakesTheSameDatabaseSmaller) {
     const std::string path = sample();
     {
@@ -449,199 +334,6 @@ TEST_P(Tools, WhatCopiesAFileKeepsItsHistory) {
     }
 }
 
-// ---- whole tables, in and out
-
-/// Writes a file and says where.
-std::string written(const std::filesystem::path& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-    return path.string();
-}
-
-TEST_P(Tools, WhatIsExportedIsImportedAsItWas) {
-    const std::string path = sample();
-    outputOf({"create", file("tudo.mdb"), GetParam()});
-    {
-        jet::Database database(file("tudo.mdb"));
-        using enum jet::ColumnType;
-        const bool jet4 = GetParam() == "--jet4"; // decimal numbers are of that format
-        // clang-format off
-        jet::Table& table = database.createTable({
-            "Tudo",
-            {{"sim", boolean}, {"b", byte}, {"i", integer}, {"n", longInteger}, {"valor", currency},
-             {"s", single}, {"r", real}, {"quando", date}, {"bytes", binary, 8},
-             {"texto", text, 100}, {"longo", memo}, {"id", guid},
-             {"dec", jet4 ? numeric : real, 0, false, 18, 3}},
-            {}});
-        using jet::Value;
-        table.insert(jet::Row{true, std::int64_t{255}, std::int64_t{-32768}, std::int64_t{-1},
-                              jet::Currency{-1}, 0.5, -1.25e300,
-                              jet::Date::of({1899, 12, 29, 6, 7, 8}),
-                              jet::Bytes{std::byte{0}, std::byte{0xFF}},
-                              std::string("a, \"b\"\r\nç"), std::string(9000, 'm'),
-                              jet::Guid::random(),
-                              jet4 ? Value(*jet::numericFrom(true, "12345", 3)) : Value(-12.345)});
-        // clang-format on
-        table.insert(jet::Row{false, Value(), Value(), Value(), Value(), Value(), Value(), Value(),
-                              Value(), std::string(), Value(), Value(), Value()});
-    }
-    const std::filesystem::path out = folder() / "saida";
-    std::filesystem::create_directory(out);
-    EXPECT_THAT(outputOf({"export", file("tudo.mdb"), out.string()}),
-                HasSubstr("Tudo: 2 registros em " + (out / "Tudo.csv").string() + "\n"));
-    std::filesystem::remove(out / "bancos.csv");
-    for (const char* table : {"cheques", "cliente_fornecedor", "semfundos"})
-        std::filesystem::remove(out / (std::string(table) + ".csv"));
-    const Records all = dumped(file("tudo.mdb"), "Tudo");
-    const std::string twice =
-        outputOf({"import", file("tudo.mdb"), "Tudo", (out / "Tudo.csv").string()});
-    EXPECT_EQ(twice, "2 registros gravados na tabela \"Tudo\", 0 recusados.\n");
-    Records expected = all;
-    expected.insert(expected.end(), all.begin() + 1, all.end());
-    EXPECT_EQ(dumped(file("tudo.mdb"), "Tudo"), expected);
-    EXPECT_THAT(outputOf({"check", file("tudo.mdb")}), HasSubstr("Nenhum problema."));
-
-    outputOf({"export", path, out.string()});
-    outputOf({"create", file("nova.mdb"), GetParam()});
-    for (const std::string& table : kTables) {
-        outputOf({"import", file("nova.mdb"), table, (out / (table + ".csv")).string()});
-        EXPECT_EQ(dumped(file("nova.mdb"), table), dumped(path, table)) << table;
-    }
-    EXPECT_THAT(filesIn(out), ElementsAre("Tudo.csv", "bancos.csv", "cheques.csv",
-                                          "cliente_fornecedor.csv", "semfundos.csv"));
-}
-
-TEST_P(Tools, ATableOfOneFieldComesBackWithItsNulls) {
-    using enum jet::ColumnType;
-    for (const char* name : {"uma.mdb", "outra.mdb"}) {
-        outputOf({"create", file(name), GetParam()});
-        jet::Database(file(name)).createTable({"Nota", {{"texto", text, 20}}, {}});
-    }
-    {
-        jet::Database database(file("uma.mdb"));
-        jet::Table& notes = database.table("Nota");
-        for (const jet::Value& value :
-             {jet::Value(), jet::Value("a"), jet::Value(), jet::Value(""), jet::Value()})
-            notes.insert(jet::Row{value});
-    }
-    const std::filesystem::path out = folder() / "saida";
-    std::filesystem::create_directory(out);
-    outputOf({"export", file("uma.mdb"), out.string()});
-    EXPECT_EQ(outputOf({"import", file("outra.mdb"), "Nota", (out / "Nota.csv").string()}),
-              "5 registros gravados na tabela \"Nota\", 0 recusados.\n");
-    const std::string all = "[\n{\"texto\": null},\n{\"texto\": \"a\"},\n{\"texto\": null},\n"
-                            "{\"texto\": \"\"},\n{\"texto\": null}\n]\n";
-    EXPECT_EQ(outputOf({"dump", file("uma.mdb"), "Nota", "--json"}), all);
-    EXPECT_EQ(outputOf({"dump", file("outra.mdb"), "Nota", "--json"}), all);
-}
-
-TEST_P(Tools, ExportReplacesNothingAndLeavesNothingHalfDone) {
-    const std::string path = sample({"--cheques", "5"});
-    const std::filesystem::path out = folder() / "saida";
-    std::filesystem::create_directory(out);
-    written(out / "semfundos.csv", "meu"); // the last one
-    const ProgramResult result = run({"export", path, out.string()});
-    EXPECT_EQ(result.code, 1);
-    EXPECT_THAT(result.err, HasSubstr((out / "semfundos.csv").string() + "\" já existe"));
-    EXPECT_THAT(filesIn(out), ElementsAre("semfundos.csv"));
-    EXPECT_THAT(run({"export", path, file("nada")}).err,
-                HasSubstr("A pasta \"" + file("nada") + "\" não existe."));
-}
-
-TEST_P(Tools, ImportSaysWhichRowsAreRefusedAndKeepsNone) {
-    outputOf({"create", file(), GetParam()});
-    const std::string csv = written(folder() / "bancos.csv", "\xEF\xBB\xBFNome,cod_banco,codigo\n"
-                                                             "Banco Um,1,\n"
-                                                             "Banco Dois,dois,\n"
-                                                             "\"Banco\nTrês\",3,7\n"
-                                                             "Banco Sete,7,7\n"
-                                                             "sobra,1,2,3\n"
-                                                             "\"" +
-                                                                 std::string(60, 'x') +
-                                                                 "\",8,\n"
-                                                                 "\xFF,9,\n");
-    ProgramResult result = run({"import", file(), "bancos", csv});
-    EXPECT_EQ(result.code, 1);
-    EXPECT_THAT(result.out,
-                AllOf(StartsWith("linha 3: o campo \"cod_banco\" não pode ter \"dois\".\n"
-                                 "linha 6: Já existe um registro com o mesmo valor em \"codigo\".\n"
-                                 "linha 7: tem 4 campos, e a primeira linha tem 3.\n"
-                                 "linha 8: "),
-                      HasSubstr("\nlinha 9: o campo \"nome\" não está em UTF-8.\n"),
-                      HasSubstr("\nNada foi gravado: 5 de 7 registros não são aceitos.\n")));
-    EXPECT_EQ(dumped(file(), "bancos").size(), 1U);
-
-    result = run({"import", file(), "bancos", csv, "--skip"});
-    EXPECT_EQ(result.code, 3);
-    EXPECT_THAT(result.out, HasSubstr("2 registros gravados na tabela \"bancos\", 5 recusados.\n"));
-    EXPECT_THAT(dumped(file(), "bancos"), ElementsAre(testing::_, ElementsAre("1", "1", "Banco Um"),
-                                                      ElementsAre("7", "3", "Banco\nTrês")));
-}
-
-TEST_P(Tools, ImportObeysTheFilesRules) {
-    const std::string path = sample({"--cheques", "0"});
-    {
-        jet::Database database(path);
-        setRules(database, "cheques",
-                 {
-                     {.column = "valor", .rule = ">0"}
-        });
-    }
-    const std::string csv = written(folder() / "c.csv", "numero,valor\n1,10.5\n2,-1\n");
-    const ProgramResult result = run({"import", path, "cheques", csv});
-    EXPECT_EQ(result.code, 1);
-    EXPECT_THAT(result.out, StartsWith("linha 3: "));
-    EXPECT_EQ(dumped(path, "cheques").size(), 1U);
-}
-
-TEST_P(Tools, ImportRefusesWhatIsNoCsvOfTheTable) {
-    outputOf({"create", file(), GetParam()});
-    // clang-format off
-    const std::pair<std::string, const char*> cases[] = {
-        {"",                              "está vazio"                              },
-        {"nome,apelido\nx,y\n",           "não tem o campo \"apelido\""           },
-        {"nome,NOME\nx,y\n",              "está duas vezes"                         },
-        {"nome\n\"aberto\n",              "falta a aspa que fecha"                  },
-        {"nome\nx\"y\n",                  "Linha 2: há uma aspa no meio"            },
-        {"nome\n\"x\"y\n",                "só pode vir uma vírgula"                },
-        {std::string("\xFF\xFE\0n", 4),   "A primeira linha não tem nomes de campos"},
-    };
-    // clang-format on
-    for (const auto& [text, reason] : cases) {
-        const ProgramResult result =
-            run({"import", file(), "bancos", written(folder() / "x.csv", text)});
-        EXPECT_EQ(result.code, 1) << text;
-        EXPECT_THAT(result.err, HasSubstr(reason));
-        EXPECT_EQ(dumped(file(), "bancos").size(), 1U) << text;
-    }
-}
-
-// ---- for other programs, and about the file
-
-TEST_P(Tools, JsonSaysWhatTheTextSays) {
-    outputOf({"create", file(), GetParam()});
-    EXPECT_EQ(outputOf({"dump", file(), "bancos", "--json"}), "[\n]\n");
-    const std::string csv =
-        written(folder() / "b.csv", "cod_banco,nome\n1,\"a \"\"b\"\" \\\n\tç\"\n,\n");
-    outputOf({"import", file(), "bancos", csv});
-    EXPECT_EQ(
-        outputOf({"dump", file(), "bancos", "--json"}),
-        "[\n{\"codigo\": 1, \"cod_banco\": 1, \"nome\": \"a \\\"b\\\" \\\\\\u000a\\u0009ç\"},\n"
-        "{\"codigo\": 2, \"cod_banco\": null, \"nome\": null}\n]\n");
-    EXPECT_THAT(outputOf({"tables", file(), "--json"}),
-                StartsWith("[\n{\"tabela\": \"bancos\", \"registros\": 2, \"campos\": 3, "
-                           "\"so_para_consulta\": null},\n{\"tabela\": \"cheques\""));
-    EXPECT_THAT(
-        outputOf({"check", file(), "--json"}),
-        AllOf(StartsWith("{\"conclusao\": \"Nenhum problema.\", \"regras_conferidas\": true, "),
-              HasSubstr("\"tabelas\": 8, "), testing::EndsWith("\"achados\": []}\n")));
-    std::ofstream(file() + "-journal", std::ios::binary) << "JETUNDO2";
-    const ProgramResult warned = run({"check", file(), "--json"});
-    EXPECT_EQ(warned.code, 3);
-    EXPECT_THAT(warned.out,
-                HasSubstr("\"achados\": [\n{\"tipo\": \"aviso\", \"pagina\": 0, \"frase\": \""));
-    expectUsageError({"dump", file(), "bancos", "--json", "--csv"}, "Só uma das formas");
-}
-
 TEST_P(Tools, InfoSaysWhatTheFileIsAndWhoIsInIt) {
     const std::string path = sample();
     const std::uint64_t size = std::filesystem::file_size(path);
@@ -659,31 +351,6 @@ TEST_P(Tools, InfoSaysWhatTheFileIsAndWhoIsInIt) {
     EXPECT_THAT(outputOf({"info", path}),
                 AllOf(HasSubstr("Aberto por:   " + machineName().substr(0, 31) + "\n"),
                       HasSubstr(copy.string() + "\n")));
-}
-
-TEST(ToolsUsage, ErrorsNameTheFilesThatWereGiven) {
-    const TemporaryFolder folder;
-    const std::string path = (folder / "a.mdb").string();
-    const std::string nowhere = (folder / "nada").string();
-    outputOf({"sample", path});
-    const std::string noFolder = "A pasta \"" + nowhere + "\" não existe.";
-    const std::string isFolder = "é uma pasta";
-    // clang-format off
-    const std::pair<std::vector<std::string>, std::string> cases[] = {
-        {{"check", folder.path().string()},                               isFolder},
-        {{"restore", folder.path().string(), path},                       isFolder},
-        {{"create", nowhere + "/b.mdb"},                                  noFolder},
-        {{"compact", path, nowhere + "/b.mdb"},                           noFolder},
-        {{"move", path, nowhere},                                         noFolder},
-        {{"create", (folder.path() / (std::string(250, 'x') + ".mdb")).string()}, "o nome é longo demais"},
-    };
-    // clang-format on
-    for (const auto& [words, reason] : cases) {
-        const ProgramResult result = run(words);
-        EXPECT_EQ(result.code, 1) << words[0];
-        EXPECT_THAT(result.err, AllOf(HasSubstr(reason), Not(HasSubstr("parcial"))));
-    }
-    EXPECT_THAT(filesIn(folder.path()), ElementsAre("a.mdb"));
 }
 
 TEST_P(Tools, CreateLeavesTheFilesOfOthersAlone) {

@@ -20,7 +20,7 @@ using enum jet::ColumnType;
 
 namespace {
 
-constexpr std::size_t kRows = 400;
+constexpr std::size_t kRowsBefore = 400;
 
 class Extending : public testing::TestWithParam<Version> {
 protected:
@@ -46,7 +46,7 @@ protected:
         for (const char* name : {"Ana", "Bia"})
             database.table("clientes").insert(Row{Value(), std::string(name)});
         Table& cheques = database.table("cheques");
-        for (std::size_t i = 0; i < kRows; ++i)
+        for (std::size_t i = 0; i < kRowsBefore; ++i)
             cheques.insert(Row{Value(), std::int64_t(1 + i % 2), std::to_string(i), i % 3 == 0,
                                std::string(i % 50 == 0 ? 9000 : i % 40, 'x')});
     }
@@ -110,7 +110,7 @@ TEST_P(Extending, RowsThatAreThereStayAndTakeTheNewColumns) {
             row.resize(row.size() + more.columns.size() - 1);
         }
         EXPECT_EQ(rowsOf(table), before);
-        EXPECT_EQ(table.rowCount(), std::int64_t{kRows});
+        EXPECT_EQ(table.rowCount(), std::int64_t{kRowsBefore});
     }
     expectSound();
     {
@@ -131,7 +131,7 @@ TEST_P(Extending, RowsThatAreThereStayAndTakeTheNewColumns) {
         Row added{Value(), std::int64_t{2}, std::string("novo"), true, Value()};
         added.insert(added.end(), filled.begin(), filled.end());
         table.insert(added);
-        added[0] = std::int64_t{kRows + 1}; // counted on
+        added[0] = std::int64_t{kRowsBefore + 1}; // counted on
         before.push_back(added);
         EXPECT_THAT(rowsOf(table), testing::UnorderedElementsAreArray(before));
     }
@@ -288,7 +288,7 @@ TEST_P(Extending, WhoHasTheTableOpenIsTold) {
         each->table("cheques").insert(Row(6));
         each->flush();
     }
-    EXPECT_EQ(database.table("cheques").rowCount(), std::int64_t{kRows + 2});
+    EXPECT_EQ(database.table("cheques").rowCount(), std::int64_t{kRowsBefore + 2});
 }
 
 // Files of other programs: deleted columns, text in fixed columns, definitions over several pages.
