@@ -4,6 +4,7 @@
 #include "jet/Names.h"
 #include "jet/database/Catalog.h"
 #include "jet/database/DatabasePager.h"
+#include "jet/row/RelationshipPairs.h"
 #include "jet/rule/Operators.h"
 
 #include <algorithm>
@@ -55,14 +56,13 @@ std::map<std::string, std::vector<ColumnPair>> pairsOf(Database& database, const
 /// Nothing if a table or column isn't there.
 std::optional<Relationship> declared(Database& database, const std::string& name,
                                      std::vector<ColumnPair>& pairs, PageNo source) {
-    std::sort(pairs.begin(), pairs.end(),
-              [](const ColumnPair& a, const ColumnPair& b) { return a.place < b.place; });
-    for (std::size_t i = 0; i < pairs.size(); ++i)
-        if (pairs[i].place != static_cast<std::int64_t>(i) ||
-            pairs[i].count != static_cast<std::int64_t>(pairs.size()) ||
-            foldedName(pairs[i].childTable) != foldedName(pairs[0].childTable) ||
-            foldedName(pairs[i].parentTable) != foldedName(pairs[0].parentTable))
-            corrupt(source, "a relação \"" + name + "\" não está completa");
+    RelationshipPairs told;
+    for (const ColumnPair& pair : pairs)
+        told.add({foldedName(pair.childTable), foldedName(pair.parentTable)}, pair.count,
+                 pair.place);
+    if (!told.whole())
+        corrupt(source, "a relação \"" + name + "\" não está completa");
+    std::ranges::sort(pairs, {}, &ColumnPair::place);
     const ColumnPair& first = pairs.front();
     if (!database.hasTable(first.parentTable) || !database.hasTable(first.childTable))
         return std::nullopt;
@@ -100,8 +100,7 @@ std::optional<Relationship> ofBlock(const Table& table, const LogicalIndex& inde
     const auto& partners = other.definition().logicalIndexes;
     const auto partner =
         std::find_if(partners.begin(), partners.end(), [&](const LogicalIndex& candidate) {
-            return candidate.kind == LogicalIndex::Kind::relationship &&
-                   candidate.number == index.partner && candidate.side != index.side;
+            return arePartners(table.definition(), index, candidate);
         });
     if (partner == partners.end())
         return std::nullopt;

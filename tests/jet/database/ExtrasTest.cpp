@@ -4,6 +4,8 @@
 #include "jet/Check.h"
 #include "jet/Rules.h"
 #include "jet/SampleFiles.h"
+#include "jet/database/Relationships.h"
+#include "jet/page/Format.h"
 #include "support/FileRules.h"
 #include "support/MdbTools.h"
 #include "support/Versions.h"
@@ -11,6 +13,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <fstream>
 
 using namespace jet;
 
@@ -156,6 +159,52 @@ TEST_P(ExtrasInFiles, ARelationshipIsToldByIndexesToo) {
     // The one whose name an index had took that index; the others got one of their own.
     EXPECT_EQ(database.table("cheques").indexes().size(), 3U);
     EXPECT_EQ(database.table("bancos").indexes().size(), 3U);
+}
+
+/// Gives a logical index of a closed file's table, whose definition is one page, another real one.
+void changeRealIndex(const std::filesystem::path& path, const TableDefinition& table,
+                     const LogicalIndex& index, std::size_t real) {
+    const Format& format = formatOf(table.isJet3 ? Version::jet3 : Version::jet4);
+    const LogicalIndexLayout& layout = format.logicalIndex;
+    std::vector<std::byte> page(format.pageSize);
+    const auto begin = static_cast<std::streamoff>(number(table.page()) * format.pageSize);
+    std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+    file.seekg(begin);
+    file.read(reinterpret_cast<char*>(page.data()), static_cast<std::streamsize>(page.size()));
+    for (std::size_t at = 0; at + layout.size <= page.size(); ++at) {
+        std::byte* const block = &page[at];
+        if (load(block, layout.number) != index.number ||
+            load(block, layout.realIndex) != index.realIndex ||
+            load(block, layout.partner) != index.partner ||
+            load(block, layout.otherTable) != index.partnerTable)
+            continue;
+        store(block, layout.realIndex, static_cast<std::uint32_t>(real));
+        file.seekp(begin);
+        file.write(reinterpret_cast<const char*>(page.data()),
+                   static_cast<std::streamsize>(page.size()));
+        return;
+    }
+    ADD_FAILURE() << "the index isn't in the definition";
+}
+
+TEST_P(ExtrasInFiles, ARelationshipWhoseIndexHasTooFewColumnsIsToldByTheRowsAlone) {
+    const auto path = made("laços.mdb", GetParam());
+    TableDefinition children;
+    {
+        Database database(path);
+        relate(database, kRelationships[1]);
+        children = database.table("cheques").definition();
+    }
+    const auto named = [&](const char* name) -> const LogicalIndex& {
+        return *std::ranges::find(children.logicalIndexes, name, &LogicalIndex::name);
+    };
+    changeRealIndex(path, children, named("da conta"), named("do banco").realIndex);
+    Database database(path);
+    EXPECT_EQ(relationshipsOf(database, database.table("cheques")).size(), 1U);
+    Table& rows = database.table("MSysRelationships");
+    for (RowCursor row = rows.scan(); row.first();)
+        rows.erase(row.id());
+    EXPECT_THAT(relationshipsOf(database, database.table("cheques")), IsEmpty());
 }
 
 TEST_P(ExtrasInFiles, ARelationshipIsKeptFromThenOn) {
