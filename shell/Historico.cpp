@@ -37,7 +37,7 @@ bool temEstrutura(const ado::TableShape& tabela) {
 }
 
 /// Whether the shop's work can go on where that keeps its history from being kept. What the disk or
-/// another station refuse, they will refuse the work as well.
+/// another station refuse, they will refuse the work as well; see semParar() for `full`.
 bool soDoHistorico(Errc causa) {
     switch (causa) {
     case Errc::io:
@@ -83,7 +83,10 @@ bool Historico::semParar(Trabalho&& trabalho) {
         trabalho();
         return true;
     } catch (const jet::Error& erro) {
-        if (!soDoHistorico(erro.code()) || base_.store().readOnlyReason())
+        // Before anything is written a file has no room only when it is as large as its format
+        // allows. Deleting old cheques is the way out of that, and they need none.
+        const bool cheio = erro.code() == Errc::full && base_.store().file();
+        if ((!cheio && !soDoHistorico(erro.code())) || base_.store().readOnlyReason())
             throw;
         impedimento_ = QString("O histórico não está sendo gravado: %1").arg(erro.what());
         if (avisar_)
@@ -108,13 +111,26 @@ bool Historico::keeps(const ado::TableShape& table, bool isNew) {
                           (desfazendo() && nome != jet::foldedName(kTabela));
     if (!guardada || !impedimento_.isEmpty() || base_.store().hasTable(kDesligado))
         return false;
-    return semParar([this] { preparar(); });
+    return pronto();
+}
+
+/// Whether there is a table to record in. That the disk doesn't take a new one is no hindrance of
+/// the history's alone.
+bool Historico::pronto() {
+    std::optional<ado::Transaction> propria;
+    if (!base_.store().hasTable(kTabela) && !base_.inTransaction())
+        propria.emplace(base_);
+    if (!semParar([this] { preparar(); }))
+        return false;
+    if (propria)
+        propria->commit();
+    return true;
 }
 
 void Historico::comecar() {
     ado::Store& base = base_.store();
     if (impedimento_.isEmpty() && !base.hasTable(kDesligado) && !base.readOnlyReason())
-        semParar([this] { preparar(); });
+        pronto();
 }
 
 /// The table, and the recordset on it. Another station may have made it meanwhile, and a
@@ -122,14 +138,9 @@ void Historico::comecar() {
 void Historico::preparar() {
     ado::Store& base = base_.store();
     if (!base.hasTable(kTabela)) {
-        std::optional<ado::Transaction> propria;
-        if (!base_.inTransaction())
-            propria.emplace(base_);
         base.claim();
         if (!base.hasTable(kTabela))
             base.createTable(shop::history());
-        if (propria)
-            propria->commit();
     }
     const ado::TableShape tabela = base.shape(kTabela);
     if (tabela_ != tabela.identity() || rs_.State() == ado::State::Closed) {

@@ -89,6 +89,7 @@ public:
     void changed(std::span<const Change> rows) override;
 
 private:
+    bool pronto();
     void preparar();
     /// Begins a record, whoever made it and when in it.
     void abrirRegistro(std::int32_t grupo, const char* operacao);

@@ -1,8 +1,7 @@
 // The largest file that a format allows: what doesn't fit any more is refused as a whole.
 #include "jet/Check.h"
-#include "jet/database/DatabasePager.h"
-#include "jet/page/DataPage.h"
-#include "jet/page/MapLayout.h"
+#include "jet/Database.h"
+#include "jet/FullFile.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
 
@@ -21,17 +20,12 @@ class LargestFile : public testing::TestWithParam<Version> {
 protected:
     LargestFile() : path_(folder_ / "loja.mdb") {
         Database::create(path_, GetParam());
-        std::uint64_t size = 0;
-        {
-            Database file(path_);
-            file.createTable({
-                "cheques",
-                {{"lancamento", ColumnType::longInteger, 0, true}, {"obs", ColumnType::text, 200}},
-                {{"PrimaryKey", {{"lancamento"}}, true},           {"obs", {{"obs"}}}            }
-            });
-            size = useUp(file);
-        }
-        std::filesystem::resize_file(path_, size); // with a hole, where the system has such
+        Database(path_).createTable({
+            "cheques",
+            {{"lancamento", ColumnType::longInteger, 0, true}, {"obs", ColumnType::text, 200}},
+            {{"PrimaryKey", {{"lancamento"}}, true},           {"obs", {{"obs"}}}            }
+        });
+        leaveRoom(path_, kRoom);
     }
 
     Table& table(Database& file) { return file.table("cheques"); }
@@ -51,33 +45,6 @@ protected:
     }
     TemporaryFolder folder_;
     std::filesystem::path path_;
-
-private:
-    /// Puts all pages but the last into use, up to the largest size: that of the file, in bytes, of
-    /// which the last pages aren't there yet.
-    static std::uint64_t useUp(Database& file) {
-        Pager& pager = DatabasePager::of(file);
-        const Format& format = pager.format();
-        const auto bits = static_cast<std::uint32_t>(MapPageLayout::bits(format));
-        const auto most = static_cast<std::uint32_t>(format.largestFile / format.pageSize);
-        DatabaseTransaction open(file);
-        file.claim();
-        const UsageMap free(pager, kFreePagesMap, UsageMap::Kind::global);
-        for (std::uint32_t page = most - kRoom - 1; page > pager.pageCount();
-             page -= std::min(page, bits))
-            PageAllocator(pager).remove(free, static_cast<PageNo>(page)); // makes its part
-        std::vector<PageNo> parts;
-        const PageRef holder = pager.read(kFreePagesMap.page);
-        const auto row =
-            DataPage(format, holder.bytes(), kFreePagesMap.page).slot(kFreePagesMap.slot);
-        for (std::size_t part = 0; part < MapRowLayout::referencesIn(row.bytes.size()); ++part)
-            parts.push_back(load(row.bytes.data(), MapRowLayout::reference(part)));
-        for (std::uint32_t page = pager.pageCount(); page < most - kRoom; ++page)
-            setBit(pager.change(parts[page / bits]).subspan(MapPageLayout::bitmap), page % bits,
-                   false);
-        open.commit();
-        return (most - kRoom) * std::uint64_t{format.pageSize};
-    }
 };
 
 INSTANTIATE_TEST_SUITE_P(, LargestFile, bothVersions(), versionName);
