@@ -34,7 +34,7 @@ public:
     [[nodiscard]] const std::vector<std::int64_t>& told(const std::string& kind) {
         return told_[kind];
     }
-    /// How long each kind of work took.
+    /// How long each kind of work took, with all its tries, and one of them.
     void print();
 
 private:
