@@ -29,9 +29,9 @@ public:
     void setFilter(const std::string& condition) override;
     void setSort(const std::string& fields) override;
     void reload() final;
-    /// Who else has written isn't told by name.
-    [[nodiscard]] std::vector<std::string> writersSince(std::uint64_t /*moment*/) const override {
-        return {};
+    [[nodiscard]] std::vector<std::string> writersSince(std::uint64_t moment) const override {
+        return updatable() ? session_.writersSince(query_.keyed()->name, moment)
+                           : std::vector<std::string>();
     }
 
 protected:

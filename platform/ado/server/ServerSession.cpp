@@ -16,6 +16,9 @@ namespace {
 /// The payload that says that the tables themselves are others.
 constexpr std::string_view kTablesChanged = "*";
 
+/// What is remembered of who has changed anything.
+constexpr std::size_t kMostWritings = 1000;
+
 } // namespace
 
 jet::Row rowOf(const ServerTable& table, const ServerRow& row) {
@@ -50,15 +53,21 @@ void ServerSession::createTable(const jet::TableSpec& spec) {
     changeAnywhere(&Moment::own);
 }
 
-void ServerSession::hear(std::string_view payload, bool own) {
+void ServerSession::hear(std::string_view payload, int other) {
+    const bool own = other == 0;
     if (payload == kTablesChanged) {
         catalogIsOld_ = true;
         return;
     }
     const std::size_t colon = payload.rfind(':');
     const std::string table(payload.substr(0, colon));
-    if (!own)
-        ++moment_.others;
+    if (!own) {
+        writings_.push_back({++moment_.others, table, other});
+        if (writings_.size() > kMostWritings) {
+            writingsFrom_ = writings_.front().moment;
+            writings_.pop_front();
+        }
+    }
     if (!own || !changed_.contains(table)) // what follows from a change here is told as well
         ++inTable_[table].others;
     std::uint32_t block = 0;
@@ -69,10 +78,12 @@ void ServerSession::hear(std::string_view payload, bool own) {
 }
 
 ServerSession::Moment ServerSession::now() {
-    wire_.listen([this](std::string_view payload, bool own) { hear(payload, own); });
+    wire_.listen([this](std::string_view payload, int other) { hear(payload, other); });
     if (std::exchange(lines_, wire_.lines()) != lines_) {
         catalogIsOld_ = true;
         changeAnywhere(&Moment::others);
+        writings_.clear(); // some haven't been told
+        writingsFrom_ = moment_.others;
         for (NewsListener* const listener : listeners_)
             listener->miss();
     }
@@ -84,6 +95,29 @@ ServerSession::Moment ServerSession::now(const ServerTable& table) {
     const auto inIt = inTable_.find(table.name);
     const Moment it = inIt != inTable_.end() ? inIt->second : Moment{0, 0};
     return {anywhere_.own + it.own, anywhere_.others + it.others};
+}
+
+std::vector<std::string> ServerSession::writersSince(const std::string& table,
+                                                     std::uint64_t moment) {
+    std::string lines;
+    for (const Writing& writing : writings_)
+        if (writing.moment > moment && writing.table == table)
+            lines.append(lines.empty() ? "" : ",").append(std::to_string(writing.by));
+    if (lines.empty() || moment < writingsFrom_)
+        return {};
+    const ServerRows found =
+        wire_.run("select distinct a.usename, a.usename operator(pg_catalog.<>) session_user from "
+                  "unnest('{" +
+                  lines +
+                  "}'::int[]) line left join pg_catalog.pg_stat_activity a on a.pid = line "
+                  "order by 1");
+    std::vector<std::string> names;
+    for (int row = 0; row < found.rows(); ++row) {
+        if (found.field(row, 1) != "t")
+            return {};
+        names.push_back(found.field(row, 0).value_or(""));
+    }
+    return names;
 }
 
 void ServerSession::changeAnywhere(std::uint64_t Moment::*whose) {

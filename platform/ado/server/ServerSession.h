@@ -5,10 +5,12 @@
 #include "ado/server/ServerCascades.h"
 #include "jet/TableSpec.h"
 
+#include <deque>
 #include <functional>
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace ado {
 
@@ -47,6 +49,11 @@ public:
     /// The same of one table alone.
     [[nodiscard]] Moment now(const ServerTable& table);
 
+    /// By what names those go on the server who have changed anything in a table since a moment of
+    /// others; none if one of them can't be told, or goes by the same name as whoever asks.
+    [[nodiscard]] std::vector<std::string> writersSince(const std::string& table,
+                                                        std::uint64_t moment);
+
     /// One change of one row. `before` is the row as it was, null for a new one; `change` makes the
     /// change and gives the row as it is then, nothing for one erased.
     using Change = std::function<std::optional<ServerRow>()>;
@@ -81,7 +88,7 @@ private:
                 const Change& change);
     [[nodiscard]] std::set<const ServerTable*> keptAlong(const ServerTable& table);
     void record(bool wasThere, const FollowedRow& row, const std::vector<FollowedRow>& followed);
-    void hear(std::string_view payload, bool own);
+    void hear(std::string_view payload, int other);
     void forget();
     void changeAnywhere(std::uint64_t Moment::*whose);
 
@@ -92,7 +99,14 @@ private:
     Moment moment_;
     Moment anywhere_;                       ///< the part of it that may be in any table
     std::map<std::string, Moment> inTable_; ///< and in one, by its name
-    std::set<std::string> changed_;         ///< tables, here, in the last transaction
+    struct Writing {
+        std::uint64_t moment;
+        std::string table;
+        int by; ///< the server's number of the line
+    };
+    std::deque<Writing> writings_;   ///< by others, the last ones
+    std::uint64_t writingsFrom_ = 0; ///< the moment after which all of them are there
+    std::set<std::string> changed_;  ///< tables, here, in the last transaction
     std::vector<NewsListener*> listeners_;
     std::uint64_t lines_ = 1; ///< of the wire, as far as their news are heard
     std::uint64_t written_ = 0;

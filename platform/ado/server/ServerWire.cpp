@@ -551,7 +551,7 @@ bool ServerWire::isReadOnly() const {
     return isUp() && (isStandby(line_.get()) || isOn(line_.get(), "default_transaction_read_only"));
 }
 
-void ServerWire::listen(const std::function<void(std::string_view payload, bool own)>& heard) {
+void ServerWire::listen(const std::function<void(std::string_view payload, int other)>& heard) {
     const bool since = listened_ != std::chrono::steady_clock::time_point{};
     if (since && (begun_ || reading_))
         return; // in the middle of a transaction a server tells none
@@ -566,7 +566,7 @@ void ServerWire::listen(const std::function<void(std::string_view payload, bool 
         void operator()(PGnotify* notice) const { PQfreemem(notice); }
     };
     while (const auto notice = std::unique_ptr<PGnotify, Freer>(PQnotifies(line_.get())))
-        heard(notice->extra, notice->be_pid == PQbackendPID(line_.get()));
+        heard(notice->extra, notice->be_pid == PQbackendPID(line_.get()) ? 0 : notice->be_pid);
     if (listening_ || open_ || reading_ || isStandby(line_.get()))
         return;
     listening_ = true; // it has taken over from the one it copied

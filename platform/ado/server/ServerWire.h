@@ -141,8 +141,8 @@ public:
     void lookAfter();
 
     /// Takes in what the server has told meanwhile, without asking it: `heard` is called for each
-    /// notification.
-    void listen(const std::function<void(std::string_view payload, bool own)>& heard);
+    /// notification, with the server's number of whose line it comes from, 0 for this one.
+    void listen(const std::function<void(std::string_view payload, int other)>& heard);
     /// Whether it is told of changes at all: by a standby nobody is.
     [[nodiscard]] bool isTold() const noexcept { return listening_; }
     /// How many lines there have been so far: with each one what was told meanwhile is missed.

@@ -9,6 +9,9 @@
 
 #include <gmock/gmock.h>
 
+#include <thread>
+#include <utility>
+
 namespace {
 
 using jet::Errc;
@@ -121,6 +124,40 @@ TEST_F(RolesTest, NobodyHoldsTheServerUpForever) {
 TEST_F(RolesTest, RolesThatAreThereServeASecondShop) {
     const std::string other = Cluster::instance(shopTables()).newDatabase();
     EXPECT_NO_THROW(ado::createShopOnServer(other, shopTables(), {"dono da loja", "atendentes"}));
+}
+
+TEST_F(RolesTest, WhoWasFasterIsNamedUnlessItIsOnesOwnName) {
+    const auto ofBank = [](ado::Connection& connection, ado::Recordset& bank) -> ado::Recordset& {
+        bank.Open("select * from bancos where codigo=1", connection);
+        return bank;
+    };
+    ado::Connection maria;
+    maria.Open("Data Source=" + ado::quotedValue(as("maria")));
+    ado::Recordset banks;
+    banks.Open("bancos", maria);
+    banks.AddNew();
+    banks["nome"] = "Sul";
+    banks.Update();
+    for (const auto& [who, by] : {std::pair("joana", "alterado por joana depois"),
+                                  std::pair("maria", "alterado por outra janela ou por outro")}) {
+        ado::Recordset hers;
+        const ado::Shown shown = ofBank(maria, hers).shown();
+        const std::uint64_t heard = maria.store().generation();
+        ado::Connection other;
+        other.Open("Data Source=" + ado::quotedValue(as(who)));
+        ado::Recordset bank;
+        ofBank(other, bank)["nome"] = std::string("De ") + who;
+        bank.Update();
+        while (maria.store().generation() == heard)
+            std::this_thread::yield();
+        try {
+            hers.Edit(shown);
+            ADD_FAILURE() << "nobody was faster";
+        } catch (const jet::Error& error) {
+            EXPECT_EQ(error.code(), Errc::conflict);
+            EXPECT_THAT(error.what(), testing::HasSubstr(by));
+        }
+    }
 }
 
 } // namespace
