@@ -184,6 +184,14 @@ TEST_P(MigrationRules, TheFilesRulesAreTheServers) {
          {"(numero, autorizou) values ('1', 'ana')", "(numero, autorizou) values ('1', 'joão')",
           "(numero, autorizou, agencia) values ('1', 'Zé', '12345')"})
         EXPECT_EQ(refused(add + good), "");
+    // Whoever's program it is: the signs are those that the rule was made with.
+    const auto elsewhere = [&](const std::string& row) {
+        return "do $$ begin perform set_config('search_path', 'pg_catalog', true); " + add + row +
+               "; end $$";
+    };
+    EXPECT_EQ(refused(elsewhere("(numero, autorizou) values ('4', 'ANA')")), "");
+    EXPECT_THAT(refused(elsewhere("(numero, autorizou) values ('5', 'Zé')")),
+                HasSubstr("regra: autorizou"));
     EXPECT_EQ(answer("select min(agencia) from valtrino.cheques"), "0001");
     EXPECT_EQ(refused("insert into valtrino.bancos (codigo) values (7)"), "");
     EXPECT_EQ(refused(add + "(numero, banco) values ('9', 7)"), "");
