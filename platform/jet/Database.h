@@ -153,6 +153,10 @@ public:
     /// In the middle of an onSnapshot() that takes long: lets other stations write that wait for it
     /// to end. If one does, it begins anew; after some times it holds the file to its end.
     void breathe() noexcept;
+    /// Of an error inside an onSnapshot(): whether that begins anew.
+    [[nodiscard]] bool isDisturbed() const noexcept;
+    /// Whether another station waits to write until a Reading ends. @throws Error{io}.
+    [[nodiscard]] bool keepsWriterWaiting();
 
 private:
     friend class DatabasePager;

@@ -133,6 +133,8 @@ public:
         return 1;
     }
     std::int64_t firstHeld(Disk::Lock meeting, std::uint64_t offset, std::uint64_t count) override {
+        if (disk_.onAsk)
+            disk_.onAsk(offset);
         if (const int failure = disk_.next())
             return -failure;
         std::uint64_t first = offset + count;

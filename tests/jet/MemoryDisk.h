@@ -78,6 +78,8 @@ public:
 
     /// Called before a lock is tried for, with its first byte, and before a read, with its place.
     std::function<void(std::uint64_t)> onLock;
+    /// The same before it is asked whether another has one.
+    std::function<void(std::uint64_t)> onAsk;
     std::function<void(std::uint64_t)> onRead;
     /// A place of a file that the disk doesn't give any more.
     std::optional<std::pair<std::string, std::uint64_t>> lost;

@@ -5,6 +5,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace ado {
@@ -41,18 +42,30 @@ bool PreparedStatement::step() {
     return runs_->step(statement_.get(), steps_, &reading);
 }
 
-bool PreparedStatement::steps(std::size_t most, const std::function<void()>& row) {
-    std::optional<jet::Reading> reading;
-    if (most > 1)
-        reading.emplace(runs_->database());
-    const auto begun = steady_clock::now();
-    do {
-        const bool fresh = !reading || sqlite3_stmt_busy(statement_.get()) == 0;
-        if (!(fresh ? step() : runs_->step(statement_.get(), steps_, &reading)))
-            return false;
-        row();
-    } while (--most > 0 && steady_clock::now() - begun < kLongestSteps);
-    return true;
+bool PreparedStatement::steps(std::size_t most, const std::function<void()>& begin,
+                              const std::function<void()>& row) {
+    const auto walk = [&](std::optional<jet::Reading>* reading) {
+        const bool first = reading == nullptr;
+        const auto begun = steady_clock::now();
+        auto until = begun + kLongestSteps;
+        for (std::size_t walked = 0; walked < most && (walked == 0 || steady_clock::now() < until);
+             ++walked) {
+            if (!runs_->step(statement_.get(), steps_, reading))
+                return false;
+            row();
+            if (const auto now = steady_clock::now(); first && walked == 0)
+                until = std::min(until, now + (now - begun));
+        }
+        return true;
+    };
+    if (sqlite3_stmt_busy(statement_.get()) == 0)
+        return runs_->database().onSnapshot([&] {
+            begin();
+            reset();
+            return walk(nullptr);
+        });
+    std::optional<jet::Reading> reading(std::in_place, runs_->database());
+    return walk(&reading);
 }
 
 void PreparedStatement::all(const std::function<void()>& begin, const std::function<void()>& row) {

@@ -28,13 +28,18 @@ public:
     bool step();
     /// As step() up to `most` times, all of one state of the file unless a step takes long: calls
     /// `row` on each row. Stops early, but not before the first, when it has kept others from
-    /// writing for a few thousandths of a second. False after the last row.
-    bool steps(std::size_t most, const std::function<void()>& row);
+    /// writing for a few thousandths of a second; before the first row of all it calls `begin`, and
+    /// both again if others have written meanwhile, and doesn't go on for longer than that row
+    /// took. False after the last row.
+    bool steps(std::size_t most, const std::function<void()>& begin,
+               const std::function<void()>& row);
     /// All rows, of one state of the file: calls `begin`, then `row` on each; and both again from
     /// the first row if others have written meanwhile, which they can while it takes long.
     void all(const std::function<void()>& begin, const std::function<void()>& row);
     /// Back to before the first row.
     void reset();
+    /// Whether an error came because others have written: who asked for a snapshot begins anew.
+    [[nodiscard]] bool isDisturbed() const { return runs_->database().isDisturbed(); }
 
     [[nodiscard]] int columns() const;
     /// Of the current row; columns count from 0.

@@ -47,6 +47,8 @@ int StatementRuns::lookAtRun(void* self) {
     const bool goesOn = runs.trap_.run([&runs, held = reading] {
         if (held == nullptr)
             return runs.database_.breathe();
+        if (!runs.database_.keepsWriterWaiting())
+            return;
         held->reset();
         held->emplace(runs.database_);
     });

@@ -17,7 +17,7 @@ namespace ado {
 /// Forward only, no row is kept for long that has been passed.
 template <class Cell, class Base>
 class Fetched : public Base {
-    static constexpr std::size_t kLargestBatch = 64;
+    static constexpr std::size_t kLargestBatch = 256;
 
 public:
     Fetched(PreparedStatement statement, bool forwardOnly)
@@ -78,20 +78,25 @@ private:
         const std::size_t before = fetched_;
         complete_ = true; // also when it fails: a failed statement would begin anew
         try {
-            complete_ = !statement_.steps(batch_, [this] {
-                for (std::size_t i = 0; i < width_; ++i)
-                    keep(read(statement_, static_cast<int>(i)));
-                ++fetched_;
-            });
+            complete_ = !statement_.steps(
+                kLargestBatch, [this] { forget(); },
+                [this] {
+                    for (std::size_t i = 0; i < width_; ++i)
+                        keep(read(statement_, static_cast<int>(i)));
+                    ++fetched_;
+                });
         } catch (...) {
-            if (fetched_ == before)
+            if (fetched_ == before || (before == 0 && statement_.isDisturbed()))
                 throw;
             failure_ = std::current_exception(); // of a row that nobody has come to yet
         }
         if (complete_)
             statement_.reset();
-        batch_ = std::min(2 * batch_, kLargestBatch);
         return fetched_ > before;
+    }
+    void forget() {
+        cells_.clear();
+        kept_ = fetched_ = 0;
     }
     bool goTo(std::size_t place) {
         while (fetched_ <= place) {
@@ -127,7 +132,6 @@ private:
     std::size_t fetched_ = 0;
     std::size_t passed_ = 0; ///< rows that aren't kept any more
     std::size_t at_ = 0;
-    std::size_t batch_ = 1; ///< rows to fetch next: the first shows at once, a long list costs less
     bool complete_ = false;
     std::exception_ptr failure_; ///< what the walk will come to after the rows fetched
 };

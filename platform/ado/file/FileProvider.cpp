@@ -13,7 +13,9 @@ void FileProvider::end() {
 
 std::unique_ptr<Cursor> FileProvider::open(const std::string& source, CursorType type,
                                            LockType /*lock*/, CommandType command) {
-    return std::make_unique<FileCursor>(session_, source, type, command);
+    // All that it reads to begin with, in one section.
+    return database().onSnapshot(
+        [&] { return std::make_unique<FileCursor>(session_, source, type, command); });
 }
 
 std::unique_ptr<Following> FileProvider::follow(const std::string& table,

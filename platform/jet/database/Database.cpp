@@ -305,6 +305,8 @@ std::vector<std::string> Database::writersSince(std::uint64_t changes) const {
 std::uint64_t Database::generation() const noexcept { return parts_->pager.generation(); }
 std::uint64_t Database::refreshes() const noexcept { return parts_->pager.refreshes(); }
 void Database::breathe() noexcept { parts_->pager.breathe(); }
+bool Database::isDisturbed() const noexcept { return parts_->pager.isDisturbed(); }
+bool Database::keepsWriterWaiting() { return parts_->pager.keepsWriterWaiting(); }
 Pager& Database::pager() noexcept { return parts_->pager; }
 
 DatabaseTransaction::~DatabaseTransaction() {

@@ -104,6 +104,10 @@ public:
     /// In the middle of an onSnapshot() that takes long: lets other stations write that wait for it
     /// to end. If one does, it begins anew; after some times it holds the file to its end.
     void breathe() noexcept;
+    /// Whether what has failed in an onSnapshot() is begun anew by it.
+    [[nodiscard]] bool isDisturbed() const { return turns_ && turns_->disturbed(); }
+    /// Whether another station waits for a section to end. @throws Error{io}.
+    [[nodiscard]] bool keepsWriterWaiting() { return turns_ && turns_->keepsWriterWaiting(); }
 
     /// @throws Error{corrupt} if the file has no such page, Error{io} if it can't be read.
     [[nodiscard]] PageRef read(PageNo page);

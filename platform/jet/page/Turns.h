@@ -21,9 +21,11 @@ public:
     /// nobody has written since the cache was filled. Only for what can be done again from its
     /// beginning: see beforeRead(). Requires that none is open.
     virtual void beginOnSnapshot() = 0;
-    /// In the middle of a section of beginOnSnapshot(): lets those write who wait for the readers
-    /// to leave. From here on it takes no lock again until a page is read from the file.
+    /// In the middle of a section of beginOnSnapshot(): if somebody waits for the readers to leave,
+    /// lets him write. From there on it takes no lock again until a page is read from the file.
     virtual void breathe() noexcept = 0;
+    /// Whether somebody waits so, asked every few thousandths of a second. @throws Error{io}.
+    [[nodiscard]] virtual bool keepsWriterWaiting() = 0;
     /// Before a page is read from the file.
     /// @throws Error{locked}, and disturbed() is true, if another station has written since
     ///         beginOnSnapshot().

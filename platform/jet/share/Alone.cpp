@@ -7,10 +7,11 @@
 namespace jet {
 
 Alone::Alone(Presence& presence) : lock_(presence.lock()) {
-    const bool got = [&] {
+    bool got = lock_.tryLock(LockFile::kReading);
+    if (!got) {
         const Announced wish(lock_, LockFile::kWantsReaders, Disk::Lock::exclusive);
-        return waitFor([&] { return lock_.tryLock(LockFile::kReading); }, patience::kForTurn);
-    }();
+        got = waitFor([&] { return lock_.tryLock(LockFile::kReading); }, patience::kForTurn);
+    }
     if (!got) // unreached: ten seconds of waiting, as for the turn to write
         throw Error(Errc::locked, "Outra estação está lendo o banco de dados há muito tempo" +
                                       presence.others() + patience::kNotSaved);

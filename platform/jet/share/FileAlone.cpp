@@ -30,11 +30,11 @@ FileAlone::FileAlone(const std::filesystem::path& database, Disk& disk) : lock_(
             if (!waitFor([&] { return lock_.tryLock(what); }, kLongest))
                 inUse("");
     } while (!lock_.isCurrent());
+    if (!lock_.closeGate())
+        inUse("");
     const std::vector<unsigned> users = lock_.otherUsers();
     if (!users.empty())
         inUse(": " + lock_.nameOf(users.front()));
-    if (!lock_.closeGate())
-        inUse("");
     unfinished_.emplace(disk.resolved(database).replace_extension(".ldb"));
     if (!disk.exists(database))
         return;

@@ -207,7 +207,8 @@ void Journal::write(const JournalHeader& header, const ChangedPages& changed) {
 }
 
 void Journal::empty() {
-    open();
+    if (!file_)
+        open();
     if (file_->size() > kLargestKept) {
         file_->truncate(0);
     } else {

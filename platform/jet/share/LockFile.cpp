@@ -166,10 +166,12 @@ void LockFile::giveUpUser() noexcept {
 
 bool LockFile::isUser(unsigned user) const { return isHeldAlone(kUsers + user); }
 bool LockFile::isForeign(unsigned user) const {
-    return isUser(user) && !isHeldAlone(kMarks + user);
+    return !isHeldAlone(kMarks + user) && isUser(user);
 }
 
 std::vector<unsigned> LockFile::otherUsers() const {
+    if (!gate_.empty())
+        return outside_;
     std::vector<unsigned> users;
     for (std::uint64_t user = 1; user <= kMostUsers; ++user) {
         user = file_->firstHeldAlone(kUsers + user, kMostUsers + 1 - user) - kUsers;
@@ -195,20 +197,32 @@ std::string LockFile::nameOf(unsigned user) const {
 }
 
 bool LockFile::closeGate() {
+    const auto take = [this](std::uint64_t first, std::uint64_t count) {
+        const bool taken = count == 0 || file_->tryLock(Disk::Lock::exclusive, first, count);
+        if (taken && count > 0)
+            gate_.emplace_back(first, count);
+        return taken;
+    };
+    const std::uint64_t own = kUsers + user_;
     std::uint64_t next = kUsers + 1;
     const std::uint64_t end = next + kMostUsers;
+    // Who was alone the last time is so most of the time: then nobody is looked for.
+    bool looks = !outside_.empty();
+    outside_.clear();
     while (next < end) {
-        const std::uint64_t own = kUsers + user_;
         const std::uint64_t stop = next <= own && own < end ? own : end;
-        const std::uint64_t held = file_->firstHeldAlone(next, stop - next);
-        const std::uint64_t count = held - next;
-        if (count > 0) {
-            if (!file_->tryLock(Disk::Lock::exclusive, next, count)) {
-                openGate();
-                return false;
-            }
-            gate_.emplace_back(next, count);
+        if (!looks && take(next, stop - next)) {
+            next = stop + 1; // over our own
+            continue;
         }
+        looks = true;
+        const std::uint64_t held = file_->firstHeldAlone(next, stop - next);
+        if (!take(next, held - next)) {
+            openGate();
+            return false;
+        }
+        if (held < stop)
+            outside_.push_back(static_cast<unsigned>(held - kUsers));
         next = held + 1; // over the other's byte, or our own
     }
     return true;

@@ -74,7 +74,7 @@ public:
     [[nodiscard]] unsigned user() const noexcept { return user_; }
     [[nodiscard]] bool isUser(unsigned user) const;    ///< another than us
     [[nodiscard]] bool isForeign(unsigned user) const; ///< not marked as a copy of this program
-    /// All others, ascending.
+    /// All others, ascending; while the gate is closed, those who were in when it was.
     [[nodiscard]] std::vector<unsigned> otherUsers() const;
     /// "MAQUINA (Maria)" from the user's slot; just the machine for the user name that everybody
     /// has who hasn't been given one.
@@ -97,6 +97,7 @@ private:
     std::optional<File> file_;
     unsigned user_ = 0;
     std::vector<Range> gate_;
+    std::vector<unsigned> outside_; ///< the others whom the gate, closed last, didn't lock out
 };
 
 } // namespace jet

@@ -63,6 +63,10 @@ void Presence::require(std::uint64_t what, milliseconds longest) {
 std::optional<Hindrance> Presence::hindrance(Look look) {
     if (lasting_ || look == Look::known)
         return lasting_;
+    // Who has come by another name since has seen our mark, and doesn't write; and before pages are
+    // written he is looked for again, as is the file itself.
+    if (look == Look::users && clear_ && !isLookDue(steady_clock::now()) && !foreigner(look))
+        return std::nullopt;
     return lookAround(look);
 }
 
@@ -71,6 +75,7 @@ void Presence::hinder(Why why, const std::string& sentence) { lasting_ = {why, s
 std::optional<Hindrance> Presence::lookAround(Look look) {
     const auto stranger = foreigner(look);
     looked_ = steady_clock::now();
+    clear_ = false;
     careful_ = suspect_ || stranger.has_value();
     if (!database_.isAt(database_.path()))
         return Hindrance{Why::replaced, "O arquivo \"" + database_.path().string() +
@@ -84,8 +89,10 @@ std::optional<Hindrance> Presence::lookAround(Look look) {
                              lock_.nameOf(*stranger) +
                              ". Para proteger os dados, nada pode ser alterado até "
                              "que ele seja fechado lá; as consultas continuam."};
-    if (!attendance_.hasStranger())
+    if (!attendance_.hasStranger()) {
+        clear_ = true;
         return std::nullopt;
+    }
     careful_ = true;
     return Hindrance{Why::otherName, kByAnotherName};
 }

@@ -34,6 +34,7 @@ public:
     /// How far it is looked for what hinders.
     enum class Look : std::uint8_t {
         known,         ///< only what lasts; costs nothing
+        users,         ///< who is a user at this moment; the rest if that was looked for long ago
         around,        ///< who is there at this moment; costs a few calls of the system
         entranceClosed ///< the same, while nobody of us comes or leaves: requires O
     };
@@ -75,7 +76,8 @@ private:
     bool shared_ = false;
     bool suspect_ = false;
     bool careful_ = false;
-    std::chrono::steady_clock::time_point looked_{}; ///< for foreign programs
+    std::chrono::steady_clock::time_point looked_{}; ///< around
+    bool clear_ = false;                             ///< nothing that hinders was found then
 };
 
 } // namespace jet

@@ -64,6 +64,12 @@ void ReadingTurn::verify() {
 void ReadingTurn::breathe() noexcept {
     if (depth_ != 1 || !repeatable_ || protection_ != Protection::lock || presence_.isCareful())
         return;
+    try {
+        if (!isAwaited())
+            return;
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+        // Where that can't be told there may be one.
+    }
     release();
     protection_ = Protection::snapshot;
 }
@@ -74,17 +80,22 @@ void ReadingTurn::release() noexcept {
     protection_ = Protection::none;
 }
 
+bool ReadingTurn::isAwaited() {
+    const auto now = steady_clock::now();
+    if (presence_.isShared() && now - asked_ >= kWriterEvery) {
+        asked_ = now;
+        awaited_ = presence_.lock().isHeldAlone(LockFile::kWantsReaders);
+    }
+    return awaited_;
+}
+
 void ReadingTurn::lock() {
     if (!presence_.isShared())
         return;
-    LockFile& lock = presence_.lock();
-    const auto now = steady_clock::now();
-    if (now - lookedForWriter_ >= kWriterEvery) {
-        // A writer would wait for ever if readers took turns.
-        lookedForWriter_ = now;
-        if (lock.isHeldAlone(LockFile::kWantsReaders))
-            waitFor([&] { return !lock.isHeldAlone(LockFile::kWantsReaders); }, kForWriter);
-    }
+    // A writer would wait for ever if readers took turns.
+    if (isAwaited())
+        awaited_ = !waitFor([&] { return !presence_.lock().isHeldAlone(LockFile::kWantsReaders); },
+                            kForWriter);
     if (!waitFor([&] { return tryLock(); }, patience::kForTurn))
         throw Error(Errc::locked, "Outra estação está gravando no banco de dados há muito tempo" +
                                       presence_.others() + ". Espere um pouco e tente de novo.");

@@ -33,7 +33,10 @@ public:
     void protect();
     /// @throws Error{locked}, and isDisturbed(), if the file is that of the snapshot no more.
     void verify();
-    /// Lets those write who wait for R, where the section can be done again.
+    /// Whether a writer waits for R, as of some thousandths of a second ago at most. @throws
+    /// Error{io}.
+    [[nodiscard]] bool isAwaited();
+    /// Gives R up for one who waits for it, where the section can be done again.
     void breathe() noexcept;
 
     /// Gives R up in the middle of a section, which goes on under another protection: that of the
@@ -57,7 +60,8 @@ private:
     Protection protection_ = Protection::none;
     bool repeatable_ = false;
     bool disturbed_ = false;
-    std::chrono::steady_clock::time_point lookedForWriter_{};
+    bool awaited_ = false; ///< when it was last asked
+    std::chrono::steady_clock::time_point asked_{};
 };
 
 } // namespace jet

@@ -198,7 +198,7 @@ void Sharing::beginWriting() {
     try {
         presence_.database().lookAgain();
         catchUp();
-        requireWritable(Look::around);
+        requireWritable(Look::users);
     } catch (...) {
         endWriting();
         throw;

@@ -45,6 +45,9 @@ public:
     void endReading() noexcept override { reading_.close(); }
     void beginOnSnapshot() override;
     void breathe() noexcept override { reading_.breathe(); }
+    [[nodiscard]] bool keepsWriterWaiting() override {
+        return reading_.isOpen() && !writing_.isHeld() && reading_.isAwaited();
+    }
     void beforeRead() override { reading_.protect(); }
     void verifyPage() override;
     [[nodiscard]] bool inSection() const noexcept override { return reading_.isOpen(); }

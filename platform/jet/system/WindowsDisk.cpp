@@ -3,6 +3,8 @@
 #include "jet/system/WindowsFile.h"
 
 #include <cerrno>
+#include <chrono>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,13 +41,31 @@ bool isFolder(const std::filesystem::path& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+/// Whether a drive is another machine's. Its type takes long to ask and stays what it is while a
+/// database is opened.
+bool isRemote(const std::filesystem::path& drive) {
+    constexpr std::chrono::seconds kStays{1};
+    static std::mutex mutex;
+    static std::filesystem::path last;
+    static std::chrono::steady_clock::time_point asked;
+    static bool remote = false;
+    const std::lock_guard lock(mutex);
+    const auto now = std::chrono::steady_clock::now();
+    if (drive != last || now - asked >= kStays) {
+        remote = ::GetDriveTypeW((drive / "").c_str()) == DRIVE_REMOTE;
+        last = drive;
+        asked = now;
+    }
+    return remote;
+}
+
 /// Of another machine: what is written there goes through at once.
 bool isOnShare(const std::filesystem::path& path) {
     const std::wstring& name = path.native();
     if (name.starts_with(L"\\\\"))
         return !name.starts_with(L"\\\\.\\") &&
                (!name.starts_with(L"\\\\?\\") || name.starts_with(L"\\\\?\\UNC\\"));
-    return path.has_root_name() && ::GetDriveTypeW((path.root_name() / "").c_str()) == DRIVE_REMOTE;
+    return path.has_root_name() && isRemote(path.root_name());
 }
 
 /// Why the file can't be written, or 0. One that another is just writing in could be.

@@ -88,8 +88,8 @@ private:
     bool keepsClosed_;
     DWORD flags_;
     bool claimed_ = false;
-    /// When it was last seen to be on the disk that the name it was asked about leads to.
-    std::optional<std::chrono::steady_clock::time_point> sameDiskAt_;
+    /// When the name it was opened by was last seen to lead to the disk that it is on.
+    std::chrono::steady_clock::time_point sameDiskAt_ = std::chrono::steady_clock::now();
     std::vector<Held> held_; ///< no two meet
 };
 

@@ -107,10 +107,14 @@ TEST_P(EngineTest, SeveralStepsBeginAStatementAndGoOnInIt) {
     auto statement = engine.prepare("select lancamento from cheques order by lancamento");
     for (int round = 0; round < 2; ++round) {
         Strings met;
+        int begun = 0;
+        const auto begin = [&] { ++begun; };
         const auto row = [&] { met.push_back(std::to_string(statement.integer(0))); };
-        EXPECT_TRUE(statement.steps(2, row));
-        while (statement.steps(3, row)) {
+        EXPECT_TRUE(statement.steps(2, begin, row));
+        EXPECT_LE(met.size(), 2U);
+        while (statement.steps(3, begin, row)) {
         }
+        EXPECT_EQ(begun, 1);
         EXPECT_EQ(met, (Strings{"1", "2", "3", "4", "5", "6"}));
         statement.reset();
     }

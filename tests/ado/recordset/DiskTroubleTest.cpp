@@ -1,12 +1,12 @@
 // What recordsets make of a disk that fails, and of another station that writes, at whatever
 // moment.
-#include "ado/Shop.h"
-#include "jet/MemoryDisk.h"
+#include "ado/ShopInMemory.h"
 #include "jet/TableDefinition.h"
+#include "jet/Waiting.h"
+
+#include <gmock/gmock.h>
 
 #include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <set>
 
@@ -17,31 +17,7 @@ using ado::Recordset;
 using jet::Errc;
 using Strings = std::vector<std::string>;
 
-/// The shop's file on a disk in memory. In one format: what a disk does has nothing to do with it.
-class DiskTroubleTest : public Shop {
-protected:
-    DiskTroubleTest() {
-        addSomeOfEach();
-        connection.Close();
-        std::ifstream in(folder / "automacao.mdb", std::ios::binary);
-        const std::string bytes(std::istreambuf_iterator<char>(in), {});
-        jet::Bytes& copy = image[path()];
-        for (const char c : bytes)
-            copy.push_back(static_cast<std::byte>(c));
-    }
-    [[nodiscard]] std::string path() const { return (folder / "automacao.mdb").generic_string(); }
-    void open(Connection& station, MemoryDisk& disk) const {
-        station.setDisk(disk);
-        station.Open(connectionString());
-    }
-    static Strings answer(Connection& station, const std::string& statement, const char* field) {
-        Recordset rows;
-        rows.Open(statement, station);
-        return column(rows, field);
-    }
-
-    DiskImage image;
-};
+class DiskTroubleTest : public ShopInMemory {};
 INSTANTIATE_TEST_SUITE_P(, DiskTroubleTest, testing::Values(jet::Version::jet4));
 
 TEST_P(DiskTroubleTest, WhatIsReadIsRightOrAnErrorWhicheverCallOfTheDiskFails) {
@@ -402,24 +378,40 @@ protected:
 };
 INSTANTIATE_TEST_SUITE_P(, LongList, testing::Values(jet::Version::jet4));
 
-TEST_P(LongList, LetsOthersWriteInBetween) {
-    MemoryDisk disk(image);
-    Connection station;
-    open(station, disk);
-    std::string events; // of the pages read, and of what keeps others from writing meanwhile
-    disk.onRead = [&](std::uint64_t at) {
-        const auto page = static_cast<jet::PageNo>(at / jet::formatOf(GetParam()).pageSize);
-        events += page == first ? "1" : page == last ? "2" : "";
+TEST_P(LongList, LetsOthersWriteInBetweenWhoWaitForIt) {
+    // Of the pages read, and of what keeps others from writing meanwhile.
+    const auto events = [&](bool awaited) {
+        MemoryDisk disk(image);
+        Connection station;
+        open(station, disk);
+        std::string met;
+        std::unique_ptr<jet::Disk::Handle> writer;
+        jet::setWaitHook([&] { writer.reset(); });
+        disk.onRead = [&](std::uint64_t at) {
+            const auto page = static_cast<jet::PageNo>(at / jet::formatOf(GetParam()).pageSize);
+            met += page == first ? "1" : page == last ? "2" : "";
+            if (page != first || !awaited)
+                return;
+            int error = 0;
+            writer = disk.open(folder / "automacao.ldb", jet::Disk::Mode::readWrite, error);
+            EXPECT_EQ(writer->lock(jet::Disk::Lock::exclusive, 0x70001003, 1), 1);
+        };
+        disk.onLock = [&](std::uint64_t byte) {
+            constexpr std::uint64_t kReading = 0x70001000;
+            met += byte == kReading ? "r" : "";
+        };
+        // So long that it is asked several times whether somebody waits.
+        std::string longer = kLong;
+        longer.insert(longer.find(")>0"), ",bancos as b10,bancos as b11");
+        Recordset list;
+        list.Open(longer, station);
+        disk.onRead = {};
+        disk.onLock = {};
+        jet::setWaitHook({});
+        return met;
     };
-    disk.onLock = [&](std::uint64_t byte) {
-        constexpr std::uint64_t kReading = 0x70001000;
-        events += byte == kReading ? "r" : "";
-    };
-    Recordset list;
-    list.Open(kLong, station);
-    disk.onRead = {};
-    disk.onLock = {};
-    EXPECT_NE(events.find("1rr2"), std::string::npos) << events;
+    EXPECT_THAT(events(true), testing::HasSubstr("1rr2"));
+    EXPECT_THAT(events(false), testing::HasSubstr("12"));
 }
 
 TEST_P(LongList, HasEachRowOnceWheneverOthersWrite) {

@@ -26,7 +26,6 @@ constexpr std::array kStates = {State::idle, State::gathering, State::gatheringT
 
 constexpr std::array kStateNames = {"Idle", "Gathering", "GatheringTransactions", "Open",
                                     "OpenOnGathered"};
-
 std::string nameOfState(const testing::TestParamInfo<State>& test) {
     return kStateNames[static_cast<std::size_t>(test.param)];
 }
@@ -45,6 +44,7 @@ public:
     void endReading() noexcept override {}
     void beginOnSnapshot() override {}
     void breathe() noexcept override {}
+    [[nodiscard]] bool keepsWriterWaiting() override { return false; }
     void beforeRead() override {}
     void verifyPage() override {}
     [[nodiscard]] bool inSection() const noexcept override { return false; }

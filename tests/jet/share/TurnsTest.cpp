@@ -55,6 +55,12 @@ protected:
         return hindrance ? std::optional(hindrance->why) : std::nullopt;
     }
 
+    /// Does it again and again, until that costs a call of the system.
+    void untilAsked(const std::function<void()>& work) const {
+        for (const std::uint64_t before = disk.calls(); disk.calls() == before;)
+            work();
+    }
+
     MemoryDisk disk{emptyShop(Version::jet4)};
     const Format& format = formatOf(Version::jet4);
     File file;
@@ -209,7 +215,10 @@ TEST_F(ShareParts, TellASectionThatAnotherHasWrittenMeanwhile) {
 }
 
 TEST_F(ShareParts, BreatheOnlyWhereTheSectionCanBeDoneAgain) {
+    std::optional<File> writer = other(LockFile::kWantsReaders);
+    setWaitHook([&] { writer.reset(); });
     reading.open();
+    writer = other(LockFile::kWantsReaders);
     reading.breathe();
     EXPECT_TRUE(isHeld(LockFile::kReading)) << "it can't";
     reading.makeRepeatable();
@@ -221,10 +230,20 @@ TEST_F(ShareParts, BreatheOnlyWhereTheSectionCanBeDoneAgain) {
     reading.breathe();
     EXPECT_TRUE(isHeld(LockFile::kReading)) << "somebody may write without a lock";
     presence.lookAround(Presence::Look::around);
-    reading.breathe();
+    untilAsked([&] { reading.breathe(); });
     EXPECT_FALSE(isHeld(LockFile::kReading));
     reading.protect();
     EXPECT_TRUE(isHeld(LockFile::kReading));
+    EXPECT_FALSE(writer) << "it was waited for";
+    reading.close();
+}
+
+TEST_F(ShareParts, KeepTheLockWhereNobodyWaitsForIt) {
+    reading.open();
+    reading.makeRepeatable();
+    untilAsked([&] { reading.breathe(); });
+    EXPECT_TRUE(isHeld(LockFile::kReading));
+    EXPECT_FALSE(reading.isAwaited());
     reading.close();
 }
 
