@@ -57,7 +57,7 @@ extern "C" NTSYSAPI NTSTATUS NTAPI RtlGetLastNtStatus();
 /// The name of a file that goes when the last program has closed it is refused like one without
 /// permission; only this tells them apart.
 bool isJustGoing(DWORD error) {
-    constexpr NTSTATUS kDeletePending = static_cast<NTSTATUS>(0xC0000056);
+    constexpr auto kDeletePending = static_cast<NTSTATUS>(0xC0000056);
     return error == ERROR_ACCESS_DENIED && RtlGetLastNtStatus() == kDeletePending;
 }
 

@@ -85,7 +85,7 @@ void Owned::close() noexcept {
 
 std::wstring forCalls(const std::filesystem::path& path) {
     constexpr std::size_t kShort = 240; // what the system adds to it must have room too
-    const std::wstring given = path.native();
+    const std::wstring& given = path.native();
     if (given.size() < kShort || given.starts_with(L"\\\\?\\") || given.starts_with(L"\\\\.\\"))
         return given;
     std::wstring whole(given.size() + MAX_PATH + 1, 0);
