@@ -40,7 +40,7 @@ protected:
     /// Saves one cheque after the other until one is refused; its number.
     std::string saveAllThatFit(QWidget& form) {
         for (int number = 1; number < 400; ++number) {
-            const std::string text = std::to_string(number);
+            std::string text = std::to_string(number);
             fill(form, "Carla", text.c_str(), "0,01");
             click(form, "CmdIncluir");
             if (!failed_.empty())
