@@ -1,13 +1,9 @@
-// Several stations in one file: nobody's work is lost, nobody sees half of another's, a foreign
+// Stations that are processes: nobody's work is lost, nobody sees half of another's, a foreign
 // program is noticed, and who dies leaves the file whole.
-#include "jet/Check.h"
-#include "jet/Database.h"
-#include "jet/MemoryDisk.h"
 #include "jet/Process.h"
 #include "jet/Sentences.h"
-#include "jet/ShopWork.h"
 #include "jet/Waiting.h"
-#include "jet/page/CommitPairs.h"
+#include "jet/share/CounterFile.h"
 #include "jet/share/FileAlone.h"
 #include "support/TemporaryFolder.h"
 #include "support/Versions.h"
@@ -27,53 +23,8 @@ using testing::Not;
 
 namespace {
 
-constexpr int kAccounts = 40;
-
-Row rowOf(std::int64_t value) { return {Value{}, Value{value}}; }
-
-void set(Table& table, RowId id, std::int64_t value,
-         std::optional<std::uint64_t> expected = std::nullopt) {
-    const Assignment change[] = {
-        {1, value}
-    };
-    table.update(id, change, expected);
-}
-
-RowId firstRow(Table& table) {
-    RowCursor row = table.scan();
-    EXPECT_TRUE(row.first());
-    return row.id();
-}
-
-std::int64_t valueOf(Table& table, RowId id) {
-    return std::get<std::int64_t>((*table.read(id))[1]);
-}
-
-TableSpec numbers(const std::string& name) {
-    return {
-        name,
-        {{"codigo", ColumnType::longInteger, 0, true}, {"valor", ColumnType::longInteger}},
-        {{"PrimaryKey", {{"codigo"}}, true},           {"valor", {{"valor"}}}            }
-    };
-}
-
-void makeShop(const std::filesystem::path& path, Version version, Disk& disk = Disk::system()) {
-    Database::create(path, version, disk);
-    Database file(path, on(disk));
-    file.createTable(numbers("contador")).insert(rowOf(0));
-    file.createTable(numbers("numerados"));
-    Table& accounts = file.createTable(numbers("contas"));
-    for (int i = 0; i < kAccounts; ++i)
-        accounts.insert(rowOf(0));
-}
-
-void expectSound(const std::filesystem::path& path) {
-    for (const Finding& finding : check(path).findings)
-        ADD_FAILURE() << finding.sentence;
-}
-
 /// A shop's file on the real disk, and stations that are processes of their own.
-class Stations : public testing::TestWithParam<Version> {
+class Stations : public testing::TestWithParam<Version>, protected CounterFile {
 protected:
     Stations() : path(folder / "loja.mdb") { makeShop(path, GetParam()); }
 
@@ -270,7 +221,9 @@ TEST_P(Stations, WaitForEachOtherWithTheWindowAlive) {
     EXPECT_EQ(holder.finish(), 0);
 }
 
-TEST(StationsThatWait, GiveUpWithASentenceThatNamesTheOther) {
+class StationsThatWait : public testing::Test, protected CounterFile {};
+
+TEST_F(StationsThatWait, GiveUpWithASentenceThatNamesTheOther) {
     const TemporaryFolder folder;
     makeShop(folder / "loja.mdb", Version::jet4);
     Process holder({JET_STATION, "hold", (folder / "loja.mdb").string()});
@@ -342,202 +295,6 @@ TEST_P(Stations, AloneMeansAlone) {
     }
     expectDone(*other);
     EXPECT_EQ(counter(), 2);
-}
-
-/// Two stations in one process, on a disk in memory.
-class TwoStations : public testing::TestWithParam<Version> {
-protected:
-    TwoStations() { makeShop(kPath, GetParam(), disk); }
-
-    void writePair(std::size_t user, std::uint16_t value) {
-        File file(kPath, File::Mode::readWrite, disk);
-        CommitPairs::write(file, formatOf(GetParam()), user, value);
-    }
-
-    MemoryDisk disk;
-};
-
-INSTANTIATE_TEST_SUITE_P(, TwoStations, bothVersions(), versionName);
-
-TEST_P(TwoStations, WhatOneSavesTheOtherReads) {
-    Database first(kPath, on(disk));
-    Database second(kPath, on(disk));
-    Table& here = first.table("contador");
-    Table& there = second.table("contador");
-    const RowId id = firstRow(here);
-    EXPECT_EQ(valueOf(there, id), 0);
-    const std::uint64_t generation = second.generation();
-    set(here, id, 4);
-    EXPECT_EQ(valueOf(there, id), 0);
-    first.flush();
-    EXPECT_EQ(valueOf(there, id), 4);
-    EXPECT_GT(second.generation(), generation);
-}
-
-TEST_P(TwoStations, ACursorGoesOnWhereItWasWhenTheOtherHasWritten) {
-    Database first(kPath, on(disk));
-    Database second(kPath, on(disk));
-    Table& here = first.table("contas");
-    Table& there = second.table("contas");
-    IndexTree::Cursor entry = there.walk(0);
-    RowCursor row = there.scan();
-    ASSERT_TRUE(entry.first() && row.first() && row.next());
-    std::vector<RowId> ids;
-    RowCursor all = here.scan();
-    for (bool next = all.first(); next; next = all.next())
-        ids.push_back(all.id());
-    for (std::size_t i = 0; i < 20; ++i)
-        here.erase(ids[i]);
-    for (int i = 0; i < 300; ++i)
-        here.insert(rowOf(i));
-    first.flush();
-    int left = 0;
-    while (entry.next())
-        ++left;
-    EXPECT_EQ(left, kAccounts - 20 + 300);
-    std::set<RowId> seen;
-    while (row.next())
-        EXPECT_TRUE(seen.insert(row.id()).second);
-    EXPECT_GE(seen.size(), static_cast<std::size_t>(kAccounts - 20));
-}
-
-TEST_P(TwoStations, ATableMadeByOneIsThereForTheOther) {
-    Database first(kPath, on(disk));
-    Database second(kPath, on(disk));
-    EXPECT_FALSE(second.hasTable("nova"));
-    first.createTable(numbers("nova")).insert(rowOf(3));
-    first.flush();
-    EXPECT_TRUE(second.hasTable("nova"));
-    EXPECT_EQ(second.table("nova").rowCount(), 1);
-}
-
-TEST_P(TwoStations, TheSecondOfTwoEditorsIsRefused) {
-    Database first(kPath, on(disk));
-    Database second(kPath, on(disk));
-    Table& here = first.table("contador");
-    Table& there = second.table("contador");
-    const RowId id = firstRow(here);
-    const auto seenHere = here.rowVersion(id);
-    const auto seenThere = there.rowVersion(id);
-    set(here, id, 10, seenHere);
-    first.flush();
-    EXPECT_THAT(sentenceOf([&] { set(there, id, 20, seenThere); }, Errc::conflict),
-                HasSubstr("alterado ou excluído por outra estação"));
-    EXPECT_THAT(sentenceOf([&] { there.erase(id, seenThere); }, Errc::conflict),
-                HasSubstr("alterado ou excluído por outra estação"));
-    EXPECT_EQ(valueOf(there, id), 10);
-    set(there, id, 20, there.rowVersion(id));
-    second.flush();
-    EXPECT_EQ(valueOf(here, id), 20);
-    here.erase(id);
-    first.flush();
-    EXPECT_THAT(sentenceOf([&] { set(there, id, 30); }, Errc::conflict), HasSubstr("excluído"));
-}
-
-TEST_P(TwoStations, ATransactionIsUnseenUntilItsEndAndGoneWhenRolledBack) {
-    Database first(kPath, on(disk));
-    Database second(kPath, on(disk));
-    Table& here = first.table("contador");
-    Table& there = second.table("contador");
-    const RowId id = firstRow(here);
-    first.begin();
-    set(here, id, 1);
-    EXPECT_EQ(valueOf(there, id), 0);
-    first.rollback();
-    set(there, id, 2);
-    second.flush();
-    first.begin();
-    EXPECT_EQ(valueOf(here, id), 2);
-    set(here, id, 3);
-    first.commit();
-    EXPECT_EQ(valueOf(there, id), 3);
-}
-
-TEST_P(TwoStations, ARefusedChangeKeepsNobodyWaiting) {
-    Database first(kPath, on(disk));
-    Database second(kPath, on(disk));
-    Row twice = rowOf(1);
-    twice[0] = std::int64_t{1};
-    sentenceOf([&] { first.table("contas").insert(twice); }, Errc::duplicate);
-    second.table("contas").insert(rowOf(2));
-    second.flush();
-    EXPECT_EQ(first.table("contas").rowCount(), kAccounts + 1);
-}
-
-TEST_P(TwoStations, AUserWhoDiedWritingLeavesAFileThatIsOnlyRead) {
-    for (const std::uint16_t value : {CommitPairs::kWriting, CommitPairs::kDamaged}) {
-        writePair(5, value);
-        Database file(kPath, on(disk));
-        ASSERT_TRUE(file.readOnlyReason());
-        EXPECT_THAT(
-            *file.readOnlyReason(),
-            testing::AllOf(HasSubstr("danificado por outro programa"), HasSubstr("usuário 5")));
-        EXPECT_EQ(file.table("contas").rowCount(), kAccounts);
-        EXPECT_EQ(sentenceOf([&] { file.begin(); }, Errc::readOnly), *file.readOnlyReason());
-        EXPECT_FALSE(check(kPath, disk).sound());
-    }
-    writePair(5, 0x0107);
-    EXPECT_EQ(Database(kPath, on(disk)).readOnlyReason(), std::nullopt);
-}
-
-TEST_P(TwoStations, AUserWhoDiesWritingWhileWeAreThereIsNoticed) {
-    Database file(kPath, on(disk));
-    EXPECT_EQ(file.table("contas").rowCount(), kAccounts);
-    writePair(9, CommitPairs::kWriting);
-    EXPECT_EQ(file.table("contas").rowCount(), kAccounts);
-    ASSERT_TRUE(file.readOnlyReason());
-    sentenceOf([&] { file.table("contas").insert(rowOf(1)); }, Errc::readOnly);
-}
-
-TEST_P(TwoStations, ALockFileRemovedWhileEnteringIsMadeAnew) {
-    const std::string lockFile = "/loja/automacao.ldb";
-    int removals = 0;
-    disk.onLock = [&](std::uint64_t byte) {
-        if (byte == 0x70001002 && removals++ == 0)
-            static_cast<void>(disk.remove(lockFile));
-    };
-    Database file(kPath, on(disk));
-    disk.onLock = {};
-    EXPECT_GE(removals, 2);
-    const File lock(lockFile, File::Mode::read, disk);
-    EXPECT_TRUE(lock.isHeld(0x10000001));
-    EXPECT_TRUE(lock.isHeld(0x70000001));
-}
-
-TEST_P(TwoStations, EachHasAUserNumberOfItsOwn) {
-    Database first(kPath, on(disk));
-    Database second(kPath, on(disk));
-    const File lock("/loja/automacao.ldb", File::Mode::read, disk);
-    EXPECT_TRUE(lock.isHeld(0x10000001) && lock.isHeld(0x10000002));
-    EXPECT_FALSE(lock.isHeld(0x10000003));
-    EXPECT_EQ(first.readOnlyReason(), std::nullopt);
-}
-
-TEST_P(TwoStations, AFileWithoutAUsableLockFileIsOnlyRead) {
-    disk.failing = [](const std::string& name) { return name.ends_with(".ldb"); };
-    Database file(kPath, on(disk));
-    EXPECT_THAT(file.readOnlyReason().value_or(""), HasSubstr("avisa as outras estações"));
-    EXPECT_EQ(file.table("contas").rowCount(), kAccounts);
-    sentenceOf([&] { file.table("contas").insert(rowOf(1)); }, Errc::readOnly);
-}
-
-TEST_P(TwoStations, WhatAForeignProgramWritesDuringAReadingIsReadAnew) {
-    Database file(kPath, on(disk));
-    Table& table = file.table("contador");
-    const RowId id = firstRow(table);
-    // A foreign program is there, and writes just when a page is read.
-    File lock("/loja/automacao.ldb", File::Mode::readWrite, disk);
-    ASSERT_TRUE(lock.tryLock(Disk::Lock::exclusive, 0x10000007));
-    ASSERT_TRUE(file.readOnlyReason());
-    writePair(7, 0x0101);
-    int reads = 0;
-    disk.onRead = [&](std::uint64_t offset) {
-        if (offset == std::uint64_t{number(id.page)} * formatOf(GetParam()).pageSize &&
-            reads++ == 0)
-            writePair(7, 0x0102);
-    };
-    EXPECT_EQ(valueOf(table, id), 0);
-    EXPECT_EQ(reads, 2);
 }
 
 } // namespace
