@@ -286,10 +286,9 @@ void FrmAgenda::cmdcalendario_Click() {
     if (!caminho)
         return;
     const QString nome = QDir::toNativeSeparators(*caminho);
-    const bool gravado = Calendario::gravar(
-        *caminho, Vencimentos::porDia(listados_.cheques()),
-        QString::fromStdString(dbconectar::instance().Automacao.store().identity()));
-    if (gravado)
+    if (Calendario::gravar(
+            *caminho, Vencimentos::porDia(listados_.cheques()),
+            QString::fromStdString(dbconectar::instance().Automacao.store().identity())))
         showMessage("O calendário foi salvo em " + nome + ".", kTitulo, MessageIcon::information);
     else
         showMessage("Não foi possível gravar \"" + nome +
