@@ -230,7 +230,8 @@ void Cluster::giveBack(const std::string& address) {
                                "set local session_replication_role = replica; "
                                "for other in select format('alter table %s drop constraint %I', "
                                "conrelid::regclass, conname) from pg_catalog.pg_constraint "
-                               "where contype = 'f' and connamespace = 'valtrino'::regnamespace "
+                               "where contype in ('f', 'u') and "
+                               "connamespace = 'valtrino'::regnamespace order by contype "
                                "loop execute other; end loop; "
                                "for other in select tablename from pg_catalog.pg_tables "
                                "where schemaname = 'valtrino' and tablename not in (" +
