@@ -218,7 +218,7 @@ public:
             {"Shortcut", "Atalho"      },
             {"Unknown",  "Desconhecido"},
         };
-        const QString known = QTranslator::translate(context, text, comment, count);
+        QString known = QTranslator::translate(context, text, comment, count);
         if (!known.isNull() || std::strcmp(context, "QAbstractFileIconProvider") != 0)
             return known;
         const auto* const kind = std::ranges::find_if(

@@ -146,7 +146,7 @@ struct AfterCall {
     int stored;
     bool turn;
 };
-constexpr auto refused = std::nullopt;
+constexpr auto kRefused = std::nullopt;
 
 struct UnitCall {
     std::string name;
@@ -163,34 +163,34 @@ const UnitCall kCalls[] = {
      Event::begin,
      [](UnitOfWork& work) { work.begin(); },
      {AfterCall{State::open, 0, 0, false}, AfterCall{State::open, 1, 1, false},
-      AfterCall{State::openOnGathered, 1, 0, true}, refused, refused}},
+      AfterCall{State::openOnGathered, 1, 0, true}, kRefused, kRefused}},
     {"Commit",
      Event::commit,
      [](UnitOfWork& work) { work.commit(); },
-     {refused, refused, refused, AfterCall{State::idle, 2, 2, false},
-      AfterCall{State::idle, 2, 2, false}}                           },
+     {kRefused, kRefused, kRefused, AfterCall{State::idle, 2, 2, false},
+      AfterCall{State::idle, 2, 2, false}}                             },
     {"CommitLater",
      Event::commitLater,
      [](UnitOfWork& work) { work.commitLater(); },
-     {refused, refused, refused, AfterCall{State::gatheringTransactions, 2, 0, true},
-      AfterCall{State::gatheringTransactions, 2, 0, true}}           },
+     {kRefused, kRefused, kRefused, AfterCall{State::gatheringTransactions, 2, 0, true},
+      AfterCall{State::gatheringTransactions, 2, 0, true}}             },
     {"Rollback",
      Event::rollback,
      [](UnitOfWork& work) { work.rollback(); },
-     {refused, refused, refused, AfterCall{State::idle, 0, 0, false},
-      AfterCall{State::gatheringTransactions, 1, 0, true}}           },
+     {kRefused, kRefused, kRefused, AfterCall{State::idle, 0, 0, false},
+      AfterCall{State::gatheringTransactions, 1, 0, true}}             },
     {"Flush",
      Event::flush,
      [](UnitOfWork& work) { work.flush(); },
      {AfterCall{State::idle, 0, 0, false}, AfterCall{State::idle, 1, 1, false},
       AfterCall{State::idle, 1, 1, false}, AfterCall{State::open, 2, 0, true},
-      AfterCall{State::openOnGathered, 2, 0, true}}                  },
+      AfterCall{State::openOnGathered, 2, 0, true}}                    },
     {"Discard",
      Event::discard,
      [](UnitOfWork& work) { work.discard(); },
      {AfterCall{State::idle, 0, 0, false}, AfterCall{State::idle, 0, 0, false},
       AfterCall{State::idle, 0, 0, false}, AfterCall{State::open, 2, 0, true},
-      AfterCall{State::openOnGathered, 2, 0, true}}                  },
+      AfterCall{State::openOnGathered, 2, 0, true}}                    },
 };
 
 std::string nameOfCall(const testing::TestParamInfo<std::tuple<UnitCall, std::size_t>>& test) {
