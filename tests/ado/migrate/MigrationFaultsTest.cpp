@@ -38,6 +38,19 @@ protected:
         std::ifstream in(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(in), {}};
     }
+    /// Of a migration there over that line, which ends at those words.
+    void expectNothingKept(Relay& relay, Cut when, const char* words) {
+        const std::string direct = std::exchange(address_, relay.address());
+        relay.cut(when, words);
+        try {
+            static_cast<void>(there(path_));
+            ADD_FAILURE() << "was migrated";
+        } catch (const jet::Error& error) {
+            EXPECT_EQ(error.code(), Errc::offline);
+            EXPECT_THAT(error.what(), HasSubstr("Nada ficou nele"));
+        }
+        address_ = direct;
+    }
     /// What stands in the file's folder.
     [[nodiscard]] std::vector<std::string> names() const {
         std::vector<std::string> all;
@@ -51,8 +64,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(, MigrationFaults, testing::Values(jet::Version::jet4), versionName);
 
 TEST_P(MigrationFaults, ALineCutOnTheWayThereLeavesNothing) {
-    const std::string direct = address_;
-    Relay relay(direct);
+    Relay relay(address_);
     const std::pair<Cut, const char*> cuts[] = {
         {Cut::before,   "create schema valtrino"            },
         {Cut::answered, "create table \"bancos\""           },
@@ -67,16 +79,7 @@ TEST_P(MigrationFaults, ALineCutOnTheWayThereLeavesNothing) {
     };
     for (const auto& [when, words] : cuts) {
         SCOPED_TRACE(words);
-        address_ = relay.address();
-        relay.cut(when, words);
-        try {
-            static_cast<void>(there(path_));
-            ADD_FAILURE() << "was migrated";
-        } catch (const jet::Error& error) {
-            EXPECT_EQ(error.code(), Errc::offline);
-            EXPECT_THAT(error.what(), HasSubstr("Nada ficou nele"));
-        }
-        address_ = direct;
+        expectNothingKept(relay, when, words);
         EXPECT_EQ(answer("select count(*) from pg_namespace where nspname like 'valtrino%'"), "0");
         EXPECT_TRUE(bytes(path_) == before_);
     }
@@ -92,21 +95,11 @@ TEST_P(MigrationFaults, AServerThatStandsStillInTheMiddleLeavesNothing) {
         for (int i = 0; i < 40; ++i) // more than lies on the way
             database.table("notas").insert(jet::Row{std::string(300'000, 'n')});
     }
-    const std::string direct = address_;
     const auto silence = std::exchange(ado::ServerWire::silence, std::chrono::milliseconds(50));
     for (const char* words : {"copy \"notas\" from", "copy \"notas\" to"}) {
         SCOPED_TRACE(words);
-        Relay relay(direct);
-        address_ = relay.address();
-        relay.cut(Cut::never, words);
-        try {
-            static_cast<void>(there(path_));
-            ADD_FAILURE() << "was migrated";
-        } catch (const jet::Error& error) {
-            EXPECT_EQ(error.code(), Errc::offline);
-            EXPECT_THAT(error.what(), HasSubstr("Nada ficou nele"));
-        }
-        address_ = direct;
+        Relay relay(address_);
+        expectNothingKept(relay, Cut::never, words);
     }
     ado::ServerWire::silence = silence;
     EXPECT_EQ(answer("select count(*) from pg_namespace where nspname like 'valtrino%'"), "0");
