@@ -12,6 +12,8 @@
 
 set -euo pipefail
 
+source "$(dirname "${BASH_SOURCE[0]}")/../scripts/midday.sh"
+
 programs=$(realpath "$1")
 pictures=${2:-}
 # What keeps the shop's data, for journeys that compare the rows: one after the other.
@@ -93,6 +95,7 @@ start_windows() {
             > "$programs/$name"
         chmod +x "$programs/$name"
     done
+    keep_wine
     in_wine wineboot -i > /dev/null 2>&1
     {
         printf 'REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\Wine\\Fonts\\Replacements]\n'
@@ -274,7 +277,7 @@ help_wine() {
     if [ "$1" != Valtrino ] &&
         xdotool search --onlyvisible --name "^${1//[][]/.}\$" windowactivate; then
         title_is "$1"
-    elif ((looks % 45 == 0)) && [[ ${last_keys[*]} = alt+?" "? ]] && main_is_in_front; then
+    elif ((looks % 45 == 0)) && [[ ${last_keys[*]} =~ ^(alt\+.\ .|F[0-9]+)$ ]] && main_is_in_front; then
         ! title_is Valtrino || xdotool key --delay "$per_key" Escape Escape
         xdotool key --delay "$per_key" "${last_keys[@]}"
         return 1
