@@ -197,7 +197,7 @@ public:
         try {
             const Historico::Operacao operacao(historico_, Historico::kDesfazer, novo_);
             ado::Transaction tudo(base_);
-            base_.store().claim(); // from here on nobody else changes anything
+            base_.store().claimRows(); // from here on nobody else changes them
             if (!ler() || !base_.store().write(gravar_) || !historico_.impedimento().isEmpty())
                 return false;
             tudo.commit();
@@ -287,7 +287,7 @@ QString Desfazer::desfazer(std::int32_t grupo) {
     ado::Connection& base = dbconectar::instance().Automacao;
     const Historico::Operacao operacao(dbconectar::instance().historico, Historico::kDesfazer);
     ado::Transaction tudo(base);
-    base.store().claim(); // from here on nobody else changes anything
+    base.store().claimRows(); // from here on nobody else changes them
     ado::Recordset historico;
     historico.Open("select * from " + std::string(Historico::kTabela) +
                        " where grupo=" + std::to_string(grupo) + " order by id desc",

@@ -16,7 +16,6 @@
 #include <algorithm>
 #include <chrono>
 #include <iterator>
-#include <set>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -141,12 +140,12 @@ QString FrmHistorico::banco(const ado::Recordset& rs) const {
 /// Of all rows, which are gone through for it and stand at the first one again. The same names
 /// serve for one list after the other, until it is asked for anew.
 void FrmHistorico::lerNomes(ado::Recordset& rs) {
-    std::set<Nomes::Codigo> clientes;
-    std::set<Nomes::Codigo> bancos;
+    std::vector<Nomes::Codigo> clientes;
+    std::vector<Nomes::Codigo> bancos;
     const ado::Recordset& lido = rs;
     for (; !rs.EOF(); rs.MoveNext()) {
-        clientes.insert(Nomes::codigo(lido["cliente"]));
-        bancos.insert(Nomes::codigo(lido["banco"]));
+        clientes.push_back(Nomes::codigo(lido["cliente"]));
+        bancos.push_back(Nomes::codigo(lido["banco"]));
     }
     if (!clientes_ || !clientes_->bastamPara(clientes))
         clientes_.emplace("cliente_fornecedor", clientes);

@@ -56,17 +56,24 @@ void ordenarPorTexto(std::vector<Cheque>& cheques, ColunaDaAgenda coluna, Sentid
     cheques = std::move(ordenados);
 }
 
+/// If they aren't so already, as by their due dates they mostly are.
+template <class Sentido, class Campo>
+void ordenarPeloCampo(std::vector<Cheque>& cheques, Sentido sentido, Campo campo) {
+    if (!std::ranges::is_sorted(cheques, sentido, campo))
+        std::ranges::stable_sort(cheques, sentido, campo);
+}
+
 template <class Sentido>
 void ordenarPor(std::vector<Cheque>& cheques, ColunaDaAgenda coluna, Sentido sentido) {
     switch (coluna) {
     case kEmissao:
-        std::ranges::stable_sort(cheques, sentido, &Cheque::emissao);
+        ordenarPeloCampo(cheques, sentido, &Cheque::emissao);
         break;
     case kVencimento:
-        std::ranges::stable_sort(cheques, sentido, &Cheque::vencimento);
+        ordenarPeloCampo(cheques, sentido, &Cheque::vencimento);
         break;
     case kValor:
-        std::ranges::stable_sort(cheques, sentido, &Cheque::valor);
+        ordenarPeloCampo(cheques, sentido, &Cheque::valor);
         break;
     default:
         ordenarPorTexto(cheques, coluna, sentido);

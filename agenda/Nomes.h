@@ -5,7 +5,7 @@
 
 #include <cstdint>
 #include <optional>
-#include <set>
+#include <vector>
 
 namespace ado {
 class FieldValue;
@@ -19,16 +19,16 @@ public:
     using Codigo = std::optional<std::int64_t>;
     [[nodiscard]] static Codigo codigo(const ado::FieldValue& campo);
 
-    /// @throws jet::Error.
-    Nomes(const char* cadastro, const std::set<Codigo>& codigos);
+    /// The codes may come in any order and more than once. @throws jet::Error.
+    Nomes(const char* cadastro, std::vector<Codigo> codigos);
 
     /// Whether no code is among these that wasn't when they were read.
-    [[nodiscard]] bool bastamPara(const std::set<Codigo>& codigos) const;
+    [[nodiscard]] bool bastamPara(const std::vector<Codigo>& codigos) const;
 
     /// "" without a code; where the register has none, which code that is.
     [[nodiscard]] QString de(const Codigo& codigo) const;
 
 private:
-    std::set<Codigo> lidos_;
+    std::vector<Codigo> lidos_; ///< in their order, each once
     QHash<std::int64_t, QString> porCodigo_;
 };

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
-#include <set>
 #include <utility>
 
 namespace Vencimentos {
@@ -59,6 +58,7 @@ std::vector<Cheque> ler(const QString& onde) {
                banco = rs["banco"], agencia = rs["agencia"], emissao = rs["data"],
                vencimento = rs["bompara"], valor = rs["valor"];
     std::vector<Cheque> cheques;
+    std::vector<Nomes::Codigo> clientes;
     std::vector<Nomes::Codigo> bancos;
     for (; !lista.EOF(); lista.MoveNext()) {
         cheques.push_back({.lancamento = lancamento.integer(),
@@ -70,13 +70,11 @@ std::vector<Cheque> ler(const QString& onde) {
                            .emissao = Valores::dia(emissao),
                            .vencimento = Valores::dia(vencimento),
                            .valor = Valores::valor(valor)});
+        clientes.push_back(cheques.back().codigoDoCliente);
         bancos.push_back(Nomes::codigo(banco));
     }
-    std::set<Nomes::Codigo> clientes;
-    for (const Cheque& cheque : cheques)
-        clientes.insert(cheque.codigoDoCliente);
-    const Nomes dosClientes("cliente_fornecedor", clientes);
-    const Nomes dosBancos("bancos", {bancos.begin(), bancos.end()});
+    const Nomes dosClientes("cliente_fornecedor", std::move(clientes));
+    const Nomes dosBancos("bancos", bancos);
     for (std::size_t i = 0; i < cheques.size(); ++i) {
         cheques[i].cliente = dosClientes.de(cheques[i].codigoDoCliente);
         cheques[i].banco = dosBancos.de(bancos[i]);

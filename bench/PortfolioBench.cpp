@@ -4,7 +4,7 @@
 #include "ado/Recordset.h"
 #include "agenda/FrmAgenda.h"
 #include "agenda/FrmHistorico.h"
-#include "agenda/SomasDaCarteira.h"
+#include "agenda/painel/SomasDaCarteira.h"
 #include "bench/BenchData.h"
 #include "bench/BenchWindows.h"
 #include "controls/box/DatePicker.h"

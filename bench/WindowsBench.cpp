@@ -1,7 +1,7 @@
 // What a clerk waits for in each window over a server of its own, with as many cheques as no file
 // holds, and how often the window waits for the server:
 //
-//     windows_bench [cheques]
+//     windows_bench [cheques [window]]     (of all windows, or of that one, as "agenda")
 #include "support/Cluster.h"
 #include "support/WindowOperations.h"
 
@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
 namespace {
 
@@ -27,11 +28,13 @@ public:
     explicit WindowsMeasured(int cheques)
         : WindowOperations(std::min(kClients, cheques / kOfEach), cheques) {}
 
-    void run() {
+    /// Of that window alone, if one is named.
+    void run(std::string_view window) {
         SetUp();
         std::printf("%-18s %-40s %5s %10s %10s\n", "", "", "waits", "median ms", "most ms");
         for (const Operation& operation : operations())
-            measure(operation);
+            if (window.empty() || window == operation.window)
+                measure(operation);
         TearDown();
     }
 
@@ -72,6 +75,6 @@ int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     const QApplication application(argc, argv);
     Cluster::likeAShops();
-    WindowsMeasured(argc == 2 ? std::atoi(argv[1]) : kCheques).run();
+    WindowsMeasured(argc > 1 ? std::atoi(argv[1]) : kCheques).run(argc > 2 ? argv[2] : "");
     return EXIT_SUCCESS;
 }

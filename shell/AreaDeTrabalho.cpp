@@ -1,6 +1,6 @@
 #include "shell/AreaDeTrabalho.h"
 
-#include "agenda/PainelDoDia.h"
+#include "agenda/painel/PainelDoDia.h"
 #include "controls/look/Icons.h"
 
 #include <QEvent>

@@ -1,6 +1,6 @@
 #include "shell/MDICheques.h"
 
-#include "agenda/PainelDoDia.h"
+#include "agenda/painel/PainelDoDia.h"
 #include "controls/look/Icons.h"
 #include "controls/typing/KeyHabits.h"
 #include "controls/window/Form.h"

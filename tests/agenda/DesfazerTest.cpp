@@ -87,10 +87,10 @@ TEST_P(Undoing, TakesTheRecordOfABouncedChequeBack) {
 class UndoingFarAway : public Undoing {
 protected:
     /// How often that waits for the server.
-    static std::uint64_t waits(std::int32_t group) {
+    static std::uint64_t waits(std::int32_t group, const char* says = "") {
         const ado::Store& store = data().Automacao.store();
         const std::uint64_t before = store.tally().waits;
-        EXPECT_EQ(Desfazer::desfazer(group), "");
+        EXPECT_EQ(Desfazer::desfazer(group), says);
         return store.tally().waits - before;
     }
 };
@@ -114,6 +114,16 @@ TEST_P(UndoingFarAway, AsksAndWritesAtOnceHoweverManyThereAre) {
         EXPECT_EQ(history.end()[-back], "desfazer|");
         EXPECT_THAT(history.end()[-rows - back], testing::MatchesRegex("expurgo\\|[0-9]+"));
     }
+}
+
+TEST_P(UndoingFarAway, RefusesInTwoWays) {
+    constexpr std::uint64_t kWays = 2; // what the history says, at once and one after the other
+    settle({0});
+    const std::int32_t group = std::stoi(recorded("grupo").back());
+    EXPECT_EQ(waits(group), 3U);
+    const Strings after = cheques();
+    EXPECT_EQ(waits(group, "Isto já foi desfeito."), kWays);
+    EXPECT_EQ(cheques(), after);
 }
 
 /// A table beside the shop's, whose rows go with the cheques, and clients whose cheques go with

@@ -3,7 +3,7 @@
 
 #include "agenda/FrmAgenda.h"
 #include "agenda/FrmFicha.h"
-#include "agenda/PainelDoDia.h"
+#include "agenda/painel/PainelDoDia.h"
 #include "controls/box/ListView.h"
 #include "shell/MDICheques.h"
 #include "support/ChequeShop.h"

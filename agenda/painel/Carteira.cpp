@@ -1,6 +1,6 @@
-#include "agenda/Carteira.h"
+#include "agenda/painel/Carteira.h"
 
-#include "agenda/SomasDaCarteira.h"
+#include "agenda/painel/SomasDaCarteira.h"
 #include "controls/window/Failure.h"
 #include "jet/Error.h"
 #include "shell/dbconectar.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "agenda/Carteira.h"
+#include "agenda/painel/Carteira.h"
 #include "shell/ClienteMostrado.h"
 
 #include <QDate>
@@ -10,12 +10,11 @@
 #include <optional>
 #include <vector>
 
-class BarChart;
 class FigureButton;
-class ListView;
+class GraficoDoDia;
+class MaioresClientes;
 class QGridLayout;
 class QLabel;
-class QPushButton;
 class QToolButton;
 
 /// The day at a glance: what is due, late and bounced, what falls due on the days or in the weeks
@@ -40,7 +39,6 @@ signals:
 
 protected:
     bool event(QEvent* event) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -49,33 +47,21 @@ protected:
 private:
     QWidget* montarCabecalho();
     QWidget* montarFiguras();
-    QWidget* montarGrafico();
-    QWidget* montarClientes();
     /// Gives each part its place, or leaves it out.
     void arrumar();
     void dispor(int largura);
-    /// What the current bar says, beside the chart's caption, if there is room for all of it.
-    void mostrarBarra();
 
     void Carteira_Mudou() { mostrar(); }
     void Relogio_Timer();
-    void cmdgrafico_Click();
-    void grfvencimentos_Click(int barra);
     void cmdsemfundos_Click();
-    void abrirFicha();
 
     void mostrar();
     /// Why there are no sums yet.
     [[nodiscard]] QString espera() const;
     void mostrarFiguras();
-    void mostrarGrafico();
-    void listarClientes();
 
     QDate (*hoje_)();
     QDate mostrado_; ///< the day of what is on show
-    bool porSemana_ = false;
-    std::vector<Vencimentos::Dias> barras_;
-    std::vector<std::int64_t> clientes_; ///< by row of lstclientes
 
     Carteira carteira_;
     QTimer Relogio{this};
@@ -86,14 +72,9 @@ private:
     int colunas_ = 0;                        ///< of figures
     std::vector<FigureButton*> vencimentos_; ///< as kFiguras
     FigureButton* cmdsemfundos;
-    QLabel* lblgrafico;
-    QLabel* lblbarra;
-    QPushButton* cmdgrafico;
-    BarChart* grfvencimentos;
-    ListView* lstclientes;
     QWidget* cabecalho_;
     QWidget* figuras_;
-    QWidget* grafico_;
-    QWidget* maiores_;
+    GraficoDoDia* grafico_;
+    MaioresClientes* maiores_;
     QLabel* lblteclas;
 };

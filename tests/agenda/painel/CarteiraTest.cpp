@@ -1,4 +1,4 @@
-#include "agenda/Carteira.h"
+#include "agenda/painel/Carteira.h"
 
 #include "agenda/Agenda.h"
 #include "jet/Database.h"

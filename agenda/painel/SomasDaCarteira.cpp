@@ -1,4 +1,4 @@
-#include "agenda/SomasDaCarteira.h"
+#include "agenda/painel/SomasDaCarteira.h"
 
 #include "ado/Connection.h"
 #include "shell/Valores.h"

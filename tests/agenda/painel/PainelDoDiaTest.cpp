@@ -1,4 +1,4 @@
-#include "agenda/PainelDoDia.h"
+#include "agenda/painel/PainelDoDia.h"
 
 #include "agenda/Agenda.h"
 #include "agenda/FrmFicha.h"
@@ -101,6 +101,16 @@ TEST_P(Painel, TellsWhatIsDueLateAndBounced) {
     EXPECT_EQ(figura("cmdsemfundos"), "1 cheque, R$ 75,50");
     EXPECT_EQ(control(*painel_, "cmdhoje").accessibleName(), "Vencem hoje: 2 cheques, R$ 100,99");
     EXPECT_EQ(grafico().accessibleName(), "Vencem por dia, em 30 dias");
+}
+
+TEST_P(Painel, IsWalkedThroughByWhatIsUsedEveryDayFirst) {
+    givenCheques();
+    enter(somado(), "cmdhoje");
+    for (const char* nome : {"cmdsemana", "cmdatrasados", "cmdsemfundos", "cmdgrafico",
+                             "grfvencimentos", "lstclientes", "cmdocultar", "cmdhoje"}) {
+        press(Qt::Key_Tab);
+        EXPECT_EQ(focus(), nome);
+    }
 }
 
 TEST_P(Painel, TellsNoSumBeforeAllIsRead) {
