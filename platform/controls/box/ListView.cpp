@@ -351,7 +351,7 @@ void ListView::keyPressEvent(QKeyEvent* event) {
     event->accept();
     announceRows();
     const QModelIndex current = currentIndex();
-    if (!current.isValid() || KeyHabits::isHeld() || event->isAutoRepeat())
+    if (!current.isValid() || KeyHabits::isHeld())
         return; // a key held down must not click or tick twice
     if (!space || !model_->hasCheckBoxes())
         tellClick(current);

@@ -2,6 +2,7 @@
 
 #include "controls/folder/FolderReader.h"
 #include "controls/look/Icons.h"
+#include "controls/typing/KeyHabits.h"
 #include "controls/typing/Typing.h"
 
 #include <QStyle>
@@ -41,7 +42,7 @@ void FileList::fill(const QString& folder, QStringList names) {
 void FileList::keyPressEvent(QKeyEvent* event) {
     if (!isEnter(*event) && event->key() != Qt::Key_Space)
         return QListWidget::keyPressEvent(event);
-    if (currentItem() && !event->isAutoRepeat())
+    if (currentItem() && !KeyHabits::isHeld())
         emit fileClicked();
 }
 

@@ -3,6 +3,7 @@
 #include "controls/folder/FolderReader.h"
 #include "controls/look/Icons.h"
 #include "controls/system/Drives.h"
+#include "controls/typing/KeyHabits.h"
 #include "controls/typing/Typing.h"
 
 #include <QHeaderView>
@@ -136,7 +137,7 @@ void FolderTree::resizeEvent(QResizeEvent* event) {
 void FolderTree::keyPressEvent(QKeyEvent* event) {
     if (!isEnter(*event) && event->key() != Qt::Key_Space)
         return QTreeWidget::keyPressEvent(event);
-    if (currentItem() && !event->isAutoRepeat())
+    if (currentItem() && !KeyHabits::isHeld())
         emit folderClicked();
 }
 

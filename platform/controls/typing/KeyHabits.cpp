@@ -64,22 +64,13 @@ void KeyHabits::leaveAgain() {
         inFront_->requestActivate(); // Qt has asked for the other one meanwhile
 }
 
-void KeyHabits::notice(const QKeyEvent& key) {
-    if (key.type() == QEvent::KeyRelease) {
-        releasedKey_ = key.key();
-        releasedAt_ = key.timestamp();
-        return;
-    }
-    held_ = key.isAutoRepeat() ||
-            (releasedAt_ != 0 && key.key() == releasedKey_ && key.timestamp() == releasedAt_);
-}
-
 bool KeyHabits::eventFilter(QObject* watched, QEvent* event) {
     const auto type = event->type();
     if (type != QEvent::KeyPress && type != QEvent::KeyRelease && type != QEvent::ShortcutOverride)
         return false;
     const auto& key = *static_cast<QKeyEvent*>(event);
-    notice(key);
+    repeats_.notice(key);
+    held_ = repeats_.isHeld();
     if (type != QEvent::KeyRelease && watched->isWindowType())
         comeBackTo(static_cast<const QWindow&>(*watched));
     if (type == QEvent::KeyRelease || !watched->isWidgetType())

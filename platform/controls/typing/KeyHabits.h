@@ -1,5 +1,7 @@
 #pragma once
 
+#include "controls/system/KeyRepeats.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
@@ -22,8 +24,7 @@ public:
     /// Has the keys of the application watched from now on; does so once.
     static void install();
 
-    /// Whether the key at work repeats because it is held down. Some screens tell only by its time:
-    /// it is pressed again in the very moment in which it was let go.
+    /// Whether the key at work repeats because it is held down.
     [[nodiscard]] static bool isHeld() noexcept { return held_; }
 
 protected:
@@ -32,14 +33,12 @@ protected:
 private:
     using QObject::QObject;
 
-    void notice(const QKeyEvent& key);
     /// For a key of a window that has been left since, until no more of them come.
     void comeBackTo(const QWindow& window);
     void leaveAgain();
 
     inline static bool held_ = false;
-    int releasedKey_ = 0;
-    quint64 releasedAt_ = 0;
+    KeyRepeats repeats_;
     QTimer leaving_;
     QPointer<QWindow> inFront_; ///< what has; null: another program
 };

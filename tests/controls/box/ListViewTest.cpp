@@ -2,6 +2,7 @@
 
 #include "controls/look/Icons.h"
 #include "controls/look/Style.h"
+#include "controls/typing/KeyHabits.h"
 #include "support/FormTest.h"
 
 #include <QElapsedTimer>
@@ -18,6 +19,7 @@ namespace {
 class BankList : public FormTest {
 protected:
     BankList() {
+        KeyHabits::install();
         list_ = new ListView;
         list_->setObjectName("lstListagem");
         auto* column = new QVBoxLayout(&window_);
