@@ -200,7 +200,10 @@ void change(Case& subject, const Format& format, fuzz::Input& input) {
 
 /// The journal with checksums of its own.
 Bytes journalOf(const Case& subject, const Format& format) {
-    MemoryDisk disk;
+    MemoryDisk disk({
+        {kPath, subject.file}
+    });
+    const File database(kPath, File::Mode::read, disk);
     ChangedPages changed{subject.header.fileBefore, subject.header.fileAfter, {}, {}};
     for (const Entry& entry : subject.entries)
         changed.pages.push_back({static_cast<PageNo>(entry.page), entry.after});
@@ -212,7 +215,7 @@ Bytes journalOf(const Case& subject, const Format& format) {
         const Bytes& before = subject.entries[asked++].before;
         return before.empty() ? none : before;
     };
-    Journal journal(kPath, format, disk);
+    Journal journal(database, format);
     journal.write(subject.header, changed);
     return disk.image().at(kJournal);
 }

@@ -39,10 +39,9 @@ File make(const std::filesystem::path& path, Disk& disk) {
     return {path, File::Mode::makeBeside, disk};
 }
 
-void share(File& file, const std::filesystem::path& database, Holds what) noexcept {
+void share(File& file, const File& database, Holds what) noexcept {
     try {
-        Disk::Rights rights =
-            File(database, File::Mode::readBeside, file.disk()).attributes().rights;
+        Disk::Rights rights = database.attributes().rights;
         rights.mode = (rights.mode & kReadWrite) | kOwn;
         if (file.takeRights(rights) || what == Holds::data ||
             file.attributes().rights.owner == rights.owner)
@@ -50,7 +49,7 @@ void share(File& file, const std::filesystem::path& database, Holds what) noexce
         rights.mode |= (rights.mode & kRead) >> 1;
         static_cast<void>(file.takeRights(rights));
     } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
-        // Nobody's file yet, one of a disk that has no rights, or no memory to ask for them.
+        // A disk that has no rights, or no memory to ask for them.
     }
 }
 

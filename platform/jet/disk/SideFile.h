@@ -28,10 +28,10 @@ enum class Holds : std::uint8_t {
     data, ///< pages of the database: nobody may read them who mayn't read that
     names ///< locks and names of machines: who may read the database must be able to lock
 };
-/// Gives `file` the rights of the database, as File::path() has it, as far as we may, and those of
-/// reading and writing to whoever owns it. Where the database's owner can't be its owner too, he
-/// may still use it, if it holds nothing secret.
-void share(File& file, const std::filesystem::path& database, Holds what) noexcept;
+/// Gives `file` the rights of the database, as far as we may, and those of reading and writing to
+/// whoever owns it. Where the database's owner can't be its owner too, he may still use it, if it
+/// holds nothing secret.
+void share(File& file, const File& database, Holds what) noexcept;
 
 } // namespace side
 

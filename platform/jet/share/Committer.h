@@ -31,8 +31,7 @@ class Committer {
 public:
     /// `user` is whose commit pair is used.
     Committer(File& database, const Format& format, std::size_t user)
-        : database_(database), format_(format), user_(user),
-          journal_(database.path(), format, database.disk()) {}
+        : database_(database), format_(format), user_(user), journal_(database, format) {}
 
     /// @throws Error{full, io}. The file is then as before; only if even that can't be brought
     ///         about, isBroken() is true from then on: nobody may use the file until another

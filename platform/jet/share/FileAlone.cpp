@@ -24,7 +24,8 @@ FileAlone::FileAlone(const std::filesystem::path& database, Disk& disk) : lock_(
     do {
         if (++round > side::kMostRounds)
             inUse("");
-        lock_.open();
+        const std::optional<File> there = File::ifThere(database, File::Mode::read, disk);
+        lock_.open(there ? &*there : nullptr);
         for (const std::uint64_t what :
              {LockFile::kWriting, LockFile::kReading, LockFile::kEntering})
             if (!waitFor([&] { return lock_.tryLock(what); }, kLongest))

@@ -120,8 +120,9 @@ std::uint32_t Journal::sectorSum(std::span<const std::byte> sector) noexcept {
     return static_cast<std::uint32_t>(checksum(sector));
 }
 
-Journal::Journal(const std::filesystem::path& database, const Format& format, Disk& disk)
-    : database_(database), path_(pathFor(database)), format_(format), disk_(disk) {}
+Journal::Journal(const File& database, const Format& format)
+    : database_(database), path_(pathFor(database.path())), format_(format),
+      disk_(database.disk()) {}
 
 Journal::Found Journal::find(const std::filesystem::path& database, Disk& disk, bool forWriting) {
     using enum Found::What;

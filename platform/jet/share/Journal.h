@@ -72,7 +72,7 @@ public:
     [[nodiscard]] static Found find(const std::filesystem::path& database, Disk& disk,
                                     bool forWriting = false);
 
-    Journal(const std::filesystem::path& database, const Format& format, Disk& disk);
+    Journal(const File& database, const Format& format);
 
     [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
 
@@ -139,7 +139,7 @@ private:
     void open();
     [[nodiscard]] bool openOrMake();
 
-    std::filesystem::path database_;
+    const File& database_;
     std::filesystem::path path_;
     const Format& format_;
     Disk& disk_;

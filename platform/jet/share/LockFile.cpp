@@ -77,7 +77,7 @@ void LockFile::leave() {
     file_.reset();
 }
 
-void LockFile::open() {
+void LockFile::open(const File* database) {
     file_.reset();
     if (path_ == database_)
         throw Error(Errc::readOnly, "O banco de dados \"" + database_.string() +
@@ -95,7 +95,8 @@ void LockFile::open() {
             file_.reset();
             throw;
         }
-        side::share(*file_, database_, side::Holds::names);
+        if (database)
+            side::share(*file_, *database, side::Holds::names);
         return;
     }
     throw Error(Errc::io,

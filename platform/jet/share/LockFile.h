@@ -49,9 +49,9 @@ public:
     LockFile(const LockFile&) = delete;
     LockFile& operator=(const LockFile&) = delete;
 
-    /// Opens the file, or makes it.
+    /// Opens the file, or makes it: with the rights of `database`, if given.
     /// @throws Error{readOnly, io} if it can't be made, or what has its name is no lock file.
-    void open();
+    void open(const File* database = nullptr);
     /// Whether the file opened is still the one of that name.
     [[nodiscard]] bool isCurrent() const { return file_->isAt(path_); }
     [[nodiscard]] bool isOpen() const noexcept { return file_.has_value(); }

@@ -30,7 +30,7 @@ constexpr const char* kByAnotherName =
 
 void Presence::open() {
     try {
-        lock_.open();
+        lock_.open(&database_);
         // Some shares have no locks: then this says so.
         if (lock_.tryLock(LockFile::kReading, Disk::Lock::shared))
             lock_.unlock(LockFile::kReading);

@@ -66,7 +66,7 @@ void Sharing::enter() {
             if (round > kMostRounds)
                 throw Error(Errc::io, "O arquivo .ldb ao lado de " + name +
                                           " não se deixa abrir: a pasta muda sem parar.");
-            lock.open();
+            lock.open(&database);
             continue;
         }
         if (!database.isAt(database.path()))

@@ -200,7 +200,7 @@ public:
         const bool atOnce = writes(mode) && mode != Mode::createNew;
         if (atOnce && network != nullptr) // unreached: see shares.sh
             handle = writeThrough(handle, flags);
-        static_cast<void>(::fcntl(handle, F_SETFL, ::fcntl(handle, F_GETFL) & ~O_NONBLOCK));
+        static_cast<void>(::fcntl(handle, F_SETFL, 0)); // O_NONBLOCK; the others can't be set
         return std::make_unique<SystemHandle>(handle, network != nullptr && network->remembers);
     }
     std::filesystem::path resolved(const std::filesystem::path& path) override {

@@ -3,12 +3,11 @@
 #include "jet/system/WindowsFile.h"
 
 #include <cerrno>
-#include <chrono>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <winternl.h>
 
 namespace jet {
 
@@ -41,31 +40,15 @@ bool isFolder(const std::filesystem::path& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-/// Whether a drive is another machine's. Its type takes long to ask and stays what it is while a
-/// database is opened.
-bool isRemote(const std::filesystem::path& drive) {
-    constexpr std::chrono::seconds kStays{1};
-    static std::mutex mutex;
-    static std::filesystem::path last;
-    static std::chrono::steady_clock::time_point asked;
-    static bool remote = false;
-    const std::lock_guard lock(mutex);
-    const auto now = std::chrono::steady_clock::now();
-    if (drive != last || now - asked >= kStays) {
-        remote = ::GetDriveTypeW((drive / "").c_str()) == DRIVE_REMOTE;
-        last = drive;
-        asked = now;
-    }
-    return remote;
-}
-
-/// Of another machine: what is written there goes through at once.
-bool isOnShare(const std::filesystem::path& path) {
-    const std::wstring& name = path.native();
-    if (name.starts_with(L"\\\\"))
-        return !name.starts_with(L"\\\\.\\") &&
-               (!name.starts_with(L"\\\\?\\") || name.starts_with(L"\\\\?\\UNC\\"));
-    return path.has_root_name() && isRemote(path.root_name());
+/// Whether a file is on another machine: what is written there goes through at once. Asked of the
+/// open file, which knows; of a drive's letter it takes long to find out.
+bool isOnShare(HANDLE file) {
+    constexpr ULONG kRemote = 0x10; // FILE_REMOTE_DEVICE, which stands in a header for drivers
+    IO_STATUS_BLOCK done{};
+    FILE_FS_DEVICE_INFORMATION device{};
+    return ::NtQueryVolumeInformationFile(file, &done, &device, sizeof device,
+                                          FileFsDeviceInformation) >= 0 &&
+           (device.Characteristics & kRemote) != 0;
 }
 
 /// Why the file can't be written, or 0. One that another is just writing in could be.
@@ -108,21 +91,25 @@ public:
         // One that works in a database has its handle for writing only while it writes.
         const bool keepsClosed = mode == Mode::readWrite;
         const DWORD access = GENERIC_READ | (writes(mode) ? DWORD{GENERIC_WRITE} : 0);
-        const DWORD flags = (isBeside(mode) ? FILE_FLAG_OPEN_REPARSE_POINT : 0) |
-                            (writes(mode) && isOnShare(path) ? FILE_FLAG_WRITE_THROUGH : 0);
+        DWORD flags = isBeside(mode) ? FILE_FLAG_OPEN_REPARSE_POINT : 0;
         const std::wstring name = forCalls(path);
         Owned file;
-        const auto tryOpen = [&](DWORD wanted) {
+        const auto tryOpen = [&](DWORD wanted, DWORD how) {
             return patiently([&] {
-                file =
-                    Owned(::CreateFileW(name.c_str(), wanted, kShareAll, nullptr,
-                                        makes(mode) ? CREATE_NEW : OPEN_EXISTING, flags, nullptr));
+                file = Owned(
+                    ::CreateFileW(name.c_str(), wanted, kShareAll, nullptr, how, flags, nullptr));
                 return file.isOpen();
             });
         };
         error = keepsClosed ? refusalToWrite(name) : 0;
         if (error == 0)
-            error = tryOpen(keepsClosed ? DWORD{GENERIC_READ} : access);
+            error = tryOpen(keepsClosed ? DWORD{GENERIC_READ} : access,
+                            makes(mode) ? CREATE_NEW : OPEN_EXISTING);
+        if (error == 0 && writes(mode) && isOnShare(file.get())) {
+            flags |= FILE_FLAG_WRITE_THROUGH;
+            if (!keepsClosed)
+                error = tryOpen(access, OPEN_EXISTING);
+        }
         if (error == 0)
             error = whatElse(file.get(), isBeside(mode));
         else if (error == EACCES && isFolder(path))

@@ -68,6 +68,17 @@ TEST_P(DroppedTable, HasNoRelationshipNotEvenOneThatOnlyTheCatalogTellsOf) {
     EXPECT_EQ(table("fichas").rowCount(), 3);
 }
 
+TEST_P(DroppedTable, IsNoneOfTheFilesOwn) {
+    database_.reset();
+    try {
+        dropTable(path(), "MSysObjects");
+        ADD_FAILURE() << "it was dropped";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.code(), Errc::misuse);
+    }
+    database_.emplace(path());
+}
+
 // The set of a large table's pages goes on on pages of its own; of the older format it is the
 // smaller table that is so large.
 TEST_P(LargeDroppedTable, GivesBackThePagesThatNameItsPages) {

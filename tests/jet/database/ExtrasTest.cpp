@@ -2,6 +2,7 @@
 #include "jet/Extras.h"
 
 #include "jet/Check.h"
+#include "jet/ExtendTable.h"
 #include "jet/Rules.h"
 #include "jet/SampleFiles.h"
 #include "jet/database/Relationships.h"
@@ -205,6 +206,40 @@ TEST_P(ExtrasInFiles, ARelationshipWhoseIndexHasTooFewColumnsIsToldByTheRowsAlon
     for (RowCursor row = rows.scan(); row.first();)
         rows.erase(row.id());
     EXPECT_THAT(relationshipsOf(database, database.table("cheques")), IsEmpty());
+}
+
+// Another program's index of the column serves; where no more are taken, the rows tell of it alone.
+TEST_P(ExtrasInFiles, ARelationshipTakesTheIndexThatIsThere) {
+    const auto path = made("laços.mdb", GetParam());
+    Database database(path);
+    const auto relationshipsToldOf = [&] {
+        return std::ranges::count(database.table("cheques").definition().logicalIndexes,
+                                  LogicalIndex::Kind::relationship, &LogicalIndex::kind);
+    };
+    const auto add = [&](const std::string& name) {
+        relate(database, {name, "cheques", "bancos", {{"banco", "codigo"}}, 0});
+    };
+    add("outro nome");
+    add("PrimaryKey"); // which an index of the cheques is called
+    EXPECT_EQ(relationshipsToldOf(), 2);
+    EXPECT_EQ(database.table("cheques").indexes().size(), 2U);
+    for (int i = 0; i < 40; ++i)
+        add("mais " + std::to_string(i));
+    EXPECT_LT(relationshipsToldOf(), 31);
+    EXPECT_EQ(extrasOf(database).relationships.size(), 42U);
+    try {
+        extendTable(database, "cheques",
+                    {
+                        "", {                    },
+                         { {"x", {{"agencia"}}}, {"y", {{"agencia"}}}}
+        });
+        ADD_FAILURE() << "has two indexes more";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.code(), Errc::full) << error.what();
+    }
+    EXPECT_THROW(relate(database, {"sem campo", "cheques", "bancos", {{"praça", "codigo"}}, 0}),
+                 Error);
+    EXPECT_THAT(check(path).findings, IsEmpty());
 }
 
 TEST_P(ExtrasInFiles, ARelationshipIsKeptFromThenOn) {

@@ -58,6 +58,7 @@ TEST(DiskErrors, AreToldByWhatTheOperatorCanDo) {
         {EISDIR,  Errc::io,       Errc::io,       "não é um arquivo comum"},
         {ELOOP,   Errc::io,       Errc::io,       "é um atalho"            },
         {EIO,     Errc::io,       Errc::io,       "não responde"           },
+        {9999,    Errc::io,       Errc::io,       "erro 9999 do sistema"    },
     };
     for (const auto& [error, code, folderCode, words] : cases) {
         SCOPED_TRACE(words);

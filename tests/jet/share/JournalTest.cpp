@@ -276,7 +276,8 @@ TEST_P(LeftJournal, ThatDoesntKnowEveryPageItWouldCutOffIsSetAside) {
     header.fileBefore -= 2;
     header.changes = 0;
     ASSERT_TRUE(disk.remove(kJournal) == 0);
-    Journal(kPath, format(), disk).write(header, {header.fileBefore, header.fileAfter, {}, {}});
+    const File database(kPath, File::Mode::read, disk);
+    Journal(database, format()).write(header, {header.fileBefore, header.fileAfter, {}, {}});
     expectSetAside(disk.image(), "incompleto", false);
 }
 
