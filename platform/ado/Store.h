@@ -51,6 +51,9 @@ public:
     /// Inside a transaction: from here on nobody else changes what it is about to read, and all
     /// that others have written until now is seen. @throws Error{locked, readOnly}.
     virtual void claim() = 0;
+    /// The same of the rows that are there, which nobody else then changes or erases; on a server
+    /// who only adds rows doesn't wait for it. For who reads rows to say what they are to be.
+    virtual void claimRows() { claim(); }
     /// A row as it is and as it is to be: null before of a new one, null after of one to be erased.
     struct RowWrite {
         std::string table;

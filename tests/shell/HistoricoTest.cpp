@@ -7,6 +7,7 @@
 #include "collections/FrmRenegociar.h"
 #include "controls/box/ListView.h"
 #include "shell/FailingShop.h"
+#include "support/Cluster.h"
 #include "support/FileRules.h"
 #include "support/MdbTools.h"
 
@@ -231,6 +232,27 @@ TEST_P(KeptHistory, AFullDiskRefusesTheChequeWithItsHistory) {
     data().Automacao.flush();
     EXPECT_THAT(onDisk(), ElementsAre("2", "3", "4", "5"));
     EXPECT_THAT(recorded("lancamento"), ElementsAre("1"));
+}
+
+// There deleting makes no room, so nothing goes without its history.
+TEST_P(KeptHistory, AFullServerRefusesTheChequeWithItsHistory) {
+    if (!onServer())
+        GTEST_SKIP() << "AFullDiskRefusesTheChequeWithItsHistory";
+    settle({0});
+    static_cast<void>(Cluster::answer(
+        Mirtal::DatabaseFolder.toStdString(),
+        "do $do$ begin create function cheio() returns trigger language plpgsql as $f$ begin "
+        "raise exception using errcode = 'disk_full'; end $f$; create trigger cheio before insert "
+        "on valtrino_historico for each row execute function cheio(); end $do$"));
+    settle({0, 1});
+    EXPECT_THAT(failed_, ElementsAre(AllOf(HasSubstr("O servidor não tem mais espaço"),
+                                           HasSubstr("Nenhum cheque foi baixado."),
+                                           HasSubstr("Os outros continuam cadastrados."))));
+    EXPECT_THAT(rows("select lancamento from cheques order by lancamento"),
+                ElementsAre("2", "3", "4", "5"));
+    EXPECT_THAT(recorded("lancamento"), ElementsAre("1"));
+    EXPECT_EQ(data().historico.impedimento(), "");
+    EXPECT_THAT(told_, IsEmpty());
 }
 
 TEST_P(KeptHistory, TwoStationsShareOne) {

@@ -11,6 +11,8 @@
 #include <QToolBar>
 #include <QToolButton>
 
+#include <memory>
+
 namespace {
 
 TEST_P(MainWindow, TellsAmongTheNewsThatNoHistoryIsKept) {
@@ -108,17 +110,30 @@ TEST_P(MainWindow, SaysThatTheFileHasErrorsUntilItHasNone) {
     EXPECT_TRUE(mark.isVisible());
     EXPECT_THAT(mark.toolTip().toStdString(), testing::HasSubstr("página danificada"));
     const QString sound = QString::fromStdString(copy->string());
-    expectMessage("Mensagem",
-                  mark.toolTip() +
-                      "\n\nEnquanto o arquivo estiver assim, nenhuma cópia de segurança é apagada. "
-                      "A cópia boa mais recente é\n" +
-                      sound +
-                      "\n\nPara voltar a ela, feche o programa em todas as estações e peça ao "
-                      "técnico que execute\n\nvaltrino-mdb restore \"" +
-                      sound + "\" \"" + QString::fromStdString(shop().file().string()) +
-                      "\"\n\nO arquivo de agora fica guardado ao lado. O que foi lançado depois da "
-                      "cópia terá de ser lançado de novo.");
-    click(window, "pnlDano");
+    // The copies are looked through beside the window, which is asked again until that has ended.
+    const auto told = std::make_shared<Message>();
+    setMessageFunction([told](const Message& message) {
+        *told = message;
+        return MessageAnswer::ok;
+    });
+    for (const QDeadlineTimer patience(60'000); !patience.hasExpired();) {
+        click(window, "pnlDano");
+        if (!told->text.contains("sendo conferidas"))
+            break;
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    }
+    EXPECT_EQ(
+        *told,
+        (Message{mark.toolTip() +
+                     "\n\nEnquanto o arquivo estiver assim, nenhuma cópia de segurança é apagada. "
+                     "A cópia boa mais recente é\n" +
+                     sound +
+                     "\n\nPara voltar a ela, feche o programa em todas as estações e peça ao "
+                     "técnico que execute\n\nvaltrino-mdb restore \"" +
+                     sound + "\" \"" + QString::fromStdString(shop().file().string()) +
+                     "\"\n\nO arquivo de agora fica guardado ao lado. O que foi lançado depois da "
+                     "cópia terá de ser lançado de novo.",
+                 "Mensagem", MessageIcon::exclamation}));
 
     // Another start of the program knows at once, and looks whether it is still so.
     window.largarCopia();

@@ -83,10 +83,11 @@ void Relay::stand(bool still) {
     still_ = still;
 }
 
-void Relay::cut(Cut when, const std::string& words) {
+void Relay::cut(Cut when, const std::string& words, int times) {
     const std::lock_guard lock(mutex_);
     when_ = when;
     words_ = words;
+    times_ = times;
 }
 
 void Relay::serve() {
@@ -146,7 +147,7 @@ void Relay::admit() {
     open_.push_back(std::move(line));
 }
 
-/// Whether that is the statement that a line is to be cut at; which counts once.
+/// Whether that is the statement that a line is to be cut at; which counts.
 bool Relay::isHit(const std::string& message) {
     const std::lock_guard lock(mutex_);
     const char kind = message.front();
@@ -157,7 +158,8 @@ bool Relay::isHit(const std::string& message) {
     const std::size_t sql = kind == 'Q' ? kHead : message.find('\0', kHead) + 1;
     if (message.compare(sql, words_.size(), words_) != 0)
         return false;
-    words_.clear();
+    if (--times_ == 0)
+        words_.clear();
     return true;
 }
 

@@ -21,14 +21,15 @@ public:
     /// Of the same database, by way of this.
     [[nodiscard]] std::string address() const;
 
-    /// When a statement comes that begins with `words`, the line of whoever sends it is cut, once.
+    /// When a statement comes that begins with `words`, the line of whoever sends it is cut,
+    /// so often.
     enum class Cut : std::uint8_t {
         before,   ///< and the server doesn't get it
         at,       ///< as soon as the server has got it
         answered, ///< when the server has answered, of which the program hears nothing
         never     ///< but as it answers that, the server begins to stand still
     };
-    void cut(Cut when, const std::string& words);
+    void cut(Cut when, const std::string& words, int times = 1);
     /// All lines, at once.
     void cutAll() { cutAll_ = true; }
     /// Nobody gets through, until it is taken back.
@@ -64,8 +65,9 @@ private:
     int listening_ = -1;
     std::string port_;
     std::vector<Line> open_;
-    std::mutex mutex_; ///< of the next two
+    std::mutex mutex_; ///< of the next three
     std::string words_;
+    int times_ = 1;
     Cut when_ = Cut::before;
     std::atomic<bool> cutAll_ = false;
     std::atomic<bool> closed_ = false;

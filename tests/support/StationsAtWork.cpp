@@ -20,9 +20,12 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kOfThem = 4; ///< the client whose cheques come and go
 constexpr int kSteadyCheques = StationsAtWork::kSteadyCheques;
+constexpr int kManyClients = 300; ///< the ones after that
 constexpr int kBanks = 3;
-constexpr const char* kKinds[] = {"inserts",   "updates", "settlements",
-                                  "transfers", "purges",  "reports"};
+constexpr char kSame[] = "shown_same";
+constexpr char kApart[] = "shown_apart";
+constexpr const char* kKinds[] = {"inserts",     "updates",   kSame,    kApart,
+                                  "settlements", "transfers", "purges", "reports"};
 constexpr char kNews[] = "news";
 constexpr char kTry[] = ".try"; ///< behind the kind of work: one of however many it took
 
@@ -46,8 +49,13 @@ public:
             const int kind = below(100);
             kind < 45 ? perform(
                             "inserts", [this] { insert(); })
-            : kind < 70 ? perform(
+            : kind < 56 ? perform(
                               "updates", [this] { update(); })
+            : kind < 62 ? perform(
+                              kSame, [this] { changeShown(1, kRaised, "raised 1\n"); })
+            : kind < 70
+                ? perform(
+                      kApart, [this] { changeShown(kOfThem + 1, kManyClients, "apart 1\n"); })
             : kind < 82 ? perform(
                               "settlements", [this] { settle(3); })
             : kind < 90 ? perform(
@@ -125,24 +133,43 @@ private:
         saving.commit();
         told_ << "made 1\n";
     }
-    void update() {
-        ado::Transaction saving(connection_);
-        ado::Recordset client;
-        client.Open("select * from cliente_fornecedor where codigo=" + std::to_string(1 + below(3)),
-                    connection_);
+    static void raise(ado::Recordset& client) {
         client["limite_credito"] =
             jet::Currency{client["limite_credito"].currency().tenThousandths + 10'000};
         client.Update();
+    }
+    void openOneOf(ado::Recordset& client, int first, int many) {
+        client.Open("select * from cliente_fornecedor where codigo=" +
+                        std::to_string(first + below(many)),
+                    connection_);
+    }
+    void update() {
+        ado::Transaction saving(connection_);
+        connection_.store().claimRows();
+        ado::Recordset client;
+        openOneOf(client, 1, kRaised);
+        raise(client);
         saving.commit();
         told_ << "raised 1\n";
     }
+    void changeShown(int first, int many, const char* done) {
+        ado::Recordset client;
+        openOneOf(client, first, many);
+        const ado::Shown shown = client.shown();
+        ado::Transaction saving(connection_);
+        client.Edit(shown);
+        raise(client);
+        saving.commit();
+        told_ << done;
+    }
     /// The first of a list, whose order is some clerk's own.
     void settle(int most) {
+        ado::Transaction saving(connection_);
+        connection_.store().claimRows();
         ado::Recordset list;
         list.Open("select * from cheques where cliente=4 order by bompara" +
                       std::string(below(2) == 0 ? "" : " desc"),
                   connection_);
-        ado::Transaction saving(connection_);
         int settled = 0;
         for (; settled < most && !list.EOF(); list.MoveNext(), ++settled)
             list.Delete();
@@ -153,6 +180,7 @@ private:
         const int from = 1 + below(kSteadyCheques);
         const int to = 1 + (from + below(kSteadyCheques - 1)) % kSteadyCheques;
         ado::Transaction saving(connection_);
+        connection_.store().claimRows();
         for (const auto& [cheque, amount] : {
                  std::pair(from, -10'000), {to, 10'000}
         }) {
@@ -188,7 +216,7 @@ private:
 void StationsAtWork::addRows(ado::Connection& shop) {
     ado::Recordset clients;
     clients.Open("cliente_fornecedor", shop);
-    for (int client = 1; client <= kOfThem; ++client) {
+    for (int client = 1; client <= kOfThem + kManyClients; ++client) {
         clients.AddNew();
         clients["nome"] = "Cliente " + std::to_string(client);
         clients["limite_credito"] = jet::Currency{0};

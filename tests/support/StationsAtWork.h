@@ -14,6 +14,10 @@ class Connection;
 
 /// Many stations at one server, each a process of its own, that insert, change, settle, transfer,
 /// purge and print as clerks do, while one more tells the time and another one listens to it.
+///
+/// Who reckons from what he reads says so first, and needs one try. Who changes what his window
+/// showed before is told if another was faster, and does it again: at once, which no clerk does,
+/// all of them in the same few rows, or each in any of many, as in a shop.
 class StationsAtWork {
 public:
     /// Of a connection to a shop without any rows; what they do is written down in a folder.

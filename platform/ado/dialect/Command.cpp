@@ -212,19 +212,19 @@ std::vector<Command::Part> Command::itemsBefore(std::size_t order) const {
 }
 
 /// An item of the list may be meant, by the name that it is given or by its number: engines know
-/// it by those only where it stands alone.
-std::string Command::sortedText(Part term, const std::vector<Part>& items) const {
+/// it by those only where it stands alone. Nothing for the number of none.
+std::optional<std::string> Command::sortedText(Part term, const std::vector<Part>& items) const {
     if (term.end - term.begin != 1)
         return text(term.begin, term.end);
     if (tokens_[term.begin].kind == Kind::number) {
         const auto number = static_cast<std::size_t>(std::atoll(tokens_[term.begin].text.c_str()));
-        if (number >= 1 && number <= items.size()) {
-            Part item = items[number - 1];
-            const std::size_t last = item.end - 1;
-            if (last > item.begin && isName(last) && !isSign(last - 1, "."))
-                item.end = keyword(last - 1) == "as" ? last - 1 : last;
-            return text(item.begin, item.end);
-        }
+        if (number < 1 || number > items.size())
+            return std::nullopt;
+        Part item = items[number - 1];
+        const std::size_t last = item.end - 1;
+        if (last > item.begin && isName(last) && !isSign(last - 1, "."))
+            item.end = keyword(last - 1) == "as" ? last - 1 : last;
+        return text(item.begin, item.end);
     }
     for (const Part item : items) {
         const std::size_t last = item.end - 1;
@@ -246,7 +246,10 @@ void Command::sortTerms(std::size_t order) {
         const bool directed = keyword(end) == "asc" || keyword(end) == "desc";
         if (term.begin >= term.end)
             return; // the engine says what is wrong
-        if (auto sorted = tongue_.sorted(sortedText(term, items), keyword(end) == "desc")) {
+        const auto meant = sortedText(term, items);
+        if (!meant)
+            return;
+        if (auto sorted = tongue_.sorted(*meant, keyword(end) == "desc")) {
             for (std::size_t i = term.begin; i < end + (directed ? 1 : 0); ++i)
                 spelled_[i].clear();
             spelled_[term.begin] = std::move(*sorted);
@@ -286,6 +289,8 @@ void Command::chooseFromList(std::size_t in) {
         choices += text(begin, at);
         if (!isSign(at, ","))
             break;
+        if (isSign(at + 1, ")"))
+            return;
     }
     if (choices.empty() || !isSign(at, ")"))
         return;

@@ -47,7 +47,8 @@ private:
     };
     [[nodiscard]] std::size_t endOfPart(std::size_t begin, std::size_t depth) const;
     [[nodiscard]] std::vector<Part> itemsBefore(std::size_t order) const;
-    [[nodiscard]] std::string sortedText(Part term, const std::vector<Part>& items) const;
+    [[nodiscard]] std::optional<std::string> sortedText(Part term,
+                                                        const std::vector<Part>& items) const;
     void sortTerms(std::size_t order);
     void chooseFromList(std::size_t in);
 

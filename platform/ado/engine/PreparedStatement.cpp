@@ -53,8 +53,10 @@ bool PreparedStatement::steps(std::size_t most, const std::function<void()>& beg
             if (!runs_->step(statement_.get(), steps_, reading))
                 return false;
             row();
-            if (const auto now = steady_clock::now(); first && walked == 0)
-                until = std::min(until, now + (now - begun));
+            if (!first || walked > 0)
+                continue;
+            const auto now = steady_clock::now();
+            until = std::min(until, now + (now - begun));
         }
         return true;
     };

@@ -92,6 +92,18 @@ jet::Guid guidIn(std::string_view bytes) {
     return guid;
 }
 
+/// Of the years that a file knows; the server knows more, and "infinity".
+jet::Date dateIn(std::string_view bytes) {
+    static const std::int64_t first =
+        microsecondsOf(jet::Date::of({.year = 100, .month = 1, .day = 1}));
+    static const std::int64_t end = microsecondsOf(jet::Date::of(
+        {.year = 9999, .month = 12, .day = 31, .hour = 23, .minute = 59, .second = 59}));
+    const auto moment = numberIn<std::int64_t>(bytes);
+    if (moment < first || moment > end)
+        fail();
+    return dateOfMicroseconds(moment);
+}
+
 jet::Value valueIn(std::string_view bytes, const jet::ColumnSpec& column) {
     switch (column.type) {
     case jet::ColumnType::boolean:
@@ -108,7 +120,7 @@ jet::Value valueIn(std::string_view bytes, const jet::ColumnSpec& column) {
     case jet::ColumnType::real:
         return std::bit_cast<double>(numberIn<std::uint64_t>(bytes));
     case jet::ColumnType::date:
-        return dateOfMicroseconds(numberIn<std::int64_t>(bytes));
+        return dateIn(bytes);
     case jet::ColumnType::text:
     case jet::ColumnType::memo:
         return std::string(bytes);
@@ -148,6 +160,18 @@ bool BinaryRows::takeHead() {
     return true;
 }
 
+jet::Value BinaryRows::taken(std::string_view bytes, const jet::ColumnSpec& column) const {
+    try {
+        return valueIn(bytes, column);
+    } catch (const jet::Error& error) {
+        throw jet::Error(error.code(),
+                         "Na tabela \"" + table_.name + "\", registro " +
+                             std::to_string(number_ + 1) + ", o campo \"" + column.name +
+                             "\" tem no servidor um valor que um arquivo não guarda. Corrija-o no "
+                             "servidor e repita.");
+    }
+}
+
 /// False if it isn't there in whole yet, or if there is none.
 bool BinaryRows::takeRow() {
     std::string_view left = std::string_view(rest_).substr(at_);
@@ -172,10 +196,11 @@ bool BinaryRows::takeRow() {
         }
         if (left.size() < static_cast<std::size_t>(length))
             return false;
-        row_.push_back(valueIn(left.substr(0, static_cast<std::size_t>(length)), column));
+        row_.push_back(taken(left.substr(0, static_cast<std::size_t>(length)), column));
         pass(static_cast<std::size_t>(length));
     }
     at_ = rest_.size() - left.size();
+    ++number_;
     return true;
 }
 

@@ -16,12 +16,14 @@ public:
     BinaryRows(const jet::TableSpec& table, std::function<void(jet::Row&)> take)
         : table_(table), take_(std::move(take)) {}
 
-    /// Pieces as they come, broken anywhere. @throws Error{corrupt} for what isn't that.
+    /// Pieces as they come, broken anywhere. @throws Error{corrupt} for what isn't that, or
+    /// naming row and column of a value that a file has no place for.
     void add(std::string_view piece);
 
 private:
     [[nodiscard]] bool takeRow();
     [[nodiscard]] bool takeHead();
+    [[nodiscard]] jet::Value taken(std::string_view bytes, const jet::ColumnSpec& column) const;
 
     const jet::TableSpec& table_;
     std::function<void(jet::Row&)> take_;
@@ -29,6 +31,7 @@ private:
     std::size_t at_ = 0; ///< where in it what hasn't been read begins
     bool begun_ = false;
     jet::Row row_;
+    std::uint64_t number_ = 0; ///< rows so far
 };
 
 } // namespace ado

@@ -46,7 +46,7 @@ TableDigest fill(ServerWire& wire, const ServerTableSpec& from, jet::Table& to,
         if (progress && digest.rows().size() % kToldEvery == 0)
             progress(from.spec.name, digest.rows().size(), all);
     });
-    copyOut(wire, "copy (" + from.rows + ") to stdout (format binary)",
+    copyOut(wire.line(), "copy (" + from.rows + ") to stdout (format binary)",
             [&](std::string_view piece) { rows.add(piece); });
     to.passNumber(from.lastNumber);
     return digest;

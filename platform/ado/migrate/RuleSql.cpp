@@ -4,6 +4,7 @@
 #include "ado/server/ServerValue.h"
 
 #include <array>
+#include <utility>
 
 namespace ado {
 
@@ -77,14 +78,13 @@ std::string literal(const jet::Value& value) {
         return "timestamp " + serverText(text);
     if (std::holds_alternative<std::string>(value))
         return serverText(text);
-    if (std::holds_alternative<jet::Bytes>(value) || std::holds_alternative<jet::Guid>(value))
-        throw NoWord{};
     return text.starts_with('-') ? "(" + text + ")" : text;
 }
 
 /// What stands for any text and for any character is others on the server, and no more than that.
-std::string likePattern(const jet::Value& value) {
-    const auto* const pattern = std::get_if<std::string>(&value);
+/// `value` is the constant that it is, or null.
+std::string likePattern(const jet::Value* value) {
+    const auto* const pattern = value == nullptr ? nullptr : std::get_if<std::string>(value);
     if (pattern == nullptr || pattern->find_first_of("#[]%_\\") != std::string::npos)
         throw NoWord{};
     std::string made;
@@ -93,6 +93,7 @@ std::string likePattern(const jet::Value& value) {
     return serverText(made);
 }
 
+/// The steps of an expression, each of which finds on the stack what it takes.
 class RuleWriter {
 public:
     RuleWriter(const jet::Expression& rule, std::span<const jet::Column> columns)
@@ -107,40 +108,32 @@ private:
         while (at < end) {
             const jet::Expression::Step& step = rule_.steps()[at];
             if (step.op == Op::jumpUnless) {
-                at = choice(stack, at, step.operand, end);
+                at = choice(stack, at);
                 continue;
             }
             write(stack, step);
             ++at;
         }
-        if (stack.size() != 1)
-            throw NoWord{};
-        return stack.front();
+        return pop(stack);
     }
 
     /// One of two: a condition, what it is if that is so, a jump over what it is otherwise.
-    std::size_t choice(Texts& stack, std::size_t at, std::size_t otherwise, std::size_t end) {
-        if (stack.empty() || otherwise <= at + 1 || otherwise > end)
-            throw NoWord{};
-        const jet::Expression::Step& jump = rule_.steps()[otherwise - 1];
-        if (jump.op != Op::jump || jump.operand < otherwise || jump.operand > end)
-            throw NoWord{};
+    std::size_t choice(Texts& stack, std::size_t at) {
+        const std::size_t otherwise = rule_.steps()[at].operand;
+        const std::size_t end = rule_.steps()[otherwise - 1].operand;
         const std::string condition = pop(stack);
         stack.push_back("(case when " + condition + " then " + one(at + 1, otherwise - 1) +
-                        " else " + one(otherwise, jump.operand) + " end)");
-        return jump.operand;
+                        " else " + one(otherwise, end) + " end)");
+        last_ = nullptr;
+        return end;
     }
 
     static std::string pop(Texts& stack) {
-        if (stack.empty())
-            throw NoWord{};
         std::string top = std::move(stack.back());
         stack.pop_back();
         return top;
     }
     static Texts pop(Texts& stack, std::size_t count) {
-        if (stack.size() < count)
-            throw NoWord{};
         const auto from = stack.end() - static_cast<std::ptrdiff_t>(count);
         Texts top(from, stack.end());
         stack.erase(from, stack.end());
@@ -154,6 +147,7 @@ private:
     }
 
     void write(Texts& stack, const jet::Expression::Step& step) {
+        const jet::Value* const pattern = std::exchange(last_, nullptr);
         for (const Infix& infix : kInfixes)
             if (infix.op == step.op) {
                 const Texts both = pop(stack, 2);
@@ -162,15 +156,15 @@ private:
             }
         switch (step.op) {
         case Op::constant:
-            last_ = rule_.constants()[step.operand];
-            stack.push_back(literal(last_));
+            last_ = &rule_.constants()[step.operand];
+            stack.push_back(literal(*last_));
             return;
         case Op::column:
             stack.push_back(quotedName(columns_[step.operand].name));
             return;
         case Op::like: {
             const Texts both = pop(stack, 2);
-            stack.push_back("(" + both[0] + " ~% " + likePattern(last_) + ")");
+            stack.push_back("(" + both[0] + " ~% " + likePattern(pattern) + ")");
             return;
         }
         case Op::in: {
@@ -193,11 +187,8 @@ private:
         case Op::minus:
             stack.push_back("(-" + pop(stack) + ")");
             return;
-        case Op::call:
-            writeCall(stack, step);
-            return;
         default:
-            throw NoWord{};
+            writeCall(stack, step);
         }
     }
 
@@ -214,7 +205,7 @@ private:
 
     const jet::Expression& rule_;
     std::span<const jet::Column> columns_;
-    jet::Value last_; ///< the constant that was written last
+    const jet::Value* last_ = nullptr; ///< what was written last, if it was a constant
 };
 
 } // namespace

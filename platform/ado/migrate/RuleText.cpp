@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <charconv>
+#include <cmath>
+#include <utility>
 #include <vector>
 
 namespace ado {
@@ -106,6 +109,15 @@ std::string dateText(const std::string& text) {
     return made + "#";
 }
 
+std::string numberText(const std::string& text) {
+    const char* const end = text.data() + text.size();
+    double number = 0;
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end || !std::isfinite(number))
+        throw Unsaid{};
+    return text;
+}
+
 class RuleParser {
 public:
     RuleParser(std::string_view sql, bool columns) : tokens_(tokensOf(sql)), columns_(columns) {}
@@ -171,8 +183,9 @@ private:
         if (!takeWord("ANY"))
             return "(" + made + sign + sum() + ")";
         require(sign == "=" && takeSign("("));
+        isList_ = true;
         made = "(" + made + " In (" + sum() + "))";
-        require(takeSign(")"));
+        require(!isList_ && takeSign(")"));
         return made;
     }
     /// By the shop's order of texts, or, where who made it hadn't that in front, by the server's
@@ -211,15 +224,21 @@ private:
     }
 
     std::string cast() {
-        const bool isText = next().kind == RuleWord::Kind::text;
-        const std::string text = next().text;
+        const RuleWord first = next();
         std::string made = value();
         while (takeSign("::"))
-            if (const std::string type = typeName(); isText && type.starts_with("timestamp"))
-                made = dateText(text);
-            else if (isText && !type.starts_with("character") && !type.starts_with("text"))
-                made = text; // a number between quotes: '-1'::integer
+            if (const std::string type = typeName(); first.kind == RuleWord::Kind::text)
+                made = constantOf(first.text, type);
+            else // which takes a part of the value away
+                require(!type.starts_with("date") && !type.starts_with("time "));
         return made;
+    }
+    /// What stands between quotes: '2001-05-31'::date, '-1'::integer.
+    static std::string constantOf(const std::string& text, std::string_view type) {
+        if (type.starts_with("timestamp") || type.starts_with("date"))
+            return dateText(text);
+        return type.starts_with("character") || type.starts_with("text") ? textWord(text)
+                                                                         : numberText(text);
     }
     /// "timestamp without time zone", "character varying(10)", "text[]".
     std::string typeName() {
@@ -265,8 +284,10 @@ private:
                 return "Date()";
             if (token.text == "LOCALTIMESTAMP" || token.text == "CURRENT_TIMESTAMP")
                 return takePrecision("Now()");
-            if (token.text == "ARRAY" && takeSign("["))
+            if (token.text == "ARRAY") {
+                require(std::exchange(isList_, false) && takeSign("["));
                 return list("]");
+            }
             if (takeSign("("))
                 return token.text == "now" && takeSign(")") ? "Now()" : call(token.text);
             constexpr std::string_view kOthers[] = {"NULL", "CASE", "ROW", "ALL"};
@@ -301,13 +322,13 @@ private:
     std::vector<RuleWord> tokens_;
     std::size_t at_ = 0;
     int depth_ = 0;
+    bool isList_ = false; ///< what comes is to be a list
     bool columns_;
 };
 
 /// Whether it is said of a field alone: `before`, its name, `after`.
 bool isOfField(std::string_view rule, std::string_view before, std::string_view after) {
     return rule.starts_with(before) && rule.ends_with(after) &&
-           rule.size() > before.size() + after.size() &&
            rule.substr(before.size(), rule.size() - before.size() - after.size())
                    .find_first_of("[]") == std::string_view::npos;
 }
@@ -326,7 +347,7 @@ std::optional<RuleText> ruleText(std::string_view sql) {
             return RuleText{RuleText::Kind::notEmpty};
         if (made.find('\x01') != std::string::npos)
             return std::nullopt;
-        if (made.starts_with('(') && made.ends_with(')'))
+        if (made.starts_with('(')) // and ends with its other half
             made = made.substr(1, made.size() - 2);
         return RuleText{RuleText::Kind::condition, std::move(made)};
     } catch (const Unsaid&) {

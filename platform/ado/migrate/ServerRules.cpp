@@ -248,11 +248,11 @@ private:
         return name;
     }
 
-    static bool takeRule(Notes& notes, const ServerConstraint& constraint) {
+    bool takeRule(Notes& notes, const ServerConstraint& constraint) const {
         if (constraint.kind != "c")
             return false;
         const auto rule = ruleText(constraint.condition);
-        if (!rule)
+        if (!rule || !isUnderstood(rule->text, constraint.table))
             return false;
         if (rule->kind != RuleText::Kind::condition) {
             const bool missing = rule->kind == RuleText::Kind::notNull;
@@ -271,23 +271,42 @@ private:
         return true;
     }
 
+    /// Whether it is an expression of a file too, which may know fewer functions.
+    [[nodiscard]] bool isUnderstood(const std::string& text, const std::string& table) const {
+        if (text.empty())
+            return true;
+        std::vector<jet::Column> columns;
+        for (const jet::ColumnSpec& spec : specOf(table).columns)
+            columns.emplace_back().name = spec.name;
+        try {
+            const jet::Expression known(text, {table, columns, {}},
+                                        jet::Collation::general(jet::Version::jet4));
+            return true;
+        } catch (const jet::Error&) {
+            return false;
+        }
+    }
+    [[nodiscard]] const jet::TableSpec& specOf(const std::string& table) const {
+        return std::ranges::find(tables_, table,
+                                 [](const ServerTableSpec& one) { return one.spec.name; })
+            ->spec;
+    }
+
     /// What the column's type in a file says by itself.
     [[nodiscard]] bool isOfType(const ServerConstraint& constraint) const {
         if (constraint.kind != "c" || constraint.columns.size() != 1)
             return false;
-        const auto table = std::ranges::find(
-            tables_, constraint.table, [](const ServerTableSpec& one) { return one.spec.name; });
-        const std::size_t place = table->spec.placeOf(constraint.columns.front());
-        return place < table->spec.columns.size() &&
-               table->spec.columns[place].type == jet::ColumnType::byte &&
+        const jet::TableSpec& table = specOf(constraint.table);
+        const std::size_t place = table.placeOf(constraint.columns.front());
+        return place < table.columns.size() && // and not "tableoid"
+               table.columns[place].type == jet::ColumnType::byte &&
                constraint.condition.ends_with(" <= 255))");
     }
 
     void takeNotNull() {
         const ServerRows rows = wire_.run(kNotNull);
         for (int row = 0; row < rows.rows(); ++row)
-            if (const auto notes = notes_.find(*rows.field(row, 0)); notes != notes_.end())
-                notes->second.set(*rows.field(row, 1), "Required", true);
+            notes_.at(*rows.field(row, 0)).set(*rows.field(row, 1), "Required", true);
     }
 
     void takeDefaults() {
@@ -308,7 +327,7 @@ private:
             const auto notes = notes_.find(column.first);
             if (notes == notes_.end())
                 continue;
-            if (const auto text = valueText(sql))
+            if (const auto text = valueText(sql); text && isUnderstood(*text, column.first))
                 notes->second.set(column.second, kDefault, *text);
             else
                 tell("o valor inicial do campo " + inMarks(column.second) + " da tabela " +

@@ -10,7 +10,7 @@ namespace {
 template <class Function>
 Function found(const char* name) {
     void* const there = ado::symbolIn("pq", 5, name);
-    if (there == nullptr)
+    if (there == nullptr) // unreached: where there is a server to test with libpq is as well
         throw jet::Error(jet::Errc::unsupported,
                          "Para usar um servidor de banco de dados falta neste computador a "
                          "biblioteca libpq. Peça a quem cuida dele que a instale: no Debian é o "

@@ -151,9 +151,9 @@ ServerAddress::Words ServerAddress::words(const pg_conn* sameAs) const {
 ServerAddress::Line ServerAddress::connect() const {
     const Words said = words();
     Line line(PQconnectdbParams(said.names.data(), said.values.data(), 1));
-    if (line) // what the server remarks has no reader
-        PQsetNoticeProcessor(
-            line.get(), [](void*, const char*) {}, nullptr);
+    // What the server remarks has no reader.
+    PQsetNoticeProcessor(
+        line.get(), [](void*, const char*) {}, nullptr);
     return line;
 }
 

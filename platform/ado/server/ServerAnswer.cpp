@@ -13,8 +13,6 @@ namespace {
 /// more where somebody goes on, who may be a long way from the server.
 constexpr std::size_t kPiece = 256;
 constexpr std::size_t kLargestPiece = 4096;
-/// What is kept of one answer, in bytes.
-constexpr std::size_t kMostBytes = std::size_t{256} << 20;
 
 std::string nextPortal() {
     static std::uint64_t number = 0;
@@ -125,7 +123,7 @@ void ServerAnswer::keep(const ServerRows& rows) {
             kept_ += sizeof(row.back()) + (row.back() ? row.back()->size() : 0);
         }
     }
-    if (kept_ > kMostBytes)
+    if (kept_ > mostBytes)
         throw jet::Error(jet::Errc::full, "O resultado é grande demais. Escolha menos registros.");
 }
 
@@ -140,7 +138,8 @@ bool ServerAnswer::goTo(std::size_t place) {
 bool ServerAnswer::last() {
     while (fetchMore()) {
     }
-    return !rows_.empty() && goTo(rows_.size() - 1);
+    at_ = rows_.empty() ? 0 : rows_.size() - 1;
+    return !rows_.empty();
 }
 
 std::int64_t ServerAnswer::count() {

@@ -48,14 +48,16 @@ std::vector<ServerTable::Bond> bondsOf(unsigned parent, const std::string& text,
         in >> count;
         const auto read = [&](unsigned table, std::vector<std::size_t>& columns) {
             unsigned number = 0;
-            for (std::size_t i = 0; i < count && in >> number; ++i)
+            for (std::size_t i = 0; i < count; ++i) {
+                in >> number;
                 if (const auto place = places.find({table, number}); place != places.end())
                     columns.push_back(place->second);
+            }
         };
         read(parent, bond.columns);
         read(child, bond.childColumns);
-        if (bond.columns.size() == count && bond.childColumns.size() == count)
-            bonds.push_back(std::move(bond)); // another is of tables that aren't the shop's
+        if (bond.childColumns.size() == count) // else it is of a table that isn't the shop's
+            bonds.push_back(std::move(bond));
     }
     return bonds;
 }

@@ -39,6 +39,7 @@ class ServerCatalog {
 public:
     /// Asks for all of them. Those that were known stay where they are.
     void load(ServerWire& wire);
+    [[nodiscard]] bool isEmpty() const noexcept { return tables_.empty(); }
 
     /// By name, without regard to case; null if there is none.
     [[nodiscard]] const ServerTable* find(std::string_view name) const;

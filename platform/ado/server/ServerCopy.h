@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ado/server/ServerWire.h"
+#include "ado/server/ServerLine.h"
 
 #include <functional>
 
@@ -10,10 +10,10 @@ namespace ado {
 /// "copy ... from stdin": `next` gives a piece after the other, and false at the end.
 /// @throws what `next` throws, and what the server refuses: the transaction can only be undone
 ///         then.
-void copyIn(ServerWire& wire, const std::string& sql,
+void copyIn(ServerLine& line, const std::string& sql,
             const std::function<bool(std::string& piece)>& next);
 /// "copy ... to stdout": `take` gets a piece after the other. @throws as copyIn().
-void copyOut(ServerWire& wire, const std::string& sql,
+void copyOut(ServerLine& line, const std::string& sql,
              const std::function<void(std::string_view piece)>& take);
 
 } // namespace ado

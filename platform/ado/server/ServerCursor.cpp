@@ -69,18 +69,10 @@ void ServerCursor::setSort(const std::string& fields) {
 
 namespace {
 
-/// What a column of whole numbers holds; nothing for any other.
-std::optional<std::pair<std::int64_t, std::int64_t>> limitsOf(jet::ColumnType type) {
-    switch (type) {
-    case jet::ColumnType::byte:
-        return std::pair(0, 255);
-    case jet::ColumnType::integer:
-        return std::pair(INT16_MIN, INT16_MAX);
-    case jet::ColumnType::longInteger:
-        return std::pair(INT32_MIN, INT32_MAX);
-    default:
-        return std::nullopt;
-    }
+/// What a column of whole numbers holds: there are two kinds of them on a server.
+std::pair<std::int64_t, std::int64_t> limitsOf(jet::ColumnType type) {
+    return type == jet::ColumnType::integer ? std::pair(INT16_MIN, INT16_MAX)
+                                            : std::pair(INT32_MIN, INT32_MAX);
 }
 
 } // namespace
@@ -88,13 +80,10 @@ std::optional<std::pair<std::int64_t, std::int64_t>> limitsOf(jet::ColumnType ty
 std::optional<std::string> ServerCursor::refusal(const QueryField& field, const jet::Value& value) {
     const jet::Column& column = columns(field.table)[field.column];
     if (const auto* const whole = std::get_if<std::int64_t>(&value)) {
-        const auto limits = limitsOf(column.type);
-        if (limits && (*whole < limits->first || *whole > limits->second))
+        const auto [least, most] = limitsOf(column.type);
+        if (*whole < least || *whole > most)
             return "O valor informado não cabe no campo \"" + column.name + "\".";
     }
-    if (const auto* const moment = std::get_if<jet::Date>(&value); moment && !moment->inRange())
-        return "A data informada no campo \"" + column.name +
-               "\" deve ficar entre os anos 100 e 9999.";
     const auto* const text = std::get_if<std::string>(&value);
     if (text == nullptr)
         return std::nullopt;

@@ -149,6 +149,8 @@ class ServerAnswer final : public ServerCursor {
 public:
     ServerAnswer(ServerSession& session, ServerQuery query);
     ~ServerAnswer() override;
+    /// What is kept of one answer, at most.
+    static inline std::size_t mostBytes = std::size_t{256} << 20;
 
     void refresh() override { reload(); }
     void catchUp() override {}

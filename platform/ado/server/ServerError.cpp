@@ -47,7 +47,7 @@ constexpr Meaning kMeanings[] = {
 constexpr std::string_view kNoSuchField = "42703";
 
 std::string fieldOf(const pg_result* result, int field) {
-    const char* const text = result != nullptr ? PQresultErrorField(result, field) : nullptr;
+    const char* const text = PQresultErrorField(result, field);
     return text != nullptr ? text : "";
 }
 
@@ -58,13 +58,13 @@ bool says(const std::string& reason, std::string_view english, std::string_view 
            reason.find(portuguese) != std::string::npos;
 }
 
-std::string reasonOf(const pg_conn* line) { return line != nullptr ? PQerrorMessage(line) : ""; }
+std::string reasonOf(const pg_conn* line) { return PQerrorMessage(line); }
 
 bool isOfProof(const std::string& reason) { return says(reason, "authentication", "autentica"); }
 
 } // namespace
 
-void throwServerError(const pg_conn* line, const pg_result* result, const std::string& place) {
+void throwServerError(const pg_result* result, const std::string& place) {
     const std::string state = fieldOf(result, PG_DIAG_SQLSTATE);
     if (state.empty())
         throw Error(Errc::io, "A conexão com o servidor " + place + " caiu.");
@@ -79,8 +79,7 @@ void throwServerError(const pg_conn* line, const pg_result* result, const std::s
                         meaning.code == Errc::locked // which says all there is to know
                             ? meaning.sentence
                             : meaning.sentence + said);
-    throw Error(PQstatus(line) == CONNECTION_OK ? Errc::corrupt : Errc::io,
-                "O servidor não conseguiu fazer o que foi pedido" + said + ".");
+    throw Error(Errc::corrupt, "O servidor não conseguiu fazer o que foi pedido" + said + ".");
 }
 
 bool refusesPassword(const pg_conn* line) {

@@ -9,8 +9,7 @@ namespace ado {
 
 /// What the server refuses, as a jet::Error in Portuguese. `result` is null if there is none,
 /// because the line broke.
-[[noreturn]] void throwServerError(const pg_conn* line, const pg_result* result,
-                                   const std::string& place);
+[[noreturn]] void throwServerError(const pg_result* result, const std::string& place);
 
 /// Whether it is the password, or who comes with it, that the server hasn't accepted.
 [[nodiscard]] bool refusesPassword(const pg_conn* line);

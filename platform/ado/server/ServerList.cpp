@@ -67,6 +67,7 @@ void ServerList::fetchFirst(std::size_t most) {
     batch_ = std::min(kGrowth * firstBatch_, kLargestBatch);
     neighbours_ = current_ = moment;
     count_.reset();
+    arrive(!rows_.empty(), At::afterLast);
 }
 
 void ServerList::refresh() {
@@ -90,7 +91,6 @@ void ServerList::settle() {
         fetchFirst(std::min(walked_ + kFirstBatch, kMostKept));
     else
         fetchFirst();
-    moveFirst();
 }
 
 /// Whether rows are good for as long as nobody tells of a change.
@@ -101,7 +101,7 @@ bool ServerList::mayKeep() {
 
 /// Whether the rows here are all that there are, as far as is known.
 bool ServerList::isWhole() {
-    return fromFirst_ && toLast_ && !anchorGone_ && !added_ && !updated_ && !toBegin_ &&
+    return fromFirst_ && toLast_ && !anchorGone_ && !updated_ && !toBegin_ &&
            current_ == neighbours_ && now() == neighbours_ && mayKeep();
 }
 
@@ -131,7 +131,7 @@ Cursor::At ServerList::place() {
 }
 
 bool ServerList::first() {
-    if (!fromFirst_ || now() != neighbours_ || anchorGone_ || added_ || toBegin_)
+    if (!fromFirst_ || now() != neighbours_ || anchorGone_)
         fetchFirst();
     at_ = 0;
     current_ = neighbours_;
@@ -140,9 +140,8 @@ bool ServerList::first() {
 
 bool ServerList::last() {
     const ServerSession::Moment moment = now();
-    if (!toLast_ || moment != neighbours_ || anchorGone_ || added_ || toBegin_) {
+    if (!toLast_ || moment != neighbours_ || anchorGone_) {
         auto rows = fetch(From::end, false, "", kFirstBatch);
-        toBegin_ = false;
         fromFirst_ = rows.size() < kFirstBatch;
         toLast_ = true;
         rows_ = std::move(rows);
@@ -201,11 +200,12 @@ std::deque<ServerRow> ServerList::fetchBeyond(bool forwards) {
 
 /// One row on; false if there is none.
 bool ServerList::step(bool forwards) {
-    if (rows_.empty())
-        return false;
     if (added_) { // it stands behind all others
         added_ = false;
-        return forwards ? false : last();
+        if (forwards)
+            return false;
+        const ServerRow added = here();
+        return last() && (!query_.areSame(here(), added) || step(false));
     }
     const bool inside = forwards ? at_ + 1 < rows_.size() : at_ > 0;
     if (!inside) {
@@ -266,7 +266,7 @@ bool ServerList::empty() {
 
 std::int64_t ServerList::count() {
     const ServerSession::Moment moment = now();
-    if (fromFirst_ && toLast_ && !anchorGone_ && !added_ && !toBegin_ && moment == neighbours_)
+    if (fromFirst_ && toLast_ && !anchorGone_ && moment == neighbours_)
         return static_cast<std::int64_t>(rows_.size());
     if (!count_ || counted_ != moment) {
         const ServerStatement statement = query_.count();
@@ -367,13 +367,15 @@ jet::Value ServerList::value(const QueryField& field) {
     if (!seen_)
         seen_ = here().fingerprint;
     const ServerTable::Type& type = query_.keyed()->types[field.column];
-    return valueOf(here().values[field.column], type.number, type.modifier);
+    return valueOf(query_.valueIn(here(), field.column), type.number, type.modifier);
 }
 
 /// Of rows that were asked for their fields only.
 void ServerList::requireFingerprints() {
     if (query_.asksForAll())
         return;
+    for (ServerRow& row : rows_)
+        row = query_.spread(std::move(row));
     query_.askForAll();
     whole_.reset();
     settle();
@@ -479,9 +481,8 @@ void ServerList::erase(std::optional<std::uint64_t> expected) {
     const bool known = now() == neighbours_;
     const ServerRow before = here();
     session_.erase(*query_.keyed(), before, [&]() -> std::optional<ServerRow> {
-        const auto fingerprint =
-            expected ? std::optional(static_cast<std::int64_t>(*expected)) : std::nullopt;
-        const ServerStatement statement = query_.erase(before, fingerprint);
+        const ServerStatement statement =
+            query_.erase(before, static_cast<std::int64_t>(expected.value_or(0)));
         if (session_.write(statement).affected() == 0)
             goneOrChanged();
         return std::nullopt;

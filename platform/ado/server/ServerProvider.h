@@ -44,6 +44,8 @@ public:
     void createTable(const jet::TableSpec& spec) override { session_.createTable(spec); }
     /// Whoever is about to change anything waits until the transaction ends.
     void claim() override { session_.claim(); }
+    /// Stands in the line of those who change rows, from its next statement on.
+    void claimRows() override { session_.claimRows(); }
     [[nodiscard]] bool writesAtOnce() const noexcept override { return true; }
     [[nodiscard]] bool write(std::span<const RowWrite> rows) override {
         return session_.write(rows);

@@ -36,9 +36,7 @@ ServerQuery::ServerQuery(const ServerCatalog& catalog, const std::string& source
     std::vector<const ServerTable*> tables;
     std::vector<TableShape> shapes;
     for (const SelectedTable& from : select_.tables) {
-        const ServerTable* const table = catalog.find(from.table);
-        if (table == nullptr)
-            throw Error(Errc::notFound, "Não existe a tabela \"" + from.table + "\".");
+        const ServerTable* const table = catalog.find(from.table); // as the spelling has seen
         tables.push_back(table);
         shapes.push_back(table->shape());
     }
@@ -106,7 +104,7 @@ std::optional<std::string> ServerQuery::keyIn(std::string_view condition) const 
 
 bool ServerQuery::areSame(const ServerRow& a, const ServerRow& b) const {
     return std::ranges::all_of(
-        keyed_->key, [&](std::size_t place) { return a.values[place] == b.values[place]; });
+        keyed_->key, [&](std::size_t column) { return valueIn(a, column) == valueIn(b, column); });
 }
 
 void ServerQuery::setFilter(const std::string& condition, const Spelling& spelling) {
@@ -147,11 +145,17 @@ std::string ServerQuery::ordered(std::size_t place) const {
 
 void ServerQuery::ask() {
     asked_.clear();
-    for (std::size_t i = 0; keyed_ != nullptr && i < keyed_->columns.size(); ++i)
+    places_.clear();
+    const std::size_t columns = keyed_ != nullptr ? keyed_->columns.size() : 0;
+    asked_.reserve(columns);
+    places_.reserve(columns);
+    for (std::size_t i = 0; i < columns; ++i) {
+        places_.push_back(asked_.size());
         if (all_ || isKey(i) ||
             std::ranges::find(order_, i, &OrderColumn::column) != order_.end() ||
             std::ranges::find(fields_.all(), i, &QueryField::column) != fields_.all().end())
             asked_.push_back(i);
+    }
 }
 
 void ServerQuery::askForFieldsOnly() {
@@ -228,11 +232,7 @@ ServerStatement ServerQuery::all() const {
 }
 
 ServerStatement ServerQuery::count() const {
-    if (live())
-        return {"select count(*) from " + select_.from + where(""), parameters_};
-    ServerStatement statement = all();
-    statement.sql = "select count(*) from (" + statement.sql + ") q";
-    return statement;
+    return {"select count(*) from " + select_.from + where(""), parameters_};
 }
 
 // ---- ranges -----------------------------------------------------------------------------------
@@ -253,7 +253,7 @@ bool ServerQuery::endsAlike(std::size_t term) const {
 
 const std::optional<std::string>& ServerQuery::placeAt(const ServerRow& row,
                                                        std::size_t term) const {
-    return row.place.empty() ? row.values[order_[term].column] : row.place[term];
+    return row.place.empty() ? valueIn(row, order_[term].column) : row.place[term];
 }
 
 std::vector<std::optional<std::string>> ServerQuery::placeOf(const ServerRow& row) const {
@@ -333,13 +333,21 @@ ServerStatement ServerQuery::range(From from, bool forwards, const ServerRow* pl
 
 ServerRow ServerQuery::rowOf(const ServerRows& rows, int row) const {
     ServerRow made;
-    made.values.resize(keyed_->columns.size());
-    int column = 0;
-    for (const std::size_t place : asked_)
-        made.values[place] = rows.field(row, column++);
+    const auto columns = static_cast<int>(asked_.size());
+    made.values.reserve(asked_.size());
+    for (int column = 0; column < columns; ++column)
+        made.values.push_back(rows.field(row, column));
     if (all_)
-        made.fingerprint = std::atoll(rows.field(row, column).value_or("0").c_str());
+        made.fingerprint = std::atoll(rows.field(row, columns).value_or("0").c_str());
     return made;
+}
+
+ServerRow ServerQuery::spread(ServerRow row) const {
+    std::vector<std::optional<std::string>> values(keyed_->columns.size());
+    for (std::size_t i = 0; i < asked_.size(); ++i)
+        values[asked_[i]] = std::move(row.values[i]);
+    row.values = std::move(values);
+    return row;
 }
 
 std::string ServerQuery::isKeyOf(const ServerRow& row, const std::string& table,
@@ -348,7 +356,7 @@ std::string ServerQuery::isKeyOf(const ServerRow& row, const std::string& table,
     for (const std::size_t place : keyed_->key) {
         condition += condition.empty() ? "" : " and ";
         condition += column(place, table) + " = ";
-        condition += placeFor(parameters, {keyed_->types[place].number, row.values[place]});
+        condition += placeFor(parameters, {keyed_->types[place].number, valueIn(row, place)});
     }
     return condition;
 }
@@ -410,15 +418,13 @@ ServerStatement ServerQuery::update(const ServerRow& row, std::span<const jet::A
     return statement;
 }
 
-ServerStatement ServerQuery::erase(const ServerRow& row,
-                                   std::optional<std::int64_t> fingerprint) const {
+ServerStatement ServerQuery::erase(const ServerRow& row, std::int64_t fingerprint) const {
     ServerStatement statement;
-    statement.sql = "delete from " + quotedName(keyed_->name) + " as " + kChanged + " where " +
-                    isKeyOf(row, kChanged, statement.parameters);
-    if (fingerprint)
-        statement.sql +=
-            " and hashtextextended((" + kChanged + ".*)::text, 0) = " +
-            placeFor(statement.parameters, {server_type::kBigint, std::to_string(*fingerprint)});
+    statement.sql =
+        "delete from " + quotedName(keyed_->name) + " as " + kChanged + " where " +
+        isKeyOf(row, kChanged, statement.parameters) + " and hashtextextended((" + kChanged +
+        ".*)::text, 0) = " +
+        placeFor(statement.parameters, {server_type::kBigint, std::to_string(fingerprint)});
     return statement;
 }
 

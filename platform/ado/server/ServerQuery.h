@@ -12,8 +12,9 @@ namespace ado {
 
 /// A row of one table, and what its statement's order goes by.
 struct ServerRow {
-    std::vector<std::optional<std::string>> values; ///< of all columns of the table
-    std::int64_t fingerprint = 0;                   ///< of all that is stored of it
+    /// Of all columns of the table; of one asked for by its query for its fields only, see there.
+    std::vector<std::optional<std::string>> values;
+    std::int64_t fingerprint = 0; ///< of all that is stored of it
     /// By the columns of the order, where that isn't what its values say by now; else empty.
     std::vector<std::optional<std::string>> place;
 };
@@ -44,7 +45,7 @@ public:
     /// Of a keyed one: the key's value, if the condition says that it is a certain number.
     [[nodiscard]] std::optional<std::string> keyIn(std::string_view condition) const;
     [[nodiscard]] bool hasKey(const ServerRow& row, const std::string& value) const {
-        return row.values[keyed_->key.front()] == value;
+        return valueIn(row, keyed_->key.front()) == value;
     }
     [[nodiscard]] bool areSame(const ServerRow& a, const ServerRow& b) const;
 
@@ -53,6 +54,13 @@ public:
     void askForFieldsOnly();
     void askForAll();
     [[nodiscard]] bool asksForAll() const noexcept { return all_; }
+    /// A column of a row as this asks for it.
+    [[nodiscard]] const std::optional<std::string>& valueIn(const ServerRow& row,
+                                                            std::size_t column) const {
+        return row.values[places_[column]];
+    }
+    /// The row with a place for each column of the table, as one that is asked for all has it.
+    [[nodiscard]] ServerRow spread(ServerRow row) const;
 
     /// In the words of the dialect; "" takes it away. @throws Error{syntax, notFound}.
     void setFilter(const std::string& condition, const Spelling& spelling);
@@ -61,9 +69,9 @@ public:
     // ---- of any
     /// All rows: of a live one the fields, then a fingerprint for each table.
     [[nodiscard]] ServerStatement all() const;
-    [[nodiscard]] ServerStatement count() const;
 
     // ---- of keyed() ones
+    [[nodiscard]] ServerStatement count() const;
     enum class From : std::uint8_t { end, after, at };
     /// `most` rows from an end, or from a place on, forwards or backwards; `more` is a condition of
     /// the dialect, or empty.
@@ -82,8 +90,7 @@ public:
     [[nodiscard]] ServerStatement update(const ServerRow& row,
                                          std::span<const jet::Assignment> given,
                                          std::int64_t fingerprint) const;
-    [[nodiscard]] ServerStatement erase(const ServerRow& row,
-                                        std::optional<std::int64_t> fingerprint) const;
+    [[nodiscard]] ServerStatement erase(const ServerRow& row, std::int64_t fingerprint) const;
 
 private:
     struct OrderColumn {
@@ -115,8 +122,9 @@ private:
     QueryFields fields_;
     std::vector<const ServerTable*> tables_;
     const ServerTable* keyed_ = nullptr;
-    std::vector<OrderColumn> order_; ///< of keyed(): the key's columns come last
-    std::vector<std::size_t> asked_; ///< of keyed(): the columns that a row is asked for with
+    std::vector<OrderColumn> order_;  ///< of keyed(): the key's columns come last
+    std::vector<std::size_t> asked_;  ///< of keyed(): the columns that a row is asked for with
+    std::vector<std::size_t> places_; ///< and where, by the table's columns, a row has them
     bool dependsOnOthers_ = false;
     bool all_ = true; ///< which are all, and so is its fingerprint
     std::vector<SortTerm> sort_;

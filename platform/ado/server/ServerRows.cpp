@@ -1,7 +1,9 @@
-#include "ado/server/ServerWire.h"
+#include "ado/server/ServerRows.h"
+
 #include "ado/system/Socket.h"
 
 #include <charconv>
+#include <chrono>
 #include <libpq-fe.h>
 
 namespace ado {

@@ -396,14 +396,15 @@ void createTable(ServerWire& wire, const jet::TableSpec& table) {
 /// All that `work` does, or nothing.
 template <class Work>
 void inOne(ServerWire& wire, Work&& work) {
-    if (wire.inTransaction())
-        return work();
-    wire.begin();
+    const bool own = !wire.inTransaction();
+    own ? wire.begin() : wire.mark();
     try {
         work();
-        wire.commit();
+        own ? wire.commit() : wire.forgetMark();
     } catch (...) {
-        if (wire.inTransaction())
+        if (!own)
+            wire.backToMark();
+        else if (wire.inTransaction())
             wire.rollback();
         throw;
     }
@@ -459,12 +460,7 @@ void createServerSchema(ServerWire& wire, std::span<const jet::TableSpec> tables
 void createServerTable(ServerWire& wire, const jet::TableSpec& table) {
     inOne(wire, [&] {
         becomeOwner(wire);
-        try {
-            createTable(wire, table);
-        } catch (...) {
-            leaveOwner(wire);
-            throw;
-        }
+        createTable(wire, table);
         leaveOwner(wire);
     });
 }

@@ -32,7 +32,8 @@ jet::Row rowOf(const ServerTable& table, const ServerRow& row) {
 ServerSession::ServerSession(const std::string& address, Recorder* recorder)
     : wire_(address), recorder_(recorder) {
     wire_.leaveTraces();
-    static_cast<void>(catalog());
+    if (catalog().isEmpty())
+        requireShop(wire_);
 }
 
 const ServerCatalog& ServerSession::catalog() {
@@ -264,25 +265,29 @@ void ServerSession::commit() {
 }
 
 void ServerSession::rollback() {
-    forget();
     wire_.rollback();
+    forget();
 }
 
 /// What the transaction has changed isn't any more.
 void ServerSession::forget() {
     const bool changed = std::exchange(unwritten_, 0) > 0;
-    undone_ = undone_ || changed;
+    undone_ = changed;
     if (changed)
         changeAnywhere(&Moment::own);
     catalogIsOld_ = catalogIsOld_ || changed;
 }
 
 /// What others have ended until then is told only when the transaction is over.
-void ServerSession::claim() {
+void ServerSession::claim(void (ServerWire::*how)()) {
     if (!wire_.inTransaction())
         throw jet::Error(jet::Errc::misuse, "Não há transação aberta.");
-    wire_.claim();
+    (wire_.*how)();
     changeAnywhere(&Moment::others);
 }
+
+void ServerSession::claim() { claim(&ServerWire::claim); }
+
+void ServerSession::claimRows() { claim(&ServerWire::takeTurn); }
 
 } // namespace ado

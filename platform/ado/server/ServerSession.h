@@ -77,6 +77,7 @@ public:
     void commit();
     void rollback();
     void claim();
+    void claimRows();
     [[nodiscard]] bool hasUndone() noexcept { return std::exchange(undone_, false); }
     [[nodiscard]] std::uint64_t written() const noexcept { return written_; }
 
@@ -91,6 +92,7 @@ private:
     void hear(std::string_view payload, int other);
     void forget();
     void changeAnywhere(std::uint64_t Moment::*whose);
+    void claim(void (ServerWire::*how)());
 
     ServerWire wire_;
     Recorder* recorder_;

@@ -3,6 +3,7 @@
 #include "ado/value/WrittenForm.h"
 #include "jet/Error.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -78,11 +79,11 @@ jet::Date dateOf(const std::string& text) {
 
 /// A decimal number of at most four places, in 1/10000.
 jet::Currency currencyOf(const std::string& text) {
-    const std::size_t point = std::min(text.find('.'), text.size());
-    std::string digits = text.substr(0, point);
-    std::string places = point < text.size() ? text.substr(point + 1) : "";
-    places.resize(kCurrencyScale, '0');
-    return {numberOf<std::int64_t>(digits + places)};
+    std::string digits = text;
+    const std::size_t point = std::min(digits.find('.'), digits.size());
+    digits.erase(point, 1);
+    digits.resize(point + kCurrencyScale, '0');
+    return {numberOf<std::int64_t>(digits)};
 }
 
 std::string decimalOf(jet::Currency amount) {
@@ -183,7 +184,8 @@ jet::Column columnOf(const std::string& name, unsigned type, int modifier) {
     case server_type::kVarchar:
         column.type = modifier < kModifierHead ? ColumnType::memo : ColumnType::text;
         if (column.type == ColumnType::text) // of the wider of the file's two forms
-            column.length = static_cast<std::uint16_t>(2 * (modifier - kModifierHead));
+            column.length =
+                static_cast<std::uint16_t>(2 * std::min(modifier - kModifierHead, UINT16_MAX / 2));
         break;
     case server_type::kUuid:
         column.type = ColumnType::guid;

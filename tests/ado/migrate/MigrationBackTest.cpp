@@ -220,13 +220,6 @@ TEST_P(MigrationOfChanges, AConditionOfTheServerIsSaidInTheFilesWords) {
     }
 }
 
-TEST(RuleText, EndsWhereItIsTooDeep) {
-    for (const std::size_t depth : {10U, 100000U})
-        EXPECT_EQ(
-            ado::ruleText(std::string(depth, '(') + "a > 1" + std::string(depth, ')')).has_value(),
-            depth == 10);
-}
-
 // Another program's table, and a shop that never was in a file.
 TEST_P(MigrationOfChanges, AShopMadeOnTheServerHasNothingBeside) {
     address_ = Cluster::instance(shopTables()).newShop();

@@ -95,13 +95,13 @@ TEST_P(MigrationFaults, AServerThatStandsStillInTheMiddleLeavesNothing) {
         for (int i = 0; i < 40; ++i) // more than lies on the way
             database.table("notas").insert(jet::Row{std::string(300'000, 'n')});
     }
-    const auto silence = std::exchange(ado::ServerWire::silence, std::chrono::milliseconds(50));
+    const auto silence = std::exchange(ado::ServerLine::silence, std::chrono::milliseconds(50));
     for (const char* words : {"copy \"notas\" from", "copy \"notas\" to"}) {
         SCOPED_TRACE(words);
         Relay relay(address_);
         expectNothingKept(relay, Cut::never, words);
     }
-    ado::ServerWire::silence = silence;
+    ado::ServerLine::silence = silence;
     EXPECT_EQ(answer("select count(*) from pg_namespace where nspname like 'valtrino%'"), "0");
 }
 

@@ -27,17 +27,18 @@ TEST(ConnectionString, OnlyTheDataSourceCounts) {
 
 TEST(ConnectionString, AnAddressIsKeptWithoutItsPasswordWhereverItStands) {
     const std::pair<const char*, const char*> addresses[] = {
-        {"postgresql://caixa:se:g@loja/base",                    "postgresql://caixa@loja/base"           },
-        {"postgresql://caixa:@loja/base",                        "postgresql://caixa@loja/base"           },
-        {"postgresql://:segredo@loja/base",                      "postgresql://@loja/base"                },
-        {"postgresql://caixa:segredo@a,b:5433/base?x=y",         "postgresql://caixa@a,b:5433/base?x=y"   },
-        {"postgresql:///base?user=a&password=b&host=/c",         "postgresql:///base?user=a&host=/c"      },
-        {"postgresql:///base?password=b",                        "postgresql:///base"                     },
-        {"postgresql:///base?p%61ssword=b&sslpassword=c&user=a", "postgresql:///base?user=a"              },
-        {"postgresql://loja:5433/base?passfile=/d",              "postgresql://loja:5433/base?passfile=/d"},
-        {"postgresql://loja/@b:c",                               "postgresql://loja/@b:c"                 },
-        {"postgresql://",                                        "postgresql://"                          },
-        {"/loja:a@b?password=c",                                 "/loja:a@b?password=c"                   },
+        {"postgresql://caixa:se:g@loja/base",                    "postgresql://caixa@loja/base"            },
+        {"postgresql://caixa:@loja/base",                        "postgresql://caixa@loja/base"            },
+        {"postgresql://:segredo@loja/base",                      "postgresql://@loja/base"                 },
+        {"postgresql://caixa:segredo@a,b:5433/base?x=y",         "postgresql://caixa@a,b:5433/base?x=y"    },
+        {"postgresql:///base?user=a&password=b&host=/c",         "postgresql:///base?user=a&host=/c"       },
+        {"postgresql:///base?password=b",                        "postgresql:///base"                      },
+        {"postgresql:///base?p%61ssword=b&sslpassword=c&user=a", "postgresql:///base?user=a"               },
+        {"postgresql:///base?pass%&p%6=1&%zzword=2",             "postgresql:///base?pass%&p%6=1&%zzword=2"},
+        {"postgresql://loja:5433/base?passfile=/d",              "postgresql://loja:5433/base?passfile=/d" },
+        {"postgresql://loja/@b:c",                               "postgresql://loja/@b:c"                  },
+        {"postgresql://",                                        "postgresql://"                           },
+        {"/loja:a@b?password=c",                                 "/loja:a@b?password=c"                    },
     };
     for (const auto& [written, kept] : addresses)
         EXPECT_EQ(ado::withoutPassword(written), kept) << written;

@@ -145,6 +145,38 @@ TEST_P(RecordsetTest, ForwardOnlyARowThatHasGoneIsMissedWhereItStood) {
     EXPECT_EQ(rows["codigo"].integer(), 3);
 }
 
+TEST_P(RecordsetTest, ForwardOnlyAListOfSomeFieldsKeepsThemWhenARowIsComparedOrAnOrderGiven) {
+    addSomeOfEach();
+    const std::string source = "select valor, numero from cheques order by bompara";
+    using Cheque = std::pair<std::int64_t, std::string>;
+    const auto rest = [](Recordset& rows, bool comparing) {
+        std::vector<Cheque> all;
+        for (; !rows.EOF(); rows.MoveNext()) {
+            all.emplace_back(rows["valor"].currency().tenThousandths, rows["numero"].text());
+            if (comparing && all.size() == 2) {
+                static_cast<void>(rows.shown());
+                EXPECT_EQ(rows["numero"].text(), all.back().second);
+            }
+        }
+        return all;
+    };
+    Recordset dynamic;
+    dynamic.Open(source, connection);
+    const std::vector<Cheque> all = rest(dynamic, false);
+    EXPECT_GT(all.size(), 2U);
+    dynamic.setSort("agencia desc, lancamento");
+    const std::vector<Cheque> sorted = rest(dynamic, false);
+    Recordset rows;
+    rows.Open(source, connection, ado::CursorType::ForwardOnly, ado::LockType::ReadOnly);
+    EXPECT_EQ(rest(rows, true), all);
+    rows.Close();
+    rows.Open(source, connection, ado::CursorType::ForwardOnly, ado::LockType::ReadOnly);
+    rows.setSort("agencia desc, lancamento");
+    EXPECT_EQ(rest(rows, false), sorted);
+    rows.MoveFirst();
+    EXPECT_EQ(rest(rows, true), sorted);
+}
+
 TEST_P(RecordsetTest, FieldsAreFoundWithoutCaseAndTrailingBlanks) {
     addSomeOfEach();
     Recordset rows;

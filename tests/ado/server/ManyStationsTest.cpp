@@ -41,6 +41,11 @@ TEST_P(ManyStations, NothingIsLostReadByHalvesOrToldToAClerkThatIsntHisToMend) {
     EXPECT_EQ(sumOf("select sum(limite_credito) from cliente_fornecedor where codigo<=" +
                     std::to_string(StationsAtWork::kRaised)),
               total(stations.told("raised")) * 10'000);
+    for (const char* const kind : {"inserts", "updates", "settlements", "transfers", "purges"})
+        EXPECT_EQ(stations.told(std::string(kind) + ".try").size(), stations.told(kind).size())
+            << kind << ": who reckons from what he reads has nobody before him";
+    EXPECT_EQ(sumOf("select sum(limite_credito) from cliente_fornecedor"),
+              (total(stations.told("raised")) + total(stations.told("apart"))) * 10'000);
     EXPECT_FALSE(stations.told("sum").empty());
     for (const std::int64_t sum : stations.told("sum"))
         EXPECT_EQ(sum, steady);

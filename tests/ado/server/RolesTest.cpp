@@ -126,6 +126,40 @@ TEST_F(RolesTest, RolesThatAreThereServeASecondShop) {
     EXPECT_NO_THROW(ado::createShopOnServer(other, shopTables(), {"dono da loja", "atendentes"}));
 }
 
+// He may make roles and bases, and isn't the master of the server.
+TEST_F(RolesTest, WhoMakesAShopActsForItsOwner) {
+    const std::string base = Cluster::instance(shopTables()).newDatabase();
+    Cluster::answer(base, "do $$ begin create role tecnico login createrole createdb; "
+                          "execute format('alter database %I owner to tecnico', "
+                          "current_database()); end $$");
+    const jet::TableSpec table{
+        "fichas",
+        {{"numero", jet::ColumnType::byte},
+          {"nome", jet::ColumnType::text, 20},
+          {"cidade", jet::ColumnType::text, 20},
+          {"obs", jet::ColumnType::memo}},
+        {{"PrimaryKey", {{"numero"}}, true},    {"nome", {{"nome"}, {"cidade"}}}   }
+    };
+    jet::TableSpec further = table;
+    further.indexes = {
+        {"cidade", {{"CIDADE"}}},
+        {"falta",  {{"falta"}} },
+        {"nome",   {{"nome"}}  }
+    };
+    further.indexes.front().included = {"nome", "obs", "falta"};
+    ado::createShopOnServer(Cluster::as("tecnico", base),
+                            {
+                                {table}
+    },
+                            {"dono novo", "novos"}, {{further, kNotes}});
+    EXPECT_EQ(Cluster::answer(base, "select tableowner from pg_tables where tablename = 'fichas'"),
+              "dono novo");
+    EXPECT_THAT(Cluster::answer(base, "select string_agg(indexdef, '; ') from pg_indexes "
+                                      "where tablename = 'fichas'"),
+                testing::AllOf(testing::HasSubstr("INCLUDE (nome)"), Not(testing::HasSubstr("obs")),
+                               Not(testing::HasSubstr("falta"))));
+}
+
 TEST_F(RolesTest, WhoWasFasterIsNamedUnlessItIsOnesOwnName) {
     const auto ofBank = [](ado::Connection& connection, ado::Recordset& bank) -> ado::Recordset& {
         bank.Open("select * from bancos where codigo=1", connection);

@@ -118,7 +118,8 @@ TEST_P(RoundTripsTest, OfAListThatIsWalkedAgain) {
     EXPECT_TRUE(std::is_sorted(before.begin() + 3, before.begin() + 3 + kMore / 2));
     EXPECT_TRUE(std::is_sorted(before.end() - kMore / 2, before.end()));
     EXPECT_EQ(asked([&] { EXPECT_EQ(names(), before); }), 0U) << "nobody has changed any";
-    EXPECT_EQ(asked([&] { banks.Find("nome='Ímpar' and codigo>20"); }), 1U);
+    EXPECT_EQ(asked([&] { banks.FindFirst("nome='Ímpar' and codigo>20"); }), 1U);
+    EXPECT_EQ(banks["nome"].text(), "Ímpar");
     EXPECT_EQ(asked([&] { EXPECT_EQ(names(), before); }), 0U) << "they were kept meanwhile";
 
     const std::uint64_t heard = station.store().generation();

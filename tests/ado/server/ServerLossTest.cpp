@@ -1,6 +1,7 @@
 // What becomes of the work when the line to the server breaks, or the server itself.
 #include "ado/ConnectionString.h"
 #include "ado/Follower.h"
+#include "ado/Recorder.h"
 #include "ado/Shop.h"
 #include "ado/server/ServerWire.h"
 #include "jet/Waiting.h"
@@ -31,8 +32,8 @@ protected:
         station.Open("Data Source=" + relay->address());
     }
     void TearDown() override {
-        ado::ServerWire::patience = patience_;
-        ado::ServerWire::silence = silence_;
+        ado::ServerLine::patience = patience_;
+        ado::ServerLine::silence = silence_;
         station.Close();
         relay.reset();
         Shop::TearDown();
@@ -70,10 +71,10 @@ protected:
     }
     std::optional<Relay> relay;
     ado::Connection station;
-    std::chrono::milliseconds patience_ = ado::ServerWire::patience;
+    std::chrono::milliseconds patience_ = ado::ServerLine::patience;
 
 private:
-    std::chrono::milliseconds silence_ = ado::ServerWire::silence;
+    std::chrono::milliseconds silence_ = ado::ServerLine::silence;
 };
 INSTANTIATE_TEST_SUITE_P(, ServerLossTest, onServers(), keptName);
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ServerLossTest);
@@ -105,13 +106,13 @@ TEST_P(ServerLossTest, WhileAnAnswerIsAwaitedTheWindowsArePainted) {
 }
 
 TEST_P(ServerLossTest, OneThatStandsStillIsAsGoodAsGone) {
-    ado::ServerWire::silence = std::chrono::milliseconds(100);
-    ado::ServerWire::patience = std::chrono::milliseconds(300);
+    ado::ServerLine::silence = std::chrono::milliseconds(100);
+    ado::ServerLine::patience = std::chrono::milliseconds(300);
     relay->stand(true);
     EXPECT_THAT(told([&] { add("Novo"); }), HasSubstr("ainda não voltou"));
     relay->stand(false);
     EXPECT_EQ(banksNamed("Novo"), 0);
-    ado::ServerWire::patience = patience_;
+    ado::ServerLine::patience = patience_;
     add("Novo");
     EXPECT_EQ(banksNamed("Novo"), 1);
 }
@@ -127,7 +128,7 @@ TEST_P(ServerLossTest, OneThatStandsStillIsGoneThoughAnotherOfTheAddressAnswers)
     station.Close();
     station.Open("Data Source=" + both);
     const int lines = second.lines();
-    ado::ServerWire::silence = std::chrono::milliseconds(100);
+    ado::ServerLine::silence = std::chrono::milliseconds(100);
     relay->stand(true);
     add("Novo");
     EXPECT_EQ(banksNamed("Novo"), 1);
@@ -137,7 +138,7 @@ TEST_P(ServerLossTest, OneThatStandsStillIsGoneThoughAnotherOfTheAddressAnswers)
 }
 
 TEST_P(ServerLossTest, OneThatOnlyTakesItsTimeIsWaitedFor) {
-    ado::ServerWire::silence = std::chrono::milliseconds(20);
+    ado::ServerLine::silence = std::chrono::milliseconds(20);
     relay->setDelay(std::chrono::milliseconds(200));
     const ado::Transaction saving(station);
     Recordset banks;
@@ -231,7 +232,7 @@ TEST_P(ServerLossTest, OfASaveInDoubtIsToldAsSoonAsTheServerIsBack) {
         const std::string name = done ? "Feito" : "Desfeito";
         relay->cut(done ? Relay::Cut::answered : Relay::Cut::before, "commit");
         relay->close(true);
-        ado::ServerWire::patience = std::chrono::milliseconds(50);
+        ado::ServerLine::patience = std::chrono::milliseconds(50);
         EXPECT_THAT(told([&] { add(name); }), HasSubstr("ainda não se sabe"));
         EXPECT_THAT(told([&] { add(name); }), HasSubstr("ainda não se sabe")); // not again
         relay->close(false);
@@ -328,6 +329,135 @@ TEST_P(ServerLossTest, WhatIsHeldBeginsAnewOrIsTold) {
         cheques.Open("select * from cheques", station);
     });
     EXPECT_EQ(times, 2);
+}
+
+TEST_P(ServerLossTest, WhatMayNotBeginAnewIsTold) {
+    const auto brokenOff = [&] {
+        return told([&] {
+            Recordset banks;
+            banks.Open("select * from bancos", station);
+            station.store().onSnapshot([&] {
+                relay->cutAll();
+                Recordset cheques;
+                cheques.Open("select * from cheques", station);
+            });
+        });
+    };
+    {
+        const auto held = station.store().hold();
+        EXPECT_THAT(brokenOff(), HasSubstr("no meio da leitura"));
+    }
+    const ado::Transaction saving(station);
+    EXPECT_THAT(brokenOff(), HasSubstr("no meio da gravação"));
+}
+
+TEST_P(ServerLossTest, AListOfAJoinOutlivesItsLine) {
+    {
+        ado::ServerWire past(ado::serverAddress(connectionString()).value());
+        static_cast<void>(past.run("insert into cheques (numero, banco) "
+                                   "select n::text, 1 from generate_series(1000, 1699) n"));
+    }
+    const Strings all = column(kChequesWithBanks, "numero");
+    Recordset list;
+    list.Open(kChequesWithBanks, station);
+    {
+        ado::Transaction saving(station);
+        Recordset banks;
+        banks.Open("select * from bancos", station);
+        relay->cutAll();
+        EXPECT_THAT(told([&] { list.MoveLast(); }), HasSubstr("Nada dela foi gravado"));
+    }
+    list.MoveLast(); // it goes on from what it has
+    EXPECT_EQ(list["numero"].text(), all.back());
+    list.Requery();
+    relay->cutAll();
+    Recordset banks;
+    banks.Open("select * from bancos", station); // on another line
+    list.Close();
+    EXPECT_EQ(banks.RecordCount(), 3);
+}
+
+/// Keeps what is changed of banks, and counts it.
+class Counted final : public ado::Recorder {
+public:
+    bool keeps(const ado::TableShape& table, bool /*isNew*/) override {
+        return table.name() == "bancos";
+    }
+    void changed(std::span<const Change> /*rows*/) override { ++times; }
+    int times = 0;
+};
+
+TEST_P(ServerLossTest, AChangeOfWhichARecordIsKeptIsUndoneWithIt) {
+    Counted recorder;
+    ado::Connection kept;
+    kept.setRecorder(&recorder);
+    kept.Open("Data Source=" + relay->address());
+    Recordset banks;
+    banks.Open("bancos", kept);
+    relay->cut(Relay::Cut::before, "commit");
+    banks["nome"] = "Outro";
+    EXPECT_THAT(told([&] { banks.Update(); }), HasSubstr("não foi feita"));
+    EXPECT_EQ(recorder.times, 1);
+    EXPECT_EQ(banksNamed("Outro"), 0);
+    banks.Update();
+    EXPECT_EQ(banksNamed("Outro"), 1);
+    kept.Close();
+}
+
+TEST_P(ServerLossTest, WhoHasWrittenWhileTheLineWasAwayIsntKnown) {
+    Recordset mine;
+    mine.Open("bancos", station);
+    const ado::Shown shown = mine.shown();
+    relay->cutAll();
+    const auto change = [&](const char* name) {
+        const auto before = station.store().generation();
+        Recordset theirs;
+        theirs.Open("bancos", connection);
+        theirs["nome"] = name;
+        theirs.Update();
+        while (station.store().generation() == before)
+            station.flushIfDue();
+    };
+    change("Deles");
+    EXPECT_EQ(mine["nome"].text(), "Deles");
+    change("Outra vez");
+    EXPECT_EQ(mine.byWhom(shown), " por outra janela ou por outro programa");
+}
+
+TEST_P(ServerLossTest, AServerThatWantsAnotherPasswordIsGivenIt) {
+    const std::string direct = ado::serverAddress(connectionString()).value();
+    const auto demand = [&](const std::string& password) {
+        Cluster::answer(direct, "do $$ begin alter role caixa password '" + password + "'; end $$");
+    };
+    std::string with = relay->address();
+    with.replace(with.find("loja@"), 4, "caixa:segredo");
+    demand("segredo");
+    ado::Connection cashier;
+    cashier.Open("Data Source=" + with);
+    demand("outra");
+    relay->cutAll();
+    Recordset banks;
+    const auto open = [&] { banks.Open("bancos", cashier); };
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(errorOf([&] {
+                      open();
+                      static_cast<void>(banks["nome"].text());
+                  }),
+                  i == 0 ? Errc::password : Errc::misuse);
+    cashier.store().setPassword("outra");
+    EXPECT_EQ(banks["nome"].text(), "Banco do Norte");
+    cashier.Close();
+    demand(Cluster::kPassword);
+}
+
+TEST_P(ServerLossTest, WhoLeavesInTheMiddleOfASaveLeavesNothing) {
+    station.BeginTrans();
+    Recordset banks;
+    banks.Open("bancos", station);
+    banks["nome"] = "Pela metade";
+    banks.Update();
+    station.Close();
+    EXPECT_EQ(banksNamed("Pela metade"), 0);
 }
 
 } // namespace

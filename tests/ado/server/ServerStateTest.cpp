@@ -1,6 +1,7 @@
 // Which state of the data is read while other stations change them, on a server.
 #include "ado/ConnectionString.h"
 #include "ado/Shop.h"
+#include "ado/server/ServerCursor.h"
 #include "ado/server/ServerWire.h"
 
 #include <gmock/gmock.h>
@@ -137,11 +138,34 @@ TEST_P(ServerStateTest, WhoClaimsSeesAllAndNobodyChangesItUntilHeEnds) {
     EXPECT_EQ(column("bancos", "nome").front(), "Depois");
 }
 
+TEST_P(ServerStateTest, WhoClaimsRowsSeesThemAsTheyStayAndKeepsNobodyFromAddingOthers) {
+    Recordset mine;
+    mine.Open("bancos", connection);
+    EXPECT_EQ(mine["nome"].text(), "Banco do Norte");
+    ado::Transaction all(connection);
+    rename(other, "Deles");
+    connection.store().claimRows();
+    EXPECT_EQ(mine["nome"].text(), "Deles");
+    auto added = std::async(std::launch::async, [&] { addCheques(other, 1); });
+    awaitQueueOf(added);
+    EXPECT_EQ(added.wait_for(std::chrono::seconds(0)), std::future_status::ready);
+    ado::Connection third;
+    third.Open(connectionString());
+    auto theirs = std::async(std::launch::async, [&] { rename(third, "Depois"); });
+    awaitQueueOf(theirs);
+    mine.Requery();
+    mine["nome"] = mine["nome"].text() + " e meu";
+    mine.Update();
+    all.commit();
+    EXPECT_EQ(errorOf([&] { theirs.get(); }), jet::Errc::conflict) << "it has read what was there";
+    EXPECT_EQ(column("bancos", "nome").front(), "Deles e meu");
+}
+
 TEST_P(ServerStateTest, TwoWhoClaimTakeTurns) {
     const auto once = [](ado::Connection& by) {
         for (int i = 0; i < 20; ++i) {
             ado::Transaction all(by);
-            by.store().claim();
+            i % 2 == 0 ? by.store().claim() : by.store().claimRows();
             Recordset banks;
             banks.Open("bancos", by);
             banks["cod_banco"] = banks["cod_banco"].integer() + 1;
@@ -177,8 +201,40 @@ TEST_P(ServerStateTest, AfterATransactionThatCouldntBeginTheNextOneCan) {
     EXPECT_NO_THROW(wire.commit());
 }
 
+TEST_P(ServerStateTest, OfAJoinWhatHasNoRowIsShownAsNone) {
+    Recordset cheque;
+    cheque.Open("cheques", other);
+    cheque["banco"] = 99;
+    cheque.Update();
+    Recordset list;
+    list.Open("select * from cheques left join bancos on cheques.banco=bancos.codigo "
+              "order by lancamento",
+              connection);
+    EXPECT_TRUE(list.shown("bancos") == ado::Shown());
+    EXPECT_FALSE(list.shown("cheques") == ado::Shown());
+    list.MoveNext();
+    EXPECT_FALSE(list.shown("bancos") == ado::Shown());
+    list.setFilter("banco=2");
+    list.Find("lancamento>2");
+    EXPECT_EQ(list["lancamento"].integer(), 6) << "of those of that bank";
+    Recordset computed;
+    computed.Open("select codigo+0 as c from bancos", connection);
+    computed.setFilter("c>1");
+    EXPECT_EQ(computed.RecordCount(), 2);
+}
+
+TEST_P(ServerStateTest, AnAnswerThatIsTooLongIsRefused) {
+    const auto most = std::exchange(ado::ServerAnswer::mostBytes, 1000);
+    Recordset list;
+    EXPECT_EQ(errorOf([&] { list.Open(kJoin, connection); }), jet::Errc::full);
+    ado::ServerAnswer::mostBytes = most;
+    list.Open(kJoin, connection);
+    EXPECT_EQ(list.RecordCount(), 6);
+}
+
 TEST_P(ServerStateTest, AClaimOutsideOfATransactionIsAMistake) {
     EXPECT_EQ(errorOf([&] { connection.store().claim(); }), jet::Errc::misuse);
+    EXPECT_EQ(errorOf([&] { connection.store().claimRows(); }), jet::Errc::misuse);
 }
 
 } // namespace

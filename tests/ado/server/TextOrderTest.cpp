@@ -215,6 +215,32 @@ TEST_P(SameOrder, OfLists) {
          "u.nome, t.codigo");
 }
 
+TEST_P(SameOrder, OfListsThatAreOddlySaid) {
+    for (const char* const statement : {
+             "select all codigo as r, nome as n from textos order by 2 asc, 1 desc",
+             "select codigo as r, nome n from textos order by 2, 1",
+             "select codigo as r, nome & '' as n from textos order by n asc, codigo",
+             "select codigo as r, t.nome from textos t order by 2, 1",
+             "select codigo as r from textos where codigo=3 union select codigo from textos where "
+             "codigo<3 order by r",
+             "select codigo as r from textos where codigo=3 union all select codigo from textos "
+             "where codigo<4 order by r desc",
+             "select codigo as r from textos where numero+1 in (1, 3) order by codigo",
+             "select codigo as r from textos where 'x' & nome in ('xana', 'xacao') order by codigo",
+             "select codigo as r from textos t where t.nome in ('ana', mid$('xacao', 2)) order by "
+             "1",
+         })
+        same(statement);
+    for (const char* const wrong : {"select codigo as r from textos order by 0",
+                                    "select codigo as r from textos order by , nome",
+                                    "select codigo as r from textos order by",
+                                    "select codigo as r from textos where nome in ('a',, 'b')",
+                                    "select codigo as r from textos where nome in ('a'",
+                                    "select codigo as r from textos where nome in ('a', )"})
+        for (ado::Connection* const one : {&file, &server})
+            EXPECT_THROW(static_cast<void>(answer(*one, wrong)), jet::Error) << wrong;
+}
+
 TEST_P(SameOrder, OfKeysThatAreTexts) {
     for (ado::Connection* const one : {&file, &server}) {
         one->store().createTable({
