@@ -11,7 +11,15 @@ start_wine() {
     wine_folder=$(mktemp -d)
     export WINEPREFIX=$wine_folder/prefix WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES='mscoree,mshtml='
     trap '"$(dirname "$wine_program")/wineserver" -k 2>/dev/null || true; rm -rf "$wine_folder"' EXIT
+    keep_wine
     in_wine wineboot -i >/dev/null 2>&1
+}
+
+# keep_wine: the server of the Windows outlasts ten minutes without a program. Else it goes with the last
+# program, and turns away who comes just then ("Connection reset by peer").
+keep_wine() {
+    mkdir -p "$WINEPREFIX"
+    "$(dirname "$wine_program")/wineserver" -p600
 }
 
 in_wine() {
