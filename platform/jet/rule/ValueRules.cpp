@@ -79,6 +79,12 @@ bool isBlank(const std::string& text) {
     return text.find_first_not_of(" \t\r\n") == std::string::npos;
 }
 
+/// What can be read of a text: it ends at a zero, and blanks say nothing.
+std::string shown(std::string text) {
+    text.resize(std::min(text.find('\0'), text.size()));
+    return isBlank(text) ? std::string() : text;
+}
+
 } // namespace
 
 void ValueRules::read(const std::vector<PropertyGroup>& groups, const TextCodec& codec) {
@@ -99,7 +105,7 @@ void ValueRules::read(const std::vector<PropertyGroup>& groups, const TextCodec&
             return isBlank(value) ? std::string() : value;
         };
         rule.text = text("ValidationRule");
-        rule.message = text("ValidationText");
+        rule.message = shown(text("ValidationText"));
         if (rule.column) {
             const Column& column = columns_[*rule.column];
             const Property* const required = group.find("Required");

@@ -249,6 +249,23 @@ TEST_P(Rules, AColumnsRuleIsKeptWhenAnotherThatItReadsChanges) {
     }); // no part of it
 }
 
+TEST_P(Rules, AMessageThatShowsNothingIsNone) {
+    const std::string own =
+        "O valor do campo \"idade\" da tabela \"pessoas\" não obedece à regra do "
+        "banco de dados: >=0. Corrija-o e grave outra vez.";
+    const std::pair<std::string, std::string> written[] = {
+        {"\0sem idade"s,     own     },
+        {" \0sem idade"s,    own     },
+        {"Idade?\0ou não"s, "Idade?"}
+    };
+    for (const auto& [message, says] : written) {
+        keep({
+            {.column = "idade", .rule = ">=0", .message = message}
+        });
+        EXPECT_EQ(table().refusal(kIdade, whole(-1)), says);
+    }
+}
+
 TEST_P(Rules, ATablesRuleSpansColumns) {
     keep({
         {.rule = "[valor]>=0 And (Not [ativo] Or [peso]>[idade]*0.5)",
